@@ -1,0 +1,48 @@
+# What every target of the project shares: language level, warnings, and the functions that declare targets.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
+set(CMAKE_CXX_FLAGS_RELEASE "-O3 -DNDEBUG")
+
+find_program(CCACHE ccache)
+if(CCACHE)
+  # Relative paths let several checkouts of the project share one cache.
+  set(CMAKE_CXX_COMPILER_LAUNCHER
+    ${CMAKE_COMMAND} -E env CCACHE_BASEDIR=${CMAKE_SOURCE_DIR} CCACHE_NOHASHDIR=1 ${CCACHE})
+endif()
+
+add_library(TavaroOptions INTERFACE)
+target_include_directories(TavaroOptions INTERFACE ${CMAKE_SOURCE_DIR})
+# Arithmetic must round the same on every machine, so the compiler may not fuse multiplications and additions by itself.
+target_compile_options(TavaroOptions INTERFACE -Wall -Wextra -Wno-missing-field-initializers -ffp-contract=off)
+
+set(TAVARO_SANITIZE "" CACHE STRING "Sanitizers to build with, as for -fsanitize=")
+if(TAVARO_SANITIZE)
+  target_compile_options(TavaroOptions INTERFACE -fsanitize=${TAVARO_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=undefined)
+  target_link_options(TavaroOptions INTERFACE -fsanitize=${TAVARO_SANITIZE})
+endif()
+
+# tavaro_library(NAME USES target… [PRIVATE target…]): a static library of every source file below its folder.
+function(tavaro_library name)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "USES;PRIVATE")
+  file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp ${CMAKE_CURRENT_SOURCE_DIR}/*.h)
+  list(FILTER sources EXCLUDE REGEX "/Programs/")
+  add_library(${name} STATIC ${sources})
+  target_link_libraries(${name} PUBLIC TavaroOptions ${arg_USES} PRIVATE ${arg_PRIVATE})
+endfunction()
+
+# tavaro_tests(NAME FOLDER USES target…): one test program of every source file below FOLDER.
+function(tavaro_tests name folder)
+  cmake_parse_arguments(PARSE_ARGV 2 arg "" "" "USES")
+  file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/${folder}/*.cpp)
+  if(NOT sources)
+    return()
+  endif()
+  add_executable(${name} ${sources})
+  target_link_libraries(${name} PRIVATE ${arg_USES} GTest::gmock GTest::gtest_main)
+  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300)
+endfunction()
