@@ -1,0 +1,51 @@
+#include <TavaroCore/Records/JSON.h>
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <span>
+
+namespace tavaro {
+
+namespace detail {
+
+void failUnknownName(std::string_view found, std::string_view const* names, std::size_t count) {
+    throw JSONError(JSONError::Kind::unknownName, fmt::format("'{}' is not one of {}", found.substr(0, 100),
+                                                              fmt::join(std::span(names, count), ", ")));
+}
+
+void failCaseShape() {
+    throw JSONError(JSONError::Kind::wrongType, "expected an object with one key, the name of the case");
+}
+
+}
+
+void readJSON(JSONReader& reader, UUID& value) {
+    auto const text = reader.string();
+    auto const parsed = UUID::parse(text);
+    if (!parsed) {
+        throw JSONError(JSONError::Kind::wrongType, fmt::format("'{}' is not an identifier", text.substr(0, 100)));
+    }
+    value = *parsed;
+}
+
+void readJSON(JSONReader& reader, Date& value) {
+    auto const text = reader.string();
+    auto const parsed = Date::parse(text);
+    if (!parsed) throw JSONError(JSONError::Kind::unrecognisedDate, fmt::format("Unrecognised date '{}'", text));
+    value = *parsed;
+}
+
+void readJSON(JSONReader& reader, Data& value) {
+    auto parsed = Data::fromBase64(reader.string());
+    if (!parsed) throw JSONError(JSONError::Kind::wrongType, "the text is not base64");
+    value = std::move(*parsed);
+}
+
+void writeJSON(JSONWriter& writer, UUID const& value) { writer.string(value.text()); }
+
+void writeJSON(JSONWriter& writer, Date const& value) { writer.string(value.text()); }
+
+void writeJSON(JSONWriter& writer, Data const& value) { writer.string(value.base64()); }
+
+}

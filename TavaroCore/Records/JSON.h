@@ -1,0 +1,285 @@
+#pragma once
+
+#include <TavaroCore/Records/CopyOnWrite.h>
+#include <TavaroCore/Records/Data.h>
+#include <TavaroCore/Records/Date.h>
+#include <TavaroCore/Records/Fields.h>
+#include <TavaroCore/Records/JSONError.h>
+#include <TavaroCore/Records/JSONReader.h>
+#include <TavaroCore/Records/JSONWriter.h>
+#include <TavaroCore/Records/UUID.h>
+
+#include <algorithm>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+/// The JSON form of records, from their field lists. Reading is lenient: a missing key or a null keeps the record's
+/// default, an unknown key is skipped, the last of a repeated key wins; a present value of another type throws
+/// `JSONError` with its path. Writing sorts the keys and omits absent optionals.
+/// Include this where a record is read or written, not in the headers that declare records.
+namespace tavaro {
+
+/// A value that is one of several cases, each with content of its own: `content` is a variant of records and
+/// `caseNames` names its alternatives in order. JSON: {"caseName": {…content…}}.
+template<class T>
+concept CaseType = requires(T value) {
+    T::caseNames.size();
+    value.content.index();
+};
+
+template<class T> void readJSON(JSONReader& reader, T& value);
+template<class T> void writeJSON(JSONWriter& writer, T const& value);
+
+/// Reads a whole text as one record.
+template<class R> R decodeJSON(std::string_view text) {
+    JSONReader reader(text);
+    R record;
+    readJSON(reader, record);
+    reader.expectEnd();
+    return record;
+}
+
+template<class R> std::string encodeJSON(R const& record) {
+    JSONWriter writer;
+    writeJSON(writer, record);
+    return writer.take();
+}
+
+namespace detail {
+
+template<RecordType R> constexpr auto sortedFieldOrder() {
+    std::array<std::size_t, fieldCount<R>> order{};
+    std::array<std::string_view, fieldCount<R>> names{};
+    std::size_t count = 0;
+    forEachField<R>([&](auto const& field) { names[count++] = field.name; });
+    for (std::size_t i = 0; i < order.size(); ++i) order[i] = i;
+    std::sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) { return names[a] < names[b]; });
+    return order;
+}
+
+template<RecordType R> inline constexpr auto sortedFields = sortedFieldOrder<R>();
+
+/// Reads one member in place, adding the key to the path of a failure.
+template<auto const& fields, std::size_t index, class R> void readMember(JSONReader& reader, void* record) {
+    auto const& field = std::get<index>(fields);
+    try {
+        if (reader.type() != JSONReader::Type::null) readJSON(reader, static_cast<R*>(record)->*field.member);
+    } catch (JSONError const& error) {
+        throw error.inside(field.name);
+    }
+}
+
+struct MemberReader {
+    std::string_view name;
+    void (*read)(JSONReader&, void*);
+};
+
+template<RecordType R, std::size_t... I> constexpr auto memberReaders(std::index_sequence<I...>) {
+    return std::array<MemberReader, sizeof...(I)>{
+        MemberReader{std::get<sortedFields<R>[I]>(R::fields).name, &readMember<R::fields, sortedFields<R>[I], R>}...};
+}
+
+template<RecordType R>
+inline constexpr auto readersByName = memberReaders<R>(std::make_index_sequence<fieldCount<R>>{});
+
+template<RecordType R> void readRecord(JSONReader& reader, R& record) {
+    auto const& members = readersByName<R>;
+    // Documents are written with sorted keys, so the next key is nearly always the one after the last.
+    std::size_t expected = 0;
+    reader.object([&](std::string_view key) {
+        if (expected >= members.size() || members[expected].name != key) {
+            auto const found = std::lower_bound(members.begin(), members.end(), key,
+                                                [](MemberReader const& m, std::string_view k) { return m.name < k; });
+            if (found == members.end() || found->name != key) return;
+            expected = static_cast<std::size_t>(found - members.begin());
+        }
+        members[expected].read(reader, &record);
+        ++expected;
+    });
+    if constexpr (requires { settleAfterReading(record); }) settleAfterReading(record);
+}
+
+template<class Value> struct IsOptional : std::false_type {};
+template<class Value> struct IsOptional<std::optional<Value>> : std::true_type {};
+
+template<RecordType R> void writeRecord(JSONWriter& writer, R const& record) {
+    writer.beginObject();
+    [&]<std::size_t... I>(std::index_sequence<I...>) {
+        auto const writeMember = [&](auto const& field) {
+            auto const& value = record.*field.member;
+            if constexpr (IsOptional<std::remove_cvref_t<decltype(value)>>::value) {
+                if (!value) return;
+            }
+            writer.key(field.name);
+            writeJSON(writer, value);
+        };
+        (writeMember(std::get<sortedFields<R>[I]>(R::fields)), ...);
+    }
+    (std::make_index_sequence<fieldCount<R>>{});
+    writer.endObject();
+}
+
+[[noreturn]] void failUnknownName(std::string_view found, std::string_view const* names, std::size_t count);
+[[noreturn]] void failCaseShape();
+
+template<NamedEnum E> E enumFromText(std::string_view text) {
+    if (auto const value = enumNamed<E>(text)) return *value;
+    auto const names = namesOf(E{});
+    failUnknownName(text, names.data(), names.size());
+}
+
+template<CaseType C> std::size_t caseIndex(std::string_view name) {
+    for (std::size_t i = 0; i < C::caseNames.size(); ++i) {
+        if (C::caseNames[i] == name) return i;
+    }
+    failUnknownName(name, C::caseNames.data(), C::caseNames.size());
+}
+
+/// Makes the case of that index the value's content, with its defaults.
+template<CaseType C> void selectCase(C& value, std::size_t index) {
+    [&]<std::size_t... I>(std::index_sequence<I...>) {
+        ((I == index ? static_cast<void>(value.content.template emplace<I>()) : void()), ...);
+    }
+    (std::make_index_sequence<C::caseNames.size()>{});
+}
+
+template<CaseType C> void readCase(JSONReader& reader, C& value) {
+    if (reader.type() == JSONReader::Type::string) {
+        selectCase(value, caseIndex<C>(reader.string()));
+        return;
+    }
+    int cases = 0;
+    reader.object([&](std::string_view name) {
+        if (++cases > 1) failCaseShape();
+        selectCase(value, caseIndex<C>(name));
+        std::string const key(name);
+        try {
+            std::visit([&](auto& content) { readJSON(reader, content); }, value.content);
+        } catch (JSONError const& error) {
+            throw error.inside(key);
+        }
+    });
+    if (cases == 0) failCaseShape();
+}
+
+template<class Element, class Append> void readElements(JSONReader& reader, Append append) {
+    reader.array([&](std::size_t index) {
+        try {
+            Element element{};
+            readJSON(reader, element);
+            append(std::move(element));
+        } catch (JSONError const& error) {
+            throw error.inside(index);
+        }
+    });
+}
+
+}
+
+void readJSON(JSONReader& reader, UUID& value);
+void readJSON(JSONReader& reader, Date& value);
+void readJSON(JSONReader& reader, Data& value);
+void writeJSON(JSONWriter& writer, UUID const& value);
+void writeJSON(JSONWriter& writer, Date const& value);
+void writeJSON(JSONWriter& writer, Data const& value);
+
+template<class T> void readJSON(JSONReader& reader, std::vector<T>& value) {
+    value.clear();
+    detail::readElements<T>(reader, [&](T&& element) { value.push_back(std::move(element)); });
+}
+
+template<class T> void readJSON(JSONReader& reader, std::set<T>& value) {
+    value.clear();
+    detail::readElements<T>(reader, [&](T&& element) { value.insert(std::move(element)); });
+}
+
+template<class T> void readJSON(JSONReader& reader, std::map<std::string, T>& value) {
+    value.clear();
+    reader.object([&](std::string_view name) {
+        std::string key(name);
+        try {
+            readJSON(reader, value[key]);
+        } catch (JSONError const& error) {
+            throw error.inside(key);
+        }
+    });
+}
+
+template<class T> void readJSON(JSONReader& reader, std::optional<T>& value) { readJSON(reader, value.emplace()); }
+
+template<class T> void readJSON(JSONReader& reader, CopyOnWrite<T>& value) { readJSON(reader, value.edit()); }
+
+template<class T> void readJSON(JSONReader& reader, T& value) {
+    if constexpr (RecordType<T>)
+        detail::readRecord(reader, value);
+    else if constexpr (CaseType<T>)
+        detail::readCase(reader, value);
+    else if constexpr (NamedEnum<T>)
+        value = detail::enumFromText<T>(reader.string());
+    else if constexpr (std::is_same_v<T, bool>)
+        value = reader.boolean();
+    else if constexpr (std::is_floating_point_v<T>)
+        value = static_cast<T>(reader.number());
+    else if constexpr (std::is_same_v<T, std::int64_t>)
+        value = reader.integer();
+    else if constexpr (std::is_same_v<T, std::string>)
+        value = reader.string();
+    else
+        static_assert(!sizeof(T), "no JSON form for this type");
+}
+
+template<class T> void writeJSON(JSONWriter& writer, std::vector<T> const& value) {
+    writer.beginArray();
+    for (auto const& element : value) writeJSON(writer, element);
+    writer.endArray();
+}
+
+template<class T> void writeJSON(JSONWriter& writer, std::set<T> const& value) {
+    writer.beginArray();
+    for (auto const& element : value) writeJSON(writer, element);
+    writer.endArray();
+}
+
+template<class T> void writeJSON(JSONWriter& writer, std::map<std::string, T> const& value) {
+    writer.beginObject();
+    for (auto const& [key, element] : value) {
+        writer.escapedKey(key);
+        writeJSON(writer, element);
+    }
+    writer.endObject();
+}
+
+template<class T> void writeJSON(JSONWriter& writer, std::optional<T> const& value) {
+    writeJSON(writer, value.value());
+}
+
+template<class T> void writeJSON(JSONWriter& writer, CopyOnWrite<T> const& value) { writeJSON(writer, *value); }
+
+template<class T> void writeJSON(JSONWriter& writer, T const& value) {
+    if constexpr (RecordType<T>) {
+        detail::writeRecord(writer, value);
+    } else if constexpr (CaseType<T>) {
+        writer.beginObject();
+        writer.key(T::caseNames[value.content.index()]);
+        std::visit([&](auto const& content) { writeJSON(writer, content); }, value.content);
+        writer.endObject();
+    } else if constexpr (NamedEnum<T>)
+        writer.string(nameOf(value));
+    else if constexpr (std::is_same_v<T, bool>)
+        writer.boolean(value);
+    else if constexpr (std::is_floating_point_v<T>)
+        writer.number(value);
+    else if constexpr (std::is_same_v<T, std::int64_t>)
+        writer.integer(value);
+    else if constexpr (std::is_same_v<T, std::string>)
+        writer.string(value);
+    else
+        static_assert(!sizeof(T), "no JSON form for this type");
+}
+
+}
