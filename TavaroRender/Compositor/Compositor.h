@@ -1,0 +1,49 @@
+#pragma once
+
+#include <memory>
+
+#include <TavaroMedia/Frames/Image.h>
+
+namespace tavaro {
+
+class RowExecutor;
+class ScreenTexture;
+struct CompositeUniforms;
+struct CursorUniforms;
+
+enum class CompositorBackend {
+    reference, // the formulas, pixel by pixel, in plain arithmetic: what correct means, and slow
+    cpu,       // the same picture within 1/255, as fast as the machine's vector units allow
+};
+
+/// Draws frames on 8-bit RGBA canvases of straight alpha. Keeps what does not change from frame to frame (still
+/// background, shadow, device frame), so a renderer owns one for as long as it draws one project.
+/// One thread at a time; several compositors are independent.
+class Compositor {
+public:
+    /// `rows` spreads the rows of every pass over threads and must outlive the compositor; none means the caller's
+    /// thread.
+    explicit Compositor(CompositorBackend backend = CompositorBackend::cpu, RowExecutor* rows = nullptr);
+    Compositor(Compositor&&) noexcept;
+    Compositor& operator=(Compositor&&) noexcept;
+    ~Compositor();
+
+    CompositorBackend backend() const;
+
+    /// Background, drop shadow, device frame, recording and loupe; overwrites the whole canvas. `background` is the
+    /// picture of background mode 6 and may be empty. The layers kept between frames know it by its address and size:
+    /// after other pixels were put in the same place, call `forgetBackground`.
+    void composite(CompositeUniforms const& uniforms, ScreenTexture const& screen, ImageView background,
+                   MutableImageView canvas);
+
+    /// Click effect and pointer, drawn over the canvas.
+    void cursorOverlay(CursorUniforms const& uniforms, MutableImageView canvas);
+
+    void forgetBackground();
+
+private:
+    struct State;
+    std::unique_ptr<State> state_;
+};
+
+}

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <cstdint>
+
+#include <TavaroRender/Kernels/Vectors.h>
+
+namespace tavaro {
+
+/// What `composite` needs to draw one frame. The layout is shared with every back end: fields keep their order and the
+/// padding stays. Lengths are canvas pixels (origin top-left, y downward) unless a comment says "normalised"; colours
+/// are sRGB-encoded, 0…1, straight alpha.
+struct CompositeUniforms {
+    Float4 bgColor0; // solid: 0; linear, radial: 0→1; mesh: top-left, top-right, bottom-left, bottom-right; aurora: 0,
+                     // 1, 2
+    Float4 bgColor1;
+    Float4 bgColor2;
+    Float4 bgColor3;
+    Float4 borderColor; // hairline on the screen layer's outer edge
+    Float4 shadowColor; // its alpha is not used; `shadowOpacity` is
+    Float4 matColor;    // the inset band (frame mode 7)
+    Float4 frameTint;   // device body colour; alpha 0 is the standard finish
+    Float4 frameInset;  // frame past the content: left, top, right, bottom
+    Float2 canvasSize;
+    Float2 contentOrigin; // the recording
+    Float2 contentSize;
+    Float2 clipOrigin; // what the screen layer may paint: content plus device frame, or the pane of a split
+    Float2 clipSize;
+    Float2 zoomCenter{0.5f, 0.5f}; // normalised point of the recording at the content's centre
+    Float2 blurVector;             // normalised direction × strength of the camera's motion
+    Float2 bgParam;                // linear: direction; radial: centre; aurora: speed in x
+    float cornerRadius = 0;
+    float borderWidth = 0;
+    float shadowRadius = 0;
+    float shadowOffsetY = 0;
+    float zoomScale = 1;
+    float blurStrength = 0;     // only switches the blur on; its length is `blurVector`
+    float time = 0;             // seconds, drives the animated backgrounds
+    float frameRadius = 0;      // outer corner radius of the device frame
+    std::int32_t bgMode = 0;    // 0 solid, 1 linear, 2 radial, 3 mesh, 4 aurora, 5 none (transparent), 6 image
+    std::int32_t frameMode = 0; // 0 none, 1 browser, 2 dark browser, 3 MacBook, 4 iMac, 5 iPhone, 6 iPad, 7 inset band
+    std::int32_t blurTaps = 0;  // at most 16 count
+    float shadowOpacity = 0;
+    Float2 loupeCenter;
+    float loupeRadius = 0;   // 0: no loupe
+    float loupeMag = 1;      // magnification at the lens's middle
+    float loupePresence = 0; // 0…1, fades the glass in and out
+    float sharpen = 0;       // strength of the zoom sharpening
+    float innerRadius = 0;   // the recording's own corner radius inside an inset band
+    float pad1 = 0;
+    Float2 cropOrigin; // the part of the recording kept, normalised
+    Float2 cropSize{1, 1};
+
+    bool operator==(CompositeUniforms const&) const = default;
+};
+
+static_assert(sizeof(CompositeUniforms) == 304);
+
+}

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <cstdint>
+
+#include <TavaroRender/Kernels/Vectors.h>
+
+namespace tavaro {
+
+/// What `cursorOverlay` needs to draw the pointer and one click effect; layout, units and colours as in
+/// `CompositeUniforms`. The pointer and the click share `position`: where they differ, the kernel runs once for each.
+struct CursorUniforms {
+    Float4 fillColor;
+    Float4 strokeColor;
+    Float4 clickColor;
+    Float2 canvasSize;
+    Float2 position;
+    Float2 contentOrigin;
+    Float2 contentSize;
+    float cursorSize = 0; // height of the arrow
+    float opacity = 0;
+    float clickRadius = 0;        // 0: no click in progress
+    float clickProgress = 0;      // 0…1
+    std::int32_t style = 0;       // 0 arrow, 1 circle, 2 filled, 3 outline, 4 glow, 5 minimal, 6 spotlight
+    std::int32_t clickEffect = 0; // 0 none, 1 ripple, 2 pulse, 3 ring, 4 spotlight, 5 colour ripple
+    float clickOpacity = 0;
+    float pad0 = 0;
+    Float2 velocity; // travel while the shutter is open
+    float pad1 = 0;
+    float pad2 = 0;
+
+    bool operator==(CursorUniforms const&) const = default;
+};
+
+static_assert(sizeof(CursorUniforms) == 128);
+
+}
