@@ -1,6 +1,6 @@
 #pragma once
 
-#include <functional>
+#include <TavaroCore/Records/FunctionRef.h>
 
 namespace tavaro {
 
@@ -11,7 +11,7 @@ public:
 
     /// Calls `band(begin, end)` until every row of 0…rowCount−1 is covered exactly once, and returns when all are done.
     /// Few large bands beat many small ones: neighbouring rows share work. What a band throws, `run` throws.
-    virtual void run(int rowCount, std::function<void(int rowBegin, int rowEnd)> const& band) = 0;
+    virtual void run(int rowCount, FunctionRef<void(int rowBegin, int rowEnd)> band) = 0;
 };
 
 }

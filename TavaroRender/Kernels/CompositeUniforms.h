@@ -1,7 +1,9 @@
 #pragma once
 
 #include <cstdint>
+#include <tuple>
 
+#include <TavaroCore/Records/Fields.h>
 #include <TavaroRender/Kernels/Vectors.h>
 
 namespace tavaro {
@@ -10,8 +12,7 @@ namespace tavaro {
 /// padding stays. Lengths are canvas pixels (origin top-left, y downward) unless a comment says "normalised"; colours
 /// are sRGB-encoded, 0…1, straight alpha.
 struct CompositeUniforms {
-    Float4 bgColor0; // solid: 0; linear, radial: 0→1; mesh: top-left, top-right, bottom-left, bottom-right; aurora: 0,
-                     // 1, 2
+    Float4 bgColor0; // solid: 0; linear, radial: 0→1; aurora: 0, 1, 2; mesh: the corners, row by row
     Float4 bgColor1;
     Float4 bgColor2;
     Float4 bgColor3;
@@ -50,9 +51,51 @@ struct CompositeUniforms {
     Float2 cropOrigin; // the part of the recording kept, normalised
     Float2 cropSize{1, 1};
 
+    static constexpr auto fields = std::tuple{
+        field("bgColor0", &CompositeUniforms::bgColor0),
+        field("bgColor1", &CompositeUniforms::bgColor1),
+        field("bgColor2", &CompositeUniforms::bgColor2),
+        field("bgColor3", &CompositeUniforms::bgColor3),
+        field("borderColor", &CompositeUniforms::borderColor),
+        field("shadowColor", &CompositeUniforms::shadowColor),
+        field("matColor", &CompositeUniforms::matColor),
+        field("frameTint", &CompositeUniforms::frameTint),
+        field("frameInset", &CompositeUniforms::frameInset),
+        field("canvasSize", &CompositeUniforms::canvasSize),
+        field("contentOrigin", &CompositeUniforms::contentOrigin),
+        field("contentSize", &CompositeUniforms::contentSize),
+        field("clipOrigin", &CompositeUniforms::clipOrigin),
+        field("clipSize", &CompositeUniforms::clipSize),
+        field("zoomCenter", &CompositeUniforms::zoomCenter),
+        field("blurVector", &CompositeUniforms::blurVector),
+        field("bgParam", &CompositeUniforms::bgParam),
+        field("cornerRadius", &CompositeUniforms::cornerRadius),
+        field("borderWidth", &CompositeUniforms::borderWidth),
+        field("shadowRadius", &CompositeUniforms::shadowRadius),
+        field("shadowOffsetY", &CompositeUniforms::shadowOffsetY),
+        field("zoomScale", &CompositeUniforms::zoomScale),
+        field("blurStrength", &CompositeUniforms::blurStrength),
+        field("time", &CompositeUniforms::time),
+        field("frameRadius", &CompositeUniforms::frameRadius),
+        field("bgMode", &CompositeUniforms::bgMode),
+        field("frameMode", &CompositeUniforms::frameMode),
+        field("blurTaps", &CompositeUniforms::blurTaps),
+        field("shadowOpacity", &CompositeUniforms::shadowOpacity),
+        field("loupeCenter", &CompositeUniforms::loupeCenter),
+        field("loupeRadius", &CompositeUniforms::loupeRadius),
+        field("loupeMag", &CompositeUniforms::loupeMag),
+        field("loupePresence", &CompositeUniforms::loupePresence),
+        field("sharpen", &CompositeUniforms::sharpen),
+        field("innerRadius", &CompositeUniforms::innerRadius),
+        field("pad1", &CompositeUniforms::pad1),
+        field("cropOrigin", &CompositeUniforms::cropOrigin),
+        field("cropSize", &CompositeUniforms::cropSize),
+    };
+
     bool operator==(CompositeUniforms const&) const = default;
 };
 
 static_assert(sizeof(CompositeUniforms) == 304);
+static_assert(listsEveryField<CompositeUniforms>);
 
 }

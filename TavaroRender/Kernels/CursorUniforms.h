@@ -1,7 +1,9 @@
 #pragma once
 
 #include <cstdint>
+#include <tuple>
 
+#include <TavaroCore/Records/Fields.h>
 #include <TavaroRender/Kernels/Vectors.h>
 
 namespace tavaro {
@@ -28,9 +30,31 @@ struct CursorUniforms {
     float pad1 = 0;
     float pad2 = 0;
 
+    static constexpr auto fields = std::tuple{
+        field("fillColor", &CursorUniforms::fillColor),
+        field("strokeColor", &CursorUniforms::strokeColor),
+        field("clickColor", &CursorUniforms::clickColor),
+        field("canvasSize", &CursorUniforms::canvasSize),
+        field("position", &CursorUniforms::position),
+        field("contentOrigin", &CursorUniforms::contentOrigin),
+        field("contentSize", &CursorUniforms::contentSize),
+        field("cursorSize", &CursorUniforms::cursorSize),
+        field("opacity", &CursorUniforms::opacity),
+        field("clickRadius", &CursorUniforms::clickRadius),
+        field("clickProgress", &CursorUniforms::clickProgress),
+        field("style", &CursorUniforms::style),
+        field("clickEffect", &CursorUniforms::clickEffect),
+        field("clickOpacity", &CursorUniforms::clickOpacity),
+        field("pad0", &CursorUniforms::pad0),
+        field("velocity", &CursorUniforms::velocity),
+        field("pad1", &CursorUniforms::pad1),
+        field("pad2", &CursorUniforms::pad2),
+    };
+
     bool operator==(CursorUniforms const&) const = default;
 };
 
 static_assert(sizeof(CursorUniforms) == 128);
+static_assert(listsEveryField<CursorUniforms>);
 
 }
