@@ -1,0 +1,30 @@
+#include <TavaroPlatform/Folders/Folders.h>
+
+#include <cstdlib>
+#include <pwd.h>
+#include <unistd.h>
+
+namespace tavaro::folders {
+
+namespace {
+
+std::filesystem::path home() {
+    if (char const* set = std::getenv("HOME"); set && *set) return set;
+    // Services start without HOME; the account's own entry still knows it.
+    if (passwd const* account = getpwuid(getuid()); account && account->pw_dir && *account->pw_dir)
+        return account->pw_dir;
+    return std::filesystem::temp_directory_path();
+}
+
+}
+
+std::filesystem::path applicationSupport() {
+    if (char const* set = std::getenv("XDG_DATA_HOME"); set && std::filesystem::path(set).is_absolute()) return set;
+    return home() / ".local/share";
+}
+
+std::filesystem::path movies() { return home() / "Movies"; }
+
+std::filesystem::path recordings() { return applicationSupport() / "Tavaro/Recordings"; }
+
+}

@@ -1,0 +1,147 @@
+#include <TavaroPlatform/Queues/SerialQueue.h>
+
+#include <TavaroPlatform/Clocks/MediaClock.h>
+
+#include <chrono>
+#include <cmath>
+#include <condition_variable>
+#include <deque>
+#include <exception>
+#include <future>
+#include <mutex>
+#include <optional>
+#include <pthread.h>
+#include <spdlog/spdlog.h>
+#include <thread>
+
+namespace tavaro {
+
+namespace {
+
+struct Timer {
+    double due = 0;
+    double interval = 0;
+    std::shared_ptr<std::function<void(double)>> tick;
+
+    /// Moves `due` past `now` by whole intervals and returns the latest due time that is not after it.
+    double advance(double now) {
+        double const skipped = std::max(0.0, std::floor((now - due) / interval));
+        double const latest = due + skipped * interval;
+        due = latest + interval;
+        return latest;
+    }
+};
+
+/// The kernel keeps 15 bytes of a thread's name; the end of a label tells more than its start.
+std::string threadName(std::string const& label) { return label.substr(label.size() > 15 ? label.size() - 15 : 0); }
+
+}
+
+struct SerialQueue::State {
+    std::string label;
+    std::mutex mutex;
+    std::condition_variable wake;
+    std::condition_variable tickEnded;
+    std::deque<Task> tasks;
+    std::optional<Timer> timer;
+    bool isTicking = false;
+    bool isEnding = false;
+    std::thread thread;
+
+    void run();
+    void guarded(Task const& task);
+    void runTimer(std::unique_lock<std::mutex>& lock);
+};
+
+void SerialQueue::State::guarded(Task const& task) {
+    try {
+        task();
+    } catch (std::exception const& error) {
+        spdlog::error("{}: a task failed: {}", label, error.what());
+    }
+}
+
+void SerialQueue::State::runTimer(std::unique_lock<std::mutex>& lock) {
+    double const scheduled = timer->advance(mediaClockNow());
+    auto const tick = timer->tick;
+    isTicking = true;
+    lock.unlock();
+    guarded([&] { (*tick)(scheduled); });
+    lock.lock();
+    isTicking = false;
+    tickEnded.notify_all();
+}
+
+void SerialQueue::State::run() {
+    std::unique_lock lock(mutex);
+    while (true) {
+        // Tasks and ticks take turns, so neither a full queue nor a slow tick starves the other.
+        if (timer && !isEnding && mediaClockNow() >= timer->due) runTimer(lock);
+        if (!tasks.empty()) {
+            Task const task = std::move(tasks.front());
+            tasks.pop_front();
+            lock.unlock();
+            guarded(task);
+            lock.lock();
+        } else if (isEnding) {
+            return;
+        } else if (timer) {
+            std::chrono::duration<double> const wait(timer->due - mediaClockNow());
+            if (wait.count() > 0) wake.wait_for(lock, wait);
+        } else {
+            wake.wait(lock);
+        }
+    }
+}
+
+SerialQueue::SerialQueue(std::string label) : state_(std::make_unique<State>()) {
+    state_->label = std::move(label);
+    state_->thread = std::thread([state = state_.get()] {
+        pthread_setname_np(pthread_self(), threadName(state->label).c_str());
+        state->run();
+    });
+}
+
+SerialQueue::~SerialQueue() {
+    {
+        std::lock_guard const lock(state_->mutex);
+        state_->isEnding = true;
+        state_->timer.reset();
+    }
+    state_->wake.notify_all();
+    state_->thread.join();
+}
+
+std::string const& SerialQueue::label() const { return state_->label; }
+
+void SerialQueue::async(Task task) {
+    {
+        std::lock_guard const lock(state_->mutex);
+        state_->tasks.push_back(std::move(task));
+    }
+    state_->wake.notify_all();
+}
+
+void SerialQueue::sync(Task const& task) {
+    std::packaged_task<void()> packaged(task);
+    auto done = packaged.get_future();
+    async([&] { packaged(); });
+    done.get();
+}
+
+void SerialQueue::startTimer(double start, double seconds, std::function<void(double)> tick) {
+    {
+        std::lock_guard const lock(state_->mutex);
+        state_->timer = Timer{start, seconds, std::make_shared<std::function<void(double)>>(std::move(tick))};
+    }
+    state_->wake.notify_all();
+}
+
+void SerialQueue::stopTimer() {
+    std::unique_lock lock(state_->mutex);
+    state_->timer.reset();
+    if (std::this_thread::get_id() == state_->thread.get_id()) return;
+    state_->tickEnded.wait(lock, [&] { return !state_->isTicking; });
+}
+
+}

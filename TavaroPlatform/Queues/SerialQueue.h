@@ -1,0 +1,45 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace tavaro {
+
+/// One labelled thread that runs tasks in the order they were given. The label ("com.tavaro.capture.samples") names the
+/// thread in debuggers and logs by its last parts.
+///
+/// A task's exception stops here: it is logged with the label and the next task runs. Whoever must know of a failure
+/// catches it inside the task.
+class SerialQueue {
+public:
+    using Task = std::function<void()>;
+
+    explicit SerialQueue(std::string label);
+    /// Ends the timer, runs what is queued, joins.
+    ~SerialQueue();
+    SerialQueue(SerialQueue const&) = delete;
+    SerialQueue& operator=(SerialQueue const&) = delete;
+
+    std::string const& label() const;
+
+    /// Any thread. Returns at once.
+    void async(Task task);
+    /// Any thread but the queue's own. Runs the task after everything queued before it; its exception reaches the
+    /// caller.
+    void sync(Task const& task);
+
+    /// Runs `tick(scheduled)` every `seconds`, the first time at `start` on the media clock; `scheduled` is the time
+    /// the tick was due, start + n × seconds, so lateness does not add up. Ticks whose time passed while a task ran are
+    /// left out, all but the latest: a slow tick is followed by the newest due one. One timer a queue; starting
+    /// replaces it.
+    void startTimer(double start, double seconds, std::function<void(double scheduled)> tick);
+    /// Any thread. After it returns no further tick starts; called elsewhere than on the queue, none is running.
+    void stopTimer();
+
+private:
+    struct State;
+    std::unique_ptr<State> state_;
+};
+
+}
