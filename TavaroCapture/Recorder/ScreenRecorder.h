@@ -1,0 +1,86 @@
+#pragma once
+
+#include <TavaroCapture/Sources/CaptureError.h>
+#include <TavaroCapture/Sources/CaptureSource.h>
+#include <TavaroCore/Recording/RecordingMetadata.h>
+
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace tavaro {
+
+struct RecorderOptions {
+    CaptureSource source = DisplaySource{};
+    std::string display; // X server to record; empty means `$DISPLAY`
+    int fps = 60;        // 1…120
+    bool logsKeystrokes = true;
+    std::filesystem::path recordingsFolder; // where the working folder is made; empty means `folders::recordings()`
+    double segmentSeconds = 10;
+    double checkpointSeconds = 2;
+};
+
+/// A take so far, for a progress line.
+struct RecorderProgress {
+    double seconds = 0; // on the take's timeline: pauses do not count
+    std::int64_t framesWritten = 0;
+    std::int64_t droppedFrames = 0;  // frames that could not be taken or written in time
+    std::int64_t repeatedFrames = 0; // of those written, how many stand for an unchanged screen
+    bool isPaused = false;
+};
+
+/// A take that is over: one movie, and the log of what happened in it.
+struct FinishedTake {
+    UUID recordingID;
+    std::filesystem::path directory;       // the working folder; `RecoveryStore::removeWorkingDirectory` clears it
+    std::filesystem::path movie;           // in the working folder; H.264, constant frame rate, without the pointer
+    double duration = 0;                   // seconds
+    RecordingMetadata metadata;            // with its honest `health`
+    std::optional<std::string> endedEarly; // why the take ended by itself, as a sentence; none when `stop` ended it
+};
+
+/// Records one take: the screen into segments, what the user does into the metadata.
+///
+///     ScreenRecorder recorder({.source = DisplaySource{}});
+///     recorder.start();
+///     while (!interrupted && !recorder.waitForEnd(100ms)) show(recorder.progress());
+///     FinishedTake take = recorder.stop();
+///
+/// One take an object. `start`, `setPaused`, `stop` belong to one thread; `progress` and `waitForEnd` to any.
+/// A process that dies in the middle leaves a working folder that `RecoveryStore` brings back; so does destroying the
+/// recorder without `stop`.
+class ScreenRecorder {
+public:
+    explicit ScreenRecorder(RecorderOptions options);
+    ~ScreenRecorder();
+    ScreenRecorder(ScreenRecorder const&) = delete;
+    ScreenRecorder& operator=(ScreenRecorder const&) = delete;
+
+    /// Returns when the first frame's time has come. Throws `CaptureError`: no display, a source that is missing,
+    /// empty or off-screen, a folder that cannot be written.
+    void start();
+    void setPaused(bool paused);
+    RecorderProgress progress() const;
+    /// Size of the movie: the source's, each side rounded down to even.
+    Size2 captureSize() const;
+
+    /// Waits until the take ends by itself (display gone, window closed, disk full) or the time is over; true when it
+    /// ended. `stop` is still due, and hands back what was recorded.
+    bool waitForEnd(std::chrono::milliseconds atMost);
+
+    /// Ends the take and joins its segments. Throws `CaptureError`: not recording, or the movie could not be joined;
+    /// what was recorded then stays in the working folder, for recovery.
+    FinishedTake stop();
+    /// Ends the take and removes its working folder.
+    void cancel();
+
+private:
+    class Take;
+    RecorderOptions options_;
+    std::unique_ptr<Take> take_;
+};
+
+}

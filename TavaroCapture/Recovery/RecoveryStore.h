@@ -1,0 +1,65 @@
+#pragma once
+
+#include <TavaroCapture/Segments/RecordingManifest.h>
+#include <TavaroCore/Recording/RecordingMetadata.h>
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tavaro {
+
+struct RecoveredTake {
+    UUID recordingID;
+    std::filesystem::path directory;
+    std::filesystem::path movie;
+    double duration = 0;
+    RecordingMetadata metadata; // up to the last checkpoint
+};
+
+/// The working folders of takes below one recordings folder: marks those in progress, and finds, brings back or
+/// removes those that nobody finished. A running take holds a claim on its folder, in whichever process it runs; such
+/// folders are never found, recovered or pruned.
+class RecoveryStore {
+public:
+    /// A take that was never finished.
+    struct Recoverable {
+        UUID id;
+        RecordingMarker marker;
+        RecordingManifest manifest;
+        std::vector<std::filesystem::path> mediaFiles; // segments on disk, in order; the last may lack its end
+        std::optional<RecordingMetadata> metadata;     // the last checkpoint
+        std::vector<SegmentRecord> segments;           // one for each media file
+        double estimatedDuration = 0;                  // seconds
+
+        std::filesystem::path directory() const { return marker.directory; }
+    };
+
+    /// `folders::recordings()`.
+    static std::filesystem::path defaultDirectory();
+    static std::filesystem::path metadataCheckpointURL(std::filesystem::path const& directory);
+
+    /// Writes the marker that says a take is being recorded into `directory`.
+    static void markInProgress(std::filesystem::path const& directory, UUID const& recordingID,
+                               std::string const& mode);
+    /// Clears the marker.
+    static void markComplete(std::filesystem::path const& directory);
+
+    /// Every unfinished, unclaimed take, the newest first. A folder with nothing readable in it is left out.
+    static std::vector<Recoverable> findRecoverable(std::filesystem::path const& recordings = defaultDirectory());
+    /// Joins the segments into one movie beside them and clears the marker. Throws `CaptureError` "segment join
+    /// failed" with the reason; the segments stay.
+    static RecoveredTake recover(Recoverable const& take);
+    /// Removes the take's working folder.
+    static void discard(Recoverable const& take);
+
+    /// Removes the working folder that holds `file`, once a project has taken the file over. Refuses a folder that is
+    /// no working folder of a take.
+    static void removeWorkingDirectory(std::filesystem::path const& file);
+    /// Removes complete, unclaimed working folders whose take is older. Returns how many.
+    static int pruneOldRecordings(double olderThanSeconds = 14 * 86400.0,
+                                  std::filesystem::path const& recordings = defaultDirectory());
+};
+
+}

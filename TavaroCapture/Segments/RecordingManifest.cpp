@@ -1,0 +1,46 @@
+#include <TavaroCapture/Segments/RecordingManifest.h>
+
+#include <TavaroCore/Records/JSON.h>
+#include <TavaroPlatform/Files/AtomicFile.h>
+
+#include <fmt/format.h>
+
+namespace tavaro {
+
+namespace {
+
+constexpr std::uint64_t maxBytes = 64 << 20; // a day of segments is below 2 MiB
+
+template<class Record> std::optional<Record> readRecord(std::filesystem::path const& file) {
+    try {
+        if (auto const text = readWholeFile(file, maxBytes)) return decodeJSON<Record>(*text);
+    } catch (Error const&) {
+        // A damaged file is as good as none: the segments on disk still make a take.
+    }
+    return std::nullopt;
+}
+
+}
+
+std::string segmentFileName(std::int64_t index) { return fmt::format("segment-{:03}.mov", index); }
+
+std::filesystem::path manifestPath(std::filesystem::path const& directory) { return directory / "manifest.json"; }
+std::filesystem::path markerPath(std::filesystem::path const& directory) { return directory / "in-progress.json"; }
+
+void writeManifest(std::filesystem::path const& directory, RecordingManifest const& manifest) {
+    writeFileAtomically(manifestPath(directory), encodeJSON(manifest));
+}
+
+void writeMarker(std::filesystem::path const& directory, RecordingMarker const& marker) {
+    writeFileAtomically(markerPath(directory), encodeJSON(marker));
+}
+
+std::optional<RecordingManifest> readManifest(std::filesystem::path const& directory) {
+    return readRecord<RecordingManifest>(manifestPath(directory));
+}
+
+std::optional<RecordingMarker> readMarker(std::filesystem::path const& directory) {
+    return readRecord<RecordingMarker>(markerPath(directory));
+}
+
+}

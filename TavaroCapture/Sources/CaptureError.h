@@ -1,0 +1,24 @@
+#pragma once
+
+#include <TavaroCore/Errors/Error.h>
+
+namespace tavaro {
+
+/// Something cannot be recorded, or a take cannot go on.
+class CaptureError : public Error {
+public:
+    enum class Kind {
+        noDisplay,      // no X server answers
+        unsupported,    // the server lacks something a recording needs
+        badSource,      // the source is malformed, missing, empty or off-screen
+        captureLost,    // the source or the server went away
+        writeFailed,    // the take cannot be written: disk full, folder unwritable
+        notRecording,   // an operation needs a take in progress
+        recoveryFailed, // a found take cannot be brought back
+    };
+
+    CaptureError(Kind kind, std::string const& sentence) : Error(sentence), kind(kind) {}
+    Kind const kind;
+};
+
+}

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <variant>
+
+namespace tavaro {
+
+/// A rectangle of desktop pixels; the origin is the top-left of the whole desktop, y downward.
+struct PixelRect {
+    int x = 0;
+    int y = 0;
+    int width = 0;
+    int height = 0;
+
+    bool isEmpty() const { return width <= 0 || height <= 0; }
+    PixelRect intersection(PixelRect const& other) const;
+    bool operator==(PixelRect const&) const = default;
+};
+
+/// One monitor; ids are "display-1", "display-2", … in the server's order. An empty id is the main display.
+struct DisplaySource {
+    std::string id;
+    bool operator==(DisplaySource const&) const = default;
+};
+
+/// One window with its title bar, by the X window id of its contents; right also where other windows cover it.
+struct WindowSource {
+    std::uint32_t id = 0;
+    bool operator==(WindowSource const&) const = default;
+};
+
+/// The frontmost window of an application, by the application's name, its window class or its desktop id.
+struct ApplicationSource {
+    std::string name;
+    bool operator==(ApplicationSource const&) const = default;
+};
+
+struct AreaSource {
+    PixelRect rect;
+    bool operator==(AreaSource const&) const = default;
+};
+
+using CaptureSource = std::variant<DisplaySource, WindowSource, ApplicationSource, AreaSource>;
+
+/// What a take's marker calls it: "display", "window", "application" or "area".
+std::string_view recordingMode(CaptureSource const& source);
+
+/// Reads what people write for a window: "window-4512", "4512" or "0x11a0". Throws `CaptureError`.
+WindowSource parseWindowSource(std::string_view text);
+/// Reads "X,Y,W,H" in desktop pixels. Throws `CaptureError` for anything else and for a side below 2 pixels.
+AreaSource parseAreaSource(std::string_view text);
+
+}

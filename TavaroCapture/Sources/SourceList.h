@@ -1,0 +1,41 @@
+#pragma once
+
+#include <TavaroCapture/Sources/CaptureSource.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace tavaro {
+
+struct DisplayInfo {
+    std::string id;   // "display-1"
+    std::string name; // the connector's name, "eDP-1"
+    PixelRect frame;
+    bool isMain = false;
+    bool operator==(DisplayInfo const&) const = default;
+};
+
+struct WindowInfo {
+    std::uint32_t window = 0; // the X id of the window's contents
+    std::string title;
+    std::string application; // human name: "Mousepad"
+    std::string bundleID;    // desktop id where one is installed ("org.xfce.mousepad"), else the window class
+    int pid = 0;             // 0 where the window does not say
+    PixelRect frame;         // on the desktop, with the title bar
+    bool isMinimized = false;
+
+    std::string id() const; // "window-4512"
+    bool operator==(WindowInfo const&) const = default;
+};
+
+struct SourceList {
+    std::vector<DisplayInfo> displays; // never empty
+    std::vector<WindowInfo> windows;   // frontmost first
+};
+
+/// What the X server `display` (":0"; empty means `$DISPLAY`) shows right now. Works without a window manager, by the
+/// server's own list of top-level windows. Throws `CaptureError` when no server answers.
+SourceList listSources(std::string const& display = {});
+
+}
