@@ -110,7 +110,7 @@ template<class Value> struct IsOptional<std::optional<Value>> : std::true_type {
 template<RecordType R> void writeRecord(JSONWriter& writer, R const& record) {
     writer.beginObject();
     [&]<std::size_t... I>(std::index_sequence<I...>) {
-        auto const writeMember = [&](auto const& field) {
+        [[maybe_unused]] auto const writeMember = [&](auto const& field) {
             auto const& value = record.*field.member;
             if constexpr (IsOptional<std::remove_cvref_t<decltype(value)>>::value) {
                 if (!value) return;

@@ -1,0 +1,31 @@
+#include <TavaroCore/Project/DemoProject.h>
+
+#include <TavaroCore/Records/Hash.h>
+#include <TavaroCore/Records/JSON.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace tavaro {
+
+NormalizedRect DemoProject::effectiveCrop() const {
+    if (!sourceCrop) return {0, 0, 1, 1};
+    auto const inside = sourceCrop->inset(0, 0);
+    return inside.area() > 0 ? inside : NormalizedRect{0, 0, 1, 1};
+}
+
+Size2 DemoProject::croppedSourceSize() const {
+    auto const crop = effectiveCrop();
+    auto const side = [](std::int64_t pixels, double share) {
+        return std::max<std::int64_t>(std::llround(static_cast<double>(pixels) * share), pixels > 0 ? 1 : 0);
+    };
+    return {side(sourceSize.width, crop.width), side(sourceSize.height, crop.height)};
+}
+
+DemoProject decodeProject(std::string_view json) { return decodeJSON<DemoProject>(json); }
+
+std::string encodeProject(DemoProject const& project) { return encodeJSON(project); }
+
+std::size_t hashOf(DemoProject const& project) { return detail::hashValue(project); }
+
+}
