@@ -1,0 +1,47 @@
+#include <TavaroRender/Compositor/Compositor.h>
+
+#include <TavaroRender/Compositor/RowExecutor.h>
+#include <TavaroRender/Compositor/ScreenTexture.h>
+#include <TavaroRender/Kernels/CompositeUniforms.h>
+#include <TavaroRender/Kernels/CursorUniforms.h>
+#include <TavaroRender/Kernels/Reference.h>
+
+namespace tavaro {
+
+struct Compositor::State {
+    CompositorBackend backend;
+    RowExecutor* rows;
+
+    void inBands(int rowCount, FunctionRef<void(int, int)> band) {
+        if (rowCount <= 0) return;
+        if (rows)
+            rows->run(rowCount, band);
+        else
+            band(0, rowCount);
+    }
+};
+
+Compositor::Compositor(CompositorBackend backend, RowExecutor* rows)
+    : state_(std::make_unique<State>(State{backend, rows})) {}
+
+Compositor::Compositor(Compositor&&) noexcept = default;
+Compositor& Compositor::operator=(Compositor&&) noexcept = default;
+Compositor::~Compositor() = default;
+
+CompositorBackend Compositor::backend() const { return state_->backend; }
+
+void Compositor::composite(CompositeUniforms const& uniforms, ScreenTexture const& screen, ImageView background,
+                           MutableImageView canvas) {
+    if (canvas.isEmpty()) return;
+    state_->inBands(canvas.height,
+                    [&](int begin, int end) { compositeReference(uniforms, screen, background, canvas, begin, end); });
+}
+
+void Compositor::cursorOverlay(CursorUniforms const& uniforms, MutableImageView canvas) {
+    if (canvas.isEmpty()) return;
+    state_->inBands(canvas.height, [&](int begin, int end) { cursorOverlayReference(uniforms, canvas, begin, end); });
+}
+
+void Compositor::forgetBackground() {}
+
+}

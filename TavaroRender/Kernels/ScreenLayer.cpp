@@ -1,0 +1,92 @@
+#include <TavaroRender/Kernels/ScreenLayer.h>
+
+#include <TavaroRender/Kernels/CompositeUniforms.h>
+#include <TavaroRender/Kernels/Sampling.h>
+
+namespace tavaro {
+
+ScreenGeometry::ScreenGeometry(CompositeUniforms const& u) {
+    isEmpty = !(u.clipSize.x > 0 && u.clipSize.y > 0 && u.contentSize.x > 0 && u.contentSize.y > 0);
+    fullHalf = u.clipSize * 0.5f;
+    fullCenter = u.clipOrigin + fullHalf;
+    auto const outer = u.frameMode == 0 ? u.cornerRadius : std::max(u.frameRadius, u.cornerRadius);
+    radius = std::clamp(outer, 0.0f, std::max(std::min(fullHalf.x, fullHalf.y), 0.0f));
+    contentMin = u.contentOrigin;
+    contentMax = u.contentOrigin + u.contentSize;
+    contentHalf = u.contentSize * 0.5f;
+    contentCenter = u.contentOrigin + contentHalf;
+    innerRadius = std::min(u.innerRadius, std::min(u.contentSize.x, u.contentSize.y) / 2);
+}
+
+bool ScreenGeometry::clipHolds(Float2 p) const {
+    auto const q = p - fullCenter;
+    return !isEmpty && std::abs(q.x) <= fullHalf.x && std::abs(q.y) <= fullHalf.y;
+}
+
+bool shadowIsVisible(CompositeUniforms const& u) { return u.shadowRadius > 0.5f && u.shadowOpacity > 0.001f; }
+
+float shadowStrength(CompositeUniforms const& u, ScreenGeometry const& g, Float2 point) {
+    auto const stand = static_cast<FrameMode>(u.frameMode) == FrameMode::imac ? u.frameInset.w * standShare : 0.0f;
+    Float2 const half{g.fullHalf.x, g.fullHalf.y - stand / 2};
+    auto const center = g.fullCenter + Float2{0, u.shadowOffsetY - stand / 2};
+    auto const d = sdRoundedBox(point - center, half, g.radius);
+    auto const s = 1.0f - smoothstep(-u.shadowRadius * 0.25f, u.shadowRadius, d);
+    return s * s * u.shadowOpacity;
+}
+
+bool blursMotion(CompositeUniforms const& u) { return u.blurStrength > 0.001f && u.blurTaps > 1; }
+
+int motionBlurTaps(CompositeUniforms const& u) { return std::min(u.blurTaps, 16); }
+
+Float3 contentColor(CompositeUniforms const& u, ScreenSampler const& sampler, Float2 point) {
+    auto const source = sampler.cropPoint(point);
+    if (!blursMotion(u))
+        return sampler.sampleSharp(sampler.textureUV(source), sampler.sharpenAmount(), sampler.levelOfFrame());
+    auto const taps = motionBlurTaps(u);
+    Float3 sum;
+    float total = 0;
+    for (int i = 0; i < taps; ++i) {
+        auto const k = static_cast<float>(i) / static_cast<float>(taps - 1) - 0.5f;
+        auto const weight = 1.0f - std::abs(k) * 1.2f;
+        auto const shifted = source + u.blurVector * k / std::max(u.zoomScale, 0.0001f);
+        sum = sum + sampler.sample(sampler.textureUV(shifted), sampler.levelOfFrame()) * weight;
+        total += weight;
+    }
+    return sum * (1.0f / total);
+}
+
+float islandDistance(CompositeUniforms const& u, ScreenGeometry const& g, Float2 point) {
+    auto const height = u.frameInset.y * 0.62f;
+    Float2 const center{g.contentCenter.x, u.contentOrigin.y + height * 0.95f};
+    return sdRoundedBox(point - center, {u.contentSize.x * 0.115f, height / 2}, height / 2);
+}
+
+Float4 withScreenLayer(CompositeUniforms const& u, ScreenGeometry const& g, ScreenSampler const& sampler, Float4 pixel,
+                       Float2 point) {
+    auto const d = g.distance(point);
+    auto inside = coverage(d);
+    if (!(inside > 0.001f)) return pixel;
+
+    auto const mode = static_cast<FrameMode>(u.frameMode);
+    Float3 layer;
+    if (mode != FrameMode::none && !g.contentHolds(point)) {
+        auto const frame = frameColor(u, g, point);
+        layer = rgb(frame);
+        inside *= frame.w;
+    } else {
+        layer = contentColor(u, sampler, point);
+        if (mode == FrameMode::insetBand) {
+            auto const band = smoothstep(-1, 1, g.innerDistance(point));
+            layer = mix(layer, rgb(u.matColor), band);
+            inside *= mix(1, u.matColor.w, band);
+        }
+    }
+    if (mode == FrameMode::iphone) layer = mix(layer, {0.02f, 0.02f, 0.025f}, coverage(islandDistance(u, g, point)));
+    if (u.borderWidth > 0.05f) {
+        auto const border = coverage(std::abs(d) - u.borderWidth / 2) * u.borderColor.w;
+        layer = mix(layer, rgb(u.borderColor), border);
+    }
+    return laidOver(pixel, layer, inside);
+}
+
+}

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <TavaroRender/Kernels/Arithmetic.h>
+
+namespace tavaro {
+
+class ScreenSampler;
+struct CompositeUniforms;
+
+/// Frame mode of the uniforms: what is drawn round the recording.
+enum class FrameMode { none, browser, browserDark, macbook, imac, iphone, ipad, insetBand };
+
+/// The share of an iMac's bottom inset that is its chin; the rest is the stand, which casts no shadow.
+inline constexpr float chinShare = 0.42f;
+inline constexpr float standShare = 0.58f;
+
+/// Where the screen layer (recording and device frame) lies, worked out once a frame.
+struct ScreenGeometry {
+    explicit ScreenGeometry(CompositeUniforms const& uniforms);
+
+    bool isEmpty = true;
+    Float2 fullCenter, fullHalf;   // the clip rectangle: recording and frame
+    float radius = 0;              // of its corners
+    Float2 contentMin, contentMax; // the recording
+    Float2 contentCenter, contentHalf;
+    float innerRadius = 0; // of its corners inside an inset band
+
+    float distance(Float2 point) const { return sdRoundedBox(point - fullCenter, fullHalf, radius); }
+    float innerDistance(Float2 point) const { return sdRoundedBox(point - contentCenter, contentHalf, innerRadius); }
+    /// An edge belongs to the recording.
+    bool contentHolds(Float2 point) const {
+        return point.x >= contentMin.x && point.x <= contentMax.x && point.y >= contentMin.y && point.y <= contentMax.y;
+    }
+    bool clipHolds(Float2 point) const;
+};
+
+/// Colour and coverage of the device frame at a point outside the recording.
+Float4 frameColor(CompositeUniforms const& uniforms, ScreenGeometry const& geometry, Float2 point);
+
+bool shadowIsVisible(CompositeUniforms const& uniforms);
+/// Strength of the drop shadow, 0…1.
+float shadowStrength(CompositeUniforms const& uniforms, ScreenGeometry const& geometry, Float2 point);
+
+/// Whether the recording is smeared along the camera's motion, and with how many samples.
+bool blursMotion(CompositeUniforms const& uniforms);
+int motionBlurTaps(CompositeUniforms const& uniforms);
+
+/// The recording at a canvas point: zoomed, and smeared or sharpened.
+Float3 contentColor(CompositeUniforms const& uniforms, ScreenSampler const& sampler, Float2 point);
+
+/// Distance to a phone's camera island, which lies over the top of the recording.
+float islandDistance(CompositeUniforms const& uniforms, ScreenGeometry const& geometry, Float2 point);
+
+/// The pixel with the screen layer laid over it.
+Float4 withScreenLayer(CompositeUniforms const& uniforms, ScreenGeometry const& geometry, ScreenSampler const& sampler,
+                       Float4 pixel, Float2 point);
+
+}
