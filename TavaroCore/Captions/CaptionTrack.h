@@ -70,7 +70,7 @@ struct CaptionTrack {
     UnitPoint2 position = {0.5, 0.88};
     double fontSize = 42; // pixels at a canvas whose smaller side is 1080
     RGBAColor color = RGBAColor::white;
-    std::optional<RGBAColor> backgroundColor = RGBAColor{0, 0, 0, 0.6};
+    std::optional<RGBAColor> backgroundColor;
     RGBAColor highlightColor = RGBAColor::rgb(0xFFD166); // of the word being spoken
     CaptionReveal reveal = CaptionReveal::line;
     CaptionAnimation animation = CaptionAnimation::fade;

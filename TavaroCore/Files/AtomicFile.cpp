@@ -1,4 +1,4 @@
-#include <TavaroPlatform/Files/AtomicFile.h>
+#include <TavaroCore/Files/AtomicFile.h>
 
 #include <cerrno>
 #include <fcntl.h>
@@ -50,9 +50,17 @@ int writeAll(int descriptor, std::string_view bytes) {
 
 }
 
-void writeFileAtomically(std::filesystem::path const& file, std::string_view bytes) {
+namespace {
+
+std::filesystem::path beside(std::filesystem::path const& file) {
     std::filesystem::path temporary = file;
     temporary += ".tmp";
+    return temporary;
+}
+
+/// Writes and flushes the temporary file beside `file`; removes it again when that fails.
+void writeBeside(std::filesystem::path const& file, std::string_view bytes) {
+    auto const temporary = beside(file);
     int failure = 0;
     {
         Descriptor const out(open(temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644));
@@ -60,14 +68,61 @@ void writeFileAtomically(std::filesystem::path const& file, std::string_view byt
         failure = writeAll(out.get(), bytes);
         if (!failure && fsync(out.get()) != 0) failure = errno;
     }
-    if (!failure && rename(temporary.c_str(), file.c_str()) != 0) failure = errno;
-    if (failure) {
-        unlink(temporary.c_str());
-        failWriting(file, failure);
-    }
+    if (!failure) return;
+    unlink(temporary.c_str());
+    failWriting(file, failure);
+}
+
+void flushFolder(std::filesystem::path const& file) {
     auto const folder = file.has_parent_path() ? file.parent_path() : std::filesystem::path(".");
     Descriptor const directory(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (directory.isOpen()) fsync(directory.get()); // some file systems refuse; the rename itself is already done
+}
+
+void renameIntoPlace(std::filesystem::path const& temporary, std::filesystem::path const& file) {
+    if (rename(temporary.c_str(), file.c_str()) == 0) return;
+    int const failure = errno;
+    unlink(temporary.c_str());
+    failWriting(file, failure);
+}
+
+/// A second name for the same file, or a copy where the file system knows no second names.
+void duplicate(std::filesystem::path const& file, std::filesystem::path const& to) {
+    unlink(to.c_str());
+    if (link(file.c_str(), to.c_str()) == 0) return;
+    std::error_code code;
+    std::filesystem::copy_file(file, to, std::filesystem::copy_options::overwrite_existing, code);
+    if (code) failWriting(to, code.value());
+    flushToDisk(to);
+}
+
+}
+
+void writeFileAtomically(std::filesystem::path const& file, std::string_view bytes) {
+    writeBeside(file, bytes);
+    renameIntoPlace(beside(file), file);
+    flushFolder(file);
+}
+
+void replaceFileKeepingBackup(std::filesystem::path const& file, std::filesystem::path const& backup,
+                              std::string_view bytes) {
+    writeBeside(file, bytes);
+    if (access(file.c_str(), F_OK) == 0) {
+        try {
+            duplicate(file, beside(backup));
+            renameIntoPlace(beside(backup), backup);
+        } catch (...) {
+            unlink(beside(file).c_str());
+            throw;
+        }
+    }
+    renameIntoPlace(beside(file), file);
+    flushFolder(file);
+}
+
+void flushToDisk(std::filesystem::path const& file) {
+    Descriptor const written(open(file.c_str(), O_RDONLY | O_CLOEXEC));
+    if (!written.isOpen() || fsync(written.get()) != 0) failWriting(file, errno);
 }
 
 std::optional<std::string> readWholeFile(std::filesystem::path const& file, std::uint64_t maxBytes) {

@@ -1,0 +1,114 @@
+#include <TavaroCore/Package/ProjectPackage.h>
+
+#include <TavaroCore/Files/AtomicFile.h>
+#include <TavaroCore/Project/DemoProject.h>
+
+#include <fmt/format.h>
+
+namespace tavaro {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// A field of keystrokes in older documents that held what was typed.
+constexpr std::string_view typedTextKey = "\"characters\":";
+
+[[noreturn]] void failImporting(fs::path const& from, std::string const& reason, bool isDiskFull = false) {
+    throw FileError(isDiskFull ? FileError::Kind::diskFull : FileError::Kind::cannotWrite,
+                    fmt::format("Could not bring “{}” into the project: {}.", from.string(), reason));
+}
+
+/// "take.mov", or "take 2.mov" and so on when that is taken.
+std::string freeName(fs::path const& folder, std::string const& wanted) {
+    auto const isTaken = [&](std::string const& name) { return fs::exists(fs::symlink_status(folder / name)); };
+    auto candidate = wanted;
+    fs::path const name(wanted);
+    for (int number = 2; isTaken(candidate); ++number) {
+        candidate = fmt::format("{} {}{}", name.stem().string(), number, name.extension().string());
+    }
+    return candidate;
+}
+
+void copyBeside(fs::path const& from, fs::path const& to) {
+    fs::path temporary = to;
+    temporary += ".tmp";
+    std::error_code code;
+    if (fs::copy_file(from, temporary, fs::copy_options::overwrite_existing, code)) {
+        flushToDisk(temporary);
+        fs::rename(temporary, to, code);
+    }
+    if (!code) return;
+    std::error_code ignored;
+    fs::remove(temporary, ignored);
+    failImporting(from, code.message(), code == std::errc::no_space_on_device);
+}
+
+}
+
+std::string ProjectPackage::confinedAssetName(std::string_view name) {
+    auto const lastSlash = name.rfind('/');
+    auto const last = lastSlash == std::string_view::npos ? name : name.substr(lastSlash + 1);
+    bool const isName = !last.empty() && last != "." && last != ".." && last.find('\0') == std::string_view::npos;
+    return isName ? std::string(last) : "_invalid-asset";
+}
+
+void ProjectPackage::createDirectories() const {
+    std::error_code code;
+    fs::create_directories(assetsURL(), code);
+    if (code) {
+        throw FileError(FileError::Kind::cannotWrite,
+                        fmt::format("Could not create the project “{}”: {}.", url_.string(), code.message()));
+    }
+}
+
+void ProjectPackage::save(DemoProject const& project) const {
+    auto const document = encodeProject(project);
+    auto const before = readWholeFile(projectFileURL());
+    if (before == document) return;
+    replaceFileKeepingBackup(projectFileURL(), backupFileURL(), document);
+}
+
+DemoProject ProjectPackage::load() const {
+    auto const document = readWholeFile(projectFileURL());
+    if (!document) {
+        throw FileError(FileError::Kind::cannotRead,
+                        fmt::format("Could not open the project “{}”: it has no project.json.", url_.string()));
+    }
+    auto project = decodeProject(*document);
+    scrubTypedTextIfNeeded(*document, project);
+    return project;
+}
+
+void ProjectPackage::scrubTypedTextIfNeeded(std::string_view document, DemoProject const& project) const {
+    if (document.find(typedTextKey) == std::string_view::npos) return;
+    try {
+        // Without a backup of its own, which would keep the very text that has to go.
+        writeFileAtomically(projectFileURL(), encodeProject(project));
+        auto const backup = readWholeFile(backupFileURL());
+        if (backup && backup->find(typedTextKey) != std::string::npos) {
+            writeFileAtomically(backupFileURL(), encodeProject(decodeProject(*backup)));
+        }
+    } catch (Error const&) {
+        // A package that cannot be written, or a damaged backup, must still open; the next load tries again.
+    }
+}
+
+std::string ProjectPackage::importAsset(fs::path const& from, ImportMode mode) const {
+    std::error_code code;
+    if (!fs::is_regular_file(from, code)) failImporting(from, code ? code.message() : "it is not a file");
+    createDirectories();
+    auto const wanted = confinedAssetName(from.filename().string());
+    if (fs::equivalent(from, assetsURL() / wanted, code)) return wanted;
+    auto const name = freeName(assetsURL(), wanted);
+    auto const to = assetsURL() / name;
+    if (mode == ImportMode::move) {
+        fs::rename(from, to, code);
+        if (!code) return name;
+    }
+    copyBeside(from, to);
+    if (mode == ImportMode::move) fs::remove(from, code);
+    return name;
+}
+
+}

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+namespace tavaro {
+
+struct DemoProject;
+
+/// What importing a file into a package does with the original.
+enum class ImportMode { copy, move };
+
+/// One project on disk: a directory "NAME.recproj" with the document, the one before it, and every media file the
+/// document names. Nothing here holds files open; two objects for the same folder are fine on one thread.
+/// File failures throw `FileError`, documents that cannot be read `JSONError`, both unchanged.
+class ProjectPackage {
+public:
+    static constexpr std::string_view directoryExtension = ".recproj";
+
+    explicit ProjectPackage(std::filesystem::path url) : url_(std::move(url)) {}
+
+    std::filesystem::path const& url() const { return url_; }
+    std::filesystem::path projectFileURL() const { return url_ / "project.json"; }
+    std::filesystem::path backupFileURL() const { return url_ / "project.previous.json"; }
+    std::filesystem::path assetsURL() const { return url_ / "assets"; }
+    std::filesystem::path thumbnailURL() const { return url_ / "thumbnail.png"; }
+    /// Where the asset of that name lies; never outside the package, whatever the document says.
+    std::filesystem::path assetURL(std::string_view name) const { return assetsURL() / confinedAssetName(name); }
+
+    /// The last component of the name; "_invalid-asset" for what is no file name at all.
+    static std::string confinedAssetName(std::string_view name);
+
+    /// Makes the package's folders, with those above it.
+    void createDirectories() const;
+
+    /// Writes the document. When it differs from the one on disk, that one becomes the backup. A crash or a full disk
+    /// at any instant leaves a complete old or new document and a complete backup.
+    void save(DemoProject const& project) const;
+
+    /// Reads the document. Text that older versions logged with keystrokes is removed from the disk at once.
+    DemoProject load() const;
+
+    /// Brings a media file into the package and returns its asset name: the file's own name, or with a number added
+    /// ("take 2.mov") when another asset has it. Moving falls back to a copy across file systems.
+    std::string importAsset(std::filesystem::path const& from, ImportMode mode = ImportMode::copy) const;
+
+private:
+    void scrubTypedTextIfNeeded(std::string_view document, DemoProject const& project) const;
+
+    std::filesystem::path url_;
+};
+
+}

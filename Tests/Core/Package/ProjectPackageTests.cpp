@@ -1,0 +1,131 @@
+#include <TavaroCore/Package/ProjectPackage.h>
+
+#include <TavaroCore/Files/AtomicFile.h>
+#include <TavaroCore/Project/DemoProject.h>
+#include <TavaroCore/Records/JSONError.h>
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <fstream>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+using namespace tavaro;
+namespace fs = std::filesystem;
+
+namespace {
+
+class ProjectPackageTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        std::string pattern = (fs::temp_directory_path() / "tavaro-package-XXXXXX").string();
+        folder = mkdtemp(pattern.data());
+        package = ProjectPackage(folder / "take.recproj");
+        package.createDirectories();
+    }
+    void TearDown() override { fs::remove_all(folder); }
+
+    static DemoProject named(std::string name) {
+        auto project = decodeProject("{}");
+        project.name = std::move(name);
+        return project;
+    }
+    static void write(fs::path const& file, std::string_view text) { std::ofstream(file, std::ios::binary) << text; }
+    static std::string read(fs::path const& file) { return readWholeFile(file).value_or("(no file)"); }
+    std::size_t filesInPackage() const {
+        return static_cast<std::size_t>(std::distance(fs::directory_iterator(package.url()), fs::directory_iterator()));
+    }
+
+    fs::path folder;
+    ProjectPackage package{""};
+};
+
+}
+
+TEST_F(ProjectPackageTest, whatIsSavedIsLoadedAndTheSaveBeforeIsKept) {
+    auto const first = named("first");
+    auto const second = named("second");
+    package.save(first);
+    EXPECT_FALSE(fs::exists(package.backupFileURL()));
+    package.save(second);
+    EXPECT_EQ(package.load(), second);
+    EXPECT_EQ(decodeProject(read(package.backupFileURL())), first);
+    package.save(second); // nothing changed, so the backup stays the first document
+    EXPECT_EQ(decodeProject(read(package.backupFileURL())), first);
+    EXPECT_EQ(filesInPackage(), 3u); // the document, its backup, assets
+}
+
+TEST_F(ProjectPackageTest, assetNamesNeverLeaveThePackage) {
+    EXPECT_EQ(package.assetURL("../../x.mov"), package.assetsURL() / "x.mov");
+    EXPECT_EQ(package.assetURL("/etc/passwd"), package.assetsURL() / "passwd");
+    for (std::string_view name : {std::string_view(""), std::string_view(".."), std::string_view("."),
+                                  std::string_view("a/"), std::string_view("a/.."), std::string_view("a\0b", 3)}) {
+        EXPECT_EQ(ProjectPackage::confinedAssetName(name), "_invalid-asset") << name;
+    }
+}
+
+TEST_F(ProjectPackageTest, textTypedIntoOlderDocumentsLeavesTheDisk) {
+    auto const old = R"({"name":"old","metadata":{"keystrokes":[{"t":1,"keys":["a"],"characters":"hunter2"}]}})";
+    write(package.projectFileURL(), old);
+    write(package.backupFileURL(), old);
+    auto const project = package.load();
+    EXPECT_EQ(project.metadata->keystrokes.at(0).keys, std::vector<std::string>{"a"});
+    for (auto const& entry : fs::recursive_directory_iterator(package.url())) {
+        if (!entry.is_regular_file()) continue;
+        EXPECT_EQ(read(entry.path()).find("hunter2"), std::string::npos) << entry.path();
+    }
+    EXPECT_EQ(package.load(), project);
+}
+
+TEST_F(ProjectPackageTest, documentsThatCannotBeReadSaySo) {
+    EXPECT_THROW(package.load(), FileError);
+    write(package.projectFileURL(), R"({"createdAt":"soon"})");
+    try {
+        package.load();
+        FAIL();
+    } catch (JSONError const& error) {
+        EXPECT_EQ(error.problem(), "Unrecognised date 'soon'");
+        EXPECT_EQ(error.path(), "createdAt");
+    }
+}
+
+TEST_F(ProjectPackageTest, importedAssetsKeepTheirNamesAndNeverReplaceOthers) {
+    write(folder / "clip.mov", "one");
+    EXPECT_EQ(package.importAsset(folder / "clip.mov"), "clip.mov");
+    write(folder / "clip.mov", "two");
+    EXPECT_EQ(package.importAsset(folder / "clip.mov"), "clip 2.mov");
+    EXPECT_EQ(package.importAsset(folder / "clip.mov", ImportMode::move), "clip 3.mov");
+    EXPECT_FALSE(fs::exists(folder / "clip.mov"));
+    EXPECT_EQ(read(package.assetURL("clip.mov")), "one");
+    EXPECT_EQ(read(package.assetURL("clip 3.mov")), "two");
+    EXPECT_EQ(package.importAsset(package.assetURL("clip.mov")), "clip.mov");
+    EXPECT_THROW(package.importAsset(folder / "absent.mov"), FileError);
+}
+
+TEST_F(ProjectPackageTest, aSaveThatCannotFinishLeavesBothDocumentsAsTheyWere) {
+    auto const first = named("first");
+    auto const second = named("second");
+    package.save(first);
+    package.save(second);
+    pid_t const child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        signal(SIGXFSZ, SIG_IGN);
+        rlimit const limit{1000, 1000}; // stands for a full disk: every write past this fails
+        setrlimit(RLIMIT_FSIZE, &limit);
+        try {
+            package.save(named(std::string(100'000, 'x')));
+        } catch (FileError const&) {
+            _exit(0);
+        }
+        _exit(1);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    EXPECT_EQ(WEXITSTATUS(status), 0);
+    EXPECT_EQ(package.load(), second);
+    EXPECT_EQ(decodeProject(read(package.backupFileURL())), first);
+    EXPECT_EQ(filesInPackage(), 3u);
+}
