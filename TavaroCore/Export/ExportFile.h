@@ -1,0 +1,24 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+namespace tavaro {
+
+struct ExportSettings;
+
+/// Bytes that an export of that many seconds takes, roughly.
+std::int64_t estimatedFileSize(ExportSettings const& settings, double duration);
+
+/// Name of an export without its ending: the project's name, the size class of the canvas and the codec, as in
+/// "Onboarding 1080p HEVC". The size class is that of the canvas's smaller side, so a vertical movie is "1080p" too.
+/// Never longer than a file system takes, with room for an ending and a number.
+std::string suggestedFileName(ExportSettings const& settings, std::string_view projectName);
+
+/// `file` itself when nothing has that name yet, else the first free one of "Name 2.mp4", "Name 3.mp4", …: an export
+/// never overwrites a file.
+std::filesystem::path unusedFile(std::filesystem::path const& file);
+
+}
