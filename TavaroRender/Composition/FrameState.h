@@ -1,0 +1,72 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <TavaroCore/Camera/CameraDirection.h>
+#include <TavaroCore/Style/CursorSettings.h>
+#include <TavaroCore/Values/Geometry.h>
+#include <TavaroCore/Zoom/CameraState.h>
+#include <TavaroCore/Zoom/LoupeState.h>
+#include <TavaroRender/Composition/CanvasGeometry.h>
+
+namespace tavaro {
+
+struct CaptionCue;
+struct Overlay;
+struct TitleCard;
+
+/// A click effect in progress.
+struct ActiveClick {
+    UnitPoint2 position; // in the cropped source
+    double progress = 0; // 0…1
+    ClickEffect effect = ClickEffect::none;
+
+    bool operator==(ActiveClick const&) const = default;
+};
+
+/// The frame of the recording that a moment of the output shows.
+struct ShownSource {
+    std::string_view asset; // lives as long as the composer
+    double time = 0;        // seconds in the asset
+
+    bool operator==(ShownSource const&) const = default;
+};
+
+/// Every number that drawing one frame takes. Lengths are canvas pixels unless a comment says otherwise. Pointers lead
+/// into the composer's project and live as long as the composer.
+struct FrameState {
+    double time = 0; // output seconds
+    Size2 canvas;
+    Size2 sourceSize; // of the recording after the crop; 0 × 0 while nothing of it is shown
+    std::optional<ShownSource> source;
+    CameraState camera;       // centre in the cropped source
+    UnitPoint2 cameraTravel;  // of the camera's centre during the last 1/60 s
+    CanvasRect contentRect;   // the recording
+    CanvasRect clipRect;      // what the screen layer may paint
+    CanvasInsets frameInsets; // device frame or band past the content
+    SceneLayout scene = SceneLayout::screenOnly;
+    double cameraOpacity = 1; // of the camera picture, 0…1
+
+    std::optional<UnitPoint2> cursorPosition; // in the cropped source
+    CanvasPoint cursorCanvasPoint;            // where it is drawn, seen through the loupe if there is one
+    double cursorSizePx = 0;                  // height of the arrow's box
+    double cursorOpacity = 0;                 // 0…1
+    CanvasPoint cursorBlur;                   // travel while the shutter is open
+
+    std::optional<ActiveClick> activeClick;
+    CanvasPoint clickCanvasPoint;
+    double clickRadiusPx = 0;
+    double clickOpacity = 0; // 0…1
+
+    std::optional<LoupeState> loupe;
+    CanvasPoint loupeCanvasCenter;
+    double loupeRadiusPx = 0;
+
+    std::vector<Overlay const*> visibleOverlays;
+    CaptionCue const* captionCue = nullptr;
+    TitleCard const* titleCard = nullptr;
+};
+
+}
