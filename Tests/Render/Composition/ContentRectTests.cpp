@@ -1,0 +1,110 @@
+#include <TavaroCore/Style/ScreenStyle.h>
+#include <TavaroRender/Composition/ContentRect.h>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+namespace tavaro {
+
+namespace {
+
+constexpr Size2 hd{1920, 1080};
+
+void expectNear(CanvasRect const& rect, CanvasRect const& expected) {
+    EXPECT_NEAR(rect.x, expected.x, 1e-9);
+    EXPECT_NEAR(rect.y, expected.y, 1e-9);
+    EXPECT_NEAR(rect.width, expected.width, 1e-9);
+    EXPECT_NEAR(rect.height, expected.height, 1e-9);
+}
+
+TEST(ContentRect, fitShowsTheWholeRecordingCentredInThePaddedCanvas) {
+    expectNear(contentRect(hd, hd, ContentFit::fit, {}, 0.1), {192, 108, 1536, 864});
+    expectNear(contentRect({1000, 1000}, hd, ContentFit::fit, {}, 0), {420, 0, 1080, 1080});
+}
+
+TEST(ContentRect, stretchTakesTheRoomWhateverTheShape) {
+    expectNear(contentRect({10, 1000}, hd, ContentFit::stretch, {}, 0.25), {480, 270, 960, 540});
+}
+
+TEST(ContentRect, fillKeepsTheEdgeThatTheFocusNames) {
+    Size2 const vertical{1080, 1920};
+    double const width = 1920.0 * 1920 / 1080;
+    expectNear(contentRect(hd, vertical, ContentFit::fill, {0, 0}, 0), {0, 0, width, 1920});
+    expectNear(contentRect(hd, vertical, ContentFit::fill, {1, 1}, 0), {1080 - width, 0, width, 1920});
+    expectNear(contentRect(hd, vertical, ContentFit::fill, {-7, 0}, 0), {0, 0, width, 1920});
+    expectNear(contentRect(hd, vertical, ContentFit::fill, {7, 0}, 0), {1080 - width, 0, width, 1920});
+}
+
+TEST(ContentRect, fillCentresAnAxisThatLeavesRoom) {
+    // The padded canvas is 864 × 1536; the recording fills its height and overflows the canvas only in width.
+    auto const rect = contentRect(hd, {1080, 1920}, ContentFit::fill, {0, 0}, 0.1);
+    EXPECT_DOUBLE_EQ(rect.x, 0);
+    EXPECT_NEAR(rect.y, 192, 1e-9);
+    EXPECT_NEAR(rect.height, 1536, 1e-9);
+}
+
+TEST(ContentRect, nothingIsDrawnOfASourceWithoutSizeOrACanvasWithoutRoom) {
+    for (auto const fit : {ContentFit::fit, ContentFit::fill, ContentFit::stretch}) {
+        EXPECT_TRUE(contentRect({0, 1080}, hd, fit, {}, 0).isEmpty());
+        EXPECT_TRUE(contentRect({1920, 0}, hd, fit, {}, 0).isEmpty());
+        EXPECT_TRUE(contentRect(hd, hd, fit, {}, 0.5).isEmpty());
+        EXPECT_TRUE(contentRect(hd, {0, 0}, fit, {}, 0).isEmpty());
+        EXPECT_EQ(singlePane({0, 0}, hd, {.frame = DeviceFrame::imac}, fit, {}), SinglePane{});
+    }
+}
+
+TEST(SinglePane, everyDeviceFrameStaysInThePaddedCanvasAndKeepsTheRecordingsShape) {
+    for (std::size_t index = 0; index < namesOf(DeviceFrame{}).size(); ++index) {
+        for (Size2 const source : {hd, Size2{400, 900}, Size2{3000, 200}, Size2{1, 1}}) {
+            for (Size2 const canvas : {hd, Size2{1080, 1920}, Size2{640, 360}}) {
+                for (double const padding : {0.0, 0.06, 0.3}) {
+                    auto const frame = static_cast<DeviceFrame>(index);
+                    SCOPED_TRACE(namesOf(frame)[index]);
+                    auto const pane =
+                        singlePane(source, canvas, {.padding = padding, .frame = frame}, ContentFit::fit, {});
+                    double const slack = 1e-6;
+                    auto const w = static_cast<double>(canvas.width);
+                    auto const h = static_cast<double>(canvas.height);
+                    EXPECT_GE(pane.clip.x, padding * w - slack);
+                    EXPECT_GE(pane.clip.y, padding * h - slack);
+                    EXPECT_LE(pane.clip.maxX(), (1 - padding) * w + slack);
+                    EXPECT_LE(pane.clip.maxY(), (1 - padding) * h + slack);
+                    EXPECT_NEAR(pane.clip.center().x, w / 2, slack);
+                    EXPECT_NEAR(pane.clip.center().y, h / 2, slack);
+                    EXPECT_NEAR(pane.content.width / pane.content.height, source.aspect(), source.aspect() * 1e-9);
+                    auto const share = insets(frame);
+                    EXPECT_NEAR(pane.frame.top, share.top * pane.content.width, slack);
+                    EXPECT_NEAR(pane.frame.bottom, share.bottom * pane.content.width, slack);
+                    EXPECT_NEAR(pane.content.x - pane.clip.x, pane.frame.left, slack);
+                    EXPECT_NEAR(pane.clip.maxX() - pane.content.maxX(), pane.frame.right, slack);
+                    EXPECT_NEAR(pane.clip.maxY() - pane.content.maxY(), pane.frame.bottom, slack);
+                }
+            }
+        }
+    }
+}
+
+TEST(SinglePane, anInsetBandShrinksTheRecordingIntoItsPlaceButNeverBelowATwentieth) {
+    auto const pane = singlePane(hd, hd, {.inset = 0.02}, ContentFit::fit, {});
+    EXPECT_EQ(pane.clip, (CanvasRect{0, 0, 1920, 1080}));
+    EXPECT_NEAR(pane.frame.top, 0.02 * 1920, 1e-9) << "the smaller side decides";
+    EXPECT_NEAR(pane.content.width / pane.content.height, hd.aspect(), 1e-9);
+
+    auto const thick = singlePane(hd, hd, {.inset = 0.6}, ContentFit::fit, {});
+    EXPECT_NEAR(thick.content.width, 1920 * 0.05, 1e-9);
+
+    auto const thin = singlePane(hd, hd, {.inset = 0.0004}, ContentFit::fit, {});
+    EXPECT_EQ(thin.content, thin.clip);
+}
+
+TEST(SinglePane, aDeviceFrameTakesThePlaceOfTheBand) {
+    ScreenStyle style{.padding = 0.05, .frame = DeviceFrame::browserDark};
+    auto const framed = singlePane(hd, hd, style, ContentFit::fit, {});
+    style.inset = 0.1;
+    EXPECT_EQ(singlePane(hd, hd, style, ContentFit::fit, {}), framed);
+}
+
+}
+
+}
