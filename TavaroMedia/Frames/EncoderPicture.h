@@ -1,0 +1,38 @@
+#pragma once
+
+#include <memory>
+
+#include <TavaroMedia/Frames/Image.h>
+#include <TavaroMedia/Frames/RowBands.h>
+
+namespace tavaro {
+
+/// Writable picture in the form that an encoder takes, lent by `MovieWriter::picture()` from its pool and given back
+/// with `append`, or dropped.
+class EncoderPicture {
+public:
+    EncoderPicture(EncoderPicture&&) noexcept;
+    EncoderPicture& operator=(EncoderPicture&&) noexcept;
+    ~EncoderPicture();
+
+    int width() const;
+    int height() const;
+
+    struct Planes; // the encoder's own form
+    explicit EncoderPicture(std::unique_ptr<Planes> planes);
+    Planes& planes() { return *planes_; }
+
+private:
+    std::unique_ptr<Planes> planes_;
+};
+
+/// Order of the four bytes of a pixel. The fourth, alpha or padding, is not looked at.
+enum class PixelOrder { rgba, bgra };
+
+/// Converts `image` to the encoder's colours: BT.709 in limited range, chroma sited left. The image may be larger than
+/// the picture by the odd column and row that 4:2:0 has no place for; a smaller one is a mistake of the caller.
+/// Never allocates; bands may run on several threads.
+void fillPicture(EncoderPicture& picture, ImageView image, PixelOrder order = PixelOrder::rgba,
+                 RowBands bands = oneBand);
+
+}
