@@ -33,14 +33,17 @@ std::optional<double> Timeline::sourceTime(double at) const {
 }
 
 std::optional<double> Timeline::timelineTime(double forSource) const {
-    auto const placed = [&](VideoClip const& clip) { return clip.start + (forSource - clip.sourceStart) / clip.speed; };
     for (auto const& clip : clips) {
-        if (TimeRange{clip.sourceStart, clip.sourceSpan()}.contains(forSource)) return placed(clip);
+        if (TimeRange{clip.sourceStart, clip.sourceSpan()}.contains(forSource)) return clip.outputTime(forSource);
     }
+    return endTime(forSource);
+}
+
+std::optional<double> Timeline::endTime(double forSource) const {
     if (clips.empty() || clips.back().sourceSpan() <= 0) return std::nullopt;
     auto const& last = clips.back();
     if (std::abs(forSource - (last.sourceStart + last.sourceSpan())) > endTolerance) return std::nullopt;
-    return std::min(placed(last), last.end());
+    return std::min(last.outputTime(forSource), last.end());
 }
 
 }

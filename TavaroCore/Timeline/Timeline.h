@@ -25,6 +25,8 @@ struct VideoClip {
     TimeRange range() const { return {start, duration}; }
     /// Source seconds covered.
     double sourceSpan() const { return duration * speed; }
+    /// When the clip shows a source time inside its span.
+    double outputTime(double source) const { return start + (source - sourceStart) / speed; }
 
     static constexpr auto fields = std::tuple{
         field("id", &VideoClip::id),
@@ -58,6 +60,8 @@ struct Timeline {
     /// The output time at which source time s is shown first; none when no clip holds it. The end of the last clip's
     /// span belongs to it, as in `clip`.
     std::optional<double> timelineTime(double forSource) const;
+    /// The output time of a source time that is the end of the last clip's span; none for any other.
+    std::optional<double> endTime(double forSource) const;
 
     static constexpr auto fields = std::tuple{
         field("clips", &Timeline::clips),
