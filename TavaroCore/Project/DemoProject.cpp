@@ -8,6 +8,13 @@
 
 namespace tavaro {
 
+void DemoProject::clearAutomaticEdits() {
+    auto const isAutomatic = [](auto const& item) { return item.isAutomatic; };
+    std::erase_if(zoomEvents, isAutomatic);
+    std::erase_if(overlays, isAutomatic);
+    std::erase_if(cameraMoves, isAutomatic);
+}
+
 NormalizedRect DemoProject::effectiveCrop() const {
     if (!sourceCrop) return {0, 0, 1, 1};
     auto const inside = sourceCrop->inset(0, 0);

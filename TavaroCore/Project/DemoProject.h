@@ -74,6 +74,9 @@ struct DemoProject {
     std::optional<RedactionScanInfo> redactionScan;
     ExportSettings exportSettings; // stored as "export", a word that the language keeps for itself
 
+    /// Removes the zooms, overlays and camera moves that Auto Polish made; those made by hand keep their order.
+    void clearAutomaticEdits();
+
     /// Output seconds of the edit.
     double duration() const { return timeline.duration(); }
     /// The crop, inside the unit square, or the whole frame.

@@ -1,0 +1,46 @@
+#include <TavaroCore/Direction/SmartDirector.h>
+
+#include <TavaroCore/Style/ScreenStyle.h>
+
+namespace tavaro {
+
+ScreenStyle SmartDirector::screenStyle(DemoMode mode) {
+    constexpr RGBAColor hairline{1, 1, 1, 0.16}; // keeps the edge of a dark window visible on a dark background
+    switch (mode) {
+    case DemoMode::website:
+        return {.padding = 0.06,
+                .cornerRadius = 14,
+                .shadowRadius = 64,
+                .shadowOpacity = 0.38,
+                .shadowOffsetY = 22,
+                .frame = DeviceFrame::browserLight};
+    case DemoMode::desktopApp:
+        return {.padding = 0.07,
+                .cornerRadius = 18,
+                .shadowRadius = 90,
+                .shadowOpacity = 0.55,
+                .shadowOffsetY = 34,
+                .borderWidth = 1,
+                .borderColor = hairline};
+    case DemoMode::mobileApp:
+        return {.padding = 0.06,
+                .shadowRadius = 72,
+                .shadowOpacity = 0.45,
+                .shadowOffsetY = 28,
+                .frame = DeviceFrame::iphone};
+    case DemoMode::dashboard:
+        return {.padding = 0.05, .cornerRadius = 14, .shadowRadius = 56, .shadowOpacity = 0.32, .shadowOffsetY = 18};
+    case DemoMode::terminal:
+        return {.padding = 0.05,
+                .cornerRadius = 12,
+                .shadowRadius = 64,
+                .shadowOpacity = 0.5,
+                .shadowOffsetY = 22,
+                .borderWidth = 1,
+                .borderColor = hairline};
+    case DemoMode::plain: return {};
+    }
+    return {};
+}
+
+}

@@ -1,0 +1,267 @@
+#include <TavaroCore/Direction/SmartDirector.h>
+#include <TavaroCore/Project/DemoProject.h>
+#include <TavaroCore/Style/BackgroundPreset.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
+#include <set>
+
+using namespace tavaro;
+using testing::ElementsAre;
+
+namespace {
+
+DemoProject randomTake(unsigned seed) {
+    std::mt19937 random(seed);
+    std::uniform_real_distribution<double> unit(0, 1);
+    DemoProject project;
+    project.sourceSize = {1920, 1080};
+    double const duration = 5 + 40 * unit(random);
+    auto& recording = project.metadata.edit();
+    for (double t = 0; t < duration; t += 1 / 30.0) {
+        recording.cursorSamples.push_back({t, {unit(random), unit(random)}});
+    }
+    for (unsigned i = random() % 25; i > 0; --i) {
+        recording.clicks.push_back({.t = unit(random) * duration,
+                                    .position = {unit(random), unit(random)},
+                                    .isDrag = random() % 4 == 0,
+                                    .application = random() % 2 ? std::optional<std::string>("Code") : std::nullopt});
+    }
+    std::sort(recording.clicks.begin(), recording.clicks.end(), [](auto& a, auto& b) { return a.t < b.t; });
+    for (double t = 0; t < duration; t += 3) recording.keystrokes.push_back({.t = t, .keys = {"a"}});
+    double const cut = duration * unit(random);
+    project.timeline.clips = {{.asset = "a.mp4", .duration = cut},
+                              {.asset = "a.mp4",
+                               .start = cut,
+                               .sourceStart = std::min(cut + 1, duration),
+                               .duration = std::max(duration - cut - 1, 0.0)}};
+    for (unsigned i = random() % 4; i > 0; --i) {
+        project.zoomEvents.push_back({.start = unit(random) * duration,
+                                      .duration = 3 * unit(random),
+                                      .motionBlur = 0.4,
+                                      .style = static_cast<ZoomStyle>(random() % 2)});
+    }
+    project.overlays = {{.start = 1}, {.start = 2, .isAutomatic = true}};
+    project.cameraMoves = {{.time = 1}, {.time = 2, .isAutomatic = true}};
+    project.cursor.smoothing = unit(random);
+    return project;
+}
+
+PolishOptions randomOptions(unsigned seed) {
+    std::mt19937 random(seed);
+    PolishOptions options;
+    forEachField<PolishOptions>([&](auto const& field) { options.*field.member = random() % 4 != 0; });
+    return options;
+}
+
+/// The same document with the identities of automatic items left out, which are fresh at every polish.
+DemoProject withoutFreshIDs(DemoProject project) {
+    for (auto& zoom : project.zoomEvents) {
+        if (zoom.isAutomatic) zoom.id = {};
+    }
+    return project;
+}
+
+std::vector<ZoomEvent> handMade(DemoProject const& project) {
+    auto zooms = project.zoomEvents;
+    std::erase_if(zooms, [](auto const& zoom) { return zoom.isAutomatic; });
+    return zooms;
+}
+
+/// A take of 20 s with one click in a small window after 6 s.
+DemoProject oneClick() {
+    DemoProject project;
+    project.timeline.clips = {{.duration = 20}};
+    project.metadata.edit().clicks = {
+        {.t = 6, .position = {0.5, 0.5}, .windowFrame = NormalizedRect{0.4, 0.4, 0.2, 0.2}}};
+    return project;
+}
+
+DirectorReport polish(DemoProject& project, DemoMode mode = DemoMode::website, PolishOptions const& options = {}) {
+    return SmartDirector(options, mode).polish(project);
+}
+
+}
+
+TEST(Polish, polishingTwiceEqualsOnce) {
+    for (unsigned seed = 1; seed <= 40; ++seed) {
+        for (auto const mode : allCases<DemoMode>()) {
+            auto once = randomTake(seed);
+            auto const options = seed == 1 ? PolishOptions{} : randomOptions(seed);
+            auto const report = polish(once, mode, options);
+            auto twice = once;
+            EXPECT_EQ(polish(twice, mode, options), report) << "seed " << seed << " " << nameOf(mode);
+            EXPECT_EQ(withoutFreshIDs(twice), withoutFreshIDs(once)) << "seed " << seed << " " << nameOf(mode);
+            EXPECT_TRUE(twice.metadata.sharesWith(once.metadata)) << "an unchanged log is not copied";
+        }
+    }
+}
+
+TEST(Polish, whatIsMadeByHandSurvivesAndNoZoomIsPutOverIt) {
+    for (unsigned seed = 1; seed <= 60; ++seed) {
+        auto const before = randomTake(seed);
+        auto after = before;
+        auto const report = polish(after, DemoMode::terminal, randomOptions(seed));
+        auto kept = handMade(before);
+        std::stable_sort(kept.begin(), kept.end(), [](auto& a, auto& b) { return a.start < b.start; });
+        auto now = handMade(after);
+        std::stable_sort(now.begin(), now.end(), [](auto& a, auto& b) { return a.start < b.start; });
+        EXPECT_EQ(now, kept) << "seed " << seed;
+        EXPECT_EQ(after.zoomEvents.size(), kept.size() + static_cast<std::size_t>(report.zoomsAdded));
+        for (auto const& zoom : after.zoomEvents) {
+            for (auto const& hand : kept) {
+                EXPECT_FALSE(zoom.isAutomatic && zoom.range().intersects(hand.range())) << "seed " << seed;
+            }
+        }
+        ASSERT_EQ(after.overlays.size(), 1u);
+        EXPECT_EQ(after.overlays.front(), before.overlays.front());
+        ASSERT_EQ(after.cameraMoves.size(), 1u);
+        EXPECT_EQ(after.cameraMoves.front(), before.cameraMoves.front());
+    }
+}
+
+TEST(Polish, smoothingStartsFromTheRecordedPathEachTime) {
+    auto project = randomTake(3);
+    auto const recorded = project.metadata->cursorSamples;
+    auto const copy = project;
+    EXPECT_EQ(polish(project).cursorSamplesSmoothed, static_cast<std::int64_t>(recorded.size()));
+    EXPECT_EQ(project.metadata->rawCursorSamples, recorded);
+    EXPECT_NE(project.metadata->cursorSamples, recorded);
+    EXPECT_EQ(copy.metadata->cursorSamples, recorded) << "a copy for undo keeps the old path";
+
+    project.cursor.smoothing = 0;
+    polish(project);
+    EXPECT_EQ(project.metadata->cursorSamples, recorded);
+
+    auto untouched = copy;
+    PolishOptions options;
+    options.cursorSmoothing = false;
+    EXPECT_EQ(polish(untouched, DemoMode::website, options).cursorSamplesSmoothed, 0);
+    EXPECT_TRUE(untouched.metadata.sharesWith(copy.metadata));
+}
+
+TEST(Polish, zoomsFollowThePictureThroughCuts) {
+    auto project = oneClick();
+    project.timeline.clips = {{.duration = 2}, {.start = 2, .sourceStart = 5, .duration = 10}}; // 2…5 is cut
+    EXPECT_EQ(polish(project).zoomsAdded, 1);
+    EXPECT_NEAR(project.zoomEvents.front().start, 3 - 0.45, 1e-12);
+
+    project.timeline.clips = {{.duration = 5}}; // the click is not shown any more
+    auto const report = polish(project);
+    EXPECT_EQ(report.zoomsAdded, 0);
+    EXPECT_TRUE(project.zoomEvents.empty());
+    EXPECT_EQ(report.clicksDetected, 1) << "clicks of the recording are counted";
+}
+
+TEST(Polish, plainModeAddsNoZoomsAndNoFraming) {
+    auto project = oneClick();
+    EXPECT_EQ(polish(project, DemoMode::plain).zoomsAdded, 0);
+    EXPECT_TRUE(project.zoomEvents.empty());
+    EXPECT_EQ(project.screen, ScreenStyle{});
+    PolishOptions options;
+    options.smartZoom = false;
+    EXPECT_EQ(polish(project, DemoMode::website, options).zoomsAdded, 0);
+}
+
+TEST(Polish, clickHighlightsShowThePointerAndAnEffect) {
+    auto project = oneClick();
+    project.cursor.isVisible = false;
+    project.cursor.clickEffect = ClickEffect::none;
+    polish(project);
+    EXPECT_TRUE(project.cursor.isVisible);
+    EXPECT_EQ(project.cursor.clickEffect, ClickEffect::ripple);
+    project.cursor.clickEffect = ClickEffect::prism;
+    polish(project);
+    EXPECT_EQ(project.cursor.clickEffect, ClickEffect::prism) << "a chosen effect stays";
+    PolishOptions options;
+    options.clickHighlights = false;
+    polish(project, DemoMode::website, options);
+    EXPECT_EQ(project.cursor.clickEffect, ClickEffect::none);
+}
+
+TEST(Polish, motionBlurOffLeavesHandMadeZoomsTheirs) {
+    auto project = oneClick();
+    project.zoomEvents = {{.start = 12, .duration = 2, .motionBlur = 0.4}};
+    polish(project);
+    ASSERT_EQ(project.zoomEvents.size(), 2u);
+    EXPECT_EQ(project.zoomEvents[0].motionBlur, 0.65);
+    PolishOptions options;
+    options.motionBlur = false;
+    polish(project, DemoMode::website, options);
+    EXPECT_EQ(project.zoomEvents[0].motionBlur, 0);
+    EXPECT_EQ(project.zoomEvents[1].motionBlur, 0.4);
+}
+
+TEST(Polish, aChosenBackgroundStaysAndABareOneIsReplaced) {
+    auto project = oneClick();
+    polish(project);
+    EXPECT_EQ(project.background, BackgroundPreset::all().at(6).style);
+    EXPECT_EQ(project.screen, SmartDirector::screenStyle(DemoMode::website));
+    project.background = BackgroundPreset::all().front().style;
+    polish(project, DemoMode::desktopApp);
+    EXPECT_EQ(project.background, BackgroundPreset::all().front().style);
+    EXPECT_EQ(project.screen, SmartDirector::screenStyle(DemoMode::desktopApp));
+
+    DemoProject untouched;
+    PolishOptions options;
+    options.background = false;
+    polish(untouched, DemoMode::website, options);
+    EXPECT_TRUE(untouched.background.isNone());
+    EXPECT_EQ(untouched.screen, ScreenStyle{});
+}
+
+TEST(Polish, everyModeKeepsThePromiseOfItsSummary) {
+    EXPECT_EQ(SmartDirector::screenStyle(DemoMode::website).frame, DeviceFrame::browserLight);
+    EXPECT_EQ(SmartDirector::screenStyle(DemoMode::mobileApp).frame, DeviceFrame::iphone);
+    auto const window = SmartDirector::screenStyle(DemoMode::desktopApp);
+    EXPECT_EQ(window.frame, DeviceFrame::none);
+    for (auto const mode : allCases<DemoMode>()) {
+        auto const style = SmartDirector::screenStyle(mode);
+        EXPECT_LE(style.shadowOpacity, window.shadowOpacity) << "the desktop window has the deepest shadow";
+        EXPECT_TRUE(mode == DemoMode::plain || (style.padding >= 0.04 && style.padding <= 0.1)) << nameOf(mode);
+    }
+}
+
+TEST(BackgroundPreset, presetsHaveTheirOwnNamesAndPolishPicksAStillOne) {
+    std::set<std::string> ids;
+    std::set<std::string> names;
+    for (auto const& preset : BackgroundPreset::all()) {
+        EXPECT_TRUE(ids.insert(preset.id).second) << preset.id;
+        EXPECT_TRUE(names.insert(preset.name).second) << preset.name;
+        EXPECT_EQ(BackgroundPreset::withID(preset.id), &preset);
+        EXPECT_FALSE(title(preset.family).empty());
+        if (auto const* mesh = std::get_if<BackgroundStyle::Mesh>(&preset.style.content)) {
+            EXPECT_EQ(mesh->colors.size(), 4u) << preset.id;
+            EXPECT_EQ(mesh->speed > 0, preset.family == BackgroundFamily::motion) << preset.id;
+        }
+        if (auto const* aurora = std::get_if<BackgroundStyle::Aurora>(&preset.style.content)) {
+            EXPECT_EQ(aurora->colors.size(), 3u) << preset.id;
+        }
+    }
+    EXPECT_GE(ids.size(), 8u);
+    EXPECT_NE(BackgroundPreset::all().at(6).family, BackgroundFamily::motion);
+    EXPECT_EQ(BackgroundPreset::withID("no such"), nullptr);
+}
+
+TEST(DirectorReport, saysWhatHappenedAndOnlyThat) {
+    EXPECT_THAT(DirectorReport{}.summaryLines(), ElementsAre("Applied polish defaults"));
+    EXPECT_THAT((DirectorReport{.zoomsAdded = 1, .clicksDetected = 1, .overlaysAdded = 1}).summaryLines(),
+                ElementsAre("Added 1 zoom", "Highlighted 1 click", "Added 1 overlay"));
+    EXPECT_THAT((DirectorReport{.zoomsAdded = 3,
+                                .clicksDetected = 12,
+                                .cursorSamplesSmoothed = 900,
+                                .silencesFound = 2,
+                                .silenceSecondsRemovable = 4.26,
+                                .overlaysAdded = 5,
+                                .captionCues = 1})
+                    .summaryLines(),
+                ElementsAre("Added 3 zooms", "Smoothed cursor path", "Highlighted 12 clicks", "Found 4.3s of silence",
+                            "Added 5 overlays", "Generated 1 caption lines"));
+    EXPECT_THAT((DirectorReport{.captionCues = 2}).summaryLines(),
+                ElementsAre("Applied polish defaults", "Generated 2 caption lines"));
+    DemoProject empty;
+    EXPECT_THAT(polish(empty).summaryLines(), ElementsAre("Applied polish defaults"));
+}
