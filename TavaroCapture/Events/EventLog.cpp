@@ -1,0 +1,137 @@
+#include <TavaroCapture/Events/EventLog.h>
+
+#include <algorithm>
+#include <cstdlib>
+
+namespace tavaro {
+
+namespace {
+
+int distance(PixelPoint a, PixelPoint b) { return std::max(std::abs(a.x - b.x), std::abs(a.y - b.y)); }
+
+template<class Events> double notBefore(Events const& events, double t) {
+    return std::max(t, events.empty() ? 0.0 : events.back().t);
+}
+
+template<class Events> Events after(Events const& events, std::size_t count) {
+    return {events.begin() + static_cast<std::ptrdiff_t>(std::min(count, events.size())), events.end()};
+}
+
+}
+
+UnitPoint2 normalizeTopLeft(PixelPoint point, PixelRect const& area) {
+    if (area.isEmpty()) return UnitPoint2::center;
+    return UnitPoint2{(static_cast<double>(point.x) - area.x) / area.width,
+                      (static_cast<double>(point.y) - area.y) / area.height}
+        .clamped();
+}
+
+std::optional<NormalizedRect> normalizedFrame(PixelRect const& rect, PixelRect const& area) {
+    PixelRect const inside = rect.intersection(area);
+    if (inside.isEmpty()) return std::nullopt;
+    double const width = area.width;
+    double const height = area.height;
+    return NormalizedRect{(inside.x - area.x) / width, (inside.y - area.y) / height, inside.width / width,
+                          inside.height / height};
+}
+
+std::vector<std::string> Chord::names() const {
+    std::vector<std::string> result;
+    if (control) result.push_back("⌃");
+    if (option) result.push_back("⌥");
+    if (shift) result.push_back("⇧");
+    if (command) result.push_back("⌘");
+    result.push_back(key);
+    return result;
+}
+
+void EventLog::notePointer(double t, PixelPoint point, UnitPoint2 position, CursorKind kind) {
+    log_.cursorSamples.push_back({notBefore(log_.cursorSamples, t), position, kind});
+    for (auto const& press : open_) {
+        if (press) noteTravel(point, *press);
+    }
+}
+
+void EventLog::noteTravel(PixelPoint point, OpenPress const& press) {
+    if (distance(point, press.point) >= dragDistance) log_.clicks[press.click].isDrag = true;
+}
+
+void EventLog::notePress(double t, Press press) {
+    ClickEvent click;
+    click.t = notBefore(log_.clicks, t);
+    click.position = press.position;
+    click.button = press.button;
+    click.application = std::move(press.application);
+    click.windowFrame = press.windowFrame;
+    click.isDoubleClick = last_ && last_->button == press.button && click.t - last_->t <= doubleClickSeconds &&
+                          distance(last_->point, press.point) <= doubleClickDistance;
+    if (click.isDoubleClick)
+        last_.reset();
+    else
+        last_ = LastPress{click.t, press.button, press.point};
+    open_[static_cast<int>(press.button)] = OpenPress{log_.clicks.size(), press.point};
+    log_.clicks.push_back(std::move(click));
+}
+
+void EventLog::noteRelease(double t, MouseButton button, PixelPoint point) {
+    auto& open = open_[static_cast<int>(button)];
+    if (!open) return; // pressed before the take, or in a pause
+    noteTravel(point, *open);
+    ClickEvent& click = log_.clicks[open->click];
+    if (click.isDrag) {
+        click.dragEnd = std::max(t, click.t);
+        last_.reset();
+    }
+    open.reset();
+}
+
+void EventLog::noteKey(double t, Chord const& chord) {
+    KeystrokeEvent stroke;
+    stroke.t = notBefore(log_.keystrokes, t);
+    stroke.keys = chord.names();
+    stroke.isShortcut = chord.isShortcut();
+    if (frontmost_) stroke.application = frontmost_->name;
+    log_.keystrokes.push_back(std::move(stroke));
+}
+
+void EventLog::noteFrontmostApplication(double t, std::optional<ApplicationIdentity> application) {
+    if (application == frontmost_) return;
+    closeCurrentAppSpan(t);
+    frontmost_ = std::move(application);
+    spanStart_ = t;
+}
+
+void EventLog::closeCurrentAppSpan(double t) {
+    if (frontmost_ && t > spanStart_)
+        log_.appSpans.push_back({spanStart_, t - spanStart_, frontmost_->bundleID, frontmost_->name});
+    frontmost_.reset();
+}
+
+void EventLog::close(double t) {
+    for (auto& open : open_) {
+        if (open && log_.clicks[open->click].isDrag) log_.clicks[open->click].dragEnd = t;
+        open.reset();
+    }
+    closeCurrentAppSpan(t);
+}
+
+RecordingMetadata EventLog::since(Mark const& mark, double t) const {
+    RecordingMetadata result;
+    result.cursorSamples = after(log_.cursorSamples, mark.cursorSamples);
+    result.clicks = after(log_.clicks, mark.clicks);
+    result.keystrokes = after(log_.keystrokes, mark.keystrokes);
+    result.appSpans = after(log_.appSpans, mark.appSpans);
+    if (frontmost_ && t > spanStart_)
+        result.appSpans.push_back({spanStart_, t - spanStart_, frontmost_->bundleID, frontmost_->name});
+    return result;
+}
+
+EventLog::Mark EventLog::settled() const {
+    std::size_t clicks = log_.clicks.size();
+    for (auto const& open : open_) {
+        if (open) clicks = std::min(clicks, open->click);
+    }
+    return {log_.cursorSamples.size(), clicks, log_.keystrokes.size(), log_.appSpans.size()};
+}
+
+}

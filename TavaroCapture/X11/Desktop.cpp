@@ -1,0 +1,174 @@
+#include <TavaroCapture/X11/Desktop.h>
+
+#include <TavaroCapture/Sources/CaptureError.h>
+
+#include <algorithm>
+#include <cctype>
+#include <fmt/format.h>
+#include <xcb/randr.h>
+
+namespace tavaro::x11 {
+
+namespace {
+
+PixelRect rootFrame(Connection& connection) {
+    // The setup's size is that of the connection's start; monitors come and go later.
+    auto const now = frameOf(connection, connection.root());
+    if (now) return {0, 0, now->width, now->height};
+    return {0, 0, connection.screen().width_in_pixels, connection.screen().height_in_pixels};
+}
+
+bool hasMonitors(Connection& connection) {
+    if (!connection.extension(xcb_randr_id)) return false;
+    auto const version = connection.ask<xcb_randr_query_version, xcb_randr_query_version_reply>(1u, 5u);
+    return version && (version->major_version > 1 || version->minor_version >= 5);
+}
+
+/// Window types that nobody records or clicks "into": the desktop's own furniture.
+bool isFurniture(Connection& connection, xcb_window_t window) {
+    for (xcb_atom_t const type : connection.cardinals(window, "_NET_WM_WINDOW_TYPE")) {
+        if (type == connection.atom("_NET_WM_WINDOW_TYPE_DESKTOP") ||
+            type == connection.atom("_NET_WM_WINDOW_TYPE_DOCK"))
+            return true;
+    }
+    return false;
+}
+
+bool isMinimized(Connection& connection, xcb_window_t window) {
+    auto const state = connection.cardinals(window, "WM_STATE");
+    return !state.empty() && state[0] == 3; // IconicState
+}
+
+std::string titleOf(Connection& connection, xcb_window_t window) {
+    std::string title = connection.text(window, "_NET_WM_NAME");
+    return title.empty() ? connection.text(window, "WM_NAME") : title;
+}
+
+WindowInfo describe(Connection& connection, xcb_window_t window, PixelRect const& frame) {
+    auto const identity = applicationOf(connection, window);
+    auto const pid = connection.cardinals(window, "_NET_WM_PID");
+    return {.window = window,
+            .title = titleOf(connection, window),
+            .application = identity.name,
+            .bundleID = identity.bundleID,
+            .pid = pid.empty() ? 0 : static_cast<int>(pid[0]),
+            .frame = frame,
+            .isMinimized = isMinimized(connection, window)};
+}
+
+/// Without a window manager: every mapped child of the root that asks to be managed, bottom to top.
+std::vector<xcb_window_t> unmanagedWindows(Connection& connection) {
+    std::vector<xcb_window_t> result;
+    auto const tree = connection.ask<xcb_query_tree, xcb_query_tree_reply>(connection.root());
+    if (!tree) return result;
+    auto const* const children = xcb_query_tree_children(tree.get());
+    for (int i = 0; i < xcb_query_tree_children_length(tree.get()); ++i) {
+        auto const about = connection.ask<xcb_get_window_attributes, xcb_get_window_attributes_reply>(children[i]);
+        if (about && about->map_state == XCB_MAP_STATE_VIEWABLE && !about->override_redirect &&
+            about->_class == XCB_WINDOW_CLASS_INPUT_OUTPUT)
+            result.push_back(children[i]);
+    }
+    return result;
+}
+
+[[noreturn]] void fail(std::string const& sentence) { throw CaptureError(CaptureError::Kind::badSource, sentence); }
+
+PixelRect visible(Connection& connection, PixelRect const& frame, std::string const& what) {
+    PixelRect const inside = frame.intersection(rootFrame(connection));
+    if (frame.isEmpty()) fail(fmt::format("{} cannot be recorded: its size is zero.", what));
+    if (inside.width < 2 || inside.height < 2)
+        fail(fmt::format("{} cannot be recorded: it lies outside the screen.", what));
+    return inside;
+}
+
+ResolvedSource resolveDisplay(Connection& connection, DisplaySource const& source) {
+    auto const all = displays(connection);
+    for (auto const& display : all) {
+        bool const isWanted = source.id.empty() ? display.isMain
+                                                : display.id == source.id || display.id == "display-" + source.id ||
+                                                      display.name == source.id;
+        if (isWanted) return {visible(connection, display.frame, "The display " + display.id)};
+    }
+    fail(
+        fmt::format("There is no display “{}”; displays here are {} to {}.", source.id, all.front().id, all.back().id));
+}
+
+ResolvedSource resolveWindow(Connection& connection, xcb_window_t window, bool wholeApplication) {
+    std::string const what = fmt::format("The window {}", window);
+    if (window == connection.root() || !frameOf(connection, window))
+        fail(fmt::format("There is no window {}; it may have been closed.", window));
+    xcb_window_t const top = topLevel(connection, window);
+    if (!isViewable(connection, window)) fail(what + " cannot be recorded: it is minimised or hidden.");
+    auto const frame = frameOf(connection, top);
+    if (!frame) fail(fmt::format("There is no window {}; it may have been closed.", window));
+    visible(connection, *frame, what);
+    return {*frame, top, wholeApplication};
+}
+
+ResolvedSource resolveApplication(Connection& connection, ApplicationSource const& source) {
+    auto const isSame = [](std::string_view a, std::string_view b) {
+        return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) {
+            return std::tolower(static_cast<unsigned char>(x)) == std::tolower(static_cast<unsigned char>(y));
+        });
+    };
+    for (auto const& window : windows(connection)) {
+        if (window.isMinimized) continue;
+        auto const names = windowClass(connection, window.window);
+        for (std::string const& name : {window.application, window.bundleID, names.name, names.instance}) {
+            if (!name.empty() && isSame(name, source.name)) return resolveWindow(connection, window.window, true);
+        }
+    }
+    fail(fmt::format("No application “{}” has a window to record.", source.name));
+}
+
+}
+
+std::vector<DisplayInfo> displays(Connection& connection) {
+    std::vector<DisplayInfo> result;
+    if (hasMonitors(connection)) {
+        auto const monitors =
+            connection.ask<xcb_randr_get_monitors, xcb_randr_get_monitors_reply>(connection.root(), true);
+        if (monitors) {
+            for (auto it = xcb_randr_get_monitors_monitors_iterator(monitors.get()); it.rem;
+                 xcb_randr_monitor_info_next(&it)) {
+                auto const& m = *it.data;
+                result.push_back({fmt::format("display-{}", result.size() + 1), connection.atomName(m.name),
+                                  PixelRect{m.x, m.y, m.width, m.height}, m.primary != 0});
+            }
+        }
+    }
+    if (result.empty()) result.push_back({"display-1", "screen", rootFrame(connection), true});
+    if (std::none_of(result.begin(), result.end(), [](DisplayInfo const& d) { return d.isMain; }))
+        result.front().isMain = true;
+    return result;
+}
+
+std::vector<WindowInfo> windows(Connection& connection) {
+    auto stacked = connection.cardinals(connection.root(), "_NET_CLIENT_LIST_STACKING"); // bottom to top
+    if (stacked.empty()) stacked = connection.cardinals(connection.root(), "_NET_CLIENT_LIST");
+    if (stacked.empty()) stacked = unmanagedWindows(connection);
+    std::vector<WindowInfo> result;
+    for (auto window = stacked.rbegin(); window != stacked.rend(); ++window) {
+        if (isFurniture(connection, *window)) continue;
+        if (auto const frame = frameOf(connection, topLevel(connection, *window)))
+            result.push_back(describe(connection, *window, *frame));
+    }
+    return result;
+}
+
+ApplicationIdentity applicationOf(Connection& connection, xcb_window_t window) {
+    auto const names = windowClass(connection, window);
+    return identifyApplication(names.instance, names.name, titleOf(connection, window));
+}
+
+ResolvedSource resolve(Connection& connection, CaptureSource const& source) {
+    if (auto const* const display = std::get_if<DisplaySource>(&source)) return resolveDisplay(connection, *display);
+    if (auto const* const window = std::get_if<WindowSource>(&source))
+        return resolveWindow(connection, window->id, false);
+    if (auto const* const application = std::get_if<ApplicationSource>(&source))
+        return resolveApplication(connection, *application);
+    auto const& rect = std::get<AreaSource>(source).rect;
+    return {visible(connection, rect, fmt::format("The area {},{},{},{}", rect.x, rect.y, rect.width, rect.height))};
+}
+
+}
