@@ -1,0 +1,128 @@
+#include <TavaroCapture/Events/EventRecorder.h>
+
+#include <TavaroCapture/Events/InputMonitor.h>
+#include <TavaroCapture/Events/TakeClock.h>
+#include <TavaroPlatform/Clocks/MediaClock.h>
+#include <TavaroPlatform/Queues/SerialQueue.h>
+
+#include <atomic>
+#include <mutex>
+
+namespace tavaro {
+
+using namespace x11;
+
+struct EventRecorder::State {
+    State(Options const& options, TakeClock const& clock, SerialQueue& sampleQueue)
+        : options(options)
+        , clock(clock)
+        , sampleQueue(sampleQueue)
+        , frame(options.frame)
+        , pointerConnection(options.display)
+        , monitor(options.display, options.logsKeystrokes, handlers()) {}
+
+    Options const options;
+    TakeClock const& clock;
+    SerialQueue& sampleQueue;
+
+    std::mutex mutable frameLock;
+    PixelRect frame; // guarded by frameLock
+    std::atomic<CursorKind> cursor = CursorKind::arrow;
+
+    EventLog log;          // sampleQueue's
+    bool isClosed = false; // sampleQueue's
+
+    Connection pointerConnection; // the pointer queue's
+    InputMonitor monitor;
+    SerialQueue pointerQueue{"com.tavaro.capture.pointer"};
+
+    PixelRect currentFrame() const {
+        std::lock_guard const lock(frameLock);
+        return frame;
+    }
+    /// Stamps what happens now and hands it to the log, unless the take is paused.
+    template<class Note> void record(Note note) {
+        auto const t = clock.time(mediaClockNow());
+        if (!t) return;
+        sampleQueue.async([this, t = *t, note = std::move(note)] {
+            if (!isClosed) note(log, t);
+        });
+    }
+    InputHandlers handlers();
+    void samplePointer();
+};
+
+InputHandlers EventRecorder::State::handlers() {
+    InputHandlers result;
+    result.press = [this](InputHandlers::ButtonPress pressed) {
+        PixelRect const area = currentFrame();
+        Press press{pressed.button, pressed.point, normalizeTopLeft(pressed.point, area),
+                    std::move(pressed.application), std::nullopt};
+        if (pressed.windowFrame) press.windowFrame = normalizedFrame(*pressed.windowFrame, area);
+        record([press = std::move(press)](EventLog& log, double t) { log.notePress(t, press); });
+    };
+    result.release = [this](MouseButton button, PixelPoint point) {
+        record([=](EventLog& log, double t) { log.noteRelease(t, button, point); });
+    };
+    result.key = [this](Chord chord) {
+        record([chord = std::move(chord)](EventLog& log, double t) { log.noteKey(t, chord); });
+    };
+    result.cursor = [this](CursorKind kind) { cursor = kind; };
+    result.frontmost = [this](std::optional<ApplicationIdentity> application) {
+        // The front application may change in a pause; the span then starts where the take goes on.
+        double const t = clock.elapsed(mediaClockNow());
+        sampleQueue.async([this, t, application = std::move(application)] {
+            if (!isClosed) log.noteFrontmostApplication(t, application);
+        });
+    };
+    return result;
+}
+
+void EventRecorder::State::samplePointer() {
+    auto const pointer = pointerConnection.ask<xcb_query_pointer, xcb_query_pointer_reply>(pointerConnection.root());
+    if (!pointer) return;
+    PixelPoint const point{pointer->root_x, pointer->root_y};
+    UnitPoint2 const position = normalizeTopLeft(point, currentFrame());
+    record([=, kind = cursor.load()](EventLog& log, double t) { log.notePointer(t, point, position, kind); });
+}
+
+EventRecorder::EventRecorder(Options const& options, TakeClock const& clock, SerialQueue& sampleQueue)
+    : state_(std::make_unique<State>(options, clock, sampleQueue)) {}
+
+EventRecorder::~EventRecorder() = default;
+
+void EventRecorder::start() {
+    state_->monitor.start();
+    state_->pointerQueue.startTimer(mediaClockNow(), 1.0 / 60,
+                                    [state = state_.get()](double) { state->samplePointer(); });
+}
+
+void EventRecorder::stop(double t) {
+    state_->pointerQueue.stopTimer();
+    state_->sampleQueue.sync([&] {
+        if (!state_->isClosed) state_->log.close(t);
+        state_->isClosed = true;
+    });
+}
+
+void EventRecorder::setFrame(PixelRect const& frame) {
+    std::lock_guard const lock(state_->frameLock);
+    state_->frame = frame;
+}
+
+PixelRect EventRecorder::frame() const { return state_->currentFrame(); }
+bool EventRecorder::keyboardCaptured() const { return state_->monitor.hasKeyboard(); }
+
+RecordingMetadata EventRecorder::since(EventLog::Mark const& mark, double t) const {
+    return state_->log.since(mark, t);
+}
+
+EventLog::Mark EventRecorder::settled() const { return state_->log.settled(); }
+
+RecordingMetadata EventRecorder::metadata(double duration) const {
+    RecordingMetadata result;
+    state_->sampleQueue.sync([&] { result = state_->log.since({}, duration); });
+    return result;
+}
+
+}

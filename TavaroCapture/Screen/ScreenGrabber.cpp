@@ -1,0 +1,123 @@
+#include <TavaroCapture/Screen/ScreenGrabber.h>
+
+#include <TavaroCapture/Screen/GrabTarget.h>
+#include <TavaroCapture/Sources/CaptureError.h>
+
+#include <charconv>
+#include <cstring>
+
+namespace tavaro {
+
+using namespace x11;
+
+namespace {
+
+constexpr double verifySeconds = 0.25;
+
+/// Pictures are read as blue, green, red, one unused byte: every true-colour screen of the last decades.
+void requireBGRX(Connection& connection) {
+    auto const* const setup = xcb_get_setup(connection.get());
+    auto const& screen = connection.screen();
+    bool isGood = setup->image_byte_order == XCB_IMAGE_ORDER_LSB_FIRST;
+    for (auto it = xcb_setup_pixmap_formats_iterator(setup); it.rem; xcb_format_next(&it)) {
+        if (it.data->depth == screen.root_depth) isGood = isGood && it.data->bits_per_pixel == 32;
+    }
+    for (auto depth = xcb_screen_allowed_depths_iterator(&screen); depth.rem; xcb_depth_next(&depth)) {
+        for (auto visual = xcb_depth_visuals_iterator(depth.data); visual.rem; xcb_visualtype_next(&visual)) {
+            if (visual.data->visual_id == screen.root_visual)
+                isGood = isGood && visual.data->red_mask == 0xff0000 && visual.data->blue_mask == 0xff;
+        }
+    }
+    if (!isGood)
+        throw CaptureError(CaptureError::Kind::unsupported,
+                           "This screen cannot be recorded: only screens with 24 or 32 bits a pixel can.");
+}
+
+double readScaleFactor(Connection& connection) {
+    std::string const resources = connection.text(connection.root(), "RESOURCE_MANAGER");
+    auto const at = resources.find("Xft.dpi:");
+    if (at == std::string::npos) return 1;
+    auto const number = resources.find_first_not_of(" \t", at + 8);
+    double dpi = 0;
+    if (number != std::string::npos)
+        std::from_chars(resources.data() + number, resources.data() + resources.size(), dpi);
+    return dpi >= 48 && dpi <= 960 ? dpi / 96 : 1;
+}
+
+}
+
+struct ScreenGrabber::State {
+    Connection connection;
+    double scaleFactor = 1;
+    std::unique_ptr<GrabTarget> target;
+    std::unique_ptr<SharedPicture> picture;
+    std::unique_ptr<SharedPicture> check; // for verification; the next picture when it finds a difference
+    double verifiedAt = 0;
+    bool trustsReport = true;
+    bool hasPicture = false;
+
+    explicit State(std::string const& display) : connection(display) {}
+
+    void handleEvents() {
+        while (auto const event = connection.poll()) target->handle(*event);
+    }
+    Rows allRows() const { return {0, target->frame().height}; }
+    Outcome verify();
+};
+
+ScreenGrabber::ScreenGrabber(CaptureSource const& source, std::string const& display)
+    : state_(std::make_unique<State>(display)) {
+    auto& connection = state_->connection;
+    prepareGrabbing(connection);
+    requireBGRX(connection);
+    state_->scaleFactor = readScaleFactor(connection);
+    ResolvedSource const resolved = resolve(connection, source);
+    PixelRect const& frame = resolved.frame;
+    state_->target = resolved.topLevel == XCB_NONE
+                         ? makeRootTarget(connection, {frame.x, frame.y, frame.width & ~1, frame.height & ~1})
+                         : makeWindowTarget(connection, resolved);
+    std::size_t const bytes = std::size_t{4} * size().width * size().height;
+    state_->picture = std::make_unique<SharedPicture>(connection, bytes);
+    state_->check = std::make_unique<SharedPicture>(connection, bytes);
+}
+
+ScreenGrabber::~ScreenGrabber() = default;
+
+Size2 ScreenGrabber::size() const { return {state_->target->frame().width, state_->target->frame().height}; }
+PixelRect ScreenGrabber::frame() const { return state_->target->frame(); }
+double ScreenGrabber::scaleFactor() const { return state_->scaleFactor; }
+
+ImageView ScreenGrabber::picture() const {
+    auto const frame = state_->target->frame();
+    return {state_->picture->data(), frame.width, frame.height, std::ptrdiff_t{4} * frame.width};
+}
+
+ScreenGrabber::Outcome ScreenGrabber::grab(double now) {
+    auto& s = *state_;
+    s.handleEvents();
+    Rows rows = s.target->takeDamage();
+    if (!s.hasPicture || !s.trustsReport) rows = s.allRows();
+    if (!s.connection.isAlive() || s.target->isLost()) return Outcome::lost;
+    if (rows.isEmpty())
+        return now - s.verifiedAt >= verifySeconds ? (s.verifiedAt = now, s.verify()) : Outcome::unchanged;
+    if (s.target->fetch(rows, *s.picture)) {
+        s.hasPicture = true;
+        return Outcome::changed;
+    }
+    if (!s.connection.isAlive()) return Outcome::lost;
+    s.hasPicture = false; // the source changed under the request; the next grab reads all of it anew
+    return Outcome::unchanged;
+}
+
+/// Reads everything though nothing was reported. A difference that no report explains, not even a later one, means that
+/// this screen draws past the reports.
+ScreenGrabber::Outcome ScreenGrabber::State::verify() {
+    if (!target->fetch(allRows(), *check)) return connection.isAlive() ? Outcome::unchanged : Outcome::lost;
+    if (std::memcmp(check->data(), picture->data(), picture->bytes()) == 0) return Outcome::unchanged;
+    std::swap(check, picture);
+    handleEvents();
+    if (!target->isDamaged()) trustsReport = false;
+    return Outcome::changed;
+}
+
+}
