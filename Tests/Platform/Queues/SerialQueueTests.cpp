@@ -1,0 +1,61 @@
+#include <TavaroPlatform/Clocks/MediaClock.h>
+#include <TavaroPlatform/Queues/SerialQueue.h>
+
+#include <cmath>
+#include <future>
+#include <gtest/gtest.h>
+#include <stdexcept>
+#include <vector>
+
+namespace tavaro {
+
+TEST(SerialQueue, tasksRunInOrderAndTheLastOnesBeforeTheQueueEnds) {
+    std::vector<int> order;
+    {
+        SerialQueue queue("test.order");
+        for (int i = 0; i < 1000; ++i) queue.async([&order, i] { order.push_back(i); });
+    }
+    ASSERT_EQ(order.size(), 1000u);
+    for (int i = 0; i < 1000; ++i) ASSERT_EQ(order[static_cast<std::size_t>(i)], i);
+}
+
+TEST(SerialQueue, aFailureReachesWhoWaitsAndStopsNobodyElse) {
+    SerialQueue queue("test.failure");
+    queue.async([] { throw std::runtime_error("for the log"); });
+    EXPECT_THROW(queue.sync([] { throw std::out_of_range("for the caller"); }), std::out_of_range);
+    bool isRun = false;
+    queue.sync([&] { isRun = true; });
+    EXPECT_TRUE(isRun);
+}
+
+TEST(SerialQueue, theTimerKeepsToItsGridAndLeavesOutWhatASlowTickMissed) {
+    double const start = mediaClockNow();
+    double const interval = 0.002;
+    std::vector<double> ticks;
+    std::promise<void> done;
+    SerialQueue queue("test.timer");
+    queue.startTimer(start, interval, [&](double scheduled) {
+        EXPECT_LE(scheduled, mediaClockNow()) << "never early";
+        ticks.push_back(scheduled);
+        if (ticks.size() == 3) { // a slow tick: busy for five intervals
+            double const until = mediaClockNow() + 5 * interval;
+            while (mediaClockNow() < until) {
+            }
+        }
+        if (ticks.size() == 10) done.set_value();
+    });
+    queue.async([] {}); // tasks go on between ticks
+    done.get_future().wait();
+    queue.stopTimer();
+    auto const count = ticks.size();
+    queue.sync([] {});
+    EXPECT_EQ(ticks.size(), count) << "stopped";
+    for (std::size_t i = 0; i < ticks.size(); ++i) {
+        double const steps = (ticks[i] - start) / interval;
+        EXPECT_NEAR(steps, std::round(steps), 1e-3) << "on the grid";
+        EXPECT_GE(i > 0 ? ticks[i] - ticks[i - 1] : interval, 0.9 * interval);
+    }
+    EXPECT_GE(ticks[3] - ticks[2], 4.5 * interval) << "what was missed is not made up for";
+}
+
+}
