@@ -35,6 +35,18 @@ std::optional<NormalizedRect> normalizedFrame(PixelRect const& rect, PixelRect c
                           inside.height / height};
 }
 
+void trimToDuration(RecordingMetadata& log, double duration) {
+    auto const isLate = [&](auto const& event) { return event.t > duration; };
+    std::erase_if(log.cursorSamples, isLate);
+    std::erase_if(log.clicks, isLate);
+    std::erase_if(log.keystrokes, isLate);
+    std::erase_if(log.appSpans, [&](AppFocusSpan const& span) { return span.t >= duration; });
+    for (auto& click : log.clicks) {
+        if (click.dragEnd) click.dragEnd = std::min(*click.dragEnd, duration);
+    }
+    for (auto& span : log.appSpans) span.duration = std::min(span.duration, duration - span.t);
+}
+
 std::vector<std::string> Chord::names() const {
     std::vector<std::string> result;
     if (control) result.push_back("⌃");

@@ -22,6 +22,9 @@ UnitPoint2 normalizeTopLeft(PixelPoint point, PixelRect const& area);
 /// The part of a desktop rectangle that lies in the captured area, in its unit coordinates; none when none does.
 std::optional<NormalizedRect> normalizedFrame(PixelRect const& rect, PixelRect const& area);
 
+/// Drops what happened after the end of a take of this length, and ends there what lasts longer.
+void trimToDuration(RecordingMetadata& log, double duration);
+
 /// What was pressed, where, and on what.
 struct Press {
     MouseButton button = MouseButton::left;

@@ -40,9 +40,9 @@ struct EventRecorder::State {
         std::lock_guard const lock(frameLock);
         return frame;
     }
-    /// Stamps what happens now and hands it to the log, unless the take is paused.
-    template<class Note> void record(Note note) {
-        auto const t = clock.time(mediaClockNow());
+    /// Hands what happened at a moment of the media clock to the log, unless the take was paused then.
+    template<class Note> void record(double at, Note note) {
+        auto const t = clock.time(at);
         if (!t) return;
         sampleQueue.async([this, t = *t, note = std::move(note)] {
             if (!isClosed) note(log, t);
@@ -54,18 +54,18 @@ struct EventRecorder::State {
 
 InputHandlers EventRecorder::State::handlers() {
     InputHandlers result;
-    result.press = [this](InputHandlers::ButtonPress pressed) {
+    result.press = [this](double at, InputHandlers::ButtonPress pressed) {
         PixelRect const area = currentFrame();
         Press press{pressed.button, pressed.point, normalizeTopLeft(pressed.point, area),
                     std::move(pressed.application), std::nullopt};
         if (pressed.windowFrame) press.windowFrame = normalizedFrame(*pressed.windowFrame, area);
-        record([press = std::move(press)](EventLog& log, double t) { log.notePress(t, press); });
+        record(at, [press = std::move(press)](EventLog& log, double t) { log.notePress(t, press); });
     };
-    result.release = [this](MouseButton button, PixelPoint point) {
-        record([=](EventLog& log, double t) { log.noteRelease(t, button, point); });
+    result.release = [this](double at, MouseButton button, PixelPoint point) {
+        record(at, [=](EventLog& log, double t) { log.noteRelease(t, button, point); });
     };
-    result.key = [this](Chord chord) {
-        record([chord = std::move(chord)](EventLog& log, double t) { log.noteKey(t, chord); });
+    result.key = [this](double at, Chord chord) {
+        record(at, [chord = std::move(chord)](EventLog& log, double t) { log.noteKey(t, chord); });
     };
     result.cursor = [this](CursorKind kind) { cursor = kind; };
     result.frontmost = [this](std::optional<ApplicationIdentity> application) {
@@ -83,13 +83,18 @@ void EventRecorder::State::samplePointer() {
     if (!pointer) return;
     PixelPoint const point{pointer->root_x, pointer->root_y};
     UnitPoint2 const position = normalizeTopLeft(point, currentFrame());
-    record([=, kind = cursor.load()](EventLog& log, double t) { log.notePointer(t, point, position, kind); });
+    record(mediaClockNow(),
+           [=, kind = cursor.load()](EventLog& log, double t) { log.notePointer(t, point, position, kind); });
 }
 
 EventRecorder::EventRecorder(Options const& options, TakeClock const& clock, SerialQueue& sampleQueue)
     : state_(std::make_unique<State>(options, clock, sampleQueue)) {}
 
-EventRecorder::~EventRecorder() = default;
+EventRecorder::~EventRecorder() {
+    state_->pointerQueue.stopTimer();
+    state_->monitor.stop();
+    state_->sampleQueue.sync([] {}); // what is on its way to the log needs it
+}
 
 void EventRecorder::start() {
     state_->monitor.start();
@@ -99,6 +104,7 @@ void EventRecorder::start() {
 
 void EventRecorder::stop(double t) {
     state_->pointerQueue.stopTimer();
+    state_->monitor.stop();
     state_->sampleQueue.sync([&] {
         if (!state_->isClosed) state_->log.close(t);
         state_->isClosed = true;
@@ -122,6 +128,7 @@ EventLog::Mark EventRecorder::settled() const { return state_->log.settled(); }
 RecordingMetadata EventRecorder::metadata(double duration) const {
     RecordingMetadata result;
     state_->sampleQueue.sync([&] { result = state_->log.since({}, duration); });
+    trimToDuration(result, duration);
     return result;
 }
 

@@ -5,6 +5,7 @@
 #include <TavaroCapture/Events/SecurePrompts.h>
 #include <TavaroCapture/Sources/CaptureError.h>
 #include <TavaroCapture/X11/Desktop.h>
+#include <TavaroPlatform/Clocks/MediaClock.h>
 
 #include <algorithm>
 #include <poll.h>
@@ -20,6 +21,15 @@ namespace {
 
 /// How often the front window is looked up where no window manager announces it.
 constexpr int focusPollMilliseconds = 250;
+
+/// When an event with that server time (milliseconds, wrapping) happened. Servers of this machine count on the media
+/// clock; the stamp of one that does not makes no sense here, and the event counts as happening on its arrival.
+double happenedAt(xcb_timestamp_t time) {
+    double const now = mediaClockNow();
+    auto const milliseconds = static_cast<std::uint64_t>(now * 1000);
+    std::uint32_t const age = static_cast<std::uint32_t>(milliseconds) - time;
+    return age < 1000 ? static_cast<double>(milliseconds - age) / 1000 : now;
+}
 
 bool hasRawInput(Connection& connection) {
     if (!connection.extension(xcb_input_id)) return false;
@@ -46,10 +56,14 @@ InputMonitor::InputMonitor(std::string const& display, bool wantsKeys, InputHand
 }
 
 InputMonitor::~InputMonitor() {
+    stop();
+    close(wake_);
+}
+
+void InputMonitor::stop() {
     isEnding_ = true;
     eventfd_write(wake_, 1);
     if (thread_.joinable()) thread_.join();
-    close(wake_);
 }
 
 void InputMonitor::start() {
@@ -127,31 +141,32 @@ void InputMonitor::handleRaw(xcb_ge_generic_event_t const& event) {
     auto const* const input = connection_.extension(xcb_input_id);
     if (!input || event.extension != input->major_opcode) return;
     auto const& raw = reinterpret_cast<xcb_input_raw_button_press_event_t const&>(event);
-    if (event.event_type == XCB_INPUT_RAW_BUTTON_PRESS) handleButton(raw.detail, true);
-    if (event.event_type == XCB_INPUT_RAW_BUTTON_RELEASE) handleButton(raw.detail, false);
-    if (event.event_type == XCB_INPUT_RAW_KEY_PRESS) handleKey(raw.detail);
+    double const at = happenedAt(raw.time);
+    if (event.event_type == XCB_INPUT_RAW_BUTTON_PRESS) handleButton(at, raw.detail, true);
+    if (event.event_type == XCB_INPUT_RAW_BUTTON_RELEASE) handleButton(at, raw.detail, false);
+    if (event.event_type == XCB_INPUT_RAW_KEY_PRESS) handleKey(at, raw.detail);
 }
 
-void InputMonitor::handleButton(std::uint32_t detail, bool isPress) {
+void InputMonitor::handleButton(double at, std::uint32_t detail, bool isPress) {
     if (detail >= 1 && detail <= buttonMapping_.size()) detail = static_cast<unsigned char>(buttonMapping_[detail - 1]);
     if (detail == 0 || (detail >= 4 && detail <= 7)) return; // 4 to 7 are the wheel's
     auto const button = detail == 1 ? MouseButton::left : detail == 3 ? MouseButton::right : MouseButton::middle;
     auto const pointer = connection_.ask<xcb_query_pointer, xcb_query_pointer_reply>(connection_.root());
     if (!pointer) return;
     PixelPoint const point{pointer->root_x, pointer->root_y};
-    if (!isPress) return handlers_.release(button, point);
+    if (!isPress) return handlers_.release(at, button, point);
     InputHandlers::ButtonPress press{button, point, std::nullopt, std::nullopt};
     if (pointer->child != XCB_NONE) {
         press.windowFrame = frameOf(connection_, pointer->child);
         std::string name = applicationOf(connection_, clientWindow(connection_, pointer->child)).name;
         if (!name.empty()) press.application = std::move(name);
     }
-    handlers_.press(std::move(press));
+    handlers_.press(at, std::move(press));
 }
 
-void InputMonitor::handleKey(std::uint32_t keycode) {
+void InputMonitor::handleKey(double at, std::uint32_t keycode) {
     if (!keyboard_ || isFrontSecure_ || !prompts_.empty()) return;
-    if (auto chord = keyboard_->chord(keycode)) handlers_.key(std::move(*chord));
+    if (auto chord = keyboard_->chord(keycode)) handlers_.key(at, std::move(*chord));
 }
 
 void InputMonitor::reportCursor(xcb_atom_t name) { handlers_.cursor(cursorKind(connection_.atomName(name))); }

@@ -14,7 +14,7 @@ namespace tavaro::x11 {
 
 class Keyboard;
 
-/// What the monitor reports, on its own thread, as it happens.
+/// What the monitor reports, on its own thread, as it happens. `at` is the moment on the media clock.
 struct InputHandlers {
     struct ButtonPress {
         MouseButton button;
@@ -22,9 +22,9 @@ struct InputHandlers {
         std::optional<std::string> application; // of the window under the pointer
         std::optional<PixelRect> windowFrame;   // on the desktop
     };
-    std::function<void(ButtonPress)> press;
-    std::function<void(MouseButton, PixelPoint)> release;
-    std::function<void(Chord)> key;
+    std::function<void(double at, ButtonPress)> press;
+    std::function<void(double at, MouseButton, PixelPoint)> release;
+    std::function<void(double at, Chord)> key;
     std::function<void(CursorKind)> cursor;
     std::function<void(std::optional<ApplicationIdentity>)> frontmost;
 };
@@ -34,10 +34,11 @@ struct InputHandlers {
 class InputMonitor {
 public:
     InputMonitor(std::string const& display, bool wantsKeys, InputHandlers handlers);
-    /// Ends the thread; no handler runs after it.
     ~InputMonitor();
 
     void start();
+    /// No handler runs after it.
+    void stop();
     /// Whether the server lets keys be read.
     bool hasKeyboard() const;
 
@@ -45,8 +46,8 @@ private:
     void run();
     void handle(xcb_generic_event_t const& event);
     void handleRaw(xcb_ge_generic_event_t const& event);
-    void handleButton(std::uint32_t detail, bool isPress);
-    void handleKey(std::uint32_t keycode);
+    void handleButton(double at, std::uint32_t detail, bool isPress);
+    void handleKey(double at, std::uint32_t keycode);
     void selectEvents();
     void readButtonMapping();
     void reportCursor(xcb_atom_t name);

@@ -1,52 +1,65 @@
 #include <TavaroCapture/Events/TakeClock.h>
 
 #include <algorithm>
+#include <limits>
 
 namespace tavaro {
+
+namespace {
+
+constexpr double forever = std::numeric_limits<double>::infinity();
+
+}
 
 void TakeClock::start(double now) {
     std::lock_guard const lock(mutex_);
     start_ = now;
-    pauseStartedAt_.reset();
-    pausedAccumulated_ = 0;
+    pauses_.clear();
 }
 
 void TakeClock::setPaused(bool paused, double now) {
     std::lock_guard const lock(mutex_);
-    if (!start_ || paused == pauseStartedAt_.has_value()) return;
-    if (paused) {
-        pauseStartedAt_ = now;
-    } else {
-        pausedAccumulated_ += std::max(now - *pauseStartedAt_, 0.0);
-        pauseStartedAt_.reset();
-    }
+    bool const isPaused = !pauses_.empty() && pauses_.back().end == forever;
+    if (!start_ || paused == isPaused) return;
+    if (paused)
+        pauses_.push_back({now, forever});
+    else
+        pauses_.back().end = std::max(now, pauses_.back().start);
 }
 
 bool TakeClock::isPaused() const {
     std::lock_guard const lock(mutex_);
-    return pauseStartedAt_.has_value();
+    return !pauses_.empty() && pauses_.back().end == forever;
 }
 
 std::optional<double> TakeClock::time(double now) const {
-    std::lock_guard const lock(mutex_);
-    if (pauseStartedAt_ && now >= *pauseStartedAt_) return std::nullopt;
-    return elapsedLocked(now);
+    {
+        std::lock_guard const lock(mutex_);
+        for (Pause const& pause : pauses_) {
+            if (now >= pause.start && now < pause.end) return std::nullopt;
+        }
+    }
+    return elapsed(now);
 }
 
 double TakeClock::elapsed(double now) const {
     std::lock_guard const lock(mutex_);
-    return elapsedLocked(now);
+    return start_ ? std::max(now - *start_ - pausedBefore(now), 0.0) : 0.0;
 }
 
 double TakeClock::mediaTime(double time) const {
     std::lock_guard const lock(mutex_);
-    return start_.value_or(0) + pausedAccumulated_ + time;
+    double paused = 0;
+    for (Pause const& pause : pauses_) {
+        if (pause.end != forever) paused += pause.end - pause.start;
+    }
+    return start_.value_or(0) + paused + time;
 }
 
-double TakeClock::elapsedLocked(double now) const {
-    if (!start_) return 0;
-    if (pauseStartedAt_) now = std::min(now, *pauseStartedAt_);
-    return std::max(now - *start_ - pausedAccumulated_, 0.0);
+double TakeClock::pausedBefore(double now) const {
+    double result = 0;
+    for (Pause const& pause : pauses_) result += std::max(std::min(now, pause.end) - pause.start, 0.0);
+    return result;
 }
 
 }

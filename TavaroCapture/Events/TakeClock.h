@@ -2,6 +2,7 @@
 
 #include <mutex>
 #include <optional>
+#include <vector>
 
 namespace tavaro {
 
@@ -13,8 +14,8 @@ public:
     void setPaused(bool paused, double now);
     bool isPaused() const;
 
-    /// Seconds on the take's timeline at that moment of the media clock, never below 0; none while paused, for what
-    /// happens in a pause is no part of the take. Before `start` it is 0.
+    /// Seconds on the take's timeline at that moment of the media clock, never below 0; none for a moment in a pause,
+    /// past or present, for what happens in a pause is no part of the take. Before `start` it is 0.
     std::optional<double> time(double now) const;
     /// The same, standing still at the pause's start while paused.
     double elapsed(double now) const;
@@ -22,12 +23,16 @@ public:
     double mediaTime(double time) const;
 
 private:
-    double elapsedLocked(double now) const;
+    struct Pause {
+        double start;
+        double end; // infinite while it lasts
+    };
+    /// Seconds of pauses before that moment; infinite time ahead of it does not count.
+    double pausedBefore(double now) const;
 
     mutable std::mutex mutex_;
     std::optional<double> start_;
-    std::optional<double> pauseStartedAt_;
-    double pausedAccumulated_ = 0;
+    std::vector<Pause> pauses_;
 };
 
 }

@@ -27,6 +27,8 @@ std::string segmentFileName(std::int64_t index) { return fmt::format("segment-{:
 std::filesystem::path manifestPath(std::filesystem::path const& directory) { return directory / "manifest.json"; }
 std::filesystem::path markerPath(std::filesystem::path const& directory) { return directory / "in-progress.json"; }
 
+std::filesystem::path joinedMoviePath(std::filesystem::path const& directory) { return directory / "recording.mov"; }
+
 void writeManifest(std::filesystem::path const& directory, RecordingManifest const& manifest) {
     writeFileAtomically(manifestPath(directory), encodeJSON(manifest));
 }

@@ -68,6 +68,8 @@ std::string segmentFileName(std::int64_t index);
 
 std::filesystem::path manifestPath(std::filesystem::path const& directory);
 std::filesystem::path markerPath(std::filesystem::path const& directory);
+/// The whole take, once its segments are joined.
+std::filesystem::path joinedMoviePath(std::filesystem::path const& directory);
 
 void writeManifest(std::filesystem::path const& directory, RecordingManifest const& manifest);
 void writeMarker(std::filesystem::path const& directory, RecordingMarker const& marker);

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <filesystem>
+#include <optional>
+
+namespace tavaro {
+
+/// A hold on a take's working folder, for as long as the object lives and at most as long as the process: nobody else,
+/// in this process or another, can hold it at the same time.
+class WorkingFolderClaim {
+public:
+    /// None while somebody else holds the folder, and for a folder that cannot be written.
+    static std::optional<WorkingFolderClaim> take(std::filesystem::path const& directory);
+
+    WorkingFolderClaim(WorkingFolderClaim&& other) noexcept;
+    WorkingFolderClaim& operator=(WorkingFolderClaim&& other) noexcept;
+    ~WorkingFolderClaim();
+
+private:
+    explicit WorkingFolderClaim(int file) : file_(file) {}
+    int file_ = -1;
+};
+
+}

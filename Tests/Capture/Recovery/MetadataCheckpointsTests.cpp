@@ -1,0 +1,66 @@
+#include "../TemporaryFolder.h"
+
+#include <TavaroCapture/Recovery/MetadataCheckpoints.h>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <random>
+
+namespace tavaro {
+
+namespace {
+
+constexpr double never = 1e6;
+
+/// Some seconds of somebody at work.
+void work(EventLog& log, std::mt19937& random, double from, double to) {
+    for (double t = from; t < to; t += 1.0 / 60) {
+        int const x = static_cast<int>(random() % 1000);
+        log.notePointer(t, {x, x}, {x / 1000.0, 0.5}, CursorKind::iBeam);
+        switch (random() % 50) {
+        case 0: log.notePress(t, {MouseButton::left, {x, x}, {0.25, 0.5}, "Editor"}); break;
+        case 1: log.noteRelease(t, MouseButton::left, {x, x}); break;
+        case 2: log.noteKey(t, {.shift = true, .key = "k"}); break;
+        case 3: log.noteFrontmostApplication(t, ApplicationIdentity{"id", std::string(1, 'A' + random() % 3)}); break;
+        default: break;
+        }
+    }
+}
+
+}
+
+TEST(MetadataCheckpoints, theSealedPartsAndTheRestAreTheWholeLogAtEveryCheckpoint) {
+    TemporaryFolder folder;
+    unsigned const seed = 7;
+    std::mt19937 random(seed);
+    EventLog log;
+    double t = 0;
+    MetadataCheckpoints checkpoints(folder.path(), never, [&](EventLog::Mark const& after) {
+        return MetadataCheckpoints::Snapshot{log.since(after, t), log.settled()};
+    });
+    for (int round = 0; round < 30; ++round) {
+        double const length = static_cast<double>(random() % 40);
+        work(log, random, t, t + length);
+        t += length;
+        checkpoints.writeNow();
+        ASSERT_EQ(MetadataCheckpoints::read(folder.path()), log.since({}, t)) << "seed " << seed << ", round " << round;
+        auto const size = std::filesystem::file_size(MetadataCheckpoints::path(folder.path()));
+        ASSERT_LT(size, 1500000u) << "a checkpoint's cost must not grow with the take";
+    }
+    EXPECT_TRUE(std::filesystem::exists(folder.path() / "metadata-001.json"));
+}
+
+TEST(MetadataCheckpoints, damageGivesNoLogOrAShorterOneButNoFailure) {
+    TemporaryFolder folder;
+    EXPECT_EQ(MetadataCheckpoints::read(folder.path()), std::nullopt);
+    auto const write = [&](std::string const& text) {
+        std::ofstream(MetadataCheckpoints::path(folder.path()), std::ios::trunc) << text;
+        return MetadataCheckpoints::read(folder.path());
+    };
+    for (auto const* text : {"", "{", "[]", "{\"sealedParts\":\"x\"}", "{\"metadata\":{\"clicks\":7}}"})
+        EXPECT_EQ(write(text), std::nullopt) << text;
+    auto const missingParts = write("{\"sealedParts\":1000000000000,\"metadata\":{\"scaleFactor\":2}}");
+    ASSERT_TRUE(missingParts);
+    EXPECT_EQ(missingParts->scaleFactor, 2);
+}
+
+}

@@ -1,0 +1,152 @@
+#include "../TestDisplay.h"
+
+#include <TavaroCapture/Screen/ScreenGrabber.h>
+#include <TavaroCapture/Sources/CaptureError.h>
+
+namespace tavaro {
+
+namespace {
+
+using Outcome = ScreenGrabber::Outcome;
+
+std::uint32_t pixel(ScreenGrabber const& grabber, int x, int y) {
+    auto const* const bytes = grabber.picture().row(y) + 4 * x;
+    return static_cast<std::uint32_t>(bytes[2] << 16 | bytes[1] << 8 | bytes[0]);
+}
+
+/// Grabs, a moment of the clock after the last time, until the picture changed.
+bool changes(ScreenGrabber& grabber) {
+    return eventually([&] { return grabber.grab(0) == Outcome::changed; });
+}
+
+}
+
+class ScreenGrabberTest : public DisplayTest {};
+
+TEST_F(ScreenGrabberTest, anAreaShowsWhatIsDrawnInItAndNotThePointer) {
+    auto const window = client->makeWindow({.frame = {0, 0, 640, 480}, .color = 0x102030});
+    client->movePointer(110, 60);
+    ScreenGrabber grabber(AreaSource{{100, 50, 201, 101}}, display->name());
+    EXPECT_EQ(grabber.size(), (Size2{200, 100})) << "each side rounded down to even";
+    ASSERT_EQ(grabber.grab(0), Outcome::changed);
+    for (int y = 0; y < 100; ++y) {
+        for (int x = 0; x < 200; ++x) ASSERT_EQ(pixel(grabber, x, y), 0x102030u) << x << "," << y;
+    }
+    EXPECT_EQ(grabber.grab(0), Outcome::unchanged);
+
+    client->fill(window, {150, 70, 10, 5}, 0xff8000);
+    ASSERT_TRUE(changes(grabber));
+    EXPECT_EQ(pixel(grabber, 50, 20), 0xff8000u);
+    EXPECT_EQ(pixel(grabber, 59, 24), 0xff8000u);
+    EXPECT_EQ(pixel(grabber, 60, 24), 0x102030u);
+    EXPECT_EQ(pixel(grabber, 50, 25), 0x102030u);
+
+    client->fill(window, {0, 0, 99, 480}, 0xffffff); // beside the area
+    EXPECT_FALSE(grabber.grab(0) == Outcome::changed && pixel(grabber, 0, 0) != 0x102030u);
+}
+
+TEST_F(ScreenGrabberTest, everyRandomDrawingIsInTheNextPicture) {
+    auto const window = client->makeWindow({.frame = {0, 0, 640, 480}, .color = 0});
+    ScreenGrabber grabber(DisplaySource{}, display->name());
+    grabber.grab(0);
+    unsigned const seed = 20;
+    srand(seed);
+    for (int round = 0; round < 60; ++round) {
+        PixelRect const rect{rand() % 600, rand() % 440, 1 + rand() % 40, 1 + rand() % 40};
+        std::uint32_t const color = 0x010101u * static_cast<std::uint32_t>(1 + round % 250);
+        client->fill(window, rect, color);
+        ASSERT_TRUE(changes(grabber)) << "seed " << seed << ", round " << round;
+        ASSERT_EQ(pixel(grabber, rect.x, rect.y), color) << "seed " << seed << ", round " << round;
+        ASSERT_EQ(pixel(grabber, rect.x + rect.width - 1, rect.y + rect.height - 1), color) << "round " << round;
+    }
+}
+
+TEST_F(ScreenGrabberTest, aCoveredWindowIsShownWholeAndFollowedWhenItMoves) {
+    auto const window = client->makeWindow({.frame = {50, 40, 200, 100}, .windowClass = "Filmed", .color = 0x00ff00});
+    client->makeWindow({.frame = {60, 50, 300, 300}, .windowClass = "Other", .color = 0xff0000});
+    ScreenGrabber grabber(WindowSource{window}, display->name());
+    ASSERT_EQ(grabber.size(), (Size2{200, 100}));
+    ASSERT_EQ(grabber.grab(0), Outcome::changed);
+    EXPECT_EQ(pixel(grabber, 100, 50), 0x00ff00u);
+
+    client->fill(window, {20, 30, 10, 10}, 0x0000ff); // under the other window
+    ASSERT_TRUE(changes(grabber));
+    EXPECT_EQ(pixel(grabber, 25, 35), 0x0000ffu);
+
+    client->move(window, {300, 200, 200, 100});
+    ASSERT_TRUE(eventually([&] { return grabber.grab(0), grabber.frame().x == 300; }));
+    EXPECT_EQ(grabber.frame(), (PixelRect{300, 200, 200, 100}));
+    EXPECT_EQ(pixel(grabber, 25, 35), 0x0000ffu);
+
+    client->move(window, {300, 200, 120, 60});
+    ASSERT_TRUE(eventually([&] { return grabber.grab(0), pixel(grabber, 150, 80) == 0; })) << "shrunk: black around";
+    EXPECT_EQ(grabber.size(), (Size2{200, 100}));
+    EXPECT_EQ(pixel(grabber, 10, 10), 0x00ff00u);
+}
+
+TEST_F(ScreenGrabberTest, menusOfTheFilmedWindowShowAndOtherProgramsDoNot) {
+    auto const window = client->makeWindow({.frame = {50, 40, 200, 100}, .windowClass = "Filmed", .color = 0x00ff00});
+    ScreenGrabber grabber(WindowSource{window}, display->name());
+    grabber.grab(0);
+    client->makeWindow({.frame = {150, 60, 60, 40}, .windowClass = "Other", .color = 0xff0000, .isPopup = true});
+    auto const menu =
+        client->makeWindow({.frame = {60, 50, 30, 200}, .windowClass = "Filmed", .color = 0xffff00, .isPopup = true});
+    ASSERT_TRUE(eventually([&] { return grabber.grab(0), pixel(grabber, 20, 20) == 0xffff00u; }));
+    EXPECT_EQ(pixel(grabber, 120, 30), 0x00ff00u);
+    client->destroy(menu);
+    EXPECT_TRUE(eventually([&] { return grabber.grab(0), pixel(grabber, 20, 20) == 0x00ff00u; }));
+    client->destroy(window);
+    EXPECT_TRUE(eventually([&] { return grabber.grab(0) == Outcome::lost; }));
+}
+
+TEST_F(ScreenGrabberTest, anApplicationShowsItsDialogsOverItsWindow) {
+    client->makeWindow({.frame = {50, 40, 200, 100}, .windowClass = "Filmed", .color = 0x00ff00});
+    ScreenGrabber grabber(ApplicationSource{"filmed"}, display->name());
+    ASSERT_EQ(grabber.grab(0), Outcome::changed);
+    client->makeWindow({.frame = {100, 80, 40, 40}, .windowClass = "Filmed", .color = 0x123456});
+    EXPECT_TRUE(eventually([&] { return grabber.grab(0), pixel(grabber, 60, 50) == 0x123456u; }));
+}
+
+TEST_F(ScreenGrabberTest, aDrawingThatNobodyReportsIsSeenByTheCheck) {
+    client->makeWindow({.frame = {0, 0, 640, 480}, .color = 0x808080});
+    ScreenGrabber grabber(DisplaySource{}, display->name());
+    grabber.grab(0);
+    EXPECT_EQ(grabber.grab(1), Outcome::unchanged) << "the whole picture is compared, and is the same";
+}
+
+TEST_F(ScreenGrabberTest, sourcesThatCannotBeRecordedSayWhy) {
+    auto const hidden = client->makeWindow({.frame = {0, 0, 50, 50}, .windowClass = "Hidden", .isMapped = false});
+    auto const away = client->makeWindow({.frame = {2000, 0, 50, 50}, .windowClass = "Away"});
+    struct {
+        CaptureSource source;
+        std::string part;
+    } const cases[] = {
+        {AreaSource{{0, 0, 0, 100}}, "its size is zero"},
+        {AreaSource{{700, 0, 100, 100}}, "outside the screen"},
+        {DisplaySource{"display-7"}, "There is no display “display-7”"},
+        {WindowSource{0x7fffffff}, "may have been closed"},
+        {WindowSource{hidden}, "minimised or hidden"},
+        {WindowSource{away}, "outside the screen"},
+        {ApplicationSource{"Nowhere"}, "No application “Nowhere” has a window"},
+    };
+    for (auto const& [source, part] : cases) {
+        try {
+            ScreenGrabber(source, display->name());
+            ADD_FAILURE() << "recordable: " << part;
+        } catch (CaptureError const& error) {
+            EXPECT_EQ(error.kind, CaptureError::Kind::badSource);
+            EXPECT_NE(std::string(error.what()).find(part), std::string::npos) << error.what();
+        }
+    }
+}
+
+TEST_F(ScreenGrabberTest, aServerThatDiesIsALoss) {
+    ScreenGrabber grabber(DisplaySource{}, display->name());
+    grabber.grab(0);
+    client.reset();
+    display->kill();
+    EXPECT_TRUE(eventually([&] { return grabber.grab(0) == Outcome::lost; }));
+    EXPECT_THROW(ScreenGrabber(DisplaySource{}, display->name()), CaptureError);
+}
+
+}
