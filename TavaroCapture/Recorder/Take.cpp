@@ -1,0 +1,228 @@
+#include <TavaroCapture/Recorder/Take.h>
+
+#include <TavaroCapture/Recovery/RecoveryStore.h>
+#include <TavaroCapture/Segments/RecordingManifest.h>
+#include <TavaroMedia/Errors/MediaError.h>
+#include <TavaroMedia/Movie/JoinMovies.h>
+#include <TavaroPlatform/Clocks/MediaClock.h>
+#include <TavaroPlatform/Files/AtomicFile.h>
+#include <TavaroPlatform/Folders/Folders.h>
+
+#include <cmath>
+#include <fmt/format.h>
+#include <spdlog/spdlog.h>
+
+namespace tavaro {
+
+namespace fs = std::filesystem;
+
+ScreenRecorder::Take::Take(RecorderOptions const& options) : options_(options) {
+    grabber_ = std::make_unique<ScreenGrabber>(options_.source, options_.display);
+    size_ = grabber_->size();
+    scaleFactor_ = grabber_->scaleFactor();
+    events_ = std::make_unique<EventRecorder>(
+        EventRecorder::Options{options_.display, grabber_->frame(), options_.logsKeystrokes}, clock_, sampleQueue_);
+    prepareFolder();
+}
+
+ScreenRecorder::Take::~Take() {
+    stopStreams();
+    // Without finish() the marker stays, and the segments make a take to be recovered.
+}
+
+void ScreenRecorder::Take::prepareFolder() {
+    auto const recordings = options_.recordingsFolder.empty() ? folders::recordings() : options_.recordingsFolder;
+    directory_ = fs::absolute(recordings) / recordingID_.text();
+    std::error_code error;
+    fs::create_directories(directory_, error);
+    if (!error) claim_ = WorkingFolderClaim::take(directory_);
+    if (error || !claim_)
+        throw CaptureError(CaptureError::Kind::writeFailed,
+                           fmt::format("Could not write the recording: “{}” cannot be made{}.", directory_.string(),
+                                       error ? " (" + error.message() + ")" : ""));
+    try {
+        writer_ = std::make_unique<SegmentWriter>(
+            SegmentWriter::Options{directory_, recordingID_, static_cast<int>(size_.width),
+                                   static_cast<int>(size_.height), options_.fps, options_.segmentSeconds});
+        writer_->prepare();
+        RecoveryStore::markInProgress(directory_, recordingID_, std::string(recordingMode(options_.source)));
+    } catch (Error const& failure) {
+        writer_.reset();
+        fs::remove_all(directory_, error);
+        if (dynamic_cast<CaptureError const*>(&failure)) throw;
+        throw CaptureError(CaptureError::Kind::writeFailed, failure.what());
+    }
+}
+
+void ScreenRecorder::Take::start() {
+    double const now = mediaClockNow();
+    clock_.start(now);
+    events_->start();
+    checkpoints_ = std::make_unique<MetadataCheckpoints>(
+        directory_, options_.checkpointSeconds, [this](EventLog::Mark const& after) { return snapshot(after); });
+    startTicks(now);
+    screenQueue_.sync([] {}); // the first tick is due now, so even the shortest take has a frame
+}
+
+void ScreenRecorder::Take::startTicks(double mediaTime) {
+    screenQueue_.startTimer(mediaTime, 1.0 / options_.fps, [this](double scheduled) { tick(scheduled); });
+}
+
+void ScreenRecorder::Take::setPaused(bool paused) {
+    clock_.setPaused(paused, mediaClockNow());
+    if (paused) {
+        screenQueue_.stopTimer();
+        return;
+    }
+    // Frames stay on the grid of whole frame times: the first one is the next that the timeline has no frame for.
+    std::int64_t next = 0;
+    screenQueue_.sync([&] { next = lastIndex_ + 1; });
+    double const elapsed = clock_.elapsed(mediaClockNow());
+    next = std::max(next, static_cast<std::int64_t>(std::ceil(elapsed * options_.fps)));
+    startTicks(clock_.mediaTime(static_cast<double>(next) / options_.fps));
+}
+
+void ScreenRecorder::Take::tick(double scheduled) {
+    if (isEnding_ || clock_.isPaused()) return;
+    std::int64_t const index = std::llround(clock_.elapsed(scheduled) * options_.fps);
+    if (index <= lastIndex_) return;
+    droppedFrames_ += index - lastIndex_ - 1; // ticks that had to be left out because the one before took too long
+    lastIndex_ = index;
+
+    auto const outcome = grabber_->grab(mediaClockNow());
+    if (outcome == ScreenGrabber::Outcome::lost)
+        return endEarly({CaptureError::Kind::captureLost,
+                         "What was being recorded went away: the window was closed or the display ended."});
+    events_->setFrame(grabber_->frame());
+    handOn(static_cast<double>(index) / options_.fps, outcome == ScreenGrabber::Outcome::unchanged);
+}
+
+void ScreenRecorder::Take::handOn(double time, bool isRepeated) {
+    if (framesUnderWay_ >= mostFramesUnderWay) {
+        ++droppedFrames_;
+        return;
+    }
+    auto const picture = std::make_shared<EncoderPicture>(writer_->picture());
+    fillPicture(*picture, grabber_->picture(), PixelOrder::bgra);
+    ++framesUnderWay_;
+    sampleQueue_.async([this, picture, time, isRepeated] {
+        append(std::move(*picture), time, isRepeated);
+        --framesUnderWay_;
+    });
+}
+
+void ScreenRecorder::Take::append(EncoderPicture picture, double time, bool isRepeated) {
+    if (isEnding_ && ending()->kind == CaptureError::Kind::writeFailed) return;
+    try {
+        if (writer_->append(std::move(picture), time) && isRepeated) ++repeatedFrames_;
+    } catch (CaptureError const& error) {
+        endEarly({error.kind, error.what()});
+    }
+}
+
+void ScreenRecorder::Take::endEarly(Ending ending) {
+    {
+        std::lock_guard const lock(endingLock_);
+        if (ending_) return;
+        ending_ = std::move(ending);
+        isEnding_ = true;
+    }
+    endingChanged_.notify_all();
+}
+
+std::optional<ScreenRecorder::Take::Ending> ScreenRecorder::Take::ending() const {
+    std::lock_guard const lock(endingLock_);
+    return ending_;
+}
+
+bool ScreenRecorder::Take::waitForEnd(std::chrono::milliseconds atMost) {
+    std::unique_lock lock(endingLock_);
+    return endingChanged_.wait_for(lock, atMost, [&] { return ending_.has_value(); });
+}
+
+RecorderProgress ScreenRecorder::Take::progress() const {
+    return {.seconds = clock_.elapsed(mediaClockNow()),
+            .framesWritten = writer_->framesWritten(),
+            .droppedFrames = droppedFrames_,
+            .repeatedFrames = repeatedFrames_,
+            .isPaused = clock_.isPaused()};
+}
+
+CaptureHealth ScreenRecorder::Take::health() const {
+    CaptureHealth result;
+    result.framesWritten = writer_->framesWritten();
+    result.droppedFrames = droppedFrames_;
+    result.writerRejectedFrames = writer_->writerRejectedFrames();
+    result.repeatedFrames = repeatedFrames_;
+    result.keyboardCaptured = options_.logsKeystrokes && events_->keyboardCaptured();
+    auto const early = ending();
+    result.captureLost = early && early->kind == CaptureError::Kind::captureLost;
+    return result;
+}
+
+/// On the checkpoint queue. Copies what came since the last seal, at most a minute or so of events, while the sample
+/// queue waits; everything slow happens outside it.
+MetadataCheckpoints::Snapshot ScreenRecorder::Take::snapshot(EventLog::Mark const& after) {
+    MetadataCheckpoints::Snapshot result;
+    sampleQueue_.sync([&] {
+        result.log = events_->since(after, clock_.elapsed(mediaClockNow()));
+        result.settled = events_->settled();
+    });
+    result.log.captureSize = size_;
+    result.log.scaleFactor = scaleFactor_;
+    result.log.health = health();
+    return result;
+}
+
+/// Ends every source of frames and events, and lets what is under way arrive.
+void ScreenRecorder::Take::stopStreams() {
+    if (isStopped_) return;
+    isStopped_ = true;
+    screenQueue_.stopTimer();
+    checkpoints_.reset();
+    sampleQueue_.sync([] {});
+    if (writer_) events_->stop(writer_->duration());
+}
+
+/// A take that could not be written to its end still has what was written.
+void ScreenRecorder::Take::finishSegments() {
+    try {
+        writer_->finish();
+    } catch (CaptureError const& error) {
+        endEarly({error.kind, error.what()});
+    }
+}
+
+FinishedTake ScreenRecorder::Take::finish() {
+    stopStreams();
+    finishSegments();
+    FinishedTake result{.recordingID = recordingID_, .directory = directory_, .movie = joinedMoviePath(directory_)};
+    std::vector<MoviePart> parts;
+    for (auto const& segment : writer_->segments()) parts.push_back({directory_ / segment.fileName, segment.start});
+    try {
+        result.duration = joinMovies(parts, result.movie).duration;
+    } catch (MediaError const& error) {
+        auto const early = ending();
+        std::string const sentence = early ? early->sentence : "segment join failed: " + error.detail() + ".";
+        throw CaptureError(CaptureError::Kind::writeFailed,
+                           fmt::format("{} What was recorded is kept in “{}”.", sentence, directory_.string()));
+    }
+    RecoveryStore::markComplete(directory_);
+    result.metadata = events_->metadata(result.duration);
+    result.metadata.captureSize = size_;
+    result.metadata.scaleFactor = scaleFactor_;
+    result.metadata.health = health();
+    if (auto const early = ending()) result.endedEarly = early->sentence;
+    claim_.reset();
+    return result;
+}
+
+void ScreenRecorder::Take::cancel() {
+    stopStreams();
+    writer_.reset();
+    std::error_code ignored;
+    fs::remove_all(directory_, ignored);
+    claim_.reset();
+}
+
+}

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <TavaroCapture/Segments/RecordingManifest.h>
+#include <TavaroCore/Records/UUID.h>
+#include <TavaroMedia/Frames/EncoderPicture.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <vector>
+
+namespace tavaro {
+
+/// Writes one take as a series of short movies, "segment-000.mov" onward, in its working folder, with a manifest that
+/// is rewritten as segments close. All times are on the take's timeline: pauses are already out of it, so they are in
+/// no segment and in no segment's start.
+///
+/// A segment ends, and the next begins, at the first frame that is `segmentDuration` or more after the segment's start.
+/// Closed segments are finished on a queue labelled "com.tavaro.segments", while the next one already records.
+///
+/// `picture` and `append` may run on two threads; everything else belongs to the thread that appends.
+/// Failures are `CaptureError` (`writeFailed`), with "Could not write the recording: " and the reason.
+class SegmentWriter {
+public:
+    struct Options {
+        std::filesystem::path directory;
+        UUID recordingID;
+        int width = 0;
+        int height = 0;
+        int fps = 60;
+        double segmentDuration = 10; // seconds
+    };
+
+    explicit SegmentWriter(Options options);
+    ~SegmentWriter();
+    SegmentWriter(SegmentWriter const&) = delete;
+    SegmentWriter& operator=(SegmentWriter const&) = delete;
+
+    /// Opens the first segment and writes the manifest, so that a folder that cannot be written fails before the take.
+    void prepare();
+
+    /// A free picture to fill and append.
+    EncoderPicture picture();
+    /// Encodes a frame. One that the encoder refuses is counted and left out; false then.
+    bool append(EncoderPicture picture, double time);
+
+    /// Ends the last segment one frame after the last, waits for all of them and marks the manifest complete.
+    void finish();
+
+    /// The closed segments; all of them after `finish`, even where that failed.
+    std::vector<SegmentRecord> const& segments() const;
+
+    /// End of the last frame, in seconds. Any thread.
+    double duration() const;
+    /// Any thread.
+    std::int64_t framesWritten() const;
+    std::int64_t writerRejectedFrames() const;
+
+private:
+    struct State;
+    std::unique_ptr<State> state_;
+};
+
+}
