@@ -49,7 +49,9 @@ double targetSizeBase(Clicks clicks) {
     constexpr double unknown = 0.42;
     std::optional<double> smallest;
     for (auto const& click : clicks) {
-        if (click.windowFrame) smallest = std::min(smallest.value_or(1e300), click.windowFrame->area());
+        if (!click.windowFrame) continue;
+        double const area = click.windowFrame->area();
+        smallest = std::min(smallest.value_or(area), area);
     }
     return smallest && *smallest > 0 ? unknown + 0.35 - 0.6 * std::min(*smallest, 0.8) : unknown;
 }

@@ -100,6 +100,14 @@ TEST(Polish, polishingTwiceEqualsOnce) {
     }
 }
 
+TEST(Polish, aPolishedDocumentIsTheSameAfterSavingAndLoading) {
+    for (auto const mode : allCases<DemoMode>()) {
+        auto project = randomTake(9);
+        polish(project, mode);
+        EXPECT_EQ(decodeProject(encodeProject(project)), project) << nameOf(mode);
+    }
+}
+
 TEST(Polish, whatIsMadeByHandSurvivesAndNoZoomIsPutOverIt) {
     for (unsigned seed = 1; seed <= 60; ++seed) {
         auto const before = randomTake(seed);
