@@ -81,6 +81,20 @@ TEST(CursorSmoother, meetsTheFormulaOnAShortPathWithARepeatedTimeAndAClick) {
     }
 }
 
+TEST(CursorSmoother, meetsTheFormulaOnAPathLongerThanItsPadding) {
+    Path path;
+    for (int i = 0; i < 40; ++i) {
+        path.push_back({i / 60.0 + 0.004 * (i % 3), {0.5 + 0.3 * std::sin(0.7 * i) * std::cos(0.31 * i), 0}});
+    }
+    auto const smooth = CursorSmoother(1, 0.09).smooth(path, {});
+    // From a separate implementation of the filter.
+    std::vector<double> const expected{0.637830872815851, 0.513736705381196, 0.481522595473514, 0.491225443908235,
+                                       0.534945687642333, 0.460121047163297, 0.706494342139542};
+    std::size_t const at[] = {1, 5, 10, 15, 20, 30, 38};
+    for (std::size_t k = 0; k < expected.size(); ++k)
+        EXPECT_NEAR(smooth[at[k]].position.x, expected[k], 1e-12) << at[k];
+}
+
 TEST(CursorSmoother, amountZeroAndShortPathsComeBackAsTheyAre) {
     auto const path = randomPath(1, 50);
     EXPECT_EQ(CursorSmoother(0, 0.09).smooth(path, clicksAt({0.2})), path);

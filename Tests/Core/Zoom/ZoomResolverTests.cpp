@@ -109,6 +109,7 @@ TEST(ZoomResolver, overlappingZoomsAddTheirMagnificationsAndShareTheCentre) {
     EXPECT_NEAR(both.center.y, 0.45, 1e-12);
 
     events[1].easing = Easing::linear; // a quarter present at 1.125
+    events[1].motionBlur = 1;
     auto const rising = ZoomResolver::resolve(events, 1.125);
     EXPECT_DOUBLE_EQ(rising.scale, 1 + 1 + 0.25);
     EXPECT_NEAR(rising.center.x, (0.3 + 0.6 * 0.25) / 1.25, 1e-12);
