@@ -18,6 +18,8 @@ void failCaseShape() {
     throw JSONError(JSONError::Kind::wrongType, "expected an object with one key, the name of the case");
 }
 
+void failIntegerRange() { throw JSONError(JSONError::Kind::wrongType, "the number is too large for this value"); }
+
 }
 
 void readJSON(JSONReader& reader, UUID& value) {

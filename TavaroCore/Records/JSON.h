@@ -15,6 +15,7 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -126,6 +127,12 @@ template<RecordType R> void writeRecord(JSONWriter& writer, R const& record) {
 
 [[noreturn]] void failUnknownName(std::string_view found, std::string_view const* names, std::size_t count);
 [[noreturn]] void failCaseShape();
+[[noreturn]] void failIntegerRange();
+
+template<class Integer> Integer fitting(std::int64_t value) {
+    if (!std::in_range<Integer>(value)) failIntegerRange();
+    return static_cast<Integer>(value);
+}
 
 template<NamedEnum E> E enumFromText(std::string_view text) {
     if (auto const value = enumNamed<E>(text)) return *value;
@@ -225,8 +232,8 @@ template<class T> void readJSON(JSONReader& reader, T& value) {
         value = reader.boolean();
     else if constexpr (std::is_floating_point_v<T>)
         value = static_cast<T>(reader.number());
-    else if constexpr (std::is_same_v<T, std::int64_t>)
-        value = reader.integer();
+    else if constexpr (std::is_integral_v<T>)
+        value = detail::fitting<T>(reader.integer());
     else if constexpr (std::is_same_v<T, std::string>)
         value = reader.string();
     else
@@ -274,7 +281,7 @@ template<class T> void writeJSON(JSONWriter& writer, T const& value) {
         writer.boolean(value);
     else if constexpr (std::is_floating_point_v<T>)
         writer.number(value);
-    else if constexpr (std::is_same_v<T, std::int64_t>)
+    else if constexpr (std::is_integral_v<T>)
         writer.integer(value);
     else if constexpr (std::is_same_v<T, std::string>)
         writer.string(value);
