@@ -4,6 +4,7 @@
 #include <TavaroRender/Compositor/ScreenTexture.h>
 #include <TavaroRender/Kernels/CompositeUniforms.h>
 #include <TavaroRender/Kernels/CursorUniforms.h>
+#include <TavaroRender/Kernels/FastComposite.h>
 #include <TavaroRender/Kernels/Reference.h>
 
 namespace tavaro {
@@ -11,6 +12,9 @@ namespace tavaro {
 struct Compositor::State {
     CompositorBackend backend;
     RowExecutor* rows;
+    FastComposite fast;
+
+    State(CompositorBackend backend, RowExecutor* rows) : backend(backend), rows(rows) {}
 
     void inBands(int rowCount, FunctionRef<void(int, int)> band) {
         if (rowCount <= 0) return;
@@ -21,8 +25,7 @@ struct Compositor::State {
     }
 };
 
-Compositor::Compositor(CompositorBackend backend, RowExecutor* rows)
-    : state_(std::make_unique<State>(State{backend, rows})) {}
+Compositor::Compositor(CompositorBackend backend, RowExecutor* rows) : state_(std::make_unique<State>(backend, rows)) {}
 
 Compositor::Compositor(Compositor&&) noexcept = default;
 Compositor& Compositor::operator=(Compositor&&) noexcept = default;
@@ -42,6 +45,6 @@ void Compositor::cursorOverlay(CursorUniforms const& uniforms, MutableImageView 
     state_->inBands(canvas.height, [&](int begin, int end) { cursorOverlayReference(uniforms, canvas, begin, end); });
 }
 
-void Compositor::forgetBackground() {}
+void Compositor::forgetBackground() { state_->fast.forget(); }
 
 }

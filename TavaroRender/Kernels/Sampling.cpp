@@ -13,13 +13,6 @@ Float3 texel(ImageView image, int x, int y) {
     return Float3{static_cast<float>(p[0]), static_cast<float>(p[1]), static_cast<float>(p[2])} * (1.0f / 255.0f);
 }
 
-/// Positions far outside the picture stop just past its edge, where the sample no longer changes.
-float texelPosition(float normalised, int size) {
-    auto const limit = static_cast<float>(size);
-    auto const position = normalised * limit - 0.5f;
-    return position > -1.0f ? std::min(position, limit) : -1.0f; // also where it is not a number
-}
-
 float sharpenAmountFor(float up, float strength) { return saturate((up - 1.0f) * 0.6f) * 1.1f * strength; }
 
 }

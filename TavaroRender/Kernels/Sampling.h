@@ -10,6 +10,14 @@ namespace tavaro {
 class ScreenTexture;
 struct CompositeUniforms;
 
+/// A normalised coordinate in texels, counted from the centre of the first one. Positions far outside the picture stop
+/// just past its edge, where the sample no longer changes; so does what is not a number.
+inline float texelPosition(float normalised, int size) {
+    auto const limit = static_cast<float>(size);
+    auto const position = normalised * limit - 0.5f;
+    return position > -1.0f ? std::min(position, limit) : -1.0f;
+}
+
 /// Bilinear sample at a normalised point, texel centres at +0.5, clamped to the edge; colours 0…1.
 Float3 sampleBilinear(ImageView image, Float2 uv);
 

@@ -38,6 +38,18 @@ bool blursMotion(CompositeUniforms const& u) { return u.blurStrength > 0.001f &&
 
 int motionBlurTaps(CompositeUniforms const& u) { return std::min(u.blurTaps, 16); }
 
+namespace {
+
+float motionBlurPlace(int tap, int taps) { return static_cast<float>(tap) / static_cast<float>(taps - 1) - 0.5f; }
+
+}
+
+float motionBlurWeight(int tap, int taps) { return 1.0f - std::abs(motionBlurPlace(tap, taps)) * 1.2f; }
+
+Float2 motionBlurShift(CompositeUniforms const& u, int tap, int taps) {
+    return u.blurVector * motionBlurPlace(tap, taps) / std::max(u.zoomScale, 0.0001f);
+}
+
 Float3 contentColor(CompositeUniforms const& u, ScreenSampler const& sampler, Float2 point) {
     auto const source = sampler.cropPoint(point);
     if (!blursMotion(u))
@@ -46,9 +58,8 @@ Float3 contentColor(CompositeUniforms const& u, ScreenSampler const& sampler, Fl
     Float3 sum;
     float total = 0;
     for (int i = 0; i < taps; ++i) {
-        auto const k = static_cast<float>(i) / static_cast<float>(taps - 1) - 0.5f;
-        auto const weight = 1.0f - std::abs(k) * 1.2f;
-        auto const shifted = source + u.blurVector * k / std::max(u.zoomScale, 0.0001f);
+        auto const weight = motionBlurWeight(i, taps);
+        auto const shifted = source + motionBlurShift(u, i, taps);
         sum = sum + sampler.sample(sampler.textureUV(shifted), sampler.levelOfFrame()) * weight;
         total += weight;
     }
@@ -81,7 +92,7 @@ Float4 withScreenLayer(CompositeUniforms const& u, ScreenGeometry const& g, Scre
             inside *= mix(1, u.matColor.w, band);
         }
     }
-    if (mode == FrameMode::iphone) layer = mix(layer, {0.02f, 0.02f, 0.025f}, coverage(islandDistance(u, g, point)));
+    if (mode == FrameMode::iphone) layer = mix(layer, islandColor, coverage(islandDistance(u, g, point)));
     if (u.borderWidth > 0.05f) {
         auto const border = coverage(std::abs(d) - u.borderWidth / 2) * u.borderColor.w;
         layer = mix(layer, rgb(u.borderColor), border);

@@ -44,10 +44,14 @@ float shadowStrength(CompositeUniforms const& uniforms, ScreenGeometry const& ge
 /// Whether the recording is smeared along the camera's motion, and with how many samples.
 bool blursMotion(CompositeUniforms const& uniforms);
 int motionBlurTaps(CompositeUniforms const& uniforms);
+/// Weight of one of those samples, and its place relative to the middle one, in the recording's crop.
+float motionBlurWeight(int tap, int taps);
+Float2 motionBlurShift(CompositeUniforms const& uniforms, int tap, int taps);
 
 /// The recording at a canvas point: zoomed, and smeared or sharpened.
 Float3 contentColor(CompositeUniforms const& uniforms, ScreenSampler const& sampler, Float2 point);
 
+inline constexpr Float3 islandColor{0.02f, 0.02f, 0.025f};
 /// Distance to a phone's camera island, which lies over the top of the recording.
 float islandDistance(CompositeUniforms const& uniforms, ScreenGeometry const& geometry, Float2 point);
 

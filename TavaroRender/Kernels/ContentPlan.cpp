@@ -1,0 +1,122 @@
+#include <TavaroRender/Kernels/ContentPlan.h>
+
+#include <TavaroRender/Kernels/CompositeUniforms.h>
+#include <TavaroRender/Kernels/PixelStore.h>
+#include <TavaroRender/Kernels/Sampling.h>
+#include <TavaroRender/Kernels/ScreenLayer.h>
+
+namespace tavaro {
+
+namespace {
+
+AxisPosition axisPosition(float normalised, int size) {
+    auto const position = texelPosition(normalised, size);
+    auto const texel = std::floor(position);
+    return {static_cast<int>(texel), position - texel};
+}
+
+std::int16_t fixed15(float v) { return static_cast<std::int16_t>(std::min(std::lround(v * 32768.0f), 32767l)); }
+
+/// Canvas point of a pixel centre, through the lens if there is one. One axis at a time, as the formula rounds.
+float mapped(LensMapping const& mapping, float center, float pixel) {
+    return mapping.isIdentity ? pixel : center + (pixel - center) / mapping.magnification;
+}
+
+/// False where a group of columns reaches further than two windows of its own width.
+bool fillGroup(ColumnTable& table, std::size_t first, std::vector<AxisPosition> const& positions, std::size_t group) {
+    auto lowest = positions[first].texel;
+    auto highest = lowest;
+    for (std::size_t i = first; i < first + group; ++i) {
+        lowest = std::min(lowest, positions[i].texel);
+        highest = std::max(highest, positions[i].texel);
+    }
+    auto const reach = static_cast<std::size_t>(highest - lowest);
+    if (reach >= 2 * group) return false;
+    if (reach >= group) table.isNarrow = false;
+    table.base.push_back(lowest);
+    for (std::size_t i = first; i < first + group; ++i) {
+        auto const index = static_cast<std::uint32_t>(positions[i].texel - lowest) * 2;
+        table.index.insert(table.index.end(), {index, index + 1});
+        table.fraction.insert(table.fraction.end(), 4, fixed15(positions[i].fraction));
+    }
+    return true;
+}
+
+bool fillColumns(ColumnTable& table, std::vector<AxisPosition>& positions, int width) {
+    auto const group = static_cast<std::size_t>(resampleGroup());
+    table.base.clear();
+    table.index.clear();
+    table.fraction.clear();
+    table.tiles.clear();
+    table.isNarrow = true;
+    for (std::size_t i = 0; i < positions.size(); i += ContentPlan::tileWidth) {
+        auto const end = std::min(positions.size(), i + ContentPlan::tileWidth);
+        auto const [low, high] = std::minmax_element(
+            positions.begin() + static_cast<std::ptrdiff_t>(i), positions.begin() + static_cast<std::ptrdiff_t>(end),
+            [](AxisPosition const& a, AxisPosition const& b) { return a.texel < b.texel; });
+        table.tiles.push_back({std::min(low->texel, width - 1), high->texel + 1});
+    }
+    positions.resize((positions.size() + group - 1) / group * group, positions.back());
+    for (std::size_t i = 0; i < positions.size(); i += group)
+        if (!fillGroup(table, i, positions, group)) return false;
+    return true;
+}
+
+}
+
+void ContentPlan::prepare(CompositeUniforms const& u, ScreenSampler const& sampler, CanvasArea area) {
+    start(sampler, area, {}, blursMotion(u) ? 0.0f : sampler.sharpenAmount());
+    if (area.isEmpty()) return;
+    if (!blursMotion(u)) return addTap(sampler, {}, sampler.levelOfFrame(), 1);
+    auto const taps = motionBlurTaps(u);
+    float total = 0;
+    for (int i = 0; i < taps; ++i) total += motionBlurWeight(i, taps);
+    for (int i = 0; i < taps; ++i)
+        addTap(sampler, motionBlurShift(u, i, taps), sampler.levelOfFrame(), motionBlurWeight(i, taps) / total);
+}
+
+void ContentPlan::prepareLens(CompositeUniforms const&, ScreenSampler const& sampler, CanvasArea area, Float2 center,
+                              float magnification) {
+    start(sampler, area, {center, magnification, false}, sampler.sharpenAmount());
+    if (!area.isEmpty()) addTap(sampler, {}, sampler.level(sampler.coverage() / magnification), 1);
+}
+
+void ContentPlan::start(ScreenSampler const&, CanvasArea area, LensMapping mapping, float sharpen) {
+    area_ = area;
+    mapping_ = mapping;
+    tapCount_ = 0;
+    sharpens_ = sharpen > 0.001f;
+    isUsable_ = sharpen < 3.9f && resampleGroup() > 0;
+    sharpenQuarter_ = fixed15(std::clamp(sharpen / 4, 0.0f, 1.0f));
+}
+
+void ContentPlan::addTap(ScreenSampler const& sampler, Float2 shift, float level, float weight) {
+    auto const lower = static_cast<int>(level);
+    auto const blend = level - static_cast<float>(lower);
+    if (sharpens_ && level > 0) isUsable_ = false;
+    addLevelTap(sampler, shift, lower, weight * (1 - blend));
+    if (blend > 0) addLevelTap(sampler, shift, lower + 1, weight * blend);
+}
+
+void ContentPlan::addLevelTap(ScreenSampler const& sampler, Float2 shift, int level, float weight) {
+    if (!isUsable_) return;
+    if (static_cast<std::size_t>(tapCount_) == taps_.size()) taps_.emplace_back();
+    auto& tap = taps_[static_cast<std::size_t>(tapCount_++)];
+    tap.image = sampler.image(level);
+    tap.weight = weight;
+    auto const uvAt = [&](Float2 pixel) {
+        Float2 const point{mapped(mapping_, mapping_.center.x, pixel.x), mapped(mapping_, mapping_.center.y, pixel.y)};
+        return sampler.textureUV(sampler.cropPoint(point) + shift);
+    };
+    tap.rows.clear();
+    for (int y = area_.top; y < area_.bottom; ++y)
+        tap.rows.push_back(axisPosition(uvAt(pixelCenter(0, y)).y, tap.image.height));
+    std::vector<AxisPosition> positions;
+    positions.reserve(static_cast<std::size_t>(area_.right - area_.left) + 16);
+    for (int x = area_.left; x < area_.right; ++x)
+        positions.push_back(axisPosition(uvAt(pixelCenter(x, 0)).x, tap.image.width));
+    isUsable_ = fillColumns(tap.columns, positions, tap.image.width) && isUsable_;
+    if (sharpens_ && !tap.columns.isNarrow) isUsable_ = false;
+}
+
+}

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <memory>
+#include <mutex>
+#include <vector>
+
+#include <TavaroCore/Records/FunctionRef.h>
+#include <TavaroRender/Kernels/CompositePixel.h>
+#include <TavaroRender/Kernels/ContentPlan.h>
+#include <TavaroRender/Kernels/StillLayer.h>
+
+namespace tavaro {
+
+/// The `composite` kernel, fast: still parts are kept between frames, the recording is resampled by the vector unit,
+/// and only the pixels at its edges and under the loupe are worked out one by one.
+class FastComposite {
+public:
+    void draw(CompositeUniforms const& uniforms, ScreenTexture const& screen, ImageView background,
+              MutableImageView canvas, FunctionRef<void(FunctionRef<void(int, int)>)> inBands);
+    void forget() { still_.forget(); }
+
+private:
+    void drawRows(CompositePixel const& pixel, MutableImageView canvas, int begin, int end);
+    void drawContent(CompositePixel const& pixel, ContentScratch& scratch, MutableImageView canvas, int begin, int end);
+    void finishRow(MutableImageView canvas, int y) const;
+    std::unique_ptr<ContentScratch> takeScratch();
+    void giveBack(std::unique_ptr<ContentScratch> scratch);
+
+    StillLayer still_;
+    ContentPlan content_;
+    std::mutex mutex_;
+    std::vector<std::unique_ptr<ContentScratch>> scratches_;
+};
+
+}

@@ -1,0 +1,110 @@
+#include "Scenes.h"
+
+#include <cstring>
+
+#include <gtest/gtest.h>
+
+#include <TavaroRender/Compositor/RowExecutor.h>
+
+namespace tavaro {
+
+using namespace scenes;
+
+namespace {
+
+/// Bands of unequal height, last one first.
+class ScatteredBands : public RowExecutor {
+public:
+    void run(int rowCount, FunctionRef<void(int, int)> band) override {
+        for (int end = rowCount, height = 1; end > 0; end -= height, height = height * 2 % 37 + 1)
+            band(std::max(end - height, 0), end);
+    }
+};
+
+}
+
+TEST(FastComposite, staysWithinOneStepOfTheFormulasOnAnyScene) {
+    for (unsigned seed = 1; seed <= 600; ++seed) {
+        auto const scene = randomScene(seed);
+        auto const wanted = drawn(CompositorBackend::reference, scene.uniforms, scene.screen, scene.background,
+                                  scene.width, scene.height);
+        auto const got =
+            drawn(CompositorBackend::cpu, scene.uniforms, scene.screen, scene.background, scene.width, scene.height);
+        auto const d = difference(wanted.view(), got.view());
+        auto const& u = scene.uniforms;
+        ASSERT_LE(d.largest, 1) << "seed " << seed << " at " << d.x << ", " << d.y << " of " << scene.width << "×"
+                                << scene.height << ": background " << u.bgMode << ", frame " << u.frameMode
+                                << ", zoom " << u.zoomScale << ", sharpen " << u.sharpen << ", blur "
+                                << u.blurStrength * static_cast<float>(u.blurTaps) << ", loupe "
+                                << u.loupeRadius * u.loupePresence;
+    }
+}
+
+TEST(FastComposite, drawsTheSameInBandsAndFromOneFrameToTheNext) {
+    ScatteredBands bands;
+    Compositor reused(CompositorBackend::cpu, &bands);
+    for (unsigned seed = 1; seed <= 60; ++seed) {
+        auto const scene = randomScene(seed);
+        ScreenTexture const screen(scene.screen.view());
+        auto const wanted =
+            drawn(CompositorBackend::cpu, scene.uniforms, scene.screen, scene.background, scene.width, scene.height);
+        for (int repeat = 0; repeat < 2; ++repeat) {
+            Image canvas(scene.width, scene.height);
+            reused.composite(scene.uniforms, screen, scene.background.view(), canvas.view());
+            ASSERT_EQ(difference(wanted.view(), canvas.view()).largest, 0) << "seed " << seed;
+        }
+    }
+}
+
+TEST(FastComposite, writesNothingOutsideTheCanvas) {
+    for (unsigned seed = 1000; seed <= 1100; ++seed) {
+        auto const scene = randomScene(seed);
+        constexpr int margin = 5;
+        Image around(scene.width + 2 * margin, scene.height + 2);
+        for (int y = 0; y < around.height(); ++y) std::memset(around.row(y), 0xa5, static_cast<std::size_t>(around.stride()));
+        MutableImageView const canvas{around.row(1) + 4 * margin, scene.width, scene.height, around.stride()};
+        Compositor().composite(scene.uniforms, ScreenTexture(scene.screen.view()), scene.background.view(), canvas);
+        for (int y = 0; y < around.height(); ++y)
+            for (int x = 0; x < around.width(); ++x) {
+                auto const isCanvas = y >= 1 && y <= scene.height && x >= margin && x < margin + scene.width;
+                if (isCanvas) continue;
+                ASSERT_EQ(at(around, x, y), (Pixel{0xa5, 0xa5, 0xa5, 0xa5})) << "seed " << seed;
+            }
+    }
+}
+
+TEST(FastComposite, readsNothingPastTheEndsOfTheRecording) {
+    // The recording's rows stand in a larger picture of loud noise, of which nothing may show.
+    for (unsigned seed = 1; seed <= 60; ++seed) {
+        auto scene = randomScene(seed);
+        if (scene.screen.isEmpty()) continue;
+        Random random(seed);
+        Image loud(scene.screen.width() + 80, scene.screen.height() + 8);
+        for (int y = 0; y < loud.height(); ++y)
+            for (int i = 0; i < 4 * loud.width(); ++i) loud.row(y)[i] = static_cast<std::uint8_t>(random.upTo(255));
+        for (int y = 0; y < scene.screen.height(); ++y)
+            std::memcpy(loud.row(y + 4) + 160, scene.screen.row(y), 4 * static_cast<std::size_t>(scene.screen.width()));
+        ImageView const inside{loud.row(4) + 160, scene.screen.width(), scene.screen.height(), loud.stride()};
+        auto const wanted =
+            drawn(CompositorBackend::cpu, scene.uniforms, scene.screen, scene.background, scene.width, scene.height);
+        Image canvas(scene.width, scene.height);
+        Compositor().composite(scene.uniforms, ScreenTexture(inside), scene.background.view(), canvas.view());
+        ASSERT_EQ(difference(wanted.view(), canvas.view()).largest, 0) << "seed " << seed;
+    }
+}
+
+TEST(FastComposite, forgetsABackgroundWhosePixelsChanged) {
+    Image background(4, 4);
+    CompositeUniforms u;
+    u.canvasSize = {8, 8};
+    u.bgMode = 6;
+    Compositor compositor;
+    Image canvas(8, 8);
+    compositor.composite(u, ScreenTexture(), background.view(), canvas.view());
+    for (int y = 0; y < 4; ++y) std::memset(background.row(y), 200, 16);
+    compositor.forgetBackground();
+    compositor.composite(u, ScreenTexture(), background.view(), canvas.view());
+    EXPECT_EQ(at(canvas, 4, 4), (Pixel{200, 200, 200, 255}));
+}
+
+}
