@@ -36,8 +36,10 @@ CompositorBackend Compositor::backend() const { return state_->backend; }
 void Compositor::composite(CompositeUniforms const& uniforms, ScreenTexture const& screen, ImageView background,
                            MutableImageView canvas) {
     if (canvas.isEmpty()) return;
-    state_->inBands(canvas.height,
-                    [&](int begin, int end) { compositeReference(uniforms, screen, background, canvas, begin, end); });
+    auto const inBands = [&](FunctionRef<void(int, int)> band) { state_->inBands(canvas.height, band); };
+    if (state_->backend == CompositorBackend::cpu)
+        return state_->fast.draw(uniforms, screen, background, canvas, inBands);
+    inBands([&](int begin, int end) { compositeReference(uniforms, screen, background, canvas, begin, end); });
 }
 
 void Compositor::cursorOverlay(CursorUniforms const& uniforms, MutableImageView canvas) {

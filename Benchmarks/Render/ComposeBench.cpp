@@ -1,0 +1,205 @@
+// Times the composite kernel on one core, against a copy of the canvas taken in the same run. A new frame of the
+// recording is shown each time, so mip levels count; the still layer is kept, as it is in an export.
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include <TavaroMedia/Frames/Image.h>
+#include <TavaroRender/Compositor/Compositor.h>
+#include <TavaroRender/Compositor/ScreenTexture.h>
+#include <TavaroRender/Kernels/CompositeUniforms.h>
+#include <TavaroRender/Kernels/CursorUniforms.h>
+
+using namespace tavaro;
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+double millisecondsOf(auto&& work) {
+    auto const start = Clock::now();
+    work();
+    return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
+}
+
+double median(std::vector<double> values) {
+    std::nth_element(values.begin(), values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2), values.end());
+    return values[values.size() / 2];
+}
+
+/// Something like an editor full of text.
+Image page(int width, int height, int shift) {
+    Image image(width, height);
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x) {
+            auto* p = image.row(y) + 4 * x;
+            auto const line = (y + shift) / 18;
+            auto const isInk =
+                (y + shift) % 18 < 11 && ((x * 7 + line * 13) ^ (y * 3)) % 11 < 4 && x % 700 < 80 + line * 37 % 600;
+            auto const shade = static_cast<std::uint8_t>(isInk ? 40 : 250 - x * 20 / width);
+            p[0] = p[1] = shade;
+            p[2] = static_cast<std::uint8_t>(std::min(255, shade + 8));
+            p[3] = 255;
+        }
+    return image;
+}
+
+/// Gradient, rounded screen with padding and shadow, zoomed and sharpened.
+CompositeUniforms look(int width, int height) {
+    CompositeUniforms u;
+    auto const w = static_cast<float>(width);
+    auto const h = static_cast<float>(height);
+    u.canvasSize = {w, h};
+    u.contentSize = {w * 0.9f, h * 0.9f};
+    u.contentOrigin = {w * 0.05f, h * 0.05f};
+    u.clipOrigin = u.contentOrigin;
+    u.clipSize = u.contentSize;
+    u.bgMode = 1;
+    u.bgColor0 = {0.2f, 0.3f, 0.9f, 1};
+    u.bgColor1 = {0.9f, 0.3f, 0.4f, 1};
+    u.bgColor2 = {0.2f, 0.8f, 0.6f, 1};
+    u.bgColor3 = {0.9f, 0.8f, 0.3f, 1};
+    u.bgParam = {0.7f, 0.7f};
+    u.cornerRadius = h * 0.018f;
+    u.shadowRadius = h * 0.04f;
+    u.shadowOffsetY = h * 0.012f;
+    u.shadowOpacity = 0.45f;
+    u.zoomScale = 1.6f;
+    u.zoomCenter = {0.42f, 0.55f};
+    u.sharpen = 1;
+    return u;
+}
+
+CursorUniforms pointer(int width, int height) {
+    CursorUniforms u;
+    u.canvasSize = {static_cast<float>(width), static_cast<float>(height)};
+    u.position = {static_cast<float>(width) * 0.4f, static_cast<float>(height) * 0.5f};
+    u.cursorSize = static_cast<float>(height) * 0.035f;
+    u.opacity = 1;
+    u.fillColor = {0, 0, 0, 1};
+    u.strokeColor = {1, 1, 1, 1};
+    return u;
+}
+
+struct Timing {
+    double frame = 0;
+    double copy = 0;
+};
+
+/// Frames of one look on one core, each followed by a copy of the canvas.
+class Stage {
+public:
+    Stage(int width, int height)
+        : width_(width)
+        , height_(height)
+        , frames_{}
+        , canvas_(width, height)
+        , copied_(width, height) {
+        for (int i = 0; i < 2; ++i) frames_.push_back(page(width, height, i * 5));
+    }
+
+    Timing time(CompositeUniforms u, int repeats) {
+        Compositor compositor(CompositorBackend::cpu);
+        auto const cursor = pointer(width_, height_);
+        std::vector<double> drawing, copying;
+        for (int i = 0; i < repeats + 2; ++i) {
+            u.time = static_cast<float>(i) / 60;
+            auto const frame = millisecondsOf([&] {
+                screen_.setFrame(std::as_const(frames_[static_cast<std::size_t>(i) % frames_.size()]).view());
+                compositor.composite(u, screen_, {}, canvas_.view());
+                compositor.cursorOverlay(cursor, canvas_.view());
+            });
+            auto const copy = millisecondsOf([&] {
+                std::memcpy(copied_.row(0), canvas_.row(0),
+                            static_cast<std::size_t>(canvas_.stride()) * static_cast<std::size_t>(height_));
+            });
+            if (i < 2) continue;
+            drawing.push_back(frame);
+            copying.push_back(copy);
+        }
+        return {median(drawing), median(copying)};
+    }
+
+private:
+    int width_;
+    int height_;
+    std::vector<Image> frames_;
+    Image canvas_;
+    Image copied_;
+    ScreenTexture screen_;
+};
+
+void print(std::string const& name, double value, char const* unit) {
+    std::printf("%s %.3f %s\n", name.c_str(), value, unit);
+}
+
+Timing report(std::string const& name, Stage& stage, CompositeUniforms const& u, int repeats) {
+    auto const timing = stage.time(u, repeats);
+    print(name, timing.frame / timing.copy, "×memcpy");
+    print(name + ".time", timing.frame, "ms");
+    return timing;
+}
+
+}
+
+/// `bench-compose [repeats] [name]`: how many frames each figure is the median of, and which figure alone to take.
+int main(int argc, char** argv) {
+    auto const repeats = argc > 1 ? std::max(std::atoi(argv[1]), 1) : 40;
+    std::string const only = argc > 2 ? argv[2] : "";
+    Stage hd(1920, 1080);
+    auto const base = look(1920, 1080);
+    auto const wanted = [&](char const* name) { return only.empty() || only == name; };
+
+    double seconds = 0;
+    if (wanted("zoomed")) {
+        auto const timing = report("compose.1080p", hd, base, repeats);
+        print("compose.1080p.memcpy", timing.copy, "ms");
+        seconds = timing.frame;
+    }
+    auto variant = [&](char const* name, auto&& change, int share) {
+        if (!wanted(name)) return;
+        auto u = base;
+        change(u);
+        report(std::string("compose.1080p.") + name, hd, u, std::max(repeats / share, 1));
+    };
+    variant(
+        "unzoomed", [](auto& u) { u.zoomScale = 1; }, 1);
+    variant(
+        "mesh", [](auto& u) { u.bgMode = 3; }, 4);
+    variant(
+        "aurora",
+        [](auto& u) {
+            u.bgMode = 4;
+            u.bgParam = {0.2f, 0};
+        },
+        4);
+    variant(
+        "loupe",
+        [](auto& u) {
+            u.zoomScale = 1;
+            u.loupeCenter = {900, 500};
+            u.loupeRadius = 190;
+            u.loupeMag = 2;
+            u.loupePresence = 1;
+        },
+        2);
+    variant(
+        "motionBlur",
+        [](auto& u) {
+            u.blurStrength = 1;
+            u.blurTaps = 16;
+            u.blurVector = {0.02f, 0.012f};
+        },
+        4);
+    if (wanted("2160p")) {
+        Stage uhd(3840, 2160);
+        auto const timing = report("compose.2160p", uhd, look(3840, 2160), std::max(repeats / 3, 3));
+        print("compose.2160p.memcpy", timing.copy, "ms");
+        if (seconds > 0) print("compose.2160p÷1080p", timing.frame / seconds, "×");
+    }
+}
