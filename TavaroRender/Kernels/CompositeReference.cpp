@@ -23,7 +23,9 @@ Float4 CompositePixel::behindScreen(Float2 point) const {
 
 Float4 CompositePixel::withoutLoupe(Float2 point) const {
     auto const pixel = behindScreen(point);
-    return showsScreen_ ? withScreenLayer(uniforms_, geometry_, sampler_, pixel, point) : pixel;
+    if (!showsScreen_) return pixel;
+    auto const layer = screenLayer(uniforms_, geometry_, sampler_, point);
+    return laidOver(pixel, rgb(layer), layer.w);
 }
 
 Float4 CompositePixel::operator()(Float2 point) const {

@@ -3,6 +3,7 @@
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "TavaroRender/Kernels/ResampleRow.cpp"
+#include <hwy/cache_control.h>
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
@@ -73,11 +74,14 @@ HWY_INLINE void blendTap(ContentTap const& tap, AxisPosition row, int first, int
     auto const* lower = sourceRow(tap.image, row.texel + 1);
     auto const upperWeight = fixed15((1 - row.fraction) * tap.weight);
     auto const lowerWeight = fixed15(row.fraction * tap.weight);
+    // Rows are read in pieces too short for the machine to see them coming.
+    auto const* next = sourceRow(tap.image, row.texel + 3);
     auto const a = hn::Set(Tag16(), upperWeight);
     auto const b = hn::Set(Tag16(), lowerWeight);
     blendRow(
         first, end, tap.image.width, out,
         [&](int x, std::int16_t* to) HWY_ATTR {
+            hwy::Prefetch(next + 4 * x);
             auto const top = hn::MulFixedPoint15(loadTexels<plainBits>(upper + 4 * x), a);
             auto const bottom = hn::MulFixedPoint15(loadTexels<plainBits>(lower + 4 * x), b);
             hn::StoreU(hn::Add(top, bottom), Tag16(), to);
@@ -155,19 +159,37 @@ HWY_INLINE Vec16 fractionOf(ColumnTable const& table, int g) {
     return hn::LoadU(Tag16(), table.fraction.data() + static_cast<std::size_t>(g) * lanes());
 }
 
-template<bool isNarrow>
-HWY_INLINE Vec16 tapColumns(ColumnTable const& table, int g, int first, std::int16_t const* blended) {
-    auto const* p = blended + 4 * static_cast<std::ptrdiff_t>(table.base[static_cast<std::size_t>(g)] - first);
-    auto const index = indexOf(table, g);
-    return lerp(pick<isNarrow>(p, index), pick<isNarrow>(p + 4, index), fractionOf(table, g));
+/// A tap's tables and its blended row, by address: what the loop over groups keeps at hand.
+struct TapColumns {
+    int const* base;
+    std::uint32_t const* index;
+    std::int16_t const* fraction;
+    std::int16_t const* texels; // of texel 0, which may lie before the row's memory
+
+    template<bool isNarrow> HWY_INLINE Vec16 at(int g) const {
+        auto const* p = texels + 4 * static_cast<std::ptrdiff_t>(base[g]);
+        auto const place = static_cast<std::size_t>(g) * lanes();
+        auto const picked = hn::LoadU(TagIndex(), index + place / 2);
+        return lerp(pick<isNarrow>(p, picked), pick<isNarrow>(p + 4, picked), hn::LoadU(Tag16(), fraction + place));
+    }
+};
+
+/// The sum of the taps; `fixedCount` 0 takes `count`.
+template<bool areNarrow, int fixedCount>
+HWY_NOINLINE void drawGroups(Span const& s, TapColumns const* taps, int count) {
+    if (fixedCount > 0) count = fixedCount;
+    auto const end = s.groupEnd();
+    for (int g = s.groupBegin(); g < end; ++g) {
+        auto sum = taps[0].at<areNarrow>(g);
+        for (int t = 1; t < count; ++t) sum = hn::SaturatedAdd(sum, taps[t].at<areNarrow>(g));
+        store<plainBits>(sum, s.left() + g * group(), s.xBegin, s.xEnd, s.out);
+    }
 }
 
-/// Columns of one blended row; `Narrow` says whether each tap's windows fit one vector.
-template<bool isNarrow>
-void drawOneTap(Span const& s, ColumnTable const& table, int first, std::int16_t const* blended) {
-    for (int g = s.groupBegin(); g < s.groupEnd(); ++g)
-        store<plainBits>(tapColumns<isNarrow>(table, g, first, blended), s.left() + g * group(), s.xBegin, s.xEnd,
-                         s.out);
+template<bool areNarrow> HWY_INLINE void drawGroups(Span const& s, TapColumns const* taps, int count) {
+    if (count == 1) return drawGroups<areNarrow, 1>(s, taps, count);
+    if (count == 2) return drawGroups<areNarrow, 2>(s, taps, count);
+    drawGroups<areNarrow, 0>(s, taps, count);
 }
 
 /// Room for a blended row of one tap, in channels: its texels and the reach of the last window.
@@ -193,29 +215,22 @@ void drawTaps(Span const& s, ContentScratch& scratch) {
     auto* memory = ensureRoom(scratch, room);
 
     constexpr int maximumTaps = 32; // 16 of motion blur on two levels
-    std::int16_t const* blended[maximumTaps];
-    int firsts[maximumTaps];
+    TapColumns taps[maximumTaps];
     bool areNarrow = true;
     for (int t = 0; t < count; ++t) {
         auto const& tap = s.plan.tap(t);
-        auto const reach = tap.columns.tiles[tileIndex];
+        auto const& columns = tap.columns;
+        auto const reach = columns.tiles[tileIndex];
         blendTap(tap, tap.rows[static_cast<std::size_t>(s.row)], reach.first, reach.end + 1, memory);
-        blended[t] = memory;
-        firsts[t] = reach.first;
-        areNarrow = areNarrow && tap.columns.isNarrow;
+        taps[t] = {columns.base.data(), columns.index.data(), columns.fraction.data(),
+                   memory - 4 * static_cast<std::ptrdiff_t>(reach.first)};
+        areNarrow = areNarrow && columns.isNarrow;
         memory += rowRoom(reach);
     }
-    if (count == 1 && areNarrow) return drawOneTap<true>(s, s.plan.tap(0).columns, firsts[0], blended[0]);
-    if (count == 1) return drawOneTap<false>(s, s.plan.tap(0).columns, firsts[0], blended[0]);
-    for (int g = s.groupBegin(); g < s.groupEnd(); ++g) {
-        auto sum = hn::Zero(Tag16());
-        for (int t = 0; t < count; ++t) {
-            auto const& columns = s.plan.tap(t).columns;
-            sum = hn::SaturatedAdd(sum, columns.isNarrow ? tapColumns<true>(columns, g, firsts[t], blended[t])
-                                                         : tapColumns<false>(columns, g, firsts[t], blended[t]));
-        }
-        store<plainBits>(sum, s.left() + g * group(), s.xBegin, s.xEnd, s.out);
-    }
+    if (areNarrow)
+        drawGroups<true>(s, taps, count);
+    else
+        drawGroups<false>(s, taps, count);
 }
 
 /// The rows through the sample, one texel above it and one below it.
@@ -228,12 +243,14 @@ struct SharpRows {
 HWY_INLINE void blendSharp(ContentTap const& tap, AxisPosition row, int first, int end, SharpRows const& out) {
     std::uint8_t const* rows[4];
     for (int i = 0; i < 4; ++i) rows[i] = sourceRow(tap.image, row.texel - 1 + i);
+    auto const* next = sourceRow(tap.image, row.texel + 4);
     auto const weight = fixed15(row.fraction);
     auto const fraction = hn::Set(Tag16(), weight);
     auto const place = [&](std::int16_t const* to) { return to - out.center; };
     blendRow(
         first, end, tap.image.width, out.center,
         [&](int x, std::int16_t* to) HWY_ATTR {
+            hwy::Prefetch(next + 4 * x);
             auto const r0 = loadTexels<sharpBits>(rows[0] + 4 * x);
             auto const r1 = loadTexels<sharpBits>(rows[1] + 4 * x);
             auto const r2 = loadTexels<sharpBits>(rows[2] + 4 * x);

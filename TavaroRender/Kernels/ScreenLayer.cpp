@@ -72,11 +72,10 @@ float islandDistance(CompositeUniforms const& u, ScreenGeometry const& g, Float2
     return sdRoundedBox(point - center, {u.contentSize.x * 0.115f, height / 2}, height / 2);
 }
 
-Float4 withScreenLayer(CompositeUniforms const& u, ScreenGeometry const& g, ScreenSampler const& sampler, Float4 pixel,
-                       Float2 point) {
+Float4 screenLayer(CompositeUniforms const& u, ScreenGeometry const& g, ScreenSampler const& sampler, Float2 point) {
     auto const d = g.distance(point);
     auto inside = coverage(d);
-    if (!(inside > 0.001f)) return pixel;
+    if (!(inside > 0.001f)) return {};
 
     auto const mode = static_cast<FrameMode>(u.frameMode);
     Float3 layer;
@@ -97,7 +96,7 @@ Float4 withScreenLayer(CompositeUniforms const& u, ScreenGeometry const& g, Scre
         auto const border = coverage(std::abs(d) - u.borderWidth / 2) * u.borderColor.w;
         layer = mix(layer, rgb(u.borderColor), border);
     }
-    return laidOver(pixel, layer, inside);
+    return withAlpha(layer, inside);
 }
 
 }

@@ -55,8 +55,8 @@ inline constexpr Float3 islandColor{0.02f, 0.02f, 0.025f};
 /// Distance to a phone's camera island, which lies over the top of the recording.
 float islandDistance(CompositeUniforms const& uniforms, ScreenGeometry const& geometry, Float2 point);
 
-/// The pixel with the screen layer laid over it.
-Float4 withScreenLayer(CompositeUniforms const& uniforms, ScreenGeometry const& geometry, ScreenSampler const& sampler,
-                       Float4 pixel, Float2 point);
+/// Colour and coverage of the screen layer at a point; coverage 0 where it does not reach.
+Float4 screenLayer(CompositeUniforms const& uniforms, ScreenGeometry const& geometry, ScreenSampler const& sampler,
+                   Float2 point);
 
 }

@@ -8,11 +8,15 @@ namespace tavaro {
 
 namespace {
 
-/// The uniforms that the layer depends on; the others are set to their defaults.
+bool isAnimated(CompositeUniforms const& u) {
+    auto const mode = static_cast<BackgroundMode>(u.bgMode);
+    return mode == BackgroundMode::mesh || mode == BackgroundMode::aurora;
+}
+
+/// The uniforms that the layer's geometry depends on; the others are set to their defaults.
 CompositeUniforms layerKey(CompositeUniforms u) {
     CompositeUniforms const plain;
-    auto const mode = static_cast<BackgroundMode>(u.bgMode);
-    if (mode != BackgroundMode::mesh && mode != BackgroundMode::aurora) u.time = plain.time;
+    u.time = plain.time;
     u.zoomCenter = plain.zoomCenter;
     u.zoomScale = plain.zoomScale;
     u.blurVector = plain.blurVector;
@@ -117,53 +121,105 @@ bool islandReaches(CompositeUniforms const& u, ScreenGeometry const& g, Float2 p
 
 }
 
+StillLayer::Key StillLayer::keyOf(CompositePixel const& pixel, int width, int height) {
+    auto const isImage = backgroundIsImage(pixel.uniforms(), pixel.background());
+    auto const background = isImage ? pixel.background() : ImageView{};
+    return {layerKey(pixel.uniforms()), background.pixels, background.width, background.height, width, height,
+            pixel.showsScreen()};
+}
+
 void StillLayer::prepare(CompositePixel const& pixel, int width, int height,
                          FunctionRef<void(FunctionRef<void(int, int)>)> inBands) {
-    auto const key = layerKey(pixel.uniforms());
-    auto const background = backgroundIsImage(key, pixel.background()) ? pixel.background() : ImageView{};
-    auto const isCurrent = isDrawn_ && key == key_ && background.pixels == keyBackground_ &&
-                           background.width == keyBackgroundWidth_ && background.height == keyBackgroundHeight_ &&
-                           pixel.showsScreen() == keyShowsScreen_ && layer_.width() == width &&
-                           layer_.height() == height;
-    if (isCurrent) return;
+    auto const key = keyOf(pixel, width, height);
+    auto const& uniforms = pixel.uniforms();
+    auto const moves = isAnimated(uniforms);
+    auto const hasGeometry = isDrawn_ && key == key_;
+    if (hasGeometry && (!moves || uniforms.time == time_)) return;
     isDrawn_ = false;
     if (layer_.width() != width || layer_.height() != height) layer_ = Image(width, height);
     rows_.resize(static_cast<std::size_t>(height));
+    veils_.resize(moves ? static_cast<std::size_t>(height) : 0);
+    BackgroundRows const background(uniforms, pixel.background(), width);
     inBands([&](int begin, int end) {
-        for (int y = begin; y < end; ++y) drawRow(pixel, y);
+        VeilPlanes ownVeil;
+        ColorPlanes colors;
+        for (int y = begin; y < end; ++y) {
+            auto const index = static_cast<std::size_t>(y);
+            auto& veil = moves ? veils_[index] : ownVeil;
+            if (!hasGeometry) {
+                planRow(pixel, rows_[index], y);
+                fillVeil(pixel, rows_[index], y, veil);
+            }
+            paintRow(background, rows_[index], y, veil, colors);
+        }
     });
-    findContentArea();
+    if (!hasGeometry) findContentArea();
     key_ = key;
-    keyBackground_ = background.pixels;
-    keyBackgroundWidth_ = background.width;
-    keyBackgroundHeight_ = background.height;
-    keyShowsScreen_ = pixel.showsScreen();
+    time_ = uniforms.time;
     isDrawn_ = true;
 }
 
-void StillLayer::drawRow(CompositePixel const& pixel, int y) {
-    auto& row = rows_[static_cast<std::size_t>(y)];
+void StillLayer::planRow(CompositePixel const& pixel, Row& row, int y) const {
     row = {};
-    auto* out = layer_.row(y);
     auto const width = layer_.width();
-    Range content, plain;
-    ContentShape const shape(pixel.uniforms(), pixel.geometry());
-    if (pixel.showsScreen()) {
-        content = contentRun(pixel.geometry(), width, [&](int x) { return shape.showsContent(pixelCenter(x, y)); });
-        plain = contentRun(pixel.geometry(), width, [&](int x) { return shape.isPlain(pixelCenter(x, y)); });
-    }
+    if (!pixel.showsScreen()) return;
+    auto const& u = pixel.uniforms();
+    auto const& g = pixel.geometry();
+    ContentShape const shape(u, g);
+    auto const content = contentRun(g, width, [&](int x) { return shape.showsContent(pixelCenter(x, y)); });
+    auto plain = contentRun(g, width, [&](int x) { return shape.isPlain(pixelCenter(x, y)); });
     if (plain.begin >= plain.end) plain = {content.end, content.end};
-    for (int x = 0; x < width; ++x) {
-        auto const p = pixelCenter(x, y);
-        if (x < content.begin || x >= content.end) {
-            storePixel(out + 4 * x, pixel.withoutLoupe(p));
-        } else if (x < plain.begin || x >= plain.end || islandReaches(pixel.uniforms(), pixel.geometry(), p)) {
-            storePixel(out + 4 * x, pixel.behindScreen(p));
-            row.mixed.push_back(mixedPixel(pixel.uniforms(), pixel.geometry(), x, y));
-        }
-    }
+    for (int x = content.begin; x < content.end; ++x)
+        if (x < plain.begin || x >= plain.end || islandReaches(u, g, pixelCenter(x, y)))
+            row.mixed.push_back(mixedPixel(u, g, x, y));
     row.contentBegin = content.begin;
     row.contentEnd = content.end;
+    row.plainBegin = plain.begin;
+    row.plainEnd = plain.end;
+}
+
+void StillLayer::fillVeil(CompositePixel const& pixel, Row const& row, int y, VeilPlanes& veil) const {
+    auto const& u = pixel.uniforms();
+    auto const& g = pixel.geometry();
+    auto const hasShadow = pixel.showsScreen() && shadowIsVisible(u);
+    veil.resize(static_cast<std::size_t>(layer_.width() - (row.plainEnd - row.plainBegin)));
+    std::size_t at = 0;
+    for (int x = 0; x < layer_.width(); ++x) {
+        if (x == row.plainBegin && row.plainEnd > x) x = row.plainEnd;
+        if (x >= layer_.width()) break;
+        auto const p = pixelCenter(x, y);
+        float behind = 1;
+        Float4 added;
+        auto const lay = [&](Float3 color, float strength) {
+            behind *= 1 - strength;
+            added = laidOver(added, color, strength);
+        };
+        if (hasShadow) lay(rgb(u.shadowColor), shadowStrength(u, g, p));
+        auto const isContent = x >= row.contentBegin && x < row.contentEnd;
+        if (pixel.showsScreen() && !isContent && g.distance(p) < 1) {
+            auto const layer = screenLayer(u, g, pixel.sampler(), p);
+            if (layer.w > 0) lay(rgb(layer), layer.w);
+        }
+        veil.behind[at] = behind;
+        veil.r[at] = added.x;
+        veil.g[at] = added.y;
+        veil.b[at] = added.z;
+        veil.alpha[at] = added.w;
+        ++at;
+    }
+}
+
+void StillLayer::paintRow(BackgroundRows const& background, Row const& row, int y, VeilPlanes const& veil,
+                          ColorPlanes& colors) {
+    auto const isOpaque = background.mode() != BackgroundMode::none;
+    auto* out = layer_.row(y);
+    auto const left = row.plainBegin;
+    background.draw(y, 0, left, colors);
+    paintVeiled(colors, veil, 0, static_cast<std::size_t>(left), isOpaque, out);
+    auto const right = layer_.width() - row.plainEnd;
+    background.draw(y, row.plainEnd, layer_.width(), colors);
+    paintVeiled(colors, veil, static_cast<std::size_t>(left), static_cast<std::size_t>(right), isOpaque,
+                out + 4 * static_cast<std::ptrdiff_t>(row.plainEnd));
 }
 
 void StillLayer::findContentArea() {

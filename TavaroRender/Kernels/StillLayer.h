@@ -5,6 +5,7 @@
 
 #include <TavaroCore/Records/FunctionRef.h>
 #include <TavaroMedia/Frames/Image.h>
+#include <TavaroRender/Kernels/BackgroundRow.h>
 #include <TavaroRender/Kernels/CompositeUniforms.h>
 #include <TavaroRender/Kernels/ContentPlan.h>
 
@@ -30,9 +31,12 @@ public:
         int contentBegin = 0; // pixels that show the recording, wholly or in part
         int contentEnd = 0;
         std::vector<MixedPixel> mixed;
+        int plainBegin = 0; // the run in the middle of those that needs nothing of the layer
+        int plainEnd = 0;
     };
 
-    /// Draws the layer where it does not show this frame already. `inBands` runs a function over bands of rows.
+    /// Draws the layer where it does not show this frame already; of an animated background under the same geometry
+    /// only that is drawn anew. `inBands` runs a function over bands of rows.
     void prepare(CompositePixel const& pixel, int width, int height,
                  FunctionRef<void(FunctionRef<void(int, int)>)> inBands);
     void forget() { isDrawn_ = false; }
@@ -43,17 +47,30 @@ public:
     CanvasArea contentArea() const { return contentArea_; }
 
 private:
-    void drawRow(CompositePixel const& pixel, int y);
+    void planRow(CompositePixel const& pixel, Row& row, int y) const;
+    void fillVeil(CompositePixel const& pixel, Row const& row, int y, VeilPlanes& veil) const;
+    void paintRow(BackgroundRows const& background, Row const& row, int y, VeilPlanes const& veil, ColorPlanes& colors);
     void findContentArea();
 
-    CompositeUniforms key_;
-    std::uint8_t const* keyBackground_ = nullptr;
-    int keyBackgroundWidth_ = 0;
-    int keyBackgroundHeight_ = 0;
-    bool keyShowsScreen_ = false;
+    struct Key {
+        CompositeUniforms uniforms; // those that the layer depends on
+        std::uint8_t const* background = nullptr;
+        int backgroundWidth = 0;
+        int backgroundHeight = 0;
+        int width = 0;
+        int height = 0;
+        bool showsScreen = false;
+
+        bool operator==(Key const&) const = default;
+    };
+    static Key keyOf(CompositePixel const& pixel, int width, int height);
+
+    Key key_;
     bool isDrawn_ = false;
+    float time_ = 0; // of the animated background
     Image layer_;
     std::vector<Row> rows_;
+    std::vector<VeilPlanes> veils_; // one a row, kept while the background is animated
     CanvasArea contentArea_;
 };
 

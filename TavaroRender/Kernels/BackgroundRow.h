@@ -1,0 +1,58 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include <TavaroMedia/Frames/Image.h>
+#include <TavaroRender/Kernels/Arithmetic.h>
+#include <TavaroRender/Kernels/Background.h>
+#include <TavaroRender/Kernels/CompositeUniforms.h>
+
+namespace tavaro {
+
+/// One value a pixel, one array a channel.
+struct ColorPlanes {
+    std::vector<float> r, g, b;
+
+    void resize(std::size_t count);
+};
+
+/// What lies over the background at a run of pixels: the pixel becomes background × `behind` + `added`, and at least
+/// `alpha` opaque.
+struct VeilPlanes {
+    std::vector<float> behind, r, g, b, alpha;
+
+    void resize(std::size_t count);
+};
+
+/// The background a run of pixels at a time, dither included.
+class BackgroundRows {
+public:
+    /// `width` is that of the canvas. The image must stay good as long as rows are drawn.
+    BackgroundRows(CompositeUniforms const& uniforms, ImageView image, int width);
+
+    /// Pixels `xBegin` … `xEnd` − 1 of row `y`, to the start of the planes.
+    void draw(int y, int xBegin, int xEnd, ColorPlanes& out) const;
+
+    BackgroundMode mode() const { return mode_; }
+    CompositeUniforms const& uniforms() const { return uniforms_; }
+    /// The gradient's colours in linear light.
+    Float3 linearColor(int index) const { return linear_[index]; }
+    /// Aurora: the first two colours mixed, in linear light, a column each.
+    ColorPlanes const& columns() const { return columns_; }
+
+private:
+    CompositeUniforms uniforms_;
+    ImageView image_;
+    BackgroundMode mode_;
+    bool isGradient_; // of colours in range, which the vector code draws
+    Float3 linear_[4];
+    ColorPlanes columns_;
+};
+
+/// Lays the veil from `first` on over the start of `background` and writes `count` pixels. An opaque background leaves
+/// the alpha of the veil unread.
+void paintVeiled(ColorPlanes const& background, VeilPlanes const& veil, std::size_t first, std::size_t count,
+                 bool isOpaque, std::uint8_t* out);
+
+}
