@@ -4,6 +4,8 @@
 #include <bit>
 #include <utility>
 
+#include <TavaroRender/Kernels/HalveRow.h>
+
 namespace tavaro {
 
 namespace {
@@ -22,16 +24,6 @@ Share share(int size, int index) {
     if (size % 2 == 0) return {.first = 2 * index, .count = 2, .weights = {1, 1}, .total = 2};
     auto const i = static_cast<std::uint32_t>(index);
     return {.first = 2 * index, .count = 3, .weights = {half - i, half, i + 1}, .total = 2 * half + 1};
-}
-
-void halveEvenRow(std::uint8_t const* upper, std::uint8_t const* lower, std::uint8_t* out, int outWidth) {
-    for (int x = 0; x < outWidth; ++x)
-        for (int c = 0; c < 4; ++c) {
-            auto const left = 8 * x + c;
-            auto const right = left + 4;
-            out[4 * x + c] =
-                static_cast<std::uint8_t>((upper[left] + upper[right] + lower[left] + lower[right] + 2) >> 2);
-        }
 }
 
 void halveRow(ImageView from, Share const& rows, std::uint8_t* out, int outWidth) {
