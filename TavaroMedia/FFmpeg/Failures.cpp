@@ -1,0 +1,90 @@
+#include <TavaroMedia/FFmpeg/Failures.h>
+
+#include <cerrno>
+#include <mutex>
+
+extern "C" {
+#include <libavutil/error.h>
+#include <libavutil/log.h>
+#include <libavutil/mem.h>
+}
+
+namespace tavaro::ffmpeg {
+
+namespace {
+
+using Kind = MediaError::Kind;
+
+std::string quoted(std::filesystem::path const& file) { return "'" + file.filename().string() + "'"; }
+
+[[noreturn]] void raise(std::string const& attempt, std::filesystem::path const& file, Kind kind,
+                        std::string const& detail) {
+    throw MediaError(kind, attempt + " " + quoted(file) + ": " + detail + ".", detail);
+}
+
+}
+
+std::string reason(int code) {
+    switch (code) {
+    case AVERROR(ENOENT): return "there is no such file or folder";
+    case AVERROR(ENOTDIR): return "its folder is not a folder";
+    case AVERROR(EISDIR): return "it is a folder";
+    case AVERROR(EACCES):
+    case AVERROR(EPERM): return "permission denied";
+    case AVERROR(EROFS): return "the disk is read-only";
+    case AVERROR(ENOSPC): return "the disk is full";
+    case AVERROR(EDQUOT): return "the disk quota is used up";
+    case AVERROR(EFBIG): return "the file would be larger than this disk or user may write";
+    case AVERROR(ENOMEM): return "it needs more memory than there is";
+    case AVERROR(ENAMETOOLONG): return "the name is too long";
+    case AVERROR_INVALIDDATA: return "it is damaged, or not a movie";
+    case AVERROR_EOF: return "it ends too early";
+    case AVERROR_DECODER_NOT_FOUND: return "there is no decoder for it here";
+    case AVERROR_ENCODER_NOT_FOUND: return "there is no such encoder here";
+    case AVERROR_EXTERNAL: return "the encoder failed";
+    default: break;
+    }
+    char text[AV_ERROR_MAX_STRING_SIZE] = {};
+    av_strerror(code, text, sizeof text);
+    return text;
+}
+
+void throwReading(std::filesystem::path const& file, Kind kind, std::string const& detail) {
+    raise("Could not read", file, kind, detail);
+}
+
+void throwReading(std::filesystem::path const& file, int code, Kind otherwise) {
+    auto const isMissing = code == AVERROR(ENOENT) || code == AVERROR(ENOTDIR);
+    throwReading(file, isMissing ? Kind::missing : otherwise, reason(code));
+}
+
+void throwWriting(std::filesystem::path const& file, Kind kind, std::string const& detail) {
+    raise("Could not write", file, kind, detail);
+}
+
+void throwWriting(std::filesystem::path const& file, int code, Kind otherwise) {
+    switch (code) {
+    case AVERROR(ENOSPC):
+    case AVERROR(EDQUOT):
+    case AVERROR(EFBIG): throwWriting(file, Kind::diskFull, reason(code));
+    case AVERROR(ENOENT):
+    case AVERROR(ENOTDIR):
+    case AVERROR(EISDIR):
+    case AVERROR(EACCES):
+    case AVERROR(EPERM):
+    case AVERROR(EROFS):
+    case AVERROR(ENAMETOOLONG): throwWriting(file, Kind::notWritable, reason(code));
+    case AVERROR_ENCODER_NOT_FOUND: throwWriting(file, Kind::unsupported, reason(code));
+    default: throwWriting(file, otherwise, reason(code));
+    }
+}
+
+void prepareLibraries() {
+    static std::once_flag once;
+    std::call_once(once, [] {
+        av_log_set_level(AV_LOG_QUIET);
+        av_max_alloc(std::size_t{1} << 30);
+    });
+}
+
+}

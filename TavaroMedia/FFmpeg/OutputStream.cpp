@@ -1,0 +1,101 @@
+#include <TavaroMedia/FFmpeg/OutputStream.h>
+
+#include <cerrno>
+#include <new>
+
+#include <unistd.h>
+
+#include <TavaroMedia/FFmpeg/Failures.h>
+
+extern "C" {
+#include <libavutil/mem.h>
+}
+
+namespace tavaro::ffmpeg {
+
+namespace {
+
+constexpr int ioBufferSize = 256 * 1024;
+
+}
+
+void OutputStream::FreeIO::operator()(AVIOContext* io) const {
+    av_freep(&io->buffer);
+    avio_context_free(&io);
+}
+
+OutputStream::OutputStream(std::filesystem::path const& file, OutputFile::Place place, char const* format)
+    : output_(file, place) {
+    prepareLibraries();
+    AVFormatContext* context = nullptr;
+    checkWriting(file, avformat_alloc_output_context2(&context, nullptr, format, output_.writtenPath().c_str()));
+    format_.reset(context);
+    auto* buffer = static_cast<unsigned char*>(av_malloc(ioBufferSize));
+    if (!buffer) throw std::bad_alloc();
+    io_.reset(avio_alloc_context(buffer, ioBufferSize, 1, this, nullptr, writeBytes, seekBytes));
+    if (!io_) {
+        av_free(buffer);
+        throw std::bad_alloc();
+    }
+    format_->pb = io_.get();
+    format_->flags |= AVFMT_FLAG_CUSTOM_IO;
+}
+
+OutputStream::~OutputStream() = default;
+
+int OutputStream::writeBytes(void* self, std::uint8_t* bytes, int count) {
+    auto& stream = *static_cast<OutputStream*>(self);
+    auto const error = stream.output_.write({bytes, static_cast<std::size_t>(count)});
+    if (error == 0) return count;
+    if (stream.fileError_ == 0) stream.fileError_ = error;
+    return AVERROR(error);
+}
+
+std::int64_t OutputStream::seekBytes(void* self, std::int64_t offset, int whence) {
+    if (whence == AVSEEK_SIZE) return AVERROR(ENOSYS);
+    auto const position =
+        ::lseek(static_cast<OutputStream*>(self)->output_.descriptor(), offset, whence & ~AVSEEK_FORCE);
+    return position < 0 ? AVERROR(errno) : position;
+}
+
+void OutputStream::check(int code) {
+    if (fileError_ != 0) throwWriting(file(), -fileError_);
+    if (code < 0) throwWriting(file(), code);
+}
+
+AVStream& OutputStream::addStream() {
+    auto* stream = avformat_new_stream(format_.get(), nullptr);
+    if (!stream) throw std::bad_alloc();
+    return *stream;
+}
+
+void OutputStream::begin(Dictionary options) {
+    auto* raw = options.release();
+    auto const code = avformat_write_header(format_.get(), &raw);
+    options.reset(raw);
+    check(code);
+}
+
+void OutputStream::write(AVPacket& packet, AVRational timeBase) {
+    auto const& stream = *format_->streams[0];
+    packet.stream_index = 0;
+    av_packet_rescale_ts(&packet, timeBase, stream.time_base);
+    auto const code = av_write_frame(format_.get(), &packet);
+    av_packet_unref(&packet);
+    check(code);
+}
+
+void OutputStream::commit() {
+    check(av_write_trailer(format_.get()));
+    avio_flush(io_.get());
+    check(io_->error);
+    output_.commit();
+}
+
+Dictionary indexInFront() {
+    AVDictionary* options = nullptr;
+    av_dict_set(&options, "movflags", "+faststart", 0);
+    return Dictionary(options);
+}
+
+}

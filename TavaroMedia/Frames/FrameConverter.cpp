@@ -1,0 +1,80 @@
+#include <TavaroMedia/Frames/FrameConverter.h>
+
+#include <algorithm>
+#include <cassert>
+
+#include <TavaroMedia/Frames/ColorKernels.h>
+#include <TavaroMedia/Frames/EncoderPlanes.h>
+#include <TavaroMedia/Frames/PictureFormats.h>
+
+namespace tavaro {
+
+struct FrameConverter::State {
+    GeneralConversion general;
+};
+
+FrameConverter::FrameConverter() : state_(std::make_unique<State>()) {}
+FrameConverter::FrameConverter(FrameConverter&&) noexcept = default;
+FrameConverter& FrameConverter::operator=(FrameConverter&&) noexcept = default;
+FrameConverter::~FrameConverter() = default;
+
+namespace {
+
+std::uint8_t const* planeRow(AVFrame const& frame, int plane, int y) {
+    return frame.data[plane] + std::ptrdiff_t{y} * frame.linesize[plane];
+}
+
+// Chroma rows lie between the luma rows 2k and 2k + 1, so an even row leans on the one above, an odd row on the one
+// below.
+void convert420Rows(AVFrame const& frame, FromYCbCr const& matrix, MutableImageView to, int begin, int end) {
+    auto const lastChroma = (frame.height + 1) / 2 - 1;
+    for (int y = begin; y < end; ++y) {
+        auto const near = y / 2;
+        auto const far = std::clamp(y % 2 == 0 ? near - 1 : near + 1, 0, lastChroma);
+        ChromaRows const chroma{planeRow(frame, 1, near), planeRow(frame, 1, far), planeRow(frame, 2, near),
+                                planeRow(frame, 2, far)};
+        rowFromYCbCr420(planeRow(frame, 0, y), chroma, frame.width, matrix, to.row(y));
+    }
+}
+
+template<class Sample> Sample* planeRow(AVFrame& frame, int plane, int y) {
+    return reinterpret_cast<Sample*>(frame.data[plane] + std::ptrdiff_t{y} * frame.linesize[plane]);
+}
+
+}
+
+void FrameConverter::convert(VideoFrame const& frame, Image& image, RowBands bands) {
+    if (image.width() != frame.width() || image.height() != frame.height())
+        image = Image(frame.width(), frame.height());
+    auto const& picture = frame.picture();
+    if (!isPlain420(picture)) return state_->general.convert(picture, image.view());
+    FromYCbCr const matrix(lumaWeights(*picture.frame), sampleRange(*picture.frame));
+    auto const to = image.view();
+    bands(to.height, [&](int begin, int end) { convert420Rows(*picture.frame, matrix, to, begin, end); });
+}
+
+void fillPicture(EncoderPicture& picture, ImageView image, PixelOrder order, RowBands bands) {
+    auto& frame = *picture.planes().frame;
+    assert(image.width >= frame.width && image.height >= frame.height);
+    auto const isBGRA = order == PixelOrder::bgra;
+    if (frame.format == AV_PIX_FMT_YUV422P10) {
+        bands(frame.height, [&](int begin, int end) {
+            for (int y = begin; y < end; ++y)
+                rowToYCbCr422(image.row(y), isBGRA, frame.width,
+                              {planeRow<std::uint16_t>(frame, 0, y), planeRow<std::uint16_t>(frame, 1, y),
+                               planeRow<std::uint16_t>(frame, 2, y)});
+        });
+        return;
+    }
+    bands(frame.height / 2, [&](int begin, int end) {
+        for (int k = begin; k < end; ++k) {
+            std::uint8_t const* const rows[2] = {image.row(2 * k), image.row(2 * k + 1)};
+            rowsToYCbCr420(rows, isBGRA, frame.width,
+                           {{planeRow<std::uint8_t>(frame, 0, 2 * k), planeRow<std::uint8_t>(frame, 0, 2 * k + 1)},
+                            planeRow<std::uint8_t>(frame, 1, k),
+                            planeRow<std::uint8_t>(frame, 2, k)});
+        }
+    });
+}
+
+}

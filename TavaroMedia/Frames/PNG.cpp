@@ -1,0 +1,123 @@
+#include <TavaroMedia/Frames/PNG.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <vector>
+
+#include <png.h>
+
+#include <TavaroMedia/FFmpeg/Failures.h>
+#include <TavaroMedia/Files/OutputFile.h>
+
+namespace tavaro {
+
+namespace {
+
+using Kind = MediaError::Kind;
+
+// Past this, a picture's header is taken for a forgery (a PNG of a few bytes can ask for gigabytes).
+constexpr std::int64_t largestPicture = std::int64_t{1} << 28;
+
+// Screen pictures are large flat areas: the fast levels pack them nearly as well as the slow ones.
+constexpr int compressionLevel = 4;
+
+struct Writer {
+    png_structp png = nullptr;
+    png_infop info = nullptr;
+    OutputFile& output;
+    int fileError = 0;
+
+    explicit Writer(OutputFile& output) : output(output) {}
+    Writer(Writer const&) = delete;
+    Writer& operator=(Writer const&) = delete;
+    ~Writer() { png_destroy_write_struct(&png, &info); }
+};
+
+// libpng leaves by longjmp, over frames of C alone: nothing with a destructor may stand in the functions below that it
+// passes through.
+void writeBytes(png_structp png, png_bytep bytes, png_size_t count) {
+    auto& writer = *static_cast<Writer*>(png_get_io_ptr(png));
+    writer.fileError = writer.output.write({bytes, count});
+    if (writer.fileError != 0) png_error(png, "write failed");
+}
+
+bool isOpaque(ImageView image) {
+    for (int y = 0; y < image.height; ++y) {
+        auto const* row = image.row(y);
+        for (int x = 0; x < image.width; ++x)
+            if (row[4 * x + 3] != 255) return false;
+    }
+    return true;
+}
+
+void dropAlpha(std::uint8_t* to, std::uint8_t const* from, int width) {
+    for (int x = 0; x < width; ++x, to += 3, from += 4) std::memcpy(to, from, 3);
+}
+
+bool encode(Writer& writer, ImageView image, std::uint8_t* opaqueRow) {
+    writer.png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
+    if (writer.png) writer.info = png_create_info_struct(writer.png);
+    if (!writer.info) return false;
+    if (setjmp(png_jmpbuf(writer.png))) return false;
+    png_set_write_fn(writer.png, &writer, writeBytes, nullptr);
+    png_set_compression_level(writer.png, compressionLevel);
+    png_set_user_limits(writer.png, 0x7fffffff, 0x7fffffff);
+    png_set_IHDR(writer.png, writer.info, static_cast<png_uint_32>(image.width), static_cast<png_uint_32>(image.height),
+                 8, opaqueRow ? PNG_COLOR_TYPE_RGB : PNG_COLOR_TYPE_RGB_ALPHA, PNG_INTERLACE_NONE,
+                 PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+    png_set_sRGB(writer.png, writer.info, PNG_sRGB_INTENT_PERCEPTUAL);
+    png_write_info(writer.png, writer.info);
+    for (int y = 0; y < image.height; ++y) {
+        if (opaqueRow) dropAlpha(opaqueRow, image.row(y), image.width);
+        png_write_row(writer.png, opaqueRow ? opaqueRow : image.row(y));
+    }
+    png_write_end(writer.png, writer.info);
+    return true;
+}
+
+struct FileCloser {
+    void operator()(std::FILE* file) const { std::fclose(file); }
+};
+
+struct Reader {
+    png_image image = {};
+    Reader() { image.version = PNG_IMAGE_VERSION; }
+    Reader(Reader const&) = delete;
+    Reader& operator=(Reader const&) = delete;
+    ~Reader() { png_image_free(&image); }
+};
+
+}
+
+void writePNG(std::filesystem::path const& file, ImageView image) {
+    if (image.isEmpty()) ffmpeg::throwWriting(file, Kind::refused, "the picture is empty");
+    OutputFile output(file, OutputFile::Place::beside);
+    Writer writer(output);
+    std::vector<std::uint8_t> opaqueRow(isOpaque(image) ? static_cast<std::size_t>(image.width) * 3 : 0);
+    if (!encode(writer, image, opaqueRow.empty() ? nullptr : opaqueRow.data())) {
+        if (writer.fileError != 0) ffmpeg::throwWriting(file, -writer.fileError);
+        ffmpeg::throwWriting(file, Kind::refused, "the picture could not be encoded");
+    }
+    output.commit();
+}
+
+Image readPNG(std::filesystem::path const& file) {
+    if (std::error_code error; std::filesystem::is_directory(file, error)) ffmpeg::throwReading(file, -EISDIR);
+    std::unique_ptr<std::FILE, FileCloser> stream(std::fopen(file.c_str(), "rbe"));
+    if (!stream) ffmpeg::throwReading(file, -errno);
+    Reader reader;
+    if (!png_image_begin_read_from_stdio(&reader.image, stream.get()))
+        ffmpeg::throwReading(file, Kind::unreadable, "it is damaged, or not a PNG picture");
+    if (std::int64_t{reader.image.width} * reader.image.height > largestPicture)
+        ffmpeg::throwReading(file, Kind::unreadable, "it has more pixels than a picture here may have");
+    reader.image.format = PNG_FORMAT_RGBA;
+    Image image(static_cast<int>(reader.image.width), static_cast<int>(reader.image.height));
+    if (!png_image_finish_read(&reader.image, nullptr, image.row(0), static_cast<png_int_32>(image.stride()), nullptr))
+        ffmpeg::throwReading(file, Kind::unreadable, "it is damaged, or not a PNG picture");
+    return image;
+}
+
+}

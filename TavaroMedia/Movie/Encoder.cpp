@@ -1,0 +1,119 @@
+#include <TavaroMedia/Movie/Encoder.h>
+
+#include <algorithm>
+#include <new>
+#include <string>
+#include <thread>
+
+#include <TavaroMedia/FFmpeg/Failures.h>
+
+namespace tavaro {
+
+namespace {
+
+struct EncoderChoice {
+    char const* name;
+    AVPixelFormat format;
+};
+
+EncoderChoice choice(MovieCodec codec) {
+    switch (codec) {
+    case MovieCodec::h264: return {"libx264", AV_PIX_FMT_YUV420P};
+    case MovieCodec::hevc: return {"libx265", AV_PIX_FMT_YUV420P};
+    case MovieCodec::proRes422: return {"prores_ks", AV_PIX_FMT_YUV422P10};
+    }
+    return {"", AV_PIX_FMT_NONE};
+}
+
+class Options {
+public:
+    Options& set(char const* name, std::string const& value) {
+        auto* raw = dictionary_.release();
+        av_dict_set(&raw, name, value.c_str(), 0);
+        dictionary_.reset(raw);
+        return *this;
+    }
+    AVDictionary* release() { return dictionary_.release(); }
+
+private:
+    ffmpeg::Dictionary dictionary_;
+};
+
+int threadCount(MovieWriterSettings const& settings) {
+    return settings.threads > 0 ? settings.threads
+                                : static_cast<int>(std::max(1u, std::thread::hardware_concurrency()));
+}
+
+void configureFilm(AVCodecContext& encoder, MovieWriterSettings const& settings, Options& options) {
+    encoder.bit_rate = settings.bitrate;
+    encoder.thread_count = threadCount(settings);
+    switch (settings.codec) {
+    case MovieCodec::h264:
+        options.set("preset", "veryfast").set("profile", "high");
+        encoder.max_b_frames = 0; // frames leave in the order they are shown
+        break;
+    case MovieCodec::hevc:
+        options.set("preset", "ultrafast").set("profile", "main");
+        options.set("x265-params", "log-level=none:pools=" + std::to_string(threadCount(settings)));
+        break;
+    case MovieCodec::proRes422:
+        encoder.bit_rate = 0;
+        options.set("profile", "standard").set("vendor", "apl0");
+        break;
+    }
+}
+
+// One slice thread and no look-ahead: a frame's packet is out before `append` returns, so a killed writer has lost no
+// frame to the encoder, and no cycle goes into keeping threads in step.
+void configureTake(AVCodecContext& encoder, MovieWriterSettings const& settings, Options& options) {
+    encoder.thread_count = std::max(1, settings.threads);
+    encoder.max_b_frames = 0;
+    switch (settings.codec) {
+    case MovieCodec::h264:
+        options.set("preset", "ultrafast").set("tune", "zerolatency").set("crf", "18").set("profile", "high");
+        break;
+    case MovieCodec::hevc:
+        options.set("preset", "ultrafast").set("tune", "zerolatency").set("crf", "18").set("profile", "main");
+        options.set("x265-params", "log-level=none:pools=" + std::to_string(encoder.thread_count));
+        break;
+    case MovieCodec::proRes422: options.set("profile", "standard").set("vendor", "apl0"); break;
+    }
+}
+
+}
+
+int ticksPerSecond(int fps) { return fps * ((90000 + fps - 1) / fps); }
+
+ffmpeg::CodecContext openEncoder(std::filesystem::path const& file, MovieWriterSettings const& settings) {
+    auto const [name, format] = choice(settings.codec);
+    auto const* codec = avcodec_find_encoder_by_name(name);
+    if (!codec) ffmpeg::throwWriting(file, AVERROR_ENCODER_NOT_FOUND);
+    ffmpeg::CodecContext encoder(avcodec_alloc_context3(codec));
+    if (!encoder) throw std::bad_alloc();
+    encoder->width = settings.width;
+    encoder->height = settings.height;
+    encoder->pix_fmt = format;
+    encoder->sample_aspect_ratio = {1, 1};
+    encoder->time_base = {1, ticksPerSecond(settings.fps)};
+    encoder->framerate = {settings.fps, 1};
+    encoder->gop_size = settings.keyFrameInterval > 0 ? settings.keyFrameInterval : 2 * settings.fps;
+    encoder->color_range = AVCOL_RANGE_MPEG;
+    encoder->colorspace = AVCOL_SPC_BT709;
+    encoder->color_primaries = AVCOL_PRI_BT709;
+    encoder->color_trc = AVCOL_TRC_BT709;
+    encoder->chroma_sample_location = AVCHROMA_LOC_LEFT;
+    encoder->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
+    Options options;
+    if (settings.intent == MovieIntent::live) {
+        configureTake(*encoder, settings, options);
+    } else {
+        configureFilm(*encoder, settings, options);
+    }
+    auto* raw = options.release();
+    auto const code = avcodec_open2(encoder.get(), codec, &raw);
+    av_dict_free(&raw);
+    if (code < 0) ffmpeg::throwWriting(file, code);
+    return encoder;
+}
+
+}

@@ -1,0 +1,160 @@
+#include <TavaroMedia/Movie/MovieWriter.h>
+
+#include <algorithm>
+#include <cmath>
+#include <new>
+#include <string>
+
+#include <TavaroMedia/FFmpeg/Failures.h>
+#include <TavaroMedia/FFmpeg/OutputStream.h>
+#include <TavaroMedia/Frames/EncoderPlanes.h>
+#include <TavaroMedia/Movie/Encoder.h>
+
+namespace tavaro {
+
+namespace {
+
+using Kind = MediaError::Kind;
+
+// Fragments of half a second: a killed writer has lost less than the last second.
+constexpr char const* fragmentMicroseconds = "500000";
+
+MovieWriterSettings checked(std::filesystem::path const& file, MovieWriterSettings settings) {
+    settings.width &= ~1;
+    settings.height &= ~1;
+    if (settings.width < 2 || settings.height < 2 || settings.width > 16384 || settings.height > 16384)
+        ffmpeg::throwWriting(file, Kind::refused, "its size must be between 2 and 16384 pixels on each side");
+    if (settings.fps < 1 || settings.fps > 1000)
+        ffmpeg::throwWriting(file, Kind::refused, "its frame rate must be between 1 and 1000 frames a second");
+    if (settings.codec == MovieCodec::proRes422 && settings.container != MovieContainer::mov)
+        ffmpeg::throwWriting(file, Kind::refused, "ProRes goes into a MOV file only");
+    auto const needsBitrate = settings.codec != MovieCodec::proRes422 && settings.intent == MovieIntent::finished;
+    if (needsBitrate && settings.bitrate < 1000)
+        ffmpeg::throwWriting(file, Kind::refused, "its bit rate must be at least 1000 bits a second");
+    return settings;
+}
+
+OutputFile::Place place(MovieIntent intent) {
+    return intent == MovieIntent::live ? OutputFile::Place::inPlace : OutputFile::Place::beside;
+}
+
+char const* formatName(MovieContainer container) { return container == MovieContainer::mov ? "mov" : "mp4"; }
+
+ffmpeg::Dictionary containerOptions(MovieIntent intent) {
+    if (intent == MovieIntent::finished) return ffmpeg::indexInFront();
+    AVDictionary* options = nullptr;
+    av_dict_set(&options, "movflags", "+empty_moov+default_base_moof", 0);
+    av_dict_set(&options, "frag_duration", fragmentMicroseconds, 0);
+    return ffmpeg::Dictionary(options);
+}
+
+}
+
+struct MovieWriter::State {
+    MovieWriterSettings settings;
+    ffmpeg::CodecContext encoder;
+    EncoderPicturePool pool;
+    ffmpeg::OutputStream output;
+    ffmpeg::Packet packet{av_packet_alloc()};
+    ffmpeg::Packet held{
+        av_packet_alloc()}; // the newest packet, back by one: the last one's duration is known at the end
+    bool isHolding = false;
+    std::int64_t lastTicks = -1; // of the newest picture
+    std::int64_t frames = 0;
+
+    State(std::filesystem::path const& file, MovieWriterSettings const& wanted)
+        : settings(checked(file, wanted))
+        , encoder((ffmpeg::prepareLibraries(), openEncoder(file, settings)))
+        , pool(settings.width, settings.height, encoder->pix_fmt)
+        , output(file, place(settings.intent), formatName(settings.container)) {
+        if (!packet || !held) throw std::bad_alloc();
+        begin();
+    }
+
+    void begin() {
+        auto& stream = output.addStream();
+        output.check(avcodec_parameters_from_context(stream.codecpar, encoder.get()));
+        stream.time_base = encoder->time_base;
+        stream.avg_frame_rate = encoder->framerate;
+        stream.sample_aspect_ratio = encoder->sample_aspect_ratio;
+        // Players of the system that made the format take HEVC under this tag only.
+        if (settings.codec == MovieCodec::hevc) stream.codecpar->codec_tag = MKTAG('h', 'v', 'c', '1');
+        if (settings.intent == MovieIntent::live) output.format().flags |= AVFMT_FLAG_FLUSH_PACKETS;
+        output.begin(containerOptions(settings.intent));
+    }
+
+    std::int64_t ticks(double seconds) const {
+        return static_cast<std::int64_t>(std::llround(seconds * encoder->time_base.den));
+    }
+
+    void send(AVFrame const* frame) {
+        while (true) {
+            auto const code = avcodec_send_frame(encoder.get(), frame);
+            if (code != AVERROR(EAGAIN)) {
+                if (code != AVERROR_EOF) output.check(code);
+                break;
+            }
+            drain();
+        }
+        drain();
+    }
+
+    void drain() {
+        while (true) {
+            auto const code = avcodec_receive_packet(encoder.get(), packet.get());
+            if (code == AVERROR(EAGAIN) || code == AVERROR_EOF) return;
+            output.check(code);
+            writeHeld();
+            av_packet_move_ref(held.get(), packet.get());
+            isHolding = true;
+        }
+    }
+
+    void writeHeld() {
+        if (!isHolding) return;
+        isHolding = false;
+        output.write(*held, encoder->time_base);
+    }
+
+    void finish(std::optional<double> endTime) {
+        send(nullptr);
+        auto const frameTicks = encoder->time_base.den / settings.fps;
+        auto const end = endTime ? std::max(ticks(*endTime), lastTicks + 1) : lastTicks + frameTicks;
+        if (isHolding) held->duration = end - lastTicks;
+        writeHeld();
+        output.commit();
+    }
+};
+
+MovieWriter::MovieWriter(std::filesystem::path const& file, MovieWriterSettings const& settings)
+    : state_(std::make_unique<State>(file, settings)) {}
+MovieWriter::MovieWriter(MovieWriter&&) noexcept = default;
+MovieWriter& MovieWriter::operator=(MovieWriter&&) noexcept = default;
+MovieWriter::~MovieWriter() = default;
+
+int MovieWriter::width() const { return state_->settings.width; }
+int MovieWriter::height() const { return state_->settings.height; }
+std::int64_t MovieWriter::framesAppended() const { return state_->frames; }
+EncoderPicture MovieWriter::picture() { return state_->pool.take(); }
+
+void MovieWriter::append(EncoderPicture picture, double presentationTime) {
+    auto& state = *state_;
+    auto const file = state.output.file();
+    if (!(presentationTime >= 0 && presentationTime < 1e7))
+        ffmpeg::throwWriting(file, Kind::refused, "a frame's time is outside the movie");
+    auto const ticks = state.ticks(presentationTime);
+    if (ticks <= state.lastTicks)
+        ffmpeg::throwWriting(file, Kind::refused, "a frame's time is not after the one before it");
+    auto& frame = *picture.planes().frame;
+    frame.pts = ticks;
+    state.lastTicks = ticks;
+    state.send(&frame);
+    ++state.frames;
+}
+
+void MovieWriter::finish(std::optional<double> endTime) {
+    if (state_->frames == 0) ffmpeg::throwWriting(state_->output.file(), Kind::refused, "there is no frame to write");
+    state_->finish(endTime);
+}
+
+}
