@@ -1,0 +1,239 @@
+#include "../TemporaryFolder.h"
+#include "../TestDisplay.h"
+
+#include <TavaroCapture/Recorder/ScreenRecorder.h>
+#include <TavaroCapture/Recovery/RecoveryStore.h>
+#include <TavaroMedia/Frames/FrameConverter.h>
+#include <TavaroMedia/Movie/MovieReader.h>
+
+#include <cmath>
+#include <random>
+#include <signal.h>
+#include <sys/mount.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace tavaro {
+
+using namespace std::chrono_literals;
+
+namespace {
+
+/// 0xRRGGBB of a movie's pixel at a time.
+std::uint32_t pixel(MovieReader& reader, double time, int x, int y) {
+    Image image;
+    FrameConverter().convert(reader.frame(time), image);
+    auto const* const p = image.row(y) + 4 * x;
+    return static_cast<std::uint32_t>(p[0] << 16 | p[1] << 8 | p[2]);
+}
+
+bool isNear(std::uint32_t a, std::uint32_t b) {
+    for (int shift : {0, 8, 16}) {
+        if (std::abs(static_cast<int>(a >> shift & 255) - static_cast<int>(b >> shift & 255)) > 12) return false;
+    }
+    return true;
+}
+
+}
+
+class ScreenRecorderTest : public DisplayTest {
+protected:
+    RecorderOptions options() {
+        return {.source = AreaSource{{100, 50, 320, 240}},
+                .display = display->name(),
+                .recordingsFolder = recordings.path(),
+                .segmentSeconds = 0.5};
+    }
+    /// Lets the take go on to that many seconds.
+    static void recordUntil(ScreenRecorder& recorder, double seconds) {
+        ASSERT_TRUE(eventually([&] { return recorder.waitForEnd(1ms) || recorder.progress().seconds >= seconds; }));
+    }
+
+    TemporaryFolder recordings;
+};
+
+TEST_F(ScreenRecorderTest, aTakeShowsWhatHappenedWhenItHappened) {
+    auto const window = client->makeWindow({.frame = {0, 0, 640, 480}, .windowClass = "Painter", .color = 0x2040c0});
+    client->setActive(window);
+    ScreenRecorder recorder(options());
+    recorder.start();
+    recordUntil(recorder, 0.4);
+    client->movePointer(260, 170);
+    client->button(1, true), client->button(1, false);
+    client->fill(window, {0, 0, 640, 480}, 0xe0a020);
+    double const painted = recorder.progress().seconds;
+    recordUntil(recorder, 1.2);
+    auto const take = recorder.stop();
+
+    EXPECT_FALSE(take.endedEarly);
+    EXPECT_GE(take.duration, 1.2 - 1.0 / 60);
+    MovieReader reader(take.movie);
+    EXPECT_EQ(reader.info().width, 320);
+    EXPECT_EQ(reader.info().height, 240);
+    EXPECT_NEAR(reader.info().duration, take.duration, 1e-3);
+    EXPECT_TRUE(isNear(pixel(reader, painted - 0.1, 160, 120), 0x2040c0));
+    EXPECT_TRUE(isNear(pixel(reader, painted + 0.1, 160, 120), 0xe0a020));
+
+    auto const& log = take.metadata;
+    EXPECT_EQ(log.captureSize, (Size2{320, 240}));
+    ASSERT_EQ(log.clicks.size(), 1u);
+    EXPECT_EQ(log.clicks[0].position, (UnitPoint2{0.5, 0.5}));
+    EXPECT_NEAR(log.clicks[0].t, painted, 0.05);
+    ASSERT_EQ(log.appSpans.size(), 1u);
+    EXPECT_EQ(log.appSpans[0].name, "Painter");
+    EXPECT_NEAR(static_cast<double>(log.cursorSamples.size()), take.duration * 60, 6);
+    auto const& health = log.health;
+    EXPECT_NEAR(static_cast<double>(health.framesWritten + health.droppedFrames), take.duration * 60, 0.1)
+        << "every tick is a frame or a counted loss";
+    EXPECT_EQ(reader.info().frameCount, health.framesWritten);
+    EXPECT_GT(health.repeatedFrames, health.framesWritten / 2) << "the screen changed once";
+    EXPECT_EQ(health.keyboardCaptured, true);
+    EXPECT_TRUE(RecoveryStore::findRecoverable(recordings.path()).empty());
+    EXPECT_TRUE(readManifest(take.directory)->isComplete);
+}
+
+TEST_F(ScreenRecorderTest, aPauseIsNeitherInTheMovieNorInTheLog) {
+    auto const window = client->makeWindow({.frame = {0, 0, 640, 480}, .color = 0x2040c0});
+    ScreenRecorder recorder(options());
+    recorder.start();
+    recordUntil(recorder, 0.4);
+    recorder.setPaused(true);
+    double const pausedAt = recorder.progress().seconds;
+    client->fill(window, {0, 0, 640, 480}, 0xff0000);
+    EXPECT_FALSE(recorder.waitForEnd(400ms));
+    client->fill(window, {0, 0, 640, 480}, 0xe0a020);
+    EXPECT_TRUE(recorder.progress().isPaused);
+    EXPECT_EQ(recorder.progress().seconds, pausedAt);
+    recorder.setPaused(false);
+    recordUntil(recorder, 0.8);
+    auto const take = recorder.stop();
+    EXPECT_LT(take.duration, 1.1);
+    MovieReader reader(take.movie);
+    EXPECT_TRUE(isNear(pixel(reader, pausedAt - 0.05, 160, 120), 0x2040c0));
+    EXPECT_TRUE(isNear(pixel(reader, pausedAt + 0.05, 160, 120), 0xe0a020)) << "nothing of the pause between";
+    EXPECT_NEAR(static_cast<double>(take.metadata.cursorSamples.size()), take.duration * 60, 8);
+    EXPECT_LE(take.metadata.health.droppedFrames, 2) << "frames of the pause are not lost ones";
+}
+
+TEST_F(ScreenRecorderTest, aServerThatDiesEndsTheTakeAndKeepsIt) {
+    ScreenRecorder recorder(options());
+    recorder.start();
+    recordUntil(recorder, 0.6);
+    client.reset();
+    display->kill();
+    EXPECT_TRUE(recorder.waitForEnd(5s));
+    auto const take = recorder.stop();
+    EXPECT_TRUE(take.endedEarly);
+    EXPECT_TRUE(take.metadata.health.captureLost);
+    EXPECT_GE(take.duration, 0.5);
+    EXPECT_NEAR(MovieReader(take.movie).info().duration, take.duration, 1e-3);
+}
+
+TEST_F(ScreenRecorderTest, aFullDiskEndsTheTakeWithASentenceAndKeepsWhatWasThere) {
+    auto const disk = recordings.path() / "disk";
+    std::filesystem::create_directory(disk);
+    if (mount("tmpfs", disk.c_str(), "tmpfs", 0, "size=1500k") != 0) GTEST_SKIP() << "no right to mount a small disk";
+    auto const window = client->makeWindow({.frame = {0, 0, 640, 480}});
+    auto full = options();
+    full.recordingsFolder = disk;
+    std::mt19937 random(3);
+    {
+        ScreenRecorder recorder(full);
+        recorder.start();
+        EXPECT_TRUE(eventually([&] { // noise that no encoder makes small
+            for (int i = 0; i < 200; ++i)
+                client->fill(window, {static_cast<int>(random() % 420), static_cast<int>(random() % 290), 8, 8},
+                             random());
+            return recorder.waitForEnd(0ms);
+        }));
+        try {
+            auto const take = recorder.stop();
+            EXPECT_NE(take.endedEarly.value_or("").find("Could not write the recording: "), std::string::npos);
+        } catch (CaptureError const& error) {
+            EXPECT_EQ(error.kind, CaptureError::Kind::writeFailed);
+            EXPECT_TRUE(std::string(error.what()).starts_with("Could not write the recording: ")) << error.what();
+        }
+    }
+    auto const takes = RecoveryStore::findRecoverable(disk);
+    ASSERT_EQ(takes.size(), 1u) << "what fitted can be recovered once there is room";
+    EXPECT_GT(takes[0].estimatedDuration, 0);
+    umount2(disk.c_str(), MNT_DETACH);
+}
+
+TEST_F(ScreenRecorderTest, whatCannotBeRecordedFailsAtOnceAndLeavesNothing) {
+    auto const kindOf = [](RecorderOptions const& options) -> std::optional<CaptureError::Kind> {
+        try {
+            ScreenRecorder recorder(options);
+            recorder.start();
+            return std::nullopt;
+        } catch (CaptureError const& error) {
+            return error.kind;
+        }
+    };
+    auto bad = options();
+    bad.source = AreaSource{{5000, 0, 100, 100}};
+    EXPECT_EQ(kindOf(bad), CaptureError::Kind::badSource);
+    bad = options();
+    bad.fps = 0;
+    EXPECT_EQ(kindOf(bad), CaptureError::Kind::badSource);
+    bad = options();
+    bad.display = ":4711";
+    EXPECT_EQ(kindOf(bad), CaptureError::Kind::noDisplay);
+    bad = options();
+    bad.recordingsFolder = "/dev/null/recordings";
+    EXPECT_EQ(kindOf(bad), CaptureError::Kind::writeFailed);
+    EXPECT_TRUE(std::filesystem::is_empty(recordings.path()));
+
+    ScreenRecorder idle(options());
+    EXPECT_THROW(idle.stop(), CaptureError);
+    ScreenRecorder cancelled(options());
+    cancelled.start();
+    cancelled.cancel();
+    EXPECT_TRUE(std::filesystem::is_empty(recordings.path()));
+}
+
+namespace {
+
+/// In a process of its own: records until killed, and tells how far it is through the pipe.
+[[noreturn]] void recordForever(RecorderOptions const& options, int out) {
+    ScreenRecorder recorder(options);
+    recorder.start();
+    while (true) {
+        double const seconds = recorder.progress().seconds;
+        if (write(out, &seconds, sizeof seconds) < 0) _exit(1);
+        recorder.waitForEnd(5ms);
+    }
+}
+
+}
+
+TEST_F(ScreenRecorderTest, aProcessKilledAtAnyInstantLosesAtMostTheLastSecond) {
+    client->makeWindow({.frame = {0, 0, 640, 480}, .color = 0x2040c0});
+    unsigned const seed = 11;
+    std::mt19937 random(seed);
+    for (int round = 0; round < 5; ++round) {
+        double const target = 1.1 + std::uniform_real_distribution<>(0, 1.2)(random);
+        int ends[2];
+        ASSERT_EQ(pipe(ends), 0);
+        auto const settings = options();
+        pid_t const child = fork();
+        if (child == 0) recordForever(settings, ends[1]);
+        close(ends[1]);
+        double reached = 0;
+        for (double seconds = 0; read(ends[0], &seconds, sizeof seconds) == sizeof seconds;) {
+            reached = seconds;
+            if (seconds >= target) kill(child, SIGKILL);
+        }
+        close(ends[0]);
+        waitpid(child, nullptr, 0);
+
+        auto const takes = RecoveryStore::findRecoverable(recordings.path());
+        ASSERT_EQ(takes.size(), 1u) << "seed " << seed << ", round " << round;
+        auto const recovered = RecoveryStore::recover(takes[0]);
+        EXPECT_GT(recovered.duration, reached - 1.0) << "seed " << seed << ", round " << round;
+        EXPECT_NEAR(MovieReader(recovered.movie).info().duration, recovered.duration, 1e-3);
+        RecoveryStore::removeWorkingDirectory(recovered.movie);
+    }
+}
+
+}

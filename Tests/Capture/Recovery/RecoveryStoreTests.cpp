@@ -1,0 +1,138 @@
+#include "../TemporaryFolder.h"
+
+#include <TavaroCapture/Recovery/MetadataCheckpoints.h>
+#include <TavaroCapture/Recovery/RecoveryStore.h>
+#include <TavaroCapture/Recovery/WorkingFolderClaim.h>
+#include <TavaroCapture/Segments/SegmentWriter.h>
+#include <TavaroCapture/Sources/CaptureError.h>
+#include <TavaroMedia/Frames/Image.h>
+#include <TavaroMedia/Movie/MovieReader.h>
+
+#include <fstream>
+#include <gtest/gtest.h>
+
+namespace tavaro {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+enum class End { finished, abandoned };
+
+class RecoveryStoreTest : public testing::Test {
+protected:
+    /// A working folder with a take of 100 frames in segments of half a second.
+    fs::path makeTake(End end) {
+        UUID const id = UUID::random();
+        auto const directory = recordings.path() / id.text();
+        fs::create_directory(directory);
+        RecoveryStore::markInProgress(directory, id, "display");
+        SegmentWriter writer({directory, id, 64, 48, 60, 0.5});
+        writer.prepare();
+        Image image(64, 48);
+        for (int i = 0; i < 100; ++i) {
+            auto picture = writer.picture();
+            fillPicture(picture, image.view());
+            writer.append(std::move(picture), i / 60.0);
+        }
+        if (end == End::finished) {
+            writer.finish();
+            RecoveryStore::markComplete(directory);
+        }
+        return directory;
+    }
+    auto found() { return RecoveryStore::findRecoverable(recordings.path()); }
+
+    TemporaryFolder recordings;
+};
+
+}
+
+TEST_F(RecoveryStoreTest, anAbandonedTakeComesBackAsOneMovieWithItsLog) {
+    auto const directory = makeTake(End::abandoned);
+    EventLog log;
+    log.notePointer(0.5, {1, 1}, {0.1, 0.1}, CursorKind::arrow);
+    log.notePointer(99, {1, 1}, {0.2, 0.2}, CursorKind::arrow); // later than the last readable frame
+    MetadataCheckpoints(directory, 1e6, [&](auto const& mark) {
+        return MetadataCheckpoints::Snapshot{log.since(mark, 1), log.settled()};
+    }).writeNow();
+    makeTake(End::finished);
+
+    auto const takes = found();
+    ASSERT_EQ(takes.size(), 1u) << "a finished take is nothing to recover";
+    EXPECT_EQ(takes[0].directory(), directory);
+    EXPECT_EQ(takes[0].marker.mode, "display");
+    EXPECT_EQ(takes[0].segments.size(), 4u);
+    EXPECT_GT(takes[0].estimatedDuration, 100 / 60.0 - 1);
+    auto const recovered = RecoveryStore::recover(takes[0]);
+    EXPECT_GT(recovered.duration, 100 / 60.0 - 1);
+    EXPECT_NEAR(MovieReader(recovered.movie).info().duration, recovered.duration, 1e-3);
+    EXPECT_EQ(recovered.metadata.cursorSamples.size(), 1u);
+    EXPECT_EQ(recovered.metadata.captureSize, (Size2{64, 48}));
+    EXPECT_TRUE(found().empty()) << "recovered once";
+    RecoveryStore::removeWorkingDirectory(recovered.movie);
+    EXPECT_FALSE(fs::exists(directory));
+}
+
+TEST_F(RecoveryStoreTest, aRunningTakeIsNeitherFoundNorRemoved) {
+    auto const directory = makeTake(End::abandoned);
+    auto const takes = found();
+    ASSERT_EQ(takes.size(), 1u);
+    auto const claim = WorkingFolderClaim::take(directory);
+    ASSERT_TRUE(claim);
+    EXPECT_TRUE(found().empty());
+    EXPECT_THROW(RecoveryStore::recover(takes[0]), CaptureError);
+    EXPECT_THROW(RecoveryStore::discard(takes[0]), CaptureError);
+    EXPECT_THROW(RecoveryStore::removeWorkingDirectory(directory / "recording.mov"), CaptureError);
+    EXPECT_TRUE(fs::exists(directory));
+}
+
+TEST_F(RecoveryStoreTest, aDamagedManifestOrSegmentCostsOnlyItself) {
+    auto const directory = makeTake(End::abandoned);
+    std::ofstream(manifestPath(directory), std::ios::trunc) << "{\"segments\":[{\"index\":1,\"start\":-5}";
+    std::ofstream(directory / "in-progress.json", std::ios::trunc) << "not JSON";
+    std::ofstream(directory / segmentFileName(1), std::ios::trunc) << "not a movie";
+    std::ofstream(directory / "segment-7.mov") << "not a segment";
+    auto const takes = found();
+    ASSERT_EQ(takes.size(), 1u);
+    EXPECT_EQ(takes[0].segments.size(), 3u);
+    auto const recovered = RecoveryStore::recover(takes[0]);
+    EXPECT_NEAR(recovered.duration, 70 / 60.0, 0.6);
+}
+
+TEST_F(RecoveryStoreTest, aFolderWithoutAReadableSegmentIsNoTake) {
+    auto const directory = makeTake(End::abandoned);
+    for (int i = 0; i < 4; ++i) fs::resize_file(directory / segmentFileName(i), 10);
+    fs::remove(manifestPath(directory));
+    EXPECT_TRUE(found().empty());
+    EXPECT_TRUE(RecoveryStore::findRecoverable(recordings.path() / "missing").empty());
+}
+
+TEST_F(RecoveryStoreTest, onlyOldCompleteUnclaimedTakesArePruned) {
+    auto const age = [](fs::path const& directory, double seconds) {
+        auto manifest = *readManifest(directory);
+        manifest.createdAt.milliseconds -= static_cast<std::int64_t>(seconds * 1000);
+        writeManifest(directory, manifest);
+    };
+    auto const young = makeTake(End::finished);
+    auto const old = makeTake(End::finished);
+    auto const claimed = makeTake(End::finished);
+    auto const unfinished = makeTake(End::abandoned);
+    for (auto const& directory : {old, claimed, unfinished}) age(directory, 15 * 86400);
+    fs::create_directory(recordings.path() / "somebody's folder");
+    auto const claim = WorkingFolderClaim::take(claimed);
+    EXPECT_EQ(RecoveryStore::pruneOldRecordings(14 * 86400, recordings.path()), 1);
+    EXPECT_FALSE(fs::exists(old));
+    for (auto const& kept : {young, claimed, unfinished, recordings.path() / "somebody's folder"})
+        EXPECT_TRUE(fs::exists(kept)) << kept;
+}
+
+TEST_F(RecoveryStoreTest, onlyWorkingFoldersAreRemoved) {
+    fs::create_directory(recordings.path() / "documents");
+    std::ofstream(recordings.path() / "documents" / "recording.mov") << "precious";
+    EXPECT_THROW(RecoveryStore::removeWorkingDirectory(recordings.path() / "documents" / "recording.mov"),
+                 CaptureError);
+    EXPECT_TRUE(fs::exists(recordings.path() / "documents" / "recording.mov"));
+}
+
+}

@@ -1,0 +1,120 @@
+#include "../TemporaryFolder.h"
+
+#include <TavaroCapture/Segments/SegmentWriter.h>
+#include <TavaroCapture/Sources/CaptureError.h>
+#include <TavaroMedia/Frames/Image.h>
+#include <TavaroMedia/Movie/JoinMovies.h>
+#include <TavaroMedia/Movie/MovieReader.h>
+
+#include <fmt/format.h>
+#include <gtest/gtest.h>
+
+namespace tavaro {
+
+namespace {
+
+/// Writes frames at those times; false for each that was refused.
+std::vector<bool> write(SegmentWriter& writer, std::vector<double> const& times) {
+    Image image(64, 48);
+    std::vector<bool> result;
+    for (double const time : times) {
+        auto picture = writer.picture();
+        fillPicture(picture, image.view());
+        result.push_back(writer.append(std::move(picture), time));
+    }
+    return result;
+}
+
+std::vector<double> frames(int from, int to, int fps = 60) {
+    std::vector<double> result;
+    for (int i = from; i < to; ++i) result.push_back(static_cast<double>(i) / fps);
+    return result;
+}
+
+std::string drawn(std::vector<SegmentRecord> const& segments) {
+    std::string result;
+    for (auto const& s : segments) {
+        if (!result.empty()) result += ' ';
+        result += fmt::format("{}[{:.4g}-{:.4g}]", s.index, s.start, s.start + s.duration);
+    }
+    return result;
+}
+
+class SegmentWriterTest : public testing::Test {
+protected:
+    SegmentWriter::Options options(double segmentDuration) {
+        return {folder.path(), UUID::random(), 64, 48, 60, segmentDuration};
+    }
+    std::int64_t framesOf(int segment) {
+        return MovieReader(folder.path() / segmentFileName(segment)).info().frameCount.value_or(-1);
+    }
+
+    TemporaryFolder folder;
+};
+
+}
+
+TEST_F(SegmentWriterTest, aSegmentEndsAtTheFirstFrameThatReachesTheLimit) {
+    SegmentWriter writer(options(0.5));
+    writer.prepare();
+    write(writer, frames(0, 95));
+    writer.finish();
+    EXPECT_EQ(drawn(writer.segments()), "0[0-0.5] 1[0.5-1] 2[1-1.583]");
+    EXPECT_EQ(framesOf(0), 30);
+    EXPECT_EQ(framesOf(1), 30);
+    EXPECT_EQ(framesOf(2), 35);
+    auto const manifest = readManifest(folder.path());
+    ASSERT_TRUE(manifest);
+    EXPECT_TRUE(manifest->isComplete);
+    EXPECT_EQ(manifest->segments, writer.segments());
+
+    std::vector<MoviePart> parts;
+    for (auto const& s : writer.segments()) parts.push_back({folder.path() / s.fileName, s.start});
+    auto const joined = joinMovies(parts, folder.path() / "joined.mov");
+    EXPECT_EQ(joined.frameCount, 95);
+    EXPECT_NEAR(joined.duration, 95.0 / 60, 1e-4);
+}
+
+TEST_F(SegmentWriterTest, lateFramesMoveTheBoundaryAndLeaveNoSegmentOut) {
+    SegmentWriter writer(options(0.5));
+    writer.prepare();
+    write(writer, {0, 0.4, 0.7, 1.1, 1.15, 3.0}); // frames were lost in between
+    writer.finish();
+    EXPECT_EQ(drawn(writer.segments()), "0[0-0.7] 1[0.7-3] 2[3-3.017]");
+}
+
+TEST_F(SegmentWriterTest, aShortTakeIsOneSegment) {
+    SegmentWriter writer(options(10));
+    writer.prepare();
+    write(writer, frames(0, 2));
+    EXPECT_FALSE(readManifest(folder.path())->isComplete);
+    writer.finish();
+    EXPECT_EQ(drawn(writer.segments()), "0[0-0.03333]");
+    EXPECT_FALSE(std::filesystem::exists(folder.path() / segmentFileName(1)));
+    EXPECT_NEAR(writer.duration(), 2.0 / 60, 1e-9);
+}
+
+TEST_F(SegmentWriterTest, aRefusedFrameIsCountedAndTheTakeGoesOn) {
+    SegmentWriter writer(options(10));
+    writer.prepare();
+    EXPECT_EQ(write(writer, {0, 0.1, 0.1, 0.05, 0.2}), (std::vector<bool>{true, true, false, false, true}));
+    writer.finish();
+    EXPECT_EQ(writer.framesWritten(), 3);
+    EXPECT_EQ(writer.writerRejectedFrames(), 2);
+    EXPECT_EQ(framesOf(0), 3);
+}
+
+TEST_F(SegmentWriterTest, aFolderThatIsGoneFailsBeforeTheTake) {
+    auto missing = options(10);
+    missing.directory /= "missing";
+    SegmentWriter writer(missing);
+    try {
+        writer.prepare();
+        FAIL();
+    } catch (CaptureError const& error) {
+        EXPECT_EQ(error.kind, CaptureError::Kind::writeFailed);
+        EXPECT_TRUE(std::string(error.what()).starts_with("Could not write the recording: ")) << error.what();
+    }
+}
+
+}
