@@ -130,8 +130,9 @@ void grabWithFFmpeg(std::string const& display, std::filesystem::path const& fol
     auto const seconds = fmt::format("{}", takeSeconds);
     execlp("ffmpeg", "ffmpeg", "-y", "-loglevel", "error", "-f", "x11grab", "-draw_mouse", "0", "-framerate", "60",
            "-video_size", size.c_str(), "-t", seconds.c_str(), "-i", display.c_str(), "-c:v", "libx264", "-preset",
-           "ultrafast", "-tune", "zerolatency", "-crf", "18", "-threads", "1", "-g", "120", "-pix_fmt", "yuv420p",
-           "-movflags", "+empty_moov+default_base_moof", "-frag_duration", "500000", movie.c_str(), nullptr);
+           "ultrafast", "-tune", "zerolatency", "-crf", "18", "-profile:v", "high", "-threads", "1", "-g", "120",
+           "-pix_fmt", "yuv420p", "-movflags", "+empty_moov+default_base_moof", "-frag_duration", "500000",
+           movie.c_str(), nullptr);
     throw std::runtime_error("ffmpeg is not installed");
 }
 

@@ -84,7 +84,8 @@ void ScreenRecorder::Take::setPaused(bool paused) {
 
 void ScreenRecorder::Take::tick(double scheduled) {
     if (isEnding_ || clock_.isPaused()) return;
-    std::int64_t const index = std::llround(clock_.elapsed(scheduled) * options_.fps);
+    // The first frame is the take's time 0, however late it comes.
+    std::int64_t const index = lastIndex_ < 0 ? 0 : std::llround(clock_.elapsed(scheduled) * options_.fps);
     if (index <= lastIndex_) return;
     droppedFrames_ += index - lastIndex_ - 1; // ticks that had to be left out because the one before took too long
     lastIndex_ = index;

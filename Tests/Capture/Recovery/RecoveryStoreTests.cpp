@@ -62,7 +62,7 @@ TEST_F(RecoveryStoreTest, anAbandonedTakeComesBackAsOneMovieWithItsLog) {
     ASSERT_EQ(takes.size(), 1u) << "a finished take is nothing to recover";
     EXPECT_EQ(takes[0].directory(), directory);
     EXPECT_EQ(takes[0].marker.mode, "display");
-    EXPECT_EQ(takes[0].segments.size(), 4u);
+    EXPECT_EQ(takes[0].segments.size(), 3u) << "the last sixth of a second had not reached the disk";
     EXPECT_GT(takes[0].estimatedDuration, 100 / 60.0 - 1);
     auto const recovered = RecoveryStore::recover(takes[0]);
     EXPECT_GT(recovered.duration, 100 / 60.0 - 1);
@@ -95,9 +95,9 @@ TEST_F(RecoveryStoreTest, aDamagedManifestOrSegmentCostsOnlyItself) {
     std::ofstream(directory / "segment-7.mov") << "not a segment";
     auto const takes = found();
     ASSERT_EQ(takes.size(), 1u);
-    EXPECT_EQ(takes[0].segments.size(), 3u);
+    EXPECT_EQ(takes[0].segments.size(), 2u);
     auto const recovered = RecoveryStore::recover(takes[0]);
-    EXPECT_NEAR(recovered.duration, 70 / 60.0, 0.6);
+    EXPECT_NEAR(recovered.duration, 1.0, 1e-3) << "the first and the third half second";
 }
 
 TEST_F(RecoveryStoreTest, aFolderWithoutAReadableSegmentIsNoTake) {

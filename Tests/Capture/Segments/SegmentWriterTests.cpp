@@ -59,10 +59,11 @@ TEST_F(SegmentWriterTest, aSegmentEndsAtTheFirstFrameThatReachesTheLimit) {
     writer.prepare();
     write(writer, frames(0, 95));
     writer.finish();
-    EXPECT_EQ(drawn(writer.segments()), "0[0-0.5] 1[0.5-1] 2[1-1.583]");
+    EXPECT_EQ(drawn(writer.segments()), "0[0-0.5] 1[0.5-1] 2[1-1.5] 3[1.5-1.583]");
     EXPECT_EQ(framesOf(0), 30);
     EXPECT_EQ(framesOf(1), 30);
-    EXPECT_EQ(framesOf(2), 35);
+    EXPECT_EQ(framesOf(2), 30);
+    EXPECT_EQ(framesOf(3), 5);
     auto const manifest = readManifest(folder.path());
     ASSERT_TRUE(manifest);
     EXPECT_TRUE(manifest->isComplete);
