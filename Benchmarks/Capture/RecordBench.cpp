@@ -22,8 +22,8 @@ namespace {
 
 constexpr int width = 1920;
 constexpr int height = 1080;
-constexpr double takeSeconds = 6;
-constexpr int rounds = 2;
+constexpr double takeSeconds = 11; // one change of segments
+constexpr int rounds = 1;
 
 pid_t inProcess(std::function<void()> const& job) {
     std::fflush(stdout);

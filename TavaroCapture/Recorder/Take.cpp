@@ -8,6 +8,7 @@
 #include <TavaroPlatform/Files/AtomicFile.h>
 #include <TavaroPlatform/Folders/Folders.h>
 
+#include <algorithm>
 #include <cmath>
 #include <fmt/format.h>
 #include <spdlog/spdlog.h>
@@ -20,6 +21,8 @@ ScreenRecorder::Take::Take(RecorderOptions const& options) : options_(options) {
     grabber_ = std::make_unique<ScreenGrabber>(options_.source, options_.display);
     size_ = grabber_->size();
     scaleFactor_ = grabber_->scaleFactor();
+    auto const pictureBytes = size_.width * size_.height * 3 / 2;
+    mostFramesUnderWay_ = static_cast<int>(std::clamp<std::int64_t>(mostBytesUnderWay / pictureBytes, 4, options_.fps));
     events_ = std::make_unique<EventRecorder>(
         EventRecorder::Options{options_.display, grabber_->frame(), options_.logsKeystrokes}, clock_, sampleQueue_);
     prepareFolder();
@@ -99,7 +102,7 @@ void ScreenRecorder::Take::tick(double scheduled) {
 }
 
 void ScreenRecorder::Take::handOn(double time, bool isRepeated) {
-    if (framesUnderWay_ >= mostFramesUnderWay) {
+    if (framesUnderWay_ >= mostFramesUnderWay_) {
         ++droppedFrames_;
         return;
     }

@@ -37,7 +37,8 @@ public:
     void cancel();
 
 private:
-    static constexpr int mostFramesUnderWay = 8;
+    /// Frames that may wait for the encoder: half a second of 1080p, less of anything larger.
+    static constexpr std::int64_t mostBytesUnderWay = 96 << 20;
 
     struct Ending {
         CaptureError::Kind kind;
@@ -64,6 +65,7 @@ private:
 
     std::unique_ptr<ScreenGrabber> grabber_;
     Size2 size_;
+    int mostFramesUnderWay_ = 0;
     double scaleFactor_ = 1;
     std::int64_t lastIndex_ = -1;
 
@@ -79,10 +81,10 @@ private:
     std::atomic<bool> isEnding_ = false;
 
     // The order matters: what is declared later uses what is declared earlier, and ends first.
-    SerialQueue sampleQueue_{"com.tavaro.capture.samples"};
+    SerialQueue sampleQueue_{"com.tavaro.capture.samples", SerialQueue::Urgency::prompt};
     std::unique_ptr<EventRecorder> events_;
     std::unique_ptr<MetadataCheckpoints> checkpoints_;
-    SerialQueue screenQueue_{"com.tavaro.capture.screen"};
+    SerialQueue screenQueue_{"com.tavaro.capture.screen", SerialQueue::Urgency::prompt};
 };
 
 }

@@ -12,7 +12,9 @@
 #include <optional>
 #include <pthread.h>
 #include <spdlog/spdlog.h>
+#include <sys/resource.h>
 #include <thread>
+#include <unistd.h>
 
 namespace tavaro {
 
@@ -31,6 +33,8 @@ struct Timer {
         return latest;
     }
 };
+
+constexpr int promptNiceness = -10;
 
 /// The kernel keeps 15 bytes of a thread's name; the end of a label tells more than its start.
 std::string threadName(std::string const& label) { return label.substr(label.size() > 15 ? label.size() - 15 : 0); }
@@ -94,9 +98,10 @@ void SerialQueue::State::run() {
     }
 }
 
-SerialQueue::SerialQueue(std::string label) : state_(std::make_unique<State>()) {
+SerialQueue::SerialQueue(std::string label, Urgency urgency) : state_(std::make_unique<State>()) {
     state_->label = std::move(label);
-    state_->thread = std::thread([state = state_.get()] {
+    state_->thread = std::thread([state = state_.get(), urgency] {
+        if (urgency == Urgency::prompt) setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), promptNiceness);
         pthread_setname_np(pthread_self(), threadName(state->label).c_str());
         state->run();
     });

@@ -15,7 +15,11 @@ class SerialQueue {
 public:
     using Task = std::function<void()>;
 
-    explicit SerialQueue(std::string label);
+    /// `prompt` is for work that loses something when it comes late. Its thread goes before others where the user may
+    /// ask for that; elsewhere it is `normal`.
+    enum class Urgency { normal, prompt };
+
+    explicit SerialQueue(std::string label, Urgency urgency = Urgency::normal);
     /// Ends the timer, runs what is queued, joins.
     ~SerialQueue();
     SerialQueue(SerialQueue const&) = delete;
