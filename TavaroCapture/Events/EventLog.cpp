@@ -75,6 +75,8 @@ void EventLog::notePress(double t, Press press) {
     click.button = press.button;
     click.application = std::move(press.application);
     click.windowFrame = press.windowFrame;
+    // Menus and other short-lived windows often do not say whose they are; they belong to what is in front.
+    if (!click.application && click.windowFrame && frontmost_) click.application = frontmost_->name;
     click.isDoubleClick = last_ && last_->button == press.button && click.t - last_->t <= doubleClickSeconds &&
                           distance(last_->point, press.point) <= doubleClickDistance;
     if (click.isDoubleClick)

@@ -10,12 +10,6 @@
 
 namespace tavaro {
 
-struct PixelPoint {
-    int x = 0;
-    int y = 0;
-    bool operator==(PixelPoint const&) const = default;
-};
-
 /// A point of the desktop in unit coordinates of the captured area, clamped to its nearest edge; the centre when the
 /// area has no width or height.
 UnitPoint2 normalizeTopLeft(PixelPoint point, PixelRect const& area);

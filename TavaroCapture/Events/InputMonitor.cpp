@@ -157,7 +157,7 @@ void InputMonitor::handleButton(double at, std::uint32_t detail, bool isPress) {
     if (!isPress) return handlers_.release(at, button, point);
     InputHandlers::ButtonPress press{button, point, std::nullopt, std::nullopt};
     if (pointer->child != XCB_NONE) {
-        press.windowFrame = frameOf(connection_, pointer->child);
+        press.windowFrame = shownFrameOf(connection_, pointer->child);
         std::string name = applicationOf(connection_, clientWindow(connection_, pointer->child)).name;
         if (!name.empty()) press.application = std::move(name);
     }

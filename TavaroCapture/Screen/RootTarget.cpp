@@ -5,6 +5,7 @@
 #include <cstring>
 #include <fmt/format.h>
 #include <limits>
+#include <optional>
 #include <utility>
 #include <xcb/composite.h>
 #include <xcb/damage.h>
@@ -98,8 +99,14 @@ public:
         if (there == wanted) return picture.fetch(connection_.root(), wanted, rows.top * stride);
         // The desktop shrank under the take: what is left of the area goes to its place, the rest is black.
         std::memset(picture.data() + rows.top * stride, 0, (rows.bottom - rows.top) * stride);
-        if (there.isEmpty() || there.width != wanted.width) return true;
-        return picture.fetch(connection_.root(), there, (there.y - frame_.y) * stride);
+        if (there.isEmpty()) return true;
+        if (!scratch_) scratch_.emplace(connection_, picture.bytes());
+        if (!scratch_->fetch(connection_.root(), there, 0)) return false;
+        std::size_t const bytes = std::size_t{4} * there.width;
+        std::uint8_t* to = picture.data() + (there.y - frame_.y) * stride + std::size_t{4} * (there.x - frame_.x);
+        for (int row = 0; row < there.height; ++row)
+            std::memcpy(to + row * stride, scratch_->data() + row * bytes, bytes);
+        return true;
     }
 
 private:
@@ -107,6 +114,7 @@ private:
     PixelRect const frame_;
     PixelRect desktop_;
     DamageReport report_;
+    std::optional<SharedPicture> scratch_; // once the desktop is smaller than the picture
     bool isResized_ = false;
 };
 

@@ -101,6 +101,7 @@ public:
         , scratch_(connection, std::size_t{4} * frame_.width * frame_.height) {
         std::uint32_t const mask = XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY; // windows that come, go, move, restack
         xcb_change_window_attributes(connection.get(), connection.root(), XCB_CW_EVENT_MASK, &mask);
+        if (auto const whole = frameOf(connection, main_)) margin_ = {frame_.x - whole->x, frame_.y - whole->y};
         arrange();
     }
 
@@ -175,6 +176,7 @@ private:
     bool const wholeApplication_;
     Kinship const kinship_;
     PixelRect frame_;
+    PixelPoint margin_; // from the window's own corner to the picture's
     SharedPicture scratch_;
     std::vector<std::unique_ptr<Layer>> layers_; // bottom to top; the main window first
     std::map<xcb_window_t, bool> kin_;           // what belongs() found, for windows on show
@@ -248,8 +250,8 @@ void WindowTarget::arrange() {
         isLost_ = true;
         return;
     }
-    frame_.x = layers_.front()->frame().x;
-    frame_.y = layers_.front()->frame().y;
+    frame_.x = layers_.front()->frame().x + margin_.x;
+    frame_.y = layers_.front()->frame().y + margin_.y;
 }
 
 bool WindowTarget::belongs(xcb_window_t window) {

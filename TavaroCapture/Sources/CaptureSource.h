@@ -7,6 +7,13 @@
 
 namespace tavaro {
 
+/// A place on the desktop, in its pixels.
+struct PixelPoint {
+    int x = 0;
+    int y = 0;
+    bool operator==(PixelPoint const&) const = default;
+};
+
 /// A rectangle of desktop pixels; the origin is the top-left of the whole desktop, y downward.
 struct PixelRect {
     int x = 0;

@@ -109,6 +109,17 @@ std::optional<PixelRect> frameOf(Connection& connection, xcb_window_t topLevel) 
     return PixelRect{geometry->x, geometry->y, geometry->width + 2 * border, geometry->height + 2 * border};
 }
 
+std::optional<PixelRect> shownFrameOf(Connection& connection, xcb_window_t topLevel) {
+    auto frame = frameOf(connection, topLevel);
+    auto const margin = connection.cardinals(topLevel, "_GTK_FRAME_EXTENTS"); // left, right, top, bottom
+    if (!frame || margin.size() != 4) return frame;
+    std::int64_t const width = std::int64_t{frame->width} - margin[0] - margin[1];
+    std::int64_t const height = std::int64_t{frame->height} - margin[2] - margin[3];
+    if (width < 2 || height < 2) return frame;
+    return PixelRect{frame->x + static_cast<int>(margin[0]), frame->y + static_cast<int>(margin[2]),
+                     static_cast<int>(width), static_cast<int>(height)};
+}
+
 bool isViewable(Connection& connection, xcb_window_t window) {
     auto const attributes = connection.ask<xcb_get_window_attributes, xcb_get_window_attributes_reply>(window);
     return attributes && attributes->map_state == XCB_MAP_STATE_VIEWABLE;

@@ -73,6 +73,9 @@ xcb_window_t topLevel(Connection& connection, xcb_window_t window);
 xcb_window_t clientWindow(Connection& connection, xcb_window_t topLevel);
 /// Where a child of the root lies on the desktop, with its border; none when it is gone.
 std::optional<PixelRect> frameOf(Connection& connection, xcb_window_t topLevel);
+/// What of a top-level window people see as the window: its frame less the margin that programs which draw their own
+/// frame keep for its shadow.
+std::optional<PixelRect> shownFrameOf(Connection& connection, xcb_window_t topLevel);
 bool isViewable(Connection& connection, xcb_window_t window);
 /// The window in front: the window manager's word, else the top-level window that has the keyboard.
 xcb_window_t activeWindow(Connection& connection);

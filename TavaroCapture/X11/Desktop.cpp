@@ -99,7 +99,7 @@ ResolvedSource resolveWindow(Connection& connection, xcb_window_t window, bool w
         fail(fmt::format("There is no window {}; it may have been closed.", window));
     xcb_window_t const top = topLevel(connection, window);
     if (!isViewable(connection, window)) fail(what + " cannot be recorded: it is minimised or hidden.");
-    auto const frame = frameOf(connection, top);
+    auto const frame = shownFrameOf(connection, top);
     if (!frame) fail(fmt::format("There is no window {}; it may have been closed.", window));
     visible(connection, *frame, what);
     return {*frame, top, wholeApplication};
@@ -150,7 +150,7 @@ std::vector<WindowInfo> windows(Connection& connection) {
     std::vector<WindowInfo> result;
     for (auto window = stacked.rbegin(); window != stacked.rend(); ++window) {
         if (isFurniture(connection, *window)) continue;
-        if (auto const frame = frameOf(connection, topLevel(connection, *window)))
+        if (auto const frame = shownFrameOf(connection, topLevel(connection, *window)))
             result.push_back(describe(connection, *window, *frame));
     }
     return result;

@@ -7,6 +7,7 @@
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
+#include <xcb/randr.h>
 #include <xcb/xfixes.h>
 #include <xcb/xtest.h>
 #include <xkbcommon/xkbcommon.h>
@@ -98,6 +99,21 @@ void TestClient::setActive(std::uint32_t window) {
     xcb_change_property(connection_.get(), XCB_PROP_MODE_REPLACE, connection_.root(),
                         connection_.atom("_NET_ACTIVE_WINDOW"), XCB_ATOM_WINDOW, 32, 1, &window);
     connection_.synchronize();
+}
+
+bool TestClient::resizeDesktop(int width, int height) {
+    auto* const c = connection_.get();
+    auto const about = connection_.ask<xcb_randr_get_screen_info, xcb_randr_get_screen_info_reply>(connection_.root());
+    if (!about) return false;
+    auto const* const sizes = xcb_randr_get_screen_info_sizes(about.get());
+    for (std::uint16_t i = 0; i < about->nSizes; ++i) {
+        if (sizes[i].width != width || sizes[i].height != height) continue;
+        auto const done = x11::own(xcb_randr_set_screen_config_reply(
+            c, xcb_randr_set_screen_config(c, connection_.root(), XCB_CURRENT_TIME, about->config_timestamp, i, 1, 0),
+            nullptr));
+        return done && done->status == XCB_RANDR_SET_CONFIG_SUCCESS;
+    }
+    return false;
 }
 
 void TestClient::setCursor(std::uint32_t window, std::string const& name) {

@@ -84,6 +84,33 @@ TEST_F(ScreenGrabberTest, aCoveredWindowIsShownWholeAndFollowedWhenItMoves) {
     EXPECT_EQ(pixel(grabber, 10, 10), 0x00ff00u);
 }
 
+TEST_F(ScreenGrabberTest, theMarginForAWindowsOwnShadowIsNoPartOfIt) {
+    auto const window = client->makeWindow({.frame = {50, 40, 200, 100}, .windowClass = "Filmed", .color = 0x222222});
+    client->fill(window, {10, 30, 170, 50}, 0x00ff00);
+    std::uint32_t const margin[] = {10, 20, 30, 20}; // left, right, top, bottom
+    xcb_change_property(client->connection().get(), XCB_PROP_MODE_REPLACE, window,
+                        client->connection().atom("_GTK_FRAME_EXTENTS"), XCB_ATOM_CARDINAL, 32, 4, margin);
+    client->connection().synchronize();
+    ScreenGrabber grabber(WindowSource{window}, display->name());
+    EXPECT_EQ(grabber.frame(), (PixelRect{60, 70, 170, 50}));
+    grabber.grab(0);
+    EXPECT_EQ(pixel(grabber, 0, 0), 0x00ff00u);
+    EXPECT_EQ(pixel(grabber, 169, 49), 0x00ff00u);
+    client->move(window, {150, 140, 200, 100});
+    EXPECT_TRUE(eventually([&] { return grabber.grab(0), grabber.frame().x == 160; }));
+}
+
+TEST_F(ScreenGrabberTest, aDesktopThatShrinksLeavesBlackAndKeepsTheRest) {
+    client->makeWindow({.frame = {0, 0, 640, 480}, .color = 0x00ff00});
+    ScreenGrabber grabber(DisplaySource{}, display->name());
+    grabber.grab(0);
+    ASSERT_TRUE(client->resizeDesktop(320, 240));
+    ASSERT_TRUE(eventually([&] { return grabber.grab(0), pixel(grabber, 400, 300) == 0; }));
+    EXPECT_EQ(grabber.size(), (Size2{640, 480}));
+    EXPECT_EQ(pixel(grabber, 319, 239), 0x00ff00u);
+    EXPECT_EQ(pixel(grabber, 320, 239), 0u);
+}
+
 TEST_F(ScreenGrabberTest, menusOfTheFilmedWindowShowAndOtherProgramsDoNot) {
     auto const window = client->makeWindow({.frame = {50, 40, 200, 100}, .windowClass = "Filmed", .color = 0x00ff00});
     ScreenGrabber grabber(WindowSource{window}, display->name());
