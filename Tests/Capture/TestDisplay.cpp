@@ -101,19 +101,17 @@ void TestClient::setActive(std::uint32_t window) {
     connection_.synchronize();
 }
 
-bool TestClient::resizeDesktop(int width, int height) {
-    auto* const c = connection_.get();
-    auto const about = connection_.ask<xcb_randr_get_screen_info, xcb_randr_get_screen_info_reply>(connection_.root());
-    if (!about) return false;
-    auto const* const sizes = xcb_randr_get_screen_info_sizes(about.get());
-    for (std::uint16_t i = 0; i < about->nSizes; ++i) {
-        if (sizes[i].width != width || sizes[i].height != height) continue;
-        auto const done = x11::own(xcb_randr_set_screen_config_reply(
-            c, xcb_randr_set_screen_config(c, connection_.root(), XCB_CURRENT_TIME, about->config_timestamp, i, 1, 0),
-            nullptr));
-        return done && done->status == XCB_RANDR_SET_CONFIG_SUCCESS;
-    }
-    return false;
+void TestClient::resizeDesktop(int width, int height) {
+    auto const resources =
+        connection_.ask<xcb_randr_get_screen_resources, xcb_randr_get_screen_resources_reply>(connection_.root());
+    auto const crtc = xcb_randr_get_screen_resources_crtcs(resources.get())[0];
+    connection_.ask<xcb_randr_set_crtc_config, xcb_randr_set_crtc_config_reply>(
+        crtc, xcb_timestamp_t{XCB_CURRENT_TIME}, resources->config_timestamp, std::int16_t{0}, std::int16_t{0},
+        xcb_randr_mode_t{XCB_NONE}, std::uint16_t{XCB_RANDR_ROTATION_ROTATE_0}, 0u,
+        static_cast<xcb_randr_output_t const*>(nullptr));
+    xcb_randr_set_screen_size(connection_.get(), connection_.root(), static_cast<std::uint16_t>(width),
+                              static_cast<std::uint16_t>(height), 300, 200);
+    connection_.synchronize();
 }
 
 void TestClient::setCursor(std::uint32_t window, std::string const& name) {

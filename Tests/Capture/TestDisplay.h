@@ -51,8 +51,7 @@ public:
     void move(std::uint32_t window, PixelRect const& frame);
     void destroy(std::uint32_t window);
     void setActive(std::uint32_t window);
-    /// False where the server cannot.
-    bool resizeDesktop(int width, int height);
+    void resizeDesktop(int width, int height);
     void setCursor(std::uint32_t window, std::string const& name);
 
     void movePointer(int x, int y);
