@@ -14,21 +14,6 @@ constexpr int rowsPerBlock = 16;
 
 std::size_t bytes(int pixels) { return 4 * static_cast<std::size_t>(pixels); }
 
-void drawLoupeRow(CompositePixel const& pixel, MutableImageView canvas, int y) {
-    auto const& u = pixel.uniforms();
-    auto const reach = loupeReach(u);
-    auto const dy = pixelCenter(0, y).y - u.loupeCenter.y;
-    if (std::abs(dy) > reach) return;
-    auto const half = std::sqrt(std::max(reach * reach - dy * dy, 0.0f));
-    auto const width = static_cast<float>(canvas.width);
-    auto const begin = static_cast<int>(std::clamp(u.loupeCenter.x - half - 1, 0.0f, width));
-    auto const end = static_cast<int>(std::clamp(u.loupeCenter.x + half + 2, 0.0f, width));
-    LoupeScene const scene{u, pixel.geometry(), pixel.sampler(), pixel.background()};
-    auto* row = canvas.row(y);
-    for (int x = begin; x < end; ++x)
-        storePixel(row + 4 * x, withLoupe(scene, loadPixel(row + 4 * x), pixelCenter(x, y)));
-}
-
 }
 
 void FastComposite::draw(CompositeUniforms const& uniforms, ScreenTexture const& screen, ImageView background,
@@ -36,6 +21,7 @@ void FastComposite::draw(CompositeUniforms const& uniforms, ScreenTexture const&
     CompositePixel const pixel(uniforms, screen, background);
     still_.prepare(pixel, canvas.width, canvas.height, inBands);
     if (pixel.showsScreen()) content_.prepare(uniforms, pixel.sampler(), still_.contentArea());
+    if (loupeIsVisible(uniforms)) loupe_.prepare(pixel, canvas.width, canvas.height);
     inBands([&](int begin, int end) { drawRows(pixel, canvas, begin, end); });
 }
 
@@ -44,10 +30,10 @@ void FastComposite::drawRows(CompositePixel const& pixel, MutableImageView canva
     auto const hasLoupe = loupeIsVisible(pixel.uniforms());
     for (int top = begin; top < end; top += rowsPerBlock) {
         auto const bottom = std::min(top + rowsPerBlock, end);
-        if (!still_.contentArea().isEmpty()) drawContent(pixel, *scratch, canvas, top, bottom);
+        if (!still_.contentArea().isEmpty()) drawContent(pixel, scratch->content, canvas, top, bottom);
         for (int y = top; y < bottom; ++y) {
             finishRow(canvas, y);
-            if (hasLoupe) drawLoupeRow(pixel, canvas, y);
+            if (hasLoupe) loupe_.draw(pixel, scratch->content, scratch->seen, canvas, y);
         }
     }
     giveBack(std::move(scratch));
@@ -93,15 +79,15 @@ void FastComposite::finishRow(MutableImageView canvas, int y) const {
     }
 }
 
-std::unique_ptr<ContentScratch> FastComposite::takeScratch() {
+std::unique_ptr<FastComposite::Scratch> FastComposite::takeScratch() {
     std::lock_guard const lock(mutex_);
-    if (scratches_.empty()) return std::make_unique<ContentScratch>();
+    if (scratches_.empty()) return std::make_unique<Scratch>();
     auto scratch = std::move(scratches_.back());
     scratches_.pop_back();
     return scratch;
 }
 
-void FastComposite::giveBack(std::unique_ptr<ContentScratch> scratch) {
+void FastComposite::giveBack(std::unique_ptr<Scratch> scratch) {
     std::lock_guard const lock(mutex_);
     scratches_.push_back(std::move(scratch));
 }

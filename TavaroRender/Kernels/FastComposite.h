@@ -7,6 +7,7 @@
 #include <TavaroCore/Records/FunctionRef.h>
 #include <TavaroRender/Kernels/CompositePixel.h>
 #include <TavaroRender/Kernels/ContentPlan.h>
+#include <TavaroRender/Kernels/LoupeRow.h>
 #include <TavaroRender/Kernels/StillLayer.h>
 
 namespace tavaro {
@@ -20,16 +21,23 @@ public:
     void forget() { still_.forget(); }
 
 private:
+    /// Working memory of one band.
+    struct Scratch {
+        ContentScratch content;
+        std::vector<std::uint8_t> seen; // what the loupe shows of one row
+    };
+
     void drawRows(CompositePixel const& pixel, MutableImageView canvas, int begin, int end);
     void drawContent(CompositePixel const& pixel, ContentScratch& scratch, MutableImageView canvas, int begin, int end);
     void finishRow(MutableImageView canvas, int y) const;
-    std::unique_ptr<ContentScratch> takeScratch();
-    void giveBack(std::unique_ptr<ContentScratch> scratch);
+    std::unique_ptr<Scratch> takeScratch();
+    void giveBack(std::unique_ptr<Scratch> scratch);
 
     StillLayer still_;
     ContentPlan content_;
+    LoupeRows loupe_;
     std::mutex mutex_;
-    std::vector<std::unique_ptr<ContentScratch>> scratches_;
+    std::vector<std::unique_ptr<Scratch>> scratches_;
 };
 
 }
