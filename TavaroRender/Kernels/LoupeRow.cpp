@@ -101,23 +101,37 @@ HWY_INLINE Vec bilinear(Corners const& t, int c) {
     return mixed(top, bottom, t.fractionY);
 }
 
+struct Affine {
+    float scale = 1;
+    float offset = 0;
+};
+
 /// What all points of a vector need to know of the frame.
 struct RimScene {
     CompositeUniforms const& u;
     ScreenGeometry const& g;
     ScreenSampler const& sampler;
-    float zoom;
+    Affine mapX, mapY; // canvas to crop
+
+    RimScene(LoupeScene const& scene)
+        : u(scene.uniforms), g(scene.geometry), sampler(scene.sampler)
+        , mapX(affine(u.contentOrigin.x, u.contentSize.x, u.zoomCenter.x))
+        , mapY(affine(u.contentOrigin.y, u.contentSize.y, u.zoomCenter.y)) {}
+
+    Affine affine(float origin, float extent, float center) const {
+        auto const scale = 1.0 / (static_cast<double>(extent) * std::max(u.zoomScale, 0.0001f));
+        auto const offset = center - 0.5 / std::max(u.zoomScale, 0.0001f) - origin * scale;
+        return {static_cast<float>(scale), static_cast<float>(offset)};
+    }
 
     /// Recorded colour at canvas points seen `magnification` times larger; of the channels, only `first`…`last`.
     HWY_INLINE void sample(Vec qx, Vec qy, Vec magnification, int first, int last, Color& sum) const {
-        auto const texture = [&](Vec q, float origin, float extent, float center, float cropOrigin, float cropSize)
-                                 HWY_ATTR {
-                                     auto const local = over(sub(q, set(origin)), set(extent));
-                                     auto const source = add(set(center), over(sub(local, set(0.5f)), set(zoom)));
-                                     return add(set(cropOrigin), mul(clamp01(source), set(cropSize)));
-                                 };
-        auto const tu = texture(qx, u.contentOrigin.x, u.contentSize.x, u.zoomCenter.x, u.cropOrigin.x, u.cropSize.x);
-        auto const tv = texture(qy, u.contentOrigin.y, u.contentSize.y, u.zoomCenter.y, u.cropOrigin.y, u.cropSize.y);
+        auto const texture = [&](Vec q, Affine const& map, float cropOrigin, float cropSize) HWY_ATTR {
+            auto const source = add(mul(q, set(map.scale)), set(map.offset));
+            return add(set(cropOrigin), mul(clamp01(source), set(cropSize)));
+        };
+        auto const tu = texture(qx, mapX, u.cropOrigin.x, u.cropSize.x);
+        auto const tv = texture(qy, mapY, u.cropOrigin.y, u.cropSize.y);
         auto const covered = over(set(sampler.coverage()), magnification);
         if (hn::AllTrue(Tag(), hn::Le(covered, set(1)))) {
             addLevel(gather(sampler.image(0), tu, tv), set(1), first, last, sum);
@@ -184,7 +198,7 @@ void seeRimRow(LoupeScene const& scene, int y, int begin, int end, std::uint8_t*
     Tag const tag;
     auto const n = static_cast<int>(hn::Lanes(tag));
     auto const& u = scene.uniforms;
-    RimScene const rim{u, scene.geometry, scene.sampler, std::max(u.zoomScale, 0.0001f)};
+    RimScene const rim(scene);
     auto const canGather =
         !scene.geometry.isEmpty && !scene.sampler.isEmpty() && scene.sampler.image(0).stride % 4 == 0;
     auto const dy = set(pixelCenter(0, y).y - u.loupeCenter.y);
