@@ -3,6 +3,8 @@
 #include <cerrno>
 #include <mutex>
 
+#include <fmt/format.h>
+
 extern "C" {
 #include <libavutil/error.h>
 #include <libavutil/log.h>
@@ -15,11 +17,8 @@ namespace {
 
 using Kind = MediaError::Kind;
 
-std::string quoted(std::filesystem::path const& file) { return "'" + file.filename().string() + "'"; }
-
-[[noreturn]] void raise(std::string const& attempt, std::filesystem::path const& file, Kind kind,
-                        std::string const& detail) {
-    throw MediaError(kind, attempt + " " + quoted(file) + ": " + detail + ".", detail);
+[[noreturn]] void raise(char const* attempt, std::filesystem::path const& file, Kind kind, std::string const& detail) {
+    throw MediaError(kind, fmt::format("Could not {} '{}': {}.", attempt, file.filename().string(), detail), detail);
 }
 
 }
@@ -50,7 +49,7 @@ std::string reason(int code) {
 }
 
 void throwReading(std::filesystem::path const& file, Kind kind, std::string const& detail) {
-    raise("Could not read", file, kind, detail);
+    raise("read", file, kind, detail);
 }
 
 void throwReading(std::filesystem::path const& file, int code, Kind otherwise) {
@@ -59,7 +58,7 @@ void throwReading(std::filesystem::path const& file, int code, Kind otherwise) {
 }
 
 void throwWriting(std::filesystem::path const& file, Kind kind, std::string const& detail) {
-    raise("Could not write", file, kind, detail);
+    raise("write", file, kind, detail);
 }
 
 void throwWriting(std::filesystem::path const& file, int code, Kind otherwise) {

@@ -16,7 +16,7 @@ namespace {
 using Kind = MediaError::Kind;
 
 constexpr char const* containers =
-    "mov,matroska,avi,mpegts,mpeg,flv,asf,ogg,mxf,nut,ivf,h264,hevc,gif,apng,yuv4mpegpipe";
+    "mov,matroska,avi,mpegts,mpeg,flv,asf,ogg,mxf,nut,ivf,h264,hevc,gif,apng,yuv4mpegpipe,wav,mp3,flac,aac,aiff,caf";
 
 // So many unreadable packets in a row, and the rest is not worth trying.
 constexpr int unreadableLimit = 256;
