@@ -66,6 +66,7 @@ struct FrameComposer::Derived {
 
     double duration() const { return intro + project.duration() + outro; }
 
+    std::optional<ShownSource> shown(double at) const;
     std::vector<CursorSample> panPath() const;
     UnitPoint2 focus(double at) const;
     void placeScreen(FrameState& state, double at) const;
@@ -101,10 +102,15 @@ UnitPoint2 FrameComposer::Derived::focus(double at) const {
     return {axis(centre->x, visible.width), axis(centre->y, visible.height)};
 }
 
-void FrameComposer::Derived::placeScreen(FrameState& state, double at) const {
+std::optional<ShownSource> FrameComposer::Derived::shown(double at) const {
     auto const* clip = project.timeline.clip(at);
-    if (!clip) return;
-    state.source = {clip->asset, *project.timeline.sourceTime(at)};
+    if (!clip) return std::nullopt;
+    return ShownSource{clip->asset, *project.timeline.sourceTime(at)};
+}
+
+void FrameComposer::Derived::placeScreen(FrameState& state, double at) const {
+    state.source = shown(at);
+    if (!state.source) return;
     state.sourceSize = source;
     auto const pane = singlePane(source, canvas, project.screen, project.exportSettings.fit, focus(at));
     state.contentRect = pane.content;
@@ -184,6 +190,11 @@ DemoProject const& FrameComposer::project() const { return derived_->project; }
 Size2 FrameComposer::canvas() const { return derived_->canvas; }
 
 double FrameComposer::duration() const { return derived_->duration(); }
+
+std::optional<ShownSource> FrameComposer::source(double at) const {
+    double const edit = at - derived_->intro;
+    return edit >= 0 ? derived_->shown(edit) : std::nullopt;
+}
 
 FrameState FrameComposer::state(double at) const {
     auto const& derived = *derived_;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 
 #include <TavaroCore/Values/Geometry.h>
 #include <TavaroRender/Composition/FrameState.h>
@@ -26,6 +27,9 @@ public:
     double duration() const;
 
     FrameState state(double at) const;
+
+    /// The part of `state` that tells which frame of the recording is shown.
+    std::optional<ShownSource> source(double at) const;
 
 private:
     struct Derived;

@@ -1,0 +1,63 @@
+#include <TavaroRender/Renderer/BackgroundImages.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+#include <TavaroMedia/Frames/FrameConverter.h>
+#include <TavaroMedia/Frames/PNG.h>
+#include <TavaroMedia/Movie/MovieReader.h>
+#include <TavaroRender/Compositor/ScreenTexture.h>
+#include <TavaroRender/Renderer/BoxBlur.h>
+
+namespace tavaro {
+
+namespace {
+
+bool isPNG(std::filesystem::path const& file) {
+    auto ending = file.extension().string();
+    std::ranges::transform(ending, ending.begin(), [](unsigned char c) { return std::tolower(c); });
+    return ending == ".png";
+}
+
+Image readPicture(std::filesystem::path const& file) {
+    if (isPNG(file)) return readPNG(file);
+    Image image;
+    FrameConverter().convert(MovieReader(file).frame(0), image); // other picture formats are movies of one frame
+    return image;
+}
+
+Image copyOf(ImageView view) {
+    Image image(view.width, view.height);
+    for (int y = 0; y < view.height; ++y)
+        std::memcpy(image.row(y), view.row(y), 4 * static_cast<std::size_t>(view.width));
+    return image;
+}
+
+/// Image pixels a canvas pixel covers when the image fills the canvas.
+double coverage(ImageView image, Size2 canvas) {
+    return std::min(image.width / std::max(static_cast<double>(canvas.width), 1.0),
+                    image.height / std::max(static_cast<double>(canvas.height), 1.0));
+}
+
+}
+
+ImageView BackgroundImages::ensure(BackgroundStyle::ImageFile const& style, Size2 canvas) {
+    if (!image_.isEmpty() && madeFor_ == style && madeForCanvas_ == canvas) return image_.view();
+    auto const picture = readPicture(package_.assetURL(style.assetName));
+    ScreenTexture const levels(picture.view());
+    int level = 0;
+    while (level + 1 < levels.levelCount() && coverage(levels.ensureLevel(level), canvas) >= 2) ++level;
+    image_ = {}; // also where the next steps throw
+    image_ = copyOf(levels.ensureLevel(level));
+    double const unit = static_cast<double>(std::min(canvas.width, canvas.height)) / 1080;
+    double const radius = std::max(style.blur, 0.0) * unit * coverage(image_.view(), canvas);
+    // Three boxes of half the radius spread about as far as the radius says.
+    boxBlur(image_, static_cast<int>(std::lround(std::min(radius, 1e4) / 2)));
+    madeFor_ = style;
+    madeForCanvas_ = canvas;
+    ++generation_;
+    return image_.view();
+}
+
+}
