@@ -1,0 +1,30 @@
+#pragma once
+
+#include <string>
+
+#include <TavaroCore/Errors/Error.h>
+
+namespace tavaro {
+
+class ExportError : public Error {
+public:
+    enum class Kind { readerFailed, writerFailed, missingAsset, noVideoTrack, cancelled, gifFailed, alreadyExporting };
+
+    /// `detail` is the reason alone, without a full stop.
+    static ExportError readerFailed(std::string const& detail);
+    static ExportError writerFailed(std::string const& detail);
+    static ExportError missingAsset(std::string const& name);
+    static ExportError noVideoTrack();
+    static ExportError cancelled();
+    static ExportError gifFailed();
+    static ExportError alreadyExporting();
+
+    Kind kind() const { return kind_; }
+
+private:
+    ExportError(Kind kind, std::string const& sentence) : Error(sentence), kind_(kind) {}
+
+    Kind kind_;
+};
+
+}

@@ -1,0 +1,54 @@
+#include <TavaroRender/Export/RecordingFrames.h>
+
+#include <algorithm>
+
+#include <TavaroMedia/Errors/MediaError.h>
+#include <TavaroRender/Export/ExportError.h>
+
+namespace tavaro {
+
+namespace {
+
+constexpr std::size_t mostOpen = 4; // a reader of 4K holds up to a hundred megabytes of frames
+
+// Containers round the times of frames, the coarsest to a millisecond: a frame that is due at 1/60 s may say 0.017 s.
+constexpr double timeRounding = 0.001;
+
+[[noreturn]] void throwReadError(MediaError const& error, std::string_view asset) {
+    switch (error.kind()) {
+    case MediaError::Kind::missing: throw ExportError::missingAsset(std::string(asset));
+    case MediaError::Kind::noVideoTrack: throw ExportError::noVideoTrack();
+    default: throw ExportError::readerFailed(error.detail());
+    }
+}
+
+}
+
+MovieReader& RecordingFrames::reader(std::string_view asset) {
+    auto const found = std::ranges::find(opened_, asset, &Opened::asset);
+    if (found != opened_.end()) {
+        opened_.splice(opened_.begin(), opened_, found);
+        return found->reader;
+    }
+    opened_.push_front({std::string(asset), MovieReader(package_.assetURL(asset))});
+    if (opened_.size() > mostOpen) opened_.pop_back();
+    return opened_.front().reader;
+}
+
+MovieInfo const& RecordingFrames::open(std::string_view asset) {
+    try {
+        return reader(asset).info();
+    } catch (MediaError const& error) {
+        throwReadError(error, asset);
+    }
+}
+
+VideoFrame RecordingFrames::frame(std::string_view asset, double seconds) {
+    try {
+        return reader(asset).frame(seconds + timeRounding);
+    } catch (MediaError const& error) {
+        throwReadError(error, asset);
+    }
+}
+
+}

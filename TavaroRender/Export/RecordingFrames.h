@@ -1,0 +1,37 @@
+#pragma once
+
+#include <list>
+#include <string>
+#include <string_view>
+
+#include <TavaroCore/Package/ProjectPackage.h>
+#include <TavaroMedia/Frames/VideoFrame.h>
+#include <TavaroMedia/Movie/MovieReader.h>
+
+namespace tavaro {
+
+/// Frames of a project's recordings by asset and time. Keeps the readers of the last few assets open, so clips that
+/// take turns do not open their movies again. One thread at a time. Failures are `ExportError`: `missingAsset`,
+/// `readerFailed`, `noVideoTrack`.
+class RecordingFrames {
+public:
+    explicit RecordingFrames(ProjectPackage package) : package_(std::move(package)) {}
+
+    /// Opens the asset's movie, or fails as reading from it would.
+    MovieInfo const& open(std::string_view asset);
+
+    /// The frame on show at that many seconds of the asset.
+    VideoFrame frame(std::string_view asset, double seconds);
+
+private:
+    struct Opened {
+        std::string asset;
+        MovieReader reader;
+    };
+    MovieReader& reader(std::string_view asset);
+
+    ProjectPackage package_;
+    std::list<Opened> opened_; // the latest used first
+};
+
+}

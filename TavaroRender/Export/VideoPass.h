@@ -1,0 +1,31 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <functional>
+
+namespace tavaro {
+
+class FrameComposer;
+class MovieWriter;
+class RecordingFrames;
+class Renderer;
+struct ExportProgress;
+
+/// What a video pass works with; everything stays the caller's.
+struct VideoPass {
+    FrameComposer const& composer;
+    RecordingFrames& recording; // used by the decoding thread while the pass runs
+    Renderer& renderer;         // by the drawing thread
+    MovieWriter& writer;        // by the encoding thread
+    std::int64_t fps = 60;
+    std::int64_t totalFrames = 0;
+    std::atomic<bool> const& isCancelled;
+};
+
+/// Draws every frame of the output and appends it to the writer, frame n at n ÷ fps. Decoding, drawing and encoding run
+/// beside each other, a few frames apart: the caller's thread draws and reports. Returns when the last frame has been
+/// given to the writer, or throws `ExportError` once all three have stopped.
+void runVideoPass(VideoPass const& pass, std::function<void(ExportProgress const&)> const& progress);
+
+}
