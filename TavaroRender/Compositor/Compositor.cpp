@@ -5,6 +5,7 @@
 #include <TavaroRender/Kernels/CompositeUniforms.h>
 #include <TavaroRender/Kernels/CursorUniforms.h>
 #include <TavaroRender/Kernels/FastComposite.h>
+#include <TavaroRender/Kernels/FastCursor.h>
 #include <TavaroRender/Kernels/Reference.h>
 
 namespace tavaro {
@@ -44,7 +45,8 @@ void Compositor::composite(CompositeUniforms const& uniforms, ScreenTexture cons
 
 void Compositor::cursorOverlay(CursorUniforms const& uniforms, MutableImageView canvas) {
     if (canvas.isEmpty()) return;
-    state_->inBands(canvas.height, [&](int begin, int end) { cursorOverlayReference(uniforms, canvas, begin, end); });
+    auto const draw = state_->backend == CompositorBackend::cpu ? cursorOverlayFast : cursorOverlayReference;
+    state_->inBands(canvas.height, [&](int begin, int end) { draw(uniforms, canvas, begin, end); });
 }
 
 void Compositor::forgetBackground() { state_->fast.forget(); }

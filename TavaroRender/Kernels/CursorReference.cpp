@@ -1,4 +1,3 @@
-#include <array>
 #include <limits>
 #include <numbers>
 
@@ -12,17 +11,6 @@ namespace tavaro {
 namespace {
 
 constexpr Float3 white{1, 1, 1};
-
-/// The arrow in a box of height 1, its tip at the origin.
-constexpr std::array<Float2, 7> arrow{{
-    {0, 0},
-    {0, 0.720f},
-    {0.190f, 0.553f},
-    {0.302f, 0.830f},
-    {0.441f, 0.770f},
-    {0.331f, 0.498f},
-    {0.560f, 0.498f},
-}};
 
 float distanceToSegment(Float2 p, Float2 a, Float2 b) {
     auto const along = b - a;
@@ -38,9 +26,9 @@ bool crosses(Float2 p, Float2 a, Float2 b) {
 float arrowDistance(Float2 p) {
     auto nearest = std::numeric_limits<float>::max();
     auto isInside = false;
-    for (std::size_t i = 0, j = arrow.size() - 1; i < arrow.size(); j = i++) {
-        nearest = std::min(nearest, distanceToSegment(p, arrow[j], arrow[i]));
-        if (crosses(p, arrow[i], arrow[j])) isInside = !isInside;
+    for (std::size_t i = 0, j = arrowPoints.size() - 1; i < arrowPoints.size(); j = i++) {
+        nearest = std::min(nearest, distanceToSegment(p, arrowPoints[j], arrowPoints[i]));
+        if (crosses(p, arrowPoints[i], arrowPoints[j])) isInside = !isInside;
     }
     return isInside ? -nearest : nearest;
 }
@@ -95,16 +83,22 @@ CursorCoverage cursorCoverage(CursorUniforms const& u, Float2 offset) {
 
 }
 
+float cursorRadius(CursorUniforms const& u) {
+    switch (static_cast<CursorShape>(u.style)) {
+    case CursorShape::circle: return u.cursorSize * 0.34f;
+    case CursorShape::filled: return u.cursorSize * 0.30f;
+    case CursorShape::outline: return u.cursorSize * 0.34f + std::max(u.cursorSize * 0.09f, 1.5f) / 2;
+    case CursorShape::glow: return u.cursorSize * 0.28f;
+    default: return u.cursorSize * 0.16f;
+    }
+}
+
 float cursorDistance(CursorUniforms const& u, Float2 offset) {
     auto const size = u.cursorSize;
-    auto const distance = length(offset);
     switch (static_cast<CursorShape>(u.style)) {
     case CursorShape::arrow: return arrowDistance(offset / size) * size;
-    case CursorShape::circle: return distance - size * 0.34f;
-    case CursorShape::filled: return distance - size * 0.30f;
-    case CursorShape::outline: return std::abs(distance - size * 0.34f) - std::max(size * 0.09f, 1.5f) / 2;
-    case CursorShape::glow: return distance - size * 0.28f;
-    default: return distance - size * 0.16f;
+    case CursorShape::outline: return std::abs(length(offset) - size * 0.34f) - std::max(size * 0.09f, 1.5f) / 2;
+    default: return length(offset) - cursorRadius(u);
     }
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <array>
+
 #include <TavaroRender/Kernels/Arithmetic.h>
 
 namespace tavaro {
@@ -11,6 +13,20 @@ enum class CursorShape { arrow, circle, filled, outline, glow, minimal, spotligh
 
 /// Click effect of the uniforms.
 enum class ClickShape { none, ripple, pulse, ring, spotlight, prism };
+
+/// The arrow in a box of height 1, its tip at the origin.
+inline constexpr std::array<Float2, 7> arrowPoints{{
+    {0, 0},
+    {0, 0.720f},
+    {0.190f, 0.553f},
+    {0.302f, 0.830f},
+    {0.441f, 0.770f},
+    {0.331f, 0.498f},
+    {0.560f, 0.498f},
+}};
+
+/// Outer radius, px, of the round shapes.
+float cursorRadius(CursorUniforms const& uniforms);
 
 /// Signed distance, px, from `offset` (relative to the pointer's position) to the edge of the pointer's shape.
 float cursorDistance(CursorUniforms const& uniforms, Float2 offset);

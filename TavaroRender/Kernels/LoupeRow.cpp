@@ -114,7 +114,9 @@ struct RimScene {
     Affine mapX, mapY; // canvas to crop
 
     RimScene(LoupeScene const& scene)
-        : u(scene.uniforms), g(scene.geometry), sampler(scene.sampler)
+        : u(scene.uniforms)
+        , g(scene.geometry)
+        , sampler(scene.sampler)
         , mapX(affine(u.contentOrigin.x, u.contentSize.x, u.zoomCenter.x))
         , mapY(affine(u.contentOrigin.y, u.contentSize.y, u.zoomCenter.y)) {}
 

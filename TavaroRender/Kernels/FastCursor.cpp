@@ -1,0 +1,277 @@
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "TavaroRender/Kernels/FastCursor.cpp"
+#include <hwy/foreach_target.h>
+#include <hwy/highway.h>
+
+#include <cmath>
+#include <cstring>
+
+#include <TavaroRender/Kernels/CursorShapes.h>
+#include <TavaroRender/Kernels/CursorUniforms.h>
+#include <TavaroRender/Kernels/FastCursor.h>
+#include <TavaroRender/Kernels/PixelStore.h>
+
+HWY_BEFORE_NAMESPACE();
+namespace tavaro::HWY_NAMESPACE {
+
+namespace hn = hwy::HWY_NAMESPACE;
+
+using Tag = hn::ScalableTag<float>;
+using TagInt = hn::RebindToSigned<Tag>;
+using Vec = hn::Vec<Tag>;
+using VecInt = hn::Vec<TagInt>;
+
+HWY_INLINE Vec set(float v) { return hn::Set(Tag(), v); }
+HWY_INLINE Vec add(Vec a, Vec b) { return hn::Add(a, b); }
+HWY_INLINE Vec sub(Vec a, Vec b) { return hn::Sub(a, b); }
+HWY_INLINE Vec mul(Vec a, Vec b) { return hn::Mul(a, b); }
+HWY_INLINE Vec clamp01(Vec v) { return hn::Min(hn::Max(v, hn::Zero(Tag())), set(1)); }
+HWY_INLINE Vec mixed(Vec a, Vec b, Vec t) { return add(a, mul(sub(b, a), t)); }
+HWY_INLINE Vec size(Vec x, Vec y) { return hn::Sqrt(add(mul(x, x), mul(y, y))); }
+HWY_INLINE Vec step(float edge0, float edge1, Vec v) {
+    auto const t = clamp01(hn::Div(sub(v, set(edge0)), set(edge1 - edge0)));
+    return mul(mul(t, t), sub(set(3), mul(set(2), t)));
+}
+HWY_INLINE Vec covered(Vec distance) { return sub(set(1), step(-1, 1, distance)); }
+
+/// A vector of canvas pixels, channels 0…255.
+struct Pixels {
+    Vec r, g, b, a;
+
+    HWY_INLINE void mixTo(Float3 color, Vec strength) {
+        r = mixed(r, set(color.x * 255), strength);
+        g = mixed(g, set(color.y * 255), strength);
+        b = mixed(b, set(color.z * 255), strength);
+    }
+    HWY_INLINE void darken(float to, Vec strength) {
+        auto const kept = sub(set(1), mul(strength, set(1 - to)));
+        r = mul(r, kept);
+        g = mul(g, kept);
+        b = mul(b, kept);
+    }
+    HWY_INLINE void raiseAlpha(Vec strength) { a = hn::Max(a, mul(strength, set(255))); }
+};
+
+template<int c> HWY_INLINE Vec channel(hn::VFromD<hn::RebindToUnsigned<Tag>> pixels) {
+    auto const shifted = hn::BitCast(TagInt(), hn::ShiftRight<8 * c>(pixels));
+    return hn::ConvertTo(Tag(), hn::And(shifted, hn::Set(TagInt(), 255)));
+}
+
+HWY_INLINE VecInt byteOf(Vec v) {
+    return hn::ConvertTo(TagInt(), add(hn::Min(hn::Max(v, hn::Zero(Tag())), set(255)), set(0.5f)));
+}
+
+/// Calls `draw(pixels, dx, dy)` for vectors of the pixels `begin` … `end` − 1 of a row; dx and dy are from `position`.
+template<class Draw>
+HWY_INLINE void forRow(std::uint8_t* row, int y, int begin, int end, Float2 position, Draw&& draw) {
+    TagInt const whole;
+    auto const n = static_cast<int>(hn::Lanes(whole));
+    auto const dy = set(pixelCenter(0, y).y - position.y);
+    for (int x = begin; x < end; x += n) {
+        auto* at = row + 4 * static_cast<std::ptrdiff_t>(x);
+        alignas(64) std::int32_t memory[64];
+        auto const isWhole = x + n <= end;
+        auto const bytes = 4 * static_cast<std::size_t>(std::min(n, end - x));
+        if (!isWhole) {
+            std::memset(memory, 0, sizeof memory);
+            std::memcpy(memory, at, bytes);
+        }
+        auto* from = isWhole ? reinterpret_cast<std::int32_t*>(at) : memory;
+        auto const loaded = hn::BitCast(hn::RebindToUnsigned<Tag>(), hn::LoadU(whole, from));
+        Pixels pixels{channel<0>(loaded), channel<1>(loaded), channel<2>(loaded), channel<3>(loaded)};
+        draw(pixels, sub(hn::Iota(Tag(), static_cast<float>(x) + 0.5f), set(position.x)), dy);
+        auto const packed = hn::Or(hn::Or(byteOf(pixels.r), hn::ShiftLeft<8>(byteOf(pixels.g))),
+                                   hn::Or(hn::ShiftLeft<16>(byteOf(pixels.b)), hn::ShiftLeft<24>(byteOf(pixels.a))));
+        hn::StoreU(packed, whole, from);
+        if (!isWhole) std::memcpy(at, memory, bytes);
+    }
+}
+
+/// Any effect but the colour ripple.
+void clickRow(CursorUniforms const& u, std::uint8_t* row, int y, int begin, int end) {
+    auto const radius = u.clickRadius;
+    auto const effect = static_cast<ClickShape>(u.clickEffect);
+    auto const ringWidth = std::max(radius * 0.10f, 1.5f);
+    forRow(row, y, begin, end, u.position, [&](Pixels& pixels, Vec dx, Vec dy) HWY_ATTR {
+        auto const distance = size(dx, dy);
+        if (effect == ClickShape::spotlight)
+            return pixels.darken(0.45f, mul(step(radius * 0.7f, radius * 2.2f, distance), set(u.clickOpacity)));
+        auto const fromEdge = hn::Abs(sub(distance, set(radius)));
+        auto strength = hn::Zero(Tag());
+        if (effect == ClickShape::ripple) strength = sub(set(1), step(0, radius * 0.35f, fromEdge));
+        if (effect == ClickShape::pulse) strength = sub(set(1), step(radius * 0.6f, radius, distance));
+        if (effect == ClickShape::ring) strength = sub(set(1), step(ringWidth / 2, ringWidth, fromEdge));
+        strength = mul(strength, set(u.clickOpacity * u.clickColor.w));
+        pixels.mixTo(rgb(u.clickColor), strength);
+        pixels.raiseAlpha(strength);
+    });
+}
+
+/// Distance to the outline of the arrow, whose size is 1.
+HWY_INLINE Vec arrowDistance(Vec x, Vec y) {
+    Tag const tag;
+    auto nearest = set(1e30f);
+    auto inside = hn::Zero(TagInt());
+    for (std::size_t i = 0, j = arrowPoints.size() - 1; i < arrowPoints.size(); j = i++) {
+        auto const a = arrowPoints[j];
+        auto const along = arrowPoints[i] - a;
+        auto const px = sub(x, set(a.x));
+        auto const py = sub(y, set(a.y));
+        auto const t = clamp01(mul(add(mul(px, set(along.x)), mul(py, set(along.y))), set(1 / dot(along, along))));
+        auto const ex = sub(px, mul(set(along.x), t));
+        auto const ey = sub(py, mul(set(along.y), t));
+        nearest = hn::Min(nearest, add(mul(ex, ex), mul(ey, ey)));
+        if (along.y == 0) continue; // no ray to the right crosses it
+        auto const spans = hn::Xor(hn::VecFromMask(TagInt(), hn::RebindMask(TagInt(), hn::Gt(set(a.y), y))),
+                                   hn::VecFromMask(TagInt(), hn::RebindMask(TagInt(), hn::Gt(set(a.y + along.y), y))));
+        auto const isLeft = hn::Lt(px, mul(py, set(along.x / along.y)));
+        inside = hn::Xor(inside, hn::And(spans, hn::VecFromMask(TagInt(), hn::RebindMask(TagInt(), isLeft))));
+    }
+    auto const distance = hn::Sqrt(nearest);
+    auto const isInside = hn::RebindMask(tag, hn::MaskFromVec(inside));
+    return hn::IfThenElse(isInside, hn::Neg(distance), distance);
+}
+
+HWY_INLINE Vec shapeDistance(CursorUniforms const& u, Vec dx, Vec dy) {
+    auto const extent = u.cursorSize;
+    switch (static_cast<CursorShape>(u.style)) {
+    case CursorShape::arrow: return mul(arrowDistance(mul(dx, set(1 / extent)), mul(dy, set(1 / extent))), set(extent));
+    case CursorShape::outline:
+        return sub(hn::Abs(sub(size(dx, dy), set(extent * 0.34f))), set(std::max(extent * 0.09f, 1.5f) / 2));
+    default: return sub(size(dx, dy), set(cursorRadius(u)));
+    }
+}
+
+/// What surrounds the pointer: the glow, or the dark round the spotlight.
+void haloRow(CursorUniforms const& u, std::uint8_t* row, int y, int begin, int end) {
+    auto const isGlow = static_cast<CursorShape>(u.style) == CursorShape::glow;
+    auto const radius = u.cursorSize * (isGlow ? 0.28f : 2.6f);
+    forRow(row, y, begin, end, u.position, [&](Pixels& pixels, Vec dx, Vec dy) HWY_ATTR {
+        auto const distance = size(dx, dy);
+        if (isGlow)
+            pixels.mixTo(rgb(u.fillColor),
+                         mul(sub(set(1), step(radius, radius * 3.4f, distance)), set(0.35f * u.opacity)));
+        else
+            pixels.darken(0.35f, mul(step(radius * 0.55f, radius, distance), set(u.opacity)));
+    });
+}
+
+void pointerRow(CursorUniforms const& u, std::uint8_t* row, int y, int begin, int end) {
+    auto const taps = cursorTaps(u.velocity);
+    auto const halfStroke = std::max(u.cursorSize * 0.055f, 1.0f) / 2;
+    forRow(row, y, begin, end, u.position, [&](Pixels& pixels, Vec dx, Vec dy) HWY_ATTR {
+        auto fill = hn::Zero(Tag());
+        auto outline = hn::Zero(Tag());
+        for (int i = 0; i < taps; ++i) {
+            auto const k = taps == 1 ? 0.0f : static_cast<float>(i) / static_cast<float>(taps - 1) - 1.0f;
+            auto const d = shapeDistance(u, sub(dx, set(u.velocity.x * k)), sub(dy, set(u.velocity.y * k)));
+            fill = add(fill, covered(d));
+            outline = add(outline, covered(sub(hn::Abs(d), set(halfStroke))));
+        }
+        fill = mul(fill, set(u.opacity / static_cast<float>(taps)));
+        outline = mul(outline, set(u.opacity * u.strokeColor.w / static_cast<float>(taps)));
+        pixels.mixTo(rgb(u.fillColor), mul(fill, set(u.fillColor.w)));
+        pixels.raiseAlpha(fill);
+        pixels.mixTo(rgb(u.strokeColor), outline);
+    });
+}
+
+}
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace tavaro {
+
+HWY_EXPORT(clickRow);
+HWY_EXPORT(haloRow);
+HWY_EXPORT(pointerRow);
+
+namespace {
+
+/// Pixels of the canvas that a part of the drawing may change.
+struct Box {
+    int left = 0;
+    int top = 0;
+    int right = 0;
+    int bottom = 0;
+};
+
+int clampedTo(float v, int limit) { return static_cast<int>(std::clamp(v, 0.0f, static_cast<float>(limit))); }
+
+/// From `low` to `high` and one pixel more on each side.
+Box boxOf(Float2 low, Float2 high, MutableImageView canvas, int rowBegin, int rowEnd) {
+    return {clampedTo(low.x - 1, canvas.width), std::max(clampedTo(low.y - 1, canvas.height), rowBegin),
+            clampedTo(high.x + 2, canvas.width), std::min(clampedTo(high.y + 2, canvas.height), rowEnd)};
+}
+
+Box around(Float2 center, float reach, MutableImageView canvas, int rowBegin, int rowEnd) {
+    return boxOf(center - reach, center + reach, canvas, rowBegin, rowEnd);
+}
+
+/// How far from its middle a click effect still shows.
+float clickReach(CursorUniforms const& u) {
+    switch (static_cast<ClickShape>(u.clickEffect)) {
+    case ClickShape::ripple: return u.clickRadius * 1.35f;
+    case ClickShape::pulse: return u.clickRadius;
+    case ClickShape::ring: return u.clickRadius + std::max(u.clickRadius * 0.10f, 1.5f);
+    default: return std::max(u.clickRadius * 1.45f, u.clickRadius + 1.5f);
+    }
+}
+
+Box pointerBox(CursorUniforms const& u, MutableImageView canvas, int rowBegin, int rowEnd) {
+    auto const edge = std::max(u.cursorSize * 0.055f, 1.0f) / 2 + 1;
+    auto const reach = cursorRadius(u) + edge;
+    auto low = u.position - reach;
+    auto high = u.position + reach;
+    if (static_cast<CursorShape>(u.style) == CursorShape::arrow) {
+        low = u.position - edge;
+        high = u.position + Float2{u.cursorSize * 0.560f, u.cursorSize * 0.830f} + edge;
+    }
+    // The trail lies behind.
+    auto const back = u.velocity * -1.0f;
+    low = low + Float2{std::min(back.x, 0.0f), std::min(back.y, 0.0f)};
+    high = high + Float2{std::max(back.x, 0.0f), std::max(back.y, 0.0f)};
+    return boxOf(low, high, canvas, rowBegin, rowEnd);
+}
+
+template<class DrawRow> void forRows(Box const& box, MutableImageView canvas, DrawRow&& drawRow) {
+    if (box.left >= box.right) return;
+    for (int y = box.top; y < box.bottom; ++y) drawRow(canvas.row(y), y, box.left, box.right);
+}
+
+void drawClick(CursorUniforms const& u, MutableImageView canvas, int rowBegin, int rowEnd) {
+    auto const effect = static_cast<ClickShape>(u.clickEffect);
+    if (effect <= ClickShape::none || effect > ClickShape::prism) return;
+    if (!(u.clickRadius > 0.5f) || !(u.clickOpacity > 0.001f)) return;
+    auto box = around(u.position, clickReach(u), canvas, rowBegin, rowEnd);
+    if (effect == ClickShape::spotlight) box = {0, rowBegin, canvas.width, rowEnd};
+    forRows(box, canvas, [&](std::uint8_t* row, int y, int begin, int end) {
+        if (effect != ClickShape::prism) return HWY_DYNAMIC_DISPATCH(clickRow)(u, row, y, begin, end);
+        for (int x = begin; x < end; ++x)
+            storePixel(row + 4 * x, withClick(u, loadPixel(row + 4 * x), pixelCenter(x, y)));
+    });
+}
+
+void drawPointer(CursorUniforms const& u, MutableImageView canvas, int rowBegin, int rowEnd) {
+    if (!(u.opacity > 0.001f) || !(u.cursorSize > 0.5f)) return;
+    auto const shape = static_cast<CursorShape>(u.style);
+    auto const halo = [&](std::uint8_t* row, int y, int begin, int end) {
+        HWY_DYNAMIC_DISPATCH(haloRow)(u, row, y, begin, end);
+    };
+    if (shape == CursorShape::glow)
+        forRows(around(u.position, u.cursorSize * 0.28f * 3.4f, canvas, rowBegin, rowEnd), canvas, halo);
+    if (shape == CursorShape::spotlight) forRows({0, rowBegin, canvas.width, rowEnd}, canvas, halo);
+    forRows(pointerBox(u, canvas, rowBegin, rowEnd), canvas, [&](std::uint8_t* row, int y, int begin, int end) {
+        HWY_DYNAMIC_DISPATCH(pointerRow)(u, row, y, begin, end);
+    });
+}
+
+}
+
+void cursorOverlayFast(CursorUniforms const& uniforms, MutableImageView canvas, int rowBegin, int rowEnd) {
+    drawClick(uniforms, canvas, rowBegin, rowEnd);
+    drawPointer(uniforms, canvas, rowBegin, rowEnd);
+}
+
+}
+#endif
