@@ -45,7 +45,9 @@ MovieInfo const& RecordingFrames::open(std::string_view asset) {
 
 VideoFrame RecordingFrames::frame(std::string_view asset, double seconds) {
     try {
-        return reader(asset).frame(seconds + timeRounding);
+        auto frame = reader(asset).frame(seconds + timeRounding);
+        if (!frame.showsSamePixels(latest_)) latest_ = std::move(frame);
+        return latest_;
     } catch (MediaError const& error) {
         throwReadError(error, asset);
     }

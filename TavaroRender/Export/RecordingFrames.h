@@ -20,7 +20,8 @@ public:
     /// Opens the asset's movie, or fails as reading from it would.
     MovieInfo const& open(std::string_view asset);
 
-    /// The frame on show at that many seconds of the asset.
+    /// The frame on show at that many seconds of the asset; while its pixels stay the same, the same frame, so that a
+    /// screen at rest is converted and drawn once.
     VideoFrame frame(std::string_view asset, double seconds);
 
 private:
@@ -32,6 +33,7 @@ private:
 
     ProjectPackage package_;
     std::list<Opened> opened_; // the latest used first
+    VideoFrame latest_;
 };
 
 }
