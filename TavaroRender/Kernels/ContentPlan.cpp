@@ -31,7 +31,7 @@ bool fillGroup(ColumnTable& table, std::size_t first, std::vector<AxisPosition> 
         highest = std::max(highest, positions[i].texel);
     }
     auto const reach = static_cast<std::size_t>(highest - lowest);
-    if (reach >= 2 * group) return false;
+    if (reach + 1 >= 2 * group) return false;
     if (reach >= group) table.isNarrow = false;
     table.base.push_back(lowest);
     for (std::size_t i = first; i < first + group; ++i) {

@@ -93,23 +93,35 @@ HWY_INLINE void blendTap(ContentTap const& tap, AxisPosition row, int first, int
         });
 }
 
-/// The texels that `index` names in the window from `p` on; a wide window is two vectors long.
-template<bool isNarrow> HWY_INLINE Vec16 pick(std::int16_t const* p, hn::Vec<TagIndex> index) {
+/// The texels that `index` names in the window from `p` on, and those one, two … further: `count` vectors. A wide
+/// window is two vectors long, and holds every texel asked for.
+template<bool isNarrow, int count>
+HWY_INLINE void pick(std::int16_t const* p, hn::Vec<TagIndex> index, Vec16 (&out)[count]) {
     TagIndex const tag;
-    auto const low = hn::BitCast(tag, hn::LoadU(Tag16(), p));
-    if constexpr (isNarrow) {
-        return hn::BitCast(Tag16(), hn::TableLookupLanes(low, hn::IndicesFromVec(tag, index)));
-    } else {
-        auto const high = hn::BitCast(tag, hn::LoadU(Tag16(), p + lanes()));
 #if HWY_TARGET <= HWY_AVX3
-        return hn::BitCast(Tag16(), hn::Vec<TagIndex>{_mm512_permutex2var_epi32(low.raw, index.raw, high.raw)});
-#else
-        auto const size = hn::Set(tag, static_cast<std::uint32_t>(hn::Lanes(tag)));
-        auto const inWindow = hn::IndicesFromVec(tag, hn::And(index, hn::Sub(size, hn::Set(tag, 1))));
-        auto const isLow = hn::Lt(index, size);
-        return hn::BitCast(
-            Tag16(), hn::IfThenElse(isLow, hn::TableLookupLanes(low, inWindow), hn::TableLookupLanes(high, inWindow)));
+    // Two loads and a look-up in both beat a load for each vector, as most loads cross cache lines.
+    if constexpr (!isNarrow || count > 2) {
+        auto const low = hn::BitCast(tag, hn::LoadU(Tag16(), p));
+        auto const high = hn::BitCast(tag, hn::LoadU(Tag16(), p + lanes()));
+        for (std::uint32_t k = 0; k < count; ++k) {
+            auto const at = hn::Add(index, hn::Set(tag, 2 * k));
+            out[k] = hn::BitCast(Tag16(), hn::Vec<TagIndex>{_mm512_permutex2var_epi32(low.raw, at.raw, high.raw)});
+        }
+        return;
+    }
 #endif
+    for (std::size_t k = 0; k < count; ++k) {
+        auto const low = hn::BitCast(tag, hn::LoadU(Tag16(), p + 4 * k));
+        if constexpr (isNarrow) {
+            out[k] = hn::BitCast(Tag16(), hn::TableLookupLanes(low, hn::IndicesFromVec(tag, index)));
+        } else {
+            auto const high = hn::BitCast(tag, hn::LoadU(Tag16(), p + 4 * k + lanes()));
+            auto const size = hn::Set(tag, static_cast<std::uint32_t>(hn::Lanes(tag)));
+            auto const inWindow = hn::IndicesFromVec(tag, hn::And(index, hn::Sub(size, hn::Set(tag, 1))));
+            auto const isLow = hn::Lt(index, size);
+            out[k] = hn::BitCast(Tag16(), hn::IfThenElse(isLow, hn::TableLookupLanes(low, inWindow),
+                                                         hn::TableLookupLanes(high, inWindow)));
+        }
     }
 }
 
@@ -170,26 +182,22 @@ struct TapColumns {
         auto const* p = texels + 4 * static_cast<std::ptrdiff_t>(base[g]);
         auto const place = static_cast<std::size_t>(g) * lanes();
         auto const picked = hn::LoadU(TagIndex(), index + place / 2);
-        return lerp(pick<isNarrow>(p, picked), pick<isNarrow>(p + 4, picked), hn::LoadU(Tag16(), fraction + place));
+        Vec16 texel[2];
+        pick<isNarrow>(p, picked, texel);
+        return lerp(texel[0], texel[1], hn::LoadU(Tag16(), fraction + place));
     }
 };
 
-/// The sum of the taps; `fixedCount` 0 takes `count`.
-template<bool areNarrow, int fixedCount>
+/// The sum of the taps: one or two of known widths, or `count` of one width.
+template<bool firstIsNarrow, bool othersAreNarrow, int fixedCount>
 HWY_NOINLINE void drawGroups(Span const& s, TapColumns const* taps, int count) {
     if (fixedCount > 0) count = fixedCount;
     auto const end = s.groupEnd();
     for (int g = s.groupBegin(); g < end; ++g) {
-        auto sum = taps[0].at<areNarrow>(g);
-        for (int t = 1; t < count; ++t) sum = hn::SaturatedAdd(sum, taps[t].at<areNarrow>(g));
+        auto sum = taps[0].at<firstIsNarrow>(g);
+        for (int t = 1; t < count; ++t) sum = hn::SaturatedAdd(sum, taps[t].at<othersAreNarrow>(g));
         store<plainBits>(sum, s.left() + g * group(), s.xBegin, s.xEnd, s.out);
     }
-}
-
-template<bool areNarrow> HWY_INLINE void drawGroups(Span const& s, TapColumns const* taps, int count) {
-    if (count == 1) return drawGroups<areNarrow, 1>(s, taps, count);
-    if (count == 2) return drawGroups<areNarrow, 2>(s, taps, count);
-    drawGroups<areNarrow, 0>(s, taps, count);
 }
 
 /// Room for a blended row of one tap, in channels: its texels and the reach of the last window.
@@ -216,7 +224,7 @@ void drawTaps(Span const& s, ContentScratch& scratch) {
 
     constexpr int maximumTaps = 32; // 16 of motion blur on two levels
     TapColumns taps[maximumTaps];
-    bool areNarrow = true;
+    bool othersAreNarrow = true;
     for (int t = 0; t < count; ++t) {
         auto const& tap = s.plan.tap(t);
         auto const& columns = tap.columns;
@@ -224,13 +232,17 @@ void drawTaps(Span const& s, ContentScratch& scratch) {
         blendTap(tap, tap.rows[static_cast<std::size_t>(s.row)], reach.first, reach.end + 1, memory);
         taps[t] = {columns.base.data(), columns.index.data(), columns.fraction.data(),
                    memory - 4 * static_cast<std::ptrdiff_t>(reach.first)};
-        areNarrow = areNarrow && columns.isNarrow;
+        if (t > 0) othersAreNarrow = othersAreNarrow && columns.isNarrow;
         memory += rowRoom(reach);
     }
-    if (areNarrow)
-        drawGroups<true>(s, taps, count);
+    auto const firstIsNarrow = s.plan.tap(0).columns.isNarrow;
+    if (count == 1) return (firstIsNarrow ? drawGroups<true, true, 1> : drawGroups<false, false, 1>)(s, taps, count);
+    // Shrinking by less than two, only the finer of the two levels needs wide windows.
+    if (count == 2 && !firstIsNarrow && othersAreNarrow) return drawGroups<false, true, 2>(s, taps, count);
+    if (firstIsNarrow && othersAreNarrow)
+        drawGroups<true, true, 0>(s, taps, count);
     else
-        drawGroups<false>(s, taps, count);
+        drawGroups<false, false, 0>(s, taps, count);
 }
 
 /// The rows through the sample, one texel above it and one below it.
@@ -294,15 +306,15 @@ void drawSharp(Span const& s, ContentScratch& scratch) {
         auto const at = 4 * static_cast<std::ptrdiff_t>(table.base[static_cast<std::size_t>(g)] - first);
         auto const index = indexOf(table, g);
         auto const f = fractionOf(table, g);
-        auto const c0 = pick<true>(rows.center + at - 4, index);
-        auto const c1 = pick<true>(rows.center + at, index);
-        auto const c2 = pick<true>(rows.center + at + 4, index);
-        auto const c3 = pick<true>(rows.center + at + 8, index);
-        auto const west = lerp(c0, c1, f);
-        auto const center = lerp(c1, c2, f);
-        auto const east = lerp(c2, c3, f);
-        auto const north = lerp(pick<true>(rows.above + at, index), pick<true>(rows.above + at + 4, index), f);
-        auto const south = lerp(pick<true>(rows.below + at, index), pick<true>(rows.below + at + 4, index), f);
+        Vec16 middle[4], above[2], below[2];
+        pick<true>(rows.center + at - 4, index, middle);
+        pick<true>(rows.above + at, index, above);
+        pick<true>(rows.below + at, index, below);
+        auto const west = lerp(middle[0], middle[1], f);
+        auto const center = lerp(middle[1], middle[2], f);
+        auto const east = lerp(middle[2], middle[3], f);
+        auto const north = lerp(above[0], above[1], f);
+        auto const south = lerp(below[0], below[1], f);
         auto const sum = hn::Add(hn::Add(north, south), hn::Add(west, east));
         auto const detail = hn::Sub(hn::ShiftLeft<2>(center), sum); // four times the difference from the mean
         auto const sharp = hn::SaturatedAdd(center, hn::MulFixedPoint15(detail, amount));
