@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include <gtest/gtest.h>
+#include <hwy/targets.h>
 
 namespace tavaro {
 
@@ -34,7 +35,9 @@ CursorUniforms randomCursor(Random& random, int width, int height) {
 
 TEST(FastCursor, staysWithinOneStepOfTheFormulasAndInsideTheCanvas) {
     auto areAllEqual = true;
-    for (unsigned seed = 1; seed <= 600; ++seed) {
+    auto const targets = hwy::SupportedAndGeneratedTargets();
+    for (unsigned seed = 1; seed <= 1200; ++seed) {
+        VectorUnit const unit(targets[seed % targets.size()]);
         Random random(seed);
         auto const width = 1 + random.upTo(150);
         auto const height = 1 + random.upTo(90);

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include <hwy/targets.h>
+
 namespace tavaro::scenes {
 
 Image picture(Random& random, int width, int height) {
@@ -133,6 +135,16 @@ Image drawn(CompositorBackend backend, CompositeUniforms const& uniforms, Image 
     Image canvas(width, height);
     Compositor(backend).composite(uniforms, ScreenTexture(screen.view()), background.view(), canvas.view());
     return canvas;
+}
+
+VectorUnit::VectorUnit(std::int64_t target) {
+    hwy::SetSupportedTargetsForTest(target);
+    hwy::GetChosenTarget().Update(target);
+}
+
+VectorUnit::~VectorUnit() {
+    hwy::SetSupportedTargetsForTest(0);
+    hwy::GetChosenTarget().Update(hwy::SupportedTargets());
 }
 
 Difference difference(ImageView a, ImageView b) {

@@ -45,6 +45,14 @@ CompositeUniforms plainLook(int width, int height, float padding);
 Image drawn(CompositorBackend backend, CompositeUniforms const& uniforms, Image const& screen, Image const& background,
             int width, int height);
 
+/// Holds the kernels to one kind of vector unit (a target of Highway) while it lives.
+class VectorUnit {
+public:
+    explicit VectorUnit(std::int64_t target);
+    ~VectorUnit();
+    VectorUnit(VectorUnit const&) = delete;
+};
+
 struct Difference {
     int largest = 0;
     int x = 0;
