@@ -1,0 +1,64 @@
+#include <Tavaro/Commands/Command.h>
+
+#include <Tavaro/Commands/Names.h>
+#include <Tavaro/Model/NewProject.h>
+
+#include <TavaroCore/Files/AtomicFile.h>
+#include <TavaroCore/Package/ProjectPackage.h>
+#include <TavaroCore/Records/JSON.h>
+#include <TavaroCore/Values/Timecode.h>
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+namespace tavaro::commands {
+
+namespace {
+
+struct Options {
+    std::string movie;
+    std::string events;
+    std::string mode = "website";
+    std::string output;
+};
+
+RecordingMetadata readEvents(std::string const& file) {
+    auto const text = readWholeFile(file);
+    if (!text) {
+        throw FileError(FileError::Kind::cannotRead,
+                        fmt::format("Could not read the events “{}”: there is no such file.", file));
+    }
+    try {
+        return decodeJSON<RecordingMetadata>(*text);
+    } catch (JSONError const& error) {
+        throw FileError(FileError::Kind::cannotRead,
+                        fmt::format("Could not read the events “{}”: {}.", file, error.what()));
+    }
+}
+
+void import(Options const& options) {
+    auto const package = packagePath(options.output);
+    expectFree(package);
+    auto const metadata = options.events.empty() ? RecordingMetadata{} : readEvents(options.events);
+    auto const project = createProject(ProjectPackage(package), {.movie = options.movie,
+                                                                 .importMode = ImportMode::copy,
+                                                                 .metadata = metadata,
+                                                                 .mode = modeNamed(options.mode)});
+    fmt::print("{} of {}×{}, {} clicks, {} keys\n{}\n",
+               Timecode::format(project.duration(), Timecode::Fraction::hundredths), project.sourceSize.width,
+               project.sourceSize.height, metadata.clicks.size(), metadata.keystrokes.size(), package.string());
+}
+
+}
+
+void addImport(CLI::App& app) {
+    auto options = std::make_shared<Options>();
+    auto* command = app.add_subcommand("import", "Makes a project of any movie");
+    command->add_option("MOVIE", options->movie, "the movie to bring in")->required();
+    command->add_option("--events", options->events, "a JSON log of what happened: clicks, keystrokes, cursorSamples");
+    command->add_option("--mode", options->mode, "what kind of demo it is")->check(modeNames())->capture_default_str();
+    command->add_option("-o,--output", options->output, "the project to make, NAME.recproj")->required();
+    command->callback([options] { import(*options); });
+}
+
+}

@@ -1,0 +1,74 @@
+#include <Tavaro/Commands/Command.h>
+
+#include <Tavaro/Commands/Names.h>
+#include <Tavaro/Commands/Take.h>
+#include <Tavaro/Model/NewProject.h>
+
+#include <TavaroCapture/Recovery/RecoveryStore.h>
+#include <TavaroCapture/Sources/CaptureError.h>
+#include <TavaroCore/Values/Timecode.h>
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+#include <algorithm>
+
+namespace tavaro::commands {
+
+namespace {
+
+struct Options {
+    std::string id;
+    bool discards = false;
+    bool isRaw = false;
+    std::string mode = "website";
+    std::string output;
+};
+
+using Recoverable = RecoveryStore::Recoverable;
+
+void list(std::vector<Recoverable> const& takes) {
+    if (takes.empty()) fmt::print("There is no unfinished recording.\n");
+    for (auto const& take : takes) {
+        fmt::print("{}  {}  {}  ({})\n", take.id.text(), take.marker.startedAt.text(),
+                   Timecode::format(take.estimatedDuration), take.marker.mode);
+    }
+}
+
+Recoverable const& chosen(std::vector<Recoverable> const& takes, std::string const& id) {
+    auto const found = std::find_if(takes.begin(), takes.end(),
+                                    [&](Recoverable const& take) { return id == "last" || take.id.text() == id; });
+    if (found == takes.end()) {
+        throw CaptureError(CaptureError::Kind::recoveryFailed,
+                           fmt::format("There is no unfinished recording “{}”.", id));
+    }
+    return *found;
+}
+
+void recover(Options const& options) {
+    auto const takes = RecoveryStore::findRecoverable();
+    if (options.id.empty()) return list(takes);
+    auto const& take = chosen(takes, options.id);
+    if (options.discards) return RecoveryStore::discard(take);
+    auto const package =
+        packagePath(options.output.empty() ? "Recovered " + take.marker.startedAt.text() : options.output);
+    expectFree(package);
+    auto const recovered = RecoveryStore::recover(take);
+    saveTake({take.id, take.marker.mode, recovered.movie, recovered.metadata, recovered.duration}, package,
+             modeNamed(options.mode), options.isRaw ? FirstEdit::raw : FirstEdit::polished);
+}
+
+}
+
+void addRecover(CLI::App& app) {
+    auto options = std::make_shared<Options>();
+    auto* command = app.add_subcommand("recover", "Lists unfinished recordings, or brings one back as a project");
+    command->add_option("ID", options->id, "the recording to bring back, or “last”; without it they are listed");
+    command->add_flag("--discard", options->discards, "remove it instead");
+    command->add_option("--mode", options->mode, "what kind of demo it is")->check(modeNames())->capture_default_str();
+    command->add_flag("--no-polish", options->isRaw, "leave the take as it was recorded");
+    command->add_option("-o,--output", options->output, "the project to make, NAME.recproj");
+    command->callback([options] { recover(*options); });
+}
+
+}

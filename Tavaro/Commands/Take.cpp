@@ -1,0 +1,53 @@
+#include <Tavaro/Commands/Take.h>
+
+#include <Tavaro/Model/NewProject.h>
+
+#include <TavaroCapture/Recovery/RecoveryStore.h>
+#include <TavaroCore/Direction/SmartDirector.h>
+#include <TavaroCore/Errors/Error.h>
+#include <TavaroCore/Package/ProjectPackage.h>
+#include <TavaroCore/Values/Timecode.h>
+
+#include <fmt/format.h>
+
+namespace tavaro {
+
+namespace {
+
+/// Puts the take back among the unfinished ones.
+[[noreturn]] void keepForRecovery(TakeMovie const& take, Error const& failure) {
+    try {
+        RecoveryStore::markInProgress(take.movie.parent_path(), take.recordingID, take.recordingMode);
+    } catch (Error const&) {
+        throw Error(
+            fmt::format("{} The recording is kept in “{}”.", failure.what(), take.movie.parent_path().string()));
+    }
+    throw Error(fmt::format("{} The recording is kept; `tavaro recover last` brings it back.", failure.what()));
+}
+
+DemoProject projectOf(TakeMovie const& take, ProjectPackage const& package, DemoMode mode) {
+    try {
+        return createProject(
+            package, {.movie = take.movie, .importMode = ImportMode::move, .metadata = take.metadata, .mode = mode});
+    } catch (Error const& failure) {
+        keepForRecovery(take, failure);
+    }
+}
+
+}
+
+void saveTake(TakeMovie const& take, std::filesystem::path const& package, DemoMode mode, FirstEdit edit) {
+    ProjectPackage const target(package);
+    auto project = projectOf(take, target, mode);
+    RecoveryStore::removeWorkingDirectory(take.movie);
+    fmt::print("{} of {}×{}: {}\n", Timecode::format(take.duration, Timecode::Fraction::hundredths),
+               project.sourceSize.width, project.sourceSize.height, take.metadata.health.summary());
+    if (edit == FirstEdit::polished) {
+        auto const report = SmartDirector(PolishOptions{}, mode).polish(project);
+        target.save(project);
+        for (auto const& line : report.summaryLines()) fmt::print("{}\n", line);
+    }
+    fmt::print("{}\n", package.string());
+}
+
+}

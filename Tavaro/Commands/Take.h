@@ -1,0 +1,27 @@
+#pragma once
+
+#include <TavaroCore/Project/DemoMode.h>
+#include <TavaroCore/Recording/RecordingMetadata.h>
+
+#include <filesystem>
+#include <string>
+
+namespace tavaro {
+
+/// A movie in a take's working folder, ready to become a project.
+struct TakeMovie {
+    UUID recordingID;
+    std::string recordingMode; // what the take's marker calls its source
+    std::filesystem::path movie;
+    RecordingMetadata metadata;
+    double duration = 0;
+};
+
+enum class FirstEdit { polished, raw };
+
+/// Makes a project of the take, polishes it where asked, removes the working folder, and tells what was done: the
+/// summary lines and the project's path on standard output. When the project cannot be written the take is kept as an
+/// unfinished recording, and the failure says so.
+void saveTake(TakeMovie const& take, std::filesystem::path const& package, DemoMode mode, FirstEdit edit);
+
+}

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <TavaroCore/Project/DemoProject.h>
+
+#include <filesystem>
+#include <string>
+
+namespace tavaro {
+
+class ProjectPackage;
+enum class ImportMode;
+
+/// What a new project is made of.
+struct NewProject {
+    std::filesystem::path movie;
+    ImportMode importMode;
+    RecordingMetadata metadata; // may be empty
+    DemoMode mode = DemoMode::website;
+};
+
+/// A canvas for a recording of that size: the standard 1080-line canvas nearest to its shape, upright for upright
+/// recordings.
+Size2 canvasFor(Size2 source);
+
+/// Makes the package, brings the movie into it, and saves a project of one clip that shows all of it, named for the
+/// package. Throws `MediaError` for a movie that cannot be read, and then leaves no package; `FileError`.
+DemoProject createProject(ProjectPackage const& package, NewProject const& made);
+
+/// "NAME.recproj" with the ending added where it is missing.
+std::filesystem::path packagePath(std::filesystem::path const& given);
+
+/// Throws `FileError` when something lies at that place already.
+void expectFree(std::filesystem::path const& package);
+
+}

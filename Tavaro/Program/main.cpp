@@ -1,0 +1,54 @@
+#include <Tavaro/Commands/Command.h>
+
+#include <TavaroCore/Errors/Error.h>
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+#include <exception>
+#include <new>
+
+namespace {
+
+constexpr int failed = 1;
+constexpr int wrongUsage = 2;
+
+int run(int argc, char** argv) {
+    CLI::App app{"Tavaro records your screen and turns the take into a finished video.", "tavaro"};
+    app.require_subcommand(1);
+    app.fallthrough(false);
+    tavaro::commands::addRecord(app);
+    tavaro::commands::addRecover(app);
+    tavaro::commands::addImport(app);
+    tavaro::commands::addPolish(app);
+    tavaro::commands::addFrame(app);
+    tavaro::commands::addExport(app);
+    tavaro::commands::addInfo(app);
+    tavaro::commands::addPresets(app);
+    tavaro::commands::addSources(app);
+    try {
+        app.parse(argc, argv);
+    } catch (CLI::ParseError const& error) {
+        return app.exit(error) == 0 ? 0 : wrongUsage;
+    }
+    return 0;
+}
+
+int fail(char const* sentence) {
+    fmt::print(stderr, "{}\n", sentence);
+    return failed;
+}
+
+}
+
+int main(int argc, char** argv) {
+    try {
+        return run(argc, argv);
+    } catch (tavaro::Error const& error) {
+        return fail(error.what());
+    } catch (std::bad_alloc const&) {
+        return fail("There is not enough memory for this.");
+    } catch (std::exception const& error) {
+        return fail(error.what());
+    }
+}

@@ -1,0 +1,168 @@
+#include "ProcessFixture.h"
+
+#include <TavaroCore/Package/ProjectPackage.h>
+#include <TavaroCore/Project/DemoProject.h>
+#include <TavaroMedia/Movie/MovieReader.h>
+
+#include <gmock/gmock.h>
+
+using namespace tavaro;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::Not;
+namespace fs = std::filesystem;
+
+namespace {
+
+class MovieCommands : public ProcessFixture {
+protected:
+    /// Four seconds of moving picture, 640 × 360 at 30 frames a second.
+    void makeMovie(std::string const& name) {
+        ffmpeg({"-f", "lavfi", "-i", "testsrc2=size=640x360:rate=30:duration=4", "-pix_fmt", "yuv420p", path(name)});
+    }
+    std::string importMovie() {
+        makeMovie("clip.mp4");
+        auto const outcome = tavaro({"import", path("clip.mp4"), "-o", path("tour")});
+        EXPECT_EQ(outcome.exitCode, 0) << outcome.error;
+        return path("tour.recproj");
+    }
+    void expectFailure(Outcome const& outcome, std::string const& sentence) {
+        EXPECT_EQ(outcome.exitCode, 1);
+        EXPECT_THAT(outcome.error, HasSubstr(sentence));
+        EXPECT_THAT(outcome.out, Not(HasSubstr("recproj")));
+    }
+};
+
+}
+
+TEST_F(MovieCommands, aForeignMovieWithAHandWrittenLogBecomesAFilm) {
+    makeMovie("clip.mp4");
+    write("log.json", R"({"clicks":[{"t":1.2,"position":{"x":0.4,"y":0.5}},{"t":1.6,"position":{"x":0.42,"y":0.5}}],
+                          "cursorSamples":[{"t":0,"position":{"x":0.9,"y":0.9}},{"t":1.1,"position":{"x":0.4,"y":0.5}}]})");
+    ASSERT_EQ(tavaro({"import", path("clip.mp4"), "--events", path("log.json"), "-o", path("tour.recproj")}).exitCode,
+              0);
+
+    auto const polished = tavaro({"polish", path("tour.recproj"), "--mode", "desktopApp"});
+    EXPECT_EQ(polished.exitCode, 0) << polished.error;
+    EXPECT_THAT(polished.out, HasSubstr("Added 1 zoom\n"));
+    EXPECT_THAT(polished.out, HasSubstr("Highlighted 2 clicks\n"));
+
+    ASSERT_EQ(
+        tavaro({"frame", path("tour.recproj"), "--at", "1.8", "--max-width", "480", "-o", path("f.png")}).exitCode, 0);
+    EXPECT_THAT(read("f.png").substr(0, 8), "\x89PNG\r\n\x1a\n");
+
+    auto const exported =
+        tavaro({"export", path("tour.recproj"), "--size", "640x360", "--fps", "30", "-o", path("tour.mp4")});
+    ASSERT_EQ(exported.exitCode, 0) << exported.error;
+    EXPECT_THAT(exported.out, HasSubstr(path("tour.mp4")));
+    auto const info = MovieReader(path("tour.mp4")).info();
+    EXPECT_EQ(info.width, 640);
+    EXPECT_EQ(info.height, 360);
+    EXPECT_NEAR(info.duration, 4, 1.0 / 30);
+
+    auto const again =
+        tavaro({"export", path("tour.recproj"), "--size", "640x360", "--fps", "30", "-o", path("tour.mp4")});
+    EXPECT_THAT(again.error + again.out, HasSubstr("tour")); // never overwritten: refused, or under another name
+    EXPECT_EQ(MovieReader(path("tour.mp4")).info(), info);
+}
+
+TEST_F(MovieCommands, polishOptionsReachTheDirector) {
+    auto const project = importMovie();
+    EXPECT_EQ(tavaro({"polish", project, "--no-background", "--no-click-highlights"}).exitCode, 0);
+    auto const document = ProjectPackage(project).load();
+    EXPECT_TRUE(document.background.isNone());
+    EXPECT_EQ(document.cursor.clickEffect, ClickEffect::none);
+    auto const report = tavaro({"polish", project, "--json"});
+    EXPECT_THAT(report.out, HasSubstr("\"zoomsAdded\":0"));
+}
+
+TEST_F(MovieCommands, whatIsNoMovieIsRefusedAndLeavesNothing) {
+    makeMovie("clip.mp4");
+    auto const whole = read("clip.mp4");
+    write("cut.mp4", whole.substr(0, 900));
+    write("empty.mp4", "");
+    write("text.mp4", "this is no movie");
+    ffmpeg({"-f", "lavfi", "-i", "sine=duration=1", path("sound.m4a")});
+    for (std::string const name : {"cut.mp4", "empty.mp4", "text.mp4", "sound.m4a", "absent.mp4"}) {
+        auto const outcome = tavaro({"import", path(name), "-o", path("tour.recproj")});
+        EXPECT_EQ(outcome.exitCode, 1) << name;
+        EXPECT_GT(outcome.error.size(), 20u) << name;
+        EXPECT_EQ(std::count(outcome.error.begin(), outcome.error.end(), '\n'), 1) << name << ": " << outcome.error;
+        EXPECT_FALSE(fs::exists(path("tour.recproj"))) << name;
+    }
+    expectFailure(tavaro({"import", path("sound.m4a"), "-o", path("tour.recproj")}), "no video track");
+}
+
+TEST_F(MovieCommands, eventsThatDoNotFitSayWhere) {
+    makeMovie("clip.mp4");
+    write("log.json", R"({"clicks":[{"t":1},{"t":"soon"}]})");
+    expectFailure(tavaro({"import", path("clip.mp4"), "--events", path("log.json"), "-o", path("tour.recproj")}),
+                  "clicks[1].t: expected a number, found a string");
+    EXPECT_FALSE(fs::exists(path("tour.recproj")));
+}
+
+TEST_F(MovieCommands, aProjectWithoutItsMovieSaysWhichOneIsMissing) {
+    auto const project = importMovie();
+    fs::remove(project + "/assets/clip.mp4");
+    expectFailure(tavaro({"frame", project, "--at", "1", "-o", path("f.png")}),
+                  "Missing asset 'clip.mp4' in the project.");
+    expectFailure(tavaro({"export", project, "-o", path("tour.mp4")}), "Missing asset 'clip.mp4' in the project.");
+    EXPECT_FALSE(fs::exists(path("tour.mp4")));
+    EXPECT_FALSE(fs::exists(path("f.png")));
+}
+
+TEST_F(MovieCommands, damagedAndMissingProjectsAreExplained) {
+    expectFailure(tavaro({"info", path("absent.recproj")}), "has no project.json");
+    fs::create_directories(path("bad.recproj"));
+    write("bad.recproj/project.json", R"({"zoomEvents":[{"scale":[]}]})");
+    expectFailure(tavaro({"polish", path("bad.recproj")}), "zoomEvents[0].scale: expected a number, found an array");
+}
+
+TEST_F(MovieCommands, placesThatCannotBeWrittenAreNamed) {
+    auto const project = importMovie();
+    write("file", "in the way");
+    expectFailure(tavaro({"import", path("clip.mp4"), "-o", path("file/tour.recproj")}), "file/tour");
+    expectFailure(tavaro({"export", project, "-o", path("file/tour.mp4")}), "Could not write the export");
+    expectFailure(tavaro({"frame", project, "--at", "0", "-o", path("file/f.png")}), "f.png");
+    expectFailure(tavaro({"import", path("clip.mp4"), "-o", project}), "exists already");
+}
+
+TEST_F(MovieCommands, aFullDiskStopsWithASentenceAndLeavesNoHalfFile) {
+    auto const project = importMovie();
+    auto const before = names(folder);
+    auto const exported = tavaroWithFilesUpTo(20'000, {"export", project, "-o", path("tour.mp4")});
+    EXPECT_EQ(exported.exitCode, 1);
+    EXPECT_THAT(exported.error, HasSubstr("Could not write the export: "));
+    auto const imported = tavaroWithFilesUpTo(20'000, {"import", path("clip.mp4"), "-o", path("second.recproj")});
+    EXPECT_EQ(imported.exitCode, 1);
+    EXPECT_EQ(names(folder), before);
+}
+
+TEST_F(MovieCommands, anInterruptedExportLeavesNoFile) {
+    auto const project = importMovie();
+    fs::create_directories(path("films"));
+    auto running = start(TAVARO_PROGRAM, {"export", project, "--preset", "youtube-4k", "-o", path("films/tour.mp4")});
+    ASSERT_TRUE(becomesTrue([&] { return !names(path("films")).empty(); }));
+    running.send(SIGINT);
+    auto const outcome = running.wait();
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_THAT(outcome.error, HasSubstr("Export cancelled."));
+    EXPECT_THAT(names(path("films")), ElementsAre());
+}
+
+TEST_F(MovieCommands, wrongUsageIsToldApartFromFailure) {
+    for (auto const& arguments : std::vector<Arguments>{{},
+                                                        {"dance"},
+                                                        {"export"},
+                                                        {"polish", "p", "--mode", "cinema"},
+                                                        {"record", "--seconds", "-4"},
+                                                        {"frame", "p", "--at", "x", "-o", "f.png"}}) {
+        auto const outcome = tavaro(arguments);
+        EXPECT_EQ(outcome.exitCode, 2);
+        EXPECT_NE(outcome.error + outcome.out, "");
+    }
+    EXPECT_EQ(tavaro({"--help"}).exitCode, 0);
+    auto const presets = tavaro({"presets", "--json"});
+    EXPECT_THAT(presets.out, HasSubstr(R"("id":"youtube-4k")"));
+    EXPECT_EQ(tavaro({"export", "p.recproj", "--preset", "cinema"}).exitCode, 1);
+}

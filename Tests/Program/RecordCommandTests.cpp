@@ -1,0 +1,109 @@
+#include "ProcessFixture.h"
+
+#include <TavaroCore/Package/ProjectPackage.h>
+#include <TavaroCore/Project/DemoProject.h>
+#include <TavaroMedia/Movie/MovieReader.h>
+
+#include <gmock/gmock.h>
+
+using namespace tavaro;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+namespace fs = std::filesystem;
+
+namespace {
+
+/// Recording from a virtual display of its own, 640 × 360.
+class RecordCommand : public ProcessFixture {
+protected:
+    RecordCommand()
+        : display_(
+              start("sh", {"-c", "exec Xvfb -displayfd 3 -screen 0 640x360x24 -nolisten tcp 3>" + path("display")})) {}
+
+    void SetUp() override {
+        bool const isUp = becomesTrue([&] { return !read("display").empty() || !display_.isRunning(); });
+        if (!isUp || !display_.isRunning()) GTEST_SKIP() << "no virtual display: " << display_.wait().error;
+        auto number = read("display");
+        number.erase(number.find_last_not_of('\n') + 1);
+        setenv("DISPLAY", (":" + number).c_str(), 1);
+    }
+    ~RecordCommand() override { unsetenv("DISPLAY"); }
+
+    fs::path recordings() const { return folder / "data/Tavaro/Recordings"; }
+    /// Whether the take under way has written something that can be read back.
+    bool hasWritten() const {
+        if (!fs::exists(recordings())) return false;
+        for (auto const& entry : fs::recursive_directory_iterator(recordings())) {
+            if (entry.path().extension() == ".mov" && entry.file_size() > 4000) return true;
+        }
+        return false;
+    }
+
+private:
+    RunningProcess display_;
+};
+
+}
+
+TEST_F(RecordCommand, aTakeOfSomeSecondsBecomesAProject) {
+    auto const outcome = tavaro({"record", "--seconds", "1.5", "-o", path("take")});
+    ASSERT_EQ(outcome.exitCode, 0) << outcome.error;
+    auto const project = ProjectPackage(path("take.recproj")).load();
+    EXPECT_EQ(project.sourceSize, (Size2{640, 360}));
+    EXPECT_NEAR(project.duration(), 1.5, 0.2);
+    EXPECT_FALSE(project.metadata->cursorSamples.empty());
+    EXPECT_THAT(names(recordings()), ElementsAre()); // the working folder has gone
+}
+
+TEST_F(RecordCommand, interruptingARecordingKeepsTheTake) {
+    auto running = start(TAVARO_PROGRAM, {"record", "-o", path("take.recproj")});
+    ASSERT_TRUE(becomesTrue([&] { return hasWritten(); }));
+    running.send(SIGINT);
+    auto const outcome = running.wait();
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.error;
+    EXPECT_GT(ProjectPackage(path("take.recproj")).load().duration(), 0.2);
+}
+
+TEST_F(RecordCommand, aTakeWhoseProgramDiedIsBroughtBack) {
+    auto running = start(TAVARO_PROGRAM, {"record", "-o", path("take.recproj")});
+    ASSERT_TRUE(becomesTrue([&] { return hasWritten(); }));
+    running.send(SIGKILL);
+    running.wait();
+    EXPECT_FALSE(fs::exists(path("take.recproj")));
+    EXPECT_THAT(tavaro({"recover"}).out, HasSubstr("(display)"));
+    auto const outcome = tavaro({"recover", "last", "-o", path("take.recproj")});
+    ASSERT_EQ(outcome.exitCode, 0) << outcome.error;
+    auto const project = ProjectPackage(path("take.recproj")).load();
+    EXPECT_GT(MovieReader(path("take.recproj/assets/" + project.timeline.clips.at(0).asset)).info().duration, 0.2);
+    EXPECT_THAT(tavaro({"recover"}).out, HasSubstr("no unfinished recording"));
+}
+
+TEST_F(RecordCommand, sourcesThatCannotBeFilmedAreExplained) {
+    for (Arguments const& source : std::vector<Arguments>{{"--area", "10,10,0,0"},
+                                                          {"--area", "5000,5000,100,100"},
+                                                          {"--area", "1,2"},
+                                                          {"--display", "display-9"},
+                                                          {"--window", "window-1"},
+                                                          {"--app", "Nobody"}}) {
+        Arguments arguments{"record", "--seconds", "1", "-o", path("take.recproj")};
+        arguments.insert(arguments.end(), source.begin(), source.end());
+        auto const outcome = tavaro(arguments);
+        EXPECT_EQ(outcome.exitCode, 1) << source[1];
+        EXPECT_GT(outcome.error.size(), 20u) << source[1];
+        EXPECT_FALSE(fs::exists(path("take.recproj"))) << source[1];
+    }
+    setenv("DISPLAY", ":987", 1);
+    EXPECT_EQ(tavaro({"record", "--seconds", "1", "-o", path("take.recproj")}).exitCode, 1);
+    EXPECT_EQ(tavaro({"sources"}).exitCode, 1);
+}
+
+TEST_F(RecordCommand, aFullDiskEndsTheTakeAndKeepsWhatWasThere) {
+    // Small enough to stop the movie's file, large enough for the take's manifest.
+    auto const outcome = tavaroWithFilesUpTo(8'000, {"record", "--seconds", "15", "-o", path("take.recproj")});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_THAT(outcome.error, HasSubstr("Could not write the recording: "));
+    EXPECT_FALSE(fs::exists(path("take.recproj")));
+    auto const recovered = tavaro({"recover", "last", "-o", path("take.recproj")});
+    ASSERT_EQ(recovered.exitCode, 0) << recovered.error;
+    EXPECT_GT(ProjectPackage(path("take.recproj")).load().duration(), 0.2);
+}
