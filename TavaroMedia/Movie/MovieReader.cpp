@@ -18,8 +18,9 @@ struct MovieReader::State {
     PictureDecoder decoder;
     MovieInfo info;
     VideoFrame first;
-    VideoFrame current; // on show
-    VideoFrame next;    // the one after it; empty at the end
+    VideoFrame current;  // on show
+    VideoFrame next;     // the one after it; empty at the end
+    bool canSeek = true; // false for bare streams of pictures, which start over instead
 
     State(std::filesystem::path const& file, MovieReaderOptions const& options)
         : decoder(file, options)
@@ -40,12 +41,13 @@ struct MovieReader::State {
 
     VideoFrame frame(double seconds) {
         auto const target = ticksAt(seconds);
-        if (isBefore(target, first) || (!next.isEmpty() && isBefore(target, next) && !isBefore(target, current)))
-            return isBefore(target, current) ? first : current;
-        auto const isBack = isBefore(target, current);
-        if (isBack || (!next.isEmpty() && decoder.isSeekWorthwhile(target, next.picture().ticks))) jump(target);
+        if (isBefore(target, current) || isFarAhead(target)) jump(target);
         while (!next.isEmpty() && !isBefore(target, next)) advance();
-        return current;
+        return isBefore(target, current) ? first : current;
+    }
+
+    bool isFarAhead(std::int64_t target) const {
+        return !next.isEmpty() && canSeek && decoder.isSeekWorthwhile(target, next.picture().ticks);
     }
 
     static bool isBefore(std::int64_t ticks, VideoFrame const& frame) { return ticks < frame.picture().ticks; }
@@ -61,12 +63,13 @@ struct MovieReader::State {
     void jump(std::int64_t target) {
         auto const& source = decoder.source();
         auto from = target;
-        for (double step = 0; from > decoder.origin() && decoder.seek(from); step = step > 0 ? 4 * step : 1) {
-            if (land(target)) return;
+        for (double step = 0; canSeek && from > decoder.origin(); step = step > 0 ? 4 * step : 1) {
+            canSeek = decoder.seek(from);
+            if (canSeek && land(target)) return;
             auto const key = source.keyFrameBefore(from);
             from = std::min(key ? *key - 1 : from - 1, from - source.ticks(step));
         }
-        if (decoder.seek(decoder.origin()) && land(first.picture().ticks)) return;
+        if (canSeek && decoder.seek(decoder.origin()) && land(first.picture().ticks)) return;
         decoder.startOver();
         current = decoder.read();
         if (current.isEmpty()) current = first;

@@ -141,7 +141,7 @@ std::int64_t MovieSource::scannedEnd() const {
     std::int64_t end = 0;
     while (other.read(*packet)) {
         auto const time = packet->pts != AV_NOPTS_VALUE ? packet->pts : packet->dts;
-        if (time != AV_NOPTS_VALUE) end = std::max(end, time + packet->duration);
+        end = std::max(end, (time != AV_NOPTS_VALUE ? time : end) + packet->duration);
         av_packet_unref(packet.get());
     }
     return end;
@@ -159,7 +159,9 @@ MovieInfo MovieSource::describe(std::int64_t firstFrameTicks) const {
     if (stream_->duration > 0) {
         info.duration = seconds(stream_->duration);
     } else if (input_->duration > 0 && input_->duration_estimation_method != AVFMT_DURATION_FROM_BITRATE) {
-        auto const start = input_->start_time == AV_NOPTS_VALUE ? 0 : input_->start_time;
+        // Matroska tells the time of the end; the others tell how long it is from the start to the end.
+        auto const isEnd = std::string_view(input_->iformat->name).starts_with("matroska");
+        auto const start = isEnd || input_->start_time == AV_NOPTS_VALUE ? 0 : input_->start_time;
         info.duration = static_cast<double>(start + input_->duration) / AV_TIME_BASE - seconds(firstFrameTicks);
     }
     describeFromIndex(info, firstFrameTicks);

@@ -65,6 +65,9 @@ ffmpeg::CodecContext openDecoder(MovieSource const& source, MovieReaderOptions c
     if (code < 0) ffmpeg::throwReading(source.file(), code);
     decoder->pkt_timebase = source.stream().time_base;
     decoder->max_pixels = largestPicture;
+    // Left to itself, the H.264 decoder forgets the last pictures of a movie when a seek was to the last open group;
+    // what is damaged comes marked as such.
+    decoder->flags |= AV_CODEC_FLAG_OUTPUT_CORRUPT;
     auto const cores = static_cast<int>(std::max(1u, std::thread::hardware_concurrency()));
     decoder->thread_count = options.threads > 0 ? options.threads : cores;
     code = avcodec_open2(decoder.get(), codec, nullptr);
