@@ -81,7 +81,7 @@ private:
     std::atomic<bool> isEnding_ = false;
 
     // The order matters: what is declared later uses what is declared earlier, and ends first.
-    SerialQueue sampleQueue_{"com.tavaro.capture.samples", SerialQueue::Urgency::prompt};
+    SerialQueue sampleQueue_{"com.tavaro.capture.samples", SerialQueue::Urgency::raised};
     std::unique_ptr<EventRecorder> events_;
     std::unique_ptr<MetadataCheckpoints> checkpoints_;
     SerialQueue screenQueue_{"com.tavaro.capture.screen", SerialQueue::Urgency::prompt};

@@ -11,6 +11,7 @@
 #include <mutex>
 #include <optional>
 #include <pthread.h>
+#include <sched.h>
 #include <spdlog/spdlog.h>
 #include <sys/resource.h>
 #include <thread>
@@ -34,7 +35,16 @@ struct Timer {
     }
 };
 
-constexpr int promptNiceness = -10;
+/// Of the calling thread. Refusals are fine: most users may not ask.
+void setUrgency(SerialQueue::Urgency urgency) {
+    constexpr int raisedNiceness = -10;
+    if (urgency == SerialQueue::Urgency::normal) return;
+    // Where sessions share the processor as groups, niceness only counts within one; the real-time class counts always.
+    sched_param const lowest{.sched_priority = sched_get_priority_min(SCHED_RR)};
+    if (urgency == SerialQueue::Urgency::prompt && pthread_setschedparam(pthread_self(), SCHED_RR, &lowest) == 0)
+        return;
+    setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), raisedNiceness);
+}
 
 /// The kernel keeps 15 bytes of a thread's name; the end of a label tells more than its start.
 std::string threadName(std::string const& label) { return label.substr(label.size() > 15 ? label.size() - 15 : 0); }
@@ -101,7 +111,7 @@ void SerialQueue::State::run() {
 SerialQueue::SerialQueue(std::string label, Urgency urgency) : state_(std::make_unique<State>()) {
     state_->label = std::move(label);
     state_->thread = std::thread([state = state_.get(), urgency] {
-        if (urgency == Urgency::prompt) setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), promptNiceness);
+        setUrgency(urgency);
         pthread_setname_np(pthread_self(), threadName(state->label).c_str());
         state->run();
     });

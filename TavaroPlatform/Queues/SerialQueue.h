@@ -15,9 +15,10 @@ class SerialQueue {
 public:
     using Task = std::function<void()>;
 
-    /// `prompt` is for work that loses something when it comes late. Its thread goes before others where the user may
-    /// ask for that; elsewhere it is `normal`.
-    enum class Urgency { normal, prompt };
+    /// How soon the thread runs when others want the processor too, as far as the system lets this user ask for it.
+    /// `raised` is for heavy work that must keep up; `prompt` for short work that loses something when it comes late:
+    /// it goes before everything else.
+    enum class Urgency { normal, raised, prompt };
 
     explicit SerialQueue(std::string label, Urgency urgency = Urgency::normal);
     /// Ends the timer, runs what is queued, joins.
