@@ -52,18 +52,17 @@ public:
     DamageReport(DamageReport const&) = delete;
     DamageReport& operator=(DamageReport const&) = delete;
 
-    bool isOf(xcb_generic_event_t const& event) const;
-    void note() { isDamaged_ = true; }
-    bool isDamaged() const { return isDamaged_; }
-    /// The rectangle around everything drawn since the last call, in the drawable's coordinates. Empties the report.
+    /// Takes in an event of the connection.
+    void handle(xcb_generic_event_t const& event);
+    bool isDamaged() const { return !drawn_.isEmpty(); }
+    /// The rectangle around everything drawn since the last call, in the drawable's coordinates; the first time all of
+    /// it. Empties the report.
     PixelRect take();
 
 private:
     Connection& connection_;
-    std::uint32_t damage_ = XCB_NONE;
-    std::uint32_t region_ = XCB_NONE;
-    bool isDamaged_ = true; // what was drawn before the report began counts as new
-    bool isFirst_ = true;
+    std::uint32_t const damage_;
+    PixelRect drawn_;
 };
 
 /// Announces to the server the extensions that grabbing needs. Throws `CaptureError` where one is missing.

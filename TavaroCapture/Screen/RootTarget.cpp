@@ -9,9 +9,15 @@
 #include <utility>
 #include <xcb/composite.h>
 #include <xcb/damage.h>
-#include <xcb/xfixes.h>
 
 namespace tavaro::x11 {
+
+namespace {
+
+constexpr int far = std::numeric_limits<std::int16_t>::max();
+constexpr PixelRect everything{-far, -far, 2 * far, 2 * far};
+
+}
 
 void prepareGrabbing(Connection& connection) {
     auto const require = [&](xcb_extension_t& extension, char const* name) {
@@ -20,42 +26,34 @@ void prepareGrabbing(Connection& connection) {
                                fmt::format("This X server cannot be recorded: it lacks the {} extension.", name));
     };
     require(xcb_damage_id, "DAMAGE");
-    require(xcb_xfixes_id, "XFIXES");
     connection.ask<xcb_damage_query_version, xcb_damage_query_version_reply>(1u, 1u);
-    connection.ask<xcb_xfixes_query_version, xcb_xfixes_query_version_reply>(4u, 0u);
     if (connection.extension(xcb_composite_id))
         connection.ask<xcb_composite_query_version, xcb_composite_query_version_reply>(0u, 4u);
 }
 
-DamageReport::DamageReport(Connection& connection, xcb_drawable_t drawable) : connection_(connection) {
-    damage_ = xcb_generate_id(connection.get());
-    region_ = xcb_generate_id(connection.get());
-    xcb_damage_create(connection.get(), damage_, drawable, XCB_DAMAGE_REPORT_LEVEL_NON_EMPTY);
-    xcb_xfixes_create_region(connection.get(), region_, 0, nullptr);
+DamageReport::DamageReport(Connection& connection, xcb_drawable_t drawable)
+    : connection_(connection)
+    , damage_(xcb_generate_id(connection.get()))
+    , drawn_(everything) {
+    xcb_damage_create(connection.get(), damage_, drawable, XCB_DAMAGE_REPORT_LEVEL_BOUNDING_BOX);
 }
 
-DamageReport::~DamageReport() {
-    xcb_damage_destroy(connection_.get(), damage_);
-    xcb_xfixes_destroy_region(connection_.get(), region_);
-}
+DamageReport::~DamageReport() { xcb_damage_destroy(connection_.get(), damage_); }
 
-bool DamageReport::isOf(xcb_generic_event_t const& event) const {
+void DamageReport::handle(xcb_generic_event_t const& event) {
     auto const* const about = connection_.extension(xcb_damage_id);
-    return about && (event.response_type & 0x7f) == about->first_event + XCB_DAMAGE_NOTIFY &&
-           reinterpret_cast<xcb_damage_notify_event_t const&>(event).damage == damage_;
+    if (!about || (event.response_type & 0x7f) != about->first_event + XCB_DAMAGE_NOTIFY) return;
+    auto const& notice = reinterpret_cast<xcb_damage_notify_event_t const&>(event);
+    if (notice.damage != damage_) return;
+    PixelRect const area{notice.area.x, notice.area.y, notice.area.width, notice.area.height};
+    drawn_ = drawn_.isEmpty() ? area : drawn_.unionWith(area);
 }
 
+/// Tells the server to begin anew, without waiting for it. Whatever is drawn before it gets there is either inside the
+/// rectangle that is returned, and read after it, or has made the rectangle grow, which sends another event.
 PixelRect DamageReport::take() {
-    isDamaged_ = false;
-    xcb_damage_subtract(connection_.get(), damage_, XCB_NONE, region_);
-    auto const region = connection_.ask<xcb_xfixes_fetch_region, xcb_xfixes_fetch_region_reply>(region_);
-    if (isFirst_ || !region) {
-        isFirst_ = false;
-        constexpr int far = std::numeric_limits<std::int16_t>::max();
-        return {-far, -far, 2 * far, 2 * far};
-    }
-    auto const& extents = region->extents;
-    return {extents.x, extents.y, extents.width, extents.height};
+    xcb_damage_subtract(connection_.get(), damage_, XCB_NONE, XCB_NONE);
+    return std::exchange(drawn_, PixelRect{});
 }
 
 namespace {
@@ -76,7 +74,7 @@ public:
     bool isDamaged() const override { return report_.isDamaged(); }
 
     void handle(xcb_generic_event_t const& event) override {
-        if (report_.isOf(event)) report_.note();
+        report_.handle(event);
         if ((event.response_type & 0x7f) != XCB_CONFIGURE_NOTIFY) return;
         auto const& change = reinterpret_cast<xcb_configure_notify_event_t const&>(event);
         if (change.window != connection_.root()) return;

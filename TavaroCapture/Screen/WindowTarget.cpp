@@ -113,9 +113,7 @@ public:
     }
 
     void handle(xcb_generic_event_t const& event) override {
-        for (auto const& layer : layers_) {
-            if (layer->report().isOf(event)) layer->report().note();
-        }
+        for (auto const& layer : layers_) layer->report().handle(event);
         switch (event.response_type & 0x7f) {
         case XCB_DESTROY_NOTIFY:
             isLost_ |= reinterpret_cast<xcb_destroy_notify_event_t const&>(event).window == main_;

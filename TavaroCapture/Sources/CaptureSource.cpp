@@ -17,6 +17,13 @@ PixelRect PixelRect::intersection(PixelRect const& other) const {
     return {left, top, std::max(right - left, 0), std::max(bottom - top, 0)};
 }
 
+PixelRect PixelRect::unionWith(PixelRect const& other) const {
+    int const left = std::min(x, other.x);
+    int const top = std::min(y, other.y);
+    return {left, top, std::max(x + width, other.x + other.width) - left,
+            std::max(y + height, other.y + other.height) - top};
+}
+
 std::string_view recordingMode(CaptureSource const& source) {
     static constexpr std::array<std::string_view, 4> names{"display", "window", "application", "area"};
     return names[source.index()];

@@ -23,6 +23,8 @@ struct PixelRect {
 
     bool isEmpty() const { return width <= 0 || height <= 0; }
     PixelRect intersection(PixelRect const& other) const;
+    /// The smallest rectangle around both.
+    PixelRect unionWith(PixelRect const& other) const;
     bool operator==(PixelRect const&) const = default;
 };
 
