@@ -44,6 +44,10 @@ void writeBytes(png_structp png, png_bytep bytes, png_size_t count) {
     if (writer.fileError != 0) png_error(png, "write failed");
 }
 
+// libpng would print these; the caller's sentence says it.
+[[noreturn]] void leave(png_structp png, png_const_charp) { png_longjmp(png, 1); }
+void ignore(png_structp, png_const_charp) {}
+
 bool isOpaque(ImageView image) {
     for (int y = 0; y < image.height; ++y) {
         auto const* row = image.row(y);
@@ -58,7 +62,7 @@ void dropAlpha(std::uint8_t* to, std::uint8_t const* from, int width) {
 }
 
 bool encode(Writer& writer, ImageView image, std::uint8_t* opaqueRow) {
-    writer.png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
+    writer.png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, leave, ignore);
     if (writer.png) writer.info = png_create_info_struct(writer.png);
     if (!writer.info) return false;
     if (setjmp(png_jmpbuf(writer.png))) return false;

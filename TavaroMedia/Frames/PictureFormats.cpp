@@ -151,8 +151,8 @@ struct GeneralConversion::Graph {
         : shape(shapeOf(picture))
         , format(format)
         , depth(format.flags & AV_PIX_FMT_FLAG_PAL ? 8 : format.comp[0].depth) {
-        auto const unreadable = AV_PIX_FMT_FLAG_HWACCEL | AV_PIX_FMT_FLAG_BITSTREAM | AV_PIX_FMT_FLAG_BAYER |
-                                AV_PIX_FMT_FLAG_FLOAT;
+        auto const unreadable =
+            AV_PIX_FMT_FLAG_HWACCEL | AV_PIX_FMT_FLAG_BITSTREAM | AV_PIX_FMT_FLAG_BAYER | AV_PIX_FMT_FLAG_FLOAT;
         if ((format.flags & unreadable) || depth > 16 || format.log2_chroma_w > 2 || format.log2_chroma_h > 2)
             refuse(&format);
         for (int c = 1; c < std::min<int>(format.nb_components, 3); ++c)
@@ -178,12 +178,17 @@ struct GeneralConversion::Graph {
 
     bool isSubsampled(int component) const { return !isRGB(format) && component > 0; }
 
+    int samples(int component, int side, int log2) const { return isSubsampled(component) ? -(-side >> log2) : side; }
+
+    // zimg wants whole chroma samples, so an odd picture goes in with its last column and row repeated, and is cropped.
+    int padded(int side, int log2) const { return isSubsampled(1) ? -(-side >> log2) << log2 : side; }
+    int paddedWidth() const { return padded(shape.width, format.log2_chroma_w); }
+    int paddedHeight() const { return padded(shape.height, format.log2_chroma_h); }
+
     void makePlanes() {
-        for (int c = 0; c < count(); ++c) {
-            auto const w = isSubsampled(c) ? format.log2_chroma_w : 0;
-            auto const h = isSubsampled(c) ? format.log2_chroma_h : 0;
-            source[c] = Plane(-(-shape.width >> w), -(-shape.height >> h), bytes());
-        }
+        for (int c = 0; c < count(); ++c)
+            source[c] = Plane(samples(c, paddedWidth(), format.log2_chroma_w),
+                              samples(c, paddedHeight(), format.log2_chroma_h), bytes());
         for (auto& plane : target) plane = Plane(shape.uprightWidth, shape.uprightHeight, 1);
     }
 
@@ -192,8 +197,9 @@ struct GeneralConversion::Graph {
         zimg_image_format to;
         zimg_image_format_default(&from, ZIMG_API_VERSION);
         zimg_image_format_default(&to, ZIMG_API_VERSION);
-        from.width = static_cast<unsigned>(shape.width);
-        from.height = static_cast<unsigned>(shape.height);
+        from.width = static_cast<unsigned>(paddedWidth());
+        from.height = static_cast<unsigned>(paddedHeight());
+        from.active_region = {0, 0, static_cast<double>(shape.width), static_cast<double>(shape.height)};
         from.pixel_type = bytes() == 1 ? ZIMG_PIXEL_BYTE : ZIMG_PIXEL_WORD;
         from.depth = static_cast<unsigned>(depth);
         from.pixel_range = shape.range == SampleRange::full ? ZIMG_RANGE_FULL : ZIMG_RANGE_LIMITED;
@@ -224,31 +230,49 @@ struct GeneralConversion::Graph {
     }
 
     void load(AVFrame const& frame) {
-        auto const isPalette = (format.flags & AV_PIX_FMT_FLAG_PAL) != 0;
         for (int c = 0; c < count(); ++c) {
-            auto const& component = format.comp[isPalette ? 0 : c];
             auto const& plane = source[c];
-            auto const* data = frame.data[component.plane];
-            for (int y = 0; y < plane.height; ++y) {
-                if (isPlanar) {
-                    std::memcpy(plane.row(y), data + std::ptrdiff_t{y} * frame.linesize[component.plane],
-                                static_cast<std::size_t>(plane.width) * static_cast<std::size_t>(bytes()));
-                } else {
-                    // A palette's entries are words of alpha, red, green, blue, the last one first in memory.
-                    av_read_image_line2(plane.row(y), const_cast<std::uint8_t const**>(frame.data), frame.linesize,
-                                        &format, 0, y, isPalette ? 2 - c : c, plane.width, isPalette, 2);
-                    if (!isPalette && component.depth < depth)
-                        spread(plane, y, depth - component.depth, component.depth);
-                }
+            auto const width = samples(c, shape.width, format.log2_chroma_w);
+            auto const height = samples(c, shape.height, format.log2_chroma_h);
+            for (int y = 0; y < height; ++y) {
+                loadRow(frame, c, y, width);
+                for (int x = width; x < plane.width; ++x)
+                    std::memcpy(plane.row(y) + x * bytes(), plane.row(y) + (width - 1) * bytes(),
+                                static_cast<std::size_t>(bytes()));
             }
+            for (int y = height; y < plane.height; ++y)
+                std::memcpy(plane.row(y), plane.row(height - 1), static_cast<std::size_t>(plane.stride));
         }
     }
 
+    void loadRow(AVFrame const& frame, int c, int y, int width) const {
+        if (format.flags & AV_PIX_FMT_FLAG_PAL) return loadIndexedRow(frame, c, y, width);
+        auto const& component = format.comp[c];
+        auto* const row = source[c].row(y);
+        if (isPlanar) {
+            auto const* data = frame.data[component.plane] + std::ptrdiff_t{y} * frame.linesize[component.plane];
+            std::memcpy(row, data, static_cast<std::size_t>(width) * static_cast<std::size_t>(bytes()));
+            return;
+        }
+        av_read_image_line2(row, const_cast<std::uint8_t const**>(frame.data), frame.linesize, &format, 0, y, c, width,
+                            0, 2);
+        if (component.depth < depth) widen(row, width, component.depth);
+    }
+
+    // A palette has 256 words of alpha, red, green and blue, from the highest byte down.
+    void loadIndexedRow(AVFrame const& frame, int c, int y, int width) const {
+        auto const* indices = frame.data[0] + std::ptrdiff_t{y} * frame.linesize[0];
+        auto const* palette = reinterpret_cast<std::uint32_t const*>(frame.data[1]);
+        auto* const samples = reinterpret_cast<std::uint16_t*>(source[c].row(y));
+        for (int x = 0; x < width; ++x) samples[x] = palette[indices[x]] >> (16 - 8 * c) & 0xFF;
+    }
+
     // Components of fewer bits than the widest (5-6-5) are widened by repeating their upper bits.
-    static void spread(Plane const& plane, int y, int missing, int depth) {
-        auto* row = reinterpret_cast<std::uint16_t*>(plane.row(y));
-        for (int x = 0; x < plane.width; ++x)
-            row[x] = static_cast<std::uint16_t>(row[x] << missing | row[x] >> std::max(0, depth - missing));
+    void widen(std::uint8_t* row, int width, int from) const {
+        auto* const samples = reinterpret_cast<std::uint16_t*>(row);
+        auto const missing = depth - from;
+        for (int x = 0; x < width; ++x)
+            samples[x] = static_cast<std::uint16_t>(samples[x] << missing | samples[x] >> std::max(0, from - missing));
     }
 
     void run() {

@@ -54,7 +54,7 @@ void configureFilm(AVCodecContext& encoder, MovieWriterSettings const& settings,
         break;
     case MovieCodec::hevc:
         options.set("preset", "ultrafast").set("profile", "main");
-        options.set("x265-params", "log-level=none:pools=" + std::to_string(threadCount(settings)));
+        options.set("x265-params", "log-level=none:open-gop=0:pools=" + std::to_string(threadCount(settings)));
         break;
     case MovieCodec::proRes422:
         encoder.bit_rate = 0;

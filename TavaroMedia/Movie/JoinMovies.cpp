@@ -18,7 +18,7 @@ namespace {
 using Kind = MediaError::Kind;
 
 bool isSameCoding(AVCodecParameters const& a, AVCodecParameters const& b) {
-    return a.codec_id == b.codec_id && a.width == b.width && a.height == b.height && a.format == b.format &&
+    return a.codec_id == b.codec_id && a.width == b.width && a.height == b.height &&
            a.extradata_size == b.extradata_size &&
            (a.extradata_size == 0 ||
             std::memcmp(a.extradata, b.extradata, static_cast<std::size_t>(a.extradata_size)) == 0);
@@ -40,12 +40,12 @@ public:
     void add(MoviePart const& part, double until) {
         auto source = opened(part.file);
         if (!source) return;
-        if (isBegun_ && !isSameCoding(*source->stream().codecpar, *parameters_.get()))
-            ffmpeg::throwReading(part.file, Kind::unsupported, "it is encoded otherwise than the parts before it");
         std::optional<std::int64_t> first;
         auto const framesBefore = result_.frameCount;
         while (source->read(*packet_)) {
             if (!isBegun_) begin(source->stream());
+            if (!isSameCoding(*source->stream().codecpar, *parameters_))
+                ffmpeg::throwReading(part.file, Kind::unsupported, "it is encoded otherwise than the parts before it");
             if (!first) first = packet_->pts == AV_NOPTS_VALUE ? packet_->dts : packet_->pts;
             place(*source, *first == AV_NOPTS_VALUE ? 0 : *first, part.start, until);
         }

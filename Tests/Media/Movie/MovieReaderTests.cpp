@@ -47,8 +47,8 @@ TEST(MovieReader, frameNIsOnShowAtItsTimeInAnyOrderOfReading) {
         settings.codec = codec;
         settings.container = MovieContainer::mov;
         auto const file = folder.path() / "numbered.mov";
-        writeNumbered(file, settings, steadyTimes(100, 30));
-        expectEveryFrame(file, 100, 30);
+        writeNumbered(file, settings, steadyTimes(50, 30));
+        expectEveryFrame(file, 50, 30);
     }
 }
 
@@ -56,33 +56,33 @@ TEST(MovieReader, frameNIsOnShowAtItsTimeInAnyOrderOfReading) {
 TEST(MovieReader, moviesOfOtherMakersAreReadFrameByFrameToo) {
     TemporaryFolder folder;
     auto const source = folder.path() / "source.mp4";
-    writeNumbered(source, smallMovie(), steadyTimes(100, 30));
+    writeNumbered(source, smallMovie(), steadyTimes(50, 30));
     auto const input = "-i '" + source.string() + "' ";
     struct Case {
         char const* name;
         char const* arguments;
     };
     Case const cases[] = {
-        {"reordered.mp4", "-c:v libx264 -bf 3 -g 24"},
+        {"reordered.mp4", "-c:v libx264 -bf 3 -g 18"},
         {"open groups.mp4", "-c:v libx264 -bf 3 -g 12 -x264-params open-gop=1"},
         {"open hevc.mov", "-c:v libx265 -g 12 -x265-params open-gop=1:bframes=4:log-level=none"},
         {"late start.mp4", "-c:v libx264 -bf 2 -output_ts_offset 3.21"},
-        {"coarse.mkv", "-c:v libx264 -bf 3 -g 24"},
-        {"late.mkv", "-c:v libx264 -g 24 -output_ts_offset 7"},
-        {"no index.ts", "-c:v libx264 -bf 2 -g 24"},
+        {"coarse.mkv", "-c:v libx264 -bf 3 -g 18"},
+        {"late.mkv", "-c:v libx264 -g 18 -output_ts_offset 7"},
+        {"no index.ts", "-c:v libx264 -bf 2 -g 18"},
         {"old.avi", "-c:v mpeg4 -g 12 -qscale 3"},
         {"mpeg2.mpg", "-c:v mpeg2video -bf 2 -g 12 -qscale 2"},
         {"all key.avi", "-c:v mjpeg -qscale 2"},
-        {"vp9.webm", "-c:v libvpx-vp9 -deadline realtime -cpu-used 8 -g 24 -b:v 2M"},
+        {"vp9.webm", "-c:v libvpx-vp9 -deadline realtime -cpu-used 8 -g 18 -b:v 2M"},
         {"fragments.mp4", "-c:v libx264 -bf 2 -g 12 -movflags +frag_keyframe+empty_moov"},
         {"animation.apng", "-c:v apng -plays 1"},
-        {"elementary.h264", "-c:v libx264 -bf 0 -g 24"},
+        {"elementary.h264", "-c:v libx264 -bf 0 -g 18"},
     };
     if (!runFFmpeg("-version > /dev/null")) GTEST_SKIP() << "no ffmpeg program";
     for (auto const& [name, arguments] : cases) {
         auto const file = folder.path() / name;
         ASSERT_TRUE(runFFmpeg(input + arguments + " '" + file.string() + "'")) << name;
-        expectEveryFrame(file, 100, 30);
+        expectEveryFrame(file, 50, 30);
     }
 }
 
@@ -178,7 +178,9 @@ TEST(MovieReader, whatIsNoMovieIsRefusedWithASentence) {
         } catch (MediaError const& error) {
             EXPECT_EQ(error.kind(), kind) << file;
             EXPECT_FALSE(error.detail().empty()) << file;
-            if (sentence) { EXPECT_STREQ(error.what(), sentence); }
+            if (sentence) {
+                EXPECT_STREQ(error.what(), sentence);
+            }
         }
     }
 }
