@@ -35,9 +35,10 @@ function(tavaro_library name)
   target_link_libraries(${name} PUBLIC TavaroOptions ${arg_USES} PRIVATE ${arg_PRIVATE})
 endfunction()
 
-# tavaro_tests(NAME FOLDER USES target…): one test program of every source file below FOLDER.
+# tavaro_tests(NAME FOLDER [ALONE] USES target…): one test program of every source file below FOLDER. ALONE keeps ctest
+# from running anything beside its tests, for what happens in real time.
 function(tavaro_tests name folder)
-  cmake_parse_arguments(PARSE_ARGV 2 arg "" "" "USES")
+  cmake_parse_arguments(PARSE_ARGV 2 arg "ALONE" "" "USES")
   file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/${folder}/*.cpp)
   if(NOT sources)
     return()
@@ -48,5 +49,5 @@ function(tavaro_tests name folder)
   if(TAVARO_SANITIZE MATCHES "thread")
     set(environment ENVIRONMENT "TSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/cmake/tsan.supp")
   endif()
-  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300 ${environment})
+  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300 RUN_SERIAL ${arg_ALONE} ${environment})
 endfunction()
