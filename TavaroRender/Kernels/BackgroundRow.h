@@ -35,6 +35,9 @@ public:
     void draw(int y, int xBegin, int xEnd, ColorPlanes& out) const;
 
     BackgroundMode mode() const { return mode_; }
+    /// Whether the vector code draws it: a gradient whose colours are in range.
+    bool isGradient() const { return isGradient_; }
+    ImageView image() const { return image_; }
     CompositeUniforms const& uniforms() const { return uniforms_; }
     /// The gradient's colours in linear light.
     Float3 linearColor(int index) const { return linear_[index]; }
@@ -45,7 +48,7 @@ private:
     CompositeUniforms uniforms_;
     ImageView image_;
     BackgroundMode mode_;
-    bool isGradient_; // of colours in range, which the vector code draws
+    bool isGradient_;
     Float3 linear_[4];
     ColorPlanes columns_;
 };

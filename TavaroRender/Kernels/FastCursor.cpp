@@ -196,12 +196,10 @@ struct Box {
     int bottom = 0;
 };
 
-int clampedTo(float v, int limit) { return static_cast<int>(std::clamp(v, 0.0f, static_cast<float>(limit))); }
-
 /// From `low` to `high` and one pixel more on each side.
 Box boxOf(Float2 low, Float2 high, MutableImageView canvas, int rowBegin, int rowEnd) {
-    return {clampedTo(low.x - 1, canvas.width), std::max(clampedTo(low.y - 1, canvas.height), rowBegin),
-            clampedTo(high.x + 2, canvas.width), std::min(clampedTo(high.y + 2, canvas.height), rowEnd)};
+    return {placeWithin(low.x - 1, canvas.width), std::max(placeWithin(low.y - 1, canvas.height), rowBegin),
+            placeWithin(high.x + 2, canvas.width), std::min(placeWithin(high.y + 2, canvas.height), rowEnd)};
 }
 
 Box around(Float2 center, float reach, MutableImageView canvas, int rowBegin, int rowEnd) {

@@ -34,8 +34,8 @@ bool loupeIsVisible(CompositeUniforms const& u) { return u.loupeRadius > 0.5f &&
 
 float leastMagnification(CompositeUniforms const& u) {
     if (!loupeIsVisible(u)) return 1;
-    // The colour fringe takes up to 0.6% per unit of magnification off the middle one.
-    auto const fringe = 1.0f - 0.006f * std::abs(u.loupeMag - 1.0f);
+    // The colour fringe takes up to 0.6% per unit of magnification off the middle one; a little more covers rounding.
+    auto const fringe = 0.999f - 0.006f * std::abs(u.loupeMag - 1.0f);
     return std::max(std::min(u.loupeMag, 1.0f) * fringe, 0.0001f);
 }
 

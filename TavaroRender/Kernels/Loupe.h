@@ -14,7 +14,7 @@ inline constexpr float loupeFlatShare = 0.78f;
 
 bool loupeIsVisible(CompositeUniforms const& uniforms);
 
-/// The smallest magnification of any point seen through the lens; 1 without one.
+/// No point is seen through the lens at a magnification below this one; 1 without a lens.
 float leastMagnification(CompositeUniforms const& uniforms);
 
 /// Magnification at a distance from the lens's middle, given as a share of its radius.

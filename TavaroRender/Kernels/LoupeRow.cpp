@@ -3,6 +3,7 @@
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
+#include <TavaroRender/Kernels/GradientVectors-inl.h>
 #include <hwy/contrib/math/math-inl.h>
 
 #include <cmath>
@@ -101,6 +102,43 @@ HWY_INLINE Vec bilinear(Corners const& t, int c) {
     return mixed(top, bottom, t.fractionY);
 }
 
+/// The background seen through the lens: no pixel grid, no dither.
+struct LensBackground {
+    BackgroundRows const& rows;
+    bool isImage;
+
+    explicit LensBackground(BackgroundRows const& rows)
+        : rows(rows)
+        , isImage(backgroundIsImage(rows.uniforms(), rows.image())) {}
+
+    /// False for gradients of colours out of range and pictures of odd layout, which the pixel formula draws.
+    bool isUsable() const {
+        if (isImage) return rows.image().stride % 4 == 0;
+        return rows.isGradient() || rows.mode() < BackgroundMode::linear || rows.mode() > BackgroundMode::aurora;
+    }
+
+    HWY_INLINE Color at(Vec x, Vec y) const {
+        auto const& uniforms = rows.uniforms();
+        auto const u = over(x, set(uniforms.canvasSize.x));
+        auto const v = over(y, set(uniforms.canvasSize.y));
+        if (isImage) {
+            // Aspect fill is a line on each axis: two of its points give it.
+            auto const image = rows.image();
+            auto const origin = aspectFillUV({0, 0}, image.width, image.height, uniforms.canvasSize);
+            auto const corner = aspectFillUV({1, 1}, image.width, image.height, uniforms.canvasSize);
+            auto const texels =
+                gather(image, mixed(set(origin.x), set(corner.x), u), mixed(set(origin.y), set(corner.y), v));
+            return {bilinear(texels, 0), bilinear(texels, 1), bilinear(texels, 2)};
+        }
+        if (rows.isGradient()) {
+            auto const color = gradient::gradientAt(rows, u, v);
+            return {mul(color.x, set(255)), mul(color.y, set(255)), mul(color.z, set(255))};
+        }
+        auto const color = backgroundColor(uniforms, {});
+        return {set(color.x * 255), set(color.y * 255), set(color.z * 255)};
+    }
+};
+
 struct Affine {
     float scale = 1;
     float offset = 0;
@@ -111,12 +149,14 @@ struct RimScene {
     CompositeUniforms const& u;
     ScreenGeometry const& g;
     ScreenSampler const& sampler;
+    LensBackground background;
     Affine mapX, mapY; // canvas to crop
 
-    RimScene(LoupeScene const& scene)
+    RimScene(LoupeScene const& scene, BackgroundRows const& rows)
         : u(scene.uniforms)
         , g(scene.geometry)
         , sampler(scene.sampler)
+        , background(rows)
         , mapX(affine(u.contentOrigin.x, u.contentSize.x, u.zoomCenter.x))
         , mapY(affine(u.contentOrigin.y, u.contentSize.y, u.zoomCenter.y)) {}
 
@@ -152,6 +192,18 @@ struct RimScene {
         }
     }
 
+    /// The recording inside its pane, the background beside it.
+    HWY_INLINE void see(Vec qx, Vec qy, Vec magnification, int first, int last, Color& sum) const {
+        auto const holds = clipHolds(qx, qy);
+        if (hn::AllTrue(Tag(), holds)) return sample(qx, qy, magnification, first, last, sum);
+        Color recorded{hn::Zero(Tag()), hn::Zero(Tag()), hn::Zero(Tag())};
+        if (!hn::AllFalse(Tag(), holds)) sample(qx, qy, magnification, first, last, recorded);
+        auto const behind = background.at(qx, qy);
+        if (first <= 0) sum.r = add(sum.r, hn::IfThenElse(holds, recorded.r, behind.r));
+        if (first <= 1 && last >= 1) sum.g = add(sum.g, hn::IfThenElse(holds, recorded.g, behind.g));
+        if (last >= 2) sum.b = add(sum.b, hn::IfThenElse(holds, recorded.b, behind.b));
+    }
+
     HWY_INLINE static void addLevel(Corners const& texels, Vec weight, int first, int last, Color& sum) {
         if (first <= 0 && last >= 0) sum.r = add(sum.r, mul(bilinear(texels, 0), weight));
         if (first <= 1 && last >= 1) sum.g = add(sum.g, mul(bilinear(texels, 1), weight));
@@ -159,14 +211,14 @@ struct RimScene {
     }
 
     HWY_INLINE Mask clipHolds(Vec x, Vec y) const {
+        if (g.isEmpty) return hn::Lt(x, x);
         auto const inX = hn::Le(hn::Abs(sub(x, set(g.fullCenter.x))), set(g.fullHalf.x));
         return hn::And(inX, hn::Le(hn::Abs(sub(y, set(g.fullCenter.y))), set(g.fullHalf.y)));
     }
 };
 
-/// What the lens's rim shows at the pixels from `x` on, or false where a tap falls beside the recording. Lanes of the
-/// middle and of the outside are worked out as if they were rim.
-HWY_INLINE bool seeRim(RimScene const& scene, Vec dx, Vec dy, Color& sum) {
+/// What the lens's rim shows at points relative to its middle. Lanes of the outside are worked out as if they were rim.
+HWY_INLINE Color seeRim(RimScene const& scene, Vec dx, Vec dy) {
     auto const& u = scene.u;
     auto const distance = size(dx, dy);
     auto const share = over(distance, set(u.loupeRadius));
@@ -175,7 +227,7 @@ HWY_INLINE bool seeRim(RimScene const& scene, Vec dx, Vec dy, Color& sum) {
     auto const hasDirection = hn::Gt(distance, hn::Zero(Tag()));
     auto const directionX = hn::IfThenElseZero(hasDirection, over(dx, distance));
     auto const directionY = hn::IfThenElseZero(hasDirection, over(dy, distance));
-    sum = {hn::Zero(Tag()), hn::Zero(Tag()), hn::Zero(Tag())};
+    Color sum{hn::Zero(Tag()), hn::Zero(Tag()), hn::Zero(Tag())};
     for (int k = 0; k < 4; ++k) {
         auto const jitter = set((static_cast<float>(k) + 0.5f) / 4 - 0.5f);
         auto const tapX = add(dx, mul(directionX, jitter));
@@ -187,37 +239,50 @@ HWY_INLINE bool seeRim(RimScene const& scene, Vec dx, Vec dy, Color& sum) {
             auto const magnification = hn::Max(mul(middle, bent), set(0.0001f));
             auto const qx = add(set(u.loupeCenter.x), over(tapX, magnification));
             auto const qy = add(set(u.loupeCenter.y), over(tapY, magnification));
-            if (!hn::AllTrue(Tag(), scene.clipHolds(qx, qy))) return false;
-            scene.sample(qx, qy, magnification, isPlain ? 0 : c, isPlain ? 2 : c, sum);
+            scene.see(qx, qy, magnification, isPlain ? 0 : c, isPlain ? 2 : c, sum);
         }
     }
-    sum = {mul(sum.r, set(0.25f)), mul(sum.g, set(0.25f)), mul(sum.b, set(0.25f))};
+    return {mul(sum.r, set(0.25f)), mul(sum.g, set(0.25f)), mul(sum.b, set(0.25f))};
+}
+
+void writeSeen(Color const& color, int x, int count, std::uint8_t* seen) {
+    alignas(64) std::int32_t pixels[64];
+    hn::StoreU(packed(color, hn::Set(TagInt(), 255)), TagInt(), pixels);
+    std::memcpy(seen + 4 * static_cast<std::ptrdiff_t>(x), pixels, 4 * static_cast<std::size_t>(count));
+}
+
+/// Calls `see(px)` for the pixel centres of a row, a vector at a time; lanes past the end repeat the last pixel.
+template<class See> HWY_INLINE void forSeen(int begin, int end, std::uint8_t* seen, See&& see) {
+    auto const n = static_cast<int>(hn::Lanes(Tag()));
+    for (int x = begin; x < end; x += n) {
+        auto const px = hn::Min(hn::Iota(Tag(), static_cast<float>(x) + 0.5f), set(static_cast<float>(end) - 0.5f));
+        writeSeen(see(px), x, std::min(n, end - x), seen);
+    }
+}
+
+/// The rim's pixels `begin` … `end` − 1; false where the vectors cannot draw them.
+bool seeRimRow(LoupeScene const& scene, BackgroundRows const& rows, int y, int begin, int end, std::uint8_t* seen) {
+    RimScene const rim(scene, rows);
+    auto const canGather = scene.geometry.isEmpty || scene.sampler.image(0).stride % 4 == 0;
+    if (!canGather || !rim.background.isUsable()) return false;
+    auto const dy = set(pixelCenter(0, y).y - scene.uniforms.loupeCenter.y);
+    forSeen(begin, end, seen,
+            [&](Vec px) HWY_ATTR { return seeRim(rim, sub(px, set(scene.uniforms.loupeCenter.x)), dy); });
     return true;
 }
 
-/// The rim's pixels `begin` … `end` − 1; those that the vectors cannot draw are worked out singly.
-void seeRimRow(LoupeScene const& scene, int y, int begin, int end, std::uint8_t* seen) {
-    Tag const tag;
-    auto const n = static_cast<int>(hn::Lanes(tag));
+/// The same for pixels of the lens's middle that show the background.
+bool seeBackgroundRow(LoupeScene const& scene, BackgroundRows const& rows, int y, int begin, int end,
+                      std::uint8_t* seen) {
+    LensBackground const background(rows);
+    if (!background.isUsable()) return false;
     auto const& u = scene.uniforms;
-    RimScene const rim(scene);
-    auto const canGather =
-        !scene.geometry.isEmpty && !scene.sampler.isEmpty() && scene.sampler.image(0).stride % 4 == 0;
-    auto const dy = set(pixelCenter(0, y).y - u.loupeCenter.y);
-    for (int x = begin; x < end; x += n) {
-        auto const count = std::min(n, end - x);
-        // Lanes past the end repeat the last pixel, so that they ask for nothing else.
-        auto const px = hn::Min(hn::Iota(tag, static_cast<float>(x) + 0.5f), set(static_cast<float>(end) - 0.5f));
-        Color color;
-        if (canGather && seeRim(rim, sub(px, set(u.loupeCenter.x)), dy, color)) {
-            alignas(64) std::int32_t pixels[64];
-            hn::StoreU(packed(color, hn::Set(TagInt(), 255)), TagInt(), pixels);
-            std::memcpy(seen + 4 * static_cast<std::ptrdiff_t>(x), pixels, 4 * static_cast<std::size_t>(count));
-            continue;
-        }
-        for (int i = x; i < x + count; ++i)
-            storePixel(seen + 4 * i, withAlpha(seenThroughLens(scene, pixelCenter(i, y) - u.loupeCenter), 1));
-    }
+    auto const magnification = set(std::max(u.loupeMag, 0.0001f));
+    auto const qy = add(set(u.loupeCenter.y), over(set(pixelCenter(0, y).y - u.loupeCenter.y), magnification));
+    forSeen(begin, end, seen, [&](Vec px) HWY_ATTR {
+        return background.at(add(set(u.loupeCenter.x), over(sub(px, set(u.loupeCenter.x)), magnification)), qy);
+    });
+    return true;
 }
 
 // --- the glass
@@ -296,6 +361,7 @@ HWY_AFTER_NAMESPACE();
 namespace tavaro {
 
 HWY_EXPORT(seeRimRow);
+HWY_EXPORT(seeBackgroundRow);
 HWY_EXPORT(layLensRow);
 
 namespace {
@@ -310,9 +376,14 @@ Columns columnsWithin(CompositeUniforms const& u, float reach, int y, int width)
     auto const dy = pixelCenter(0, y).y - u.loupeCenter.y;
     if (!(std::abs(dy) <= reach)) return {};
     auto const half = std::sqrt(reach * reach - dy * dy);
-    auto const limit = static_cast<float>(width);
-    return {static_cast<int>(std::clamp(u.loupeCenter.x - half - 1, 0.0f, limit)),
-            static_cast<int>(std::clamp(u.loupeCenter.x + half + 2, 0.0f, limit))};
+    return {placeWithin(u.loupeCenter.x - half - 1, width), placeWithin(u.loupeCenter.x + half + 2, width)};
+}
+
+void seeByFormula(LoupeScene const& scene, int y, int begin, int end, std::uint8_t* seen) {
+    for (int x = begin; x < end; ++x) {
+        auto const offset = pixelCenter(x, y) - scene.uniforms.loupeCenter;
+        storePixel(seen + 4 * x, withAlpha(seenThroughLens(scene, offset), 1));
+    }
 }
 
 bool isMiddle(CompositeUniforms const& u, int x, int y) {
@@ -322,8 +393,8 @@ bool isMiddle(CompositeUniforms const& u, int x, int y) {
 /// The pixels of one axis that lie in the middle's square and show a point of the recording's pane.
 Columns paneColumns(float lensCenter, float radius, float magnification, float paneCenter, float paneHalf, int limit) {
     auto const reach = radius * loupeFlatShare + 1;
-    auto begin = static_cast<int>(std::clamp(lensCenter - reach, 0.0f, static_cast<float>(limit)));
-    auto end = static_cast<int>(std::clamp(lensCenter + reach + 1, 0.0f, static_cast<float>(limit)));
+    auto begin = placeWithin(lensCenter - reach, limit);
+    auto end = placeWithin(lensCenter + reach + 1, limit);
     auto const shows = [&](int i) {
         auto const q = lensCenter + (static_cast<float>(i) + 0.5f - lensCenter) / magnification;
         return std::abs(q - paneCenter) <= paneHalf;
@@ -348,6 +419,7 @@ void LoupeRows::prepare(CompositePixel const& pixel, int width, int height) {
         area = {across.begin, down.begin, across.end, down.end};
     }
     if (area.isEmpty()) area = {};
+    background_.emplace(u, pixel.background(), 0);
     middle_.prepareLens(u, pixel.sampler(), area, u.loupeCenter, magnification);
 }
 
@@ -364,29 +436,28 @@ void LoupeRows::draw(CompositePixel const& pixel, ContentScratch& scratch, std::
     while (middle.begin < middle.end && !isMiddle(u, middle.begin, y)) ++middle.begin;
     while (middle.begin < middle.end && !isMiddle(u, middle.end - 1, y)) --middle.end;
     if (middle.begin >= middle.end) middle = {lens.end, lens.end};
-    HWY_DYNAMIC_DISPATCH(seeRimRow)(scene, y, lens.begin, middle.begin, seen.data());
+    for (auto const rim : {Columns{lens.begin, middle.begin}, Columns{middle.end, lens.end}})
+        if (!HWY_DYNAMIC_DISPATCH(seeRimRow)(scene, *background_, y, rim.begin, rim.end, seen.data()))
+            seeByFormula(scene, y, rim.begin, rim.end, seen.data());
     seeMiddle(scene, scratch, y, middle.begin, middle.end, seen.data());
-    HWY_DYNAMIC_DISPATCH(seeRimRow)(scene, y, middle.end, lens.end, seen.data());
     HWY_DYNAMIC_DISPATCH(layLensRow)
     (u, smoothstep(0.0f, 0.45f, u.loupePresence), y, reach.begin, reach.end, seen.data(), canvas.row(y));
 }
 
 void LoupeRows::seeMiddle(LoupeScene const& scene, ContentScratch& scratch, int y, int begin, int end,
                           std::uint8_t* seen) const {
+    if (!middle_.isUsable()) return seeByFormula(scene, y, begin, end, seen);
     auto const area = middle_.area();
-    auto planned = Columns{std::max(begin, area.left), std::min(end, area.right)};
-    auto const isPlanned = middle_.isUsable() && y >= area.top && y < area.bottom && planned.begin < planned.end;
-    if (!isPlanned) planned = {end, end};
-    for (int x = begin; x < end; ++x) {
-        if (x == planned.begin && isPlanned) x = planned.end;
-        if (x >= end) break;
-        storePixel(seen + 4 * x, withAlpha(seenThroughLens(scene, pixelCenter(x, y) - scene.uniforms.loupeCenter), 1));
-    }
-    if (!isPlanned) return;
+    Columns recorded{std::max(begin, area.left), std::min(end, area.right)};
+    if (y < area.top || y >= area.bottom || recorded.begin >= recorded.end) recorded = {end, end};
+    for (auto const beside : {Columns{begin, recorded.begin}, Columns{recorded.end, end}})
+        if (!HWY_DYNAMIC_DISPATCH(seeBackgroundRow)(scene, *background_, y, beside.begin, beside.end, seen))
+            seeByFormula(scene, y, beside.begin, beside.end, seen);
+    if (recorded.begin >= recorded.end) return;
     for (int tile = 0; tile < middle_.tileCount(); ++tile) {
         auto const left = middle_.tileBegin(tile);
-        drawContentTile(middle_, scratch, tile, y, std::max(planned.begin, left),
-                        std::min(planned.end, left + ContentPlan::tileWidth), seen);
+        drawContentTile(middle_, scratch, tile, y, std::max(recorded.begin, left),
+                        std::min(recorded.end, left + ContentPlan::tileWidth), seen);
     }
 }
 

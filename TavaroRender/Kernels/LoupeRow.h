@@ -1,9 +1,11 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 #include <TavaroMedia/Frames/Image.h>
+#include <TavaroRender/Kernels/BackgroundRow.h>
 #include <TavaroRender/Kernels/ContentPlan.h>
 #include <TavaroRender/Kernels/Loupe.h>
 
@@ -12,10 +14,9 @@ namespace tavaro {
 class CompositePixel;
 
 /// The loupe of one frame, drawn a row at a time over the finished canvas: the evenly magnified middle by the content
-/// plan, the rim and the glass by the vector unit, and what the lens shows past the recording by the pixel formula.
+/// plan, the rim, what lies past the recording, and the glass by the vector unit.
 class LoupeRows {
 public:
-    /// Whether rows can be drawn this way at all; `prepare` works out the rest.
     void prepare(CompositePixel const& pixel, int width, int height);
 
     /// Draws over one row; `seen` is working memory.
@@ -27,6 +28,7 @@ private:
                    std::uint8_t* seen) const;
 
     ContentPlan middle_;
+    std::optional<BackgroundRows> background_;
 };
 
 }

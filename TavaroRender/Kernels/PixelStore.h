@@ -21,6 +21,12 @@ inline void storePixel(std::uint8_t* p, Float4 color) {
     p[3] = channelByte(color.w);
 }
 
+/// A place along one axis as a whole number from 0 to `limit`; what is not a number is 0.
+inline int placeWithin(float v, int limit) {
+    if (!(v > 0)) return 0;
+    return v < static_cast<float>(limit) ? static_cast<int>(v) : limit;
+}
+
 /// The centre of a canvas pixel.
 inline Float2 pixelCenter(int x, int y) { return {static_cast<float>(x) + 0.5f, static_cast<float>(y) + 0.5f}; }
 

@@ -82,9 +82,8 @@ template<class Holds> Range runAround(int seed, int width, Holds&& holds) {
 
 /// The middle of the outer shape, or the point of the recording nearest to it, is in a row's run if any point is.
 template<class Holds> Range contentRun(ScreenGeometry const& g, int width, Holds&& holds) {
-    auto const middle = std::clamp(std::clamp(g.fullCenter.x, g.contentMin.x, std::max(g.contentMin.x, g.contentMax.x)),
-                                   -1.0f, static_cast<float>(width) + 1.0f);
-    auto const seed = std::clamp(static_cast<int>(std::floor(middle)), 0, width - 1);
+    auto const middle = std::clamp(g.fullCenter.x, g.contentMin.x, std::max(g.contentMin.x, g.contentMax.x));
+    auto const seed = placeWithin(middle, width - 1);
     for (auto const candidate : {seed, seed - 1, seed + 1})
         if (auto const range = runAround(candidate, width, holds); range.begin < range.end) return range;
     return {};

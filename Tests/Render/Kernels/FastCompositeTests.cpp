@@ -103,6 +103,24 @@ TEST(FastComposite, readsNothingPastTheEndsOfTheRecording) {
     }
 }
 
+TEST(FastComposite, seesThroughALensOverARecordingAtAnyScale) {
+    // The bend of the rim runs through mip levels, and scales of two stand on their borders.
+    Random random(17);
+    auto const screen = picture(random, 240, 144);
+    for (auto const zoom : {0.25f, 0.5f, 0.9f, 1.0f, 2.0f})
+        for (int step = 0; step < 16; ++step) {
+            auto u = plainLook(200, 120, 0.2f);
+            u.zoomScale = zoom;
+            u.loupeCenter = {60 + static_cast<float>(step), 50};
+            u.loupeRadius = 38;
+            u.loupeMag = 1 + 0.2f * static_cast<float>(step);
+            u.loupePresence = 1;
+            auto const wanted = drawn(CompositorBackend::reference, u, screen, Image(), 200, 120);
+            auto const got = drawn(CompositorBackend::cpu, u, screen, Image(), 200, 120);
+            ASSERT_LE(difference(wanted.view(), got.view()).largest, 1) << zoom << ", " << u.loupeMag;
+        }
+}
+
 TEST(FastComposite, forgetsABackgroundWhosePixelsChanged) {
     Image background(4, 4);
     CompositeUniforms u;
