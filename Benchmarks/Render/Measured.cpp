@@ -50,7 +50,9 @@ ProcessCost runMeasured(std::vector<std::string> const& arguments) {
     if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) {
         throw std::runtime_error("'" + arguments[0] + "' failed:\n" + said.str());
     }
-    return {took.count(), static_cast<double>(usage.ru_maxrss) / 1024};
+    auto const seconds = [](timeval const& time) { return static_cast<double>(time.tv_sec) + time.tv_usec * 1e-6; };
+    return {took.count(), seconds(usage.ru_utime) + seconds(usage.ru_stime),
+            static_cast<double>(usage.ru_maxrss) / 1024};
 }
 
 double median(std::vector<double> values) {

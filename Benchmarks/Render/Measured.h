@@ -7,7 +7,8 @@ namespace tavaro {
 
 /// What one run of a program took.
 struct ProcessCost {
-    double seconds = 0;
+    double seconds = 0;       // on the clock
+    double coreSeconds = 0;   // of all cores together
     double peakMebibytes = 0; // of memory in use at once
 };
 
