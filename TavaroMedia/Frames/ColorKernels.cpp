@@ -309,6 +309,8 @@ HWY_EXPORT(toYCbCr422);
 
 namespace {
 
+constexpr int widestVector = 2048 / 16; // in 16-bit lanes, of any processor there is a target for
+
 // Memory for `rows` rows of half the width, each with a vector's room behind it; kept for the thread's life.
 struct Scratch {
     std::int16_t* start;
@@ -316,7 +318,7 @@ struct Scratch {
 };
 Scratch scratch(int width, int rows) {
     thread_local std::vector<std::int16_t> memory;
-    int const row = (width / 2 + 2 * HWY_MAX_BYTES) & ~31;
+    int const row = (width / 2 + 2 + widestVector + 31) & ~31;
     if (memory.size() < static_cast<std::size_t>(row * rows)) memory.resize(static_cast<std::size_t>(row * rows));
     return {memory.data(), row};
 }
