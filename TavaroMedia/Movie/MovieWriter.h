@@ -49,7 +49,8 @@ public:
     int width() const;
     int height() const;
 
-    /// A free picture to fill and append; its pixels are undefined. Memory is taken from a pool of a few pictures.
+    /// A free picture to fill and append; its pixels are undefined. Memory is taken from a pool that grows with the
+    /// pictures lent out. May be called on another thread than the rest; a picture may go to another writer of its size.
     EncoderPicture picture();
 
     /// `presentationTime` is in seconds from the start of the movie, at least 0 and later than the one before, by a
