@@ -2,10 +2,10 @@
 // recording is shown each time, so mip levels count; the still layer is kept, as it is in an export.
 
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <string>
 #include <vector>
 
@@ -19,12 +19,16 @@ using namespace tavaro;
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
+/// Time that this thread had a core, so that other programs on the machine do not count.
 double millisecondsOf(auto&& work) {
-    auto const start = Clock::now();
+    auto const now = [] {
+        timespec time{};
+        clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+        return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) * 1e-6;
+    };
+    auto const start = now();
     work();
-    return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
+    return now() - start;
 }
 
 double median(std::vector<double> values) {
