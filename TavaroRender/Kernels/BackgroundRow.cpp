@@ -15,8 +15,6 @@
 HWY_BEFORE_NAMESPACE();
 namespace tavaro::HWY_NAMESPACE {
 
-using namespace gradient;
-
 float secondAuroraBand(CompositeUniforms const& u, float v) {
     return std::sin((v * 1.7f - u.time * u.bgParam.x * 1.3f) * 2.0f) * 0.5f + 0.5f;
 }

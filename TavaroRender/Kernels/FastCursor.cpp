@@ -3,6 +3,8 @@
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
+#include <TavaroRender/Kernels/FloatVectors-inl.h>
+
 #include <cmath>
 #include <cstring>
 
@@ -14,52 +16,17 @@
 HWY_BEFORE_NAMESPACE();
 namespace tavaro::HWY_NAMESPACE {
 
-namespace hn = hwy::HWY_NAMESPACE;
-
-using Tag = hn::ScalableTag<float>;
-using TagInt = hn::RebindToSigned<Tag>;
-using Vec = hn::Vec<Tag>;
-using VecInt = hn::Vec<TagInt>;
-
-HWY_INLINE Vec set(float v) { return hn::Set(Tag(), v); }
-HWY_INLINE Vec add(Vec a, Vec b) { return hn::Add(a, b); }
-HWY_INLINE Vec sub(Vec a, Vec b) { return hn::Sub(a, b); }
-HWY_INLINE Vec mul(Vec a, Vec b) { return hn::Mul(a, b); }
-HWY_INLINE Vec clamp01(Vec v) { return hn::Min(hn::Max(v, hn::Zero(Tag())), set(1)); }
-HWY_INLINE Vec mixed(Vec a, Vec b, Vec t) { return add(a, mul(sub(b, a), t)); }
-HWY_INLINE Vec size(Vec x, Vec y) { return hn::Sqrt(add(mul(x, x), mul(y, y))); }
-HWY_INLINE Vec step(float edge0, float edge1, Vec v) {
-    auto const t = clamp01(hn::Div(sub(v, set(edge0)), set(edge1 - edge0)));
-    return mul(mul(t, t), sub(set(3), mul(set(2), t)));
-}
-HWY_INLINE Vec covered(Vec distance) { return sub(set(1), step(-1, 1, distance)); }
-
 /// A vector of canvas pixels, channels 0…255.
-struct Pixels {
-    Vec r, g, b, a;
+struct CursorPixels {
+    Vec3 color;
+    Vec alpha;
 
-    HWY_INLINE void mixTo(Float3 color, Vec strength) {
-        r = mixed(r, set(color.x * 255), strength);
-        g = mixed(g, set(color.y * 255), strength);
-        b = mixed(b, set(color.z * 255), strength);
+    HWY_INLINE void mixTo(Float3 to, Vec strength) {
+        color = mixed(color, set({to.x * 255, to.y * 255, to.z * 255}), strength);
     }
-    HWY_INLINE void darken(float to, Vec strength) {
-        auto const kept = sub(set(1), mul(strength, set(1 - to)));
-        r = mul(r, kept);
-        g = mul(g, kept);
-        b = mul(b, kept);
-    }
-    HWY_INLINE void raiseAlpha(Vec strength) { a = hn::Max(a, mul(strength, set(255))); }
+    HWY_INLINE void darken(float to, Vec strength) { color = scaled(color, sub(set(1), mul(strength, set(1 - to)))); }
+    HWY_INLINE void raiseAlpha(Vec strength) { alpha = hn::Max(alpha, mul(strength, set(255))); }
 };
-
-template<int c> HWY_INLINE Vec channel(hn::VFromD<hn::RebindToUnsigned<Tag>> pixels) {
-    auto const shifted = hn::BitCast(TagInt(), hn::ShiftRight<8 * c>(pixels));
-    return hn::ConvertTo(Tag(), hn::And(shifted, hn::Set(TagInt(), 255)));
-}
-
-HWY_INLINE VecInt byteOf(Vec v) {
-    return hn::ConvertTo(TagInt(), add(hn::Min(hn::Max(v, hn::Zero(Tag())), set(255)), set(0.5f)));
-}
 
 /// Calls `draw(pixels, dx, dy)` for vectors of the pixels `begin` … `end` − 1 of a row; dx and dy are from `position`.
 template<class Draw>
@@ -77,12 +44,10 @@ HWY_INLINE void forRow(std::uint8_t* row, int y, int begin, int end, Float2 posi
             std::memcpy(memory, at, bytes);
         }
         auto* from = isWhole ? reinterpret_cast<std::int32_t*>(at) : memory;
-        auto const loaded = hn::BitCast(hn::RebindToUnsigned<Tag>(), hn::LoadU(whole, from));
-        Pixels pixels{channel<0>(loaded), channel<1>(loaded), channel<2>(loaded), channel<3>(loaded)};
+        auto const loaded = hn::LoadU(whole, from);
+        CursorPixels pixels{colorOf(loaded), channel<3>(loaded)};
         draw(pixels, sub(hn::Iota(Tag(), static_cast<float>(x) + 0.5f), set(position.x)), dy);
-        auto const packed = hn::Or(hn::Or(byteOf(pixels.r), hn::ShiftLeft<8>(byteOf(pixels.g))),
-                                   hn::Or(hn::ShiftLeft<16>(byteOf(pixels.b)), hn::ShiftLeft<24>(byteOf(pixels.a))));
-        hn::StoreU(packed, whole, from);
+        hn::StoreU(packed(pixels.color, pixels.alpha), whole, from);
         if (!isWhole) std::memcpy(at, memory, bytes);
     }
 }
@@ -92,7 +57,7 @@ void clickRow(CursorUniforms const& u, std::uint8_t* row, int y, int begin, int 
     auto const radius = u.clickRadius;
     auto const effect = static_cast<ClickShape>(u.clickEffect);
     auto const ringWidth = std::max(radius * 0.10f, 1.5f);
-    forRow(row, y, begin, end, u.position, [&](Pixels& pixels, Vec dx, Vec dy) HWY_ATTR {
+    forRow(row, y, begin, end, u.position, [&](CursorPixels& pixels, Vec dx, Vec dy) HWY_ATTR {
         auto const distance = size(dx, dy);
         if (effect == ClickShape::spotlight)
             return pixels.darken(0.45f, mul(step(radius * 0.7f, radius * 2.2f, distance), set(u.clickOpacity)));
@@ -146,7 +111,7 @@ HWY_INLINE Vec shapeDistance(CursorUniforms const& u, Vec dx, Vec dy) {
 void haloRow(CursorUniforms const& u, std::uint8_t* row, int y, int begin, int end) {
     auto const isGlow = static_cast<CursorShape>(u.style) == CursorShape::glow;
     auto const radius = u.cursorSize * (isGlow ? 0.28f : 2.6f);
-    forRow(row, y, begin, end, u.position, [&](Pixels& pixels, Vec dx, Vec dy) HWY_ATTR {
+    forRow(row, y, begin, end, u.position, [&](CursorPixels& pixels, Vec dx, Vec dy) HWY_ATTR {
         auto const distance = size(dx, dy);
         if (isGlow)
             pixels.mixTo(rgb(u.fillColor),
@@ -159,7 +124,7 @@ void haloRow(CursorUniforms const& u, std::uint8_t* row, int y, int begin, int e
 void pointerRow(CursorUniforms const& u, std::uint8_t* row, int y, int begin, int end) {
     auto const taps = cursorTaps(u.velocity);
     auto const halfStroke = std::max(u.cursorSize * 0.055f, 1.0f) / 2;
-    forRow(row, y, begin, end, u.position, [&](Pixels& pixels, Vec dx, Vec dy) HWY_ATTR {
+    forRow(row, y, begin, end, u.position, [&](CursorPixels& pixels, Vec dx, Vec dy) HWY_ATTR {
         auto fill = hn::Zero(Tag());
         auto outline = hn::Zero(Tag());
         for (int i = 0; i < taps; ++i) {

@@ -12,30 +12,10 @@
 #include <hwy/highway.h>
 
 #include <TavaroRender/Kernels/BackgroundRow.h>
+#include <TavaroRender/Kernels/FloatVectors-inl.h>
 
 HWY_BEFORE_NAMESPACE();
-namespace tavaro::HWY_NAMESPACE::gradient {
-
-namespace hn = hwy::HWY_NAMESPACE;
-
-using Tag = hn::ScalableTag<float>;
-using Vec = hn::Vec<Tag>;
-
-struct Vec3 {
-    Vec x, y, z;
-};
-
-HWY_INLINE Vec set(float v) { return hn::Set(Tag(), v); }
-HWY_INLINE Vec add(Vec a, Vec b) { return hn::Add(a, b); }
-HWY_INLINE Vec sub(Vec a, Vec b) { return hn::Sub(a, b); }
-HWY_INLINE Vec mul(Vec a, Vec b) { return hn::Mul(a, b); }
-HWY_INLINE Vec fractOf(Vec v) { return hn::Sub(v, hn::Floor(v)); }
-HWY_INLINE Vec clamp01(Vec v) { return hn::Min(hn::Max(v, hn::Zero(Tag())), set(1)); }
-HWY_INLINE Vec mixed(Vec a, Vec b, Vec t) { return add(a, mul(sub(b, a), t)); }
-HWY_INLINE Vec3 mixed(Vec3 const& a, Vec3 const& b, Vec t) {
-    return {mixed(a.x, b.x, t), mixed(a.y, b.y, t), mixed(a.z, b.z, t)};
-}
-HWY_INLINE Vec3 set(Float3 c) { return {set(c.x), set(c.y), set(c.z)}; }
+namespace tavaro::HWY_NAMESPACE {
 
 /// As the scalar hash, operation by operation.
 HWY_INLINE Vec hash(Vec x, Vec y) {
