@@ -8,6 +8,8 @@ namespace tavaro {
 namespace {
 
 constexpr double endTolerance = 0.000001;
+constexpr double membershipTolerance = 0.000001; // how far a clip may stick out of the span it is removed with
+constexpr double edgeTolerance = 0.001;          // nothing is split, and no piece left, that close to an edge
 
 }
 
@@ -44,6 +46,76 @@ std::optional<double> Timeline::endTime(double forSource) const {
     auto const& last = clips.back();
     if (std::abs(forSource - (last.sourceStart + last.sourceSpan())) > endTolerance) return std::nullopt;
     return std::min(last.outputTime(forSource), last.end());
+}
+
+double Timeline::nearestEdge(double t) const {
+    double nearest = t, distance = edgeTolerance;
+    for (auto const& clip : clips) {
+        for (double const edge : {clip.start, clip.end()}) {
+            if (std::abs(edge - t) > distance) continue;
+            nearest = edge;
+            distance = std::abs(edge - t);
+        }
+    }
+    return nearest;
+}
+
+bool Timeline::split(double at) {
+    auto const found = std::find_if(clips.begin(), clips.end(), [&](VideoClip const& clip) {
+        return clip.duration >= 0 && clip.range().contains(at);
+    });
+    if (found == clips.end()) return false;
+    double const offset = at - found->start;
+    if (!(offset > edgeTolerance && offset < found->duration - edgeTolerance)) return false;
+    auto second = *found;
+    second.id = UUID::random();
+    second.start = at;
+    second.sourceStart += offset * second.speed;
+    second.duration -= offset;
+    found->duration = offset;
+    clips.insert(found + 1, std::move(second));
+    return true;
+}
+
+void Timeline::remove(double start, double duration) {
+    if (!(duration > 0)) return;
+    double const first = nearestEdge(start), last = nearestEdge(start + duration);
+    split(first);
+    if (!split(last) && last - first <= edgeTolerance) {
+        // Too short for a piece of its own: the clip that begins there loses its head instead.
+        for (auto& clip : clips) {
+            if (std::abs(clip.start - first) > membershipTolerance || clip.end() <= last) continue;
+            clip.sourceStart += (last - first) * clip.speed;
+            clip.duration -= last - first;
+            clip.start = last;
+            break;
+        }
+    }
+    std::erase_if(clips, [&](VideoClip const& clip) {
+        return clip.start >= first - membershipTolerance &&
+               clip.start + std::max(clip.duration, 0.0) <= last + membershipTolerance;
+    });
+    closeGaps();
+}
+
+void Timeline::closeGaps() {
+    sortClips();
+    double start = 0;
+    for (auto& clip : clips) {
+        clip.start = start;
+        start += clip.duration;
+    }
+}
+
+void Timeline::trim(double start, double duration) {
+    if (start > 0) remove(0, start);
+    double const left = this->duration();
+    if (duration < left) remove(duration, left - duration);
+}
+
+void Timeline::sortClips() {
+    std::stable_sort(clips.begin(), clips.end(),
+                     [](VideoClip const& a, VideoClip const& b) { return a.start < b.start; });
 }
 
 }

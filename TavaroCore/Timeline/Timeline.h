@@ -62,6 +62,21 @@ struct Timeline {
     std::optional<double> timelineTime(double forSource) const;
     /// The output time of a source time that is the end of the last clip's span; none for any other.
     std::optional<double> endTime(double forSource) const;
+    /// The start or end of a clip that is within 0.001 s of t; t itself where none is.
+    double nearestEdge(double t) const;
+
+    /// Splits the clip shown at t in two: the first keeps its id, the second begins at t with an id of its own and
+    /// continues its source. False, and nothing changes, within 0.001 s of the clip's edges or where no clip is.
+    bool split(double at);
+    /// Cuts [start, start + duration) out and closes the gaps. An end of the span within 0.001 s of a clip's edge means
+    /// that edge; a span inside one clip may be as short as it likes.
+    void remove(double start, double duration);
+    /// Sorts the clips by start and lays them end to end from 0.
+    void closeGaps();
+    /// Keeps [start, start + duration) only; it then begins at 0.
+    void trim(double start, double duration);
+    /// By start; clips that start together keep their order.
+    void sortClips();
 
     static constexpr auto fields = std::tuple{
         field("clips", &Timeline::clips),
