@@ -69,7 +69,7 @@ struct DemoProject {
     std::vector<AudioTrack> audioTracks;
     std::vector<SilenceSpan> silences;
     std::optional<VoiceoverPlan> voiceover;
-    std::vector<RedactionTrack> redactions;
+    CopyOnWrite<std::vector<RedactionTrack>> redactions;
     RedactionSettings redactionSettings;
     std::optional<RedactionScanInfo> redactionScan;
     ExportSettings exportSettings; // stored as "export", a word that the language keeps for itself

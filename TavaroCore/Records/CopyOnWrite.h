@@ -20,10 +20,19 @@ public:
     /// The value, open for changes; unshared first when another copy holds it.
     T& edit() {
         if (value_.use_count() != 1) value_ = std::make_shared<T>(*value_);
-        return const_cast<T&>(*value_); // made above or in the constructor as a non-const T
+        return const_cast<T&>(*value_); // made here, from a non-const T
     }
 
     bool sharesWith(CopyOnWrite const& other) const { return value_ == other.value_; }
+
+    /// The value as its copies share it, to be kept and given back later.
+    std::shared_ptr<T const> const& shared() const { return value_; }
+    static CopyOnWrite sharing(std::shared_ptr<T const> value) {
+        CopyOnWrite result;
+        result.value_ = std::move(value);
+        return result;
+    }
+
     friend bool operator==(CopyOnWrite const& a, CopyOnWrite const& b) { return a.value_ == b.value_ || *a == *b; }
 
 private:

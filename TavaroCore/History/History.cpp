@@ -1,0 +1,91 @@
+#include <TavaroCore/History/History.h>
+
+namespace tavaro {
+
+History::History(DemoProject project) : History(std::move(project), Limits{}) {}
+
+History::History(DemoProject project, Limits limits) : project_(std::move(project)), limits_(limits) {}
+
+bool History::edit(std::string_view name, FunctionRef<void(DemoProject&)> change, EditGroup group) {
+    DemoProject after = project_;
+    change(after);
+    return replace(name, std::move(after), group);
+}
+
+bool History::replace(std::string_view name, DemoProject project, EditGroup group) {
+    auto back = ProjectDelta::between(project, project_);
+    if (back.isEmpty()) return false;
+    for (auto const& step : undone_) forget(step.bytes());
+    undone_.clear();
+    if (continues(name, group)) {
+        // The step then leads from here to where the whole group began.
+        auto step = std::move(done_.back());
+        done_.pop_back();
+        forget(step.bytes());
+        step.delta.apply(project_);
+        step.delta = ProjectDelta::between(project, project_);
+        if (step.delta.isEmpty()) { // dragged back to where it was
+            revision_ = step.revision;
+            return true;
+        }
+        done_.push_back(std::move(step));
+    } else {
+        done_.push_back({std::string(name), group, revision_, std::move(back)});
+    }
+    keptBytes_ += done_.back().bytes();
+    project_ = std::move(project);
+    revision_ = ++lastRevision_;
+    groupIsOpen_ = true;
+    dropWhatIsTooMuch();
+    return true;
+}
+
+bool History::continues(std::string_view name, EditGroup group) const {
+    return groupIsOpen_ && group.number != 0 && !done_.empty() && done_.back().group == group &&
+           done_.back().name == name;
+}
+
+void History::dropWhatIsTooMuch() {
+    while (done_.size() > 1 && (done_.size() > limits_.steps || keptBytes_ > limits_.keptBytes)) {
+        forget(done_.front().bytes());
+        done_.pop_front();
+    }
+}
+
+/// Goes where the step leads; what comes back is the step that leads here again.
+History::Step History::travel(Step step) {
+    forget(step.bytes());
+    step.delta = step.delta.apply(project_);
+    std::swap(step.revision, revision_);
+    groupIsOpen_ = false;
+    keptBytes_ += step.bytes();
+    return step;
+}
+
+bool History::undo() {
+    if (done_.empty()) return false;
+    auto step = std::move(done_.back());
+    done_.pop_back();
+    undone_.push_back(travel(std::move(step)));
+    return true;
+}
+
+bool History::redo() {
+    if (undone_.empty()) return false;
+    auto step = std::move(undone_.back());
+    undone_.pop_back();
+    done_.push_back(travel(std::move(step)));
+    return true;
+}
+
+std::optional<std::string_view> History::undoName() const {
+    if (done_.empty()) return std::nullopt;
+    return done_.back().name;
+}
+
+std::optional<std::string_view> History::redoName() const {
+    if (undone_.empty()) return std::nullopt;
+    return undone_.back().name;
+}
+
+}

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace tavaro {
+
+struct DemoProject;
+
+/// What turns one document into another, and nothing that both have. Shared parts (the log, the transcript) are kept
+/// as they are, shared; everything else as a compact list of changes, in which an item that only moved in time costs
+/// about a byte a number.
+class ProjectDelta {
+public:
+    ProjectDelta() = default;
+    /// Nothing is kept when the documents are equal.
+    static ProjectDelta between(DemoProject const& from, DemoProject const& to);
+
+    bool isEmpty() const { return changes_.empty(); }
+    /// Turns `from` into `to`, exactly, and returns the way back. The document must equal `from`.
+    ProjectDelta apply(DemoProject& project) const;
+    /// Memory held, with the shared parts.
+    std::size_t bytes() const;
+
+private:
+    friend class DeltaWriter;
+    friend class DeltaReader;
+
+    std::string changes_;
+    std::vector<std::shared_ptr<void const>> parts_; // in the order in which the changes name them
+    std::size_t partBytes_ = 0;
+};
+
+}
