@@ -22,28 +22,26 @@ float mapped(LensMapping const& mapping, float center, float pixel) {
     return mapping.isIdentity ? pixel : center + (pixel - center) / mapping.magnification;
 }
 
-/// False where a group of columns reaches further than two windows of its own width.
-bool fillGroup(ColumnTable& table, std::size_t first, std::vector<AxisPosition> const& positions, std::size_t group) {
+/// False where columns, or the texels after theirs, reach further than two windows of their own width.
+bool fillWindow(ColumnTable& table, std::size_t first, std::vector<AxisPosition> const& positions, std::size_t window) {
     auto lowest = positions[first].texel;
     auto highest = lowest;
-    for (std::size_t i = first; i < first + group; ++i) {
+    for (std::size_t i = first; i < first + window; ++i) {
         lowest = std::min(lowest, positions[i].texel);
         highest = std::max(highest, positions[i].texel);
     }
     auto const reach = static_cast<std::size_t>(highest - lowest);
-    if (reach + 1 >= 2 * group) return false;
-    if (reach >= group) table.isNarrow = false;
+    if (reach + 1 >= 2 * window) return false;
+    if (reach >= window) table.isNarrow = false;
     table.base.push_back(lowest);
-    for (std::size_t i = first; i < first + group; ++i) {
-        auto const index = static_cast<std::uint32_t>(positions[i].texel - lowest) * 2;
-        table.index.insert(table.index.end(), {index, index + 1});
-        table.fraction.insert(table.fraction.end(), 4, fixed15(positions[i].fraction));
+    for (std::size_t i = first; i < first + window; ++i) {
+        table.index.push_back(static_cast<std::uint16_t>(positions[i].texel - lowest));
+        table.fraction.push_back(fixed15(positions[i].fraction));
     }
     return true;
 }
 
-bool fillColumns(ColumnTable& table, std::vector<AxisPosition>& positions, int width) {
-    auto const group = static_cast<std::size_t>(resampleGroup());
+bool fillColumns(ColumnTable& table, std::vector<AxisPosition>& positions) {
     table.base.clear();
     table.index.clear();
     table.fraction.clear();
@@ -54,11 +52,13 @@ bool fillColumns(ColumnTable& table, std::vector<AxisPosition>& positions, int w
         auto const [low, high] = std::minmax_element(
             positions.begin() + static_cast<std::ptrdiff_t>(i), positions.begin() + static_cast<std::ptrdiff_t>(end),
             [](AxisPosition const& a, AxisPosition const& b) { return a.texel < b.texel; });
-        table.tiles.push_back({std::min(low->texel, width - 1), high->texel + 1});
+        table.tiles.push_back({low->texel, high->texel + 1});
     }
-    positions.resize((positions.size() + group - 1) / group * group, positions.back());
-    for (std::size_t i = 0; i < positions.size(); i += group)
-        if (!fillGroup(table, i, positions, group)) return false;
+    constexpr std::size_t widestVector = 32;
+    positions.resize((positions.size() + widestVector - 1) / widestVector * widestVector, positions.back());
+    auto const window = static_cast<std::size_t>(resampleWindow());
+    for (std::size_t i = 0; i < positions.size(); i += window)
+        if (!fillWindow(table, i, positions, window)) return false;
     return true;
 }
 
@@ -86,7 +86,7 @@ void ContentPlan::start(ScreenSampler const&, CanvasArea area, LensMapping mappi
     mapping_ = mapping;
     tapCount_ = 0;
     sharpens_ = sharpen > 0.001f;
-    isUsable_ = sharpen < 3.9f && resampleGroup() > 0;
+    isUsable_ = sharpen < 3.9f && resampleWindow() > 0;
     sharpenQuarter_ = fixed15(std::clamp(sharpen / 4, 0.0f, 1.0f));
 }
 
@@ -115,8 +115,17 @@ void ContentPlan::addLevelTap(ScreenSampler const& sampler, Float2 shift, int le
     positions.reserve(static_cast<std::size_t>(area_.right - area_.left) + 16);
     for (int x = area_.left; x < area_.right; ++x)
         positions.push_back(axisPosition(uvAt(pixelCenter(x, 0)).x, tap.image.width));
-    isUsable_ = fillColumns(tap.columns, positions, tap.image.width) && isUsable_;
+    isUsable_ = fillColumns(tap.columns, positions) && isUsable_;
     if (sharpens_ && !tap.columns.isNarrow) isUsable_ = false;
+}
+
+std::int16_t* ContentScratch::ensure(std::size_t count) {
+    if (capacity < count) {
+        memory = hwy::AllocateAligned<std::int16_t>(count);
+        if (!memory) throw std::bad_alloc();
+        capacity = count;
+    }
+    return memory.get();
 }
 
 }

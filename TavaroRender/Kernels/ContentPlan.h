@@ -5,6 +5,7 @@
 
 #include <hwy/aligned_allocator.h>
 
+#include <TavaroCore/Records/FunctionRef.h>
 #include <TavaroMedia/Frames/Image.h>
 #include <TavaroRender/Kernels/Arithmetic.h>
 
@@ -19,18 +20,18 @@ struct AxisPosition {
     float fraction = 0;
 };
 
-/// Which texels each canvas column reads, ready for the vector unit: columns stand in groups of `resampleGroup()`; a
-/// group reads a window of a blended source row from `base` on, and picks its texels out of it by `index`.
+/// Which texels each canvas column reads, ready for the vector unit: `resampleWindow()` neighbouring columns share a
+/// base, and pick their texels out of what follows it.
 struct ColumnTable {
-    std::vector<int> base;              // a texel of the source, one a group
-    std::vector<std::uint32_t> index;   // two a column: the halves of an 8-byte texel of 16-bit channels
-    std::vector<std::int16_t> fraction; // four a column, 15 bits
+    std::vector<int> base;              // a texel of the source, one a window
+    std::vector<std::uint16_t> index;   // one a column: how far its texel lies from the base
+    std::vector<std::int16_t> fraction; // one a column, 15 bits
     struct Reach {
         int first = 0;
         int end = 0;
     };
     std::vector<Reach> tiles; // texels that a tile of columns reads, one a tile
-    bool isNarrow = true;     // no group's window is wider than the group
+    bool isNarrow = true;     // no column's texel lies as far from its base as a window is wide
 };
 
 /// One weighted bilinear sample of each canvas pixel.
@@ -59,7 +60,7 @@ struct LensMapping {
 };
 
 /// How the recording is drawn into an area of the canvas. Zoom, crop and lens act on each axis alone, so that every
-/// tap is worked out once a column and once a row, and drawing is a blend of two rows, then of two columns.
+/// tap is worked out once a column and once a row, and drawing is a blend of two columns, then of two rows.
 class ContentPlan {
 public:
     /// False where the vector code cannot draw the area (a picture squeezed on one axis and enlarged on the other, or
@@ -99,15 +100,25 @@ private:
 
 /// Working memory of `drawContentTile`, one a thread.
 struct ContentScratch {
-    hwy::AlignedFreeUniquePtr<std::int16_t[]> rows;
+    hwy::AlignedFreeUniquePtr<std::int16_t[]> memory;
     std::size_t capacity = 0;
+
+    /// At least so many numbers, of any value.
+    std::int16_t* ensure(std::size_t count);
 };
 
-/// Columns that the vector unit of this machine draws at once; 0 where it has none.
-int resampleGroup();
+/// The canvas pixels of a row that are to be drawn; `out` is the row's first pixel.
+struct ContentSpan {
+    int begin = 0;
+    int end = 0;
+    std::uint8_t* out = nullptr;
+};
 
-/// Draws the canvas pixels `xBegin` … `xEnd` − 1 of row `y`, all in one tile, opaque, to `out` (the row's first pixel).
-void drawContentTile(ContentPlan const& plan, ContentScratch& scratch, int tile, int y, int xBegin, int xEnd,
-                     std::uint8_t* out);
+/// Columns that read their texels from one place on the vector unit of this machine; 0 where it has none.
+int resampleWindow();
+
+/// Draws the rows `yBegin` … `yEnd` − 1 of a tile, opaque: of each row what of `spanOf(y)` lies in the tile.
+void drawContentTile(ContentPlan const& plan, ContentScratch& scratch, int tile, int yBegin, int yEnd,
+                     FunctionRef<ContentSpan(int y)> spanOf);
 
 }

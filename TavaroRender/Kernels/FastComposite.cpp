@@ -10,7 +10,7 @@ namespace tavaro {
 namespace {
 
 /// Rows drawn tile by tile before they are finished, while they are still in the cache.
-constexpr int rowsPerBlock = 16;
+constexpr int rowsPerBlock = 32;
 
 std::size_t bytes(int pixels) { return 4 * static_cast<std::size_t>(pixels); }
 
@@ -31,10 +31,8 @@ void FastComposite::drawRows(CompositePixel const& pixel, MutableImageView canva
     for (int top = begin; top < end; top += rowsPerBlock) {
         auto const bottom = std::min(top + rowsPerBlock, end);
         if (!still_.contentArea().isEmpty()) drawContent(pixel, scratch->content, canvas, top, bottom);
-        for (int y = top; y < bottom; ++y) {
-            finishRow(canvas, y);
-            if (hasLoupe) loupe_.draw(pixel, scratch->content, scratch->seen, canvas, y);
-        }
+        for (int y = top; y < bottom; ++y) finishRow(canvas, y);
+        if (hasLoupe) loupe_.draw(pixel, scratch->content, scratch->seen, canvas, top, bottom);
     }
     giveBack(std::move(scratch));
 }
@@ -48,14 +46,10 @@ void FastComposite::drawContent(CompositePixel const& pixel, ContentScratch& scr
                            withAlpha(contentColor(pixel.uniforms(), pixel.sampler(), pixelCenter(x, y)), 1));
         return;
     }
-    for (int tile = 0; tile < content_.tileCount(); ++tile) {
-        auto const left = content_.tileBegin(tile);
-        for (int y = begin; y < end; ++y) {
-            auto const& row = still_.row(y);
-            drawContentTile(content_, scratch, tile, y, std::max(row.contentBegin, left),
-                            std::min(row.contentEnd, left + ContentPlan::tileWidth), canvas.row(y));
-        }
-    }
+    for (int tile = 0; tile < content_.tileCount(); ++tile)
+        drawContentTile(content_, scratch, tile, begin, end, [&](int y) {
+            return ContentSpan{still_.row(y).contentBegin, still_.row(y).contentEnd, canvas.row(y)};
+        });
 }
 
 void FastComposite::finishRow(MutableImageView canvas, int y) const {

@@ -24,7 +24,7 @@ private:
     /// Working memory of one band.
     struct Scratch {
         ContentScratch content;
-        std::vector<std::uint8_t> seen; // what the loupe shows of one row
+        Image seen; // what the loupe shows of a block of rows
     };
 
     void drawRows(CompositePixel const& pixel, MutableImageView canvas, int begin, int end);

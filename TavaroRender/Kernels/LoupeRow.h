@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <optional>
-#include <vector>
 
 #include <TavaroMedia/Frames/Image.h>
 #include <TavaroRender/Kernels/BackgroundRow.h>
@@ -13,19 +12,26 @@ namespace tavaro {
 
 class CompositePixel;
 
-/// The loupe of one frame, drawn a row at a time over the finished canvas: the evenly magnified middle by the content
+/// The loupe of one frame, drawn over the finished canvas: the evenly magnified middle by the content
 /// plan, the rim, what lies past the recording, and the glass by the vector unit.
 class LoupeRows {
 public:
     void prepare(CompositePixel const& pixel, int width, int height);
 
-    /// Draws over one row; `seen` is working memory.
-    void draw(CompositePixel const& pixel, ContentScratch& scratch, std::vector<std::uint8_t>& seen,
-              MutableImageView canvas, int y) const;
+    /// Draws over the rows `yBegin` … `yEnd` − 1; `seen` is working memory.
+    void draw(CompositePixel const& pixel, ContentScratch& scratch, Image& seen, MutableImageView canvas, int yBegin,
+              int yEnd) const;
+
+    /// Canvas pixels of a row, end excluded.
+    struct Columns {
+        int begin = 0;
+        int end = 0;
+    };
 
 private:
-    void seeMiddle(LoupeScene const& scene, ContentScratch& scratch, int y, int begin, int end,
-                   std::uint8_t* seen) const;
+    void seeRecording(LoupeScene const& scene, ContentScratch& scratch, Image& seen, int yBegin, int yEnd) const;
+    void seeRest(LoupeScene const& scene, int y, int width, std::uint8_t* seen) const;
+    Columns recordedColumns(CompositeUniforms const& uniforms, int y, int width) const;
 
     ContentPlan middle_;
     std::optional<BackgroundRows> background_;

@@ -1,0 +1,141 @@
+// Draws tiles of an enlarged, sharpened recording. Each source row is resampled to the canvas's columns once, at the
+// sample and one texel left and right of it; a canvas row blends those of the rows round it.
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "TavaroRender/Kernels/SharpTile.cpp"
+#include <hwy/foreach_target.h>
+#include <hwy/highway.h>
+
+#include <TavaroRender/Kernels/PlanarTexels-inl.h>
+
+#include <TavaroRender/Kernels/ContentTiles.h>
+
+HWY_BEFORE_NAMESPACE();
+namespace tavaro::HWY_NAMESPACE {
+
+#if HWY_TARGET == HWY_SCALAR
+
+void drawSharp(ContentPlan const&, ContentScratch&, int, int, int, FunctionRef<ContentSpan(int)>) {}
+
+#else
+
+namespace {
+
+/// Sums of four channels stay in 16 bits.
+constexpr int sharpBits = 5;
+
+/// A source row at the canvas's columns: `west`, `center` and `east` of each channel.
+struct SharpRow {
+    enum Kind { west, center, east };
+    static constexpr std::size_t size = 3 * channels * tileWidth;
+
+    std::int16_t* memory = nullptr;
+
+    HWY_INLINE std::int16_t* at(int channel, Kind kind) const { return memory + (3 * channel + kind) * tileWidth; }
+    HWY_INLINE Vec16 load(int channel, Kind kind, int i) const { return hn::Load(Tag16(), at(channel, kind) + i); }
+};
+
+/// The four rows round a canvas row, kept while canvas rows need them.
+class SharpRows {
+public:
+    SharpRows(Tile const& tile, ContentScratch& scratch)
+        : tile_(tile)
+        , tap_(tile.plan.tap(0))
+        , first_(tile.reach(tap_).first - 1)
+        , end_(tile.reach(tap_).end + 2)
+        , memory_(scratch.ensure(4 * SharpRow::size + TexelRow::room(first_, end_)))
+        , texels_(memory_ + 4 * SharpRow::size, first_, end_) {}
+
+    HWY_INLINE SharpRow row(int y) {
+        y = clampedRow(tap_.image, y);
+        auto const slot = static_cast<std::size_t>(y) % 4;
+        SharpRow const row{memory_ + slot * SharpRow::size};
+        if (held_[slot] != y) {
+            resample(row, y);
+            held_[slot] = y;
+        }
+        return row;
+    }
+
+private:
+    HWY_NOINLINE void resample(SharpRow const& row, int y) {
+        texels_.read<sharpBits>(tap_.image, y);
+        for (int i = 0; i < tile_.right() - tile_.left(); i += lanes()) {
+            ColumnVector const columns(tap_.columns, tile_.column() + static_cast<std::size_t>(i));
+            for (int c = 0; c < channels; ++c) {
+                Vec16 texel[4];
+                columns.pick<true, -1>(texels_, c, texel);
+                for (auto const kind : {SharpRow::west, SharpRow::center, SharpRow::east})
+                    hn::Store(lerp(texel[kind], texel[kind + 1], columns.fraction), Tag16(), row.at(c, kind) + i);
+            }
+        }
+    }
+
+    Tile const& tile_;
+    ContentTap const& tap_;
+    int first_;
+    int end_;
+    std::int16_t* memory_;
+    TexelRow texels_;
+    int held_[4]{-1, -1, -1, -1};
+};
+
+HWY_INLINE Vec16 sharpened(SharpRow const (&rows)[4], int c, int i, Vec16 fraction, Vec16 quarter) {
+    auto const middle1 = rows[1].load(c, SharpRow::center, i);
+    auto const middle2 = rows[2].load(c, SharpRow::center, i);
+    auto const north = lerp(rows[0].load(c, SharpRow::center, i), middle1, fraction);
+    auto const center = lerp(middle1, middle2, fraction);
+    auto const south = lerp(middle2, rows[3].load(c, SharpRow::center, i), fraction);
+    auto const west = lerp(rows[1].load(c, SharpRow::west, i), rows[2].load(c, SharpRow::west, i), fraction);
+    auto const east = lerp(rows[1].load(c, SharpRow::east, i), rows[2].load(c, SharpRow::east, i), fraction);
+    auto const sum = hn::Add(hn::Add(north, south), hn::Add(west, east));
+    auto const detail = hn::Sub(hn::ShiftLeft<2>(center), sum); // four times the difference from the mean
+    auto const sharp = hn::SaturatedAdd(center, hn::MulFixedPoint15(detail, quarter));
+    auto const lowest = hn::Min(hn::Min(hn::Min(north, south), hn::Min(west, east)), center);
+    auto const highest = hn::Max(hn::Max(hn::Max(north, south), hn::Max(west, east)), center);
+    return hn::Max(hn::Min(sharp, highest), lowest);
+}
+
+HWY_NOINLINE void drawRow(Tile const& tile, SharpRow const (&rows)[4], float fraction, ContentSpan const& span) {
+    auto const down = hn::Set(Tag16(), fixed15(fraction));
+    auto const quarter = hn::Set(Tag16(), tile.plan.sharpenQuarter());
+    tile.forVectors(span, [&](int i) HWY_ATTR {
+        Vec16 color[channels];
+        for (int c = 0; c < channels; ++c) color[c] = sharpened(rows, c, i, down, quarter);
+        store<sharpBits>(color, tile.left() + i, span);
+    });
+}
+
+}
+
+void drawSharp(ContentPlan const& plan, ContentScratch& scratch, int index, int yBegin, int yEnd,
+               FunctionRef<ContentSpan(int)> spanOf) {
+    Tile const tile{plan, index};
+    SharpRows source(tile, scratch);
+    for (int y = yBegin; y < yEnd; ++y) {
+        auto const span = tile.clipped(spanOf(y));
+        if (span.begin >= span.end) continue;
+        auto const position = tile.row(plan.tap(0), y);
+        SharpRow const rows[4]{source.row(position.texel - 1), source.row(position.texel),
+                               source.row(position.texel + 1), source.row(position.texel + 2)};
+        drawRow(tile, rows, position.fraction, span);
+    }
+}
+
+#endif
+
+}
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace tavaro {
+
+HWY_EXPORT(drawSharp);
+
+void drawSharpTile(ContentPlan const& plan, ContentScratch& scratch, int tile, int yBegin, int yEnd,
+                   FunctionRef<ContentSpan(int)> spanOf) {
+    HWY_DYNAMIC_DISPATCH(drawSharp)(plan, scratch, tile, yBegin, yEnd, spanOf);
+}
+
+}
+#endif
