@@ -107,7 +107,7 @@ private:
         segment.start = left->start;
         if (segment.anchor) segment.anchor = TimelineMath::map(*segment.anchor, removed);
         if (isCut(span.duration, left->duration)) {
-            if (segment.audioDuration) segment.audioDuration = left->duration;
+            segment.audioDuration = left->duration; // what a new voice has room for
             segment.isDirty = true;
         }
         return true;

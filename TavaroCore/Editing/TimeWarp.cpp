@@ -11,7 +11,7 @@ namespace {
 
 constexpr double unchangedRatio = 0.000000001; // a ratio this close to 1 changes nothing
 constexpr double shortestWarped = 0.05;        // seconds
-constexpr double insideTolerance = 0.000001;   // how far an audio clip may stick out of the range it is retimed with
+constexpr double insideTolerance = 0.001;      // how far an audio clip may stick out of the range it is retimed with
 
 /// The rule of a stretched range for each kind of item.
 struct Warp {
@@ -25,10 +25,12 @@ struct Warp {
         return range.start + ratio * (t - range.start);
     }
 
+    /// An item apart from the range only moves.
+    bool reaches(TimeRange const& span) const { return span.end() > range.start && span.start < range.end(); }
+
     TimeRange warped(TimeRange const& span) const {
-        bool const isApart = span.end() <= range.start || span.start >= range.end();
         double const start = warped(span.start);
-        return {start, std::max(isApart ? span.duration : warped(span.end()) - start, shortestWarped)};
+        return {start, reaches(span) ? std::max(warped(span.end()) - start, shortestWarped) : span.duration};
     }
 
     template<class Item> void operator()(std::vector<Item>& items) const {
@@ -45,7 +47,9 @@ private:
     void apply(LayoutCue& cue) const { cue.time = warped(cue.time); }
 
     void apply(ZoomEvent& zoom) const {
+        bool const isStretched = reaches(zoom.range());
         apply<ZoomEvent>(zoom);
+        if (!isStretched) return;
         zoom.rampIn = std::min(zoom.rampIn, zoom.duration / 2);
         zoom.rampOut = std::min(zoom.rampOut, zoom.duration / 2);
     }

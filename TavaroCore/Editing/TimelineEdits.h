@@ -38,8 +38,8 @@ void rippleInsert(DemoProject& project, double at, double duration);
 ///     items    [=]  [==]  [=]               [=]  [=====]    [=]
 ///     range        [----)         ratio 2 →      [--------)
 ///
-/// - Starts and ends inside the range are stretched, those behind it move; no item gets shorter than 0.05 s.
-/// - A zoom's ramps take at most half of it each.
+/// - Starts and ends inside the range are stretched, those behind it move; no item that the range reaches gets shorter
+///   than 0.05 s, and the ramps of such a zoom take at most half of it each.
 /// - Audio clips that lie in the range play `audioRateMultiplier` times as fast: 1 ÷ ratio keeps their sound under the
 ///   same picture. A clip that only reaches into the range keeps its speed, so split it at the range's ends first.
 /// - The length of a voice-over segment changes with it, which marks it `isDirty`.
