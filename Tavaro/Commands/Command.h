@@ -12,6 +12,7 @@ void addRecord(CLI::App& app);
 void addRecover(CLI::App& app);
 void addImport(CLI::App& app);
 void addPolish(CLI::App& app);
+void addEdit(CLI::App& app);
 void addFrame(CLI::App& app);
 void addExport(CLI::App& app);
 void addInfo(CLI::App& app);

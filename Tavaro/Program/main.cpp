@@ -21,6 +21,7 @@ int run(int argc, char** argv) {
     tavaro::commands::addRecover(app);
     tavaro::commands::addImport(app);
     tavaro::commands::addPolish(app);
+    tavaro::commands::addEdit(app);
     tavaro::commands::addFrame(app);
     tavaro::commands::addExport(app);
     tavaro::commands::addInfo(app);
