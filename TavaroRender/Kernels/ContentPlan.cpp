@@ -32,7 +32,7 @@ bool fillWindow(ColumnTable& table, std::size_t first, std::vector<AxisPosition>
     }
     auto const reach = static_cast<std::size_t>(highest - lowest);
     if (reach + 1 >= 2 * window) return false;
-    if (reach >= window) table.isNarrow = false;
+    table.reach = std::max(table.reach, static_cast<int>(reach));
     table.base.push_back(lowest);
     for (std::size_t i = first; i < first + window; ++i) {
         table.index.push_back(static_cast<std::uint16_t>(positions[i].texel - lowest));
@@ -46,7 +46,7 @@ bool fillColumns(ColumnTable& table, std::vector<AxisPosition>& positions) {
     table.index.clear();
     table.fraction.clear();
     table.tiles.clear();
-    table.isNarrow = true;
+    table.reach = 0;
     for (std::size_t i = 0; i < positions.size(); i += ContentPlan::tileWidth) {
         auto const end = std::min(positions.size(), i + ContentPlan::tileWidth);
         auto const [low, high] = std::minmax_element(
@@ -116,7 +116,7 @@ void ContentPlan::addLevelTap(ScreenSampler const& sampler, Float2 shift, int le
     for (int x = area_.left; x < area_.right; ++x)
         positions.push_back(axisPosition(uvAt(pixelCenter(x, 0)).x, tap.image.width));
     isUsable_ = fillColumns(tap.columns, positions) && isUsable_;
-    if (sharpens_ && !tap.columns.isNarrow) isUsable_ = false;
+    if (sharpens_ && tap.columns.reach >= resampleWindow()) isUsable_ = false;
 }
 
 std::int16_t* ContentScratch::ensure(std::size_t count) {

@@ -31,7 +31,7 @@ struct ColumnTable {
         int end = 0;
     };
     std::vector<Reach> tiles; // texels that a tile of columns reads, one a tile
-    bool isNarrow = true;     // no column's texel lies as far from its base as a window is wide
+    int reach = 0;            // how far a column's texel lies from its base at most
 };
 
 /// One weighted bilinear sample of each canvas pixel.

@@ -10,7 +10,7 @@ namespace tavaro {
 namespace {
 
 /// Rows drawn tile by tile before they are finished, while they are still in the cache.
-constexpr int rowsPerBlock = 32;
+constexpr int rowsPerBlock = 64;
 
 std::size_t bytes(int pixels) { return 4 * static_cast<std::size_t>(pixels); }
 

@@ -23,33 +23,48 @@ struct Corners {
     Vec fractionX, fractionY;
 };
 
+/// The two texels of a row that each `place` (in texels, from `texels` on) names, and those to their right.
+HWY_INLINE void readPairs(std::int32_t const* texels, std::int32_t const* place, bool hasRight, VecInt& left,
+                          VecInt& right) {
+    TagInt const whole;
+    auto const n = hn::Lanes(whole);
+    // Plain loads: gathers cost several times as much on many machines.
+    alignas(64) std::int32_t pairs[32];
+    if (hasRight)
+        for (std::size_t i = 0; i < n; ++i) std::memcpy(pairs + 2 * i, texels + place[i], 8);
+    else
+        for (std::size_t i = 0; i < n; ++i) pairs[2 * i] = pairs[2 * i + 1] = texels[place[i]];
+    hn::LoadInterleaved2(whole, pairs, left, right);
+}
+
 /// The four texels round each point, read from anywhere in the picture.
 HWY_INLINE Corners gather(ImageView image, Vec u, Vec v) {
     TagInt const whole;
-    auto const place = [](Vec normalised, int extent) HWY_ATTR {
-        auto const limit = set(static_cast<float>(extent));
-        return hn::Max(hn::Min(sub(mul(normalised, limit), set(0.5f)), limit), set(-1));
+    auto const position = [](Vec normalised, int extent) HWY_ATTR {
+        auto const limit = static_cast<float>(extent);
+        return hn::Max(hn::Min(sub(mul(normalised, set(limit)), set(0.5f)), set(limit - 1)), hn::Zero(Tag()));
     };
-    auto const clamped = [&](VecInt i, int extent)
-                             HWY_ATTR { return hn::Min(hn::Max(i, hn::Zero(whole)), hn::Set(whole, extent - 1)); };
-    auto const x = place(u, image.width);
-    auto const y = place(v, image.height);
-    auto const floorX = hn::Floor(x);
-    auto const floorY = hn::Floor(y);
-    auto const left = hn::ConvertTo(whole, floorX);
-    auto const top = hn::ConvertTo(whole, floorY);
-    auto const x0 = clamped(left, image.width);
-    auto const x1 = clamped(hn::Add(left, hn::Set(whole, 1)), image.width);
-    auto const rowWords = hn::Set(whole, static_cast<std::int32_t>(image.stride / 4));
-    auto const row0 = hn::Mul(clamped(top, image.height), rowWords);
-    auto const row1 = hn::Mul(clamped(hn::Add(top, hn::Set(whole, 1)), image.height), rowWords);
+    // The last texel is reached as the whole of the way from the one before.
+    auto const before = [](Vec place, int extent) HWY_ATTR {
+        return hn::Min(hn::Floor(place), set(static_cast<float>(std::max(extent - 2, 0))));
+    };
+    auto const x = position(u, image.width);
+    auto const y = position(v, image.height);
+    auto const left = before(x, image.width);
+    auto const top = before(y, image.height);
+    auto const rowWords = image.stride / 4;
+    auto const place = hn::Add(hn::Mul(hn::ConvertTo(whole, top), hn::Set(whole, static_cast<std::int32_t>(rowWords))),
+                               hn::ConvertTo(whole, left));
+    alignas(64) std::int32_t places[16];
+    hn::Store(place, whole, places);
+    Corners corners;
     auto const* texels = reinterpret_cast<std::int32_t const*>(image.pixels);
-    return {hn::GatherIndex(whole, texels, hn::Add(row0, x0)),
-            hn::GatherIndex(whole, texels, hn::Add(row0, x1)),
-            hn::GatherIndex(whole, texels, hn::Add(row1, x0)),
-            hn::GatherIndex(whole, texels, hn::Add(row1, x1)),
-            sub(x, floorX),
-            sub(y, floorY)};
+    auto const hasRight = image.width > 1;
+    readPairs(texels, places, hasRight, corners.topLeft, corners.topRight);
+    readPairs(texels + (image.height > 1 ? rowWords : 0), places, hasRight, corners.bottomLeft, corners.bottomRight);
+    corners.fractionX = sub(x, left);
+    corners.fractionY = sub(y, top);
+    return corners;
 }
 
 template<int c> HWY_INLINE Vec bilinear(Corners const& t) {

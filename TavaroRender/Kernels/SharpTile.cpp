@@ -6,7 +6,7 @@
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
-#include <TavaroRender/Kernels/PlanarTexels-inl.h>
+#include <TavaroRender/Kernels/ContentTile-inl.h>
 
 #include <TavaroRender/Kernels/ContentTiles.h>
 
@@ -23,6 +23,76 @@ namespace {
 
 /// Sums of four channels stay in 16 bits.
 constexpr int sharpBits = 5;
+
+HWY_INLINE Vec16 lerp(Vec16 a, Vec16 b, Vec16 fraction) {
+    return hn::Add(a, hn::MulFixedPoint15(hn::Sub(b, a), fraction));
+}
+
+using WordRow = TexelRow<lanes, std::int16_t>;
+
+HWY_INLINE void readWords(WordRow const& row, ImageView image, int y) {
+    row.read(image, y, [&](std::uint8_t const* texels, int x) HWY_ATTR {
+        TagU16 const tag;
+        TexelPairs const pairs(texels);
+        auto const mask = hn::Set(tag, 255);
+        auto const store = [&](int c, hn::Vec<TagU16> v) HWY_ATTR {
+            hn::StoreU(hn::BitCast(Tag16(), hn::ShiftLeft<sharpBits>(v)), Tag16(), row.at(c, x));
+        };
+        store(0, hn::And(pairs.redGreen, mask));
+        store(1, hn::ShiftRight<8>(pairs.redGreen));
+        store(2, hn::And(pairs.blueAlpha, mask));
+    });
+}
+
+/// What the columns of one vector read, from `column` of the plan on: the four texels round each sample.
+class SharpColumns {
+public:
+    HWY_INLINE SharpColumns(ColumnTable const& table, std::size_t column)
+        : base_(table.base.data() + column / window)
+        , index_(hn::LoadU(TagU16(), table.index.data() + column))
+        , fraction(hn::LoadU(Tag16(), table.fraction.data() + column)) {
+#if HWY_TARGET > HWY_AVX3_DL
+        // As places of bytes.
+        index_ = hn::Add(hn::Mul(index_, hn::Set(TagU16(), 0x0202)), hn::Set(TagU16(), 0x0100));
+#endif
+    }
+
+    /// Whether what a window reads lies within one vector.
+    static bool isNarrow(ColumnTable const& table) { return table.reach + 4 <= lanes; }
+
+    template<bool narrow> HWY_INLINE void pick(WordRow const& row, int channel, Vec16 (&out)[4]) const {
+        auto const* p = row.at(channel, base_[0] - 1);
+#if HWY_TARGET <= HWY_AVX3_DL
+        auto const low = hn::LoadU(Tag16(), p);
+        auto const high = narrow ? low : hn::LoadU(Tag16(), p + window);
+        for (int k = 0; k < 4; ++k) {
+            auto const index = hn::Add(index_, hn::Set(TagU16(), static_cast<std::uint16_t>(k)));
+            if constexpr (narrow)
+                out[k] = Vec16{_mm512_permutexvar_epi16(index.raw, low.raw)};
+            else
+                out[k] = Vec16{_mm512_permutex2var_epi16(low.raw, index.raw, high.raw)};
+        }
+#else
+        for (int k = 0; k < 4; ++k) {
+#if HWY_TARGET <= HWY_AVX2
+            hn::Half<Tag16> const half;
+            auto const* q = row.at(channel, base_[1] - 1);
+            auto const texels = hn::Combine(Tag16(), hn::LoadU(half, q + k), hn::LoadU(half, p + k));
+#else
+            auto const texels = hn::LoadU(Tag16(), p + k);
+#endif
+            out[k] = hn::TableLookupBytes(texels, hn::BitCast(Tag16(), index_));
+        }
+#endif
+    }
+
+private:
+    int const* base_;
+    hn::Vec<TagU16> index_;
+
+public:
+    Vec16 fraction;
+};
 
 /// A source row at the canvas's columns: `west`, `center` and `east` of each channel.
 struct SharpRow {
@@ -43,28 +113,32 @@ public:
         , tap_(tile.plan.tap(0))
         , first_(tile.reach(tap_).first - 1)
         , end_(tile.reach(tap_).end + 2)
-        , memory_(scratch.ensure(4 * SharpRow::size + TexelRow::room(first_, end_)))
-        , texels_(memory_ + 4 * SharpRow::size, first_, end_) {}
+        , memory_(scratch.ensure(4 * SharpRow::size + channels * WordRow::stride(first_, end_)))
+        , texels_{memory_ + 4 * SharpRow::size, first_, end_} {}
 
     HWY_INLINE SharpRow row(int y) {
         y = clampedRow(tap_.image, y);
         auto const slot = static_cast<std::size_t>(y) % 4;
         SharpRow const row{memory_ + slot * SharpRow::size};
         if (held_[slot] != y) {
-            resample(row, y);
+            if (SharpColumns::isNarrow(tap_.columns))
+                resample<true>(row, y);
+            else
+                resample<false>(row, y);
             held_[slot] = y;
         }
         return row;
     }
 
 private:
-    HWY_NOINLINE void resample(SharpRow const& row, int y) {
-        texels_.read<sharpBits>(tap_.image, y);
-        for (int i = 0; i < tile_.right() - tile_.left(); i += lanes()) {
-            ColumnVector const columns(tap_.columns, tile_.column() + static_cast<std::size_t>(i));
+    template<bool narrow> HWY_NOINLINE void resample(SharpRow const& row, int y) {
+        readWords(texels_, tap_.image, y);
+        auto const width = tile_.right() - tile_.left();
+        for (int i = 0; i < width; i += lanes) {
+            SharpColumns const columns(tap_.columns, tile_.column() + static_cast<std::size_t>(i));
             for (int c = 0; c < channels; ++c) {
                 Vec16 texel[4];
-                columns.pick<true, -1>(texels_, c, texel);
+                columns.pick<narrow>(texels_, c, texel);
                 for (auto const kind : {SharpRow::west, SharpRow::center, SharpRow::east})
                     hn::Store(lerp(texel[kind], texel[kind + 1], columns.fraction), Tag16(), row.at(c, kind) + i);
             }
@@ -76,7 +150,7 @@ private:
     int first_;
     int end_;
     std::int16_t* memory_;
-    TexelRow texels_;
+    WordRow texels_;
     int held_[4]{-1, -1, -1, -1};
 };
 

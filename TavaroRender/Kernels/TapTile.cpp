@@ -6,7 +6,7 @@
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
-#include <TavaroRender/Kernels/PlanarTexels-inl.h>
+#include <TavaroRender/Kernels/ContentTile-inl.h>
 
 #include <TavaroRender/Kernels/ContentTiles.h>
 
@@ -23,103 +23,229 @@ void drawTaps(ContentPlan const&, ContentScratch&, int, int, int, FunctionRef<Co
 
 namespace {
 
-/// The sum of all taps stays in 16 bits.
+using TagBytes = hn::Repartition<std::uint8_t, Tag16>;
+
+/// Fraction bits of the sums of all taps, which hold a channel's distance from its middle value.
 constexpr int tapBits = 7;
+constexpr int middleValue = 128;
+
+/// Texels hold distances from the middle value, so that they may be multiplied by weights of 8 bits, which share 255
+/// between a column's two texels: a tap is off by half a step at most, where black meets white.
+constexpr float weightSum = 255;
+
+using ByteRow = TexelRow<2 * lanes, std::uint8_t>;
+
+HWY_INLINE void readBytes(ByteRow const& row, ImageView image, int y) {
+    row.read(image, y, [&](std::uint8_t const* texels, int x) HWY_ATTR {
+        TagBytes const tag;
+        TexelPairs const first(texels);
+        TexelPairs const second(texels + 4 * lanes);
+        auto const store = [&](int c, hn::Vec<TagBytes> v)
+                               HWY_ATTR { hn::StoreU(hn::Xor(v, hn::Set(tag, middleValue)), tag, row.at(c, x)); };
+        auto const low = hn::BitCast(tag, first.redGreen);
+        auto const high = hn::BitCast(tag, second.redGreen);
+        store(0, hn::ConcatEven(tag, high, low));
+        store(1, hn::ConcatOdd(tag, high, low));
+        store(2, hn::ConcatEven(tag, hn::BitCast(tag, second.blueAlpha), hn::BitCast(tag, first.blueAlpha)));
+    });
+}
+
+/// What the columns of one vector read, from `column` of the plan on: two texels each.
+class TapColumns {
+public:
+    HWY_INLINE TapColumns(ColumnTable const& table, std::size_t column)
+        : base_(table.base.data() + column / window)
+        , pairs_(pairsOf(hn::LoadU(TagU16(), table.index.data() + column)))
+        , weights_(weightsOf(hn::LoadU(Tag16(), table.fraction.data() + column))) {}
+
+    HWY_INLINE Vec16 blend(ByteRow const& row, int channel) const {
+        auto const* p = row.at(channel, base_[0]);
+        TagBytes const tag;
+#if HWY_TARGET <= HWY_AVX3_DL
+        auto const texels = hn::LoadU(tag, p);
+        return Vec16{_mm512_maddubs_epi16(weights_.raw, _mm512_permutexvar_epi8(pairs_.raw, texels.raw))};
+#elif HWY_TARGET <= HWY_AVX2
+        hn::Half<TagBytes> const half;
+        auto const texels = hn::Combine(tag, hn::LoadU(half, row.at(channel, base_[1])), hn::LoadU(half, p));
+        return Vec16{_mm256_maddubs_epi16(weights_.raw, hn::TableLookupBytes(texels, pairs_).raw)};
+#else
+        return weighted(hn::TableLookupBytes(hn::LoadU(tag, p), pairs_));
+#endif
+    }
+
+private:
+    /// Bytes of a window: a column's texel and the next one.
+    static HWY_INLINE hn::Vec<TagBytes> pairsOf(hn::Vec<TagU16> index) {
+        auto const pairs = hn::Add(hn::Mul(index, hn::Set(TagU16(), 0x0101)), hn::Set(TagU16(), 0x0100));
+        return hn::BitCast(TagBytes(), pairs);
+    }
+
+    static HWY_INLINE hn::Vec<TagBytes> weightsOf(Vec16 fraction) {
+        auto const right = hn::MulFixedPoint15(fraction, hn::Set(Tag16(), 255));
+        return hn::BitCast(TagBytes(), hn::Add(hn::ShiftLeft<8>(right), hn::Sub(hn::Set(Tag16(), 255), right)));
+    }
+
+    HWY_INLINE Vec16 weighted(hn::Vec<TagBytes> texels) const {
+        // Where there is no instruction for it: the bytes of each pair by themselves.
+        auto const words = hn::BitCast(Tag16(), texels);
+        auto const weights = hn::BitCast(TagU16(), weights_);
+        auto const left = hn::BitCast(Tag16(), hn::And(weights, hn::Set(TagU16(), 255)));
+        auto const right = hn::BitCast(Tag16(), hn::ShiftRight<8>(weights));
+        return hn::Add(hn::Mul(hn::ShiftRight<8>(hn::ShiftLeft<8>(words)), left),
+                       hn::Mul(hn::ShiftRight<8>(words), right));
+    }
+
+    int const* base_;
+    hn::Vec<TagBytes> pairs_;
+    hn::Vec<TagBytes> weights_;
+};
+
+/// Motion blur samples 16 times, each on two levels.
+constexpr int maximumTaps = 32;
 
 /// Canvas rows whose sums are under way at once.
-constexpr int blockHeight = 16;
+constexpr int blockHeight = 32;
 
 constexpr std::size_t rowSize = channels * tileWidth;
 
-/// Which part of a pixel's sum a tap is.
-enum class Turn { only, first, middle, last };
+/// Taps that are added to the sums at once.
+constexpr int passTaps = 4;
 
-/// A block of canvas rows of a tile, to which the taps are added one after another.
+/// Rows of the recording in planes, as far as the taps of a tile reach, kept for the taps that come after: those of a
+/// motion blur read nearly the same rows.
+class TexelRows {
+public:
+    explicit TexelRows(Tile const& tile) : tile_(tile), slots_(tile.plan.tapCount() > 2 ? 64 : 1) {
+        for (int t = 0; t < tile.plan.tapCount(); ++t) {
+            reaches_[t] = reachOf(tile.plan.tap(t));
+            room_ = std::max(room_, channels * ByteRow::stride(reaches_[t].first, reaches_[t].end));
+        }
+    }
+
+    /// Numbers of memory to be given to `use`.
+    std::size_t room() const { return slots_ * room_ / sizeof(std::int16_t); }
+    void use(std::int16_t* memory) { memory_ = reinterpret_cast<std::uint8_t*>(memory); }
+
+    HWY_INLINE ByteRow row(int tap, int y) {
+        auto const slot = static_cast<std::size_t>(y) % slots_;
+        ByteRow const row{memory_ + slot * room_, reaches_[tap].first, reaches_[tap].end};
+        auto const& image = tile_.plan.tap(tap).image;
+        if (held_[slot] != image.row(y)) readBytes(row, image, y);
+        held_[slot] = image.row(y);
+        return row;
+    }
+
+private:
+    /// What all taps on the same picture read of a row.
+    ColumnTable::Reach reachOf(ContentTap const& tap) const {
+        auto all = tile_.reach(tap);
+        for (int t = 0; t < tile_.plan.tapCount(); ++t) {
+            auto const& other = tile_.plan.tap(t);
+            if (other.image.pixels != tap.image.pixels) continue;
+            auto const reach = tile_.reach(other);
+            all = {std::min(all.first, reach.first), std::max(all.end, reach.end)};
+        }
+        return {all.first, all.end + 1};
+    }
+
+    Tile const& tile_;
+    std::size_t slots_;
+    std::size_t room_ = 0;
+    std::uint8_t* memory_ = nullptr;
+    ColumnTable::Reach reaches_[maximumTaps];
+    std::uint8_t const* held_[64]{}; // addresses of rows
+};
+
+/// Draws a block of canvas rows of a tile: the taps are added up a few at a time.
 class TapBlock {
 public:
-    TapBlock(Tile const& tile, ContentScratch& scratch) : tile_(tile) {
-        std::size_t room = 0;
-        for (int t = 0; t < tile.plan.tapCount(); ++t) {
-            auto const reach = tile.reach(tile.plan.tap(t));
-            room = std::max(room, TexelRow::room(reach.first, reach.end + 1));
-        }
-        memory_ = scratch.ensure((2 + blockHeight) * rowSize + room);
+    TapBlock(Tile const& tile, ContentScratch& scratch) : tile_(tile), texels_(tile) {
+        constexpr auto rowRoom = static_cast<std::size_t>(2 * passTaps + blockHeight) * rowSize;
+        memory_ = scratch.ensure(rowRoom + texels_.room());
+        texels_.use(memory_ + rowRoom);
     }
 
     void draw(int begin, int end, FunctionRef<ContentSpan(int)> spanOf) {
-        auto const count = tile_.plan.tapCount();
-        for (int t = 0; t < count; ++t) {
-            auto const& tap = tile_.plan.tap(t);
-            held_[0] = held_[1] = -1;
+        for (int t = 0; t < tile_.plan.tapCount(); t += passTaps) {
+            std::fill_n(&held_[0][0], 2 * passTaps, -1);
             for (int y = begin; y < end; ++y) {
                 auto const span = tile_.clipped(spanOf(y));
-                if (span.begin >= span.end) continue;
-                auto* sum = memory_ + static_cast<std::size_t>(2 + y - begin) * rowSize;
-                if (count == 1)
-                    addRow<Turn::only>(tap, y, sum, span);
-                else if (t == 0)
-                    addRow<Turn::first>(tap, y, sum, span);
-                else if (t + 1 < count)
-                    addRow<Turn::middle>(tap, y, sum, span);
-                else
-                    addRow<Turn::last>(tap, y, sum, span);
+                if (span.begin < span.end)
+                    addTaps(t, y, memory_ + static_cast<std::size_t>(2 * passTaps + y - begin) * rowSize, span);
             }
         }
     }
 
 private:
-    template<Turn turn> HWY_NOINLINE void addRow(ContentTap const& tap, int y, std::int16_t* sum, ContentSpan span) {
-        auto const position = tile_.row(tap, y);
-        auto const* upper = row(tap, position.texel);
-        auto const* lower = row(tap, position.texel + 1);
-        auto const upperWeight = hn::Set(Tag16(), fixed15((1 - position.fraction) * tap.weight));
-        auto const lowerWeight = hn::Set(Tag16(), fixed15(position.fraction * tap.weight));
+    /// Adds the taps from `first` on to a canvas row; the last ones finish it.
+    HWY_NOINLINE void addTaps(int first, int y, std::int16_t* sums, ContentSpan const& span) {
+        auto const count = std::min(tile_.plan.tapCount() - first, passTaps);
+        WeightedRow rows[2 * passTaps];
+        for (int k = 0; k < count; ++k) {
+            auto const& tap = tile_.plan.tap(first + k);
+            auto const position = tile_.row(tap, y);
+            constexpr auto unit = static_cast<float>(1 << tapBits) / weightSum;
+            rows[2 * k] = {row(first, k, position.texel), fixed15((1 - position.fraction) * tap.weight * unit)};
+            rows[2 * k + 1] = {row(first, k, position.texel + 1), fixed15(position.fraction * tap.weight * unit)};
+        }
+        switch (count) {
+        case 1: return addRows<2>(rows, first, sums, span);
+        case 2: return addRows<4>(rows, first, sums, span);
+        case 3: return addRows<6>(rows, first, sums, span);
+        default: return addRows<8>(rows, first, sums, span);
+        }
+    }
+
+    struct WeightedRow {
+        std::int16_t const* values = nullptr;
+        std::int16_t weight = 0;
+    };
+
+    template<int count>
+    HWY_INLINE void addRows(WeightedRow const* rows, int first, std::int16_t* sums, ContentSpan const& span) {
+        static_assert(count <= 2 * passTaps);
+        auto const isLast = first + count / 2 == tile_.plan.tapCount();
+        auto const start = hn::Set(Tag16(), middleValue << tapBits);
+        Vec16 weights[count];
+        for (int k = 0; k < count; ++k) weights[k] = hn::Set(Tag16(), rows[k].weight);
         tile_.forVectors(span, [&](int i) HWY_ATTR {
             Vec16 color[channels];
             for (int c = 0; c < channels; ++c) {
                 auto const at = c * tileWidth + i;
-                auto v = hn::Add(hn::MulFixedPoint15(hn::Load(Tag16(), upper + at), upperWeight),
-                                 hn::MulFixedPoint15(hn::Load(Tag16(), lower + at), lowerWeight));
-                if (turn == Turn::middle || turn == Turn::last) v = hn::SaturatedAdd(v, hn::Load(Tag16(), sum + at));
-                if (turn == Turn::first || turn == Turn::middle) hn::Store(v, Tag16(), sum + at);
-                color[c] = v;
+                auto sum = first == 0 ? start : hn::Load(Tag16(), sums + at);
+                for (int k = 0; k < count; ++k)
+                    sum = hn::Add(sum, hn::MulFixedPoint15(hn::Load(Tag16(), rows[k].values + at), weights[k]));
+                if (!isLast) hn::Store(sum, Tag16(), sums + at);
+                color[c] = sum;
             }
-            if (turn == Turn::only || turn == Turn::last) store<tapBits>(color, tile_.left() + i, span);
+            if (isLast) store<tapBits>(color, tile_.left() + i, span);
         });
     }
 
-    /// A source row at the tile's columns. Two neighbouring rows are kept.
-    HWY_INLINE std::int16_t const* row(ContentTap const& tap, int y) {
-        y = clampedRow(tap.image, y);
-        auto const slot = static_cast<std::size_t>(y) % 2;
-        auto* out = memory_ + slot * rowSize;
-        if (held_[slot] != y) {
-            if (tap.columns.isNarrow)
-                resample<true>(tap, y, out);
-            else
-                resample<false>(tap, y, out);
-            held_[slot] = y;
-        }
+    /// A source row at the tile's columns, as tap `k` of those under way sees it. Two neighbouring rows are kept.
+    HWY_INLINE std::int16_t const* row(int first, int k, int y) {
+        y = clampedRow(tile_.plan.tap(first + k).image, y);
+        auto const slot = y % 2;
+        auto* out = memory_ + static_cast<std::size_t>(2 * k + slot) * rowSize;
+        if (held_[k][slot] != y) resample(first + k, y, out);
+        held_[k][slot] = y;
         return out;
     }
 
-    template<bool isNarrow> HWY_NOINLINE void resample(ContentTap const& tap, int y, std::int16_t* out) {
-        auto const reach = tile_.reach(tap);
-        TexelRow texels(memory_ + (2 + blockHeight) * rowSize, reach.first, reach.end + 1);
-        texels.read<tapBits>(tap.image, y);
-        for (int i = 0; i < tile_.right() - tile_.left(); i += lanes()) {
-            ColumnVector const columns(tap.columns, tile_.column() + static_cast<std::size_t>(i));
-            for (int c = 0; c < channels; ++c) {
-                Vec16 texel[2];
-                columns.pick<isNarrow, 0>(texels, c, texel);
-                hn::Store(lerp(texel[0], texel[1], columns.fraction), Tag16(), out + c * tileWidth + i);
-            }
+    HWY_NOINLINE void resample(int t, int y, std::int16_t* out) {
+        auto const texels = texels_.row(t, y);
+        auto const& table = tile_.plan.tap(t).columns;
+        auto const width = tile_.right() - tile_.left();
+        for (int i = 0; i < width; i += lanes) {
+            TapColumns const columns(table, tile_.column() + static_cast<std::size_t>(i));
+            for (int c = 0; c < channels; ++c) hn::Store(columns.blend(texels, c), Tag16(), out + c * tileWidth + i);
         }
     }
 
     Tile const& tile_;
-    std::int16_t* memory_; // two resampled source rows, the sums, and the texels of a source row
-    int held_[2]{-1, -1};
+    TexelRows texels_;
+    std::int16_t* memory_; // resampled source rows of the taps under way, the sums, and the texels of source rows
+    int held_[passTaps][2];
 };
 
 }
