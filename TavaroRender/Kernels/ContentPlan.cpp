@@ -11,11 +11,12 @@ namespace {
 
 AxisPosition axisPosition(float normalised, int size) {
     auto const position = texelPosition(normalised, size);
-    auto const texel = std::floor(position);
-    return {static_cast<int>(texel), position - texel};
+    auto texel = static_cast<int>(position);
+    if (static_cast<float>(texel) > position) --texel;
+    return {texel, position - static_cast<float>(texel)};
 }
 
-std::int16_t fixed15(float v) { return static_cast<std::int16_t>(std::min(std::lround(v * 32768.0f), 32767l)); }
+std::int16_t fixed15(float v) { return static_cast<std::int16_t>(std::min(v * 32768.0f + 0.5f, 32767.0f)); }
 
 /// Canvas point of a pixel centre, through the lens if there is one. One axis at a time, as the formula rounds.
 float mapped(LensMapping const& mapping, float center, float pixel) {
@@ -35,16 +36,14 @@ bool fillWindow(ColumnTable& table, std::size_t first, std::vector<AxisPosition>
     table.reach = std::max(table.reach, static_cast<int>(reach));
     table.base.push_back(lowest);
     for (std::size_t i = first; i < first + window; ++i) {
-        table.index.push_back(static_cast<std::uint16_t>(positions[i].texel - lowest));
-        table.fraction.push_back(fixed15(positions[i].fraction));
+        table.index[i] = static_cast<std::uint16_t>(positions[i].texel - lowest);
+        table.fraction[i] = fixed15(positions[i].fraction);
     }
     return true;
 }
 
 bool fillColumns(ColumnTable& table, std::vector<AxisPosition>& positions) {
     table.base.clear();
-    table.index.clear();
-    table.fraction.clear();
     table.tiles.clear();
     table.reach = 0;
     for (std::size_t i = 0; i < positions.size(); i += ContentPlan::tileWidth) {
@@ -56,6 +55,8 @@ bool fillColumns(ColumnTable& table, std::vector<AxisPosition>& positions) {
     }
     constexpr std::size_t widestVector = 32;
     positions.resize((positions.size() + widestVector - 1) / widestVector * widestVector, positions.back());
+    table.index.resize(positions.size());
+    table.fraction.resize(positions.size());
     auto const window = static_cast<std::size_t>(resampleWindow());
     for (std::size_t i = 0; i < positions.size(); i += window)
         if (!fillWindow(table, i, positions, window)) return false;
@@ -81,13 +82,18 @@ void ContentPlan::prepareLens(CompositeUniforms const&, ScreenSampler const& sam
     if (!area.isEmpty()) addTap(sampler, {}, sampler.level(sampler.coverage() / magnification), 1);
 }
 
-void ContentPlan::start(ScreenSampler const&, CanvasArea area, LensMapping mapping, float sharpen) {
+void ContentPlan::start(ScreenSampler const& sampler, CanvasArea area, LensMapping mapping, float sharpen) {
     area_ = area;
-    mapping_ = mapping;
     tapCount_ = 0;
     sharpens_ = sharpen > 0.001f;
     isUsable_ = sharpen < 3.9f && resampleWindow() > 0;
     sharpenQuarter_ = fixed15(std::clamp(sharpen / 4, 0.0f, 1.0f));
+    cropX_.clear();
+    cropY_.clear();
+    for (int x = area_.left; x < area_.right; ++x)
+        cropX_.push_back(sampler.cropPoint({mapped(mapping, mapping.center.x, pixelCenter(x, 0).x), 0}).x);
+    for (int y = area_.top; y < area_.bottom; ++y)
+        cropY_.push_back(sampler.cropPoint({0, mapped(mapping, mapping.center.y, pixelCenter(0, y).y)}).y);
 }
 
 void ContentPlan::addTap(ScreenSampler const& sampler, Float2 shift, float level, float weight) {
@@ -104,18 +110,13 @@ void ContentPlan::addLevelTap(ScreenSampler const& sampler, Float2 shift, int le
     auto& tap = taps_[static_cast<std::size_t>(tapCount_++)];
     tap.image = sampler.image(level);
     tap.weight = weight;
-    auto const uvAt = [&](Float2 pixel) {
-        Float2 const point{mapped(mapping_, mapping_.center.x, pixel.x), mapped(mapping_, mapping_.center.y, pixel.y)};
-        return sampler.textureUV(sampler.cropPoint(point) + shift);
-    };
     tap.rows.clear();
-    for (int y = area_.top; y < area_.bottom; ++y)
-        tap.rows.push_back(axisPosition(uvAt(pixelCenter(0, y)).y, tap.image.height));
-    std::vector<AxisPosition> positions;
-    positions.reserve(static_cast<std::size_t>(area_.right - area_.left) + 16);
-    for (int x = area_.left; x < area_.right; ++x)
-        positions.push_back(axisPosition(uvAt(pixelCenter(x, 0)).x, tap.image.width));
-    isUsable_ = fillColumns(tap.columns, positions) && isUsable_;
+    for (auto const y : cropY_)
+        tap.rows.push_back(axisPosition(sampler.textureUV({0, y + shift.y}).y, tap.image.height));
+    positions_.clear();
+    for (auto const x : cropX_)
+        positions_.push_back(axisPosition(sampler.textureUV({x + shift.x, 0}).x, tap.image.width));
+    isUsable_ = fillColumns(tap.columns, positions_) && isUsable_;
     if (sharpens_ && tap.columns.reach >= resampleWindow()) isUsable_ = false;
 }
 

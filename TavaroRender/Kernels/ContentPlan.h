@@ -90,12 +90,13 @@ private:
     void addLevelTap(ScreenSampler const& sampler, Float2 shift, int level, float weight);
 
     CanvasArea area_;
-    LensMapping mapping_;
     bool isUsable_ = false;
     bool sharpens_ = false;
     std::int16_t sharpenQuarter_ = 0;
     int tapCount_ = 0;
-    std::vector<ContentTap> taps_; // kept for their memory
+    std::vector<ContentTap> taps_;        // kept for their memory, as are those below
+    std::vector<float> cropX_, cropY_;    // of each column and row: the point of the crop it shows, unshifted
+    std::vector<AxisPosition> positions_; // of the columns of the tap being added
 };
 
 /// Working memory of `drawContentTile`, one a thread.
