@@ -23,8 +23,23 @@ float mapped(LensMapping const& mapping, float center, float pixel) {
     return mapping.isIdentity ? pixel : center + (pixel - center) / mapping.magnification;
 }
 
+/// A column as the kernel takes it.
+void fillColumn(ColumnTable& table, std::size_t i, AxisPosition position, int base, bool sharpens) {
+    auto const distance = static_cast<std::uint16_t>(position.texel - base);
+    auto const fraction = static_cast<std::uint16_t>(fixed15(position.fraction));
+    if (sharpens) {
+        table.index[i] = distance;
+        table.weight[i] = fraction;
+        return;
+    }
+    auto const right = (fraction * 255u + 0x4000u) >> 15;
+    table.index[i] = static_cast<std::uint16_t>(distance | (distance + 1u) << 8);
+    table.weight[i] = static_cast<std::uint16_t>((255u - right) | right << 8);
+}
+
 /// False where columns, or the texels after theirs, reach further than two windows of their own width.
-bool fillWindow(ColumnTable& table, std::size_t first, std::vector<AxisPosition> const& positions, std::size_t window) {
+bool fillWindow(ColumnTable& table, std::size_t first, std::vector<AxisPosition> const& positions, std::size_t window,
+                bool sharpens) {
     auto lowest = positions[first].texel;
     auto highest = lowest;
     for (std::size_t i = first; i < first + window; ++i) {
@@ -35,14 +50,11 @@ bool fillWindow(ColumnTable& table, std::size_t first, std::vector<AxisPosition>
     if (reach + 1 >= 2 * window) return false;
     table.reach = std::max(table.reach, static_cast<int>(reach));
     table.base.push_back(lowest);
-    for (std::size_t i = first; i < first + window; ++i) {
-        table.index[i] = static_cast<std::uint16_t>(positions[i].texel - lowest);
-        table.fraction[i] = fixed15(positions[i].fraction);
-    }
+    for (std::size_t i = first; i < first + window; ++i) fillColumn(table, i, positions[i], lowest, sharpens);
     return true;
 }
 
-bool fillColumns(ColumnTable& table, std::vector<AxisPosition>& positions) {
+bool fillColumns(ColumnTable& table, std::vector<AxisPosition>& positions, bool sharpens) {
     table.base.clear();
     table.tiles.clear();
     table.reach = 0;
@@ -56,10 +68,10 @@ bool fillColumns(ColumnTable& table, std::vector<AxisPosition>& positions) {
     constexpr std::size_t widestVector = 32;
     positions.resize((positions.size() + widestVector - 1) / widestVector * widestVector, positions.back());
     table.index.resize(positions.size());
-    table.fraction.resize(positions.size());
+    table.weight.resize(positions.size());
     auto const window = static_cast<std::size_t>(resampleWindow());
     for (std::size_t i = 0; i < positions.size(); i += window)
-        if (!fillWindow(table, i, positions, window)) return false;
+        if (!fillWindow(table, i, positions, window, sharpens)) return false;
     return true;
 }
 
@@ -109,14 +121,17 @@ void ContentPlan::addLevelTap(ScreenSampler const& sampler, Float2 shift, int le
     if (static_cast<std::size_t>(tapCount_) == taps_.size()) taps_.emplace_back();
     auto& tap = taps_[static_cast<std::size_t>(tapCount_++)];
     tap.image = sampler.image(level);
-    tap.weight = weight;
     tap.rows.clear();
-    for (auto const y : cropY_)
-        tap.rows.push_back(axisPosition(sampler.textureUV({0, y + shift.y}).y, tap.image.height));
+    for (auto const y : cropY_) {
+        auto const position = axisPosition(sampler.textureUV({0, y + shift.y}).y, tap.image.height);
+        auto const share = weight * 128 / 255;
+        tap.rows.push_back({position.texel, fixed15(position.fraction), fixed15((1 - position.fraction) * share),
+                            fixed15(position.fraction * share)});
+    }
     positions_.clear();
     for (auto const x : cropX_)
         positions_.push_back(axisPosition(sampler.textureUV({x + shift.x, 0}).x, tap.image.width));
-    isUsable_ = fillColumns(tap.columns, positions_) && isUsable_;
+    isUsable_ = fillColumns(tap.columns, positions_, sharpens_) && isUsable_;
     if (sharpens_ && tap.columns.reach >= resampleWindow()) isUsable_ = false;
 }
 

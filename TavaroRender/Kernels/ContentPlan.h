@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <new>
 #include <vector>
 
 #include <hwy/aligned_allocator.h>
@@ -20,12 +21,28 @@ struct AxisPosition {
     float fraction = 0;
 };
 
+/// Starts where vectors do.
+template<class T> struct VectorAllocator {
+    using value_type = T;
+    static constexpr std::align_val_t alignment{64};
+
+    VectorAllocator() = default;
+    template<class U> VectorAllocator(VectorAllocator<U> const&) {}
+    T* allocate(std::size_t count) { return static_cast<T*>(::operator new(count * sizeof(T), alignment)); }
+    void deallocate(T* memory, std::size_t) { ::operator delete(memory, alignment); }
+    bool operator==(VectorAllocator const&) const = default;
+};
+
 /// Which texels each canvas column reads, ready for the vector unit: `resampleWindow()` neighbouring columns share a
 /// base, and pick their texels out of what follows it.
 struct ColumnTable {
-    std::vector<int> base;              // a texel of the source, one a window
-    std::vector<std::uint16_t> index;   // one a column: how far its texel lies from the base
-    std::vector<std::int16_t> fraction; // one a column, 15 bits
+    std::vector<int> base; // a texel of the source, one a window
+
+    // One a column. A sharpened plan has how far the column's texel lies from the base, and the fraction in 15 bits;
+    // another one has that of its two texels, a byte each, and their weights, which share 255.
+    std::vector<std::uint16_t, VectorAllocator<std::uint16_t>> index;
+    std::vector<std::uint16_t, VectorAllocator<std::uint16_t>> weight;
+
     struct Reach {
         int first = 0;
         int end = 0;
@@ -34,11 +51,19 @@ struct ColumnTable {
     int reach = 0;            // how far a column's texel lies from its base at most
 };
 
+/// The row of texels at or above a sample.
+struct RowPosition {
+    int texel = 0;
+    std::int16_t fraction = 0; // towards the next row, 15 bits
+    // The shares of the two rows in the pixel, 15 bits: their weights add up to the tap's, times 128 / 255.
+    std::int16_t upperWeight = 0;
+    std::int16_t lowerWeight = 0;
+};
+
 /// One weighted bilinear sample of each canvas pixel.
 struct ContentTap {
     ImageView image;
-    float weight = 1;
-    std::vector<AxisPosition> rows;
+    std::vector<RowPosition> rows;
     ColumnTable columns;
 };
 

@@ -39,8 +39,6 @@ constexpr int window = 32;
 constexpr int window = 8;
 #endif
 
-HWY_INLINE std::int16_t fixed15(float v) { return static_cast<std::int16_t>(std::min(v * 32768.0f + 0.5f, 32767.0f)); }
-
 /// As many texels as a vector has lanes, in pairs of bytes.
 struct TexelPairs {
     hn::Vec<TagU16> redGreen, blueAlpha;
@@ -135,7 +133,7 @@ struct Tile {
     /// In the plan's tables.
     std::size_t column() const { return static_cast<std::size_t>(index) * tileWidth; }
     ColumnTable::Reach reach(ContentTap const& tap) const { return tap.columns.tiles[static_cast<std::size_t>(index)]; }
-    AxisPosition row(ContentTap const& tap, int y) const {
+    RowPosition const& row(ContentTap const& tap, int y) const {
         return tap.rows[static_cast<std::size_t>(y - plan.area().top)];
     }
     ContentSpan clipped(ContentSpan span) const {

@@ -49,8 +49,8 @@ class SharpColumns {
 public:
     HWY_INLINE SharpColumns(ColumnTable const& table, std::size_t column)
         : base_(table.base.data() + column / window)
-        , index_(hn::LoadU(TagU16(), table.index.data() + column))
-        , fraction(hn::LoadU(Tag16(), table.fraction.data() + column)) {
+        , index_(hn::Load(TagU16(), table.index.data() + column))
+        , fraction(hn::BitCast(Tag16(), hn::Load(TagU16(), table.weight.data() + column))) {
 #if HWY_TARGET > HWY_AVX3_DL
         // As places of bytes.
         index_ = hn::Add(hn::Mul(index_, hn::Set(TagU16(), 0x0202)), hn::Set(TagU16(), 0x0100));
@@ -170,8 +170,8 @@ HWY_INLINE Vec16 sharpened(SharpRow const (&rows)[4], int c, int i, Vec16 fracti
     return hn::Max(hn::Min(sharp, highest), lowest);
 }
 
-HWY_NOINLINE void drawRow(Tile const& tile, SharpRow const (&rows)[4], float fraction, ContentSpan const& span) {
-    auto const down = hn::Set(Tag16(), fixed15(fraction));
+HWY_NOINLINE void drawRow(Tile const& tile, SharpRow const (&rows)[4], std::int16_t fraction, ContentSpan const& span) {
+    auto const down = hn::Set(Tag16(), fraction);
     auto const quarter = hn::Set(Tag16(), tile.plan.sharpenQuarter());
     tile.forVectors(span, [&](int i) HWY_ATTR {
         Vec16 color[channels];
@@ -189,7 +189,7 @@ void drawSharp(ContentPlan const& plan, ContentScratch& scratch, int index, int 
     for (int y = yBegin; y < yEnd; ++y) {
         auto const span = tile.clipped(spanOf(y));
         if (span.begin >= span.end) continue;
-        auto const position = tile.row(plan.tap(0), y);
+        auto const& position = tile.row(plan.tap(0), y);
         SharpRow const rows[4]{source.row(position.texel - 1), source.row(position.texel),
                                source.row(position.texel + 1), source.row(position.texel + 2)};
         drawRow(tile, rows, position.fraction, span);

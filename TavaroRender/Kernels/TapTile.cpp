@@ -31,8 +31,6 @@ constexpr int middleValue = 128;
 
 /// Texels hold distances from the middle value, so that they may be multiplied by weights of 8 bits, which share 255
 /// between a column's two texels: a tap is off by half a step at most, where black meets white.
-constexpr float weightSum = 255;
-
 using ByteRow = TexelRow<2 * lanes, std::uint8_t>;
 
 HWY_INLINE void readBytes(ByteRow const& row, ImageView image, int y) {
@@ -55,8 +53,8 @@ class TapColumns {
 public:
     HWY_INLINE TapColumns(ColumnTable const& table, std::size_t column)
         : base_(table.base.data() + column / window)
-        , pairs_(pairsOf(hn::LoadU(TagU16(), table.index.data() + column)))
-        , weights_(weightsOf(hn::LoadU(Tag16(), table.fraction.data() + column))) {}
+        , pairs_(hn::BitCast(TagBytes(), hn::Load(TagU16(), table.index.data() + column)))
+        , weights_(hn::BitCast(TagBytes(), hn::Load(TagU16(), table.weight.data() + column))) {}
 
     HWY_INLINE Vec16 blend(ByteRow const& row, int channel) const {
         auto const* p = row.at(channel, base_[0]);
@@ -74,17 +72,6 @@ public:
     }
 
 private:
-    /// Bytes of a window: a column's texel and the next one.
-    static HWY_INLINE hn::Vec<TagBytes> pairsOf(hn::Vec<TagU16> index) {
-        auto const pairs = hn::Add(hn::Mul(index, hn::Set(TagU16(), 0x0101)), hn::Set(TagU16(), 0x0100));
-        return hn::BitCast(TagBytes(), pairs);
-    }
-
-    static HWY_INLINE hn::Vec<TagBytes> weightsOf(Vec16 fraction) {
-        auto const right = hn::MulFixedPoint15(fraction, hn::Set(Tag16(), 255));
-        return hn::BitCast(TagBytes(), hn::Add(hn::ShiftLeft<8>(right), hn::Sub(hn::Set(Tag16(), 255), right)));
-    }
-
     HWY_INLINE Vec16 weighted(hn::Vec<TagBytes> texels) const {
         // Where there is no instruction for it: the bytes of each pair by themselves.
         auto const words = hn::BitCast(Tag16(), texels);
@@ -182,11 +169,9 @@ private:
         auto const count = std::min(tile_.plan.tapCount() - first, passTaps);
         WeightedRow rows[2 * passTaps];
         for (int k = 0; k < count; ++k) {
-            auto const& tap = tile_.plan.tap(first + k);
-            auto const position = tile_.row(tap, y);
-            constexpr auto unit = static_cast<float>(1 << tapBits) / weightSum;
-            rows[2 * k] = {row(first, k, position.texel), fixed15((1 - position.fraction) * tap.weight * unit)};
-            rows[2 * k + 1] = {row(first, k, position.texel + 1), fixed15(position.fraction * tap.weight * unit)};
+            auto const& position = tile_.row(tile_.plan.tap(first + k), y);
+            rows[2 * k] = {row(first, k, position.texel), position.upperWeight};
+            rows[2 * k + 1] = {row(first, k, position.texel + 1), position.lowerWeight};
         }
         switch (count) {
         case 1: return addRows<2>(rows, first, sums, span);
