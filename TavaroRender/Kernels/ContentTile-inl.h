@@ -88,10 +88,25 @@ template<int step, class Number> struct TexelRow {
     }
 };
 
-/// Writes finished columns, opaque; `x` is the first, of which only those in the span are written.
+/// Writes two vectors of pixels; `x` is the first, of which only those in the span are written.
+HWY_INLINE void storePixels(Vec16 low, Vec16 high, int x, ContentSpan const& span) {
+    Tag16 const tag;
+    auto const isWhole = x >= span.begin && x + lanes <= span.end;
+    alignas(64) std::int16_t part[2 * lanes];
+    auto* out = isWhole ? reinterpret_cast<std::int16_t*>(span.out + 4 * static_cast<std::ptrdiff_t>(x)) : part;
+    hn::StoreU(low, tag, out);
+    hn::StoreU(high, tag, out + lanes);
+    if (isWhole) return;
+    auto const from = std::max(x, span.begin);
+    auto const to = std::min(x + lanes, span.end);
+    if (from < to)
+        std::memcpy(span.out + 4 * static_cast<std::ptrdiff_t>(from), part + 2 * (from - x),
+                    4 * static_cast<std::size_t>(to - from));
+}
+
+/// Writes finished columns, opaque.
 template<int bits> HWY_INLINE void store(Vec16 const (&color)[channels], int x, ContentSpan const& span) {
     Tag16 const tag;
-    auto const n = lanes;
     auto const unit = hn::Set(tag, 1 << (15 - bits)); // rounds to nearest
     auto const red = hn::MulFixedPoint15(color[0], unit);
     auto const green = hn::ShiftLeft<8>(hn::MulFixedPoint15(color[1], unit));
@@ -110,17 +125,13 @@ template<int bits> HWY_INLINE void store(Vec16 const (&color)[channels], int x, 
     high = hn::ConcatUpperUpper(tag, high, low);
     low = ordered;
 #endif
-    auto const isWhole = x >= span.begin && x + n <= span.end;
-    alignas(64) std::int16_t part[128];
-    auto* out = isWhole ? reinterpret_cast<std::int16_t*>(span.out + 4 * static_cast<std::ptrdiff_t>(x)) : part;
-    hn::StoreU(low, tag, out);
-    hn::StoreU(high, tag, out + n);
-    if (isWhole) return;
-    auto const from = std::max(x, span.begin);
-    auto const to = std::min(x + n, span.end);
-    if (from < to)
-        std::memcpy(span.out + 4 * static_cast<std::ptrdiff_t>(from), part + 2 * (from - x),
-                    4 * static_cast<std::size_t>(to - from));
+    storePixels(low, high, x, span);
+}
+
+/// The same for columns of one colour.
+HWY_INLINE void storeFlat(std::uint32_t color, int x, ContentSpan const& span) {
+    auto const pixels = hn::BitCast(Tag16(), hn::Set(hn::Repartition<std::uint32_t, Tag16>(), color));
+    storePixels(pixels, pixels, x, span);
 }
 
 /// A tile of a plan: its columns in whole vectors.

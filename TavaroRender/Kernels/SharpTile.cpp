@@ -86,6 +86,9 @@ public:
 #endif
     }
 
+    /// One of the texels that are read.
+    HWY_INLINE std::int16_t first(WordRow const& row, int channel) const { return *row.at(channel, base_[0]); }
+
 private:
     int const* base_;
     hn::Vec<TagU16> index_;
@@ -100,6 +103,9 @@ struct SharpRow {
     static constexpr std::size_t size = 3 * channels * tileWidth;
 
     std::int16_t* memory = nullptr;
+    /// Of each vector of columns: the colour of all that it reads, opaque, or 0 where there are several. Most of a
+    /// screen is of one colour for long runs, and needs no arithmetic.
+    std::uint32_t* flat = nullptr;
 
     HWY_INLINE std::int16_t* at(int channel, Kind kind) const { return memory + (3 * channel + kind) * tileWidth; }
     HWY_INLINE Vec16 load(int channel, Kind kind, int i) const { return hn::Load(Tag16(), at(channel, kind) + i); }
@@ -119,7 +125,7 @@ public:
     HWY_INLINE SharpRow row(int y) {
         y = clampedRow(tap_.image, y);
         auto const slot = static_cast<std::size_t>(y) % 4;
-        SharpRow const row{memory_ + slot * SharpRow::size};
+        SharpRow const row{memory_ + slot * SharpRow::size, flat_[slot]};
         if (held_[slot] != y) {
             if (SharpColumns::isNarrow(tap_.columns))
                 resample<true>(row, y);
@@ -136,12 +142,19 @@ private:
         auto const width = tile_.right() - tile_.left();
         for (int i = 0; i < width; i += lanes) {
             SharpColumns const columns(tap_.columns, tile_.column() + static_cast<std::size_t>(i));
+            auto differences = hn::Zero(Tag16());
+            std::uint32_t flat = 0xff000000u;
             for (int c = 0; c < channels; ++c) {
                 Vec16 texel[4];
                 columns.pick<narrow>(texels_, c, texel);
+                auto const one = columns.first(texels_, c);
+                for (auto const other : texel) differences = hn::Or(differences, hn::Xor(other, hn::Set(Tag16(), one)));
+                flat |= static_cast<std::uint32_t>(one >> sharpBits) << (8 * c);
                 for (auto const kind : {SharpRow::west, SharpRow::center, SharpRow::east})
                     hn::Store(lerp(texel[kind], texel[kind + 1], columns.fraction), Tag16(), row.at(c, kind) + i);
             }
+            auto const isFlat = hn::AllTrue(Tag16(), hn::Eq(differences, hn::Zero(Tag16())));
+            row.flat[i / lanes] = isFlat ? flat : 0;
         }
     }
 
@@ -152,6 +165,7 @@ private:
     std::int16_t* memory_;
     WordRow texels_;
     int held_[4]{-1, -1, -1, -1};
+    std::uint32_t flat_[4][tileWidth / lanes];
 };
 
 HWY_INLINE Vec16 sharpened(SharpRow const (&rows)[4], int c, int i, Vec16 fraction, Vec16 quarter) {
@@ -174,6 +188,9 @@ HWY_NOINLINE void drawRow(Tile const& tile, SharpRow const (&rows)[4], std::int1
     auto const down = hn::Set(Tag16(), fraction);
     auto const quarter = hn::Set(Tag16(), tile.plan.sharpenQuarter());
     tile.forVectors(span, [&](int i) HWY_ATTR {
+        auto const flat = [&](int row) { return rows[row].flat[i / lanes]; };
+        if (flat(1) != 0 && flat(1) == flat(2) && flat(1) == flat(0) && flat(1) == flat(3))
+            return storeFlat(flat(1), tile.left() + i, span);
         Vec16 color[channels];
         for (int c = 0; c < channels; ++c) color[c] = sharpened(rows, c, i, down, quarter);
         store<sharpBits>(color, tile.left() + i, span);
