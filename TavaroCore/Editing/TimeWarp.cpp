@@ -78,9 +78,7 @@ private:
         auto const after = warped(before);
         segment.start = after.start;
         if (segment.anchor) segment.anchor = warped(*segment.anchor);
-        if (std::abs(after.duration - before.duration) <= insideTolerance) return;
-        if (segment.audioDuration) segment.audioDuration = after.duration;
-        segment.isDirty = true;
+        if (segment.audioDuration && reaches(before)) segment.audioDuration = after.duration;
     }
 };
 

@@ -42,7 +42,7 @@ void rippleInsert(DemoProject& project, double at, double duration);
 ///   than 0.05 s, and the ramps of such a zoom take at most half of it each.
 /// - Audio clips that lie in the range play `audioRateMultiplier` times as fast: 1 ÷ ratio keeps their sound under the
 ///   same picture. A clip that only reaches into the range keeps its speed, so split it at the range's ends first.
-/// - The length of a voice-over segment changes with it, which marks it `isDirty`.
+/// - A voice-over segment lasts as long as its audio then does; one without audio keeps its length.
 /// - Nothing happens when the ratio is not positive or within 0.000000001 of 1, or when the range is empty.
 void timeWarp(DemoProject& project, TimeRange const& range, double ratio, double audioRateMultiplier);
 

@@ -245,6 +245,23 @@ TEST(TimeWarp, soundInsideTheRangeIsRetimedAndSoundAcrossItsEndsIsNot) {
     EXPECT_EQ(clips[2].speed, 1);
 }
 
+TEST(TimeWarp, aVoiceOverSegmentLastsAsLongAsItsAudioThenDoes) {
+    auto project = projectOf(20);
+    VoiceoverSegment const voiced{.anchor = 11, .audioDuration = 4, .start = 11, .isDirty = false};
+    auto before = voiced, unvoiced = voiced;
+    before.start = 1;
+    unvoiced.audioDuration.reset();
+    project.voiceover = VoiceoverPlan{.segments = {voiced, before, unvoiced}};
+    timeWarp(project, {10, 3}, 2, 0.5);
+    auto const& segments = project.voiceover->segments;
+    EXPECT_EQ(segments[0].start, 12);
+    EXPECT_EQ(segments[0].anchor, 12);
+    EXPECT_EQ(segments[0].audioDuration, 6);
+    EXPECT_FALSE(segments[0].isDirty) << "the sound is retimed, the words are the same";
+    EXPECT_EQ(segments[1].audioDuration, 4);
+    EXPECT_FALSE(segments[2].audioDuration);
+}
+
 TEST(TimeWarp, nonsenseChangesNothing) {
     auto const project = withZoom(1, 4);
     constexpr double infinite = std::numeric_limits<double>::infinity();
