@@ -213,6 +213,24 @@ TEST(RandomEdits, aCutInTwoHalvesEqualsTheCutAtOnce) {
     }
 }
 
+TEST(RandomEdits, cutsThatBarelyMissAClipEdgeMoveItemsExactlyAsThePicture) {
+    for (unsigned seed = 1; seed <= 4 * seeds; ++seed) {
+        RandomDocument random(seed);
+        auto project = random.make();
+        auto const& clips = project.timeline.clips;
+        double const edge = clips[static_cast<std::size_t>(random.below(static_cast<int>(clips.size())))].start;
+        double const start = edge + (random.below(19) - 9) * 0.0001;
+        double const end = random.below(2) ? start + random.time(0.25, 4) : clips.back().start - 0.0005;
+        double const before = project.duration();
+        project.overlays = {{.start = before, .duration = 1}}; // just behind the picture
+        removeTimeRange(project, start, end - start);
+        if (end > before) continue;
+        EXPECT_NEAR(project.overlays.at(0).start, project.duration(), 1e-12)
+            << "seed " << seed << " cut " << start << "–" << end << "\n"
+            << drawn(project);
+    }
+}
+
 TEST(RandomEdits, halfSpeedAndDoubleSpeedRestoreTheDocument) {
     for (unsigned seed = 1; seed <= seeds; ++seed) {
         RandomDocument random(seed);
