@@ -37,18 +37,13 @@ void fillColumn(ColumnTable& table, std::size_t i, AxisPosition position, int ba
     table.weight[i] = static_cast<std::uint16_t>((255u - right) | right << 8);
 }
 
-/// False where columns, or the texels after theirs, reach further than two windows of their own width.
+/// False where columns, or the texels after theirs, reach further than two windows of their own width. Texels ascend.
 bool fillWindow(ColumnTable& table, std::size_t first, std::vector<AxisPosition> const& positions, std::size_t window,
                 bool sharpens) {
-    auto lowest = positions[first].texel;
-    auto highest = lowest;
-    for (std::size_t i = first; i < first + window; ++i) {
-        lowest = std::min(lowest, positions[i].texel);
-        highest = std::max(highest, positions[i].texel);
-    }
-    auto const reach = static_cast<std::size_t>(highest - lowest);
-    if (reach + 1 >= 2 * window) return false;
-    table.reach = std::max(table.reach, static_cast<int>(reach));
+    auto const lowest = positions[first].texel;
+    auto const reach = positions[first + window - 1].texel - lowest;
+    if (reach + 1 >= 2 * static_cast<int>(window)) return false;
+    table.reach = std::max(table.reach, reach);
     table.base.push_back(lowest);
     for (std::size_t i = first; i < first + window; ++i) fillColumn(table, i, positions[i], lowest, sharpens);
     return true;
@@ -58,12 +53,11 @@ bool fillColumns(ColumnTable& table, std::vector<AxisPosition>& positions, bool 
     table.base.clear();
     table.tiles.clear();
     table.reach = 0;
+    auto const isBefore = [](AxisPosition const& a, AxisPosition const& b) { return a.texel < b.texel; };
+    if (!std::is_sorted(positions.begin(), positions.end(), isBefore)) return false;
     for (std::size_t i = 0; i < positions.size(); i += ContentPlan::tileWidth) {
         auto const end = std::min(positions.size(), i + ContentPlan::tileWidth);
-        auto const [low, high] = std::minmax_element(
-            positions.begin() + static_cast<std::ptrdiff_t>(i), positions.begin() + static_cast<std::ptrdiff_t>(end),
-            [](AxisPosition const& a, AxisPosition const& b) { return a.texel < b.texel; });
-        table.tiles.push_back({low->texel, high->texel + 1});
+        table.tiles.push_back({positions[i].texel, positions[end - 1].texel + 1});
     }
     constexpr std::size_t widestVector = 32;
     positions.resize((positions.size() + widestVector - 1) / widestVector * widestVector, positions.back());

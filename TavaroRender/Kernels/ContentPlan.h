@@ -88,8 +88,8 @@ struct LensMapping {
 /// tap is worked out once a column and once a row, and drawing is a blend of two columns, then of two rows.
 class ContentPlan {
 public:
-    /// False where the vector code cannot draw the area (a picture squeezed on one axis and enlarged on the other, or
-    /// sharpened beyond its number range); the pixel formulas then draw it.
+    /// False where the vector code cannot draw the area (a picture squeezed on one axis and enlarged on the other,
+    /// mirrored, or sharpened beyond its number range); the pixel formulas then draw it.
     bool isUsable() const { return isUsable_; }
 
     void prepare(CompositeUniforms const& uniforms, ScreenSampler const& sampler, CanvasArea area);

@@ -49,6 +49,7 @@ class SharpColumns {
 public:
     HWY_INLINE SharpColumns(ColumnTable const& table, std::size_t column)
         : base_(table.base.data() + column / window)
+        , lastTexel_(base_[lanes / window - 1] + table.index[column + lanes - 1])
         , index_(hn::Load(TagU16(), table.index.data() + column))
         , fraction(hn::BitCast(Tag16(), hn::Load(TagU16(), table.weight.data() + column))) {
 #if HWY_TARGET > HWY_AVX3_DL
@@ -86,11 +87,27 @@ public:
 #endif
     }
 
-    /// One of the texels that are read.
-    HWY_INLINE std::int16_t first(WordRow const& row, int channel) const { return *row.at(channel, base_[0]); }
+    /// Whether all that is read is of one colour, then in `one`.
+    HWY_INLINE bool readsOneColor(WordRow const& row, std::int16_t (&one)[channels]) const {
+        auto const begin = base_[0] - 1;
+        auto const count = lastTexel_ + 3 - begin; // no more than two vectors
+        auto differences = hn::Zero(Tag16());
+        for (int c = 0; c < channels; ++c) {
+            auto const* p = row.at(c, begin);
+            one[c] = *p;
+            auto const differ = [&](std::int16_t const* texels) HWY_ATTR {
+                differences = hn::Or(differences, hn::Xor(hn::LoadU(Tag16(), texels), hn::Set(Tag16(), one[c])));
+            };
+            differ(p);
+            if (count > lanes) differ(p + count - lanes);
+        }
+        auto const isRead = hn::FirstN(Tag16(), static_cast<std::size_t>(count));
+        return hn::AllFalse(Tag16(), hn::And(isRead, hn::Ne(differences, hn::Zero(Tag16()))));
+    }
 
 private:
     int const* base_;
+    int lastTexel_;
     hn::Vec<TagU16> index_;
 
 public:
@@ -109,6 +126,14 @@ struct SharpRow {
 
     HWY_INLINE std::int16_t* at(int channel, Kind kind) const { return memory + (3 * channel + kind) * tileWidth; }
     HWY_INLINE Vec16 load(int channel, Kind kind, int i) const { return hn::Load(Tag16(), at(channel, kind) + i); }
+    /// A vector of columns of one colour.
+    HWY_INLINE void fill(int i, std::int16_t const (&one)[channels]) const {
+        flat[i / lanes] = 0xff000000u;
+        for (int c = 0; c < channels; ++c) {
+            for (auto const kind : {west, center, east}) hn::Store(hn::Set(Tag16(), one[c]), Tag16(), at(c, kind) + i);
+            flat[i / lanes] |= static_cast<std::uint32_t>(one[c] >> sharpBits) << (8 * c);
+        }
+    }
 };
 
 /// The four rows round a canvas row, kept while canvas rows need them.
@@ -142,19 +167,18 @@ private:
         auto const width = tile_.right() - tile_.left();
         for (int i = 0; i < width; i += lanes) {
             SharpColumns const columns(tap_.columns, tile_.column() + static_cast<std::size_t>(i));
-            auto differences = hn::Zero(Tag16());
-            std::uint32_t flat = 0xff000000u;
+            std::int16_t one[channels];
+            row.flat[i / lanes] = 0;
+            if (columns.readsOneColor(texels_, one)) {
+                row.fill(i, one);
+                continue;
+            }
             for (int c = 0; c < channels; ++c) {
                 Vec16 texel[4];
                 columns.pick<narrow>(texels_, c, texel);
-                auto const one = columns.first(texels_, c);
-                for (auto const other : texel) differences = hn::Or(differences, hn::Xor(other, hn::Set(Tag16(), one)));
-                flat |= static_cast<std::uint32_t>(one >> sharpBits) << (8 * c);
                 for (auto const kind : {SharpRow::west, SharpRow::center, SharpRow::east})
                     hn::Store(lerp(texel[kind], texel[kind + 1], columns.fraction), Tag16(), row.at(c, kind) + i);
             }
-            auto const isFlat = hn::AllTrue(Tag16(), hn::Eq(differences, hn::Zero(Tag16())));
-            row.flat[i / lanes] = isFlat ? flat : 0;
         }
     }
 
