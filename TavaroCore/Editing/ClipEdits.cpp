@@ -12,7 +12,6 @@
 #include <cmath>
 #include <limits>
 #include <string>
-#include <utility>
 
 namespace tavaro {
 
@@ -20,18 +19,14 @@ namespace {
 
 constexpr double edgeTolerance = 0.001; // sound this near to an edge of the picture begins or ends there
 constexpr double smallestMove = 0.001;  // seconds; less is no trim
+constexpr double sameSpeed = 0.000001;
 constexpr double unlimited = std::numeric_limits<double>::infinity();
 
-VideoClip const& clipOf(Timeline const& timeline, UUID const& id) {
+/// The clip of that id, as constant as the timeline is.
+template<class SomeTimeline> auto& clipOf(SomeTimeline& timeline, UUID const& id) {
     auto const found = std::ranges::find(timeline.clips, id, &VideoClip::id);
-    if (found == timeline.clips.end()) {
-        throw EditError(EditError::Kind::noSuchClip, "The project has no clip " + id.text() + ".");
-    }
-    return *found;
-}
-
-VideoClip& clipOf(Timeline& timeline, UUID const& id) {
-    return const_cast<VideoClip&>(clipOf(std::as_const(timeline), id));
+    if (found != timeline.clips.end()) return *found;
+    throw EditError(EditError::Kind::noSuchClip, "The project has no clip " + id.text() + ".");
 }
 
 void requireFinite(double number) {
@@ -39,7 +34,7 @@ void requireFinite(double number) {
     throw EditError(EditError::Kind::badNumber, "The edit cannot be made: its times and speeds have to be numbers.");
 }
 
-/// Seconds of an asset; none where the document does not know them.
+/// Seconds of an asset, or `unknown` where the document does not say.
 double mediaEnd(DemoProject const& project, std::string const& asset, double unknown) {
     auto const found = project.assetDurations.find(asset);
     return found == project.assetDurations.end() ? unknown : found->second;
@@ -68,14 +63,15 @@ template<class Clip> void lengthen(Clip& clip, ClipEdge edge, double by) {
     clip.duration += by;
 }
 
-/// Recorded sound that reaches the edge follows the picture into the time that was inserted at `place`.
-void growRecordedSound(DemoProject& project, ClipEdge edge, double place, double inserted) {
+/// Recorded sound that reaches the edge and plays as fast follows the picture into the time inserted at `place`.
+void growRecordedSound(DemoProject& project, ClipEdge edge, double place, double inserted, double speed) {
     bool const isLeading = edge == ClipEdge::leading;
     for (auto& track : project.audioTracks) {
         if (!isRecorded(track.role)) continue;
         for (auto& clip : track.clips) {
             double const reached = isLeading ? clip.start : clip.range().end();
             if (std::abs(reached - (isLeading ? place + inserted : place)) > edgeTolerance) continue;
+            if (std::abs(clip.speed - speed) > sameSpeed) continue;
             auto const room = headroom(project, clip);
             double const by = std::min(inserted, isLeading ? room.leading : room.trailing);
             if (isLeading) clip.start -= by;
@@ -105,12 +101,12 @@ double freeBehind(AudioTrack const& track, AudioClip const& clip, double editEnd
 void extend(DemoProject& project, UUID const& id, ClipEdge edge, double by) {
     auto& clip = clipOf(project.timeline, id);
     double const place = edge == ClipEdge::leading ? clip.start : clip.end();
-    bool const isHeld = clip.speed == 0;
+    double const speed = clip.speed;
     lengthen(clip, edge, by);
     project.timeline.closeGaps();
     splitAudio(project, place, AudioReach::recorded);
     rippleInsert(project, place, by);
-    if (!isHeld) growRecordedSound(project, edge, place, by);
+    if (speed > 0) growRecordedSound(project, edge, place, by, speed);
 }
 
 void shorten(DemoProject& project, UUID const& id, ClipEdge edge, double by) {
