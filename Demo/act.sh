@@ -23,6 +23,12 @@ rest() { echo "sleep $1"; }
 
 click() { printf 'mousedown 1\nsleep 0.07\nmouseup 1\n'; }
 
+double_click() {
+    click
+    rest 0.08
+    click
+}
+
 key_name() {
     case $1 in
         [[:alnum:]]) echo "$1" ;;
@@ -38,28 +44,35 @@ type_text() {
     for ((i = 0; i < ${#text}; i++)); do
         character=${text:i:1}
         echo "key --delay 0 $(key_name "$character")"
-        case $character in [[:alnum:]]) rest 0.05 ;; *) rest 0.09 ;; esac
+        case $character in [[:alnum:]]) rest 0.045 ;; *) rest 0.07 ;; esac
     done
 }
 
+# Clicks that come less than about five seconds apart share one zoom, so both edits of the list are seen from one place.
 echo "mousemove $x $y"
 rest 0.7
-glide 905 538 0.8 # behind the second film of the list
+glide 660 538 0.8 # behind the second film of the list
 rest 0.12
 click
-rest 0.35
+rest 0.25
 echo "key --delay 0 Return"
-rest 0.2
-type_text 'Film("Midnight Kitchen", 98, 8.7),'
-rest 0.5
-glide 620 901 0.8 # the empty line below the function
-rest 0.12
+rest 0.15
+type_text 'Film("Night Train", 98, 8.7),'
+rest 0.15
+glide 509 604 0.45 # the minutes of the film below
+rest 0.1
+double_click
+rest 0.3
+type_text '112'
+rest 0.55
+glide 183 59 0.9 # the toolbar's Save
+rest 0.1
 click
-rest 0.35
-type_text 'print(tonight(CATALOGUE, 110).title)'
-rest 0.45
-glide 182 59 0.9 # the toolbar's Save
-rest 0.12
+rest 0.4
+glide 540 901 0.8 # the empty line below the function
+rest 0.1
 click
-rest 0.8
-glide 1180 660 0.7
+rest 0.15
+type_text 'tonight(CATALOGUE, 110)'
+rest 0.7
+glide 1180 660 0.8
