@@ -75,7 +75,7 @@ void record(Options const& options) {
     runTake(recorder, options.seconds);
     auto const take = recorder.stop();
     if (take.endedEarly) fmt::print(stderr, "{}\n", *take.endedEarly);
-    saveTake({take.recordingID, std::string(recordingMode(source)), take.movie, take.metadata, take.duration}, package,
+    saveTake({take.movie, take.metadata, take.duration}, package,
              mode, options.isRaw ? FirstEdit::raw : FirstEdit::polished);
 }
 

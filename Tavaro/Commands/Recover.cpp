@@ -54,7 +54,7 @@ void recover(Options const& options) {
         packagePath(options.output.empty() ? "Recovered " + take.marker.startedAt.text() : options.output);
     expectFree(package);
     auto const recovered = RecoveryStore::recover(take);
-    saveTake({take.id, take.marker.mode, recovered.movie, recovered.metadata, recovered.duration}, package,
+    saveTake({recovered.movie, recovered.metadata, recovered.duration}, package,
              modeNamed(options.mode), options.isRaw ? FirstEdit::raw : FirstEdit::polished);
 }
 

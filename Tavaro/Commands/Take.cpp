@@ -14,23 +14,22 @@ namespace tavaro {
 
 namespace {
 
-/// Puts the take back among the unfinished ones.
-[[noreturn]] void keepForRecovery(TakeMovie const& take, Error const& failure) {
-    try {
-        RecoveryStore::markInProgress(take.movie.parent_path(), take.recordingID, take.recordingMode);
-    } catch (Error const&) {
-        throw Error(
-            fmt::format("{} The recording is kept in “{}”.", failure.what(), take.movie.parent_path().string()));
-    }
-    throw Error(fmt::format("{} The recording is kept; `tavaro recover last` brings it back.", failure.what()));
-}
-
 DemoProject projectOf(TakeMovie const& take, ProjectPackage const& package, DemoMode mode) {
     try {
         return createProject(
             package, {.movie = take.movie, .importMode = ImportMode::move, .metadata = take.metadata, .mode = mode});
     } catch (Error const& failure) {
-        keepForRecovery(take, failure);
+        throw Error(fmt::format("{} The recording is kept; `tavaro recover last` brings it back.", failure.what()));
+    }
+}
+
+/// What cannot be removed now goes with the next pruning of old takes.
+void leaveWorkingFolder(TakeMovie const& take) {
+    RecoveryStore::markComplete(take.movie.parent_path());
+    try {
+        RecoveryStore::removeWorkingDirectory(take.movie);
+    } catch (Error const& failure) {
+        fmt::print(stderr, "{}\n", failure.what());
     }
 }
 
@@ -39,7 +38,7 @@ DemoProject projectOf(TakeMovie const& take, ProjectPackage const& package, Demo
 void saveTake(TakeMovie const& take, std::filesystem::path const& package, DemoMode mode, FirstEdit edit) {
     ProjectPackage const target(package);
     auto project = projectOf(take, target, mode);
-    RecoveryStore::removeWorkingDirectory(take.movie);
+    leaveWorkingFolder(take);
     fmt::print("{} of {}×{}: {}\n", Timecode::format(take.duration, Timecode::Fraction::hundredths),
                project.sourceSize.width, project.sourceSize.height, take.metadata.health.summary());
     if (edit == FirstEdit::polished) {

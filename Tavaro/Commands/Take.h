@@ -4,14 +4,11 @@
 #include <TavaroCore/Recording/RecordingMetadata.h>
 
 #include <filesystem>
-#include <string>
 
 namespace tavaro {
 
 /// A movie in a take's working folder, ready to become a project.
 struct TakeMovie {
-    UUID recordingID;
-    std::string recordingMode; // what the take's marker calls its source
     std::filesystem::path movie;
     RecordingMetadata metadata;
     double duration = 0;

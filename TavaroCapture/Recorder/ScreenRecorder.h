@@ -71,7 +71,8 @@ public:
     /// ended. `stop` is still due, and hands back what was recorded.
     bool waitForEnd(std::chrono::milliseconds atMost);
 
-    /// Ends the take and joins its segments. Throws `CaptureError`: not recording, or the movie could not be joined;
+    /// Ends the take and joins its segments. The take counts as unfinished until its movie is safe elsewhere and
+    /// `RecoveryStore` is told so. Throws `CaptureError`: not recording, or the movie could not be joined;
     /// what was recorded then stays in the working folder, for recovery.
     FinishedTake stop();
     /// Ends the take and removes its working folder.

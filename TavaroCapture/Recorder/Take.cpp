@@ -2,10 +2,10 @@
 
 #include <TavaroCapture/Recovery/RecoveryStore.h>
 #include <TavaroCapture/Segments/RecordingManifest.h>
+#include <TavaroCore/Files/AtomicFile.h>
 #include <TavaroMedia/Errors/MediaError.h>
 #include <TavaroMedia/Movie/JoinMovies.h>
 #include <TavaroPlatform/Clocks/MediaClock.h>
-#include <TavaroPlatform/Files/AtomicFile.h>
 #include <TavaroPlatform/Folders/Folders.h>
 
 #include <algorithm>
@@ -211,7 +211,6 @@ FinishedTake ScreenRecorder::Take::finish() {
         throw CaptureError(CaptureError::Kind::writeFailed,
                            fmt::format("{} What was recorded is kept in “{}”.", sentence, directory_.string()));
     }
-    RecoveryStore::markComplete(directory_);
     result.metadata = events_->metadata(result.duration);
     result.metadata.captureSize = size_;
     result.metadata.scaleFactor = scaleFactor_;

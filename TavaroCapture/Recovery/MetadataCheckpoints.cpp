@@ -1,8 +1,8 @@
 #include <TavaroCapture/Recovery/MetadataCheckpoints.h>
 
+#include <TavaroCore/Files/AtomicFile.h>
 #include <TavaroCore/Records/JSON.h>
 #include <TavaroPlatform/Clocks/MediaClock.h>
-#include <TavaroPlatform/Files/AtomicFile.h>
 #include <TavaroPlatform/Queues/SerialQueue.h>
 
 #include <fmt/format.h>

@@ -167,7 +167,6 @@ RecoveredTake RecoveryStore::recover(Recoverable const& take) {
     manifest.segments = take.segments;
     manifest.isComplete = true;
     writeManifest(directory, manifest);
-    markComplete(directory);
     return result;
 }
 
@@ -181,6 +180,7 @@ void RecoveryStore::removeWorkingDirectory(fs::path const& file) {
     if (!isWorkingFolder(directory))
         failRecovery(fmt::format("“{}” is not the working folder of a recording.", directory.string()));
     auto const held = claim(directory);
+    markComplete(directory); // first: half a folder is no take to bring back
     removeFolder(directory);
 }
 

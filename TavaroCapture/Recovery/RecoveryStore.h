@@ -43,13 +43,13 @@ public:
     /// Writes the marker that says a take is being recorded into `directory`.
     static void markInProgress(std::filesystem::path const& directory, UUID const& recordingID,
                                std::string const& mode);
-    /// Clears the marker.
+    /// Clears the marker: the take is safe elsewhere.
     static void markComplete(std::filesystem::path const& directory);
 
     /// Every unfinished, unclaimed take, the newest first. A folder with nothing readable in it is left out.
     static std::vector<Recoverable> findRecoverable(std::filesystem::path const& recordings = defaultDirectory());
-    /// Joins the segments into one movie beside them and clears the marker. Throws `CaptureError` "segment join
-    /// failed" with the reason; the segments stay.
+    /// Joins the segments into one movie beside them. The take stays among the recoverable ones until
+    /// `markComplete` or `removeWorkingDirectory`. Throws `CaptureError` "segment join failed" with the reason.
     static RecoveredTake recover(Recoverable const& take);
     /// Removes the take's working folder.
     static void discard(Recoverable const& take);

@@ -1,7 +1,7 @@
 #include <TavaroCapture/Segments/RecordingManifest.h>
 
+#include <TavaroCore/Files/AtomicFile.h>
 #include <TavaroCore/Records/JSON.h>
-#include <TavaroPlatform/Files/AtomicFile.h>
 
 #include <fmt/format.h>
 

@@ -2,9 +2,9 @@
 
 #include <TavaroCapture/Segments/RecordingManifest.h>
 #include <TavaroCapture/Sources/CaptureError.h>
+#include <TavaroCore/Files/AtomicFile.h>
 #include <TavaroMedia/Errors/MediaError.h>
 #include <TavaroMedia/Movie/MovieWriter.h>
-#include <TavaroPlatform/Files/AtomicFile.h>
 #include <TavaroPlatform/Queues/SerialQueue.h>
 
 #include <atomic>

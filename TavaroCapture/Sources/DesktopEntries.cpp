@@ -1,6 +1,6 @@
 #include <TavaroCapture/Sources/DesktopEntries.h>
 
-#include <TavaroPlatform/Files/AtomicFile.h>
+#include <TavaroCore/Files/AtomicFile.h>
 #include <TavaroPlatform/Folders/Folders.h>
 
 #include <algorithm>

@@ -48,10 +48,6 @@ int writeAll(int descriptor, std::string_view bytes) {
     return 0;
 }
 
-}
-
-namespace {
-
 std::filesystem::path beside(std::filesystem::path const& file) {
     std::filesystem::path temporary = file;
     temporary += ".tmp";

@@ -1,3 +1,0 @@
-#pragma once
-
-#include <TavaroCore/Files/AtomicFile.h>
