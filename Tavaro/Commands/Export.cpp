@@ -1,14 +1,13 @@
 #include <Tavaro/Commands/Command.h>
 
+#include <Tavaro/Commands/Checks.h>
 #include <Tavaro/Commands/Interruption.h>
 #include <Tavaro/Commands/Names.h>
 #include <Tavaro/Commands/ProgressLine.h>
-#include <Tavaro/Model/NewProject.h>
+#include <Tavaro/Model/OpenProject.h>
 
 #include <TavaroCore/Export/ExportFile.h>
 #include <TavaroCore/Export/ExportPreset.h>
-#include <TavaroCore/Package/ProjectPackage.h>
-#include <TavaroCore/Project/DemoProject.h>
 #include <TavaroCore/Records/JSONWriter.h>
 #include <TavaroPlatform/Folders/Folders.h>
 #include <TavaroRender/Export/ExportError.h>
@@ -17,6 +16,8 @@
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <cctype>
 #include <charconv>
 
 namespace tavaro::commands {
@@ -54,9 +55,37 @@ std::string sizeProblem(std::string const& text) {
     return parseSize(text) ? "" : "a size is WIDTHxHEIGHT, each side from 16 to 8192 pixels";
 }
 
+/// The container that a file's ending stands for.
+std::optional<ExportContainer> containerOf(std::string const& output) {
+    auto ending = fs::path(output).extension().string();
+    std::transform(ending.begin(), ending.end(), ending.begin(), [](unsigned char c) { return std::tolower(c); });
+    return ending.empty() ? std::nullopt : enumNamed<ExportContainer>(std::string_view(ending).substr(1));
+}
+
+std::string outputProblem(std::string const& output) {
+    if (output.empty()) return notEmpty(output);
+    bool const isKnown = !fs::path(output).has_extension() || containerOf(output);
+    return isKnown ? "" : fmt::format("“{}” has none of the endings .mp4 and .mov", output);
+}
+
 ExportSettings settingsOfPreset(std::string const& id) {
     if (auto const* preset = ExportPreset::withID(id)) return preset->settings();
     throw Error(fmt::format("There is no preset “{}”; `tavaro presets` lists them.", id));
+}
+
+/// What was asked for, else what the file's ending says, else what the codec needs.
+ExportContainer containerFor(Options const& options, ExportSettings const& settings) {
+    auto const byEnding = containerOf(options.output);
+    if (options.container.empty()) {
+        if (byEnding) return *byEnding;
+        return settings.codec == VideoCodecChoice::proRes422 ? ExportContainer::mov : settings.container;
+    }
+    auto const asked = enumNamed<ExportContainer>(options.container).value();
+    if (byEnding && *byEnding != asked) {
+        throw CLI::ValidationError("--container",
+                                   fmt::format("{} does not go with the name “{}”", options.container, options.output));
+    }
+    return asked;
 }
 
 /// The project's own settings or the preset's, with what was asked for on top.
@@ -68,32 +97,28 @@ ExportSettings settingsOf(Options const& options, DemoProject const& project) {
     if (!options.codec.empty()) settings.codec = enumNamed<VideoCodecChoice>(options.codec).value();
     if (!options.fit.empty()) settings.fit = enumNamed<ContentFit>(options.fit).value();
     if (options.bitrate > 0) settings.bitrateOverride = options.bitrate;
-    auto const ending = fs::path(options.output).extension().string();
-    if (!options.container.empty())
-        settings.container = enumNamed<ExportContainer>(options.container).value();
-    else if (!ending.empty())
-        settings.container = enumNamed<ExportContainer>(ending.substr(1)).value_or(settings.container);
-    else if (settings.codec == VideoCodecChoice::proRes422)
-        settings.container = ExportContainer::mov;
+    settings.container = containerFor(options, settings);
     if (!(settings == before)) settings.presetID.reset();
     return settings;
 }
 
 fs::path targetOf(Options const& options, ExportSettings const& settings, DemoProject const& project) {
-    if (!options.output.empty()) return options.output;
-    return folders::movies() / "Tavaro" / "Exports" / suggestedFileName(settings, project.name);
+    bool const isNamed = !options.output.empty();
+    auto target = isNamed ? fs::path(options.output)
+                          : folders::movies() / "Tavaro" / "Exports" / suggestedFileName(settings, project.name);
+    if (isNamed && target.has_extension()) return target;
+    return target += fmt::format(".{}", fileExtension(settings.container));
 }
 
 void exportProject(Options const& options) {
-    ProjectPackage const package(packagePath(options.package));
-    auto const project = package.load();
+    auto const [package, project] = openProject(options.package);
     auto const settings = settingsOf(options, project);
     Interruption const interruption;
     Exporter exporter(project, package, settings);
     ProgressLine line("Exporting", options.asJSON ? ProgressLine::Output::silent : ProgressLine::Output::automatic);
     auto const written =
         exporter.exportMovie(targetOf(options, settings, project), [&](ExportProgress const& progress) {
-            line.frames(progress.framesWritten, progress.totalFrames);
+            if (progress.stage != ExportStage::preparing) line.frames(progress.framesWritten, progress.totalFrames);
             if (interruption.isRequested()) exporter.cancel();
         });
     if (!options.asJSON) {
@@ -115,7 +140,7 @@ void exportProject(Options const& options) {
 void addExport(CLI::App& app) {
     auto options = std::make_shared<Options>();
     auto* command = app.add_subcommand("export", "Writes the finished video");
-    command->add_option("PROJECT", options->package, "the project, NAME.recproj")->required();
+    command->add_option("PROJECT", options->package, "the project, NAME.recproj")->required()->check(notEmpty);
     command->add_option("--preset", options->preset, "a preset, by its id in `tavaro presets`");
     command->add_option("--size", options->size, "WIDTHxHEIGHT in pixels")->check(sizeProblem);
     command->add_option("--fps", options->fps, "frames a second")->check(CLI::Range(1, 240));
@@ -123,8 +148,9 @@ void addExport(CLI::App& app) {
     command->add_option("--container", options->container, "mp4 or mov")->check(isNameOf<ExportContainer>());
     command->add_option("--fit", options->fit, "how the recording fills the canvas")->check(isNameOf<ContentFit>());
     command->add_option("--bitrate", options->bitrate, "bits per second")->check(CLI::Range(50'000, 2'000'000'000));
-    command->add_option("-o,--output", options->output,
-                        "the file to write; never overwrites, a number is added instead");
+    command
+        ->add_option("-o,--output", options->output, "the file to write; never overwrites, a number is added instead")
+        ->check(outputProblem);
     command->add_flag("--json", options->asJSON, "print the result as JSON and no progress");
     command->callback([options] { exportProject(*options); });
 }

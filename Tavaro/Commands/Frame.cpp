@@ -1,9 +1,10 @@
 #include <Tavaro/Commands/Command.h>
 
-#include <Tavaro/Model/NewProject.h>
+#include <Tavaro/Commands/Checks.h>
+#include <Tavaro/Model/OpenProject.h>
 
-#include <TavaroCore/Package/ProjectPackage.h>
-#include <TavaroCore/Project/DemoProject.h>
+#include <TavaroCore/Errors/Error.h>
+#include <TavaroCore/Values/Timecode.h>
 #include <TavaroMedia/Frames/PNG.h>
 #include <TavaroRender/Export/Exporter.h>
 
@@ -11,7 +12,10 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cctype>
 #include <cmath>
+#include <filesystem>
+#include <limits>
 
 namespace tavaro::commands {
 
@@ -27,12 +31,26 @@ struct Options {
 Size2 sizeOf(Options const& options, Size2 canvas) {
     if (options.maxWidth <= 0 || canvas.width <= options.maxWidth) return canvas;
     double const scale = static_cast<double>(options.maxWidth) / static_cast<double>(canvas.width);
-    return {options.maxWidth, std::max<std::int64_t>(std::llround(static_cast<double>(canvas.height) * scale), 2)};
+    return {options.maxWidth, std::max<std::int64_t>(std::llround(static_cast<double>(canvas.height) * scale), 16)};
+}
+
+std::string pictureProblem(std::string const& output) {
+    auto ending = std::filesystem::path(output).extension().string();
+    std::transform(ending.begin(), ending.end(), ending.begin(), [](unsigned char c) { return std::tolower(c); });
+    return ending == ".png" ? "" : fmt::format("“{}” is not the name of a PNG, as in frame.png", output);
+}
+
+/// The end itself still shows the last frame.
+void expectInside(double seconds, double duration) {
+    constexpr double tolerance = 1e-6;
+    if (duration <= 0 || seconds <= duration + tolerance) return;
+    auto const text = [](double time) { return Timecode::format(time, Timecode::Fraction::hundredths); };
+    throw Error(fmt::format("There is no frame at {}: the video ends at {}.", text(seconds), text(duration)));
 }
 
 void frame(Options const& options) {
-    ProjectPackage const package(packagePath(options.package));
-    auto const project = package.load();
+    auto const [package, project] = openProject(options.package);
+    expectInside(options.at, project.duration());
     auto settings = project.exportSettings;
     settings.size = sizeOf(options, project.canvas);
     auto const image = Exporter(project, package, settings).renderStill(options.at);
@@ -45,13 +63,13 @@ void frame(Options const& options) {
 void addFrame(CLI::App& app) {
     auto options = std::make_shared<Options>();
     auto* command = app.add_subcommand("frame", "Writes one frame of the edit as a PNG, exactly as the film shows it");
-    command->add_option("PROJECT", options->package, "the project, NAME.recproj")->required();
+    command->add_option("PROJECT", options->package, "the project, NAME.recproj")->required()->check(notEmpty);
     command->add_option("--at", options->at, "seconds from the start of the edit")
         ->required()
-        ->check(CLI::NonNegativeNumber);
+        ->check(secondsFrom(0, std::numeric_limits<double>::infinity()));
     command->add_option("--max-width", options->maxWidth, "scale the frame down to that many pixels")
-        ->check(CLI::Range(16, 16384));
-    command->add_option("-o,--output", options->output, "the PNG to write")->required();
+        ->check(CLI::Range(64, 16384));
+    command->add_option("-o,--output", options->output, "the PNG to write")->required()->check(pictureProblem);
     command->callback([options] { frame(*options); });
 }
 

@@ -1,5 +1,6 @@
 #include <Tavaro/Commands/Command.h>
 
+#include <Tavaro/Commands/Checks.h>
 #include <Tavaro/Commands/Names.h>
 #include <Tavaro/Model/NewProject.h>
 
@@ -38,15 +39,15 @@ RecordingMetadata readEvents(std::string const& file) {
 
 void import(Options const& options) {
     auto const package = packagePath(options.output);
-    expectFree(package);
+    expectPlaceFor(package);
     auto const metadata = options.events.empty() ? RecordingMetadata{} : readEvents(options.events);
     auto const project = createProject(ProjectPackage(package), {.movie = options.movie,
                                                                  .importMode = ImportMode::copy,
                                                                  .metadata = metadata,
                                                                  .mode = modeNamed(options.mode)});
-    fmt::print("{} of {}×{}, {} clicks, {} keys\n{}\n",
-               Timecode::format(project.duration(), Timecode::Fraction::hundredths), project.sourceSize.width,
-               project.sourceSize.height, metadata.clicks.size(), metadata.keystrokes.size(), package.string());
+    fmt::print("{} of {}×{}, {}, {}\n{}\n", Timecode::format(project.duration(), Timecode::Fraction::hundredths),
+               project.sourceSize.width, project.sourceSize.height, counted(metadata.clicks.size(), "click"),
+               counted(metadata.keystrokes.size(), "key"), package.string());
 }
 
 }
@@ -57,7 +58,9 @@ void addImport(CLI::App& app) {
     command->add_option("MOVIE", options->movie, "the movie to bring in")->required();
     command->add_option("--events", options->events, "a JSON log of what happened: clicks, keystrokes, cursorSamples");
     command->add_option("--mode", options->mode, "what kind of demo it is")->check(modeNames())->capture_default_str();
-    command->add_option("-o,--output", options->output, "the project to make, NAME.recproj")->required();
+    command->add_option("-o,--output", options->output, "the project to make, NAME.recproj")
+        ->required()
+        ->check(notEmpty);
     command->callback([options] { import(*options); });
 }
 

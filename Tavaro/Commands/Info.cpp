@@ -1,9 +1,9 @@
 #include <Tavaro/Commands/Command.h>
 
-#include <Tavaro/Model/NewProject.h>
+#include <Tavaro/Commands/Checks.h>
+#include <Tavaro/Commands/Names.h>
+#include <Tavaro/Model/OpenProject.h>
 
-#include <TavaroCore/Package/ProjectPackage.h>
-#include <TavaroCore/Project/DemoProject.h>
 #include <TavaroCore/Values/Timecode.h>
 
 #include <CLI/CLI.hpp>
@@ -30,9 +30,10 @@ void printOutline(DemoProject const& project) {
     fmt::print("canvas      {}×{}\n", project.canvas.width, project.canvas.height);
     fmt::print("background  {}\n", project.background.displayName());
     fmt::print("frame       {}\n", displayName(project.screen.frame));
-    fmt::print("capture     {}\n", log.health.summary());
-    fmt::print("log         {} pointer samples, {} clicks, {} keys\n", log.cursorSamples.size(), log.clicks.size(),
-               log.keystrokes.size());
+    if (log.health != CaptureHealth{})
+        fmt::print("capture     {}\n", log.health.summary()); // imported movies have none
+    fmt::print("log         {}, {}, {}\n", counted(log.cursorSamples.size(), "pointer sample"),
+               counted(log.clicks.size(), "click"), counted(log.keystrokes.size(), "key"));
     fmt::print("clips       {}\n", project.timeline.clips.size());
     for (auto const& clip : project.timeline.clips) {
         fmt::print("  {}–{}  {} from {}{}\n", time(clip.start), time(clip.end()), clip.asset, time(clip.sourceStart),
@@ -51,10 +52,10 @@ void addInfo(CLI::App& app) {
     };
     auto options = std::make_shared<Options>();
     auto* command = app.add_subcommand("info", "Shows what a project holds");
-    command->add_option("PROJECT", options->package, "the project, NAME.recproj")->required();
+    command->add_option("PROJECT", options->package, "the project, NAME.recproj")->required()->check(notEmpty);
     command->add_flag("--json", options->asJSON, "print the whole document");
     command->callback([options] {
-        auto const project = ProjectPackage(packagePath(options->package)).load();
+        auto const project = openProject(options->package).project;
         if (options->asJSON)
             fmt::print("{}\n", encodeProject(project));
         else

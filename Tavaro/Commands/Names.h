@@ -5,7 +5,9 @@
 
 #include <CLI/CLI.hpp>
 
+#include <cstddef>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace tavaro::commands {
@@ -17,6 +19,11 @@ template<NamedEnum E> CLI::IsMember isNameOf() {
 }
 
 inline CLI::IsMember modeNames() { return isNameOf<DemoMode>(); }
+
+/// "1 click", "2 clicks".
+inline std::string counted(std::size_t count, std::string_view noun) {
+    return std::to_string(count) + " " + std::string(noun) + (count == 1 ? "" : "s");
+}
 
 /// The parser has checked the name.
 inline DemoMode modeNamed(std::string const& name) { return enumNamed<DemoMode>(name).value(); }

@@ -1,11 +1,10 @@
 #include <Tavaro/Commands/Command.h>
 
+#include <Tavaro/Commands/Checks.h>
 #include <Tavaro/Commands/Names.h>
-#include <Tavaro/Model/NewProject.h>
+#include <Tavaro/Model/OpenProject.h>
 
 #include <TavaroCore/Direction/SmartDirector.h>
-#include <TavaroCore/Package/ProjectPackage.h>
-#include <TavaroCore/Project/DemoProject.h>
 #include <TavaroCore/Records/JSON.h>
 
 #include <CLI/CLI.hpp>
@@ -37,8 +36,7 @@ std::string flagName(std::string_view field) {
 }
 
 void polish(Options const& options) {
-    ProjectPackage const package(packagePath(options.package));
-    auto project = package.load();
+    auto [package, project] = openProject(options.package);
     if (!options.mode.empty()) project.mode = modeNamed(options.mode);
     auto const report = SmartDirector(options.polish, project.mode).polish(project);
     project.modifiedAt = Date::now();
@@ -55,7 +53,7 @@ void polish(Options const& options) {
 void addPolish(CLI::App& app) {
     auto options = std::make_shared<Options>();
     auto* command = app.add_subcommand("polish", "Turns the raw take into an edit; what was made by hand stays");
-    command->add_option("PROJECT", options->package, "the project, NAME.recproj")->required();
+    command->add_option("PROJECT", options->package, "the project, NAME.recproj")->required()->check(notEmpty);
     command->add_option("--mode", options->mode, "what kind of demo it is; the project remembers it")
         ->check(modeNames());
     forEachField<PolishOptions>([&](auto const& field) {

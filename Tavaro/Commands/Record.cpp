@@ -1,5 +1,6 @@
 #include <Tavaro/Commands/Command.h>
 
+#include <Tavaro/Commands/Checks.h>
 #include <Tavaro/Commands/Interruption.h>
 #include <Tavaro/Commands/Names.h>
 #include <Tavaro/Commands/ProgressLine.h>
@@ -67,7 +68,7 @@ void runTake(ScreenRecorder& recorder, double seconds) {
 
 void record(Options const& options) {
     auto const package = packagePath(options.output.empty() ? nameForNow() : options.output);
-    expectFree(package);
+    expectPlaceFor(package);
     auto const mode = modeNamed(options.mode);
     RecoveryStore::pruneOldRecordings();
     auto const source = sourceOf(options);
@@ -75,8 +76,8 @@ void record(Options const& options) {
     runTake(recorder, options.seconds);
     auto const take = recorder.stop();
     if (take.endedEarly) fmt::print(stderr, "{}\n", *take.endedEarly);
-    saveTake({take.movie, take.metadata, take.duration}, package,
-             mode, options.isRaw ? FirstEdit::raw : FirstEdit::polished);
+    saveTake({take.movie, take.metadata, take.duration}, package, mode,
+             options.isRaw ? FirstEdit::raw : FirstEdit::polished);
 }
 
 }
@@ -87,17 +88,19 @@ void addRecord(CLI::App& app) {
         app.add_subcommand("record", "Records a display, a window, an application or an area of the screen");
     auto* sources = command->add_option_group("source", "What to record; the main display where none is given");
     sources->add_option("--display", options->display, "a display, by its id in `tavaro sources`");
-    sources->add_option("--window", options->window, "a window, by its id in `tavaro sources`");
+    sources->add_option("--window", options->window, "a window, by its id in `tavaro sources`")
+        ->check(readableBy(parseWindowSource));
     sources->add_option("--app", options->application, "the frontmost window of an application, by name");
-    sources->add_option("--area", options->area, "X,Y,W,H in pixels of the desktop");
+    sources->add_option("--area", options->area, "X,Y,W,H in pixels of the desktop")
+        ->check(readableBy(parseAreaSource));
     sources->require_option(0, 1);
     command->add_option("--seconds", options->seconds, "end the take after that long; else Ctrl-C ends it")
-        ->check(CLI::Range(0.1, 86400.0));
+        ->check(secondsFrom(0.1, 86'400));
     command->add_option("--fps", options->fps, "frames a second")->check(CLI::Range(1, 120))->capture_default_str();
     command->add_flag("--no-keys", options->logsNoKeys, "log no keystrokes");
     command->add_option("--mode", options->mode, "what kind of demo it is")->check(modeNames())->capture_default_str();
     command->add_flag("--no-polish", options->isRaw, "leave the take as it was recorded");
-    command->add_option("-o,--output", options->output, "the project to make, NAME.recproj");
+    command->add_option("-o,--output", options->output, "the project to make, NAME.recproj")->check(notEmpty);
     command->callback([options] { record(*options); });
 }
 

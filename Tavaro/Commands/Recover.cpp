@@ -1,5 +1,6 @@
 #include <Tavaro/Commands/Command.h>
 
+#include <Tavaro/Commands/Checks.h>
 #include <Tavaro/Commands/Names.h>
 #include <Tavaro/Commands/Take.h>
 #include <Tavaro/Model/NewProject.h>
@@ -52,10 +53,10 @@ void recover(Options const& options) {
     if (options.discards) return RecoveryStore::discard(take);
     auto const package =
         packagePath(options.output.empty() ? "Recovered " + take.marker.startedAt.text() : options.output);
-    expectFree(package);
+    expectPlaceFor(package);
     auto const recovered = RecoveryStore::recover(take);
-    saveTake({recovered.movie, recovered.metadata, recovered.duration}, package,
-             modeNamed(options.mode), options.isRaw ? FirstEdit::raw : FirstEdit::polished);
+    saveTake({recovered.movie, recovered.metadata, recovered.duration}, package, modeNamed(options.mode),
+             options.isRaw ? FirstEdit::raw : FirstEdit::polished);
 }
 
 }
@@ -67,7 +68,7 @@ void addRecover(CLI::App& app) {
     command->add_flag("--discard", options->discards, "remove it instead");
     command->add_option("--mode", options->mode, "what kind of demo it is")->check(modeNames())->capture_default_str();
     command->add_flag("--no-polish", options->isRaw, "leave the take as it was recorded");
-    command->add_option("-o,--output", options->output, "the project to make, NAME.recproj");
+    command->add_option("-o,--output", options->output, "the project to make, NAME.recproj")->check(notEmpty);
     command->callback([options] { recover(*options); });
 }
 

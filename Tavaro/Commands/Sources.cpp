@@ -69,7 +69,8 @@ void print(SourceList const& list) {
                    display.isMain ? " (main)" : "");
     }
     for (auto const& window : list.windows) {
-        fmt::print("{:<16} {:<24} {}: {}\n", window.id(), place(window.frame), window.application, window.title);
+        fmt::print("{:<16} {:<24} {}: {}{}\n", window.id(), place(window.frame), window.application, window.title,
+                   window.isMinimized ? " (minimised)" : "");
     }
 }
 

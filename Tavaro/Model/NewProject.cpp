@@ -8,7 +8,9 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cmath>
+#include <unistd.h>
 
 namespace tavaro {
 
@@ -83,11 +85,19 @@ fs::path packagePath(fs::path const& given) {
     return path;
 }
 
-void expectFree(fs::path const& package) {
-    if (!fs::exists(fs::symlink_status(package))) return;
-    throw FileError(
-        FileError::Kind::cannotWrite,
-        fmt::format("Could not create the project “{}”: something with that name exists already.", package.string()));
+void expectPlaceFor(fs::path const& package) {
+    auto const fail = [&](std::string const& reason) {
+        throw FileError(FileError::Kind::cannotWrite,
+                        fmt::format("Could not create the project “{}”: {}.", package.string(), reason));
+    };
+    std::error_code ignored;
+    if (fs::exists(fs::symlink_status(package, ignored))) fail("something with that name exists already");
+    auto folder = fs::absolute(package).parent_path();
+    while (folder.has_relative_path() && !fs::exists(folder, ignored)) folder = folder.parent_path();
+    if (!fs::is_directory(folder, ignored)) fail(fmt::format("“{}” is not a folder", folder.string()));
+    if (access(folder.c_str(), W_OK | X_OK) != 0)
+        fail(fmt::format("nothing can be written into “{}” ({})", folder.string(),
+                         std::generic_category().message(errno)));
 }
 
 }

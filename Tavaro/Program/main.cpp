@@ -5,13 +5,21 @@
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <exception>
 #include <new>
+#include <string_view>
 
 namespace {
 
 constexpr int failed = 1;
 constexpr int wrongUsage = 2;
+
+bool isCommand(CLI::App const& app, std::string_view name) {
+    auto const commands = app.get_subcommands([](CLI::App const*) { return true; });
+    return std::any_of(commands.begin(), commands.end(),
+                       [&](auto const* command) { return command->get_name() == name; });
+}
 
 int run(int argc, char** argv) {
     CLI::App app{"Tavaro records your screen and turns the take into a finished video.", "tavaro"};
@@ -27,6 +35,10 @@ int run(int argc, char** argv) {
     tavaro::commands::addInfo(app);
     tavaro::commands::addPresets(app);
     tavaro::commands::addSources(app);
+    if (argc > 1 && argv[1][0] != '-' && !isCommand(app, argv[1])) {
+        fmt::print(stderr, "There is no command “{}”; `tavaro --help` lists them.\n", argv[1]);
+        return wrongUsage;
+    }
     try {
         app.parse(argc, argv);
     } catch (CLI::ParseError const& error) {

@@ -89,8 +89,8 @@ ResolvedSource resolveDisplay(Connection& connection, DisplaySource const& sourc
                                                       display.name == source.id;
         if (isWanted) return {visible(connection, display.frame, "The display " + display.id)};
     }
-    fail(
-        fmt::format("There is no display “{}”; displays here are {} to {}.", source.id, all.front().id, all.back().id));
+    fail(fmt::format("There is no display “{}”; here there {} {}{}.", source.id, all.size() == 1 ? "is" : "are",
+                     all.front().id, all.size() == 1 ? "" : " to " + all.back().id));
 }
 
 ResolvedSource resolveWindow(Connection& connection, xcb_window_t window, bool wholeApplication) {

@@ -129,7 +129,10 @@ std::optional<std::string> readWholeFile(std::filesystem::path const& file, std:
     }
     struct stat about {};
     if (fstat(in.get(), &about) != 0) failReading(file, errno);
-    if (!S_ISREG(about.st_mode)) failReading(file, S_ISDIR(about.st_mode) ? EISDIR : EINVAL);
+    if (S_ISDIR(about.st_mode)) failReading(file, EISDIR);
+    if (!S_ISREG(about.st_mode))
+        throw FileError(FileError::Kind::cannotRead,
+                        fmt::format("Could not read “{}”: it is not a plain file.", file.string()));
     if (static_cast<std::uint64_t>(about.st_size) > maxBytes)
         throw FileError(FileError::Kind::tooLarge,
                         fmt::format("Could not read “{}”: it is larger than {} bytes.", file.string(), maxBytes));

@@ -17,6 +17,15 @@ namespace {
 
 using Kind = MediaError::Kind;
 
+/// "there is no folder 'films'": what a file that cannot be made for want of its folder is told.
+std::string missingFolder(std::filesystem::path const& file) {
+    auto const folder = file.parent_path();
+    if (folder.empty()) return "its name is empty";
+    std::error_code ignored;
+    if (std::filesystem::exists(folder, ignored)) return fmt::format("'{}' is not a folder", folder.string());
+    return fmt::format("there is no folder '{}'", folder.string());
+}
+
 [[noreturn]] void raise(char const* attempt, std::filesystem::path const& file, Kind kind, std::string const& detail) {
     throw MediaError(kind, fmt::format("Could not {} '{}': {}.", attempt, file.filename().string(), detail), detail);
 }
@@ -26,7 +35,6 @@ using Kind = MediaError::Kind;
 std::string reason(int code) {
     switch (code) {
     case AVERROR(ENOENT): return "there is no such file or folder";
-    case AVERROR(ENOTDIR): return "its folder is not a folder";
     case AVERROR(EISDIR): return "it is a folder";
     case AVERROR(EACCES):
     case AVERROR(EPERM): return "permission denied";
@@ -54,7 +62,9 @@ void throwReading(std::filesystem::path const& file, Kind kind, std::string cons
 
 void throwReading(std::filesystem::path const& file, int code, Kind otherwise) {
     auto const isMissing = code == AVERROR(ENOENT) || code == AVERROR(ENOTDIR);
-    throwReading(file, isMissing ? Kind::missing : otherwise, reason(code));
+    // FFmpeg calls some files an invalid argument that are no movie.
+    throwReading(file, isMissing ? Kind::missing : otherwise,
+                 reason(code == AVERROR(EINVAL) ? AVERROR_INVALIDDATA : code));
 }
 
 void throwWriting(std::filesystem::path const& file, Kind kind, std::string const& detail) {
@@ -67,7 +77,7 @@ void throwWriting(std::filesystem::path const& file, int code, Kind otherwise) {
     case AVERROR(EDQUOT):
     case AVERROR(EFBIG): throwWriting(file, Kind::diskFull, reason(code));
     case AVERROR(ENOENT):
-    case AVERROR(ENOTDIR):
+    case AVERROR(ENOTDIR): throwWriting(file, Kind::notWritable, missingFolder(file));
     case AVERROR(EISDIR):
     case AVERROR(EACCES):
     case AVERROR(EPERM):

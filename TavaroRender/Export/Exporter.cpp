@@ -26,6 +26,7 @@ namespace {
 constexpr std::int64_t smallestSide = 16;
 constexpr std::int64_t largestSide = 16384;
 constexpr std::int64_t largestRate = 240;
+constexpr double longestMovie = 1e7; // seconds
 
 std::atomic<bool> isExporting{false};
 
@@ -86,7 +87,10 @@ void requireWritable(ExportSettings const& settings) {
 
 void requireSource(DemoProject const& project) {
     auto const size = project.sourceSize;
-    if (project.timeline.clips.empty()) throw ExportError::readerFailed("the timeline shows nothing of it");
+    double const duration = project.duration();
+    if (project.timeline.clips.empty() || duration <= 0)
+        throw ExportError::readerFailed("the timeline shows nothing of it");
+    if (!(duration <= longestMovie)) throw ExportError::readerFailed("the timeline is longer than a movie can be");
     if (size.width >= 1 && size.height >= 1) return;
     throw ExportError::readerFailed("the project gives its size as " + std::to_string(size.width) + " × " +
                                     std::to_string(size.height) + " pixels");
@@ -146,7 +150,7 @@ struct Exporter::State {
 
 std::int64_t Exporter::State::totalFrames() const {
     // Every frame that begins before the end; a rounding error of the clips' times is no frame.
-    double const frames = composer.duration() * static_cast<double>(settings.fps);
+    double const frames = std::clamp(composer.duration(), 0.0, longestMovie) * static_cast<double>(settings.fps);
     return std::max<std::int64_t>(static_cast<std::int64_t>(std::ceil(frames - 1e-4)), 1);
 }
 
@@ -185,13 +189,13 @@ void Exporter::State::finish(MovieWriter& writer) const {
 }
 
 std::filesystem::path Exporter::State::writeMovie(std::filesystem::path const& wanted, Progress const& progress) {
+    requireWritable(settings);
+    requireSource(composer.project());
     auto const total = totalFrames();
     auto const report = [&](ExportStage stage, std::int64_t framesWritten) {
         if (progress) progress({framesWritten, total, stage});
     };
     report(ExportStage::preparing, 0);
-    requireWritable(settings);
-    requireSource(composer.project());
     openMedia();
     prepareBackground();
     makeFolder(wanted.parent_path());

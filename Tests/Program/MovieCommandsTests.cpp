@@ -112,10 +112,11 @@ TEST_F(MovieCommands, aProjectWithoutItsMovieSaysWhichOneIsMissing) {
 }
 
 TEST_F(MovieCommands, damagedAndMissingProjectsAreExplained) {
-    expectFailure(tavaro({"info", path("absent.recproj")}), "has no project.json");
+    expectFailure(tavaro({"info", path("absent.recproj")}), "there is no such project");
     fs::create_directories(path("bad.recproj"));
     write("bad.recproj/project.json", R"({"zoomEvents":[{"scale":[]}]})");
-    expectFailure(tavaro({"polish", path("bad.recproj")}), "zoomEvents[0].scale: expected a number, found an array");
+    expectFailure(tavaro({"polish", path("bad")}),
+                  path("bad.recproj") + "”: zoomEvents[0].scale: expected a number, found an array");
 }
 
 TEST_F(MovieCommands, placesThatCannotBeWrittenAreNamed) {
@@ -123,7 +124,10 @@ TEST_F(MovieCommands, placesThatCannotBeWrittenAreNamed) {
     write("file", "in the way");
     expectFailure(tavaro({"import", path("clip.mp4"), "-o", path("file/tour.recproj")}), "file/tour");
     expectFailure(tavaro({"export", project, "-o", path("file/tour.mp4")}), "Could not write the export");
-    expectFailure(tavaro({"frame", project, "--at", "0", "-o", path("file/f.png")}), "f.png");
+    expectFailure(tavaro({"frame", project, "--at", "0", "-o", path("file/f.png")}),
+                  path("file") + "' is not a folder");
+    expectFailure(tavaro({"frame", project, "--at", "0", "-o", path("none/f.png")}),
+                  "there is no folder '" + path("none") + "'");
     expectFailure(tavaro({"import", path("clip.mp4"), "-o", project}), "exists already");
 }
 
@@ -153,15 +157,49 @@ TEST_F(MovieCommands, anInterruptedExportLeavesNoFile) {
     EXPECT_THAT(names(path("films")), ElementsAre());
 }
 
+TEST_F(MovieCommands, aFilmHasTheEndingOfItsContainer) {
+    auto const project = importMovie();
+    auto const written = [&](Arguments arguments) {
+        arguments.insert(arguments.begin(), {"export", project, "--size", "64x36", "--fps", "5"});
+        auto const outcome = tavaro(arguments);
+        EXPECT_EQ(outcome.exitCode, 0) << outcome.error;
+        return outcome.out;
+    };
+    EXPECT_EQ(written({"-o", path("film")}), path("film.mp4") + "\n");
+    EXPECT_EQ(written({"-o", path("film"), "--container", "mov"}), path("film.mov") + "\n");
+    EXPECT_EQ(written({"-o", path("film"), "--codec", "proRes422"}), path("film 2.mov") + "\n");
+    EXPECT_EQ(written({"-o", path("film.MOV")}), path("film.MOV") + "\n");
+    EXPECT_EQ(written({}), path("Movies/Tavaro/Exports/tour 36p.mp4") + "\n");
+}
+
+TEST_F(MovieCommands, aFramePastTheEndIsRefused) {
+    auto const project = importMovie();
+    EXPECT_EQ(tavaro({"frame", project, "--at", "4", "-o", path("last.png")}).exitCode, 0);
+    expectFailure(tavaro({"frame", project, "--at", "4.1", "-o", path("f.png")}),
+                  "There is no frame at 0:04.10: the video ends at 0:04.00.");
+    EXPECT_FALSE(fs::exists(path("f.png")));
+}
+
 TEST_F(MovieCommands, wrongUsageIsToldApartFromFailure) {
+    importMovie();
     for (auto const& arguments : std::vector<Arguments>{{},
                                                         {"dance"},
                                                         {"export"},
                                                         {"polish", "p", "--mode", "cinema"},
                                                         {"record", "--seconds", "-4"},
-                                                        {"frame", "p", "--at", "x", "-o", "f.png"}}) {
+                                                        {"record", "--seconds", "nan"},
+                                                        {"record", "--area", "1,2"},
+                                                        {"record", "--area", "10,10,0,0"},
+                                                        {"record", "--window", "nobody"},
+                                                        {"import", "clip.mp4", "-o", ""},
+                                                        {"export", "p", "-o", "tour.avi"},
+                                                        {"export", path("tour"), "--container", "mov", "-o", "a.mp4"},
+                                                        {"frame", "", "--at", "1", "-o", "f.png"},
+                                                        {"frame", "p", "--at", "x", "-o", "f.png"},
+                                                        {"frame", "p", "--at", "nan", "-o", "f.png"},
+                                                        {"frame", "p", "--at", "1", "-o", "f.jpg"}}) {
         auto const outcome = tavaro(arguments);
-        EXPECT_EQ(outcome.exitCode, 2);
+        EXPECT_EQ(outcome.exitCode, 2) << testing::PrintToString(arguments);
         EXPECT_NE(outcome.error + outcome.out, "");
     }
     EXPECT_EQ(tavaro({"--help"}).exitCode, 0);

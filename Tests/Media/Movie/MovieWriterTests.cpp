@@ -158,7 +158,7 @@ TEST(MovieWriter, aFullDiskOrABadFolderStopsWithASentence) {
         ADD_FAILURE() << "a folder that is not there was written to";
     } catch (MediaError const& error) {
         EXPECT_EQ(error.kind(), Kind::notWritable);
-        EXPECT_EQ(error.detail(), "there is no such file or folder");
+        EXPECT_EQ(error.detail(), "there is no folder '" + (folder.path() / "none").string() + "'");
     }
 }
 

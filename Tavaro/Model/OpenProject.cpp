@@ -1,0 +1,32 @@
+#include <Tavaro/Model/OpenProject.h>
+
+#include <Tavaro/Model/NewProject.h>
+
+#include <TavaroCore/Files/AtomicFile.h>
+#include <TavaroCore/Records/JSONError.h>
+
+#include <fmt/format.h>
+
+namespace tavaro {
+
+namespace {
+
+[[noreturn]] void failOpening(ProjectPackage const& package, std::string_view reason) {
+    throw FileError(FileError::Kind::cannotRead,
+                    fmt::format("Could not open the project “{}”: {}.", package.url().string(), reason));
+}
+
+}
+
+OpenProject openProject(std::filesystem::path const& given) {
+    ProjectPackage const package(packagePath(given));
+    std::error_code ignored;
+    if (!std::filesystem::exists(package.url(), ignored)) failOpening(package, "there is no such project");
+    try {
+        return {package, package.load()};
+    } catch (JSONError const& error) {
+        failOpening(package, error.what());
+    }
+}
+
+}
