@@ -60,13 +60,14 @@ Float3 backgroundBehind(CompositeUniforms const& u, ImageView image, Float2 poin
     return sampleBilinear(image, aspectFillUV(uv, image.width, image.height, u.canvasSize));
 }
 
+// Half a step of noise hides the bands that 8 bits leave in a gradient.
+float backgroundDither(Float2 point) { return (hash21(point) - 0.5f) / 255.0f; }
+
 Float4 backgroundPixel(CompositeUniforms const& u, ImageView image, Float2 point) {
     auto const mode = static_cast<BackgroundMode>(u.bgMode);
     if (mode == BackgroundMode::none) return {};
     auto color = backgroundBehind(u, image, point);
-    // Half a step of noise hides the bands that 8 bits leave in a gradient.
-    if (mode >= BackgroundMode::linear && mode <= BackgroundMode::aurora)
-        color = color + (hash21(point) - 0.5f) / 255.0f;
+    if (mode >= BackgroundMode::linear && mode <= BackgroundMode::aurora) color = color + backgroundDither(point);
     return withAlpha(color, 1);
 }
 

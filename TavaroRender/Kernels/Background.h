@@ -18,6 +18,9 @@ Float3 backgroundColor(CompositeUniforms const& uniforms, Float2 uv);
 /// The background as the loupe sees it at a canvas point: picture or formula, without dither.
 Float3 backgroundBehind(CompositeUniforms const& uniforms, ImageView image, Float2 point);
 
+/// What the dither adds to each channel of a gradient at the pixel whose centre is `point`.
+float backgroundDither(Float2 point);
+
 /// The background of the pixel whose centre is `point`: dithered against banding, transparent in mode none.
 Float4 backgroundPixel(CompositeUniforms const& uniforms, ImageView image, Float2 point);
 

@@ -25,8 +25,7 @@ void drawGradient(BackgroundRows const& rows, int y, int xBegin, int xEnd, Color
     auto const n = static_cast<int>(hn::Lanes(tag));
     auto const& u = rows.uniforms();
     Point p;
-    p.y = set(static_cast<float>(y) + 0.5f);
-    p.v = hn::Div(p.y, set(u.canvasSize.y));
+    p.v = hn::Div(set(static_cast<float>(y) + 0.5f), set(u.canvasSize.y));
     auto const secondBand = rows.mode() == BackgroundMode::aurora
                                 ? secondAuroraBand(u, (static_cast<float>(y) + 0.5f) / u.canvasSize.y)
                                 : 0.0f;
@@ -35,21 +34,20 @@ void drawGradient(BackgroundRows const& rows, int y, int xBegin, int xEnd, Color
         return Vec3{hn::LoadU(tag, columns.r.data() + x), hn::LoadU(tag, columns.g.data() + x),
                     hn::LoadU(tag, columns.b.data() + x)};
     };
+    CellNoise noise;
     for (int x = xBegin; x < xEnd; x += n) {
-        p.x = hn::Iota(tag, static_cast<float>(x) + 0.5f);
-        p.u = hn::Div(p.x, set(u.canvasSize.x));
+        p.u = hn::Div(hn::Iota(tag, static_cast<float>(x) + 0.5f), set(u.canvasSize.x));
         Vec3 color;
         switch (rows.mode()) {
         case BackgroundMode::linear: color = linearGradient(rows, p); break;
         case BackgroundMode::radial: color = radialGradient(rows, p); break;
-        case BackgroundMode::mesh: color = mesh(rows, p); break;
-        default: color = aurora(rows, p, firstColor(x), set(secondBand)); break;
+        case BackgroundMode::mesh: color = mesh(rows, p, noise); break;
+        default: color = aurora(rows, p, firstColor(x), set(secondBand), noise); break;
         }
-        auto const dither = hn::Div(sub(hash(p.x, p.y), set(0.5f)), set(255));
         auto const at = x - xBegin;
-        hn::StoreU(add(color.x, dither), tag, out.r.data() + at);
-        hn::StoreU(add(color.y, dither), tag, out.g.data() + at);
-        hn::StoreU(add(color.z, dither), tag, out.b.data() + at);
+        hn::StoreU(color.x, tag, out.r.data() + at);
+        hn::StoreU(color.y, tag, out.g.data() + at);
+        hn::StoreU(color.z, tag, out.b.data() + at);
     }
 }
 

@@ -25,7 +25,8 @@ struct VeilPlanes {
     void resize(std::size_t count);
 };
 
-/// The background a run of pixels at a time, dither included.
+/// The background a run of pixels at a time. Of gradients that the vector code draws (`isGradient`) the dither is left
+/// out: it never moves, so a veil can hold it.
 class BackgroundRows {
 public:
     /// `width` is that of the canvas. The image must stay good as long as rows are drawn.

@@ -147,7 +147,7 @@ void StillLayer::prepare(CompositePixel const& pixel, int width, int height,
             auto& veil = moves ? veils_[index] : ownVeil;
             if (!hasGeometry) {
                 planRow(pixel, rows_[index], y);
-                fillVeil(pixel, rows_[index], y, veil);
+                fillVeil(pixel, rows_[index], y, background.isGradient(), veil);
             }
             paintRow(background, rows_[index], y, veil, colors);
         }
@@ -177,7 +177,7 @@ void StillLayer::planRow(CompositePixel const& pixel, Row& row, int y) const {
     row.plainEnd = plain.end;
 }
 
-void StillLayer::fillVeil(CompositePixel const& pixel, Row const& row, int y, VeilPlanes& veil) const {
+void StillLayer::fillVeil(CompositePixel const& pixel, Row const& row, int y, bool dithers, VeilPlanes& veil) const {
     auto const& u = pixel.uniforms();
     auto const& g = pixel.geometry();
     auto const hasShadow = pixel.showsScreen() && shadowIsVisible(u);
@@ -199,10 +199,11 @@ void StillLayer::fillVeil(CompositePixel const& pixel, Row const& row, int y, Ve
             auto const layer = screenLayer(u, g, pixel.sampler(), p);
             if (layer.w > 0) lay(rgb(layer), layer.w);
         }
+        auto const dither = dithers ? backgroundDither(p) * behind : 0.0f;
         veil.behind[at] = behind;
-        veil.r[at] = added.x;
-        veil.g[at] = added.y;
-        veil.b[at] = added.z;
+        veil.r[at] = added.x + dither;
+        veil.g[at] = added.y + dither;
+        veil.b[at] = added.z + dither;
         veil.alpha[at] = added.w;
         ++at;
     }

@@ -48,7 +48,7 @@ public:
 
 private:
     void planRow(CompositePixel const& pixel, Row& row, int y) const;
-    void fillVeil(CompositePixel const& pixel, Row const& row, int y, VeilPlanes& veil) const;
+    void fillVeil(CompositePixel const& pixel, Row const& row, int y, bool dithers, VeilPlanes& veil) const;
     void paintRow(BackgroundRows const& background, Row const& row, int y, VeilPlanes const& veil, ColorPlanes& colors);
     void findContentArea();
 
