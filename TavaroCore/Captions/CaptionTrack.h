@@ -7,6 +7,7 @@
 #include <TavaroCore/Values/TimeRange.h>
 
 #include <array>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -63,6 +64,17 @@ struct CaptionCue {
 };
 static_assert(listsEveryField<CaptionCue>);
 
+/// A word in the text of a cue and the output seconds in which it is spoken.
+struct SpokenPart {
+    std::string_view text; // lies in the cue's text
+    double start = 0;
+    double end = 0;
+};
+
+/// The words of the cue's text, in order. They are timed by the cue's `words` where those are as many; else they share
+/// the cue's time by their length, as in a text written by hand.
+std::vector<SpokenPart> spokenParts(CaptionCue const& cue);
+
 struct CaptionTrack {
     bool isEnabled = false;
     CaptionStyle style = CaptionStyle::minimal;
@@ -75,6 +87,17 @@ struct CaptionTrack {
     CaptionReveal reveal = CaptionReveal::line;
     CaptionAnimation animation = CaptionAnimation::fade;
     CaptionFont font = CaptionFont::system;
+
+    /// The cue shown at output time t; of several that which is listed last. Null when there is none.
+    CaptionCue const* cue(double at) const;
+    /// The beginning of the cue's text that `reveal` shows at output time t: all of it, or up to the word being spoken.
+    std::string_view visibleText(CaptionCue const& of, double at) const;
+
+    /// Captions of a typed text over a span of output time: each is filled up to `maxCharacters` Unicode scalar values
+    /// at word borders (scripts that write without blanks are broken where their words end) and lasts its share of the
+    /// span by its number of characters, as do the words in it. A longer word is a caption of its own.
+    static std::vector<CaptionCue> cuesFromScript(std::string_view script, double start, double duration,
+                                                  std::int64_t maxCharacters = 42);
 
     static constexpr auto fields = std::tuple{
         field("isEnabled", &CaptionTrack::isEnabled),

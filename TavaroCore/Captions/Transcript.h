@@ -20,6 +20,10 @@ struct TranscriptWord {
     float confidence = 0;
 
     double duration() const { return end - start; }
+    /// The text in lower case, without the punctuation and white space around it.
+    std::string bare() const;
+    /// A sound of hesitation, as "Um," or "hmm".
+    bool isFiller() const;
 
     static constexpr auto fields = std::tuple{
         field("id", &TranscriptWord::id),
@@ -38,6 +42,10 @@ struct Transcript {
     std::string localeIdentifier;
     Date createdAt = Date::now();
     Data envelope; // packed level envelope of the audio
+
+    /// The words' texts with a blank between each two.
+    std::string plainText() const;
+    std::vector<TranscriptWord> fillerWords() const;
 
     static constexpr auto fields = std::tuple{
         field("words", &Transcript::words),

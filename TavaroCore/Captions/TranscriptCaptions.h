@@ -1,0 +1,21 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+namespace tavaro {
+
+struct CaptionCue;
+struct DemoProject;
+
+struct CaptionBreaks {
+    std::int64_t maxCharacters = 42; // of a cue, in Unicode scalar values; only a single longer word exceeds it
+    double breakOnPause = 0.8;       // seconds of silence that end a cue
+};
+
+/// Captions of the words that the edit shows, without the filler words. A cue ends before a pause or when it is full,
+/// and after a sentence that has filled more than a third of it; then it stays on the screen until the next cue, for
+/// one second at most. A transcript word of several written words ("going to") shares its time among them.
+std::vector<CaptionCue> captionCuesFromTranscript(DemoProject const& project, CaptionBreaks const& breaks = {});
+
+}
