@@ -33,7 +33,7 @@ constexpr int middleValue = 128;
 /// between a column's two texels: a tap is off by half a step at most, where black meets white.
 using ByteRow = TexelRow<2 * lanes, std::uint8_t>;
 
-HWY_INLINE void readBytes(ByteRow const& row, ImageView image, int y) {
+HWY_NOINLINE void readBytes(ByteRow const& row, ImageView image, int y) {
     row.read(image, y, [&](std::uint8_t const* texels, int x) HWY_ATTR {
         TagBytes const tag;
         TexelPairs const first(texels);
@@ -48,23 +48,31 @@ HWY_INLINE void readBytes(ByteRow const& row, ImageView image, int y) {
     });
 }
 
-/// What the columns of one vector read, from `column` of the plan on: two texels each.
+/// What the columns of one vector read: two texels each.
 class TapColumns {
 public:
+    /// `column` is the first of the tile's in the plan's tables.
     HWY_INLINE TapColumns(ColumnTable const& table, std::size_t column)
         : base_(table.base.data() + column / window)
-        , pairs_(hn::BitCast(TagBytes(), hn::Load(TagU16(), table.index.data() + column)))
-        , weights_(hn::BitCast(TagBytes(), hn::Load(TagU16(), table.weight.data() + column))) {}
+        , index_(table.index.data() + column)
+        , weight_(table.weight.data() + column) {}
 
-    HWY_INLINE Vec16 blend(ByteRow const& row, int channel) const {
-        auto const* p = row.at(channel, base_[0]);
+    /// Moves to the columns from `i` of the tile on.
+    HWY_INLINE void load(int i) {
+        first_ = base_ + i / window;
+        pairs_ = hn::BitCast(TagBytes(), hn::Load(TagU16(), index_ + i));
+        weights_ = hn::BitCast(TagBytes(), hn::Load(TagU16(), weight_ + i));
+    }
+
+    HWY_INLINE Vec16 blend(ByteRow::Planes const& planes, int channel) const {
+        auto const* p = planes.texel[channel] + first_[0];
         TagBytes const tag;
 #if HWY_TARGET <= HWY_AVX3_DL
         auto const texels = hn::LoadU(tag, p);
         return Vec16{_mm512_maddubs_epi16(weights_.raw, _mm512_permutexvar_epi8(pairs_.raw, texels.raw))};
 #elif HWY_TARGET <= HWY_AVX2
         hn::Half<TagBytes> const half;
-        auto const texels = hn::Combine(tag, hn::LoadU(half, row.at(channel, base_[1])), hn::LoadU(half, p));
+        auto const texels = hn::Combine(tag, hn::LoadU(half, planes.texel[channel] + first_[1]), hn::LoadU(half, p));
         return Vec16{_mm256_maddubs_epi16(weights_.raw, hn::TableLookupBytes(texels, pairs_).raw)};
 #else
         return weighted(hn::TableLookupBytes(hn::LoadU(tag, p), pairs_));
@@ -83,6 +91,10 @@ private:
     }
 
     int const* base_;
+    std::uint16_t const* index_;
+    std::uint16_t const* weight_;
+    // Of the columns at hand:
+    int const* first_;
     hn::Vec<TagBytes> pairs_;
     hn::Vec<TagBytes> weights_;
 };
@@ -114,7 +126,7 @@ public:
     void use(std::int16_t* memory) { memory_ = reinterpret_cast<std::uint8_t*>(memory); }
 
     HWY_INLINE ByteRow row(int tap, int y) {
-        auto const slot = static_cast<std::size_t>(y) % slots_;
+        auto const slot = static_cast<std::size_t>(y) & (slots_ - 1);
         ByteRow const row{memory_ + slot * room_, reaches_[tap].first, reaches_[tap].end};
         auto const& image = tile_.plan.tap(tap).image;
         if (held_[slot] != image.row(y)) readBytes(row, image, y);
@@ -136,7 +148,7 @@ private:
     }
 
     Tile const& tile_;
-    std::size_t slots_;
+    std::size_t slots_; // a power of two
     std::size_t room_ = 0;
     std::uint8_t* memory_ = nullptr;
     ColumnTable::Reach reaches_[maximumTaps];
@@ -219,11 +231,12 @@ private:
 
     HWY_NOINLINE void resample(int t, int y, std::int16_t* out) {
         auto const texels = texels_.row(t, y);
-        auto const& table = tile_.plan.tap(t).columns;
+        ByteRow::Planes const planes(texels);
+        TapColumns columns(tile_.plan.tap(t).columns, tile_.column());
         auto const width = tile_.right() - tile_.left();
         for (int i = 0; i < width; i += lanes) {
-            TapColumns const columns(table, tile_.column() + static_cast<std::size_t>(i));
-            for (int c = 0; c < channels; ++c) hn::Store(columns.blend(texels, c), Tag16(), out + c * tileWidth + i);
+            columns.load(i);
+            for (int c = 0; c < channels; ++c) hn::Store(columns.blend(planes, c), Tag16(), out + c * tileWidth + i);
         }
     }
 
