@@ -98,7 +98,7 @@ public:
                      float magnification);
 
     /// Tiles keep the tables of their columns in the first-level cache while rows pass by.
-    static constexpr int tileWidth = 256;
+    static constexpr int tileWidth = 384;
     int tileCount() const { return (area_.right - area_.left + tileWidth - 1) / tileWidth; }
     int tileBegin(int tile) const { return area_.left + tile * tileWidth; }
 
