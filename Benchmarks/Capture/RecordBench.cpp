@@ -64,7 +64,7 @@ pid_t startServer(std::string& display) {
         throw std::runtime_error("Xvfb is not installed");
     });
     close(ends[1]);
-    display = ":";
+    display.assign(1, ':');
     for (char c; read(ends[0], &c, 1) == 1 && c != '\n';) display += c;
     close(ends[0]);
     if (display.size() < 2) std::exit(1);
