@@ -1,5 +1,6 @@
 #include <Tavaro/Model/NewProject.h>
 
+#include <TavaroCore/Errors/SystemReason.h>
 #include <TavaroCore/Files/AtomicFile.h>
 #include <TavaroCore/Package/ProjectPackage.h>
 #include <TavaroMedia/Movie/MovieReader.h>
@@ -96,8 +97,7 @@ void expectPlaceFor(fs::path const& package) {
     while (folder.has_relative_path() && !fs::exists(folder, ignored)) folder = folder.parent_path();
     if (!fs::is_directory(folder, ignored)) fail(fmt::format("“{}” is not a folder", folder.string()));
     if (access(folder.c_str(), W_OK | X_OK) != 0)
-        fail(fmt::format("nothing can be written into “{}” ({})", folder.string(),
-                         std::generic_category().message(errno)));
+        fail(fmt::format("nothing can be written into “{}” ({})", folder.string(), systemReason(errno)));
 }
 
 }

@@ -2,6 +2,7 @@
 
 #include <TavaroCapture/Recovery/RecoveryStore.h>
 #include <TavaroCapture/Segments/RecordingManifest.h>
+#include <TavaroCore/Errors/SystemReason.h>
 #include <TavaroCore/Files/AtomicFile.h>
 #include <TavaroMedia/Errors/MediaError.h>
 #include <TavaroMedia/Movie/JoinMovies.h>
@@ -42,7 +43,7 @@ void ScreenRecorder::Take::prepareFolder() {
     if (error || !claim_)
         throw CaptureError(CaptureError::Kind::writeFailed,
                            fmt::format("Could not write the recording: “{}” cannot be made{}.", directory_.string(),
-                                       error ? " (" + error.message() + ")" : ""));
+                                       error ? " (" + systemReason(error.value()) + ")" : ""));
     try {
         writer_ = std::make_unique<SegmentWriter>(
             SegmentWriter::Options{directory_, recordingID_, static_cast<int>(size_.width),

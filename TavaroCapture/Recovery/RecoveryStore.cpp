@@ -4,6 +4,7 @@
 #include <TavaroCapture/Recovery/MetadataCheckpoints.h>
 #include <TavaroCapture/Recovery/WorkingFolderClaim.h>
 #include <TavaroCapture/Sources/CaptureError.h>
+#include <TavaroCore/Errors/SystemReason.h>
 #include <TavaroMedia/Errors/MediaError.h>
 #include <TavaroMedia/Movie/JoinMovies.h>
 #include <TavaroMedia/Movie/MovieReader.h>
@@ -112,7 +113,7 @@ bool isWorkingFolder(fs::path const& directory) {
 void removeFolder(fs::path const& directory) {
     std::error_code error;
     fs::remove_all(directory, error);
-    if (error) failRecovery(fmt::format("Could not remove “{}”: {}.", directory.string(), error.message()));
+    if (error) failRecovery(fmt::format("Could not remove “{}”: {}.", directory.string(), systemReason(error.value())));
 }
 
 }

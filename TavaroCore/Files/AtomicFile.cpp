@@ -1,10 +1,11 @@
 #include <TavaroCore/Files/AtomicFile.h>
 
+#include <TavaroCore/Errors/SystemReason.h>
+
 #include <cerrno>
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <sys/stat.h>
-#include <system_error>
 #include <unistd.h>
 
 namespace tavaro {
@@ -27,15 +28,14 @@ private:
     int value_;
 };
 
-std::string reason(int code) { return std::system_category().message(code); }
-
 [[noreturn]] void failWriting(std::filesystem::path const& file, int code) {
     auto const kind = code == ENOSPC || code == EDQUOT ? FileError::Kind::diskFull : FileError::Kind::cannotWrite;
-    throw FileError(kind, fmt::format("Could not write “{}”: {}.", file.string(), reason(code)));
+    throw FileError(kind, fmt::format("Could not write “{}”: {}.", file.string(), systemReason(code)));
 }
 
 [[noreturn]] void failReading(std::filesystem::path const& file, int code) {
-    throw FileError(FileError::Kind::cannotRead, fmt::format("Could not read “{}”: {}.", file.string(), reason(code)));
+    throw FileError(FileError::Kind::cannotRead,
+                    fmt::format("Could not read “{}”: {}.", file.string(), systemReason(code)));
 }
 
 /// 0, or the error that stopped it.

@@ -1,8 +1,10 @@
 #include <TavaroCore/Package/ProjectPackage.h>
 
+#include <TavaroCore/Errors/SystemReason.h>
 #include <TavaroCore/Files/AtomicFile.h>
 #include <TavaroCore/Project/DemoProject.h>
 
+#include <cerrno>
 #include <fmt/format.h>
 
 namespace tavaro {
@@ -14,9 +16,17 @@ namespace {
 // A field of keystrokes in older documents that held what was typed.
 constexpr std::string_view typedTextKey = "\"characters\":";
 
-[[noreturn]] void failImporting(fs::path const& from, std::string const& reason, bool isDiskFull = false) {
-    throw FileError(isDiskFull ? FileError::Kind::diskFull : FileError::Kind::cannotWrite,
-                    fmt::format("Could not bring “{}” into the project: {}.", from.string(), reason));
+[[noreturn]] void failImporting(fs::path const& from, std::string const& reason,
+                                FileError::Kind kind = FileError::Kind::cannotWrite) {
+    throw FileError(kind, fmt::format("Could not bring “{}” into the project: {}.", from.string(), reason));
+}
+
+/// Copying tells of a full disk in one way or another.
+bool lacksRoom(std::error_code code, fs::path const& from, fs::path const& folder) {
+    if (code == std::errc::no_space_on_device) return true;
+    std::error_code unknown;
+    auto const available = fs::space(folder, unknown).available;
+    return code == std::errc::io_error && !unknown && available < fs::file_size(from, unknown);
 }
 
 /// "take.mov", or "take 2.mov" and so on when that is taken.
@@ -41,7 +51,8 @@ void copyBeside(fs::path const& from, fs::path const& to) {
     if (!code) return;
     std::error_code ignored;
     fs::remove(temporary, ignored);
-    failImporting(from, code.message(), code == std::errc::no_space_on_device);
+    if (lacksRoom(code, from, to.parent_path())) failImporting(from, systemReason(ENOSPC), FileError::Kind::diskFull);
+    failImporting(from, systemReason(code.value()));
 }
 
 }
@@ -57,8 +68,8 @@ void ProjectPackage::createDirectories() const {
     std::error_code code;
     fs::create_directories(assetsURL(), code);
     if (code) {
-        throw FileError(FileError::Kind::cannotWrite,
-                        fmt::format("Could not create the project “{}”: {}.", url_.string(), code.message()));
+        throw FileError(FileError::Kind::cannotWrite, fmt::format("Could not create the project “{}”: {}.",
+                                                                  url_.string(), systemReason(code.value())));
     }
 }
 
@@ -96,7 +107,7 @@ void ProjectPackage::scrubTypedTextIfNeeded(std::string_view document, DemoProje
 
 std::string ProjectPackage::importAsset(fs::path const& from, ImportMode mode) const {
     std::error_code code;
-    if (!fs::is_regular_file(from, code)) failImporting(from, code ? code.message() : "it is not a file");
+    if (!fs::is_regular_file(from, code)) failImporting(from, code ? systemReason(code.value()) : "it is not a file");
     createDirectories();
     auto const wanted = confinedAssetName(from.filename().string());
     if (fs::equivalent(from, assetsURL() / wanted, code)) return wanted;

@@ -1,5 +1,7 @@
 #include <TavaroMedia/FFmpeg/Failures.h>
 
+#include <TavaroCore/Errors/SystemReason.h>
+
 #include <cerrno>
 #include <mutex>
 
@@ -34,16 +36,6 @@ std::string missingFolder(std::filesystem::path const& file) {
 
 std::string reason(int code) {
     switch (code) {
-    case AVERROR(ENOENT): return "there is no such file or folder";
-    case AVERROR(EISDIR): return "it is a folder";
-    case AVERROR(EACCES):
-    case AVERROR(EPERM): return "permission denied";
-    case AVERROR(EROFS): return "the disk is read-only";
-    case AVERROR(ENOSPC): return "the disk is full";
-    case AVERROR(EDQUOT): return "the disk quota is used up";
-    case AVERROR(EFBIG): return "the file would be larger than this disk or user may write";
-    case AVERROR(ENOMEM): return "it needs more memory than there is";
-    case AVERROR(ENAMETOOLONG): return "the name is too long";
     case AVERROR_INVALIDDATA: return "it is damaged, or not a movie";
     case AVERROR_EOF: return "it ends too early";
     case AVERROR_DECODER_NOT_FOUND: return "there is no decoder for it here";
@@ -51,6 +43,8 @@ std::string reason(int code) {
     case AVERROR_EXTERNAL: return "the encoder failed";
     default: break;
     }
+    constexpr int largestErrorNumber = 4095; // FFmpeg's own codes are four letters, far beyond
+    if (AVUNERROR(code) > 0 && AVUNERROR(code) <= largestErrorNumber) return systemReason(AVUNERROR(code));
     char text[AV_ERROR_MAX_STRING_SIZE] = {};
     av_strerror(code, text, sizeof text);
     return text;

@@ -8,6 +8,7 @@
 #include <optional>
 #include <set>
 
+#include <TavaroCore/Errors/SystemReason.h>
 #include <TavaroCore/Export/ExportFile.h>
 #include <TavaroCore/Export/ExportSettings.h>
 #include <TavaroCore/Project/DemoProject.h>
@@ -100,8 +101,8 @@ void makeFolder(std::filesystem::path const& folder) {
     std::error_code failure;
     if (!folder.empty()) std::filesystem::create_directories(folder, failure);
     if (failure) {
-        throw ExportError::writerFailed("the folder '" + folder.string() + "' cannot be made (" + failure.message() +
-                                        ")");
+        throw ExportError::writerFailed("the folder '" + folder.string() + "' cannot be made (" +
+                                        systemReason(failure.value()) + ")");
     }
 }
 

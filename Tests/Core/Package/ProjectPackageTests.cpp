@@ -8,6 +8,7 @@
 
 #include <csignal>
 #include <fstream>
+#include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -128,4 +129,22 @@ TEST_F(ProjectPackageTest, aSaveThatCannotFinishLeavesBothDocumentsAsTheyWere) {
     EXPECT_EQ(package.load(), second);
     EXPECT_EQ(decodeProject(read(package.backupFileURL())), first);
     EXPECT_EQ(filesInPackage(), 3u);
+}
+
+TEST_F(ProjectPackageTest, anAssetThatTheDiskHasNoRoomForIsRefusedAsThat) {
+    auto const disk = folder / "disk";
+    fs::create_directory(disk);
+    if (mount("tmpfs", disk.c_str(), "tmpfs", 0, "size=64k") != 0) GTEST_SKIP() << "no right to mount a small disk";
+    write(folder / "clip.mov", std::string(200'000, 'x'));
+    ProjectPackage const small(disk / "take.recproj");
+    try {
+        small.importAsset(folder / "clip.mov");
+        ADD_FAILURE() << "it was imported";
+    } catch (FileError const& error) {
+        EXPECT_EQ(error.kind, FileError::Kind::diskFull);
+        EXPECT_TRUE(std::string(error.what()).ends_with("into the project: the disk is full.")) << error.what();
+    }
+    EXPECT_TRUE(fs::is_empty(small.assetsURL()));
+    EXPECT_TRUE(fs::exists(folder / "clip.mov"));
+    umount(disk.c_str());
 }
