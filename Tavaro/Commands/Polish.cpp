@@ -4,11 +4,14 @@
 #include <Tavaro/Commands/Names.h>
 #include <Tavaro/Model/OpenProject.h>
 
+#include <TavaroCore/Direction/CameraDirector.h>
 #include <TavaroCore/Direction/SmartDirector.h>
 #include <TavaroCore/Records/JSON.h>
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
+
+#include <algorithm>
 
 namespace tavaro::commands {
 
@@ -17,7 +20,9 @@ namespace {
 struct Options {
     std::string package;
     std::string mode;
+    std::string cameraDirector;
     PolishOptions polish;
+    bool asReport = false;
     bool asJSON = false;
 };
 
@@ -35,9 +40,31 @@ std::string flagName(std::string_view field) {
     return name;
 }
 
+void printReport(DirectorReport const& report, DemoProject const& project) {
+    auto const automatic = [](auto const& items) {
+        return std::count_if(items.begin(), items.end(), [](auto const& item) { return item.isAutomatic; });
+    };
+    fmt::print("{:<24} {}\n", "zooms added", report.zoomsAdded);
+    fmt::print("{:<24} {}\n", "clicks detected", report.clicksDetected);
+    fmt::print("{:<24} {}\n", "pointer samples smoothed", report.cursorSamplesSmoothed);
+    fmt::print("{:<24} {}, {:.1f} s\n", "silences found", report.silencesFound, report.silenceSecondsRemovable);
+    fmt::print("{:<24} {}\n", "keycaps added", report.overlaysAdded);
+    fmt::print("{:<24} {}\n", "captions made", report.captionCues);
+    fmt::print("{:<24} {}\n", "camera scenes", automatic(project.layoutCues));
+    for (auto const& cue : project.layoutCues) {
+        if (cue.isAutomatic)
+            fmt::print("  {:7.1f} s  {:<11} {}\n", cue.time, nameOf(cue.scene), cue.reason.value_or(""));
+    }
+    fmt::print("{:<24} {}\n", "camera moves", automatic(project.cameraMoves));
+}
+
 void polish(Options const& options) {
     auto [package, project] = openProject(options.package);
     if (!options.mode.empty()) project.mode = modeNamed(options.mode);
+    if (auto const style = enumNamed<CameraDirectorStyle>(options.cameraDirector)) {
+        project.cameraDirectorStyle = *style;
+        if (*style == CameraDirectorStyle::off) clearCameraDirection(project);
+    }
     auto const report = SmartDirector(options.polish, project.mode).polish(project);
     project.modifiedAt = Date::now();
     package.save(project);
@@ -46,6 +73,7 @@ void polish(Options const& options) {
         return;
     }
     for (auto const& line : report.summaryLines()) fmt::print("{}\n", line);
+    if (options.asReport) printReport(report, project);
 }
 
 }
@@ -61,6 +89,12 @@ void addPolish(CLI::App& app) {
         auto const text = options->polish.*field.member ? "" : "switch it on";
         command->add_flag("--" + name + ",!--no-" + name, options->polish.*field.member, text);
     });
+    command
+        ->add_option("--camera-director", options->cameraDirector,
+                     "how the camera is directed; the project remembers it")
+        ->check(isNameOf<CameraDirectorStyle>());
+    command->add_flag("--report", options->asReport,
+                      "print every count, and the scenes of the camera with their reasons");
     command->add_flag("--json", options->asJSON, "print the report as JSON");
     command->callback([options] { polish(*options); });
 }

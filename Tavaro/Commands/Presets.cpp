@@ -2,26 +2,48 @@
 
 #include <TavaroCore/Export/ExportPreset.h>
 #include <TavaroCore/Records/JSON.h>
+#include <TavaroCore/Style/BackgroundPreset.h>
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
 namespace tavaro::commands {
 
+namespace {
+
+void printExportPresets() {
+    for (auto const& preset : ExportPreset::all()) {
+        fmt::print("{:<15} {:<17} {:<36} {} {}\n", preset.id, preset.name, preset.detail, displayName(preset.container),
+                   preset.container == ExportContainer::gif ? "" : displayName(preset.codec));
+    }
+}
+
+void printBackgrounds() {
+    for (auto const& preset : BackgroundPreset::all()) {
+        fmt::print("{:<16} {:<16} {}\n", preset.id, preset.name, title(preset.family));
+    }
+}
+
+}
+
 void addPresets(CLI::App& app) {
-    auto asJSON = std::make_shared<bool>(false);
-    auto* command = app.add_subcommand("presets", "Lists the export presets");
-    command->add_flag("--json", *asJSON, "print them as JSON");
-    command->callback([asJSON] {
-        auto const presets = ExportPreset::all();
-        if (*asJSON) {
-            fmt::print("{}\n", encodeJSON(std::vector(presets.begin(), presets.end())));
-            return;
-        }
-        for (auto const& preset : presets) {
-            fmt::print("{:<15} {:<17} {:<36} {} {}\n", preset.id, preset.name, preset.detail,
-                       displayName(preset.container),
-                       preset.container == ExportContainer::gif ? "" : displayName(preset.codec));
+    struct Options {
+        bool backgrounds = false;
+        bool asJSON = false;
+    };
+    auto options = std::make_shared<Options>();
+    auto* command = app.add_subcommand("presets", "Lists the export presets, or the built-in backgrounds");
+    command->add_flag("--backgrounds", options->backgrounds, "the backgrounds instead");
+    command->add_flag("--json", options->asJSON, "print them as JSON");
+    command->callback([options] {
+        if (options->asJSON) {
+            auto const presets = ExportPreset::all();
+            fmt::print("{}\n", options->backgrounds ? encodeJSON(BackgroundPreset::all())
+                                                    : encodeJSON(std::vector(presets.begin(), presets.end())));
+        } else if (options->backgrounds) {
+            printBackgrounds();
+        } else {
+            printExportPresets();
         }
     });
 }

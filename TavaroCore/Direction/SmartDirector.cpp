@@ -1,11 +1,17 @@
 #include <TavaroCore/Direction/SmartDirector.h>
 
 #include <TavaroCore/Cursor/CursorSmoother.h>
+#include <TavaroCore/Direction/CameraDirector.h>
+#include <TavaroCore/Direction/ScreenActivity.h>
+#include <TavaroCore/Direction/SilenceDetector.h>
 #include <TavaroCore/Project/DemoProject.h>
 #include <TavaroCore/Style/BackgroundPreset.h>
 #include <TavaroCore/Timeline/RecordingOnTimeline.h>
+#include <TavaroCore/Timeline/SourceIndex.h>
 
 #include <algorithm>
+#include <iterator>
+#include <limits>
 
 namespace tavaro {
 
@@ -13,6 +19,9 @@ namespace {
 
 constexpr double clickPinSeconds = 0.09;
 constexpr std::size_t polishBackground = 6; // entry of the built-in presets
+constexpr SilenceDetector silenceDetector{
+    .threshold = 0.018f, .minimumDuration = 1.2, .padding = 0.25, .bucketSeconds = 0.1};
+constexpr std::int64_t captionCharacters = 42;
 
 /// Smooths from the path as recorded, which the first smoothing keeps, so that smoothing again changes nothing.
 std::int64_t smoothPointer(DemoProject& project) {
@@ -58,20 +67,109 @@ void applyLook(DemoProject& project, DemoMode mode) {
     if (project.background.isNone()) project.background = BackgroundPreset::all()[polishBackground].style;
 }
 
+/// Length of the recording that the log belongs to.
+double recordedSeconds(DemoProject const& project) {
+    double seconds = project.metadata->duration();
+    for (auto const& clip : project.timeline.clips) {
+        auto const known = project.assetDurations.find(clip.asset);
+        seconds = std::max(seconds, known != project.assetDurations.end() ? known->second
+                                                                          : clip.sourceStart + clip.sourceSpan());
+    }
+    return seconds;
+}
+
+/// Silences of the recording where the edit shows them. An edit that shows all of it in one piece has its own length.
+std::vector<SilenceSpan> silencesOnTimeline(DemoProject const& project) {
+    auto const& recording = *project.metadata;
+    auto const& clips = project.timeline.clips;
+    bool const isWhole = clips.size() == 1 && clips[0].start == 0 && clips[0].sourceStart == 0 && clips[0].speed == 1;
+    double const recorded = recordedSeconds(project);
+    if (isWhole && recorded - project.duration() < 0.001) return silenceDetector.detect(recording, project.duration());
+    SourceIndex const index(project.timeline);
+    std::vector<SilenceSpan> spans;
+    for (auto const& span : silenceDetector.detect(recording, recorded)) {
+        for (auto const& shown : shownRanges(span.range(), index)) {
+            spans.push_back({.start = shown.start, .duration = shown.duration, .isRemoved = true});
+        }
+    }
+    std::stable_sort(spans.begin(), spans.end(), [](auto const& a, auto const& b) { return a.start < b.start; });
+    return spans;
+}
+
+void findSilences(DemoProject& project, DirectorReport& report) {
+    project.silences = silencesOnTimeline(project);
+    report.silencesFound = static_cast<std::int64_t>(project.silences.size());
+    for (auto const& span : project.silences) report.silenceSecondsRemovable += span.duration;
+}
+
+void enhanceAudio(DemoProject& project) {
+    for (auto& track : project.audioTracks) {
+        if (track.role == AudioRole::microphone) track.noiseReduction = track.voiceClarity = track.normalize = true;
+        if (track.role == AudioRole::music) track.duckedBy = AudioRole::voiceover;
+    }
+}
+
+void placeCamera(CameraSettings& camera, RecordingMetadata const& onTimeline) {
+    camera.placement = SmartDirector::bestCameraPlacement(onTimeline);
+    camera.avoidsContent = true;
+}
+
+/// Appends keycaps where no keycap made by hand is shown.
+std::int64_t addKeycaps(DemoProject& project, RecordingMetadata const& onTimeline) {
+    auto keycaps = SmartDirector::keystrokeOverlays(onTimeline);
+    auto const isCovered = [&](Overlay const& made) {
+        return std::any_of(project.overlays.begin(), project.overlays.end(), [&](Overlay const& other) {
+            return std::holds_alternative<OverlayKind::Keycap>(other.kind.content) &&
+                   other.range().intersects(made.range());
+        });
+    };
+    std::erase_if(keycaps, isCovered);
+    for (auto& keycap : keycaps) keycap.duration = std::min(keycap.duration, project.duration() - keycap.start);
+    auto const count = static_cast<std::int64_t>(keycaps.size());
+    auto& overlays = project.overlays;
+    overlays.insert(overlays.end(), std::make_move_iterator(keycaps.begin()), std::make_move_iterator(keycaps.end()));
+    return count;
+}
+
+/// Captions of what the voice-over says.
+std::int64_t captionVoiceover(DemoProject& project) {
+    if (!project.voiceover || project.voiceover->segments.empty()) return 0;
+    std::vector<CaptionCue> cues;
+    for (auto const& segment : project.voiceover->segments) {
+        auto spoken = CaptionTrack::cuesFromScript(segment.text, segment.start, segment.duration(), captionCharacters);
+        cues.insert(cues.end(), std::make_move_iterator(spoken.begin()), std::make_move_iterator(spoken.end()));
+    }
+    project.captions.cues = std::move(cues);
+    project.captions.isEnabled = true;
+    return static_cast<std::int64_t>(project.captions.cues.size());
+}
+
 }
 
 DirectorReport SmartDirector::polish(DemoProject& project) const {
     DirectorReport report;
     project.clearAutomaticEdits();
     if (settings_.cursorSmoothing) report.cursorSamplesSmoothed = smoothPointer(project);
-    if (settings_.smartZoom && mode_ != DemoMode::plain) {
-        report.zoomsAdded = addZooms(project, *this, onTimeline(*project.metadata, project.timeline));
-    }
+    auto const recording = onTimeline(*project.metadata, project.timeline);
+    if (settings_.smartZoom && mode_ != DemoMode::plain) report.zoomsAdded = addZooms(project, *this, recording);
     highlightClicks(project.cursor, settings_.clickHighlights);
     if (!settings_.motionBlur) stillAutomaticZooms(project);
     if (settings_.background) applyLook(project, mode_);
+    if (settings_.removeSilence) findSilences(project, report);
+    if (settings_.audioEnhancement) enhanceAudio(project);
+    if (settings_.cameraPositioning && project.camera.isEnabled) {
+        placeCamera(project.camera, recording);
+        directCamera(project, recording);
+    }
+    if (settings_.keystrokeOverlays) report.overlaysAdded = addKeycaps(project, recording);
+    if (settings_.captions) report.captionCues = captionVoiceover(project);
     report.clicksDetected = static_cast<std::int64_t>(project.metadata->clicks.size());
     return report;
+}
+
+CameraPlacement SmartDirector::bestCameraPlacement(RecordingMetadata const& recording) {
+    constexpr double always = std::numeric_limits<double>::infinity();
+    return ScreenActivity(recording).quietestCorner({0, always});
 }
 
 }

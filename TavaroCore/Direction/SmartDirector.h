@@ -12,7 +12,9 @@
 namespace tavaro {
 
 struct ClickEvent;
+enum class CameraPlacement;
 struct DemoProject;
+struct Overlay;
 struct RecordingMetadata;
 struct ScreenStyle;
 struct ZoomEvent;
@@ -56,6 +58,13 @@ public:
 
     /// The framing that a mode promises.
     static ScreenStyle screenStyle(DemoMode mode);
+
+    /// The corner near which least happens; of equally quiet ones bottom right, then bottom left, top right, top left.
+    static CameraPlacement bestCameraPlacement(RecordingMetadata const& recording);
+
+    /// A keycap for each shortcut, none for plain typing. Quick repeats share one, no two overlap, and each stays at
+    /// least 0.6 s: what follows sooner waits, or is left out when it would come a second late.
+    static std::vector<Overlay> keystrokeOverlays(RecordingMetadata const& recording);
 
 private:
     PolishOptions settings_;

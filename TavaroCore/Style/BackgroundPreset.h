@@ -10,10 +10,10 @@
 namespace tavaro {
 
 /// How the built-in backgrounds are grouped where they are chosen.
-enum class BackgroundFamily { gradient, glow, mesh, motion, solid };
+enum class BackgroundFamily { gradient, mesh, glow, aurora, solid };
 
 constexpr std::array<std::string_view, 5> namesOf(BackgroundFamily) {
-    return {"gradient", "glow", "mesh", "motion", "solid"};
+    return {"gradient", "mesh", "glow", "aurora", "solid"};
 }
 
 std::string_view title(BackgroundFamily family);
@@ -25,6 +25,12 @@ struct BackgroundPreset {
     BackgroundStyle style;
     BackgroundFamily family = BackgroundFamily::gradient;
 
+    static constexpr auto fields = std::tuple{
+        field("id", &BackgroundPreset::id),
+        field("name", &BackgroundPreset::name),
+        field("style", &BackgroundPreset::style),
+        field("family", &BackgroundPreset::family),
+    };
     bool operator==(BackgroundPreset const&) const = default;
 
     /// Every preset, grouped by family. The seventh is the one that Auto Polish picks.
@@ -32,5 +38,6 @@ struct BackgroundPreset {
     /// Null when there is none of that id.
     static BackgroundPreset const* withID(std::string_view id);
 };
+static_assert(listsEveryField<BackgroundPreset>);
 
 }

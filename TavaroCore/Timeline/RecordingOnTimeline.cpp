@@ -40,29 +40,25 @@ std::vector<ClickEvent> mappedClicks(std::vector<ClickEvent> const& clicks, Sour
     return result;
 }
 
-/// Appends what the edit shows of one span; parts that stay end to end stay one.
-void appendShown(AppFocusSpan const& span, SourceIndex const& index, std::vector<AppFocusSpan>& result) {
-    constexpr double touching = 0.000001;
-    double const end = span.t + span.duration;
-    auto const& pieces = index.pieces();
-    auto piece = std::upper_bound(pieces.begin(), pieces.end(), span.t,
-                                  [](double t, SourceIndex::Piece const& p) { return t < p.end; });
-    bool continues = false;
-    for (; piece != pieces.end() && piece->start < end; ++piece) {
-        double const first = piece->clip->outputTime(std::max(piece->start, span.t));
-        double const last = piece->clip->outputTime(std::min(piece->end, end));
-        if (!(first < last)) continue;
-        if (continues && std::abs(result.back().t + result.back().duration - first) <= touching) {
-            result.back().duration = last - result.back().t;
-            continue;
-        }
-        result.push_back(span);
-        result.back().t = first;
-        result.back().duration = last - first;
-        continues = true;
-    }
 }
 
+std::vector<TimeRange> shownRanges(TimeRange const& recorded, SourceIndex const& index) {
+    constexpr double touching = 0.000001;
+    auto const& pieces = index.pieces();
+    auto piece = std::upper_bound(pieces.begin(), pieces.end(), recorded.start,
+                                  [](double t, SourceIndex::Piece const& p) { return t < p.end; });
+    std::vector<TimeRange> result;
+    for (; piece != pieces.end() && piece->start < recorded.end(); ++piece) {
+        double const first = piece->clip->outputTime(std::max(piece->start, recorded.start));
+        double const last = piece->clip->outputTime(std::min(piece->end, recorded.end()));
+        if (!(first < last)) continue;
+        if (!result.empty() && std::abs(result.back().end() - first) <= touching) {
+            result.back().duration = last - result.back().start;
+        } else {
+            result.push_back({first, last - first});
+        }
+    }
+    return result;
 }
 
 RecordingMetadata onTimeline(RecordingMetadata const& recording, Timeline const& timeline) {
@@ -73,7 +69,13 @@ RecordingMetadata onTimeline(RecordingMetadata const& recording, Timeline const&
     result.cursorSamples = mapped(recording.cursorSamples, index);
     result.clicks = mappedClicks(recording.clicks, index);
     result.keystrokes = mapped(recording.keystrokes, index);
-    for (auto const& span : recording.appSpans) appendShown(span, index, result.appSpans);
+    for (auto const& span : recording.appSpans) {
+        for (auto const& shown : shownRanges({span.t, span.duration}, index)) {
+            result.appSpans.push_back(span);
+            result.appSpans.back().t = shown.start;
+            result.appSpans.back().duration = shown.duration;
+        }
+    }
     result.micLevels = recording.micLevels;
     result.health = recording.health;
     sortByTime(result.cursorSamples);

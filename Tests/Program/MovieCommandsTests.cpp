@@ -74,6 +74,17 @@ TEST_F(MovieCommands, polishOptionsReachTheDirector) {
     EXPECT_EQ(document.cursor.clickEffect, ClickEffect::none);
     auto const report = tavaro({"polish", project, "--json"});
     EXPECT_THAT(report.out, HasSubstr("\"zoomsAdded\":0"));
+
+    auto const directed = tavaro({"polish", project, "--camera-director", "dynamic", "--report"});
+    EXPECT_EQ(directed.exitCode, 0) << directed.error;
+    EXPECT_THAT(directed.out, HasSubstr("zooms added              0\n"));
+    auto withCue = ProjectPackage(project).load();
+    EXPECT_EQ(withCue.cameraDirectorStyle, CameraDirectorStyle::dynamic);
+    withCue.layoutCues = {{.time = 1}, {.time = 2, .isAutomatic = true}};
+    ProjectPackage(project).save(withCue);
+    EXPECT_EQ(tavaro({"polish", project, "--camera-director", "off"}).exitCode, 0);
+    EXPECT_EQ(ProjectPackage(project).load().layoutCues.size(), 1u) << "what the director laid goes with it";
+    EXPECT_EQ(tavaro({"polish", project, "--camera-director", "wild"}).exitCode, 2);
 }
 
 TEST_F(MovieCommands, whatIsNoMovieIsRefusedAndLeavesNothing) {

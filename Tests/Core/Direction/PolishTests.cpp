@@ -32,6 +32,11 @@ DemoProject randomTake(unsigned seed) {
     }
     std::sort(recording.clicks.begin(), recording.clicks.end(), [](auto& a, auto& b) { return a.t < b.t; });
     for (double t = 0; t < duration; t += 3) recording.keystrokes.push_back({.t = t, .keys = {"a"}});
+    for (double t = unit(random); t < duration; t += 4 * unit(random)) {
+        recording.keystrokes.push_back({.t = t, .keys = {"⌃", random() % 2 ? "C" : "V"}, .isShortcut = true});
+    }
+    std::sort(recording.keystrokes.begin(), recording.keystrokes.end(), [](auto& a, auto& b) { return a.t < b.t; });
+    for (int i = 0; i < duration * 10; ++i) recording.micLevels.push_back(i / 20 % 2 ? 0.2f : 0.0f);
     double const cut = duration * unit(random);
     project.timeline.clips = {{.asset = "a.mp4", .duration = cut},
                               {.asset = "a.mp4",
@@ -47,6 +52,11 @@ DemoProject randomTake(unsigned seed) {
     project.overlays = {{.start = 1}, {.start = 2, .isAutomatic = true}};
     project.cameraMoves = {{.time = 1}, {.time = 2, .isAutomatic = true}};
     project.cursor.smoothing = unit(random);
+    project.layoutCues = {{.time = duration / 2, .scene = SceneLayout::screenOnly}};
+    if (random() % 2) project.cameraAsset = "camera.mp4";
+    project.cameraDirectorStyle = static_cast<CameraDirectorStyle>(random() % 4);
+    project.audioTracks = {{.role = AudioRole::microphone}, {.role = AudioRole::music}, {.role = AudioRole::system}};
+    if (random() % 2) project.voiceover = VoiceoverPlan{.segments = {{.text = "Open the settings."}}};
     return project;
 }
 
@@ -59,16 +69,23 @@ PolishOptions randomOptions(unsigned seed) {
 
 /// The same document with the identities of automatic items left out, which are fresh at every polish.
 DemoProject withoutFreshIDs(DemoProject project) {
-    for (auto& zoom : project.zoomEvents) {
-        if (zoom.isAutomatic) zoom.id = {};
-    }
+    auto const forget = [](auto& items) {
+        for (auto& item : items) {
+            if (item.isAutomatic) item.id = {};
+        }
+    };
+    forget(project.zoomEvents);
+    forget(project.overlays);
+    forget(project.layoutCues);
+    forget(project.cameraMoves);
+    for (auto& span : project.silences) span.id = {};
+    for (auto& cue : project.captions.cues) cue.id = {};
     return project;
 }
 
-std::vector<ZoomEvent> handMade(DemoProject const& project) {
-    auto zooms = project.zoomEvents;
-    std::erase_if(zooms, [](auto const& zoom) { return zoom.isAutomatic; });
-    return zooms;
+template<class Item> std::vector<Item> handMade(std::vector<Item> items) {
+    std::erase_if(items, [](auto const& item) { return item.isAutomatic; });
+    return items;
 }
 
 /// A take of 20 s with one click in a small window after 6 s.
@@ -113,9 +130,9 @@ TEST(Polish, whatIsMadeByHandSurvivesAndNoZoomIsPutOverIt) {
         auto const before = randomTake(seed);
         auto after = before;
         auto const report = polish(after, DemoMode::terminal, randomOptions(seed));
-        auto kept = handMade(before);
+        auto kept = handMade(before.zoomEvents);
         std::stable_sort(kept.begin(), kept.end(), [](auto& a, auto& b) { return a.start < b.start; });
-        auto now = handMade(after);
+        auto now = handMade(after.zoomEvents);
         std::stable_sort(now.begin(), now.end(), [](auto& a, auto& b) { return a.start < b.start; });
         EXPECT_EQ(now, kept) << "seed " << seed;
         EXPECT_EQ(after.zoomEvents.size(), kept.size() + static_cast<std::size_t>(report.zoomsAdded));
@@ -124,10 +141,9 @@ TEST(Polish, whatIsMadeByHandSurvivesAndNoZoomIsPutOverIt) {
                 EXPECT_FALSE(zoom.isAutomatic && zoom.range().intersects(hand.range())) << "seed " << seed;
             }
         }
-        ASSERT_EQ(after.overlays.size(), 1u);
-        EXPECT_EQ(after.overlays.front(), before.overlays.front());
-        ASSERT_EQ(after.cameraMoves.size(), 1u);
-        EXPECT_EQ(after.cameraMoves.front(), before.cameraMoves.front());
+        EXPECT_EQ(handMade(after.overlays), handMade(before.overlays)) << "seed " << seed;
+        EXPECT_EQ(handMade(after.cameraMoves), handMade(before.cameraMoves)) << "seed " << seed;
+        EXPECT_EQ(handMade(after.layoutCues), handMade(before.layoutCues)) << "seed " << seed;
     }
 }
 
@@ -233,6 +249,85 @@ TEST(Polish, everyModeKeepsThePromiseOfItsSummary) {
     }
 }
 
+TEST(Polish, silencesOfTheRecordingLieWhereTheEditShowsThem) {
+    DemoProject project;
+    project.assetDurations = {{"screen.mp4", 20}};
+    project.timeline.clips = {{.asset = "screen.mp4", .duration = 20}};
+    auto& recording = project.metadata.edit();
+    recording.micLevels.assign(200, 0.3f);
+    std::fill(recording.micLevels.begin() + 50, recording.micLevels.begin() + 100, 0.0f); // quiet from 5 s to 10 s
+    auto report = polish(project);
+    EXPECT_EQ(report.silencesFound, 1);
+    EXPECT_NEAR(report.silenceSecondsRemovable, 4.75, 1e-9);
+    ASSERT_EQ(project.silences.size(), 1u);
+    EXPECT_NEAR(project.silences[0].start, 5.125, 1e-9);
+    EXPECT_TRUE(project.silences[0].isRemoved);
+
+    // 6…8 is cut, and what follows plays twice as fast
+    project.timeline.clips = {{.asset = "screen.mp4", .duration = 6},
+                              {.asset = "screen.mp4", .start = 6, .sourceStart = 8, .duration = 6, .speed = 2}};
+    report = polish(project);
+    ASSERT_EQ(project.silences.size(), 1u) << "what stays end to end is one";
+    EXPECT_NEAR(project.silences[0].start, 5.125, 1e-9);
+    EXPECT_NEAR(project.silences[0].range().end(), 6 + (9.875 - 8) / 2, 1e-9);
+
+    PolishOptions options;
+    options.removeSilence = false;
+    EXPECT_EQ(polish(project, DemoMode::website, options).silencesFound, 0);
+    EXPECT_EQ(project.silences.size(), 1u) << "left as they were";
+}
+
+TEST(Polish, theVoiceIsEnhancedAndMusicMakesRoomForIt) {
+    DemoProject project;
+    for (auto const role : allCases<AudioRole>()) project.audioTracks.push_back({.role = role});
+    polish(project);
+    for (auto const& track : project.audioTracks) {
+        bool const isVoice = track.role == AudioRole::microphone;
+        EXPECT_EQ(track.noiseReduction && track.voiceClarity && track.normalize, isVoice) << nameOf(track.role);
+        EXPECT_EQ(track.noiseReduction || track.voiceClarity || track.normalize, isVoice) << nameOf(track.role);
+        EXPECT_EQ(track.duckedBy == AudioRole::voiceover, track.role == AudioRole::music) << nameOf(track.role);
+    }
+}
+
+TEST(Polish, theCameraGoesToTheQuietestCorner) {
+    DemoProject project;
+    project.timeline.clips = {{.duration = 10}};
+    polish(project);
+    EXPECT_EQ(project.camera.placement, CameraPlacement::bottomRight) << "all are equally quiet";
+    EXPECT_TRUE(project.camera.avoidsContent);
+    auto& recording = project.metadata.edit();
+    recording.clicks = {{.t = 1, .position = {0.9, 0.9}}, {.t = 2, .position = {0.1, 0.8}}};
+    for (int i = 0; i < 50; ++i) recording.keystrokes.push_back({.t = 3 + i * 0.1, .keys = {"a"}});
+    recording.cursorSamples = {{0, {0.7, 0.1}}, {1, {0.95, 0.05}}, {2, {0.7, 0.1}}};
+    PolishOptions options;
+    options.cursorSmoothing = false;
+    polish(project, DemoMode::website, options);
+    EXPECT_EQ(project.camera.placement, CameraPlacement::topLeft);
+
+    project.camera = {.isEnabled = false};
+    polish(project);
+    EXPECT_EQ(project.camera, (CameraSettings{.isEnabled = false}));
+}
+
+TEST(Polish, voiceoverBecomesCaptions) {
+    DemoProject project;
+    project.timeline.clips = {{.duration = 30}};
+    project.captions.cues = {{.start = 1, .duration = 1, .text = "kept while there is no voice-over"}};
+    EXPECT_EQ(polish(project).captionCues, 0);
+    EXPECT_EQ(project.captions.cues.size(), 1u);
+    project.voiceover = VoiceoverPlan{
+        .segments = {{.text = "This is where everything of a project begins, and where it ends.", .start = 2},
+                     {.text = "Done.", .audioDuration = 1.5, .start = 12}}};
+    auto const report = polish(project);
+    auto const& cues = project.captions.cues;
+    EXPECT_EQ(report.captionCues, 3);
+    ASSERT_EQ(cues.size(), 3u);
+    EXPECT_TRUE(project.captions.isEnabled);
+    EXPECT_EQ(cues[0].start, 2);
+    EXPECT_NEAR(cues[1].range().end(), 2 + 12 / 2.7, 1e-9);
+    EXPECT_EQ(cues[2].range(), (TimeRange{12, 1.5}));
+}
+
 TEST(BackgroundPreset, presetsHaveTheirOwnNamesAndPolishPicksAStillOne) {
     std::set<std::string> ids;
     std::set<std::string> names;
@@ -243,14 +338,15 @@ TEST(BackgroundPreset, presetsHaveTheirOwnNamesAndPolishPicksAStillOne) {
         EXPECT_FALSE(title(preset.family).empty());
         if (auto const* mesh = std::get_if<BackgroundStyle::Mesh>(&preset.style.content)) {
             EXPECT_EQ(mesh->colors.size(), 4u) << preset.id;
-            EXPECT_EQ(mesh->speed > 0, preset.family == BackgroundFamily::motion) << preset.id;
+            EXPECT_EQ(preset.family, BackgroundFamily::mesh) << preset.id;
         }
         if (auto const* aurora = std::get_if<BackgroundStyle::Aurora>(&preset.style.content)) {
             EXPECT_EQ(aurora->colors.size(), 3u) << preset.id;
         }
     }
-    EXPECT_GE(ids.size(), 8u);
-    EXPECT_NE(BackgroundPreset::all().at(6).family, BackgroundFamily::motion);
+    EXPECT_GE(ids.size(), 24u);
+    auto const* picked = std::get_if<BackgroundStyle::Mesh>(&BackgroundPreset::all().at(6).style.content);
+    EXPECT_TRUE(picked && picked->speed == 0) << "a background that moves would distract";
     EXPECT_EQ(BackgroundPreset::withID("no such"), nullptr);
 }
 

@@ -1,0 +1,162 @@
+#include <TavaroCore/Direction/Beats.h>
+
+#include <TavaroCore/Captions/TimelineWords.h>
+#include <TavaroCore/Direction/SilenceDetector.h>
+#include <TavaroCore/Project/DemoProject.h>
+#include <TavaroCore/Timeline/RecordingOnTimeline.h>
+#include <TavaroCore/Timeline/SourceIndex.h>
+
+#include <algorithm>
+
+namespace tavaro {
+
+namespace {
+
+constexpr double pointerTravel = 0.02; // of the frame; what a hand does while its owner talks is no work
+constexpr double workPause = 1.6;      // actions this close belong to one piece of work
+constexpr double workBefore = 0.6;     // the pointer is on its way, the eye follows
+constexpr double workAfter = 0.8;      // the last action is seen
+constexpr double resultSeconds = 2.4;  // a change of the screen is looked at
+constexpr double resultDelay = 1.5;    // it comes this soon after the work that caused it
+constexpr double breathPause = 0.9;    // words this close belong to one talk
+constexpr double shortestTalk = 0.7;   // a cough or a key is no talk
+constexpr float speechLevel = 0.018f;
+
+using Ranges = std::vector<TimeRange>;
+
+/// Sorts, and joins ranges with no more than `gap` between them.
+Ranges joined(Ranges ranges, double gap) {
+    std::sort(ranges.begin(), ranges.end(), [](auto const& a, auto const& b) { return a.start < b.start; });
+    Ranges result;
+    for (auto const& range : ranges) {
+        if (!result.empty() && range.start - result.back().end() <= gap) {
+            result.back() = result.back().unionWith(range);
+        } else {
+            result.push_back(range);
+        }
+    }
+    return result;
+}
+
+/// Where somebody talks, from the levels: what is not quiet.
+Ranges loudRanges(DemoProject const& project) {
+    auto const& levels = project.metadata->micLevels;
+    if (levels.empty()) return {};
+    auto const& clips = project.timeline.clips;
+    auto const known = clips.empty() ? project.assetDurations.end() : project.assetDurations.find(clips[0].asset);
+    double const seconds = known == project.assetDurations.end() ? project.metadata->duration() : known->second;
+    SilenceDetector const detector{.threshold = speechLevel};
+    SourceIndex const index(project.timeline);
+    Ranges result;
+    double from = 0;
+    auto const take = [&](double until) {
+        for (auto const& shown : shownRanges({from, until - from}, index)) result.push_back(shown);
+    };
+    for (auto const& quiet : detector.quietRanges(levels, seconds)) {
+        if (quiet.start > from) take(quiet.start);
+        from = quiet.end();
+    }
+    if (seconds > from) take(seconds);
+    return result;
+}
+
+Ranges talk(DemoProject const& project) {
+    Ranges spoken;
+    for (auto const& word : timelineWords(project)) spoken.push_back(word.range);
+    if (!project.transcript) spoken = loudRanges(project);
+    auto result = joined(std::move(spoken), breathPause);
+    std::erase_if(result, [](TimeRange const& range) { return range.duration < shortestTalk; });
+    return result;
+}
+
+Ranges work(RecordingMetadata const& onTimeline) {
+    Ranges result;
+    for (double const time : SilenceDetector::activityTimes(onTimeline, pointerTravel)) {
+        result.push_back({time - workBefore, workBefore + workAfter});
+    }
+    return joined(std::move(result), std::max(workPause - workBefore - workAfter, 0.0));
+}
+
+/// Output times of changes of the screen.
+std::vector<double> changes(DemoProject const& project) {
+    std::vector<double> result;
+    SourceIndex const index(project.timeline);
+    for (double const source : project.screenSceneChanges.value_or(std::vector<double>{})) {
+        if (auto const time = index.timelineTime(source)) result.push_back(*time);
+    }
+    std::sort(result.begin(), result.end());
+    return result;
+}
+
+/// After each piece of work, the time in which its result is looked at, when the screen changed at its end.
+Ranges results(Ranges const& work, std::vector<double> const& changes) {
+    Ranges result;
+    for (auto const& piece : work) {
+        auto const change = std::lower_bound(changes.begin(), changes.end(), piece.end() - resultDelay);
+        if (change == changes.end() || *change > piece.end() + resultDelay) continue;
+        result.push_back({piece.end(), std::max(*change, piece.end()) + resultSeconds - piece.end()});
+    }
+    return result;
+}
+
+/// Answers whether ascending ranges hold a time, for times that ascend.
+class Walk {
+public:
+    explicit Walk(Ranges const& ranges) : ranges_(ranges) {}
+    bool holds(double time) {
+        while (at_ < ranges_.size() && ranges_[at_].end() <= time) ++at_;
+        return at_ < ranges_.size() && ranges_[at_].contains(time);
+    }
+
+private:
+    Ranges const& ranges_;
+    std::size_t at_ = 0;
+};
+
+void append(std::vector<Beat>& beats, BeatKind kind, TimeRange const& range) {
+    if (!beats.empty() && beats.back().kind == kind) {
+        beats.back().range = beats.back().range.unionWith(range);
+    } else {
+        beats.push_back({kind, range});
+    }
+}
+
+/// Talk before the first and after the last work has names of its own.
+void nameEnds(std::vector<Beat>& beats) {
+    if (beats.size() < 2) return;
+    if (beats.front().kind == BeatKind::explaining) beats.front().kind = BeatKind::intro;
+    if (beats.back().kind == BeatKind::explaining) beats.back().kind = BeatKind::outro;
+}
+
+}
+
+std::vector<Beat> beats(DemoProject const& project, RecordingMetadata const& onTimeline) {
+    double const duration = project.duration();
+    if (!(duration > 0)) return {};
+    auto const working = work(onTimeline);
+    auto const looking = joined(results(working, changes(project)), 0);
+    auto const talking = talk(project);
+    std::vector<double> bounds{0, duration};
+    for (auto const* ranges : {&working, &looking, &talking}) {
+        for (auto const& range : *ranges) {
+            for (double const bound : {range.start, range.end()}) {
+                if (bound > 0 && bound < duration) bounds.push_back(bound);
+            }
+        }
+    }
+    std::sort(bounds.begin(), bounds.end());
+    bounds.erase(std::unique(bounds.begin(), bounds.end()), bounds.end());
+    std::vector<Beat> result;
+    Walk worked(working), looked(looking), talked(talking);
+    for (std::size_t i = 0; i + 1 < bounds.size(); ++i) {
+        double const from = bounds[i];
+        bool const works = worked.holds(from), looks = looked.holds(from), talks = talked.holds(from);
+        auto const before = result.empty() ? BeatKind::explaining : result.back().kind;
+        auto const kind = works ? BeatKind::doing : looks ? BeatKind::result : talks ? BeatKind::explaining : before;
+        append(result, kind, {from, bounds[i + 1] - from});
+    }
+    nameEnds(result);
+    return result;
+}
+
+}
