@@ -82,14 +82,35 @@ struct BackgroundFiller {
     void operator()(BackgroundStyle::None const&) { uniforms.bgMode = none; }
 };
 
+/// A plain recording that reaches the canvas's edge goes on behind it: the antialiasing of the layer's own edge, a
+/// pixel to each side of it, would let the background through the outermost pixels.
+CanvasRect beyondTheEdges(CanvasRect clip, Size2 canvas, ScreenStyle const& style) {
+    bool const isPlain =
+        style.frame == DeviceFrame::none && !hasInsetBand(style) && style.cornerRadius <= 0 && style.borderWidth <= 0;
+    if (!isPlain || clip.width <= 0 || clip.height <= 0) return clip;
+    constexpr double reach = 2;
+    constexpr double tolerance = 1e-6;
+    auto const extend = [](double& start, double& length, std::int64_t canvasLength) {
+        auto const end = static_cast<double>(canvasLength);
+        if (start + length >= end - tolerance) length = std::max(start + length, end + reach) - start;
+        if (start > tolerance) return;
+        length += start - std::min(start, -reach);
+        start = std::min(start, -reach);
+    };
+    extend(clip.x, clip.width, canvas.width);
+    extend(clip.y, clip.height, canvas.height);
+    return clip;
+}
+
 void fillScreenLayer(CompositeUniforms& uniforms, FrameState const& state, ScreenStyle const& style) {
     // Radii and widths are told at a canvas whose smaller side is 1080.
     double const unit = static_cast<double>(std::min(state.canvas.width, state.canvas.height)) / 1080;
     auto const scaled = [unit](double length) { return static_cast<float>(std::max(length, 0.0) * unit); };
     uniforms.contentOrigin = float2(state.contentRect.x, state.contentRect.y);
     uniforms.contentSize = float2(state.contentRect.width, state.contentRect.height);
-    uniforms.clipOrigin = float2(state.clipRect.x, state.clipRect.y);
-    uniforms.clipSize = float2(state.clipRect.width, state.clipRect.height);
+    auto const clip = beyondTheEdges(state.clipRect, state.canvas, style);
+    uniforms.clipOrigin = float2(clip.x, clip.y);
+    uniforms.clipSize = float2(clip.width, clip.height);
     auto const& frame = state.frameInsets;
     uniforms.frameInset = {static_cast<float>(frame.left), static_cast<float>(frame.top),
                            static_cast<float>(frame.right), static_cast<float>(frame.bottom)};

@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdlib>
 #include <cstring>
 
 namespace tavaro {
@@ -40,6 +42,25 @@ TEST(Renderer, aFrameThatLooksLikeTheOneBeforeIsNotDrawnAgain) {
     auto const again = renderer.render(composer.state(0.1), composer.project(), reader.frame(0.1));
     EXPECT_EQ(renderer.framesDrawn(), 3);
     EXPECT_TRUE(samePixels(first.view(), again));
+}
+
+TEST(Renderer, aPlainRecordingThatFillsTheCanvasIsShownAsItIsUpToTheEdges) {
+    TestTake take("plain", 2);
+    take.project.screen = {};
+    take.project.background = {BackgroundStyle::None{}};
+    take.project.cursor.isVisible = false;
+    take.project.zoomEvents.clear();
+    FrameComposer const composer(take.project, {320, 180});
+    auto const movie = take.package.assetURL("screen.mp4");
+    Renderer renderer(take.package);
+    auto const drawn = renderer.render(composer.state(0), composer.project(), MovieReader(movie).frame(0));
+    auto const recorded = movieFrame(movie, 0, 30);
+    int largest = 0;
+    for (int y = 0; y < drawn.height; ++y) {
+        for (int i = 0; i < 4 * drawn.width; ++i)
+            largest = std::max(largest, std::abs(drawn.row(y)[i] - recorded.view().row(y)[i]));
+    }
+    EXPECT_LE(largest, 1);
 }
 
 TEST(Renderer, aPointerThatMovesOverAStillPictureLeavesNoTrace) {
