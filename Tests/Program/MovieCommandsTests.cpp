@@ -47,6 +47,12 @@ TEST_F(MovieCommands, aForeignMovieWithAHandWrittenLogBecomesAFilm) {
     EXPECT_THAT(polished.out, HasSubstr("Added 1 zoom\n"));
     EXPECT_THAT(polished.out, HasSubstr("Highlighted 2 clicks\n"));
 
+    auto const outline = tavaro({"info", path("tour.recproj")});
+    EXPECT_THAT(outline.out, HasSubstr("\nclips      ████████"));
+    EXPECT_THAT(outline.out, HasSubstr("\nzooms      "));
+    EXPECT_THAT(outline.out, HasSubstr("\nclicks     "));
+    EXPECT_THAT(outline.out, HasSubstr("automatic\n"));
+
     ASSERT_EQ(
         tavaro({"frame", path("tour.recproj"), "--at", "1.8", "--max-width", "480", "-o", path("f.png")}).exitCode, 0);
     EXPECT_THAT(read("f.png").substr(0, 8), "\x89PNG\r\n\x1a\n");
