@@ -1,12 +1,11 @@
 #include <Tavaro/Commands/Command.h>
 
-#include <Tavaro/Commands/EditOperations.h>
-#include <Tavaro/Model/NewProject.h>
+#include <Tavaro/Commands/Checks.h>
+#include <Tavaro/Commands/EditDeclaration.h>
+#include <Tavaro/Model/OpenProject.h>
 
-#include <TavaroCore/Package/ProjectPackage.h>
-#include <TavaroCore/Project/DemoProject.h>
+#include <TavaroCore/Errors/Error.h>
 #include <TavaroCore/Records/JSON.h>
-#include <TavaroCore/Values/Timecode.h>
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -31,23 +30,23 @@ struct EditReport {
 };
 static_assert(listsEveryField<EditReport>);
 
-std::string time(double seconds) { return Timecode::format(seconds, Timecode::Fraction::hundredths); }
-
 void print(EditReport const& report) {
     if (report.durationBefore == report.duration) {
         fmt::print("{}\n", report.summary);
     } else {
-        fmt::print("{}: {} → {}\n", report.summary, time(report.durationBefore), time(report.duration));
+        fmt::print("{}: {} → {}\n", report.summary, shownTime(report.durationBefore), shownTime(report.duration));
     }
 }
 
 }
 
 void runEdit(EditOptions const& options, std::string const& operation, EditFunction const& apply) {
-    ProjectPackage const package(packagePath(options.package));
-    auto const before = package.load();
+    auto const [package, before] = openProject(options.package);
     auto project = before;
     auto const summary = apply(project);
+    if (project.timeline.clips.empty() && !before.timeline.clips.empty()) {
+        throw Error("The edit would leave nothing of the video, and is not made.");
+    }
     EditReport const report{.operation = operation,
                             .summary = summary,
                             .isChanged = !(project == before),
@@ -67,13 +66,14 @@ void runEdit(EditOptions const& options, std::string const& operation, EditFunct
 void addEdit(CLI::App& app) {
     auto options = std::make_shared<EditOptions>();
     auto* command = app.add_subcommand("edit", "Changes the edit; the save before it stays beside it as a backup");
-    command->add_option("PROJECT", options->package, "the project, NAME.recproj")->required();
+    command->add_option("PROJECT", options->package, "the project, NAME.recproj")->required()->check(notEmpty);
     command->add_flag("--json", options->asJSON, "print what changed as JSON");
     command->require_subcommand(1);
     command->footer("Times are seconds of the edit, without its intro card.");
     addTimeOperations(*command, options);
     addSoundOperations(*command, options);
     addCleanUpOperations(*command, options);
+    addTranscriptOperations(*command, options);
 }
 
 }

@@ -33,6 +33,8 @@ void addTimeOperations(CLI::App& edit, SharedEditOptions const& options);
 void addSoundOperations(CLI::App& edit, SharedEditOptions const& options);
 /// remove-silence, speed-up-typing.
 void addCleanUpOperations(CLI::App& edit, SharedEditOptions const& options);
+/// tighten-pauses, remove-fillers, delete-words.
+void addTranscriptOperations(CLI::App& edit, SharedEditOptions const& options);
 
 }
 

@@ -1,29 +1,12 @@
 #include <TavaroCore/Editing/SilenceRemoval.h>
 
-#include <TavaroCore/Editing/TimelineEdits.h>
+#include <TavaroCore/Editing/TranscriptEdits.h>
 #include <TavaroCore/Project/DemoProject.h>
 
-#include <algorithm>
+#include <utility>
 #include <vector>
 
 namespace tavaro {
-
-namespace {
-
-std::vector<TimeRange> merged(std::vector<TimeRange> ranges) {
-    std::ranges::sort(ranges, {}, &TimeRange::start);
-    std::vector<TimeRange> result;
-    for (auto const& range : ranges) {
-        if (!result.empty() && range.start <= result.back().end()) {
-            result.back() = result.back().unionWith(range);
-        } else {
-            result.push_back(range);
-        }
-    }
-    return result;
-}
-
-}
 
 SpansEdited removeAllSilence(DemoProject& project) {
     std::vector<TimeRange> removed;
@@ -32,12 +15,7 @@ SpansEdited removeAllSilence(DemoProject& project) {
     }
     SpansEdited result{.count = static_cast<int>(removed.size())};
     std::erase_if(project.silences, [](SilenceSpan const& silence) { return silence.isRemoved; });
-    double const before = project.duration();
-    auto const spans = merged(std::move(removed));
-    for (auto span = spans.rbegin(); span != spans.rend(); ++span) {
-        removeTimeRange(project, span->start, span->duration);
-    }
-    result.seconds = before - project.duration();
+    result.seconds = removeRanges(project, std::move(removed));
     return result;
 }
 

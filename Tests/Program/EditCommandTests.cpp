@@ -96,8 +96,34 @@ TEST_F(EditCommand, silencesAndTypingThatTheProjectKnowsAreUsed) {
         for (int i = 0; i < 9; ++i) project.metadata.edit().keystrokes.push_back({.t = 2 + i * 0.25, .keys = {"a"}});
     });
     expectEdit({"remove-silence"}, "Removed 1 silence: 0:06.00 → 0:05.00");
-    expectEdit({"speed-up-typing", "4"}, "Sped 1 stretch of typing up 4 times: 0:05.00 → 0:03.50");
+    expectEdit({"speed-up-typing", "4"}, "Sped up typing 4 times in 1 place: 0:05.00 → 0:03.50");
     EXPECT_EQ(document().silences.at(0).start, 2.5);
+}
+
+TEST_F(EditCommand, wordsOfTheTranscriptAreCutWithTheirPicture) {
+    expectRefusal({"remove-fillers"}, 1, "This project has no transcript yet.");
+    change([](DemoProject& project) {
+        Transcript transcript;
+        transcript.words = {{.text = "So", .start = 0.5, .end = 0.9},
+                            {.text = "um,", .start = 1, .end = 1.5},
+                            {.text = "here", .start = 1.6, .end = 2},
+                            {.text = "we", .start = 4, .end = 4.4},
+                            {.text = "go.", .start = 4.5, .end = 5}};
+        project.transcript = transcript;
+    });
+    expectEdit({"tighten-pauses", "--threshold", "1", "--keep", "0.5"}, "Tightened 1 pause: 0:06.00 → 0:04.50");
+    auto const fillers = edit({"remove-fillers"});
+    EXPECT_THAT(fillers.out, HasSubstr("Removed 1 filler word: 0:04.50 → 0:0"));
+    expectEdit({"remove-fillers"}, "There is no filler word to remove");
+    EXPECT_THAT(edit({"delete-words", "--list"}).out, HasSubstr("    1         cut  um,\n"));
+    auto const words = edit({"delete-words", "3", "4"});
+    EXPECT_THAT(words.out, HasSubstr("Deleted 2 words: "));
+    EXPECT_LT(document().duration(), 4);
+    expectEdit({"delete-words", "4"}, "The edit shows none of these words");
+    expectRefusal({"delete-words", "2", "5"}, 1, "There is no word 5: the words are numbered 0 to 4.");
+    expectRefusal({"delete-words", "4", "2"}, 1, "The words have to be named in order: 4 is behind 2.");
+    expectRefusal({"delete-words"}, 2, "FROM is required");
+    expectRefusal({"tighten-pauses", "--keep", "-1"}, 2, "“-1” is not a number of seconds from 0 to 3600");
 }
 
 TEST_F(EditCommand, soundIsMutedByTrackByTimeAndByClip) {
@@ -118,19 +144,19 @@ TEST_F(EditCommand, soundIsMutedByTrackByTimeAndByClip) {
 TEST_F(EditCommand, nonsenseIsRefusedWithASentenceAndChangesNothing) {
     expectRefusal({"cut", "3", "2"}, 1, "The end of the span has to come after its start: 2 s is not after 3 s.");
     expectRefusal({"trim", "1", "9"}, 1, "9 s is past the end of the video, which lasts 6.00 s.");
-    expectRefusal({"cut", "0", "6"}, 1, "The cut would leave nothing of the video; choose a shorter span.");
+    expectRefusal({"cut", "0", "6"}, 1, "The edit would leave nothing of the video, and is not made.");
     expectRefusal({"split", "6"}, 1, "There is nothing to split at 6 s: a clip begins or ends there.");
     expectRefusal({"insert", "7", "1"}, 1, "7 s is past the end of the video, which lasts 6.00 s.");
     expectRefusal({"volume", "music", "1"}, 1, "This project has no music track.");
     expectRefusal({"mute", "6BA7B810-9DAD-11D1-80B4-00C04FD430C8"}, 1, "The project has no clip 6BA7B810");
-    expectRefusal({"speed", "0", "2", "17"}, 2, "a rate is a number from 0.25 to 16, not '17'");
-    expectRefusal({"speed", "0", "2", "nan"}, 2, "a rate is a number from 0.25 to 16, not 'nan'");
-    expectRefusal({"cut", "-1", "2"}, 2, "a time is a number of seconds from 0 on, not '-1'");
-    expectRefusal({"cut", "1", "inf"}, 2, "a time is a number of seconds from 0 on, not 'inf'");
-    expectRefusal({"insert", "1", "0"}, 2, "the inserted time is a number of seconds from 0.001 to 86400, not '0'");
-    expectRefusal({"mute", "me"}, 2, "what is muted is a track");
-    expectRefusal({"volume", "microphone", "3"}, 2, "a gain is a number from 0 to 2, not '3'");
-    expectRefusal({"speed-up-typing", "0.5"}, 2, "a factor is a number from 1 to 16, not '0.5'");
+    expectRefusal({"speed", "0", "2", "17"}, 2, "“17” is not a rate from 0.25 to 16");
+    expectRefusal({"speed", "0", "2", "nan"}, 2, "“nan” is not a rate from 0.25 to 16");
+    expectRefusal({"cut", "-1", "2"}, 2, "“-1” is not a number of seconds of 0 or more");
+    expectRefusal({"cut", "1", "inf"}, 2, "“inf” is not a number of seconds of 0 or more");
+    expectRefusal({"insert", "1", "0"}, 2, "“0” is not a number of seconds from 0.001 to 86400");
+    expectRefusal({"mute", "me"}, 2, "“me” is no track");
+    expectRefusal({"volume", "microphone", "3"}, 2, "“3” is not a gain from 0 to 2");
+    expectRefusal({"speed-up-typing", "0.5"}, 2, "“0.5” is not a factor from 1 to 16");
     expectRefusal({}, 2, "subcommand is required");
 }
 
