@@ -15,6 +15,7 @@ void addPolish(CLI::App& app);
 void addEdit(CLI::App& app);
 void addFrame(CLI::App& app);
 void addExport(CLI::App& app);
+void addCaptions(CLI::App& app);
 void addInfo(CLI::App& app);
 void addPresets(CLI::App& app);
 void addSources(CLI::App& app);

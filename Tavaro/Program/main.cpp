@@ -32,6 +32,7 @@ int run(int argc, char** argv) {
     tavaro::commands::addEdit(app);
     tavaro::commands::addFrame(app);
     tavaro::commands::addExport(app);
+    tavaro::commands::addCaptions(app);
     tavaro::commands::addInfo(app);
     tavaro::commands::addPresets(app);
     tavaro::commands::addSources(app);

@@ -68,23 +68,25 @@ struct CloseText {
     void operator()(UText* text) const { utext_close(text); }
 };
 
-/// Where a line may break inside the word, ascending, in bytes; its end is the last. Empty when that cannot be told.
+/// Where words of scripts without blanks end inside the word and a line may break, ascending, in bytes; its end is the
+/// last. Empty when that cannot be told.
 std::vector<std::size_t> breaksOf(std::string_view word) {
     UErrorCode status = U_ZERO_ERROR;
-    std::unique_ptr<icu::BreakIterator> const lines(
-        icu::BreakIterator::createLineInstance(icu::Locale::getRoot(), status));
+    auto const& root = icu::Locale::getRoot();
+    std::unique_ptr<icu::BreakIterator> const lines(icu::BreakIterator::createLineInstance(root, status));
+    std::unique_ptr<icu::BreakIterator> const words(icu::BreakIterator::createWordInstance(root, status));
     std::unique_ptr<UText, CloseText> const text(
         utext_openUTF8(nullptr, word.data(), static_cast<std::int64_t>(word.size()), &status));
     if (U_FAILURE(status)) return {};
     lines->setText(text.get(), status);
+    words->setText(text.get(), status);
     if (U_FAILURE(status)) return {};
     std::vector<std::size_t> breaks;
     for (auto at = lines->next(); at != icu::BreakIterator::DONE; at = lines->next()) {
         auto const position = static_cast<std::size_t>(at);
-        bool const isInside = position < word.size();
-        if (isInside && !breaksBetweenLetters(lastOf(word.substr(0, position)).value) &&
-            !breaksBetweenLetters(firstOf(word.substr(position)).value))
-            continue;
+        bool const isBetweenLetters = breaksBetweenLetters(lastOf(word.substr(0, position)).value) ||
+                                      breaksBetweenLetters(firstOf(word.substr(position)).value);
+        if (position < word.size() && !(isBetweenLetters && words->isBoundary(at))) continue;
         breaks.push_back(position);
     }
     return breaks;

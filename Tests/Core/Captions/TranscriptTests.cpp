@@ -55,7 +55,7 @@ TEST(Transcript, textIsMeasuredAndLoweredByUnicode) {
     EXPECT_THAT(writtenWords(" one\u00a0two\n\tthree\u3000"), ElementsAre("one", "two", "three"));
     EXPECT_THAT(writtenWords(" \n"), ElementsAre());
     EXPECT_THAT(brokenWord("thisisonelongword", 5), ElementsAre("thisisonelongword"));
-    EXPECT_THAT(brokenWord("画面を録画します。", 4), ElementsAre("画面を録", "画しま", "す。"))
+    EXPECT_THAT(brokenWord("画面を録画します。", 4), ElementsAre("画面を", "録画し", "ます。"))
         << "no line begins with a full stop";
 }
 
