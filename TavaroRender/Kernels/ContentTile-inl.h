@@ -67,15 +67,6 @@ template<int step, class Number> struct TexelRow {
         return memory + static_cast<std::size_t>(channel) * stride(first, end) + (texel - first);
     }
 
-    /// Where texel 0 of each plane is or would be.
-    struct Planes {
-        Number const* texel[channels];
-
-        explicit HWY_INLINE Planes(TexelRow const& row) {
-            for (int c = 0; c < channels; ++c) texel[c] = row.at(c, row.first) - row.first;
-        }
-    };
-
     template<class Split> HWY_INLINE void read(ImageView image, int y, Split&& split) const {
         auto const from = std::clamp(first, 0, image.width - 1);
         auto const to = std::clamp(end, from + 1, image.width);

@@ -1,10 +1,12 @@
 // Draws tiles of a recording that is not sharpened: one or more weighted samples a pixel, as mip levels and motion blur
-// ask for. Tap by tap, each source row is resampled to the canvas's columns once; a canvas row adds up two of those.
+// ask for. All samples of a vector of pixels are added up at once, out of rows of bytes that stay in the cache.
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "TavaroRender/Kernels/TapTile.cpp"
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
+
+#include <span>
 
 #include <TavaroRender/Kernels/ContentTile-inl.h>
 
@@ -48,202 +50,203 @@ HWY_NOINLINE void readBytes(ByteRow const& row, ImageView image, int y) {
     });
 }
 
-/// What the columns of one vector read: two texels each.
-class TapColumns {
-public:
-    /// `column` is the first of the tile's in the plan's tables.
-    HWY_INLINE TapColumns(ColumnTable const& table, std::size_t column)
-        : base_(table.base.data() + column / window)
-        , index_(table.index.data() + column)
-        , weight_(table.weight.data() + column) {}
+/// A row of texels as one tap of a canvas row reads it.
+struct WeightedRow {
+    std::uint8_t const* texels = nullptr; // of the first plane: texel 0, which may lie before the row's memory
+    std::int16_t weight = 0;
+};
 
-    /// Moves to the columns from `i` of the tile on.
-    HWY_INLINE void load(int i) {
-        first_ = base_ + i / window;
-        pairs_ = hn::BitCast(TagBytes(), hn::Load(TagU16(), index_ + i));
-        weights_ = hn::BitCast(TagBytes(), hn::Load(TagU16(), weight_ + i));
-    }
+/// What the columns of one vector read in a tap: two texels each.
+struct TapColumns {
+    int const* base;
+    std::uint16_t const* pairs;
+    std::uint16_t const* weights;
+    std::size_t plane; // from one plane of the tap's rows to the next
 
-    HWY_INLINE Vec16 blend(ByteRow::Planes const& planes, int channel) const {
-        auto const* p = planes.texel[channel] + first_[0];
-        TagBytes const tag;
-#if HWY_TARGET <= HWY_AVX3_DL
-        auto const texels = hn::LoadU(tag, p);
-        return Vec16{_mm512_maddubs_epi16(weights_.raw, _mm512_permutexvar_epi8(pairs_.raw, texels.raw))};
-#elif HWY_TARGET <= HWY_AVX2
-        hn::Half<TagBytes> const half;
-        auto const texels = hn::Combine(tag, hn::LoadU(half, planes.texel[channel] + first_[1]), hn::LoadU(half, p));
-        return Vec16{_mm256_maddubs_epi16(weights_.raw, hn::TableLookupBytes(texels, pairs_).raw)};
-#else
-        return weighted(hn::TableLookupBytes(hn::LoadU(tag, p), pairs_));
-#endif
+    TapColumns() = default;
+    TapColumns(ColumnTable const& table, std::size_t column, std::size_t plane)
+        : base(table.base.data() + column / window)
+        , pairs(table.index.data() + column)
+        , weights(table.weight.data() + column)
+        , plane(plane) {}
+
+    /// Adds a tap's share to the colour. `narrow` windows lie within half a vector.
+    template<bool narrow>
+    HWY_INLINE void add(WeightedRow const& upper, WeightedRow const& lower, Vec16 (&color)[channels]) const {
+        auto const upperWeight = hn::Set(Tag16(), upper.weight);
+        auto const lowerWeight = hn::Set(Tag16(), lower.weight);
+        for (std::size_t c = 0; c < channels; ++c) {
+            auto const above = hn::MulFixedPoint15(blend<narrow>(upper.texels + c * plane), upperWeight);
+            auto const below = hn::MulFixedPoint15(blend<narrow>(lower.texels + c * plane), lowerWeight);
+            color[c] = hn::Add(color[c], hn::Add(above, below));
+        }
     }
 
 private:
+    HWY_INLINE static hn::Vec<TagBytes> load(std::uint16_t const* table) {
+        return hn::BitCast(TagBytes(), hn::Load(TagU16(), table));
+    }
+
+    template<bool narrow> HWY_INLINE Vec16 blend(std::uint8_t const* plane) const {
+        TagBytes const tag;
+#if HWY_TARGET <= HWY_AVX3_DL
+        __m512i texels;
+        if constexpr (narrow)
+            texels = _mm512_castsi256_si512(hn::LoadU(hn::Half<TagBytes>(), plane + base[0]).raw);
+        else
+            texels = hn::LoadU(tag, plane + base[0]).raw;
+        return Vec16{_mm512_maddubs_epi16(load(weights).raw, _mm512_permutexvar_epi8(load(pairs).raw, texels))};
+#elif HWY_TARGET <= HWY_AVX2
+        hn::Half<TagBytes> const half;
+        auto const texels = hn::Combine(tag, hn::LoadU(half, plane + base[1]), hn::LoadU(half, plane + base[0]));
+        return Vec16{_mm256_maddubs_epi16(load(weights).raw, hn::TableLookupBytes(texels, load(pairs)).raw)};
+#else
+        return weighted(hn::TableLookupBytes(hn::LoadU(tag, plane + base[0]), load(pairs)));
+#endif
+    }
+
     HWY_INLINE Vec16 weighted(hn::Vec<TagBytes> texels) const {
         // Where there is no instruction for it: the bytes of each pair by themselves.
         auto const words = hn::BitCast(Tag16(), texels);
-        auto const weights = hn::BitCast(TagU16(), weights_);
-        auto const left = hn::BitCast(Tag16(), hn::And(weights, hn::Set(TagU16(), 255)));
-        auto const right = hn::BitCast(Tag16(), hn::ShiftRight<8>(weights));
+        auto const both = hn::Load(TagU16(), weights);
+        auto const left = hn::BitCast(Tag16(), hn::And(both, hn::Set(TagU16(), 255)));
+        auto const right = hn::BitCast(Tag16(), hn::ShiftRight<8>(both));
         return hn::Add(hn::Mul(hn::ShiftRight<8>(hn::ShiftLeft<8>(words)), left),
                        hn::Mul(hn::ShiftRight<8>(words), right));
     }
+};
 
-    int const* base_;
-    std::uint16_t const* index_;
-    std::uint16_t const* weight_;
-    // Of the columns at hand:
-    int const* first_;
-    hn::Vec<TagBytes> pairs_;
-    hn::Vec<TagBytes> weights_;
+/// The rows of one picture (a level of the recording) that the taps of a tile read, kept while canvas rows need them.
+struct PictureRows {
+    ImageView image;
+    ColumnTable::Reach reach; // of all taps
+    int slots = 1;            // rows that are held at once, a power of two
+    int* held = nullptr;      // which row each slot holds
+    std::uint8_t* memory = nullptr;
+
+    std::size_t plane() const { return ByteRow::stride(reach.first, reach.end); }
+    std::size_t room() const { return channels * plane(); }
+    HWY_INLINE std::uint8_t const* ensureRow(int y) {
+        auto const slot = y & (slots - 1);
+        ByteRow const row{memory + static_cast<std::size_t>(slot) * room(), reach.first, reach.end};
+        if (held[slot] != y) readBytes(row, image, y);
+        held[slot] = y;
+        return row.at(0, reach.first) - reach.first;
+    }
 };
 
 /// Motion blur samples 16 times, each on two levels.
 constexpr int maximumTaps = 32;
+constexpr int maximumPictures = 2;
 
-/// Canvas rows whose sums are under way at once.
-constexpr int blockHeight = 32;
+/// Canvas rows that are drawn together, vector by vector: the more taps, the more their tables of columns gain from
+/// staying in the first-level cache; few taps gain more from pixels that lie together.
+constexpr int maximumRows = 16;
+constexpr int rowsOfFewTaps = 4;
 
-constexpr std::size_t rowSize = channels * tileWidth;
-
-/// Taps that are added to the sums at once.
-constexpr int passTaps = 4;
-
-/// Rows of the recording in planes, as far as the taps of a tile reach, kept for the taps that come after: those of a
-/// motion blur read nearly the same rows.
-class TexelRows {
+class TapTile {
 public:
-    explicit TexelRows(Tile const& tile) : tile_(tile), slots_(tile.plan.tapCount() > 2 ? 64 : 1) {
-        for (int t = 0; t < tile.plan.tapCount(); ++t) {
-            reaches_[t] = reachOf(tile.plan.tap(t));
-            room_ = std::max(room_, channels * ByteRow::stride(reaches_[t].first, reaches_[t].end));
+    TapTile(Tile const& tile, ContentScratch& scratch, int yBegin, int yEnd)
+        : tile_(tile)
+        , taps_(tile.plan.tapCount())
+        , rowsAtOnce_(taps_ > 4 ? maximumRows : rowsOfFewTaps) {
+        for (int t = 0; t < taps_; ++t) addTap(t);
+        for (int y = yBegin; y < yEnd; y += rowsAtOnce_) countSlots(y, std::min(y + rowsAtOnce_, yEnd) - 1);
+        std::size_t bytes = 0;
+        for (auto const& p : pictures()) bytes += (p.room() + sizeof(int)) * static_cast<std::size_t>(p.slots);
+        auto* memory = reinterpret_cast<std::uint8_t*>(scratch.ensure(bytes / sizeof(std::int16_t)));
+        for (auto& p : pictures()) {
+            p.memory = memory;
+            memory += p.room() * static_cast<std::size_t>(p.slots);
+        }
+        auto* held = reinterpret_cast<int*>(memory);
+        for (auto& p : pictures()) {
+            p.held = held;
+            held = std::fill_n(held, p.slots, -1);
         }
     }
 
-    /// Numbers of memory to be given to `use`.
-    std::size_t room() const { return slots_ * room_ / sizeof(std::int16_t); }
-    void use(std::int16_t* memory) { memory_ = reinterpret_cast<std::uint8_t*>(memory); }
-
-    HWY_INLINE ByteRow row(int tap, int y) {
-        auto const slot = static_cast<std::size_t>(y) & (slots_ - 1);
-        ByteRow const row{memory_ + slot * room_, reaches_[tap].first, reaches_[tap].end};
-        auto const& image = tile_.plan.tap(tap).image;
-        if (held_[slot] != image.row(y)) readBytes(row, image, y);
-        held_[slot] = image.row(y);
-        return row;
-    }
-
-private:
-    /// What all taps on the same picture read of a row.
-    ColumnTable::Reach reachOf(ContentTap const& tap) const {
-        auto all = tile_.reach(tap);
-        for (int t = 0; t < tile_.plan.tapCount(); ++t) {
-            auto const& other = tile_.plan.tap(t);
-            if (other.image.pixels != tap.image.pixels) continue;
-            auto const reach = tile_.reach(other);
-            all = {std::min(all.first, reach.first), std::max(all.end, reach.end)};
-        }
-        return {all.first, all.end + 1};
-    }
-
-    Tile const& tile_;
-    std::size_t slots_; // a power of two
-    std::size_t room_ = 0;
-    std::uint8_t* memory_ = nullptr;
-    ColumnTable::Reach reaches_[maximumTaps];
-    std::uint8_t const* held_[64]{}; // addresses of rows
-};
-
-/// Draws a block of canvas rows of a tile: the taps are added up a few at a time.
-class TapBlock {
-public:
-    TapBlock(Tile const& tile, ContentScratch& scratch) : tile_(tile), texels_(tile) {
-        constexpr auto rowRoom = static_cast<std::size_t>(2 * passTaps + blockHeight) * rowSize;
-        memory_ = scratch.ensure(rowRoom + texels_.room());
-        texels_.use(memory_ + rowRoom);
-    }
-
-    void draw(int begin, int end, FunctionRef<ContentSpan(int)> spanOf) {
-        for (int t = 0; t < tile_.plan.tapCount(); t += passTaps) {
-            std::fill_n(&held_[0][0], 2 * passTaps, -1);
-            for (int y = begin; y < end; ++y) {
-                auto const span = tile_.clipped(spanOf(y));
-                if (span.begin < span.end)
-                    addTaps(t, y, memory_ + static_cast<std::size_t>(2 * passTaps + y - begin) * rowSize, span);
+    void draw(int yBegin, int yEnd, FunctionRef<ContentSpan(int)> spanOf) {
+        for (int y = yBegin; y < yEnd; y += rowsAtOnce_) {
+            auto const count = std::min(rowsAtOnce_, yEnd - y);
+            for (int i = 0; i < count; ++i) {
+                spans_[i] = tile_.clipped(spanOf(y + i));
+                if (spans_[i].begin >= spans_[i].end) spans_[i] = {};
+                if (spans_[i].end > 0) findRows(y + i, rows_[i]);
             }
+            auto const width = tile_.right() - tile_.left();
+            for (int x = 0; x < width; x += lanes) (isNarrow_ ? drawVector<true> : drawVector<false>)(*this, x, count);
         }
     }
 
 private:
-    /// Adds the taps from `first` on to a canvas row; the last ones finish it.
-    HWY_NOINLINE void addTaps(int first, int y, std::int16_t* sums, ContentSpan const& span) {
-        auto const count = std::min(tile_.plan.tapCount() - first, passTaps);
-        WeightedRow rows[2 * passTaps];
-        for (int k = 0; k < count; ++k) {
-            auto const& position = tile_.row(tile_.plan.tap(first + k), y);
-            rows[2 * k] = {row(first, k, position.texel), position.upperWeight};
-            rows[2 * k + 1] = {row(first, k, position.texel + 1), position.lowerWeight};
-        }
-        switch (count) {
-        case 1: return addRows<2>(rows, first, sums, span);
-        case 2: return addRows<4>(rows, first, sums, span);
-        case 3: return addRows<6>(rows, first, sums, span);
-        default: return addRows<8>(rows, first, sums, span);
-        }
+    std::span<PictureRows> pictures() { return {pictures_, static_cast<std::size_t>(pictureCount_)}; }
+
+    void addTap(int t) {
+        auto const& tap = tile_.plan.tap(t);
+        auto const reach = tile_.reach(tap);
+        int p = 0;
+        while (p < pictureCount_ && pictures_[p].image.pixels != tap.image.pixels) ++p;
+        if (p == pictureCount_) pictures_[pictureCount_++] = {tap.image, {reach.first, reach.end + 1}};
+        auto& all = pictures_[p].reach;
+        all = {std::min(all.first, reach.first), std::max(all.end, reach.end + 1)};
+        pictureOf_[t] = p;
+        isNarrow_ = isNarrow_ && tap.columns.reach + 2 <= window;
     }
 
-    struct WeightedRow {
-        std::int16_t const* values = nullptr;
-        std::int16_t weight = 0;
-    };
-
-    template<int count>
-    HWY_INLINE void addRows(WeightedRow const* rows, int first, std::int16_t* sums, ContentSpan const& span) {
-        static_assert(count <= 2 * passTaps);
-        auto const isLast = first + count / 2 == tile_.plan.tapCount();
-        auto const start = hn::Set(Tag16(), middleValue << tapBits);
-        Vec16 weights[count];
-        for (int k = 0; k < count; ++k) weights[k] = hn::Set(Tag16(), rows[k].weight);
-        tile_.forVectors(span, [&](int i) HWY_ATTR {
-            Vec16 color[channels];
-            for (int c = 0; c < channels; ++c) {
-                auto const at = c * tileWidth + i;
-                auto sum = first == 0 ? start : hn::Load(Tag16(), sums + at);
-                for (int k = 0; k < count; ++k)
-                    sum = hn::Add(sum, hn::MulFixedPoint15(hn::Load(Tag16(), rows[k].values + at), weights[k]));
-                if (!isLast) hn::Store(sum, Tag16(), sums + at);
-                color[c] = sum;
+    /// Makes room for all that the canvas rows `first` … `last` read.
+    void countSlots(int first, int last) {
+        int low[maximumPictures]{}, high[maximumPictures]{-1, -1};
+        for (int t = 0; t < taps_; ++t) {
+            auto const p = pictureOf_[t];
+            for (auto const y : {first, last}) {
+                auto const texel = tile_.row(tile_.plan.tap(t), y).texel;
+                auto const upper = clampedRow(pictures_[p].image, texel);
+                auto const lower = clampedRow(pictures_[p].image, texel + 1);
+                low[p] = high[p] < 0 ? upper : std::min(low[p], upper);
+                high[p] = std::max(high[p], lower);
             }
-            if (isLast) store<tapBits>(color, tile_.left() + i, span);
-        });
+        }
+        for (int p = 0; p < pictureCount_; ++p)
+            while (pictures_[p].slots <= high[p] - low[p]) pictures_[p].slots *= 2;
     }
 
-    /// A source row at the tile's columns, as tap `k` of those under way sees it. Two neighbouring rows are kept.
-    HWY_INLINE std::int16_t const* row(int first, int k, int y) {
-        y = clampedRow(tile_.plan.tap(first + k).image, y);
-        auto const slot = y % 2;
-        auto* out = memory_ + static_cast<std::size_t>(2 * k + slot) * rowSize;
-        if (held_[k][slot] != y) resample(first + k, y, out);
-        held_[k][slot] = y;
-        return out;
+    void findRows(int y, WeightedRow* rows) {
+        for (int t = 0; t < taps_; ++t) {
+            auto& picture = pictures_[pictureOf_[t]];
+            auto const& position = tile_.row(tile_.plan.tap(t), y);
+            *rows++ = {picture.ensureRow(clampedRow(picture.image, position.texel)), position.upperWeight};
+            *rows++ = {picture.ensureRow(clampedRow(picture.image, position.texel + 1)), position.lowerWeight};
+        }
     }
 
-    HWY_NOINLINE void resample(int t, int y, std::int16_t* out) {
-        auto const texels = texels_.row(t, y);
-        ByteRow::Planes const planes(texels);
-        TapColumns columns(tile_.plan.tap(t).columns, tile_.column());
-        auto const width = tile_.right() - tile_.left();
-        for (int i = 0; i < width; i += lanes) {
-            columns.load(i);
-            for (int c = 0; c < channels; ++c) hn::Store(columns.blend(planes, c), Tag16(), out + c * tileWidth + i);
+    /// The columns from `x` of the tile on, of `count` canvas rows.
+    template<bool narrow> static HWY_NOINLINE void drawVector(TapTile const& self, int x, int count) {
+        auto const column = self.tile_.column() + static_cast<std::size_t>(x);
+        auto const left = self.tile_.left() + x;
+        TapColumns taps[maximumTaps];
+        for (int t = 0; t < self.taps_; ++t)
+            taps[t] = {self.tile_.plan.tap(t).columns, column, self.pictures_[self.pictureOf_[t]].plane()};
+        for (int i = 0; i < count; ++i) {
+            auto const& span = self.spans_[i];
+            if (left + lanes <= span.begin || left >= span.end) continue;
+            auto const start = hn::Set(Tag16(), middleValue << tapBits);
+            Vec16 color[channels]{start, start, start};
+            auto const* rows = self.rows_[i];
+            for (int t = 0; t < self.taps_; ++t) taps[t].template add<narrow>(rows[2 * t], rows[2 * t + 1], color);
+            store<tapBits>(color, left, span);
         }
     }
 
     Tile const& tile_;
-    TexelRows texels_;
-    std::int16_t* memory_; // resampled source rows of the taps under way, the sums, and the texels of source rows
-    int held_[passTaps][2];
+    int taps_;
+    int rowsAtOnce_;
+    bool isNarrow_ = true;
+    int pictureCount_ = 0;
+    PictureRows pictures_[maximumPictures];
+    int pictureOf_[maximumTaps];
+    ContentSpan spans_[maximumRows];
+    WeightedRow rows_[maximumRows][2 * maximumTaps];
 };
 
 }
@@ -253,8 +256,9 @@ int windowSize() { return window; }
 void drawTaps(ContentPlan const& plan, ContentScratch& scratch, int index, int yBegin, int yEnd,
               FunctionRef<ContentSpan(int)> spanOf) {
     Tile const tile{plan, index};
-    TapBlock block(tile, scratch);
-    for (int y = yBegin; y < yEnd; y += blockHeight) block.draw(y, std::min(y + blockHeight, yEnd), spanOf);
+    yBegin = std::max(yBegin, plan.area().top);
+    yEnd = std::min(yEnd, plan.area().bottom);
+    TapTile(tile, scratch, yBegin, yEnd).draw(yBegin, yEnd, spanOf);
 }
 
 #endif

@@ -90,6 +90,10 @@ Scene randomScene(unsigned seed) {
     auto const isTiny = random.chance(0.1f);
     scene.width = isTiny ? 1 + random.upTo(8) : 16 + random.upTo(170);
     scene.height = isTiny ? 1 + random.upTo(8) : 16 + random.upTo(110);
+    if (random.chance(0.05f)) {
+        scene.width = 380 + random.upTo(600); // several tiles
+        scene.height = 1 + random.upTo(60);
+    }
     scene.screen = random.chance(0.1f) ? picture(random, 1 + random.upTo(9), 1 + random.upTo(9))
                                        : picture(random, 40 + random.upTo(400), 30 + random.upTo(200));
     if (random.chance(0.02f)) scene.screen = Image();
