@@ -4,12 +4,20 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <cctype>
 #include <charconv>
 #include <cmath>
 
 namespace tavaro::commands {
 
 std::string notEmpty(std::string const& text) { return text.empty() ? "the name is empty" : ""; }
+
+std::string endingOf(std::filesystem::path const& file) {
+    auto ending = file.extension().string();
+    std::transform(ending.begin(), ending.end(), ending.begin(), [](unsigned char c) { return std::tolower(c); });
+    return ending;
+}
 
 Check secondsFrom(double least, double most) {
     return [least, most](std::string const& text) -> std::string {

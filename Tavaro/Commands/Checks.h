@@ -1,5 +1,6 @@
 #pragma once
 
+#include <filesystem>
 #include <functional>
 #include <string>
 
@@ -10,6 +11,9 @@ namespace tavaro::commands {
 using Check = std::function<std::string(std::string const&)>;
 
 std::string notEmpty(std::string const& text);
+
+/// A file name's ending in lower case, ".mp4"; empty where it has none.
+std::string endingOf(std::filesystem::path const& file);
 
 /// A number of seconds from `least` to `most`; infinity is no end.
 Check secondsFrom(double least, double most);

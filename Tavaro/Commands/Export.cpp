@@ -17,7 +17,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cctype>
 #include <charconv>
 
 namespace tavaro::commands {
@@ -57,8 +56,7 @@ std::string sizeProblem(std::string const& text) {
 
 /// The container that a file's ending stands for.
 std::optional<ExportContainer> containerOf(std::string const& output) {
-    auto ending = fs::path(output).extension().string();
-    std::transform(ending.begin(), ending.end(), ending.begin(), [](unsigned char c) { return std::tolower(c); });
+    auto const ending = endingOf(output);
     return ending.empty() ? std::nullopt : enumNamed<ExportContainer>(std::string_view(ending).substr(1));
 }
 

@@ -12,9 +12,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cctype>
 #include <cmath>
-#include <filesystem>
 #include <limits>
 
 namespace tavaro::commands {
@@ -35,9 +33,7 @@ Size2 sizeOf(Options const& options, Size2 canvas) {
 }
 
 std::string pictureProblem(std::string const& output) {
-    auto ending = std::filesystem::path(output).extension().string();
-    std::transform(ending.begin(), ending.end(), ending.begin(), [](unsigned char c) { return std::tolower(c); });
-    return ending == ".png" ? "" : fmt::format("“{}” is not the name of a PNG, as in frame.png", output);
+    return endingOf(output) == ".png" ? "" : fmt::format("“{}” is not the name of a PNG, as in frame.png", output);
 }
 
 /// The end itself still shows the last frame.

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <chrono>
-
 namespace tavaro {
 
 /// Ctrl-C and SIGTERM, turned into a question that long work asks now and then. While one exists, the first signal only
