@@ -114,8 +114,9 @@ void Timeline::trim(double start, double duration) {
 }
 
 void Timeline::sortClips() {
-    std::stable_sort(clips.begin(), clips.end(),
-                     [](VideoClip const& a, VideoClip const& b) { return a.start < b.start; });
+    auto const isEarlier = [](VideoClip const& a, VideoClip const& b) { return a.start < b.start; };
+    if (std::is_sorted(clips.begin(), clips.end(), isEarlier)) return; // nearly always, and sorting takes memory
+    std::stable_sort(clips.begin(), clips.end(), isEarlier);
 }
 
 }
