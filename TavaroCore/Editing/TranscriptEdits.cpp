@@ -59,9 +59,10 @@ double removeRanges(DemoProject& project, std::vector<TimeRange> ranges) {
 
 TranscriptCut tightenPauses(DemoProject& project, PauseTightening const& tightening) {
     std::vector<TimeRange> cuts;
+    double const keep = std::max(tightening.keep, 0.0);
     for (auto const& pause : longPauses(project, tightening.threshold)) {
-        double const surplus = pause.duration - tightening.keep;
-        if (surplus > shortestTightened) cuts.push_back({pause.start + tightening.keep / 2, surplus});
+        double const surplus = pause.duration - keep;
+        if (surplus > shortestTightened) cuts.push_back({pause.start + keep / 2, surplus});
     }
     auto const count = cuts.size();
     return {count, removeRanges(project, std::move(cuts))};
