@@ -8,6 +8,7 @@
 
 #include <cmath>
 #include <cstring>
+#include <utility>
 
 #include <TavaroRender/Kernels/CompositeUniforms.h>
 #include <TavaroRender/Kernels/LensRow.h>
@@ -138,7 +139,7 @@ struct RimScene {
     }
 
     /// Recorded colour at canvas points seen `magnification` times larger; of the channels, only `first`…`last`.
-    HWY_INLINE void sample(Vec qx, Vec qy, Vec magnification, int first, int last, Vec3& sum) const {
+    template<int first, int last> HWY_INLINE void sample(Vec qx, Vec qy, Vec magnification, Vec3& sum) const {
         auto const texture = [&](Vec q, Affine const& map, float cropOrigin, float cropSize) HWY_ATTR {
             auto const source = add(mul(q, set(map.scale)), set(map.offset));
             return add(set(cropOrigin), mul(clamp01(source), set(cropSize)));
@@ -147,7 +148,7 @@ struct RimScene {
         auto const tv = texture(qy, mapY, u.cropOrigin.y, u.cropSize.y);
         auto const covered = over(set(sampler.coverage()), magnification);
         if (hn::AllTrue(Tag(), hn::Le(covered, set(1)))) {
-            addLevel(gather(sampler.image(0), tu, tv), set(1), first, last, sum);
+            addLevel<first, last>(gather(sampler.image(0), tu, tv), set(1), sum);
             return;
         }
         // Two neighbouring levels share each sample; lanes may need different ones.
@@ -159,23 +160,23 @@ struct RimScene {
             auto const distance = hn::Abs(sub(level, set(static_cast<float>(l))));
             auto const weight = hn::Max(sub(set(1), distance), hn::Zero(Tag()));
             if (sampler.image(l).isEmpty() || hn::AllFalse(Tag(), hn::Gt(weight, hn::Zero(Tag())))) continue;
-            addLevel(gather(sampler.image(l), tu, tv), weight, first, last, sum);
+            addLevel<first, last>(gather(sampler.image(l), tu, tv), weight, sum);
         }
     }
 
     /// The recording inside its pane, the background beside it.
-    HWY_INLINE void see(Vec qx, Vec qy, Vec magnification, int first, int last, Vec3& sum) const {
+    template<int first, int last> HWY_INLINE void see(Vec qx, Vec qy, Vec magnification, Vec3& sum) const {
         auto const holds = clipHolds(qx, qy);
-        if (hn::AllTrue(Tag(), holds)) return sample(qx, qy, magnification, first, last, sum);
+        if (hn::AllTrue(Tag(), holds)) return sample<first, last>(qx, qy, magnification, sum);
         Vec3 recorded{hn::Zero(Tag()), hn::Zero(Tag()), hn::Zero(Tag())};
-        if (!hn::AllFalse(Tag(), holds)) sample(qx, qy, magnification, first, last, recorded);
+        if (!hn::AllFalse(Tag(), holds)) sample<first, last>(qx, qy, magnification, recorded);
         auto const behind = background.at(qx, qy);
         if (first <= 0) sum.x = add(sum.x, hn::IfThenElse(holds, recorded.x, behind.x));
         if (first <= 1 && last >= 1) sum.y = add(sum.y, hn::IfThenElse(holds, recorded.y, behind.y));
         if (last >= 2) sum.z = add(sum.z, hn::IfThenElse(holds, recorded.z, behind.z));
     }
 
-    HWY_INLINE static void addLevel(Corners const& texels, Vec weight, int first, int last, Vec3& sum) {
+    template<int first, int last> HWY_INLINE static void addLevel(Corners const& texels, Vec weight, Vec3& sum) {
         if (first <= 0 && last >= 0) sum.x = add(sum.x, mul(bilinear<0>(texels), weight));
         if (first <= 1 && last >= 1) sum.y = add(sum.y, mul(bilinear<1>(texels), weight));
         if (first <= 2 && last >= 2) sum.z = add(sum.z, mul(bilinear<2>(texels), weight));
@@ -205,13 +206,19 @@ HWY_INLINE Vec3 seeRim(RimScene const& scene, Vec dx, Vec dy) {
         auto const tapY = add(dy, mul(directionY, jitter));
         auto const bend = step(loupeFlatShare, 1, over(size(tapX, tapY), set(u.loupeRadius)));
         auto const middle = mixed(set(u.loupeMag), set(1), bend);
-        for (int c = isPlain ? 1 : 0; c < (isPlain ? 2 : 3); ++c) {
-            auto const bent = add(set(1), mul(set(static_cast<float>(c) - 1.0f), fringe));
-            auto const magnification = hn::Max(mul(middle, bent), set(0.0001f));
+        auto const see = [&]<int first, int last>(std::integer_sequence<int, first, last>, Vec magnified) HWY_ATTR {
+            auto const magnification = hn::Max(magnified, set(0.0001f));
             auto const qx = add(set(u.loupeCenter.x), over(tapX, magnification));
             auto const qy = add(set(u.loupeCenter.y), over(tapY, magnification));
-            scene.see(qx, qy, magnification, isPlain ? 0 : c, isPlain ? 2 : c, sum);
+            scene.see<first, last>(qx, qy, magnification, sum);
+        };
+        if (isPlain) {
+            see(std::integer_sequence<int, 0, 2>(), middle);
+            continue;
         }
+        see(std::integer_sequence<int, 0, 0>(), mul(middle, sub(set(1), fringe)));
+        see(std::integer_sequence<int, 1, 1>(), middle);
+        see(std::integer_sequence<int, 2, 2>(), mul(middle, add(set(1), fringe)));
     }
     return scaled(sum, set(0.25f));
 }
