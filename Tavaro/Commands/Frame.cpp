@@ -46,10 +46,11 @@ void expectInside(double seconds, double duration) {
 
 void frame(Options const& options) {
     auto const [package, project] = openProject(options.package);
-    expectInside(options.at, project.duration());
     auto settings = project.exportSettings;
     settings.size = sizeOf(options, project.canvas);
-    auto const image = Exporter(project, package, settings).renderStill(options.at);
+    Exporter exporter(project, package, settings);
+    expectInside(options.at, exporter.duration());
+    auto const image = exporter.renderStill(options.at);
     writePNG(options.output, image.view());
     fmt::print("{}\n", options.output);
 }
@@ -60,7 +61,7 @@ void addFrame(CLI::App& app) {
     auto options = std::make_shared<Options>();
     auto* command = app.add_subcommand("frame", "Writes one frame of the edit as a PNG, exactly as the film shows it");
     command->add_option("PROJECT", options->package, "the project, NAME.recproj")->required()->check(notEmpty);
-    command->add_option("--at", options->at, "seconds from the start of the edit")
+    command->add_option("--at", options->at, "seconds from the start of the video")
         ->required()
         ->check(secondsFrom(0, std::numeric_limits<double>::infinity()));
     command->add_option("--max-width", options->maxWidth, "scale the frame down to that many pixels")

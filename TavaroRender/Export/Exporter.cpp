@@ -246,6 +246,8 @@ Image Exporter::renderStill(double at) {
     return withMemory([&] { return state_->still(at); });
 }
 
+double Exporter::duration() const { return state_->composer.duration(); }
+
 std::int64_t Exporter::totalFrames() const { return state_->totalFrames(); }
 
 void Exporter::cancel() { state_->isCancelled = true; }

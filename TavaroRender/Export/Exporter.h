@@ -51,6 +51,9 @@ public:
     /// The picture at that output time, exactly the one that the movie shows.
     Image renderStill(double at);
 
+    /// Seconds of the finished video, title cards included.
+    double duration() const;
+
     /// Frames that an export writes.
     std::int64_t totalFrames() const;
 

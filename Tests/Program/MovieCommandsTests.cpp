@@ -195,6 +195,10 @@ TEST_F(MovieCommands, aFramePastTheEndIsRefused) {
     expectFailure(tavaro({"frame", project, "--at", "4.1", "-o", path("f.png")}),
                   "There is no frame at 0:04.10: the video ends at 0:04.00.");
     EXPECT_FALSE(fs::exists(path("f.png")));
+    auto document = ProjectPackage(project).load();
+    document.intro = TitleCard{.text = "Hello", .duration = 1};
+    ProjectPackage(project).save(document);
+    EXPECT_EQ(tavaro({"frame", project, "--at", "4.9", "-o", path("f.png")}).exitCode, 0) << "a card counts";
 }
 
 TEST_F(MovieCommands, wrongUsageIsToldApartFromFailure) {
