@@ -31,7 +31,15 @@ Size2 DemoProject::croppedSourceSize() const {
 
 DemoProject decodeProject(std::string_view json) { return decodeJSON<DemoProject>(json); }
 
-std::string encodeProject(DemoProject const& project) { return encodeJSON(project); }
+std::string encodeProject(DemoProject const& project) {
+    constexpr std::size_t bytesASample = 128; // a pointer sample with full fractions takes about 110
+    auto const& log = *project.metadata;
+    JSONWriter writer;
+    writer.expect(bytesASample *
+                  (log.cursorSamples.size() + (log.rawCursorSamples ? log.rawCursorSamples->size() : 0)));
+    writeJSON(writer, project);
+    return writer.take();
+}
 
 std::size_t hashOf(DemoProject const& project) { return detail::hashValue(project); }
 

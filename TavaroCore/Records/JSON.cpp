@@ -44,10 +44,10 @@ void readJSON(JSONReader& reader, Data& value) {
     value = std::move(*parsed);
 }
 
-void writeJSON(JSONWriter& writer, UUID const& value) { writer.string(value.text()); }
+void writeJSON(JSONWriter& writer, UUID const& value) { writer.plainString(value.text()); }
 
-void writeJSON(JSONWriter& writer, Date const& value) { writer.string(value.text()); }
+void writeJSON(JSONWriter& writer, Date const& value) { writer.plainString(value.text()); }
 
-void writeJSON(JSONWriter& writer, Data const& value) { writer.string(value.base64()); }
+void writeJSON(JSONWriter& writer, Data const& value) { writer.plainString(value.base64()); }
 
 }

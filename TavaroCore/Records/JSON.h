@@ -65,43 +65,69 @@ template<RecordType R> constexpr auto sortedFieldOrder() {
 
 template<RecordType R> inline constexpr auto sortedFields = sortedFieldOrder<R>();
 
+/// The field's key as it stands in the text, between a comma and its value: `,"name":`.
+template<RecordType R, std::size_t index> constexpr auto quotedKey() {
+    constexpr std::string_view name = std::get<index>(R::fields).name;
+    std::array<char, name.size() + 4> text{};
+    text[0] = ',', text[1] = '"';
+    std::copy(name.begin(), name.end(), text.begin() + 2);
+    text[name.size() + 2] = '"', text[name.size() + 3] = ':';
+    return text;
+}
+
+template<RecordType R, std::size_t index> inline constexpr auto keyOf = quotedKey<R, index>();
+
 /// Reads one member in place, adding the key to the path of a failure.
-template<auto const& fields, std::size_t index, class R> void readMember(JSONReader& reader, void* record) {
-    auto const& field = std::get<index>(fields);
+template<RecordType R, std::size_t index> void readMember(JSONReader& reader, R& record) {
+    constexpr auto const& field = std::get<index>(R::fields);
     try {
-        if (reader.type() != JSONReader::Type::null) readJSON(reader, static_cast<R*>(record)->*field.member);
+        if (!reader.takeNull()) readJSON(reader, record.*field.member);
     } catch (JSONError const& error) {
         throw error.inside(field.name);
     }
 }
 
-struct MemberReader {
+template<RecordType R> struct MemberReader {
     std::string_view name;
-    void (*read)(JSONReader&, void*);
+    void (*read)(JSONReader&, R&);
 };
 
 template<RecordType R, std::size_t... I> constexpr auto memberReaders(std::index_sequence<I...>) {
-    return std::array<MemberReader, sizeof...(I)>{
-        MemberReader{std::get<sortedFields<R>[I]>(R::fields).name, &readMember<R::fields, sortedFields<R>[I], R>}...};
+    return std::array<MemberReader<R>, sizeof...(I)>{
+        MemberReader<R>{std::get<sortedFields<R>[I]>(R::fields).name, &readMember<R, sortedFields<R>[I]>}...};
 }
 
 template<RecordType R>
 inline constexpr auto readersByName = memberReaders<R>(std::make_index_sequence<fieldCount<R>>{});
 
-template<RecordType R> void readRecord(JSONReader& reader, R& record) {
+/// Reads members in any order, known or not, from the one on which the reader stands.
+template<RecordType R> void readMembersByName(JSONReader& reader, R& record) {
     auto const& members = readersByName<R>;
-    // Documents are written with sorted keys, so the next key is nearly always the one after the last.
-    std::size_t expected = 0;
-    reader.object([&](std::string_view key) {
-        if (expected >= members.size() || members[expected].name != key) {
-            auto const found = std::lower_bound(members.begin(), members.end(), key,
-                                                [](MemberReader const& m, std::string_view k) { return m.name < k; });
-            if (found == members.end() || found->name != key) return;
-            expected = static_cast<std::size_t>(found - members.begin());
-        }
-        members[expected].read(reader, &record);
-        ++expected;
-    });
+    do {
+        auto const key = reader.key();
+        auto const found = std::lower_bound(members.begin(), members.end(), key,
+                                            [](auto const& member, std::string_view k) { return member.name < k; });
+        if (found != members.end() && found->name == key)
+            found->read(reader, record);
+        else
+            reader.skip();
+    } while (reader.nextMember());
+}
+
+template<RecordType R> void readRecord(JSONReader& reader, R& record) {
+    bool hasMember = reader.enterObject();
+    // Documents are written with sorted keys, so each key is nearly always one of the next.
+    [&]<std::size_t... I>(std::index_sequence<I...>) {
+        [[maybe_unused]] auto const readIfNext = [&]<std::size_t index>() {
+            constexpr auto const& key = keyOf<R, index>;
+            if (!hasMember || !reader.takeKey<key.size() - 1>(key.data() + 1)) return;
+            readMember<R, index>(reader, record);
+            hasMember = reader.nextMember();
+        };
+        (readIfNext.template operator()<sortedFields<R>[I]>(), ...);
+    }
+    (std::make_index_sequence<fieldCount<R>>{});
+    if (hasMember) readMembersByName(reader, record);
     if constexpr (requires { settleAfterReading(record); }) settleAfterReading(record);
 }
 
@@ -111,15 +137,15 @@ template<class Value> struct IsOptional<std::optional<Value>> : std::true_type {
 template<RecordType R> void writeRecord(JSONWriter& writer, R const& record) {
     writer.beginObject();
     [&]<std::size_t... I>(std::index_sequence<I...>) {
-        [[maybe_unused]] auto const writeMember = [&](auto const& field) {
-            auto const& value = record.*field.member;
+        [[maybe_unused]] auto const writeMember = [&]<std::size_t index>() {
+            auto const& value = record.*std::get<index>(R::fields).member;
             if constexpr (IsOptional<std::remove_cvref_t<decltype(value)>>::value) {
                 if (!value) return;
             }
-            writer.key(field.name);
+            writer.quotedKey(keyOf<R, index>);
             writeJSON(writer, value);
         };
-        (writeMember(std::get<sortedFields<R>[I]>(R::fields)), ...);
+        (writeMember.template operator()<sortedFields<R>[I]>(), ...);
     }
     (std::make_index_sequence<fieldCount<R>>{});
     writer.endObject();
@@ -174,16 +200,15 @@ template<CaseType C> void readCase(JSONReader& reader, C& value) {
     if (cases == 0) failCaseShape();
 }
 
-template<class Element, class Append> void readElements(JSONReader& reader, Append append) {
-    reader.array([&](std::size_t index) {
+template<class Read> void readElements(JSONReader& reader, Read read) {
+    std::size_t index = 0;
+    for (bool has = reader.enterArray(); has; has = reader.nextElement(), ++index) {
         try {
-            Element element{};
-            readJSON(reader, element);
-            append(std::move(element));
+            read();
         } catch (JSONError const& error) {
             throw error.inside(index);
         }
-    });
+    }
 }
 
 }
@@ -197,12 +222,16 @@ void writeJSON(JSONWriter& writer, Data const& value);
 
 template<class T> void readJSON(JSONReader& reader, std::vector<T>& value) {
     value.clear();
-    detail::readElements<T>(reader, [&](T&& element) { value.push_back(std::move(element)); });
+    detail::readElements(reader, [&] { readJSON(reader, value.emplace_back()); });
 }
 
 template<class T> void readJSON(JSONReader& reader, std::set<T>& value) {
     value.clear();
-    detail::readElements<T>(reader, [&](T&& element) { value.insert(std::move(element)); });
+    detail::readElements(reader, [&] {
+        T element{};
+        readJSON(reader, element);
+        value.insert(std::move(element));
+    });
 }
 
 template<class T> void readJSON(JSONReader& reader, std::map<std::string, T>& value) {
@@ -276,7 +305,7 @@ template<class T> void writeJSON(JSONWriter& writer, T const& value) {
         std::visit([&](auto const& content) { writeJSON(writer, content); }, value.content);
         writer.endObject();
     } else if constexpr (NamedEnum<T>)
-        writer.string(nameOf(value));
+        writer.plainString(nameOf(value));
     else if constexpr (std::is_same_v<T, bool>)
         writer.boolean(value);
     else if constexpr (std::is_floating_point_v<T>)

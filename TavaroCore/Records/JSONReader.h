@@ -2,30 +2,47 @@
 
 #include <TavaroCore/Records/FunctionRef.h>
 
+#include <cstddef>
 #include <cstdint>
-#include <memory>
+#include <cstring>
+#include <deque>
 #include <string>
 #include <string_view>
 
 namespace tavaro {
 
-/// Walks one JSON text once, front to back, without building a tree. The reader always stands on one value; `object`
-/// and `array` step it through the values inside, and a value that a visitor does not read is skipped.
-/// Every function throws `JSONError` when the text is malformed or the value has another type.
+/// Walks one JSON text once, front to back, without building a tree or an index, which for an hour's log would be
+/// larger than the log. The reader always stands on one value. `object` and `array` step it through the values inside;
+/// a value that a visitor does not read is skipped. Every function throws `JSONError` when the text is malformed or the
+/// value has another type. The text must outlive the reader.
 class JSONReader {
 public:
     explicit JSONReader(std::string_view text);
-    ~JSONReader();
     JSONReader(JSONReader const&) = delete;
     JSONReader& operator=(JSONReader const&) = delete;
 
     enum class Type { object, array, string, number, boolean, null };
-    Type type();
+    Type type() const;
 
-    /// Calls `visit(key)` for each member; the key stays good until `visit` returns.
+    /// Calls `visit(key)` for each member; the key stays good until the reader ends.
     void object(FunctionRef<void(std::string_view)> visit);
     /// Calls `visit(index)` for each element.
     void array(FunctionRef<void(std::size_t)> visit);
+
+    /// The same walk in single steps: enter, then for each member its key, its value, and `nextMember`. False means
+    /// that the object or array is over and the reader stands behind it.
+    bool enterObject() { return enter('{', '}', Type::object); }
+    bool enterArray() { return enter('[', ']', Type::array); }
+    bool nextMember() { return next('}'); }
+    bool nextElement() { return next(']'); }
+    std::string_view key();
+    /// Steps over the key when it is the one expected, written as `"name":`; else stays.
+    template<std::size_t size> bool takeKey(char const* quoted) {
+        if (static_cast<std::size_t>(end_ - at_) <= size || std::memcmp(at_, quoted, size) != 0) return false;
+        at_ += size;
+        skipSpace();
+        return true;
+    }
 
     /// Good until the reader ends.
     std::string_view string();
@@ -33,13 +50,61 @@ public:
     /// Accepts a number with a zero fraction ("3.0") as well.
     std::int64_t integer();
     bool boolean();
+    /// Steps over a null; false, and stays, when the value is something else.
+    bool takeNull() { return *at_ == 'n' && (takeWord("null"), true); }
+    void skip();
 
     /// Fails when anything but white space follows the one value.
-    void expectEnd();
+    void expectEnd() const;
 
 private:
-    struct State;
-    std::unique_ptr<State> state_;
+    struct Number {
+        std::uint64_t digits = 0;
+        std::int64_t exponent = 0;
+        bool isNegative = false;
+        bool isWhole = true; // neither a fraction nor an exponent is written
+        bool isExact = true; // `digits` holds all of them
+        char const* end = nullptr;
+    };
+
+    static bool isSpace(char c) { return c == ' ' || c == '\n' || c == '\r' || c == '\t'; }
+    void skipSpace() {
+        while (at_ != end_ && isSpace(*at_)) ++at_;
+    }
+    bool enter(char open, char close, Type type) {
+        if (*at_ != open) failType(type);
+        ++at_;
+        skipSpace();
+        if (*at_ != close) return true;
+        ++at_;
+        return false;
+    }
+    bool next(char close) {
+        if (at_ != end_ && isSpace(*at_)) skipSpace();
+        if (at_ == end_) failMalformed();
+        char const found = *at_++;
+        if (found == ',') {
+            skipSpace();
+            return true;
+        }
+        if (found != close) failMalformed();
+        return false;
+    }
+    void takeWord(std::string_view word);
+    Number scanNumber() const;
+    double valueOf(Number const& number) const;
+    std::string_view text();
+    std::string_view unescaped(char const* begin);
+    char const* skipText();
+    void appendEscape(std::string& out);
+    std::uint32_t hexEscape();
+    [[noreturn]] void failType(Type wanted) const;
+    [[noreturn]] static void failMalformed();
+
+    // The last byte of the text is its closing bracket, so whatever cannot contain a bracket ends before `end_`.
+    char const* at_;
+    char const* end_;
+    std::deque<std::string> unescaped_;
 };
 
 }
