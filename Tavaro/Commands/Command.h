@@ -17,6 +17,9 @@ void addFrame(CLI::App& app);
 void addExport(CLI::App& app);
 void addCaptions(CLI::App& app);
 void addInfo(CLI::App& app);
+void addLibrary(CLI::App& app);
+void addArchive(CLI::App& app);
+void addRestore(CLI::App& app);
 void addPresets(CLI::App& app);
 void addSources(CLI::App& app);
 

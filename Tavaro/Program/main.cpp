@@ -34,6 +34,9 @@ int run(int argc, char** argv) {
     tavaro::commands::addExport(app);
     tavaro::commands::addCaptions(app);
     tavaro::commands::addInfo(app);
+    tavaro::commands::addLibrary(app);
+    tavaro::commands::addArchive(app);
+    tavaro::commands::addRestore(app);
     tavaro::commands::addPresets(app);
     tavaro::commands::addSources(app);
     if (argc > 1 && argv[1][0] != '-' && !isCommand(app, argv[1])) {

@@ -3,6 +3,7 @@
 #include <TavaroCore/Errors/SystemReason.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <sys/stat.h>
@@ -114,6 +115,17 @@ void replaceFileKeepingBackup(std::filesystem::path const& file, std::filesystem
     }
     renameIntoPlace(beside(file), file);
     flushFolder(file);
+}
+
+void exchangeFiles(std::filesystem::path const& a, std::filesystem::path const& b) {
+    if (renameat2(AT_FDCWD, a.c_str(), AT_FDCWD, b.c_str(), RENAME_EXCHANGE) != 0) {
+        if (errno != EINVAL && errno != ENOSYS) failWriting(a, errno);
+        duplicate(a, beside(a));
+        duplicate(b, beside(b));
+        renameIntoPlace(beside(b), a);
+        renameIntoPlace(beside(a), b);
+    }
+    flushFolder(a);
 }
 
 void flushToDisk(std::filesystem::path const& file) {

@@ -26,6 +26,10 @@ void writeFileAtomically(std::filesystem::path const& file, std::string_view byt
 void replaceFileKeepingBackup(std::filesystem::path const& file, std::filesystem::path const& backup,
                               std::string_view bytes);
 
+/// Lets two files of one folder trade places, in one step where the file system can. Where it cannot, a crash in
+/// between may leave both names with the content that `a` gets, never without a complete file. Throws `FileError`.
+void exchangeFiles(std::filesystem::path const& a, std::filesystem::path const& b);
+
 /// Waits until what was written to the file is on the disk. Throws `FileError`.
 void flushToDisk(std::filesystem::path const& file);
 

@@ -2,6 +2,7 @@
 
 #include <TavaroCore/Errors/SystemReason.h>
 #include <TavaroCore/Files/AtomicFile.h>
+#include <TavaroCore/Package/EditorState.h>
 #include <TavaroCore/Project/DemoProject.h>
 
 #include <cerrno>
@@ -89,6 +90,45 @@ DemoProject ProjectPackage::load() const {
     auto project = decodeProject(*document);
     scrubTypedTextIfNeeded(*document, project);
     return project;
+}
+
+DemoProject ProjectPackage::loadBackup() const {
+    auto const document = readWholeFile(backupFileURL());
+    if (!document) {
+        throw FileError(FileError::Kind::cannotRead,
+                        fmt::format("Could not restore the project “{}”: it has no previous save.", url_.string()));
+    }
+    return decodeProject(*document);
+}
+
+DemoProject ProjectPackage::restoreBackup() const {
+    auto project = loadBackup();
+    bool const presentIsSound = [&] {
+        try {
+            load(); // removes typed text from both files, too
+            return true;
+        } catch (Error const&) {
+            return false;
+        }
+    }();
+    if (presentIsSound)
+        exchangeFiles(projectFileURL(), backupFileURL());
+    else
+        writeFileAtomically(projectFileURL(), encodeProject(project));
+    return project;
+}
+
+void ProjectPackage::saveEditorState(EditorState const& state) const {
+    writeFileAtomically(editorStateURL(), encodeEditorState(state));
+}
+
+EditorState ProjectPackage::loadEditorState() const {
+    constexpr std::uint64_t largest = 1 << 20;
+    try {
+        return decodeEditorState(readWholeFile(editorStateURL(), largest).value_or("{}"));
+    } catch (FileError const&) {
+        return {};
+    }
 }
 
 void ProjectPackage::scrubTypedTextIfNeeded(std::string_view document, DemoProject const& project) const {

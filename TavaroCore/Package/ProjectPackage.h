@@ -7,6 +7,7 @@
 namespace tavaro {
 
 struct DemoProject;
+struct EditorState;
 
 /// What importing a file into a package does with the original.
 enum class ImportMode { copy, move };
@@ -25,6 +26,7 @@ public:
     std::filesystem::path backupFileURL() const { return url_ / "project.previous.json"; }
     std::filesystem::path assetsURL() const { return url_ / "assets"; }
     std::filesystem::path thumbnailURL() const { return url_ / "thumbnail.png"; }
+    std::filesystem::path editorStateURL() const { return url_ / "editor.json"; }
     /// Where the asset of that name lies; never outside the package, whatever the document says.
     std::filesystem::path assetURL(std::string_view name) const { return assetsURL() / confinedAssetName(name); }
 
@@ -40,6 +42,16 @@ public:
 
     /// Reads the document. Text that older versions logged with keystrokes is removed from the disk at once.
     DemoProject load() const;
+
+    /// Reads the document as it stood before the last save that changed it.
+    DemoProject loadBackup() const;
+    /// Goes back to the previous save and returns it. The present document becomes the backup, so doing this twice
+    /// changes nothing; one that is missing or cannot be read is given up. As crash-safe as `save`.
+    DemoProject restoreBackup() const;
+
+    void saveEditorState(EditorState const& state) const;
+    /// A state like new where there is none, or none that can be read.
+    EditorState loadEditorState() const;
 
     /// Brings a media file into the package and returns its asset name: the file's own name, or with a number added
     /// ("take 2.mov") when another asset has it. Moving falls back to a copy across file systems.

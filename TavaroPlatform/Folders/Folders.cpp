@@ -1,6 +1,9 @@
 #include <TavaroPlatform/Folders/Folders.h>
 
+#include <TavaroCore/Files/AtomicFile.h>
+
 #include <cstdlib>
+#include <fmt/format.h>
 #include <pwd.h>
 #include <unistd.h>
 
@@ -26,5 +29,24 @@ std::filesystem::path applicationSupport() {
 std::filesystem::path movies() { return home() / "Movies"; }
 
 std::filesystem::path recordings() { return applicationSupport() / "Tavaro/Recordings"; }
+
+std::filesystem::path unsavedProjects() { return applicationSupport() / "Tavaro/Unsaved"; }
+
+std::filesystem::path ensureUnsavedProjects() {
+    auto const folder = unsavedProjects();
+    std::error_code code;
+    std::filesystem::create_directories(folder, code);
+    if (code) {
+        throw FileError(FileError::Kind::cannotWrite,
+                        fmt::format("Could not make the folder “{}”: {}.", folder.string(), code.message()));
+    }
+    return folder;
+}
+
+std::filesystem::path caches() {
+    char const* const set = std::getenv("XDG_CACHE_HOME");
+    return (set && std::filesystem::path(set).is_absolute() ? std::filesystem::path(set) : home() / ".cache") /
+           "Tavaro";
+}
 
 }

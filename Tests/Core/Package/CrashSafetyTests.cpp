@@ -1,0 +1,162 @@
+#include "TemporaryFolder.h"
+
+#include <TavaroCore/Files/AtomicFile.h>
+#include <TavaroCore/Package/EditorState.h>
+#include <TavaroCore/Package/ProjectPackage.h>
+#include <TavaroCore/Project/DemoProject.h>
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <fstream>
+#include <random>
+#include <sys/mount.h>
+#include <sys/wait.h>
+#include <time.h>
+#include <unistd.h>
+
+using namespace tavaro;
+namespace fs = std::filesystem;
+
+namespace {
+
+/// Documents of very different lengths whose content tells their number.
+DemoProject numbered(int number) {
+    auto project = decodeProject("{}");
+    project.id = {};
+    project.createdAt = project.modifiedAt = {};
+    project.name = std::to_string(number);
+    project.metadata.edit().cursorSamples.resize(static_cast<std::size_t>(number * 37 % 11) * 200,
+                                                 {.t = static_cast<double>(number)});
+    return project;
+}
+
+int numberOf(DemoProject const& project) { return std::stoi(project.name); }
+
+/// Saves and goes back without end, and tells through the pipe which save is next.
+[[noreturn]] void saveForEver(ProjectPackage const& package, int first, int progress) {
+    for (int i = first;; ++i) {
+        [[maybe_unused]] auto const told = write(progress, &i, sizeof i);
+        package.save(numbered(i));
+        package.saveEditorState({.playhead = static_cast<double>(i)});
+        if (i % 3 == 0) package.restoreBackup();
+    }
+}
+
+}
+
+TEST(CrashSafety, aSaverKilledAtAnyInstantLeavesAWholeDocumentAndAWholeBackup) {
+    constexpr int kills = 300;
+    TemporaryFolder const folder;
+    ProjectPackage const package(folder / "take.recproj");
+    package.createDirectories();
+    package.save(numbered(0));
+    package.save(numbered(1));
+    std::mt19937 random(5);
+    int next = 2, rounds = 0;
+    int known[2] = {1, 0};
+    for (int kill = 0; kill < kills; ++kill) {
+        int progress[2];
+        ASSERT_EQ(pipe(progress), 0);
+        pid_t const child = fork();
+        ASSERT_GE(child, 0);
+        if (child == 0) saveForEver(package, next, progress[1]);
+        close(progress[1]);
+        int reached = next;
+        ASSERT_EQ(read(progress[0], &reached, sizeof reached), static_cast<ssize_t>(sizeof reached)); // it is at work
+        timespec const instant{0, static_cast<long>(random() % 4'000'000)};
+        nanosleep(&instant, nullptr);
+        ::kill(child, SIGKILL);
+        waitpid(child, nullptr, 0);
+        while (read(progress[0], &reached, sizeof reached) == static_cast<ssize_t>(sizeof reached)) {
+        }
+        close(progress[0]);
+
+        auto const present = package.load();
+        auto const before = package.loadBackup();
+        ASSERT_EQ(present, numbered(numberOf(present))) << "kill " << kill;
+        ASSERT_EQ(before, numbered(numberOf(before))) << "kill " << kill;
+        for (int const found : {numberOf(present), numberOf(before)}) {
+            bool const wasThere = found == known[0] || found == known[1];
+            ASSERT_TRUE(wasThere || (found >= next && found <= reached)) << found << " after kill " << kill;
+        }
+        if (reached > next) { // the save before the last one begun was complete
+            ASSERT_GE(std::max(numberOf(present), numberOf(before)), reached - 1) << "kill " << kill;
+            ++rounds;
+        }
+        known[0] = numberOf(present), known[1] = numberOf(before);
+        ASSERT_LE(package.loadEditorState().playhead, reached);
+        next = reached + 1;
+    }
+    EXPECT_GT(rounds, kills / 4); // it did save in between
+}
+
+TEST(CrashSafety, aSaveToAFullDiskLeavesBothDocumentsAsTheyWere) {
+    TemporaryFolder const folder;
+    fs::create_directory(folder / "disk");
+    if (mount("tmpfs", (folder / "disk").c_str(), "tmpfs", 0, "size=256k") != 0)
+        GTEST_SKIP() << "this user may not mount a small disk";
+    struct Unmount {
+        fs::path disk;
+        ~Unmount() { umount2(disk.c_str(), MNT_DETACH); }
+    } const unmount{folder / "disk"};
+    ProjectPackage const package(folder / "disk/take.recproj");
+    package.createDirectories();
+    auto const old = numbered(11), newer = numbered(1);
+    package.save(old);
+    package.save(newer);
+    auto tooLarge = numbered(2);
+    tooLarge.metadata.edit().cursorSamples.resize(20'000);
+    try {
+        package.save(tooLarge);
+        FAIL() << "the disk was large enough";
+    } catch (FileError const& error) {
+        EXPECT_EQ(error.kind, FileError::Kind::diskFull);
+        EXPECT_NE(std::string(error.what()).find("project.json"), std::string::npos);
+    }
+    EXPECT_EQ(package.load(), newer);
+    EXPECT_EQ(package.loadBackup(), old);
+    EXPECT_EQ(std::distance(fs::directory_iterator(package.url()), fs::directory_iterator()), 3);
+    package.save(old); // and there is room again
+    EXPECT_EQ(package.loadBackup(), newer);
+}
+
+TEST(CrashSafety, goingBackCanItselfBeTakenBack) {
+    TemporaryFolder const folder;
+    ProjectPackage const package(folder / "take.recproj");
+    package.createDirectories();
+    EXPECT_THROW(package.restoreBackup(), FileError);
+    package.save(numbered(1));
+    package.save(numbered(2));
+    EXPECT_EQ(package.restoreBackup(), numbered(1));
+    EXPECT_EQ(package.load(), numbered(1));
+    EXPECT_EQ(package.loadBackup(), numbered(2));
+    EXPECT_EQ(package.restoreBackup(), numbered(2));
+    EXPECT_EQ(package.load(), numbered(2));
+    // A document that somebody broke is not worth keeping.
+    std::ofstream(package.projectFileURL()) << "{\"name\":";
+    EXPECT_EQ(package.restoreBackup(), numbered(1));
+    EXPECT_EQ(package.load(), numbered(1));
+    EXPECT_EQ(package.loadBackup(), numbered(1));
+    fs::remove(package.projectFileURL());
+    EXPECT_EQ(package.restoreBackup(), numbered(1));
+    EXPECT_EQ(package.load(), numbered(1));
+}
+
+TEST(EditorState, isKeptBesideTheDocumentAndNeverStopsAProject) {
+    TemporaryFolder const folder;
+    ProjectPackage const package(folder / "take.recproj");
+    package.createDirectories();
+    EXPECT_EQ(package.loadEditorState(), EditorState{});
+    EditorState const state{.playhead = 12.5, .selection = {UUID::random()}, .inspector = "zoom", .snaps = false};
+    package.saveEditorState(state);
+    EXPECT_EQ(package.loadEditorState(), state);
+    for (std::string const broken :
+         {"", "[]", "{\"playhead\":\"late\"}", "{\"selection\":[1]}", "\xff", "{\"playhead\":-3}"}) {
+        std::ofstream(package.editorStateURL(), std::ios::trunc) << broken;
+        EXPECT_EQ(package.loadEditorState(), EditorState{}) << broken;
+    }
+    fs::remove(package.editorStateURL());
+    fs::create_directory(package.editorStateURL());
+    EXPECT_EQ(package.loadEditorState(), EditorState{});
+}
