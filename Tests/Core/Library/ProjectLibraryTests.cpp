@@ -49,7 +49,7 @@ protected:
     }
     static void write(fs::path const& file, std::string_view text) { std::ofstream(file, std::ios::binary) << text; }
 
-    TemporaryFolder const folder;
+    TemporaryFolder const folder{TemporaryFolder::fastest()};
     fs::path const movies = folder / "Movies";
     fs::path const index = folder / "cache/library.json";
 };

@@ -33,13 +33,15 @@ DemoProject numbered(int number) {
 
 int numberOf(DemoProject const& project) { return std::stoi(project.name); }
 
+bool isTakenBack(int number) { return number % 3 == 0; }
+
 /// Saves and goes back without end, and tells through the pipe which save is next.
 [[noreturn]] void saveForEver(ProjectPackage const& package, int first, int progress) {
     for (int i = first;; ++i) {
         [[maybe_unused]] auto const told = write(progress, &i, sizeof i);
         package.save(numbered(i));
         package.saveEditorState({.playhead = static_cast<double>(i)});
-        if (i % 3 == 0) package.restoreBackup();
+        if (isTakenBack(i)) package.restoreBackup();
     }
 }
 
@@ -47,7 +49,7 @@ int numberOf(DemoProject const& project) { return std::stoi(project.name); }
 
 TEST(CrashSafety, aSaverKilledAtAnyInstantLeavesAWholeDocumentAndAWholeBackup) {
     constexpr int kills = 300;
-    TemporaryFolder const folder;
+    TemporaryFolder const folder(TemporaryFolder::fastest());
     ProjectPackage const package(folder / "take.recproj");
     package.createDirectories();
     package.save(numbered(0));
@@ -63,7 +65,9 @@ TEST(CrashSafety, aSaverKilledAtAnyInstantLeavesAWholeDocumentAndAWholeBackup) {
         if (child == 0) saveForEver(package, next, progress[1]);
         close(progress[1]);
         int reached = next;
-        ASSERT_EQ(read(progress[0], &reached, sizeof reached), static_cast<ssize_t>(sizeof reached)); // it is at work
+        for (auto saves = 1 + random() % 4; saves > 0; --saves) { // however fast the disk is
+            ASSERT_EQ(read(progress[0], &reached, sizeof reached), static_cast<ssize_t>(sizeof reached));
+        }
         timespec const instant{0, static_cast<long>(random() % 4'000'000)};
         nanosleep(&instant, nullptr);
         ::kill(child, SIGKILL);
@@ -80,8 +84,10 @@ TEST(CrashSafety, aSaverKilledAtAnyInstantLeavesAWholeDocumentAndAWholeBackup) {
             bool const wasThere = found == known[0] || found == known[1];
             ASSERT_TRUE(wasThere || (found >= next && found <= reached)) << found << " after kill " << kill;
         }
-        if (reached > next) { // the save before the last one begun was complete
-            ASSERT_GE(std::max(numberOf(present), numberOf(before)), reached - 1) << "kill " << kill;
+        // The save before the last one begun was complete, but where it was taken back, it may be forgotten by now.
+        int const kept = reached - (isTakenBack(reached - 1) ? 2 : 1);
+        if (kept >= next) {
+            ASSERT_GE(std::max(numberOf(present), numberOf(before)), kept) << "kill " << kill;
             ++rounds;
         }
         known[0] = numberOf(present), known[1] = numberOf(before);
