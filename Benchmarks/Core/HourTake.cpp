@@ -86,8 +86,11 @@ void addEdit(DemoProject& project, Random& random) {
     project.audioTracks = {voice, system};
     for (auto const& key : project.metadata->keystrokes) {
         if (!key.isShortcut) continue;
-        project.overlays.push_back(
-            {.kind = {OverlayContent::Keycap{key.keys}}, .start = key.t, .duration = 1.2, .fontSize = 40, .isAutomatic = false});
+        project.overlays.push_back({.kind = {OverlayContent::Keycap{key.keys}},
+                                    .start = key.t,
+                                    .duration = 1.2,
+                                    .fontSize = 40,
+                                    .isAutomatic = false});
     }
     for (int i = 0; i < 700; ++i) project.silences.push_back({.start = i * 5 + unit(random), .duration = 0.8});
     for (int i = 0; i < 120; ++i) project.layoutCues.push_back({.time = i * 30.0, .scene = SceneLayout::overlay});

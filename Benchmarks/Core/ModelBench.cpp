@@ -5,6 +5,8 @@
 
 #include <TavaroCore/Editing/TimelineEdits.h>
 #include <TavaroCore/History/History.h>
+#include <TavaroCore/Library/ProjectLibrary.h>
+#include <TavaroCore/Package/ProjectPackage.h>
 #include <TavaroCore/Records/JSON.h>
 
 #include <fmt/format.h>
@@ -13,6 +15,8 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
 
 using namespace tavaro;
 
@@ -129,11 +133,43 @@ bool measureCut(DemoProject const& take) {
     return history.project() == take;
 }
 
+/// Two thousand takes of some minutes each, in folders of a hundred. False when the listing is not right.
+bool measureLibrary() {
+    namespace fs = std::filesystem;
+    constexpr int projects = 2000;
+    auto pattern = (fs::temp_directory_path() / "tavaro-library-XXXXXX").string();
+    fs::path const folder = mkdtemp(pattern.data());
+    DemoProject take;
+    take.timeline.clips.push_back({.asset = "screen.mp4", .duration = 120});
+    take.metadata.edit().cursorSamples.resize(500, {.t = 0.1, .position = {0.25, 0.75}});
+    for (int i = 0; i < projects; ++i) {
+        ProjectPackage const package(folder / fmt::format("{}/Take {}.recproj", i / 100, i));
+        package.createDirectories();
+        take.name = fmt::format("Take {}", i);
+        std::ofstream(package.projectFileURL()) << encodeProject(take); // not `save`, which waits for the disk
+        std::ofstream(package.assetURL("screen.mp4")) << take.name;
+        if (i % 2) std::ofstream(package.thumbnailURL()) << take.name;
+    }
+    ProjectLibrary const library(folder / "cache/library.json");
+    std::size_t count = 0;
+    fmt::print("library.2000.cold {:.1f} ms\n", milliseconds([&] { count = library.list({folder}).size(); }));
+    bool isRight = count == projects;
+    std::vector<double> warm;
+    for (int i = 0; i < 15; ++i) {
+        std::vector<LibraryItem> items;
+        warm.push_back(milliseconds([&] { items = library.list({folder}); }));
+        isRight = isRight && items.size() == projects && items[0].duration == 120;
+    }
+    fmt::print("library.2000 {:.1f} ms\n", median(warm));
+    fs::remove_all(folder);
+    return isRight;
+}
+
 }
 
 int main() {
     auto const take = hourTake();
-    bool const isRight = measureJSON(take) & measureCut(take);
-    if (!isRight) fmt::print(stderr, "a document came back different\n");
+    bool const isRight = measureJSON(take) & measureCut(take) & measureLibrary();
+    if (!isRight) fmt::print(stderr, "a document came back different, or a project is missing\n");
     return isRight ? EXIT_SUCCESS : EXIT_FAILURE;
 }

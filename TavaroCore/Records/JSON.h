@@ -131,6 +131,56 @@ template<RecordType R> void readRecord(JSONReader& reader, R& record) {
     if constexpr (requires { settleAfterReading(record); }) settleAfterReading(record);
 }
 
+/// The most room that the text of a value can take, where its type alone tells; else 0.
+template<class T> constexpr std::size_t fixedRoom() {
+    if constexpr (std::is_same_v<T, double>) {
+        return decimalRoom;
+    } else if constexpr (NamedEnum<T>) {
+        std::size_t longest = 0;
+        for (auto const name : namesOf(T{})) longest = std::max(longest, name.size());
+        return longest + 2;
+    } else if constexpr (RecordType<T>) {
+        std::size_t sum = 2;
+        bool isFixed = true;
+        forEachField<T>([&](auto const& field) {
+            auto const room = fixedRoom<std::remove_cvref_t<decltype(std::declval<T&>().*field.member)>>();
+            isFixed = isFixed && room > 0;
+            sum += field.name.size() + 4 + room;
+        });
+        return isFixed ? sum : 0;
+    } else {
+        return 0;
+    }
+}
+
+/// Writes such a value where there is room for it; a pointer's log is half a million of them.
+template<class T> char* writeFixed(char* at, T const& value) {
+    auto const put = [&](std::string_view text) { at = std::copy(text.begin(), text.end(), at); };
+    if constexpr (std::is_same_v<T, double>) {
+        if (std::isfinite(value)) return writeDecimal(at, value);
+        put("null");
+    } else if constexpr (NamedEnum<T>) {
+        *at++ = '"';
+        put(nameOf(value));
+        *at++ = '"';
+    } else {
+        *at++ = '{';
+        [&]<std::size_t... I>(std::index_sequence<I...>) {
+            [[maybe_unused]] auto const writeMember = [&]<std::size_t place>() {
+                constexpr auto index = sortedFields<T>[place];
+                constexpr std::size_t skipped = place == 0; // the comma
+                constexpr auto const& key = keyOf<T, index>;
+                std::memcpy(at, key.data() + skipped, key.size() - skipped);
+                at = writeFixed(at + key.size() - skipped, value.*std::get<index>(T::fields).member);
+            };
+            (writeMember.template operator()<I>(), ...);
+        }
+        (std::make_index_sequence<fieldCount<T>>{});
+        *at++ = '}';
+    }
+    return at;
+}
+
 template<class Value> struct IsOptional : std::false_type {};
 template<class Value> struct IsOptional<std::optional<Value>> : std::true_type {};
 
@@ -297,7 +347,9 @@ template<class T> void writeJSON(JSONWriter& writer, std::optional<T> const& val
 template<class T> void writeJSON(JSONWriter& writer, CopyOnWrite<T> const& value) { writeJSON(writer, *value); }
 
 template<class T> void writeJSON(JSONWriter& writer, T const& value) {
-    if constexpr (RecordType<T>) {
+    if constexpr (RecordType<T> && detail::fixedRoom<T>() > 0) {
+        writer.fixed(detail::fixedRoom<T>(), [&](char* at) { return detail::writeFixed(at, value); });
+    } else if constexpr (RecordType<T>) {
         detail::writeRecord(writer, value);
     } else if constexpr (CaseType<T>) {
         writer.beginObject();

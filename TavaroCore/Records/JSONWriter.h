@@ -54,6 +54,9 @@ public:
     void integer(std::int64_t value);
     void boolean(bool value) { word(value ? "true" : "false"); }
 
+    /// A value that `write(at)` puts where there is room for so many bytes; it returns its end.
+    template<class Write> void fixed(std::size_t bytes, Write const& write) { at_ = write(separated(bytes + 1)); }
+
     std::string take();
 
 private:
