@@ -132,7 +132,8 @@ std::vector<CaptionCue> CaptionTrack::cuesFromScript(std::string_view script, do
     auto const maxLength = static_cast<std::size_t>(std::max<std::int64_t>(maxCharacters, 1));
     auto const texts = filled(partsOf(script, maxLength), maxLength);
     std::vector<std::string_view> lines(texts.size());
-    std::transform(texts.begin(), texts.end(), lines.begin(), [](CueText const& cue) { return cue.text; });
+    std::transform(texts.begin(), texts.end(), lines.begin(),
+                   [](CueText const& cue) { return std::string_view(cue.text); });
     auto const starts = startsByLength({start, duration}, lines);
     std::vector<CaptionCue> cues(texts.size());
     for (std::size_t i = 0; i < texts.size(); ++i) {
