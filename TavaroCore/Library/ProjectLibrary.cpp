@@ -124,7 +124,7 @@ public:
         bool isChanged = hasNews_;
         for (auto const& [path, project] : before_.projects) {
             if (now_.contains(path)) continue;
-            auto const isBelow = [&](std::string const& root) { return (path + "/").starts_with(root); };
+            auto const isBelow = [&path = path](std::string const& root) { return (path + "/").starts_with(root); };
             bool const isGone = std::any_of(roots.begin(), roots.end(), isBelow);
             if (!isGone && now_.size() < mostRemembered)
                 now_.emplace(path, project);
