@@ -119,8 +119,7 @@ template<RecordType R> void readRecord(JSONReader& reader, R& record) {
     // Documents are written with sorted keys, so each key is nearly always one of the next.
     [&]<std::size_t... I>(std::index_sequence<I...>) {
         [[maybe_unused]] auto const readIfNext = [&]<std::size_t index>() {
-            constexpr auto const& key = keyOf<R, index>;
-            if (!hasMember || !reader.takeKey<key.size() - 1>(key.data() + 1)) return;
+            if (!hasMember || !reader.takeKey(keyOf<R, index>)) return;
             readMember<R, index>(reader, record);
             hasMember = reader.nextMember();
         };

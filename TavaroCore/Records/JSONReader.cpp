@@ -6,6 +6,7 @@
 #include <bitset>
 #include <charconv>
 #include <cmath>
+#include <cstring>
 
 #include <fmt/format.h>
 #include <simdjson.h>
