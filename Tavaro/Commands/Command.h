@@ -21,6 +21,7 @@ void addLibrary(CLI::App& app);
 void addArchive(CLI::App& app);
 void addRestore(CLI::App& app);
 void addPresets(CLI::App& app);
+void addScanText(CLI::App& app);
 void addSources(CLI::App& app);
 
 }

@@ -38,6 +38,7 @@ int run(int argc, char** argv) {
     tavaro::commands::addArchive(app);
     tavaro::commands::addRestore(app);
     tavaro::commands::addPresets(app);
+    tavaro::commands::addScanText(app);
     tavaro::commands::addSources(app);
     if (argc > 1 && argv[1][0] != '-' && !isCommand(app, argv[1])) {
         fmt::print(stderr, "There is no command “{}”; `tavaro --help` lists them.\n", argv[1]);

@@ -93,6 +93,21 @@ TEST_F(MovieCommands, polishOptionsReachTheDirector) {
     EXPECT_EQ(tavaro({"polish", project, "--camera-director", "wild"}).exitCode, 2);
 }
 
+TEST_F(MovieCommands, whatIsPrivateInATextIsListedWithoutItsValue) {
+    write("screen.txt", "a quiet line\nMail to maria@firma.example, badge EMP-0042\n");
+    auto const plain = tavaro({"scan-text", path("screen.txt"), "--pattern", "EMP-\\d+", "--pattern", "(open"});
+    EXPECT_EQ(plain.exitCode, 0);
+    EXPECT_THAT(plain.out, HasSubstr("2:9  Email  m••••••"));
+    EXPECT_THAT(plain.out, HasSubstr("2:36  Custom  E••••••"));
+    EXPECT_THAT(plain.error, HasSubstr("“(open” is left out"));
+    auto const json = tavaro({"scan-text", path("screen.txt"), "--json"});
+    EXPECT_THAT(json.out, HasSubstr("\"kind\":\"email\""));
+    for (auto const& outcome : {plain, json}) EXPECT_THAT(outcome.out, testing::Not(HasSubstr("maria")));
+    EXPECT_THAT(tavaro({"scan-text", path("screen.txt"), "--kinds", "card"}).out, HasSubstr("Nothing private"));
+    expectFailure(tavaro({"scan-text", path("absent.txt")}), "There is no file");
+    EXPECT_EQ(tavaro({"scan-text", path("screen.txt"), "--kinds", "shoes"}).exitCode, 2);
+}
+
 TEST_F(MovieCommands, whatIsNoMovieIsRefusedAndLeavesNothing) {
     makeMovie("clip.mp4");
     auto const whole = read("clip.mp4");

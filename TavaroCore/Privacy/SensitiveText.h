@@ -1,0 +1,44 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+/// Tests of pieces of text: could this be something that nobody should see? Texts are UTF-8.
+namespace tavaro::SensitiveText {
+
+/// Whether the digits of the text, of which there are at least two, end with the check digit of card numbers (ISO/IEC
+/// 7812-1). Characters that are not digits are passed over.
+bool luhn(std::string_view text);
+
+/// Shannon entropy of the bytes, in bits a byte: 0 for one repeated, about 3.9 for hexadecimal keys, up to 6 for
+/// base64.
+double entropy(std::string_view text);
+
+/// Whether a token looks made by a machine rather than written: long, of high entropy, and changing between letters,
+/// digits and cases more often than words do. Dotted identifiers never do, nor do UUIDs.
+bool looksRandom(std::string_view text);
+
+/// Whether the text can be a secret's value, for labels that are followed by other things too: not a placeholder
+/// ("<your key>", "****", "${TOKEN}"), a piece of code, a type or a common word.
+bool looksLikeValue(std::string_view text);
+
+/// Placeholders, masks and references to a value kept elsewhere.
+bool isPlaceholder(std::string_view text);
+
+/// "app.config.token": identifiers joined by dots.
+bool isDottedIdentifier(std::string_view text);
+
+/// Nothing but hexadecimal digits and hyphens, with at least one of these: a UUID, a range of addresses.
+bool isHexWithHyphens(std::string_view text);
+
+/// The text with what text recognition confuses made one: compatibility forms and case folded, dashes and quotes
+/// plain, 1 I l | one letter, 0 and O one, white space runs one blank.
+std::string foldLookAlikes(std::string_view text);
+
+/// Whether the text ends with a label that a secret's value follows, such as "Secret access key" or "token:".
+bool isSecretLabel(std::string_view text);
+
+/// The same for the same text on every machine and in every version, and for texts that differ by look-alikes only.
+std::string hash(std::string_view text);
+
+}

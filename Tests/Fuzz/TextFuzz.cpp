@@ -1,0 +1,25 @@
+#include <TavaroCore/Privacy/SensitiveTextClassifier.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+
+/// The first line is a custom word, the second a custom pattern, the rest is searched.
+extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
+    std::string_view text(reinterpret_cast<char const*>(data), size);
+    auto const nextLine = [&] {
+        auto const line = text.substr(0, text.find('\n'));
+        text.remove_prefix(std::min(line.size() + 1, text.size()));
+        return std::string(line);
+    };
+    tavaro::RedactionSettings settings;
+    settings.customWords = {nextLine()};
+    settings.customPatterns = {nextLine()};
+    tavaro::SensitiveTextClassifier classifier(settings);
+    std::size_t before = 0;
+    for (auto const& match : classifier.matches(text)) {
+        if (match.start < before || match.length == 0 || match.end() > text.size()) std::abort();
+        before = match.end();
+    }
+    return 0;
+}
