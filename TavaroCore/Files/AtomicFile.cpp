@@ -1,13 +1,16 @@
 #include <TavaroCore/Files/AtomicFile.h>
 
 #include <TavaroCore/Errors/SystemReason.h>
+#include <TavaroCore/Files/MappedFile.h>
 
 #include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
 #include <fmt/format.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 namespace tavaro {
 
@@ -19,8 +22,7 @@ public:
     ~Descriptor() {
         if (value_ >= 0) close(value_);
     }
-    Descriptor(Descriptor const&) = delete;
-    Descriptor& operator=(Descriptor const&) = delete;
+    Descriptor(Descriptor&& other) noexcept : value_(std::exchange(other.value_, -1)) {}
 
     int get() const { return value_; }
     bool isOpen() const { return value_ >= 0; }
@@ -133,10 +135,13 @@ void flushToDisk(std::filesystem::path const& file) {
     if (!written.isOpen() || fsync(written.get()) != 0) failWriting(file, errno);
 }
 
-std::optional<std::string> readWholeFile(std::filesystem::path const& file, std::uint64_t maxBytes) {
-    Descriptor const in(open(file.c_str(), O_RDONLY | O_CLOEXEC));
+namespace {
+
+/// Opens a plain file that is not too large and tells its size. A closed descriptor when there is no such file.
+std::pair<Descriptor, std::size_t> openForReading(std::filesystem::path const& file, std::uint64_t maxBytes) {
+    Descriptor in(open(file.c_str(), O_RDONLY | O_CLOEXEC));
     if (!in.isOpen()) {
-        if (errno == ENOENT || errno == ENOTDIR) return std::nullopt;
+        if (errno == ENOENT || errno == ENOTDIR) return {std::move(in), 0};
         failReading(file, errno);
     }
     struct stat about {};
@@ -148,7 +153,15 @@ std::optional<std::string> readWholeFile(std::filesystem::path const& file, std:
     if (static_cast<std::uint64_t>(about.st_size) > maxBytes)
         throw FileError(FileError::Kind::tooLarge,
                         fmt::format("Could not read “{}”: it is larger than {} bytes.", file.string(), maxBytes));
-    std::string bytes(static_cast<std::size_t>(about.st_size), '\0');
+    return {std::move(in), static_cast<std::size_t>(about.st_size)};
+}
+
+}
+
+std::optional<std::string> readWholeFile(std::filesystem::path const& file, std::uint64_t maxBytes) {
+    auto const [in, size] = openForReading(file, maxBytes);
+    if (!in.isOpen()) return std::nullopt;
+    std::string bytes(size, '\0');
     std::size_t filled = 0;
     while (filled < bytes.size()) {
         ssize_t const got = read(in.get(), bytes.data() + filled, bytes.size() - filled);
@@ -158,6 +171,19 @@ std::optional<std::string> readWholeFile(std::filesystem::path const& file, std:
     }
     bytes.resize(filled);
     return bytes;
+}
+
+std::optional<MappedFile> MappedFile::open(std::filesystem::path const& file, std::uint64_t maxBytes) {
+    auto const [in, size] = openForReading(file, maxBytes);
+    if (!in.isOpen()) return std::nullopt;
+    if (size == 0) return MappedFile({});
+    auto* const bytes = mmap(nullptr, size, PROT_READ, MAP_PRIVATE | MAP_POPULATE, in.get(), 0);
+    if (bytes == MAP_FAILED) failReading(file, errno);
+    return MappedFile({static_cast<char const*>(bytes), size});
+}
+
+MappedFile::~MappedFile() {
+    if (!bytes_.empty()) munmap(const_cast<char*>(bytes_.data()), bytes_.size());
 }
 
 }

@@ -2,10 +2,12 @@
 
 #include <TavaroCore/Errors/SystemReason.h>
 #include <TavaroCore/Files/AtomicFile.h>
+#include <TavaroCore/Files/MappedFile.h>
 #include <TavaroCore/Package/EditorState.h>
 #include <TavaroCore/Project/DemoProject.h>
 
 #include <cerrno>
+#include <cstring>
 #include <fmt/format.h>
 
 namespace tavaro {
@@ -16,6 +18,10 @@ namespace {
 
 // A field of keystrokes in older documents that held what was typed.
 constexpr std::string_view typedTextKey = "\"characters\":";
+
+bool holdsTypedText(std::string_view document) { // a document is full of quotes, at each of which `find` would stop
+    return memmem(document.data(), document.size(), typedTextKey.data(), typedTextKey.size()) != nullptr;
+}
 
 [[noreturn]] void failImporting(fs::path const& from, std::string const& reason,
                                 FileError::Kind kind = FileError::Kind::cannotWrite) {
@@ -76,29 +82,28 @@ void ProjectPackage::createDirectories() const {
 
 void ProjectPackage::save(DemoProject const& project) const {
     auto const document = encodeProject(project);
-    auto const before = readWholeFile(projectFileURL());
-    if (before == document) return;
+    if (auto const before = MappedFile::open(projectFileURL()); before && before->bytes() == document) return;
     replaceFileKeepingBackup(projectFileURL(), backupFileURL(), document);
 }
 
 DemoProject ProjectPackage::load() const {
-    auto const document = readWholeFile(projectFileURL());
+    auto const document = MappedFile::open(projectFileURL());
     if (!document) {
         throw FileError(FileError::Kind::cannotRead,
                         fmt::format("Could not open the project “{}”: it has no project.json.", url_.string()));
     }
-    auto project = decodeProject(*document);
-    scrubTypedTextIfNeeded(*document, project);
+    auto project = decodeProject(document->bytes());
+    scrubTypedTextIfNeeded(document->bytes(), project);
     return project;
 }
 
 DemoProject ProjectPackage::loadBackup() const {
-    auto const document = readWholeFile(backupFileURL());
+    auto const document = MappedFile::open(backupFileURL());
     if (!document) {
         throw FileError(FileError::Kind::cannotRead,
                         fmt::format("Could not restore the project “{}”: it has no previous save.", url_.string()));
     }
-    return decodeProject(*document);
+    return decodeProject(document->bytes());
 }
 
 DemoProject ProjectPackage::restoreBackup() const {
@@ -132,12 +137,12 @@ EditorState ProjectPackage::loadEditorState() const {
 }
 
 void ProjectPackage::scrubTypedTextIfNeeded(std::string_view document, DemoProject const& project) const {
-    if (document.find(typedTextKey) == std::string_view::npos) return;
+    if (!holdsTypedText(document)) return;
     try {
         // Without a backup of its own, which would keep the very text that has to go.
         writeFileAtomically(projectFileURL(), encodeProject(project));
         auto const backup = readWholeFile(backupFileURL());
-        if (backup && backup->find(typedTextKey) != std::string::npos) {
+        if (backup && holdsTypedText(*backup)) {
             writeFileAtomically(backupFileURL(), encodeProject(decodeProject(*backup)));
         }
     } catch (Error const&) {
