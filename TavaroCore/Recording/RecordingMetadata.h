@@ -37,6 +37,7 @@ struct CursorSample {
 
     static constexpr auto fields = std::tuple{field("t", &CursorSample::t), field("position", &CursorSample::position),
                                               field("kind", &CursorSample::kind)};
+    static constexpr bool isFlat = true; // neither lists nor free text inside
     bool operator==(CursorSample const&) const = default;
 };
 static_assert(listsEveryField<CursorSample>);

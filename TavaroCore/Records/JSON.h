@@ -4,12 +4,14 @@
 #include <TavaroCore/Records/Data.h>
 #include <TavaroCore/Records/Date.h>
 #include <TavaroCore/Records/Fields.h>
+#include <TavaroCore/Records/FunctionRef.h>
 #include <TavaroCore/Records/JSONError.h>
 #include <TavaroCore/Records/JSONReader.h>
 #include <TavaroCore/Records/JSONWriter.h>
 #include <TavaroCore/Records/UUID.h>
 
 #include <algorithm>
+#include <iterator>
 #include <map>
 #include <optional>
 #include <set>
@@ -260,6 +262,32 @@ template<class Read> void readElements(JSONReader& reader, Read read) {
     }
 }
 
+/// Runs both, at the same time where there is a thread to spare. Throws what they throw, the first's before the
+/// second's.
+void runBoth(FunctionRef<void()> first, FunctionRef<void()> second);
+
+/// Reads a long array of flat records in two halves at once. False when it is not one, or not well formed: then the
+/// ordinary way has the right sentence.
+template<class T> bool readHalves(JSONReader& reader, std::vector<T>& value) {
+    auto const halves = reader.halves();
+    if (!halves) return false;
+    auto const readPart = [](std::string_view text, std::vector<T>& part) {
+        auto elements = JSONReader::elements(text);
+        do readJSON(elements, part.emplace_back());
+        while (elements.anotherElement());
+    };
+    std::vector<T> second;
+    try {
+        runBoth([&] { readPart(halves->first, value); }, [&] { readPart(halves->second, second); });
+    } catch (JSONError const&) {
+        value.clear();
+        return false;
+    }
+    value.insert(value.end(), std::make_move_iterator(second.begin()), std::make_move_iterator(second.end()));
+    reader.stepOver(*halves);
+    return true;
+}
+
 }
 
 void readJSON(JSONReader& reader, UUID& value);
@@ -271,6 +299,9 @@ void writeJSON(JSONWriter& writer, Data const& value);
 
 template<class T> void readJSON(JSONReader& reader, std::vector<T>& value) {
     value.clear();
+    if constexpr (requires { T::isFlat; }) {
+        if (detail::readHalves(reader, value)) return;
+    }
     detail::readElements(reader, [&] { readJSON(reader, value.emplace_back()); });
 }
 

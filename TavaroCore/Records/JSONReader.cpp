@@ -119,6 +119,26 @@ void JSONReader::array(FunctionRef<void(std::size_t)> visit) {
     }
 }
 
+std::optional<JSONReader::Halves> JSONReader::halves() const {
+    constexpr std::ptrdiff_t fewest = 1 << 20; // bytes; less is read sooner than a thread starts
+    constexpr std::string_view border = "},{";
+    if (end_ - at_ < fewest || *at_ != '[') return std::nullopt;
+    auto const* const close = static_cast<char const*>(std::memchr(at_, ']', static_cast<std::size_t>(end_ - at_)));
+    if (!close || close - at_ < fewest || close[-1] != '}') return std::nullopt;
+    std::string_view const elements(at_ + 1, static_cast<std::size_t>(close - at_ - 1));
+    auto const middle = elements.find(border, elements.size() / 2);
+    if (middle == elements.npos) return std::nullopt;
+    return Halves{elements.substr(0, middle + 1), elements.substr(middle + 2)};
+}
+
+bool JSONReader::anotherElement() {
+    skipSpace();
+    if (at_ == end_) return false;
+    if (*at_++ != ',') failMalformed();
+    skipSpace();
+    return true;
+}
+
 std::string_view JSONReader::key() {
     if (*at_ != '"') failMalformed();
     auto const name = text();

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <cstring>
 #include <deque>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -59,7 +60,23 @@ public:
     /// Fails when anything but white space follows the one value.
     void expectEnd() const;
 
+    /// The elements of a long array of objects that hold neither arrays nor brackets in texts, in two parts.
+    struct Halves {
+        std::string_view first;
+        std::string_view second;
+    };
+    /// None when the value is not such an array; whether its elements are well formed is for their readers to find out.
+    std::optional<Halves> halves() const;
+    /// A reader of elements with commas between, standing on the first; it must not outlive this one's text.
+    static JSONReader elements(std::string_view text) { return JSONReader(text.data(), text.data() + text.size()); }
+    /// Steps to the next element; false behind the last.
+    bool anotherElement();
+    /// Steps over the array that the halves are of.
+    void stepOver(Halves const& halves) { at_ = halves.second.data() + halves.second.size() + 1; }
+
 private:
+    JSONReader(char const* begin, char const* end) : at_(begin), end_(end) {}
+
     struct Number {
         std::uint64_t digits = 0;
         std::int64_t exponent = 0;

@@ -116,3 +116,42 @@ TEST(JSON, textThatIsNotUTF8IsWrittenSoThatItCanBeRead) {
     auto const keys = decodeJSON<KeystrokeEvent>(writer.take()).keys;
     EXPECT_EQ(keys.at(0), "ok\uFFFD\uFFFD(\uFFFD\uFFFD\uFFFD");
 }
+
+namespace {
+
+/// A long list of samples as JSON, one of them as given.
+std::string longList(std::size_t count, std::size_t oddOne, std::string const& odd) {
+    std::string json = "{\"cursorSamples\":[";
+    for (std::size_t i = 0; i < count; ++i) {
+        if (i > 0) json += ',';
+        json += i == oddOne ? odd : R"({"kind":"iBeam","position":{"x":0.25,"y":0.5},"t":)" + std::to_string(i) + "}";
+    }
+    return json + "],\"clicks\":[{\"t\":7}]}";
+}
+
+}
+
+TEST(JSON, aLongListIsReadAsAShortOneIs) {
+    constexpr std::size_t count = 50'000;
+    for (std::size_t const oddOne : {std::size_t{0}, count / 2, count - 1}) {
+        for (std::string const odd : {R"({ "t" : 3, "position" : { "x" : 1 } })", R"({"note":"]","t":3})",
+                                      R"({"note":"}]","t":3})", R"({"note":[{},{}],"t":3})", "{}"}) {
+            auto const log = decodeJSON<RecordingMetadata>(longList(count, oddOne, odd));
+            ASSERT_EQ(log.cursorSamples.size(), count) << odd;
+            EXPECT_EQ(log.cursorSamples[oddOne].t, odd == "{}" ? 0 : 3) << odd;
+            EXPECT_EQ(log.cursorSamples[count / 3].t, count / 3) << odd;
+            EXPECT_EQ(log.cursorSamples[count - 2].kind, CursorKind::iBeam) << odd;
+            EXPECT_EQ(log.clicks.size(), 1u) << "what follows is read";
+        }
+        try {
+            decodeJSON<RecordingMetadata>(longList(count, oddOne, R"({"t":"late"})"));
+            ADD_FAILURE() << "a text is no time";
+        } catch (JSONError const& error) {
+            auto const path = "cursorSamples[" + std::to_string(oddOne) + "].t";
+            EXPECT_NE(std::string(error.what()).find(path), std::string::npos) << error.what();
+        }
+        for (std::string const broken : {"{\"t\":1", "{}}", "{},", "", "{\"t\":1}{\"t\":2}"}) {
+            EXPECT_THROW(decodeJSON<RecordingMetadata>(longList(count, oddOne, broken)), JSONError) << broken;
+        }
+    }
+}
