@@ -1,6 +1,7 @@
 #include <Tavaro/Commands/Command.h>
 
 #include <Tavaro/Commands/Checks.h>
+#include <Tavaro/Commands/MadeProject.h>
 #include <Tavaro/Commands/Names.h>
 #include <Tavaro/Model/NewProject.h>
 
@@ -21,6 +22,7 @@ struct Options {
     std::string events;
     std::string mode = "website";
     std::string output;
+    bool asJSON = false;
 };
 
 RecordingMetadata readEvents(std::string const& file) {
@@ -45,6 +47,15 @@ void import(Options const& options) {
                                                                  .importMode = ImportMode::copy,
                                                                  .metadata = metadata,
                                                                  .mode = modeNamed(options.mode)});
+    if (options.asJSON) {
+        MadeProject const made{.path = package.string(),
+                               .duration = project.duration(),
+                               .sourceSize = project.sourceSize,
+                               .clicks = static_cast<std::int64_t>(metadata.clicks.size()),
+                               .keystrokes = static_cast<std::int64_t>(metadata.keystrokes.size())};
+        fmt::print("{}\n", encodeJSON(made));
+        return;
+    }
     fmt::print("{} of {}×{}, {}, {}\n{}\n", Timecode::format(project.duration(), Timecode::Fraction::hundredths),
                project.sourceSize.width, project.sourceSize.height, counted(metadata.clicks.size(), "click"),
                counted(metadata.keystrokes.size(), "key"), package.string());
@@ -61,6 +72,7 @@ void addImport(CLI::App& app) {
     command->add_option("-o,--output", options->output, "the project to make, NAME.recproj")
         ->required()
         ->check(notEmpty);
+    command->add_flag("--json", options->asJSON, "print what was made as JSON");
     command->callback([options] { import(*options); });
 }
 

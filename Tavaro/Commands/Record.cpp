@@ -30,6 +30,7 @@ struct Options {
     int fps = 60;
     bool logsNoKeys = false;
     bool isRaw = false;
+    bool asJSON = false;
     std::string mode = "website";
     std::string output;
 };
@@ -77,7 +78,8 @@ void record(Options const& options) {
     auto const take = recorder.stop();
     if (take.endedEarly) fmt::print(stderr, "{}\n", *take.endedEarly);
     saveTake({take.movie, take.metadata, take.duration}, package, mode,
-             options.isRaw ? FirstEdit::raw : FirstEdit::polished);
+             options.isRaw ? FirstEdit::raw : FirstEdit::polished,
+             options.asJSON ? TakeOutput::json : TakeOutput::lines);
 }
 
 }
@@ -101,6 +103,7 @@ void addRecord(CLI::App& app) {
     command->add_option("--mode", options->mode, "what kind of demo it is")->check(modeNames())->capture_default_str();
     command->add_flag("--no-polish", options->isRaw, "leave the take as it was recorded");
     command->add_option("-o,--output", options->output, "the project to make, NAME.recproj")->check(notEmpty);
+    command->add_flag("--json", options->asJSON, "print what was made as JSON");
     command->callback([options] { record(*options); });
 }
 

@@ -7,12 +7,15 @@
 
 #include <TavaroCapture/Recovery/RecoveryStore.h>
 #include <TavaroCapture/Sources/CaptureError.h>
+#include <TavaroCore/Records/JSON.h>
 #include <TavaroCore/Values/Timecode.h>
 
 #include <CLI/CLI.hpp>
+#include <fmt/chrono.h>
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <ctime>
 
 namespace tavaro::commands {
 
@@ -22,11 +25,41 @@ struct Options {
     std::string id;
     bool discards = false;
     bool isRaw = false;
+    bool asJSON = false;
     std::string mode = "website";
     std::string output;
 };
 
 using Recoverable = RecoveryStore::Recoverable;
+
+/// An unfinished recording as it is printed for programs.
+struct Listed {
+    UUID id;
+    Date startedAt;
+    double estimatedDuration = 0; // seconds
+    std::string mode;
+
+    static constexpr auto fields = std::tuple{
+        field("id", &Listed::id),
+        field("startedAt", &Listed::startedAt),
+        field("estimatedDuration", &Listed::estimatedDuration),
+        field("mode", &Listed::mode),
+    };
+};
+
+void printJSON(std::vector<Recoverable> const& takes) {
+    std::vector<Listed> listed;
+    for (auto const& take : takes) {
+        listed.push_back({take.id, take.marker.startedAt, take.estimatedDuration, take.marker.mode});
+    }
+    fmt::print("{}\n", encodeJSON(listed));
+}
+
+/// "Recovered 2026-03-01 at 09.30.15", by the clock on the wall.
+std::string nameOf(Recoverable const& take) {
+    auto const seconds = static_cast<std::time_t>(take.marker.startedAt.milliseconds / 1000);
+    return fmt::format("Recovered {:%Y-%m-%d at %H.%M.%S}", fmt::localtime(seconds));
+}
 
 void list(std::vector<Recoverable> const& takes) {
     if (takes.empty()) fmt::print("There is no unfinished recording.\n");
@@ -48,15 +81,15 @@ Recoverable const& chosen(std::vector<Recoverable> const& takes, std::string con
 
 void recover(Options const& options) {
     auto const takes = RecoveryStore::findRecoverable();
-    if (options.id.empty()) return list(takes);
+    if (options.id.empty()) return options.asJSON ? printJSON(takes) : list(takes);
     auto const& take = chosen(takes, options.id);
     if (options.discards) return RecoveryStore::discard(take);
-    auto const package =
-        packagePath(options.output.empty() ? "Recovered " + take.marker.startedAt.text() : options.output);
+    auto const package = packagePath(options.output.empty() ? nameOf(take) : options.output);
     expectPlaceFor(package);
     auto const recovered = RecoveryStore::recover(take);
     saveTake({recovered.movie, recovered.metadata, recovered.duration}, package, modeNamed(options.mode),
-             options.isRaw ? FirstEdit::raw : FirstEdit::polished);
+             options.isRaw ? FirstEdit::raw : FirstEdit::polished,
+             options.asJSON ? TakeOutput::json : TakeOutput::lines);
 }
 
 }
@@ -69,6 +102,7 @@ void addRecover(CLI::App& app) {
     command->add_option("--mode", options->mode, "what kind of demo it is")->check(modeNames())->capture_default_str();
     command->add_flag("--no-polish", options->isRaw, "leave the take as it was recorded");
     command->add_option("-o,--output", options->output, "the project to make, NAME.recproj")->check(notEmpty);
+    command->add_flag("--json", options->asJSON, "print the list, or what was made, as JSON");
     command->callback([options] { recover(*options); });
 }
 

@@ -1,14 +1,17 @@
 #include <Tavaro/Commands/Take.h>
 
+#include <Tavaro/Commands/MadeProject.h>
 #include <Tavaro/Model/NewProject.h>
 
 #include <TavaroCapture/Recovery/RecoveryStore.h>
 #include <TavaroCore/Direction/SmartDirector.h>
 #include <TavaroCore/Errors/Error.h>
 #include <TavaroCore/Package/ProjectPackage.h>
+#include <TavaroCore/Records/JSON.h>
 #include <TavaroCore/Values/Timecode.h>
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 namespace tavaro {
 
@@ -35,18 +38,30 @@ void leaveWorkingFolder(TakeMovie const& take) {
 
 }
 
-void saveTake(TakeMovie const& take, std::filesystem::path const& package, DemoMode mode, FirstEdit edit) {
+void saveTake(TakeMovie const& take, std::filesystem::path const& package, DemoMode mode, FirstEdit edit,
+              TakeOutput output) {
     ProjectPackage const target(package);
     auto project = projectOf(take, target, mode);
     leaveWorkingFolder(take);
-    fmt::print("{} of {}×{}: {}\n", Timecode::format(take.duration, Timecode::Fraction::hundredths),
-               project.sourceSize.width, project.sourceSize.height, take.metadata.health.summary());
+    auto const& log = take.metadata;
+    MadeProject made{.path = package.string(),
+                     .duration = take.duration,
+                     .sourceSize = project.sourceSize,
+                     .clicks = static_cast<std::int64_t>(log.clicks.size()),
+                     .keystrokes = static_cast<std::int64_t>(log.keystrokes.size()),
+                     .droppedFrames = log.health.droppedFrames};
     if (edit == FirstEdit::polished) {
-        auto const report = SmartDirector(PolishOptions{}, mode).polish(project);
+        made.report = SmartDirector(PolishOptions{}, mode).polish(project);
         target.save(project);
-        for (auto const& line : report.summaryLines()) fmt::print("{}\n", line);
     }
-    fmt::print("{}\n", package.string());
+    if (output == TakeOutput::json) {
+        fmt::print("{}\n", encodeJSON(made));
+        return;
+    }
+    fmt::print("{} of {}×{}: {}\n", Timecode::format(take.duration, Timecode::Fraction::hundredths),
+               project.sourceSize.width, project.sourceSize.height, log.health.summary());
+    if (made.report) fmt::print("{}\n", fmt::join(made.report->summaryLines(), "\n"));
+    fmt::print("{}\n", made.path);
 }
 
 }

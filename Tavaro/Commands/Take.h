@@ -15,10 +15,12 @@ struct TakeMovie {
 };
 
 enum class FirstEdit { polished, raw };
+enum class TakeOutput { lines, json };
 
 /// Makes a project of the take, polishes it where asked, removes the working folder, and tells what was done: the
-/// summary lines and the project's path on standard output. When the project cannot be written the take is kept as an
-/// unfinished recording, and the failure says so.
-void saveTake(TakeMovie const& take, std::filesystem::path const& package, DemoMode mode, FirstEdit edit);
+/// summary lines and the project's path on standard output, or one JSON object. When the project cannot be written the
+/// take is kept as an unfinished recording, and the failure says so.
+void saveTake(TakeMovie const& take, std::filesystem::path const& package, DemoMode mode, FirstEdit edit,
+              TakeOutput output);
 
 }

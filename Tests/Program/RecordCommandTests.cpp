@@ -46,8 +46,11 @@ private:
 }
 
 TEST_F(RecordCommand, aTakeOfSomeSecondsBecomesAProject) {
-    auto const outcome = tavaro({"record", "--seconds", "1.5", "-o", path("take")});
+    auto const outcome = tavaro({"record", "--seconds", "1.5", "-o", path("take"), "--json"});
     ASSERT_EQ(outcome.exitCode, 0) << outcome.error;
+    EXPECT_THAT(outcome.out, HasSubstr("\"path\":\"" + path("take.recproj") + "\""));
+    EXPECT_THAT(outcome.out, HasSubstr("\"sourceSize\":{\"height\":360,\"width\":640}"));
+    EXPECT_THAT(outcome.out, HasSubstr("\"report\":{"));
     auto const project = ProjectPackage(path("take.recproj")).load();
     EXPECT_EQ(project.sourceSize, (Size2{640, 360}));
     EXPECT_NEAR(project.duration(), 1.5, 0.2);
@@ -71,11 +74,13 @@ TEST_F(RecordCommand, aTakeWhoseProgramDiedIsBroughtBack) {
     running.wait();
     EXPECT_FALSE(fs::exists(path("take.recproj")));
     EXPECT_THAT(tavaro({"recover"}).out, HasSubstr("(display)"));
+    EXPECT_THAT(tavaro({"recover", "--json"}).out, HasSubstr("\"mode\":\"display\""));
     auto const outcome = tavaro({"recover", "last", "-o", path("take.recproj")});
     ASSERT_EQ(outcome.exitCode, 0) << outcome.error;
     auto const project = ProjectPackage(path("take.recproj")).load();
     EXPECT_GT(MovieReader(path("take.recproj/assets/" + project.timeline.clips.at(0).asset)).info().duration, 0.2);
     EXPECT_THAT(tavaro({"recover"}).out, HasSubstr("no unfinished recording"));
+    EXPECT_EQ(tavaro({"recover", "--json"}).out, "[]\n");
 }
 
 TEST_F(RecordCommand, sourcesThatCannotBeFilmedAreExplained) {

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <TavaroCore/Direction/DirectorReport.h>
+#include <TavaroCore/Records/Fields.h>
+#include <TavaroCore/Values/Geometry.h>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace tavaro {
+
+/// What a command that makes a project prints for programs.
+struct MadeProject {
+    std::string path;
+    double duration = 0; // seconds
+    Size2 sourceSize;    // pixels
+    std::int64_t clicks = 0;
+    std::int64_t keystrokes = 0;
+    std::optional<std::int64_t> droppedFrames; // of a recording
+    std::optional<DirectorReport> report;      // when it was polished
+
+    static constexpr auto fields = std::tuple{
+        field("path", &MadeProject::path),
+        field("duration", &MadeProject::duration),
+        field("sourceSize", &MadeProject::sourceSize),
+        field("clicks", &MadeProject::clicks),
+        field("keystrokes", &MadeProject::keystrokes),
+        field("droppedFrames", &MadeProject::droppedFrames),
+        field("report", &MadeProject::report),
+    };
+};
+static_assert(listsEveryField<MadeProject>);
+
+}
