@@ -114,7 +114,7 @@ void placeCamera(CameraSettings& camera, RecordingMetadata const& onTimeline) {
     camera.avoidsContent = true;
 }
 
-/// Appends keycaps where no keycap made by hand is shown.
+/// Appends keycaps where no keycap made by hand is shown. One that had to wait past the end is left out.
 std::int64_t addKeycaps(DemoProject& project, RecordingMetadata const& onTimeline) {
     auto keycaps = SmartDirector::keystrokeOverlays(onTimeline);
     auto const isCovered = [&](Overlay const& made) {
@@ -123,7 +123,7 @@ std::int64_t addKeycaps(DemoProject& project, RecordingMetadata const& onTimelin
                    other.range().intersects(made.range());
         });
     };
-    std::erase_if(keycaps, isCovered);
+    std::erase_if(keycaps, [&](Overlay const& made) { return made.start >= project.duration() || isCovered(made); });
     for (auto& keycap : keycaps) keycap.duration = std::min(keycap.duration, project.duration() - keycap.start);
     auto const count = static_cast<std::int64_t>(keycaps.size());
     auto& overlays = project.overlays;

@@ -289,6 +289,16 @@ TEST(Polish, theVoiceIsEnhancedAndMusicMakesRoomForIt) {
     }
 }
 
+TEST(Polish, noKeycapWaitsPastTheEnd) {
+    auto project = oneClick();
+    for (double const t : {19.5, 19.7, 19.9}) {
+        project.metadata.edit().keystrokes.push_back(
+            {.t = t, .keys = {"⌃", t == 19.7 ? "V" : "C"}, .isShortcut = true});
+    }
+    EXPECT_EQ(polish(project).overlaysAdded, 1);
+    for (auto const& overlay : project.overlays) EXPECT_GT(overlay.duration, 0) << "at " << overlay.start;
+}
+
 TEST(Polish, theCameraGoesToTheQuietestCorner) {
     DemoProject project;
     project.timeline.clips = {{.duration = 10}};
