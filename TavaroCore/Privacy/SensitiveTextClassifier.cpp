@@ -98,6 +98,12 @@ bool isTokenCharacter(char c) {
            std::string_view("+/=_-.~").find(c) != std::string_view::npos;
 }
 
+/// Where the token goes on to that reaches the position.
+std::size_t endOfToken(std::string_view line, std::size_t position) {
+    while (position < line.size() && isTokenCharacter(line[position])) ++position;
+    return position;
+}
+
 /// A line folded piece by piece, with the way back to its bytes.
 struct FoldedLine {
     std::string text;
@@ -143,7 +149,9 @@ struct SensitiveTextClassifier::State {
     std::vector<std::string> words; // folded
     std::vector<CustomPattern> patterns;
     std::vector<std::string> warnings;
-    std::vector<SensitiveMatch> found; // in the line at hand, apart from each other
+    std::string_view line;             // at hand
+    std::size_t windowEnd = 0;         // of the piece of it that is looked at
+    std::vector<SensitiveMatch> found; // in the line, apart from each other
 };
 
 SensitiveTextClassifier::State::State(RedactionSettings const& settings, Prefilter prefilter)
@@ -172,8 +180,11 @@ SensitiveTextClassifier::State::State(RedactionSettings const& settings, Prefilt
     }
 }
 
-/// Takes the finding unless an earlier one has some of its text.
+/// Takes the finding unless an earlier one has some of its text. One that reaches the end of its window goes on behind
+/// it, as far as the token does.
 void SensitiveTextClassifier::State::claim(SensitiveKind kind, std::size_t start, std::size_t length) {
+    bool const isCutOff = start + length == windowEnd && kind != SensitiveKind::custom;
+    if (isCutOff) length = endOfToken(line, windowEnd) - start;
     auto const overlaps = [&](SensitiveMatch const& other) {
         return start < other.end() && other.start < start + length;
     };
@@ -184,6 +195,7 @@ void SensitiveTextClassifier::State::claim(SensitiveKind kind, std::size_t start
 
 void SensitiveTextClassifier::State::search(std::string_view window, std::size_t offset) {
     LineFacts const facts(window);
+    windowEnd = offset + window.size();
     for (auto& [rule, expression] : builtIn) {
         if (prefilter == Prefilter::on && rule->canMatch && !rule->canMatch(facts)) continue;
         expression->forEachMatch(window, rule->group, [&, rule = rule](Span const& span) {
@@ -205,7 +217,7 @@ void SensitiveTextClassifier::State::searchTokens(std::string_view window, std::
             continue;
         }
         auto const start = i;
-        while (i < window.size() && isTokenCharacter(window[i])) ++i;
+        i = endOfToken(window, i);
         auto const token = window.substr(start, i - start);
         if (token.size() < shortestToken || !SensitiveText::looksRandom(token)) continue;
         if (SensitiveText::isSecretLabel(window.substr(0, start)))
@@ -248,6 +260,7 @@ SensitiveTextClassifier::SensitiveTextClassifier(RedactionSettings const& settin
 SensitiveTextClassifier::~SensitiveTextClassifier() = default;
 
 std::vector<SensitiveMatch> SensitiveTextClassifier::matches(std::string_view line) {
+    state_->line = line;
     state_->found.clear();
     for (auto& pattern : state_->patterns) pattern.isGivenUpHere = false;
     auto const isContinuation = [&](std::size_t at) { return at < line.size() && (line[at] & 0xC0) == 0x80; };

@@ -143,6 +143,14 @@ TEST(SensitiveTextClassifier, aSecretFarIntoALongLineIsFound) {
     }
 }
 
+TEST(SensitiveTextClassifier, noEndOfALongSecretStaysVisible) {
+    auto const part = repeated("Ab3_", 300);
+    auto const token = "ey" + ("J" + part) + ".ey" + ("J" + part) + "." + part;
+    for (int const before : {0, 300, 700, 1000, 1015}) {
+        EXPECT_THAT(found(std::string(before, '-') + " " + token + " end"), ElementsAre("token " + token)) << before;
+    }
+}
+
 TEST(SensitiveText, cardNumbersEndWithTheirCheckDigit) {
     EXPECT_TRUE(SensitiveText::luhn("4111 1111 1111 1111"));
     EXPECT_FALSE(SensitiveText::luhn("4111 1111 1111 1112"));
