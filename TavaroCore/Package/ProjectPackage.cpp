@@ -7,7 +7,6 @@
 #include <TavaroCore/Project/DemoProject.h>
 
 #include <cerrno>
-#include <cstring>
 #include <fmt/format.h>
 
 namespace tavaro {
@@ -19,8 +18,13 @@ namespace {
 // A field of keystrokes in older documents that held what was typed.
 constexpr std::string_view typedTextKey = "\"characters\":";
 
-bool holdsTypedText(std::string_view document) { // a document is full of quotes, at each of which `find` would stop
-    return memmem(document.data(), document.size(), typedTextKey.data(), typedTextKey.size()) != nullptr;
+/// Looks for the key behind its quote: a document is full of quotes, at each of which a search would stop.
+bool holdsTypedText(std::string_view document) {
+    auto const key = typedTextKey.substr(1);
+    for (auto at = document.find(key); at != document.npos; at = document.find(key, at + 1)) {
+        if (at > 0 && document[at - 1] == typedTextKey[0]) return true;
+    }
+    return false;
 }
 
 [[noreturn]] void failImporting(fs::path const& from, std::string const& reason,
