@@ -3,7 +3,6 @@
 #include <TavaroCore/Privacy/SensitiveText.h>
 
 #include <algorithm>
-#include <charconv>
 #include <string>
 #include <vector>
 
@@ -35,9 +34,17 @@ bool isNotWords(SensitiveCandidate const& candidate) {
     return std::any_of(text.begin(), text.end(), [](char c) { return isDigit(c) || (c >= 'A' && c <= 'Z'); });
 }
 
+/// "risk-…", "desk-…": the end of a word and what it is joined to.
+bool isKeyByPrefix(SensitiveCandidate const& candidate) {
+    auto const before = candidate.before();
+    bool const endsWord = !before.empty() && isLetter(before.back());
+    return !endsWord && isNotWords(candidate);
+}
+
 bool isCredential(SensitiveCandidate const& candidate) {
     auto const text = candidate.text();
-    return !SensitiveText::isPlaceholder(text) && !SensitiveText::isDottedIdentifier(text) && isNotWords(candidate);
+    return !SensitiveText::isPlaceholder(text) && !SensitiveText::isDottedIdentifier(text) &&
+           !SensitiveText::isName(text) && isNotWords(candidate);
 }
 
 /// The value of a parameter of an address. Those that always are secrets need only be values.
@@ -53,7 +60,8 @@ bool isPasswordOfAddress(SensitiveCandidate const& candidate) {
     return !SensitiveText::isPlaceholder(candidate.text());
 }
 
-/// Names of pictures ("icon@2x.png") and of repositories ("git@host.org:path") look like addresses.
+/// Names of pictures ("icon@2x.png"), of repositories ("git@host.org:path") and of places on other machines
+/// ("maria@host.org:~/notes") look like addresses.
 bool isMailAddress(SensitiveCandidate const& candidate) {
     constexpr std::array<std::string_view, 14> fileTypes{"png", "jpg", "jpeg", "gif",  "svg", "webp", "pdf",
                                                          "css", "js",  "ts",   "json", "map", "html", "zip"};
@@ -61,27 +69,52 @@ bool isMailAddress(SensitiveCandidate const& candidate) {
     auto ending = std::string(text.substr(text.rfind('.') + 1));
     std::transform(ending.begin(), ending.end(), ending.begin(), lower);
     if (std::find(fileTypes.begin(), fileTypes.end(), ending) != fileTypes.end()) return false;
-    return !(text.starts_with("git@") && candidate.after().starts_with(':'));
+    auto const after = candidate.after();
+    bool const isPlace = after.starts_with(":/") || after.starts_with(":~");
+    return !isPlace && !(text.starts_with("git@") && after.starts_with(':'));
 }
 
 bool isCardNumber(SensitiveCandidate const& candidate) {
     auto const digits = digitsOf(candidate.text());
     bool const isOneDigit = digits.find_first_not_of(digits[0]) == std::string::npos;
-    return !isOneDigit && digits[0] != '0' && SensitiveText::luhn(digits);
+    bool const isPhone = candidate.before().ends_with('+');
+    return !isOneDigit && !isPhone && digits[0] != '0' && SensitiveText::luhn(digits);
+}
+
+/// "PASSWORD_RESET_TIMEOUT", "api_key_env": about a secret, but not followed by it.
+bool namesProperty(std::string_view label) {
+    constexpr std::string_view properties[] = {"timeout", "expiry", "expires", "ttl",  "length", "limit", "count",
+                                               "env",     "path",   "file",    "type", "url",    "name",  "policy"};
+    auto const end = label.find_last_not_of(" :=\"'`");
+    auto name = std::string(label.substr(0, end == label.npos ? 0 : end + 1));
+    std::transform(name.begin(), name.end(), name.begin(), lower);
+    return std::any_of(std::begin(properties), std::end(properties), [&](auto property) {
+        return name.ends_with(property) && name.size() > property.size() &&
+               !isLetter(name[name.size() - property.size() - 1]);
+    });
+}
+
+/// "DB_PASSWORD=", "--password=", ";Password=": settings of a shell or an address, where a value stands for itself.
+bool isSetting(SensitiveCandidate const& candidate, std::string_view label) {
+    if (!label.ends_with('=') || label.ends_with(" =")) return false;
+    bool const isUpperCase = std::none_of(label.begin(), label.end(), [](char c) { return c >= 'a' && c <= 'z'; });
+    auto const before = candidate.line.substr(0, candidate.wholeStart);
+    return isUpperCase || before.ends_with("--") || before.ends_with(';');
 }
 
 bool isLabelledSecret(SensitiveCandidate const& candidate) {
     auto text = candidate.text();
     while (!text.empty() && (text.back() == ')' || text.back() == ';' || text.back() == '.')) text.remove_suffix(1);
     if (text.empty() || text.front() == ':' || text.front() == '=') return false; // "Token::Kind", "token == kind"
-    if (!SensitiveText::looksLikeValue(text)) return false;
     auto const label = candidate.line.substr(candidate.wholeStart, candidate.start - candidate.wholeStart);
-    bool const isCode =
-        label.find('=') != std::string_view::npos && label.find_first_of("\"'`") == std::string_view::npos;
+    if (!SensitiveText::looksLikeValue(text) || namesProperty(label)) return false;
+    bool const isQuoted = label.find_first_of("\"'`") != std::string_view::npos;
+    bool const isCode = label.find('=') != std::string_view::npos && !isQuoted && !isSetting(candidate, label);
     bool const isNumber = std::all_of(text.begin(), text.end(), isDigit);
     bool const isPassword = lower(label[0]) == 'p' && lower(label[1]) != 'r'; // not "private key"
-    if (isPassword && !isCode) return true;
+    if (isPassword && !isCode) return isQuoted || !SensitiveText::isNameOfSecret(text);
     if (isNumber) return isPassword; // "max_tokens: 128000"
+    if (!isQuoted && SensitiveText::isName(text)) return false;
     return isNotWords(candidate) && (!isCode || text.find_first_of("()[]{}") == std::string_view::npos);
 }
 
@@ -105,18 +138,25 @@ std::vector<Group> groupsOf(std::string_view text) {
     return groups;
 }
 
-/// Spans of years and ports ("2019-2024", "8080-8090").
-bool isRange(std::vector<Group> const& groups) {
-    if (groups.size() != 2 || groups[0].digits.size() != groups[1].digits.size() || groups[1].separator != '-') {
-        return false;
-    }
-    return groups[0].digits < groups[1].digits;
+/// "Tel. 5557 0199": a word before the number says what it is.
+bool hasPhoneLabel(std::string_view before) {
+    constexpr std::string_view labels[] = {"tel",  "phone", "telephone", "telefon", "mobile", "mobil",
+                                           "cell", "fax",   "whatsapp",  "sms",     "call",   "handy"};
+    auto const last = std::find_if(before.rbegin(), before.rend(), isLetter);
+    auto const first = std::find_if_not(last, before.rend(), isLetter);
+    if (last - before.rbegin() > 3) return false;
+    std::string word(first.base(), last.base());
+    std::transform(word.begin(), word.end(), word.begin(), lower);
+    return std::find(std::begin(labels), std::end(labels), word) != std::end(labels);
 }
 
-/// "12 345 678", "12.345.678": a number with its thousands apart.
-bool isGroupedNumber(std::vector<Group> const& groups) {
-    if (groups.size() < 2 || groups[0].digits.size() > 2 || groups[1].separator == '-') return false;
-    return std::all_of(groups.begin() + 1, groups.end(), [](Group const& group) { return group.digits.size() == 3; });
+/// "415-555-0132" (North America), and what begins with a zero and is long enough, as calls inside most countries do.
+bool isNationalNumber(std::vector<Group> const& groups, std::size_t digits) {
+    constexpr std::size_t shortest = 9; // digits with the zero
+    if (groups[0].digits[0] == '0') return digits >= shortest && groups[0].digits != "00" && groups[0].digits != "000";
+    return groups.size() == 3 && groups[0].digits.size() == 3 && groups[1].digits.size() == 3 &&
+           groups[2].digits.size() == 4 && groups[0].digits[0] >= '2' && groups[1].digits[0] >= '2' &&
+           groups[1].separator == groups[2].separator;
 }
 
 /// Most groups of digits are no phone numbers: dates, versions, sums, parts of identifiers.
@@ -126,18 +166,12 @@ bool isPhoneNumber(SensitiveCandidate const& candidate) {
     auto const count = digitsOf(text).size();
     if (count < shortest || count > longest) return false;
     if (text[0] == '+' || text.find('(') != std::string_view::npos) return true;
-    auto const groups = groupsOf(text);
-    if (isRange(groups) || isGroupedNumber(groups)) return false;
-    auto const isPart = [](char c) { return isLetter(c) || c == '-' || c == '/' || c == ':' || c == '_' || c == '#'; };
     auto const before = candidate.before(), after = candidate.after();
-    bool const isLabelEnd = before.ends_with(": ");
-    if (!before.empty() && isPart(before.back()) && !isLabelEnd) return false;
+    auto const isPart = [](char c) { return isLetter(c) || c == '-' || c == '/' || c == ':' || c == '_' || c == '#'; };
     if (!after.empty() && isPart(after.front())) return false;
-    constexpr std::string_view units[] = {"EUR", "USD", "GBP", "CHF", "ms", "kB", "MB", "GB", "px", "%", "bytes"};
-    auto const unit = after.substr(std::min(after.find_first_not_of(' '), after.size()));
-    if (std::any_of(std::begin(units), std::end(units), [&](auto u) { return unit.starts_with(u); })) return false;
-    auto const letters = before.substr(0, before.find_last_not_of(' ') + 1);
-    return letters.empty() || std::string_view("$=").find(letters.back()) == std::string_view::npos;
+    if (hasPhoneLabel(before)) return true;
+    if (!before.empty() && isPart(before.back())) return false;
+    return isNationalNumber(groupsOf(text), count);
 }
 
 using enum SensitiveKind;
@@ -155,7 +189,7 @@ constexpr SensitiveRule rules[] = {
      [](Line l) {
          return hasAny(l, {"sk-", "sk–"});
      },
-     isNotWords},
+     isKeyByPrefix},
     {apiKey, 0, R"((?<![A-Z0-9])(?:AK[I1l]A|AS[I1l]A)[A-Z0-9]{16}(?![A-Za-z0-9]))",
      [](Line l) {
          return hasAny(l, {"AK", "AS"});

@@ -41,7 +41,7 @@ constexpr std::array<std::string_view, 66> commonWords{
     "weak",      "bearer",   "basic",    "oauth2",   "sha256",    "bcrypt",    "argon2id",    "argon2",   "base64",
     "vault",     "keychain", "localhost"};
 
-constexpr std::array<std::string_view, 34> secretLabels{"password",
+constexpr std::array<std::string_view, 39> secretLabels{"password",
                                                         "passwd",
                                                         "passphrase",
                                                         "passcode",
@@ -73,8 +73,26 @@ constexpr std::array<std::string_view, 34> secretLabels{"password",
                                                         "recovery code",
                                                         "backup code",
                                                         "personal access token",
+                                                        "account key",
+                                                        "authorization basic",
+                                                        "session id",
+                                                        "sessionid",
+                                                        "apikey",
                                                         "deploy key",
                                                         "credentials"};
+
+/// "getToken(user", which the blank behind it cut off, "next()", "read().trimmed()". "Pa(ss)w0rd" is none.
+bool isCall(std::string_view text) {
+    auto const open = text.find('(');
+    if (open == std::string_view::npos) return false;
+    auto const isNameOrPath = [](char c) {
+        return isLetter(c) || isDigit(c) || std::string_view("_.:>-").find(c) != std::string_view::npos;
+    };
+    if (!std::all_of(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(open), isNameOrPath)) return false;
+    auto const close = text.find(')', open);
+    if (close == std::string_view::npos || close + 1 == text.size()) return true;
+    return std::string_view(".)]?-;").find(text[close + 1]) != std::string_view::npos;
+}
 
 /// Changes between upper case, lower case and digits; a capital that begins a word is none.
 int changesOfKind(std::string_view text) {
@@ -163,9 +181,28 @@ bool looksRandom(std::string_view text) {
     return entropy(text) >= leastEntropy && perEight >= 1;
 }
 
+bool isName(std::string_view text) {
+    constexpr std::size_t longest = 32; // more without a digit is hardly a name
+    auto const isPart = [](char c) { return isLetter(c) || c == '_'; };
+    return text.size() <= longest && std::all_of(text.begin(), text.end(), isPart) &&
+           static_cast<std::size_t>(changesOfKind(text) + 1) * 3 <= text.size();
+}
+
+bool isNameOfSecret(std::string_view text) {
+    auto const inLowerCase = lowered(text);
+    if (!isName(text) || (inLowerCase == text && text.find('_') == std::string_view::npos)) return false;
+    constexpr std::array<std::string_view, 6> words{"password", "passwd", "passphrase", "secret", "token", "pwd"};
+    return std::any_of(words.begin(), words.end(),
+                       [&](std::string_view word) { return inLowerCase.find(word) != std::string::npos; });
+}
+
 bool isPlaceholder(std::string_view text) {
     if (text.empty()) return true;
-    if (std::string_view("<${%[(").find(text.front()) != std::string_view::npos) return true;
+    if (std::string_view("<{[(").find(text.front()) != std::string_view::npos) return true;
+    if (text.starts_with("${") || text.starts_with("$(") || text.starts_with("%(")) return true;
+    auto const isReference = std::string_view("$%!").find(text.front()) != std::string_view::npos;
+    auto const name = text.substr(1, text.size() - (text.size() > 1 && text.back() == '%' ? 2 : 1));
+    if (isReference && isName(name)) return true; // "$TOKEN", "%TOKEN%", "!vault"
     if (text.starts_with("\xE2\x80\xA2") || text.starts_with("\xE2\x97\x8F")) return true; // dots of a password field
     auto const isMask = [](char c) { return c == '*' || c == '.' || c == 'x' || c == 'X' || c == '-' || c == '_'; };
     if (std::all_of(text.begin(), text.end(), isMask)) return true;
@@ -182,8 +219,7 @@ bool looksLikeValue(std::string_view text) {
     auto bare = lowered(text);
     while (!bare.empty() && std::string_view(".,;:!").find(bare.back()) != std::string_view::npos) bare.pop_back();
     if (std::find(commonWords.begin(), commonWords.end(), bare) != commonWords.end()) return false;
-    bool const isCall = bare.ends_with("()") || bare.find("(") != std::string::npos;
-    return !isCall;
+    return !isCall(bare);
 }
 
 std::string foldLookAlikes(std::string_view text) {
@@ -206,10 +242,14 @@ std::string foldLookAlikes(std::string_view text) {
 }
 
 bool isSecretLabel(std::string_view text) {
-    auto label = lowered(text);
-    auto const isSeparator = [](char c) { return !isLetter(c) && !isDigit(c); };
-    while (!label.empty() && isSeparator(label.back())) label.pop_back();
-    std::replace_if(label.begin(), label.end(), isSeparator, ' ');
+    std::string label; // words in lower case, a blank between them
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        bool const isPart = isLetter(text[i]) || isDigit(text[i]);
+        bool const beginsWord = i > 0 && isUpper(text[i]) && isLower(text[i - 1]); // "accessToken"
+        if ((!isPart || beginsWord) && !label.empty() && label.back() != ' ') label += ' ';
+        if (isPart) label += lower(text[i]);
+    }
+    if (label.ends_with(' ')) label.pop_back();
     return std::any_of(secretLabels.begin(), secretLabels.end(), [&](std::string_view known) {
         if (!label.ends_with(known)) return false;
         return label.size() == known.size() || label[label.size() - known.size() - 1] == ' ';

@@ -25,6 +25,12 @@ bool looksLikeValue(std::string_view text);
 /// Placeholders, masks and references to a value kept elsewhere.
 bool isPlaceholder(std::string_view text);
 
+/// "accessToken", "MAPS_KEY": letters that make words, as names in code do.
+bool isName(std::string_view text);
+
+/// "newPassword", "user_token": a name for a secret rather than one.
+bool isNameOfSecret(std::string_view text);
+
 /// "app.config.token": identifiers joined by dots.
 bool isDottedIdentifier(std::string_view text);
 

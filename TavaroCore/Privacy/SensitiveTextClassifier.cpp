@@ -11,8 +11,8 @@
 #include <set>
 
 #include <fmt/format.h>
-#include <unicode/brkiter.h>
 #include <unicode/regex.h>
+#include <unicode/uchar.h>
 #include <unicode/utext.h>
 #include <unicode/utf8.h>
 
@@ -104,6 +104,35 @@ std::size_t endOfToken(std::string_view line, std::size_t position) {
     return position;
 }
 
+/// Where the quote that ends a text from `start` stands, or the end of the line.
+std::size_t endOfQuoted(std::string_view line, std::size_t start) {
+    for (auto i = start; i < line.size(); ++i) {
+        if (line[i] == '"') return i;
+        if (line[i] == '\\') ++i;
+    }
+    return line.size();
+}
+
+bool isQuotedSecret(std::string_view label, std::string_view value) {
+    if (!SensitiveText::isSecretLabel(label) || !SensitiveText::looksLikeValue(value)) return false;
+    if (value.find_first_of(" \t") != std::string_view::npos || SensitiveText::isNameOfSecret(value)) return false;
+    bool const isPassword = label.find("ass") != std::string_view::npos || label.find("ASS") != std::string_view::npos;
+    return isPassword || !SensitiveText::isName(value);
+}
+
+/// Where the character that starts at `start` ends, with the marks that combine with it.
+std::size_t endOfCharacter(std::string_view line, std::size_t start) {
+    auto const size = static_cast<std::int32_t>(line.size());
+    auto end = static_cast<std::int32_t>(start);
+    UChar32 c = 0;
+    U8_NEXT(line.data(), end, size, c);
+    for (auto next = end; next < size; end = next) {
+        U8_NEXT(line.data(), next, size, c);
+        if (c < 0 || u_getCombiningClass(c) == 0) break;
+    }
+    return static_cast<std::size_t>(end);
+}
+
 /// A line folded piece by piece, with the way back to its bytes.
 struct FoldedLine {
     std::string text;
@@ -112,8 +141,7 @@ struct FoldedLine {
 
     explicit FoldedLine(std::string_view line) {
         for (std::size_t i = 0; i < line.size();) {
-            auto next = i + 1;
-            while (next < line.size() && (line[next] & 0xC0) == 0x80) ++next;
+            auto const next = endOfCharacter(line, i);
             auto const folded = SensitiveText::foldLookAlikes(line.substr(i, next - i));
             for (char const c : folded) {
                 if (c == ' ' && !text.empty() && text.back() == ' ') continue;
@@ -139,6 +167,7 @@ struct SensitiveTextClassifier::State {
 
     void search(std::string_view window, std::size_t offset);
     void searchTokens(std::string_view window, std::size_t offset);
+    void searchQuotedValues(std::string_view window, std::size_t offset);
     void searchWords(std::string_view window, std::size_t offset);
     void searchPatterns(std::string_view window, std::size_t offset);
     void claim(SensitiveKind kind, std::size_t start, std::size_t length);
@@ -204,6 +233,7 @@ void SensitiveTextClassifier::State::search(std::string_view window, std::size_t
             claim(rule->kind, offset + span.start, span.length);
         });
     }
+    if (findsSecrets && facts.has('"') && facts.has(':')) searchQuotedValues(window, offset);
     if (findsSecrets) searchTokens(window, offset);
     if (!words.empty()) searchWords(window, offset);
     searchPatterns(window, offset);
@@ -216,12 +246,38 @@ void SensitiveTextClassifier::State::searchTokens(std::string_view window, std::
             ++i;
             continue;
         }
-        auto const start = i;
+        auto start = i;
         i = endOfToken(window, i);
+        auto const last = window.substr(0, i).find_last_not_of('=');
+        auto const sign = window.substr(0, last + 1).rfind('='); // "AccountKey=…==" holds its label
+        if (sign != std::string_view::npos && sign >= start) start = sign + 1;
         auto const token = window.substr(start, i - start);
         if (token.size() < shortestToken || !SensitiveText::looksRandom(token)) continue;
         if (SensitiveText::isSecretLabel(window.substr(0, start)))
             claim(SensitiveKind::secret, offset + start, token.size());
+    }
+}
+
+/// `"password": "…"` as in JSON: here quotes say where a value ends, so it need not look random.
+void SensitiveTextClassifier::State::searchQuotedValues(std::string_view window, std::size_t offset) {
+    constexpr std::size_t shortestValue = 6;
+    auto const skipBlanks = [&](std::size_t at) {
+        return std::min(window.find_first_not_of(" \t", at), window.size());
+    };
+    for (auto open = window.find('"'); open != std::string_view::npos;) {
+        auto const close = endOfQuoted(window, open + 1);
+        auto const label = window.substr(open + 1, close - open - 1);
+        auto const colon = skipBlanks(std::min(close + 1, window.size()));
+        auto const quote = colon < window.size() && window[colon] == ':' ? skipBlanks(colon + 1) : window.size();
+        if (quote == window.size() || window[quote] != '"') {
+            open = window.find('"', close + 1);
+            continue;
+        }
+        auto const end = endOfQuoted(window, quote + 1);
+        auto const value = window.substr(quote + 1, end - quote - 1);
+        if (value.size() >= shortestValue && isQuotedSecret(label, value))
+            claim(SensitiveKind::secret, offset + quote + 1, value.size());
+        open = window.find('"', end + 1);
     }
 }
 
