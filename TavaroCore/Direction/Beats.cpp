@@ -88,9 +88,10 @@ std::vector<double> changes(DemoProject const& project) {
     return result;
 }
 
-/// After each piece of work, the time in which its result is looked at, when the screen changed at its end.
+/// When the screen is looked at because it changed: from the end of the work that caused it, or of its own accord.
 Ranges results(Ranges const& work, std::vector<double> const& changes) {
     Ranges result;
+    for (double const change : changes) result.push_back({change, resultSeconds});
     for (auto const& piece : work) {
         auto const change = std::lower_bound(changes.begin(), changes.end(), piece.end() - resultDelay);
         if (change == changes.end() || *change > piece.end() + resultDelay) continue;
@@ -151,10 +152,16 @@ std::vector<Beat> beats(DemoProject const& project, RecordingMetadata const& onT
     for (std::size_t i = 0; i + 1 < bounds.size(); ++i) {
         double const from = bounds[i];
         bool const works = worked.holds(from), looks = looked.holds(from), talks = talked.holds(from);
-        auto const before = result.empty() ? BeatKind::explaining : result.back().kind;
-        auto const kind = works ? BeatKind::doing : looks ? BeatKind::result : talks ? BeatKind::explaining : before;
-        append(result, kind, {from, bounds[i + 1] - from});
+        bool const isSilent = !works && !looks && !talks;
+        if (isSilent && result.empty()) continue; // until the first beat, which begins at 0
+        auto const kind = works      ? BeatKind::doing
+                          : looks    ? BeatKind::result
+                          : isSilent ? result.back().kind
+                                     : BeatKind::explaining;
+        double const start = result.empty() ? 0 : from;
+        append(result, kind, {start, bounds[i + 1] - start});
     }
+    if (result.empty()) result.push_back({BeatKind::explaining, {0, duration}});
     nameEnds(result);
     return result;
 }
