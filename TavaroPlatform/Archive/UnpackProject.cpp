@@ -143,7 +143,8 @@ private:
         std::size_t count = 0;
         la_int64_t at = 0;
         for (int code; (code = archive_read_data_block(reader_.get(), &bytes, &count, &at)) != ARCHIVE_EOF;) {
-            if (code < ARCHIVE_WARN) fail(Kind::cannotUnpack, problemOf(reader_.get()));
+            // A warning about data is a checksum or a length that does not fit: the file is damaged.
+            if (code < ARCHIVE_OK) fail(Kind::cannotUnpack, problemOf(reader_.get()));
             writeAll(descriptor, static_cast<char const*>(bytes), count, target);
         }
         if (fsync(descriptor) != 0) failWith(errno, target);

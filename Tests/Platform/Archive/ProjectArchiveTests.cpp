@@ -238,6 +238,12 @@ TEST_F(ProjectArchiveTest, damagedArchivesAreRefusedOrReadNeverWorse) {
         }
         ASSERT_TRUE(fs::is_empty(folder / "out")) << "round " << i;
     }
+    for (std::size_t const tenth : {2, 5, 8}) { // in the movie, which is most of the file
+        auto damaged = whole;
+        damaged[whole.size() / 10 * tenth] ^= 1;
+        write(folder / "b.zip", damaged);
+        expectRefused(folder / "b.zip", ArchiveError::Kind::cannotUnpack, "CRC");
+    }
     write(folder / "b.zip", "this is no archive");
     expectRefused(folder / "b.zip", ArchiveError::Kind::cannotUnpack, "");
     expectRefused(folder / "absent.zip", ArchiveError::Kind::cannotUnpack, "No such file");
