@@ -8,12 +8,14 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <cstdio>
 #include <fstream>
 #include <random>
 #include <sys/mount.h>
 #include <sys/wait.h>
 #include <time.h>
 #include <unistd.h>
+#include <vector>
 
 using namespace tavaro;
 namespace fs = std::filesystem;
@@ -95,6 +97,45 @@ TEST(CrashSafety, aSaverKilledAtAnyInstantLeavesAWholeDocumentAndAWholeBackup) {
         next = reached + 1;
     }
     EXPECT_GT(rounds, kills / 4); // it did save in between
+}
+
+TEST(CrashSafety, processesThatSaveAtOnceDoNotSpoilEachOthersFiles) {
+    constexpr int savers = 6, saves = 60;
+    TemporaryFolder const folder(TemporaryFolder::fastest());
+    ProjectPackage const package(folder / "take.recproj");
+    package.createDirectories();
+    package.save(numbered(0));
+    package.save(numbered(1));
+    std::vector<pid_t> children;
+    for (int saver = 1; saver <= savers; ++saver) {
+        pid_t const child = fork();
+        ASSERT_GE(child, 0);
+        if (child == 0) {
+            try {
+                for (int i = 0; i < saves; ++i) {
+                    package.save(numbered(saver * 1000 + i));
+                    auto const found = package.load();
+                    if (!(found == numbered(numberOf(found)))) _exit(2); // torn
+                    if (isTakenBack(i)) package.restoreBackup();
+                }
+                _exit(0);
+            } catch (std::exception const& error) {
+                fprintf(stderr, "%s\n", error.what());
+                _exit(1);
+            }
+        }
+        children.push_back(child);
+    }
+    for (auto const child : children) {
+        int status = 0;
+        waitpid(child, &status, 0);
+        EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << "status " << status;
+    }
+    auto const present = package.load(), before = package.loadBackup();
+    EXPECT_EQ(present, numbered(numberOf(present)));
+    EXPECT_EQ(before, numbered(numberOf(before)));
+    EXPECT_FALSE(fs::equivalent(package.projectFileURL(), package.backupFileURL()));
+    for (auto const& entry : fs::directory_iterator(package.url())) EXPECT_NE(entry.path().extension(), ".tmp");
 }
 
 TEST(CrashSafety, aSaveToAFullDiskLeavesBothDocumentsAsTheyWere) {
