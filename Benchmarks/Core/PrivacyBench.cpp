@@ -19,8 +19,8 @@ constexpr int rounds = 7;
 /// Ordinary lines of that length: the harmless ones of the corpus, end to end.
 std::vector<std::string> ordinaryLines(std::vector<CorpusLine> const& corpus) {
     std::string text;
-    for (auto const& [kind, line] : corpus) {
-        if (!kind) text += line + "  ";
+    for (auto const& line : corpus) {
+        if (!line.kind) text += line.text + "  ";
     }
     std::vector<std::string> lines;
     for (std::size_t at = 0; at + lineLength <= text.size(); at += lineLength)

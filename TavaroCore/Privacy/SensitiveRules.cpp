@@ -243,11 +243,10 @@ LineFacts::LineFacts(std::string_view line) : line_(line) {
         if (isDigit(c)) ++digits_;
         if (static_cast<unsigned char>(c) >= 0x80) isASCII_ = false;
     }
-    if (!isASCII_) hasFoldingLetters_ = line.find("\u212A") != line.npos || line.find("\u017F") != line.npos;
 }
 
 bool LineFacts::hasWord(std::string_view lowerCase) const {
-    if (hasFoldingLetters_) return true;
+    if (!isASCII_) return true;
     if (!has(lowerCase.front()) && !has(static_cast<char>(lowerCase.front() - 32))) return false;
     auto const isSame = [](char a, char b) { return lower(a) == b; };
     return std::search(line_.begin(), line_.end(), lowerCase.begin(), lowerCase.end(), isSame) != line_.end();

@@ -20,7 +20,8 @@ public:
     std::size_t digits() const { return digits_; }
     bool has(char c) const { return present_[static_cast<unsigned char>(c)]; }
     bool has(std::string_view literal) const { return has(literal.front()) && line_.find(literal) != line_.npos; }
-    /// In either case of ASCII; true for a line that holds a character which is a variant of a letter by case folding.
+    /// In either case. True for every line that is not ASCII, as more than one character folds to ASCII letters: the
+    /// kelvin sign to k, the long s to s, the sharp s to two of them.
     bool hasWord(std::string_view lowerCase) const;
 
 private:
@@ -28,7 +29,6 @@ private:
     std::array<bool, 256> present_{};
     std::size_t digits_ = 0;
     bool isASCII_ = true;
-    bool hasFoldingLetters_ = false; // KELVIN SIGN folds to k, LATIN SMALL LETTER LONG S to s
 };
 
 /// A candidate for a finding.

@@ -5,12 +5,14 @@
 #include <cctype>
 #include <cmath>
 #include <cstdint>
+#include <cstdlib>
 #include <vector>
 
 #include <fmt/format.h>
 #include <unicode/normalizer2.h>
+#include <unicode/uchar.h>
 #include <unicode/unistr.h>
-#include <unicode/utf16.h>
+#include <unicode/utf8.h>
 
 namespace tavaro::SensitiveText {
 
@@ -103,6 +105,31 @@ int changesOfKind(std::string_view text) {
         if (before && now && before != now && !(before == 2 && now == 3)) ++changes;
     }
     return changes;
+}
+
+/// Compatibility forms composed, case folded.
+icu::Normalizer2 const& foldingForm() {
+    static icu::Normalizer2 const& form = [&]() -> icu::Normalizer2 const& {
+        UErrorCode code = U_ZERO_ERROR;
+        auto const* instance = icu::Normalizer2::getNFKCCasefoldInstance(code);
+        if (U_FAILURE(code)) std::abort(); // ICU without its data
+        return *instance;
+    }();
+    return form;
+}
+
+icu::UnicodeString normalized(std::string_view utf8) {
+    UErrorCode code = U_ZERO_ERROR;
+    auto const text = icu::UnicodeString::fromUTF8({utf8.data(), static_cast<std::int32_t>(utf8.size())});
+    auto const form = foldingForm().normalize(text, code);
+    return U_SUCCESS(code) ? form : text;
+}
+
+void appendCharacter(std::string& utf8, UChar32 c) {
+    std::array<char, U8_MAX_LENGTH> bytes{};
+    std::int32_t length = 0;
+    U8_APPEND_UNSAFE(bytes.data(), length, c);
+    utf8.append(bytes.data(), static_cast<std::size_t>(length));
 }
 
 UChar32 folded(UChar32 c) {
@@ -222,23 +249,42 @@ bool looksLikeValue(std::string_view text) {
     return !isCall(bare);
 }
 
-std::string foldLookAlikes(std::string_view text) {
-    UErrorCode code = U_ZERO_ERROR;
-    auto const* normalizer = icu::Normalizer2::getNFKCCasefoldInstance(code);
-    icu::UnicodeString const given =
-        icu::UnicodeString::fromUTF8({text.data(), static_cast<std::int32_t>(text.size())});
-    auto const normal = U_SUCCESS(code) ? normalizer->normalize(given, code) : given;
-    icu::UnicodeString result;
-    for (std::int32_t i = 0; i < normal.length(); i = normal.moveIndex32(i, 1)) {
-        UChar32 const c = folded(normal.char32At(i));
-        if (u_isUWhiteSpace(c)) {
-            if (!result.endsWith(u" ", 0, 1)) result.append(UChar(' '));
-        } else {
-            result.append(c);
-        }
+std::size_t lengthOfFirstPiece(std::string_view text) {
+    constexpr int mostCharacters = 32;
+    auto const length = static_cast<std::int32_t>(std::min(text.size(), std::size_t{mostCharacters} * U8_MAX_LENGTH));
+    std::int32_t end = 0;
+    UChar32 c = 0;
+    U8_NEXT(text.data(), end, length, c);
+    for (int characters = 1; characters < mostCharacters && end < length; ++characters) {
+        if (static_cast<unsigned char>(text[static_cast<std::size_t>(end)]) < 0x80) break;
+        auto next = end;
+        U8_NEXT(text.data(), next, length, c);
+        if (c < 0 || foldingForm().hasBoundaryBefore(c)) break;
+        end = next;
     }
-    std::string utf8;
-    return result.toUTF8String(utf8);
+    return static_cast<std::size_t>(end);
+}
+
+std::string foldLookAlikes(std::string_view text) {
+    std::string result;
+    auto const add = [&](UChar32 c) {
+        if (!u_isUWhiteSpace(c)) {
+            appendCharacter(result, folded(c));
+        } else if (!result.ends_with(' ')) {
+            result += ' ';
+        }
+    };
+    while (!text.empty()) {
+        auto const length = lengthOfFirstPiece(text);
+        if (length == 1 && static_cast<unsigned char>(text[0]) < 0x80) {
+            add(lower(text[0]));
+        } else {
+            auto const piece = normalized(text.substr(0, length));
+            for (std::int32_t i = 0; i < piece.length(); i = piece.moveIndex32(i, 1)) add(piece.char32At(i));
+        }
+        text.remove_prefix(length);
+    }
+    return result;
 }
 
 bool isSecretLabel(std::string_view text) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -40,6 +41,10 @@ bool isHexWithHyphens(std::string_view text);
 /// The text with what text recognition confuses made one: compatibility forms and case folded, dashes and quotes
 /// plain, 1 I l | one letter, 0 and O one, white space runs one blank.
 std::string foldLookAlikes(std::string_view text);
+
+/// Bytes of the first piece of a text, which is not empty, that folds by itself: a character with the marks that join
+/// it. At most 32 characters, so that floods of marks cost no more than other text.
+std::size_t lengthOfFirstPiece(std::string_view text);
 
 /// Whether the text ends with a label that a secret's value follows, such as "Secret access key" or "token:".
 bool isSecretLabel(std::string_view text);

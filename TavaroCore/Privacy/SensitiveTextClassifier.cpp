@@ -5,16 +5,15 @@
 
 #include <algorithm>
 #include <array>
+#include <cctype>
 #include <cstdlib>
-#include <map>
+#include <limits>
 #include <optional>
-#include <set>
+#include <utility>
 
 #include <fmt/format.h>
 #include <unicode/regex.h>
-#include <unicode/uchar.h>
 #include <unicode/utext.h>
-#include <unicode/utf8.h>
 
 namespace tavaro {
 
@@ -22,7 +21,9 @@ namespace {
 
 constexpr std::size_t longestWindow = 1024; // bytes of a line that are looked at together
 constexpr std::size_t windowOverlap = 256;
-constexpr std::int32_t timeLimit = 40;       // steps of the matcher; about as many milliseconds
+constexpr std::size_t windowLeadIn = 64;     // bytes at a window's start that only are what a match looks back on
+constexpr std::int32_t timeLimit = 150;      // steps of the matcher in a window, each less than a millisecond
+constexpr int stepsOfLine = 600;             // that a custom pattern may take on one line
 constexpr std::int32_t stackLimit = 1 << 20; // bytes
 constexpr int mostGivenUp = 5;               // lines; a pattern that is slow on more is left out
 constexpr std::size_t shortestToken = 20;
@@ -50,6 +51,47 @@ struct Span {
     std::size_t wholeStart = 0;
 };
 
+/// A piece of a line that is searched together. Neighbours overlap; each start of a match belongs to one of them, the
+/// one that sees enough of the line around it.
+struct Window {
+    std::string_view line;
+    std::size_t start = 0;
+    std::size_t end = 0;
+    std::size_t firstOwn = 0; // bytes into the line, as all here
+    std::size_t endOfOwn = 0;
+    std::size_t endBefore = 0; // of the window before
+
+    explicit Window(std::string_view line) : line(line) { setEnd(); }
+
+    std::string_view text() const { return line.substr(start, end - start); }
+    bool owns(std::size_t inWindow) const { return start + inWindow >= firstOwn && start + inWindow < endOfOwn; }
+
+    std::optional<Window> next() const {
+        if (end == line.size()) return std::nullopt;
+        auto window = *this;
+        window.start = startOfCharacter(end - windowOverlap);
+        window.firstOwn = endOfOwn;
+        window.endBefore = end;
+        window.setEnd();
+        return window;
+    }
+
+private:
+    void setEnd() {
+        bool const isLast = line.size() - start <= longestWindow;
+        end = isLast ? line.size() : startOfCharacter(start + longestWindow);
+        endOfOwn = isLast ? end : end - windowOverlap + windowLeadIn;
+    }
+
+    /// Back from a byte within a character; a flood of stray bytes has none.
+    std::size_t startOfCharacter(std::size_t at) const {
+        for (std::size_t back = 0; back < 4; ++back) {
+            if ((line[at - back] & 0xC0) != 0x80) return at - back;
+        }
+        return at;
+    }
+};
+
 class Expression {
 public:
     Expression(std::string_view pattern, UErrorCode& code)
@@ -57,7 +99,11 @@ public:
         if (U_FAILURE(code)) return;
         matcher_.setTimeLimit(timeLimit, code);
         matcher_.setStackLimit(stackLimit, code);
+        matcher_.setMatchCallback(countStep, this, code);
     }
+
+    /// Steps from here on, over several texts, after which the matcher gives up.
+    void allow(int steps) { stepsLeft_ = steps; }
 
     /// Calls `visit` for every match, from left to right. False when the matcher gave up.
     template<class Visit> bool forEachMatch(std::string_view text, int group, Visit&& visit) {
@@ -74,6 +120,11 @@ public:
     }
 
 private:
+    static UBool U_CALLCONV countStep(void const* self, std::int32_t) {
+        return --static_cast<Expression*>(const_cast<void*>(self))->stepsLeft_ > 0;
+    }
+
+    int stepsLeft_ = std::numeric_limits<int>::max();
     icu::RegexMatcher matcher_;
 };
 
@@ -98,12 +149,6 @@ bool isTokenCharacter(char c) {
            std::string_view("+/=_-.~").find(c) != std::string_view::npos;
 }
 
-/// Where the token goes on to that reaches the position.
-std::size_t endOfToken(std::string_view line, std::size_t position) {
-    while (position < line.size() && isTokenCharacter(line[position])) ++position;
-    return position;
-}
-
 /// Where the quote that ends a text from `start` stands, or the end of the line.
 std::size_t endOfQuoted(std::string_view line, std::size_t start) {
     for (auto i = start; i < line.size(); ++i) {
@@ -120,28 +165,14 @@ bool isQuotedSecret(std::string_view label, std::string_view value) {
     return isPassword || !SensitiveText::isName(value);
 }
 
-/// Where the character that starts at `start` ends, with the marks that combine with it.
-std::size_t endOfCharacter(std::string_view line, std::size_t start) {
-    auto const size = static_cast<std::int32_t>(line.size());
-    auto end = static_cast<std::int32_t>(start);
-    UChar32 c = 0;
-    U8_NEXT(line.data(), end, size, c);
-    for (auto next = end; next < size; end = next) {
-        U8_NEXT(line.data(), next, size, c);
-        if (c < 0 || u_getCombiningClass(c) == 0) break;
-    }
-    return static_cast<std::size_t>(end);
-}
-
 /// A line folded piece by piece, with the way back to its bytes.
 struct FoldedLine {
     std::string text;
-    std::vector<std::size_t>
-        origin; // of each folded byte, the first byte of its character in the line; one more at the end
+    std::vector<std::size_t> origin; // of each folded byte, the start of its piece of the line; one more at the end
 
     explicit FoldedLine(std::string_view line) {
         for (std::size_t i = 0; i < line.size();) {
-            auto const next = endOfCharacter(line, i);
+            auto const next = i + SensitiveText::lengthOfFirstPiece(line.substr(i));
             auto const folded = SensitiveText::foldLookAlikes(line.substr(i, next - i));
             for (char const c : folded) {
                 if (c == ' ' && !text.empty() && text.back() == ' ') continue;
@@ -151,6 +182,11 @@ struct FoldedLine {
             i = next;
         }
         origin.push_back(line.size());
+    }
+
+    /// Where the piece ends that a folded byte comes from.
+    std::size_t endOfPiece(std::size_t at) const {
+        return *std::upper_bound(origin.begin() + static_cast<std::ptrdiff_t>(at), origin.end(), origin[at]);
     }
 };
 
@@ -165,12 +201,14 @@ std::string_view displayName(SensitiveKind kind) {
 struct SensitiveTextClassifier::State {
     State(RedactionSettings const& settings, Prefilter prefilter);
 
-    void search(std::string_view window, std::size_t offset);
-    void searchTokens(std::string_view window, std::size_t offset);
-    void searchQuotedValues(std::string_view window, std::size_t offset);
-    void searchWords(std::string_view window, std::size_t offset);
-    void searchPatterns(std::string_view window, std::size_t offset);
-    void claim(SensitiveKind kind, std::size_t start, std::size_t length);
+    void search(Window const& window);
+    void searchTokens(Window const& window);
+    void searchQuotedValues(Window const& window);
+    void searchWords(Window const& window);
+    void searchPatterns(Window const& window);
+    void claim(SensitiveKind kind, std::size_t start, std::size_t end);
+    void claimUncut(SensitiveKind kind, Window const& window, Span const& span);
+    void claimByPattern(Window const& window, Span const& span);
 
     bool findsSecrets = false;
     Prefilter prefilter;
@@ -178,9 +216,7 @@ struct SensitiveTextClassifier::State {
     std::vector<std::string> words; // folded
     std::vector<CustomPattern> patterns;
     std::vector<std::string> warnings;
-    std::string_view line;             // at hand
-    std::size_t windowEnd = 0;         // of the piece of it that is looked at
-    std::vector<SensitiveMatch> found; // in the line, apart from each other
+    std::vector<SensitiveMatch> found; // in the line at hand, in order, apart from each other
 };
 
 SensitiveTextClassifier::State::State(RedactionSettings const& settings, Prefilter prefilter)
@@ -209,80 +245,96 @@ SensitiveTextClassifier::State::State(RedactionSettings const& settings, Prefilt
     }
 }
 
-/// Takes the finding unless an earlier one has some of its text. One that reaches the end of its window goes on behind
-/// it, as far as the token does.
-void SensitiveTextClassifier::State::claim(SensitiveKind kind, std::size_t start, std::size_t length) {
-    bool const isCutOff = start + length == windowEnd && kind != SensitiveKind::custom;
-    if (isCutOff) length = endOfToken(line, windowEnd) - start;
-    auto const overlaps = [&](SensitiveMatch const& other) {
-        return start < other.end() && other.start < start + length;
-    };
-    if (length > 0 && std::none_of(found.begin(), found.end(), overlaps)) {
-        found.push_back({kind, start, length, labelOf(kind)});
-    }
+/// Takes the finding unless an earlier one has some of its text.
+void SensitiveTextClassifier::State::claim(SensitiveKind kind, std::size_t start, std::size_t end) {
+    if (start >= end) return;
+    auto const next = std::partition_point(found.begin(), found.end(), [&](auto const& f) { return f.end() <= start; });
+    if (next != found.end() && next->start < end) return;
+    found.insert(next, {kind, start, end - start, labelOf(kind)});
 }
 
-void SensitiveTextClassifier::State::search(std::string_view window, std::size_t offset) {
-    LineFacts const facts(window);
-    windowEnd = offset + window.size();
+/// A value that the window's end cuts off goes on in the line to where its characters do.
+void SensitiveTextClassifier::State::claimUncut(SensitiveKind kind, Window const& window, Span const& span) {
+    if (!window.owns(span.wholeStart)) return;
+    auto end = window.start + span.start + span.length;
+    if (end == window.end) {
+        while (end < window.line.size() && isTokenCharacter(window.line[end])) ++end;
+    }
+    claim(kind, window.start + span.start, end);
+}
+
+/// What a pattern finds from the window before on continues the finding there.
+void SensitiveTextClassifier::State::claimByPattern(Window const& window, Span const& span) {
+    auto const start = window.start + span.start, end = start + span.length;
+    if (window.owns(span.start)) return claim(SensitiveKind::custom, start, end);
+    if (start >= window.firstOwn || end <= window.firstOwn) return;
+    auto const next = std::partition_point(found.begin(), found.end(), [&](auto const& f) { return f.end() <= start; });
+    if (next == found.end() || next->kind != SensitiveKind::custom || next->end() != window.endBefore) return;
+    auto const limit = std::next(next) == found.end() ? end : std::min(end, std::next(next)->start);
+    next->length = std::max(next->end(), limit) - next->start;
+}
+
+void SensitiveTextClassifier::State::search(Window const& window) {
+    auto const text = window.text();
+    LineFacts const facts(text);
     for (auto& [rule, expression] : builtIn) {
         if (prefilter == Prefilter::on && rule->canMatch && !rule->canMatch(facts)) continue;
-        expression->forEachMatch(window, rule->group, [&, rule = rule](Span const& span) {
-            SensitiveCandidate const candidate{window, span.start, span.length, span.wholeStart};
-            if (rule->isPrivate && !rule->isPrivate(candidate)) return;
-            claim(rule->kind, offset + span.start, span.length);
+        expression->forEachMatch(text, rule->group, [&, rule = rule](Span const& span) {
+            SensitiveCandidate const candidate{text, span.start, span.length, span.wholeStart};
+            if (!rule->isPrivate || rule->isPrivate(candidate)) claimUncut(rule->kind, window, span);
         });
     }
-    if (findsSecrets && facts.has('"') && facts.has(':')) searchQuotedValues(window, offset);
-    if (findsSecrets) searchTokens(window, offset);
-    if (!words.empty()) searchWords(window, offset);
-    searchPatterns(window, offset);
+    if (findsSecrets && facts.has('"') && facts.has(':')) searchQuotedValues(window);
+    if (findsSecrets) searchTokens(window);
+    if (!words.empty()) searchWords(window);
+    searchPatterns(window);
 }
 
 /// Random tokens right behind a label, where no colon says that they are its value.
-void SensitiveTextClassifier::State::searchTokens(std::string_view window, std::size_t offset) {
-    for (std::size_t i = 0; i < window.size();) {
-        if (!isTokenCharacter(window[i])) {
+void SensitiveTextClassifier::State::searchTokens(Window const& window) {
+    auto const text = window.text();
+    for (std::size_t i = 0; i < text.size();) {
+        if (!isTokenCharacter(text[i])) {
             ++i;
             continue;
         }
         auto start = i;
-        i = endOfToken(window, i);
-        auto const last = window.substr(0, i).find_last_not_of('=');
-        auto const sign = window.substr(0, last + 1).rfind('='); // "AccountKey=…==" holds its label
+        while (i < text.size() && isTokenCharacter(text[i])) ++i;
+        auto const last = text.substr(0, i).find_last_not_of('=');
+        auto const sign = text.substr(0, last + 1).rfind('='); // "AccountKey=…==" holds its label
         if (sign != std::string_view::npos && sign >= start) start = sign + 1;
-        auto const token = window.substr(start, i - start);
+        auto const token = text.substr(start, i - start);
         if (token.size() < shortestToken || !SensitiveText::looksRandom(token)) continue;
-        if (SensitiveText::isSecretLabel(window.substr(0, start)))
-            claim(SensitiveKind::secret, offset + start, token.size());
+        if (SensitiveText::isSecretLabel(text.substr(0, start)))
+            claimUncut(SensitiveKind::secret, window, {start, token.size(), start});
     }
 }
 
 /// `"password": "…"` as in JSON: here quotes say where a value ends, so it need not look random.
-void SensitiveTextClassifier::State::searchQuotedValues(std::string_view window, std::size_t offset) {
+void SensitiveTextClassifier::State::searchQuotedValues(Window const& window) {
     constexpr std::size_t shortestValue = 6;
-    auto const skipBlanks = [&](std::size_t at) {
-        return std::min(window.find_first_not_of(" \t", at), window.size());
-    };
-    for (auto open = window.find('"'); open != std::string_view::npos;) {
-        auto const close = endOfQuoted(window, open + 1);
-        auto const label = window.substr(open + 1, close - open - 1);
-        auto const colon = skipBlanks(std::min(close + 1, window.size()));
-        auto const quote = colon < window.size() && window[colon] == ':' ? skipBlanks(colon + 1) : window.size();
-        if (quote == window.size() || window[quote] != '"') {
-            open = window.find('"', close + 1);
+    auto const text = window.text();
+    auto const skipBlanks = [&](std::size_t at) { return std::min(text.find_first_not_of(" \t", at), text.size()); };
+    for (auto open = text.find('"'); open != std::string_view::npos;) {
+        auto const close = endOfQuoted(text, open + 1);
+        auto const label = text.substr(open + 1, close - open - 1);
+        auto const colon = skipBlanks(std::min(close + 1, text.size()));
+        auto const quote = colon < text.size() && text[colon] == ':' ? skipBlanks(colon + 1) : text.size();
+        if (quote == text.size() || text[quote] != '"') {
+            open = text.find('"', close + 1);
             continue;
         }
-        auto const end = endOfQuoted(window, quote + 1);
-        auto const value = window.substr(quote + 1, end - quote - 1);
-        if (value.size() >= shortestValue && isQuotedSecret(label, value))
-            claim(SensitiveKind::secret, offset + quote + 1, value.size());
-        open = window.find('"', end + 1);
+        auto const end = endOfQuoted(text, quote + 1);
+        auto const value = text.substr(quote + 1, end - quote - 1);
+        if (value.size() >= shortestValue && isQuotedSecret(label, value)) {
+            claimUncut(SensitiveKind::secret, window, {quote + 1, value.size(), open});
+        }
+        open = text.find('"', end + 1);
     }
 }
 
-void SensitiveTextClassifier::State::searchWords(std::string_view window, std::size_t offset) {
-    FoldedLine const line(window);
+void SensitiveTextClassifier::State::searchWords(Window const& window) {
+    FoldedLine const line(window.text());
     auto const isPartOfWord = [&](std::size_t at) {
         auto const c = static_cast<unsigned char>(line.text[at]);
         return c >= 0x80 || std::isalnum(c);
@@ -292,16 +344,17 @@ void SensitiveTextClassifier::State::searchWords(std::string_view window, std::s
             auto const end = at + word.size();
             bool const isInside = (at > 0 && isPartOfWord(at - 1)) || (end < line.text.size() && isPartOfWord(end));
             if (isInside && word.size() < substringWord) continue;
-            claim(SensitiveKind::custom, offset + line.origin[at], line.origin[end] - line.origin[at]);
+            if (!window.owns(line.origin[at])) continue;
+            claim(SensitiveKind::custom, window.start + line.origin[at], window.start + line.endOfPiece(end - 1));
         }
     }
 }
 
-void SensitiveTextClassifier::State::searchPatterns(std::string_view window, std::size_t offset) {
+void SensitiveTextClassifier::State::searchPatterns(Window const& window) {
     for (auto& pattern : patterns) {
         if (pattern.isGivenUpHere || pattern.givenUp >= mostGivenUp) continue;
-        bool const ended = pattern.expression->forEachMatch(
-            window, 0, [&](Span const& span) { claim(SensitiveKind::custom, offset + span.start, span.length); });
+        bool const ended =
+            pattern.expression->forEachMatch(window.text(), 0, [&](Span const& span) { claimByPattern(window, span); });
         if (ended) continue;
         pattern.isGivenUpHere = true;
         if (pattern.givenUp++ > 0) continue;
@@ -316,22 +369,13 @@ SensitiveTextClassifier::SensitiveTextClassifier(RedactionSettings const& settin
 SensitiveTextClassifier::~SensitiveTextClassifier() = default;
 
 std::vector<SensitiveMatch> SensitiveTextClassifier::matches(std::string_view line) {
-    state_->line = line;
     state_->found.clear();
-    for (auto& pattern : state_->patterns) pattern.isGivenUpHere = false;
-    auto const isContinuation = [&](std::size_t at) { return at < line.size() && (line[at] & 0xC0) == 0x80; };
-    for (std::size_t start = 0;;) {
-        auto end = std::min(line.size(), start + longestWindow);
-        while (isContinuation(end)) ++end;
-        state_->search(line.substr(start, end - start), start);
-        if (end == line.size()) break;
-        start = end - windowOverlap;
-        while (isContinuation(start)) ++start;
+    for (auto& pattern : state_->patterns) {
+        pattern.isGivenUpHere = false;
+        pattern.expression->allow(stepsOfLine);
     }
-    auto result = std::move(state_->found);
-    state_->found = {};
-    std::sort(result.begin(), result.end(), [](auto const& a, auto const& b) { return a.start < b.start; });
-    return result;
+    for (std::optional<Window> window(line); window; window = window->next()) state_->search(*window);
+    return std::exchange(state_->found, {});
 }
 
 std::vector<std::string> const& SensitiveTextClassifier::warnings() const { return state_->warnings; }

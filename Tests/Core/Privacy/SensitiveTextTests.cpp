@@ -56,8 +56,8 @@ TEST(SensitiveTextClassifier, thePrefilterNeverChangesWhatIsFound) {
     for (auto const& line : corpus) EXPECT_EQ(quick.matches(line.text), slow.matches(line.text)) << line.text;
     // Pieces of lines put together by chance, with letters that fold to ASCII and digits of other scripts.
     std::mt19937 random(7);
-    std::vector<std::string> const pieces{"\u212Aey=", "pa\u017F\u017Fword: ", "٠٩٨ ٧٦٥٤ ٣٢١٠", "+", "@", ": ", " ",
-                                          "acme"};
+    std::vector<std::string> const pieces{
+        "\u212Aey=", "pa\u017F\u017Fword: ", "pa\u00DFword: ", "٠٩٨ ٧٦٥٤ ٣٢١٠", "+", "@", ": ", " ", "acme"};
     for (int round = 0; round < 3000; ++round) {
         std::string line;
         for (int i = 0; i < 3; ++i) {
@@ -110,6 +110,9 @@ TEST(SensitiveTextClassifier, customWordsAreFoundInAnyCaseAndAsTextRecognitionRe
     EXPECT_THAT(found("Cafe\u0301 Zoe\u0308", words({"Café", "zoë"})),
                 ElementsAre("custom Cafe\u0301", "custom Zoe\u0308"));
     EXPECT_THAT(found("anything", words({"", "  "})), IsEmpty());
+    EXPECT_THAT(found("Rene\u0301e, Ren\u00E9e", words({"ren\u00E9e"})),
+                ElementsAre("custom Rene\u0301e", "custom Ren\u00E9e"));
+    EXPECT_THAT(found("the o\uFB03ce", words({"offi"})), ElementsAre("custom o\uFB03")) << "a ligature goes as a whole";
 }
 
 TEST(SensitiveTextClassifier, customPatternsThatCannotBeUsedAreSkippedWithASentence) {
@@ -122,7 +125,11 @@ TEST(SensitiveTextClassifier, customPatternsThatCannotBeUsedAreSkippedWithASente
 
 TEST(SensitiveTextClassifier, nothingMakesItHang) {
     std::vector<std::string> const lines{
-        repeated("a", 200'000),
+        repeated("a", 1'000'000),
+        repeated("maria@firma.example ", 50'000),
+        repeated("a.a@b.b.1-", 20'000),
+        repeated("\x80", 200'000),
+        repeated("\u0315\u0300", 50'000),
         repeated("a", 20'000) + "@",
         repeated("a@", 50'000),
         repeated("1 ", 50'000),
@@ -147,6 +154,18 @@ TEST(SensitiveTextClassifier, nothingMakesItHang) {
     }
     EXPECT_FALSE(classifier.warnings().empty()) << "a pattern that was given up is told";
     EXPECT_LE(classifier.warnings().size(), settings.customPatterns.size()) << "once each";
+}
+
+TEST(SensitiveTextClassifier, whereALongLineIsDividedChangesNothing) {
+    for (std::size_t before = 600; before < 1100; ++before) {
+        auto const lead = std::string(before, ' ');
+        EXPECT_THAT(found(lead + "v1.4111 1111 1111 1111 and 12345maria@firma.example" + lead),
+                    ElementsAre("email 12345maria@firma.example"))
+            << before;
+    }
+    auto const line = repeated("all of it ", 500);
+    EXPECT_THAT(found(line, patterns({".+"})), ElementsAre("custom " + line));
+    EXPECT_THAT(found(line, patterns({"^all"})), ElementsAre("custom all"));
 }
 
 TEST(SensitiveTextClassifier, aSecretFarIntoALongLineIsFound) {
@@ -193,6 +212,12 @@ TEST(SensitiveText, labelsAreKnownInAnyForm) {
     for (auto const label : {"monkey", "keyboard", "Commit ", "", "sha256:"}) {
         EXPECT_FALSE(SensitiveText::isSecretLabel(label)) << label;
     }
+}
+
+TEST(SensitiveText, foldingALongFloodOfMarksTakesNoLongerThanOtherText) {
+    auto const began = std::chrono::steady_clock::now();
+    SensitiveText::hash(repeated("\u0315\u0300", 300'000));
+    EXPECT_LT(std::chrono::steady_clock::now() - began, std::chrono::seconds(10));
 }
 
 TEST(SensitiveText, theHashStaysTheSame) {
