@@ -321,7 +321,7 @@ void SensitiveTextClassifier::State::searchQuotedValues(Window const& window) {
         auto const colon = skipBlanks(std::min(close + 1, text.size()));
         auto const quote = colon < text.size() && text[colon] == ':' ? skipBlanks(colon + 1) : text.size();
         if (quote == text.size() || text[quote] != '"') {
-            open = text.find('"', close + 1);
+            open = text.find('"', close); // a stray quote may have gone before
             continue;
         }
         auto const end = endOfQuoted(text, quote + 1);

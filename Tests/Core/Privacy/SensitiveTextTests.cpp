@@ -80,6 +80,7 @@ TEST(SensitiveTextClassifier, onlyTheSecretPartIsReported) {
 TEST(SensitiveTextClassifier, quotesSayWhereAValueEnds) {
     EXPECT_THAT(found(R"({"id": 7, "password" : "a\"b,c;d", "x": "y"})"), ElementsAre(R"(secret a\"b,c;d)"));
     EXPECT_THAT(found(R"("clientSecret": "kept_apart")"), IsEmpty()) << "words are a name";
+    EXPECT_THAT(found(R"(27" {"password": "swordfish"})"), ElementsAre("secret swordfish"));
     EXPECT_THAT(found(R"("password": "cut o)"), IsEmpty());
 }
 
