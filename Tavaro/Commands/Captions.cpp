@@ -141,6 +141,7 @@ void printCues(std::vector<CaptionCue> const& cues) {
 }
 
 void captions(Options const& options) {
+    auto const lock = lockForEditing(options.package);
     auto [package, project] = openProject(options.package);
     if (options.makesCaptions()) {
         project.captions.cues = madeCaptions(project, options);

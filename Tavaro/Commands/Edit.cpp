@@ -41,6 +41,7 @@ void print(EditReport const& report) {
 }
 
 void runEdit(EditOptions const& options, std::string const& operation, EditFunction const& apply) {
+    auto const lock = lockForEditing(options.package);
     auto const [package, before] = openProject(options.package);
     auto project = before;
     auto const summary = apply(project);

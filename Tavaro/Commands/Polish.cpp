@@ -59,6 +59,7 @@ void printReport(DirectorReport const& report, DemoProject const& project) {
 }
 
 void polish(Options const& options) {
+    auto const lock = lockForEditing(options.package);
     auto [package, project] = openProject(options.package);
     if (!options.mode.empty()) project.mode = modeNamed(options.mode);
     if (auto const style = enumNamed<CameraDirectorStyle>(options.cameraDirector)) {

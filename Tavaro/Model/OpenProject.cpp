@@ -29,4 +29,8 @@ OpenProject openProject(std::filesystem::path const& given) {
     }
 }
 
+FolderLock lockForEditing(std::filesystem::path const& given) {
+    return FolderLock(ProjectPackage(packagePath(given)).editLockURL());
+}
+
 }

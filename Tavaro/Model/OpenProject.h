@@ -1,5 +1,6 @@
 #pragma once
 
+#include <TavaroCore/Files/FolderLock.h>
 #include <TavaroCore/Package/ProjectPackage.h>
 #include <TavaroCore/Project/DemoProject.h>
 
@@ -16,5 +17,8 @@ struct OpenProject {
 /// Opens "NAME.recproj"; the ending may be missing. Throws `FileError` with the project's name in the sentence, also
 /// for a document that is damaged.
 OpenProject openProject(std::filesystem::path const& given);
+
+/// For who loads, changes and saves: until it ends, edits of the project by other processes wait.
+FolderLock lockForEditing(std::filesystem::path const& given);
 
 }

@@ -1,13 +1,13 @@
 #include <TavaroCore/Files/AtomicFile.h>
 
 #include <TavaroCore/Errors/SystemReason.h>
+#include <TavaroCore/Files/FolderLock.h>
 #include <TavaroCore/Files/MappedFile.h>
 
 #include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
 #include <fmt/format.h>
-#include <sys/file.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -73,16 +73,6 @@ void writeBeside(std::filesystem::path const& file, std::string_view bytes) {
     failWriting(file, failure);
 }
 
-/// While it lives, no other process replaces files in the folder of `file`, whose temporary files have the same names.
-/// Ends with the process however that dies; a file system without locks goes without.
-Descriptor lockFolder(std::filesystem::path const& file) {
-    auto const folder = file.has_parent_path() ? file.parent_path() : std::filesystem::path(".");
-    Descriptor directory(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    while (directory.isOpen() && flock(directory.get(), LOCK_EX) != 0 && errno == EINTR) {
-    }
-    return directory;
-}
-
 void flushFolder(std::filesystem::path const& file) {
     auto const folder = file.has_parent_path() ? file.parent_path() : std::filesystem::path(".");
     Descriptor const directory(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
@@ -116,7 +106,7 @@ void writeFileAtomically(std::filesystem::path const& file, std::string_view byt
 
 void replaceFileKeepingBackup(std::filesystem::path const& file, std::filesystem::path const& backup,
                               std::string_view bytes) {
-    auto const lock = lockFolder(file);
+    FolderLock const lock(file.parent_path()); // the temporary files of two savers have the same names
     writeBeside(file, bytes);
     if (access(file.c_str(), F_OK) == 0) {
         try {
@@ -132,7 +122,7 @@ void replaceFileKeepingBackup(std::filesystem::path const& file, std::filesystem
 }
 
 void exchangeFiles(std::filesystem::path const& a, std::filesystem::path const& b) {
-    auto const lock = lockFolder(a);
+    FolderLock const lock(a.parent_path());
     if (renameat2(AT_FDCWD, a.c_str(), AT_FDCWD, b.c_str(), RENAME_EXCHANGE) != 0) {
         if (errno != EINVAL && errno != ENOSYS) failWriting(a, errno);
         duplicate(a, beside(a));

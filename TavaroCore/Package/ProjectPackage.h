@@ -33,6 +33,10 @@ public:
     /// The last component of the name; "_invalid-asset" for what is no file name at all.
     static std::string confinedAssetName(std::string_view name);
 
+    /// The folder whose lock an edit holds from loading to saving, so that edits of several processes follow each
+    /// other.
+    std::filesystem::path editLockURL() const { return assetsURL(); }
+
     /// Makes the package's folders, with those above it.
     void createDirectories() const;
 

@@ -72,6 +72,14 @@ TEST_F(EditCommand, thePictureMovesAsTheEditSays) {
     EXPECT_NEAR(MovieReader(path("tour.mp4")).info().duration, 5.25, 1.0 / 30);
 }
 
+TEST_F(EditCommand, editsMadeAtOnceAllCount) {
+    std::vector<RunningProcess> running;
+    for (auto const at : {"1", "2", "3", "4", "5"})
+        running.push_back(start(TAVARO_PROGRAM, {"edit", project(), "split", at}));
+    for (auto& edit : running) EXPECT_EQ(edit.wait().exitCode, 0);
+    EXPECT_EQ(document().timeline.clips.size(), 6u);
+}
+
 TEST_F(EditCommand, eachEditIsSavedWithTheOneBeforeAsBackup) {
     auto const before = read("tour.recproj/project.json");
     expectEdit({"split", "3"}, "Split at 0:03.00");
