@@ -53,7 +53,7 @@ void highlightClicks(CursorSettings& cursor, bool highlights) {
         return;
     }
     cursor.isVisible = true;
-    if (cursor.clickEffect == ClickEffect::none) cursor.clickEffect = ClickEffect::spotlight;
+    if (cursor.clickEffect == ClickEffect::none) cursor.clickEffect = ClickEffect::ripple;
 }
 
 void stillAutomaticZooms(DemoProject& project) {

@@ -196,7 +196,7 @@ TEST(Polish, clickHighlightsShowThePointerAndAnEffect) {
     project.cursor.clickEffect = ClickEffect::none;
     polish(project);
     EXPECT_TRUE(project.cursor.isVisible);
-    EXPECT_EQ(project.cursor.clickEffect, ClickEffect::spotlight) << "the first after none";
+    EXPECT_EQ(project.cursor.clickEffect, ClickEffect::ripple);
     project.cursor.clickEffect = ClickEffect::prism;
     polish(project);
     EXPECT_EQ(project.cursor.clickEffect, ClickEffect::prism) << "a chosen effect stays";
