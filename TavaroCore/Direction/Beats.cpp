@@ -1,6 +1,7 @@
 #include <TavaroCore/Direction/Beats.h>
 
 #include <TavaroCore/Captions/TimelineWords.h>
+#include <TavaroCore/Direction/RecordedSeconds.h>
 #include <TavaroCore/Direction/SilenceDetector.h>
 #include <TavaroCore/Project/DemoProject.h>
 #include <TavaroCore/Timeline/RecordingOnTimeline.h>
@@ -42,9 +43,7 @@ Ranges joined(Ranges ranges, double gap) {
 Ranges loudRanges(DemoProject const& project) {
     auto const& levels = project.metadata->micLevels;
     if (levels.empty()) return {};
-    auto const& clips = project.timeline.clips;
-    auto const known = clips.empty() ? project.assetDurations.end() : project.assetDurations.find(clips[0].asset);
-    double const seconds = known == project.assetDurations.end() ? project.metadata->duration() : known->second;
+    double const seconds = recordedSeconds(project);
     SilenceDetector const detector{.threshold = speechLevel};
     SourceIndex const index(project.timeline);
     Ranges result;

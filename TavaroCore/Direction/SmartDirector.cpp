@@ -2,6 +2,7 @@
 
 #include <TavaroCore/Cursor/CursorSmoother.h>
 #include <TavaroCore/Direction/CameraDirector.h>
+#include <TavaroCore/Direction/RecordedSeconds.h>
 #include <TavaroCore/Direction/ScreenActivity.h>
 #include <TavaroCore/Direction/SilenceDetector.h>
 #include <TavaroCore/Project/DemoProject.h>
@@ -65,17 +66,6 @@ void stillAutomaticZooms(DemoProject& project) {
 void applyLook(DemoProject& project, DemoMode mode) {
     project.screen = SmartDirector::screenStyle(mode);
     if (project.background.isNone()) project.background = BackgroundPreset::all()[polishBackground].style;
-}
-
-/// Length of the recording that the log belongs to.
-double recordedSeconds(DemoProject const& project) {
-    double seconds = project.metadata->duration();
-    for (auto const& clip : project.timeline.clips) {
-        auto const known = project.assetDurations.find(clip.asset);
-        seconds = std::max(seconds, known != project.assetDurations.end() ? known->second
-                                                                          : clip.sourceStart + clip.sourceSpan());
-    }
-    return seconds;
 }
 
 /// Silences of the recording where the edit shows them. An edit that shows all of it in one piece has its own length.
