@@ -173,10 +173,7 @@ void FrameComposer::Derived::listLayers(FrameState& state, double at) const {
     for (auto const& overlay : project.overlays) {
         if (overlay.range().contains(at)) state.visibleOverlays.push_back(&overlay);
     }
-    if (!project.captions.isEnabled) return;
-    for (auto const& cue : project.captions.cues) {
-        if (cue.range().contains(at)) state.captionCue = &cue;
-    }
+    if (project.captions.isEnabled) state.captionCue = project.captions.cue(at);
 }
 
 FrameComposer::FrameComposer(DemoProject const& project, Size2 canvas)
