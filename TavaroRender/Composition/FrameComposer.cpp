@@ -24,14 +24,6 @@ double cardSeconds(std::optional<TitleCard> const& card) { return card ? std::ma
 
 double smallerSide(Size2 size) { return static_cast<double>(std::min(size.width, size.height)); }
 
-/// Where a point of the cropped source lies on the canvas.
-CanvasPoint canvasPoint(FrameState const& state, UnitPoint2 const& point) {
-    auto const& rect = state.contentRect;
-    double const u = (point.x - state.camera.center.x) * state.camera.scale + 0.5;
-    double const v = (point.y - state.camera.center.y) * state.camera.scale + 0.5;
-    return {rect.x + u * rect.width, rect.y + v * rect.height};
-}
-
 /// Fades what leaves the recording's rectangle, as a zoom can make the pointer do, over `reach` pixels.
 double insideOpacity(CanvasRect const& rect, CanvasPoint point, double reach) {
     return 1 - std::clamp(rect.distance(point) / std::max(reach, 1.0), 0.0, 1.0);
@@ -200,10 +192,13 @@ FrameState FrameComposer::state(double at) const {
     state.time = at;
     state.canvas = derived.canvas;
     double const edit = at - derived.intro;
+    state.editTime = edit;
     if (edit < 0 && derived.intro > 0) {
         state.titleCard = &*project.intro;
+        state.titleCardTime = at;
     } else if (edit >= project.duration() && derived.outro > 0) {
         state.titleCard = &*project.outro;
+        state.titleCardTime = edit - project.duration();
     } else {
         derived.placeScreen(state, edit);
         derived.placeCamera(state, edit);

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include <TavaroCore/Camera/CameraDirection.h>
+#include <TavaroCore/Privacy/Redaction.h>
 #include <TavaroCore/Style/CursorSettings.h>
 #include <TavaroCore/Values/Geometry.h>
 #include <TavaroCore/Zoom/CameraState.h>
@@ -26,7 +27,15 @@ struct ActiveClick {
     bool operator==(ActiveClick const&) const = default;
 };
 
-/// The frame of the recording that a moment of the output shows.
+/// A region of the recording to be hidden.
+struct ActiveRedaction {
+    NormalizedRect rect; // in the whole recording, before the crop
+    RedactionStyle style = RedactionStyle::mask;
+
+    bool operator==(ActiveRedaction const&) const = default;
+};
+
+/// The frame of a movie that a moment of the output shows.
 struct ShownSource {
     std::string_view asset; // lives as long as the composer
     double time = 0;        // seconds in the asset
@@ -38,6 +47,8 @@ struct ShownSource {
 /// into the composer's project and live as long as the composer.
 struct FrameState {
     double time = 0; // output seconds
+    double editTime =
+        0; // seconds of the edit, which begins after the intro: what the items of the project are timed in
     Size2 canvas;
     Size2 sourceSize; // of the recording after the crop; 0 × 0 while nothing of it is shown
     std::optional<ShownSource> source;
@@ -47,7 +58,14 @@ struct FrameState {
     CanvasRect clipRect;      // what the screen layer may paint
     CanvasInsets frameInsets; // device frame or band past the content
     SceneLayout scene = SceneLayout::screenOnly;
-    double cameraOpacity = 1; // of the camera picture, 0…1
+
+    std::optional<ShownSource> cameraSource; // the camera's picture, while there is one to show
+    CanvasRect cameraBubbleRect;             // the bubble or the camera's pane
+    bool cameraIsFullPane = false;           // a pane of a split or the whole canvas, not a bubble
+    double cameraCornerRadius = 0;
+    double cameraOpacity = 1;                 // 0…1
+    bool cameraChrome = false;                // whether it draws border and shadow
+    NormalizedRect cameraCrop = {0, 0, 1, 1}; // part of the camera's picture shown
 
     std::optional<UnitPoint2> cursorPosition; // in the cropped source
     CanvasPoint cursorCanvasPoint;            // where it is drawn, seen through the loupe if there is one
@@ -65,8 +83,13 @@ struct FrameState {
     double loupeRadiusPx = 0;
 
     std::vector<Overlay const*> visibleOverlays;
+    std::vector<ActiveRedaction> redactions;
     CaptionCue const* captionCue = nullptr;
-    TitleCard const* titleCard = nullptr;
+    TitleCard const* titleCard = nullptr; // shown instead of everything else
+    double titleCardTime = 0;             // seconds since the card came on
 };
+
+/// Where a point of the cropped source lies on the canvas.
+CanvasPoint canvasPoint(FrameState const& state, UnitPoint2 const& point);
 
 }
