@@ -1,0 +1,64 @@
+#include <TavaroRender/Export/ExportChecks.h>
+
+#include <string>
+
+#include <TavaroCore/Errors/SystemReason.h>
+#include <TavaroCore/Export/ExportSettings.h>
+#include <TavaroCore/Project/DemoProject.h>
+#include <TavaroRender/Export/ExportError.h>
+
+namespace tavaro {
+
+namespace {
+
+constexpr std::int64_t smallestSide = 16;
+constexpr std::int64_t largestSide = 16384;
+constexpr std::int64_t largestRate = 240;
+
+}
+
+void requireDrawable(ExportSettings const& settings) {
+    auto const isSide = [](std::int64_t side) { return side >= smallestSide && side <= largestSide; };
+    if (!isSide(settings.size.width) || !isSide(settings.size.height)) {
+        throw ExportError::writerFailed("a movie is at least " + std::to_string(smallestSide) + " and at most " +
+                                        std::to_string(largestSide) + " pixels wide and high, not " +
+                                        std::to_string(settings.size.width) + " × " +
+                                        std::to_string(settings.size.height));
+    }
+}
+
+void requireWritable(ExportSettings const& settings) {
+    requireDrawable(settings);
+    if (settings.fps < 1 || settings.fps > largestRate) {
+        throw ExportError::writerFailed("a movie has 1 to " + std::to_string(largestRate) + " frames a second, not " +
+                                        std::to_string(settings.fps));
+    }
+    if (settings.container == ExportContainer::gif) {
+        throw ExportError::writerFailed("GIF pictures cannot be written yet, choose MP4 or MOV");
+    }
+    if (settings.codec == VideoCodecChoice::proRes422 && settings.container != ExportContainer::mov) {
+        throw ExportError::writerFailed("ProRes 422 is stored in MOV files only");
+    }
+}
+
+void requireSource(DemoProject const& project) {
+    auto const size = project.sourceSize;
+    double const duration = project.duration();
+    if (project.timeline.clips.empty() || duration <= 0)
+        throw ExportError::readerFailed("the timeline shows nothing of it");
+    if (!(duration <= longestMovie)) throw ExportError::readerFailed("the timeline is longer than a movie can be");
+    if (size.width >= 1 && size.height >= 1) return;
+    throw ExportError::readerFailed("the project gives its size as " + std::to_string(size.width) + " × " +
+                                    std::to_string(size.height) + " pixels");
+}
+
+void makeFolder(std::filesystem::path const& folder) {
+    std::error_code failure;
+    if (!folder.empty()) std::filesystem::create_directories(folder, failure);
+    if (failure) {
+        throw ExportError::writerFailed("the folder '" + folder.string() + "' cannot be made (" +
+                                        systemReason(failure.value()) + ")");
+    }
+}
+
+}

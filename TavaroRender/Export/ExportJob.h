@@ -1,0 +1,39 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <functional>
+
+#include <TavaroCore/Export/ExportSettings.h>
+#include <TavaroRender/Composition/FrameComposer.h>
+#include <TavaroRender/Export/Exporter.h>
+#include <TavaroRender/Export/RecordingFrames.h>
+#include <TavaroRender/Renderer/Renderer.h>
+
+namespace tavaro {
+
+/// All that one export works with, whatever kind of file it makes; also draws its stills.
+struct ExportJob {
+    ExportJob(DemoProject const& project, ProjectPackage const& package, ExportSettings const& wanted,
+              ExporterOptions const& options);
+
+    ExportSettings settings; // the size is even
+    ExporterOptions const options;
+    FrameComposer const composer;
+    RecordingFrames recording;
+    Renderer renderer;
+    std::atomic<bool> isCancelled{false};
+
+    /// Every frame that begins before the end, at least one.
+    std::int64_t totalFrames() const;
+
+    /// Opens the media that frames are made of and loads the background, or throws the `ExportError` of the first that
+    /// cannot be used.
+    void openMedia();
+    void prepareBackground();
+
+    /// The frame at that output time; good until the next one is drawn.
+    ImageView frame(double at);
+};
+
+}
