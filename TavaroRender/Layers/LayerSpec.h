@@ -1,0 +1,111 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include <TavaroCore/Captions/CaptionTrack.h>
+#include <TavaroCore/Values/RGBAColor.h>
+#include <TavaroRender/Composition/CanvasGeometry.h>
+
+namespace tavaro {
+
+/// What each kind of layer draws. Texts may be any bytes: what is not UTF-8 or not for reading is replaced when drawn.
+namespace LayerContent {
+
+struct Title {
+    std::string text;
+    std::string subtitle;
+    bool operator==(Title const&) const = default;
+};
+
+struct Callout {
+    std::string text;
+    bool operator==(Callout const&) const = default;
+};
+
+/// Keys pressed together, by their signs ("⌘") or names ("return").
+struct Keycap {
+    std::vector<std::string> keys;
+    bool operator==(Keycap const&) const = default;
+};
+
+struct Command {
+    std::string text;
+    bool operator==(Command const&) const = default;
+};
+
+struct Code {
+    std::string text;
+    std::string language; // "swift", "js", "C++" …; another one, or none, is coloured by what most languages share
+    bool operator==(Code const&) const = default;
+};
+
+/// A caption at one moment. Where its lines lie depends on `text` alone; the rest only says which words show and how.
+struct Caption {
+    std::string text;
+    CaptionStyle style = CaptionStyle::minimal;
+    CaptionFont font = CaptionFont::system;
+    std::size_t shownBytes = std::string::npos; // the beginning of the text that is revealed
+    std::size_t spokenBegin = 0; // the word being spoken, bytes of the text; what is before it was spoken
+    std::size_t spokenEnd = 0;
+    int spokenSteps = 0; // eighths of that word that have been spoken
+    bool operator==(Caption const&) const = default;
+};
+
+/// A curved arrow. Ends are canvas pixels.
+struct Arrow {
+    CanvasPoint from;
+    CanvasPoint to;
+    int drawnSteps = 16; // sixteenths of its length that are drawn
+    bool operator==(Arrow const&) const = default;
+};
+
+/// A rounded outline. Larger boxes are put together from pieces, which do not depend on the size.
+struct Box {
+    enum class Piece { whole, corners };
+    Piece piece = Piece::whole;
+    std::int64_t width = 0; // of a whole one, canvas pixels
+    std::int64_t height = 0;
+    bool operator==(Box const&) const = default;
+};
+
+struct Watermark {
+    std::string text;
+    bool operator==(Watermark const&) const = default;
+};
+
+}
+
+/// Everything that the look of one layer depends on; not where it lies nor how strong it is. Equal specs are equal
+/// bitmaps.
+struct LayerSpec {
+    using Title = LayerContent::Title;
+    using Callout = LayerContent::Callout;
+    using Keycap = LayerContent::Keycap;
+    using Command = LayerContent::Command;
+    using Code = LayerContent::Code;
+    using Caption = LayerContent::Caption;
+    using Arrow = LayerContent::Arrow;
+    using Box = LayerContent::Box;
+    using Watermark = LayerContent::Watermark;
+    using Kind = std::variant<Title, Callout, Keycap, Command, Code, Caption, Arrow, Box, Watermark>;
+
+    Kind kind;
+    double fontSize = 36; // pixels at a canvas whose smaller side is 1080
+    RGBAColor color = RGBAColor::white;
+    std::optional<RGBAColor> background;
+    RGBAColor highlightColor = RGBAColor::rgb(0xFFD166);
+    std::int64_t canvasWidth = 1920;
+    std::int64_t canvasHeight = 1080;
+    std::optional<std::int64_t> shownCharacters; // while a text is being typed: graphemes (keys, of keycaps) shown
+
+    /// The bytes of all fields; different specs have different keys.
+    std::string cacheKey() const;
+
+    bool operator==(LayerSpec const&) const = default;
+};
+
+}
