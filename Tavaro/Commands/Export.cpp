@@ -63,7 +63,7 @@ std::optional<ExportContainer> containerOf(std::string const& output) {
 std::string outputProblem(std::string const& output) {
     if (output.empty()) return notEmpty(output);
     bool const isKnown = !fs::path(output).has_extension() || containerOf(output);
-    return isKnown ? "" : fmt::format("“{}” has none of the endings .mp4 and .mov", output);
+    return isKnown ? "" : fmt::format("“{}” has none of the endings .mp4, .mov and .gif", output);
 }
 
 ExportSettings settingsOfPreset(std::string const& id) {
@@ -114,11 +114,10 @@ void exportProject(Options const& options) {
     Interruption const interruption;
     Exporter exporter(project, package, settings);
     ProgressLine line("Exporting", options.asJSON ? ProgressLine::Output::silent : ProgressLine::Output::automatic);
-    auto const written =
-        exporter.exportMovie(targetOf(options, settings, project), [&](ExportProgress const& progress) {
-            if (progress.stage != ExportStage::preparing) line.frames(progress.framesWritten, progress.totalFrames);
-            if (interruption.isRequested()) exporter.cancel();
-        });
+    auto const written = exporter.exportFile(targetOf(options, settings, project), [&](ExportProgress const& progress) {
+        if (progress.stage != ExportStage::preparing) line.frames(progress.framesWritten, progress.totalFrames);
+        if (interruption.isRequested()) exporter.cancel();
+    });
     if (!options.asJSON) {
         fmt::print("{}\n", written.string());
         return;
@@ -143,7 +142,7 @@ void addExport(CLI::App& app) {
     command->add_option("--size", options->size, "WIDTHxHEIGHT in pixels")->check(sizeProblem);
     command->add_option("--fps", options->fps, "frames a second")->check(CLI::Range(1, 240));
     command->add_option("--codec", options->codec, "h264, hevc or proRes422")->check(isNameOf<VideoCodecChoice>());
-    command->add_option("--container", options->container, "mp4 or mov")->check(isNameOf<ExportContainer>());
+    command->add_option("--container", options->container, "mp4, mov or gif")->check(isNameOf<ExportContainer>());
     command->add_option("--fit", options->fit, "how the recording fills the canvas")->check(isNameOf<ContentFit>());
     command->add_option("--bitrate", options->bitrate, "bits per second")->check(CLI::Range(50'000, 2'000'000'000));
     command

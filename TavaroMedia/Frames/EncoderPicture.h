@@ -7,7 +7,7 @@
 
 namespace tavaro {
 
-/// Writable picture in the form that an encoder takes, lent by `MovieWriter::picture()` from its pool and given back
+/// Writable picture in the form that an encoder takes, lent by a `PictureSink` from its pool and given back
 /// with `append`, or dropped.
 class EncoderPicture {
 public:
@@ -26,12 +26,12 @@ private:
     std::unique_ptr<Planes> planes_;
 };
 
-/// Order of the four bytes of a pixel. The fourth, alpha or padding, is not looked at.
+/// Order of the four bytes of a pixel. The fourth, alpha or padding, is looked at for GIF only.
 enum class PixelOrder { rgba, bgra };
 
-/// Converts `image` to the encoder's colours: BT.709 in limited range, chroma sited left. The image may be larger than
-/// the picture by the odd column and row that 4:2:0 has no place for; a smaller one is a mistake of the caller.
-/// Never allocates; bands may run on several threads.
+/// Converts `image` to the encoder's colours: BT.709 in limited range, chroma sited left; for GIF, RGB as it is. The
+/// image may be larger than the picture by the odd column and row that 4:2:0 has no place for; a smaller one is a
+/// mistake of the caller. Never allocates; bands may run on several threads.
 void fillPicture(EncoderPicture& picture, ImageView image, PixelOrder order = PixelOrder::rgba,
                  RowBands bands = oneBand);
 

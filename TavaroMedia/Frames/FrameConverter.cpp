@@ -53,10 +53,29 @@ void FrameConverter::convert(VideoFrame const& frame, Image& image, RowBands ban
     bands(to.height, [&](int begin, int end) { convert420Rows(*picture.frame, matrix, to, begin, end); });
 }
 
+namespace {
+
+/// Pixels as numbers, 0xAARRGGBB.
+void rowToRGB32(std::uint8_t const* pixels, bool isBGRA, int width, std::uint32_t* to) {
+    int const red = isBGRA ? 2 : 0;
+    int const blue = isBGRA ? 0 : 2;
+    for (int x = 0; x < width; ++x, pixels += 4)
+        to[x] = std::uint32_t{pixels[3]} << 24 | pixels[red] << 16 | pixels[1] << 8 | pixels[blue];
+}
+
+}
+
 void fillPicture(EncoderPicture& picture, ImageView image, PixelOrder order, RowBands bands) {
     auto& frame = *picture.planes().frame;
     assert(image.width >= frame.width && image.height >= frame.height);
     auto const isBGRA = order == PixelOrder::bgra;
+    if (frame.format == AV_PIX_FMT_RGB32) {
+        bands(frame.height, [&](int begin, int end) {
+            for (int y = begin; y < end; ++y)
+                rowToRGB32(image.row(y), isBGRA, frame.width, planeRow<std::uint32_t>(frame, 0, y));
+        });
+        return;
+    }
     if (frame.format == AV_PIX_FMT_YUV422P10) {
         bands(frame.height, [&](int begin, int end) {
             for (int y = begin; y < end; ++y)

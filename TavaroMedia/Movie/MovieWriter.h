@@ -5,7 +5,7 @@
 #include <memory>
 #include <optional>
 
-#include <TavaroMedia/Frames/EncoderPicture.h>
+#include <TavaroMedia/Frames/PictureSink.h>
 
 namespace tavaro {
 
@@ -36,14 +36,14 @@ struct MovieWriterSettings {
 /// Encodes pictures into a movie file. H.264 is High profile without reordered frames, HEVC is Main, ProRes is the 422
 /// profile; all are tagged BT.709, limited range. One thread at a time; the encoder's own threads run beside it.
 /// All failures are `MediaError`: `notWritable`, `diskFull`, `refused`, `unsupported`.
-class MovieWriter {
+class MovieWriter : public PictureSink {
 public:
     MovieWriter(std::filesystem::path const& file, MovieWriterSettings const& settings);
     MovieWriter(MovieWriter&&) noexcept;
     MovieWriter& operator=(MovieWriter&&) noexcept;
 
     /// Without `finish` nothing is left under the final name, except of a `live` movie, which keeps what it has.
-    ~MovieWriter();
+    ~MovieWriter() override;
 
     /// Size of the pictures, even on both sides.
     int width() const;
@@ -51,13 +51,13 @@ public:
 
     /// A free picture to fill and append; its pixels are undefined. Memory is taken from a pool that grows with the
     /// pictures lent out. May be called on another thread than the rest; a picture may go to another writer of its size.
-    EncoderPicture picture();
+    EncoderPicture picture() override;
 
     /// `presentationTime` is in seconds from the start of the movie, at least 0 and later than the one before, by a
     /// 1/90000 s at least; any other is `refused`, and the writer goes on as if it had not been offered.
     /// A `live` caller appends at least twice a second (the same picture again, if need be): a fragment is only closed
     /// by a frame after it.
-    void append(EncoderPicture picture, double presentationTime);
+    void append(EncoderPicture picture, double presentationTime) override;
 
     std::int64_t framesAppended() const;
 

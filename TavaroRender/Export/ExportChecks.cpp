@@ -5,6 +5,7 @@
 #include <TavaroCore/Errors/SystemReason.h>
 #include <TavaroCore/Export/ExportSettings.h>
 #include <TavaroCore/Project/DemoProject.h>
+#include <TavaroMedia/GIF/GIFWriter.h>
 #include <TavaroRender/Export/ExportError.h>
 
 namespace tavaro {
@@ -14,6 +15,12 @@ namespace {
 constexpr std::int64_t smallestSide = 16;
 constexpr std::int64_t largestSide = 16384;
 constexpr std::int64_t largestRate = 240;
+
+void requireRate(ExportSettings const& settings, std::string const& what, std::int64_t largest) {
+    if (settings.fps >= 1 && settings.fps <= largest) return;
+    throw ExportError::writerFailed(what + " has 1 to " + std::to_string(largest) + " frames a second, not " +
+                                    std::to_string(settings.fps));
+}
 
 }
 
@@ -27,18 +34,20 @@ void requireDrawable(ExportSettings const& settings) {
     }
 }
 
-void requireWritable(ExportSettings const& settings) {
+void requireMovie(ExportSettings const& settings) {
     requireDrawable(settings);
-    if (settings.fps < 1 || settings.fps > largestRate) {
-        throw ExportError::writerFailed("a movie has 1 to " + std::to_string(largestRate) + " frames a second, not " +
-                                        std::to_string(settings.fps));
-    }
+    requireRate(settings, "a movie", largestRate);
     if (settings.container == ExportContainer::gif) {
-        throw ExportError::writerFailed("GIF pictures cannot be written yet, choose MP4 or MOV");
+        throw ExportError::writerFailed("a GIF is no movie, choose MP4 or MOV");
     }
     if (settings.codec == VideoCodecChoice::proRes422 && settings.container != ExportContainer::mov) {
         throw ExportError::writerFailed("ProRes 422 is stored in MOV files only");
     }
+}
+
+void requireGIF(ExportSettings const& settings) {
+    requireDrawable(settings);
+    requireRate(settings, "a GIF", GIFWriter::fastestRate);
 }
 
 void requireSource(DemoProject const& project) {

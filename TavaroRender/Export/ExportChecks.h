@@ -16,7 +16,10 @@ inline constexpr double longestMovie = 1e7;
 void requireDrawable(ExportSettings const& settings);
 
 /// The settings make a movie: size, rate, and a codec that goes into the container.
-void requireWritable(ExportSettings const& settings);
+void requireMovie(ExportSettings const& settings);
+
+/// The settings make a GIF: size, and a rate that players keep up.
+void requireGIF(ExportSettings const& settings);
 
 /// The project shows something, and not for ever.
 void requireSource(DemoProject const& project);

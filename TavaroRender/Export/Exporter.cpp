@@ -9,6 +9,7 @@
 #include <TavaroRender/Export/ExportChecks.h>
 #include <TavaroRender/Export/ExportError.h>
 #include <TavaroRender/Export/ExportJob.h>
+#include <TavaroRender/Export/GIFExport.h>
 #include <TavaroRender/Export/MovieExport.h>
 
 namespace tavaro {
@@ -37,6 +38,15 @@ template<class Work> auto withMemory(Work const& work) {
     }
 }
 
+/// Runs the work of an export on the queue of its video pass, when no other export runs.
+template<class Work> std::filesystem::path inTurn(Work const& work) {
+    ExportTurn const turn;
+    SerialQueue queue("com.tavaro.export.video");
+    std::filesystem::path written;
+    queue.sync([&] { written = withMemory(work); });
+    return written;
+}
+
 }
 
 std::string_view displayName(ExportStage stage) {
@@ -55,11 +65,16 @@ Exporter::Exporter(DemoProject const& project, ProjectPackage const& package, Ex
 Exporter::~Exporter() = default;
 
 std::filesystem::path Exporter::exportMovie(std::filesystem::path const& file, Progress const& progress) {
-    ExportTurn const turn;
-    SerialQueue queue("com.tavaro.export.video");
-    std::filesystem::path written;
-    queue.sync([&] { written = withMemory([&] { return writeMovie(state_->job, file, progress); }); });
-    return written;
+    return inTurn([&] { return writeMovie(state_->job, file, progress); });
+}
+
+std::filesystem::path Exporter::exportGIF(std::filesystem::path const& file, Progress const& progress) {
+    return inTurn([&] { return writeGIF(state_->job, file, progress); });
+}
+
+std::filesystem::path Exporter::exportFile(std::filesystem::path const& file, Progress const& progress) {
+    bool const isGIF = state_->job.settings.container == ExportContainer::gif;
+    return isGIF ? exportGIF(file, progress) : exportMovie(file, progress);
 }
 
 Image Exporter::renderStill(double at) {

@@ -48,6 +48,12 @@ public:
     /// refused. What `progress` throws ends the export and reaches the caller.
     std::filesystem::path exportMovie(std::filesystem::path const& file, Progress const& progress = {});
 
+    /// The same for a GIF that plays for ever, without sound. Its failures of writing are `gifFailed`.
+    std::filesystem::path exportGIF(std::filesystem::path const& file, Progress const& progress = {});
+
+    /// Whichever of the two the settings' container asks for.
+    std::filesystem::path exportFile(std::filesystem::path const& file, Progress const& progress = {});
+
     /// The picture at that output time, exactly the one that the movie shows.
     Image renderStill(double at);
 

@@ -49,7 +49,7 @@ void finish(ExportJob const& job, MovieWriter& writer) {
 
 std::filesystem::path writeMovie(ExportJob& job, std::filesystem::path const& wanted,
                                  Exporter::Progress const& progress) {
-    requireWritable(job.settings);
+    requireMovie(job.settings);
     requireSource(job.composer.project());
     auto const total = job.totalFrames();
     auto const report = [&](ExportStage stage, std::int64_t framesWritten) {
@@ -64,8 +64,8 @@ std::filesystem::path writeMovie(ExportJob& job, std::filesystem::path const& wa
     runVideoPass({.composer = job.composer,
                   .recording = job.recording,
                   .renderer = job.renderer,
-                  .writer = writer,
-                  .fps = job.settings.fps,
+                  .sink = writer,
+                  .rate = static_cast<double>(job.settings.fps),
                   .totalFrames = total,
                   .isCancelled = job.isCancelled},
                  progress);

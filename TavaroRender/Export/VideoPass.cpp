@@ -5,8 +5,7 @@
 #include <mutex>
 
 #include <TavaroMedia/Errors/MediaError.h>
-#include <TavaroMedia/Frames/EncoderPicture.h>
-#include <TavaroMedia/Movie/MovieWriter.h>
+#include <TavaroMedia/Frames/PictureSink.h>
 #include <TavaroPlatform/Queues/SerialQueue.h>
 #include <TavaroRender/Composition/FrameComposer.h>
 #include <TavaroRender/Export/BoundedQueue.h>
@@ -34,7 +33,7 @@ struct Pipeline {
     std::mutex mutex;
     std::exception_ptr failure; // the first one; guarded by `mutex`
 
-    double time(std::int64_t frame) const { return static_cast<double>(frame) / static_cast<double>(pass.fps); }
+    double time(std::int64_t frame) const { return static_cast<double>(frame) / pass.rate; }
 
     /// Any stage: remembers why, and ends the others.
     void stop(std::exception_ptr reason) {
@@ -93,15 +92,15 @@ void Pipeline::draw(std::function<void(ExportProgress const&)> const& progress) 
 
 void Pipeline::encode() {
     try {
-        // Pictures are lent on this thread, the writer's, and travel to the drawing thread and back.
+        // Pictures are lent on this thread, the sink's, and travel to the drawing thread and back.
         auto const lent = std::min(picturesUnderWay, pass.totalFrames);
-        for (std::int64_t n = 0; n < lent; ++n) blank.push(pass.writer.picture());
+        for (std::int64_t n = 0; n < lent; ++n) blank.push(pass.sink.picture());
         for (std::int64_t n = 0; n < pass.totalFrames; ++n) {
             auto picture = drawn.pop();
             if (!picture) return;
-            pass.writer.append(std::move(*picture), time(n));
+            pass.sink.append(std::move(*picture), time(n));
             framesWritten = n + 1;
-            if (n + lent < pass.totalFrames && !blank.push(pass.writer.picture())) return;
+            if (n + lent < pass.totalFrames && !blank.push(pass.sink.picture())) return;
         }
     } catch (MediaError const& error) {
         throw ExportError::writerFailed(error.detail());

@@ -7,7 +7,7 @@
 namespace tavaro {
 
 class FrameComposer;
-class MovieWriter;
+class PictureSink;
 class RecordingFrames;
 class Renderer;
 struct ExportProgress;
@@ -17,15 +17,15 @@ struct VideoPass {
     FrameComposer const& composer;
     RecordingFrames& recording; // used by the decoding thread while the pass runs
     Renderer& renderer;         // by the drawing thread
-    MovieWriter& writer;        // by the encoding thread
-    std::int64_t fps = 60;
+    PictureSink& sink;          // by the encoding thread
+    double rate = 60;           // frames a second
     std::int64_t totalFrames = 0;
     std::atomic<bool> const& isCancelled;
 };
 
-/// Draws every frame of the output and appends it to the writer, frame n at n ÷ fps. Decoding, drawing and encoding run
+/// Draws every frame of the output and appends it to the sink, frame n at n ÷ rate. Decoding, drawing and encoding run
 /// beside each other, a few frames apart: the caller's thread draws and reports. Returns when the last frame has been
-/// given to the writer, or throws `ExportError` once all three have stopped.
+/// given to the sink, or throws `ExportError` once all three have stopped.
 void runVideoPass(VideoPass const& pass, std::function<void(ExportProgress const&)> const& progress);
 
 }

@@ -4,13 +4,13 @@
 #include <TavaroRender/Export/ExportError.h>
 #include <TavaroRender/Export/Exporter.h>
 
+#include <Tests/Media/Files/FullDisk.h>
+
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <csignal>
 #include <fstream>
 #include <sstream>
-#include <sys/resource.h>
 
 namespace tavaro {
 
@@ -183,17 +183,57 @@ TEST(Exporter, aFileThatIsThereIsKeptAndTheExportTakesTheNextName) {
 
 TEST(Exporter, aFullDiskStopsTheExportWithASentenceAndLeavesNoFile) {
     TestTake take("full");
-    std::signal(SIGXFSZ, SIG_IGN);
-    rlimit before{};
-    getrlimit(RLIMIT_FSIZE, &before);
-    rlimit tight = before;
-    tight.rlim_cur = 64 * 1024;
-    setrlimit(RLIMIT_FSIZE, &tight);
-    Exporter exporter(take.project, take.package, take.settings);
-    auto const sentence = failure([&] { exporter.exportMovie(take.output()); });
-    setrlimit(RLIMIT_FSIZE, &before);
+    auto const sentence = failure([&] {
+        FullDisk const full(64 * 1024);
+        Exporter(take.project, take.package, take.settings).exportMovie(take.output());
+    });
     EXPECT_EQ(sentence.rfind("Could not write the export: ", 0), 0u) << sentence;
     EXPECT_EQ(take.filesLeft(), 0);
+}
+
+TEST(Exporter, aGIFShowsTheStillsAtItsOwnRateAndLastsAsLong) {
+    TestTake take("gif");
+    edit(take.project);
+    take.settings.container = ExportContainer::gif;
+    take.settings.fps = 15;
+    Exporter exporter(take.project, take.package, take.settings);
+    std::vector<ExportProgress> reports;
+    auto const gif =
+        exporter.exportFile(take.output("out.gif"), [&](auto const& progress) { reports.push_back(progress); });
+    auto const info = MovieReader(gif).info();
+    EXPECT_EQ(info.codec, "gif");
+    EXPECT_NEAR(info.duration, 23 / 15.0, 0.011);
+    Exporter stills(take.project, take.package, take.settings);
+    for (int const n : {0, 8, 9, 14, 22})
+        EXPECT_GE(psnr(stills.renderStill(n / 15.0).view(), movieFrame(gif, n, 15).view()), 32) << n;
+    EXPECT_EQ(reports.front().stage, ExportStage::preparing);
+    EXPECT_EQ(reports.back().stage, ExportStage::finishing);
+    EXPECT_EQ(reports.back().framesWritten, 23);
+}
+
+TEST(Exporter, aGIFThatStopsAtAnyStageLeavesNoFile) {
+    TestTake take("gif-stops");
+    take.settings.container = ExportContainer::gif;
+    take.settings.fps = 15;
+    for (auto const stage : {ExportStage::preparing, ExportStage::rendering}) {
+        Exporter exporter(take.project, take.package, take.settings);
+        auto const sentence = failure([&] {
+            exporter.exportGIF(take.output("out.gif"), [&](ExportProgress const& progress) {
+                if (progress.stage == stage) exporter.cancel();
+            });
+        });
+        EXPECT_EQ(sentence, "Export cancelled.");
+        EXPECT_EQ(take.filesLeft(), 0);
+    }
+    auto const sentence = failure([&] {
+        FullDisk const full(10'000);
+        Exporter(take.project, take.package, take.settings).exportGIF(take.output("out.gif"));
+    });
+    EXPECT_EQ(sentence, "Could not encode the GIF.");
+    EXPECT_EQ(take.filesLeft(), 0);
+    take.settings.fps = 60;
+    EXPECT_EQ(failure([&] { Exporter(take.project, take.package, take.settings).exportGIF(take.output("out.gif")); }),
+              "Could not write the export: a GIF has 1 to 50 frames a second, not 60");
 }
 
 TEST(Exporter, mediaThatCannotBeUsedIsNamed) {
@@ -229,7 +269,7 @@ TEST(Exporter, mediaThatCannotBeUsedIsNamed) {
     EXPECT_EQ(exported(take.project, settings).rfind("Could not write the export: a movie has 1 to 240", 0), 0u);
     settings = take.settings;
     settings.container = ExportContainer::gif;
-    EXPECT_EQ(exported(take.project, settings).rfind("Could not write the export: GIF", 0), 0u);
+    EXPECT_EQ(exported(take.project, settings).rfind("Could not write the export: a GIF is no movie", 0), 0u);
     EXPECT_EQ(take.filesLeft(), 0);
 }
 

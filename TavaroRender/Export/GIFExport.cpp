@@ -1,0 +1,101 @@
+#include <TavaroRender/Export/GIFExport.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include <TavaroCore/Export/ExportFile.h>
+#include <TavaroMedia/Errors/MediaError.h>
+#include <TavaroMedia/GIF/GIFWriter.h>
+#include <TavaroRender/Export/ExportChecks.h>
+#include <TavaroRender/Export/ExportError.h>
+#include <TavaroRender/Export/ExportJob.h>
+#include <TavaroRender/Export/VideoPass.h>
+
+namespace tavaro {
+
+namespace {
+
+// Frames that the colours are found in: two a second, and of a film however short or long no fewer and no more than
+// these. A colour on show for less than half a second is drawn in those that others have.
+constexpr double samplesPerSecond = 2;
+constexpr double fewestSamples = 24;
+constexpr double mostSamples = 300;
+
+/// Every failure of a destination is the one sentence of a GIF.
+template<class Work> auto withGIFFailures(Work const& work) {
+    try {
+        return work();
+    } catch (MediaError const&) {
+        throw ExportError::gifFailed();
+    } catch (ExportError const& error) {
+        if (error.kind() != ExportError::Kind::writerFailed) throw;
+        throw ExportError::gifFailed();
+    }
+}
+
+class GIFExport {
+public:
+    GIFExport(ExportJob& job, Exporter::Progress const& progress)
+        : job_(job)
+        , progress_(progress)
+        , total_(job.totalFrames()) {}
+
+    void write(std::filesystem::path const& file) {
+        GIFWriter writer(file, width(), height(), palette());
+        auto const rate = static_cast<double>(job_.settings.fps);
+        run(writer, rate, total_, progress_);
+        report(ExportStage::finishing, total_);
+        writer.finish(static_cast<double>(total_) / rate);
+    }
+
+    void report(ExportStage stage, std::int64_t framesWritten) const {
+        if (progress_) progress_({framesWritten, total_, stage});
+    }
+
+private:
+    int width() const { return static_cast<int>(job_.settings.size.width); }
+    int height() const { return static_cast<int>(job_.settings.size.height); }
+
+    GIFPalette palette() {
+        auto const seconds = static_cast<double>(total_) / static_cast<double>(job_.settings.fps);
+        auto const wanted = std::clamp(std::ceil(seconds * samplesPerSecond), fewestSamples, mostSamples);
+        auto const samples = std::min(static_cast<std::int64_t>(wanted), total_);
+        GIFPaletteMaker maker(width(), height());
+        run(maker, static_cast<double>(samples) / seconds, samples,
+            [this](ExportProgress const&) { report(ExportStage::preparing, 0); });
+        return maker.palette();
+    }
+
+    void run(PictureSink& sink, double rate, std::int64_t frames, Exporter::Progress const& progress) {
+        runVideoPass({.composer = job_.composer,
+                      .recording = job_.recording,
+                      .renderer = job_.renderer,
+                      .sink = sink,
+                      .rate = rate,
+                      .totalFrames = frames,
+                      .isCancelled = job_.isCancelled},
+                     progress);
+    }
+
+    ExportJob& job_;
+    Exporter::Progress const& progress_;
+    std::int64_t const total_;
+};
+
+}
+
+std::filesystem::path writeGIF(ExportJob& job, std::filesystem::path const& wanted,
+                               Exporter::Progress const& progress) {
+    requireGIF(job.settings);
+    requireSource(job.composer.project());
+    GIFExport gif(job, progress);
+    gif.report(ExportStage::preparing, 0);
+    job.openMedia();
+    job.prepareBackground();
+    makeFolder(wanted.parent_path());
+    auto const file = unusedFile(wanted);
+    withGIFFailures([&] { gif.write(file); });
+    return file;
+}
+
+}
