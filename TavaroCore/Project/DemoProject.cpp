@@ -15,6 +15,45 @@ void DemoProject::clearAutomaticEdits() {
     std::erase_if(cameraMoves, isAutomatic);
 }
 
+static double cardSeconds(std::optional<TitleCard> const& card) { return card ? std::max(card->duration, 0.0) : 0; }
+
+double DemoProject::introDuration() const { return cardSeconds(intro); }
+double DemoProject::outroDuration() const { return cardSeconds(outro); }
+double DemoProject::presentationDuration() const { return introDuration() + duration() + outroDuration(); }
+
+std::vector<TimeRange> DemoProject::mutedRanges() const {
+    std::vector<TimeRange> muted;
+    for (auto const& clip : timeline.clips) {
+        if (clip.isMuted && clip.duration > 0) muted.push_back(clip.range());
+    }
+    std::ranges::sort(muted, {}, &TimeRange::start);
+    constexpr double joinTolerance = 1e-6; // seconds; clips laid end to end leave the rounding of their times between
+    std::vector<TimeRange> joined;
+    for (auto const& range : muted) {
+        if (!joined.empty() && range.start <= joined.back().end() + joinTolerance)
+            joined.back() = joined.back().unionWith(range);
+        else
+            joined.push_back(range);
+    }
+    return joined;
+}
+
+bool DemoProject::usesSplit() const {
+    auto const isSplit = [](LayoutCue const& cue) { return cue.scene == SceneLayout::split; };
+    return usesCamera() && (layout.isSplit() || std::ranges::any_of(layoutCues, isSplit));
+}
+
+CanvasLayout::Split DemoProject::effectiveSplit(Size2 canvas) const {
+    if (auto const* split = std::get_if<CanvasLayout::Split>(&layout.content)) return *split;
+    if (canvas.height > canvas.width) return {.arrangement = SplitArrangement::cameraTop, .cameraFraction = 0.4};
+    return {.arrangement = SplitArrangement::cameraRight, .cameraFraction = 0.34};
+}
+
+SceneLayout DemoProject::baseScene() const {
+    if (!usesCamera()) return SceneLayout::screenOnly;
+    return layout.isSplit() ? SceneLayout::split : SceneLayout::overlay;
+}
+
 NormalizedRect DemoProject::effectiveCrop() const {
     if (!sourceCrop) return {0, 0, 1, 1};
     auto const inside = sourceCrop->inset(0, 0);

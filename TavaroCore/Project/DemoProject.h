@@ -79,6 +79,23 @@ struct DemoProject {
 
     /// Output seconds of the edit.
     double duration() const { return timeline.duration(); }
+    /// Seconds of the title cards; 0 where there is none.
+    double introDuration() const;
+    double outroDuration() const;
+    /// Seconds of the whole output: the edit with its title cards.
+    double presentationDuration() const;
+    /// The edit's output ranges whose clips are muted, ascending and apart from each other.
+    std::vector<TimeRange> mutedRanges() const;
+
+    /// Whether there is a webcam to show.
+    bool usesCamera() const { return cameraAsset && camera.isEnabled; }
+    /// Whether the camera has a pane of its own, at least for some time.
+    bool usesSplit() const;
+    /// How a canvas of that size is split where it is: as the layout says, or in the way that suits the canvas.
+    CanvasLayout::Split effectiveSplit(Size2 canvas) const;
+    /// The scene before the first layout cue.
+    SceneLayout baseScene() const;
+
     /// The crop, inside the unit square, or the whole frame.
     NormalizedRect effectiveCrop() const;
     /// Pixels of the part of the recording that the crop keeps.

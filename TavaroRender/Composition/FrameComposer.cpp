@@ -20,8 +20,6 @@ constexpr double pointerHeight = 24; // points of the desktop's own pointer, wit
 constexpr double smallestPointer = 0.016;
 constexpr double largestPointer = 0.06;
 
-double cardSeconds(std::optional<TitleCard> const& card) { return card ? std::max(card->duration, 0.0) : 0; }
-
 double smallerSide(Size2 size) { return static_cast<double>(std::min(size.width, size.height)); }
 
 /// Fades what leaves the recording's rectangle, as a zoom can make the pointer do, over `reach` pixels.
@@ -43,8 +41,8 @@ struct FrameComposer::Derived {
         , pointer(project)
         , follow(project, pointer)
         , source(project.croppedSourceSize())
-        , intro(cardSeconds(project.intro))
-        , outro(cardSeconds(project.outro))
+        , intro(project.introDuration())
+        , outro(project.outroDuration())
         , pan(panPath()) {}
 
     DemoProject const project;

@@ -93,3 +93,31 @@ TEST(DemoProject, cursorSettingsComeIntoRangeOnReading) {
     EXPECT_EQ(cursor.size, 9);
     EXPECT_EQ(cursor.clickDuration, 0.55);
 }
+
+TEST(DemoProject, mutedClipsThatFollowEachOtherAreOneRange) {
+    DemoProject project;
+    project.timeline.clips = {{.start = 0, .duration = 1, .isMuted = true},
+                              {.start = 1 + 1e-9, .duration = 2, .isMuted = true},
+                              {.start = 3, .duration = 1},
+                              {.start = 4, .duration = 0, .isMuted = true},
+                              {.start = 5, .duration = 1, .isMuted = true}};
+    auto const muted = project.mutedRanges();
+    ASSERT_EQ(muted.size(), 2u);
+    EXPECT_NEAR(muted[0].end(), 3, 1e-8);
+    EXPECT_EQ(muted[1], (TimeRange{5, 1}));
+}
+
+TEST(DemoProject, withoutACameraNoSceneShowsOne) {
+    DemoProject project;
+    project.layout.content = CanvasLayout::Split{};
+    project.layoutCues = {{.time = 1, .scene = SceneLayout::split}};
+    EXPECT_EQ(project.baseScene(), SceneLayout::screenOnly);
+    EXPECT_FALSE(project.usesSplit());
+    project.cameraAsset = "camera.mp4";
+    EXPECT_EQ(project.baseScene(), SceneLayout::split);
+    project.layout = {};
+    EXPECT_EQ(project.baseScene(), SceneLayout::overlay);
+    EXPECT_TRUE(project.usesSplit()) << "from its first cue on";
+    project.camera.isEnabled = false;
+    EXPECT_EQ(project.baseScene(), SceneLayout::screenOnly);
+}
