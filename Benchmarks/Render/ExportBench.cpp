@@ -105,7 +105,8 @@ void makeLongTake(fs::path const& folder, int minutes) {
 void exportTake(fs::path const& folder, std::string const& preset, fs::path const& output) {
     ProjectPackage const package(folder);
     fs::remove(output);
-    Exporter(package.load(), package, ExportPreset::withID(preset)->settings()).exportMovie(output);
+    Exporter(package.load(), package, ExportPreset::withID(preset)->settings(), {.encoder = EncoderChoice::software})
+        .exportMovie(output);
 }
 
 void renderFrame(fs::path const& folder, double at, fs::path const& output) {

@@ -5,18 +5,21 @@
 #include <string>
 #include <thread>
 
+#include <fmt/format.h>
+
 #include <TavaroMedia/FFmpeg/Failures.h>
+#include <TavaroMedia/Movie/HardwareEncoder.h>
 
 namespace tavaro {
 
 namespace {
 
-struct EncoderChoice {
+struct SoftwareEncoder {
     char const* name;
     AVPixelFormat format;
 };
 
-EncoderChoice choice(MovieCodec codec) {
+SoftwareEncoder choice(MovieCodec codec) {
     switch (codec) {
     case MovieCodec::h264: return {"libx264", AV_PIX_FMT_YUV420P};
     case MovieCodec::hevc: return {"libx265", AV_PIX_FMT_YUV420P};
@@ -38,6 +41,15 @@ public:
 private:
     ffmpeg::Dictionary dictionary_;
 };
+
+char const* nameOf(MovieCodec codec) {
+    switch (codec) {
+    case MovieCodec::h264: return "H.264";
+    case MovieCodec::hevc: return "HEVC";
+    case MovieCodec::proRes422: return "ProRes 422";
+    }
+    return "";
+}
 
 int threadCount(MovieWriterSettings const& settings) {
     return settings.threads > 0 ? settings.threads
@@ -87,19 +99,35 @@ void configureTake(AVCodecContext& encoder, MovieWriterSettings const& settings,
     }
 }
 
+VideoEncoder openSoftware(std::filesystem::path const& file, MovieWriterSettings const& settings) {
+    auto const [name, format] = choice(settings.codec);
+    auto const* codec = avcodec_find_encoder_by_name(name);
+    if (!codec) ffmpeg::throwWriting(file, AVERROR_ENCODER_NOT_FOUND);
+    VideoEncoder encoder{.context = newEncoder(*codec, settings), .drawn = format};
+    encoder.context->pix_fmt = format;
+    Options options;
+    if (settings.intent == MovieIntent::live) {
+        configureTake(*encoder.context, settings, options);
+    } else {
+        configureFilm(*encoder.context, settings, options);
+    }
+    auto* raw = options.release();
+    auto const code = avcodec_open2(encoder.context.get(), codec, &raw);
+    av_dict_free(&raw);
+    if (code < 0) ffmpeg::throwWriting(file, code);
+    return encoder;
+}
+
 }
 
 int ticksPerSecond(int fps) { return fps * ((90000 + fps - 1) / fps); }
 
-ffmpeg::CodecContext openEncoder(std::filesystem::path const& file, MovieWriterSettings const& settings) {
-    auto const [name, format] = choice(settings.codec);
-    auto const* codec = avcodec_find_encoder_by_name(name);
-    if (!codec) ffmpeg::throwWriting(file, AVERROR_ENCODER_NOT_FOUND);
-    ffmpeg::CodecContext encoder(avcodec_alloc_context3(codec));
+ffmpeg::CodecContext newEncoder(AVCodec const& codec, MovieWriterSettings const& settings) {
+    ffmpeg::CodecContext encoder(avcodec_alloc_context3(&codec));
     if (!encoder) throw std::bad_alloc();
     encoder->width = settings.width;
     encoder->height = settings.height;
-    encoder->pix_fmt = format;
+    encoder->pix_fmt = AV_PIX_FMT_YUV420P;
     encoder->sample_aspect_ratio = {1, 1};
     encoder->time_base = {1, ticksPerSecond(settings.fps)};
     encoder->framerate = {settings.fps, 1};
@@ -110,17 +138,18 @@ ffmpeg::CodecContext openEncoder(std::filesystem::path const& file, MovieWriterS
     encoder->color_trc = AVCOL_TRC_BT709;
     encoder->chroma_sample_location = AVCHROMA_LOC_LEFT;
     encoder->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
-    Options options;
-    if (settings.intent == MovieIntent::live) {
-        configureTake(*encoder, settings, options);
-    } else {
-        configureFilm(*encoder, settings, options);
-    }
-    auto* raw = options.release();
-    auto const code = avcodec_open2(encoder.get(), codec, &raw);
-    av_dict_free(&raw);
-    if (code < 0) ffmpeg::throwWriting(file, code);
     return encoder;
+}
+
+VideoEncoder openEncoder(std::filesystem::path const& file, MovieWriterSettings const& settings) {
+    if (settings.encoder != EncoderChoice::software) {
+        if (auto hardware = openWorkingHardware(settings)) return std::move(*hardware);
+        if (settings.encoder == EncoderChoice::hardware)
+            ffmpeg::throwWriting(file, MediaError::Kind::unsupported,
+                                 fmt::format("no video hardware here encodes {} at {} × {}", nameOf(settings.codec),
+                                             settings.width, settings.height));
+    }
+    return openSoftware(file, settings);
 }
 
 }

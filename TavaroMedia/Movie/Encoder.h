@@ -1,6 +1,7 @@
 #pragma once
 
 #include <TavaroMedia/FFmpeg/Handles.h>
+#include <TavaroMedia/Movie/EncoderInput.h>
 #include <TavaroMedia/Movie/MovieWriter.h>
 
 namespace tavaro {
@@ -9,8 +10,18 @@ namespace tavaro {
 /// 90000, so that frames at any other time are placed to a hundredth of a millisecond.
 int ticksPerSecond(int fps);
 
+/// An opened encoder, and how it gets its pictures.
+struct VideoEncoder {
+    ffmpeg::CodecContext context;
+    AVPixelFormat drawn = AV_PIX_FMT_YUV420P; // what pictures are drawn as
+    EncoderInput input = EncoderInput();
+};
+
 /// The one place that chooses and configures an encoder. Takes even sizes only. Throws `MediaError` in words about
 /// `file`.
-ffmpeg::CodecContext openEncoder(std::filesystem::path const& file, MovieWriterSettings const& settings);
+VideoEncoder openEncoder(std::filesystem::path const& file, MovieWriterSettings const& settings);
+
+/// An unopened encoder with what all kinds have in common: size, clock, key frames, colours.
+ffmpeg::CodecContext newEncoder(AVCodec const& codec, MovieWriterSettings const& settings);
 
 }

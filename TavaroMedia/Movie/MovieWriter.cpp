@@ -52,7 +52,8 @@ ffmpeg::Dictionary containerOptions(MovieIntent intent) {
 
 struct MovieWriter::State {
     MovieWriterSettings settings;
-    ffmpeg::CodecContext encoder;
+    VideoEncoder video;
+    ffmpeg::CodecContext const& encoder = video.context;
     EncoderPicturePool pool;
     ffmpeg::OutputStream output;
     ffmpeg::Packet packet{av_packet_alloc()};
@@ -64,8 +65,8 @@ struct MovieWriter::State {
 
     State(std::filesystem::path const& file, MovieWriterSettings const& wanted)
         : settings(checked(file, wanted))
-        , encoder((ffmpeg::prepareLibraries(), openEncoder(file, settings)))
-        , pool(settings.width, settings.height, encoder->pix_fmt)
+        , video((ffmpeg::prepareLibraries(), openEncoder(file, settings)))
+        , pool(settings.width, settings.height, video.drawn)
         , output(file, place(settings.intent), formatName(settings.container)) {
         if (!packet || !held) throw std::bad_alloc();
         begin();
@@ -148,7 +149,9 @@ void MovieWriter::append(EncoderPicture picture, double presentationTime) {
     auto& frame = *picture.planes().frame;
     frame.pts = ticks;
     state.lastTicks = ticks;
-    state.send(&frame);
+    auto const* converted = state.video.input.converted(&frame, *state.encoder);
+    if (!converted) ffmpeg::throwWriting(file, Kind::refused, "the video hardware takes no more frames");
+    state.send(converted);
     ++state.frames;
 }
 

@@ -21,6 +21,13 @@ enum class MovieIntent {
     live,
 };
 
+/// Whether the machine's video hardware encodes, or its processors do. Hardware is chosen by trying it on a frame.
+enum class EncoderChoice {
+    automatic, // hardware that works, else software
+    software,
+    hardware, // or fail with `unsupported`
+};
+
 struct MovieWriterSettings {
     MovieContainer container = MovieContainer::mp4;
     MovieCodec codec = MovieCodec::h264;
@@ -30,7 +37,8 @@ struct MovieWriterSettings {
     int fps = 60;             // expected source rate; frames may come at any times
     std::int64_t bitrate = 0; // average, bits a second; not for `proRes422`
     int keyFrameInterval = 0; // in frames; 0: two seconds' worth
-    int threads = 0;          // encoder threads; 0: one a core
+    int threads = 0;          // of a software encoder; 0: one a core
+    EncoderChoice encoder = EncoderChoice::software;
 };
 
 /// Encodes pictures into a movie file. H.264 is High profile without reordered frames, HEVC is Main, ProRes is the 422
@@ -50,7 +58,8 @@ public:
     int height() const;
 
     /// A free picture to fill and append; its pixels are undefined. Memory is taken from a pool that grows with the
-    /// pictures lent out. May be called on another thread than the rest; a picture may go to another writer of its size.
+    /// pictures lent out. May be called on another thread than the rest; a picture may go to another writer of its
+    /// size.
     EncoderPicture picture() override;
 
     /// `presentationTime` is in seconds from the start of the movie, at least 0 and later than the one before, by a

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include <TavaroMedia/Frames/Image.h>
+#include <TavaroMedia/Movie/MovieWriter.h>
 #include <TavaroRender/Renderer/Renderer.h>
 
 namespace tavaro {
@@ -28,6 +29,7 @@ struct ExportProgress {
 struct ExporterOptions {
     RendererOptions renderer;
     int encoderThreads = 0; // 0: one a core; another number, other bytes
+    EncoderChoice encoder = EncoderChoice::automatic;
 };
 
 /// Makes the movie, or single pictures, of a project. Made for one export. All failures are `ExportError`.

@@ -25,6 +25,7 @@ MovieWriterSettings writerSettings(ExportSettings const& settings, ExporterOptio
         .bitrate = settings.bitrate(),
         .keyFrameInterval = static_cast<int>(2 * settings.fps),
         .threads = options.encoderThreads,
+        .encoder = options.encoder,
     };
 }
 

@@ -95,7 +95,7 @@ TEST(Exporter, theNumberOfDrawingThreadsChangesNoByte) {
     std::vector<std::string> movies;
     for (int const threads : {1, 2, 3}) {
         Exporter exporter(take.project, take.package, take.settings,
-                          {.renderer = {.threads = threads}, .encoderThreads = 1});
+                          {.renderer = {.threads = threads}, .encoderThreads = 1, .encoder = EncoderChoice::software});
         movies.push_back(bytesOf(exporter.exportMovie(take.output(std::to_string(threads) + ".mp4"))));
     }
     EXPECT_FALSE(movies[0].empty());
