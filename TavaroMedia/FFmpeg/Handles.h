@@ -8,6 +8,7 @@ extern "C" {
 #include <libavutil/buffer.h>
 #include <libavutil/dict.h>
 #include <libavutil/frame.h>
+#include <libswresample/swresample.h>
 }
 
 namespace tavaro::ffmpeg {
@@ -26,6 +27,7 @@ using CodecContext = std::unique_ptr<AVCodecContext, ReleaseByAddress<avcodec_fr
 using Frame = std::unique_ptr<AVFrame, ReleaseByAddress<av_frame_free>>;
 using Packet = std::unique_ptr<AVPacket, ReleaseByAddress<av_packet_free>>;
 using BufferPool = std::unique_ptr<AVBufferPool, ReleaseByAddress<av_buffer_pool_uninit>>;
+using Resampler = std::unique_ptr<SwrContext, ReleaseByAddress<swr_free>>;
 using Dictionary = std::unique_ptr<AVDictionary, ReleaseByAddress<av_dict_free>>;
 
 }

@@ -76,11 +76,12 @@ void OutputStream::begin(Dictionary options) {
     check(code);
 }
 
-void OutputStream::write(AVPacket& packet, AVRational timeBase) {
-    auto const& stream = *format_->streams[0];
-    packet.stream_index = 0;
-    av_packet_rescale_ts(&packet, timeBase, stream.time_base);
-    auto const code = av_write_frame(format_.get(), &packet);
+void OutputStream::write(AVPacket& packet, AVRational timeBase, int stream) {
+    packet.stream_index = stream;
+    av_packet_rescale_ts(&packet, timeBase, format_->streams[stream]->time_base);
+    auto const isAlone = format_->nb_streams == 1;
+    auto const code =
+        isAlone ? av_write_frame(format_.get(), &packet) : av_interleaved_write_frame(format_.get(), &packet);
     av_packet_unref(&packet);
     check(code);
 }

@@ -20,13 +20,14 @@ public:
     AVFormatContext& format() { return *format_; }
     std::filesystem::path const& file() const { return output_.file(); }
 
-    /// The one stream of pictures; call before `begin`.
+    /// One more stream; call before `begin`.
     AVStream& addStream();
 
     /// `options` are the muxer's.
     void begin(Dictionary options);
-    /// Takes the packet's contents. Its times are in `timeBase`.
-    void write(AVPacket& packet, AVRational timeBase);
+    /// Takes the packet's contents. Its times are in `timeBase`. A packet of the only stream is written at once; those
+    /// of several wait until each stream has one, so that they are written in the order of their times.
+    void write(AVPacket& packet, AVRational timeBase, int stream = 0);
     /// Writes the index and puts the file under its name.
     void commit();
 

@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include <TavaroMedia/FFmpeg/Failures.h>
+#include <TavaroMedia/FFmpeg/OpenInput.h>
 
 namespace tavaro {
 
@@ -15,52 +16,19 @@ namespace {
 
 using Kind = MediaError::Kind;
 
-constexpr char const* containers =
-    "mov,matroska,avi,mpegts,mpeg,flv,asf,ogg,mxf,nut,ivf,h264,hevc,gif,apng,yuv4mpegpipe,wav,mp3,flac,aac,aiff,caf";
-
 // So many unreadable packets in a row, and the rest is not worth trying.
 constexpr int unreadableLimit = 256;
 
-bool isPicture(AVStream const& stream) {
-    return stream.codecpar->codec_type == AVMEDIA_TYPE_VIDEO && !(stream.disposition & AV_DISPOSITION_ATTACHED_PIC);
 }
 
-void checkIsPlainFile(std::filesystem::path const& file) {
-    std::error_code error;
-    auto const status = std::filesystem::status(file, error);
-    if (status.type() == std::filesystem::file_type::not_found) ffmpeg::throwReading(file, AVERROR(ENOENT));
-    if (error) ffmpeg::throwReading(file, AVERROR(error.value()));
-    if (status.type() == std::filesystem::file_type::directory) ffmpeg::throwReading(file, AVERROR(EISDIR));
-    if (status.type() != std::filesystem::file_type::regular)
-        ffmpeg::throwReading(file, Kind::unreadable, "it is not a plain file");
-    if (std::filesystem::file_size(file, error) == 0 && !error)
-        ffmpeg::throwReading(file, Kind::unreadable, "it is empty");
-}
-
-}
-
-MovieSource::MovieSource(std::filesystem::path const& file) : file_(file) {
-    ffmpeg::prepareLibraries();
-    checkIsPlainFile(file);
-    open();
-}
+MovieSource::MovieSource(std::filesystem::path const& file) : file_(file) { open(); }
 
 void MovieSource::open() {
     stream_ = nullptr;
     input_.reset();
-    AVDictionary* raw = nullptr;
-    av_dict_set(&raw, "format_whitelist", containers, 0);
-    av_dict_set(&raw, "protocol_whitelist", "file", 0);
-    ffmpeg::Dictionary options(raw);
-    AVFormatContext* context = nullptr;
-    raw = options.release();
-    auto code = avformat_open_input(&context, ("file:" + file_.string()).c_str(), nullptr, &raw);
-    options.reset(raw);
-    if (code < 0) ffmpeg::throwReading(file_, code);
-    input_.reset(context);
-    if (code = avformat_find_stream_info(input_.get(), nullptr); code < 0) ffmpeg::throwReading(file_, code);
+    input_ = ffmpeg::openInput(file_);
     for (auto* stream : std::span(input_->streams, input_->nb_streams)) {
-        auto const isWanted = !stream_ && isPicture(*stream);
+        auto const isWanted = !stream_ && ffmpeg::isPicture(*stream);
         if (isWanted) stream_ = stream;
         stream->discard = isWanted ? AVDISCARD_DEFAULT : AVDISCARD_ALL;
     }

@@ -5,6 +5,7 @@
 #include <new>
 #include <string>
 
+#include <TavaroMedia/Audio/AudioEncoder.h>
 #include <TavaroMedia/FFmpeg/Failures.h>
 #include <TavaroMedia/FFmpeg/OutputStream.h>
 #include <TavaroMedia/Frames/EncoderPlanes.h>
@@ -28,6 +29,8 @@ MovieWriterSettings checked(std::filesystem::path const& file, MovieWriterSettin
         ffmpeg::throwWriting(file, Kind::refused, "its frame rate must be between 1 and 1000 frames a second");
     if (settings.codec == MovieCodec::proRes422 && settings.container != MovieContainer::mov)
         ffmpeg::throwWriting(file, Kind::refused, "ProRes goes into a MOV file only");
+    if (settings.sound == MovieSound::pcm && settings.container != MovieContainer::mov)
+        ffmpeg::throwWriting(file, Kind::refused, "uncompressed sound goes into a MOV file only");
     auto const needsBitrate = settings.codec != MovieCodec::proRes422 && settings.intent == MovieIntent::finished;
     if (needsBitrate && settings.bitrate < 1000)
         ffmpeg::throwWriting(file, Kind::refused, "its bit rate must be at least 1000 bits a second");
@@ -36,6 +39,11 @@ MovieWriterSettings checked(std::filesystem::path const& file, MovieWriterSettin
 
 OutputFile::Place place(MovieIntent intent) {
     return intent == MovieIntent::live ? OutputFile::Place::inPlace : OutputFile::Place::beside;
+}
+
+std::optional<AudioEncoder> makeAudioEncoder(std::filesystem::path const& file, MovieSound sound) {
+    if (sound == MovieSound::none) return std::nullopt;
+    return AudioEncoder(file, sound == MovieSound::aac ? AudioCoding::aac : AudioCoding::pcm24, 2);
 }
 
 char const* formatName(MovieContainer container) { return container == MovieContainer::mov ? "mov" : "mp4"; }
@@ -54,6 +62,7 @@ struct MovieWriter::State {
     MovieWriterSettings settings;
     VideoEncoder video;
     ffmpeg::CodecContext const& encoder = video.context;
+    std::optional<AudioEncoder> audioEncoder;
     EncoderPicturePool pool;
     ffmpeg::OutputStream output;
     ffmpeg::Packet packet{av_packet_alloc()};
@@ -66,6 +75,7 @@ struct MovieWriter::State {
     State(std::filesystem::path const& file, MovieWriterSettings const& wanted)
         : settings(checked(file, wanted))
         , video((ffmpeg::prepareLibraries(), openEncoder(file, settings)))
+        , audioEncoder(makeAudioEncoder(file, settings.sound))
         , pool(settings.width, settings.height, video.drawn)
         , output(file, place(settings.intent), formatName(settings.container)) {
         if (!packet || !held) throw std::bad_alloc();
@@ -80,6 +90,7 @@ struct MovieWriter::State {
         stream.sample_aspect_ratio = encoder->sample_aspect_ratio;
         // Players of the system that made the format take HEVC under this tag only.
         if (settings.codec == MovieCodec::hevc) stream.codecpar->codec_tag = MKTAG('h', 'v', 'c', '1');
+        if (audioEncoder) audioEncoder->describe(output.addStream());
         if (settings.intent == MovieIntent::live) output.format().flags |= AVFMT_FLAG_FLUSH_PACKETS;
         output.begin(containerOptions(settings.intent));
     }
@@ -117,8 +128,16 @@ struct MovieWriter::State {
         output.write(*held, encoder->time_base);
     }
 
+    void drainAudio() {
+        while (audioEncoder->receive(*packet)) output.write(*packet, audioTimeBase, 1);
+    }
+
     void finish(std::optional<double> endTime) {
         send(nullptr);
+        if (audioEncoder) {
+            audioEncoder->finish();
+            drainAudio();
+        }
         auto const frameTicks = encoder->time_base.den / settings.fps;
         auto const end = endTime ? std::max(ticks(*endTime), lastTicks + 1) : lastTicks + frameTicks;
         if (isHolding) held->duration = end - lastTicks;
@@ -153,6 +172,17 @@ void MovieWriter::append(EncoderPicture picture, double presentationTime) {
     if (!converted) ffmpeg::throwWriting(file, Kind::refused, "the video hardware takes no more frames");
     state.send(converted);
     ++state.frames;
+}
+
+void MovieWriter::appendAudio(std::span<StereoSample const> samples) {
+    auto& state = *state_;
+    if (!state.audioEncoder) ffmpeg::throwWriting(state.output.file(), Kind::refused, "it was begun without sound");
+    state.audioEncoder->send(samples);
+    state.drainAudio();
+}
+
+std::int64_t MovieWriter::samplesAppended() const {
+    return state_->audioEncoder ? state_->audioEncoder->samplesSent() : 0;
 }
 
 void MovieWriter::finish(std::optional<double> endTime) {

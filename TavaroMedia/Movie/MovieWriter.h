@@ -4,13 +4,22 @@
 #include <filesystem>
 #include <memory>
 #include <optional>
+#include <span>
 
+#include <TavaroMedia/Audio/StereoSample.h>
 #include <TavaroMedia/Frames/PictureSink.h>
 
 namespace tavaro {
 
 enum class MovieContainer { mp4, mov };
 enum class MovieCodec { h264, hevc, proRes422 };
+
+/// The movie's sound, 48 kHz stereo.
+enum class MovieSound {
+    none,
+    aac, // 192 kbit/s
+    pcm, // 24 bits a sample, in MOV files
+};
 
 /// What the movie is for.
 enum class MovieIntent {
@@ -39,6 +48,7 @@ struct MovieWriterSettings {
     int keyFrameInterval = 0; // in frames; 0: two seconds' worth
     int threads = 0;          // of a software encoder; 0: one a core
     EncoderChoice encoder = EncoderChoice::software;
+    MovieSound sound = MovieSound::none;
 };
 
 /// Encodes pictures into a movie file. H.264 is High profile without reordered frames, HEVC is Main, ProRes is the 422
@@ -69,6 +79,11 @@ public:
     void append(EncoderPicture picture, double presentationTime) override;
 
     std::int64_t framesAppended() const;
+
+    /// The movie's next samples; the first sounds at time 0. Pictures and sound are stored side by side, so what comes
+    /// ahead of the other waits in memory: append them in step.
+    void appendAudio(std::span<StereoSample const> samples);
+    std::int64_t samplesAppended() const;
 
     /// Encodes what is under way, writes the index, and puts the movie under its name, synced to disk. The last frame
     /// lasts until `endTime`, or one frame of `fps`.

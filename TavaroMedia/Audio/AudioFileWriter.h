@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <span>
+
+#include <TavaroMedia/Audio/StereoSample.h>
+
+namespace tavaro {
+
+enum class AudioFileFormat {
+    whole16, // 16 bits a sample
+    floats,  // 32 bits, nothing rounded
+};
+
+/// Writes an uncompressed sound file (CAF) of 48 kHz. It appears under its name with `finish`, complete, or not at all.
+/// All failures are `MediaError`: `notWritable`, `diskFull`, `refused`.
+class AudioFileWriter {
+public:
+    /// One channel takes the mean of both sides.
+    AudioFileWriter(std::filesystem::path const& file, AudioFileFormat format, int channels = 2);
+    AudioFileWriter(AudioFileWriter&&) noexcept;
+    AudioFileWriter& operator=(AudioFileWriter&&) noexcept;
+    ~AudioFileWriter();
+
+    void append(std::span<StereoSample const> samples);
+    void finish();
+
+private:
+    struct State;
+    std::unique_ptr<State> state_;
+};
+
+}
