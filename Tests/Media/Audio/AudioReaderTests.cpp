@@ -47,7 +47,7 @@ constexpr Variant variants[] = {
     {"a.wav", "-c:a pcm_s16le", 0},
     {"b.flac", "-c:a flac", 0},
     {"c.m4a", "-c:a aac -b:a 192k", 1},
-    {"d.mka", "-c:a aac -b:a 192k", 48},
+    {"d.mka", "-c:a aac -b:a 192k", 1024}, // nothing in it tells what the encoder put before the sound
     {"e.mp3", "-c:a libmp3lame -b:a 192k", 1},
     {"f.ogg", "-c:a libvorbis", 1},
     {"g.mka", "-c:a libopus", 48},
@@ -56,7 +56,7 @@ constexpr Variant variants[] = {
     {"j.wav", "-ar 16000 -af 'pan=mono|c0=FL' -c:a pcm_f32le", 1},
     {"k.caf", "-ar 96000 -c:a pcm_s24be", 1},
     {"l.aiff", "-af 'pan=mono|c0=FL' -c:a pcm_s16be", 0},
-    {"m.ts", "-c:a aac -b:a 192k", 1024}, // it cannot tell what the encoder put before the sound
+    {"m.ts", "-c:a aac -b:a 192k", 1024}, // the same
 };
 
 TEST_F(AudioReaderTest, aTickKeepsItsPlaceInEveryKindOfFile) {
