@@ -11,10 +11,10 @@ CanvasRect centred(double width, double height, Size2 canvas) {
             height};
 }
 
-/// Origin on one axis of a recording that fills the canvas.
-double filledOrigin(double size, double canvas, double focus) {
-    double const overflow = size - canvas;
-    return overflow > 0 ? -overflow * std::clamp(focus, 0.0, 1.0) : -overflow / 2;
+/// Origin on one axis of a recording that fills the room in the middle of the canvas.
+double filledOrigin(double size, double canvas, double room, double focus) {
+    double const overflow = size - room;
+    return (canvas - room) / 2 - overflow * (overflow > 0 ? std::clamp(focus, 0.0, 1.0) : 0.5);
 }
 
 SinglePane framed(CanvasRect content, Size2 canvas, double padding, FrameInsets const& share) {
@@ -56,7 +56,18 @@ CanvasRect contentRect(Size2 source, Size2 canvas, ContentFit fit, UnitPoint2 fo
     double const width = static_cast<double>(source.width) * scale;
     double const height = static_cast<double>(source.height) * scale;
     if (fit == ContentFit::fit) return centred(width, height, canvas);
-    return {filledOrigin(width, canvasWidth, focus.x), filledOrigin(height, canvasHeight, focus.y), width, height};
+    return {filledOrigin(width, canvasWidth, roomX, focus.x), filledOrigin(height, canvasHeight, roomY, focus.y), width,
+            height};
+}
+
+CanvasRect coveringRect(Size2 source, CanvasRect const& pane, UnitPoint2 focus) {
+    if (source.width < 1 || source.height < 1 || pane.isEmpty()) return {};
+    double const scale =
+        std::max(pane.width / static_cast<double>(source.width), pane.height / static_cast<double>(source.height));
+    double const width = std::max(static_cast<double>(source.width) * scale, pane.width);
+    double const height = std::max(static_cast<double>(source.height) * scale, pane.height);
+    return {pane.x - (width - pane.width) * std::clamp(focus.x, 0.0, 1.0),
+            pane.y - (height - pane.height) * std::clamp(focus.y, 0.0, 1.0), width, height};
 }
 
 bool hasInsetBand(ScreenStyle const& style) { return style.inset > 0.0005 && style.frame == DeviceFrame::none; }

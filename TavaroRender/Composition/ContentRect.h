@@ -9,9 +9,12 @@ namespace tavaro {
 struct ScreenStyle;
 
 /// Where the recording lies on the canvas. `inset` is the free canvas on each side, a share of the canvas. `focus`
-/// counts only for `fill`, on an axis where the recording is larger than the canvas: 0 keeps its left or top edge, 1
-/// its right or bottom one. Empty when the source or the room left for it is.
+/// counts only for `fill`, on an axis where the recording is larger than the room left for it: 0 keeps its left or top
+/// edge there, 1 its right or bottom one. Empty when the source or the room left for it is.
 CanvasRect contentRect(Size2 source, Size2 canvas, ContentFit fit, UnitPoint2 focus, double inset);
+
+/// Where the recording lies when it covers all of a pane, as `fill` covers a canvas.
+CanvasRect coveringRect(Size2 source, CanvasRect const& pane, UnitPoint2 focus);
 
 /// The recording and what is drawn around it, of a canvas without camera pane.
 struct SinglePane {

@@ -1,14 +1,18 @@
 #include <TavaroRender/Composition/FrameComposer.h>
 
-#include <TavaroCore/Cursor/AutoPan.h>
 #include <TavaroCore/Project/DemoProject.h>
 #include <TavaroCore/Zoom/LoupeResolver.h>
 #include <TavaroCore/Zoom/ZoomResolver.h>
+#include <TavaroRender/Composition/CameraStage.h>
 #include <TavaroRender/Composition/ClickLook.h>
-#include <TavaroRender/Composition/ContentRect.h>
 #include <TavaroRender/Composition/FollowPaths.h>
 #include <TavaroRender/Composition/LoupeLens.h>
 #include <TavaroRender/Composition/PointerTrack.h>
+#include <TavaroRender/Composition/RedactionIndex.h>
+#include <TavaroRender/Composition/SceneGeometry.h>
+#include <TavaroRender/Composition/ScreenPlacement.h>
+#include <TavaroRender/Composition/SpanIndex.h>
+#include <TavaroRender/Composition/SplitPanes.h>
 
 namespace tavaro {
 
@@ -20,11 +24,28 @@ constexpr double pointerHeight = 24; // points of the desktop's own pointer, wit
 constexpr double smallestPointer = 0.016;
 constexpr double largestPointer = 0.06;
 
+constexpr double invisible = 0.001;
+constexpr double likelyAspect = 16.0 / 9; // of a camera that nobody has looked at yet
+
 double smallerSide(Size2 size) { return static_cast<double>(std::min(size.width, size.height)); }
 
-/// Fades what leaves the recording's rectangle, as a zoom can make the pointer do, over `reach` pixels.
-double insideOpacity(CanvasRect const& rect, CanvasPoint point, double reach) {
-    return 1 - std::clamp(rect.distance(point) / std::max(reach, 1.0), 0.0, 1.0);
+/// Fades what leaves the part of the recording that is shown, as a zoom or a pane can make the pointer do, and what
+/// lies on a recording that the camera covers.
+double shownOpacity(FrameState const& state, CanvasPoint point) {
+    auto const& content = state.contentRect;
+    auto const& clip = state.clipRect;
+    double const left = std::max(content.x, clip.x);
+    double const top = std::max(content.y, clip.y);
+    CanvasRect const shown{left, top, std::min(content.maxX(), clip.maxX()) - left,
+                           std::min(content.maxY(), clip.maxY()) - top};
+    double const reach = std::max(state.cursorSizePx * 0.6, 1.0);
+    return state.screenShare * (1 - std::clamp(shown.distance(point) / reach, 0.0, 1.0));
+}
+
+std::vector<TimeRange> rangesOf(std::vector<Overlay> const& overlays) {
+    std::vector<TimeRange> ranges;
+    for (auto const& overlay : overlays) ranges.push_back(overlay.range());
+    return ranges;
 }
 
 LoupeLens lens(FrameState const& state) {
@@ -35,7 +56,7 @@ LoupeLens lens(FrameState const& state) {
 }
 
 struct FrameComposer::Derived {
-    Derived(DemoProject const& original, Size2 canvasSize)
+    Derived(DemoProject const& original, Size2 canvasSize, double cameraAspect)
         : project(original)
         , canvas(canvasSize)
         , pointer(project)
@@ -43,7 +64,11 @@ struct FrameComposer::Derived {
         , source(project.croppedSourceSize())
         , intro(project.introDuration())
         , outro(project.outroDuration())
-        , pan(panPath()) {}
+        , screen(project, canvas, splitPanes(project.effectiveSplit(canvas), canvas, project.screen.padding).screen,
+                 pointer, follow)
+        , stage(project, canvas, cameraAspect, screen, pointer, follow)
+        , redactions(*project.redactions)
+        , overlays(rangesOf(project.overlays)) {}
 
     DemoProject const project;
     Size2 const canvas;
@@ -52,45 +77,23 @@ struct FrameComposer::Derived {
     Size2 const source;
     double const intro;
     double const outro;
-    std::vector<CursorSample> const pan; // of a recording that overflows the canvas; empty where none does
+    ScreenPlacement const screen;
+    CameraStage const stage;
+    RedactionIndex const redactions;
+    SpanIndex const overlays;
 
     double duration() const { return intro + project.duration() + outro; }
+    bool isEdit(double edit) const { return !(edit < 0 && intro > 0) && !(edit >= project.duration() && outro > 0); }
 
     std::optional<ShownSource> shown(double at) const;
-    std::vector<CursorSample> panPath() const;
-    UnitPoint2 focus(double at) const;
-    void placeScreen(FrameState& state, double at) const;
-    void placeCamera(FrameState& state, double at) const;
+    CameraState zoom(double at) const;
+    void placeZoom(FrameState& state, double at) const;
+    void placeScene(FrameState& state, double at) const;
     void placeLoupe(FrameState& state, double at) const;
     void placePointer(FrameState& state, double at) const;
     void placeClick(FrameState& state, double at) const;
     void listLayers(FrameState& state, double at) const;
 };
-
-/// Share of the recording that a filled canvas shows.
-static VisibleFraction visibleFraction(Size2 canvas, CanvasRect const& content) {
-    return {std::min(static_cast<double>(canvas.width) / content.width, 1.0),
-            std::min(static_cast<double>(canvas.height) / content.height, 1.0)};
-}
-
-std::vector<CursorSample> FrameComposer::Derived::panPath() const {
-    if (project.exportSettings.fit != ContentFit::fill) return {};
-    auto const content = contentRect(source, canvas, ContentFit::fill, UnitPoint2::center, project.screen.padding);
-    if (content.isEmpty()) return {};
-    auto const visible = visibleFraction(canvas, content);
-    if (visible.width >= 1 && visible.height >= 1) return {};
-    return FollowPaths::pan().path(pointer.samples({0, project.duration()}), visible);
-}
-
-/// Which part of a recording that overflows the canvas is kept: the one the pointer is in.
-UnitPoint2 FrameComposer::Derived::focus(double at) const {
-    auto const centre = AutoPan::centre(pan, at);
-    if (!centre) return UnitPoint2::center;
-    auto const content = contentRect(source, canvas, ContentFit::fill, UnitPoint2::center, project.screen.padding);
-    auto const visible = visibleFraction(canvas, content);
-    auto const axis = [](double c, double share) { return share < 1 ? (c - share / 2) / (1 - share) : 0.5; };
-    return {axis(centre->x, visible.width), axis(centre->y, visible.height)};
-}
 
 std::optional<ShownSource> FrameComposer::Derived::shown(double at) const {
     auto const* clip = project.timeline.clip(at);
@@ -98,22 +101,41 @@ std::optional<ShownSource> FrameComposer::Derived::shown(double at) const {
     return ShownSource{clip->asset, *project.timeline.sourceTime(at)};
 }
 
-void FrameComposer::Derived::placeScreen(FrameState& state, double at) const {
-    state.source = shown(at);
-    if (!state.source) return;
-    state.sourceSize = source;
-    auto const pane = singlePane(source, canvas, project.screen, project.exportSettings.fit, focus(at));
-    state.contentRect = pane.content;
-    state.clipRect = pane.clip;
-    state.frameInsets = pane.frame;
+CameraState FrameComposer::Derived::zoom(double at) const {
+    auto const centre = [&](ZoomEvent const& event, double t) { return follow.centre(event, t); };
+    return ZoomResolver::resolveWithVelocity(project.zoomEvents, at, shutter, CentreProvider{centre});
 }
 
-void FrameComposer::Derived::placeCamera(FrameState& state, double at) const {
-    auto const centre = [&](ZoomEvent const& event, double t) { return follow.centre(event, t); };
-    state.camera = ZoomResolver::resolveWithVelocity(project.zoomEvents, at, shutter, CentreProvider{centre});
+void FrameComposer::Derived::placeZoom(FrameState& state, double at) const {
+    state.camera = zoom(at);
     if (state.camera.velocity <= 0 || at < shutter) return;
-    auto const before = ZoomResolver::resolve(project.zoomEvents, at - shutter, CentreProvider{centre});
+    auto const before = zoom(at - shutter);
     state.cameraTravel = {state.camera.center.x - before.center.x, state.camera.center.y - before.center.y};
+}
+
+/// The recording and the camera, where the scene puts them.
+void FrameComposer::Derived::placeScene(FrameState& state, double at) const {
+    state.source = shown(at);
+    state.scene = stage.scene(at);
+    if (!state.source) return;
+    double const cameraTime = state.source->time + project.cameraOffset;
+    auto const scene = stage.at(at, cameraTime, state.camera);
+    state.sourceSize = source;
+    state.contentRect = scene.screen.content;
+    state.clipRect = scene.screen.clip;
+    state.frameInsets = scene.screen.frame;
+    state.screenShare = scene.screenShare;
+    auto const& camera = scene.camera;
+    state.cameraOpacity = camera.opacity;
+    if (!project.usesCamera() || camera.opacity <= invisible || camera.rect.isEmpty()) return;
+    state.cameraSource = ShownSource{*project.cameraAsset, cameraTime};
+    state.cameraBubbleRect = camera.rect;
+    state.cameraIsFullPane = camera.isPane;
+    state.cameraCornerRadius = camera.radius;
+    state.cameraChrome = camera.chrome > 0;
+    state.cameraChromeOpacity = camera.chrome;
+    state.cameraCrop = camera.crop;
+    state.cameraIsCutOut = camera.isCutOut;
 }
 
 void FrameComposer::Derived::placeLoupe(FrameState& state, double at) const {
@@ -138,7 +160,7 @@ void FrameComposer::Derived::placePointer(FrameState& state, double at) const {
     if (!state.cursorPosition || !project.cursor.isVisible) return;
     auto const point = canvasPoint(state, *state.cursorPosition);
     state.cursorCanvasPoint = lens(state).seen(point);
-    state.cursorOpacity = pointer.idleOpacity(at) * insideOpacity(state.contentRect, point, state.cursorSizePx * 0.6);
+    state.cursorOpacity = pointer.idleOpacity(at) * shownOpacity(state, point);
     if (project.cursor.motionBlur <= 0) return;
     auto const travel = pointer.travel(at, shutter);
     double const k = project.cursor.motionBlur * state.camera.scale;
@@ -156,18 +178,18 @@ void FrameComposer::Derived::placeClick(FrameState& state, double at) const {
     state.activeClick = ActiveClick{click->position, progress, cursor.clickEffect};
     state.clickCanvasPoint = lens(state).seen(point);
     state.clickRadiusPx = look.radius * state.cursorSizePx;
-    state.clickOpacity = look.opacity * insideOpacity(state.contentRect, point, state.cursorSizePx * 0.6);
+    state.clickOpacity = look.opacity * shownOpacity(state, point);
 }
 
 void FrameComposer::Derived::listLayers(FrameState& state, double at) const {
-    for (auto const& overlay : project.overlays) {
-        if (overlay.range().contains(at)) state.visibleOverlays.push_back(&overlay);
-    }
+    for (auto const item : overlays.holding(at)) state.visibleOverlays.push_back(&project.overlays[item]);
+    if (state.source) state.redactions = redactions.active(state.source->asset, state.source->time);
     if (project.captions.isEnabled) state.captionCue = project.captions.cue(at);
 }
 
-FrameComposer::FrameComposer(DemoProject const& project, Size2 canvas)
-    : derived_(std::make_unique<Derived>(project, canvas)) {}
+FrameComposer::FrameComposer(DemoProject const& project, Size2 canvas, std::optional<Size2> cameraSize)
+    : derived_(std::make_unique<Derived>(project, canvas,
+                                         cameraSize && cameraSize->height > 0 ? cameraSize->aspect() : likelyAspect)) {}
 FrameComposer::FrameComposer(FrameComposer&&) noexcept = default;
 FrameComposer& FrameComposer::operator=(FrameComposer&&) noexcept = default;
 FrameComposer::~FrameComposer() = default;
@@ -183,6 +205,16 @@ std::optional<ShownSource> FrameComposer::source(double at) const {
     return edit >= 0 ? derived_->shown(edit) : std::nullopt;
 }
 
+std::optional<ShownSource> FrameComposer::cameraSource(double at) const {
+    auto const& derived = *derived_;
+    double const edit = at - derived.intro;
+    if (!derived.project.usesCamera() || !derived.isEdit(edit)) return std::nullopt;
+    FrameState state;
+    state.canvas = derived.canvas;
+    derived.placeScene(state, edit);
+    return state.cameraSource;
+}
+
 FrameState FrameComposer::state(double at) const {
     auto const& derived = *derived_;
     auto const& project = derived.project;
@@ -191,22 +223,19 @@ FrameState FrameComposer::state(double at) const {
     state.canvas = derived.canvas;
     double const edit = at - derived.intro;
     state.editTime = edit;
-    if (edit < 0 && derived.intro > 0) {
-        state.titleCard = &*project.intro;
-        state.titleCardTime = at;
-    } else if (edit >= project.duration() && derived.outro > 0) {
-        state.titleCard = &*project.outro;
-        state.titleCardTime = edit - project.duration();
-    } else {
-        derived.placeScreen(state, edit);
-        derived.placeCamera(state, edit);
-        if (!state.contentRect.isEmpty()) {
-            derived.placeLoupe(state, edit);
-            derived.placePointer(state, edit);
-            derived.placeClick(state, edit);
-        }
-        derived.listLayers(state, edit);
+    if (!derived.isEdit(edit)) {
+        state.titleCard = edit < 0 ? &*project.intro : &*project.outro;
+        state.titleCardTime = edit < 0 ? at : edit - project.duration();
+        return state;
     }
+    derived.placeZoom(state, edit);
+    derived.placeScene(state, edit);
+    if (!state.contentRect.isEmpty()) {
+        derived.placeLoupe(state, edit);
+        derived.placePointer(state, edit);
+        derived.placeClick(state, edit);
+    }
+    derived.listLayers(state, edit);
     return state;
 }
 

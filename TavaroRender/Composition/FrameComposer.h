@@ -15,8 +15,9 @@ struct DemoProject;
 /// walk over the zooms and some binary searches, however long the take.
 class FrameComposer {
 public:
-    /// Keeps a copy of the project. The fit is that of the project's export settings.
-    FrameComposer(DemoProject const& project, Size2 canvas);
+    /// Keeps a copy of the project. The fit is that of the project's export settings. `cameraSize` is that of the
+    /// camera's movie; where it is not known, a picture of 16:9 is assumed.
+    FrameComposer(DemoProject const& project, Size2 canvas, std::optional<Size2> cameraSize = {});
     FrameComposer(FrameComposer&&) noexcept;
     FrameComposer& operator=(FrameComposer&&) noexcept;
     ~FrameComposer();
@@ -28,8 +29,9 @@ public:
 
     FrameState state(double at) const;
 
-    /// The part of `state` that tells which frame of the recording is shown.
+    /// The parts of `state` that tell which frames are shown: of the recording, and of the camera's movie.
     std::optional<ShownSource> source(double at) const;
+    std::optional<ShownSource> cameraSource(double at) const;
 
 private:
     struct Derived;

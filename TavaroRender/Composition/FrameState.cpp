@@ -2,11 +2,14 @@
 
 namespace tavaro {
 
-CanvasPoint canvasPoint(FrameState const& state, UnitPoint2 const& point) {
-    auto const& rect = state.contentRect;
-    double const u = (point.x - state.camera.center.x) * state.camera.scale + 0.5;
-    double const v = (point.y - state.camera.center.y) * state.camera.scale + 0.5;
+CanvasPoint canvasPoint(CanvasRect const& rect, CameraState const& camera, UnitPoint2 const& point) {
+    double const u = (point.x - camera.center.x) * camera.scale + 0.5;
+    double const v = (point.y - camera.center.y) * camera.scale + 0.5;
     return {rect.x + u * rect.width, rect.y + v * rect.height};
+}
+
+CanvasPoint canvasPoint(FrameState const& state, UnitPoint2 const& point) {
+    return canvasPoint(state.contentRect, state.camera, point);
 }
 
 }

@@ -46,9 +46,8 @@ struct ShownSource {
 /// Every number that drawing one frame takes. Lengths are canvas pixels unless a comment says otherwise. Pointers lead
 /// into the composer's project and live as long as the composer.
 struct FrameState {
-    double time = 0; // output seconds
-    double editTime =
-        0; // seconds of the edit, which begins after the intro: what the items of the project are timed in
+    double time = 0;     // output seconds
+    double editTime = 0; // of the edit, which begins after the intro: what the items of the project are timed in
     Size2 canvas;
     Size2 sourceSize; // of the recording after the crop; 0 × 0 while nothing of it is shown
     std::optional<ShownSource> source;
@@ -57,6 +56,7 @@ struct FrameState {
     CanvasRect contentRect;   // the recording
     CanvasRect clipRect;      // what the screen layer may paint
     CanvasInsets frameInsets; // device frame or band past the content
+    double screenShare = 1;   // 0…1: how much of the recording is to be seen; 0 where the camera fills the canvas
     SceneLayout scene = SceneLayout::screenOnly;
 
     std::optional<ShownSource> cameraSource; // the camera's picture, while there is one to show
@@ -65,6 +65,8 @@ struct FrameState {
     double cameraCornerRadius = 0;
     double cameraOpacity = 1;                 // 0…1
     bool cameraChrome = false;                // whether it draws border and shadow
+    double cameraChromeOpacity = 0;           // 0…1, of both
+    bool cameraIsCutOut = false;              // the person alone is shown, where there is a matte
     NormalizedRect cameraCrop = {0, 0, 1, 1}; // part of the camera's picture shown
 
     std::optional<UnitPoint2> cursorPosition; // in the cropped source
@@ -91,5 +93,6 @@ struct FrameState {
 
 /// Where a point of the cropped source lies on the canvas.
 CanvasPoint canvasPoint(FrameState const& state, UnitPoint2 const& point);
+CanvasPoint canvasPoint(CanvasRect const& contentRect, CameraState const& camera, UnitPoint2 const& point);
 
 }

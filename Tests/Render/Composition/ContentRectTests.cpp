@@ -36,12 +36,11 @@ TEST(ContentRect, fillKeepsTheEdgeThatTheFocusNames) {
     expectNear(contentRect(hd, vertical, ContentFit::fill, {7, 0}, 0), {1080 - width, 0, width, 1920});
 }
 
-TEST(ContentRect, fillCentresAnAxisThatLeavesRoom) {
-    // The padded canvas is 864 × 1536; the recording fills its height and overflows the canvas only in width.
-    auto const rect = contentRect(hd, {1080, 1920}, ContentFit::fill, {0, 0}, 0.1);
-    EXPECT_DOUBLE_EQ(rect.x, 0);
-    EXPECT_NEAR(rect.y, 192, 1e-9);
-    EXPECT_NEAR(rect.height, 1536, 1e-9);
+TEST(ContentRect, fillScalesAndFocusesOnThePaddedCanvas) {
+    // The padded canvas is 864 × 1536; the recording fills its height and overflows it only in width.
+    double const width = 1536.0 * 1920 / 1080;
+    expectNear(contentRect(hd, {1080, 1920}, ContentFit::fill, {0, 0}, 0.1), {108, 192, width, 1536});
+    expectNear(contentRect(hd, {1080, 1920}, ContentFit::fill, {1, 1}, 0.1), {972 - width, 192, width, 1536});
 }
 
 TEST(ContentRect, nothingIsDrawnOfASourceWithoutSizeOrACanvasWithoutRoom) {

@@ -1,0 +1,92 @@
+#include <TavaroRender/Composition/ScreenPlacement.h>
+
+#include <mutex>
+
+#include <TavaroCore/Project/DemoProject.h>
+#include <TavaroCore/Zoom/ZoomPresence.h>
+#include <TavaroRender/Composition/FollowPaths.h>
+#include <TavaroRender/Composition/PointerTrack.h>
+
+namespace tavaro {
+
+/// The way of the part shown over a recording that is larger than its place. Made when it is first asked for.
+struct ScreenPlacement::Pan {
+    VisibleFraction visible; // share of the recording that its place shows
+    mutable std::once_flag made;
+    mutable std::vector<CursorSample> path;
+
+    bool isStill() const { return visible.width >= 1 && visible.height >= 1; }
+};
+
+namespace {
+
+double shareOf(double place, double content) { return content > 0 ? std::min(place / content, 1.0) : 1; }
+
+/// What the camera zooms are about at a time, and how far they have come in; no weight without one.
+struct ZoomTarget {
+    UnitPoint2 point = UnitPoint2::center;
+    double weight = 0; // 0…1
+};
+
+ZoomTarget zoomTarget(DemoProject const& project, FollowPaths const& follow, double at) {
+    double sum = 0;
+    UnitPoint2 point{0, 0};
+    for (auto const& event : project.zoomEvents) {
+        double const weight = event.isLoupe() ? 0 : presence(event, at);
+        if (weight <= 0) continue;
+        auto const centre = follow.centre(event, at);
+        point = {point.x + centre.x * weight, point.y + centre.y * weight};
+        sum += weight;
+    }
+    if (sum <= 0) return {};
+    return {{point.x / sum, point.y / sum}, std::min(sum, 1.0)};
+}
+
+}
+
+ScreenPlacement::ScreenPlacement(DemoProject const& project, Size2 canvas, CanvasRect const& splitPane,
+                                 PointerTrack const& pointer, FollowPaths const& follow)
+    : project_(project)
+    , pointer_(pointer)
+    , follow_(follow)
+    , canvas_(canvas)
+    , source_(project.croppedSourceSize())
+    , splitPane_(splitPane)
+    , single_(std::make_unique<Pan>())
+    , split_(std::make_unique<Pan>()) {
+    if (project.exportSettings.fit == ContentFit::fill) {
+        double const share = 1 - 2 * project.screen.padding;
+        auto const content = contentRect(source_, canvas, ContentFit::fill, UnitPoint2::center, project.screen.padding);
+        single_->visible = {shareOf(share * static_cast<double>(canvas.width), content.width),
+                            shareOf(share * static_cast<double>(canvas.height), content.height)};
+    }
+    auto const content = coveringRect(source_, splitPane, UnitPoint2::center);
+    split_->visible = {shareOf(splitPane.width, content.width), shareOf(splitPane.height, content.height)};
+}
+
+ScreenPlacement::~ScreenPlacement() = default;
+
+UnitPoint2 ScreenPlacement::focus(Pan const& pan, double at, CameraState const& camera) const {
+    if (pan.isStill()) return UnitPoint2::center;
+    std::call_once(pan.made, [&] {
+        pan.path = FollowPaths::pan().path(pointer_.samples({0, project_.duration()}), pan.visible);
+    });
+    auto const pointed = AutoPan::centre(pan.path, at).value_or(UnitPoint2::center);
+    auto const zoomed = zoomTarget(project_, follow_, at);
+    auto const wanted = UnitPoint2::lerp(pointed, zoomed.point, zoomed.weight);
+    auto const axis = [&](double point, double middle, double share) {
+        double const place = (point - middle) * camera.scale + 0.5; // on the zoomed recording
+        return share < 1 ? std::clamp((place - share / 2) / (1 - share), 0.0, 1.0) : 0.5;
+    };
+    return {axis(wanted.x, camera.center.x, pan.visible.width), axis(wanted.y, camera.center.y, pan.visible.height)};
+}
+
+SinglePane ScreenPlacement::single(double at, CameraState const& camera) const {
+    return singlePane(source_, canvas_, project_.screen, project_.exportSettings.fit, focus(*single_, at, camera));
+}
+
+SinglePane ScreenPlacement::inSplit(double at, CameraState const& camera) const {
+    return {coveringRect(source_, splitPane_, focus(*split_, at, camera)), splitPane_, {}};
+}
+
+}
