@@ -9,6 +9,7 @@
 #include <TavaroCore/Export/ExportFile.h>
 #include <TavaroCore/Export/ExportPreset.h>
 #include <TavaroCore/Records/JSONWriter.h>
+#include <TavaroCore/Values/Timecode.h>
 #include <TavaroPlatform/Folders/Folders.h>
 #include <TavaroRender/Export/ExportError.h>
 #include <TavaroRender/Export/Exporter.h>
@@ -18,12 +19,17 @@
 
 #include <algorithm>
 #include <charconv>
+#include <chrono>
+#include <cmath>
+#include <map>
 
 namespace tavaro::commands {
 
 namespace {
 
 namespace fs = std::filesystem;
+
+enum class Toggle { unsaid, on, off };
 
 struct Options {
     std::string package;
@@ -34,9 +40,16 @@ struct Options {
     std::string container;
     std::string fit;
     std::int64_t bitrate = 0;
+    std::string encoder = "auto";
+    Toggle watermark = Toggle::unsaid;
+    Toggle audio = Toggle::unsaid;
     std::string output;
+    bool estimatesOnly = false;
     bool asJSON = false;
 };
+
+std::map<std::string, EncoderChoice> const encoderChoices{
+    {"auto", EncoderChoice::automatic}, {"software", EncoderChoice::software}, {"hardware", EncoderChoice::hardware}};
 
 /// "1920x1080"
 std::optional<Size2> parseSize(std::string_view text) {
@@ -71,13 +84,10 @@ ExportSettings settingsOfPreset(std::string const& id) {
     throw Error(fmt::format("There is no preset “{}”; `tavaro presets` lists them.", id));
 }
 
-/// What was asked for, else what the file's ending says, else what the codec needs.
-ExportContainer containerFor(Options const& options, ExportSettings const& settings) {
+/// What was asked for, else what the file's ending says; none where neither does.
+std::optional<ExportContainer> askedContainer(Options const& options) {
     auto const byEnding = containerOf(options.output);
-    if (options.container.empty()) {
-        if (byEnding) return *byEnding;
-        return settings.codec == VideoCodecChoice::proRes422 ? ExportContainer::mov : settings.container;
-    }
+    if (options.container.empty()) return byEnding;
     auto const asked = enumNamed<ExportContainer>(options.container).value();
     if (byEnding && *byEnding != asked) {
         throw CLI::ValidationError("--container",
@@ -86,16 +96,45 @@ ExportContainer containerFor(Options const& options, ExportSettings const& setti
     return asked;
 }
 
-/// The project's own settings or the preset's, with what was asked for on top.
+/// The GIF preset, in the shape of the project's canvas.
+ExportSettings settingsOfGIF(Size2 canvas) {
+    auto settings = settingsOfPreset("gif");
+    auto const longest = static_cast<double>(settings.size.width);
+    double const scale = longest / static_cast<double>(std::max({canvas.width, canvas.height, std::int64_t{1}}));
+    auto const side = [&](std::int64_t of) {
+        return std::max<std::int64_t>(std::llround(static_cast<double>(of) * scale), 16);
+    };
+    settings.size = Size2{side(canvas.width), side(canvas.height)}.evened();
+    return settings;
+}
+
+/// What the options do not say: the preset's settings, else the project's own, which hardly fit a GIF unless they are
+/// those of one.
+ExportSettings settingsBefore(Options const& options, DemoProject const& project,
+                              std::optional<ExportContainer> asked) {
+    if (!options.preset.empty()) return settingsOfPreset(options.preset);
+    bool const turnsIntoGIF = asked == ExportContainer::gif && project.exportSettings.container != ExportContainer::gif;
+    return turnsIntoGIF ? settingsOfGIF(project.canvas) : project.exportSettings;
+}
+
+ExportContainer containerFor(std::optional<ExportContainer> asked, ExportSettings const& settings) {
+    if (asked) return *asked;
+    bool const needsMOV = settings.codec == VideoCodecChoice::proRes422 && settings.container == ExportContainer::mp4;
+    return needsMOV ? ExportContainer::mov : settings.container;
+}
+
 ExportSettings settingsOf(Options const& options, DemoProject const& project) {
-    auto settings = options.preset.empty() ? project.exportSettings : settingsOfPreset(options.preset);
+    auto const asked = askedContainer(options);
+    auto settings = settingsBefore(options, project, asked);
     auto const before = settings;
     if (!options.size.empty()) settings.size = parseSize(options.size).value();
     if (options.fps > 0) settings.fps = options.fps;
     if (!options.codec.empty()) settings.codec = enumNamed<VideoCodecChoice>(options.codec).value();
     if (!options.fit.empty()) settings.fit = enumNamed<ContentFit>(options.fit).value();
     if (options.bitrate > 0) settings.bitrateOverride = options.bitrate;
-    settings.container = containerFor(options, settings);
+    if (options.watermark != Toggle::unsaid) settings.includeWatermark = options.watermark == Toggle::on;
+    if (options.audio != Toggle::unsaid) settings.includesAudio = options.audio == Toggle::on;
+    settings.container = containerFor(asked, settings);
     if (!(settings == before)) settings.presetID.reset();
     return settings;
 }
@@ -108,28 +147,102 @@ fs::path targetOf(Options const& options, ExportSettings const& settings, DemoPr
     return target += fmt::format(".{}", fileExtension(settings.container));
 }
 
-void exportProject(Options const& options) {
-    auto const [package, project] = openProject(options.package);
-    auto const settings = settingsOf(options, project);
-    Interruption const interruption;
-    Exporter exporter(project, package, settings);
-    ProgressLine line("Exporting", options.asJSON ? ProgressLine::Output::silent : ProgressLine::Output::automatic);
-    auto const written = exporter.exportFile(targetOf(options, settings, project), [&](ExportProgress const& progress) {
-        if (progress.stage != ExportStage::preparing) line.frames(progress.framesWritten, progress.totalFrames);
-        if (interruption.isRequested()) exporter.cancel();
-    });
-    if (!options.asJSON) {
-        fmt::print("{}\n", written.string());
-        return;
-    }
+/// What will be written: settled, before the first frame.
+struct Plan {
+    ExportSettings settings;
+    double duration = 0;
+    std::int64_t frames = 0;
+    std::int64_t estimatedBytes = 0;
+};
+
+std::string described(Plan const& plan) {
+    auto const& settings = plan.settings;
+    auto const format = settings.container == ExportContainer::gif
+                            ? std::string(displayName(settings.container))
+                            : fmt::format("{}, {}", displayName(settings.container), displayName(settings.codec));
+    return fmt::format("{} × {}, {} frames/s, {}, {} of {}, about {}", settings.size.width, settings.size.height,
+                       settings.fps, format, counted(static_cast<std::size_t>(plan.frames), "frame"),
+                       Timecode::format(plan.duration, Timecode::Fraction::hundredths),
+                       fileSizeText(plan.estimatedBytes));
+}
+
+void printJSON(Plan const& plan, fs::path const& file, std::optional<std::int64_t> bytes) {
     JSONWriter writer;
     writer.beginObject();
-    writer.key("frames");
-    writer.integer(exporter.totalFrames());
-    writer.key("path");
-    writer.string(written.string());
+    auto const number = [&](std::string_view key, std::int64_t value) {
+        writer.key(key);
+        writer.integer(value);
+    };
+    auto const text = [&](std::string_view key, std::string_view value) {
+        writer.key(key);
+        writer.string(value);
+    };
+    if (bytes) number("bytes", *bytes);
+    if (plan.settings.container != ExportContainer::gif) text("codec", nameOf(plan.settings.codec));
+    text("container", nameOf(plan.settings.container));
+    writer.key("duration");
+    writer.number(plan.duration);
+    number("estimatedBytes", plan.estimatedBytes);
+    number("fps", plan.settings.fps);
+    number("frames", plan.frames);
+    number("height", plan.settings.size.height);
+    text("path", file.string());
+    number("width", plan.settings.size.width);
     writer.endObject();
     fmt::print("{}\n", writer.take());
+}
+
+/// Beside the result, for who watches.
+void tell(Options const& options, std::string const& line) {
+    if (!options.asJSON) fmt::print(stderr, "{}\n", line);
+}
+
+fs::path write(Options const& options, Exporter& exporter, fs::path const& target) {
+    Interruption const interruption;
+    ProgressLine line("", options.asJSON ? ProgressLine::Output::silent : ProgressLine::Output::automatic);
+    auto const begun = std::chrono::steady_clock::now();
+    auto const written = exporter.exportFile(target, [&](ExportProgress const& progress) {
+        line.stage(displayName(progress.stage));
+        if (progress.stage == ExportStage::rendering) line.frames(progress.framesWritten, progress.totalFrames);
+        if (interruption.isRequested()) exporter.cancel();
+    });
+    double const seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begun).count();
+    auto const frames = exporter.totalFrames();
+    line.finish(fmt::format("{} in {:.1f} s, {:.0f} frames/s, {}", counted(static_cast<std::size_t>(frames), "frame"),
+                            seconds, static_cast<double>(frames) / seconds,
+                            fileSizeText(static_cast<std::int64_t>(fs::file_size(written)))));
+    return written;
+}
+
+void exportProject(Options const& options) {
+    auto const [package, project] = openProject(options.package);
+    auto settings = settingsOf(options, project);
+    if (auto const wanted = settings.size; wanted != wanted.evened()) {
+        settings.size = wanted.evened();
+        tell(options, fmt::format("{} × {} is written as {} × {}: the sides of a video are even.", wanted.width,
+                                  wanted.height, settings.size.width, settings.size.height));
+    }
+    Exporter exporter(project, package, settings, {.encoder = encoderChoices.at(options.encoder)});
+    Plan const plan{settings, exporter.duration(), exporter.totalFrames(),
+                    estimatedFileSize(settings, exporter.duration())};
+    auto const target = targetOf(options, settings, project);
+    if (options.estimatesOnly) {
+        if (options.asJSON) return printJSON(plan, unusedFile(target), {});
+        fmt::print("{}\n{}\n", described(plan), unusedFile(target).string());
+        return;
+    }
+    tell(options, described(plan));
+    auto const written = write(options, exporter, target);
+    if (options.asJSON) return printJSON(plan, written, static_cast<std::int64_t>(fs::file_size(written)));
+    fmt::print("{}\n", written.string());
+}
+
+/// --NAME and --no-NAME; the last one counts.
+void addToggle(CLI::App& command, std::string const& name, Toggle& toggle, std::string const& help) {
+    command.add_flag_callback(
+        "--" + name, [&toggle] { toggle = Toggle::on; }, help);
+    command.add_flag_callback(
+        "--no-" + name, [&toggle] { toggle = Toggle::off; }, "the opposite");
 }
 
 }
@@ -146,7 +259,14 @@ void addExport(CLI::App& app) {
     command->add_option("--fit", options->fit, "how the recording fills the canvas")->check(isNameOf<ContentFit>());
     command->add_option("--bitrate", options->bitrate, "bits per second")->check(CLI::Range(50'000, 2'000'000'000));
     command
-        ->add_option("-o,--output", options->output, "the file to write; never overwrites, a number is added instead")
+        ->add_option("--encoder", options->encoder, "auto (hardware that works, else software), software or hardware")
+        ->check(CLI::IsMember(encoderChoices));
+    addToggle(*command, "watermark", options->watermark, "draw “Made with Tavaro” on the video");
+    addToggle(*command, "audio", options->audio, "write the sound");
+    command->add_flag("--estimate", options->estimatesOnly, "only tell what would be written, and about how large");
+    command
+        ->add_option("-o,--output", options->output,
+                     "the file to write, .mp4, .mov or .gif; never overwrites, a number is added instead")
         ->check(outputProblem);
     command->add_flag("--json", options->asJSON, "print the result as JSON and no progress");
     command->callback([options] { exportProject(*options); });

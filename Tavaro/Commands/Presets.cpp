@@ -1,5 +1,6 @@
 #include <Tavaro/Commands/Command.h>
 
+#include <TavaroCore/Export/ExportFile.h>
 #include <TavaroCore/Export/ExportPreset.h>
 #include <TavaroCore/Records/JSON.h>
 #include <TavaroCore/Style/BackgroundPreset.h>
@@ -13,8 +14,12 @@ namespace {
 
 void printExportPresets() {
     for (auto const& preset : ExportPreset::all()) {
-        fmt::print("{:<15} {:<17} {:<36} {} {}\n", preset.id, preset.name, preset.detail, displayName(preset.container),
-                   preset.container == ExportContainer::gif ? "" : displayName(preset.codec));
+        auto const settings = preset.settings();
+        auto const format = preset.container == ExportContainer::gif
+                                ? std::string(displayName(preset.container))
+                                : fmt::format("{} {}", displayName(preset.container), displayName(preset.codec));
+        fmt::print("{:<15} {:<17} {:<36} {:<18} {:>7} a minute\n", preset.id, preset.name, preset.detail, format,
+                   fileSizeText(estimatedFileSize(settings, 60)));
     }
 }
 

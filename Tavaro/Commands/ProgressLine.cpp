@@ -1,12 +1,9 @@
 #include <Tavaro/Commands/ProgressLine.h>
 
-#include <TavaroCore/Values/Timecode.h>
-
 #include <fmt/format.h>
 
-#include <algorithm>
-#include <cmath>
 #include <cstdio>
+#include <sys/ioctl.h>
 #include <unistd.h>
 #include <utility>
 
@@ -16,13 +13,13 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr int barWidth = 30;
+constexpr double secondsUntilRate = 0.5; // before that, the start-up is all that a rate would tell
 
-std::string bar(double share) {
-    auto const filled = static_cast<int>(std::lround(share * barWidth));
-    std::string result;
-    for (int i = 0; i < barWidth; ++i) result += i < filled ? "█" : "░";
-    return result;
+/// Of the terminal, less the last one, where writing may break the line.
+int columns() {
+    winsize size{};
+    bool const isKnown = ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
+    return (isKnown ? size.ws_col : 80) - 1;
 }
 
 }
@@ -35,6 +32,8 @@ ProgressLine::ProgressLine(std::string title, Output output)
 ProgressLine::~ProgressLine() {
     if (hasShown_ && isTerminal_) fmt::print(stderr, "\n");
 }
+
+double ProgressLine::seconds() const { return std::chrono::duration<double>(Clock::now() - started_).count(); }
 
 bool ProgressLine::isDue(bool isLast) {
     auto const now = Clock::now();
@@ -52,23 +51,30 @@ void ProgressLine::show(std::string const& line) {
     hasShown_ = true;
 }
 
+void ProgressLine::stage(std::string_view title) {
+    if (title == title_) return;
+    title_ = title;
+    isFinished_ = false;
+    pace_ = {};
+    started_ = nextShow_ = Clock::now();
+    if (isTerminal_ && !isSilent_) show(fmt::format("{} …", title_));
+}
+
 void ProgressLine::frames(std::int64_t done, std::int64_t total) {
     bool const isLast = done == total && !std::exchange(isFinished_, done == total);
-    if (total <= 0 || !isDue(isLast)) return;
-    double const seconds = std::chrono::duration<double>(Clock::now() - started_).count();
-    double const rate = seconds > 0 ? static_cast<double>(done) / seconds : 0;
-    double const share = static_cast<double>(done) / static_cast<double>(total);
-    auto line = fmt::format("{} {}{:3.0f} %  {} of {} frames", title_, isTerminal_ ? bar(share) + " " : "", share * 100,
-                            done, total);
-    if (rate > 0) {
-        double const left = static_cast<double>(total - done) / rate;
-        line += fmt::format("  {:.0f} frames/s  {} left", rate, Timecode::format(std::ceil(left)));
-    }
-    show(line);
+    if (total <= 0) return;
+    pace_.note(seconds(), done);
+    if (!isDue(isLast)) return;
+    ProgressState const state{title_, done, total, seconds() >= secondsUntilRate || isLast ? pace_.rate() : 0};
+    show(isTerminal_ ? progressBar(state, columns()) : progressText(state));
 }
 
 void ProgressLine::text(std::string_view state) {
     if (isDue(false)) show(fmt::format("{} {}", title_, state));
+}
+
+void ProgressLine::finish(std::string const& summary) {
+    if (!isSilent_) show(summary);
 }
 
 }

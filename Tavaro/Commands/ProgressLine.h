@@ -1,5 +1,7 @@
 #pragma once
 
+#include <Tavaro/Commands/ProgressText.h>
+
 #include <chrono>
 #include <cstdint>
 #include <string>
@@ -18,13 +20,18 @@ public:
     ProgressLine(ProgressLine const&) = delete;
     ProgressLine& operator=(ProgressLine const&) = delete;
 
+    /// A new part of the work begins, under that title. The same title again changes nothing.
+    void stage(std::string_view title);
     /// Work of a known length: a bar with frames a second and the time left.
     void frames(std::int64_t done, std::int64_t total);
     /// Work without an end in sight: any text.
     void text(std::string_view state);
+    /// The last line, which stays.
+    void finish(std::string const& summary);
 
 private:
     using Clock = std::chrono::steady_clock;
+    double seconds() const;
     bool isDue(bool isLast);
     void show(std::string const& line);
 
@@ -33,6 +40,7 @@ private:
     bool isTerminal_;
     bool hasShown_ = false;
     bool isFinished_ = false;
+    Pace pace_;
     Clock::time_point started_ = Clock::now();
     Clock::time_point nextShow_ = started_;
 };

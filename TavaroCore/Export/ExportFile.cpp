@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <array>
 
+#include <fmt/format.h>
+
 namespace tavaro {
 
 namespace {
@@ -77,6 +79,14 @@ std::int64_t estimatedFileSize(ExportSettings const& settings, double duration) 
     double const picture = seconds * static_cast<double>(settings.bitrate()) / 8;
     double const audio = settings.includesAudio ? seconds * audioBytesPerSecond : 0;
     return static_cast<std::int64_t>(picture + audio + containerBytes);
+}
+
+std::string fileSizeText(std::int64_t bytes) {
+    constexpr std::array<std::string_view, 5> units{"bytes", "KB", "MB", "GB", "TB"};
+    double size = static_cast<double>(std::max<std::int64_t>(bytes, 0));
+    std::size_t unit = 0;
+    for (; size >= 999.5 && unit + 1 < units.size(); ++unit) size /= 1000;
+    return fmt::format("{:.{}f} {}", size, unit > 0 && size < 9.95 ? 1 : 0, units[unit]);
 }
 
 std::string suggestedFileName(ExportSettings const& settings, std::string_view projectName) {

@@ -12,6 +12,9 @@ struct ExportSettings;
 /// Bytes that an export of that many seconds takes, roughly.
 std::int64_t estimatedFileSize(ExportSettings const& settings, double duration);
 
+/// "640 KB", "14 MB", "1.2 GB": two figures or three, in powers of a thousand.
+std::string fileSizeText(std::int64_t bytes);
+
 /// Name of an export without its ending: the project's name, the size class of the canvas and the codec, as in
 /// "Onboarding 1080p HEVC". The size class is that of the canvas's smaller side, so a vertical movie is "1080p" too.
 /// Never longer than a file system takes, with room for an ending and a number.

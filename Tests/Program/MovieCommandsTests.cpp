@@ -204,6 +204,35 @@ TEST_F(MovieCommands, aFilmHasTheEndingOfItsContainer) {
     EXPECT_EQ(written({}), path("Movies/Tavaro/Exports/tour 36p.mp4") + "\n");
 }
 
+TEST_F(MovieCommands, aNameThatEndsInGIFMakesOneInTheShapeOfTheCanvas) {
+    auto const project = importMovie();
+    auto document = ProjectPackage(project).load();
+    document.canvas = {1080, 1920};
+    ProjectPackage(project).save(document);
+    auto const planned = tavaro({"export", project, "--estimate", "-o", path("tour.gif")});
+    EXPECT_THAT(planned.out, HasSubstr("540 × 960, 15 frames/s, GIF, 60 frames of 0:04.00, about 2"));
+    EXPECT_THAT(planned.out, HasSubstr(path("tour.gif") + "\n"));
+    EXPECT_FALSE(fs::exists(path("tour.gif")));
+    auto const written = tavaro({"export", project, "--size", "97x65", "--json", "-o", path("tour.gif")});
+    EXPECT_EQ(written.exitCode, 0) << written.error;
+    EXPECT_THAT(written.out, HasSubstr("\"width\":96"));
+    auto const info = MovieReader(path("tour.gif")).info();
+    EXPECT_EQ(info.codec, "gif");
+    EXPECT_EQ(info.height, 64);
+    EXPECT_NEAR(info.duration, 4, 0.011);
+}
+
+TEST_F(MovieCommands, anEstimateCountsWhatTheOptionsAskFor) {
+    auto const project = importMovie();
+    auto const bytes = [&](Arguments options) {
+        options.insert(options.begin(), {"export", project, "--estimate", "--json", "--fps", "30"});
+        auto const out = tavaro(options).out;
+        return std::stoll(out.substr(out.find("estimatedBytes") + 16));
+    };
+    EXPECT_EQ(bytes({"--bitrate", "800000"}) - bytes({"--bitrate", "800000", "--no-audio"}), 4 * 24'000);
+    EXPECT_EQ(bytes({"--preset", "web"}) - bytes({"--preset", "web", "--bitrate", "2000000"}), 4 * 250'000);
+}
+
 TEST_F(MovieCommands, aFramePastTheEndIsRefused) {
     auto const project = importMovie();
     EXPECT_EQ(tavaro({"frame", project, "--at", "4", "-o", path("last.png")}).exitCode, 0);
@@ -229,6 +258,9 @@ TEST_F(MovieCommands, wrongUsageIsToldApartFromFailure) {
                                                         {"record", "--window", "nobody"},
                                                         {"import", "clip.mp4", "-o", ""},
                                                         {"export", "p", "-o", "tour.avi"},
+                                                        {"export", "p", "--encoder", "turbo"},
+                                                        {"export", "p", "--size", "8x8"},
+                                                        {"export", "p", "--fps", "241"},
                                                         {"export", path("tour"), "--container", "mov", "-o", "a.mp4"},
                                                         {"frame", "", "--at", "1", "-o", "f.png"},
                                                         {"frame", "p", "--at", "x", "-o", "f.png"},

@@ -40,6 +40,15 @@ TEST(ExportFile, anEstimateCountsPictureSoundAndContainer) {
     EXPECT_EQ(estimatedFileSize(gif, 2), static_cast<std::int64_t>(2 * 960 * 540 * 15 * 0.08));
 }
 
+TEST(ExportFile, sizesAreToldInTwoOrThreeFigures) {
+    EXPECT_EQ(fileSizeText(999), "999 bytes");
+    EXPECT_EQ(fileSizeText(1'000), "1.0 KB");
+    EXPECT_EQ(fileSizeText(9'960), "10 KB");
+    EXPECT_EQ(fileSizeText(999'600), "1.0 MB") << "never 1000 KB";
+    EXPECT_EQ(fileSizeText(123'456'789), "123 MB");
+    EXPECT_EQ(fileSizeText(-5), "0 bytes");
+}
+
 TEST(ExportFile, aNameTellsProjectSizeClassAndCodec) {
     auto const name = [](std::string_view project, char const* preset) {
         return suggestedFileName(ExportPreset::withID(preset)->settings(), project);
