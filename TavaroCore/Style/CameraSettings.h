@@ -1,6 +1,7 @@
 #pragma once
 
 #include <TavaroCore/Records/Fields.h>
+#include <TavaroCore/Style/CameraLook.h>
 #include <TavaroCore/Values/Geometry.h>
 #include <TavaroCore/Values/RGBAColor.h>
 
@@ -21,13 +22,6 @@ enum class CameraPlacement { bottomLeft, bottomRight, topLeft, topRight, left, r
 
 constexpr std::array<std::string_view, 8> namesOf(CameraPlacement) {
     return {"bottomLeft", "bottomRight", "topLeft", "topRight", "left", "right", "top", "bottom"};
-}
-
-enum class CameraLook { natural, warm, cool, vivid, muted, film, golden, tealOrange, pastel, studio, mono, noir, lut };
-
-constexpr std::array<std::string_view, 13> namesOf(CameraLook) {
-    return {"natural",    "warm",   "cool",   "vivid", "muted", "film", "golden",
-            "tealOrange", "pastel", "studio", "mono",  "noir",  "lut"};
 }
 
 struct CameraSettings {

@@ -1,14 +1,31 @@
 #include <TavaroRender/Compositor/Compositor.h>
 
+#include <cstring>
+#include <utility>
+
 #include <TavaroRender/Compositor/RowExecutor.h>
 #include <TavaroRender/Compositor/ScreenTexture.h>
+#include <TavaroRender/Kernels/BlitUniforms.h>
+#include <TavaroRender/Kernels/CameraUniforms.h>
 #include <TavaroRender/Kernels/CompositeUniforms.h>
 #include <TavaroRender/Kernels/CursorUniforms.h>
 #include <TavaroRender/Kernels/FastComposite.h>
 #include <TavaroRender/Kernels/FastCursor.h>
 #include <TavaroRender/Kernels/Reference.h>
+#include <TavaroRender/Kernels/RegionUniforms.h>
 
 namespace tavaro {
+
+namespace {
+
+Image copyOf(ImageView image) {
+    Image copied(image.width, image.height);
+    for (int y = 0; y < image.height; ++y)
+        std::memcpy(copied.row(y), image.row(y), 4 * static_cast<std::size_t>(image.width));
+    return copied;
+}
+
+}
 
 struct Compositor::State {
     CompositorBackend backend;
@@ -47,6 +64,31 @@ void Compositor::cursorOverlay(CursorUniforms const& uniforms, MutableImageView 
     if (canvas.isEmpty()) return;
     auto const draw = state_->backend == CompositorBackend::cpu ? cursorOverlayFast : cursorOverlayReference;
     state_->inBands(canvas.height, [&](int begin, int end) { draw(uniforms, canvas, begin, end); });
+}
+
+void Compositor::cameraOverlay(CameraUniforms const& uniforms, ImageView camera, ImageView matte, CubeLUT const* lut,
+                               MutableImageView canvas) {
+    if (canvas.isEmpty()) return;
+    state_->inBands(canvas.height, [&](int begin, int end) {
+        cameraOverlayReference(uniforms, camera, matte, lut, canvas, begin, end);
+    });
+}
+
+void Compositor::blitLayer(BlitUniforms const& uniforms, ImageView layer, MutableImageView canvas) {
+    if (canvas.isEmpty()) return;
+    state_->inBands(canvas.height,
+                    [&](int begin, int end) { blitLayerReference(uniforms, layer, canvas, begin, end); });
+}
+
+void Compositor::regionEffect(RegionUniforms const& uniforms, ImageView source, MutableImageView target) {
+    if (source.isEmpty()) return;
+    Image copied;
+    if (source.pixels == target.pixels) {
+        copied = copyOf(source);
+        source = std::as_const(copied).view();
+    }
+    state_->inBands(target.height,
+                    [&](int begin, int end) { regionEffectReference(uniforms, source, target, begin, end); });
 }
 
 void Compositor::forgetBackground() { state_->fast.forget(); }

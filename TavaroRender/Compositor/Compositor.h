@@ -8,8 +8,12 @@ namespace tavaro {
 
 class RowExecutor;
 class ScreenTexture;
+struct BlitUniforms;
+struct CameraUniforms;
 struct CompositeUniforms;
+struct CubeLUT;
 struct CursorUniforms;
+struct RegionUniforms;
 
 enum class CompositorBackend {
     reference, // the formulas, pixel by pixel, in plain arithmetic: what correct means, and slow
@@ -38,6 +42,19 @@ public:
 
     /// Click effect and pointer, drawn over the canvas.
     void cursorOverlay(CursorUniforms const& uniforms, MutableImageView canvas);
+
+    /// The camera's picture in its box, or the person that the matte cuts out of it. The matte is the red channel of
+    /// `matte`, stretched over the camera's picture whatever its own size; without one the whole box is shown. `lut`
+    /// may be null. Both count only when the uniforms ask for them.
+    void cameraOverlay(CameraUniforms const& uniforms, ImageView camera, ImageView matte, CubeLUT const* lut,
+                       MutableImageView canvas);
+
+    /// A bitmap of premultiplied alpha, stretched to its rectangle.
+    void blitLayer(BlitUniforms const& uniforms, ImageView layer, MutableImageView canvas);
+
+    /// The source with one region changed. Both pictures have one size. `target` may be the source itself, and then
+    /// only what changes is touched: several effects need one copy.
+    void regionEffect(RegionUniforms const& uniforms, ImageView source, MutableImageView target);
 
     void forgetBackground();
 

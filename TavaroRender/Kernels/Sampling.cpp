@@ -13,22 +13,42 @@ Float3 texel(ImageView image, int x, int y) {
     return Float3{static_cast<float>(p[0]), static_cast<float>(p[1]), static_cast<float>(p[2])} * (1.0f / 255.0f);
 }
 
+/// The four texels round a point, and where it lies between them.
+struct TexelCell {
+    TexelCell(ImageView image, Float2 uv) {
+        auto const x = texelPosition(uv.x, image.width);
+        auto const y = texelPosition(uv.y, image.height);
+        auto const floorX = std::floor(x);
+        auto const floorY = std::floor(y);
+        x0 = std::clamp(static_cast<int>(floorX), 0, image.width - 1);
+        x1 = std::clamp(static_cast<int>(floorX) + 1, 0, image.width - 1);
+        y0 = std::clamp(static_cast<int>(floorY), 0, image.height - 1);
+        y1 = std::clamp(static_cast<int>(floorY) + 1, 0, image.height - 1);
+        fx = x - floorX;
+        fy = y - floorY;
+    }
+
+    int x0, x1, y0, y1;
+    float fx, fy;
+};
+
 float sharpenAmountFor(float up, float strength) { return saturate((up - 1.0f) * 0.6f) * 1.1f * strength; }
 
 }
 
 Float3 sampleBilinear(ImageView image, Float2 uv) {
-    auto const x = texelPosition(uv.x, image.width);
-    auto const y = texelPosition(uv.y, image.height);
-    auto const floorX = std::floor(x);
-    auto const floorY = std::floor(y);
-    auto const x0 = std::clamp(static_cast<int>(floorX), 0, image.width - 1);
-    auto const x1 = std::clamp(static_cast<int>(floorX) + 1, 0, image.width - 1);
-    auto const y0 = std::clamp(static_cast<int>(floorY), 0, image.height - 1);
-    auto const y1 = std::clamp(static_cast<int>(floorY) + 1, 0, image.height - 1);
-    auto const top = mix(texel(image, x0, y0), texel(image, x1, y0), x - floorX);
-    auto const bottom = mix(texel(image, x0, y1), texel(image, x1, y1), x - floorX);
-    return mix(top, bottom, y - floorY);
+    TexelCell const cell(image, uv);
+    auto const row = [&](int y) { return mix(texel(image, cell.x0, y), texel(image, cell.x1, y), cell.fx); };
+    return mix(row(cell.y0), row(cell.y1), cell.fy);
+}
+
+Float4 samplePixel(ImageView image, Float2 uv) {
+    TexelCell const cell(image, uv);
+    auto const alpha = [&](int x, int y) {
+        return static_cast<float>(image.row(y)[4 * static_cast<std::ptrdiff_t>(x) + 3]) * (1.0f / 255.0f);
+    };
+    auto const row = [&](int y) { return mix(alpha(cell.x0, y), alpha(cell.x1, y), cell.fx); };
+    return withAlpha(sampleBilinear(image, uv), mix(row(cell.y0), row(cell.y1), cell.fy));
 }
 
 Float2 aspectFillUV(Float2 uv, int imageWidth, int imageHeight, Float2 canvasSize) {

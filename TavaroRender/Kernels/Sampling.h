@@ -20,6 +20,8 @@ inline float texelPosition(float normalised, int size) {
 
 /// Bilinear sample at a normalised point, texel centres at +0.5, clamped to the edge; colours 0…1.
 Float3 sampleBilinear(ImageView image, Float2 uv);
+/// The same with alpha, all four channels alike.
+Float4 samplePixel(ImageView image, Float2 uv);
 
 /// Where a point of the canvas (normalised) lies in an image that fills the canvas and keeps its aspect.
 Float2 aspectFillUV(Float2 uv, int imageWidth, int imageHeight, Float2 canvasSize);

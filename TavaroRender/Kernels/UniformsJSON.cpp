@@ -40,4 +40,10 @@ CompositeUniforms decodeCompositeUniforms(std::string_view json) { return decode
 
 CursorUniforms decodeCursorUniforms(std::string_view json) { return decodeJSON<CursorUniforms>(json); }
 
+CameraUniforms decodeCameraUniforms(std::string_view json) { return decodeJSON<CameraUniforms>(json); }
+
+BlitUniforms decodeBlitUniforms(std::string_view json) { return decodeJSON<BlitUniforms>(json); }
+
+RegionUniforms decodeRegionUniforms(std::string_view json) { return decodeJSON<RegionUniforms>(json); }
+
 }
