@@ -16,8 +16,10 @@ namespace tavaro {
 namespace LayerContent {
 
 struct Title {
+    enum class Ground { picture, plain }; // over a picture, letters without a panel get a shadow
     std::string text;
     std::string subtitle;
+    Ground ground = Ground::picture;
     bool operator==(Title const&) const = default;
 };
 
@@ -63,9 +65,10 @@ struct Arrow {
     bool operator==(Arrow const&) const = default;
 };
 
-/// A rounded outline. Larger boxes are put together from pieces, which do not depend on the size.
+/// A rounded outline, and its filling where there is a background. A larger box is put together from nine pieces, whose
+/// looks do not depend on its size: the middle of each side and of the box may be stretched.
 struct Box {
-    enum class Piece { whole, corners };
+    enum class Piece { whole, topLeft, top, topRight, left, middle, right, bottomLeft, bottom, bottomRight };
     Piece piece = Piece::whole;
     std::int64_t width = 0; // of a whole one, canvas pixels
     std::int64_t height = 0;

@@ -1,0 +1,134 @@
+#include <TavaroRender/Layers/Drawing.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <numbers>
+#include <string>
+#include <vector>
+
+#include <TavaroCore/Errors/Error.h>
+
+namespace tavaro {
+
+namespace {
+
+constexpr int blurPasses = 3; // box filters one after the other come close to a Gaussian
+
+/// Means of windows of 2 × radius + 1 along a line of `count` alphas, `step` bytes apart; nothing lies past the ends.
+void blurLine(std::uint8_t* alphas, std::ptrdiff_t step, int count, int radius, std::vector<std::uint8_t>& line) {
+    for (int i = 0; i < count; ++i) line[static_cast<std::size_t>(radius + i)] = alphas[i * step];
+    unsigned const window = static_cast<unsigned>(2 * radius + 1);
+    unsigned sum = 0;
+    for (int i = 0; i < 2 * radius; ++i) sum += line[static_cast<std::size_t>(i)];
+    for (int i = 0; i < count; ++i) {
+        sum += line[static_cast<std::size_t>(i + 2 * radius)];
+        alphas[i * step] = static_cast<std::uint8_t>((sum + window / 2) / window);
+        sum -= line[static_cast<std::size_t>(i)];
+    }
+}
+
+void blurAlpha(cairo_surface_t* mask, int width, int height, int radius) {
+    if (radius < 1) return;
+    cairo_surface_flush(mask);
+    auto* const data = cairo_image_surface_get_data(mask);
+    auto const stride = static_cast<std::ptrdiff_t>(cairo_image_surface_get_stride(mask));
+    std::vector<std::uint8_t> line(static_cast<std::size_t>(std::max(width, height) + 2 * radius), 0);
+    for (int pass = 0; pass < blurPasses; ++pass) {
+        std::fill(line.begin(), line.end(), 0);
+        for (int y = 0; y < height; ++y) blurLine(data + y * stride, 1, width, radius, line);
+        std::fill(line.begin(), line.end(), 0);
+        for (int x = 0; x < width; ++x) blurLine(data + x, stride, height, radius, line);
+    }
+    cairo_surface_mark_dirty(mask);
+}
+
+}
+
+Drawing::Drawing(int width, int height)
+    : width_(std::max(width, 1))
+    , height_(std::max(height, 1))
+    , surface_(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, width_, height_))
+    , context_(cairo_create(surface_.get())) {
+    if (cairo_surface_status(surface_.get()) != CAIRO_STATUS_SUCCESS) {
+        throw Error("A text layer of " + std::to_string(width_) + " × " + std::to_string(height_) +
+                    " pixels could not be drawn because there is not enough memory.");
+    }
+}
+
+void Drawing::shadow(SoftShadow const& shadow, FunctionRef<void(cairo_t*)> shape) {
+    if (shadow.color.a <= 0) return;
+    CairoSurface const mask(cairo_image_surface_create(CAIRO_FORMAT_A8, width_, height_));
+    {
+        CairoContext const on(cairo_create(mask.get()));
+        cairo_translate(on.get(), 0, shadow.fall);
+        shape(on.get());
+    }
+    // Three boxes of radius r have a deviation of about r, which is half the spread.
+    blurAlpha(mask.get(), width_, height_, static_cast<int>(std::lround(shadow.spread / 2)));
+    setColor(cr(), shadow.color);
+    cairo_mask_surface(cr(), mask.get(), 0, 0);
+}
+
+std::shared_ptr<Image const> Drawing::finish() {
+    context_.reset();
+    cairo_surface_flush(surface_.get());
+    auto const* data = cairo_image_surface_get_data(surface_.get());
+    auto const stride = static_cast<std::ptrdiff_t>(cairo_image_surface_get_stride(surface_.get()));
+    auto image = std::make_shared<Image>(width_, height_);
+    for (int y = 0; y < height_; ++y) {
+        auto* to = image->row(y);
+        for (int x = 0; x < width_; ++x) {
+            std::uint32_t argb;
+            std::memcpy(&argb, data + y * stride + 4 * x, 4);
+            to[4 * x] = static_cast<std::uint8_t>(argb >> 16);
+            to[4 * x + 1] = static_cast<std::uint8_t>(argb >> 8);
+            to[4 * x + 2] = static_cast<std::uint8_t>(argb);
+            to[4 * x + 3] = static_cast<std::uint8_t>(argb >> 24);
+        }
+    }
+    surface_.reset();
+    return image;
+}
+
+void setColor(cairo_t* cr, RGBAColor const& color) { cairo_set_source_rgba(cr, color.r, color.g, color.b, color.a); }
+
+void addRounded(cairo_t* cr, CanvasRect const& rect, double radius) {
+    using std::numbers::pi;
+    double const r = std::clamp(radius, 0.0, std::max(std::min(rect.width, rect.height) / 2, 0.0));
+    cairo_new_sub_path(cr);
+    cairo_arc(cr, rect.maxX() - r, rect.y + r, r, -pi / 2, 0);
+    cairo_arc(cr, rect.maxX() - r, rect.maxY() - r, r, 0, pi / 2);
+    cairo_arc(cr, rect.x + r, rect.maxY() - r, r, pi / 2, pi);
+    cairo_arc(cr, rect.x + r, rect.y + r, r, pi, 3 * pi / 2);
+    cairo_close_path(cr);
+}
+
+void fillRounded(cairo_t* cr, CanvasRect const& rect, double radius, RGBAColor const& color) {
+    cairo_new_path(cr);
+    addRounded(cr, rect, radius);
+    setColor(cr, color);
+    cairo_fill(cr);
+}
+
+void strokeRounded(cairo_t* cr, CanvasRect const& rect, double radius, double width, RGBAColor const& color) {
+    CanvasRect const inner{rect.x + width / 2, rect.y + width / 2, rect.width - width, rect.height - width};
+    if (inner.isEmpty()) return;
+    cairo_new_path(cr);
+    addRounded(cr, inner, radius - width / 2);
+    setColor(cr, color);
+    cairo_set_line_width(cr, width);
+    cairo_stroke(cr);
+}
+
+double brightness(RGBAColor const& color) {
+    return std::clamp(0.299 * color.r + 0.587 * color.g + 0.114 * color.b, 0.0, 1.0);
+}
+
+RGBAColor withAlpha(RGBAColor const& color, double alpha) { return {color.r, color.g, color.b, alpha}; }
+
+RGBAColor mixed(RGBAColor const& a, RGBAColor const& b, double share) {
+    return {a.r + (b.r - a.r) * share, a.g + (b.g - a.g) * share, a.b + (b.b - a.b) * share, a.a + (b.a - a.a) * share};
+}
+
+}

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <memory>
+
+#include <TavaroCore/Records/FunctionRef.h>
+#include <TavaroCore/Values/RGBAColor.h>
+#include <TavaroMedia/Frames/Image.h>
+#include <TavaroRender/Composition/CanvasGeometry.h>
+#include <TavaroRender/Layers/TextHandles.h>
+
+namespace tavaro {
+
+/// A soft shadow: how far it spreads and falls, pixels.
+struct SoftShadow {
+    double spread = 0; // about twice the deviation of the blur
+    double fall = 0;   // downward
+    RGBAColor color = {0, 0, 0, 0.4};
+
+    /// How far it reaches past its shape on any side.
+    double reach() const { return spread * 1.5 + fall; }
+};
+
+/// A transparent bitmap to draw on.
+class Drawing {
+public:
+    /// Throws `Error` when there is no memory for it.
+    Drawing(int width, int height);
+
+    cairo_t* cr() const { return context_.get(); }
+    int width() const { return width_; }
+    int height() const { return height_; }
+
+    /// Draws the shadow of what `shape` draws; of that only the alpha counts.
+    void shadow(SoftShadow const& shadow, FunctionRef<void(cairo_t*)> shape);
+
+    /// The bitmap, RGBA premultiplied. Ends the drawing.
+    std::shared_ptr<Image const> finish();
+
+private:
+    int width_;
+    int height_;
+    CairoSurface surface_;
+    CairoContext context_;
+};
+
+void setColor(cairo_t* cr, RGBAColor const& color);
+/// Adds a rectangle with round corners to the path; the radius is at most half the smaller side.
+void addRounded(cairo_t* cr, CanvasRect const& rect, double radius);
+void fillRounded(cairo_t* cr, CanvasRect const& rect, double radius, RGBAColor const& color);
+/// A line of that width along the inside of the edge.
+void strokeRounded(cairo_t* cr, CanvasRect const& rect, double radius, double width, RGBAColor const& color);
+
+/// 0 (black) … 1 (white), as the eye weighs it.
+double brightness(RGBAColor const& color);
+RGBAColor withAlpha(RGBAColor const& color, double alpha);
+RGBAColor mixed(RGBAColor const& a, RGBAColor const& b, double share);
+
+}

@@ -1,0 +1,236 @@
+#include <TavaroRender/Layers/LayerList.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include <TavaroCore/Project/DemoProject.h>
+#include <TavaroRender/Composition/FrameState.h>
+#include <TavaroRender/Layers/BoxLayers.h>
+#include <TavaroRender/Layers/ReadableText.h>
+#include <TavaroRender/Layers/SpokenCaption.h>
+
+namespace tavaro {
+
+namespace {
+
+constexpr char const* watermarkText = "Made with Tavaro";
+constexpr double watermarkSize = 19; // pixels at a canvas whose smaller side is 1080
+constexpr double watermarkInset = 28;
+constexpr double edgeInset = 0.02; // of the canvas's smaller side; bodies keep that far from its edges
+constexpr double leastOpacity = 1.0 / 512;
+constexpr int arrowSteps = 16;
+// A box fades as what it marks leaves the recording's pane: shares of its area that are inside.
+constexpr double boxGone = 0.25;
+constexpr double boxWhole = 0.7;
+
+double smallerSide(FrameState const& state) {
+    return static_cast<double>(std::min(state.canvas.width, state.canvas.height));
+}
+
+/// The order in which overlays are drawn; nothing for those that are no layers.
+std::optional<int> rankOf(Overlay const& overlay) {
+    struct Rank {
+        using Result = std::optional<int>;
+        Result operator()(OverlayKind::Box const&) const { return 0; }
+        Result operator()(OverlayKind::Arrow const&) const { return 0; }
+        Result operator()(OverlayKind::Keycap const&) const { return 1; }
+        Result operator()(OverlayKind::Callout const&) const { return 1; }
+        Result operator()(OverlayKind::Command const&) const { return 1; }
+        Result operator()(OverlayKind::Code const&) const { return 1; }
+        Result operator()(OverlayKind::Title const&) const { return 2; }
+        Result operator()(OverlayKind::Blur const&) const { return std::nullopt; }
+        Result operator()(OverlayKind::Highlight const&) const { return std::nullopt; }
+        Result operator()(OverlayKind::Mask const&) const { return std::nullopt; }
+    };
+    return std::visit(Rank{}, overlay.kind.content);
+}
+
+LayerSpec specOf(FrameState const& state, double fontSize, RGBAColor const& color,
+                 std::optional<RGBAColor> const& background) {
+    return {.fontSize = fontSize,
+            .color = color,
+            .background = background,
+            .canvasWidth = state.canvas.width,
+            .canvasHeight = state.canvas.height};
+}
+
+double axis(double value, double side) { return (std::isfinite(value) ? std::clamp(value, 0.0, 1.0) : 0.5) * side; }
+
+CanvasPoint onCanvas(FrameState const& state, UnitPoint2 const& point) {
+    return {axis(point.x, static_cast<double>(state.canvas.width)),
+            axis(point.y, static_cast<double>(state.canvas.height))};
+}
+
+/// While a text is typed: how much of it is there.
+std::optional<std::int64_t> typed(double share, std::int64_t count) {
+    if (share >= 1) return std::nullopt;
+    return static_cast<std::int64_t>(std::ceil(std::clamp(share, 0.0, 1.0) * static_cast<double>(count)));
+}
+
+class Lister {
+public:
+    Lister(FrameState const& state, DemoProject const& project) : state_(state), project_(project) {}
+
+    std::vector<PlacedLayer> list() {
+        if (state_.titleCard) {
+            addCard(*state_.titleCard);
+            return std::move(layers_);
+        }
+        for (int rank = 0; rank < 3; ++rank) {
+            for (auto const* overlay : state_.visibleOverlays) {
+                if (rankOf(*overlay) == rank) addOverlay(*overlay);
+            }
+        }
+        if (state_.captionCue) addCaption(*state_.captionCue);
+        if (project_.exportSettings.includeWatermark) addWatermark();
+        return std::move(layers_);
+    }
+
+private:
+    void add(PlacedLayer layer, LayerPose const& pose) {
+        if (!(pose.opacity > leastOpacity)) return;
+        layer.opacity = std::min(pose.opacity, 1.0);
+        layer.drop = pose.drop * smallerSide(state_);
+        layer.scale = pose.scale;
+        layers_.push_back(std::move(layer));
+    }
+
+    void addText(Overlay const& overlay, LayerSpec::Kind kind, LayerPose const& pose, std::int64_t characters) {
+        PlacedLayer layer{.spec = specOf(state_, overlay.fontSize, overlay.color, overlay.backgroundColor),
+                          .at = onCanvas(state_, overlay.position)};
+        layer.spec.kind = std::move(kind);
+        layer.spec.shownCharacters = typed(pose.shown, characters);
+        add(std::move(layer), pose);
+    }
+
+    void addOverlay(Overlay const& overlay) {
+        auto const pose = overlayPose(overlay, state_.editTime);
+        if (!(pose.opacity > leastOpacity)) return;
+        auto const count = [&](std::string const& text) { return pose.shown < 1 ? graphemesOf(text) : 0; };
+        auto const& content = overlay.kind.content;
+        if (auto const* title = std::get_if<OverlayKind::Title>(&content)) {
+            addText(overlay, LayerSpec::Title{title->text, title->subtitle}, pose,
+                    count(title->text) + count(title->subtitle));
+        } else if (auto const* callout = std::get_if<OverlayKind::Callout>(&content)) {
+            addText(overlay, LayerSpec::Callout{callout->text}, pose, count(callout->text));
+        } else if (auto const* keycap = std::get_if<OverlayKind::Keycap>(&content)) {
+            addText(overlay, LayerSpec::Keycap{keycap->keys}, pose, static_cast<std::int64_t>(keycap->keys.size()));
+        } else if (auto const* command = std::get_if<OverlayKind::Command>(&content)) {
+            addText(overlay, LayerSpec::Command{command->text}, pose, count(command->text));
+        } else if (auto const* code = std::get_if<OverlayKind::Code>(&content)) {
+            addText(overlay, LayerSpec::Code{code->text, code->language}, pose, count(code->text));
+        } else if (auto const* arrow = std::get_if<OverlayKind::Arrow>(&content)) {
+            addArrow(overlay, *arrow, pose);
+        } else if (auto const* box = std::get_if<OverlayKind::Box>(&content)) {
+            addBoxOverlay(overlay, *box, pose);
+        }
+    }
+
+    void addArrow(Overlay const& overlay, OverlayKind::Arrow const& arrow, LayerPose const& pose) {
+        double const width = static_cast<double>(state_.canvas.width);
+        double const height = static_cast<double>(state_.canvas.height);
+        LayerSpec::Arrow kind{{arrow.from.x * width, arrow.from.y * height}, {arrow.to.x * width, arrow.to.y * height}};
+        kind.drawnSteps = static_cast<int>(std::ceil(std::clamp(pose.shown, 0.0, 1.0) * arrowSteps));
+        PlacedLayer layer{.spec = specOf(state_, overlay.fontSize, overlay.color, std::nullopt),
+                          .place = LayerPlace::arrow,
+                          .at = kind.from};
+        layer.spec.kind = kind;
+        add(std::move(layer), pose);
+    }
+
+    /// The box around a part of the recording, as far as the recording shows that part.
+    void addBoxOverlay(Overlay const& overlay, OverlayKind::Box const& box, LayerPose const& pose) {
+        if (!state_.source || state_.contentRect.isEmpty() || !(box.rect.width > 0) || !(box.rect.height > 0)) return;
+        auto const crop = project_.effectiveCrop();
+        auto const cropped = [&](double x, double y) {
+            return canvasPoint(state_, {(x - crop.x) / crop.width, (y - crop.y) / crop.height});
+        };
+        auto const begin = cropped(box.rect.x, box.rect.y);
+        auto const end = cropped(box.rect.maxX(), box.rect.maxY());
+        CanvasRect rect{begin.x, begin.y, end.x - begin.x, end.y - begin.y};
+        double const share = shareInside(rect, state_.clipRect);
+        double const opacity = pose.opacity * std::clamp((share - boxGone) / (boxWhole - boxGone), 0.0, 1.0);
+        if (!(opacity > leastOpacity)) return;
+        auto const centre = rect.center();
+        double const drop = pose.drop * smallerSide(state_);
+        rect = {centre.x - rect.width / 2 * pose.scale, centre.y - rect.height / 2 * pose.scale + drop,
+                rect.width * pose.scale, rect.height * pose.scale};
+        addBox(layers_, specOf(state_, overlay.fontSize, overlay.color, overlay.backgroundColor), rect,
+               std::min(opacity, 1.0));
+    }
+
+    static double shareInside(CanvasRect const& rect, CanvasRect const& pane) {
+        double const width = std::min(rect.maxX(), pane.maxX()) - std::max(rect.x, pane.x);
+        double const height = std::min(rect.maxY(), pane.maxY()) - std::max(rect.y, pane.y);
+        double const area = rect.width * rect.height;
+        return width > 0 && height > 0 && area > 0 ? width * height / area : 0;
+    }
+
+    void addCard(TitleCard const& card) {
+        auto const pose = cardPose(card, state_.titleCardTime);
+        PlacedLayer layer{.spec = specOf(state_, card.fontSize, card.textColor, std::nullopt),
+                          .at = onCanvas(state_, UnitPoint2::center)};
+        layer.spec.kind = LayerSpec::Title{card.text, card.subtitle, LayerSpec::Title::Ground::plain};
+        if (pose.shown < 1) {
+            layer.spec.shownCharacters = typed(pose.shown, graphemesOf(card.text) + graphemesOf(card.subtitle));
+        }
+        add(std::move(layer), pose);
+    }
+
+    void addCaption(CaptionCue const& cue) {
+        auto const& track = project_.captions;
+        PlacedLayer layer{.spec = specOf(state_, track.fontSize, track.color, track.backgroundColor),
+                          .at = onCanvas(state_, track.position)};
+        layer.spec.highlightColor = track.highlightColor;
+        layer.spec.kind = spokenCaption(track, cue, state_.editTime);
+        add(std::move(layer), captionPose(track.animation, cue, state_.editTime));
+    }
+
+    void addWatermark() {
+        PlacedLayer layer{.spec = specOf(state_, watermarkSize, RGBAColor::white, std::nullopt),
+                          .place = LayerPlace::corner};
+        layer.spec.kind = LayerSpec::Watermark{watermarkText};
+        add(std::move(layer), {});
+    }
+
+    FrameState const& state_;
+    DemoProject const& project_;
+    std::vector<PlacedLayer> layers_;
+};
+
+/// The begin of a body of that length, kept inside the canvas and clear of its edges where there is room.
+double keptInside(double begin, double length, double side, double inset) {
+    double const room = std::min(inset, (side - length) / 2);
+    return std::round(std::clamp(begin, std::min(room, side - length - room), std::max(side - length - room, room)));
+}
+
+CanvasPoint bodyAt(PlacedLayer const& layer, CanvasRect const& body) {
+    double const width = static_cast<double>(layer.spec.canvasWidth);
+    double const height = static_cast<double>(layer.spec.canvasHeight);
+    double const side = std::min(width, height);
+    if (layer.place == LayerPlace::arrow) return layer.at;
+    if (layer.place == LayerPlace::corner) {
+        double const inset = watermarkInset * side / 1080;
+        return {keptInside(width - inset - body.width, body.width, width, inset),
+                keptInside(height - inset - body.height, body.height, height, inset)};
+    }
+    return {keptInside(layer.at.x - body.width / 2, body.width, width, edgeInset * side),
+            keptInside(layer.at.y - body.height / 2, body.height, height, edgeInset * side)};
+}
+
+}
+
+std::vector<PlacedLayer> placedLayers(FrameState const& state, DemoProject const& project) {
+    if (state.canvas.width < 1 || state.canvas.height < 1) return {};
+    return Lister(state, project).list();
+}
+
+CanvasRect placed(PlacedLayer const& layer, double width, double height, CanvasRect const& body) {
+    if (layer.place == LayerPlace::stretched) return layer.rect;
+    auto const at = bodyAt(layer, body);
+    auto const centre = at + CanvasPoint{body.width / 2, body.height / 2 + layer.drop};
+    double const k = layer.scale;
+    return {centre.x - (body.x + body.width / 2) * k, centre.y - (body.y + body.height / 2) * k, width * k, height * k};
+}
+
+}

@@ -1,0 +1,71 @@
+#include <TavaroRender/Layers/LayerRasterizer.h>
+
+#include <optional>
+
+#include <TavaroRender/Layers/LayerCache.h>
+#include <TavaroRender/Layers/LayerDrawings.h>
+#include <TavaroRender/Layers/LayerList.h>
+#include <TavaroRender/Layers/TextFonts.h>
+
+namespace tavaro {
+
+struct LayerRasterizer::State {
+    explicit State(std::size_t cacheBytes) : cache(cacheBytes) {}
+
+    LayerCache cache;
+    std::optional<TextFonts> fonts; // found when the first text is drawn
+    std::int64_t rasterizations = 0;
+
+    TextFonts& ensureFonts() { return fonts ? *fonts : fonts.emplace(); }
+
+    DrawnLayer draw(LayerSpec const& spec) {
+        struct Draw {
+            State& state;
+            LayerSpec const& spec;
+
+            DrawnLayer operator()(LayerSpec::Title const& it) { return drawTitle(state.ensureFonts(), spec, it); }
+            DrawnLayer operator()(LayerSpec::Callout const& it) { return drawCallout(state.ensureFonts(), spec, it); }
+            DrawnLayer operator()(LayerSpec::Keycap const& it) { return drawKeycaps(state.ensureFonts(), spec, it); }
+            DrawnLayer operator()(LayerSpec::Command const& it) { return drawCommand(state.ensureFonts(), spec, it); }
+            DrawnLayer operator()(LayerSpec::Code const& it) { return drawCode(state.ensureFonts(), spec, it); }
+            DrawnLayer operator()(LayerSpec::Caption const& it) { return drawCaption(state.ensureFonts(), spec, it); }
+            DrawnLayer operator()(LayerSpec::Arrow const& it) { return drawArrow(spec, it); }
+            DrawnLayer operator()(LayerSpec::Box const& it) { return drawBox(spec, it); }
+            DrawnLayer operator()(LayerSpec::Watermark const& it) {
+                return drawWatermark(state.ensureFonts(), spec, it);
+            }
+        };
+        ++rasterizations;
+        return std::visit(Draw{*this, spec}, spec.kind);
+    }
+};
+
+LayerRasterizer::LayerRasterizer(std::size_t cacheBytes) : state_(std::make_unique<State>(cacheBytes)) {}
+LayerRasterizer::LayerRasterizer(LayerRasterizer&&) noexcept = default;
+LayerRasterizer& LayerRasterizer::operator=(LayerRasterizer&&) noexcept = default;
+LayerRasterizer::~LayerRasterizer() = default;
+
+DrawnLayer LayerRasterizer::drawn(LayerSpec const& spec) {
+    auto key = spec.cacheKey();
+    if (auto const* kept = state_->cache.find(key)) return *kept;
+    auto layer = state_->draw(spec);
+    state_->cache.insert(std::move(key), layer);
+    return layer;
+}
+
+std::vector<RasterLayer> LayerRasterizer::layers(FrameState const& state, DemoProject const& project) {
+    std::vector<RasterLayer> layers;
+    for (auto const& layer : placedLayers(state, project)) {
+        auto const bitmap = drawn(layer.spec);
+        if (!bitmap.texture) continue;
+        auto const rect = placed(layer, bitmap.texture->width(), bitmap.texture->height(), bitmap.body);
+        layers.push_back({bitmap.texture, rect, layer.opacity});
+    }
+    return layers;
+}
+
+std::int64_t LayerRasterizer::rasterizations() const { return state_->rasterizations; }
+
+std::size_t LayerRasterizer::cachedBytes() const { return state_->cache.bytes(); }
+
+}

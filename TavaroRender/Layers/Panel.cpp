@@ -1,0 +1,77 @@
+#include <TavaroRender/Layers/Panel.h>
+
+#include <algorithm>
+#include <cmath>
+#include <string>
+
+#include <TavaroRender/Layers/ReadableText.h>
+
+namespace tavaro {
+
+namespace {
+
+constexpr double usualSize = 36;
+constexpr double smallestSize = 4;
+constexpr double largestSize = 360;
+constexpr double darkText = 0.4; // brightness below which a text wants light behind it
+
+SoftShadow wideShadow(double em, RGBAColor const& behind) {
+    return {.spread = 0.42 * em, .fall = 0.06 * em, .color = withAlpha(behind, 0.52)};
+}
+
+SoftShadow tightShadow(double em, RGBAColor const& behind) {
+    return {.spread = 0.13 * em, .fall = 0.03 * em, .color = withAlpha(behind, 0.42)};
+}
+
+}
+
+LayerScale::LayerScale(LayerSpec const& spec)
+    : width(static_cast<double>(std::max<std::int64_t>(spec.canvasWidth, 1)))
+    , height(static_cast<double>(std::max<std::int64_t>(spec.canvasHeight, 1)))
+    , unit(std::min(width, height) / 1080)
+    , em((std::isfinite(spec.fontSize) ? std::clamp(spec.fontSize, smallestSize, largestSize) : usualSize) * unit) {}
+
+LayerDrawing::LayerDrawing(double bodyWidth, double bodyHeight, double margin)
+    : body_{std::ceil(margin), std::ceil(margin), std::ceil(std::max(bodyWidth, 1.0)),
+            std::ceil(std::max(bodyHeight, 1.0))}
+    , drawing_(static_cast<int>(body_.width + 2 * body_.x), static_cast<int>(body_.height + 2 * body_.y)) {}
+
+void LayerDrawing::drawPanel(Panel const& panel) {
+    drawing_.shadow(panel.shadow, [&](cairo_t* on) { fillRounded(on, body_, panel.radius, RGBAColor::black); });
+    fillRounded(cr(), body_, panel.radius, panel.color);
+    if (panel.hairline <= 0 || panel.color.a <= 0) return;
+    auto const edge = brightness(panel.color) < 0.5 ? RGBAColor{1, 1, 1, 0.14} : RGBAColor{0, 0, 0, 0.08};
+    strokeRounded(cr(), body_, panel.radius, panel.hairline, edge);
+}
+
+DrawnLayer LayerDrawing::finish() { return {drawing_.finish(), body_}; }
+
+RGBAColor panelColor(LayerSpec const& spec, double alpha) {
+    if (spec.background) return *spec.background;
+    return brightness(spec.color) < darkText ? RGBAColor::rgb(0xFAFAFC, alpha) : RGBAColor::rgb(0x15171C, alpha);
+}
+
+Panel panelOf(LayerSpec const& spec, double em, RGBAColor const& color) {
+    double const unit = LayerScale(spec).unit;
+    return {.radius = 0.45 * em,
+            .color = color,
+            .shadow = {.spread = 0.6 * em, .fall = 0.2 * em, .color = {0, 0, 0, 0.34 * std::clamp(color.a, 0.0, 1.0)}},
+            .hairline = std::max(1.5 * unit, 1.0)};
+}
+
+void paintBare(Drawing& drawing, TextBlock const& text, CanvasPoint at, RGBAColor const& color,
+               TextBlock::PaintOf paintOf) {
+    auto const behind = brightness(color) < darkText ? RGBAColor::white : RGBAColor::black;
+    auto const shape = [&](cairo_t* on) { text.paint(on, at, paintOf); };
+    drawing.shadow(wideShadow(text.size(), behind), shape);
+    drawing.shadow(tightShadow(text.size(), behind), shape);
+    text.paint(drawing.cr(), at, paintOf);
+}
+
+double bareReach(double em) { return wideShadow(em, RGBAColor::black).reach() + 0.3 * em; }
+
+std::size_t shownBytes(LayerSpec const& spec, std::string const& text) {
+    return spec.shownCharacters ? bytesOfGraphemes(text, *spec.shownCharacters) : text.size();
+}
+
+}

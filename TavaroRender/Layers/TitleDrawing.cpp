@@ -1,0 +1,93 @@
+#include <TavaroRender/Layers/LayerDrawings.h>
+
+#include <algorithm>
+
+#include <TavaroRender/Layers/Panel.h>
+#include <TavaroRender/Layers/ReadableText.h>
+
+namespace tavaro {
+
+namespace {
+
+constexpr std::size_t longestText = 400; // characters; more cannot be read in the time of a title
+constexpr double subtitleSize = 0.5;     // of the title's
+constexpr double subtitleStrength = 0.86;
+constexpr double gap = 0.5; // between the two, em of the title
+constexpr double padX = 0.85;
+constexpr double padY = 0.72;
+
+/// A title and what stands below it, centred.
+struct TitleText {
+    TextBlock title;
+    TextBlock subtitle;
+    double between = 0;
+
+    double width() const { return std::max(title.area().width, subtitle.area().width); }
+    double height() const { return title.area().height + between + subtitle.area().height; }
+    bool isEmpty() const { return title.isEmpty() && subtitle.isEmpty(); }
+};
+
+TextBlock blockOf(TextFonts& fonts, LayerSpec const& spec, std::string const& text, TextStyle const& style,
+                  TextRoom const& room) {
+    return TextBlock(fonts, text, style, room, {shownBytes(spec, text)});
+}
+
+TitleText textOf(TextFonts& fonts, LayerSpec const& spec, LayerSpec::Title const& title) {
+    LayerScale const scale(spec);
+    bool const isTall = scale.height > scale.width;
+    TextRoom room{.width = 0.84 * scale.width - 2 * (spec.background ? padX * scale.em : 0),
+                  .height = 0.5 * scale.height,
+                  .lines = isTall ? 5 : 3,
+                  .smallest = 0.4};
+    room.width = std::max(room.width, 0.5 * scale.width);
+    TextStyle const large{
+        .face = TextFace::display, .size = scale.em, .weight = 700, .tracking = -0.018, .lineHeight = 1.14};
+    TextStyle const small{.size = subtitleSize * scale.em, .weight = 500, .lineHeight = 1.35};
+    auto const first = readableText(title.text, longestText);
+    auto const second = readableText(title.subtitle, longestText);
+    LayerSpec rest = spec;
+    if (rest.shownCharacters)
+        rest.shownCharacters = std::max<std::int64_t>(*spec.shownCharacters - graphemesOf(first), 0);
+    TitleText text{blockOf(fonts, spec, first, large, room), {fonts, "", small, room}, 0};
+    room.height = 0.22 * scale.height;
+    text.subtitle = blockOf(fonts, rest, second, small, room);
+    if (!text.title.isEmpty() && !text.subtitle.isEmpty()) text.between = gap * text.title.size();
+    return text;
+}
+
+}
+
+DrawnLayer drawTitle(TextFonts& fonts, LayerSpec const& spec, LayerSpec::Title const& title) {
+    auto const text = textOf(fonts, spec, title);
+    if (text.isEmpty()) return {};
+    double const em = text.title.isEmpty() ? text.subtitle.size() / subtitleSize : text.title.size();
+    double const x = spec.background ? padX * em : 0;
+    double const y = spec.background ? padY * em : 0;
+    auto const panel = panelOf(spec, em, spec.background.value_or(RGBAColor::clear));
+    bool const isBare = !spec.background && title.ground == LayerSpec::Title::Ground::picture;
+    double const margin = spec.background ? panel.shadow.reach() : bareReach(em);
+    LayerDrawing layer(text.width() + 2 * x, text.height() + 2 * y, margin);
+    if (spec.background) layer.drawPanel(panel);
+
+    double top = layer.body().y + y;
+    auto typed = spec.shownCharacters;
+    for (auto const* block : {&text.title, &text.subtitle}) {
+        if (block->isEmpty()) continue;
+        bool const isSubtitle = block == &text.subtitle;
+        auto const color = isSubtitle ? withAlpha(spec.color, spec.color.a * subtitleStrength) : spec.color;
+        std::size_t const shown = typed ? bytesOfGraphemes(block->text(), *typed) : std::string::npos;
+        auto const paintOf = [&](std::size_t byte) { return TextPaint{.color = color, .isShown = byte < shown}; };
+        auto const area = block->area();
+        CanvasPoint const at{layer.body().center().x - area.width / 2 - area.x, top - area.y};
+        if (isBare) {
+            paintBare(layer.drawing(), *block, at, color, paintOf);
+        } else {
+            block->paint(layer.cr(), at, paintOf);
+        }
+        top += area.height + text.between;
+        if (typed) typed = std::max<std::int64_t>(*typed - graphemesOf(block->text()), 0);
+    }
+    return layer.finish();
+}
+
+}
