@@ -31,7 +31,7 @@ TextStyle styleOf(LayerSpec::Caption const& caption, double em) {
         return {.face = face == TextFace::text ? TextFace::display : face,
                 .size = 1.42 * em,
                 .weight = 800,
-                .tracking = -0.012,
+                .tracking = 0.002,
                 .lineHeight = 1.2};
     case CaptionStyle::karaoke:
         return {.face = face, .size = em, .weight = 700, .tracking = -0.006, .lineHeight = 1.36};

@@ -20,7 +20,7 @@ SoftShadow wideShadow(double em, RGBAColor const& behind) {
 }
 
 SoftShadow tightShadow(double em, RGBAColor const& behind) {
-    return {.spread = 0.13 * em, .fall = 0.03 * em, .color = withAlpha(behind, 0.42)};
+    return {.spread = 0.13 * em, .fall = 0.03 * em, .color = withAlpha(behind, 0.48)};
 }
 
 }

@@ -78,20 +78,22 @@ bool isRightToLeft(PangoGlyphItem const& run) { return run.item->analysis.level 
 }
 
 TextBlock::TextBlock(TextFonts& fonts, std::string text, TextStyle style, TextRoom const& room,
-                     std::vector<std::size_t> const& cuts)
+                     std::vector<std::size_t> cuts)
     : text_(std::move(text))
-    , style_(style) {
+    , style_(style)
+    , cuts_(std::move(cuts)) {
+    std::sort(cuts_.begin(), cuts_.end());
     if (isBlank(text_) || !(room.width > 0)) return;
     if (room.wrap == LineWrap::none) text_ = firstParagraphs(text_, std::max(room.lines, 1));
-    fit(fonts, room, cuts);
+    fit(fonts, room);
     capHeight_ = fonts.capHeight(style_) * style_.size;
     place(room);
 }
 
-void TextBlock::fit(TextFonts& fonts, TextRoom const& room, std::vector<std::size_t> const& cuts) {
+void TextBlock::fit(TextFonts& fonts, TextRoom const& room) {
     double const smallest = style_.size * std::clamp(room.smallest, 0.01, 1.0);
     auto const lay = [&] {
-        layout_ = fonts.layout(text_, style_, cuts);
+        layout_ = fonts.layout(text_, style_, cuts_);
         if (room.wrap == LineWrap::balanced) pango_layout_set_width(layout_.get(), units(room.width));
     };
     for (lay(); !fits(room) && style_.size > smallest; lay())
@@ -193,6 +195,23 @@ void TextBlock::eachRun(CanvasPoint at, FunctionRef<void(PangoGlyphItem*, double
     }
 }
 
+/// A stretch may be several runs, as Kana and Han are, on more than one line; it is covered in the order it is read in.
+double TextBlock::covered(PangoGlyphItem const& run, double share) const {
+    auto const stretchOf = [&](int byte) {
+        return std::upper_bound(cuts_.begin(), cuts_.end(), static_cast<std::size_t>(byte)) - cuts_.begin();
+    };
+    auto const stretch = stretchOf(run.item->offset);
+    double before = 0;
+    double whole = 0;
+    eachRun({}, [&](PangoGlyphItem* other, double, double) {
+        if (stretchOf(other->item->offset) != stretch) return;
+        double const width = pixels(pango_glyph_string_get_width(other->glyphs));
+        whole += width;
+        if (other->item->offset < run.item->offset) before += width;
+    });
+    return std::clamp(share * whole - before, 0.0, pixels(pango_glyph_string_get_width(run.glyphs)));
+}
+
 void TextBlock::paint(cairo_t* cr, CanvasPoint at, PaintOf paintOf) const {
     eachRun(at, [&](PangoGlyphItem* run, double x, double y) {
         auto const paint = paintOf(static_cast<std::size_t>(run->item->offset));
@@ -201,14 +220,15 @@ void TextBlock::paint(cairo_t* cr, CanvasPoint at, PaintOf paintOf) const {
         setColor(cr, paint.color);
         paintGlyphs(cr, run->item->analysis.font, glyphs);
         if (!paint.over || paint.overShare <= 0) return;
-        double const width = pixels(pango_glyph_string_get_width(run->glyphs));
-        double const covered = width * std::min(paint.overShare, 1.0);
-        double const reach = 2 * style_.size;
-        double const begin = isRightToLeft(*run) ? x + width - covered : x - (paint.overShare >= 1 ? reach : 0);
-        cairo_save(cr);
-        cairo_rectangle(cr, begin, y - reach, covered + (paint.overShare >= 1 ? 2 * reach : 0), 2 * reach);
-        cairo_clip(cr);
         setColor(cr, *paint.over);
+        if (paint.overShare >= 1) return paintGlyphs(cr, run->item->analysis.font, glyphs);
+        double const width = covered(*run, paint.overShare);
+        double const whole = pixels(pango_glyph_string_get_width(run->glyphs));
+        double const reach = 4 * style_.size;
+        if (width <= 0) return;
+        cairo_save(cr);
+        cairo_rectangle(cr, isRightToLeft(*run) ? x + whole - width : x, y - reach, width, 2 * reach);
+        cairo_clip(cr);
         paintGlyphs(cr, run->item->analysis.font, glyphs);
         cairo_restore(cr);
     });

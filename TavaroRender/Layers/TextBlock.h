@@ -40,7 +40,7 @@ class TextBlock {
 public:
     /// `cuts`: bytes at which the painting may change.
     TextBlock(TextFonts& fonts, std::string text, TextStyle style, TextRoom const& room,
-              std::vector<std::size_t> const& cuts = {});
+              std::vector<std::size_t> cuts = {});
 
     std::string const& text() const { return text_; }
     bool isEmpty() const { return lines_.empty(); }
@@ -73,15 +73,18 @@ private:
         double width = 0;
     };
 
-    void fit(TextFonts& fonts, TextRoom const& room, std::vector<std::size_t> const& cuts);
+    void fit(TextFonts& fonts, TextRoom const& room);
     bool fits(TextRoom const& room) const;
     void balance(TextRoom const& room);
     void place(TextRoom const& room);
+    /// How many pixels at the beginning of a run are covered when `share` of its stretch is.
+    double covered(PangoGlyphItem const& run, double share) const;
     /// Calls `visit(run, x, baseline)` for each run in visual order.
     void eachRun(CanvasPoint at, FunctionRef<void(PangoGlyphItem*, double, double)> visit) const;
 
     std::string text_;
     TextStyle style_;
+    std::vector<std::size_t> cuts_; // ascending
     PangoLayoutHandle layout_;
     double capHeight_ = 0;
     std::vector<Line> lines_;
