@@ -61,7 +61,7 @@ void ExportJob::prepareBackground() {
 ImageView ExportJob::frame(double at) {
     auto const source = composer.source(at);
     auto const screen = source ? recording.frame(source->asset, source->time) : VideoFrame();
-    return renderer.render(composer.state(at), composer.project(), screen);
+    return renderer.render(composer.state(at), composer.project(), {screen});
 }
 
 }

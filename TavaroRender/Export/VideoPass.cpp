@@ -77,7 +77,7 @@ void Pipeline::draw(std::function<void(ExportProgress const&)> const& progress) 
         if (pass.isCancelled) throw ExportError::cancelled();
         auto const screen = decoded.pop();
         if (!screen) return;
-        auto const canvas = pass.renderer.render(pass.composer.state(time(n)), pass.composer.project(), *screen);
+        auto const canvas = pass.renderer.render(pass.composer.state(time(n)), pass.composer.project(), {*screen});
         auto picture = blank.pop();
         if (!picture) return;
         fillPicture(*picture, canvas, PixelOrder::rgba,

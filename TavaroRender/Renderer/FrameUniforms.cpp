@@ -8,6 +8,7 @@
 #include <TavaroCore/Project/DemoProject.h>
 #include <TavaroRender/Composition/ContentRect.h>
 #include <TavaroRender/Composition/FrameState.h>
+#include <TavaroRender/Renderer/CameraPass.h>
 
 namespace tavaro {
 
@@ -102,6 +103,14 @@ CanvasRect beyondTheEdges(CanvasRect clip, Size2 canvas, ScreenStyle const& styl
     return clip;
 }
 
+/// 0…1: how much of a device frame is there; a scene without one takes it away bit by bit.
+double frameShare(CanvasInsets const& insets, DeviceFrame frame, double contentWidth) {
+    auto const nominal = tavaro::insets(frame);
+    double const wanted = (nominal.left + nominal.top + nominal.right + nominal.bottom) * contentWidth;
+    double const shown = insets.left + insets.top + insets.right + insets.bottom;
+    return wanted > 0 && shown > 0.5 ? std::min(shown / wanted, 1.0) : 0;
+}
+
 void fillScreenLayer(CompositeUniforms& uniforms, FrameState const& state, ScreenStyle const& style) {
     // Radii and widths are told at a canvas whose smaller side is 1080.
     double const unit = static_cast<double>(std::min(state.canvas.width, state.canvas.height)) / 1080;
@@ -122,8 +131,9 @@ void fillScreenLayer(CompositeUniforms& uniforms, FrameState const& state, Scree
     uniforms.shadowOffsetY = static_cast<float>(style.shadowOffsetY * unit);
     uniforms.shadowOpacity = static_cast<float>(std::clamp(style.shadowOpacity, 0.0, 1.0));
     uniforms.frameTint = float4(style.frameTint);
-    uniforms.frameRadius = static_cast<float>(outerRadius(style.frame) * state.contentRect.width);
-    uniforms.frameMode = static_cast<int>(style.frame);
+    double const whole = frameShare(frame, style.frame, state.contentRect.width);
+    uniforms.frameRadius = static_cast<float>(outerRadius(style.frame) * state.contentRect.width * whole);
+    uniforms.frameMode = whole > 0 ? static_cast<int>(style.frame) : 0;
     if (!hasInsetBand(style)) return;
     uniforms.frameMode = insetBandMode;
     uniforms.matColor = float4(style.insetColor);
@@ -132,7 +142,7 @@ void fillScreenLayer(CompositeUniforms& uniforms, FrameState const& state, Scree
     uniforms.innerRadius = std::max(uniforms.cornerRadius - gap, uniforms.cornerRadius * 0.35f);
 }
 
-void fillCamera(CompositeUniforms& uniforms, FrameState const& state, DemoProject const& project) {
+void fillZoom(CompositeUniforms& uniforms, FrameState const& state, DemoProject const& project) {
     auto const& camera = state.camera;
     uniforms.zoomCenter = float2(camera.center.x, camera.center.y);
     uniforms.zoomScale = static_cast<float>(camera.scale);
@@ -215,7 +225,11 @@ void fillCursorPasses(FrameUniforms& frame, FrameState const& state, CursorSetti
 
 }
 
-FrameUniforms frameUniforms(FrameState const& state, DemoProject const& project) {
+bool FrameUniforms::hasSamePointer(FrameUniforms const& other) const {
+    return cursorPasses == other.cursorPasses && cursor[0] == other.cursor[0] && cursor[1] == other.cursor[1];
+}
+
+FrameUniforms frameUniforms(FrameState const& state, DemoProject const& project, CameraMeans const& means) {
     FrameUniforms frame;
     auto& composite = frame.composite;
     composite.canvasSize = float2(static_cast<double>(state.canvas.width), static_cast<double>(state.canvas.height));
@@ -225,9 +239,10 @@ FrameUniforms frameUniforms(FrameState const& state, DemoProject const& project)
         return frame;
     }
     std::visit(BackgroundFiller{composite, state.time}, project.background.content);
+    if (means.hasPicture) frame.camera = cameraPass(state, project, means.hasMatte, means.hasTable);
     if (state.contentRect.isEmpty()) return frame;
     fillScreenLayer(composite, state, project.screen);
-    fillCamera(composite, state, project);
+    fillZoom(composite, state, project);
     fillLoupe(composite, state);
     fillCursorPasses(frame, state, project.cursor);
     return frame;

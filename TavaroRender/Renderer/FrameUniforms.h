@@ -1,5 +1,8 @@
 #pragma once
 
+#include <optional>
+
+#include <TavaroRender/Kernels/CameraUniforms.h>
 #include <TavaroRender/Kernels/CompositeUniforms.h>
 #include <TavaroRender/Kernels/CursorUniforms.h>
 
@@ -8,17 +11,27 @@ namespace tavaro {
 struct DemoProject;
 struct FrameState;
 
-/// The whole of a frame but for its pictures, in the compositor's terms. Frames with equal uniforms and equal pictures
-/// are equal: what has no part in the drawing is left at its default.
+/// The whole of a frame but for its pictures and layers, in the compositor's terms. Frames with equal uniforms and
+/// equal pictures are equal: what has no part in the drawing is left at its default.
 struct FrameUniforms {
     CompositeUniforms composite;
+    std::optional<CameraUniforms> camera;
     // Passes over the finished canvas, in order: the click effect, then the pointer; one where they share their point.
     int cursorPasses = 0;
     CursorUniforms cursor[2];
 
     bool operator==(FrameUniforms const&) const = default;
+    /// Whether pointer and click effect are the same.
+    bool hasSamePointer(FrameUniforms const& other) const;
 };
 
-FrameUniforms frameUniforms(FrameState const& state, DemoProject const& project);
+/// What the camera's picture can be drawn with.
+struct CameraMeans {
+    bool hasPicture = false;
+    bool hasMatte = false; // the person can be told from the room
+    bool hasTable = false; // the project's own colour table can be used
+};
+
+FrameUniforms frameUniforms(FrameState const& state, DemoProject const& project, CameraMeans const& means = {});
 
 }

@@ -1,54 +1,89 @@
 #include <TavaroRender/Renderer/Renderer.h>
 
+#include <algorithm>
+#include <utility>
 #include <variant>
+#include <vector>
 
 #include <TavaroCore/Project/DemoProject.h>
-#include <TavaroMedia/Frames/FrameConverter.h>
-#include <TavaroMedia/Frames/VideoFrame.h>
 #include <TavaroRender/Composition/FrameState.h>
-#include <TavaroRender/Compositor/ScreenTexture.h>
+#include <TavaroRender/Kernels/BlitUniforms.h>
+#include <TavaroRender/Layers/LayerRasterizer.h>
 #include <TavaroRender/Renderer/BackgroundImages.h>
+#include <TavaroRender/Renderer/CameraPass.h>
+#include <TavaroRender/Renderer/CanvasHistory.h>
 #include <TavaroRender/Renderer/FrameUniforms.h>
-#include <TavaroRender/Renderer/PointerPatch.h>
+#include <TavaroRender/Renderer/MoviePicture.h>
+#include <TavaroRender/Renderer/Reach.h>
+#include <TavaroRender/Renderer/RegionPasses.h>
 #include <TavaroRender/Renderer/RowPool.h>
 
 namespace tavaro {
+
+namespace {
+
+/// All that a canvas shows but for the movies' pictures.
+struct Drawing {
+    FrameUniforms uniforms;
+    std::vector<RasterLayer> layers;
+};
+
+/// Where the drawing of a frame begins.
+enum class Beginning { nothing, layers, pointer, camera, ground };
+
+}
 
 struct Renderer::State {
     State(ProjectPackage const& package, RendererOptions const& options)
         : rows(options.threads)
         , compositor(options.backend, &rows)
-        , backgrounds(package) {}
+        , backgrounds(package)
+        , table(package, options.failure) {}
 
     RowPool rows; // before the compositor, which draws with it
     Compositor compositor;
     BackgroundImages backgrounds;
-    FrameConverter converter;
-    Image screenPixels;
-    ScreenTexture screen;
-    std::optional<std::uint64_t> screenIdentity; // of the frame in `screen`; none while it is empty
+    CameraTable table;
+    LayerRasterizer rasterizer;
+    MoviePicture screen;
+    std::vector<RegionUniforms> regions; // that the screen's picture was changed in
+    MoviePicture camera;
+    std::shared_ptr<Image const> matte;
+    CubeLUT const* tableInUse = nullptr;
     Image canvas;
-    std::optional<FrameUniforms> drawn; // what the canvas shows
-    PointerPatch beneathPointer;        // of the canvas, while `drawn` holds
+    std::optional<Drawing> drawn; // what the canvas shows
+    CanvasHistory history;        // of the canvas, while `drawn` holds
     std::int64_t framesDrawn = 0;
 
-    /// Whether the recording's picture is another one than before.
-    bool showScreen(VideoFrame const& frame);
+    bool showScreen(VideoFrame const& frame, std::vector<RegionUniforms> passes);
+    bool showCamera(FramePictures const& pictures);
     bool sizeCanvas(Size2 size);
     ImageView background(DemoProject const& project, Size2 canvas);
+    Beginning beginning(Drawing const& wanted, bool hasNewGround, bool hasNewCamera) const;
+    void draw(Drawing const& wanted, Beginning from, ImageView background);
+    void drawCamera(CameraUniforms const& pass);
+    void drawPointer(CursorUniforms const& pass);
+    void drawLayer(RasterLayer const& layer);
 };
 
-bool Renderer::State::showScreen(VideoFrame const& frame) {
-    auto const identity = frame.isEmpty() ? std::nullopt : std::optional{frame.identity()};
-    if (identity == screenIdentity) return false;
-    screenIdentity.reset(); // also where converting throws half way
-    if (identity) {
-        converter.convert(frame, screenPixels, [this](int count, auto band) { rows.run(count, band); });
-        screen.setFrame(screenPixels.view());
-    } else {
-        screen.setFrame({});
-    }
-    screenIdentity = identity;
+/// Whether the recording's picture, with what happens to its regions, is another one than before.
+bool Renderer::State::showScreen(VideoFrame const& frame, std::vector<RegionUniforms> passes) {
+    if (!screen.differs(frame) && passes == regions) return false;
+    auto const bands = [this](int count, auto band) { rows.run(count, band); };
+    screen.show(frame, bands, [&](MutableImageView picture) {
+        for (auto const& pass : passes) compositor.regionEffect(pass, picture, picture);
+    });
+    regions = std::move(passes);
+    return true;
+}
+
+/// The same for the camera's.
+bool Renderer::State::showCamera(FramePictures const& pictures) {
+    bool const isSameMatte = matte == pictures.matte;
+    matte = pictures.matte;
+    if (!camera.differs(pictures.camera)) return !isSameMatte;
+    auto const bands = [this](int count, auto band) { rows.run(count, band); };
+    camera.show(pictures.camera, bands, [](MutableImageView) {});
     return true;
 }
 
@@ -70,6 +105,63 @@ ImageView Renderer::State::background(DemoProject const& project, Size2 size) {
     return image;
 }
 
+Beginning Renderer::State::beginning(Drawing const& wanted, bool hasNewGround, bool hasNewCamera) const {
+    if (!drawn || hasNewGround || drawn->uniforms.composite != wanted.uniforms.composite) return Beginning::ground;
+    if (hasNewCamera || drawn->uniforms.camera != wanted.uniforms.camera) return Beginning::camera;
+    if (!drawn->uniforms.hasSamePointer(wanted.uniforms)) return Beginning::pointer;
+    return drawn->layers != wanted.layers ? Beginning::layers : Beginning::nothing;
+}
+
+void Renderer::State::drawCamera(CameraUniforms const& pass) {
+    // A picture much finer than its box would shimmer; of its halved copies the one that is just fine enough serves.
+    auto const& texture = camera.texture();
+    double finer = cameraPixelsPerPixel(pass, texture.width(), texture.height());
+    int level = 0;
+    for (; finer >= 2 && level + 1 < texture.levelCount(); finer /= 2) ++level;
+    if (auto const rect = reach(pass))
+        history.keep(CanvasStage::camera, *rect, canvas.view());
+    else
+        history.lose(CanvasStage::camera);
+    compositor.cameraOverlay(pass, texture.ensureLevel(level), matte ? std::as_const(*matte).view() : ImageView(),
+                             tableInUse, canvas.view());
+}
+
+void Renderer::State::drawPointer(CursorUniforms const& pass) {
+    if (auto const rect = reach(pass))
+        history.keep(CanvasStage::pointer, *rect, canvas.view());
+    else
+        history.lose(CanvasStage::pointer);
+    compositor.cursorOverlay(pass, canvas.view());
+}
+
+void Renderer::State::drawLayer(RasterLayer const& layer) {
+    if (!layer.texture || layer.rect.isEmpty() || layer.opacity <= 0) return;
+    auto const number = [](double v) { return static_cast<float>(v); };
+    BlitUniforms const pass{.canvasSize = {number(canvas.width()), number(canvas.height())},
+                            .origin = {number(layer.rect.x), number(layer.rect.y)},
+                            .size = {number(layer.rect.width), number(layer.rect.height)},
+                            .opacity = number(std::min(layer.opacity, 1.0))};
+    history.keep(CanvasStage::layers, reach(pass), canvas.view());
+    compositor.blitLayer(pass, layer.texture->view(), canvas.view());
+}
+
+void Renderer::State::draw(Drawing const& wanted, Beginning from, ImageView background) {
+    auto const& uniforms = wanted.uniforms;
+    auto const returns = [&](CanvasStage stage) { return history.returnTo(stage, canvas.view()); };
+    if (from == Beginning::layers && !returns(CanvasStage::layers)) from = Beginning::ground;
+    if (from == Beginning::pointer && !returns(CanvasStage::pointer)) from = Beginning::ground;
+    if (from == Beginning::camera && !returns(CanvasStage::camera)) from = Beginning::ground;
+    if (from == Beginning::ground) {
+        history.clear();
+        compositor.composite(uniforms.composite, screen.texture(), background, canvas.view());
+    }
+    if (from >= Beginning::camera && uniforms.camera) drawCamera(*uniforms.camera);
+    if (from >= Beginning::pointer) {
+        for (int pass = 0; pass < uniforms.cursorPasses; ++pass) drawPointer(uniforms.cursor[pass]);
+    }
+    for (auto const& layer : wanted.layers) drawLayer(layer);
+}
+
 Renderer::Renderer(ProjectPackage const& package, RendererOptions const& options)
     : state_(std::make_unique<State>(package, options)) {}
 Renderer::Renderer(Renderer&&) noexcept = default;
@@ -78,28 +170,31 @@ Renderer::~Renderer() = default;
 
 void Renderer::prepare(DemoProject const& project, int canvasWidth, int canvasHeight) {
     state_->background(project, {canvasWidth, canvasHeight});
+    if (project.usesCamera()) state_->table.ensure(project);
 }
 
-ImageView Renderer::render(FrameState const& frame, DemoProject const& project, VideoFrame const& screen) {
+ImageView Renderer::render(FrameState const& frame, DemoProject const& project, FramePictures const& pictures) {
     auto& state = *state_;
-    auto const uniforms = frameUniforms(frame, project);
-    auto const background = state.background(project, frame.canvas);
-    bool const hasNewScreen = state.showScreen(screen);
-    bool const hasNewCanvas = state.sizeCanvas(frame.canvas);
-    bool const isSamePicture = !hasNewScreen && !hasNewCanvas && state.drawn;
-    if (isSamePicture && *state.drawn == uniforms) return state.canvas.view();
+    bool const hasCamera = frame.cameraSource && !pictures.camera.isEmpty();
+    auto const* table = hasCamera ? state.table.ensure(project) : nullptr;
+    bool const hasNewTable = hasCamera && std::exchange(state.tableInUse, table) != table;
+    CameraMeans const means{
+        .hasPicture = hasCamera, .hasMatte = pictures.matte != nullptr, .hasTable = table != nullptr};
+    Drawing wanted{frameUniforms(frame, project, means), state.rasterizer.layers(frame, project)};
 
-    bool const isSameBeneath = isSamePicture && state.drawn->composite == uniforms.composite;
-    state.drawn.reset();
-    auto const canvas = state.canvas.view();
-    if (!isSameBeneath || !state.beneathPointer.restore(canvas)) {
-        state.compositor.composite(uniforms.composite, state.screen, background, canvas);
-    }
-    state.beneathPointer.take(uniforms, canvas);
-    for (int pass = 0; pass < uniforms.cursorPasses; ++pass) {
-        state.compositor.cursorOverlay(uniforms.cursor[pass], canvas);
-    }
-    state.drawn = uniforms;
+    auto const background = state.background(project, frame.canvas);
+    auto const& screen = pictures.screen;
+    auto passes =
+        screen.isEmpty() ? std::vector<RegionUniforms>() : regionPasses(frame, screen.width(), screen.height());
+    bool const hasNewScreen = state.showScreen(screen, std::move(passes));
+    bool const hasNewCamera = hasCamera && state.showCamera(pictures);
+    bool const hasNewCanvas = state.sizeCanvas(frame.canvas);
+    auto const from = state.beginning(wanted, hasNewScreen || hasNewCanvas, hasNewCamera || hasNewTable);
+    if (from == Beginning::nothing) return state.canvas.view();
+
+    state.drawn.reset(); // also where drawing throws half way
+    state.draw(wanted, from, background);
+    state.drawn = std::move(wanted);
     ++state.framesDrawn;
     return state.canvas.view();
 }

@@ -5,18 +5,27 @@
 
 #include <TavaroMedia/Frames/Image.h>
 #include <TavaroMedia/Frames/RowBands.h>
+#include <TavaroMedia/Frames/VideoFrame.h>
 #include <TavaroRender/Compositor/Compositor.h>
+#include <TavaroRender/Renderer/CameraTable.h>
 
 namespace tavaro {
 
 class ProjectPackage;
-class VideoFrame;
 struct DemoProject;
 struct FrameState;
 
 struct RendererOptions {
     CompositorBackend backend = CompositorBackend::cpu;
     int threads = 0; // that draw rows, the caller's included; 0: one a core
+    EffectFailure failure = EffectFailure::drop;
+};
+
+/// What a frame is made from. Each may be empty where the frame's state shows none, or there is none.
+struct FramePictures {
+    VideoFrame screen;
+    VideoFrame camera;
+    std::shared_ptr<Image const> matte; // of the camera's picture: red is how much of a pixel is the person
 };
 
 /// Draws frames of one project. Owns all that drawing takes: the threads that draw rows, the compositor with its kept
@@ -28,13 +37,14 @@ public:
     Renderer& operator=(Renderer&&) noexcept;
     ~Renderer();
 
-    /// Loads what the project's frames need beside the recording. Throws `MediaError`.
+    /// Loads what the project's frames need beside the recordings. Throws `MediaError`, and where failing effects stop
+    /// also what the camera's colour table throws.
     void prepare(DemoProject const& project, int canvasWidth, int canvasHeight);
 
-    /// Draws the frame and returns the canvas, which stays good until the next call. `screen` is the recording's frame
-    /// and may be empty where the state shows none. A recording's frame is converted once however often it is drawn,
-    /// and a frame that looks like the one before is not drawn again. Throws `MediaError`.
-    ImageView render(FrameState const& state, DemoProject const& project, VideoFrame const& screen);
+    /// Draws the frame and returns the canvas, which stays good until the next call. A movie's frame is converted once
+    /// however often it is drawn; a frame that looks like the one before is not drawn again, and where only what lies
+    /// over the recording changed, only that is drawn. Throws as `prepare`.
+    ImageView render(FrameState const& state, DemoProject const& project, FramePictures const& pictures);
 
     /// Frames drawn, those that only looked like the one before left out.
     std::int64_t framesDrawn() const;

@@ -34,12 +34,12 @@ TEST(Renderer, aFrameThatLooksLikeTheOneBeforeIsNotDrawnAgain) {
     FrameComposer const composer(take.project, {640, 360});
     MovieReader reader(take.package.assetURL("screen.mp4"));
     Renderer renderer(take.package);
-    auto const first = copyOf(renderer.render(composer.state(0.1), composer.project(), reader.frame(0.1)));
-    renderer.render(composer.state(0.2), composer.project(), reader.frame(0.1));
+    auto const first = copyOf(renderer.render(composer.state(0.1), composer.project(), {reader.frame(0.1)}));
+    renderer.render(composer.state(0.2), composer.project(), {reader.frame(0.1)});
     EXPECT_EQ(renderer.framesDrawn(), 1) << "another time, the same picture";
-    renderer.render(composer.state(0.2), composer.project(), reader.frame(0.2));
+    renderer.render(composer.state(0.2), composer.project(), {reader.frame(0.2)});
     EXPECT_EQ(renderer.framesDrawn(), 2) << "another frame of the recording";
-    auto const again = renderer.render(composer.state(0.1), composer.project(), reader.frame(0.1));
+    auto const again = renderer.render(composer.state(0.1), composer.project(), {reader.frame(0.1)});
     EXPECT_EQ(renderer.framesDrawn(), 3);
     EXPECT_TRUE(samePixels(first.view(), again));
 }
@@ -53,7 +53,7 @@ TEST(Renderer, aPlainRecordingThatFillsTheCanvasIsShownAsItIsUpToTheEdges) {
     FrameComposer const composer(take.project, {320, 180});
     auto const movie = take.package.assetURL("screen.mp4");
     Renderer renderer(take.package);
-    auto const drawn = renderer.render(composer.state(0), composer.project(), MovieReader(movie).frame(0));
+    auto const drawn = renderer.render(composer.state(0), composer.project(), {MovieReader(movie).frame(0)});
     auto const recorded = movieFrame(movie, 0, 30);
     int largest = 0;
     for (int y = 0; y < drawn.height; ++y) {
@@ -80,7 +80,7 @@ TEST(Renderer, aPointerThatMovesOverAStillPictureLeavesNoTrace) {
         for (double t = 0; t < 1.9; t += 0.11) {
             auto const state = composer.state(t);
             Renderer fresh(take.package);
-            EXPECT_TRUE(samePixels(renderer.render(state, project, screen), fresh.render(state, project, screen)))
+            EXPECT_TRUE(samePixels(renderer.render(state, project, {screen}), fresh.render(state, project, {screen})))
                 << namesOf(CursorStyle{})[i] << " at " << t;
         }
     }
@@ -97,8 +97,8 @@ TEST(Renderer, manyThreadsDrawTheBytesOfOne) {
     for (double t = 0; t < 2; t += 0.13) {
         auto const screen = reader.frame(t);
         auto const state = composer.state(t);
-        EXPECT_TRUE(
-            samePixels(one.render(state, composer.project(), screen), many.render(state, composer.project(), screen)))
+        EXPECT_TRUE(samePixels(one.render(state, composer.project(), {screen}),
+                               many.render(state, composer.project(), {screen})))
             << t;
     }
 }
@@ -119,7 +119,7 @@ TEST(Renderer, aBackgroundImageFillsTheCanvasAroundTheRecordingAndFollowsTheProj
     auto const cornerOf = [&](std::string const& asset, double blur) {
         take.project.background.content = BackgroundStyle::ImageFile{.assetName = asset, .blur = blur};
         FrameComposer const composer(take.project, {640, 360});
-        auto const canvas = renderer.render(composer.state(0), composer.project(), reader.frame(0));
+        auto const canvas = renderer.render(composer.state(0), composer.project(), {reader.frame(0)});
         return std::vector<int>{canvas.row(0)[0], canvas.row(0)[1], canvas.row(0)[2], canvas.row(0)[3]};
     };
     EXPECT_EQ(cornerOf("red.png", 0), (std::vector{0xF0, 0x20, 0x20, 0xFF}));
@@ -132,7 +132,7 @@ TEST(Renderer, aMomentWithoutAClipShowsTheBackgroundAlone) {
     take.project.timeline.clips[0].start = 1;
     FrameComposer const composer(take.project, {64, 36});
     Renderer renderer(take.package);
-    auto const canvas = renderer.render(composer.state(0), composer.project(), VideoFrame());
+    auto const canvas = renderer.render(composer.state(0), composer.project(), {});
     for (int y = 0; y < 36; ++y) {
         for (int x = 0; x < 64; ++x) ASSERT_EQ(std::memcmp(canvas.row(y) + 4 * x, "\x33\x66\x99\xFF", 4), 0);
     }

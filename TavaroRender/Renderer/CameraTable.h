@@ -1,0 +1,36 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include <TavaroCore/Package/ProjectPackage.h>
+
+namespace tavaro {
+
+struct CubeLUT;
+struct DemoProject;
+
+/// What happens when something that a frame asks for cannot be used.
+enum class EffectFailure {
+    drop, // it is left out, and the log says so once: a preview goes on
+    stop, // the failure is thrown: what is exported is what was asked for
+};
+
+/// The colour table of the camera's look, read from the package when it is first asked for and kept.
+class CameraTable {
+public:
+    CameraTable(ProjectPackage package, EffectFailure failure) : package_(std::move(package)), failure_(failure) {}
+
+    /// Null where the project's look has none. Where failures stop, throws `MediaError` (`missing`), `FileError` and
+    /// `CubeLUT::ParseError`.
+    CubeLUT const* ensure(DemoProject const& project);
+
+private:
+    ProjectPackage package_;
+    EffectFailure failure_;
+    std::optional<std::string> asset_; // that `table_` was read from, or could not be
+    std::shared_ptr<CubeLUT const> table_;
+};
+
+}
