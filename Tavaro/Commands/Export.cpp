@@ -208,8 +208,9 @@ fs::path write(Options const& options, Exporter& exporter, fs::path const& targe
     });
     double const seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begun).count();
     auto const frames = exporter.totalFrames();
-    line.finish(fmt::format("{} in {:.1f} s, {:.0f} frames/s, {}", counted(static_cast<std::size_t>(frames), "frame"),
-                            seconds, static_cast<double>(frames) / seconds,
+    double const rate = static_cast<double>(frames) / seconds;
+    line.finish(fmt::format("{} in {:.1f} s, {:.{}f} frames/s, {}", counted(static_cast<std::size_t>(frames), "frame"),
+                            seconds, rate, rate < 9.95 ? 1 : 0,
                             fileSizeText(static_cast<std::int64_t>(fs::file_size(written)))));
     return written;
 }

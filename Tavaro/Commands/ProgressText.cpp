@@ -36,7 +36,8 @@ std::vector<std::string> details(ProgressState const& state) {
     auto const total = std::to_string(state.total);
     return {
         fmt::format("{:>12}", isUnderWay ? timeLeft(state) : ""),
-        fmt::format("{:>13}", state.rate > 0 ? fmt::format("{:.0f} frames/s", state.rate) : ""),
+        fmt::format("{:>13}",
+                    state.rate > 0 ? fmt::format("{:.{}f} frames/s", state.rate, state.rate < 9.95 ? 1 : 0) : ""),
         fmt::format("{:>{}} of {} frames", state.done, total.size(), total),
     };
 }

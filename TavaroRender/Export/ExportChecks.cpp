@@ -50,13 +50,13 @@ void requireGIF(ExportSettings const& settings) {
     requireRate(settings, "a GIF", GIFWriter::fastestRate);
 }
 
-void requireSource(DemoProject const& project) {
+void requireSource(DemoProject const& project, double duration) {
+    bool const hasClips = !project.timeline.clips.empty();
+    bool const hasCards = project.intro || project.outro;
+    if (!(duration > 0) || !(hasClips || hasCards)) throw ExportError::readerFailed("the timeline shows nothing of it");
+    if (duration > longestMovie) throw ExportError::readerFailed("the timeline is longer than a movie can be");
     auto const size = project.sourceSize;
-    double const duration = project.duration();
-    if (project.timeline.clips.empty() || duration <= 0)
-        throw ExportError::readerFailed("the timeline shows nothing of it");
-    if (!(duration <= longestMovie)) throw ExportError::readerFailed("the timeline is longer than a movie can be");
-    if (size.width >= 1 && size.height >= 1) return;
+    if (!hasClips || (size.width >= 1 && size.height >= 1)) return;
     throw ExportError::readerFailed("the project gives its size as " + std::to_string(size.width) + " × " +
                                     std::to_string(size.height) + " pixels");
 }

@@ -21,8 +21,8 @@ void requireMovie(ExportSettings const& settings);
 /// The settings make a GIF: size, and a rate that players keep up.
 void requireGIF(ExportSettings const& settings);
 
-/// The project shows something, and not for ever.
-void requireSource(DemoProject const& project);
+/// The project shows a recording or a title card in its `duration` of seconds, and not for ever.
+void requireSource(DemoProject const& project, double duration);
 
 /// Makes the folder that the export goes to, with those above it.
 void makeFolder(std::filesystem::path const& folder);

@@ -81,7 +81,7 @@ Image Exporter::renderStill(double at) {
     auto& job = state_->job;
     return withMemory([&] {
         requireDrawable(job.settings);
-        requireSource(job.composer.project());
+        requireSource(job.composer.project(), job.composer.duration());
         job.prepareBackground();
         auto const canvas = job.frame(at);
         Image still(canvas.width, canvas.height);

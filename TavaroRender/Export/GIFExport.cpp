@@ -87,7 +87,7 @@ private:
 std::filesystem::path writeGIF(ExportJob& job, std::filesystem::path const& wanted,
                                Exporter::Progress const& progress) {
     requireGIF(job.settings);
-    requireSource(job.composer.project());
+    requireSource(job.composer.project(), job.composer.duration());
     GIFExport gif(job, progress);
     gif.report(ExportStage::preparing, 0);
     job.openMedia();

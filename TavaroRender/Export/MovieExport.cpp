@@ -51,7 +51,7 @@ void finish(ExportJob const& job, MovieWriter& writer) {
 std::filesystem::path writeMovie(ExportJob& job, std::filesystem::path const& wanted,
                                  Exporter::Progress const& progress) {
     requireMovie(job.settings);
-    requireSource(job.composer.project());
+    requireSource(job.composer.project(), job.composer.duration());
     auto const total = job.totalFrames();
     auto const report = [&](ExportStage stage, std::int64_t framesWritten) {
         if (progress) progress({framesWritten, total, stage});
