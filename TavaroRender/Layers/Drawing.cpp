@@ -5,45 +5,11 @@
 #include <cstring>
 #include <numbers>
 #include <string>
-#include <vector>
 
 #include <TavaroCore/Errors/Error.h>
+#include <TavaroRender/Layers/AlphaBlur.h>
 
 namespace tavaro {
-
-namespace {
-
-constexpr int blurPasses = 3; // box filters one after the other come close to a Gaussian
-
-/// Means of windows of 2 × radius + 1 along a line of `count` alphas, `step` bytes apart; nothing lies past the ends.
-void blurLine(std::uint8_t* alphas, std::ptrdiff_t step, int count, int radius, std::vector<std::uint8_t>& line) {
-    for (int i = 0; i < count; ++i) line[static_cast<std::size_t>(radius + i)] = alphas[i * step];
-    unsigned const window = static_cast<unsigned>(2 * radius + 1);
-    unsigned sum = 0;
-    for (int i = 0; i < 2 * radius; ++i) sum += line[static_cast<std::size_t>(i)];
-    for (int i = 0; i < count; ++i) {
-        sum += line[static_cast<std::size_t>(i + 2 * radius)];
-        alphas[i * step] = static_cast<std::uint8_t>((sum + window / 2) / window);
-        sum -= line[static_cast<std::size_t>(i)];
-    }
-}
-
-void blurAlpha(cairo_surface_t* mask, int width, int height, int radius) {
-    if (radius < 1) return;
-    cairo_surface_flush(mask);
-    auto* const data = cairo_image_surface_get_data(mask);
-    auto const stride = static_cast<std::ptrdiff_t>(cairo_image_surface_get_stride(mask));
-    std::vector<std::uint8_t> line(static_cast<std::size_t>(std::max(width, height) + 2 * radius), 0);
-    for (int pass = 0; pass < blurPasses; ++pass) {
-        std::fill(line.begin(), line.end(), 0);
-        for (int y = 0; y < height; ++y) blurLine(data + y * stride, 1, width, radius, line);
-        std::fill(line.begin(), line.end(), 0);
-        for (int x = 0; x < width; ++x) blurLine(data + x, stride, height, radius, line);
-    }
-    cairo_surface_mark_dirty(mask);
-}
-
-}
 
 Drawing::Drawing(int width, int height)
     : width_(std::max(width, 1))
@@ -65,7 +31,10 @@ void Drawing::shadow(SoftShadow const& shadow, FunctionRef<void(cairo_t*)> shape
         shape(on.get());
     }
     // Three boxes of radius r have a deviation of about r, which is half the spread.
-    blurAlpha(mask.get(), width_, height_, static_cast<int>(std::lround(shadow.spread / 2)));
+    cairo_surface_flush(mask.get());
+    blurAlpha(cairo_image_surface_get_data(mask.get()), width_, height_, cairo_image_surface_get_stride(mask.get()),
+              static_cast<int>(std::lround(shadow.spread / 2)));
+    cairo_surface_mark_dirty(mask.get());
     setColor(cr(), shadow.color);
     cairo_mask_surface(cr(), mask.get(), 0, 0);
 }

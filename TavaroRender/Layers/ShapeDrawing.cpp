@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numbers>
 #include <vector>
 
 #include <TavaroRender/Layers/Panel.h>
@@ -45,7 +46,7 @@ ArrowShape shapeOf(LayerSpec const& spec, LayerSpec::Arrow const& arrow) {
     auto bend = middle + side * bow;
     if (bend.y < 0 || bend.x < 0 || bend.x > scale.width) bend = middle - side * bow;
     double const thickness = std::min(0.3 * scale.em, length * 0.09);
-    return {arrow.from, bend, arrow.to, thickness, 3.5 * thickness, 3.5 * thickness};
+    return {arrow.from, bend, arrow.to, thickness, 3.8 * thickness, 3.9 * thickness};
 }
 
 /// The outline of the arrow drawn up to `end` of its way: a shaft that widens from the tail, and a swept head.
@@ -77,7 +78,7 @@ void addArrow(cairo_t* cr, ArrowShape const& shape, double end) {
     if (!left.empty()) {
         double const half = (left.front() - right.front()).length() / 2;
         double const angle = std::atan2(right.front().y - shape.from.y, right.front().x - shape.from.x);
-        cairo_arc(cr, shape.from.x, shape.from.y, half, angle, angle + 3.141592653589793);
+        cairo_arc_negative(cr, shape.from.x, shape.from.y, half, angle, angle - std::numbers::pi);
     }
     cairo_close_path(cr);
 }

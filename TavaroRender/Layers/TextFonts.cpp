@@ -66,6 +66,10 @@ PangoLayoutHandle TextFonts::layout(std::string_view text, TextStyle const& styl
         auto const spacing = static_cast<int>(style.tracking * style.size * PANGO_SCALE);
         insert(attributes.get(), pango_attr_letter_spacing_new(spacing), 0, text.size());
     }
+    // Code is read letter by letter: "-->" must not become an arrow that nobody can type.
+    if (style.face == TextFace::mono) {
+        insert(attributes.get(), pango_attr_font_features_new("calt=0, liga=0"), 0, text.size());
+    }
     insertCuts(attributes.get(), text.size(), cuts);
     pango_layout_set_attributes(layout.get(), attributes.get());
     return layout;

@@ -41,7 +41,7 @@ TitleText textOf(TextFonts& fonts, LayerSpec const& spec, LayerSpec::Title const
                   .smallest = 0.4};
     room.width = std::max(room.width, 0.5 * scale.width);
     TextStyle const large{
-        .face = TextFace::display, .size = scale.em, .weight = 700, .tracking = -0.018, .lineHeight = 1.14};
+        .face = TextFace::display, .size = scale.em, .weight = 700, .tracking = -0.01, .lineHeight = 1.14};
     TextStyle const small{.size = subtitleSize * scale.em, .weight = 500, .lineHeight = 1.35};
     auto const first = readableText(title.text, longestText);
     auto const second = readableText(title.subtitle, longestText);

@@ -1,0 +1,210 @@
+#include <cmath>
+#include <limits>
+
+#include <gmock/gmock.h>
+
+#include "LayerFrame.h"
+#include <TavaroRender/Layers/LayerRasterizer.h>
+#include <TavaroRender/Layers/LayerSpec.h>
+#include <TavaroRender/Layers/TextBlock.h>
+
+namespace tavaro {
+
+namespace {
+
+LayerSpec specOf(LayerSpec::Kind kind) { return {.kind = std::move(kind)}; }
+
+LayerSpec captionOf(std::string text, CaptionStyle style) {
+    return {.kind = LayerSpec::Caption{.text = std::move(text), .style = style}, .fontSize = 42};
+}
+
+/// Pixels that are as red as the text of the test, and nothing else is.
+CanvasRect redOf(Image const& image) {
+    Image red(image.width(), image.height());
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+            auto const* p = image.row(y) + 4 * x;
+            red.row(y)[4 * x + 3] = p[0] > 90 && p[1] < 40 && p[2] < 40 ? 255 : 0;
+        }
+    }
+    return inkOf(red);
+}
+
+std::vector<LayerSpec::Kind> kindsWith(std::string const& text) {
+    return {LayerSpec::Title{text, text}, LayerSpec::Callout{text},    LayerSpec::Keycap{{text, text}},
+            LayerSpec::Command{text},     LayerSpec::Code{text, text}, LayerSpec::Caption{.text = text},
+            LayerSpec::Watermark{text}};
+}
+
+}
+
+TEST(LayerText, everyScriptIsDrawnByAFontThatHasIt) {
+    LayerRasterizer rasterizer;
+    for (char const* text : {"Latin", "日本語", "录制", "화면", "مرحبا", "שלום", "नमस्ते", "ภาษา", "Ελλ", "⌘⇧⌥⌃↩⌫⇥⎋↑"}) {
+        auto const layer = rasterizer.drawn(captionOf(text, CaptionStyle::minimal));
+        ASSERT_TRUE(layer.texture) << text;
+        auto const ink = inkOf(*layer.texture);
+        EXPECT_GT(ink.width, 20) << text;
+        EXPECT_GT(ink.height, 15) << text;
+    }
+    auto const emoji = rasterizer.drawn(captionOf("🎉", CaptionStyle::minimal));
+    int coloured = 0;
+    for (int y = 0; y < emoji.texture->height(); ++y) {
+        for (int x = 0; x < emoji.texture->width(); ++x) {
+            auto const* p = emoji.texture->row(y) + 4 * x;
+            coloured += std::abs(p[0] - p[2]) > 60;
+        }
+    }
+    EXPECT_GT(coloured, 100);
+}
+
+TEST(LayerText, noLetterLeavesItsPanel) {
+    LayerRasterizer rasterizer;
+    std::string const longWord(90, 'W');
+    for (std::string const& text :
+         {std::string("gjpqy"), std::string("ÅÉṨ Ǻ"), std::string("one\ntwo\nthree"), std::string("漢字かな交じり文"),
+          longWord, std::string("सर्वोच्च"),
+          std::string("a long callout that has to be broken into several lines to be read at all")}) {
+        for (auto const& kind : kindsWith(text)) {
+            for (double const size : {12.0, 36.0, 400.0}) {
+                auto spec = specOf(kind);
+                spec.fontSize = size;
+                spec.color = RGBAColor::rgb(0xFF0000);
+                spec.background = RGBAColor::black;
+                auto const layer = rasterizer.drawn(spec);
+                ASSERT_TRUE(layer.texture);
+                auto const red = redOf(*layer.texture);
+                if (red.isEmpty()) continue;
+                EXPECT_GE(red.x, layer.body.x + 1) << kind.index() << " " << text << " " << size;
+                EXPECT_GE(red.y, layer.body.y + 1) << kind.index() << " " << text << " " << size;
+                EXPECT_LE(red.maxX(), layer.body.maxX() - 1) << kind.index() << " " << text << " " << size;
+                EXPECT_LE(red.maxY(), layer.body.maxY() - 1) << kind.index() << " " << text << " " << size;
+            }
+        }
+    }
+}
+
+TEST(LayerText, wordsThatAppearDoNotMoveThoseBeforeThem) {
+    LayerRasterizer rasterizer;
+    std::string const text =
+        "The first words of a caption that is long enough to be broken into two lines of text here";
+    for (auto const style :
+         {CaptionStyle::minimal, CaptionStyle::creator, CaptionStyle::karaoke, CaptionStyle::developer}) {
+        auto const whole = rasterizer.drawn(captionOf(text, style));
+        auto part = captionOf(text, style);
+        std::get<LayerSpec::Caption>(part.kind).shownBytes = 20; // "The first words of a"
+        auto const layer = rasterizer.drawn(part);
+        ASSERT_EQ(layer.texture->width(), whole.texture->width());
+        ASSERT_EQ(layer.texture->height(), whole.texture->height());
+        // The upper left of the bitmap has only words that are shown, far from the shadows of the others.
+        int differing = 0, inked = 0;
+        for (int y = 0; y < layer.texture->height() / 3; ++y) {
+            for (int i = 0; i < 4 * layer.texture->width() / 5; ++i) {
+                differing += std::abs(layer.texture->row(y)[i] - whole.texture->row(y)[i]) > 1;
+                inked += whole.texture->row(y)[i] > 200;
+            }
+        }
+        EXPECT_EQ(differing, 0) << static_cast<int>(style);
+        EXPECT_GT(inked, 500) << static_cast<int>(style);
+    }
+}
+
+TEST(LayerText, typedLettersStandWhereTheyStandInTheEnd) {
+    LayerRasterizer rasterizer;
+    for (auto const& kind : kindsWith("Typed letters")) {
+        auto spec = specOf(kind);
+        spec.color = RGBAColor::rgb(0xFF0000);
+        spec.background = RGBAColor::black;
+        auto const whole = rasterizer.drawn(spec);
+        double right = 0;
+        for (int shown = 1; shown <= 13; shown += 3) {
+            spec.shownCharacters = shown;
+            auto const layer = rasterizer.drawn(spec);
+            if (!layer.texture) continue;
+            ASSERT_EQ(layer.body, whole.body);
+            auto const red = redOf(*layer.texture);
+            EXPECT_GE(red.maxX(), right) << kind.index();
+            right = red.maxX();
+        }
+        EXPECT_LE(right, redOf(*whole.texture).maxX());
+    }
+}
+
+TEST(LayerText, rightToLeftTextBeginsOnTheRight) {
+    LayerRasterizer rasterizer;
+    auto spec = captionOf("اختبار للترجمة على الشاشة", CaptionStyle::minimal);
+    auto const whole = rasterizer.drawn(spec);
+    std::get<LayerSpec::Caption>(spec.kind).shownBytes = 12; // the first word
+    auto const first = rasterizer.drawn(spec);
+    EXPECT_NEAR(inkOf(*first.texture).maxX(), inkOf(*whole.texture).maxX(), 1);
+    EXPECT_GT(inkOf(*first.texture).x, whole.body.center().x);
+}
+
+TEST(LayerText, onlyTheSpokenWordIsLit) {
+    LayerRasterizer rasterizer;
+    auto spec = captionOf("one two six", CaptionStyle::creator);
+    spec.highlightColor = RGBAColor::rgb(0xFF0000);
+    EXPECT_TRUE(redOf(*rasterizer.drawn(spec).texture).isEmpty());
+    auto& caption = std::get<LayerSpec::Caption>(spec.kind);
+    double last = 0;
+    for (std::size_t const begin : {0, 4, 8}) {
+        caption.spokenBegin = begin;
+        caption.spokenEnd = begin + 3;
+        auto const layer = rasterizer.drawn(spec);
+        auto const lit = redOf(*layer.texture);
+        EXPECT_GT(lit.x, last);
+        EXPECT_LT(lit.width, layer.body.width / 2);
+        last = lit.maxX();
+    }
+}
+
+TEST(LayerText, blankTextsDrawNothing) {
+    LayerRasterizer rasterizer;
+    for (char const* text : {"", "   ", "\n\t", "\x01\x02", "\xE2\x80\xA8"}) {
+        for (auto const& kind : kindsWith(text)) EXPECT_FALSE(rasterizer.drawn(specOf(kind)).texture) << kind.index();
+    }
+    EXPECT_FALSE(rasterizer.drawn(specOf(LayerSpec::Keycap{})).texture);
+}
+
+TEST(LayerText, absurdSpecsAreDrawnWithinAFewCanvases) {
+    LayerRasterizer rasterizer;
+    std::string marks = "Z";
+    for (int i = 0; i < 2000; ++i) marks += "\xCC\x81";
+    std::string lines;
+    for (int i = 0; i < 5000; ++i) lines += "x\n";
+    constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+    for (std::string const& text :
+         {std::string(10000, 'a'), std::string(10000, '('), lines, marks, std::string("\xFF\xFE\xC0\x80 \xED\xA0\x80"),
+          std::string("a\0b", 3), std::string("\"`'/*<!--")}) {
+        for (auto const& kind : kindsWith(text)) {
+            for (double const size : {0.0, -5.0, 5000.0, nan, std::numeric_limits<double>::infinity()}) {
+                auto spec = specOf(kind);
+                spec.fontSize = size;
+                spec.canvasWidth = 640;
+                spec.canvasHeight = 360;
+                auto const layer = rasterizer.drawn(spec);
+                if (!layer.texture) continue;
+                EXPECT_LE(layer.texture->width() * layer.texture->height(), 4 * 640 * 360)
+                    << kind.index() << " " << size;
+                EXPECT_LE(layer.body.width, 640) << kind.index() << " " << size;
+                EXPECT_LE(layer.body.height, 360) << kind.index() << " " << size;
+            }
+        }
+    }
+    for (CanvasPoint const end : {CanvasPoint{nan, 0}, {1e300, 5}, {-1e9, 1e9}, {100, 100}}) {
+        auto const layer = rasterizer.drawn(specOf(LayerSpec::Arrow{{100, 100}, end}));
+        EXPECT_FALSE(layer.texture) << end.x;
+    }
+}
+
+TEST(TextBlock, linesOfAWrappedTextAreOfAboutOneLength) {
+    TextFonts fonts;
+    std::string const text = "Open the dashboard and pick the project that you would like to record today";
+    TextBlock const block(fonts, text, {.size = 40}, {.width = 1000, .height = 500});
+    ASSERT_EQ(block.lineCount(), 2);
+    double const first = block.lineRight(0) - block.lineLeft(0);
+    double const second = block.lineRight(1) - block.lineLeft(1);
+    EXPECT_GT(std::min(first, second) / std::max(first, second), 0.8);
+}
+
+}
