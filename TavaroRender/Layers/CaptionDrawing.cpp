@@ -9,6 +9,7 @@ namespace tavaro {
 
 namespace {
 
+constexpr std::size_t longestText = 1200;
 constexpr int stepsPerWord = 8;
 constexpr char const* promptSign = "❯";
 
@@ -130,6 +131,10 @@ void drawPrompt(TextFonts& fonts, cairo_t* cr, TextBlock const& text, CanvasPoin
 
 DrawnLayer drawCaption(TextFonts& fonts, LayerSpec const& spec, LayerSpec::Caption const& caption) {
     if (caption.shownBytes == 0) return {};
+    if (auto readable = readableText(caption.text, longestText); readable != caption.text) {
+        // Its words' places mean nothing any more.
+        return drawCaption(fonts, spec, {.text = std::move(readable), .style = caption.style, .font = caption.font});
+    }
     LayerScale const scale(spec);
     bool const isDeveloper = caption.style == CaptionStyle::developer;
     bool const isTall = scale.height > scale.width;
@@ -144,7 +149,7 @@ DrawnLayer drawCaption(TextFonts& fonts, LayerSpec const& spec, LayerSpec::Capti
     double const em = text.size();
     auto const area = text.area();
     auto const sheet = sheetOf(spec, caption, em);
-    LayerDrawing layer(area.width + (2 * sheet.padX + sheet.indent) * em, area.height + 2 * sheet.padY * em,
+    LayerDrawing layer(scale, area.width + (2 * sheet.padX + sheet.indent) * em, area.height + 2 * sheet.padY * em,
                        sheet.margin);
     if (sheet.panel) layer.drawPanel(*sheet.panel);
     CanvasPoint const begin{layer.body().x + sheet.padX * em, layer.body().center().y - area.height / 2 - area.y};

@@ -137,7 +137,7 @@ DrawnLayer drawCode(TextFonts& fonts, LayerSpec const& spec, LayerSpec::Code con
     panel.radius = 0.7 * em;
     panel.shadow.spread = 1.3 * em;
     panel.shadow.fall = 0.45 * em;
-    LayerDrawing layer(std::max(area.width + numbers.indent + 2 * padX * em, least),
+    LayerDrawing layer(scale, std::max(area.width + numbers.indent + 2 * padX * em, least),
                        area.height + (header + padBottom) * em, panel.shadow.reach());
     layer.drawPanel(panel);
     auto const& palette = isDark ? darkPalette : lightPalette;

@@ -11,15 +11,17 @@
 
 namespace tavaro {
 
-Drawing::Drawing(int width, int height)
-    : width_(std::max(width, 1))
-    , height_(std::max(height, 1))
+Drawing::Drawing(double width, double height, double scale)
+    : width_(std::max(static_cast<int>(std::ceil(width * scale)), 1))
+    , height_(std::max(static_cast<int>(std::ceil(height * scale)), 1))
+    , scale_(scale)
     , surface_(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, width_, height_))
     , context_(cairo_create(surface_.get())) {
     if (cairo_surface_status(surface_.get()) != CAIRO_STATUS_SUCCESS) {
         throw Error("A text layer of " + std::to_string(width_) + " × " + std::to_string(height_) +
                     " pixels could not be drawn because there is not enough memory.");
     }
+    cairo_scale(cr(), scale_, scale_);
 }
 
 void Drawing::shadow(SoftShadow const& shadow, FunctionRef<void(cairo_t*)> shape) {
@@ -27,16 +29,20 @@ void Drawing::shadow(SoftShadow const& shadow, FunctionRef<void(cairo_t*)> shape
     CairoSurface const mask(cairo_image_surface_create(CAIRO_FORMAT_A8, width_, height_));
     {
         CairoContext const on(cairo_create(mask.get()));
+        cairo_scale(on.get(), scale_, scale_);
         cairo_translate(on.get(), 0, shadow.fall);
         shape(on.get());
     }
     // Three boxes of radius r have a deviation of about r, which is half the spread.
     cairo_surface_flush(mask.get());
     blurAlpha(cairo_image_surface_get_data(mask.get()), width_, height_, cairo_image_surface_get_stride(mask.get()),
-              static_cast<int>(std::lround(shadow.spread / 2)));
+              static_cast<int>(std::lround(shadow.spread * scale_ / 2)));
     cairo_surface_mark_dirty(mask.get());
     setColor(cr(), shadow.color);
+    cairo_save(cr());
+    cairo_identity_matrix(cr());
     cairo_mask_surface(cr(), mask.get(), 0, 0);
+    cairo_restore(cr());
 }
 
 std::shared_ptr<Image const> Drawing::finish() {

@@ -23,14 +23,16 @@ struct SoftShadow {
 /// A transparent bitmap to draw on.
 class Drawing {
 public:
-    /// Throws `Error` when there is no memory for it.
-    Drawing(int width, int height);
+    /// What is drawn in `width` × `height` units is `scale` pixels a unit. Throws `Error` when there is no memory for
+    /// it.
+    Drawing(double width, double height, double scale = 1);
 
     cairo_t* cr() const { return context_.get(); }
     int width() const { return width_; }
     int height() const { return height_; }
+    double scale() const { return scale_; }
 
-    /// Draws the shadow of what `shape` draws; of that only the alpha counts.
+    /// Draws the shadow, in units, of what `shape` draws; of that only the alpha counts.
     void shadow(SoftShadow const& shadow, FunctionRef<void(cairo_t*)> shape);
 
     /// The bitmap, RGBA premultiplied. Ends the drawing.
@@ -39,6 +41,7 @@ public:
 private:
     int width_;
     int height_;
+    double scale_;
     CairoSurface surface_;
     CairoContext context_;
 };

@@ -114,7 +114,7 @@ DrawnLayer drawKeycaps(TextFonts& fonts, LayerSpec const& spec, LayerSpec::Keyca
 
     SoftShadow const shadow{.spread = 0.55 * size, .fall = 0.18 * size, .color = {0, 0, 0, 0.4}};
     double const height = std::round(capHeight * size) + std::round(capDepth * size);
-    LayerDrawing layer(rowWidth(caps, size), height, shadow.reach());
+    LayerDrawing layer(scale, rowWidth(caps, size), height, shadow.reach());
     std::vector<CanvasRect> places;
     double x = layer.body().x;
     for (auto const& cap : caps) {

@@ -31,10 +31,11 @@ LayerScale::LayerScale(LayerSpec const& spec)
     , unit(std::min(width, height) / 1080)
     , em((std::isfinite(spec.fontSize) ? std::clamp(spec.fontSize, smallestSize, largestSize) : usualSize) * unit) {}
 
-LayerDrawing::LayerDrawing(double bodyWidth, double bodyHeight, double margin)
+LayerDrawing::LayerDrawing(LayerScale const& scale, double bodyWidth, double bodyHeight, double margin)
     : body_{std::ceil(margin), std::ceil(margin), std::ceil(std::max(bodyWidth, 1.0)),
             std::ceil(std::max(bodyHeight, 1.0))}
-    , drawing_(static_cast<int>(body_.width + 2 * body_.x), static_cast<int>(body_.height + 2 * body_.y)) {}
+    , drawing_(body_.width + 2 * body_.x, body_.height + 2 * body_.y,
+               std::min({1.0, scale.width / body_.width, scale.height / body_.height})) {}
 
 void LayerDrawing::drawPanel(Panel const& panel) {
     drawing_.shadow(panel.shadow, [&](cairo_t* on) { fillRounded(on, body_, panel.radius, RGBAColor::black); });
@@ -44,7 +45,10 @@ void LayerDrawing::drawPanel(Panel const& panel) {
     strokeRounded(cr(), body_, panel.radius, panel.hairline, edge);
 }
 
-DrawnLayer LayerDrawing::finish() { return {drawing_.finish(), body_}; }
+DrawnLayer LayerDrawing::finish() {
+    double const k = drawing_.scale();
+    return {drawing_.finish(), {body_.x * k, body_.y * k, body_.width * k, body_.height * k}};
+}
 
 RGBAColor panelColor(LayerSpec const& spec, double alpha) {
     if (spec.background) return *spec.background;

@@ -17,10 +17,10 @@ struct Panel {
 };
 
 /// A drawing with a body in its middle and room for shadows around it. Lengths are whole pixels, so a layer at rest
-/// lies on the canvas's pixels and stays sharp.
+/// lies on the canvas's pixels and stays sharp. A body that the canvas cannot hold is drawn smaller as a whole.
 class LayerDrawing {
 public:
-    LayerDrawing(double bodyWidth, double bodyHeight, double margin);
+    LayerDrawing(LayerScale const& scale, double bodyWidth, double bodyHeight, double margin);
 
     Drawing& drawing() { return drawing_; }
     cairo_t* cr() { return drawing_.cr(); }

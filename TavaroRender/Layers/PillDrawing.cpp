@@ -40,7 +40,7 @@ DrawnLayer drawCallout(TextFonts& fonts, LayerSpec const& spec, LayerSpec::Callo
     double const padX = (text.lineCount() > 1 ? 0.95 : 0.9) * em;
     double const padY = (text.lineCount() > 1 ? 0.72 : 0.62) * em;
     auto panel = panelOf(spec, em, panelColor(spec, 0.94));
-    LayerDrawing layer(area.width + 2 * padX, area.height + 2 * padY, panel.shadow.reach());
+    LayerDrawing layer(scale, area.width + 2 * padX, area.height + 2 * padY, panel.shadow.reach());
     panel.radius = text.lineCount() > 1 ? 0.8 * em : layer.body().height / 2;
     layer.drawPanel(panel);
     auto const& body = layer.body();
@@ -67,7 +67,7 @@ DrawnLayer drawCommand(TextFonts& fonts, LayerSpec const& spec, LayerSpec::Comma
     auto const color = spec.background ? *spec.background : mixed(panelColor(spec, 0.96), {0, 0.02, 0.06, 0.96}, 0.3);
     auto panel = panelOf(spec, em, color);
     panel.radius = 0.62 * em;
-    LayerDrawing layer(area.width + indent + 2 * padX, area.height + 2 * padY, panel.shadow.reach());
+    LayerDrawing layer(scale, area.width + indent + 2 * padX, area.height + 2 * padY, panel.shadow.reach());
     layer.drawPanel(panel);
     auto const& body = layer.body();
     CanvasPoint const at{body.x + padX, body.center().y - area.height / 2 - area.y};
@@ -88,7 +88,7 @@ DrawnLayer drawWatermark(TextFonts& fonts, LayerSpec const& spec, LayerSpec::Wat
     auto panel = panelOf(spec, em, panelColor(spec, 0.42));
     panel.shadow = {};
     panel.shadow.color.a = 0;
-    LayerDrawing layer(area.width + 1.5 * em, area.height + 1.16 * em, 0);
+    LayerDrawing layer(scale, area.width + 1.5 * em, area.height + 1.16 * em, 0);
     panel.radius = layer.body().height / 2;
     layer.drawPanel(panel);
     auto const& body = layer.body();

@@ -15,6 +15,7 @@ namespace {
 
 constexpr UChar32 replacement = 0xFFFD;
 constexpr std::string_view tabSpaces = "    ";
+constexpr int mostMarks = 6; // on one letter; no language has more, and towers of them leave every line
 
 /// Walks the characters of the text; `visit` gets each and may stop by returning false.
 template<class Visit> void eachCharacter(std::string_view text, Visit visit) {
@@ -65,6 +66,7 @@ std::string readableText(std::string_view bytes, std::size_t maxCharacters, Line
     std::string text;
     std::size_t count = 0;
     bool followsReturn = false;
+    int marks = 0;
     eachCharacter(bytes, [&](UChar32 character) {
         if (++count > maxCharacters) {
             text += "…";
@@ -72,7 +74,9 @@ std::string readableText(std::string_view bytes, std::size_t maxCharacters, Line
         }
         bool const endsReturn = followsReturn && character == '\n';
         followsReturn = character == '\r';
-        if (endsReturn) return true;
+        bool const isMark = u_charType(character) == U_NON_SPACING_MARK || u_charType(character) == U_ENCLOSING_MARK;
+        marks = isMark ? marks + 1 : 0;
+        if (endsReturn || marks > mostMarks) return true;
         if (isLineBreak(character) || character == '\r') {
             text += breaks == LineBreaks::kept ? '\n' : ' ';
         } else if (character == '\t') {

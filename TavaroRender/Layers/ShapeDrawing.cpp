@@ -130,7 +130,7 @@ DrawnLayer boxPiece(LayerSpec const& spec, LayerSpec::Box::Piece piece) {
     auto const sides = boxPieces(spec);
     constexpr int straight = 2;
     double const inner = 2.0 * (sides.corner - sides.margin) + straight;
-    LayerDrawing layer(inner, inner, sides.margin);
+    LayerDrawing layer(LayerScale(spec), inner, inner, sides.margin);
     paintBox(layer, spec);
     auto const whole = layer.finish();
     // The pieces stand in three rows of three, as their names are listed.
@@ -183,7 +183,7 @@ DrawnLayer drawBox(LayerSpec const& spec, LayerSpec::Box const& box) {
     LayerScale const scale(spec);
     if (box.width < 1 || box.height < 1) return {};
     auto const side = [](std::int64_t asked, double most) { return std::min(static_cast<double>(asked), most); };
-    LayerDrawing layer(side(box.width, scale.width), side(box.height, scale.height), boxShadow(scale).reach());
+    LayerDrawing layer(scale, side(box.width, scale.width), side(box.height, scale.height), boxShadow(scale).reach());
     paintBox(layer, spec);
     return layer.finish();
 }

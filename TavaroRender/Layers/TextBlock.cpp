@@ -56,7 +56,14 @@ std::vector<cairo_glyph_t> glyphsOf(PangoGlyphItem const& run, double x, double 
 bool setFont(cairo_t* cr, PangoFont* font) {
     auto* scaled = pango_cairo_font_get_scaled_font(PANGO_CAIRO_FONT(font));
     if (!scaled || cairo_scaled_font_status(scaled) != CAIRO_STATUS_SUCCESS) return false;
-    cairo_set_scaled_font(cr, scaled);
+    // Not the scaled font itself: the drawing may have a scale of its own.
+    cairo_matrix_t matrix;
+    cairo_scaled_font_get_font_matrix(scaled, &matrix);
+    CairoFontOptions const options(cairo_font_options_create());
+    cairo_scaled_font_get_font_options(scaled, options.get());
+    cairo_set_font_face(cr, cairo_scaled_font_get_font_face(scaled));
+    cairo_set_font_matrix(cr, &matrix);
+    cairo_set_font_options(cr, options.get());
     return true;
 }
 

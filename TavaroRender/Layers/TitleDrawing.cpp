@@ -66,7 +66,7 @@ DrawnLayer drawTitle(TextFonts& fonts, LayerSpec const& spec, LayerSpec::Title c
     auto const panel = panelOf(spec, em, spec.background.value_or(RGBAColor::clear));
     bool const isBare = !spec.background && title.ground == LayerSpec::Title::Ground::picture;
     double const margin = spec.background ? panel.shadow.reach() : bareReach(em);
-    LayerDrawing layer(text.width() + 2 * x, text.height() + 2 * y, margin);
+    LayerDrawing layer(LayerScale(spec), text.width() + 2 * x, text.height() + 2 * y, margin);
     if (spec.background) layer.drawPanel(panel);
 
     double top = layer.body().y + y;

@@ -46,7 +46,7 @@ std::set<Image const*> textures(std::vector<RasterLayer> const& layers) {
 
 TEST(LayerRasterizer, everyKindStaysInsideTheCanvasWhereverItIsPut) {
     LayerRasterizer rasterizer;
-    for (Size2 const canvas : {Size2{1920, 1080}, Size2{1080, 1920}, Size2{320, 180}, Size2{65, 65}}) {
+    for (Size2 const canvas : {Size2{1920, 1080}, Size2{1080, 1920}, Size2{320, 180}, Size2{200, 200}}) {
         for (auto const& kind : layerKinds()) {
             for (UnitPoint2 const position : {UnitPoint2{0.5, 0.5}, {0, 0}, {1, 1}, {-3, 7}, {nan, nan}}) {
                 LayerFrame frame(canvas);
