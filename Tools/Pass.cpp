@@ -2,6 +2,7 @@
 // alone.
 
 #include <TavaroCore/Files/AtomicFile.h>
+#include <TavaroCore/Looks/CubeLUT.h>
 #include <TavaroCore/Records/JSONError.h>
 #include <TavaroMedia/Frames/PNG.h>
 #include <TavaroRender/Compositor/Compositor.h>
@@ -15,6 +16,7 @@
 #include <array>
 #include <cmath>
 #include <map>
+#include <optional>
 
 namespace {
 
@@ -25,6 +27,7 @@ constexpr int largestSide = 16384;
 struct Request {
     std::string uniforms; // JSON text
     std::map<std::string, Image> inputs;
+    std::optional<CubeLUT> lut;
     CompositorBackend backend = CompositorBackend::cpu;
 };
 
@@ -55,6 +58,30 @@ Image runCursorOverlay(Request& request) {
     return canvas;
 }
 
+Image runCameraOverlay(Request& request) {
+    auto const uniforms = decodeCameraUniforms(request.uniforms);
+    auto canvas = std::move(required(request, "canvas"));
+    Compositor(request.backend)
+        .cameraOverlay(uniforms, required(request, "camera").view(), request.inputs["matte"].view(),
+                       request.lut ? &*request.lut : nullptr, canvas.view());
+    return canvas;
+}
+
+Image runBlitLayer(Request& request) {
+    auto const uniforms = decodeBlitUniforms(request.uniforms);
+    auto canvas = std::move(required(request, "canvas"));
+    Compositor(request.backend).blitLayer(uniforms, required(request, "layer").view(), canvas.view());
+    return canvas;
+}
+
+Image runRegionEffect(Request& request) {
+    auto const uniforms = decodeRegionUniforms(request.uniforms);
+    auto const& source = required(request, "source");
+    Image target(source.width(), source.height());
+    Compositor(request.backend).regionEffect(uniforms, source.view(), target.view());
+    return target;
+}
+
 struct Kernel {
     std::string_view name;
     std::vector<std::string_view> inputs;
@@ -64,6 +91,9 @@ struct Kernel {
 std::array const kernels{
     Kernel{"composite", {"screen", "background"}, runComposite},
     Kernel{"cursorOverlay", {"canvas"}, runCursorOverlay},
+    Kernel{"cameraOverlay", {"canvas", "camera", "matte", "lut"}, runCameraOverlay},
+    Kernel{"blitLayer", {"canvas", "layer"}, runBlitLayer},
+    Kernel{"regionEffect", {"source"}, runRegionEffect},
 };
 
 Kernel const& kernelNamed(std::string const& name) {
@@ -75,8 +105,13 @@ Kernel const& kernelNamed(std::string const& name) {
     throw Error(fmt::format("There is no kernel “{}”; there are {}.", name, fmt::join(names, ", ")));
 }
 
-std::map<std::string, Image> readInputs(std::vector<std::string> const& pairs, Kernel const& kernel) {
-    std::map<std::string, Image> inputs;
+std::string readText(std::string const& file) {
+    auto text = readWholeFile(file);
+    if (!text) throw Error(fmt::format("Could not read “{}”: there is no such file.", file));
+    return std::move(*text);
+}
+
+void readInputs(std::vector<std::string> const& pairs, Kernel const& kernel, Request& request) {
     for (auto const& pair : pairs) {
         auto const equals = pair.find('=');
         auto const name = pair.substr(0, equals);
@@ -85,15 +120,12 @@ std::map<std::string, Image> readInputs(std::vector<std::string> const& pairs, K
             throw Error(fmt::format("“{}” is no input of {}; its inputs are {}.", pair, kernel.name,
                                     fmt::join(kernel.inputs, ", ")));
         }
-        inputs[name] = readPNG(pair.substr(equals + 1));
+        auto const file = pair.substr(equals + 1);
+        if (name == "lut")
+            request.lut = CubeLUT::parse(readText(file));
+        else
+            request.inputs[name] = readPNG(file);
     }
-    return inputs;
-}
-
-std::string readText(std::string const& file) {
-    auto text = readWholeFile(file);
-    if (!text) throw Error(fmt::format("Could not read “{}”: there is no such file.", file));
-    return std::move(*text);
 }
 
 struct Options {
@@ -107,8 +139,8 @@ struct Options {
 void run(Options const& options) {
     auto const& kernel = kernelNamed(options.kernel);
     Request request{.uniforms = readText(options.uniforms),
-                    .inputs = readInputs(options.inputs, kernel),
                     .backend = options.backend == "reference" ? CompositorBackend::reference : CompositorBackend::cpu};
+    readInputs(options.inputs, kernel, request);
     try {
         writePNG(options.output, kernel.run(request).view());
     } catch (JSONError const& error) {
@@ -121,11 +153,15 @@ void run(Options const& options) {
 int main(int argc, char** argv) {
     CLI::App app{"Runs one compositor kernel once.", "tavaro-pass"};
     Options options;
-    app.add_option("KERNEL", options.kernel, "composite or cursorOverlay")->required();
+    app.add_option("KERNEL", options.kernel, "composite, cursorOverlay, cameraOverlay, blitLayer or regionEffect")
+        ->required();
     app.add_option("UNIFORMS", options.uniforms, "JSON: the fields of the kernel's uniform block, vectors as arrays")
         ->required();
-    app.add_option("--in", options.inputs,
-                   "NAME=FILE.png: screen and background for composite, canvas for cursorOverlay")
+    app.add_option(
+           "--in", options.inputs,
+           "NAME=FILE.png: screen and background for composite; canvas for cursorOverlay; canvas, camera, matte "
+           "(its red channel) and lut (a .cube file) for cameraOverlay; canvas and layer (whose alpha is "
+           "premultiplied) for blitLayer; source for regionEffect")
         ->take_all()
         ->expected(1)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);

@@ -3,10 +3,9 @@
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
-#include <TavaroRender/Kernels/FloatVectors-inl.h>
+#include <TavaroRender/Kernels/CanvasVectors-inl.h>
 
 #include <cmath>
-#include <cstring>
 
 #include <TavaroRender/Kernels/CursorShapes.h>
 #include <TavaroRender/Kernels/CursorUniforms.h>
@@ -16,40 +15,12 @@
 HWY_BEFORE_NAMESPACE();
 namespace tavaro::HWY_NAMESPACE {
 
-/// A vector of canvas pixels, channels 0…255.
-struct CursorPixels {
-    Vec3 color;
-    Vec alpha;
-
-    HWY_INLINE void mixTo(Float3 to, Vec strength) {
-        color = mixed(color, set({to.x * 255, to.y * 255, to.z * 255}), strength);
-    }
-    HWY_INLINE void darken(float to, Vec strength) { color = scaled(color, sub(set(1), mul(strength, set(1 - to)))); }
-    HWY_INLINE void raiseAlpha(Vec strength) { alpha = hn::Max(alpha, mul(strength, set(255))); }
-};
-
 /// Calls `draw(pixels, dx, dy)` for vectors of the pixels `begin` … `end` − 1 of a row; dx and dy are from `position`.
 template<class Draw>
 HWY_INLINE void forRow(std::uint8_t* row, int y, int begin, int end, Float2 position, Draw&& draw) {
-    TagInt const whole;
-    auto const n = static_cast<int>(hn::Lanes(whole));
     auto const dy = set(pixelCenter(0, y).y - position.y);
-    for (int x = begin; x < end; x += n) {
-        auto* at = row + 4 * static_cast<std::ptrdiff_t>(x);
-        alignas(64) std::int32_t memory[64];
-        auto const isWhole = x + n <= end;
-        auto const bytes = 4 * static_cast<std::size_t>(std::min(n, end - x));
-        if (!isWhole) {
-            std::memset(memory, 0, sizeof memory);
-            std::memcpy(memory, at, bytes);
-        }
-        auto* from = isWhole ? reinterpret_cast<std::int32_t*>(at) : memory;
-        auto const loaded = hn::LoadU(whole, from);
-        CursorPixels pixels{colorOf(loaded), channel<3>(loaded)};
-        draw(pixels, sub(hn::Iota(Tag(), static_cast<float>(x) + 0.5f), set(position.x)), dy);
-        hn::StoreU(packed(pixels.color, pixels.alpha), whole, from);
-        if (!isWhole) std::memcpy(at, memory, bytes);
-    }
+    forPixels(row, begin, end,
+              [&](CanvasPixels& pixels, int x) HWY_ATTR { draw(pixels, centersFrom(x, position.x), dy); });
 }
 
 /// Any effect but the colour ripple.
@@ -57,7 +28,7 @@ void clickRow(CursorUniforms const& u, std::uint8_t* row, int y, int begin, int 
     auto const radius = u.clickRadius;
     auto const effect = static_cast<ClickShape>(u.clickEffect);
     auto const ringWidth = std::max(radius * 0.10f, 1.5f);
-    forRow(row, y, begin, end, u.position, [&](CursorPixels& pixels, Vec dx, Vec dy) HWY_ATTR {
+    forRow(row, y, begin, end, u.position, [&](CanvasPixels& pixels, Vec dx, Vec dy) HWY_ATTR {
         auto const distance = size(dx, dy);
         if (effect == ClickShape::spotlight)
             return pixels.darken(0.45f, mul(step(radius * 0.7f, radius * 2.2f, distance), set(u.clickOpacity)));
@@ -111,7 +82,7 @@ HWY_INLINE Vec shapeDistance(CursorUniforms const& u, Vec dx, Vec dy) {
 void haloRow(CursorUniforms const& u, std::uint8_t* row, int y, int begin, int end) {
     auto const isGlow = static_cast<CursorShape>(u.style) == CursorShape::glow;
     auto const radius = u.cursorSize * (isGlow ? 0.28f : 2.6f);
-    forRow(row, y, begin, end, u.position, [&](CursorPixels& pixels, Vec dx, Vec dy) HWY_ATTR {
+    forRow(row, y, begin, end, u.position, [&](CanvasPixels& pixels, Vec dx, Vec dy) HWY_ATTR {
         auto const distance = size(dx, dy);
         if (isGlow)
             pixels.mixTo(rgb(u.fillColor),
@@ -124,7 +95,7 @@ void haloRow(CursorUniforms const& u, std::uint8_t* row, int y, int begin, int e
 void pointerRow(CursorUniforms const& u, std::uint8_t* row, int y, int begin, int end) {
     auto const taps = cursorTaps(u.velocity);
     auto const halfStroke = std::max(u.cursorSize * 0.055f, 1.0f) / 2;
-    forRow(row, y, begin, end, u.position, [&](CursorPixels& pixels, Vec dx, Vec dy) HWY_ATTR {
+    forRow(row, y, begin, end, u.position, [&](CanvasPixels& pixels, Vec dx, Vec dy) HWY_ATTR {
         auto fill = hn::Zero(Tag());
         auto outline = hn::Zero(Tag());
         for (int i = 0; i < taps; ++i) {

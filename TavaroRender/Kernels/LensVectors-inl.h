@@ -8,13 +8,12 @@
 #define TAVARO_LENS_VECTORS
 #endif
 
-#include <cstring>
-
 #include <hwy/highway.h>
 
 #include <TavaroRender/Kernels/CompositeUniforms.h>
 #include <TavaroRender/Kernels/GradientVectors-inl.h>
 #include <TavaroRender/Kernels/Sampling.h>
+#include <TavaroRender/Kernels/TexelVectors-inl.h>
 
 HWY_BEFORE_NAMESPACE();
 namespace tavaro::HWY_NAMESPACE {
@@ -23,20 +22,6 @@ struct Corners {
     VecInt topLeft, topRight, bottomLeft, bottomRight;
     Vec fractionX, fractionY;
 };
-
-/// The two texels of a row that each `place` (in texels, from `texels` on) names, and those to their right.
-HWY_INLINE void readPairs(std::int32_t const* texels, std::int32_t const* place, bool hasRight, VecInt& left,
-                          VecInt& right) {
-    TagInt const whole;
-    auto const n = hn::Lanes(whole);
-    // Plain loads: gathers cost several times as much on many machines.
-    alignas(64) std::int32_t pairs[32];
-    if (hasRight)
-        for (std::size_t i = 0; i < n; ++i) std::memcpy(pairs + 2 * i, texels + place[i], 8);
-    else
-        for (std::size_t i = 0; i < n; ++i) pairs[2 * i] = pairs[2 * i + 1] = texels[place[i]];
-    hn::LoadInterleaved2(whole, pairs, left, right);
-}
 
 /// The four texels round each point, read from anywhere in the picture.
 HWY_INLINE Corners gather(ImageView image, Vec u, Vec v) {
