@@ -9,28 +9,21 @@
 #include <TavaroRender/Kernels/CameraUniforms.h>
 #include <TavaroRender/Kernels/CompositeUniforms.h>
 #include <TavaroRender/Kernels/CursorUniforms.h>
+#include <TavaroRender/Kernels/FastBlit.h>
+#include <TavaroRender/Kernels/FastCamera.h>
 #include <TavaroRender/Kernels/FastComposite.h>
 #include <TavaroRender/Kernels/FastCursor.h>
+#include <TavaroRender/Kernels/FastRegion.h>
 #include <TavaroRender/Kernels/Reference.h>
 #include <TavaroRender/Kernels/RegionUniforms.h>
 
 namespace tavaro {
 
-namespace {
-
-Image copyOf(ImageView image) {
-    Image copied(image.width, image.height);
-    for (int y = 0; y < image.height; ++y)
-        std::memcpy(copied.row(y), image.row(y), 4 * static_cast<std::size_t>(image.width));
-    return copied;
-}
-
-}
-
 struct Compositor::State {
     CompositorBackend backend;
     RowExecutor* rows;
     FastComposite fast;
+    FastCamera camera;
 
     State(CompositorBackend backend, RowExecutor* rows) : backend(backend), rows(rows) {}
 
@@ -69,6 +62,11 @@ void Compositor::cursorOverlay(CursorUniforms const& uniforms, MutableImageView 
 void Compositor::cameraOverlay(CameraUniforms const& uniforms, ImageView camera, ImageView matte, CubeLUT const* lut,
                                MutableImageView canvas) {
     if (canvas.isEmpty()) return;
+    if (state_->backend == CompositorBackend::cpu) {
+        return state_->camera.draw(
+            uniforms, camera, matte, lut, canvas,
+            [&](int rowCount, FunctionRef<void(int, int)> band) { state_->inBands(rowCount, band); });
+    }
     state_->inBands(canvas.height, [&](int begin, int end) {
         cameraOverlayReference(uniforms, camera, matte, lut, canvas, begin, end);
     });
@@ -76,16 +74,27 @@ void Compositor::cameraOverlay(CameraUniforms const& uniforms, ImageView camera,
 
 void Compositor::blitLayer(BlitUniforms const& uniforms, ImageView layer, MutableImageView canvas) {
     if (canvas.isEmpty()) return;
+    if (state_->backend == CompositorBackend::cpu) {
+        FastBlit const blit(uniforms, layer, canvas);
+        return state_->inBands(blit.rowCount(), [&](int begin, int end) { blit.draw(begin, end); });
+    }
     state_->inBands(canvas.height,
                     [&](int begin, int end) { blitLayerReference(uniforms, layer, canvas, begin, end); });
 }
 
 void Compositor::regionEffect(RegionUniforms const& uniforms, ImageView source, MutableImageView target) {
     if (source.isEmpty()) return;
-    Image copied;
+    if (state_->backend == CompositorBackend::cpu) {
+        FastRegion const region(uniforms, source, target);
+        auto const [first, count] = region.rows();
+        return state_->inBands(count, [&](int begin, int end) { region.draw(first + begin, first + end); });
+    }
+    Image unchanged;
     if (source.pixels == target.pixels) {
-        copied = copyOf(source);
-        source = std::as_const(copied).view();
+        unchanged = Image(source.width, source.height);
+        for (int y = 0; y < source.height; ++y)
+            std::memcpy(unchanged.row(y), source.row(y), 4 * static_cast<std::size_t>(source.width));
+        source = std::as_const(unchanged).view();
     }
     state_->inBands(target.height,
                     [&](int begin, int end) { regionEffectReference(uniforms, source, target, begin, end); });

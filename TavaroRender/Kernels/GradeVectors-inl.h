@@ -1,5 +1,5 @@
-// The camera's colour look at vectors of pixels. Compiled once for each kind of vector unit, by the sources that include
-// it.
+// The camera's colour look at vectors of pixels. Compiled once for each kind of vector unit, by the sources that
+// include it.
 
 #if defined(TAVARO_GRADE_VECTORS) == defined(HWY_TARGET_TOGGLE)
 #ifdef TAVARO_GRADE_VECTORS
@@ -41,44 +41,63 @@ HWY_INLINE Vec onCurve(float const* curve, Vec value) {
     return mixed(low, high, sub(place, hn::ConvertTo(tag, index)));
 }
 
-/// The table's colour, read trilinearly.
+using Channels = hn::CappedTag<float, 4>; // of one colour, or as many as the vector unit takes
+using ChannelVec = hn::Vec<Channels>;
+
+/// The place of one colour in a table.
+struct TableCell {
+    std::size_t entry; // the cell's lowest corner
+    float red, green, blue;
+
+    TableCell(CubeLUT const& lut, float r, float g, float b) {
+        auto const n = static_cast<std::size_t>(lut.size);
+        auto const place = [&](float value, float& between) {
+            auto const position = saturate(value) * static_cast<float>(n - 1);
+            auto const low = std::min(static_cast<std::size_t>(position), n - 2);
+            between = position - static_cast<float>(low);
+            return low;
+        };
+        entry = (place(b, blue) * n + place(g, green)) * n + place(r, red);
+    }
+};
+
+/// The channels from `c` on, mixed between an entry and the one to its right. Nothing past that one is read.
+HWY_INLINE ChannelVec mixedAlongRed(float const* entry, std::size_t c, float between) {
+    Channels const channels;
+    auto const left = hn::LoadU(channels, entry + c);
+#if HWY_TARGET == HWY_SCALAR
+    auto const right = hn::LoadU(channels, entry + 3 + c);
+#else
+    auto const right = hn::ShiftRightLanes<1>(channels, hn::LoadU(channels, entry + 2));
+#endif
+    return hn::MulAdd(hn::Sub(right, left), hn::Set(channels, between), left);
+}
+
+/// The table's colour, read trilinearly: one pixel at a time, its channels side by side.
 HWY_INLINE Vec3 lookedUp(CubeLUT const& lut, Vec3 const& color) {
     Tag const tag;
+    Channels const channels;
     auto const n = static_cast<std::size_t>(lut.size);
     alignas(64) float memory[3][16];
     hn::Store(color.x, tag, memory[0]);
     hn::Store(color.y, tag, memory[1]);
     hn::Store(color.z, tag, memory[2]);
-    hn::FixedTag<float, 4> const four;
-    auto const* values = lut.values.data();
-    auto const last = static_cast<float>(n - 1);
     for (std::size_t i = 0; i < hn::Lanes(tag); ++i) {
-        // One pixel at a time, its three channels side by side: the corners of its cell are next to each other.
-        std::size_t low[3];
-        float between[3];
-        for (std::size_t c = 0; c < 3; ++c) {
-            auto const place = saturate(memory[c][i]) * last;
-            low[c] = std::min(static_cast<std::size_t>(place), n - 2);
-            between[c] = place - static_cast<float>(low[c]);
+        TableCell const cell(lut, memory[0][i], memory[1][i], memory[2][i]);
+        for (std::size_t c = 0; c < 3; c += hn::Lanes(channels)) {
+            auto const along = [&](std::size_t offset) HWY_ATTR {
+                return mixedAlongRed(lut.values.data() + 3 * (cell.entry + offset), c, cell.red);
+            };
+            auto const plane = [&](std::size_t offset) HWY_ATTR {
+                auto const near = along(offset);
+                return hn::MulAdd(hn::Sub(along(offset + n), near), hn::Set(channels, cell.green), near);
+            };
+            auto const near = plane(0);
+            auto const result = hn::MulAdd(hn::Sub(plane(n * n), near), hn::Set(channels, cell.blue), near);
+            alignas(16) float values[4];
+            hn::Store(result, channels, values);
+            for (std::size_t j = 0; j < hn::Lanes(channels) && c + j < 3; ++j) memory[c + j][i] = values[j];
         }
-        auto const* cell = values + 3 * ((low[2] * n + low[1]) * n + low[0]);
-        auto const along = [&](std::size_t offset) HWY_ATTR {
-            // The entry to the right is read with the one before it: nothing past the table's end is touched.
-            auto const* at = cell + 3 * offset;
-            auto const right = hn::Set(four, between[0]);
-            auto const a = hn::LoadU(four, at);
-            auto const b = hn::CombineShiftRightBytes<4>(four, hn::LoadU(four, at + 2), hn::LoadU(four, at + 2));
-            return hn::MulAdd(hn::Sub(b, a), right, a);
-        };
-        auto const plane = [&](std::size_t offset) HWY_ATTR {
-            auto const a = along(offset);
-            return hn::MulAdd(hn::Sub(along(offset + n), a), hn::Set(four, between[1]), a);
-        };
-        auto const a = plane(0);
-        auto const mixedAll = hn::MulAdd(hn::Sub(plane(n * n), a), hn::Set(four, between[2]), a);
-        alignas(16) float result[4];
-        hn::Store(mixedAll, four, result);
-        for (std::size_t c = 0; c < 3; ++c) memory[c][i] = result[c];
     }
     return {hn::Load(tag, memory[0]), hn::Load(tag, memory[1]), hn::Load(tag, memory[2])};
 }

@@ -9,8 +9,11 @@ namespace tavaro {
 
 struct RegionUniforms;
 
-/// Is the centre of a pixel, px, in the region, whose borders count as inside?
-bool isInRegion(RegionUniforms const& uniforms, Float2 point);
+/// Is a pixel's centre, px along one axis of a picture of that size, in the region, whose borders count as inside?
+inline bool isWithin(float center, float texSize, float origin, float size) {
+    auto const normalised = center / texSize;
+    return normalised >= origin && normalised <= origin + size;
+}
 
 /// Half the side of the blur's square, px.
 int blurReach(RegionUniforms const& uniforms);

@@ -45,12 +45,6 @@ Float4 patch(std::array<MaskPoint, 8> const& points, Float2 local) {
 
 }
 
-bool isInRegion(RegionUniforms const& u, Float2 point) {
-    auto const uv = point / u.texSize;
-    auto const end = u.origin + u.size;
-    return uv.x >= u.origin.x && uv.y >= u.origin.y && uv.x <= end.x && uv.y <= end.y;
-}
-
 int blurReach(RegionUniforms const& u) { return std::max(placeWithin(u.radius, 2048), 1); }
 
 std::array<MaskPoint, 8> maskPoints(RegionUniforms const& u, ImageView source) {
@@ -73,7 +67,8 @@ void regionEffectReference(RegionUniforms const& u, ImageView source, MutableIma
     auto const changed = [&](int x, int y) -> Float4 {
         auto const point = pixelCenter(x, y);
         auto const pixel = loadPixel(source.row(y) + 4 * static_cast<std::ptrdiff_t>(x));
-        auto const isInside = isInRegion(u, point);
+        auto const isInside = isWithin(point.x, u.texSize.x, u.origin.x, u.size.x) &&
+                              isWithin(point.y, u.texSize.y, u.origin.y, u.size.y);
         switch (mode) {
         case RegionMode::blur: return isInside ? blurred(source, x, y, reach) : pixel;
         case RegionMode::highlight: return isInside ? pixel : tinted(pixel, u.color);
