@@ -7,7 +7,7 @@
 #include <TavaroCore/Export/ExportSettings.h>
 #include <TavaroRender/Composition/FrameComposer.h>
 #include <TavaroRender/Export/Exporter.h>
-#include <TavaroRender/Export/RecordingFrames.h>
+#include <TavaroRender/Export/FrameSources.h>
 #include <TavaroRender/Renderer/Renderer.h>
 
 namespace tavaro {
@@ -20,17 +20,17 @@ struct ExportJob {
     ExportSettings settings; // the size is even
     ExporterOptions const options;
     FrameComposer const composer;
-    RecordingFrames recording;
+    FrameSources sources;
     Renderer renderer;
     std::atomic<bool> isCancelled{false};
 
     /// Every frame that begins before the end, at least one.
     std::int64_t totalFrames() const;
 
-    /// Opens the media that frames are made of and loads the background, or throws the `ExportError` of the first that
-    /// cannot be used.
+    /// Opens the media that frames are made of and loads the background and the camera's colour table, or throws the
+    /// error of the first that cannot be used.
     void openMedia();
-    void prepareBackground();
+    void prepareDrawing();
 
     /// The frame at that output time; good until the next one is drawn.
     ImageView frame(double at);

@@ -82,7 +82,7 @@ Image Exporter::renderStill(double at) {
     return withMemory([&] {
         requireDrawable(job.settings);
         requireSource(job.composer.project(), job.composer.duration());
-        job.prepareBackground();
+        job.prepareDrawing();
         auto const canvas = job.frame(at);
         Image still(canvas.width, canvas.height);
         for (int y = 0; y < canvas.height; ++y) std::copy_n(canvas.row(y), 4 * std::size_t(canvas.width), still.row(y));

@@ -32,7 +32,8 @@ struct ExporterOptions {
     EncoderChoice encoder = EncoderChoice::automatic;
 };
 
-/// Makes the movie, or single pictures, of a project. Made for one export. All failures are `ExportError`.
+/// Makes the movie, or single pictures, of a project. Made for one export. All failures are `ExportError`, but for
+/// a colour table that cannot be used, which is a `CameraTableError`.
 class Exporter {
 public:
     /// `settings` decide over those remembered in the project. Sides are rounded down to even numbers.

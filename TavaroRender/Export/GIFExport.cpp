@@ -68,7 +68,7 @@ private:
 
     void run(PictureSink& sink, double rate, std::int64_t frames, Exporter::Progress const& progress) {
         runVideoPass({.composer = job_.composer,
-                      .recording = job_.recording,
+                      .sources = job_.sources,
                       .renderer = job_.renderer,
                       .sink = sink,
                       .rate = rate,
@@ -91,7 +91,7 @@ std::filesystem::path writeGIF(ExportJob& job, std::filesystem::path const& want
     GIFExport gif(job, progress);
     gif.report(ExportStage::preparing, 0);
     job.openMedia();
-    job.prepareBackground();
+    job.prepareDrawing();
     makeFolder(wanted.parent_path());
     auto const file = unusedFile(wanted);
     withGIFFailures([&] { gif.write(file); });

@@ -58,12 +58,12 @@ std::filesystem::path writeMovie(ExportJob& job, std::filesystem::path const& wa
     };
     report(ExportStage::preparing, 0);
     job.openMedia();
-    job.prepareBackground();
+    job.prepareDrawing();
     makeFolder(wanted.parent_path());
     auto const file = unusedFile(wanted);
     auto writer = makeWriter(job, file);
     runVideoPass({.composer = job.composer,
-                  .recording = job.recording,
+                  .sources = job.sources,
                   .renderer = job.renderer,
                   .sink = writer,
                   .rate = static_cast<double>(job.settings.fps),

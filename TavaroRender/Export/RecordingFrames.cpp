@@ -24,20 +24,20 @@ constexpr double timeRounding = 0.001;
 
 }
 
-MovieReader& RecordingFrames::reader(std::string_view asset) {
+RecordingFrames::Opened& RecordingFrames::opened(std::string_view asset) {
     auto const found = std::ranges::find(opened_, asset, &Opened::asset);
     if (found != opened_.end()) {
         opened_.splice(opened_.begin(), opened_, found);
-        return found->reader;
+        return *found;
     }
-    opened_.push_front({std::string(asset), MovieReader(package_.assetURL(asset))});
+    opened_.push_front({std::string(asset), MovieReader(package_.assetURL(asset)), {}});
     if (opened_.size() > mostOpen) opened_.pop_back();
-    return opened_.front().reader;
+    return opened_.front();
 }
 
 MovieInfo const& RecordingFrames::open(std::string_view asset) {
     try {
-        return reader(asset).info();
+        return opened(asset).reader.info();
     } catch (MediaError const& error) {
         throwReadError(error, asset);
     }
@@ -45,9 +45,13 @@ MovieInfo const& RecordingFrames::open(std::string_view asset) {
 
 VideoFrame RecordingFrames::frame(std::string_view asset, double seconds) {
     try {
-        auto frame = reader(asset).frame(seconds + timeRounding);
-        if (!frame.showsSamePixels(latest_)) latest_ = std::move(frame);
-        return latest_;
+        auto& source = opened(asset);
+        auto frame = source.reader.frame(seconds + timeRounding);
+        // Parts of a recording may be movies of their own, so another one's frame may be the same picture.
+        auto const same =
+            std::ranges::find_if(opened_, [&](Opened const& other) { return frame.showsSamePixels(other.latest); });
+        source.latest = same != opened_.end() ? same->latest : std::move(frame);
+        return source.latest;
     } catch (MediaError const& error) {
         throwReadError(error, asset);
     }

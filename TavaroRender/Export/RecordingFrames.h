@@ -28,12 +28,12 @@ private:
     struct Opened {
         std::string asset;
         MovieReader reader;
+        VideoFrame latest;
     };
-    MovieReader& reader(std::string_view asset);
+    Opened& opened(std::string_view asset);
 
     ProjectPackage package_;
     std::list<Opened> opened_; // the latest used first
-    VideoFrame latest_;
 };
 
 }

@@ -11,7 +11,7 @@
 #include <TavaroRender/Export/BoundedQueue.h>
 #include <TavaroRender/Export/ExportError.h>
 #include <TavaroRender/Export/Exporter.h>
-#include <TavaroRender/Export/RecordingFrames.h>
+#include <TavaroRender/Export/FrameSources.h>
 #include <TavaroRender/Renderer/Renderer.h>
 
 namespace tavaro {
@@ -26,7 +26,7 @@ struct Pipeline {
     explicit Pipeline(VideoPass const& pass) : pass(pass) {}
 
     VideoPass const& pass;
-    BoundedQueue<VideoFrame> decoded{framesAhead}; // one for every output frame, in order
+    BoundedQueue<FramePictures> decoded{framesAhead}; // one for every output frame, in order
     BoundedQueue<EncoderPicture> blank{picturesUnderWay};
     BoundedQueue<EncoderPicture> drawn{picturesUnderWay};
     std::atomic<std::int64_t> framesWritten{0};
@@ -66,8 +66,7 @@ struct Pipeline {
 
 void Pipeline::decode() {
     for (std::int64_t n = 0; n < pass.totalFrames; ++n) {
-        auto const source = pass.composer.source(time(n));
-        if (!decoded.push(source ? pass.recording.frame(source->asset, source->time) : VideoFrame())) return;
+        if (!decoded.push(pass.sources.pictures(pass.composer, time(n)))) return;
     }
 }
 
@@ -75,9 +74,9 @@ void Pipeline::draw(std::function<void(ExportProgress const&)> const& progress) 
     std::int64_t reported = -1;
     for (std::int64_t n = 0; n < pass.totalFrames; ++n) {
         if (pass.isCancelled) throw ExportError::cancelled();
-        auto const screen = decoded.pop();
-        if (!screen) return;
-        auto const canvas = pass.renderer.render(pass.composer.state(time(n)), pass.composer.project(), {*screen});
+        auto const pictures = decoded.pop();
+        if (!pictures) return;
+        auto const canvas = pass.renderer.render(pass.composer.state(time(n)), pass.composer.project(), *pictures);
         auto picture = blank.pop();
         if (!picture) return;
         fillPicture(*picture, canvas, PixelOrder::rgba,

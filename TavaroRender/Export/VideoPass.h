@@ -7,18 +7,18 @@
 namespace tavaro {
 
 class FrameComposer;
+class FrameSources;
 class PictureSink;
-class RecordingFrames;
 class Renderer;
 struct ExportProgress;
 
 /// What a video pass works with; everything stays the caller's.
 struct VideoPass {
     FrameComposer const& composer;
-    RecordingFrames& recording; // used by the decoding thread while the pass runs
-    Renderer& renderer;         // by the drawing thread
-    PictureSink& sink;          // by the encoding thread
-    double rate = 60;           // frames a second
+    FrameSources& sources; // used by the decoding thread while the pass runs
+    Renderer& renderer;    // by the drawing thread
+    PictureSink& sink;     // by the encoding thread
+    double rate = 60;      // frames a second
     std::int64_t totalFrames = 0;
     std::atomic<bool> const& isCancelled;
 };

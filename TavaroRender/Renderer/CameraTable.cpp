@@ -3,7 +3,6 @@
 #include <TavaroCore/Files/MappedFile.h>
 #include <TavaroCore/Looks/CubeLUT.h>
 #include <TavaroCore/Project/DemoProject.h>
-#include <TavaroMedia/Errors/MediaError.h>
 
 #include <spdlog/spdlog.h>
 
@@ -14,10 +13,14 @@ namespace {
 constexpr std::uint64_t largestFile = 64 << 20; // bytes; the largest table takes a tenth of that
 
 CubeLUT readTable(ProjectPackage const& package, std::string const& asset) {
-    auto const file = MappedFile::open(package.assetURL(asset), largestFile);
-    if (!file)
-        throw MediaError(MediaError::Kind::missing, "The colour table '" + asset + "' is missing.", "no such file");
-    return CubeLUT::parse(file->bytes());
+    using Kind = CameraTableError::Kind;
+    try {
+        auto const file = MappedFile::open(package.assetURL(asset), largestFile);
+        if (file) return CubeLUT::parse(file->bytes());
+    } catch (Error const& error) {
+        throw CameraTableError(Kind::unreadable, "The colour table '" + asset + "' cannot be used. " + error.what());
+    }
+    throw CameraTableError(Kind::missing, "The colour table '" + asset + "' is missing.");
 }
 
 }
@@ -29,9 +32,9 @@ CubeLUT const* CameraTable::ensure(DemoProject const& project) {
     table_.reset();
     try {
         table_ = std::make_shared<CubeLUT const>(readTable(package_, *camera.lutAsset));
-    } catch (Error const& error) {
+    } catch (CameraTableError const& error) {
         if (failure_ == EffectFailure::stop) throw;
-        spdlog::warn("The camera's colour table '{}' is not used: {}", *camera.lutAsset, error.what());
+        spdlog::warn("{} The camera is shown without it.", error.what());
     }
     asset_ = camera.lutAsset;
     return table_.get();

@@ -37,8 +37,8 @@ public:
     Renderer& operator=(Renderer&&) noexcept;
     ~Renderer();
 
-    /// Loads what the project's frames need beside the recordings. Throws `MediaError`, and where failing effects stop
-    /// also what the camera's colour table throws.
+    /// Loads what the project's frames need beside the recordings. Throws `MediaError`, and `CameraTableError` where
+    /// failing effects stop.
     void prepare(DemoProject const& project, int canvasWidth, int canvasHeight);
 
     /// Draws the frame and returns the canvas, which stays good until the next call. A movie's frame is converted once
