@@ -4,9 +4,12 @@
 #include <Tavaro/Model/OpenProject.h>
 
 #include <TavaroCore/Errors/Error.h>
+#include <TavaroCore/Export/ExportFile.h>
+#include <TavaroCore/Records/JSONWriter.h>
 #include <TavaroCore/Values/Timecode.h>
 #include <TavaroMedia/Frames/PNG.h>
 #include <TavaroRender/Export/Exporter.h>
+#include <TavaroRender/Sheet/ContactSheet.h>
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -14,6 +17,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <optional>
 
 namespace tavaro::commands {
 
@@ -21,10 +25,15 @@ namespace {
 
 struct Options {
     std::string package;
-    double at = 0;
+    std::optional<double> at;
+    int sheet = 0; // moments; 0: one frame
     std::int64_t maxWidth = 0;
     std::string output;
+    bool asJSON = false;
 };
+
+constexpr int mostMoments = 400;
+constexpr std::int64_t sheetWidth = 1920;
 
 Size2 sizeOf(Options const& options, Size2 canvas) {
     if (options.maxWidth <= 0 || canvas.width <= options.maxWidth) return canvas;
@@ -44,15 +53,56 @@ void expectInside(double seconds, double duration) {
     throw Error(fmt::format("There is no frame at {}: the video ends at {}.", text(seconds), text(duration)));
 }
 
+std::string timeText(double seconds) { return Timecode::format(seconds, Timecode::Fraction::hundredths); }
+
+void printResult(Options const& options, std::string const& path, Size2 size, std::vector<double> const& times) {
+    if (!options.asJSON) {
+        fmt::print("{}\n", path);
+        return;
+    }
+    JSONWriter writer;
+    writer.beginObject();
+    writer.key("height");
+    writer.integer(size.height);
+    writer.key("path");
+    writer.string(path);
+    writer.key("times");
+    writer.beginArray();
+    for (auto const time : times) writer.number(time);
+    writer.endArray();
+    writer.key("width");
+    writer.integer(size.width);
+    writer.endObject();
+    fmt::print("{}\n", writer.take());
+}
+
 void frame(Options const& options) {
     auto const [package, project] = openProject(options.package);
     auto settings = project.exportSettings;
     settings.size = sizeOf(options, project.canvas);
     Exporter exporter(project, package, settings);
-    expectInside(options.at, exporter.duration());
-    auto const image = exporter.renderStill(options.at);
+    expectInside(*options.at, exporter.duration());
+    auto const image = exporter.renderStill(*options.at);
     writePNG(options.output, image.view());
-    fmt::print("{}\n", options.output);
+    printResult(options, options.output, {image.width(), image.height()}, {*options.at});
+}
+
+void sheet(Options const& options) {
+    auto const [package, project] = openProject(options.package);
+    auto const layout =
+        sheetLayout(options.sheet, project.canvas, options.maxWidth > 0 ? options.maxWidth : sheetWidth);
+    auto settings = project.exportSettings;
+    settings.size = layout.picture;
+    Exporter exporter(project, package, settings);
+    auto const times = sheetTimes(options.sheet, exporter.duration(), settings.fps);
+    ContactSheet sheet(
+        layout, project.name,
+        fmt::format("{}  ·  {} × {}", timeText(exporter.duration()), project.canvas.width, project.canvas.height));
+    for (auto const time : times) sheet.add(exporter.renderStill(time).view(), timeText(time));
+    auto const image = sheet.finish();
+    auto const output = options.output.empty() ? unusedFile("sheet.png").string() : options.output;
+    writePNG(output, image->view());
+    printResult(options, output, layout.sheet, times);
 }
 
 }
@@ -61,13 +111,25 @@ void addFrame(CLI::App& app) {
     auto options = std::make_shared<Options>();
     auto* command = app.add_subcommand("frame", "Writes one frame of the edit as a PNG, exactly as the film shows it");
     command->add_option("PROJECT", options->package, "the project, NAME.recproj")->required()->check(notEmpty);
-    command->add_option("--at", options->at, "seconds from the start of the video")
-        ->required()
-        ->check(secondsFrom(0, std::numeric_limits<double>::infinity()));
-    command->add_option("--max-width", options->maxWidth, "scale the frame down to that many pixels")
+    auto* output =
+        command->add_option("-o,--output", options->output, "the PNG to write; of a sheet, sheet.png unless said")
+            ->check(pictureProblem);
+    auto* at = command->add_option("--at", options->at, "seconds from the start of the video")
+                   ->check(secondsFrom(0, std::numeric_limits<double>::infinity()))
+                   ->needs(output);
+    auto* sheetOf = command->add_option("--sheet", options->sheet, "that many moments of the whole on one picture")
+                        ->check(CLI::Range(1, mostMoments))
+                        ->excludes(at);
+    command
+        ->add_option("--max-width", options->maxWidth,
+                     "scale the picture down to that many pixels; a sheet is about as wide")
         ->check(CLI::Range(64, 16384));
-    command->add_option("-o,--output", options->output, "the PNG to write")->required()->check(pictureProblem);
-    command->callback([options] { frame(*options); });
+    command->add_flag("--json", options->asJSON, "print the result as JSON");
+    command->callback([options, at, sheetOf] {
+        if (*at) return frame(*options);
+        if (*sheetOf) return sheet(*options);
+        throw CLI::RequiredError("--at or --sheet");
+    });
 }
 
 }

@@ -5,7 +5,7 @@
 #include <cairo.h>
 #include <pango/pangocairo.h>
 
-/// Owned handles of Cairo and Pango. For the sources of this folder alone.
+/// Owned handles of Cairo and Pango. For the sources of this library alone.
 namespace tavaro {
 
 template<auto release> struct ReleaseHandle {

@@ -2,6 +2,7 @@
 
 #include <TavaroCore/Package/ProjectPackage.h>
 #include <TavaroCore/Project/DemoProject.h>
+#include <TavaroMedia/Frames/PNG.h>
 #include <TavaroMedia/Movie/MovieReader.h>
 
 #include <gmock/gmock.h>
@@ -245,6 +246,18 @@ TEST_F(MovieCommands, aFramePastTheEndIsRefused) {
     EXPECT_EQ(tavaro({"frame", project, "--at", "4.9", "-o", path("f.png")}).exitCode, 0) << "a card counts";
 }
 
+TEST_F(MovieCommands, aSheetShowsMomentsOfTheWhole) {
+    auto const project = importMovie();
+    auto const sheet = tavaro({"frame", project, "--sheet", "6", "--max-width", "800", "-o", path("s.png"), "--json"});
+    ASSERT_EQ(sheet.exitCode, 0) << sheet.error;
+    EXPECT_THAT(sheet.out, HasSubstr("\"times\":[0.33"));
+    auto const image = readPNG(path("s.png"));
+    EXPECT_LE(image.width(), 800);
+    EXPECT_GT(image.width(), 700);
+    auto const frame = tavaro({"frame", project, "--at", "1", "--max-width", "320", "-o", path("f.png"), "--json"});
+    EXPECT_THAT(frame.out, HasSubstr("\"path\":\"" + path("f.png") + "\",\"times\":[1],\"width\":320}"));
+}
+
 TEST_F(MovieCommands, wrongUsageIsToldApartFromFailure) {
     importMovie();
     for (auto const& arguments : std::vector<Arguments>{{},
@@ -265,7 +278,11 @@ TEST_F(MovieCommands, wrongUsageIsToldApartFromFailure) {
                                                         {"frame", "", "--at", "1", "-o", "f.png"},
                                                         {"frame", "p", "--at", "x", "-o", "f.png"},
                                                         {"frame", "p", "--at", "nan", "-o", "f.png"},
-                                                        {"frame", "p", "--at", "1", "-o", "f.jpg"}}) {
+                                                        {"frame", "p", "--at", "1", "-o", "f.jpg"},
+                                                        {"frame", "p", "--at", "1"},
+                                                        {"frame", "p", "-o", "f.png"},
+                                                        {"frame", "p", "--sheet", "0"},
+                                                        {"frame", "p", "--sheet", "4", "--at", "1", "-o", "f.png"}}) {
         auto const outcome = tavaro(arguments);
         EXPECT_EQ(outcome.exitCode, 2) << testing::PrintToString(arguments);
         EXPECT_NE(outcome.error + outcome.out, "");
