@@ -4,6 +4,7 @@
 #include <TavaroRender/Kernels/PixelStore.h>
 #include <TavaroRender/Kernels/RegionRow.h>
 
+#include <cmath>
 #include <cstring>
 #include <tuple>
 #include <utility>
@@ -37,12 +38,18 @@ public:
 
     void startAt(int y) {
         std::fill(sums_.begin(), sums_.end(), 0);
-        for (int dy = -reach_; dy <= reach_; dy += 2) moveSums(sums_.data(), row(y + dy), nothing_.data(), count_);
+        BlurPlaces const places(y, reach_, source_.height);
+        addEdge(row(0), places.before);
+        for (int i = places.first; i <= places.last; i += 2) moveSums(sums_.data(), row(i), nothing_.data(), count_);
+        addEdge(row(source_.height - 1), places.after);
     }
     void moveTo(int y) { moveSums(sums_.data(), row(y + reach_), row(y - 2 - reach_), count_); }
     std::int32_t const* data() const { return sums_.data(); }
 
 private:
+    void addEdge(std::uint8_t const* row, int times) {
+        for (std::size_t i = 0; times > 0 && i < sums_.size(); ++i) sums_[i] += row[i] * times;
+    }
     std::uint8_t const* row(int y) const {
         return source_.row(std::clamp(y, 0, source_.height - 1)) + 4 * static_cast<std::ptrdiff_t>(left_);
     }
@@ -61,6 +68,31 @@ void widen(std::int32_t const* sums, int first, int count, int wantedFirst, int 
         auto const from = std::clamp(wantedFirst + i - first, 0, count - 1);
         std::memcpy(out + 4 * static_cast<std::ptrdiff_t>(i), sums + 4 * static_cast<std::ptrdiff_t>(from),
                     4 * sizeof(std::int32_t));
+    }
+}
+
+/// The widest blur whose sums fit 32 bits.
+constexpr int widestNarrow = 2048;
+
+/// What `meanRow` does, for any reach: the columns' sums, of which `sums` begins with the one of `first`, are read
+/// where they are wanted. Writes pixels `left` … `right` − 1 of a picture `width` pixels wide.
+void wideMeanRow(std::int32_t const* sums, int first, int width, int reach, std::uint8_t* row, int left, int right) {
+    auto const column = [&](int x, std::size_t c) -> std::int64_t {
+        return sums[4 * static_cast<std::size_t>(std::clamp(x, 0, width - 1) - first) + c];
+    };
+    auto const share = 1.0 / (static_cast<double>(reach + 1) * static_cast<double>(reach + 1));
+    for (std::size_t c = 0; c < 4; ++c) {
+        for (int begin = left; begin < std::min(left + 2, right); ++begin) {
+            BlurPlaces const places(begin, reach, width);
+            std::int64_t sum = 0;
+            if (places.before > 0) sum += places.before * column(0, c);
+            for (int i = places.first; i <= places.last; i += 2) sum += column(i, c);
+            if (places.after > 0) sum += places.after * column(width - 1, c);
+            for (int x = begin; x < right; x += 2) {
+                row[bytes(x) + c] = static_cast<std::uint8_t>(std::lround(static_cast<double>(sum) * share));
+                if (x + 2 < right) sum += column(x + 2 + reach, c) - column(x - reach, c);
+            }
+        }
     }
 }
 
@@ -124,13 +156,17 @@ void FastRegion::drawBlur(int begin, int end) const {
     auto const count = std::min(right_ + reach, source_.width) - first;
     ColumnSums sums[2]{{from, first - aroundLeft_, count, reach}, {from, first - aroundLeft_, count, reach}};
     auto const width = right_ - left_;
-    std::vector<std::int32_t> widened(bytes(width + 2 * reach));
+    std::vector<std::int32_t> widened(reach <= widestNarrow ? bytes(width + 2 * reach) : 0);
     for (int y = begin; y < end; ++y) {
         auto& parity = sums[(y - begin) % 2];
         if (y - begin < 2)
             parity.startAt(y - aroundTop_);
         else
             parity.moveTo(y - aroundTop_);
+        if (reach > widestNarrow) {
+            wideMeanRow(parity.data(), first, source_.width, reach, target_.row(y), left_, right_);
+            continue;
+        }
         widen(parity.data(), first, count, left_ - reach, width + 2 * reach, widened.data());
         meanRow(widened.data(), reach, target_.row(y) + bytes(left_), width);
     }

@@ -13,15 +13,29 @@ namespace {
 
 constexpr float outsideBy = 3; // px from the region to the places that a mask takes its colours from
 
+using Sums = std::array<std::int64_t, 4>;
+
+/// Adds up what the places of a blur read along one axis.
+template<class Read> Sums summed(BlurPlaces const& places, int size, Read&& read) {
+    Sums sums{};
+    auto const add = [&](Sums const& values, std::int64_t times) {
+        for (std::size_t c = 0; c < 4; ++c) sums[c] += values[c] * times;
+    };
+    if (places.before > 0) add(read(0), places.before);
+    for (int i = places.first; i <= places.last; i += 2) add(read(i), 1);
+    if (places.after > 0) add(read(size - 1), places.after);
+    return sums;
+}
+
 Float4 blurred(ImageView source, int x, int y, int reach) {
-    std::array<std::int64_t, 4> sum{};
-    for (int dy = -reach; dy <= reach; dy += 2) {
-        auto const* row = source.row(std::clamp(y + dy, 0, source.height - 1));
-        for (int dx = -reach; dx <= reach; dx += 2) {
-            auto const* p = row + 4 * static_cast<std::ptrdiff_t>(std::clamp(x + dx, 0, source.width - 1));
-            for (std::size_t c = 0; c < 4; ++c) sum[c] += p[c];
-        }
-    }
+    BlurPlaces const columns(x, reach, source.width);
+    auto const sum = summed(BlurPlaces(y, reach, source.height), source.height, [&](int rowIndex) {
+        auto const* row = source.row(rowIndex);
+        return summed(columns, source.width, [&](int column) {
+            auto const* p = row + 4 * static_cast<std::ptrdiff_t>(column);
+            return Sums{p[0], p[1], p[2], p[3]};
+        });
+    });
     auto const count = static_cast<float>(reach + 1) * static_cast<float>(reach + 1) * 255.0f;
     auto const mean = [&](std::size_t c) { return static_cast<float>(sum[c]) / count; };
     return {mean(0), mean(1), mean(2), mean(3)};
@@ -45,7 +59,15 @@ Float4 patch(std::array<MaskPoint, 8> const& points, Float2 local) {
 
 }
 
-int blurReach(RegionUniforms const& u) { return std::max(placeWithin(u.radius, 2048), 1); }
+int blurReach(RegionUniforms const& u) { return std::max(placeWithin(u.radius, 1 << 22), 1); }
+
+BlurPlaces::BlurPlaces(int center, int reach, int size)
+    : before(reach > center ? (reach - center + 1) / 2 : 0)
+    , first(center - reach + 2 * before) {
+    auto const pastEnd = center + reach - (size - 1);
+    after = pastEnd > 0 ? (pastEnd + 1) / 2 : 0;
+    last = center + reach - 2 * after;
+}
 
 std::array<MaskPoint, 8> maskPoints(RegionUniforms const& u, ImageView source) {
     constexpr std::array<Float2, 8> places{

@@ -23,7 +23,7 @@ struct RegionUniforms {
     Float2 texSize;        // of the recording, px
     Float2 origin;         // normalised
     Float2 size;           // normalised
-    float radius = 0;      // of the blur, px: half the side of its square, 1…2048
+    float radius = 0;      // of the blur, px: half the side of its square, from 1 on
     std::int32_t mode = 0; // a `RegionMode`; the recording is only copied for any other number
 
     static constexpr auto fields = std::tuple{

@@ -56,6 +56,7 @@ RegionUniforms randomRegion(Random& random, int width, int height) {
     }
     if (random.chance(0.1f)) u = {u.color, u.texSize, {0, 0}, {1, 1}, 0, 0};
     u.radius = random.chance(0.2f) ? random.between(-2, 2) : random.between(1, 30);
+    if (random.chance(0.05f)) u.radius = std::pow(10.0f, random.between(2, 9));
     u.mode = random.upTo(4);
     return u;
 }
@@ -159,6 +160,42 @@ TEST(RegionEffect, aBlurIsTheMeanOfEverySecondPixelWithinItsReach) {
         EXPECT_EQ(at(target, 5, 4).r, 0) << "odd steps are passed over";
         EXPECT_EQ(at(target, 8, 4).r, 0);
         EXPECT_EQ(at(target, 8, 8).a, 255);
+    }
+}
+
+TEST(RegionEffect, aBlurWiderThanThePictureGoesOnFadingToTheColoursOfItsCorners) {
+    Image source(60, 40);
+    for (int y = 0; y < 40; ++y)
+        for (int x = 0; x < 60; ++x)
+            std::memset(source.row(y) + 4 * x, (x == 0 || x == 59) && (y == 0 || y == 39) ? 40 : 255, 4);
+    for (auto const backend : {CompositorBackend::reference, CompositorBackend::cpu}) {
+        auto const middle = [&](float radius) {
+            Image target(60, 40);
+            apply(backend, {{}, {60, 40}, {0.4f, 0.4f}, {0.2f, 0.2f}, radius, 0}, source.view(), target.view());
+            return int{at(target, 30, 20).r};
+        };
+        EXPECT_EQ(middle(3000), 43); // 40 + 215 · (1 − (1 − 29/3001) · (1 − 19/3001)): inside, 29 columns, 19 rows
+        EXPECT_EQ(middle(1e6f), 40);
+        EXPECT_EQ(middle(3e38f), 40);
+    }
+}
+
+TEST(FastRegion, aWideBlurReadsAWidePictureUpToItsReachAndNoFurther) {
+    for (unsigned seed = 1; seed <= 12; ++seed) {
+        Random random(seed);
+        Guarded source(random, 5000 + random.upTo(1500), 1 + random.upTo(3));
+        RegionUniforms u;
+        u.texSize = {static_cast<float>(source.width), static_cast<float>(source.height)};
+        u.origin = {random.between(-0.005f, 0.995f), -1};
+        u.size = {0.005f, 3};
+        u.radius = random.between(2040, 2900);
+        auto wanted = source;
+        auto inPlace = source;
+        apply(CompositorBackend::reference, u, source.view(), wanted.view());
+        apply(CompositorBackend::cpu, u, inPlace.view(), inPlace.view());
+        auto const d = difference(wanted.view(), inPlace.view());
+        EXPECT_LE(d.largest, 1) << "seed " << seed << " at " << d.x << ", " << d.y << ": radius " << u.radius;
+        EXPECT_EQ(changedAround(source, inPlace), "") << "seed " << seed;
     }
 }
 
