@@ -93,7 +93,7 @@ std::string suggestedFileName(ExportSettings const& settings, std::string_view p
     auto name = fileNamePart(projectName);
     name += ' ';
     name += qualityLabel(settings.size);
-    name += codecSuffix(settings.codec);
+    if (settings.container != ExportContainer::gif) name += codecSuffix(settings.codec);
     return name;
 }
 

@@ -15,7 +15,7 @@ std::int64_t estimatedFileSize(ExportSettings const& settings, double duration);
 /// "640 KB", "14 MB", "1.2 GB": two figures or three, in powers of a thousand.
 std::string fileSizeText(std::int64_t bytes);
 
-/// Name of an export without its ending: the project's name, the size class of the canvas and the codec, as in
+/// Name of an export without its ending: the project's name, the size class of the canvas and a movie's codec, as in
 /// "Onboarding 1080p HEVC". The size class is that of the canvas's smaller side, so a vertical movie is "1080p" too.
 /// Never longer than a file system takes, with room for an ending and a number.
 std::string suggestedFileName(ExportSettings const& settings, std::string_view projectName);

@@ -62,6 +62,8 @@ TEST(ExportFile, aNameTellsProjectSizeClassAndCodec) {
     EXPECT_EQ(name(" \u00A0\tTour\n", "web"), "Tour 720p");
     EXPECT_EQ(name("  ", "web"), "Export 720p");
     EXPECT_EQ(suggestedFileName({.size = {2560, 1440}}, "x"), "x 1440p");
+    ExportSettings const gif{.size = {960, 540}, .codec = VideoCodecChoice::hevc, .container = ExportContainer::gif};
+    EXPECT_EQ(suggestedFileName(gif, "x"), "x 540p");
 }
 
 TEST(ExportFile, aLongNameIsCutBetweenCharacters) {

@@ -75,7 +75,7 @@ std::vector<std::string> expectedFacts(ExportPreset const& preset) {
 }
 
 TEST(ExportPreset, everyPresetWritesWhatItsTableSays) {
-    TestTake take("presets", 3); // a tenth of a second
+    TestTake take("presets", 2); // a fifteenth of a second
     for (auto const& preset : ExportPreset::all()) {
         SCOPED_TRACE(preset.id);
         auto settings = preset.settings();
