@@ -146,6 +146,7 @@ SceneGeometry CameraStage::State::settled(CameraPose const& pose, StageMoment co
     bool const isSplit = pose.scene == SceneLayout::split;
     SceneGeometry geometry;
     geometry.screen = isSplit ? screen.inSplit(moment.at, moment.zoom) : screen.single(moment.at, moment.zoom);
+    geometry.splitShare = isSplit ? 1 : 0;
     geometry.screenShare = pose.scene == SceneLayout::cameraOnly ? 0 : 1;
     if (!hides(pose)) geometry.camera = figure(pose, moment);
     return geometry;
@@ -170,6 +171,7 @@ void CameraStage::State::advance(SceneGeometry& geometry, CameraPose const& from
     geometry.camera = jumps(from, to) ? dip(camera, target.camera, progress) : glide(camera, target.camera, progress);
     geometry.screen = lerp(geometry.screen, target.screen, progress);
     geometry.screenShare = std::lerp(geometry.screenShare, target.screenShare, progress);
+    geometry.splitShare = std::lerp(geometry.splitShare, target.splitShare, progress);
 }
 
 /// How much of the opacity is left by silences, and beyond the ends of the camera's movie.

@@ -125,6 +125,7 @@ void FrameComposer::Derived::placeScene(FrameState& state, double at) const {
     state.clipRect = scene.screen.clip;
     state.frameInsets = scene.screen.frame;
     state.screenShare = scene.screenShare;
+    state.splitShare = scene.splitShare;
     auto const& camera = scene.camera;
     state.cameraOpacity = camera.opacity;
     if (!project.usesCamera() || camera.opacity <= invisible || camera.rect.isEmpty()) return;

@@ -57,6 +57,7 @@ struct FrameState {
     CanvasRect clipRect;      // what the screen layer may paint
     CanvasInsets frameInsets; // device frame or band past the content
     double screenShare = 1;   // 0…1: how much of the recording is to be seen; 0 where the camera fills the canvas
+    double splitShare = 0;    // 0…1: how much recording and camera have panes of their own, side by side
     SceneLayout scene = SceneLayout::screenOnly;
 
     std::optional<ShownSource> cameraSource; // the camera's picture, while there is one to show

@@ -25,6 +25,7 @@ struct CameraFigure {
 struct SceneGeometry {
     SinglePane screen;
     double screenShare = 1; // 0…1: how much of the recording is meant to be looked at; 0 behind a full camera
+    double splitShare = 0;  // 0…1: how much recording and camera have panes of their own
     CameraFigure camera;
 
     bool operator==(SceneGeometry const&) const = default;

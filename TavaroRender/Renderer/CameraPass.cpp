@@ -27,6 +27,23 @@ CanvasRect beyondTheEdges(CanvasRect rect, Size2 canvas) {
     return rect;
 }
 
+/// A person who was cut out does not float: near the bottom of the canvas the box moves down to stand on it. What is
+/// farther above than `padding` is drawn to the ground the less, the farther it is, so nothing jumps.
+CanvasRect standing(CanvasRect rect, Size2 canvas, double padding) {
+    double const gap = static_cast<double>(canvas.height) - rect.maxY();
+    if (gap > 0) rect.y += std::min(gap, std::max(2 * padding - gap, 0.0));
+    return rect;
+}
+
+CanvasRect boxOf(FrameState const& state, CameraSettings const& camera, bool isCutOut) {
+    auto const& rect = state.cameraBubbleRect;
+    if (isCutOut) {
+        auto const side = static_cast<double>(std::min(state.canvas.width, state.canvas.height));
+        return standing(rect, state.canvas, std::max(camera.padding, 0.0) * side);
+    }
+    return state.cameraIsFullPane ? beyondTheEdges(rect, state.canvas) : rect;
+}
+
 /// A person without a room has neither corners nor border, and the shadow is the person's own.
 void fillChrome(CameraUniforms& pass, FrameState const& state, CameraSettings const& camera) {
     double const unit = static_cast<double>(std::min(state.canvas.width, state.canvas.height)) / 1080;
@@ -59,8 +76,7 @@ std::optional<CameraUniforms> cameraPass(FrameState const& state, DemoProject co
     auto const& camera = project.camera;
     CameraUniforms pass;
     pass.useMatte = hasMatte && state.cameraIsCutOut;
-    auto const rect = state.cameraIsFullPane && !pass.useMatte ? beyondTheEdges(state.cameraBubbleRect, state.canvas)
-                                                               : state.cameraBubbleRect;
+    auto const rect = boxOf(state, camera, pass.useMatte);
     pass.canvasSize = float2(static_cast<double>(state.canvas.width), static_cast<double>(state.canvas.height));
     pass.center = float2(rect.center().x, rect.center().y);
     pass.halfSize = float2(rect.width / 2, rect.height / 2);

@@ -34,7 +34,7 @@ CubeLUT const* CameraTable::ensure(DemoProject const& project) {
         table_ = std::make_shared<CubeLUT const>(readTable(package_, *camera.lutAsset));
     } catch (CameraTableError const& error) {
         if (failure_ == EffectFailure::stop) throw;
-        spdlog::warn("{} The camera is shown without it.", error.what());
+        spdlog::warn("The camera is shown without its colours. {}", error.what());
     }
     asset_ = camera.lutAsset;
     return table_.get();

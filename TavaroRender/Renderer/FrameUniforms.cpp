@@ -129,7 +129,8 @@ void fillScreenLayer(CompositeUniforms& uniforms, FrameState const& state, Scree
     uniforms.shadowColor = {0, 0, 0, 1};
     uniforms.shadowRadius = scaled(style.shadowRadius);
     uniforms.shadowOffsetY = static_cast<float>(style.shadowOffsetY * unit);
-    uniforms.shadowOpacity = static_cast<float>(std::clamp(style.shadowOpacity, 0.0, 1.0));
+    // Panes lie side by side in one plane, the camera's as flat as the recording's.
+    uniforms.shadowOpacity = static_cast<float>(std::clamp(style.shadowOpacity, 0.0, 1.0) * (1 - state.splitShare));
     uniforms.frameTint = float4(style.frameTint);
     double const whole = frameShare(frame, style.frame, state.contentRect.width);
     uniforms.frameRadius = static_cast<float>(outerRadius(style.frame) * state.contentRect.width * whole);
