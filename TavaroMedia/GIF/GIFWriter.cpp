@@ -94,6 +94,7 @@ struct GIFWriter::State {
     EncoderPicture latest{nullptr}; // the picture on show, as it was given
     std::int64_t latestTicks = -1;  // of the newest picture, written or not
     std::int64_t writtenTicks = 0;  // of the one that was written last
+    bool hasEnded = false;
 
     void write() {
         while (auto const frame = dither.take()) {
@@ -108,7 +109,11 @@ struct GIFWriter::State {
 
 GIFWriter::GIFWriter(std::filesystem::path const& file, int width, int height, GIFPalette const& palette)
     : state_(std::make_unique<State>(file, width, height, palette)) {}
-GIFWriter::~GIFWriter() = default;
+
+GIFWriter::~GIFWriter() {
+    // The muxer frees the picture that it holds back only when it ends its file, which nobody will see.
+    if (!state_->hasEnded) av_write_trailer(&state_->output.format());
+}
 
 EncoderPicture GIFWriter::picture() { return state_->pool.take(); }
 
@@ -135,6 +140,7 @@ void GIFWriter::finish(double endTime) {
     auto const end = static_cast<std::int64_t>(std::llround(std::clamp(endTime, 0.0, 1e7) * 100));
     auto const delay = std::clamp<std::int64_t>(end - state.writtenTicks, 2, longestDelay);
     av_opt_set_int(state.output.format().priv_data, "final_delay", delay, 0);
+    state.hasEnded = true;
     state.output.commit();
 }
 

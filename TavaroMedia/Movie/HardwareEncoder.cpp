@@ -89,7 +89,7 @@ std::optional<VideoEncoder> open(std::string const& name, MovieWriterSettings co
     return code < 0 ? std::nullopt : std::optional(std::move(encoder));
 }
 
-/// Whether a grey frame comes out as a packet.
+/// Whether a grey frame comes out as a packet, and there is the header that a movie keeps in its index.
 bool encodesAFrame(VideoEncoder& encoder) {
     auto& context = *encoder.context;
     EncoderPicturePool pool(context.width, context.height, encoder.drawn);
@@ -101,7 +101,9 @@ bool encodesAFrame(VideoEncoder& encoder) {
     }
     drawn.pts = 0;
     auto const* frame = encoder.input.converted(&drawn, context);
-    if (!frame || avcodec_send_frame(&context, frame) < 0 || avcodec_send_frame(&context, nullptr) < 0) return false;
+    if (context.extradata_size == 0 || !frame || avcodec_send_frame(&context, frame) < 0 ||
+        avcodec_send_frame(&context, nullptr) < 0)
+        return false;
     ffmpeg::Packet const packet(av_packet_alloc());
     return packet && avcodec_receive_packet(&context, packet.get()) >= 0 && packet->size > 0;
 }
