@@ -2,6 +2,7 @@
 // recording is shown each time, so mip levels count; the still layer is kept, as it is in an export.
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -9,9 +10,12 @@
 #include <string>
 #include <vector>
 
+#include <TavaroCore/Style/CameraLook.h>
 #include <TavaroMedia/Frames/Image.h>
 #include <TavaroRender/Compositor/Compositor.h>
 #include <TavaroRender/Compositor/ScreenTexture.h>
+#include <TavaroRender/Kernels/BlitUniforms.h>
+#include <TavaroRender/Kernels/CameraUniforms.h>
 #include <TavaroRender/Kernels/CompositeUniforms.h>
 #include <TavaroRender/Kernels/CursorUniforms.h>
 
@@ -90,9 +94,62 @@ CursorUniforms pointer(int width, int height) {
     return u;
 }
 
+/// A face before a wall, more or less: smooth, with a little noise.
+Image cameraPicture(int width, int height) {
+    Image image(width, height);
+    unsigned noise = 1;
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x) {
+            auto* p = image.row(y) + 4 * x;
+            auto const isFace = std::hypot(x - width / 2, y - height / 2) < height / 3.0;
+            noise = noise * 1664525 + 1013904223;
+            auto const grain = static_cast<int>(noise >> 28);
+            p[0] = static_cast<std::uint8_t>((isFace ? 190 : 90) + grain + x * 20 / width);
+            p[1] = static_cast<std::uint8_t>((isFace ? 140 : 100) + grain);
+            p[2] = static_cast<std::uint8_t>((isFace ? 120 : 110) + grain + y * 30 / height);
+            p[3] = 255;
+        }
+    return image;
+}
+
+/// A round bubble with a look, shadow and border, in the corner.
+CameraUniforms bubble(int width, int height, CameraLook look) {
+    CameraUniforms u;
+    auto const w = static_cast<float>(width);
+    auto const h = static_cast<float>(height);
+    auto const half = h * 0.24f / 2;
+    u.canvasSize = {w, h};
+    u.halfSize = {half, half};
+    u.center = {w - half - h * 0.03f, h - half - h * 0.03f};
+    u.cornerRadius = half;
+    u.borderWidth = 3;
+    u.borderColor = {1, 1, 1, 0.9f};
+    u.shadowOpacity = 0.35f;
+    u.mirrored = 1;
+    setGrade(u, grade(look), 1);
+    return u;
+}
+
+/// A line of caption as a bitmap: letters on a dark pill of round ends.
+Image captionLine(int width, int height) {
+    Image image(width, height);
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x) {
+            auto const fromEnd = std::min(x, width - 1 - x);
+            auto const isPill = fromEnd > height / 2 || std::hypot(fromEnd - height / 2, y - height / 2) < height / 2;
+            auto const isInk =
+                isPill && y > height / 4 && y < height * 3 / 4 && (x / 9) % 3 != 0 && (x * 5 + y) % 17 < 9;
+            auto* p = image.row(y) + 4 * x;
+            p[0] = p[1] = p[2] = isInk ? 255 : 0;
+            p[3] = isInk ? 255 : isPill ? 180 : 0;
+        }
+    return image;
+}
+
 struct Timing {
     double frame = 0;
     double copy = 0;
+    double added = 0; // of the frame's time, by what is drawn over it
 };
 
 /// Frames of one look on one core, each followed by a copy of the canvas.
@@ -107,10 +164,11 @@ public:
         for (int i = 0; i < 2; ++i) frames_.push_back(page(width, height, i * 5));
     }
 
-    Timing time(CompositeUniforms u, int repeats) {
+    /// `over` draws what comes after the pointer.
+    template<class Over> Timing time(CompositeUniforms u, int repeats, Over&& over) {
         Compositor compositor(CompositorBackend::cpu);
         auto const cursor = pointer(width_, height_);
-        std::vector<double> drawing, copying;
+        std::vector<double> drawing, copying, adding;
         for (int i = 0; i < repeats + 2; ++i) {
             u.time = static_cast<float>(i) / 60;
             auto const frame = millisecondsOf([&] {
@@ -118,15 +176,17 @@ public:
                 compositor.composite(u, screen_, {}, canvas_.view());
                 compositor.cursorOverlay(cursor, canvas_.view());
             });
+            auto const added = millisecondsOf([&] { over(compositor, canvas_.view()); });
             auto const copy = millisecondsOf([&] {
                 std::memcpy(copied_.row(0), canvas_.row(0),
                             static_cast<std::size_t>(canvas_.stride()) * static_cast<std::size_t>(height_));
             });
             if (i < 2) continue;
             drawing.push_back(frame);
+            adding.push_back(added);
             copying.push_back(copy);
         }
-        return {median(drawing), median(copying)};
+        return {median(drawing), median(copying), median(adding)};
     }
 
 private:
@@ -142,8 +202,16 @@ void print(std::string const& name, double value, char const* unit) {
     std::printf("%s %.3f %s\n", name.c_str(), value, unit);
 }
 
+/// What something drawn over the finished frame adds to its time.
+template<class Over>
+void reportOver(std::string const& name, Stage& stage, CompositeUniforms const& u, int repeats, Over&& over) {
+    auto const timing = stage.time(u, repeats, over);
+    print(name, timing.added / timing.frame, "of compose.1080p");
+    print(name + ".time", timing.added, "ms");
+}
+
 Timing report(std::string const& name, Stage& stage, CompositeUniforms const& u, int repeats) {
-    auto const timing = stage.time(u, repeats);
+    auto const timing = stage.time(u, repeats, [](Compositor&, MutableImageView) {});
     print(name, timing.frame / timing.copy, "×memcpy");
     print(name + ".time", timing.frame, "ms");
     return timing;
@@ -164,6 +232,26 @@ int main(int argc, char** argv) {
         auto const timing = report("compose.1080p", hd, base, repeats);
         print("compose.1080p.memcpy", timing.copy, "ms");
         seconds = timing.frame;
+    }
+    auto const camera = cameraPicture(1280, 720);
+    auto const cameraOver = [&](CameraUniforms const& u) {
+        return [&camera, u](Compositor& compositor, MutableImageView canvas) {
+            compositor.cameraOverlay(u, camera.view(), {}, nullptr, canvas);
+        };
+    };
+    if (wanted("camera_bubble")) {
+        reportOver("compose.camera_bubble", hd, base, repeats, cameraOver(bubble(1920, 1080, CameraLook::studio)));
+        reportOver("compose.camera_bubble.film", hd, base, repeats, cameraOver(bubble(1920, 1080, CameraLook::film)));
+        auto sharpened = bubble(1920, 1080, CameraLook::studio);
+        sharpened.sharpen = 0.5f;
+        reportOver("compose.camera_bubble.sharpened", hd, base, repeats, cameraOver(sharpened));
+    }
+    if (wanted("caption")) {
+        auto const line = captionLine(1200, 120);
+        BlitUniforms const place{{1920, 1080}, {360, 900}, {1200, 120}, 1, 0};
+        reportOver("compose.caption", hd, base, repeats, [&](Compositor& compositor, MutableImageView canvas) {
+            compositor.blitLayer(place, line.view(), canvas);
+        });
     }
     auto variant = [&](char const* name, auto&& change, int share) {
         if (!wanted(name)) return;
