@@ -41,7 +41,8 @@ void CameraPlan::prepare(CameraUniforms const& uniforms, ImageView camera, Image
     lut_ = uniforms.useLUT != 0 ? lut : nullptr;
     mapping_.emplace(uniforms, camera);
     isCutOut_ = cameraIsCutOut(uniforms, matte);
-    if (isGraded()) curves_.prepare(uniforms, lut_ != nullptr);
+    auto const gain = lightGain(uniforms);
+    light_ = {LightCurve(gain.x), LightCurve(gain.y), LightCurve(gain.z)};
     if (isCutOut_)
         placePerson(canvasWidth, canvasHeight);
     else
@@ -93,21 +94,21 @@ void CameraPlan::placeColumns() {
 
 CameraSpans CameraPlan::spans(int y) const {
     auto const& u = uniforms_;
-    if (isCutOut_) return {columns_, {}};
+    if (isCutOut_) return {columns_, columns_, {}};
     auto const fromCenter = pixelCenter(0, y).y - u.center.y;
     auto const line = lineReach();
     auto const span = [&](float growth, float down) {
         auto const half = halfRow(u.halfSize, mapping_->radius, growth, fromCenter - down);
         return shared(columnsAround(u.center.x, half, columns_.end), columns_);
     };
-    CameraSpans result{span(line, 0), {}};
-    if (hasShadow()) result.all = joined(result.all, span(shadowReach(), shadowDrop()));
+    auto const box = span(line, 0);
+    CameraSpans result{box, box, {}};
+    if (hasShadow()) result.all = joined(box, span(shadowReach(), shadowDrop()));
     if (u.opacity < 1) return result; // the shadow shows through
     auto const half = halfRow(u.halfSize, mapping_->radius, -line - 0.05f, fromCenter);
     if (half < 2) return result;
-    result.inside = shared({placeWithin(u.center.x - half + 1, columns_.end),
-                            placeWithin(u.center.x + half - 1, columns_.end)},
-                           result.all);
+    result.inside = shared(
+        {placeWithin(u.center.x - half + 1, columns_.end), placeWithin(u.center.x + half - 1, columns_.end)}, box);
     return result;
 }
 

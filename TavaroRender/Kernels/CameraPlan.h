@@ -1,12 +1,13 @@
 #pragma once
 
+#include <array>
 #include <optional>
 
 #include <TavaroMedia/Frames/Image.h>
 #include <TavaroRender/Kernels/AxisPlan.h>
 #include <TavaroRender/Kernels/CameraFormula.h>
 #include <TavaroRender/Kernels/CameraUniforms.h>
-#include <TavaroRender/Kernels/GradeCurves.h>
+#include <TavaroRender/Kernels/LightCurve.h>
 
 namespace tavaro {
 
@@ -15,12 +16,14 @@ struct PixelSpan {
     int begin = 0;
     int end = 0;
     bool isEmpty() const { return begin >= end; }
+    bool operator==(PixelSpan const&) const = default;
 };
 
-/// What of a row of the canvas the camera's box touches: `all`, and of that the part that shows the picture alone,
-/// without shadow or edge.
+/// What of a row of the canvas the camera's box touches: `all`, of that what the picture and its border reach, and of
+/// that the part that shows the picture alone, without shadow or edge.
 struct CameraSpans {
     PixelSpan all;
+    PixelSpan box;
     PixelSpan inside;
 };
 
@@ -36,7 +39,7 @@ public:
     ImageView matte() const { return matte_; }
     /// Null where the look has none.
     CubeLUT const* lut() const { return lut_; }
-    GradeCurves const& curves() const { return curves_; }
+    std::array<LightCurve, 3> const& light() const { return light_; }
     bool isGraded() const;
     bool isSharpened() const { return uniforms_.sharpen > 0.001f; }
     bool isCutOut() const { return isCutOut_; }
@@ -71,7 +74,7 @@ private:
     ImageView camera_;
     ImageView matte_;
     CubeLUT const* lut_ = nullptr;
-    GradeCurves curves_;
+    std::array<LightCurve, 3> light_;
     bool isCutOut_ = false;
     PixelSpan rows_;
     PixelSpan columns_;

@@ -4,7 +4,7 @@
 #include <hwy/highway.h>
 
 #include <TavaroRender/Kernels/CanvasVectors-inl.h>
-#include <TavaroRender/Kernels/GradeVectors-inl.h>
+#include <TavaroRender/Kernels/PictureRow-inl.h>
 #include <TavaroRender/Kernels/TexelVectors-inl.h>
 
 #include <TavaroRender/Kernels/CameraRow.h>
@@ -12,13 +12,6 @@
 
 HWY_BEFORE_NAMESPACE();
 namespace tavaro::HWY_NAMESPACE {
-
-HWY_INLINE Vec3 lower(Vec3 const& a, Vec3 const& b) {
-    return {hn::Min(a.x, b.x), hn::Min(a.y, b.y), hn::Min(a.z, b.z)};
-}
-HWY_INLINE Vec3 higher(Vec3 const& a, Vec3 const& b) {
-    return {hn::Max(a.x, b.x), hn::Max(a.y, b.y), hn::Max(a.z, b.z)};
-}
 
 /// The distance to a box of rounded corners whose middle is the origin.
 HWY_INLINE Vec boxDistance(Vec x, Vec y, Float2 halfSize, float radius) {
@@ -29,58 +22,44 @@ HWY_INLINE Vec boxDistance(Vec x, Vec y, Float2 halfSize, float radius) {
     return sub(add(outside, hn::Min(hn::Max(qx, qy), zero)), set(radius));
 }
 
-/// The camera's picture along one row of the canvas, graded; colours 0…255.
-class PictureRow {
-public:
-    HWY_INLINE PictureRow(CameraPlan const& plan, float offsetY)
-        : plan_(plan)
-        , grade_(plan)
-        , row_(plan.cameraRow(offsetY))
-        , localY_(plan.mapping().local({0, offsetY}).y - 0.5f) {
-        if (!plan.isSharpened()) return;
-        north_ = plan.cameraRow(offsetY, -plan.reach());
-        south_ = plan.cameraRow(offsetY, plan.reach());
-    }
+/// The shadow at `dx`, `dy` from the box's centre, 0…1.
+HWY_INLINE Vec shadowStrength(CameraPlan const& plan, Vec dx, float dy) {
+    auto const& u = plan.uniforms();
+    auto const& box = plan.mapping();
+    auto const distance = boxDistance(dx, set(dy - u.halfSize.y * 0.06f), box.halfSize, box.radius);
+    auto const shade = sub(set(1), smooth(-u.halfSize.x * 0.1f, u.halfSize.x * 0.45f, distance));
+    return mul(mul(shade, shade), set(u.shadowOpacity * u.opacity));
+}
 
-    /// From column `i` of the plan on; `dx` is from the box's centre.
-    HWY_INLINE Vec3 operator()(std::size_t i, Vec dx) const {
-        auto color = sampled(plan_.center(), i, row_);
-        if (plan_.isSharpened()) color = sharpened(color, i);
-        if (!plan_.isGraded()) return color;
-        auto const localX = mul(over(dx, set(plan_.mapping().halfSize.x)), set(0.5f));
-        auto const graded = grade_(scaled(color, set(1.0f / 255)), localX, set(localY_));
-        return scaled(graded, set(255));
-    }
+HWY_INLINE float offsetOf(CameraPlan const& plan, int y) { return pixelCenter(0, y).y - plan.uniforms().center.y; }
 
-private:
-    HWY_INLINE Vec3 sampled(AxisPlan const& columns, std::size_t i, AxisPlace row) const {
-        return CellVectors(plan_.camera(), columns, i, row).mixedColor();
+void strengths(CameraPlan const& plan, int y, std::uint8_t* out) {
+    TagInt const whole;
+    hn::Rebind<std::uint8_t, TagInt> const bytes;
+    auto const n = static_cast<int>(hn::Lanes(whole));
+    auto const begin = plan.columns().begin;
+    for (int x = begin; x < plan.columns().end; x += n) {
+        auto const strength = shadowStrength(plan, centersFrom(x, plan.uniforms().center.x), offsetOf(plan, y));
+        auto const rounded = hn::ConvertTo(whole, add(mul(clamp01(strength), set(255)), set(0.5f)));
+        alignas(64) std::uint8_t memory[64];
+        hn::StoreU(hn::DemoteTo(bytes, rounded), bytes, memory);
+        std::memcpy(out + (x - begin), memory, static_cast<std::size_t>(std::min(n, plan.columns().end - x)));
     }
+}
 
-    HWY_INLINE Vec3 sharpened(Vec3 const& center, std::size_t i) const {
-        auto const north = sampled(plan_.center(), i, north_);
-        auto const south = sampled(plan_.center(), i, south_);
-        auto const west = sampled(plan_.west(), i, row_);
-        auto const east = sampled(plan_.east(), i, row_);
-        auto const lowest = lower(lower(lower(north, south), lower(east, west)), center);
-        auto const highest = higher(higher(higher(north, south), higher(east, west)), center);
-        auto const amount = set(plan_.uniforms().sharpen * 2.4f);
-        auto const channel = [&](Vec c, Vec n, Vec s, Vec w, Vec e, Vec low, Vec high) HWY_ATTR {
-            auto const mean = mul(add(add(n, s), add(e, w)), set(0.25f));
-            auto const slack = mul(sub(high, low), set(0.08f));
-            auto const crisp = add(c, mul(sub(c, mean), amount));
-            return hn::Max(hn::Min(crisp, add(high, slack)), sub(low, slack));
-        };
-        return {channel(center.x, north.x, south.x, west.x, east.x, lowest.x, highest.x),
-                channel(center.y, north.y, south.y, west.y, east.y, lowest.y, highest.y),
-                channel(center.z, north.z, south.z, west.z, east.z, lowest.z, highest.z)};
-    }
-
-    CameraPlan const& plan_;
-    GradeVectors grade_;
-    AxisPlace row_, north_, south_;
-    float localY_;
-};
+/// Darkens what only the shadow reaches. `strength` can be read past the end, by a vector's width.
+HWY_INLINE void drawShadow(std::uint8_t const* strength, std::uint8_t* row, int begin, int end) {
+    TagInt const whole;
+    hn::Rebind<std::uint8_t, TagInt> const bytes;
+    auto const alphaBits = hn::Set(whole, static_cast<std::int32_t>(0xFF000000));
+    forPackedPixels(row, begin, end, [&](VecInt pixels, int x) HWY_ATTR {
+        auto const dark = hn::PromoteTo(whole, hn::LoadU(bytes, strength + (x - begin)));
+        auto const scaled = scaledPixels(pixels, hn::Sub(hn::Set(whole, 255), dark));
+        hn::RebindToUnsigned<TagInt> const bits;
+        auto const alpha = hn::BitCast(whole, hn::ShiftRight<24>(hn::BitCast(bits, pixels)));
+        return hn::Or(hn::AndNot(alphaBits, scaled), hn::ShiftLeft<24>(hn::Max(alpha, dark)));
+    });
+}
 
 HWY_INLINE void mixColor(CanvasPixels& pixels, Vec3 const& color, Vec strength) {
     pixels.color = mixed(pixels.color, color, strength);
@@ -88,64 +67,69 @@ HWY_INLINE void mixColor(CanvasPixels& pixels, Vec3 const& color, Vec strength) 
 }
 
 /// Shadow, edge and border of the box with what shows of the picture among them.
-HWY_INLINE void drawEdge(CameraPlan const& plan, PictureRow const& picture, std::uint8_t* row, float dyCenter,
+HWY_INLINE void drawEdge(CameraPlan const& plan, PictureRow const& picture, std::uint8_t* row, float dy,
                          PixelSpan span) {
     auto const& u = plan.uniforms();
     auto const& box = plan.mapping();
-    auto const dy = set(dyCenter);
     forPixels(row, span.begin, span.end, [&](CanvasPixels& pixels, int x) HWY_ATTR {
         auto const dx = centersFrom(x, u.center.x);
         if (plan.hasShadow()) {
-            auto const distance = boxDistance(dx, sub(dy, set(u.halfSize.y * 0.06f)), box.halfSize, box.radius);
-            auto const shade = sub(set(1), step(-u.halfSize.x * 0.1f, u.halfSize.x * 0.45f, distance));
-            auto const strength = mul(mul(shade, shade), set(u.shadowOpacity * u.opacity));
+            auto const strength = shadowStrength(plan, dx, dy);
             pixels.darken(0, strength);
             pixels.raiseAlpha(strength);
         }
-        auto const distance = boxDistance(dx, dy, box.halfSize, box.radius);
-        if (!hn::AllTrue(Tag(), hn::Ge(distance, set(1)))) {
-            auto const color = picture(static_cast<std::size_t>(x - plan.columns().begin), dx);
-            mixColor(pixels, color, mul(covered(distance), set(u.opacity)));
-        }
+        auto const distance = boxDistance(dx, set(dy), box.halfSize, box.radius);
+        mixColor(pixels, picture(x, dx), mul(smoothlyCovered(distance), set(u.opacity)));
         if (!plan.hasBorder()) return;
-        auto const line = covered(sub(hn::Abs(distance), set(u.borderWidth / 2)));
+        auto const line = smoothlyCovered(sub(hn::Abs(distance), set(u.borderWidth / 2)));
         pixels.mixTo(rgb(u.borderColor), mul(line, set(u.borderColor.w * u.opacity)));
     });
 }
 
 /// The picture and nothing else.
 HWY_INLINE void drawInside(CameraPlan const& plan, PictureRow const& picture, std::uint8_t* row, PixelSpan span) {
-    forPixels(row, span.begin, span.end, [&](CanvasPixels& pixels, int x) HWY_ATTR {
-        auto const dx = centersFrom(x, plan.uniforms().center.x);
-        pixels.color = picture(static_cast<std::size_t>(x - plan.columns().begin), dx);
-        pixels.alpha = set(255);
+    forPackedPixels(row, span.begin, span.end, [&](VecInt, int x) HWY_ATTR {
+        return packedOpaque(picture(x, centersFrom(x, plan.uniforms().center.x)));
     });
 }
 
-void boxRow(CameraPlan const& plan, std::uint8_t* row, int y) {
-    auto const offsetY = pixelCenter(0, y).y - plan.uniforms().center.y;
-    PictureRow const picture(plan, offsetY);
+void boxRow(CameraPlan const& plan, CameraScratch& scratch, std::uint8_t const* shadow, std::uint8_t* row, int y) {
     auto const spans = plan.spans(y);
-    if (spans.inside.isEmpty()) return drawEdge(plan, picture, row, offsetY, spans.all);
-    drawEdge(plan, picture, row, offsetY, {spans.all.begin, spans.inside.begin});
-    drawInside(plan, picture, row, spans.inside);
-    drawEdge(plan, picture, row, offsetY, {spans.inside.end, spans.all.end});
+    auto const box = shadow ? spans.box : spans.all;
+    PictureRow const picture(plan, scratch, offsetOf(plan, y), box);
+    auto const edge = [&](int begin, int end) HWY_ATTR {
+        drawEdge(plan, picture, row, offsetOf(plan, y), {begin, end});
+    };
+    auto const dark = [&](int begin, int end) HWY_ATTR {
+        if (shadow) drawShadow(shadow + (begin - plan.columns().begin), row, begin, end);
+    };
+    if (box.isEmpty()) return dark(spans.all.begin, spans.all.end);
+    dark(spans.all.begin, box.begin);
+    if (spans.inside.isEmpty()) {
+        edge(box.begin, box.end);
+    } else {
+        edge(box.begin, spans.inside.begin);
+        drawInside(plan, picture, row, spans.inside);
+        edge(spans.inside.end, box.end);
+    }
+    dark(box.end, spans.all.end);
 }
 
-void personRow(CameraPlan const& plan, std::uint8_t* row, int y) {
+void personRow(CameraPlan const& plan, CameraScratch& scratch, std::uint8_t* row, int y) {
     auto const& u = plan.uniforms();
     auto const half = plan.mapping().halfSize;
-    auto const offsetY = pixelCenter(0, y).y - u.center.y;
+    auto const offsetY = offsetOf(plan, y);
     auto const droppedY = offsetY - personShadowDrop(u);
     auto const showsPerson = std::abs(offsetY) <= half.y;
     auto const showsShadow = std::abs(droppedY) <= half.y;
     if (!showsPerson && !showsShadow) return;
-    PictureRow const picture(plan, offsetY);
+    auto const columns = plan.columns();
+    PictureRow const picture(plan, scratch, offsetY, showsPerson ? columns : PixelSpan{columns.begin, columns.begin});
     auto const personPlace = plan.matteRow(offsetY);
     auto const shadowPlace = plan.matteRow(droppedY);
     auto const zero = hn::Zero(Tag());
-    forPixels(row, plan.columns().begin, plan.columns().end, [&](CanvasPixels& pixels, int x) HWY_ATTR {
-        auto const i = static_cast<std::size_t>(x - plan.columns().begin);
+    forPixels(row, columns.begin, columns.end, [&](CanvasPixels& pixels, int x) HWY_ATTR {
+        auto const i = static_cast<std::size_t>(x - columns.begin);
         auto const dx = centersFrom(x, u.center.x);
         auto const isInside = hn::Le(hn::Abs(dx), set(half.x));
         auto const matte = [&](AxisPlace place) HWY_ATTR {
@@ -159,7 +143,7 @@ void personRow(CameraPlan const& plan, std::uint8_t* row, int y) {
             pixels.darken(0, strength);
             pixels.raiseAlpha(strength);
         }
-        if (!hn::AllTrue(Tag(), hn::Le(person, zero))) mixColor(pixels, picture(i, dx), mul(person, set(u.opacity)));
+        if (!hn::AllTrue(Tag(), hn::Le(person, zero))) mixColor(pixels, picture(x, dx), mul(person, set(u.opacity)));
     });
 }
 
@@ -171,11 +155,15 @@ namespace tavaro {
 
 HWY_EXPORT(boxRow);
 HWY_EXPORT(personRow);
+HWY_EXPORT(strengths);
 
-void drawCameraRow(CameraPlan const& plan, std::uint8_t* row, int y) {
-    if (plan.isCutOut()) return HWY_DYNAMIC_DISPATCH(personRow)(plan, row, y);
-    HWY_DYNAMIC_DISPATCH(boxRow)(plan, row, y);
+void drawCameraRow(CameraPlan const& plan, CameraScratch& scratch, std::uint8_t const* shadow, std::uint8_t* row,
+                   int y) {
+    if (plan.isCutOut()) return HWY_DYNAMIC_DISPATCH(personRow)(plan, scratch, row, y);
+    HWY_DYNAMIC_DISPATCH(boxRow)(plan, scratch, shadow, row, y);
 }
+
+void shadowRow(CameraPlan const& plan, int y, std::uint8_t* out) { HWY_DYNAMIC_DISPATCH(strengths)(plan, y, out); }
 
 }
 #endif

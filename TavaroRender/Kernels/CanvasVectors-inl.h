@@ -30,6 +30,74 @@ struct CanvasPixels {
     HWY_INLINE void raiseAlpha(Vec strength) { alpha = hn::Max(alpha, mul(strength, set(255))); }
 };
 
+/// a + b·c, rounded once where the vector unit can: for what needs no more than the canvas's precision.
+HWY_INLINE Vec addProduct(Vec a, Vec b, Vec c) { return hn::MulAdd(b, c, a); }
+HWY_INLINE Vec blended(Vec a, Vec b, Vec t) { return hn::MulAdd(sub(b, a), t, a); }
+
+/// The smoothstep by a multiplication, to the canvas's precision.
+HWY_INLINE Vec smooth(float edge0, float edge1, Vec v) {
+    auto const share = 1 / (edge1 - edge0);
+    auto const t = clamp01(hn::MulAdd(v, set(share), set(-edge0 * share)));
+    return mul(mul(t, t), hn::NegMulAdd(set(2), t, set(3)));
+}
+HWY_INLINE Vec smoothlyCovered(Vec distance) { return sub(set(1), smooth(-1, 1, distance)); }
+
+/// Opaque pixels of channels 0…255, rounded to nearest.
+HWY_INLINE VecInt packedOpaque(Vec3 const& color) {
+    // Added to 2^23, a number's lowest bits are its whole part.
+    auto const bitsOf = [](Vec v) HWY_ATTR {
+        auto const within = hn::Min(hn::Max(v, hn::Zero(Tag())), set(255));
+        return hn::BitCast(TagInt(), add(within, set(8388608.0f)));
+    };
+    auto const lowByte = hn::Set(TagInt(), 255);
+    return hn::Or(hn::Or(hn::And(bitsOf(color.x), lowByte), hn::ShiftLeft<8>(hn::And(bitsOf(color.y), lowByte))),
+                  hn::Or(hn::ShiftLeft<16>(hn::And(bitsOf(color.z), lowByte)),
+                         hn::Set(TagInt(), static_cast<std::int32_t>(0xFF000000))));
+}
+
+/// Every channel of a pixel times `share` (0…255, one for each pixel) ÷ 255, rounded to nearest.
+HWY_INLINE VecInt scaledPixels(VecInt pixels, VecInt share) {
+    auto const scaledPair = [&](VecInt pair) HWY_ATTR {
+#if HWY_TARGET == HWY_SCALAR
+        auto const half = [&](VecInt v) HWY_ATTR {
+            auto const product = hn::Add(hn::Mul(v, share), hn::Set(TagInt(), 128));
+            return hn::ShiftRight<8>(hn::Add(product, hn::ShiftRight<8>(product)));
+        };
+        auto const low = half(hn::And(pair, hn::Set(TagInt(), 255)));
+        return hn::Or(low, hn::ShiftLeft<16>(half(hn::ShiftRight<16>(pair))));
+#else
+        hn::Repartition<std::uint16_t, TagInt> const words;
+        auto const both = hn::BitCast(words, hn::Or(share, hn::ShiftLeft<16>(share)));
+        auto const product = hn::Add(hn::Mul(hn::BitCast(words, pair), both), hn::Set(words, 128));
+        return hn::BitCast(TagInt(), hn::ShiftRight<8>(hn::Add(product, hn::ShiftRight<8>(product))));
+#endif
+    };
+    auto const mask = hn::Set(TagInt(), 0x00FF00FF);
+    auto const redBlue = scaledPair(hn::And(pixels, mask));
+    auto const greenAlpha = scaledPair(
+        hn::And(hn::BitCast(TagInt(), hn::ShiftRight<8>(hn::BitCast(hn::RebindToUnsigned<Tag>(), pixels))), mask));
+    return hn::Or(redBlue, hn::ShiftLeft<8>(greenAlpha));
+}
+
+/// Calls `draw(pixels, x)`, which returns new pixels, for vectors of the pixels `begin` … `end` − 1 of a row; `x` is
+/// the column of the first.
+template<class Draw> HWY_INLINE void forPackedPixels(std::uint8_t* row, int begin, int end, Draw&& draw) {
+    TagInt const whole;
+    auto const n = static_cast<int>(hn::Lanes(whole));
+    auto x = begin;
+    for (; x + n <= end; x += n) {
+        auto* const at = reinterpret_cast<std::int32_t*>(row + 4 * static_cast<std::ptrdiff_t>(x));
+        hn::StoreU(draw(hn::LoadU(whole, at), x), whole, at);
+    }
+    if (x >= end) return;
+    auto* const at = row + 4 * static_cast<std::ptrdiff_t>(x);
+    auto const bytes = 4 * static_cast<std::size_t>(end - x);
+    alignas(64) std::int32_t memory[16]{};
+    std::memcpy(memory, at, bytes);
+    hn::Store(draw(hn::Load(whole, memory), x), whole, memory);
+    std::memcpy(at, memory, bytes);
+}
+
 /// Calls `draw(pixels, x)` for vectors of the pixels `begin` … `end` − 1 of a row, `x` being the column of the first.
 template<class Draw> HWY_INLINE void forPixels(std::uint8_t* row, int begin, int end, Draw&& draw) {
     TagInt const whole;

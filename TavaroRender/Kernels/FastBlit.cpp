@@ -24,40 +24,56 @@ HWY_INLINE void layOver(CanvasPixels& pixels, Vec3 const& color, Vec alpha, floa
     pixels.raiseAlpha(hn::IfThenElseZero(isDrawn, strength));
 }
 
+/// Channel by channel, up to 255.
+HWY_INLINE VecInt saturatedSum(VecInt a, VecInt b) {
+#if HWY_TARGET == HWY_SCALAR
+    auto sum = hn::Zero(TagInt());
+    for (int shift = 0; shift < 32; shift += 8) {
+        auto const channelOf = [&](VecInt v) { return static_cast<std::uint32_t>(hn::GetLane(v)) >> shift & 255; };
+        auto const total = std::min(channelOf(a) + channelOf(b), 255u);
+        sum = hn::Or(sum, hn::Set(TagInt(), static_cast<std::int32_t>(total << shift)));
+    }
+    return sum;
+#else
+    hn::Repartition<std::uint8_t, TagInt> const bytes;
+    return hn::BitCast(TagInt(), hn::SaturatedAdd(hn::BitCast(bytes, a), hn::BitCast(bytes, b)));
+#endif
+}
+
+/// The same for whole pixels at full opacity, in whole numbers.
+HWY_INLINE VecInt laidOver(VecInt under, VecInt layer) {
+    TagInt const whole;
+    hn::RebindToUnsigned<TagInt> const bits;
+    auto const alphaOf = [&](VecInt v)
+                             HWY_ATTR { return hn::BitCast(whole, hn::ShiftRight<24>(hn::BitCast(bits, v))); };
+    auto const alpha = alphaOf(layer);
+    auto const rest = scaledPixels(under, hn::Sub(hn::Set(whole, 255), alpha));
+    auto const color = hn::And(hn::Set(whole, 0x00FFFFFF), saturatedSum(rest, layer));
+    auto const laid = hn::Or(color, hn::ShiftLeft<24>(hn::Max(alphaOf(under), alpha)));
+    return hn::IfThenElse(hn::Eq(alpha, hn::Zero(whole)), under, laid);
+}
+
 /// The layer's pixels are those of the canvas, `texels` being the one of column `begin`.
 void directRow(std::uint8_t const* texels, float opacity, std::uint8_t* row, int begin, int end) {
     TagInt const whole;
     auto const n = static_cast<int>(hn::Lanes(whole));
+    auto const zero = hn::Zero(whole);
     auto const alphaBits = hn::Set(whole, static_cast<std::int32_t>(0xFF000000));
-    for (int x = begin; x < end; x += n) {
-        auto const count = std::min(n, end - x);
-        auto* const at = row + 4 * static_cast<std::ptrdiff_t>(x);
-        auto const* const from = texels + 4 * static_cast<std::ptrdiff_t>(x - begin);
-        alignas(64) std::int32_t over[16];
-        alignas(64) std::int32_t under[16];
-        auto const* source = reinterpret_cast<std::int32_t const*>(from);
-        auto* target = reinterpret_cast<std::int32_t*>(at);
-        if (count < n) {
-            std::memset(over, 0, sizeof over);
-            std::memset(under, 0, sizeof under);
-            std::memcpy(over, from, 4 * static_cast<std::size_t>(count));
-            std::memcpy(under, at, 4 * static_cast<std::size_t>(count));
-            source = over;
-            target = under;
+    forPackedPixels(row, begin, end, [&](VecInt under, int x) HWY_ATTR {
+        auto const* const from = reinterpret_cast<std::int32_t const*>(texels) + (x - begin);
+        alignas(64) std::int32_t memory[16];
+        if (x + n > end) {
+            hn::Store(zero, whole, memory);
+            std::memcpy(memory, from, 4 * static_cast<std::size_t>(end - x));
         }
-        auto const layer = hn::LoadU(whole, source);
+        auto const layer = x + n > end ? hn::Load(whole, memory) : hn::LoadU(whole, from);
         auto const alpha = hn::And(layer, alphaBits);
-        if (hn::AllTrue(whole, hn::Eq(alpha, hn::Zero(whole)))) continue;
-        if (opacity == 1 && hn::AllTrue(whole, hn::Eq(alpha, alphaBits))) {
-            hn::StoreU(layer, whole, target);
-        } else {
-            auto const loaded = hn::LoadU(whole, target);
-            CanvasPixels pixels{colorOf(loaded), channel<3>(loaded)};
-            layOver(pixels, colorOf(layer), channel<3>(layer), opacity);
-            hn::StoreU(packed(pixels.color, pixels.alpha), whole, target);
-        }
-        if (count < n) std::memcpy(at, under, 4 * static_cast<std::size_t>(count));
-    }
+        if (hn::AllTrue(whole, hn::Eq(alpha, zero))) return under;
+        if (opacity == 1) return laidOver(under, layer);
+        CanvasPixels pixels{colorOf(under), channel<3>(under)};
+        layOver(pixels, colorOf(layer), channel<3>(layer), opacity);
+        return packed(pixels.color, pixels.alpha);
+    });
 }
 
 void stretchedRow(ImageView layer, AxisPlan const& columns, AxisPlace place, float opacity, std::uint8_t* row,

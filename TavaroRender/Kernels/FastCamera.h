@@ -2,11 +2,12 @@
 
 #include <TavaroCore/Records/FunctionRef.h>
 #include <TavaroRender/Kernels/CameraPlan.h>
+#include <TavaroRender/Kernels/CameraShadow.h>
 
 namespace tavaro {
 
-/// The `cameraOverlay` kernel, fast: touches only what the box and its shadow reach, by the vector unit. Keeps a look's
-/// curves between frames.
+/// The `cameraOverlay` kernel, fast: touches only what the box and its shadow reach, by the vector unit. Keeps the
+/// shadow between frames.
 class FastCamera {
 public:
     /// `inBands(rowCount, band)` calls `band(begin, end)` until all of 0…rowCount−1 are covered.
@@ -15,6 +16,7 @@ public:
 
 private:
     CameraPlan plan_;
+    CameraShadow shadow_;
 };
 
 }

@@ -8,37 +8,43 @@
 #define TAVARO_GRADE_VECTORS
 #endif
 
+#include <hwy/contrib/math/math-inl.h>
 #include <hwy/highway.h>
 
 #include <TavaroCore/Looks/CubeLUT.h>
 #include <TavaroRender/Kernels/CameraPlan.h>
-#include <TavaroRender/Kernels/FloatVectors-inl.h>
+#include <TavaroRender/Kernels/CanvasVectors-inl.h>
 #include <TavaroRender/Kernels/GradeFormula.h>
 
-#include <cstring>
+#include <array>
 
 HWY_BEFORE_NAMESPACE();
 namespace tavaro::HWY_NAMESPACE {
 
 HWY_INLINE Vec lumaOf(Vec3 const& c) {
-    return add(add(mul(set(0.2126f), c.x), mul(set(0.7152f), c.y)), mul(set(0.0722f), c.z));
+    return hn::MulAdd(set(0.2126f), c.x, hn::MulAdd(set(0.7152f), c.y, mul(set(0.0722f), c.z)));
 }
 
 HWY_INLINE Vec3 clamped01(Vec3 const& c) { return {clamp01(c.x), clamp01(c.y), clamp01(c.z)}; }
 
-/// A value of a curve, between its two entries.
-HWY_INLINE Vec onCurve(float const* curve, Vec value) {
+/// A channel, 0…1, in another light.
+HWY_INLINE Vec lit(LightCurve const& curve, Vec encoded) {
     Tag const tag;
-    auto const top = GradeCurves::highest * GradeCurves::stepsPerUnit;
-    auto const place = hn::Min(hn::Max(mul(value, set(GradeCurves::stepsPerUnit)), hn::Zero(tag)), set(top));
-    auto const index = hn::ConvertTo(TagInt(), place);
-    alignas(64) std::int32_t indices[16];
-    alignas(64) float pairs[32];
-    hn::Store(index, TagInt(), indices);
-    for (std::size_t i = 0; i < hn::Lanes(tag); ++i) std::memcpy(pairs + 2 * i, curve + indices[i], 8);
-    Vec low, high;
-    hn::LoadInterleaved2(tag, pairs, low, high);
-    return mixed(low, high, sub(place, hn::ConvertTo(tag, index)));
+    auto const isLow = hn::Lt(encoded, set(curve.low));
+    auto const isHigh = hn::Gt(encoded, set(curve.high));
+    auto const above = hn::MulAdd(encoded, set(curve.slope), set(curve.offset));
+    auto result = hn::IfThenElse(isLow, mul(encoded, set(curve.gain)), above);
+    if (!hn::AllTrue(tag, hn::Or(isLow, isHigh))) {
+        auto const power = [&](Vec base, float exponent) HWY_ATTR {
+            return hn::Exp(tag, mul(hn::Log(tag, hn::Max(base, set(1e-6f))), set(exponent)));
+        };
+        auto const between =
+            brightens(curve)
+                ? sub(mul(power(mul(encoded, set(curve.gain / 12.92f)), 1.0f / 2.4f), set(1.055f)), set(0.055f))
+                : mul(power(mul(add(encoded, set(0.055f)), set(1 / 1.055f)), 2.4f), set(12.92f * curve.gain));
+        result = hn::IfThenElse(hn::Or(isLow, isHigh), result, between);
+    }
+    return clamp01(result);
 }
 
 using Channels = hn::CappedTag<float, 4>; // of one colour, or as many as the vector unit takes
@@ -107,7 +113,7 @@ class GradeVectors {
 public:
     explicit GradeVectors(CameraPlan const& plan)
         : u_(plan.uniforms())
-        , curves_(plan.curves())
+        , light_(plan.light())
         , lut_(plan.lut())
         , slope_((1 - u_.grade1.y) * u_.grade0.y)
         , start_((0.5f - 0.5f * u_.grade0.y) * (1 - u_.grade1.y) + u_.grade1.y) {}
@@ -116,37 +122,38 @@ public:
         auto graded = channels(color);
         if (u_.grade0.z != 1) {
             auto const grey = lumaOf(graded);
-            graded = mixed(Vec3{grey, grey, grey}, graded, set(u_.grade0.z));
+            auto const amount = set(u_.grade0.z);
+            graded = {blended(grey, graded.x, amount), blended(grey, graded.y, amount),
+                      blended(grey, graded.z, amount)};
         }
         if (u_.grade1.w > leastLook) graded = splitToned(graded);
         if (u_.grade1.z > leastLook) {
             auto const distance = mul(size(localX, localY), set(1.414f));
-            graded = scaled(graded, sub(set(1), mul(step(0.35f, 0.95f, distance), set(u_.grade1.z * 0.6f))));
+            graded = scaled(graded, sub(set(1), mul(smooth(0.35f, 0.95f, distance), set(u_.grade1.z * 0.6f))));
         }
         if (lut_) graded = lookedUp(*lut_, graded);
-        return mixed(color, clamped01(graded), set(u_.lookStrength));
+        graded = clamped01(graded);
+        return u_.lookStrength == 1 ? graded : mixed(color, graded, set(u_.lookStrength));
     }
 
 private:
     HWY_INLINE Vec3 channels(Vec3 const& color) const {
-        if (!curves_.areStraight())
-            return {onCurve(curves_.channel(0), color.x), onCurve(curves_.channel(1), color.y),
-                    onCurve(curves_.channel(2), color.z)};
-        auto const straight = [&](Vec v) HWY_ATTR { return add(mul(clamp01(v), set(slope_)), set(start_)); };
-        return {straight(color.x), straight(color.y), straight(color.z)};
+        auto const contrasted = [&](Vec v) HWY_ATTR { return hn::MulAdd(v, set(slope_), set(start_)); };
+        return {contrasted(lit(light_[0], color.x)), contrasted(lit(light_[1], color.y)),
+                contrasted(lit(light_[2], color.z))};
     }
 
     HWY_INLINE Vec3 splitToned(Vec3 const& color) const {
-        auto const bright = step(0.2f, 0.8f, lumaOf(color));
+        auto const bright = smooth(0.2f, 0.8f, lumaOf(color));
         auto const amount = u_.grade1.w;
         auto const toned = [&](Vec v, float shadow, float highlight) HWY_ATTR {
-            return add(v, mul(mixed(set(shadow), set(highlight), bright), set(amount)));
+            return hn::MulAdd(blended(set(shadow), set(highlight), bright), set(amount), v);
         };
         return {toned(color.x, -0.04f, 0.06f), toned(color.y, 0.02f, 0.02f), toned(color.z, 0.06f, -0.05f)};
     }
 
     CameraUniforms const& u_;
-    GradeCurves const& curves_;
+    std::array<LightCurve, 3> const& light_;
     CubeLUT const* lut_;
     float slope_;
     float start_;
