@@ -25,19 +25,30 @@ constexpr int fractionBits = 7; // of a blended channel, which fills 15 bits
 
 /// Mixes `count` texels of two rows, channel by channel, into numbers with a fraction.
 HWY_INLINE void blendRows(std::uint8_t const* upper, std::uint8_t const* lower, float down, std::int16_t* out,
-                          int count) {
+                          int count, std::uint8_t const* nextUpper, std::uint8_t const* nextLower) {
     hn::ScalableTag<std::int16_t> const words;
     hn::Rebind<std::uint8_t, decltype(words)> const bytes;
     auto const n = hn::Lanes(words);
     auto const total = 4 * static_cast<std::size_t>(count);
     auto const share = static_cast<std::int16_t>(std::min(down * 32768.0f + 0.5f, 32767.0f));
     auto const weight = hn::Set(words, share);
-    std::size_t i = 0;
-    for (; i + n <= total; i += n) {
+    auto const blend = [&](std::size_t i) HWY_ATTR {
         auto const top = hn::PromoteTo(words, hn::LoadU(bytes, upper + i));
         auto const bottom = hn::PromoteTo(words, hn::LoadU(bytes, lower + i));
         auto const change = hn::MulFixedPoint15(hn::ShiftLeft<fractionBits>(hn::Sub(bottom, top)), weight);
         hn::StoreU(hn::Add(hn::ShiftLeft<fractionBits>(top), change), words, out + i);
+    };
+    std::size_t i = 0;
+    for (; i + 2 * n <= total; i += 2 * n) {
+        // Pieces of rows are too short for the machine to see the next ones coming.
+        hwy::Prefetch(nextUpper + i);
+        hwy::Prefetch(nextLower + i);
+        blend(i);
+        blend(i + n);
+    }
+    if (i + n <= total) {
+        blend(i);
+        i += n;
     }
     for (; i < total; ++i) {
         auto const change = ((lower[i] - upper[i]) * (1 << fractionBits) * share + (1 << 14)) >> 15;
@@ -52,24 +63,23 @@ public:
     HWY_INLINE void take(ImageView image, AxisPlan const& columns, AxisPlace row, int rowsPerRow, std::size_t begin,
                          std::size_t count, CameraScratch::Samples& memory, std::vector<std::int16_t>& mixedRows) {
         // Columns run one way, left to right or mirrored.
-        auto const [low, high] = std::minmax(columns.first[begin], columns.first[begin + count - 1]);
-        auto const texels = std::min(high + 2, image.width) - low;
-        auto const need = 4 * (static_cast<std::size_t>(texels) + 2);
+        auto const low = std::min(columns.first[begin], columns.first[begin + count - 1]);
+        auto const high = std::max(columns.first[begin], columns.first[begin + count - 1]);
+        auto const wide = std::min(high + 2, image.width) - low;
+        auto const need = 4 * (static_cast<std::size_t>(wide) + 2);
         if (mixedRows.size() < need) mixedRows.resize(need);
         auto const offset = 4 * static_cast<std::ptrdiff_t>(low);
-        // Pieces of rows are too short for the machine to see the next ones coming.
-        for (int later : {row.first + rowsPerRow, row.first + rowsPerRow + 1}) {
-            auto const* from = image.row(std::min(later, image.height - 1)) + offset;
-            for (int x = 0; x < texels; x += 16) hwy::Prefetch(from + 4 * static_cast<std::ptrdiff_t>(x));
-        }
+        auto const later = [&](int y) { return image.row(std::clamp(y + rowsPerRow, 0, image.height - 1)) + offset; };
         blendRows(image.row(row.first) + offset, image.row(std::min(row.first + 1, image.height - 1)) + offset,
-                  row.between, mixedRows.data(), texels);
+                  row.between, mixedRows.data(), wide, later(row.first), later(row.first + 1));
         constexpr std::size_t longestVector = 16;
         if (memory.size() < count + longestVector) memory.resize(count + longestVector);
+        auto* const pairs = memory.data();
+        auto const* const places = columns.first.data() + begin;
+        auto const* const texels = mixedRows.data();
         for (std::size_t i = 0; i < count; ++i)
-            std::memcpy(&memory[i], mixedRows.data() + 4 * static_cast<std::ptrdiff_t>(columns.first[begin + i] - low),
-                        sizeof memory[i]);
-        pairs_ = memory.data();
+            std::memcpy(pairs + i, texels + 4 * static_cast<std::ptrdiff_t>(places[i] - low), sizeof pairs[i]);
+        pairs_ = pairs;
         between_ = columns.between.data() + begin;
     }
 
