@@ -61,20 +61,29 @@ HWY_INLINE void drawShadow(std::uint8_t const* strength, std::uint8_t* row, int 
     });
 }
 
+/// `color` is 0…1.
 HWY_INLINE void mixColor(CanvasPixels& pixels, Vec3 const& color, Vec strength) {
-    pixels.color = mixed(pixels.color, color, strength);
+    pixels.color = mixed(pixels.color, scaled(color, set(255)), strength);
     pixels.raiseAlpha(strength);
 }
 
-/// Shadow, edge and border of the box with what shows of the picture among them.
-HWY_INLINE void drawEdge(CameraPlan const& plan, PictureRow const& picture, std::uint8_t* row, float dy,
-                         PixelSpan span) {
+/// Shadow, edge and border of the box with what shows of the picture among them. `shadow` begins with the span, and can
+/// be read past its end; where it is null the shadow is worked out.
+HWY_INLINE void drawEdge(CameraPlan const& plan, PictureRow const& picture, std::uint8_t const* shadow,
+                         std::uint8_t* row, float dy, PixelSpan span) {
     auto const& u = plan.uniforms();
     auto const& box = plan.mapping();
+    hn::Rebind<std::uint8_t, TagInt> const bytes;
     forPixels(row, span.begin, span.end, [&](CanvasPixels& pixels, int x) HWY_ATTR {
         auto const dx = centersFrom(x, u.center.x);
         if (plan.hasShadow()) {
-            auto const strength = shadowStrength(plan, dx, dy);
+            auto strength = hn::Zero(Tag());
+            if (shadow) {
+                auto const dark = hn::PromoteTo(TagInt(), hn::LoadU(bytes, shadow + (x - span.begin)));
+                strength = mul(hn::ConvertTo(Tag(), dark), set(1.0f / 255));
+            } else {
+                strength = shadowStrength(plan, dx, dy);
+            }
             pixels.darken(0, strength);
             pixels.raiseAlpha(strength);
         }
@@ -89,7 +98,8 @@ HWY_INLINE void drawEdge(CameraPlan const& plan, PictureRow const& picture, std:
 /// The picture and nothing else.
 HWY_INLINE void drawInside(CameraPlan const& plan, PictureRow const& picture, std::uint8_t* row, PixelSpan span) {
     forPackedPixels(row, span.begin, span.end, [&](VecInt, int x) HWY_ATTR {
-        return packedOpaque(picture(x, centersFrom(x, plan.uniforms().center.x)));
+        auto const color = picture(x, centersFrom(x, plan.uniforms().center.x));
+        return packedOpaque(picture.isWithin() ? color : clamped01(color));
     });
 }
 
@@ -97,11 +107,12 @@ void boxRow(CameraPlan const& plan, CameraScratch& scratch, std::uint8_t const* 
     auto const spans = plan.spans(y);
     auto const box = shadow ? spans.box : spans.all;
     PictureRow const picture(plan, scratch, offsetOf(plan, y), box);
+    auto const shadowFrom = [&](int x) { return shadow ? shadow + (x - plan.columns().begin) : nullptr; };
     auto const edge = [&](int begin, int end) HWY_ATTR {
-        drawEdge(plan, picture, row, offsetOf(plan, y), {begin, end});
+        drawEdge(plan, picture, shadowFrom(begin), row, offsetOf(plan, y), {begin, end});
     };
     auto const dark = [&](int begin, int end) HWY_ATTR {
-        if (shadow) drawShadow(shadow + (begin - plan.columns().begin), row, begin, end);
+        if (shadow) drawShadow(shadowFrom(begin), row, begin, end);
     };
     if (box.isEmpty()) return dark(spans.all.begin, spans.all.end);
     dark(spans.all.begin, box.begin);

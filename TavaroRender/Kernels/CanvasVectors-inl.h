@@ -42,17 +42,15 @@ HWY_INLINE Vec smooth(float edge0, float edge1, Vec v) {
 }
 HWY_INLINE Vec smoothlyCovered(Vec distance) { return sub(set(1), smooth(-1, 1, distance)); }
 
-/// Opaque pixels of channels 0…255, rounded to nearest.
+/// Opaque pixels of channels within 0…1, rounded to nearest.
 HWY_INLINE VecInt packedOpaque(Vec3 const& color) {
     // Added to 2^23, a number's lowest bits are its whole part.
-    auto const bitsOf = [](Vec v) HWY_ATTR {
-        auto const within = hn::Min(hn::Max(v, hn::Zero(Tag())), set(255));
-        return hn::BitCast(TagInt(), add(within, set(8388608.0f)));
+    auto const byteOf = [](Vec v) HWY_ATTR {
+        auto const bits = hn::BitCast(TagInt(), hn::MulAdd(v, set(255), set(8388608.0f)));
+        return hn::And(bits, hn::Set(TagInt(), 255));
     };
-    auto const lowByte = hn::Set(TagInt(), 255);
-    return hn::Or(hn::Or(hn::And(bitsOf(color.x), lowByte), hn::ShiftLeft<8>(hn::And(bitsOf(color.y), lowByte))),
-                  hn::Or(hn::ShiftLeft<16>(hn::And(bitsOf(color.z), lowByte)),
-                         hn::Set(TagInt(), static_cast<std::int32_t>(0xFF000000))));
+    return hn::Or(hn::Or(byteOf(color.x), hn::ShiftLeft<8>(byteOf(color.y))),
+                  hn::Or(hn::ShiftLeft<16>(byteOf(color.z)), hn::Set(TagInt(), static_cast<std::int32_t>(0xFF000000))));
 }
 
 /// Every channel of a pixel times `share` (0…255, one for each pixel) ÷ 255, rounded to nearest.

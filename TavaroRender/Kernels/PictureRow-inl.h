@@ -66,19 +66,20 @@ public:
         auto const low = std::min(columns.first[begin], columns.first[begin + count - 1]);
         auto const high = std::max(columns.first[begin], columns.first[begin + count - 1]);
         auto const wide = std::min(high + 2, image.width) - low;
-        auto const need = 4 * (static_cast<std::size_t>(wide) + 2);
+        auto const need = 4 * (static_cast<std::size_t>(image.width) + 2);
         if (mixedRows.size() < need) mixedRows.resize(need);
         auto const offset = 4 * static_cast<std::ptrdiff_t>(low);
         auto const later = [&](int y) { return image.row(std::clamp(y + rowsPerRow, 0, image.height - 1)) + offset; };
         blendRows(image.row(row.first) + offset, image.row(std::min(row.first + 1, image.height - 1)) + offset,
-                  row.between, mixedRows.data(), wide, later(row.first), later(row.first + 1));
+                  row.between, mixedRows.data() + offset, wide, later(row.first), later(row.first + 1));
         constexpr std::size_t longestVector = 16;
         if (memory.size() < count + longestVector) memory.resize(count + longestVector);
         auto* const pairs = memory.data();
         auto const* const places = columns.first.data() + begin;
         auto const* const texels = mixedRows.data();
-        for (std::size_t i = 0; i < count; ++i)
-            std::memcpy(pairs + i, texels + 4 * static_cast<std::ptrdiff_t>(places[i] - low), sizeof pairs[i]);
+        for (std::size_t i = 0; i < count; i += 4) // both have room for some more
+            for (std::size_t j = i; j < i + 4; ++j)
+                std::memcpy(pairs + j, texels + 4 * static_cast<std::ptrdiff_t>(places[j]), sizeof pairs[j]);
         pairs_ = pairs;
         between_ = columns.between.data() + begin;
     }
@@ -136,7 +137,12 @@ public:
         take(east_, plan.east(), 0, 4);
     }
 
-    /// From column `x` of the canvas on, 0…255; `dx` is from the box's centre.
+    /// Do its colours stay within 0…1? Sharpening goes a little past both ends.
+    HWY_INLINE bool isWithin() const {
+        return !plan_.isSharpened() || (plan_.isGraded() && plan_.uniforms().lookStrength == 1);
+    }
+
+    /// From column `x` of the canvas on, 0…1; `dx` is from the box's centre.
     HWY_INLINE Vec3 operator()(int x, Vec dx) const {
         auto const i = static_cast<std::size_t>(x - begin_);
         auto color = center_(i);
@@ -145,7 +151,7 @@ public:
             auto const localX = mul(dx, set(0.5f / plan_.mapping().halfSize.x));
             color = grade_(color, localX, set(localY_));
         }
-        return scaled(color, set(255));
+        return color;
     }
 
 private:
