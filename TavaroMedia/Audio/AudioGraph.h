@@ -41,7 +41,8 @@ struct TempoFilter {
     static constexpr double fastest = 50;
 
     std::string chain;
-    /// What sounds at a time t of the input sounds so many samples after t ÷ speed in the output; negative: before.
+    /// What sounds at a time t of the input sounds so many samples after t ÷ speed in the output, give or take 10 ms;
+    /// negative: before.
     std::int64_t delay = 0;
 };
 

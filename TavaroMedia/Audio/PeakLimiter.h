@@ -35,7 +35,7 @@ private:
     float smoothed(float gain);
     void emit(std::size_t count, std::vector<StereoSample>& out);
 
-    float const ceiling_;
+    float ceiling_;
     std::vector<StereoSample>
         window_;                     // samples that are still to be measured, with what the interpolation needs around
     std::vector<StereoSample> held_; // measured ones that wait for what comes after them

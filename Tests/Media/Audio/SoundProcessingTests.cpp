@@ -88,13 +88,14 @@ TEST(TempoFilter, anotherSpeedKeepsThePitchAndThePlaces) {
         TempoFilter const tempo(speed);
         auto const pitched = filtered(tempo.chain, singing);
         auto const inside = std::span(pitched).subspan(12'000, 24'000);
-        EXPECT_NEAR(levelAt(inside, 440), level(singing), 0.3) << speed;
-        EXPECT_NEAR(level(inside), level(singing), 0.3) << "no other tone, at " << speed;
+        EXPECT_NEAR(levelAt(inside, 440), level(singing), 1) << speed;
+        EXPECT_NEAR(level(inside), level(singing), 0.3) << speed;
+        EXPECT_LT(levelAt(inside, 440 * speed), level(singing) - 30) << speed;
         auto const out = filtered(tempo.chain, bursts);
         for (int second = 1; second < seconds - 1; ++second) {
             auto const wanted = second * audioRate / speed;
             auto const found = middle(out, wanted - 7000 / speed, wanted + 7000 / speed);
-            EXPECT_NEAR(found - static_cast<double>(tempo.delay), wanted, 0.003 * audioRate) << speed;
+            EXPECT_NEAR(found - static_cast<double>(tempo.delay), wanted, 0.010 * audioRate) << speed;
         }
     }
 }
