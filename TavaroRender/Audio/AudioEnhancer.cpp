@@ -1,0 +1,89 @@
+#include <TavaroRender/Audio/AudioEnhancer.h>
+
+#include <algorithm>
+#include <chrono>
+#include <string_view>
+#include <vector>
+
+#include <fmt/format.h>
+
+#include <TavaroPlatform/Folders/Folders.h>
+#include <TavaroRender/Audio/Enhancement.h>
+
+namespace tavaro {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// Rises when the same settings give another sound.
+constexpr int recipe = 1;
+
+constexpr std::string_view ending = ".caf";
+
+/// FNV-1a.
+std::uint64_t hashed(std::string_view text, std::uint64_t hash) {
+    for (unsigned char const byte : text) hash = (hash ^ byte) * 0x100000001B3;
+    return hash;
+}
+
+struct Cached {
+    fs::path file;
+    fs::file_time_type used;
+    std::uintmax_t bytes = 0;
+};
+
+std::vector<Cached> filesIn(fs::path const& folder) {
+    std::vector<Cached> found;
+    std::error_code ignored;
+    for (auto const& entry : fs::directory_iterator(folder, ignored)) {
+        if (entry.path().extension() != ending || !entry.is_regular_file(ignored)) continue;
+        found.push_back({entry.path(), entry.last_write_time(ignored), entry.file_size(ignored)});
+    }
+    return found;
+}
+
+}
+
+fs::path AudioEnhancer::defaultFolder() { return folders::caches() / "Sound"; }
+
+fs::path AudioEnhancer::cachedFile(fs::path const& file, EnhancementSettings const& settings) const {
+    std::error_code ignored;
+    auto const changed = fs::last_write_time(file, ignored).time_since_epoch().count();
+    auto const text =
+        fmt::format("{}\n{}\n{}\n{}\n{} {:.17g} {} {}", recipe, fs::weakly_canonical(file, ignored).string(),
+                    fs::file_size(file, ignored), changed, settings.noiseReduction, settings.noiseReductionStrength,
+                    settings.voiceClarity, settings.normalize);
+    auto const first = hashed(text, 0xCBF29CE484222325);
+    return folder_ /
+           fmt::format("{}-{:016x}{:016x}{}", file.stem().string().substr(0, 64), first, hashed(text, first), ending);
+}
+
+std::optional<fs::path> AudioEnhancer::enhanced(fs::path const& file, EnhancementSettings const& settings,
+                                                Progress const& progress) const {
+    if (settings.isNone()) return file;
+    auto const output = cachedFile(file, settings);
+    std::error_code failure;
+    if (fs::exists(output, failure)) {
+        fs::last_write_time(output, fs::file_time_type::clock::now(), failure); // it was used
+        return output;
+    }
+    fs::create_directories(folder_, failure);
+    if (!Enhancement(file, settings, progress).write(output)) return std::nullopt;
+    return output;
+}
+
+void AudioEnhancer::prune(std::uintmax_t mostBytes) const {
+    auto files = filesIn(folder_);
+    std::ranges::sort(files, {}, &Cached::used);
+    std::uintmax_t together = 0;
+    for (auto const& file : files) together += file.bytes;
+    auto const recently = fs::file_time_type::clock::now() - std::chrono::hours(24);
+    for (auto const& file : files) {
+        if (together <= mostBytes || file.used > recently) return;
+        std::error_code ignored;
+        if (fs::remove(file.file, ignored)) together -= file.bytes;
+    }
+}
+
+}
