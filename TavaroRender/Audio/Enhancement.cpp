@@ -25,7 +25,7 @@ constexpr double filteringShare = 0.8; // of the whole work
 constexpr double wantedLoudness = -16; // LUFS
 // The limiter and a meter interpolate differently; the highest true peak wanted is −1.5 dBTP.
 constexpr double ceiling = -1.7;
-constexpr double mostGain = 30;     // dB; more would only lift the noise of what is nearly silent
+constexpr double mostGain = 40;     // dB; more would only lift the noise of what is nearly silent
 constexpr double closeEnough = 0.2; // LU
 constexpr int mostAttempts = 5;     // limiting takes some loudness, which is given back
 constexpr double leastYield = 0.2;
@@ -162,22 +162,22 @@ std::optional<Enhancement::Written> Enhancement::writeWithGain(std::filesystem::
 
 bool Enhancement::finish(std::filesystem::path const& output, ScratchSound const& sound, int channels,
                          LoudnessMeter const& meter) {
-    auto loudness = settings_.normalize ? meter.integrated() : std::nullopt;
+    auto const measured = settings_.normalize ? meter.integrated() : std::nullopt;
+    double loudness = measured.value_or(wantedLoudness);
     double gain = 0;
     double yield = 1; // what a decibel of gain gives; less, the more is limited
     for (int attempt = 0;; ++attempt) {
-        auto const step = loudness ? (wantedLoudness - *loudness) / yield : 0;
-        auto const next = std::clamp(gain + step, -mostGain, mostGain);
+        auto const next = std::clamp(gain + (wantedLoudness - loudness) / yield, -mostGain, mostGain);
         auto written = writeWithGain(output, sound, channels, next);
         if (!written) return false;
-        auto const now = loudness ? written->meter.integrated() : std::nullopt;
+        auto const now = measured ? written->meter.integrated() : std::nullopt;
         if (!now || std::abs(wantedLoudness - *now) <= closeEnough || next == gain || attempt == mostAttempts) {
             written->writer.finish();
             return true;
         }
-        yield = std::clamp((*now - *loudness) / (next - gain), leastYield, 1.0);
+        yield = std::clamp((*now - loudness) / (next - gain), leastYield, 1.0);
         gain = next;
-        loudness = now;
+        loudness = *now;
     }
 }
 

@@ -16,6 +16,8 @@ ExportError ExportError::missingAsset(std::string const& name) {
 
 ExportError ExportError::noVideoTrack() { return {Kind::noVideoTrack, "The recording has no video track."}; }
 
+ExportError ExportError::audioFailed(std::string const& sentence) { return {Kind::audioFailed, sentence}; }
+
 ExportError ExportError::cancelled() { return {Kind::cancelled, "Export cancelled."}; }
 
 ExportError ExportError::gifFailed() { return {Kind::gifFailed, "Could not encode the GIF."}; }

@@ -8,13 +8,24 @@ namespace tavaro {
 
 class ExportError : public Error {
 public:
-    enum class Kind { readerFailed, writerFailed, missingAsset, noVideoTrack, cancelled, gifFailed, alreadyExporting };
+    enum class Kind {
+        readerFailed,
+        writerFailed,
+        missingAsset,
+        noVideoTrack,
+        audioFailed,
+        cancelled,
+        gifFailed,
+        alreadyExporting
+    };
 
     /// `detail` is the reason alone, without a full stop.
     static ExportError readerFailed(std::string const& detail);
     static ExportError writerFailed(std::string const& detail);
     static ExportError missingAsset(std::string const& name);
     static ExportError noVideoTrack();
+    /// Sound that cannot be read; the whole sentence.
+    static ExportError audioFailed(std::string const& sentence);
     static ExportError cancelled();
     static ExportError gifFailed();
     static ExportError alreadyExporting();

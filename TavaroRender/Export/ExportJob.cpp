@@ -51,6 +51,7 @@ ExportJob::ExportJob(DemoProject const& project, ProjectPackage const& package, 
                      ExporterOptions const& options)
     : settings(withEvenSides(wanted))
     , options(options)
+    , package(package)
     , composer(withSettings(project, settings), settings.size, cameraSize(project, package))
     , sources(package)
     , renderer(package, stopping(options.renderer)) {}

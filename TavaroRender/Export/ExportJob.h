@@ -5,6 +5,7 @@
 #include <functional>
 
 #include <TavaroCore/Export/ExportSettings.h>
+#include <TavaroCore/Package/ProjectPackage.h>
 #include <TavaroRender/Composition/FrameComposer.h>
 #include <TavaroRender/Export/Exporter.h>
 #include <TavaroRender/Export/FrameSources.h>
@@ -19,6 +20,7 @@ struct ExportJob {
 
     ExportSettings settings; // the size is even
     ExporterOptions const options;
+    ProjectPackage const package;
     FrameComposer const composer;
     FrameSources sources;
     Renderer renderer;

@@ -50,7 +50,7 @@ template<class Work> std::filesystem::path inTurn(Work const& work) {
 }
 
 std::string_view displayName(ExportStage stage) {
-    static constexpr std::array<std::string_view, 3> names{"Preparing", "Rendering", "Finishing"};
+    static constexpr std::array<std::string_view, 4> names{"Preparing", "Enhancing sound", "Rendering", "Finishing"};
     return names[static_cast<std::size_t>(stage)];
 }
 

@@ -16,20 +16,22 @@ class ProjectPackage;
 struct DemoProject;
 struct ExportSettings;
 
-enum class ExportStage { preparing, rendering, finishing };
-/// "Preparing", "Rendering", "Finishing".
+enum class ExportStage { preparing, enhancing, rendering, finishing };
+/// "Preparing", "Enhancing sound", "Rendering", "Finishing".
 std::string_view displayName(ExportStage stage);
 
 struct ExportProgress {
     std::int64_t framesWritten = 0;
     std::int64_t totalFrames = 0;
     ExportStage stage = ExportStage::preparing;
+    double enhanced = 0; // share of the sound that is enhanced, 0…1
 };
 
 struct ExporterOptions {
     RendererOptions renderer;
     int encoderThreads = 0; // 0: one a core; another number, other bytes
     EncoderChoice encoder = EncoderChoice::automatic;
+    std::filesystem::path soundCache; // for enhanced sound; empty: the user's cache folder
 };
 
 /// Makes the movie, or single pictures, of a project. Made for one export. All failures are `ExportError`, but for

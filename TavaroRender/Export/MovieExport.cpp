@@ -1,20 +1,25 @@
 #include <TavaroRender/Export/MovieExport.h>
 
 #include <array>
+#include <cmath>
+#include <optional>
 
 #include <TavaroCore/Export/ExportFile.h>
 #include <TavaroMedia/Errors/MediaError.h>
 #include <TavaroMedia/Movie/MovieWriter.h>
+#include <TavaroRender/Audio/AudioEnhancer.h>
+#include <TavaroRender/Export/AudioPass.h>
 #include <TavaroRender/Export/ExportChecks.h>
 #include <TavaroRender/Export/ExportError.h>
 #include <TavaroRender/Export/ExportJob.h>
+#include <TavaroRender/Export/SoundMovie.h>
 #include <TavaroRender/Export/VideoPass.h>
 
 namespace tavaro {
 
 namespace {
 
-MovieWriterSettings writerSettings(ExportSettings const& settings, ExporterOptions const& options) {
+MovieWriterSettings writerSettings(ExportSettings const& settings, ExporterOptions const& options, MovieSound sound) {
     static constexpr std::array codecs{MovieCodec::h264, MovieCodec::hevc, MovieCodec::proRes422};
     return {
         .container = settings.container == ExportContainer::mov ? MovieContainer::mov : MovieContainer::mp4,
@@ -26,20 +31,45 @@ MovieWriterSettings writerSettings(ExportSettings const& settings, ExporterOptio
         .keyFrameInterval = static_cast<int>(2 * settings.fps),
         .threads = options.encoderThreads,
         .encoder = options.encoder,
+        .sound = sound,
     };
 }
 
-MovieWriter makeWriter(ExportJob const& job, std::filesystem::path const& file) {
+/// A master copy loses nothing of its sound either.
+MovieSound soundFor(ExportSettings const& settings) {
+    return settings.codec == VideoCodecChoice::proRes422 ? MovieSound::pcm : MovieSound::aac;
+}
+
+MovieWriter makeWriter(ExportJob const& job, std::filesystem::path const& file, MovieSound sound) {
     try {
-        return MovieWriter(file, writerSettings(job.settings, job.options));
+        return MovieWriter(file, writerSettings(job.settings, job.options, sound));
     } catch (MediaError const& error) {
         bool const isRefused = error.kind() == MediaError::Kind::refused;
         throw ExportError::writerFailed(isRefused ? "video input rejected" : error.detail());
     }
 }
 
-void finish(ExportJob const& job, MovieWriter& writer) {
+std::optional<MixRenderer> makeMix(ExportJob const& job, Exporter::Progress const& progress) {
+    if (!job.settings.includesAudio) return std::nullopt;
+    constexpr std::uintmax_t largestCache = std::uintmax_t{4} << 30;
+    auto const& chosen = job.options.soundCache;
+    AudioEnhancer const enhancer(chosen.empty() ? AudioEnhancer::defaultFolder() : chosen);
+    auto const total = job.totalFrames();
+    auto mix = prepareMix(job.composer.project(), job.package, enhancer, [&](double done) {
+        if (progress) progress({0, total, ExportStage::enhancing, done});
+        return !job.isCancelled;
+    });
+    enhancer.prune(largestCache);
+    return mix;
+}
+
+std::int64_t totalSamples(ExportJob const& job) {
+    return std::llround(static_cast<double>(job.totalFrames()) * audioRate / static_cast<double>(job.settings.fps));
+}
+
+void finish(ExportJob const& job, MovieWriter& writer, SoundMovie* sound) {
     try {
+        if (sound) sound->finishSound();
         writer.finish(static_cast<double>(job.totalFrames()) / static_cast<double>(job.settings.fps));
     } catch (MediaError const& error) {
         throw ExportError::writerFailed(error.detail());
@@ -59,19 +89,22 @@ std::filesystem::path writeMovie(ExportJob& job, std::filesystem::path const& wa
     report(ExportStage::preparing, 0);
     job.openMedia();
     job.prepareDrawing();
+    auto mix = makeMix(job, progress);
     makeFolder(wanted.parent_path());
     auto const file = unusedFile(wanted);
-    auto writer = makeWriter(job, file);
+    auto writer = makeWriter(job, file, mix ? soundFor(job.settings) : MovieSound::none);
+    std::optional<SoundMovie> sound;
+    if (mix) sound.emplace(writer, *mix, totalSamples(job));
     runVideoPass({.composer = job.composer,
                   .sources = job.sources,
                   .renderer = job.renderer,
-                  .sink = writer,
+                  .sink = sound ? static_cast<PictureSink&>(*sound) : writer,
                   .rate = static_cast<double>(job.settings.fps),
                   .totalFrames = total,
                   .isCancelled = job.isCancelled},
                  progress);
     report(ExportStage::finishing, total);
-    finish(job, writer);
+    finish(job, writer, sound ? &*sound : nullptr);
     return file;
 }
 

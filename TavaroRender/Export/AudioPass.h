@@ -1,0 +1,36 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <vector>
+
+#include <TavaroMedia/Audio/StereoSample.h>
+#include <TavaroRender/Audio/MixRenderer.h>
+#include <TavaroRender/Export/BoundedQueue.h>
+
+namespace tavaro {
+
+class AudioEnhancer;
+class ProjectPackage;
+struct DemoProject;
+
+/// The project's mix, ready to be rendered: every asset in it has been opened once, and those that are to be enhanced
+/// are. None where there is nothing to hear. `goOn` is told how much is done, 0…1; false cancels. Throws `ExportError`.
+std::optional<MixRenderer> prepareMix(DemoProject const& project, ProjectPackage const& package,
+                                      AudioEnhancer const& enhancer, std::function<bool(double)> const& goOn);
+
+using AudioBlock = std::vector<StereoSample>;
+
+/// What an audio pass works with; everything stays the caller's.
+struct AudioPass {
+    MixRenderer& mix;
+    std::int64_t totalSamples = 0;
+    BoundedQueue<AudioBlock>& blocks; // taken out by whoever writes the movie
+};
+
+/// Renders the mix from its start to its end into the queue, as fast as blocks are taken out of it, and closes it. Ends
+/// early when the queue is closed from the other side. Throws `ExportError`.
+void runAudioPass(AudioPass const& pass);
+
+}

@@ -1,0 +1,52 @@
+#include <TavaroRender/Export/SoundMovie.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include <TavaroMedia/Movie/MovieWriter.h>
+
+namespace tavaro {
+
+namespace {
+
+constexpr std::size_t blocksAhead = 12; // of 85 ms
+
+}
+
+SoundMovie::SoundMovie(MovieWriter& writer, MixRenderer& mix, std::int64_t totalSamples)
+    : writer_(writer)
+    , totalSamples_(totalSamples)
+    , blocks_(blocksAhead)
+    , queue_("com.tavaro.export.audio") {
+    queue_.async([this, &mix] {
+        try {
+            runAudioPass({.mix = mix, .totalSamples = totalSamples_, .blocks = blocks_});
+        } catch (...) {
+            failure_ = std::current_exception();
+            blocks_.abandon();
+        }
+    });
+}
+
+SoundMovie::~SoundMovie() { blocks_.abandon(); }
+
+EncoderPicture SoundMovie::picture() { return writer_.picture(); }
+
+void SoundMovie::append(EncoderPicture picture, double presentationTime) {
+    appendSound(std::llround(presentationTime * audioRate));
+    writer_.append(std::move(picture), presentationTime);
+}
+
+void SoundMovie::finishSound() { appendSound(totalSamples_); }
+
+void SoundMovie::appendSound(std::int64_t until) {
+    until = std::min(until, totalSamples_);
+    while (writer_.samplesAppended() < until) {
+        auto const block = blocks_.pop();
+        if (!block && failure_) std::rethrow_exception(failure_);
+        if (!block) return;
+        writer_.appendAudio(*block);
+    }
+}
+
+}
