@@ -204,6 +204,7 @@ fs::path write(Options const& options, Exporter& exporter, fs::path const& targe
     auto const written = exporter.exportFile(target, [&](ExportProgress const& progress) {
         line.stage(displayName(progress.stage));
         if (progress.stage == ExportStage::rendering) line.frames(progress.framesWritten, progress.totalFrames);
+        if (progress.stage == ExportStage::enhancing) line.text(fmt::format("{:.0f} %", 100 * progress.enhanced));
         if (interruption.isRequested()) exporter.cancel();
     });
     double const seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begun).count();

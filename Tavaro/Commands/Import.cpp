@@ -43,10 +43,12 @@ void import(Options const& options) {
     auto const package = packagePath(options.output);
     expectPlaceFor(package);
     auto const metadata = options.events.empty() ? RecordingMetadata{} : readEvents(options.events);
-    auto const project = createProject(ProjectPackage(package), {.movie = options.movie,
-                                                                 .importMode = ImportMode::copy,
-                                                                 .metadata = metadata,
-                                                                 .mode = modeNamed(options.mode)});
+    auto const project = createProject(
+        ProjectPackage(package), {.movie = options.movie,
+                                  .importMode = ImportMode::copy,
+                                  .metadata = metadata,
+                                  .mode = modeNamed(options.mode),
+                                  .remark = [](std::string const& remark) { fmt::print(stderr, "{}\n", remark); }});
     if (options.asJSON) {
         MadeProject const made{.path = package.string(),
                                .duration = project.duration(),

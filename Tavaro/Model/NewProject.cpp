@@ -3,6 +3,8 @@
 #include <TavaroCore/Errors/SystemReason.h>
 #include <TavaroCore/Files/AtomicFile.h>
 #include <TavaroCore/Package/ProjectPackage.h>
+#include <TavaroMedia/Audio/AudioReader.h>
+#include <TavaroMedia/Errors/MediaError.h>
 #include <TavaroMedia/Movie/MovieReader.h>
 
 #include <fmt/format.h>
@@ -48,6 +50,19 @@ void settle(RecordingMetadata& metadata, Size2 size) {
                      [](KeystrokeEvent const& a, KeystrokeEvent const& b) { return a.t < b.t; });
 }
 
+/// The movie's own sound, as long as its pictures; none where it has none that can be heard.
+std::vector<AudioTrack> soundOf(NewProject const& made, std::string const& asset, double duration) {
+    try {
+        AudioReader const sound(made.movie);
+    } catch (MediaError const& error) {
+        auto const kind = error.kind();
+        bool const isNothing = kind == MediaError::Kind::noAudioTrack || kind == MediaError::Kind::emptyAudioTrack;
+        if (!isNothing && made.remark) made.remark(std::string(error.what()) + ". The project is made without it.");
+        return {};
+    }
+    return {{.role = AudioRole::system, .clips = {{.asset = asset, .duration = duration}}}};
+}
+
 }
 
 Size2 canvasFor(Size2 source) {
@@ -71,6 +86,7 @@ DemoProject createProject(ProjectPackage const& package, NewProject const& made)
     project.exportSettings.size = project.canvas;
     project.timeline.clips.push_back({.asset = asset, .duration = info.duration});
     project.assetDurations[asset] = info.duration;
+    if (info.hasAudio) project.audioTracks = soundOf(made, asset, info.duration);
     project.metadata = made.metadata;
     settle(project.metadata.edit(), project.sourceSize);
     package.save(project);
