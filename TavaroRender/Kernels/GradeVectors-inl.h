@@ -17,6 +17,7 @@
 #include <TavaroRender/Kernels/GradeFormula.h>
 
 #include <array>
+#include <cstdint>
 
 HWY_BEFORE_NAMESPACE();
 namespace tavaro::HWY_NAMESPACE {
@@ -50,20 +51,26 @@ HWY_INLINE Vec lit(LightCurve const& curve, Vec encoded) {
 using Channels = hn::CappedTag<float, 4>; // of one colour, or as many as the vector unit takes
 using ChannelVec = hn::Vec<Channels>;
 
-/// The place of one colour in a table.
-struct TableCell {
-    std::size_t entry; // the cell's lowest corner
-    float red, green, blue;
+/// The places of colours in a table: where the lowest corner of each one's cell begins, and the way past it.
+struct TableCells {
+    alignas(64) std::int32_t corner[16];
+    alignas(64) float red[16];
+    alignas(64) float green[16];
+    alignas(64) float blue[16];
 
-    TableCell(CubeLUT const& lut, float r, float g, float b) {
-        auto const n = static_cast<std::size_t>(lut.size);
-        auto const place = [&](float value, float& between) {
-            auto const position = saturate(value) * static_cast<float>(n - 1);
-            auto const low = std::min(static_cast<std::size_t>(position), n - 2);
-            between = position - static_cast<float>(low);
-            return low;
+    HWY_INLINE TableCells(CubeLUT const& lut, Vec3 const& color) {
+        auto const last = static_cast<float>(lut.size - 1);
+        auto const place = [&](Vec value, float* between) HWY_ATTR {
+            auto const position = mul(clamp01(value), set(last));
+            auto const low = hn::Min(hn::Floor(position), set(last - 1));
+            hn::Store(sub(position, low), Tag(), between);
+            return hn::ConvertTo(TagInt(), low);
         };
-        entry = (place(b, blue) * n + place(g, green)) * n + place(r, red);
+        auto const size = hn::Set(TagInt(), lut.size);
+        auto const plane = place(color.z, blue);
+        auto const row = hn::Add(hn::Mul(plane, size), place(color.y, green));
+        auto const entry = hn::Add(hn::Mul(row, size), place(color.x, red));
+        hn::Store(hn::Mul(entry, hn::Set(TagInt(), 3)), TagInt(), corner);
     }
 };
 
@@ -83,29 +90,28 @@ HWY_INLINE ChannelVec mixedAlongRed(float const* entry, std::size_t c, float bet
 HWY_INLINE Vec3 lookedUp(CubeLUT const& lut, Vec3 const& color) {
     Tag const tag;
     Channels const channels;
-    auto const n = static_cast<std::size_t>(lut.size);
-    alignas(64) float memory[3][16];
-    hn::Store(color.x, tag, memory[0]);
-    hn::Store(color.y, tag, memory[1]);
-    hn::Store(color.z, tag, memory[2]);
+    auto const step = hn::Lanes(channels);
+    auto const row = 3 * static_cast<std::size_t>(lut.size); // numbers from one to the next
+    auto const plane = row * static_cast<std::size_t>(lut.size);
+    TableCells const cells(lut, color);
+    alignas(64) float results[4 * 16];
     for (std::size_t i = 0; i < hn::Lanes(tag); ++i) {
-        TableCell const cell(lut, memory[0][i], memory[1][i], memory[2][i]);
-        for (std::size_t c = 0; c < 3; c += hn::Lanes(channels)) {
-            auto const along = [&](std::size_t offset) HWY_ATTR {
-                return mixedAlongRed(lut.values.data() + 3 * (cell.entry + offset), c, cell.red);
-            };
-            auto const plane = [&](std::size_t offset) HWY_ATTR {
-                auto const near = along(offset);
-                return hn::MulAdd(hn::Sub(along(offset + n), near), hn::Set(channels, cell.green), near);
-            };
-            auto const near = plane(0);
-            auto const result = hn::MulAdd(hn::Sub(plane(n * n), near), hn::Set(channels, cell.blue), near);
-            alignas(16) float values[4];
-            hn::Store(result, channels, values);
-            for (std::size_t j = 0; j < hn::Lanes(channels) && c + j < 3; ++j) memory[c + j][i] = values[j];
+        auto const* const corner = lut.values.data() + cells.corner[i];
+        auto const green = hn::Set(channels, cells.green[i]);
+        auto const blue = hn::Set(channels, cells.blue[i]);
+        for (std::size_t c = 0; c < 3; c += step) {
+            auto const near = mixedAlongRed(corner, c, cells.red[i]);
+            auto const nearUp = mixedAlongRed(corner + row, c, cells.red[i]);
+            auto const far = mixedAlongRed(corner + plane, c, cells.red[i]);
+            auto const farUp = mixedAlongRed(corner + plane + row, c, cells.red[i]);
+            auto const front = hn::MulAdd(hn::Sub(nearUp, near), green, near);
+            auto const back = hn::MulAdd(hn::Sub(farUp, far), green, far);
+            hn::StoreU(hn::MulAdd(hn::Sub(back, front), blue, front), channels, results + 4 * i + c);
         }
     }
-    return {hn::Load(tag, memory[0]), hn::Load(tag, memory[1]), hn::Load(tag, memory[2])};
+    Vec red, green, blue, unused;
+    hn::LoadInterleaved4(tag, results, red, green, blue, unused);
+    return {red, green, blue};
 }
 
 /// The look of one frame; `local` is the point of the box along each axis, less a half.
