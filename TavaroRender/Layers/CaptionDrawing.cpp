@@ -76,9 +76,8 @@ void paintOutlined(Drawing& drawing, TextBlock const& text, CanvasPoint at, Laye
         cairo_set_line_join(on, CAIRO_LINE_JOIN_ROUND);
         cairo_stroke(on);
     };
-    drawing.shadow({.spread = 0.22 * text.size(), .fall = 0.08 * text.size(), .color = {0, 0, 0, 0.45}}, outline);
-    setColor(drawing.cr(), rim);
-    outline(drawing.cr());
+    drawing.fillOverShadow({.spread = 0.22 * text.size(), .fall = 0.08 * text.size(), .color = {0, 0, 0, 0.45}}, rim,
+                           outline);
     text.paint(drawing.cr(), at, paint);
 }
 

@@ -24,25 +24,60 @@ Drawing::Drawing(double width, double height, double scale)
     cairo_scale(cr(), scale_, scale_);
 }
 
-void Drawing::shadow(SoftShadow const& shadow, FunctionRef<void(cairo_t*)> shape) {
-    if (shadow.color.a <= 0) return;
-    CairoSurface const mask(cairo_image_surface_create(CAIRO_FORMAT_A8, width_, height_));
-    {
-        CairoContext const on(cairo_create(mask.get()));
-        cairo_scale(on.get(), scale_, scale_);
-        cairo_translate(on.get(), 0, shadow.fall);
-        shape(on.get());
-    }
+CairoSurface Drawing::mask() const {
+    return CairoSurface(cairo_image_surface_create(CAIRO_FORMAT_A8, width_, height_));
+}
+
+CairoSurface Drawing::maskOf(Shape shape) const {
+    auto result = mask();
+    CairoContext const on(cairo_create(result.get()));
+    cairo_scale(on.get(), scale_, scale_);
+    shape(on.get());
+    return result;
+}
+
+void Drawing::blur(cairo_surface_t* mask, SoftShadow const& shadow) const {
+    cairo_surface_flush(mask);
     // Three boxes of radius r have a deviation of about r, which is half the spread.
-    cairo_surface_flush(mask.get());
-    blurAlpha(cairo_image_surface_get_data(mask.get()), width_, height_, cairo_image_surface_get_stride(mask.get()),
+    blurAlpha(cairo_image_surface_get_data(mask), width_, height_, cairo_image_surface_get_stride(mask),
               static_cast<int>(std::lround(shadow.spread * scale_ / 2)));
-    cairo_surface_mark_dirty(mask.get());
-    setColor(cr(), shadow.color);
+    cairo_surface_mark_dirty(mask);
+}
+
+/// Whole pixels of fall: a mask between pixels would be resampled.
+void Drawing::paint(cairo_surface_t* mask, RGBAColor const& color, double fall) {
     cairo_save(cr());
     cairo_identity_matrix(cr());
-    cairo_mask_surface(cr(), mask.get(), 0, 0);
+    setColor(cr(), color);
+    cairo_mask_surface(cr(), mask, 0, std::round(fall * scale_));
     cairo_restore(cr());
+}
+
+void Drawing::shadow(std::initializer_list<SoftShadow> shadows, Shape shape) {
+    auto const sharp = maskOf(shape);
+    cairo_surface_flush(sharp.get());
+    auto const* const from = cairo_image_surface_get_data(sharp.get());
+    auto const size =
+        static_cast<std::size_t>(cairo_image_surface_get_stride(sharp.get())) * static_cast<std::size_t>(height_);
+    for (auto const& shadow : shadows) {
+        if (shadow.color.a <= 0) continue;
+        auto const blurred = mask();
+        cairo_surface_flush(blurred.get());
+        if (auto* to = cairo_image_surface_get_data(blurred.get()); to && from) std::memcpy(to, from, size);
+        cairo_surface_mark_dirty(blurred.get());
+        blur(blurred.get(), shadow);
+        paint(blurred.get(), shadow.color, shadow.fall);
+    }
+}
+
+void Drawing::fillOverShadow(SoftShadow const& shadow, RGBAColor const& color, Shape shape) {
+    auto const sharp = maskOf(shape);
+    this->shadow({shadow}, [&](cairo_t* on) {
+        cairo_identity_matrix(on);
+        cairo_set_source_rgba(on, 0, 0, 0, 1);
+        cairo_mask_surface(on, sharp.get(), 0, 0);
+    });
+    paint(sharp.get(), color, 0);
 }
 
 std::shared_ptr<Image const> Drawing::finish() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <initializer_list>
 #include <memory>
 
 #include <TavaroCore/Records/FunctionRef.h>
@@ -32,13 +33,21 @@ public:
     int height() const { return height_; }
     double scale() const { return scale_; }
 
-    /// Draws the shadow, in units, of what `shape` draws; of that only the alpha counts.
-    void shadow(SoftShadow const& shadow, FunctionRef<void(cairo_t*)> shape);
+    using Shape = FunctionRef<void(cairo_t*)>;
+    /// Draws the shadows, in units, of what `shape` draws; of that only the alpha counts.
+    void shadow(std::initializer_list<SoftShadow> shadows, Shape shape);
+    /// Draws the shape in that colour over its shadow.
+    void fillOverShadow(SoftShadow const& shadow, RGBAColor const& color, Shape shape);
 
     /// The bitmap, RGBA premultiplied. Ends the drawing.
     std::shared_ptr<Image const> finish();
 
 private:
+    CairoSurface mask() const;
+    CairoSurface maskOf(Shape shape) const;
+    void blur(cairo_surface_t* mask, SoftShadow const& shadow) const;
+    void paint(cairo_surface_t* mask, RGBAColor const& color, double fall);
+
     int width_;
     int height_;
     double scale_;

@@ -124,7 +124,7 @@ DrawnLayer drawKeycaps(TextFonts& fonts, LayerSpec const& spec, LayerSpec::Keyca
     auto const shown =
         spec.shownCharacters ? static_cast<std::size_t>(std::max<std::int64_t>(*spec.shownCharacters, 0)) : caps.size();
     places.resize(std::min(places.size(), shown));
-    layer.drawing().shadow(shadow, [&](cairo_t* on) {
+    layer.drawing().shadow({shadow}, [&](cairo_t* on) {
         for (auto const& place : places) fillRounded(on, place, capRadius * size, RGBAColor::black);
     });
     for (std::size_t i = 0; i < places.size(); ++i) drawCap(layer.cr(), caps[i], places[i], spec, size);

@@ -38,7 +38,7 @@ LayerDrawing::LayerDrawing(LayerScale const& scale, double bodyWidth, double bod
                std::min({1.0, scale.width / body_.width, scale.height / body_.height})) {}
 
 void LayerDrawing::drawPanel(Panel const& panel) {
-    drawing_.shadow(panel.shadow, [&](cairo_t* on) { fillRounded(on, body_, panel.radius, RGBAColor::black); });
+    drawing_.shadow({panel.shadow}, [&](cairo_t* on) { fillRounded(on, body_, panel.radius, RGBAColor::black); });
     fillRounded(cr(), body_, panel.radius, panel.color);
     if (panel.hairline <= 0 || panel.color.a <= 0) return;
     auto const edge = brightness(panel.color) < 0.5 ? RGBAColor{1, 1, 1, 0.14} : RGBAColor{0, 0, 0, 0.08};
@@ -67,8 +67,7 @@ void paintBare(Drawing& drawing, TextBlock const& text, CanvasPoint at, RGBAColo
                TextBlock::PaintOf paintOf) {
     auto const behind = brightness(color) < darkText ? RGBAColor::white : RGBAColor::black;
     auto const shape = [&](cairo_t* on) { text.paint(on, at, paintOf); };
-    drawing.shadow(wideShadow(text.size(), behind), shape);
-    drawing.shadow(tightShadow(text.size(), behind), shape);
+    drawing.shadow({wideShadow(text.size(), behind), tightShadow(text.size(), behind)}, shape);
     text.paint(drawing.cr(), at, paintOf);
 }
 

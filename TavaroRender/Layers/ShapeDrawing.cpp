@@ -111,7 +111,7 @@ void paintBox(LayerDrawing& layer, LayerSpec const& spec) {
     auto const& body = layer.body();
     double const line = std::min(boxLine(scale), std::min(body.width, body.height) / 2);
     double const radius = boxRadius(scale);
-    layer.drawing().shadow(boxShadow(scale),
+    layer.drawing().shadow({boxShadow(scale)},
                            [&](cairo_t* on) { strokeRounded(on, body, radius, line, RGBAColor::black); });
     if (spec.background) fillRounded(layer.cr(), body, radius, *spec.background);
     strokeRounded(layer.cr(), body, radius, line, spec.color);
@@ -159,7 +159,7 @@ DrawnLayer drawArrow(LayerSpec const& spec, LayerSpec::Arrow const& arrow) {
     if (right <= left || bottom <= top) return {};
     Drawing drawing(static_cast<int>(std::ceil(right - left)), static_cast<int>(std::ceil(bottom - top)));
     CanvasPoint const offset{-left, -top};
-    drawing.shadow(shadow, [&](cairo_t* on) { paintArrow(on, shape, end, offset, 0); });
+    drawing.shadow({shadow}, [&](cairo_t* on) { paintArrow(on, shape, end, offset, 0); });
     if (brightness(spec.color) > 0.5) {
         setColor(drawing.cr(), {0, 0, 0, 0.28});
         paintArrow(drawing.cr(), shape, end, offset, 1.2 * scale.unit);
