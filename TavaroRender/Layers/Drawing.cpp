@@ -6,8 +6,8 @@
 #include <numbers>
 #include <string>
 
-#include <TavaroCore/Errors/Error.h>
 #include <TavaroRender/Layers/AlphaBlur.h>
+#include <TavaroRender/Layers/LayerError.h>
 
 namespace tavaro {
 
@@ -18,8 +18,9 @@ Drawing::Drawing(double width, double height, double scale)
     , surface_(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, width_, height_))
     , context_(cairo_create(surface_.get())) {
     if (cairo_surface_status(surface_.get()) != CAIRO_STATUS_SUCCESS) {
-        throw Error("A text layer of " + std::to_string(width_) + " × " + std::to_string(height_) +
-                    " pixels could not be drawn because there is not enough memory.");
+        throw LayerError(LayerError::Kind::noMemory,
+                         "A text layer of " + std::to_string(width_) + " × " + std::to_string(height_) +
+                             " pixels could not be drawn because there is not enough memory.");
     }
     cairo_scale(cr(), scale_, scale_);
 }

@@ -24,8 +24,8 @@ struct SoftShadow {
 /// A transparent bitmap to draw on.
 class Drawing {
 public:
-    /// What is drawn in `width` × `height` units is `scale` pixels a unit. Throws `Error` when there is no memory for
-    /// it.
+    /// What is drawn in `width` × `height` units is `scale` pixels a unit. Throws `LayerError` when there is no memory
+    /// for it.
     Drawing(double width, double height, double scale = 1);
 
     cairo_t* cr() const { return context_.get(); }

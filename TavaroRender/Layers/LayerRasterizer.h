@@ -31,7 +31,7 @@ public:
 
     /// The layers of the frame in the order they are drawn: boxes and arrows, keys, callouts, commands and code,
     /// titles, the caption, the watermark; of a card's frame only the card's text. Blur, highlight and mask overlays
-    /// are not layers.
+    /// are not layers. Throws `LayerError` when there is no font or no memory to draw with.
     std::vector<RasterLayer> layers(FrameState const& state, DemoProject const& project);
 
     /// One layer's bitmap, from the cache if it is there.

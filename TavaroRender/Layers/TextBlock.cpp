@@ -35,6 +35,7 @@ std::string firstParagraphs(std::string const& text, int count) {
 
 /// Fonts of coloured pictures, as emoji are, have no outlines.
 bool isColoured(PangoFont* font) {
+    if (!font) return false;
     auto* face = hb_font_get_face(pango_font_get_hb_font(font));
     return hb_ot_color_has_png(face) || hb_ot_color_has_layers(face) || hb_ot_color_has_svg(face);
 }
@@ -54,6 +55,7 @@ std::vector<cairo_glyph_t> glyphsOf(PangoGlyphItem const& run, double x, double 
 }
 
 bool setFont(cairo_t* cr, PangoFont* font) {
+    if (!font) return false;
     auto* scaled = pango_cairo_font_get_scaled_font(PANGO_CAIRO_FONT(font));
     if (!scaled || cairo_scaled_font_status(scaled) != CAIRO_STATUS_SUCCESS) return false;
     // Not the scaled font itself: the drawing may have a scale of its own.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include <TavaroRender/Layers/LayerError.h>
 #include <TavaroRender/Layers/ReadableText.h>
 
 namespace tavaro {
@@ -49,6 +50,12 @@ TextFonts::TextFonts() : map_(pango_cairo_font_map_new()), context_(pango_font_m
     cairo_font_options_set_hint_metrics(options.get(), CAIRO_HINT_METRICS_OFF);
     pango_cairo_context_set_font_options(context_.get(), options.get());
     pango_context_set_round_glyph_positions(context_.get(), FALSE);
+    PangoDescription const any(pango_font_description_from_string("sans-serif"));
+    if (PangoFontHandle const font(pango_font_map_load_font(map_.get(), context_.get(), any.get())); !font) {
+        throw LayerError(LayerError::Kind::noFonts,
+                         "The texts of the film could not be drawn because this computer has no fonts; install one, "
+                         "for example Inter.");
+    }
 }
 
 PangoLayoutHandle TextFonts::layout(std::string_view text, TextStyle const& style,

@@ -25,6 +25,7 @@ struct TextStyle {
 /// has the fonts. The first use reads the machine's list of fonts (tens of milliseconds). One thread at a time.
 class TextFonts {
 public:
+    /// Throws `LayerError` when the machine has no fonts at all; a family that it lacks is replaced.
     TextFonts();
 
     /// An empty layout in that style. `cuts` are bytes of the text at which its runs must be divided.

@@ -1,10 +1,14 @@
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <limits>
 
 #include <gmock/gmock.h>
 
 #include "LayerFrame.h"
+#include <TavaroRender/Layers/LayerError.h>
 #include <TavaroRender/Layers/LayerRasterizer.h>
 #include <TavaroRender/Layers/LayerSpec.h>
 
@@ -195,6 +199,27 @@ TEST(LayerText, absurdSpecsAreDrawnWithinAFewCanvases) {
         auto const layer = rasterizer.drawn(specOf(LayerSpec::Arrow{{100, 100}, end}));
         EXPECT_FALSE(layer.texture) << end.x;
     }
+}
+
+/// Draws with the fonts of `folder` alone; the process's list of fonts is read once, so in a process of its own.
+static void drawWithFontsOf(std::filesystem::path const& folder) {
+    auto const config = std::filesystem::path(testing::TempDir()) / "layer-fonts.conf";
+    std::ofstream(config) << "<fontconfig><dir>" << folder.string() << "</dir></fontconfig>";
+    setenv("FONTCONFIG_FILE", config.c_str(), 1);
+    LayerRasterizer rasterizer;
+    try {
+        auto const layer = rasterizer.drawn(captionOf("Text 日本語", CaptionStyle::creator));
+        std::exit(inkOf(*layer.texture).isEmpty() ? 1 : 0);
+    } catch (LayerError const& error) {
+        std::fputs(error.what(), stderr);
+        std::exit(error.kind() == LayerError::Kind::noFonts ? 2 : 3);
+    }
+}
+
+TEST(LayerTextDeathTest, otherFontsStandInAndAComputerWithoutAnySaysSo) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(drawWithFontsOf("/usr/share/fonts/truetype/dejavu"), testing::ExitedWithCode(0), "");
+    EXPECT_EXIT(drawWithFontsOf("/nowhere"), testing::ExitedWithCode(2), "because this computer has no fonts");
 }
 
 TEST(LayerText, linesOfAWrappedTextAreOfAboutOneLength) {
