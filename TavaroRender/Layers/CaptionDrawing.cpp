@@ -10,7 +10,6 @@ namespace tavaro {
 namespace {
 
 constexpr std::size_t longestText = 1200;
-constexpr int stepsPerWord = 8;
 constexpr char const* promptSign = "❯";
 
 TextFace faceOf(CaptionFont font) {
@@ -52,8 +51,8 @@ public:
         if (caption_.style == CaptionStyle::karaoke) {
             paint.over = spec_.highlightColor;
             paint.overShare = byte < caption_.spokenBegin ? 1.0
-                              : isSpoken                  ? static_cast<double>(caption_.spokenSteps) / stepsPerWord
-                                                          : 0.0;
+                              : isSpoken ? static_cast<double>(caption_.spokenSteps) / LayerSpec::Caption::stepsPerWord
+                                         : 0.0;
         } else if (caption_.style != CaptionStyle::minimal && isSpoken) {
             paint.color = spec_.highlightColor;
         }

@@ -18,7 +18,6 @@ constexpr double watermarkSize = 19; // pixels at a canvas whose smaller side is
 constexpr double watermarkInset = 28;
 constexpr double edgeInset = 0.02; // of the canvas's smaller side; bodies keep that far from its edges
 constexpr double leastOpacity = 1.0 / 512;
-constexpr int arrowSteps = 16;
 // A box fades as what it marks leaves the recording's pane: shares of its area that are inside.
 constexpr double boxGone = 0.25;
 constexpr double boxWhole = 0.7;
@@ -130,7 +129,7 @@ private:
         double const width = static_cast<double>(state_.canvas.width);
         double const height = static_cast<double>(state_.canvas.height);
         LayerSpec::Arrow kind{{arrow.from.x * width, arrow.from.y * height}, {arrow.to.x * width, arrow.to.y * height}};
-        kind.drawnSteps = static_cast<int>(std::ceil(std::clamp(pose.shown, 0.0, 1.0) * arrowSteps));
+        kind.drawnSteps = static_cast<int>(std::ceil(std::clamp(pose.shown, 0.0, 1.0) * LayerSpec::Arrow::steps));
         PlacedLayer layer{.spec = specOf(state_, overlay.fontSize, overlay.color, std::nullopt),
                           .place = LayerPlace::arrow,
                           .at = kind.from};

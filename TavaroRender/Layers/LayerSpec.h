@@ -53,7 +53,8 @@ struct Caption {
     std::size_t shownBytes = std::string::npos; // the beginning of the text that is revealed
     std::size_t spokenBegin = 0; // the word being spoken, bytes of the text; what is before it was spoken
     std::size_t spokenEnd = 0;
-    int spokenSteps = 0; // eighths of that word that have been spoken
+    int spokenSteps = 0; // of that word, out of `stepsPerWord`
+    static constexpr int stepsPerWord = 8;
     bool operator==(Caption const&) const = default;
 };
 
@@ -61,7 +62,8 @@ struct Caption {
 struct Arrow {
     CanvasPoint from;
     CanvasPoint to;
-    int drawnSteps = 16; // sixteenths of its length that are drawn
+    static constexpr int steps = 16;
+    int drawnSteps = steps; // how much of its length is drawn
     bool operator==(Arrow const&) const = default;
 };
 

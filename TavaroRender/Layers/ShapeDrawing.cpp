@@ -11,7 +11,6 @@ namespace tavaro {
 
 namespace {
 
-constexpr int arrowSteps = 16;
 constexpr int curvePoints = 40;
 constexpr double farAway = 16384; // pixels; ends further out than that are moved in
 
@@ -145,7 +144,7 @@ DrawnLayer boxPiece(LayerSpec const& spec, LayerSpec::Box::Piece piece) {
 
 DrawnLayer drawArrow(LayerSpec const& spec, LayerSpec::Arrow const& arrow) {
     LayerScale const scale(spec);
-    double const end = std::clamp(arrow.drawnSteps, 0, arrowSteps) / static_cast<double>(arrowSteps);
+    double const end = std::clamp(arrow.drawnSteps, 0, arrow.steps) / static_cast<double>(arrow.steps);
     double const length = (arrow.to - arrow.from).length();
     if (!(length >= 4 * scale.unit) || end <= 0 || !isNear(arrow.from) || !isNear(arrow.to)) return {};
     auto const shape = shapeOf(spec, arrow);

@@ -11,7 +11,6 @@ namespace {
 
 constexpr std::size_t longestText = 600; // characters; a caption of two lines has a tenth of that
 constexpr double spokenLinger = 0.35;    // seconds that a word stays lit when no other follows
-constexpr int stepsPerWord = 8;
 
 /// Where a word of the cue lies in the text as it is drawn.
 struct DrawnWord {
@@ -49,6 +48,7 @@ DrawnText drawnText(CaptionCue const& cue, std::vector<SpokenPart> const& parts)
 
 /// Eighths of the part that have been spoken.
 int stepsSpoken(SpokenPart const& part, double at) {
+    constexpr int stepsPerWord = LayerSpec::Caption::stepsPerWord;
     if (!(part.end > part.start) || at >= part.end) return stepsPerWord;
     double const share = (at - part.start) / (part.end - part.start);
     return static_cast<int>(std::ceil(std::clamp(share, 0.0, 1.0) * stepsPerWord));

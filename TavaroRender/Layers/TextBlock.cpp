@@ -12,7 +12,7 @@ namespace tavaro {
 
 namespace {
 
-constexpr double shrinkStep = 0.93;
+constexpr double leastShrinkage = 0.95;
 // Ink of Latin letters past capitals and baseline, em: less than this needs no more room.
 constexpr double usualAccent = 0.22;
 constexpr double usualDescender = 0.26;
@@ -105,9 +105,13 @@ void TextBlock::fit(TextFonts& fonts, TextRoom const& room) {
         layout_ = fonts.layout(text_, style_, cuts_);
         if (room.wrap == LineWrap::balanced) pango_layout_set_width(layout_.get(), units(room.width));
     };
-    for (lay(); !fits(room) && style_.size > smallest; lay())
-        style_.size = std::max(style_.size * shrinkStep, smallest);
-    if (fits(room)) {
+    lay();
+    double factor = shrinkage(room);
+    for (; factor < 1 && style_.size > smallest; factor = shrinkage(room)) {
+        style_.size = std::max(style_.size * factor, smallest);
+        lay();
+    }
+    if (factor == 1) {
         balance(room);
         return;
     }
@@ -124,12 +128,18 @@ void TextBlock::fit(TextFonts& fonts, TextRoom const& room) {
     pango_layout_set_ellipsize(layout_.get(), PANGO_ELLIPSIZE_END);
 }
 
-bool TextBlock::fits(TextRoom const& room) const {
+double TextBlock::shrinkage(TextRoom const& room) const {
     PangoRectangle logical;
     pango_layout_get_extents(layout_.get(), nullptr, &logical);
-    int const lines = pango_layout_get_line_count(layout_.get());
-    return pixels(logical.width) <= room.width && lines <= room.lines &&
-           lines * style_.size * style_.lineHeight <= std::max(room.height, style_.size * style_.lineHeight);
+    double const width = pixels(logical.width);
+    double const pitch = style_.size * style_.lineHeight;
+    double const lines = pango_layout_get_line_count(layout_.get());
+    double const most = std::min<double>(room.lines, std::max(std::floor(room.height / pitch), 1.0));
+    double factor = 1;
+    if (width > room.width) factor = room.width / width;
+    // Smaller letters need fewer lines that are lower as well; the root never makes them smaller than they must be.
+    if (lines > most) factor = std::min(factor, std::sqrt(most / lines));
+    return factor < 1 ? std::clamp(factor, 0.5, leastShrinkage) : 1;
 }
 
 /// Finds the narrowest width that takes no more lines, so that the lines become of about one length.
@@ -185,11 +195,6 @@ void TextBlock::place(TextRoom const& room) {
     double const y = std::min(0.0, top + usualAccent * em);
     area_ = {x, y, std::max(width, right - usualOverhang * em) - x,
              std::max(lines_.back().baseline, bottom - usualDescender * em) - y};
-}
-
-double TextBlock::lineRight(int line) const {
-    auto const& it = lines_[static_cast<std::size_t>(line)];
-    return it.x + it.width;
 }
 
 void TextBlock::eachRun(CanvasPoint at, FunctionRef<void(PangoGlyphItem*, double, double)> visit) const {

@@ -47,10 +47,7 @@ public:
     double size() const { return style_.size; } // of the letters after fitting, canvas pixels
     double capHeight() const { return capHeight_; }
     int lineCount() const { return static_cast<int>(lines_.size()); }
-    /// The baseline of a line, and how far its left and right ends are from the origin.
     double baseline(int line) const { return lines_[static_cast<std::size_t>(line)].baseline; }
-    double lineLeft(int line) const { return lines_[static_cast<std::size_t>(line)].x; }
-    double lineRight(int line) const;
 
     /// The box from the capitals' top to the last baseline; grown where ink reaches further past it than Latin letters
     /// do, as that of tall scripts does.
@@ -74,7 +71,8 @@ private:
     };
 
     void fit(TextFonts& fonts, TextRoom const& room);
-    bool fits(TextRoom const& room) const;
+    /// How much smaller the text should be set, 1 when it has the room that it needs.
+    double shrinkage(TextRoom const& room) const;
     void balance(TextRoom const& room);
     void place(TextRoom const& room);
     /// How many pixels at the beginning of a run are covered when `share` of its stretch is.
