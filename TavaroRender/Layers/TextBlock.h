@@ -47,7 +47,10 @@ public:
     double size() const { return style_.size; } // of the letters after fitting, canvas pixels
     double capHeight() const { return capHeight_; }
     int lineCount() const { return static_cast<int>(lines_.size()); }
+    /// The baseline of a line, and how far its left and right ends are from the origin.
     double baseline(int line) const { return lines_[static_cast<std::size_t>(line)].baseline; }
+    double lineLeft(int line) const { return lines_[static_cast<std::size_t>(line)].x; }
+    double lineRight(int line) const { return lineLeft(line) + lines_[static_cast<std::size_t>(line)].width; }
 
     /// The box from the capitals' top to the last baseline; grown where ink reaches further past it than Latin letters
     /// do, as that of tall scripts does.
