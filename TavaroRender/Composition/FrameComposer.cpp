@@ -118,6 +118,7 @@ void FrameComposer::Derived::placeScene(FrameState& state, double at) const {
     state.source = shown(at);
     state.scene = stage.scene(at);
     if (!state.source) return;
+    // A positive offset: the camera was already running when the screen's recording began.
     double const cameraTime = state.source->time + project.cameraOffset;
     auto const scene = stage.at(at, cameraTime, state.camera);
     state.sourceSize = source;

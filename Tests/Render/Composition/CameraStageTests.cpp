@@ -310,6 +310,20 @@ TEST(CameraStage, aSilentSpeakerGoesAndIsBackBeforeTheNextWord) {
     EXPECT_EQ(stateOf(project, 6).cameraOpacity, 1) << "a pane stays";
 }
 
+TEST(CameraStage, withoutATranscriptTheMicrophoneTellsWhoSpeaksButNotAKnock) {
+    auto project = take();
+    project.camera.hidesWhenSilent = true;
+    auto& levels = project.metadata.edit().micLevels;
+    levels.assign(200, 0.001f); // ten a second
+    std::fill(levels.begin() + 20, levels.begin() + 50, 0.1f);
+    levels[120] = 0.9f;
+    FrameComposer const composer(project, hd);
+    EXPECT_EQ(composer.state(3).cameraOpacity, 1);
+    EXPECT_EQ(composer.state(5.5).cameraOpacity, 1) << "a breath is no silence";
+    EXPECT_FALSE(composer.state(9).cameraSource);
+    EXPECT_FALSE(composer.state(12.1).cameraSource);
+}
+
 TEST(CameraStage, theShownPartFollowsTheFaceInsideTheUsersCrop) {
     auto project = take();
     project.camera.tracksFace = true;

@@ -84,6 +84,26 @@ TEST(FrameUniforms, aMovingCameraSmearsAlongItsWayAndAHeldOneDoesNot) {
     EXPECT_EQ(uniformsAt(project, 3).composite.blurStrength, 0);
 }
 
+TEST(FrameUniforms, aDeviceFrameAndTheShadowGoBitByBitOnTheWayToASplit) {
+    auto project = take();
+    project.cameraAsset = "camera.mp4";
+    project.screen = {.padding = 0.05, .shadowRadius = 40, .shadowOpacity = 0.5, .frame = DeviceFrame::iphone};
+    project.layoutCues = {{.time = 2, .scene = SceneLayout::split}};
+    auto last = uniformsAt(project, 1.9).composite;
+    EXPECT_EQ(last.frameMode, 5);
+    EXPECT_FLOAT_EQ(last.shadowOpacity, 0.5f);
+    for (double t = 2; t < 2.6; t += 1 / 120.0) {
+        auto const now = uniformsAt(project, t).composite;
+        EXPECT_LE(now.frameRadius, last.frameRadius + 1e-3f) << t;
+        EXPECT_LT(last.frameRadius - now.frameRadius, 12) << t;
+        EXPECT_LE(now.shadowOpacity, last.shadowOpacity + 1e-6f) << t;
+        EXPECT_LT(last.shadowOpacity - now.shadowOpacity, 0.05f) << t;
+        last = now;
+    }
+    EXPECT_EQ(last.frameMode, 0);
+    EXPECT_EQ(last.shadowOpacity, 0);
+}
+
 TEST(FrameUniforms, aTitleCardHidesTheRecording) {
     auto project = take();
     project.intro = TitleCard{.text = "Hi", .duration = 2};
