@@ -173,6 +173,7 @@ bool Enhancement::finish(std::filesystem::path const& output, ScratchSound const
         auto const now = measured ? written->meter.integrated() : std::nullopt;
         if (!now || std::abs(wantedLoudness - *now) <= closeEnough || next == gain || attempt == mostAttempts) {
             written->writer.finish();
+            report(1);
             return true;
         }
         yield = std::clamp((*now - loudness) / (next - gain), leastYield, 1.0);

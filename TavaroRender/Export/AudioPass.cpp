@@ -29,7 +29,7 @@ constexpr std::int64_t blockSamples = 4096;
 /// The file of each source, enhanced where its track asks for it.
 std::vector<std::filesystem::path> enhancedAssets(MixPlan const& plan, ProjectPackage const& package,
                                                   AudioEnhancer const& enhancer,
-                                                  std::function<bool(double)> const& goOn) {
+                                                  AudioEnhancer::Progress const& progress) {
     std::vector<std::filesystem::path> files;
     for (auto const& source : plan.sources) {
         try {
@@ -37,8 +37,8 @@ std::vector<std::filesystem::path> enhancedAssets(MixPlan const& plan, ProjectPa
             AudioReader const opened(asset); // whatever is wrong with it shows before the first frame is drawn
             auto const done = static_cast<double>(files.size());
             auto const all = static_cast<double>(plan.sources.size());
-            auto const file =
-                enhancer.enhanced(asset, source.enhancement, [&](double share) { return goOn((done + share) / all); });
+            auto const file = enhancer.enhanced(asset, source.enhancement,
+                                                [&](double share) { return progress((done + share) / all); });
             if (!file) throw ExportError::cancelled();
             files.push_back(*file);
         } catch (MediaError const& error) {
@@ -51,16 +51,20 @@ std::vector<std::filesystem::path> enhancedAssets(MixPlan const& plan, ProjectPa
 }
 
 std::optional<MixRenderer> prepareMix(DemoProject const& project, ProjectPackage const& package,
-                                      AudioEnhancer const& enhancer, std::function<bool(double)> const& goOn) {
+                                      AudioEnhancer const& enhancer, std::atomic<bool> const& isCancelled,
+                                      std::function<void(double)> const& enhancing) {
     auto plan = AudioMixer::build(project);
     if (plan.isSilent()) return std::nullopt;
-    auto files = enhancedAssets(plan, package, enhancer, goOn);
+    auto files = enhancedAssets(plan, package, enhancer, [&](double done) {
+        enhancing(done);
+        return !isCancelled;
+    });
     try {
-        resolveDucking(plan, files, [&] { return goOn(1); });
+        resolveDucking(plan, files, [&] { return !isCancelled; });
     } catch (MediaError const& error) {
         throw ExportError::audioFailed(error.what());
     }
-    if (!goOn(1)) throw ExportError::cancelled();
+    if (isCancelled) throw ExportError::cancelled();
     return MixRenderer(std::move(plan), std::move(files));
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <optional>
@@ -16,9 +17,11 @@ class ProjectPackage;
 struct DemoProject;
 
 /// The project's mix, ready to be rendered: every asset in it has been opened once, and those that are to be enhanced
-/// are. None where there is nothing to hear. `goOn` is told how much is done, 0…1; false cancels. Throws `ExportError`.
+/// are. None where there is nothing to hear. `enhancing` is told how much of the sound is enhanced, 0…1, where any is.
+/// Throws `ExportError`.
 std::optional<MixRenderer> prepareMix(DemoProject const& project, ProjectPackage const& package,
-                                      AudioEnhancer const& enhancer, std::function<bool(double)> const& goOn);
+                                      AudioEnhancer const& enhancer, std::atomic<bool> const& isCancelled,
+                                      std::function<void(double)> const& enhancing);
 
 using AudioBlock = std::vector<StereoSample>;
 

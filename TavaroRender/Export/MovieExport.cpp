@@ -55,9 +55,8 @@ std::optional<MixRenderer> makeMix(ExportJob const& job, Exporter::Progress cons
     auto const& chosen = job.options.soundCache;
     AudioEnhancer const enhancer(chosen.empty() ? AudioEnhancer::defaultFolder() : chosen);
     auto const total = job.totalFrames();
-    auto mix = prepareMix(job.composer.project(), job.package, enhancer, [&](double done) {
+    auto mix = prepareMix(job.composer.project(), job.package, enhancer, job.isCancelled, [&](double done) {
         if (progress) progress({0, total, ExportStage::enhancing, done});
-        return !job.isCancelled;
     });
     enhancer.prune(largestCache);
     return mix;
