@@ -28,6 +28,14 @@ using Clock = std::chrono::steady_clock;
 
 double since(Clock::time_point start) { return std::chrono::duration<double>(Clock::now() - start).count(); }
 
+/// Of all cores together; unlike the time on the clock it does not depend on what else the machine does.
+double coreSeconds() {
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    auto const seconds = [](timeval const& time) { return static_cast<double>(time.tv_sec) + time.tv_usec * 1e-6; };
+    return seconds(usage.ru_utime) + seconds(usage.ru_stime);
+}
+
 /// A folder that goes with this.
 struct Folder {
     fs::path path = fs::temp_directory_path() / ("tavaro-bench-audio-" + std::to_string(getpid()));
@@ -91,15 +99,18 @@ void measure(char const* name, double seconds, float width) {
     AudioEnhancer const enhancer(folder.path / "cache");
     std::atomic<bool> const isCancelled = false;
     auto const start = Clock::now();
+    auto const coresBefore = coreSeconds();
     auto mix = prepareMix(project, package, enhancer, isCancelled, [](double) {});
     auto const enhancing = since(start);
     auto const mixing = mixedSeconds(*mix);
+    auto const cores = coreSeconds() - coresBefore;
     auto const print = [&](char const* figure, double value) {
         std::printf("audio.%s.%s %.1f × real time\n", name, figure, value);
     };
     print("enhance", seconds / enhancing);
     print("mix", seconds / mixing);
     print("both", seconds / (enhancing + mixing));
+    std::printf("audio.%s.cores %.1f core seconds an hour\n", name, cores / seconds * 3600);
     std::fflush(stdout);
 }
 

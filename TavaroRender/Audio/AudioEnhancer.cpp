@@ -7,7 +7,9 @@
 
 #include <fmt/format.h>
 
+#include <TavaroMedia/Errors/MediaError.h>
 #include <TavaroPlatform/Folders/Folders.h>
+#include <TavaroRender/Audio/ClickSound.h>
 #include <TavaroRender/Audio/Enhancement.h>
 
 namespace tavaro {
@@ -71,6 +73,14 @@ std::optional<fs::path> AudioEnhancer::enhanced(fs::path const& file, Enhancemen
     fs::create_directories(folder_, failure);
     if (!Enhancement(file, settings, progress).write(output)) return std::nullopt;
     return output;
+}
+
+void AudioEnhancer::keepClickSound() const {
+    try {
+        ClickSound::ensureFile(folder_);
+    } catch (MediaError const&) {
+        // It is made anew wherever it is needed.
+    }
 }
 
 void AudioEnhancer::prune(std::uintmax_t mostBytes) const {

@@ -35,6 +35,10 @@ public:
     /// Where the result for that file, as it is now, and those settings lies or will lie.
     std::filesystem::path cachedFile(std::filesystem::path const& file, EnhancementSettings const& settings) const;
 
+    /// Lays the sound of a click beside the enhanced files, for players of the project that do not mix it themselves. A
+    /// cache that cannot be written keeps nobody from exporting.
+    void keepClickSound() const;
+
     /// Removes the files unused for longest until all are together at most that large. What was used within the last
     /// day stays.
     void prune(std::uintmax_t mostBytes) const;

@@ -65,6 +65,7 @@ std::optional<MixRenderer> prepareMix(DemoProject const& project, ProjectPackage
         throw ExportError::audioFailed(error.what());
     }
     if (isCancelled) throw ExportError::cancelled();
+    if (!plan.clicks.empty()) enhancer.keepClickSound();
     return MixRenderer(std::move(plan), std::move(files));
 }
 

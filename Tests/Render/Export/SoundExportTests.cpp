@@ -95,6 +95,7 @@ TEST(SoundExport, aMovieHasATrackOfSoundOnlyWhenThereIsSomethingToHear) {
     auto const found = peaks(soundOf(clicking), 0.2);
     ASSERT_FALSE(found.empty());
     EXPECT_NEAR(found[0], 48'000, 240);
+    EXPECT_TRUE(std::filesystem::exists(take.options.soundCache / "click-sound-v1.caf"));
 }
 
 TEST(SoundExport, soundThatCannotBeUsedStopsTheExportBeforeItBegins) {
