@@ -3,6 +3,7 @@
 #include <cstring>
 #include <utility>
 
+#include <TavaroCore/Looks/CubeLUT.h>
 #include <TavaroRender/Compositor/RowExecutor.h>
 #include <TavaroRender/Compositor/ScreenTexture.h>
 #include <TavaroRender/Kernels/BlitUniforms.h>
@@ -62,6 +63,7 @@ void Compositor::cursorOverlay(CursorUniforms const& uniforms, MutableImageView 
 void Compositor::cameraOverlay(CameraUniforms const& uniforms, ImageView camera, ImageView matte, CubeLUT const* lut,
                                MutableImageView canvas) {
     if (canvas.isEmpty()) return;
+    if (lut && lut->size < 2) lut = nullptr; // no table yet
     if (state_->backend == CompositorBackend::cpu) {
         return state_->camera.draw(
             uniforms, camera, matte, lut, canvas,
