@@ -12,19 +12,42 @@ namespace {
 
 Float2 float2(double x, double y) { return {static_cast<float>(x), static_cast<float>(y)}; }
 
-/// A pane that reaches the canvas's edge goes on behind it, so that its soft edge lets nothing through.
-CanvasRect beyondTheEdges(CanvasRect rect, Size2 canvas) {
+/// The box on the canvas, and the part of the camera's picture that fills it.
+struct Framing {
+    CanvasRect box;
+    NormalizedRect crop;
+};
+
+/// The part of a crop that is left when the picture covers the box.
+NormalizedRect covering(NormalizedRect crop, CanvasRect const& box, CameraMeans const& means) {
+    double const camera = means.width * crop.width / std::max(means.height * crop.height, 1.0);
+    double const place = box.width / std::max(box.height, 1.0);
+    double const shareX = std::min(place / std::max(camera, 1e-6), 1.0);
+    double const shareY = std::min(camera / std::max(place, 1e-6), 1.0);
+    return {crop.x + crop.width * (1 - shareX) / 2, crop.y + crop.height * (1 - shareY) / 2, crop.width * shareX,
+            crop.height * shareY};
+}
+
+/// A pane that reaches the canvas's edge goes on behind it, with what the camera shows there, so that its soft edge
+/// lets nothing through and not a pixel of its picture moves.
+Framing beyondTheEdges(Framing framing, Size2 canvas, bool isMirrored, CameraMeans const& means) {
     constexpr double reach = 2;
     constexpr double tolerance = 1e-6;
-    auto const extend = [](double& start, double& length, std::int64_t canvasLength) {
-        double end = start + length;
-        if (end >= static_cast<double>(canvasLength) - tolerance) end += reach;
-        if (start <= tolerance) start -= reach;
-        length = end - start;
+    auto& box = framing.box;
+    auto crop = covering(framing.crop, box, means);
+    auto const extend = [](double& start, double& length, std::int64_t canvasLength, double& cropStart,
+                           double& cropLength, bool isTurned) {
+        double const before = start <= tolerance ? reach : 0;
+        double const after = start + length >= static_cast<double>(canvasLength) - tolerance ? reach : 0;
+        double const share = cropLength / length;
+        cropStart -= (isTurned ? after : before) * share;
+        cropLength += (before + after) * share;
+        start -= before;
+        length += before + after;
     };
-    extend(rect.x, rect.width, canvas.width);
-    extend(rect.y, rect.height, canvas.height);
-    return rect;
+    extend(box.x, box.width, canvas.width, crop.x, crop.width, isMirrored);
+    extend(box.y, box.height, canvas.height, crop.y, crop.height, false);
+    return {box, crop};
 }
 
 /// A person who was cut out does not float: near the bottom of the canvas the box moves down to stand on it. What is
@@ -35,13 +58,13 @@ CanvasRect standing(CanvasRect rect, Size2 canvas, double padding) {
     return rect;
 }
 
-CanvasRect boxOf(FrameState const& state, CameraSettings const& camera, bool isCutOut) {
-    auto const& rect = state.cameraBubbleRect;
+Framing framing(FrameState const& state, CameraSettings const& camera, bool isCutOut, CameraMeans const& means) {
+    Framing const plain{state.cameraBubbleRect, state.cameraCrop};
     if (isCutOut) {
         auto const side = static_cast<double>(std::min(state.canvas.width, state.canvas.height));
-        return standing(rect, state.canvas, std::max(camera.padding, 0.0) * side);
+        return {standing(plain.box, state.canvas, std::max(camera.padding, 0.0) * side), plain.crop};
     }
-    return state.cameraIsFullPane ? beyondTheEdges(rect, state.canvas) : rect;
+    return state.cameraIsFullPane ? beyondTheEdges(plain, state.canvas, camera.mirrored, means) : plain;
 }
 
 /// A person without a room has neither corners nor border, and the shadow is the person's own.
@@ -62,32 +85,42 @@ void fillChrome(CameraUniforms& pass, FrameState const& state, CameraSettings co
                         static_cast<float>(color.a * chrome)};
 }
 
-void fillLook(CameraUniforms& pass, CameraSettings const& camera, bool hasLUT) {
-    if (camera.look == CameraLook::natural || (camera.look == CameraLook::lut && !hasLUT)) return;
+void fillLook(CameraUniforms& pass, CameraSettings const& camera, bool hasTable) {
+    if (camera.look == CameraLook::natural || (camera.look == CameraLook::lut && !hasTable)) return;
     setGrade(pass, grade(camera.look), std::clamp(camera.lookStrength, 0.0, 1.0));
     pass.useLUT = camera.look == CameraLook::lut;
 }
 
 }
 
-std::optional<CameraUniforms> cameraPass(FrameState const& state, DemoProject const& project, bool hasMatte,
-                                         bool hasLUT) {
-    if (!state.cameraSource || state.cameraOpacity <= 0 || state.cameraBubbleRect.isEmpty()) return std::nullopt;
+std::optional<CameraUniforms> cameraPass(FrameState const& state, DemoProject const& project,
+                                         CameraMeans const& means) {
+    if (means.width <= 0 || means.height <= 0 || !state.cameraSource || state.cameraOpacity <= 0 ||
+        state.cameraBubbleRect.isEmpty())
+        return std::nullopt;
     auto const& camera = project.camera;
     CameraUniforms pass;
-    pass.useMatte = hasMatte && state.cameraIsCutOut;
-    auto const rect = boxOf(state, camera, pass.useMatte);
+    pass.useMatte = means.hasMatte && state.cameraIsCutOut;
+    auto const [box, crop] = framing(state, camera, pass.useMatte, means);
     pass.canvasSize = float2(static_cast<double>(state.canvas.width), static_cast<double>(state.canvas.height));
-    pass.center = float2(rect.center().x, rect.center().y);
-    pass.halfSize = float2(rect.width / 2, rect.height / 2);
+    pass.center = float2(box.center().x, box.center().y);
+    pass.halfSize = float2(box.width / 2, box.height / 2);
     pass.opacity = static_cast<float>(std::clamp(state.cameraOpacity, 0.0, 1.0));
     pass.mirrored = camera.mirrored;
-    pass.cropOrigin = float2(state.cameraCrop.x, state.cameraCrop.y);
-    pass.cropSize = float2(state.cameraCrop.width, state.cameraCrop.height);
+    pass.cropOrigin = float2(crop.x, crop.y);
+    pass.cropSize = float2(crop.width, crop.height);
     pass.sharpen = static_cast<float>(std::max(camera.sharpen, 0.0));
     fillChrome(pass, state, camera);
-    fillLook(pass, camera, hasLUT);
+    fillLook(pass, camera, means.hasTable);
     return pass;
+}
+
+bool coversCanvas(CameraUniforms const& pass) {
+    constexpr float softEdge = 1;
+    bool const isWhole = !pass.useMatte && pass.opacity >= 1 && pass.cornerRadius <= 0;
+    return isWhole && pass.center.x - pass.halfSize.x <= -softEdge && pass.center.y - pass.halfSize.y <= -softEdge &&
+           pass.center.x + pass.halfSize.x >= pass.canvasSize.x + softEdge &&
+           pass.center.y + pass.halfSize.y >= pass.canvasSize.y + softEdge;
 }
 
 double cameraPixelsPerPixel(CameraUniforms const& pass, int width, int height) {

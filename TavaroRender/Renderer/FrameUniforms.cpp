@@ -8,7 +8,6 @@
 #include <TavaroCore/Project/DemoProject.h>
 #include <TavaroRender/Composition/ContentRect.h>
 #include <TavaroRender/Composition/FrameState.h>
-#include <TavaroRender/Renderer/CameraPass.h>
 
 namespace tavaro {
 
@@ -239,12 +238,17 @@ FrameUniforms frameUniforms(FrameState const& state, DemoProject const& project,
         composite.bgColor0 = float4(state.titleCard->background);
         return frame;
     }
-    std::visit(BackgroundFiller{composite, state.time}, project.background.content);
-    if (means.hasPicture) frame.camera = cameraPass(state, project, means.hasMatte, means.hasTable);
-    if (state.contentRect.isEmpty()) return frame;
-    fillScreenLayer(composite, state, project.screen);
-    fillZoom(composite, state, project);
-    fillLoupe(composite, state);
+    frame.camera = cameraPass(state, project, means);
+    if (frame.camera && coversCanvas(*frame.camera)) {
+        composite.bgMode = solid; // of which nothing is seen
+        composite.bgColor0 = {0, 0, 0, 1};
+    } else {
+        std::visit(BackgroundFiller{composite, state.time}, project.background.content);
+        if (state.contentRect.isEmpty()) return frame;
+        fillScreenLayer(composite, state, project.screen);
+        fillZoom(composite, state, project);
+        fillLoupe(composite, state);
+    }
     fillCursorPasses(frame, state, project.cursor);
     return frame;
 }

@@ -5,6 +5,7 @@
 #include <TavaroRender/Kernels/CameraUniforms.h>
 #include <TavaroRender/Kernels/CompositeUniforms.h>
 #include <TavaroRender/Kernels/CursorUniforms.h>
+#include <TavaroRender/Renderer/CameraPass.h>
 
 namespace tavaro {
 
@@ -23,13 +24,6 @@ struct FrameUniforms {
     bool operator==(FrameUniforms const&) const = default;
     /// Whether pointer and click effect are the same.
     bool hasSamePointer(FrameUniforms const& other) const;
-};
-
-/// What the camera's picture can be drawn with.
-struct CameraMeans {
-    bool hasPicture = false;
-    bool hasMatte = false; // the person can be told from the room
-    bool hasTable = false; // the project's own colour table can be used
 };
 
 FrameUniforms frameUniforms(FrameState const& state, DemoProject const& project, CameraMeans const& means = {});

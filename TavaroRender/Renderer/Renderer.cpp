@@ -10,7 +10,6 @@
 #include <TavaroRender/Kernels/BlitUniforms.h>
 #include <TavaroRender/Layers/LayerRasterizer.h>
 #include <TavaroRender/Renderer/BackgroundImages.h>
-#include <TavaroRender/Renderer/CameraPass.h>
 #include <TavaroRender/Renderer/CanvasHistory.h>
 #include <TavaroRender/Renderer/FrameUniforms.h>
 #include <TavaroRender/Renderer/MoviePicture.h>
@@ -178,15 +177,19 @@ ImageView Renderer::render(FrameState const& frame, DemoProject const& project, 
     bool const hasCamera = frame.cameraSource && !pictures.camera.isEmpty();
     auto const* table = hasCamera ? state.table.ensure(project) : nullptr;
     bool const hasNewTable = hasCamera && std::exchange(state.tableInUse, table) != table;
-    CameraMeans const means{
-        .hasPicture = hasCamera, .hasMatte = pictures.matte != nullptr, .hasTable = table != nullptr};
+    CameraMeans means{.hasMatte = pictures.matte != nullptr, .hasTable = table != nullptr};
+    if (hasCamera) {
+        means.width = pictures.camera.width();
+        means.height = pictures.camera.height();
+    }
     Drawing wanted{frameUniforms(frame, project, means), state.rasterizer.layers(frame, project)};
 
     auto const background = state.background(project, frame.canvas);
     auto const& screen = pictures.screen;
     auto passes =
         screen.isEmpty() ? std::vector<RegionUniforms>() : regionPasses(frame, screen.width(), screen.height());
-    bool const hasNewScreen = state.showScreen(screen, std::move(passes));
+    bool const isScreenSeen = wanted.uniforms.composite.clipSize != Float2();
+    bool const hasNewScreen = isScreenSeen && state.showScreen(screen, std::move(passes));
     bool const hasNewCamera = hasCamera && state.showCamera(pictures);
     bool const hasNewCanvas = state.sizeCanvas(frame.canvas);
     auto const from = state.beginning(wanted, hasNewScreen || hasNewCanvas, hasNewCamera || hasNewTable);

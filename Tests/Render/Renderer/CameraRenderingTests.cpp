@@ -161,6 +161,22 @@ TEST(CameraRendering, aPictureMuchFinerThanItsBubbleTurnsGreyInsteadOfShimmering
     }
 }
 
+TEST(CameraRendering, aScreenBehindAFullCameraCostsNothing) {
+    CameraTake take("full", 30);
+    take.project.layoutCues = {{.time = 0, .scene = SceneLayout::cameraOnly}};
+    FrameComposer const composer(take.project, small);
+    FrameSources sources(take.package);
+    Renderer renderer(take.package);
+    auto pictures = sources.pictures(composer, 0.1);
+    renderer.render(composer.state(0.1), composer.project(), pictures);
+    pictures.screen = sources.pictures(composer, 0.5).screen;
+    renderer.render(composer.state(0.1), composer.project(), pictures);
+    EXPECT_EQ(renderer.framesDrawn(), 1);
+    auto withCamera = drawn(take.project, take.package, 0.1);
+    auto const film = movieFrame(take.package.assetURL("camera.mp4"), 3, 30);
+    EXPECT_GT(psnr(withCamera.view(), film.view()), 40) << "up to the edges";
+}
+
 TEST(CameraRendering, aRedactionHidesItsRegionAndNothingElse) {
     CameraTake take("redacted", 6);
     take.project.cameraAsset.reset();
