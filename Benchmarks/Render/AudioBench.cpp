@@ -105,12 +105,12 @@ void measure(char const* name, double seconds, float width) {
     auto const mixing = mixedSeconds(*mix);
     auto const cores = coreSeconds() - coresBefore;
     auto const print = [&](char const* figure, double value) {
-        std::printf("audio.%s.%s %.1f × real time\n", name, figure, value);
+        std::printf("audio.mix.%s%s %.1f × real time\n", name, figure, value);
     };
-    print("enhance", seconds / enhancing);
-    print("mix", seconds / mixing);
-    print("both", seconds / (enhancing + mixing));
-    std::printf("audio.%s.cores %.1f core seconds an hour\n", name, cores / seconds * 3600);
+    print(".enhancing", seconds / enhancing);
+    print(".mixing", seconds / mixing);
+    print("", seconds / (enhancing + mixing)); // the bar is 40
+    std::printf("audio.mix.%s.cores %.1f core seconds an hour\n", name, cores / seconds * 3600);
     std::fflush(stdout);
 }
 

@@ -34,7 +34,7 @@ constexpr double leastYield = 0.2;
 /// softened, and the loudest syllables come nearer to the others.
 constexpr char const* clarity = "highpass=f=75,equalizer=f=260:t=q:w=1:g=-2.5,equalizer=f=3200:t=q:w=0.9:g=2.5,"
                                 "treble=f=9000:g=1.5,deesser=i=0.3:m=0.4:f=0.5,"
-                                "acompressor=threshold=-24dB:ratio=2.5:attack=8:release=140:knee=4";
+                                "acompressor=threshold=-24dB:ratio=2.5:attack=8:release=140:knee=4:makeup=1.6";
 
 bool isMono(std::span<StereoSample const> samples) {
     return std::ranges::all_of(samples, [](StereoSample const& sample) { return sample.left == sample.right; });

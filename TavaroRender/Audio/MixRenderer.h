@@ -13,8 +13,8 @@ namespace tavaro {
 
 /// Makes the samples of a mix. Going on from where the last call ended costs the decoding of what is heard; memory and
 /// the cost of a jump do not grow with the length of the output. The sum of the tracks passes a true-peak limiter at
-/// −1 dB, which leaves alone what is below. The samples do not depend on how they are asked for, but for the first
-/// moments after a jump into sound that plays at another speed. One thread at a time.
+/// −1 dB, which leaves alone what is below. The samples do not depend on how they are asked for, but for the moments
+/// after a jump into sound that plays at another speed, or that the limiter was holding down. One thread at a time.
 class MixRenderer {
 public:
     /// `files` are those of the plan's sources, in their order.

@@ -89,8 +89,9 @@ TEST_F(Enhancer, noiseFallsByStrengthAndClarityTakesTheRumbleNotTheVoice) {
     EXPECT_LT(full, half - 5);
     auto const rumbling = sum(sum(syllables(10, 0.3), tone(10, 30, 0.2)), tone(10, 1500, 0.02));
     auto const clear = enhanced(rumbling, {false, 0, true, false});
-    EXPECT_LT(levelAt(part(clear, 1, 9), 30), levelAt(part(rumbling, 1, 9), 30) - 10);
-    EXPECT_NEAR(levelAt(part(clear, 6.9, 7.4), 1500), levelAt(part(rumbling, 6.9, 7.4), 1500), 3);
+    auto const heard = [](Sound const& sound) { return levelAt(part(sound, 6.9, 7.4), 1500); };
+    EXPECT_GE(heard(clear), heard(rumbling) - 1);
+    EXPECT_GT(heard(clear) - levelAt(part(clear, 1, 9), 30), heard(rumbling) - levelAt(part(rumbling, 1, 9), 30) + 12);
 }
 
 TEST_F(Enhancer, silenceAndTheShortestSoundsStayWhatTheyAre) {

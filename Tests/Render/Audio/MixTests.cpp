@@ -2,7 +2,6 @@
 
 #include <TavaroCore/Project/DemoProject.h>
 #include <TavaroRender/Audio/AudioMixer.h>
-#include <TavaroRender/Audio/ClickSound.h>
 #include <TavaroRender/Audio/MixRenderer.h>
 #include <TavaroRender/Audio/SignalDucking.h>
 
@@ -291,8 +290,8 @@ TEST_F(Mix, aLoudMixIsHeldBelowFullScale) {
 }
 
 TEST_F(Mix, anyPieceOfTheMixIsTheSameAskedForAlone) {
-    writeSound(folder / "a.caf", sum(syllables(10), noise(10, 0.4)));
-    writeSound(folder / "b.caf", noise(10, 0.9, 5));
+    writeSound(folder / "a.caf", sum(syllables(10, 0.2), noise(10, 0.1)));
+    writeSound(folder / "b.caf", noise(10, 0.15, 5));
     project.cursor.clickSound = true;
     project.metadata.edit().clicks = {{.t = 2}, {.t = 5.01}, {.t = 7.7}};
     track(AudioRole::microphone, {{.asset = "a.caf", .duration = 4},
@@ -300,6 +299,7 @@ TEST_F(Mix, anyPieceOfTheMixIsTheSameAskedForAlone) {
     track(AudioRole::music,
           {{.asset = "b.caf", .start = 1, .duration = 7, .fadeIn = 1}, {.asset = "b.caf", .start = 3, .duration = 1}});
     auto const whole = mixed();
+    ASSERT_LT(peak(whole), 0.85) << "the limiter is at rest";
     auto mix = renderer();
     std::mt19937 random(11);
     for (int turn = 0; turn < 40; ++turn) {
@@ -307,10 +307,9 @@ TEST_F(Mix, anyPieceOfTheMixIsTheSameAskedForAlone) {
         Sound piece(1 + random() % 20'000);
         mix.render(static_cast<std::int64_t>(at), piece);
         double difference = 0;
-        // The limiter rises over a while; a jump does not know what was loud before.
         for (std::size_t n = 0; n < piece.size(); ++n)
             difference = std::max(difference, std::abs(double{piece[n].left} - whole[at + n].left));
-        ASSERT_LT(difference, peak(whole) > 0.88 ? 0.25 : 1e-6) << "at " << at << ", seed 11";
+        ASSERT_LT(difference, 1e-6) << "at " << at << ", seed 11";
     }
 }
 
@@ -331,44 +330,6 @@ TEST_F(Mix, whatIsNeverHeardAndWhatIsNoNumberIsLeftOut) {
     EXPECT_TRUE(AudioMixer::build(project).isSilent());
     show(0);
     EXPECT_EQ(AudioMixer::build(project).length, 0);
-}
-
-TEST(ClickSounds, clicksThatTheEditShowsSoundOnceAndNotTooClose) {
-    DemoProject project;
-    project.cursor.clickSound = true;
-    project.intro = TitleCard{.text = "Hello", .duration = 1};
-    // [0, 2) and [5, 8) of the recording, the second twice as fast.
-    project.timeline.clips = {{.asset = "s", .start = 0, .sourceStart = 0, .duration = 2},
-                              {.asset = "s", .start = 2, .sourceStart = 5, .duration = 1.5, .speed = 2}};
-    project.metadata.edit().clicks = {{.t = 7}, {.t = 1}, {.t = 1.05}, {.t = 1.09}, {.t = 3}, {.t = 5.5}, {.t = 5.6}};
-    auto const times = clickTimes(project);
-    ASSERT_EQ(times.size(), 4u); // 1.05 is too close to 1; 1.09 is not; 3 is cut; 5.6 lies 0.05 behind 5.5
-    double const wanted[] = {2, 2.09, 3.25, 4};
-    for (std::size_t i = 0; i < 4; ++i) EXPECT_NEAR(times[i], wanted[i], 1e-9);
-    project.cursor.clickSound = false;
-    EXPECT_TRUE(clickTimes(project).empty());
-}
-
-TEST(ClickSounds, theSoundHasItsLengthPeakAndPitches) {
-    auto const& samples = ClickSound::samples();
-    ASSERT_EQ(samples.size(), 3'360u);
-    float peak = 0;
-    Sound sound;
-    for (auto const value : samples) {
-        peak = std::max(peak, std::abs(value));
-        sound.push_back({value, value});
-    }
-    EXPECT_FLOAT_EQ(peak, 0.6f);
-    EXPECT_EQ(samples[0], 0);
-    EXPECT_GT(levelAt(sound, 3100), levelAt(sound, 1200) + 6);
-    EXPECT_LT(level(std::span(sound).subspan(2'880)), -60) << "it has died away";
-    auto const folder = fs::path(testing::TempDir()) / ("tavaro-click-" + std::to_string(getpid()));
-    auto const file = ClickSound::ensureFile(folder);
-    EXPECT_EQ(file.filename(), "click-sound-v1.caf");
-    EXPECT_EQ(soundOf(file), sound);
-    auto const written = fs::last_write_time(file);
-    EXPECT_EQ(fs::last_write_time(ClickSound::ensureFile(folder)), written) << "written once";
-    fs::remove_all(folder);
 }
 
 }
