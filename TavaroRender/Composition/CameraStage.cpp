@@ -80,8 +80,7 @@ struct CameraStage::State {
     CameraFigure figure(CameraPose const& pose, StageMoment const& moment) const;
     SceneGeometry settled(CameraPose const& pose, StageMoment const& moment) const;
     bool jumps(CameraPose const& from, CameraPose const& to) const;
-    void advance(SceneGeometry& geometry, CameraPose const& from, CameraPose const& to, double progress,
-                 StageMoment const& moment) const;
+    void advance(SceneGeometry& geometry, CameraPoseBlend const& way, StageMoment const& moment) const;
     double presence(CameraFigure const& figure, StageMoment const& moment) const;
 };
 
@@ -164,14 +163,15 @@ bool CameraStage::State::jumps(CameraPose const& from, CameraPose const& to) con
     return way.length() > farAway * std::hypot(whole.width, whole.height);
 }
 
-void CameraStage::State::advance(SceneGeometry& geometry, CameraPose const& from, CameraPose const& to, double progress,
-                                 StageMoment const& moment) const {
-    auto const target = settled(to, moment);
+/// Goes on along a way from wherever the ways before have led.
+void CameraStage::State::advance(SceneGeometry& geometry, CameraPoseBlend const& way, StageMoment const& moment) const {
+    auto const target = settled(way.to(), moment);
     auto const& camera = geometry.camera;
-    geometry.camera = jumps(from, to) ? dip(camera, target.camera, progress) : glide(camera, target.camera, progress);
-    geometry.screen = lerp(geometry.screen, target.screen, progress);
-    geometry.screenShare = std::lerp(geometry.screenShare, target.screenShare, progress);
-    geometry.splitShare = std::lerp(geometry.splitShare, target.splitShare, progress);
+    auto const blend = jumps(way.from(), way.to()) ? dip : glide;
+    geometry.camera = blend(camera, target.camera, way.progress());
+    geometry.screen = lerp(geometry.screen, target.screen, way.progress());
+    geometry.splitShare = std::lerp(geometry.splitShare, target.splitShare, way.progress());
+    geometry.screenShare = std::lerp(geometry.screenShare, target.screenShare, way.progress());
 }
 
 /// How much of the opacity is left by silences, and beyond the ends of the camera's movie.
@@ -195,7 +195,8 @@ SceneGeometry CameraStage::at(double editTime, double cameraTime, CameraState co
     auto const steps = state_->plan().underWay(editTime);
     auto geometry = state_->settled(steps.front().pose, moment);
     for (std::size_t i = 1; i < steps.size(); ++i) {
-        state_->advance(geometry, steps[i - 1].pose, steps[i].pose, ScenePlan::progress(steps[i], editTime), moment);
+        CameraPoseBlend const way(steps[i - 1].pose, steps[i].pose, ScenePlan::progress(steps[i], editTime));
+        state_->advance(geometry, way, moment);
     }
     geometry.camera.opacity *= state_->presence(geometry.camera, moment);
     geometry.camera = appearing(geometry.camera);
