@@ -22,8 +22,8 @@ using namespace tavaro;
 using namespace tavaro::gallery;
 namespace fs = std::filesystem;
 
-constexpr int columns = 8;
-constexpr int cell = 288; // longer side of a picture
+constexpr int columns = 5;
+constexpr int cell = 480; // longer side of a picture
 constexpr int gap = 28;
 constexpr int label = 34;
 constexpr int heading = 76;

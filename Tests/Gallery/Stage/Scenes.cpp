@@ -101,7 +101,7 @@ void addZooms(std::vector<Scene>& all) {
              })
         .time = 0.3;
     family.add("loupe", [](DemoProject& p) {
-        p.zoomEvents = {{.start = 0, .duration = 12, .center = {0.42, 0.45}, .style = ZoomStyle::loupe}};
+        p.zoomEvents = {{.start = 0, .duration = 12, .center = {0.45, 0.2}, .style = ZoomStyle::loupe}};
         p.zoomEvents[0].scale = 2;
         p.zoomEvents[0].loupeSize = 0.26;
     });
