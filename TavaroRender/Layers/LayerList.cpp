@@ -73,14 +73,14 @@ public:
     std::vector<PlacedLayer> list() {
         if (state_.titleCard) {
             addCard(*state_.titleCard);
-            return std::move(layers_);
-        }
-        for (int rank = 0; rank < 3; ++rank) {
-            for (auto const* overlay : state_.visibleOverlays) {
-                if (rankOf(*overlay) == rank) addOverlay(*overlay);
+        } else {
+            for (int rank = 0; rank < 3; ++rank) {
+                for (auto const* overlay : state_.visibleOverlays) {
+                    if (rankOf(*overlay) == rank) addOverlay(*overlay);
+                }
             }
+            if (state_.captionCue) addCaption(*state_.captionCue);
         }
-        if (state_.captionCue) addCaption(*state_.captionCue);
         if (project_.exportSettings.includeWatermark) addWatermark();
         return std::move(layers_);
     }

@@ -14,6 +14,8 @@ constexpr double usualSize = 36;
 constexpr double smallestSize = 4;
 constexpr double largestSize = 360;
 constexpr double darkText = 0.4; // brightness below which a text wants light behind it
+constexpr double rimWidth = 0.1; // em, half of it outside the letters
+constexpr double rimStrength = 0.6;
 
 SoftShadow wideShadow(double em, RGBAColor const& behind) {
     return {.spread = 0.42 * em, .fall = 0.06 * em, .color = withAlpha(behind, 0.52)};
@@ -68,6 +70,13 @@ void paintBare(Drawing& drawing, TextBlock const& text, CanvasPoint at, RGBAColo
     auto const behind = brightness(color) < darkText ? RGBAColor::white : RGBAColor::black;
     auto const shape = [&](cairo_t* on) { text.paint(on, at, paintOf); };
     drawing.shadow({wideShadow(text.size(), behind), tightShadow(text.size(), behind)}, shape);
+    // Shadows alone leave white letters on a white page without an edge.
+    cairo_new_path(drawing.cr());
+    text.trace(drawing.cr(), at, paintOf);
+    setColor(drawing.cr(), withAlpha(behind, rimStrength));
+    cairo_set_line_width(drawing.cr(), rimWidth * text.size());
+    cairo_set_line_join(drawing.cr(), CAIRO_LINE_JOIN_ROUND);
+    cairo_stroke(drawing.cr());
     text.paint(drawing.cr(), at, paintOf);
 }
 

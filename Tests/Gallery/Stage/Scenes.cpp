@@ -208,8 +208,12 @@ void addOverlays(std::vector<Scene>& all) {
                                      "o.price, 0); // euros\nreturn `€ ${total}`;",
                                      "javascript"}},
                   {0.5, 0.5}, 34));
-    shows("arrow", overlay({OverlayKind::Arrow{{0.62, 0.42}, {0.85, 0.16}}}));
-    shows("box", overlay({OverlayKind::Box{{0.385, 0.145, 0.19, 0.14}}}));
+    auto const coral = [](Overlay item) {
+        item.color = RGBAColor::rgb(0xF43F5E);
+        return item;
+    };
+    shows("arrow", coral(overlay({OverlayKind::Arrow{{0.62, 0.42}, {0.85, 0.16}}})));
+    shows("box", coral(overlay({OverlayKind::Box{{0.385, 0.145, 0.19, 0.14}}})));
     shows("highlight", overlay({OverlayKind::Highlight{{0.385, 0.145, 0.19, 0.14}}}));
     shows("blur", overlay({OverlayKind::Blur{{0.27, 0.79, 0.15, 0.19}}}));
     shows("mask", overlay({OverlayKind::Mask{{0.27, 0.79, 0.15, 0.19}}}));

@@ -146,7 +146,7 @@ TEST(LayerList, annotationsLieBelowKeysTheseBelowTitlesAndCaptionsAndTheWatermar
                                    indexOf(LayerSpec::Caption{}), indexOf(LayerSpec::Watermark{})));
 }
 
-TEST(LayerList, aCardIsShownInsteadOfEverythingElse) {
+TEST(LayerList, aCardIsShownInsteadOfEverythingButTheWatermark) {
     LayerFrame frame;
     frame.add({OverlayKind::Callout{"Callout"}});
     frame.caption("Caption", CaptionStyle::minimal);
@@ -156,6 +156,8 @@ TEST(LayerList, aCardIsShownInsteadOfEverythingElse) {
     auto const layers = placedLayers(frame.state, frame.project);
     ASSERT_THAT(layers, SizeIs(1));
     EXPECT_EQ(std::get<LayerSpec::Title>(layers[0].spec.kind).text, "Welcome");
+    frame.project.exportSettings.includeWatermark = true;
+    EXPECT_THAT(placedLayers(frame.state, frame.project), SizeIs(2));
 }
 
 TEST(LayerList, theWatermarkStandsInTheLowerRightCornerOnlyWhenItIsAskedFor) {
