@@ -33,31 +33,32 @@ HWY_INLINE Vec shadowStrength(CameraPlan const& plan, Vec dx, float dy) {
 
 HWY_INLINE float offsetOf(CameraPlan const& plan, int y) { return pixelCenter(0, y).y - plan.uniforms().center.y; }
 
-void strengths(CameraPlan const& plan, int y, std::uint8_t* out) {
+void strengths(CameraPlan const& plan, int y, std::uint16_t* out) {
     TagInt const whole;
-    hn::Rebind<std::uint8_t, TagInt> const bytes;
+    hn::Rebind<std::uint16_t, TagInt> const words;
     auto const n = static_cast<int>(hn::Lanes(whole));
     auto const begin = plan.columns().begin;
     for (int x = begin; x < plan.columns().end; x += n) {
         auto const strength = shadowStrength(plan, centersFrom(x, plan.uniforms().center.x), offsetOf(plan, y));
-        auto const rounded = hn::ConvertTo(whole, add(mul(clamp01(strength), set(255)), set(0.5f)));
-        alignas(64) std::uint8_t memory[64];
-        hn::StoreU(hn::DemoteTo(bytes, rounded), bytes, memory);
-        std::memcpy(out + (x - begin), memory, static_cast<std::size_t>(std::min(n, plan.columns().end - x)));
+        auto const rounded = hn::ConvertTo(whole, add(mul(clamp01(strength), set(65535)), set(0.5f)));
+        alignas(64) std::uint16_t memory[32];
+        hn::StoreU(hn::DemoteTo(words, rounded), words, memory);
+        std::memcpy(out + (x - begin), memory, 2 * static_cast<std::size_t>(std::min(n, plan.columns().end - x)));
     }
 }
 
 /// Darkens what only the shadow reaches. `strength` can be read past the end, by a vector's width.
-HWY_INLINE void drawShadow(std::uint8_t const* strength, std::uint8_t* row, int begin, int end) {
+HWY_INLINE void drawShadow(std::uint16_t const* strength, std::uint8_t* row, int begin, int end) {
     TagInt const whole;
-    hn::Rebind<std::uint8_t, TagInt> const bytes;
+    hn::Rebind<std::uint16_t, TagInt> const words;
     auto const alphaBits = hn::Set(whole, static_cast<std::int32_t>(0xFF000000));
     forPackedPixels(row, begin, end, [&](VecInt pixels, int x) HWY_ATTR {
-        auto const dark = hn::PromoteTo(whole, hn::LoadU(bytes, strength + (x - begin)));
-        auto const scaled = scaledPixels(pixels, hn::Sub(hn::Set(whole, 255), dark));
+        auto const dark = hn::PromoteTo(whole, hn::LoadU(words, strength + (x - begin)));
+        auto const opaque = hn::ShiftRight<8>(hn::Add(hn::Sub(dark, hn::ShiftRight<8>(dark)), hn::Set(whole, 128)));
+        auto const scaled = finelyScaledPixels(pixels, hn::Sub(hn::Set(whole, 65535), dark));
         hn::RebindToUnsigned<TagInt> const bits;
         auto const alpha = hn::BitCast(whole, hn::ShiftRight<24>(hn::BitCast(bits, pixels)));
-        return hn::Or(hn::AndNot(alphaBits, scaled), hn::ShiftLeft<24>(hn::Max(alpha, dark)));
+        return hn::Or(hn::AndNot(alphaBits, scaled), hn::ShiftLeft<24>(hn::Max(alpha, opaque)));
     });
 }
 
@@ -69,18 +70,18 @@ HWY_INLINE void mixColor(CanvasPixels& pixels, Vec3 const& color, Vec strength) 
 
 /// Shadow, edge and border of the box with what shows of the picture among them. `shadow` begins with the span, and can
 /// be read past its end; where it is null the shadow is worked out.
-HWY_INLINE void drawEdge(CameraPlan const& plan, PictureRow const& picture, std::uint8_t const* shadow,
+HWY_INLINE void drawEdge(CameraPlan const& plan, PictureRow const& picture, std::uint16_t const* shadow,
                          std::uint8_t* row, float dy, PixelSpan span) {
     auto const& u = plan.uniforms();
     auto const& box = plan.mapping();
-    hn::Rebind<std::uint8_t, TagInt> const bytes;
+    hn::Rebind<std::uint16_t, TagInt> const words;
     forPixels(row, span.begin, span.end, [&](CanvasPixels& pixels, int x) HWY_ATTR {
         auto const dx = centersFrom(x, u.center.x);
         if (plan.hasShadow()) {
             auto strength = hn::Zero(Tag());
             if (shadow) {
-                auto const dark = hn::PromoteTo(TagInt(), hn::LoadU(bytes, shadow + (x - span.begin)));
-                strength = mul(hn::ConvertTo(Tag(), dark), set(1.0f / 255));
+                auto const dark = hn::PromoteTo(TagInt(), hn::LoadU(words, shadow + (x - span.begin)));
+                strength = mul(hn::ConvertTo(Tag(), dark), set(1.0f / 65535));
             } else {
                 strength = shadowStrength(plan, dx, dy);
             }
@@ -103,7 +104,7 @@ HWY_INLINE void drawInside(CameraPlan const& plan, PictureRow const& picture, st
     });
 }
 
-void boxRow(CameraPlan const& plan, CameraScratch& scratch, std::uint8_t const* shadow, std::uint8_t* row, int y) {
+void boxRow(CameraPlan const& plan, CameraScratch& scratch, std::uint16_t const* shadow, std::uint8_t* row, int y) {
     auto const spans = plan.spans(y);
     auto const box = shadow ? spans.box : spans.all;
     PictureRow const picture(plan, scratch, offsetOf(plan, y), box);
@@ -168,13 +169,13 @@ HWY_EXPORT(boxRow);
 HWY_EXPORT(personRow);
 HWY_EXPORT(strengths);
 
-void drawCameraRow(CameraPlan const& plan, CameraScratch& scratch, std::uint8_t const* shadow, std::uint8_t* row,
+void drawCameraRow(CameraPlan const& plan, CameraScratch& scratch, std::uint16_t const* shadow, std::uint8_t* row,
                    int y) {
     if (plan.isCutOut()) return HWY_DYNAMIC_DISPATCH(personRow)(plan, scratch, row, y);
     HWY_DYNAMIC_DISPATCH(boxRow)(plan, scratch, shadow, row, y);
 }
 
-void shadowRow(CameraPlan const& plan, int y, std::uint8_t* out) { HWY_DYNAMIC_DISPATCH(strengths)(plan, y, out); }
+void shadowRow(CameraPlan const& plan, int y, std::uint16_t* out) { HWY_DYNAMIC_DISPATCH(strengths)(plan, y, out); }
 
 }
 #endif

@@ -19,10 +19,10 @@ struct CameraScratch {
 
 /// Draws the camera's box, or the person cut out of it, over row `y` of the canvas. `shadow` is what `shadowRow` made
 /// of that row, and null where the box has none to draw alone.
-void drawCameraRow(CameraPlan const& plan, CameraScratch& scratch, std::uint8_t const* shadow, std::uint8_t* row,
+void drawCameraRow(CameraPlan const& plan, CameraScratch& scratch, std::uint16_t const* shadow, std::uint8_t* row,
                    int y);
 
-/// How dark the box's shadow is at each column of the plan in row `y`, 0…255.
-void shadowRow(CameraPlan const& plan, int y, std::uint8_t* out);
+/// How dark the box's shadow is at each column of the plan in row `y`, 0…65535.
+void shadowRow(CameraPlan const& plan, int y, std::uint16_t* out);
 
 }

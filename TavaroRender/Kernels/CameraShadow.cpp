@@ -21,7 +21,7 @@ void CameraShadow::prepare(CameraPlan const& plan) {
         shadowRow(plan, y, strengths_.data() + width * static_cast<std::size_t>(y - key.rows.begin));
 }
 
-std::uint8_t const* CameraShadow::row(int y) const {
+std::uint16_t const* CameraShadow::row(int y) const {
     if (!key_) return nullptr;
     auto const width = static_cast<std::size_t>(key_->columns.end - key_->columns.begin);
     return strengths_.data() + width * static_cast<std::size_t>(y - key_->rows.begin);

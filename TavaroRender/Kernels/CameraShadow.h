@@ -13,8 +13,8 @@ class CameraShadow {
 public:
     void prepare(CameraPlan const& plan);
 
-    /// For each column of the plan; null where the box throws no shadow that shows by itself.
-    std::uint8_t const* row(int y) const;
+    /// For each column of the plan, 0…65535; null where the box throws no shadow that shows by itself.
+    std::uint16_t const* row(int y) const;
 
 private:
     /// What the shadow depends on.
@@ -29,7 +29,7 @@ private:
     };
 
     std::optional<Key> key_;
-    std::vector<std::uint8_t> strengths_;
+    std::vector<std::uint16_t> strengths_;
 };
 
 }

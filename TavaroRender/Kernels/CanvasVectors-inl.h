@@ -77,6 +77,30 @@ HWY_INLINE VecInt scaledPixels(VecInt pixels, VecInt share) {
     return hn::Or(redBlue, hn::ShiftLeft<8>(greenAlpha));
 }
 
+/// The same for shares of 0…65535, which keep a step of 1/255 to itself.
+HWY_INLINE VecInt finelyScaledPixels(VecInt pixels, VecInt share) {
+    auto const scaledPair = [&](VecInt pair) HWY_ATTR {
+#if HWY_TARGET == HWY_SCALAR
+        auto const half = [&](VecInt v) HWY_ATTR {
+            auto const product = hn::ShiftRight<8>(hn::Mul(v, share));
+            return hn::ShiftRight<8>(hn::Add(product, hn::Set(TagInt(), 128)));
+        };
+        auto const low = half(hn::And(pair, hn::Set(TagInt(), 255)));
+        return hn::Or(low, hn::ShiftLeft<16>(half(hn::ShiftRight<16>(pair))));
+#else
+        hn::Repartition<std::uint16_t, TagInt> const words;
+        auto const both = hn::BitCast(words, hn::Or(share, hn::ShiftLeft<16>(share)));
+        auto const product = hn::MulHigh(hn::ShiftLeft<8>(hn::BitCast(words, pair)), both);
+        return hn::BitCast(TagInt(), hn::ShiftRight<8>(hn::Add(product, hn::Set(words, 128))));
+#endif
+    };
+    auto const mask = hn::Set(TagInt(), 0x00FF00FF);
+    auto const redBlue = scaledPair(hn::And(pixels, mask));
+    auto const greenAlpha = scaledPair(
+        hn::And(hn::BitCast(TagInt(), hn::ShiftRight<8>(hn::BitCast(hn::RebindToUnsigned<Tag>(), pixels))), mask));
+    return hn::Or(redBlue, hn::ShiftLeft<8>(greenAlpha));
+}
+
 /// Calls `draw(pixels, x)`, which returns new pixels, for vectors of the pixels `begin` … `end` − 1 of a row; `x` is
 /// the column of the first.
 template<class Draw> HWY_INLINE void forPackedPixels(std::uint8_t* row, int begin, int end, Draw&& draw) {
