@@ -53,52 +53,48 @@ HWY_INLINE VecInt packedOpaque(Vec3 const& color) {
                   hn::Or(hn::ShiftLeft<16>(byteOf(color.z)), hn::Set(TagInt(), static_cast<std::int32_t>(0xFF000000))));
 }
 
+/// Scales the channels of RGBA pixels, two at a time: `scaled` takes and gives one channel in the lower and one in the
+/// upper half of each lane.
+template<class Scaled> HWY_INLINE VecInt onChannelPairs(VecInt pixels, Scaled&& scaled) {
+    auto const mask = hn::Set(TagInt(), 0x00FF00FF);
+    hn::RebindToUnsigned<Tag> const bits;
+    auto const others = hn::BitCast(TagInt(), hn::ShiftRight<8>(hn::BitCast(bits, pixels)));
+    return hn::Or(scaled(hn::And(pixels, mask)), hn::ShiftLeft<8>(scaled(hn::And(others, mask))));
+}
+
 /// Every channel of a pixel times `share` (0…255, one for each pixel) ÷ 255, rounded to nearest.
 HWY_INLINE VecInt scaledPixels(VecInt pixels, VecInt share) {
-    auto const scaledPair = [&](VecInt pair) HWY_ATTR {
+    return onChannelPairs(pixels, [&](VecInt pair) HWY_ATTR {
 #if HWY_TARGET == HWY_SCALAR
         auto const half = [&](VecInt v) HWY_ATTR {
             auto const product = hn::Add(hn::Mul(v, share), hn::Set(TagInt(), 128));
             return hn::ShiftRight<8>(hn::Add(product, hn::ShiftRight<8>(product)));
         };
-        auto const low = half(hn::And(pair, hn::Set(TagInt(), 255)));
-        return hn::Or(low, hn::ShiftLeft<16>(half(hn::ShiftRight<16>(pair))));
+        return hn::Or(half(hn::And(pair, hn::Set(TagInt(), 255))), hn::ShiftLeft<16>(half(hn::ShiftRight<16>(pair))));
 #else
         hn::Repartition<std::uint16_t, TagInt> const words;
         auto const both = hn::BitCast(words, hn::Or(share, hn::ShiftLeft<16>(share)));
         auto const product = hn::Add(hn::Mul(hn::BitCast(words, pair), both), hn::Set(words, 128));
         return hn::BitCast(TagInt(), hn::ShiftRight<8>(hn::Add(product, hn::ShiftRight<8>(product))));
 #endif
-    };
-    auto const mask = hn::Set(TagInt(), 0x00FF00FF);
-    auto const redBlue = scaledPair(hn::And(pixels, mask));
-    auto const greenAlpha = scaledPair(
-        hn::And(hn::BitCast(TagInt(), hn::ShiftRight<8>(hn::BitCast(hn::RebindToUnsigned<Tag>(), pixels))), mask));
-    return hn::Or(redBlue, hn::ShiftLeft<8>(greenAlpha));
+    });
 }
 
 /// The same for shares of 0…65535, which keep a step of 1/255 to itself.
 HWY_INLINE VecInt finelyScaledPixels(VecInt pixels, VecInt share) {
-    auto const scaledPair = [&](VecInt pair) HWY_ATTR {
+    return onChannelPairs(pixels, [&](VecInt pair) HWY_ATTR {
 #if HWY_TARGET == HWY_SCALAR
         auto const half = [&](VecInt v) HWY_ATTR {
-            auto const product = hn::ShiftRight<8>(hn::Mul(v, share));
-            return hn::ShiftRight<8>(hn::Add(product, hn::Set(TagInt(), 128)));
+            return hn::ShiftRight<8>(hn::Add(hn::ShiftRight<8>(hn::Mul(v, share)), hn::Set(TagInt(), 128)));
         };
-        auto const low = half(hn::And(pair, hn::Set(TagInt(), 255)));
-        return hn::Or(low, hn::ShiftLeft<16>(half(hn::ShiftRight<16>(pair))));
+        return hn::Or(half(hn::And(pair, hn::Set(TagInt(), 255))), hn::ShiftLeft<16>(half(hn::ShiftRight<16>(pair))));
 #else
         hn::Repartition<std::uint16_t, TagInt> const words;
         auto const both = hn::BitCast(words, hn::Or(share, hn::ShiftLeft<16>(share)));
         auto const product = hn::MulHigh(hn::ShiftLeft<8>(hn::BitCast(words, pair)), both);
         return hn::BitCast(TagInt(), hn::ShiftRight<8>(hn::Add(product, hn::Set(words, 128))));
 #endif
-    };
-    auto const mask = hn::Set(TagInt(), 0x00FF00FF);
-    auto const redBlue = scaledPair(hn::And(pixels, mask));
-    auto const greenAlpha = scaledPair(
-        hn::And(hn::BitCast(TagInt(), hn::ShiftRight<8>(hn::BitCast(hn::RebindToUnsigned<Tag>(), pixels))), mask));
-    return hn::Or(redBlue, hn::ShiftLeft<8>(greenAlpha));
+    });
 }
 
 /// Calls `draw(pixels, x)`, which returns new pixels, for vectors of the pixels `begin` … `end` − 1 of a row; `x` is

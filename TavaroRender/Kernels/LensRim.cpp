@@ -50,12 +50,15 @@ struct RimScene {
         };
         auto const tu = texture(qx, mapX, u.cropOrigin.x, u.cropSize.x);
         auto const tv = texture(qy, mapY, u.cropOrigin.y, u.cropSize.y);
-        auto const covered = over(set(sampler.coverage()), magnification);
-        if (hn::AllTrue(Tag(), hn::Le(covered, set(1)))) {
-            addLevel<first, last>(gather(sampler.image(0), tu, tv), set(1), sum);
-            return;
-        }
-        // Two neighbouring levels share each sample; lanes may need different ones.
+        forEachLevel(over(set(sampler.coverage()), magnification), [&](int level, Vec weight) HWY_ATTR {
+            addLevel<first, last>(gather(sampler.image(level), tu, tv), weight, sum);
+        });
+    }
+
+    /// Calls `add(level, weight)` for the mip levels that samples of so many recorded pixels are made of: two
+    /// neighbouring ones each, and lanes may need different ones.
+    template<class Add> HWY_INLINE void forEachLevel(Vec covered, Add&& add) const {
+        if (hn::AllTrue(Tag(), hn::Le(covered, set(1)))) return add(0, set(1));
         auto const highest = set(static_cast<float>(sampler.levelCount() - 1));
         auto const level = hn::Min(hn::Log2(Tag(), hn::Max(covered, set(1))), highest);
         auto const from = static_cast<int>(hn::GetLane(hn::MinOfLanes(Tag(), level)));
@@ -63,8 +66,7 @@ struct RimScene {
         for (int l = from; l <= to; ++l) {
             auto const distance = hn::Abs(sub(level, set(static_cast<float>(l))));
             auto const weight = hn::Max(sub(set(1), distance), hn::Zero(Tag()));
-            if (sampler.image(l).isEmpty() || hn::AllFalse(Tag(), hn::Gt(weight, hn::Zero(Tag())))) continue;
-            addLevel<first, last>(gather(sampler.image(l), tu, tv), weight, sum);
+            if (!sampler.image(l).isEmpty() && !hn::AllFalse(Tag(), hn::Gt(weight, hn::Zero(Tag())))) add(l, weight);
         }
     }
 
@@ -207,18 +209,8 @@ public:
         auto const shrink = over(set(1), magnification);
         auto const x = mul(tapX, shrink);
         auto const y = mul(tapY, shrink);
-        auto const covered = mul(set(sampler_.coverage()), shrink);
-        if (hn::AllTrue(Tag(), hn::Le(covered, set(1)))) return placeOn(samples, 0, x, y, set(1), first, last);
-        // Two neighbouring levels share each sample; lanes may need different ones.
-        auto const highest = set(static_cast<float>(sampler_.levelCount() - 1));
-        auto const level = hn::Min(hn::Log2(Tag(), hn::Max(covered, set(1))), highest);
-        auto const from = static_cast<int>(hn::GetLane(hn::MinOfLanes(Tag(), level)));
-        auto const to = static_cast<int>(std::ceil(hn::GetLane(hn::MaxOfLanes(Tag(), level))));
-        for (int l = from; l <= to; ++l) {
-            auto const distance = hn::Abs(sub(level, set(static_cast<float>(l))));
-            auto const weight = hn::Max(sub(set(1), distance), hn::Zero(Tag()));
-            if (!sampler_.image(l).isEmpty()) placeOn(samples, l, x, y, weight, first, last);
-        }
+        rim_.forEachLevel(mul(set(sampler_.coverage()), shrink),
+                          [&](int level, Vec weight) HWY_ATTR { placeOn(samples, level, x, y, weight, first, last); });
     }
 
 private:
