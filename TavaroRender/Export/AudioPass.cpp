@@ -22,7 +22,8 @@ constexpr std::int64_t blockSamples = 4096;
     case MediaError::Kind::notWritable:
     case MediaError::Kind::diskFull:
     case MediaError::Kind::refused: throw ExportError::writerFailed(error.detail());
-    default: throw ExportError::audioFailed(error.what());
+    case MediaError::Kind::emptyAudioTrack: throw ExportError::audioFailed(error.what());
+    default: throw ExportError::audioFailed(std::string(error.what()) + " (" + asset + ")");
     }
 }
 

@@ -18,7 +18,7 @@ constexpr double timeRounding = 0.001;
     switch (error.kind()) {
     case MediaError::Kind::missing: throw ExportError::missingAsset(std::string(asset));
     case MediaError::Kind::noVideoTrack: throw ExportError::noVideoTrack();
-    default: throw ExportError::readerFailed(error.detail());
+    default: throw ExportError::readerFailed(error.detail() + " (" + std::string(asset) + ")");
     }
 }
 

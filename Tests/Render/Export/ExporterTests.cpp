@@ -247,7 +247,8 @@ TEST(Exporter, mediaThatCannotBeUsedIsNamed) {
 
     std::ofstream(take.package.assetURL("noise.mp4")) << "this is no movie";
     project.timeline.clips.back().asset = "noise.mp4";
-    EXPECT_EQ(exported(project, take.settings).rfind("Could not read the recording: ", 0), 0u);
+    EXPECT_EQ(exported(project, take.settings),
+              "Could not read the recording: it is damaged, or not a movie (noise.mp4)");
 
     project.timeline.clips.clear();
     EXPECT_EQ(exported(project, take.settings).rfind("Could not read the recording: ", 0), 0u);
