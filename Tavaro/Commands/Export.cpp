@@ -4,6 +4,7 @@
 #include <Tavaro/Commands/Interruption.h>
 #include <Tavaro/Commands/Names.h>
 #include <Tavaro/Commands/ProgressLine.h>
+#include <Tavaro/Model/CutShort.h>
 #include <Tavaro/Model/OpenProject.h>
 
 #include <TavaroCore/Export/ExportFile.h>
@@ -234,6 +235,7 @@ void exportProject(Options const& options) {
         return;
     }
     tell(options, described(plan));
+    for (auto const& sentence : cutShortMovies(package, project)) fmt::print(stderr, "{}\n", sentence);
     auto const written = write(options, exporter, target);
     if (options.asJSON) return printJSON(plan, written, static_cast<std::int64_t>(fs::file_size(written)));
     fmt::print("{}\n", written.string());

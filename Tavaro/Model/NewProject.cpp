@@ -1,5 +1,6 @@
 #include <Tavaro/Model/NewProject.h>
 
+#include <Tavaro/Model/CutShort.h>
 #include <TavaroCore/Errors/SystemReason.h>
 #include <TavaroCore/Files/AtomicFile.h>
 #include <TavaroCore/Package/ProjectPackage.h>
@@ -75,6 +76,7 @@ Size2 canvasFor(Size2 source) {
 
 DemoProject createProject(ProjectPackage const& package, NewProject const& made) {
     auto const info = MovieReader(made.movie).info(); // refuses the movie before anything is written
+    if (info.isCutShort && made.remark) made.remark(cutShortSentence(made.movie.filename().string(), info.duration));
     PackageInProgress inProgress(package);
     auto const asset = ProjectPackage::confinedAssetName(made.movie.filename().string());
 

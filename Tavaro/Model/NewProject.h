@@ -17,7 +17,8 @@ struct NewProject {
     ImportMode importMode;
     RecordingMetadata metadata; // may be empty
     DemoMode mode = DemoMode::website;
-    /// Told, in a sentence, what of the movie could not be brought in: sound that cannot be read.
+    /// Told, in a sentence, what of the movie could not be brought in: sound that cannot be read, the end of a file cut
+    /// short.
     std::function<void(std::string const&)> remark = {};
 };
 

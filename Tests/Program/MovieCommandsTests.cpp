@@ -8,6 +8,7 @@
 #include <gmock/gmock.h>
 
 using namespace tavaro;
+using ::testing::AllOf;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::Not;
@@ -124,6 +125,31 @@ TEST_F(MovieCommands, whatIsNoMovieIsRefusedAndLeavesNothing) {
         EXPECT_FALSE(fs::exists(path("tour.recproj"))) << name;
     }
     expectFailure(tavaro({"import", path("sound.m4a"), "-o", path("tour.recproj")}), "no video track");
+}
+
+TEST_F(MovieCommands, aMovieCutShortIsUsedAndToldOf) {
+    ffmpeg({"-f", "lavfi", "-i", "testsrc2=size=320x180:rate=30:duration=4", "-movflags", "+faststart",
+            path("whole.mp4")});
+    auto const whole = read("whole.mp4");
+    write("cut.mp4", whole.substr(0, whole.size() / 2));
+    auto const sentence = HasSubstr("is cut short: its pictures end at 0:0");
+    auto const imported = tavaro({"import", path("cut.mp4"), "-o", path("cut")});
+    EXPECT_EQ(imported.exitCode, 0);
+    EXPECT_THAT(imported.error, AllOf(HasSubstr("“cut.mp4”"), sentence));
+
+    EXPECT_EQ(tavaro({"export", path("cut.recproj"), "--json", "--size", "64x64", "-o", path("cut-film.mp4")}).error,
+              "")
+        << "the edit shows nothing of what is missing";
+
+    ASSERT_EQ(tavaro({"import", path("whole.mp4"), "-o", path("tour")}).error, "");
+    auto const exporting = [&](std::string const& film) {
+        return tavaro({"export", path("tour.recproj"), "--json", "--size", "64x64", "-o", path(film)});
+    };
+    EXPECT_EQ(exporting("before.mp4").error, "");
+    write("tour.recproj/assets/whole.mp4", whole.substr(0, whole.size() / 2));
+    auto const exported = exporting("after.mp4");
+    EXPECT_EQ(exported.exitCode, 0);
+    EXPECT_THAT(exported.error, AllOf(HasSubstr("“whole.mp4”"), sentence));
 }
 
 TEST_F(MovieCommands, eventsThatDoNotFitSayWhere) {
