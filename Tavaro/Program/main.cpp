@@ -6,6 +6,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <csignal>
 #include <exception>
 #include <new>
 #include <string_view>
@@ -60,6 +61,7 @@ int fail(char const* sentence) {
 }
 
 int main(int argc, char** argv) {
+    std::signal(SIGXFSZ, SIG_IGN); // a limit on the size of files is told as a full disk is, after cleaning up
     try {
         return run(argc, argv);
     } catch (tavaro::Error const& error) {

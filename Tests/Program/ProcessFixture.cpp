@@ -85,7 +85,6 @@ RunningProcess ProcessFixture::start(std::string const& program, Arguments const
         redirect(out, STDOUT_FILENO);
         redirect(error, STDERR_FILENO);
         if (fileSizeLimit) {
-            signal(SIGXFSZ, SIG_IGN);
             rlimit const limit{*fileSizeLimit, *fileSizeLimit};
             setrlimit(RLIMIT_FSIZE, &limit);
         }
