@@ -2,11 +2,13 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <string_view>
 #include <vector>
 
 #include <fmt/format.h>
 
+#include <TavaroMedia/Audio/AudioReader.h>
 #include <TavaroMedia/Errors/MediaError.h>
 #include <TavaroPlatform/Folders/Folders.h>
 #include <TavaroRender/Audio/ClickSound.h>
@@ -22,6 +24,18 @@ namespace {
 constexpr int recipe = 1;
 
 constexpr std::string_view ending = ".caf";
+
+/// A file that was cut short or damaged since it was written is as good as none.
+bool isWhole(fs::path const& file) {
+    try {
+        AudioReader sound(file);
+        StereoSample last;
+        auto const end = std::llround(sound.info().duration * audioRate);
+        return sound.read(end - 1, {&last, 1}) == 1;
+    } catch (MediaError const&) {
+        return false;
+    }
+}
 
 /// FNV-1a.
 std::uint64_t hashed(std::string_view text, std::uint64_t hash) {
@@ -66,7 +80,7 @@ std::optional<fs::path> AudioEnhancer::enhanced(fs::path const& file, Enhancemen
     if (settings.isNone()) return file;
     auto const output = cachedFile(file, settings);
     std::error_code failure;
-    if (fs::exists(output, failure)) {
+    if (isWhole(output)) {
         fs::last_write_time(output, fs::file_time_type::clock::now(), failure); // it was used
         return output;
     }

@@ -120,6 +120,25 @@ TEST_F(Enhancer, aFileAndItsSettingsAreEnhancedOnceAndAnythingElseAnew) {
     EXPECT_EQ(enhancer.enhanced(file, {}), file) << "nothing to do";
 }
 
+TEST_F(Enhancer, aDamagedFileInTheCacheIsMadeAnew) {
+    auto const file = folder / "voice.caf";
+    writeSound(file, syllables(2));
+    auto const kept = *enhancer.enhanced(file, everything);
+    auto const bytesOf = [](fs::path const& path) {
+        std::ifstream in(path, std::ios::binary);
+        return std::string(std::istreambuf_iterator<char>(in), {});
+    };
+    auto const whole = bytesOf(kept);
+    for (std::size_t const length : {std::size_t{0}, std::size_t{10}, whole.size() / 2}) {
+        fs::resize_file(kept, length);
+        EXPECT_EQ(enhancer.enhanced(file, everything), kept);
+        EXPECT_EQ(bytesOf(kept), whole) << length;
+    }
+    std::ofstream(kept) << "this is no sound";
+    enhancer.enhanced(file, everything);
+    EXPECT_EQ(bytesOf(kept), whole);
+}
+
 TEST_F(Enhancer, stoppedOrFailingItLeavesNothingBehind) {
     auto const file = folder / "voice.caf";
     writeSound(file, widened(sum(syllables(6), noise(6, 0.01))));
