@@ -141,10 +141,12 @@ ExportSettings settingsOf(Options const& options, DemoProject const& project) {
 }
 
 fs::path targetOf(Options const& options, ExportSettings const& settings, DemoProject const& project) {
-    bool const isNamed = !options.output.empty();
-    auto target = isNamed ? fs::path(options.output)
-                          : folders::movies() / "Tavaro" / "Exports" / suggestedFileName(settings, project.name);
-    if (isNamed && target.has_extension()) return target;
+    auto target = fs::path(options.output);
+    if (target.has_extension()) return target;
+    if (target.empty()) target = folders::movies() / "Tavaro" / "Exports" / "";
+    std::error_code ignored;
+    bool const isFolder = !target.has_filename() || fs::is_directory(target, ignored);
+    if (isFolder) target /= suggestedFileName(settings, project.name);
     return target += fmt::format(".{}", fileExtension(settings.container));
 }
 
@@ -270,7 +272,7 @@ void addExport(CLI::App& app) {
     command->add_flag("--estimate", options->estimatesOnly, "only tell what would be written, and about how large");
     command
         ->add_option("-o,--output", options->output,
-                     "the file to write, .mp4, .mov or .gif; never overwrites, a number is added instead")
+                     "the file to write, .mp4, .mov or .gif, or a folder; never overwrites, a number is added instead")
         ->check(outputProblem);
     command->add_flag("--json", options->asJSON, "print the result as JSON and no progress");
     command->callback([options] { exportProject(*options); });

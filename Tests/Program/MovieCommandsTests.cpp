@@ -231,6 +231,16 @@ TEST_F(MovieCommands, aFilmHasTheEndingOfItsContainer) {
     EXPECT_EQ(written({}), path("Movies/Tavaro/Exports/tour 36p.mp4") + "\n");
 }
 
+TEST_F(MovieCommands, aFilmForAFolderGoesIntoItUnderItsSuggestedName) {
+    auto const project = importMovie();
+    fs::create_directory(path("films"));
+    for (auto const* name : {"films", "films/", "new/"}) {
+        auto const outcome = tavaro({"export", project, "--estimate", "--size", "640x360", "-o", path(name)});
+        EXPECT_EQ(outcome.exitCode, 0) << outcome.error;
+        EXPECT_THAT(outcome.out, HasSubstr((fs::path(path(name)) / "tour 360p.mp4").string() + "\n"));
+    }
+}
+
 TEST_F(MovieCommands, aNameThatEndsInGIFMakesOneInTheShapeOfTheCanvas) {
     auto const project = importMovie();
     auto document = ProjectPackage(project).load();
