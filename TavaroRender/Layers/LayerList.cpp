@@ -185,9 +185,15 @@ private:
         add(std::move(layer), captionPose(track.animation, cue, state_.editTime));
     }
 
+    /// Told by the settings, not by the moment: the watermark stays where it is for the whole film.
+    bool hasCameraInCorner() const {
+        auto const& camera = project_.camera;
+        return project_.usesCamera() && !camera.position && camera.placement == CameraPlacement::bottomRight;
+    }
+
     void addWatermark() {
         PlacedLayer layer{.spec = specOf(state_, watermarkSize, RGBAColor::white, std::nullopt),
-                          .place = LayerPlace::corner};
+                          .place = hasCameraInCorner() ? LayerPlace::otherCorner : LayerPlace::corner};
         layer.spec.kind = LayerSpec::Watermark{watermarkText};
         add(std::move(layer), {});
     }
@@ -208,9 +214,10 @@ CanvasPoint bodyAt(PlacedLayer const& layer, CanvasRect const& body) {
     double const height = static_cast<double>(layer.spec.canvasHeight);
     double const side = std::min(width, height);
     if (layer.place == LayerPlace::arrow) return layer.at;
-    if (layer.place == LayerPlace::corner) {
+    if (layer.place == LayerPlace::corner || layer.place == LayerPlace::otherCorner) {
         double const inset = watermarkInset * side / 1080;
-        return {keptInside(width - inset - body.width, body.width, width, inset),
+        double const x = layer.place == LayerPlace::corner ? width - inset - body.width : inset;
+        return {keptInside(x, body.width, width, inset),
                 keptInside(height - inset - body.height, body.height, height, inset)};
     }
     return {keptInside(layer.at.x - body.width / 2, body.width, width, edgeInset * side),

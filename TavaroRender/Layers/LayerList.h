@@ -13,10 +13,11 @@ struct FrameState;
 
 /// How a layer's bitmap is put on the canvas.
 enum class LayerPlace {
-    centred,   // the body's centre at `at`, moved in where it would leave the canvas
-    corner,    // the body in the lower right corner
-    arrow,     // the body's corner at the arrow's tail
-    stretched, // the bitmap over `rect`
+    centred,     // the body's centre at `at`, moved in where it would leave the canvas
+    corner,      // the body in the lower right corner
+    otherCorner, // in the lower left one
+    arrow,       // the body's corner at the arrow's tail
+    stretched,   // the bitmap over `rect`
 };
 
 /// A layer of a frame before it is drawn.

@@ -173,6 +173,19 @@ TEST(LayerList, theWatermarkStandsInTheLowerRightCornerOnlyWhenItIsAskedFor) {
     EXPECT_LT(layers[0].rect.maxY(), 1080);
 }
 
+TEST(LayerList, theWatermarkLeavesItsCornerToTheCamera) {
+    LayerRasterizer rasterizer;
+    LayerFrame frame;
+    frame.project.exportSettings.includeWatermark = true;
+    frame.project.cameraAsset = "camera.mp4";
+    frame.project.camera.placement = CameraPlacement::bottomRight;
+    auto const layers = rasterizer.layers(frame.state, frame.project);
+    ASSERT_THAT(layers, SizeIs(1));
+    EXPECT_LT(layers[0].rect.maxX(), 1920 * 0.2);
+    EXPECT_GT(layers[0].rect.x, 0);
+    EXPECT_GT(layers[0].rect.y, 1080 * 0.9);
+}
+
 TEST(BoxLayers, aBoxStaysAroundItsButtonWhileTheCameraZoomsAndIsNotDrawnAgain) {
     LayerRasterizer rasterizer;
     LayerFrame frame;
