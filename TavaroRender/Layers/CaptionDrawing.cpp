@@ -43,31 +43,31 @@ TextStyle styleOf(LayerSpec::Caption const& caption, double em) {
 /// What a moment of speech does to the stretch of the text that begins at a byte.
 class SpokenPaint {
 public:
-    SpokenPaint(LayerSpec const& spec, LayerSpec::Caption const& caption) : spec_(spec), caption_(caption) {}
+    SpokenPaint(LayerSpec const& look, LayerSpec::Caption const& caption) : look_(look), caption_(caption) {}
 
     TextPaint operator()(std::size_t byte) const {
-        TextPaint paint{.color = spec_.color, .isShown = byte < caption_.shownBytes};
+        TextPaint paint{.color = look_.color, .isShown = byte < caption_.shownBytes};
         bool const isSpoken = byte >= caption_.spokenBegin && byte < caption_.spokenEnd;
         if (caption_.style == CaptionStyle::karaoke) {
-            paint.over = spec_.highlightColor;
+            paint.over = look_.highlightColor;
             paint.overShare = byte < caption_.spokenBegin ? 1.0
                               : isSpoken ? static_cast<double>(caption_.spokenSteps) / LayerSpec::Caption::stepsPerWord
                                          : 0.0;
         } else if (caption_.style != CaptionStyle::minimal && isSpoken) {
-            paint.color = spec_.highlightColor;
+            paint.color = look_.highlightColor;
         }
         return paint;
     }
 
 private:
-    LayerSpec const& spec_;
+    LayerSpec const& look_;
     LayerSpec::Caption const& caption_;
 };
 
 /// Bold letters with a dark rim that stand on any picture.
-void paintOutlined(Drawing& drawing, TextBlock const& text, CanvasPoint at, LayerSpec const& spec,
+void paintOutlined(Drawing& drawing, TextBlock const& text, CanvasPoint at, LayerSpec const& look,
                    SpokenPaint const& paint) {
-    auto const rim = brightness(spec.color) < 0.4 ? RGBAColor::white : RGBAColor::rgb(0x0B0C0F);
+    auto const rim = brightness(look.color) < 0.4 ? RGBAColor::white : RGBAColor::rgb(0x0B0C0F);
     auto const outline = [&](cairo_t* on) {
         cairo_new_path(on);
         text.trace(on, at, paint);
@@ -89,29 +89,29 @@ struct CaptionSheet {
     double margin = 0; // around the body, canvas pixels
 };
 
-CaptionSheet sheetOf(LayerSpec const& spec, LayerSpec::Caption const& caption, double em) {
+CaptionSheet sheetOf(LayerSpec const& look, LayerSpec::Caption const& caption, double em) {
     CaptionSheet sheet;
     switch (caption.style) {
     case CaptionStyle::minimal:
     case CaptionStyle::creator:
         sheet.margin = bareReach(em) + 0.1 * em;
-        if (!spec.background) return sheet;
+        if (!look.background) return sheet;
         sheet.padX = 0.72;
         sheet.padY = 0.56;
-        sheet.panel = panelOf(spec, em, *spec.background);
+        sheet.panel = panelOf(look, em, *look.background);
         sheet.panel->radius = 0.4 * em;
         break;
     case CaptionStyle::karaoke:
         sheet.padX = 0.95;
         sheet.padY = 0.66;
-        sheet.panel = panelOf(spec, em, panelColor(spec, 0.8));
+        sheet.panel = panelOf(look, em, panelColor(look, 0.8));
         sheet.panel->radius = 0.85 * em;
         break;
     case CaptionStyle::developer:
         sheet.padX = 0.9;
         sheet.padY = 0.74;
         sheet.indent = 1.3;
-        sheet.panel = panelOf(spec, em, spec.background ? *spec.background : RGBAColor::rgb(0x0E131C, 0.93));
+        sheet.panel = panelOf(look, em, look.background ? *look.background : RGBAColor::rgb(0x0E131C, 0.93));
         sheet.panel->radius = 0.42 * em;
         break;
     }
@@ -127,13 +127,13 @@ void drawPrompt(TextFonts& fonts, cairo_t* cr, TextBlock const& text, CanvasPoin
 
 }
 
-DrawnLayer drawCaption(TextFonts& fonts, LayerSpec const& spec, LayerSpec::Caption const& caption) {
+DrawnLayer drawCaption(TextFonts& fonts, LayerSpec const& look, LayerSpec::Caption const& caption) {
     if (caption.shownBytes == 0) return {};
     if (auto readable = readableText(caption.text, longestText); readable != caption.text) {
         // Its words' places mean nothing any more.
-        return drawCaption(fonts, spec, {.text = std::move(readable), .style = caption.style, .font = caption.font});
+        return drawCaption(fonts, look, {.text = std::move(readable), .style = caption.style, .font = caption.font});
     }
-    LayerScale const scale(spec);
+    LayerScale const scale(look);
     bool const isDeveloper = caption.style == CaptionStyle::developer;
     bool const isTall = scale.height > scale.width;
     TextRoom const room{.width = 0.8 * scale.width - (isDeveloper ? 2 * scale.em : 0),
@@ -146,20 +146,20 @@ DrawnLayer drawCaption(TextFonts& fonts, LayerSpec const& spec, LayerSpec::Capti
     if (text.isEmpty()) return {};
     double const em = text.size();
     auto const area = text.area();
-    auto const sheet = sheetOf(spec, caption, em);
+    auto const sheet = sheetOf(look, caption, em);
     LayerDrawing layer(scale, area.width + (2 * sheet.padX + sheet.indent) * em, area.height + 2 * sheet.padY * em,
                        sheet.margin);
     if (sheet.panel) layer.drawPanel(*sheet.panel);
     CanvasPoint const begin{layer.body().x + sheet.padX * em, layer.body().center().y - area.height / 2 - area.y};
     CanvasPoint const at = begin + CanvasPoint{sheet.indent * em - area.x, 0};
-    SpokenPaint const paint(spec, caption);
+    SpokenPaint const paint(look, caption);
     if (isDeveloper) drawPrompt(fonts, layer.cr(), text, begin, sheet.panel->color);
     if (caption.style == CaptionStyle::creator) {
-        paintOutlined(layer.drawing(), text, at, spec, paint);
+        paintOutlined(layer.drawing(), text, at, look, paint);
     } else if (sheet.panel) {
         text.paint(layer.cr(), at, paint);
     } else {
-        paintBare(layer.drawing(), text, at, spec.color, paint);
+        paintBare(layer.drawing(), text, at, look.color, paint);
     }
     return layer.finish();
 }

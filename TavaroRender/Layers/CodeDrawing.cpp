@@ -108,11 +108,11 @@ struct LineNumbers {
 
 }
 
-DrawnLayer drawCode(TextFonts& fonts, LayerSpec const& spec, LayerSpec::Code const& code) {
-    LayerScale const scale(spec);
+DrawnLayer drawCode(TextFonts& fonts, LayerSpec const& look, LayerSpec::Code const& code) {
+    LayerScale const scale(look);
     auto const content = outdented(readableText(code.text, longestText));
     auto const tokens = codeTokens(content, code.language);
-    auto const shown = shownBytes(spec, content);
+    auto const shown = shownBytes(look, content);
     std::vector<std::size_t> cuts{shown};
     for (auto const& token : tokens) cuts.push_back(token.end);
     TextRoom const room{.width = 0.8 * scale.width,
@@ -131,9 +131,9 @@ DrawnLayer drawCode(TextFonts& fonts, LayerSpec const& spec, LayerSpec::Code con
     auto const area = text.area();
     double const least = 11 * em;
     auto const color =
-        spec.background ? *spec.background : mixed(panelColor(spec, 0.98), {0.06, 0.08, 0.14, 0.98}, 0.3);
+        look.background ? *look.background : mixed(panelColor(look, 0.98), {0.06, 0.08, 0.14, 0.98}, 0.3);
     bool const isDark = brightness(color) < 0.5;
-    auto panel = panelOf(spec, em, color);
+    auto panel = panelOf(look, em, color);
     panel.radius = 0.7 * em;
     panel.shadow.spread = 1.3 * em;
     panel.shadow.fall = 0.45 * em;
@@ -151,7 +151,7 @@ DrawnLayer drawCode(TextFonts& fonts, LayerSpec const& spec, LayerSpec::Code con
         auto const token = std::upper_bound(tokens.begin(), tokens.end(), byte,
                                             [](std::size_t b, CodeToken const& t) { return b < t.end; });
         auto const kind = token == tokens.end() ? CodeTokenKind::plain : token->kind;
-        auto const ink = kind == CodeTokenKind::plain ? mixed(spec.color, withAlpha(dim, spec.color.a), 0.1)
+        auto const ink = kind == CodeTokenKind::plain ? mixed(look.color, withAlpha(dim, look.color.a), 0.1)
                                                       : palette[static_cast<std::size_t>(kind)];
         return TextPaint{.color = ink, .isShown = byte < shown};
     });

@@ -85,10 +85,10 @@ void fillFace(cairo_t* cr, CanvasRect const& face, double radius, RGBAColor cons
     cairo_fill(cr);
 }
 
-void drawCap(cairo_t* cr, Cap const& cap, CanvasRect const& whole, LayerSpec const& spec, double size) {
-    auto const color = panelColor(spec, 1);
+void drawCap(cairo_t* cr, Cap const& cap, CanvasRect const& whole, LayerSpec const& look, double size) {
+    auto const color = panelColor(look, 1);
     bool const isDark = brightness(color) < 0.5;
-    double const unit = std::max(LayerScale(spec).unit, 0.5);
+    double const unit = std::max(LayerScale(look).unit, 0.5);
     auto const edge = mixed(color, withAlpha(RGBAColor::black, color.a), isDark ? 0.6 : 0.26);
     fillRounded(cr, whole, capRadius * size, edge);
     CanvasRect const face{whole.x, whole.y, whole.width, whole.height - std::round(capDepth * size)};
@@ -98,13 +98,13 @@ void drawCap(cairo_t* cr, Cap const& cap, CanvasRect const& whole, LayerSpec con
     // Signs are centred by what is seen of them: some hang from the capitals' height, some stand on the baseline.
     auto const ink = cap.label.ink();
     double const y = graphemesOf(cap.label.text()) == 1 ? ink.center().y : cap.label.area().center().y;
-    cap.label.paint(cr, {face.center().x - ink.center().x, face.center().y - y}, spec.color);
+    cap.label.paint(cr, {face.center().x - ink.center().x, face.center().y - y}, look.color);
 }
 
 }
 
-DrawnLayer drawKeycaps(TextFonts& fonts, LayerSpec const& spec, LayerSpec::Keycap const& keycap) {
-    LayerScale const scale(spec);
+DrawnLayer drawKeycaps(TextFonts& fonts, LayerSpec const& look, LayerSpec::Keycap const& keycap) {
+    LayerScale const scale(look);
     double size = scale.em;
     auto caps = capsOf(fonts, keycap, size);
     if (caps.empty()) return {};
@@ -122,12 +122,12 @@ DrawnLayer drawKeycaps(TextFonts& fonts, LayerSpec const& spec, LayerSpec::Keyca
         x += cap.width + std::round(capGap * size);
     }
     auto const shown =
-        spec.shownCharacters ? static_cast<std::size_t>(std::max<std::int64_t>(*spec.shownCharacters, 0)) : caps.size();
+        look.shownCharacters ? static_cast<std::size_t>(std::max<std::int64_t>(*look.shownCharacters, 0)) : caps.size();
     places.resize(std::min(places.size(), shown));
     layer.drawing().shadow({shadow}, [&](cairo_t* on) {
         for (auto const& place : places) fillRounded(on, place, capRadius * size, RGBAColor::black);
     });
-    for (std::size_t i = 0; i < places.size(); ++i) drawCap(layer.cr(), caps[i], places[i], spec, size);
+    for (std::size_t i = 0; i < places.size(); ++i) drawCap(layer.cr(), caps[i], places[i], look, size);
     return layer.finish();
 }
 

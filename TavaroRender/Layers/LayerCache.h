@@ -9,7 +9,7 @@
 
 namespace tavaro {
 
-/// Drawn layers by the key of their spec. Holds about `limit` bytes of bitmaps; the least recently asked for go first.
+/// Drawn layers by the key of their look. Holds about `limit` bytes of bitmaps; the least recently asked for go first.
 class LayerCache {
 public:
     explicit LayerCache(std::size_t limit) : limit_(limit) {}

@@ -44,7 +44,7 @@ std::optional<int> rankOf(Overlay const& overlay) {
     return std::visit(Rank{}, overlay.kind.content);
 }
 
-LayerSpec specOf(FrameState const& state, double fontSize, RGBAColor const& color,
+LayerSpec lookOf(FrameState const& state, double fontSize, RGBAColor const& color,
                  std::optional<RGBAColor> const& background) {
     return {.fontSize = fontSize,
             .color = color,
@@ -95,10 +95,10 @@ private:
     }
 
     void addText(Overlay const& overlay, LayerSpec::Kind kind, LayerPose const& pose, std::int64_t characters) {
-        PlacedLayer layer{.spec = specOf(state_, overlay.fontSize, overlay.color, overlay.backgroundColor),
+        PlacedLayer layer{.look = lookOf(state_, overlay.fontSize, overlay.color, overlay.backgroundColor),
                           .at = onCanvas(state_, overlay.position)};
-        layer.spec.kind = std::move(kind);
-        layer.spec.shownCharacters = typed(pose.shown, characters);
+        layer.look.kind = std::move(kind);
+        layer.look.shownCharacters = typed(pose.shown, characters);
         add(std::move(layer), pose);
     }
 
@@ -130,10 +130,10 @@ private:
         double const height = static_cast<double>(state_.canvas.height);
         LayerSpec::Arrow kind{{arrow.from.x * width, arrow.from.y * height}, {arrow.to.x * width, arrow.to.y * height}};
         kind.drawnSteps = static_cast<int>(std::ceil(std::clamp(pose.shown, 0.0, 1.0) * LayerSpec::Arrow::steps));
-        PlacedLayer layer{.spec = specOf(state_, overlay.fontSize, overlay.color, std::nullopt),
+        PlacedLayer layer{.look = lookOf(state_, overlay.fontSize, overlay.color, std::nullopt),
                           .place = LayerPlace::arrow,
                           .at = kind.from};
-        layer.spec.kind = kind;
+        layer.look.kind = kind;
         add(std::move(layer), pose);
     }
 
@@ -154,7 +154,7 @@ private:
         double const drop = pose.drop * smallerSide(state_);
         rect = {centre.x - rect.width / 2 * pose.scale, centre.y - rect.height / 2 * pose.scale + drop,
                 rect.width * pose.scale, rect.height * pose.scale};
-        addBox(layers_, specOf(state_, overlay.fontSize, overlay.color, overlay.backgroundColor), rect,
+        addBox(layers_, lookOf(state_, overlay.fontSize, overlay.color, overlay.backgroundColor), rect,
                std::min(opacity, 1.0));
     }
 
@@ -167,21 +167,21 @@ private:
 
     void addCard(TitleCard const& card) {
         auto const pose = cardPose(card, state_.titleCardTime);
-        PlacedLayer layer{.spec = specOf(state_, card.fontSize, card.textColor, std::nullopt),
+        PlacedLayer layer{.look = lookOf(state_, card.fontSize, card.textColor, std::nullopt),
                           .at = onCanvas(state_, UnitPoint2::center)};
-        layer.spec.kind = LayerSpec::Title{card.text, card.subtitle, LayerSpec::Title::Ground::plain};
+        layer.look.kind = LayerSpec::Title{card.text, card.subtitle, LayerSpec::Title::Ground::plain};
         if (pose.shown < 1) {
-            layer.spec.shownCharacters = typed(pose.shown, graphemesOf(card.text) + graphemesOf(card.subtitle));
+            layer.look.shownCharacters = typed(pose.shown, graphemesOf(card.text) + graphemesOf(card.subtitle));
         }
         add(std::move(layer), pose);
     }
 
     void addCaption(CaptionCue const& cue) {
         auto const& track = project_.captions;
-        PlacedLayer layer{.spec = specOf(state_, track.fontSize, track.color, track.backgroundColor),
+        PlacedLayer layer{.look = lookOf(state_, track.fontSize, track.color, track.backgroundColor),
                           .at = onCanvas(state_, track.position)};
-        layer.spec.highlightColor = track.highlightColor;
-        layer.spec.kind = spokenCaption(track, cue, state_.editTime);
+        layer.look.highlightColor = track.highlightColor;
+        layer.look.kind = spokenCaption(track, cue, state_.editTime);
         add(std::move(layer), captionPose(track.animation, cue, state_.editTime));
     }
 
@@ -192,9 +192,9 @@ private:
     }
 
     void addWatermark() {
-        PlacedLayer layer{.spec = specOf(state_, watermarkSize, RGBAColor::white, std::nullopt),
+        PlacedLayer layer{.look = lookOf(state_, watermarkSize, RGBAColor::white, std::nullopt),
                           .place = hasCameraInCorner() ? LayerPlace::otherCorner : LayerPlace::corner};
-        layer.spec.kind = LayerSpec::Watermark{watermarkText};
+        layer.look.kind = LayerSpec::Watermark{watermarkText};
         add(std::move(layer), {});
     }
 
@@ -210,8 +210,8 @@ double keptInside(double begin, double length, double side, double inset) {
 }
 
 CanvasPoint bodyAt(PlacedLayer const& layer, CanvasRect const& body) {
-    double const width = static_cast<double>(layer.spec.canvasWidth);
-    double const height = static_cast<double>(layer.spec.canvasHeight);
+    double const width = static_cast<double>(layer.look.canvasWidth);
+    double const height = static_cast<double>(layer.look.canvasHeight);
     double const side = std::min(width, height);
     if (layer.place == LayerPlace::arrow) return layer.at;
     if (layer.place == LayerPlace::corner || layer.place == LayerPlace::otherCorner) {

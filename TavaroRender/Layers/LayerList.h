@@ -22,7 +22,7 @@ enum class LayerPlace {
 
 /// A layer of a frame before it is drawn.
 struct PlacedLayer {
-    LayerSpec spec;
+    LayerSpec look;
     LayerPlace place = LayerPlace::centred;
     CanvasPoint at;
     CanvasRect rect;

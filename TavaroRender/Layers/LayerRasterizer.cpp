@@ -18,25 +18,25 @@ struct LayerRasterizer::State {
 
     TextFonts& ensureFonts() { return fonts ? *fonts : fonts.emplace(); }
 
-    DrawnLayer draw(LayerSpec const& spec) {
+    DrawnLayer draw(LayerSpec const& look) {
         struct Draw {
             State& state;
-            LayerSpec const& spec;
+            LayerSpec const& look;
 
-            DrawnLayer operator()(LayerSpec::Title const& it) { return drawTitle(state.ensureFonts(), spec, it); }
-            DrawnLayer operator()(LayerSpec::Callout const& it) { return drawCallout(state.ensureFonts(), spec, it); }
-            DrawnLayer operator()(LayerSpec::Keycap const& it) { return drawKeycaps(state.ensureFonts(), spec, it); }
-            DrawnLayer operator()(LayerSpec::Command const& it) { return drawCommand(state.ensureFonts(), spec, it); }
-            DrawnLayer operator()(LayerSpec::Code const& it) { return drawCode(state.ensureFonts(), spec, it); }
-            DrawnLayer operator()(LayerSpec::Caption const& it) { return drawCaption(state.ensureFonts(), spec, it); }
-            DrawnLayer operator()(LayerSpec::Arrow const& it) { return drawArrow(spec, it); }
-            DrawnLayer operator()(LayerSpec::Box const& it) { return drawBox(spec, it); }
+            DrawnLayer operator()(LayerSpec::Title const& it) { return drawTitle(state.ensureFonts(), look, it); }
+            DrawnLayer operator()(LayerSpec::Callout const& it) { return drawCallout(state.ensureFonts(), look, it); }
+            DrawnLayer operator()(LayerSpec::Keycap const& it) { return drawKeycaps(state.ensureFonts(), look, it); }
+            DrawnLayer operator()(LayerSpec::Command const& it) { return drawCommand(state.ensureFonts(), look, it); }
+            DrawnLayer operator()(LayerSpec::Code const& it) { return drawCode(state.ensureFonts(), look, it); }
+            DrawnLayer operator()(LayerSpec::Caption const& it) { return drawCaption(state.ensureFonts(), look, it); }
+            DrawnLayer operator()(LayerSpec::Arrow const& it) { return drawArrow(look, it); }
+            DrawnLayer operator()(LayerSpec::Box const& it) { return drawBox(look, it); }
             DrawnLayer operator()(LayerSpec::Watermark const& it) {
-                return drawWatermark(state.ensureFonts(), spec, it);
+                return drawWatermark(state.ensureFonts(), look, it);
             }
         };
         ++rasterizations;
-        return std::visit(Draw{*this, spec}, spec.kind);
+        return std::visit(Draw{*this, look}, look.kind);
     }
 };
 
@@ -45,10 +45,10 @@ LayerRasterizer::LayerRasterizer(LayerRasterizer&&) noexcept = default;
 LayerRasterizer& LayerRasterizer::operator=(LayerRasterizer&&) noexcept = default;
 LayerRasterizer::~LayerRasterizer() = default;
 
-DrawnLayer LayerRasterizer::drawn(LayerSpec const& spec) {
-    auto key = spec.cacheKey();
+DrawnLayer LayerRasterizer::drawn(LayerSpec const& look) {
+    auto key = look.cacheKey();
     if (auto const* kept = state_->cache.find(key)) return *kept;
-    auto layer = state_->draw(spec);
+    auto layer = state_->draw(look);
     state_->cache.insert(std::move(key), layer);
     return layer;
 }
@@ -56,7 +56,7 @@ DrawnLayer LayerRasterizer::drawn(LayerSpec const& spec) {
 std::vector<RasterLayer> LayerRasterizer::layers(FrameState const& state, DemoProject const& project) {
     std::vector<RasterLayer> layers;
     for (auto const& layer : placedLayers(state, project)) {
-        auto const bitmap = drawn(layer.spec);
+        auto const bitmap = drawn(layer.look);
         if (!bitmap.texture) continue;
         auto const rect = placed(layer, bitmap.texture->width(), bitmap.texture->height(), bitmap.body);
         layers.push_back({bitmap.texture, rect, layer.opacity});

@@ -35,7 +35,7 @@ public:
     std::vector<RasterLayer> layers(FrameState const& state, DemoProject const& project);
 
     /// One layer's bitmap, from the cache if it is there.
-    DrawnLayer drawn(LayerSpec const& spec);
+    DrawnLayer drawn(LayerSpec const& look);
 
     /// Bitmaps drawn so far, and bytes of those kept.
     std::int64_t rasterizations() const;

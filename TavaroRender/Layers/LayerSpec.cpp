@@ -7,7 +7,7 @@ namespace tavaro {
 
 namespace {
 
-/// Writes values one after the other, each text with its length, so that different specs never read the same.
+/// Writes values one after the other, each text with its length, so that different looks never read the same.
 class KeyWriter {
 public:
     explicit KeyWriter(std::string& key) : key_(key) {}

@@ -84,7 +84,7 @@ struct Watermark {
 
 }
 
-/// Everything that the look of one layer depends on; not where it lies nor how strong it is. Equal specs are equal
+/// Everything that the look of one layer depends on; not where it lies nor how strong it is. Equal looks are equal
 /// bitmaps.
 struct LayerSpec {
     using Title = LayerContent::Title;
@@ -107,7 +107,7 @@ struct LayerSpec {
     std::int64_t canvasHeight = 1080;
     std::optional<std::int64_t> shownCharacters; // while a text is being typed: graphemes (keys, of keycaps) shown
 
-    /// The bytes of all fields; different specs have different keys.
+    /// The bytes of all fields; different looks have different keys.
     std::string cacheKey() const;
 
     bool operator==(LayerSpec const&) const = default;

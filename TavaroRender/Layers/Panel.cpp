@@ -27,11 +27,11 @@ SoftShadow tightShadow(double em, RGBAColor const& behind) {
 
 }
 
-LayerScale::LayerScale(LayerSpec const& spec)
-    : width(static_cast<double>(std::max<std::int64_t>(spec.canvasWidth, 1)))
-    , height(static_cast<double>(std::max<std::int64_t>(spec.canvasHeight, 1)))
+LayerScale::LayerScale(LayerSpec const& look)
+    : width(static_cast<double>(std::max<std::int64_t>(look.canvasWidth, 1)))
+    , height(static_cast<double>(std::max<std::int64_t>(look.canvasHeight, 1)))
     , unit(std::min(width, height) / 1080)
-    , em((std::isfinite(spec.fontSize) ? std::clamp(spec.fontSize, smallestSize, largestSize) : usualSize) * unit) {}
+    , em((std::isfinite(look.fontSize) ? std::clamp(look.fontSize, smallestSize, largestSize) : usualSize) * unit) {}
 
 LayerDrawing::LayerDrawing(LayerScale const& scale, double bodyWidth, double bodyHeight, double margin)
     : body_{std::ceil(margin), std::ceil(margin), std::ceil(std::max(bodyWidth, 1.0)),
@@ -52,13 +52,13 @@ DrawnLayer LayerDrawing::finish() {
     return {drawing_.finish(), {body_.x * k, body_.y * k, body_.width * k, body_.height * k}};
 }
 
-RGBAColor panelColor(LayerSpec const& spec, double alpha) {
-    if (spec.background) return *spec.background;
-    return brightness(spec.color) < darkText ? RGBAColor::rgb(0xFAFAFC, alpha) : RGBAColor::rgb(0x15171C, alpha);
+RGBAColor panelColor(LayerSpec const& look, double alpha) {
+    if (look.background) return *look.background;
+    return brightness(look.color) < darkText ? RGBAColor::rgb(0xFAFAFC, alpha) : RGBAColor::rgb(0x15171C, alpha);
 }
 
-Panel panelOf(LayerSpec const& spec, double em, RGBAColor const& color) {
-    double const unit = LayerScale(spec).unit;
+Panel panelOf(LayerSpec const& look, double em, RGBAColor const& color) {
+    double const unit = LayerScale(look).unit;
     return {.radius = 0.45 * em,
             .color = color,
             .shadow = {.spread = 0.6 * em, .fall = 0.2 * em, .color = {0, 0, 0, 0.34 * std::clamp(color.a, 0.0, 1.0)}},
@@ -82,8 +82,8 @@ void paintBare(Drawing& drawing, TextBlock const& text, CanvasPoint at, RGBAColo
 
 double bareReach(double em) { return wideShadow(em, RGBAColor::black).reach() + 0.3 * em; }
 
-std::size_t shownBytes(LayerSpec const& spec, std::string const& text) {
-    return spec.shownCharacters ? bytesOfGraphemes(text, *spec.shownCharacters) : text.size();
+std::size_t shownBytes(LayerSpec const& look, std::string const& text) {
+    return look.shownCharacters ? bytesOfGraphemes(text, *look.shownCharacters) : text.size();
 }
 
 }

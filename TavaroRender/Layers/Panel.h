@@ -34,8 +34,8 @@ private:
 };
 
 /// A dark sheet under a light text and a light one under a dark text, or the colour asked for.
-RGBAColor panelColor(LayerSpec const& spec, double alpha);
-Panel panelOf(LayerSpec const& spec, double em, RGBAColor const& color);
+RGBAColor panelColor(LayerSpec const& look, double alpha);
+Panel panelOf(LayerSpec const& look, double em, RGBAColor const& color);
 
 /// Paints a text that stands on the bare picture, over a soft shadow that keeps it readable on any.
 void paintBare(Drawing& drawing, TextBlock const& text, CanvasPoint at, RGBAColor const& color,
@@ -44,6 +44,6 @@ void paintBare(Drawing& drawing, TextBlock const& text, CanvasPoint at, RGBAColo
 double bareReach(double em);
 
 /// The bytes of the text that are shown while it is typed.
-std::size_t shownBytes(LayerSpec const& spec, std::string const& text);
+std::size_t shownBytes(LayerSpec const& look, std::string const& text);
 
 }

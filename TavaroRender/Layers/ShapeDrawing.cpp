@@ -33,8 +33,8 @@ struct ArrowShape {
 
 CanvasPoint across(CanvasPoint direction) { return {-direction.y, direction.x}; }
 
-ArrowShape shapeOf(LayerSpec const& spec, LayerSpec::Arrow const& arrow) {
-    LayerScale const scale(spec);
+ArrowShape shapeOf(LayerSpec const& look, LayerSpec::Arrow const& arrow) {
+    LayerScale const scale(look);
     auto const way = arrow.to - arrow.from;
     double const length = way.length();
     // The curve bows upward, or downward where up would leave the canvas.
@@ -105,15 +105,15 @@ SoftShadow boxShadow(LayerScale const& scale) {
     return {.spread = 14 * scale.em / 36, .fall = 3 * scale.em / 36, .color = {0, 0, 0, 0.42}};
 }
 
-void paintBox(LayerDrawing& layer, LayerSpec const& spec) {
-    LayerScale const scale(spec);
+void paintBox(LayerDrawing& layer, LayerSpec const& look) {
+    LayerScale const scale(look);
     auto const& body = layer.body();
     double const line = std::min(boxLine(scale), std::min(body.width, body.height) / 2);
     double const radius = boxRadius(scale);
     layer.drawing().shadow({boxShadow(scale)},
                            [&](cairo_t* on) { strokeRounded(on, body, radius, line, RGBAColor::black); });
-    if (spec.background) fillRounded(layer.cr(), body, radius, *spec.background);
-    strokeRounded(layer.cr(), body, radius, line, spec.color);
+    if (look.background) fillRounded(layer.cr(), body, radius, *look.background);
+    strokeRounded(layer.cr(), body, radius, line, look.color);
 }
 
 /// The part of the bitmap as a bitmap of its own.
@@ -125,12 +125,12 @@ DrawnLayer cut(DrawnLayer const& whole, int x, int y, int width, int height) {
     return {image, {0, 0, static_cast<double>(width), static_cast<double>(height)}};
 }
 
-DrawnLayer boxPiece(LayerSpec const& spec, LayerSpec::Box::Piece piece) {
-    auto const sides = boxPieces(spec);
+DrawnLayer boxPiece(LayerSpec const& look, LayerSpec::Box::Piece piece) {
+    auto const sides = boxPieces(look);
     constexpr int straight = 2;
     double const inner = 2.0 * (sides.corner - sides.margin) + straight;
-    LayerDrawing layer(LayerScale(spec), inner, inner, sides.margin);
-    paintBox(layer, spec);
+    LayerDrawing layer(LayerScale(look), inner, inner, sides.margin);
+    paintBox(layer, look);
     auto const whole = layer.finish();
     // The pieces stand in three rows of three, as their names are listed.
     int const place = static_cast<int>(piece) - 1;
@@ -142,12 +142,12 @@ DrawnLayer boxPiece(LayerSpec const& spec, LayerSpec::Box::Piece piece) {
 
 }
 
-DrawnLayer drawArrow(LayerSpec const& spec, LayerSpec::Arrow const& arrow) {
-    LayerScale const scale(spec);
+DrawnLayer drawArrow(LayerSpec const& look, LayerSpec::Arrow const& arrow) {
+    LayerScale const scale(look);
     double const end = std::clamp(arrow.drawnSteps, 0, arrow.steps) / static_cast<double>(arrow.steps);
     double const length = (arrow.to - arrow.from).length();
     if (!(length >= 4 * scale.unit) || end <= 0 || !isNear(arrow.from) || !isNear(arrow.to)) return {};
-    auto const shape = shapeOf(spec, arrow);
+    auto const shape = shapeOf(look, arrow);
     SoftShadow const shadow{.spread = 1.5 * shape.thickness, .fall = 0.4 * shape.thickness, .color = {0, 0, 0, 0.42}};
     double const margin = std::ceil(shadow.reach() + shape.headWidth);
     // The curve stays within its control points; what lies off the canvas is not worth a bitmap.
@@ -159,31 +159,31 @@ DrawnLayer drawArrow(LayerSpec const& spec, LayerSpec::Arrow const& arrow) {
     Drawing drawing(static_cast<int>(std::ceil(right - left)), static_cast<int>(std::ceil(bottom - top)));
     CanvasPoint const offset{-left, -top};
     drawing.shadow({shadow}, [&](cairo_t* on) { paintArrow(on, shape, end, offset, 0); });
-    if (brightness(spec.color) > 0.5) {
+    if (brightness(look.color) > 0.5) {
         setColor(drawing.cr(), {0, 0, 0, 0.28});
         paintArrow(drawing.cr(), shape, end, offset, 1.2 * scale.unit);
     }
-    setColor(drawing.cr(), spec.color);
+    setColor(drawing.cr(), look.color);
     paintArrow(drawing.cr(), shape, end, offset, 0);
     CanvasRect const body{shape.from.x - left, shape.from.y - top, shape.to.x - shape.from.x,
                           shape.to.y - shape.from.y};
     return {drawing.finish(), body};
 }
 
-BoxPieces boxPieces(LayerSpec const& spec) {
-    LayerScale const scale(spec);
+BoxPieces boxPieces(LayerSpec const& look) {
+    LayerScale const scale(look);
     int const margin = static_cast<int>(std::ceil(boxShadow(scale).reach()));
     // The shadow of a corner is felt along the sides as far as it is soft.
     return {2 * margin + static_cast<int>(std::ceil(std::max(boxRadius(scale), boxLine(scale)))), margin};
 }
 
-DrawnLayer drawBox(LayerSpec const& spec, LayerSpec::Box const& box) {
-    if (box.piece != LayerSpec::Box::Piece::whole) return boxPiece(spec, box.piece);
-    LayerScale const scale(spec);
+DrawnLayer drawBox(LayerSpec const& look, LayerSpec::Box const& box) {
+    if (box.piece != LayerSpec::Box::Piece::whole) return boxPiece(look, box.piece);
+    LayerScale const scale(look);
     if (box.width < 1 || box.height < 1) return {};
     auto const side = [](std::int64_t asked, double most) { return std::min(static_cast<double>(asked), most); };
     LayerDrawing layer(scale, side(box.width, scale.width), side(box.height, scale.height), boxShadow(scale).reach());
-    paintBox(layer, spec);
+    paintBox(layer, look);
     return layer.finish();
 }
 

@@ -27,15 +27,15 @@ struct TitleText {
     bool isEmpty() const { return title.isEmpty() && subtitle.isEmpty(); }
 };
 
-TextBlock blockOf(TextFonts& fonts, LayerSpec const& spec, std::string const& text, TextStyle const& style,
+TextBlock blockOf(TextFonts& fonts, LayerSpec const& look, std::string const& text, TextStyle const& style,
                   TextRoom const& room) {
-    return TextBlock(fonts, text, style, room, {shownBytes(spec, text)});
+    return TextBlock(fonts, text, style, room, {shownBytes(look, text)});
 }
 
-TitleText textOf(TextFonts& fonts, LayerSpec const& spec, LayerSpec::Title const& title) {
-    LayerScale const scale(spec);
+TitleText textOf(TextFonts& fonts, LayerSpec const& look, LayerSpec::Title const& title) {
+    LayerScale const scale(look);
     bool const isTall = scale.height > scale.width;
-    TextRoom room{.width = 0.84 * scale.width - 2 * (spec.background ? padX * scale.em : 0),
+    TextRoom room{.width = 0.84 * scale.width - 2 * (look.background ? padX * scale.em : 0),
                   .height = 0.5 * scale.height,
                   .lines = isTall ? 5 : 3,
                   .smallest = 0.4};
@@ -45,10 +45,10 @@ TitleText textOf(TextFonts& fonts, LayerSpec const& spec, LayerSpec::Title const
     TextStyle const small{.size = subtitleSize * scale.em, .weight = 500, .lineHeight = 1.35};
     auto const first = readableText(title.text, longestText);
     auto const second = readableText(title.subtitle, longestText);
-    LayerSpec rest = spec;
+    LayerSpec rest = look;
     if (rest.shownCharacters)
-        rest.shownCharacters = std::max<std::int64_t>(*spec.shownCharacters - graphemesOf(first), 0);
-    TitleText text{blockOf(fonts, spec, first, large, room), {fonts, "", small, room}, 0};
+        rest.shownCharacters = std::max<std::int64_t>(*look.shownCharacters - graphemesOf(first), 0);
+    TitleText text{blockOf(fonts, look, first, large, room), {fonts, "", small, room}, 0};
     room.height = 0.22 * scale.height;
     text.subtitle = blockOf(fonts, rest, second, small, room);
     if (!text.title.isEmpty() && !text.subtitle.isEmpty()) text.between = gap * text.title.size();
@@ -57,24 +57,24 @@ TitleText textOf(TextFonts& fonts, LayerSpec const& spec, LayerSpec::Title const
 
 }
 
-DrawnLayer drawTitle(TextFonts& fonts, LayerSpec const& spec, LayerSpec::Title const& title) {
-    auto const text = textOf(fonts, spec, title);
+DrawnLayer drawTitle(TextFonts& fonts, LayerSpec const& look, LayerSpec::Title const& title) {
+    auto const text = textOf(fonts, look, title);
     if (text.isEmpty()) return {};
     double const em = text.title.isEmpty() ? text.subtitle.size() / subtitleSize : text.title.size();
-    double const x = spec.background ? padX * em : 0;
-    double const y = spec.background ? padY * em : 0;
-    auto const panel = panelOf(spec, em, spec.background.value_or(RGBAColor::clear));
-    bool const isBare = !spec.background && title.ground == LayerSpec::Title::Ground::picture;
-    double const margin = spec.background ? panel.shadow.reach() : bareReach(em);
-    LayerDrawing layer(LayerScale(spec), text.width() + 2 * x, text.height() + 2 * y, margin);
-    if (spec.background) layer.drawPanel(panel);
+    double const x = look.background ? padX * em : 0;
+    double const y = look.background ? padY * em : 0;
+    auto const panel = panelOf(look, em, look.background.value_or(RGBAColor::clear));
+    bool const isBare = !look.background && title.ground == LayerSpec::Title::Ground::picture;
+    double const margin = look.background ? panel.shadow.reach() : bareReach(em);
+    LayerDrawing layer(LayerScale(look), text.width() + 2 * x, text.height() + 2 * y, margin);
+    if (look.background) layer.drawPanel(panel);
 
     double top = layer.body().y + y;
-    auto typed = spec.shownCharacters;
+    auto typed = look.shownCharacters;
     for (auto const* block : {&text.title, &text.subtitle}) {
         if (block->isEmpty()) continue;
         bool const isSubtitle = block == &text.subtitle;
-        auto const color = isSubtitle ? withAlpha(spec.color, spec.color.a * subtitleStrength) : spec.color;
+        auto const color = isSubtitle ? withAlpha(look.color, look.color.a * subtitleStrength) : look.color;
         std::size_t const shown = typed ? bytesOfGraphemes(block->text(), *typed) : std::string::npos;
         auto const paintOf = [&](std::size_t byte) { return TextPaint{.color = color, .isShown = byte < shown}; };
         auto const area = block->area();

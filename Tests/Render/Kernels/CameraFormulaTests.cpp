@@ -17,19 +17,6 @@ namespace {
 
 constexpr int side = 200;
 
-Image filled(int width, int height, Pixel color) {
-    Image image(width, height);
-    for (int y = 0; y < height; ++y)
-        for (int x = 0; x < width; ++x) {
-            auto* p = image.row(y) + 4 * x;
-            p[0] = static_cast<std::uint8_t>(color.r);
-            p[1] = static_cast<std::uint8_t>(color.g);
-            p[2] = static_cast<std::uint8_t>(color.b);
-            p[3] = static_cast<std::uint8_t>(color.a);
-        }
-    return image;
-}
-
 /// Every column has a red of its own and every row a green.
 Image ramp(int width, int height) {
     Image image(width, height);

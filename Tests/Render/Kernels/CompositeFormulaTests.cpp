@@ -12,19 +12,6 @@ namespace {
 
 constexpr Pixel blue{51, 77, 230, 255};
 
-Image filled(int width, int height, Pixel color) {
-    Image image(width, height);
-    for (int y = 0; y < height; ++y)
-        for (int x = 0; x < width; ++x) {
-            auto* p = image.row(y) + 4 * x;
-            p[0] = static_cast<std::uint8_t>(color.r);
-            p[1] = static_cast<std::uint8_t>(color.g);
-            p[2] = static_cast<std::uint8_t>(color.b);
-            p[3] = static_cast<std::uint8_t>(color.a);
-        }
-    return image;
-}
-
 /// A solid blue canvas of 200 × 120 with the recording in the middle.
 CompositeUniforms solidLook() {
     auto u = plainLook(200, 120, 0.2f);

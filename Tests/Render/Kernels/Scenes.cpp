@@ -159,6 +159,19 @@ Difference difference(ImageView a, ImageView b) {
     return result;
 }
 
+Image filled(int width, int height, Pixel color) {
+    Image image(width, height);
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x) {
+            auto* p = image.row(y) + 4 * x;
+            p[0] = static_cast<std::uint8_t>(color.r);
+            p[1] = static_cast<std::uint8_t>(color.g);
+            p[2] = static_cast<std::uint8_t>(color.b);
+            p[3] = static_cast<std::uint8_t>(color.a);
+        }
+    return image;
+}
+
 Pixel at(Image const& image, int x, int y) {
     auto const* p = image.row(y) + 4 * x;
     return {p[0], p[1], p[2], p[3]};

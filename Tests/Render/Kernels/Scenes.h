@@ -65,5 +65,7 @@ struct Pixel {
     bool operator==(Pixel const&) const = default;
 };
 Pixel at(Image const& image, int x, int y);
+/// All of one colour.
+Image filled(int width, int height, Pixel color);
 
 }

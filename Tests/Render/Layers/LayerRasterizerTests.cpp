@@ -139,7 +139,7 @@ TEST(LayerList, annotationsLieBelowKeysTheseBelowTitlesAndCaptionsAndTheWatermar
     frame.caption("Caption", CaptionStyle::minimal);
     frame.project.exportSettings.includeWatermark = true;
     std::vector<std::size_t> kinds;
-    for (auto const& layer : placedLayers(frame.state, frame.project)) kinds.push_back(layer.spec.kind.index());
+    for (auto const& layer : placedLayers(frame.state, frame.project)) kinds.push_back(layer.look.kind.index());
     auto const indexOf = [](LayerSpec::Kind const& kind) { return kind.index(); };
     EXPECT_THAT(kinds, ElementsAre(indexOf(LayerSpec::Arrow{}), indexOf(LayerSpec::Callout{}),
                                    indexOf(LayerSpec::Keycap{}), indexOf(LayerSpec::Title{}),
@@ -155,7 +155,7 @@ TEST(LayerList, aCardIsShownInsteadOfEverythingButTheWatermark) {
     frame.state.titleCardTime = 1;
     auto const layers = placedLayers(frame.state, frame.project);
     ASSERT_THAT(layers, SizeIs(1));
-    EXPECT_EQ(std::get<LayerSpec::Title>(layers[0].spec.kind).text, "Welcome");
+    EXPECT_EQ(std::get<LayerSpec::Title>(layers[0].look.kind).text, "Welcome");
     frame.project.exportSettings.includeWatermark = true;
     EXPECT_THAT(placedLayers(frame.state, frame.project), SizeIs(2));
 }

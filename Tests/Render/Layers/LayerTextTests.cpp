@@ -16,7 +16,7 @@ namespace tavaro {
 
 namespace {
 
-LayerSpec specOf(LayerSpec::Kind kind) { return {.kind = std::move(kind)}; }
+LayerSpec lookOf(LayerSpec::Kind kind) { return {.kind = std::move(kind)}; }
 
 LayerSpec captionOf(std::string text, CaptionStyle style) {
     return {.kind = LayerSpec::Caption{.text = std::move(text), .style = style}, .fontSize = 42};
@@ -71,11 +71,11 @@ TEST(LayerText, noLetterLeavesItsPanel) {
           std::string("a long callout that has to be broken into several lines to be read at all")}) {
         for (auto const& kind : kindsWith(text)) {
             for (double const size : {12.0, 36.0, 400.0}) {
-                auto spec = specOf(kind);
-                spec.fontSize = size;
-                spec.color = RGBAColor::rgb(0xFF0000);
-                spec.background = RGBAColor::black;
-                auto const layer = rasterizer.drawn(spec);
+                auto look = lookOf(kind);
+                look.fontSize = size;
+                look.color = RGBAColor::rgb(0xFF0000);
+                look.background = RGBAColor::black;
+                auto const layer = rasterizer.drawn(look);
                 ASSERT_TRUE(layer.texture);
                 auto const red = redOf(*layer.texture);
                 if (red.isEmpty()) continue;
@@ -116,14 +116,14 @@ TEST(LayerText, wordsThatAppearDoNotMoveThoseBeforeThem) {
 TEST(LayerText, typedLettersStandWhereTheyStandInTheEnd) {
     LayerRasterizer rasterizer;
     for (auto const& kind : kindsWith("Typed letters")) {
-        auto spec = specOf(kind);
-        spec.color = RGBAColor::rgb(0xFF0000);
-        spec.background = RGBAColor::black;
-        auto const whole = rasterizer.drawn(spec);
+        auto look = lookOf(kind);
+        look.color = RGBAColor::rgb(0xFF0000);
+        look.background = RGBAColor::black;
+        auto const whole = rasterizer.drawn(look);
         double right = 0;
         for (int shown = 1; shown <= 13; shown += 3) {
-            spec.shownCharacters = shown;
-            auto const layer = rasterizer.drawn(spec);
+            look.shownCharacters = shown;
+            auto const layer = rasterizer.drawn(look);
             if (!layer.texture) continue;
             ASSERT_EQ(layer.body, whole.body);
             auto const red = redOf(*layer.texture);
@@ -136,25 +136,25 @@ TEST(LayerText, typedLettersStandWhereTheyStandInTheEnd) {
 
 TEST(LayerText, rightToLeftTextBeginsOnTheRight) {
     LayerRasterizer rasterizer;
-    auto spec = captionOf("اختبار للترجمة على الشاشة", CaptionStyle::minimal);
-    auto const whole = rasterizer.drawn(spec);
-    std::get<LayerSpec::Caption>(spec.kind).shownBytes = 12; // the first word
-    auto const first = rasterizer.drawn(spec);
+    auto look = captionOf("اختبار للترجمة على الشاشة", CaptionStyle::minimal);
+    auto const whole = rasterizer.drawn(look);
+    std::get<LayerSpec::Caption>(look.kind).shownBytes = 12; // the first word
+    auto const first = rasterizer.drawn(look);
     EXPECT_NEAR(inkOf(*first.texture).maxX(), inkOf(*whole.texture).maxX(), 1);
     EXPECT_GT(inkOf(*first.texture).x, whole.body.center().x);
 }
 
 TEST(LayerText, onlyTheSpokenWordIsLit) {
     LayerRasterizer rasterizer;
-    auto spec = captionOf("one two six", CaptionStyle::creator);
-    spec.highlightColor = RGBAColor::rgb(0xFF0000);
-    EXPECT_TRUE(redOf(*rasterizer.drawn(spec).texture).isEmpty());
-    auto& caption = std::get<LayerSpec::Caption>(spec.kind);
+    auto look = captionOf("one two six", CaptionStyle::creator);
+    look.highlightColor = RGBAColor::rgb(0xFF0000);
+    EXPECT_TRUE(redOf(*rasterizer.drawn(look).texture).isEmpty());
+    auto& caption = std::get<LayerSpec::Caption>(look.kind);
     double last = 0;
     for (std::size_t const begin : {0, 4, 8}) {
         caption.spokenBegin = begin;
         caption.spokenEnd = begin + 3;
-        auto const layer = rasterizer.drawn(spec);
+        auto const layer = rasterizer.drawn(look);
         auto const lit = redOf(*layer.texture);
         EXPECT_GT(lit.x, last);
         EXPECT_LT(lit.width, layer.body.width / 2);
@@ -165,9 +165,9 @@ TEST(LayerText, onlyTheSpokenWordIsLit) {
 TEST(LayerText, blankTextsDrawNothing) {
     LayerRasterizer rasterizer;
     for (char const* text : {"", "   ", "\n\t", "\x01\x02", "\xE2\x80\xA8"}) {
-        for (auto const& kind : kindsWith(text)) EXPECT_FALSE(rasterizer.drawn(specOf(kind)).texture) << kind.index();
+        for (auto const& kind : kindsWith(text)) EXPECT_FALSE(rasterizer.drawn(lookOf(kind)).texture) << kind.index();
     }
-    EXPECT_FALSE(rasterizer.drawn(specOf(LayerSpec::Keycap{})).texture);
+    EXPECT_FALSE(rasterizer.drawn(lookOf(LayerSpec::Keycap{})).texture);
 }
 
 TEST(LayerText, absurdSpecsAreDrawnWithinAFewCanvases) {
@@ -182,11 +182,11 @@ TEST(LayerText, absurdSpecsAreDrawnWithinAFewCanvases) {
           std::string("a\0b", 3), std::string("\"`'/*<!--")}) {
         for (auto const& kind : kindsWith(text)) {
             for (double const size : {0.0, text.size() == 10000 ? nan : 5000.0}) {
-                auto spec = specOf(kind);
-                spec.fontSize = size;
-                spec.canvasWidth = 640;
-                spec.canvasHeight = 360;
-                auto const layer = rasterizer.drawn(spec);
+                auto look = lookOf(kind);
+                look.fontSize = size;
+                look.canvasWidth = 640;
+                look.canvasHeight = 360;
+                auto const layer = rasterizer.drawn(look);
                 if (!layer.texture) continue;
                 EXPECT_LE(layer.texture->width() * layer.texture->height(), 4 * 640 * 360)
                     << kind.index() << " " << size;
@@ -196,7 +196,7 @@ TEST(LayerText, absurdSpecsAreDrawnWithinAFewCanvases) {
         }
     }
     for (CanvasPoint const end : {CanvasPoint{nan, 0}, {1e300, 5}, {-1e9, 1e9}, {100, 100}}) {
-        auto const layer = rasterizer.drawn(specOf(LayerSpec::Arrow{{100, 100}, end}));
+        auto const layer = rasterizer.drawn(lookOf(LayerSpec::Arrow{{100, 100}, end}));
         EXPECT_FALSE(layer.texture) << end.x;
     }
 }
@@ -224,10 +224,10 @@ TEST(LayerTextDeathTest, otherFontsStandInAndAComputerWithoutAnySaysSo) {
 
 TEST(LayerText, linesOfAWrappedTextAreOfAboutOneLength) {
     LayerRasterizer rasterizer;
-    auto spec = captionOf("Open the dashboard and pick the project that you would like to record and to share today",
+    auto look = captionOf("Open the dashboard and pick the project that you would like to record and to share today",
                           CaptionStyle::developer);
-    spec.color = RGBAColor::rgb(0xFF0000);
-    auto const layer = rasterizer.drawn(spec);
+    look.color = RGBAColor::rgb(0xFF0000);
+    auto const layer = rasterizer.drawn(look);
     auto const lineOf = [&](int begin) { // of two
         int const height = layer.texture->height() / 2;
         Image half(layer.texture->width(), height);
