@@ -53,7 +53,7 @@ public:
             paint.overShare = byte < caption_.spokenBegin ? 1.0
                               : isSpoken ? static_cast<double>(caption_.spokenSteps) / LayerSpec::Caption::stepsPerWord
                                          : 0.0;
-        } else if (caption_.style != CaptionStyle::minimal && isSpoken) {
+        } else if (isSpoken) {
             paint.color = look_.highlightColor;
         }
         return paint;

@@ -71,7 +71,6 @@ LayerSpec::Caption spokenCaption(CaptionTrack const& track, CaptionCue const& cu
         if (count == drawn.words.size() && count > 0) caption.shownBytes = std::string::npos;
     }
     caption.text = std::move(drawn.text);
-    if (track.style == CaptionStyle::minimal) return caption;
 
     auto const next =
         std::find_if(parts.begin(), parts.end(), [&](SpokenPart const& part) { return !(part.start <= at); });

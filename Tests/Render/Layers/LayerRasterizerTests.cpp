@@ -105,7 +105,7 @@ TEST(LayerRasterizer, aCaptionIsDrawnAgainOnlyWhenAnotherWordIsSpoken) {
         }
         return rasterizer.rasterizations();
     };
-    EXPECT_EQ(drawings(CaptionStyle::minimal, CaptionReveal::line), 1);
+    EXPECT_EQ(drawings(CaptionStyle::minimal, CaptionReveal::line), 5);
     EXPECT_EQ(drawings(CaptionStyle::minimal, CaptionReveal::word), 5);
     EXPECT_EQ(drawings(CaptionStyle::creator, CaptionReveal::line), 5);
     EXPECT_EQ(drawings(CaptionStyle::developer, CaptionReveal::word), 5);

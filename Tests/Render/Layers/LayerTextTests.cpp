@@ -146,19 +146,21 @@ TEST(LayerText, rightToLeftTextBeginsOnTheRight) {
 
 TEST(LayerText, onlyTheSpokenWordIsLit) {
     LayerRasterizer rasterizer;
-    auto look = captionOf("one two six", CaptionStyle::creator);
-    look.highlightColor = RGBAColor::rgb(0xFF0000);
-    EXPECT_TRUE(redOf(*rasterizer.drawn(look).texture).isEmpty());
-    auto& caption = std::get<LayerSpec::Caption>(look.kind);
-    double last = 0;
-    for (std::size_t const begin : {0, 4, 8}) {
-        caption.spokenBegin = begin;
-        caption.spokenEnd = begin + 3;
-        auto const layer = rasterizer.drawn(look);
-        auto const lit = redOf(*layer.texture);
-        EXPECT_GT(lit.x, last);
-        EXPECT_LT(lit.width, layer.body.width / 2);
-        last = lit.maxX();
+    for (auto const style : {CaptionStyle::minimal, CaptionStyle::creator, CaptionStyle::developer}) {
+        auto look = captionOf("one two six", style);
+        look.highlightColor = RGBAColor::rgb(0xFF0000);
+        EXPECT_TRUE(redOf(*rasterizer.drawn(look).texture).isEmpty());
+        auto& caption = std::get<LayerSpec::Caption>(look.kind);
+        double last = 0;
+        for (std::size_t const begin : {0, 4, 8}) {
+            caption.spokenBegin = begin;
+            caption.spokenEnd = begin + 3;
+            auto const layer = rasterizer.drawn(look);
+            auto const lit = redOf(*layer.texture);
+            EXPECT_GT(lit.x, last) << nameOf(style);
+            EXPECT_LT(lit.width, layer.body.width / 2) << nameOf(style);
+            last = lit.maxX();
+        }
     }
 }
 
