@@ -7,8 +7,9 @@
 namespace tavaro {
 
 /// A file being written. `beside` writes under a hidden name in the same folder, and `commit` renames it: under the
-/// final name there is never half a file; what a killed process left hidden beside it is removed. `inPlace` writes under the final name at once and keeps what is written.
-/// Failures are `MediaError`s with the words of a failed writing.
+/// final name there is never half a file; what a killed process left hidden beside it is removed. `inPlace` writes
+/// under the final name at once and keeps what is written. Failures are `MediaError`s with the words of a failed
+/// writing.
 class OutputFile {
 public:
     enum class Place { beside, inPlace };

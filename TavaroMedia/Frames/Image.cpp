@@ -28,7 +28,8 @@ Image::Image(int width, int height) : width_(width), height_(height) {
 
 Image Image::copy() const {
     Image result(width_, height_);
-    if (!isEmpty()) std::memcpy(result.row(0), row(0), static_cast<std::size_t>(stride_) * static_cast<std::size_t>(height_));
+    if (!isEmpty())
+        std::memcpy(result.row(0), row(0), static_cast<std::size_t>(stride_) * static_cast<std::size_t>(height_));
     return result;
 }
 

@@ -115,7 +115,8 @@ TEST_F(ScreenRecorderTest, aPauseIsNeitherInTheMovieNorInTheLog) {
     recorder.setPaused(false);
     recordUntil(recorder, 0.8);
     auto const take = recorder.stop();
-    EXPECT_LT(take.duration, mediaClockNow() - began - 0.4 + 2.0 / 60) << "the pause lasted 0.4 s, give or take a frame at each end";
+    EXPECT_LT(take.duration, mediaClockNow() - began - 0.4 + 2.0 / 60)
+        << "the pause lasted 0.4 s, give or take a frame at each end";
     MovieReader reader(take.movie);
     EXPECT_TRUE(isNear(pixel(reader, pausedAt - 0.05, 160, 120), 0x2040c0));
     EXPECT_TRUE(isNear(pixel(reader, pausedAt + 0.3, 160, 120), 0xe0a020)) << "nothing of the pause between";
