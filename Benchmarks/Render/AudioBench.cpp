@@ -16,8 +16,8 @@
 #include <TavaroCore/Package/ProjectPackage.h>
 #include <TavaroCore/Project/DemoProject.h>
 #include <TavaroMedia/Audio/AudioFileWriter.h>
-#include <TavaroRender/Audio/AudioEnhancer.h>
-#include <TavaroRender/Export/AudioPass.h>
+#include <TavaroRender/Audio/Private/AudioEnhancer.h>
+#include <TavaroRender/Export/Private/AudioPass.h>
 
 namespace tavaro {
 

@@ -1,4 +1,4 @@
-#include <TavaroCapture/Events/CursorNames.h>
+#include <TavaroCapture/Events/Private/CursorNames.h>
 
 #include <algorithm>
 #include <iterator>

@@ -1,4 +1,4 @@
-#include <TavaroCapture/Events/EventLog.h>
+#include <TavaroCapture/Events/Private/EventLog.h>
 
 #include <algorithm>
 #include <cstdlib>

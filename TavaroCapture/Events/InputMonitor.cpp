@@ -1,10 +1,10 @@
-#include <TavaroCapture/Events/InputMonitor.h>
+#include <TavaroCapture/Events/Private/InputMonitor.h>
 
-#include <TavaroCapture/Events/CursorNames.h>
-#include <TavaroCapture/Events/Keyboard.h>
-#include <TavaroCapture/Events/SecurePrompts.h>
+#include <TavaroCapture/Events/Private/CursorNames.h>
+#include <TavaroCapture/Events/Private/Keyboard.h>
+#include <TavaroCapture/Events/Private/SecurePrompts.h>
 #include <TavaroCapture/Sources/CaptureError.h>
-#include <TavaroCapture/X11/Desktop.h>
+#include <TavaroCapture/X11/Private/Desktop.h>
 #include <TavaroPlatform/Clocks/MediaClock.h>
 
 #include <algorithm>

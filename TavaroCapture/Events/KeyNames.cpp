@@ -1,4 +1,4 @@
-#include <TavaroCapture/Events/KeyNames.h>
+#include <TavaroCapture/Events/Private/KeyNames.h>
 
 #include <utility>
 

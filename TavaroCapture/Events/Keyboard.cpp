@@ -1,6 +1,6 @@
-#include <TavaroCapture/Events/Keyboard.h>
+#include <TavaroCapture/Events/Private/Keyboard.h>
 
-#include <TavaroCapture/Events/KeyNames.h>
+#include <TavaroCapture/Events/Private/KeyNames.h>
 
 #include <xkbcommon/xkbcommon-x11.h>
 #include <xkbcommon/xkbcommon.h>

@@ -1,4 +1,4 @@
-#include <TavaroCapture/Events/SecurePrompts.h>
+#include <TavaroCapture/Events/Private/SecurePrompts.h>
 
 #include <algorithm>
 #include <string>

@@ -1,4 +1,4 @@
-#include <TavaroCapture/Events/TakeClock.h>
+#include <TavaroCapture/Events/Private/TakeClock.h>
 
 #include <algorithm>
 #include <limits>

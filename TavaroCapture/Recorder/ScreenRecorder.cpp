@@ -1,6 +1,6 @@
 #include <TavaroCapture/Recorder/ScreenRecorder.h>
 
-#include <TavaroCapture/Recorder/Take.h>
+#include <TavaroCapture/Recorder/Private/Take.h>
 
 #include <fmt/format.h>
 

@@ -1,4 +1,4 @@
-#include <TavaroCapture/Recorder/Take.h>
+#include <TavaroCapture/Recorder/Private/Take.h>
 
 #include <TavaroCapture/Recovery/RecoveryStore.h>
 #include <TavaroCapture/Segments/RecordingManifest.h>

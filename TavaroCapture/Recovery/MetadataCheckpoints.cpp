@@ -1,4 +1,4 @@
-#include <TavaroCapture/Recovery/MetadataCheckpoints.h>
+#include <TavaroCapture/Recovery/Private/MetadataCheckpoints.h>
 
 #include <TavaroCore/Files/AtomicFile.h>
 #include <TavaroCore/Records/JSON.h>

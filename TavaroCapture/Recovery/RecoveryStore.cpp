@@ -1,8 +1,8 @@
 #include <TavaroCapture/Recovery/RecoveryStore.h>
 
-#include <TavaroCapture/Events/EventLog.h>
-#include <TavaroCapture/Recovery/MetadataCheckpoints.h>
-#include <TavaroCapture/Recovery/WorkingFolderClaim.h>
+#include <TavaroCapture/Events/Private/EventLog.h>
+#include <TavaroCapture/Recovery/Private/MetadataCheckpoints.h>
+#include <TavaroCapture/Recovery/Private/WorkingFolderClaim.h>
 #include <TavaroCapture/Sources/CaptureError.h>
 #include <TavaroCore/Errors/SystemReason.h>
 #include <TavaroMedia/Errors/MediaError.h>

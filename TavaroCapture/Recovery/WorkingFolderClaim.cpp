@@ -1,4 +1,4 @@
-#include <TavaroCapture/Recovery/WorkingFolderClaim.h>
+#include <TavaroCapture/Recovery/Private/WorkingFolderClaim.h>
 
 #include <fcntl.h>
 #include <sys/file.h>

@@ -1,4 +1,4 @@
-#include <TavaroCapture/Screen/GrabTarget.h>
+#include <TavaroCapture/Screen/Private/GrabTarget.h>
 
 #include <TavaroCapture/Sources/CaptureError.h>
 

@@ -1,6 +1,6 @@
-#include <TavaroCapture/Screen/ScreenGrabber.h>
+#include <TavaroCapture/Screen/Private/ScreenGrabber.h>
 
-#include <TavaroCapture/Screen/GrabTarget.h>
+#include <TavaroCapture/Screen/Private/GrabTarget.h>
 #include <TavaroCapture/Sources/CaptureError.h>
 
 #include <charconv>

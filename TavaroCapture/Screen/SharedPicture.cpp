@@ -1,4 +1,4 @@
-#include <TavaroCapture/Screen/SharedPicture.h>
+#include <TavaroCapture/Screen/Private/SharedPicture.h>
 
 #include <TavaroCapture/Sources/CaptureError.h>
 

@@ -1,4 +1,4 @@
-#include <TavaroCapture/Segments/SegmentWriter.h>
+#include <TavaroCapture/Segments/Private/SegmentWriter.h>
 
 #include <TavaroCapture/Segments/RecordingManifest.h>
 #include <TavaroCapture/Sources/CaptureError.h>

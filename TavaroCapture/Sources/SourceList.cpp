@@ -1,8 +1,8 @@
 #include <TavaroCapture/Sources/SourceList.h>
 
-#include <TavaroCapture/Sources/DesktopEntries.h>
-#include <TavaroCapture/X11/Connection.h>
-#include <TavaroCapture/X11/Desktop.h>
+#include <TavaroCapture/Sources/Private/DesktopEntries.h>
+#include <TavaroCapture/X11/Private/Connection.h>
+#include <TavaroCapture/X11/Private/Desktop.h>
 
 #include <fmt/format.h>
 

@@ -1,6 +1,6 @@
 #include <TavaroCore/Captions/CaptionTrack.h>
 
-#include <TavaroCore/Captions/SharedTime.h>
+#include <TavaroCore/Captions/Private/SharedTime.h>
 #include <TavaroCore/Captions/SpokenText.h>
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-#include <TavaroCore/Captions/SubtitleMarkup.h>
+#include <TavaroCore/Captions/Private/SubtitleMarkup.h>
 
 #include <algorithm>
 #include <array>

@@ -1,8 +1,8 @@
 #include <TavaroCore/Captions/Subtitles.h>
 
-#include <TavaroCore/Captions/SharedTime.h>
+#include <TavaroCore/Captions/Private/SharedTime.h>
+#include <TavaroCore/Captions/Private/SubtitleMarkup.h>
 #include <TavaroCore/Captions/SpokenText.h>
-#include <TavaroCore/Captions/SubtitleMarkup.h>
 
 #include <algorithm>
 #include <cstdint>

@@ -1,7 +1,7 @@
 #include <TavaroCore/Captions/TranscriptCaptions.h>
 
 #include <TavaroCore/Captions/CaptionTrack.h>
-#include <TavaroCore/Captions/SharedTime.h>
+#include <TavaroCore/Captions/Private/SharedTime.h>
 #include <TavaroCore/Captions/SpokenText.h>
 #include <TavaroCore/Captions/TimelineWords.h>
 

@@ -1,8 +1,8 @@
-#include <TavaroCore/Direction/Beats.h>
+#include <TavaroCore/Direction/Private/Beats.h>
 
 #include <TavaroCore/Captions/TimelineWords.h>
+#include <TavaroCore/Direction/Private/SilenceDetector.h>
 #include <TavaroCore/Direction/RecordedSeconds.h>
-#include <TavaroCore/Direction/SilenceDetector.h>
 #include <TavaroCore/Project/DemoProject.h>
 #include <TavaroCore/Timeline/RecordingOnTimeline.h>
 #include <TavaroCore/Timeline/SourceIndex.h>

@@ -1,7 +1,7 @@
 #include <TavaroCore/Direction/CameraDirector.h>
 
-#include <TavaroCore/Direction/Beats.h>
-#include <TavaroCore/Direction/ScreenActivity.h>
+#include <TavaroCore/Direction/Private/Beats.h>
+#include <TavaroCore/Direction/Private/ScreenActivity.h>
 #include <TavaroCore/Project/DemoProject.h>
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-#include <TavaroCore/Direction/ScreenActivity.h>
+#include <TavaroCore/Direction/Private/ScreenActivity.h>
 
 #include <TavaroCore/Recording/RecordingMetadata.h>
 

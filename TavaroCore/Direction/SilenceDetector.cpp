@@ -1,4 +1,4 @@
-#include <TavaroCore/Direction/SilenceDetector.h>
+#include <TavaroCore/Direction/Private/SilenceDetector.h>
 
 #include <TavaroCore/Audio/AudioTrack.h>
 #include <TavaroCore/Recording/RecordingMetadata.h>

@@ -2,9 +2,9 @@
 
 #include <TavaroCore/Cursor/CursorSmoother.h>
 #include <TavaroCore/Direction/CameraDirector.h>
+#include <TavaroCore/Direction/Private/ScreenActivity.h>
+#include <TavaroCore/Direction/Private/SilenceDetector.h>
 #include <TavaroCore/Direction/RecordedSeconds.h>
-#include <TavaroCore/Direction/ScreenActivity.h>
-#include <TavaroCore/Direction/SilenceDetector.h>
 #include <TavaroCore/Project/DemoProject.h>
 #include <TavaroCore/Style/BackgroundPreset.h>
 #include <TavaroCore/Timeline/RecordingOnTimeline.h>

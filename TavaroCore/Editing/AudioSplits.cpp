@@ -1,7 +1,7 @@
 #include <TavaroCore/Editing/AudioSplits.h>
 
 #include <TavaroCore/Project/DemoProject.h>
-#include <TavaroCore/Timeline/TimelineMath.h>
+#include <TavaroCore/Timeline/Private/TimelineMath.h>
 
 #include <algorithm>
 

@@ -1,9 +1,9 @@
 #include <TavaroCore/Editing/RangeEdits.h>
 
 #include <TavaroCore/Editing/AudioSplits.h>
-#include <TavaroCore/Editing/EditError.h>
-#include <TavaroCore/Editing/PictureRange.h>
-#include <TavaroCore/Editing/Retime.h>
+#include <TavaroCore/Editing/Private/EditError.h>
+#include <TavaroCore/Editing/Private/PictureRange.h>
+#include <TavaroCore/Editing/Private/Retime.h>
 #include <TavaroCore/Editing/TimelineEdits.h>
 #include <TavaroCore/Project/DemoProject.h>
 

@@ -1,8 +1,8 @@
 #include <TavaroCore/Editing/TimelineEdits.h>
 
-#include <TavaroCore/Editing/PictureRange.h>
-#include <TavaroCore/Editing/TimedLists.h>
-#include <TavaroCore/Timeline/TimelineMath.h>
+#include <TavaroCore/Editing/Private/PictureRange.h>
+#include <TavaroCore/Editing/Private/TimedLists.h>
+#include <TavaroCore/Timeline/Private/TimelineMath.h>
 
 #include <cmath>
 #include <string>

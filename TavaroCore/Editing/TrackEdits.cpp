@@ -1,6 +1,6 @@
 #include <TavaroCore/Editing/TrackEdits.h>
 
-#include <TavaroCore/Editing/EditError.h>
+#include <TavaroCore/Editing/Private/EditError.h>
 #include <TavaroCore/Project/DemoProject.h>
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-#include <TavaroCore/Editing/TranscriptCuts.h>
+#include <TavaroCore/Editing/Private/TranscriptCuts.h>
 
 #include <TavaroCore/Captions/TimelineWords.h>
 

@@ -1,8 +1,8 @@
 #include <TavaroCore/Editing/TranscriptEdits.h>
 
 #include <TavaroCore/Captions/TimelineWords.h>
+#include <TavaroCore/Editing/Private/TranscriptCuts.h>
 #include <TavaroCore/Editing/TimelineEdits.h>
-#include <TavaroCore/Editing/TranscriptCuts.h>
 #include <TavaroCore/Project/DemoProject.h>
 
 #include <algorithm>

@@ -2,8 +2,8 @@
 
 #include <TavaroCore/Captions/SpokenText.h>
 #include <TavaroCore/Captions/TimelineWords.h>
-#include <TavaroCore/Editing/TranscriptCuts.h>
-#include <TavaroCore/Editing/TranscriptDiff.h>
+#include <TavaroCore/Editing/Private/TranscriptCuts.h>
+#include <TavaroCore/Editing/Private/TranscriptDiff.h>
 #include <TavaroCore/Project/DemoProject.h>
 
 #include <algorithm>

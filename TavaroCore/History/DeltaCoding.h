@@ -1,8 +1,8 @@
 #pragma once
 
 #include <TavaroCore/History/ProjectDelta.h>
-#include <TavaroCore/Records/HeapBytes.h>
 #include <TavaroCore/Records/JSON.h>
+#include <TavaroCore/Records/Private/HeapBytes.h>
 
 #include <bit>
 #include <cmath>

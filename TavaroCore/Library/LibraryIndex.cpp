@@ -1,4 +1,4 @@
-#include <TavaroCore/Library/LibraryIndex.h>
+#include <TavaroCore/Library/Private/LibraryIndex.h>
 
 #include <TavaroCore/Files/AtomicFile.h>
 #include <TavaroCore/Records/JSON.h>

@@ -1,4 +1,4 @@
-#include <TavaroCore/Privacy/SensitiveRules.h>
+#include <TavaroCore/Privacy/Private/SensitiveRules.h>
 
 #include <TavaroCore/Privacy/SensitiveText.h>
 

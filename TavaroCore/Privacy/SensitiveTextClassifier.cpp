@@ -1,6 +1,6 @@
 #include <TavaroCore/Privacy/SensitiveTextClassifier.h>
 
-#include <TavaroCore/Privacy/SensitiveRules.h>
+#include <TavaroCore/Privacy/Private/SensitiveRules.h>
 #include <TavaroCore/Privacy/SensitiveText.h>
 
 #include <algorithm>

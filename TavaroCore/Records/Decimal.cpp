@@ -1,6 +1,6 @@
 #include <TavaroCore/Records/Decimal.h>
 
-#include <TavaroCore/Records/PowersOfTen.h>
+#include <TavaroCore/Records/Private/PowersOfTen.h>
 
 #include <bit>
 #include <charconv>

@@ -1,4 +1,4 @@
-#include <TavaroMedia/Audio/AudioDecoder.h>
+#include <TavaroMedia/Audio/Private/AudioDecoder.h>
 
 #include <algorithm>
 #include <array>
@@ -6,8 +6,8 @@
 #include <span>
 #include <string_view>
 
-#include <TavaroMedia/FFmpeg/Failures.h>
-#include <TavaroMedia/FFmpeg/OpenInput.h>
+#include <TavaroMedia/FFmpeg/Private/Failures.h>
+#include <TavaroMedia/FFmpeg/Private/OpenInput.h>
 
 namespace tavaro {
 

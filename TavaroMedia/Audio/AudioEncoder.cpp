@@ -1,10 +1,10 @@
-#include <TavaroMedia/Audio/AudioEncoder.h>
+#include <TavaroMedia/Audio/Private/AudioEncoder.h>
 
 #include <algorithm>
 #include <cmath>
 #include <new>
 
-#include <TavaroMedia/FFmpeg/Failures.h>
+#include <TavaroMedia/FFmpeg/Private/Failures.h>
 
 extern "C" {
 #include <libavutil/channel_layout.h>

@@ -2,8 +2,8 @@
 
 #include <new>
 
-#include <TavaroMedia/Audio/AudioEncoder.h>
-#include <TavaroMedia/FFmpeg/OutputStream.h>
+#include <TavaroMedia/Audio/Private/AudioEncoder.h>
+#include <TavaroMedia/FFmpeg/Private/OutputStream.h>
 
 namespace tavaro {
 

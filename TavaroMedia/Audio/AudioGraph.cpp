@@ -6,9 +6,9 @@
 
 #include <fmt/format.h>
 
-#include <TavaroMedia/FFmpeg/Failures.h>
-#include <TavaroMedia/FFmpeg/FilterLibrary.h>
-#include <TavaroMedia/FFmpeg/Handles.h>
+#include <TavaroMedia/FFmpeg/Private/Failures.h>
+#include <TavaroMedia/FFmpeg/Private/FilterLibrary.h>
+#include <TavaroMedia/FFmpeg/Private/Handles.h>
 
 extern "C" {
 #include <libavutil/channel_layout.h>

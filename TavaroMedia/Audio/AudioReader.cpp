@@ -6,8 +6,8 @@
 #include <numeric>
 #include <vector>
 
-#include <TavaroMedia/Audio/AudioDecoder.h>
-#include <TavaroMedia/FFmpeg/Failures.h>
+#include <TavaroMedia/Audio/Private/AudioDecoder.h>
+#include <TavaroMedia/FFmpeg/Private/Failures.h>
 
 extern "C" {
 #include <libavutil/channel_layout.h>

@@ -8,7 +8,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <TavaroMedia/FFmpeg/Failures.h>
+#include <TavaroMedia/FFmpeg/Private/Failures.h>
 
 namespace tavaro {
 

@@ -1,4 +1,4 @@
-#include <TavaroMedia/FFmpeg/Failures.h>
+#include <TavaroMedia/FFmpeg/Private/Failures.h>
 
 #include <TavaroCore/Errors/SystemReason.h>
 

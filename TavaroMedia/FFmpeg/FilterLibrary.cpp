@@ -1,11 +1,11 @@
-#include <TavaroMedia/FFmpeg/FilterLibrary.h>
+#include <TavaroMedia/FFmpeg/Private/FilterLibrary.h>
 
 #include <string>
 
 #include <dlfcn.h>
 
 #include <TavaroMedia/Errors/MediaError.h>
-#include <TavaroMedia/FFmpeg/Failures.h>
+#include <TavaroMedia/FFmpeg/Private/Failures.h>
 
 extern "C" {
 #include <libavutil/macros.h>

@@ -1,6 +1,6 @@
-#include <TavaroMedia/FFmpeg/OpenInput.h>
+#include <TavaroMedia/FFmpeg/Private/OpenInput.h>
 
-#include <TavaroMedia/FFmpeg/Failures.h>
+#include <TavaroMedia/FFmpeg/Private/Failures.h>
 
 namespace tavaro::ffmpeg {
 

@@ -1,11 +1,11 @@
-#include <TavaroMedia/FFmpeg/OutputStream.h>
+#include <TavaroMedia/FFmpeg/Private/OutputStream.h>
 
 #include <cerrno>
 #include <new>
 
 #include <unistd.h>
 
-#include <TavaroMedia/FFmpeg/Failures.h>
+#include <TavaroMedia/FFmpeg/Private/Failures.h>
 
 extern "C" {
 #include <libavutil/mem.h>

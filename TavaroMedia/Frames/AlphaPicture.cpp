@@ -3,7 +3,7 @@
 #include <cstring>
 #include <vector>
 
-#include <TavaroMedia/Frames/DecodedPicture.h>
+#include <TavaroMedia/Frames/Private/DecodedPicture.h>
 
 extern "C" {
 #include <libavutil/pixdesc.h>

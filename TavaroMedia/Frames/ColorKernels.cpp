@@ -1,4 +1,4 @@
-#include <TavaroMedia/Frames/ColorKernels.h>
+#include <TavaroMedia/Frames/Private/ColorKernels.h>
 
 #include <cmath>
 #include <cstring>

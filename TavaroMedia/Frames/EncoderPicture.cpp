@@ -2,7 +2,7 @@
 
 #include <new>
 
-#include <TavaroMedia/Frames/EncoderPlanes.h>
+#include <TavaroMedia/Frames/Private/EncoderPlanes.h>
 
 extern "C" {
 #include <libavutil/imgutils.h>

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <cassert>
 
-#include <TavaroMedia/Frames/ColorKernels.h>
-#include <TavaroMedia/Frames/EncoderPlanes.h>
-#include <TavaroMedia/Frames/PictureFormats.h>
+#include <TavaroMedia/Frames/Private/ColorKernels.h>
+#include <TavaroMedia/Frames/Private/EncoderPlanes.h>
+#include <TavaroMedia/Frames/Private/PictureFormats.h>
 
 namespace tavaro {
 

@@ -9,7 +9,7 @@
 
 #include <png.h>
 
-#include <TavaroMedia/FFmpeg/Failures.h>
+#include <TavaroMedia/FFmpeg/Private/Failures.h>
 #include <TavaroMedia/Files/OutputFile.h>
 
 namespace tavaro {

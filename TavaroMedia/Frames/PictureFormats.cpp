@@ -1,4 +1,4 @@
-#include <TavaroMedia/Frames/PictureFormats.h>
+#include <TavaroMedia/Frames/Private/PictureFormats.h>
 
 #include <algorithm>
 #include <array>

@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include <TavaroMedia/Frames/DecodedPicture.h>
+#include <TavaroMedia/Frames/Private/DecodedPicture.h>
 
 extern "C" {
 #include <libavutil/imgutils.h>

@@ -2,9 +2,9 @@
 
 #include <cstring>
 
-#include <TavaroMedia/FFmpeg/Failures.h>
-#include <TavaroMedia/Frames/EncoderPlanes.h>
-#include <TavaroMedia/GIF/PictureFilter.h>
+#include <TavaroMedia/FFmpeg/Private/Failures.h>
+#include <TavaroMedia/Frames/Private/EncoderPlanes.h>
+#include <TavaroMedia/GIF/Private/PictureFilter.h>
 
 namespace tavaro {
 

@@ -6,10 +6,10 @@
 #include <new>
 #include <utility>
 
-#include <TavaroMedia/FFmpeg/Failures.h>
-#include <TavaroMedia/FFmpeg/OutputStream.h>
-#include <TavaroMedia/Frames/EncoderPlanes.h>
-#include <TavaroMedia/GIF/PictureFilter.h>
+#include <TavaroMedia/FFmpeg/Private/Failures.h>
+#include <TavaroMedia/FFmpeg/Private/OutputStream.h>
+#include <TavaroMedia/Frames/Private/EncoderPlanes.h>
+#include <TavaroMedia/GIF/Private/PictureFilter.h>
 
 extern "C" {
 #include <libavutil/opt.h>

@@ -1,4 +1,4 @@
-#include <TavaroMedia/GIF/PictureFilter.h>
+#include <TavaroMedia/GIF/Private/PictureFilter.h>
 
 #include <cerrno>
 #include <new>
@@ -6,8 +6,8 @@
 
 #include <fmt/format.h>
 
-#include <TavaroMedia/FFmpeg/Failures.h>
-#include <TavaroMedia/FFmpeg/FilterLibrary.h>
+#include <TavaroMedia/FFmpeg/Private/Failures.h>
+#include <TavaroMedia/FFmpeg/Private/FilterLibrary.h>
 
 namespace tavaro {
 

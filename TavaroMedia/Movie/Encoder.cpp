@@ -1,4 +1,4 @@
-#include <TavaroMedia/Movie/Encoder.h>
+#include <TavaroMedia/Movie/Private/Encoder.h>
 
 #include <algorithm>
 #include <new>
@@ -7,8 +7,8 @@
 
 #include <fmt/format.h>
 
-#include <TavaroMedia/FFmpeg/Failures.h>
-#include <TavaroMedia/Movie/HardwareEncoder.h>
+#include <TavaroMedia/FFmpeg/Private/Failures.h>
+#include <TavaroMedia/Movie/Private/HardwareEncoder.h>
 
 namespace tavaro {
 

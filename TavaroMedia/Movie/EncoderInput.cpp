@@ -1,4 +1,4 @@
-#include <TavaroMedia/Movie/EncoderInput.h>
+#include <TavaroMedia/Movie/Private/EncoderInput.h>
 
 #include <cstring>
 #include <new>

@@ -1,4 +1,4 @@
-#include <TavaroMedia/Movie/EncoderTrials.h>
+#include <TavaroMedia/Movie/Private/EncoderTrials.h>
 
 #include <future>
 #include <thread>

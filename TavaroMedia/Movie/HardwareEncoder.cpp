@@ -1,4 +1,4 @@
-#include <TavaroMedia/Movie/HardwareEncoder.h>
+#include <TavaroMedia/Movie/Private/HardwareEncoder.h>
 
 #include <algorithm>
 #include <array>
@@ -9,9 +9,9 @@
 
 #include <fmt/format.h>
 
-#include <TavaroMedia/FFmpeg/Failures.h>
-#include <TavaroMedia/Frames/EncoderPlanes.h>
-#include <TavaroMedia/Movie/EncoderTrials.h>
+#include <TavaroMedia/FFmpeg/Private/Failures.h>
+#include <TavaroMedia/Frames/Private/EncoderPlanes.h>
+#include <TavaroMedia/Movie/Private/EncoderTrials.h>
 
 extern "C" {
 #include <libavutil/hwcontext.h>

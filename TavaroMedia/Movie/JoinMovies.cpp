@@ -7,9 +7,9 @@
 #include <new>
 #include <optional>
 
-#include <TavaroMedia/FFmpeg/Failures.h>
-#include <TavaroMedia/FFmpeg/OutputStream.h>
-#include <TavaroMedia/Movie/MovieSource.h>
+#include <TavaroMedia/FFmpeg/Private/Failures.h>
+#include <TavaroMedia/FFmpeg/Private/OutputStream.h>
+#include <TavaroMedia/Movie/Private/MovieSource.h>
 
 namespace tavaro {
 

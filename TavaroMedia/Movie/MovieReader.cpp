@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include <TavaroMedia/Movie/PictureDecoder.h>
+#include <TavaroMedia/Movie/Private/PictureDecoder.h>
 
 namespace tavaro {
 

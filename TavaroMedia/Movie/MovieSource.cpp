@@ -1,4 +1,4 @@
-#include <TavaroMedia/Movie/MovieSource.h>
+#include <TavaroMedia/Movie/Private/MovieSource.h>
 
 #include <algorithm>
 #include <cmath>
@@ -7,8 +7,8 @@
 #include <span>
 #include <string_view>
 
-#include <TavaroMedia/FFmpeg/Failures.h>
-#include <TavaroMedia/FFmpeg/OpenInput.h>
+#include <TavaroMedia/FFmpeg/Private/Failures.h>
+#include <TavaroMedia/FFmpeg/Private/OpenInput.h>
 
 namespace tavaro {
 

@@ -5,11 +5,11 @@
 #include <new>
 #include <string>
 
-#include <TavaroMedia/Audio/AudioEncoder.h>
-#include <TavaroMedia/FFmpeg/Failures.h>
-#include <TavaroMedia/FFmpeg/OutputStream.h>
-#include <TavaroMedia/Frames/EncoderPlanes.h>
-#include <TavaroMedia/Movie/Encoder.h>
+#include <TavaroMedia/Audio/Private/AudioEncoder.h>
+#include <TavaroMedia/FFmpeg/Private/Failures.h>
+#include <TavaroMedia/FFmpeg/Private/OutputStream.h>
+#include <TavaroMedia/Frames/Private/EncoderPlanes.h>
+#include <TavaroMedia/Movie/Private/Encoder.h>
 
 namespace tavaro {
 

@@ -1,4 +1,4 @@
-#include <TavaroMedia/Movie/PictureDecoder.h>
+#include <TavaroMedia/Movie/Private/PictureDecoder.h>
 
 #include <algorithm>
 #include <atomic>
@@ -6,7 +6,7 @@
 #include <new>
 #include <thread>
 
-#include <TavaroMedia/FFmpeg/Failures.h>
+#include <TavaroMedia/FFmpeg/Private/Failures.h>
 
 extern "C" {
 #include <libavutil/display.h>

@@ -1,6 +1,6 @@
 #include <TavaroPlatform/Archive/ProjectArchive.h>
 
-#include <TavaroPlatform/Archive/LibArchive.h>
+#include <TavaroPlatform/Archive/Private/LibArchive.h>
 
 #include <TavaroCore/Package/ProjectPackage.h>
 

@@ -1,4 +1,4 @@
-#include <TavaroRender/Audio/AudioEnhancer.h>
+#include <TavaroRender/Audio/Private/AudioEnhancer.h>
 
 #include <algorithm>
 #include <chrono>
@@ -11,8 +11,8 @@
 #include <TavaroMedia/Audio/AudioReader.h>
 #include <TavaroMedia/Errors/MediaError.h>
 #include <TavaroPlatform/Folders/Folders.h>
-#include <TavaroRender/Audio/ClickSound.h>
-#include <TavaroRender/Audio/Enhancement.h>
+#include <TavaroRender/Audio/Private/ClickSound.h>
+#include <TavaroRender/Audio/Private/Enhancement.h>
 
 namespace tavaro {
 

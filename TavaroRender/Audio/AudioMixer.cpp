@@ -1,4 +1,4 @@
-#include <TavaroRender/Audio/AudioMixer.h>
+#include <TavaroRender/Audio/Private/AudioMixer.h>
 
 #include <algorithm>
 #include <cmath>
@@ -8,7 +8,7 @@
 #include <TavaroCore/Project/DemoProject.h>
 #include <TavaroCore/Timeline/SourceIndex.h>
 #include <TavaroMedia/Audio/AudioGraph.h>
-#include <TavaroRender/Audio/MixRuns.h>
+#include <TavaroRender/Audio/Private/MixRuns.h>
 
 namespace tavaro {
 

@@ -1,4 +1,4 @@
-#include <TavaroRender/Audio/ClickSound.h>
+#include <TavaroRender/Audio/Private/ClickSound.h>
 
 #include <algorithm>
 #include <cmath>

@@ -1,4 +1,4 @@
-#include <TavaroRender/Audio/Enhancement.h>
+#include <TavaroRender/Audio/Private/Enhancement.h>
 
 #include <algorithm>
 #include <atomic>
@@ -10,7 +10,7 @@
 #include <TavaroMedia/Audio/AudioReader.h>
 #include <TavaroMedia/Audio/NoiseReduction.h>
 #include <TavaroMedia/Audio/PeakLimiter.h>
-#include <TavaroRender/Export/BoundedQueue.h>
+#include <TavaroRender/Export/Private/BoundedQueue.h>
 
 namespace tavaro {
 

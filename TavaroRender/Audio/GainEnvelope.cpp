@@ -1,4 +1,4 @@
-#include <TavaroRender/Audio/GainEnvelope.h>
+#include <TavaroRender/Audio/Private/GainEnvelope.h>
 
 #include <algorithm>
 #include <cmath>

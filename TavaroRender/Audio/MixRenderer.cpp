@@ -1,11 +1,11 @@
-#include <TavaroRender/Audio/MixRenderer.h>
+#include <TavaroRender/Audio/Private/MixRenderer.h>
 
 #include <algorithm>
 #include <list>
 
 #include <TavaroMedia/Audio/PeakLimiter.h>
-#include <TavaroRender/Audio/ClickSound.h>
-#include <TavaroRender/Audio/RunPlayer.h>
+#include <TavaroRender/Audio/Private/ClickSound.h>
+#include <TavaroRender/Audio/Private/RunPlayer.h>
 
 namespace tavaro {
 

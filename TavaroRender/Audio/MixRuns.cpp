@@ -1,4 +1,4 @@
-#include <TavaroRender/Audio/MixRuns.h>
+#include <TavaroRender/Audio/Private/MixRuns.h>
 
 #include <algorithm>
 #include <cmath>

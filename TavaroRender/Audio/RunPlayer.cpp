@@ -1,4 +1,4 @@
-#include <TavaroRender/Audio/RunPlayer.h>
+#include <TavaroRender/Audio/Private/RunPlayer.h>
 
 #include <algorithm>
 #include <cmath>

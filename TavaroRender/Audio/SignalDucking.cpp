@@ -1,11 +1,11 @@
-#include <TavaroRender/Audio/SignalDucking.h>
+#include <TavaroRender/Audio/Private/SignalDucking.h>
 
 #include <algorithm>
 #include <cmath>
 #include <map>
 
-#include <TavaroRender/Audio/MixRenderer.h>
-#include <TavaroRender/Audio/MixRuns.h>
+#include <TavaroRender/Audio/Private/MixRenderer.h>
+#include <TavaroRender/Audio/Private/MixRuns.h>
 
 namespace tavaro {
 

@@ -1,4 +1,4 @@
-#include <TavaroRender/Composition/CameraBubble.h>
+#include <TavaroRender/Composition/Private/CameraBubble.h>
 
 namespace tavaro {
 

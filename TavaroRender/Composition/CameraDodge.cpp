@@ -1,4 +1,4 @@
-#include <TavaroRender/Composition/CameraDodge.h>
+#include <TavaroRender/Composition/Private/CameraDodge.h>
 
 #include <algorithm>
 #include <array>

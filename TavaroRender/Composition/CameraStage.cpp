@@ -1,21 +1,21 @@
-#include <TavaroRender/Composition/CameraStage.h>
+#include <TavaroRender/Composition/Private/CameraStage.h>
 
 #include <cmath>
 #include <mutex>
 
 #include <TavaroCore/Project/DemoProject.h>
 #include <TavaroCore/Zoom/ZoomResolver.h>
-#include <TavaroRender/Composition/CameraBubble.h>
-#include <TavaroRender/Composition/CameraDodge.h>
-#include <TavaroRender/Composition/FaceTrack.h>
-#include <TavaroRender/Composition/FollowPaths.h>
-#include <TavaroRender/Composition/FrameState.h>
-#include <TavaroRender/Composition/PointerTrack.h>
-#include <TavaroRender/Composition/SceneGeometry.h>
-#include <TavaroRender/Composition/ScenePlan.h>
-#include <TavaroRender/Composition/ScreenPlacement.h>
-#include <TavaroRender/Composition/SpeechPresence.h>
-#include <TavaroRender/Composition/SplitPanes.h>
+#include <TavaroRender/Composition/Private/CameraBubble.h>
+#include <TavaroRender/Composition/Private/CameraDodge.h>
+#include <TavaroRender/Composition/Private/FaceTrack.h>
+#include <TavaroRender/Composition/Private/FollowPaths.h>
+#include <TavaroRender/Composition/Private/FrameState.h>
+#include <TavaroRender/Composition/Private/PointerTrack.h>
+#include <TavaroRender/Composition/Private/SceneGeometry.h>
+#include <TavaroRender/Composition/Private/ScenePlan.h>
+#include <TavaroRender/Composition/Private/ScreenPlacement.h>
+#include <TavaroRender/Composition/Private/SpeechPresence.h>
+#include <TavaroRender/Composition/Private/SplitPanes.h>
 
 namespace tavaro {
 

@@ -1,4 +1,4 @@
-#include <TavaroRender/Composition/ClickLook.h>
+#include <TavaroRender/Composition/Private/ClickLook.h>
 
 #include <algorithm>
 #include <cmath>

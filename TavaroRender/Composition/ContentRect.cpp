@@ -1,4 +1,4 @@
-#include <TavaroRender/Composition/ContentRect.h>
+#include <TavaroRender/Composition/Private/ContentRect.h>
 
 #include <TavaroCore/Style/ScreenStyle.h>
 

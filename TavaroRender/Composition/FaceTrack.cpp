@@ -1,4 +1,4 @@
-#include <TavaroRender/Composition/FaceTrack.h>
+#include <TavaroRender/Composition/Private/FaceTrack.h>
 
 #include <algorithm>
 #include <mutex>

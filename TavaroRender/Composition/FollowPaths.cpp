@@ -1,10 +1,10 @@
-#include <TavaroRender/Composition/FollowPaths.h>
+#include <TavaroRender/Composition/Private/FollowPaths.h>
 
 #include <mutex>
 
 #include <TavaroCore/Cursor/AutoPan.h>
 #include <TavaroCore/Project/DemoProject.h>
-#include <TavaroRender/Composition/PointerTrack.h>
+#include <TavaroRender/Composition/Private/PointerTrack.h>
 
 namespace tavaro {
 

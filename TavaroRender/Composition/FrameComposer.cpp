@@ -1,18 +1,18 @@
-#include <TavaroRender/Composition/FrameComposer.h>
+#include <TavaroRender/Composition/Private/FrameComposer.h>
 
 #include <TavaroCore/Project/DemoProject.h>
 #include <TavaroCore/Zoom/LoupeResolver.h>
 #include <TavaroCore/Zoom/ZoomResolver.h>
-#include <TavaroRender/Composition/CameraStage.h>
-#include <TavaroRender/Composition/ClickLook.h>
-#include <TavaroRender/Composition/FollowPaths.h>
-#include <TavaroRender/Composition/LoupeLens.h>
-#include <TavaroRender/Composition/PointerTrack.h>
-#include <TavaroRender/Composition/RedactionIndex.h>
-#include <TavaroRender/Composition/SceneGeometry.h>
-#include <TavaroRender/Composition/ScreenPlacement.h>
-#include <TavaroRender/Composition/SpanIndex.h>
-#include <TavaroRender/Composition/SplitPanes.h>
+#include <TavaroRender/Composition/Private/CameraStage.h>
+#include <TavaroRender/Composition/Private/ClickLook.h>
+#include <TavaroRender/Composition/Private/FollowPaths.h>
+#include <TavaroRender/Composition/Private/LoupeLens.h>
+#include <TavaroRender/Composition/Private/PointerTrack.h>
+#include <TavaroRender/Composition/Private/RedactionIndex.h>
+#include <TavaroRender/Composition/Private/SceneGeometry.h>
+#include <TavaroRender/Composition/Private/ScreenPlacement.h>
+#include <TavaroRender/Composition/Private/SpanIndex.h>
+#include <TavaroRender/Composition/Private/SplitPanes.h>
 
 namespace tavaro {
 

@@ -1,4 +1,4 @@
-#include <TavaroRender/Composition/FrameState.h>
+#include <TavaroRender/Composition/Private/FrameState.h>
 
 namespace tavaro {
 

@@ -1,4 +1,4 @@
-#include <TavaroRender/Composition/PointerTrack.h>
+#include <TavaroRender/Composition/Private/PointerTrack.h>
 
 #include <algorithm>
 #include <cmath>

@@ -1,10 +1,10 @@
-#include <TavaroRender/Composition/RedactionIndex.h>
+#include <TavaroRender/Composition/Private/RedactionIndex.h>
 
 #include <algorithm>
 #include <optional>
 
 #include <TavaroCore/Privacy/Redaction.h>
-#include <TavaroRender/Composition/FrameState.h>
+#include <TavaroRender/Composition/Private/FrameState.h>
 
 namespace tavaro {
 

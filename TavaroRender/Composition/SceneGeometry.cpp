@@ -1,4 +1,4 @@
-#include <TavaroRender/Composition/SceneGeometry.h>
+#include <TavaroRender/Composition/Private/SceneGeometry.h>
 
 #include <cmath>
 

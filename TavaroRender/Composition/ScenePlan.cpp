@@ -1,4 +1,4 @@
-#include <TavaroRender/Composition/ScenePlan.h>
+#include <TavaroRender/Composition/Private/ScenePlan.h>
 
 #include <algorithm>
 #include <limits>

@@ -1,11 +1,11 @@
-#include <TavaroRender/Composition/ScreenPlacement.h>
+#include <TavaroRender/Composition/Private/ScreenPlacement.h>
 
 #include <mutex>
 
 #include <TavaroCore/Project/DemoProject.h>
 #include <TavaroCore/Zoom/ZoomPresence.h>
-#include <TavaroRender/Composition/FollowPaths.h>
-#include <TavaroRender/Composition/PointerTrack.h>
+#include <TavaroRender/Composition/Private/FollowPaths.h>
+#include <TavaroRender/Composition/Private/PointerTrack.h>
 
 namespace tavaro {
 

@@ -1,4 +1,4 @@
-#include <TavaroRender/Composition/SpanIndex.h>
+#include <TavaroRender/Composition/Private/SpanIndex.h>
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include <TavaroRender/Composition/SpeechPresence.h>
+#include <TavaroRender/Composition/Private/SpeechPresence.h>
 
 #include <algorithm>
 #include <mutex>

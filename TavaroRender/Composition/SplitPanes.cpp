@@ -1,4 +1,4 @@
-#include <TavaroRender/Composition/SplitPanes.h>
+#include <TavaroRender/Composition/Private/SplitPanes.h>
 
 namespace tavaro {
 

@@ -4,18 +4,18 @@
 #include <utility>
 
 #include <TavaroCore/Looks/CubeLUT.h>
-#include <TavaroRender/Compositor/RowExecutor.h>
+#include <TavaroRender/Compositor/Private/RowExecutor.h>
 #include <TavaroRender/Compositor/ScreenTexture.h>
 #include <TavaroRender/Kernels/BlitUniforms.h>
 #include <TavaroRender/Kernels/CameraUniforms.h>
 #include <TavaroRender/Kernels/CompositeUniforms.h>
 #include <TavaroRender/Kernels/CursorUniforms.h>
-#include <TavaroRender/Kernels/FastBlit.h>
-#include <TavaroRender/Kernels/FastCamera.h>
-#include <TavaroRender/Kernels/FastComposite.h>
-#include <TavaroRender/Kernels/FastCursor.h>
-#include <TavaroRender/Kernels/FastRegion.h>
-#include <TavaroRender/Kernels/Reference.h>
+#include <TavaroRender/Kernels/Private/FastBlit.h>
+#include <TavaroRender/Kernels/Private/FastCamera.h>
+#include <TavaroRender/Kernels/Private/FastComposite.h>
+#include <TavaroRender/Kernels/Private/FastCursor.h>
+#include <TavaroRender/Kernels/Private/FastRegion.h>
+#include <TavaroRender/Kernels/Private/Reference.h>
 #include <TavaroRender/Kernels/RegionUniforms.h>
 
 namespace tavaro {

@@ -4,7 +4,7 @@
 #include <bit>
 #include <utility>
 
-#include <TavaroRender/Kernels/HalveRow.h>
+#include <TavaroRender/Kernels/Private/HalveRow.h>
 
 namespace tavaro {
 

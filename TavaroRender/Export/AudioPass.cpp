@@ -1,13 +1,13 @@
-#include <TavaroRender/Export/AudioPass.h>
+#include <TavaroRender/Export/Private/AudioPass.h>
 
 #include <algorithm>
 
 #include <TavaroCore/Package/ProjectPackage.h>
 #include <TavaroMedia/Audio/AudioReader.h>
 #include <TavaroMedia/Errors/MediaError.h>
-#include <TavaroRender/Audio/AudioEnhancer.h>
-#include <TavaroRender/Audio/AudioMixer.h>
-#include <TavaroRender/Audio/SignalDucking.h>
+#include <TavaroRender/Audio/Private/AudioEnhancer.h>
+#include <TavaroRender/Audio/Private/AudioMixer.h>
+#include <TavaroRender/Audio/Private/SignalDucking.h>
 #include <TavaroRender/Export/ExportError.h>
 
 namespace tavaro {

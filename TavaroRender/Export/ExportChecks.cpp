@@ -1,4 +1,4 @@
-#include <TavaroRender/Export/ExportChecks.h>
+#include <TavaroRender/Export/Private/ExportChecks.h>
 
 #include <string>
 

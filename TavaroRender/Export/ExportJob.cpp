@@ -1,4 +1,4 @@
-#include <TavaroRender/Export/ExportJob.h>
+#include <TavaroRender/Export/Private/ExportJob.h>
 
 #include <algorithm>
 #include <cmath>
@@ -7,8 +7,8 @@
 #include <TavaroCore/Project/DemoProject.h>
 #include <TavaroMedia/Errors/MediaError.h>
 #include <TavaroMedia/Movie/MovieReader.h>
-#include <TavaroRender/Export/ExportChecks.h>
 #include <TavaroRender/Export/ExportError.h>
+#include <TavaroRender/Export/Private/ExportChecks.h>
 
 namespace tavaro {
 

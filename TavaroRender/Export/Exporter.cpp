@@ -6,11 +6,11 @@
 #include <new>
 
 #include <TavaroPlatform/Queues/SerialQueue.h>
-#include <TavaroRender/Export/ExportChecks.h>
 #include <TavaroRender/Export/ExportError.h>
-#include <TavaroRender/Export/ExportJob.h>
-#include <TavaroRender/Export/GIFExport.h>
-#include <TavaroRender/Export/MovieExport.h>
+#include <TavaroRender/Export/Private/ExportChecks.h>
+#include <TavaroRender/Export/Private/ExportJob.h>
+#include <TavaroRender/Export/Private/GIFExport.h>
+#include <TavaroRender/Export/Private/MovieExport.h>
 
 namespace tavaro {
 

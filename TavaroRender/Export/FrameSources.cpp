@@ -1,11 +1,11 @@
-#include <TavaroRender/Export/FrameSources.h>
+#include <TavaroRender/Export/Private/FrameSources.h>
 
 #include <set>
 #include <string_view>
 
 #include <TavaroCore/Project/DemoProject.h>
-#include <TavaroRender/Composition/FrameComposer.h>
-#include <TavaroRender/Export/RecordedMatte.h>
+#include <TavaroRender/Composition/Private/FrameComposer.h>
+#include <TavaroRender/Export/Private/RecordedMatte.h>
 
 #include <spdlog/spdlog.h>
 

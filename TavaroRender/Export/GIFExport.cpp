@@ -1,4 +1,4 @@
-#include <TavaroRender/Export/GIFExport.h>
+#include <TavaroRender/Export/Private/GIFExport.h>
 
 #include <algorithm>
 #include <cmath>
@@ -6,10 +6,10 @@
 #include <TavaroCore/Export/ExportFile.h>
 #include <TavaroMedia/Errors/MediaError.h>
 #include <TavaroMedia/GIF/GIFWriter.h>
-#include <TavaroRender/Export/ExportChecks.h>
 #include <TavaroRender/Export/ExportError.h>
-#include <TavaroRender/Export/ExportJob.h>
-#include <TavaroRender/Export/VideoPass.h>
+#include <TavaroRender/Export/Private/ExportChecks.h>
+#include <TavaroRender/Export/Private/ExportJob.h>
+#include <TavaroRender/Export/Private/VideoPass.h>
 
 namespace tavaro {
 

@@ -1,4 +1,4 @@
-#include <TavaroRender/Export/MovieExport.h>
+#include <TavaroRender/Export/Private/MovieExport.h>
 
 #include <array>
 #include <cmath>
@@ -7,13 +7,13 @@
 #include <TavaroCore/Export/ExportFile.h>
 #include <TavaroMedia/Errors/MediaError.h>
 #include <TavaroMedia/Movie/MovieWriter.h>
-#include <TavaroRender/Audio/AudioEnhancer.h>
-#include <TavaroRender/Export/AudioPass.h>
-#include <TavaroRender/Export/ExportChecks.h>
+#include <TavaroRender/Audio/Private/AudioEnhancer.h>
 #include <TavaroRender/Export/ExportError.h>
-#include <TavaroRender/Export/ExportJob.h>
-#include <TavaroRender/Export/SoundMovie.h>
-#include <TavaroRender/Export/VideoPass.h>
+#include <TavaroRender/Export/Private/AudioPass.h>
+#include <TavaroRender/Export/Private/ExportChecks.h>
+#include <TavaroRender/Export/Private/ExportJob.h>
+#include <TavaroRender/Export/Private/SoundMovie.h>
+#include <TavaroRender/Export/Private/VideoPass.h>
 
 namespace tavaro {
 

@@ -1,12 +1,12 @@
-#include <TavaroRender/Export/RecordedMatte.h>
+#include <TavaroRender/Export/Private/RecordedMatte.h>
 
 #include <filesystem>
 
 #include <TavaroMedia/Errors/MediaError.h>
 #include <TavaroMedia/Frames/AlphaPicture.h>
-#include <TavaroRender/Composition/FrameState.h>
+#include <TavaroRender/Composition/Private/FrameState.h>
 #include <TavaroRender/Export/ExportError.h>
-#include <TavaroRender/Export/RecordingFrames.h>
+#include <TavaroRender/Export/Private/RecordingFrames.h>
 
 namespace tavaro {
 

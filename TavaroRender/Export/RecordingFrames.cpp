@@ -1,4 +1,4 @@
-#include <TavaroRender/Export/RecordingFrames.h>
+#include <TavaroRender/Export/Private/RecordingFrames.h>
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include <TavaroRender/Export/SoundMovie.h>
+#include <TavaroRender/Export/Private/SoundMovie.h>
 
 #include <algorithm>
 #include <cmath>

@@ -1,4 +1,4 @@
-#include <TavaroRender/Export/VideoPass.h>
+#include <TavaroRender/Export/Private/VideoPass.h>
 
 #include <algorithm>
 #include <exception>
@@ -7,11 +7,11 @@
 #include <TavaroMedia/Errors/MediaError.h>
 #include <TavaroMedia/Frames/PictureSink.h>
 #include <TavaroPlatform/Queues/SerialQueue.h>
-#include <TavaroRender/Composition/FrameComposer.h>
-#include <TavaroRender/Export/BoundedQueue.h>
+#include <TavaroRender/Composition/Private/FrameComposer.h>
 #include <TavaroRender/Export/ExportError.h>
 #include <TavaroRender/Export/Exporter.h>
-#include <TavaroRender/Export/FrameSources.h>
+#include <TavaroRender/Export/Private/BoundedQueue.h>
+#include <TavaroRender/Export/Private/FrameSources.h>
 #include <TavaroRender/Renderer/Renderer.h>
 
 namespace tavaro {

@@ -1,9 +1,9 @@
-#include <TavaroRender/Kernels/Background.h>
+#include <TavaroRender/Kernels/Private/Background.h>
 
-#include <TavaroRender/Kernels/Colour.h>
 #include <TavaroRender/Kernels/CompositeUniforms.h>
-#include <TavaroRender/Kernels/Noise.h>
-#include <TavaroRender/Kernels/Sampling.h>
+#include <TavaroRender/Kernels/Private/Colour.h>
+#include <TavaroRender/Kernels/Private/Noise.h>
+#include <TavaroRender/Kernels/Private/Sampling.h>
 
 namespace tavaro {
 

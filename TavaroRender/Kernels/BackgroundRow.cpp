@@ -3,14 +3,14 @@
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
-#include <TavaroRender/Kernels/GradientVectors-inl.h>
+#include <TavaroRender/Kernels/Private/GradientVectors-inl.h>
 
 #include <cmath>
 #include <cstring>
 
-#include <TavaroRender/Kernels/BackgroundRow.h>
-#include <TavaroRender/Kernels/Colour.h>
-#include <TavaroRender/Kernels/PixelStore.h>
+#include <TavaroRender/Kernels/Private/BackgroundRow.h>
+#include <TavaroRender/Kernels/Private/Colour.h>
+#include <TavaroRender/Kernels/Private/PixelStore.h>
 
 HWY_BEFORE_NAMESPACE();
 namespace tavaro::HWY_NAMESPACE {

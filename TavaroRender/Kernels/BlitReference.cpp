@@ -1,7 +1,7 @@
 #include <TavaroRender/Kernels/BlitUniforms.h>
-#include <TavaroRender/Kernels/PixelStore.h>
-#include <TavaroRender/Kernels/Reference.h>
-#include <TavaroRender/Kernels/Sampling.h>
+#include <TavaroRender/Kernels/Private/PixelStore.h>
+#include <TavaroRender/Kernels/Private/Reference.h>
+#include <TavaroRender/Kernels/Private/Sampling.h>
 
 namespace tavaro {
 

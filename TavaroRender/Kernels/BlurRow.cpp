@@ -3,7 +3,7 @@
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
-#include <TavaroRender/Kernels/BlurRow.h>
+#include <TavaroRender/Kernels/Private/BlurRow.h>
 
 #include <algorithm>
 #include <cstddef>

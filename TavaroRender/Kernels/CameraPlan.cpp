@@ -1,7 +1,7 @@
-#include <TavaroRender/Kernels/CameraPlan.h>
+#include <TavaroRender/Kernels/Private/CameraPlan.h>
 
-#include <TavaroRender/Kernels/GradeFormula.h>
-#include <TavaroRender/Kernels/PixelStore.h>
+#include <TavaroRender/Kernels/Private/GradeFormula.h>
+#include <TavaroRender/Kernels/Private/PixelStore.h>
 
 namespace tavaro {
 

@@ -1,9 +1,9 @@
-#include <TavaroRender/Kernels/CameraFormula.h>
 #include <TavaroRender/Kernels/CameraUniforms.h>
-#include <TavaroRender/Kernels/GradeFormula.h>
-#include <TavaroRender/Kernels/PixelStore.h>
-#include <TavaroRender/Kernels/Reference.h>
-#include <TavaroRender/Kernels/Sampling.h>
+#include <TavaroRender/Kernels/Private/CameraFormula.h>
+#include <TavaroRender/Kernels/Private/GradeFormula.h>
+#include <TavaroRender/Kernels/Private/PixelStore.h>
+#include <TavaroRender/Kernels/Private/Reference.h>
+#include <TavaroRender/Kernels/Private/Sampling.h>
 
 namespace tavaro {
 

@@ -3,12 +3,12 @@
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
-#include <TavaroRender/Kernels/CanvasVectors-inl.h>
-#include <TavaroRender/Kernels/PictureRow-inl.h>
-#include <TavaroRender/Kernels/TexelVectors-inl.h>
+#include <TavaroRender/Kernels/Private/CanvasVectors-inl.h>
+#include <TavaroRender/Kernels/Private/PictureRow-inl.h>
+#include <TavaroRender/Kernels/Private/TexelVectors-inl.h>
 
-#include <TavaroRender/Kernels/CameraRow.h>
-#include <TavaroRender/Kernels/PixelStore.h>
+#include <TavaroRender/Kernels/Private/CameraRow.h>
+#include <TavaroRender/Kernels/Private/PixelStore.h>
 
 HWY_BEFORE_NAMESPACE();
 namespace tavaro::HWY_NAMESPACE {

@@ -1,6 +1,6 @@
-#include <TavaroRender/Kernels/CameraShadow.h>
+#include <TavaroRender/Kernels/Private/CameraShadow.h>
 
-#include <TavaroRender/Kernels/CameraRow.h>
+#include <TavaroRender/Kernels/Private/CameraRow.h>
 
 namespace tavaro {
 

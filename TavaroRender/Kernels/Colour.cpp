@@ -1,4 +1,4 @@
-#include <TavaroRender/Kernels/Colour.h>
+#include <TavaroRender/Kernels/Private/Colour.h>
 
 namespace tavaro {
 

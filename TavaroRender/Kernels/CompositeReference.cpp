@@ -1,8 +1,8 @@
-#include <TavaroRender/Kernels/Background.h>
-#include <TavaroRender/Kernels/CompositePixel.h>
-#include <TavaroRender/Kernels/Loupe.h>
-#include <TavaroRender/Kernels/PixelStore.h>
-#include <TavaroRender/Kernels/Reference.h>
+#include <TavaroRender/Kernels/Private/Background.h>
+#include <TavaroRender/Kernels/Private/CompositePixel.h>
+#include <TavaroRender/Kernels/Private/Loupe.h>
+#include <TavaroRender/Kernels/Private/PixelStore.h>
+#include <TavaroRender/Kernels/Private/Reference.h>
 
 namespace tavaro {
 

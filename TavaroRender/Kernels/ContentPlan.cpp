@@ -1,9 +1,9 @@
-#include <TavaroRender/Kernels/ContentPlan.h>
+#include <TavaroRender/Kernels/Private/ContentPlan.h>
 
 #include <TavaroRender/Kernels/CompositeUniforms.h>
-#include <TavaroRender/Kernels/PixelStore.h>
-#include <TavaroRender/Kernels/Sampling.h>
-#include <TavaroRender/Kernels/ScreenLayer.h>
+#include <TavaroRender/Kernels/Private/PixelStore.h>
+#include <TavaroRender/Kernels/Private/Sampling.h>
+#include <TavaroRender/Kernels/Private/ScreenLayer.h>
 
 namespace tavaro {
 

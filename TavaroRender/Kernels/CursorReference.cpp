@@ -1,10 +1,10 @@
 #include <limits>
 #include <numbers>
 
-#include <TavaroRender/Kernels/CursorShapes.h>
 #include <TavaroRender/Kernels/CursorUniforms.h>
-#include <TavaroRender/Kernels/PixelStore.h>
-#include <TavaroRender/Kernels/Reference.h>
+#include <TavaroRender/Kernels/Private/CursorShapes.h>
+#include <TavaroRender/Kernels/Private/PixelStore.h>
+#include <TavaroRender/Kernels/Private/Reference.h>
 
 namespace tavaro {
 

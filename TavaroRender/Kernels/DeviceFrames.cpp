@@ -1,5 +1,5 @@
 #include <TavaroRender/Kernels/CompositeUniforms.h>
-#include <TavaroRender/Kernels/ScreenLayer.h>
+#include <TavaroRender/Kernels/Private/ScreenLayer.h>
 
 namespace tavaro {
 

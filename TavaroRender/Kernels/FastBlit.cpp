@@ -3,11 +3,11 @@
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
-#include <TavaroRender/Kernels/CanvasVectors-inl.h>
-#include <TavaroRender/Kernels/TexelVectors-inl.h>
+#include <TavaroRender/Kernels/Private/CanvasVectors-inl.h>
+#include <TavaroRender/Kernels/Private/TexelVectors-inl.h>
 
-#include <TavaroRender/Kernels/FastBlit.h>
-#include <TavaroRender/Kernels/PixelStore.h>
+#include <TavaroRender/Kernels/Private/FastBlit.h>
+#include <TavaroRender/Kernels/Private/PixelStore.h>
 
 HWY_BEFORE_NAMESPACE();
 namespace tavaro::HWY_NAMESPACE {

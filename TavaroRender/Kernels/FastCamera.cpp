@@ -1,8 +1,8 @@
-#include <TavaroRender/Kernels/FastCamera.h>
+#include <TavaroRender/Kernels/Private/FastCamera.h>
 
 #include <hwy/cache_control.h>
 
-#include <TavaroRender/Kernels/CameraRow.h>
+#include <TavaroRender/Kernels/Private/CameraRow.h>
 
 namespace tavaro {
 

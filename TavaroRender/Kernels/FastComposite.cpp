@@ -1,9 +1,9 @@
-#include <TavaroRender/Kernels/FastComposite.h>
+#include <TavaroRender/Kernels/Private/FastComposite.h>
 
 #include <cstring>
 
-#include <TavaroRender/Kernels/Loupe.h>
-#include <TavaroRender/Kernels/PixelStore.h>
+#include <TavaroRender/Kernels/Private/Loupe.h>
+#include <TavaroRender/Kernels/Private/PixelStore.h>
 
 namespace tavaro {
 

@@ -3,14 +3,14 @@
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
-#include <TavaroRender/Kernels/CanvasVectors-inl.h>
+#include <TavaroRender/Kernels/Private/CanvasVectors-inl.h>
 
 #include <cmath>
 
-#include <TavaroRender/Kernels/CursorShapes.h>
 #include <TavaroRender/Kernels/CursorUniforms.h>
-#include <TavaroRender/Kernels/FastCursor.h>
-#include <TavaroRender/Kernels/PixelStore.h>
+#include <TavaroRender/Kernels/Private/CursorShapes.h>
+#include <TavaroRender/Kernels/Private/FastCursor.h>
+#include <TavaroRender/Kernels/Private/PixelStore.h>
 
 HWY_BEFORE_NAMESPACE();
 namespace tavaro::HWY_NAMESPACE {

@@ -1,8 +1,8 @@
-#include <TavaroRender/Kernels/FastRegion.h>
+#include <TavaroRender/Kernels/Private/FastRegion.h>
 
-#include <TavaroRender/Kernels/BlurRow.h>
-#include <TavaroRender/Kernels/PixelStore.h>
-#include <TavaroRender/Kernels/RegionRow.h>
+#include <TavaroRender/Kernels/Private/BlurRow.h>
+#include <TavaroRender/Kernels/Private/PixelStore.h>
+#include <TavaroRender/Kernels/Private/RegionRow.h>
 
 #include <cmath>
 #include <cstring>

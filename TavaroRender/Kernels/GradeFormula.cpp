@@ -1,9 +1,9 @@
-#include <TavaroRender/Kernels/GradeFormula.h>
+#include <TavaroRender/Kernels/Private/GradeFormula.h>
 
 #include <TavaroCore/Looks/CubeLUT.h>
 #include <TavaroCore/Style/CameraLook.h>
 #include <TavaroRender/Kernels/CameraUniforms.h>
-#include <TavaroRender/Kernels/Colour.h>
+#include <TavaroRender/Kernels/Private/Colour.h>
 
 namespace tavaro {
 

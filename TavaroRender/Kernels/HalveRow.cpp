@@ -3,7 +3,7 @@
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
-#include <TavaroRender/Kernels/HalveRow.h>
+#include <TavaroRender/Kernels/Private/HalveRow.h>
 
 HWY_BEFORE_NAMESPACE();
 namespace tavaro::HWY_NAMESPACE {

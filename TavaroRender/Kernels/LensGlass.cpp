@@ -3,13 +3,13 @@
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
-#include <TavaroRender/Kernels/FloatVectors-inl.h>
+#include <TavaroRender/Kernels/Private/FloatVectors-inl.h>
 
 #include <cstring>
 
 #include <TavaroRender/Kernels/CompositeUniforms.h>
-#include <TavaroRender/Kernels/LensRow.h>
-#include <TavaroRender/Kernels/PixelStore.h>
+#include <TavaroRender/Kernels/Private/LensRow.h>
+#include <TavaroRender/Kernels/Private/PixelStore.h>
 
 HWY_BEFORE_NAMESPACE();
 namespace tavaro::HWY_NAMESPACE {

@@ -3,14 +3,14 @@
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
-#include <TavaroRender/Kernels/LensVectors-inl.h>
+#include <TavaroRender/Kernels/Private/LensVectors-inl.h>
 
 #include <cmath>
 #include <utility>
 
-#include <TavaroRender/Kernels/LensRow.h>
-#include <TavaroRender/Kernels/PixelStore.h>
-#include <TavaroRender/Kernels/ScreenLayer.h>
+#include <TavaroRender/Kernels/Private/LensRow.h>
+#include <TavaroRender/Kernels/Private/PixelStore.h>
+#include <TavaroRender/Kernels/Private/ScreenLayer.h>
 
 HWY_BEFORE_NAMESPACE();
 namespace tavaro::HWY_NAMESPACE {

@@ -3,10 +3,10 @@
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
-#include <TavaroRender/Kernels/LensVectors-inl.h>
+#include <TavaroRender/Kernels/Private/LensVectors-inl.h>
 
-#include <TavaroRender/Kernels/LensRow.h>
-#include <TavaroRender/Kernels/PixelStore.h>
+#include <TavaroRender/Kernels/Private/LensRow.h>
+#include <TavaroRender/Kernels/Private/PixelStore.h>
 
 HWY_BEFORE_NAMESPACE();
 namespace tavaro::HWY_NAMESPACE {

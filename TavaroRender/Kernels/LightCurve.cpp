@@ -1,4 +1,4 @@
-#include <TavaroRender/Kernels/LightCurve.h>
+#include <TavaroRender/Kernels/Private/LightCurve.h>
 
 namespace tavaro {
 

@@ -1,9 +1,9 @@
-#include <TavaroRender/Kernels/Loupe.h>
+#include <TavaroRender/Kernels/Private/Loupe.h>
 
-#include <TavaroRender/Kernels/Background.h>
 #include <TavaroRender/Kernels/CompositeUniforms.h>
-#include <TavaroRender/Kernels/Sampling.h>
-#include <TavaroRender/Kernels/ScreenLayer.h>
+#include <TavaroRender/Kernels/Private/Background.h>
+#include <TavaroRender/Kernels/Private/Sampling.h>
+#include <TavaroRender/Kernels/Private/ScreenLayer.h>
 
 namespace tavaro {
 

@@ -1,10 +1,10 @@
-#include <TavaroRender/Kernels/LoupeRow.h>
+#include <TavaroRender/Kernels/Private/LoupeRow.h>
 
 #include <cmath>
 
-#include <TavaroRender/Kernels/CompositePixel.h>
-#include <TavaroRender/Kernels/LensRow.h>
-#include <TavaroRender/Kernels/PixelStore.h>
+#include <TavaroRender/Kernels/Private/CompositePixel.h>
+#include <TavaroRender/Kernels/Private/LensRow.h>
+#include <TavaroRender/Kernels/Private/PixelStore.h>
 
 namespace tavaro {
 

@@ -1,9 +1,9 @@
-#include <TavaroRender/Kernels/Noise.h>
-#include <TavaroRender/Kernels/PixelStore.h>
-#include <TavaroRender/Kernels/Reference.h>
-#include <TavaroRender/Kernels/RegionFormula.h>
+#include <TavaroRender/Kernels/Private/Noise.h>
+#include <TavaroRender/Kernels/Private/PixelStore.h>
+#include <TavaroRender/Kernels/Private/Reference.h>
+#include <TavaroRender/Kernels/Private/RegionFormula.h>
+#include <TavaroRender/Kernels/Private/Sampling.h>
 #include <TavaroRender/Kernels/RegionUniforms.h>
-#include <TavaroRender/Kernels/Sampling.h>
 
 #include <cstdint>
 

@@ -3,11 +3,11 @@
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
-#include <TavaroRender/Kernels/CanvasVectors-inl.h>
-#include <TavaroRender/Kernels/GradientVectors-inl.h>
+#include <TavaroRender/Kernels/Private/CanvasVectors-inl.h>
+#include <TavaroRender/Kernels/Private/GradientVectors-inl.h>
 
-#include <TavaroRender/Kernels/PixelStore.h>
-#include <TavaroRender/Kernels/RegionRow.h>
+#include <TavaroRender/Kernels/Private/PixelStore.h>
+#include <TavaroRender/Kernels/Private/RegionRow.h>
 #include <TavaroRender/Kernels/RegionUniforms.h>
 
 HWY_BEFORE_NAMESPACE();

@@ -1,7 +1,7 @@
-#include <TavaroRender/Kernels/ScreenLayer.h>
+#include <TavaroRender/Kernels/Private/ScreenLayer.h>
 
 #include <TavaroRender/Kernels/CompositeUniforms.h>
-#include <TavaroRender/Kernels/Sampling.h>
+#include <TavaroRender/Kernels/Private/Sampling.h>
 
 namespace tavaro {
 

@@ -6,9 +6,9 @@
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
-#include <TavaroRender/Kernels/ContentTile-inl.h>
+#include <TavaroRender/Kernels/Private/ContentTile-inl.h>
 
-#include <TavaroRender/Kernels/ContentTiles.h>
+#include <TavaroRender/Kernels/Private/ContentTiles.h>
 
 HWY_BEFORE_NAMESPACE();
 namespace tavaro::HWY_NAMESPACE {

@@ -1,8 +1,8 @@
-#include <TavaroRender/Kernels/StillLayer.h>
+#include <TavaroRender/Kernels/Private/StillLayer.h>
 
-#include <TavaroRender/Kernels/Background.h>
-#include <TavaroRender/Kernels/CompositePixel.h>
-#include <TavaroRender/Kernels/PixelStore.h>
+#include <TavaroRender/Kernels/Private/Background.h>
+#include <TavaroRender/Kernels/Private/CompositePixel.h>
+#include <TavaroRender/Kernels/Private/PixelStore.h>
 
 namespace tavaro {
 

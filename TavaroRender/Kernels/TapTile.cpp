@@ -8,9 +8,9 @@
 
 #include <span>
 
-#include <TavaroRender/Kernels/ContentTile-inl.h>
+#include <TavaroRender/Kernels/Private/ContentTile-inl.h>
 
-#include <TavaroRender/Kernels/ContentTiles.h>
+#include <TavaroRender/Kernels/Private/ContentTiles.h>
 
 HWY_BEFORE_NAMESPACE();
 namespace tavaro::HWY_NAMESPACE {

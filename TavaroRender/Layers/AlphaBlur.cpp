@@ -1,4 +1,4 @@
-#include <TavaroRender/Layers/AlphaBlur.h>
+#include <TavaroRender/Layers/Private/AlphaBlur.h>
 
 #include <algorithm>
 #include <cstring>

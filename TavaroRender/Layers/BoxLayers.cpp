@@ -1,8 +1,8 @@
-#include <TavaroRender/Layers/BoxLayers.h>
+#include <TavaroRender/Layers/Private/BoxLayers.h>
 
 #include <cmath>
 
-#include <TavaroRender/Layers/LayerDrawings.h>
+#include <TavaroRender/Layers/Private/LayerDrawings.h>
 
 namespace tavaro {
 

@@ -1,12 +1,12 @@
-#include <TavaroRender/Layers/LayerDrawings.h>
+#include <TavaroRender/Layers/Private/LayerDrawings.h>
 
 #include <algorithm>
 #include <array>
 #include <numbers>
 
-#include <TavaroRender/Layers/CodeTokens.h>
-#include <TavaroRender/Layers/Panel.h>
-#include <TavaroRender/Layers/ReadableText.h>
+#include <TavaroRender/Layers/Private/CodeTokens.h>
+#include <TavaroRender/Layers/Private/Panel.h>
+#include <TavaroRender/Layers/Private/ReadableText.h>
 
 namespace tavaro {
 

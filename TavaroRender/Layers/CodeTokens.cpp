@@ -1,4 +1,4 @@
-#include <TavaroRender/Layers/CodeTokens.h>
+#include <TavaroRender/Layers/Private/CodeTokens.h>
 
 #include <algorithm>
 #include <array>

@@ -1,4 +1,4 @@
-#include <TavaroRender/Layers/Drawing.h>
+#include <TavaroRender/Layers/Private/Drawing.h>
 
 #include <algorithm>
 #include <cmath>
@@ -6,8 +6,8 @@
 #include <numbers>
 #include <string>
 
-#include <TavaroRender/Layers/AlphaBlur.h>
-#include <TavaroRender/Layers/LayerError.h>
+#include <TavaroRender/Layers/Private/AlphaBlur.h>
+#include <TavaroRender/Layers/Private/LayerError.h>
 
 namespace tavaro {
 

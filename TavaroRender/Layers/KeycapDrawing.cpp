@@ -1,4 +1,4 @@
-#include <TavaroRender/Layers/LayerDrawings.h>
+#include <TavaroRender/Layers/Private/LayerDrawings.h>
 
 #include <algorithm>
 #include <array>
@@ -6,8 +6,8 @@
 #include <cmath>
 #include <string_view>
 
-#include <TavaroRender/Layers/Panel.h>
-#include <TavaroRender/Layers/ReadableText.h>
+#include <TavaroRender/Layers/Private/Panel.h>
+#include <TavaroRender/Layers/Private/ReadableText.h>
 
 namespace tavaro {
 

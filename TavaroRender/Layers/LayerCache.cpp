@@ -1,4 +1,4 @@
-#include <TavaroRender/Layers/LayerCache.h>
+#include <TavaroRender/Layers/Private/LayerCache.h>
 
 namespace tavaro {
 

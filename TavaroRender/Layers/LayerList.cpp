@@ -1,13 +1,13 @@
-#include <TavaroRender/Layers/LayerList.h>
+#include <TavaroRender/Layers/Private/LayerList.h>
 
 #include <algorithm>
 #include <cmath>
 
 #include <TavaroCore/Project/DemoProject.h>
-#include <TavaroRender/Composition/FrameState.h>
-#include <TavaroRender/Layers/BoxLayers.h>
-#include <TavaroRender/Layers/ReadableText.h>
-#include <TavaroRender/Layers/SpokenCaption.h>
+#include <TavaroRender/Composition/Private/FrameState.h>
+#include <TavaroRender/Layers/Private/BoxLayers.h>
+#include <TavaroRender/Layers/Private/ReadableText.h>
+#include <TavaroRender/Layers/Private/SpokenCaption.h>
 
 namespace tavaro {
 

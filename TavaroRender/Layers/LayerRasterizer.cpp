@@ -1,11 +1,11 @@
-#include <TavaroRender/Layers/LayerRasterizer.h>
+#include <TavaroRender/Layers/Private/LayerRasterizer.h>
 
 #include <optional>
 
-#include <TavaroRender/Layers/LayerCache.h>
-#include <TavaroRender/Layers/LayerDrawings.h>
-#include <TavaroRender/Layers/LayerList.h>
-#include <TavaroRender/Layers/TextFonts.h>
+#include <TavaroRender/Layers/Private/LayerCache.h>
+#include <TavaroRender/Layers/Private/LayerDrawings.h>
+#include <TavaroRender/Layers/Private/LayerList.h>
+#include <TavaroRender/Layers/Private/TextFonts.h>
 
 namespace tavaro {
 

@@ -1,4 +1,4 @@
-#include <TavaroRender/Layers/LayerSpec.h>
+#include <TavaroRender/Layers/Private/LayerSpec.h>
 
 #include <cstring>
 #include <type_traits>

@@ -1,10 +1,10 @@
-#include <TavaroRender/Layers/Panel.h>
+#include <TavaroRender/Layers/Private/Panel.h>
 
 #include <algorithm>
 #include <cmath>
 #include <string>
 
-#include <TavaroRender/Layers/ReadableText.h>
+#include <TavaroRender/Layers/Private/ReadableText.h>
 
 namespace tavaro {
 

@@ -1,9 +1,9 @@
-#include <TavaroRender/Layers/LayerDrawings.h>
+#include <TavaroRender/Layers/Private/LayerDrawings.h>
 
 #include <algorithm>
 
-#include <TavaroRender/Layers/Panel.h>
-#include <TavaroRender/Layers/ReadableText.h>
+#include <TavaroRender/Layers/Private/Panel.h>
+#include <TavaroRender/Layers/Private/ReadableText.h>
 
 namespace tavaro {
 

@@ -1,4 +1,4 @@
-#include <TavaroRender/Layers/ReadableText.h>
+#include <TavaroRender/Layers/Private/ReadableText.h>
 
 #include <memory>
 #include <unicode/brkiter.h>

@@ -1,11 +1,11 @@
-#include <TavaroRender/Layers/LayerDrawings.h>
+#include <TavaroRender/Layers/Private/LayerDrawings.h>
 
 #include <algorithm>
 #include <cmath>
 #include <numbers>
 #include <vector>
 
-#include <TavaroRender/Layers/Panel.h>
+#include <TavaroRender/Layers/Private/Panel.h>
 
 namespace tavaro {
 

@@ -1,9 +1,9 @@
-#include <TavaroRender/Layers/SpokenCaption.h>
+#include <TavaroRender/Layers/Private/SpokenCaption.h>
 
 #include <algorithm>
 #include <cmath>
 
-#include <TavaroRender/Layers/ReadableText.h>
+#include <TavaroRender/Layers/Private/ReadableText.h>
 
 namespace tavaro {
 

@@ -1,12 +1,12 @@
-#include <TavaroRender/Layers/TextBlock.h>
+#include <TavaroRender/Layers/Private/TextBlock.h>
 
 #include <algorithm>
 #include <cmath>
 
 #include <hb-ot.h>
 
-#include <TavaroRender/Layers/Drawing.h>
-#include <TavaroRender/Layers/ReadableText.h>
+#include <TavaroRender/Layers/Private/Drawing.h>
+#include <TavaroRender/Layers/Private/ReadableText.h>
 
 namespace tavaro {
 

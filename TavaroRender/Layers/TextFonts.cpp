@@ -1,9 +1,9 @@
-#include <TavaroRender/Layers/TextFonts.h>
+#include <TavaroRender/Layers/Private/TextFonts.h>
 
 #include <algorithm>
 
-#include <TavaroRender/Layers/LayerError.h>
-#include <TavaroRender/Layers/ReadableText.h>
+#include <TavaroRender/Layers/Private/LayerError.h>
+#include <TavaroRender/Layers/Private/ReadableText.h>
 
 namespace tavaro {
 

@@ -1,4 +1,4 @@
-#include <TavaroRender/Renderer/BackgroundImages.h>
+#include <TavaroRender/Renderer/Private/BackgroundImages.h>
 
 #include <algorithm>
 #include <cmath>
@@ -8,7 +8,7 @@
 #include <TavaroMedia/Frames/PNG.h>
 #include <TavaroMedia/Movie/MovieReader.h>
 #include <TavaroRender/Compositor/ScreenTexture.h>
-#include <TavaroRender/Renderer/BoxBlur.h>
+#include <TavaroRender/Renderer/Private/BoxBlur.h>
 
 namespace tavaro {
 

@@ -1,10 +1,10 @@
-#include <TavaroRender/Renderer/CameraPass.h>
+#include <TavaroRender/Renderer/Private/CameraPass.h>
 
 #include <algorithm>
 
 #include <TavaroCore/Project/DemoProject.h>
 #include <TavaroCore/Style/CameraLook.h>
-#include <TavaroRender/Composition/FrameState.h>
+#include <TavaroRender/Composition/Private/FrameState.h>
 
 namespace tavaro {
 

@@ -1,4 +1,4 @@
-#include <TavaroRender/Renderer/CanvasHistory.h>
+#include <TavaroRender/Renderer/Private/CanvasHistory.h>
 
 #include <algorithm>
 #include <cmath>

@@ -1,4 +1,4 @@
-#include <TavaroRender/Renderer/FrameUniforms.h>
+#include <TavaroRender/Renderer/Private/FrameUniforms.h>
 
 #include <algorithm>
 #include <array>
@@ -6,8 +6,8 @@
 #include <span>
 
 #include <TavaroCore/Project/DemoProject.h>
-#include <TavaroRender/Composition/ContentRect.h>
-#include <TavaroRender/Composition/FrameState.h>
+#include <TavaroRender/Composition/Private/ContentRect.h>
+#include <TavaroRender/Composition/Private/FrameState.h>
 
 namespace tavaro {
 

@@ -1,4 +1,4 @@
-#include <TavaroRender/Renderer/MoviePicture.h>
+#include <TavaroRender/Renderer/Private/MoviePicture.h>
 
 namespace tavaro {
 

@@ -1,4 +1,4 @@
-#include <TavaroRender/Renderer/Reach.h>
+#include <TavaroRender/Renderer/Private/Reach.h>
 
 #include <algorithm>
 #include <cmath>

@@ -1,10 +1,10 @@
-#include <TavaroRender/Renderer/RegionPasses.h>
+#include <TavaroRender/Renderer/Private/RegionPasses.h>
 
 #include <algorithm>
 #include <variant>
 
 #include <TavaroCore/Project/DemoProject.h>
-#include <TavaroRender/Composition/FrameState.h>
+#include <TavaroRender/Composition/Private/FrameState.h>
 
 namespace tavaro {
 

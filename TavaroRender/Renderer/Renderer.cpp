@@ -6,16 +6,16 @@
 #include <vector>
 
 #include <TavaroCore/Project/DemoProject.h>
-#include <TavaroRender/Composition/FrameState.h>
+#include <TavaroRender/Composition/Private/FrameState.h>
 #include <TavaroRender/Kernels/BlitUniforms.h>
-#include <TavaroRender/Layers/LayerRasterizer.h>
-#include <TavaroRender/Renderer/BackgroundImages.h>
-#include <TavaroRender/Renderer/CanvasHistory.h>
-#include <TavaroRender/Renderer/FrameUniforms.h>
-#include <TavaroRender/Renderer/MoviePicture.h>
-#include <TavaroRender/Renderer/Reach.h>
-#include <TavaroRender/Renderer/RegionPasses.h>
-#include <TavaroRender/Renderer/RowPool.h>
+#include <TavaroRender/Layers/Private/LayerRasterizer.h>
+#include <TavaroRender/Renderer/Private/BackgroundImages.h>
+#include <TavaroRender/Renderer/Private/CanvasHistory.h>
+#include <TavaroRender/Renderer/Private/FrameUniforms.h>
+#include <TavaroRender/Renderer/Private/MoviePicture.h>
+#include <TavaroRender/Renderer/Private/Reach.h>
+#include <TavaroRender/Renderer/Private/RegionPasses.h>
+#include <TavaroRender/Renderer/Private/RowPool.h>
 
 namespace tavaro {
 

@@ -4,9 +4,9 @@
 #include <cassert>
 #include <cstring>
 
-#include <TavaroRender/Layers/Drawing.h>
-#include <TavaroRender/Layers/ReadableText.h>
-#include <TavaroRender/Layers/TextBlock.h>
+#include <TavaroRender/Layers/Private/Drawing.h>
+#include <TavaroRender/Layers/Private/ReadableText.h>
+#include <TavaroRender/Layers/Private/TextBlock.h>
 
 namespace tavaro {
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <TavaroCapture/Events/EventLog.h>
+#include <TavaroCapture/Events/Private/EventLog.h>
 #include <TavaroCapture/Sources/CaptureSource.h>
-#include <TavaroCapture/X11/Connection.h>
+#include <TavaroCapture/X11/Private/Connection.h>
 
 #include <cstdint>
 #include <functional>

@@ -1,8 +1,8 @@
-#include <TavaroCapture/Events/CursorNames.h>
-#include <TavaroCapture/Events/EventLog.h>
-#include <TavaroCapture/Events/KeyNames.h>
-#include <TavaroCapture/Events/SecurePrompts.h>
-#include <TavaroCapture/Events/TakeClock.h>
+#include <TavaroCapture/Events/Private/CursorNames.h>
+#include <TavaroCapture/Events/Private/EventLog.h>
+#include <TavaroCapture/Events/Private/KeyNames.h>
+#include <TavaroCapture/Events/Private/SecurePrompts.h>
+#include <TavaroCapture/Events/Private/TakeClock.h>
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 #include <map>

@@ -1,7 +1,7 @@
 #include "../TestDisplay.h"
 
-#include <TavaroCapture/Events/EventRecorder.h>
-#include <TavaroCapture/Events/TakeClock.h>
+#include <TavaroCapture/Events/Private/EventRecorder.h>
+#include <TavaroCapture/Events/Private/TakeClock.h>
 #include <TavaroPlatform/Clocks/MediaClock.h>
 #include <TavaroPlatform/Queues/SerialQueue.h>
 

@@ -1,6 +1,6 @@
 #include "../TemporaryFolder.h"
 
-#include <TavaroCapture/Recovery/MetadataCheckpoints.h>
+#include <TavaroCapture/Recovery/Private/MetadataCheckpoints.h>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <random>

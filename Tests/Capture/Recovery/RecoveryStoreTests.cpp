@@ -1,9 +1,9 @@
 #include "../TemporaryFolder.h"
 
-#include <TavaroCapture/Recovery/MetadataCheckpoints.h>
+#include <TavaroCapture/Recovery/Private/MetadataCheckpoints.h>
+#include <TavaroCapture/Recovery/Private/WorkingFolderClaim.h>
 #include <TavaroCapture/Recovery/RecoveryStore.h>
-#include <TavaroCapture/Recovery/WorkingFolderClaim.h>
-#include <TavaroCapture/Segments/SegmentWriter.h>
+#include <TavaroCapture/Segments/Private/SegmentWriter.h>
 #include <TavaroCapture/Sources/CaptureError.h>
 #include <TavaroMedia/Frames/Image.h>
 #include <TavaroMedia/Movie/MovieReader.h>

@@ -1,6 +1,6 @@
 #include "../TestDisplay.h"
 
-#include <TavaroCapture/Screen/ScreenGrabber.h>
+#include <TavaroCapture/Screen/Private/ScreenGrabber.h>
 #include <TavaroCapture/Sources/CaptureError.h>
 
 namespace tavaro {

@@ -1,6 +1,6 @@
 #include "../TemporaryFolder.h"
 
-#include <TavaroCapture/Segments/SegmentWriter.h>
+#include <TavaroCapture/Segments/Private/SegmentWriter.h>
 #include <TavaroCapture/Sources/CaptureError.h>
 #include <TavaroMedia/Frames/Image.h>
 #include <TavaroMedia/Movie/JoinMovies.h>

@@ -1,6 +1,6 @@
 #include <TavaroCapture/Sources/CaptureError.h>
 #include <TavaroCapture/Sources/CaptureSource.h>
-#include <TavaroCapture/Sources/DesktopEntries.h>
+#include <TavaroCapture/Sources/Private/DesktopEntries.h>
 #include <TavaroCapture/Sources/SourceList.h>
 
 #include "../TestDisplay.h"

@@ -1,5 +1,5 @@
-#include <TavaroCore/Direction/Beats.h>
 #include <TavaroCore/Direction/CameraDirector.h>
+#include <TavaroCore/Direction/Private/Beats.h>
 #include <TavaroCore/Project/DemoProject.h>
 #include <TavaroCore/Timeline/RecordingOnTimeline.h>
 

@@ -1,5 +1,5 @@
 #include <TavaroCore/Audio/AudioTrack.h>
-#include <TavaroCore/Direction/SilenceDetector.h>
+#include <TavaroCore/Direction/Private/SilenceDetector.h>
 #include <TavaroCore/Recording/RecordingMetadata.h>
 
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
 #include <TavaroCore/Editing/ClipEdits.h>
-#include <TavaroCore/Editing/EditError.h>
+#include <TavaroCore/Editing/Private/EditError.h>
 #include <TavaroCore/Editing/RangeEdits.h>
 #include <TavaroCore/Project/DemoProject.h>
 

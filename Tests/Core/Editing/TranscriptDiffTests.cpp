@@ -1,4 +1,4 @@
-#include <TavaroCore/Editing/TranscriptDiff.h>
+#include <TavaroCore/Editing/Private/TranscriptDiff.h>
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #include "../Package/TemporaryFolder.h"
 
 #include <TavaroCore/Files/AtomicFile.h>
-#include <TavaroCore/Library/LibraryIndex.h>
+#include <TavaroCore/Library/Private/LibraryIndex.h>
 #include <TavaroCore/Library/ProjectLibrary.h>
 #include <TavaroCore/Package/ProjectPackage.h>
 #include <TavaroCore/Project/DemoProject.h>

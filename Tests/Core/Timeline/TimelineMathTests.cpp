@@ -1,4 +1,4 @@
-#include <TavaroCore/Timeline/TimelineMath.h>
+#include <TavaroCore/Timeline/Private/TimelineMath.h>
 
 #include <gtest/gtest.h>
 

@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-#include <TavaroMedia/Frames/ColorKernels.h>
+#include <TavaroMedia/Frames/Private/ColorKernels.h>
 
 namespace tavaro {
 namespace {

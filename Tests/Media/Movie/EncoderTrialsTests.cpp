@@ -4,9 +4,9 @@
 #include <gmock/gmock.h>
 
 #include <TavaroMedia/Errors/MediaError.h>
-#include <TavaroMedia/Frames/EncoderPlanes.h>
-#include <TavaroMedia/Movie/EncoderTrials.h>
-#include <TavaroMedia/Movie/HardwareEncoder.h>
+#include <TavaroMedia/Frames/Private/EncoderPlanes.h>
+#include <TavaroMedia/Movie/Private/EncoderTrials.h>
+#include <TavaroMedia/Movie/Private/HardwareEncoder.h>
 #include <Tests/Capture/TemporaryFolder.h>
 #include <Tests/Media/Files/FullDisk.h>
 #include <Tests/Media/Movie/NumberedMovie.h>

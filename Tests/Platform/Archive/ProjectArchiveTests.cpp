@@ -1,4 +1,4 @@
-#include <TavaroPlatform/Archive/LibArchive.h>
+#include <TavaroPlatform/Archive/Private/LibArchive.h>
 #include <TavaroPlatform/Archive/ProjectArchive.h>
 
 #include <TavaroCore/Files/AtomicFile.h>

@@ -4,7 +4,7 @@
 #include <TavaroMedia/Audio/AudioFileWriter.h>
 #include <TavaroMedia/Audio/LoudnessMeter.h>
 #include <TavaroMedia/Errors/MediaError.h>
-#include <TavaroRender/Audio/AudioEnhancer.h>
+#include <TavaroRender/Audio/Private/AudioEnhancer.h>
 
 #include <gtest/gtest.h>
 

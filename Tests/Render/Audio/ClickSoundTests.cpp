@@ -1,8 +1,8 @@
 #include "../../Media/Audio/TestSounds.h"
 
 #include <TavaroCore/Project/DemoProject.h>
-#include <TavaroRender/Audio/AudioMixer.h>
-#include <TavaroRender/Audio/ClickSound.h>
+#include <TavaroRender/Audio/Private/AudioMixer.h>
+#include <TavaroRender/Audio/Private/ClickSound.h>
 
 #include <gtest/gtest.h>
 

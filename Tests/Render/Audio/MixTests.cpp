@@ -1,9 +1,9 @@
 #include "../../Media/Audio/TestSounds.h"
 
 #include <TavaroCore/Project/DemoProject.h>
-#include <TavaroRender/Audio/AudioMixer.h>
-#include <TavaroRender/Audio/MixRenderer.h>
-#include <TavaroRender/Audio/SignalDucking.h>
+#include <TavaroRender/Audio/Private/AudioMixer.h>
+#include <TavaroRender/Audio/Private/MixRenderer.h>
+#include <TavaroRender/Audio/Private/SignalDucking.h>
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
-#include <TavaroRender/Composition/CameraBubble.h>
-#include <TavaroRender/Composition/SplitPanes.h>
+#include <TavaroRender/Composition/Private/CameraBubble.h>
+#include <TavaroRender/Composition/Private/SplitPanes.h>
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 #include <TavaroCore/Project/DemoProject.h>
-#include <TavaroRender/Composition/FrameComposer.h>
+#include <TavaroRender/Composition/Private/FrameComposer.h>
 
 #include <gtest/gtest.h>
 

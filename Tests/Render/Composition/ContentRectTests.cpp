@@ -1,5 +1,5 @@
 #include <TavaroCore/Style/ScreenStyle.h>
-#include <TavaroRender/Composition/ContentRect.h>
+#include <TavaroRender/Composition/Private/ContentRect.h>
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #include <TavaroCore/Project/DemoProject.h>
-#include <TavaroRender/Composition/ClickLook.h>
-#include <TavaroRender/Composition/FrameComposer.h>
+#include <TavaroRender/Composition/Private/ClickLook.h>
+#include <TavaroRender/Composition/Private/FrameComposer.h>
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include <TavaroRender/Composition/LoupeLens.h>
+#include <TavaroRender/Composition/Private/LoupeLens.h>
 
 #include <gtest/gtest.h>
 

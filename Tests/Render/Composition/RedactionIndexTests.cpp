@@ -1,6 +1,6 @@
 #include <TavaroCore/Project/DemoProject.h>
-#include <TavaroRender/Composition/FrameComposer.h>
-#include <TavaroRender/Composition/SpanIndex.h>
+#include <TavaroRender/Composition/Private/FrameComposer.h>
+#include <TavaroRender/Composition/Private/SpanIndex.h>
 
 #include <gtest/gtest.h>
 

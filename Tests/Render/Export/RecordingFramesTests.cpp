@@ -1,7 +1,7 @@
 #include "TestTake.h"
 
 #include <TavaroMedia/Movie/MovieReader.h>
-#include <TavaroRender/Export/RecordingFrames.h>
+#include <TavaroRender/Export/Private/RecordingFrames.h>
 
 #include <gtest/gtest.h>
 

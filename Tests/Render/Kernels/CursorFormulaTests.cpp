@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include <TavaroRender/Kernels/CursorShapes.h>
+#include <TavaroRender/Kernels/Private/CursorShapes.h>
 
 namespace tavaro {
 

@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 #include <hwy/targets.h>
 
-#include <TavaroRender/Compositor/RowExecutor.h>
+#include <TavaroRender/Compositor/Private/RowExecutor.h>
 
 namespace tavaro {
 

@@ -1,4 +1,4 @@
-#include <TavaroRender/Layers/LayerAnimation.h>
+#include <TavaroRender/Layers/Private/LayerAnimation.h>
 
 #include <cmath>
 #include <limits>

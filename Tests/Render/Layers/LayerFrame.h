@@ -3,7 +3,7 @@
 #include <deque>
 
 #include <TavaroCore/Project/DemoProject.h>
-#include <TavaroRender/Composition/FrameState.h>
+#include <TavaroRender/Composition/Private/FrameState.h>
 
 namespace tavaro {
 

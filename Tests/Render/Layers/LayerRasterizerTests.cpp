@@ -1,4 +1,4 @@
-#include <TavaroRender/Layers/LayerRasterizer.h>
+#include <TavaroRender/Layers/Private/LayerRasterizer.h>
 
 #include <cmath>
 #include <limits>
@@ -7,7 +7,7 @@
 #include <gmock/gmock.h>
 
 #include "LayerFrame.h"
-#include <TavaroRender/Layers/LayerList.h>
+#include <TavaroRender/Layers/Private/LayerList.h>
 
 namespace tavaro {
 

@@ -8,9 +8,9 @@
 #include <gmock/gmock.h>
 
 #include "LayerFrame.h"
-#include <TavaroRender/Layers/LayerError.h>
-#include <TavaroRender/Layers/LayerRasterizer.h>
-#include <TavaroRender/Layers/LayerSpec.h>
+#include <TavaroRender/Layers/Private/LayerError.h>
+#include <TavaroRender/Layers/Private/LayerRasterizer.h>
+#include <TavaroRender/Layers/Private/LayerSpec.h>
 
 namespace tavaro {
 

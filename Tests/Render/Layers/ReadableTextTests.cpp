@@ -1,11 +1,11 @@
-#include <TavaroRender/Layers/ReadableText.h>
+#include <TavaroRender/Layers/Private/ReadableText.h>
 
 #include <random>
 
 #include <gmock/gmock.h>
 
-#include <TavaroRender/Layers/CodeTokens.h>
-#include <TavaroRender/Layers/SpokenCaption.h>
+#include <TavaroRender/Layers/Private/CodeTokens.h>
+#include <TavaroRender/Layers/Private/SpokenCaption.h>
 
 namespace tavaro {
 

@@ -1,4 +1,4 @@
-#include <TavaroRender/Renderer/BoxBlur.h>
+#include <TavaroRender/Renderer/Private/BoxBlur.h>
 
 #include <gtest/gtest.h>
 

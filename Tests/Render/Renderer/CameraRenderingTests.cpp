@@ -2,10 +2,10 @@
 
 #include <TavaroMedia/Frames/EncoderPicture.h>
 #include <TavaroMedia/Movie/MovieWriter.h>
-#include <TavaroRender/Composition/FrameComposer.h>
+#include <TavaroRender/Composition/Private/FrameComposer.h>
 #include <TavaroRender/Export/ExportError.h>
 #include <TavaroRender/Export/Exporter.h>
-#include <TavaroRender/Export/FrameSources.h>
+#include <TavaroRender/Export/Private/FrameSources.h>
 #include <TavaroRender/Renderer/Renderer.h>
 
 #include <gtest/gtest.h>

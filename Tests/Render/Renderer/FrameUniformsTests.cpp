@@ -1,6 +1,6 @@
 #include <TavaroCore/Project/DemoProject.h>
-#include <TavaroRender/Composition/FrameComposer.h>
-#include <TavaroRender/Renderer/FrameUniforms.h>
+#include <TavaroRender/Composition/Private/FrameComposer.h>
+#include <TavaroRender/Renderer/Private/FrameUniforms.h>
 
 #include <gtest/gtest.h>
 

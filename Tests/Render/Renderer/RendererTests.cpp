@@ -2,7 +2,7 @@
 
 #include <TavaroMedia/Frames/PNG.h>
 #include <TavaroMedia/Movie/MovieReader.h>
-#include <TavaroRender/Composition/FrameComposer.h>
+#include <TavaroRender/Composition/Private/FrameComposer.h>
 #include <TavaroRender/Renderer/Renderer.h>
 
 #include <gtest/gtest.h>

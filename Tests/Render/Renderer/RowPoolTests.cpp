@@ -1,4 +1,4 @@
-#include <TavaroRender/Renderer/RowPool.h>
+#include <TavaroRender/Renderer/Private/RowPool.h>
 
 #include <gtest/gtest.h>
 

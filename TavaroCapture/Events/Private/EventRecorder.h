@@ -1,0 +1,58 @@
+#pragma once
+
+#include <TavaroCapture/Events/Private/EventLog.h>
+#include <TavaroCapture/Sources/CaptureSource.h>
+#include <TavaroCore/Recording/RecordingMetadata.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace tavaro {
+
+class SerialQueue;
+class TakeClock;
+
+/// Logs what the user does for the length of a take: the pointer 60 times a second, presses of its buttons, key presses
+/// with their modifiers, and which application is in front. Nothing is logged while the take is paused, and no key
+/// while a known prompt for secrets is on the screen (see `isSecurePrompt`).
+///
+/// Pointer ticks run on a queue labelled "com.tavaro.capture.pointer"; presses, keys and focus arrive on a thread of
+/// their own. Both stamp what they see and hand it to `sampleQueue`, where the log lives.
+class EventRecorder {
+public:
+    struct Options {
+        std::string display;
+        PixelRect frame; // captured area, on the desktop
+        bool logsKeystrokes = true;
+    };
+
+    /// `clock` and `sampleQueue` must outlive the recorder. Throws `CaptureError` when no server answers.
+    EventRecorder(Options const& options, TakeClock const& clock, SerialQueue& sampleQueue);
+    ~EventRecorder();
+    EventRecorder(EventRecorder const&) = delete;
+    EventRecorder& operator=(EventRecorder const&) = delete;
+
+    void start();
+    /// Ends monitoring and closes what is open at that time of the take. Once it returns, nothing more is logged.
+    void stop(double t);
+
+    /// Any thread: the captured area moved.
+    void setFrame(PixelRect const& frame);
+    PixelRect frame() const;
+    /// Whether keys can be logged, and are.
+    bool keyboardCaptured() const;
+
+    /// The log of a take of this length: everything up to its end, open spans closed there. Any thread but the sample
+    /// queue's.
+    RecordingMetadata metadata(double duration) const;
+    /// For checkpoints, on the sample queue: what came after the mark, and the mark for the next time.
+    RecordingMetadata since(EventLog::Mark const& mark, double t) const;
+    EventLog::Mark settled() const;
+
+private:
+    struct State;
+    std::unique_ptr<State> state_;
+};
+
+}

@@ -1,0 +1,90 @@
+#pragma once
+
+#include <TavaroCapture/Events/Private/EventRecorder.h>
+#include <TavaroCapture/Events/Private/TakeClock.h>
+#include <TavaroCapture/Recorder/ScreenRecorder.h>
+#include <TavaroCapture/Recovery/Private/MetadataCheckpoints.h>
+#include <TavaroCapture/Recovery/Private/WorkingFolderClaim.h>
+#include <TavaroCapture/Screen/Private/ScreenGrabber.h>
+#include <TavaroCapture/Segments/Private/SegmentWriter.h>
+#include <TavaroPlatform/Queues/SerialQueue.h>
+
+#include <atomic>
+#include <condition_variable>
+#include <mutex>
+#include <optional>
+
+namespace tavaro {
+
+/// A take from its first frame to its joined movie. Who owns what:
+/// - the screen queue: the grabber, `lastIndex`; 60 times a second it grabs, converts, and hands a frame on;
+/// - the sample queue: appending to the writer, the event log;
+/// - the checkpoint queue: the checkpoint files;
+/// - any thread: the clock, the counters (atomic), `ending` (its lock).
+/// Frames go from the screen to the sample queue through a short line, `framesUnderWay`; when the encoder falls behind
+/// and the line is full, a frame is dropped and counted, and memory stays bounded.
+class ScreenRecorder::Take {
+public:
+    explicit Take(RecorderOptions const& options);
+    ~Take();
+
+    void start();
+    void setPaused(bool paused);
+    RecorderProgress progress() const;
+    Size2 captureSize() const { return size_; }
+    bool waitForEnd(std::chrono::milliseconds atMost);
+    FinishedTake finish();
+    void cancel();
+
+private:
+    /// Frames that may wait for the encoder: half a second of 1080p, less of anything larger.
+    static constexpr std::int64_t mostBytesUnderWay = 96 << 20;
+
+    struct Ending {
+        CaptureError::Kind kind;
+        std::string sentence;
+    };
+
+    void prepareFolder();
+    void startTicks(double mediaTime);
+    void tick(double scheduled);
+    void handOn(double time, bool isRepeated);
+    void append(EncoderPicture picture, double time, bool isRepeated);
+    void endEarly(Ending ending);
+    std::optional<Ending> ending() const;
+    void stopStreams();
+    void finishSegments();
+    CaptureHealth health() const;
+    MetadataCheckpoints::Snapshot snapshot(EventLog::Mark const& after);
+
+    RecorderOptions const options_;
+    UUID const recordingID_ = UUID::random();
+    std::filesystem::path directory_;
+    std::optional<WorkingFolderClaim> claim_;
+    TakeClock clock_;
+
+    std::unique_ptr<ScreenGrabber> grabber_;
+    Size2 size_;
+    int mostFramesUnderWay_ = 0;
+    double scaleFactor_ = 1;
+    std::int64_t lastIndex_ = -1;
+
+    std::unique_ptr<SegmentWriter> writer_;
+    std::atomic<int> framesUnderWay_ = 0;
+    std::atomic<std::int64_t> droppedFrames_ = 0;
+    std::atomic<std::int64_t> repeatedFrames_ = 0;
+    bool isStopped_ = false;
+
+    std::mutex mutable endingLock_;
+    std::condition_variable endingChanged_;
+    std::optional<Ending> ending_;
+    std::atomic<bool> isEnding_ = false;
+
+    // The order matters: what is declared later uses what is declared earlier, and ends first.
+    SerialQueue sampleQueue_{"com.tavaro.capture.samples", SerialQueue::Urgency::raised};
+    std::unique_ptr<EventRecorder> events_;
+    std::unique_ptr<MetadataCheckpoints> checkpoints_;
+    SerialQueue screenQueue_{"com.tavaro.capture.screen", SerialQueue::Urgency::prompt};
+};
+
+}

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <TavaroCapture/Events/Private/EventLog.h>
+#include <TavaroCore/Recording/RecordingMetadata.h>
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+
+namespace tavaro {
+
+/// Saves a take's log while it is recorded. The log of an hour is tens of megabytes, so what is older than a minute or
+/// so is sealed into numbered files ("metadata-000.json") that are never written again, and each checkpoint
+/// ("metadata.json") holds only the rest: its cost does not grow with the take.
+class MetadataCheckpoints {
+public:
+    struct Snapshot {
+        RecordingMetadata log;  // after the mark asked for, with the capture's size and health
+        EventLog::Mark settled; // what of it can no longer change
+    };
+    using TakeSnapshot = std::function<Snapshot(EventLog::Mark const& after)>;
+
+    /// Calls `take` every `interval` seconds on a queue labelled "com.tavaro.capture.checkpoint", and writes what it
+    /// gives. A checkpoint that cannot be written is logged, and tried again the next time.
+    MetadataCheckpoints(std::filesystem::path directory, double interval, TakeSnapshot take);
+    /// Ends the timer.
+    ~MetadataCheckpoints();
+
+    /// Writes a checkpoint now. Any thread but the checkpoint queue's and the log's.
+    void writeNow();
+
+    static std::filesystem::path path(std::filesystem::path const& directory);
+    /// The whole log up to the last checkpoint; none when there is none that can be read.
+    static std::optional<RecordingMetadata> read(std::filesystem::path const& directory);
+
+private:
+    struct State;
+    std::unique_ptr<State> state_;
+};
+
+}

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <TavaroCapture/Sources/Private/DesktopEntries.h>
+#include <TavaroCapture/Sources/SourceList.h>
+#include <TavaroCapture/X11/Private/Connection.h>
+
+/// What is on the desktop, and which part of it a source means.
+namespace tavaro::x11 {
+
+std::vector<DisplayInfo> displays(Connection& connection);
+/// Frontmost first, without desktops, docks and popups.
+std::vector<WindowInfo> windows(Connection& connection);
+ApplicationIdentity applicationOf(Connection& connection, xcb_window_t window);
+
+/// What a source comes down to: an area of the root, or a top-level window (and its application's other windows).
+struct ResolvedSource {
+    PixelRect frame;                  // on the desktop now
+    xcb_window_t topLevel = XCB_NONE; // for windows and applications
+    bool wholeApplication = false;
+};
+
+/// Throws `CaptureError` with a sentence for a source that is missing, empty, minimised or off-screen.
+ResolvedSource resolve(Connection& connection, CaptureSource const& source);
+
+}

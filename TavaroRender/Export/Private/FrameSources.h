@@ -1,0 +1,34 @@
+#pragma once
+
+#include <memory>
+
+#include <TavaroCore/Package/ProjectPackage.h>
+#include <TavaroRender/Export/Private/CameraMatte.h>
+#include <TavaroRender/Export/Private/RecordingFrames.h>
+#include <TavaroRender/Renderer/Renderer.h>
+
+namespace tavaro {
+
+class FrameComposer;
+struct DemoProject;
+
+/// The pictures that a project's frames are made from: of the screen, of the camera, and the camera's matte. One thread
+/// at a time. Failures are `ExportError`, as `RecordingFrames` tells them.
+class FrameSources {
+public:
+    /// Without a matte given, the one that came with the recording.
+    explicit FrameSources(ProjectPackage const& package, std::unique_ptr<CameraMatte> matte = nullptr);
+
+    /// Opens every movie that the project shows, or fails as reading from it would.
+    void open(DemoProject const& project);
+
+    /// What the frame at that output time shows.
+    FramePictures pictures(FrameComposer const& composer, double at);
+
+private:
+    RecordingFrames recordings_;
+    std::unique_ptr<CameraMatte> matte_;
+    bool hasMissedMatte_ = false;
+};
+
+}

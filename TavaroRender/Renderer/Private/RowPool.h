@@ -1,0 +1,28 @@
+#pragma once
+
+#include <memory>
+
+#include <TavaroRender/Compositor/Private/RowExecutor.h>
+
+namespace tavaro {
+
+/// Draws rows on a few threads of its own and on the caller's. Threads sleep while there is nothing to draw.
+class RowPool final : public RowExecutor {
+public:
+    /// `threads` counts the caller's too, so 1 starts none; 0 means one a core.
+    explicit RowPool(int threads = 0);
+    ~RowPool() override;
+    RowPool(RowPool const&) = delete;
+    RowPool& operator=(RowPool const&) = delete;
+
+    int threads() const;
+
+    /// One caller at a time.
+    void run(int rowCount, FunctionRef<void(int rowBegin, int rowEnd)> band) override;
+
+private:
+    struct State;
+    std::unique_ptr<State> state_;
+};
+
+}
