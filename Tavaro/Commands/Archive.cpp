@@ -2,7 +2,7 @@
 
 #include <Tavaro/Commands/Interruption.h>
 #include <Tavaro/Commands/ProgressLine.h>
-#include <Tavaro/Model/NewProject.h>
+#include <Tavaro/Model/Project/PackagePath.h>
 
 #include <TavaroCore/Export/ExportFile.h>
 #include <TavaroCore/Package/ProjectPackage.h>

@@ -2,7 +2,7 @@
 
 #include <Tavaro/Commands/Checks.h>
 #include <Tavaro/Commands/EditDeclaration.h>
-#include <Tavaro/Model/OpenProject.h>
+#include <Tavaro/Model/Project/StoredProject.h>
 
 #include <TavaroCore/Errors/Error.h>
 #include <TavaroCore/Records/JSON.h>

@@ -4,8 +4,8 @@
 #include <Tavaro/Commands/Interruption.h>
 #include <Tavaro/Commands/Names.h>
 #include <Tavaro/Commands/ProgressLine.h>
-#include <Tavaro/Model/CutShort.h>
-#include <Tavaro/Model/OpenProject.h>
+#include <Tavaro/Model/Making/CutShort.h>
+#include <Tavaro/Model/Project/StoredProject.h>
 
 #include <TavaroCore/Export/ExportFile.h>
 #include <TavaroCore/Export/ExportPreset.h>

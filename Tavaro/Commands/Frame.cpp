@@ -1,7 +1,7 @@
 #include <Tavaro/Commands/Command.h>
 
 #include <Tavaro/Commands/Checks.h>
-#include <Tavaro/Model/OpenProject.h>
+#include <Tavaro/Model/Project/StoredProject.h>
 
 #include <TavaroCore/Errors/Error.h>
 #include <TavaroCore/Export/ExportFile.h>

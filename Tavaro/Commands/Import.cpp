@@ -3,7 +3,8 @@
 #include <Tavaro/Commands/Checks.h>
 #include <Tavaro/Commands/MadeProject.h>
 #include <Tavaro/Commands/Names.h>
-#include <Tavaro/Model/NewProject.h>
+#include <Tavaro/Model/Making/NewProject.h>
+#include <Tavaro/Model/Project/PackagePath.h>
 
 #include <TavaroCore/Files/AtomicFile.h>
 #include <TavaroCore/Package/ProjectPackage.h>

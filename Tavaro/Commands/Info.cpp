@@ -3,7 +3,7 @@
 #include <Tavaro/Commands/Checks.h>
 #include <Tavaro/Commands/Names.h>
 #include <Tavaro/Commands/TimelineDrawing.h>
-#include <Tavaro/Model/OpenProject.h>
+#include <Tavaro/Model/Project/StoredProject.h>
 
 #include <TavaroCore/Values/Timecode.h>
 

@@ -2,7 +2,7 @@
 
 #include <Tavaro/Commands/Checks.h>
 #include <Tavaro/Commands/Names.h>
-#include <Tavaro/Model/OpenProject.h>
+#include <Tavaro/Model/Project/StoredProject.h>
 
 #include <TavaroCore/Direction/CameraDirector.h>
 #include <TavaroCore/Direction/SmartDirector.h>

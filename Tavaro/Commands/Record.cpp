@@ -5,7 +5,7 @@
 #include <Tavaro/Commands/Names.h>
 #include <Tavaro/Commands/ProgressLine.h>
 #include <Tavaro/Commands/Take.h>
-#include <Tavaro/Model/NewProject.h>
+#include <Tavaro/Model/Project/PackagePath.h>
 
 #include <TavaroCapture/Recorder/ScreenRecorder.h>
 #include <TavaroCapture/Recovery/RecoveryStore.h>

@@ -3,7 +3,7 @@
 #include <Tavaro/Commands/Checks.h>
 #include <Tavaro/Commands/Names.h>
 #include <Tavaro/Commands/Take.h>
-#include <Tavaro/Model/NewProject.h>
+#include <Tavaro/Model/Project/PackagePath.h>
 
 #include <TavaroCapture/Recovery/RecoveryStore.h>
 #include <TavaroCapture/Sources/CaptureError.h>

@@ -1,7 +1,7 @@
 #include <Tavaro/Commands/Take.h>
 
 #include <Tavaro/Commands/MadeProject.h>
-#include <Tavaro/Model/NewProject.h>
+#include <Tavaro/Model/Making/NewProject.h>
 
 #include <TavaroCapture/Recovery/RecoveryStore.h>
 #include <TavaroCore/Direction/SmartDirector.h>

@@ -8,15 +8,15 @@
 
 namespace tavaro {
 
-/// A project that lies on the disk, with its document.
-struct OpenProject {
+/// A project on the disk and its document as it was read, for who only looks at it.
+struct StoredProject {
     ProjectPackage package;
     DemoProject project;
 };
 
 /// Opens "NAME.recproj"; the ending may be missing. Throws `FileError` with the project's name in the sentence, also
 /// for a document that is damaged.
-OpenProject openProject(std::filesystem::path const& given);
+StoredProject openProject(std::filesystem::path const& given);
 
 /// For who loads, changes and saves: until it ends, edits of the project by other processes wait.
 FolderLock lockForEditing(std::filesystem::path const& given);

@@ -1,4 +1,4 @@
-#include <Tavaro/Model/CutShort.h>
+#include <Tavaro/Model/Making/CutShort.h>
 
 #include <TavaroCore/Package/ProjectPackage.h>
 #include <TavaroCore/Project/DemoProject.h>

@@ -31,10 +31,4 @@ Size2 canvasFor(Size2 source);
 /// leaves no package; `FileError`.
 DemoProject createProject(ProjectPackage const& package, NewProject const& made);
 
-/// "NAME.recproj" with the ending added where it is missing.
-std::filesystem::path packagePath(std::filesystem::path const& given);
-
-/// Throws `FileError` when something lies at that place already, or when nothing can be made there.
-void expectPlaceFor(std::filesystem::path const& package);
-
 }

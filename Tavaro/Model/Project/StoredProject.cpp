@@ -1,6 +1,6 @@
-#include <Tavaro/Model/OpenProject.h>
+#include <Tavaro/Model/Project/StoredProject.h>
 
-#include <Tavaro/Model/NewProject.h>
+#include <Tavaro/Model/Project/PackagePath.h>
 
 #include <TavaroCore/Files/AtomicFile.h>
 #include <TavaroCore/Records/JSONError.h>
@@ -18,7 +18,7 @@ namespace {
 
 }
 
-OpenProject openProject(std::filesystem::path const& given) {
+StoredProject openProject(std::filesystem::path const& given) {
     ProjectPackage const package(packagePath(given));
     std::error_code ignored;
     if (!std::filesystem::exists(package.url(), ignored)) failOpening(package, "there is no such project");
