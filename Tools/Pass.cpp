@@ -6,7 +6,7 @@
 #include <TavaroCore/Records/JSONError.h>
 #include <TavaroMedia/Frames/PNG.h>
 #include <TavaroRender/Compositor/Compositor.h>
-#include <TavaroRender/Compositor/ScreenTexture.h>
+#include <TavaroRender/Kernels/ScreenTexture.h>
 #include <TavaroRender/Kernels/UniformsJSON.h>
 
 #include <CLI/CLI.hpp>

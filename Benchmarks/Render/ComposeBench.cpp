@@ -13,11 +13,11 @@
 #include <TavaroCore/Style/CameraLook.h>
 #include <TavaroMedia/Frames/Image.h>
 #include <TavaroRender/Compositor/Compositor.h>
-#include <TavaroRender/Compositor/ScreenTexture.h>
 #include <TavaroRender/Kernels/BlitUniforms.h>
 #include <TavaroRender/Kernels/CameraUniforms.h>
 #include <TavaroRender/Kernels/CompositeUniforms.h>
 #include <TavaroRender/Kernels/CursorUniforms.h>
+#include <TavaroRender/Kernels/ScreenTexture.h>
 
 using namespace tavaro;
 

@@ -4,9 +4,9 @@
 #include <Tavaro/Model/Project/StoredProject.h>
 
 #include <TavaroCore/Captions/Subtitles.h>
-#include <TavaroCore/Captions/TranscriptCaptions.h>
 #include <TavaroCore/Files/AtomicFile.h>
 #include <TavaroCore/Records/JSON.h>
+#include <TavaroCore/Speech/TranscriptCaptions.h>
 #include <TavaroCore/Values/Timecode.h>
 
 #include <CLI/CLI.hpp>

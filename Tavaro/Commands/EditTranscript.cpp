@@ -3,10 +3,10 @@
 #include <Tavaro/Commands/EditDeclaration.h>
 #include <Tavaro/Commands/Names.h>
 
-#include <TavaroCore/Captions/TimelineWords.h>
 #include <TavaroCore/Editing/TranscriptEdits.h>
 #include <TavaroCore/Errors/Error.h>
 #include <TavaroCore/Project/DemoProject.h>
+#include <TavaroCore/Speech/TimelineWords.h>
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>

@@ -1,9 +1,9 @@
 #include <TavaroCore/Direction/Private/Beats.h>
 
-#include <TavaroCore/Captions/TimelineWords.h>
 #include <TavaroCore/Direction/Private/SilenceDetector.h>
 #include <TavaroCore/Direction/RecordedSeconds.h>
 #include <TavaroCore/Project/DemoProject.h>
+#include <TavaroCore/Speech/TimelineWords.h>
 #include <TavaroCore/Timeline/RecordingOnTimeline.h>
 #include <TavaroCore/Timeline/SourceIndex.h>
 

@@ -1,6 +1,6 @@
 #include <TavaroCore/Editing/Private/TranscriptCuts.h>
 
-#include <TavaroCore/Captions/TimelineWords.h>
+#include <TavaroCore/Speech/TimelineWords.h>
 
 #include <algorithm>
 #include <cstddef>

@@ -1,9 +1,9 @@
 #include <TavaroCore/Editing/TranscriptEdits.h>
 
-#include <TavaroCore/Captions/TimelineWords.h>
 #include <TavaroCore/Editing/Private/TranscriptCuts.h>
 #include <TavaroCore/Editing/TimelineEdits.h>
 #include <TavaroCore/Project/DemoProject.h>
+#include <TavaroCore/Speech/TimelineWords.h>
 
 #include <algorithm>
 #include <cmath>

@@ -1,10 +1,10 @@
 #include <TavaroCore/Editing/TranscriptEdits.h>
 
 #include <TavaroCore/Captions/SpokenText.h>
-#include <TavaroCore/Captions/TimelineWords.h>
 #include <TavaroCore/Editing/Private/TranscriptCuts.h>
 #include <TavaroCore/Editing/Private/TranscriptDiff.h>
 #include <TavaroCore/Project/DemoProject.h>
+#include <TavaroCore/Speech/TimelineWords.h>
 
 #include <algorithm>
 #include <cstdint>

@@ -27,6 +27,7 @@ struct Title {
     };
     bool operator==(Title const&) const = default;
 };
+static_assert(listsEveryField<Title>);
 
 struct Callout {
     std::string text;
@@ -36,6 +37,7 @@ struct Callout {
     };
     bool operator==(Callout const&) const = default;
 };
+static_assert(listsEveryField<Callout>);
 
 struct Keycap {
     std::vector<std::string> keys;
@@ -45,6 +47,7 @@ struct Keycap {
     };
     bool operator==(Keycap const&) const = default;
 };
+static_assert(listsEveryField<Keycap>);
 
 struct Command {
     std::string text;
@@ -54,6 +57,7 @@ struct Command {
     };
     bool operator==(Command const&) const = default;
 };
+static_assert(listsEveryField<Command>);
 
 struct Code {
     std::string text;
@@ -65,6 +69,7 @@ struct Code {
     };
     bool operator==(Code const&) const = default;
 };
+static_assert(listsEveryField<Code>);
 
 struct Blur {
     NormalizedRect rect;
@@ -74,6 +79,7 @@ struct Blur {
     };
     bool operator==(Blur const&) const = default;
 };
+static_assert(listsEveryField<Blur>);
 
 struct Highlight {
     NormalizedRect rect;
@@ -83,6 +89,7 @@ struct Highlight {
     };
     bool operator==(Highlight const&) const = default;
 };
+static_assert(listsEveryField<Highlight>);
 
 struct Arrow {
     UnitPoint2 from;
@@ -94,6 +101,7 @@ struct Arrow {
     };
     bool operator==(Arrow const&) const = default;
 };
+static_assert(listsEveryField<Arrow>);
 
 struct Box {
     NormalizedRect rect;
@@ -103,6 +111,7 @@ struct Box {
     };
     bool operator==(Box const&) const = default;
 };
+static_assert(listsEveryField<Box>);
 
 struct Mask {
     NormalizedRect rect;
@@ -112,6 +121,7 @@ struct Mask {
     };
     bool operator==(Mask const&) const = default;
 };
+static_assert(listsEveryField<Mask>);
 
 }
 

@@ -36,6 +36,7 @@ struct Solid {
     };
     bool operator==(Solid const&) const = default;
 };
+static_assert(listsEveryField<Solid>);
 
 struct LinearGradient {
     Gradient gradient;
@@ -47,6 +48,7 @@ struct LinearGradient {
     };
     bool operator==(LinearGradient const&) const = default;
 };
+static_assert(listsEveryField<LinearGradient>);
 
 struct RadialGradient {
     Gradient gradient;
@@ -58,6 +60,7 @@ struct RadialGradient {
     };
     bool operator==(RadialGradient const&) const = default;
 };
+static_assert(listsEveryField<RadialGradient>);
 
 struct Mesh {
     std::vector<RGBAColor> colors; // top-left, top-right, bottom-left, bottom-right
@@ -71,6 +74,7 @@ struct Mesh {
     };
     bool operator==(Mesh const&) const = default;
 };
+static_assert(listsEveryField<Mesh>);
 
 struct Aurora {
     std::vector<RGBAColor> colors; // three bands
@@ -84,6 +88,7 @@ struct Aurora {
     };
     bool operator==(Aurora const&) const = default;
 };
+static_assert(listsEveryField<Aurora>);
 
 struct ImageFile {
     std::string assetName;
@@ -95,6 +100,7 @@ struct ImageFile {
     };
     bool operator==(ImageFile const&) const = default;
 };
+static_assert(listsEveryField<ImageFile>);
 
 struct None {
 

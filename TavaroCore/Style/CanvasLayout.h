@@ -33,6 +33,7 @@ struct Split {
     };
     bool operator==(Split const&) const = default;
 };
+static_assert(listsEveryField<Split>);
 
 }
 

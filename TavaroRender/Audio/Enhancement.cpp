@@ -10,7 +10,7 @@
 #include <TavaroMedia/Audio/AudioReader.h>
 #include <TavaroMedia/Audio/NoiseReduction.h>
 #include <TavaroMedia/Audio/PeakLimiter.h>
-#include <TavaroRender/Export/Private/BoundedQueue.h>
+#include <TavaroPlatform/Queues/BoundedQueue.h>
 
 namespace tavaro {
 

@@ -5,9 +5,9 @@
 #include <optional>
 #include <vector>
 
-#include <TavaroCore/Captions/TimelineWords.h>
 #include <TavaroCore/Direction/RecordedSeconds.h>
 #include <TavaroCore/Project/DemoProject.h>
+#include <TavaroCore/Speech/TimelineWords.h>
 #include <TavaroCore/Timeline/RecordingOnTimeline.h>
 #include <TavaroCore/Timeline/SourceIndex.h>
 

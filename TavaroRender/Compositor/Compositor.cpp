@@ -5,7 +5,6 @@
 
 #include <TavaroCore/Looks/CubeLUT.h>
 #include <TavaroRender/Compositor/Private/RowExecutor.h>
-#include <TavaroRender/Compositor/ScreenTexture.h>
 #include <TavaroRender/Kernels/BlitUniforms.h>
 #include <TavaroRender/Kernels/CameraUniforms.h>
 #include <TavaroRender/Kernels/CompositeUniforms.h>
@@ -17,6 +16,7 @@
 #include <TavaroRender/Kernels/Private/FastRegion.h>
 #include <TavaroRender/Kernels/Private/Reference.h>
 #include <TavaroRender/Kernels/RegionUniforms.h>
+#include <TavaroRender/Kernels/ScreenTexture.h>
 
 namespace tavaro {
 

@@ -6,11 +6,11 @@
 
 #include <TavaroMedia/Errors/MediaError.h>
 #include <TavaroMedia/Frames/PictureSink.h>
+#include <TavaroPlatform/Queues/BoundedQueue.h>
 #include <TavaroPlatform/Queues/SerialQueue.h>
 #include <TavaroRender/Composition/Private/FrameComposer.h>
 #include <TavaroRender/Export/ExportError.h>
 #include <TavaroRender/Export/Exporter.h>
-#include <TavaroRender/Export/Private/BoundedQueue.h>
 #include <TavaroRender/Export/Private/FrameSources.h>
 #include <TavaroRender/Renderer/Renderer.h>
 

@@ -1,8 +1,8 @@
 #include <TavaroRender/Kernels/Private/Sampling.h>
 
-#include <TavaroRender/Compositor/ScreenTexture.h>
 #include <TavaroRender/Kernels/CompositeUniforms.h>
 #include <TavaroRender/Kernels/Private/Loupe.h>
+#include <TavaroRender/Kernels/ScreenTexture.h>
 
 namespace tavaro {
 

@@ -7,7 +7,7 @@
 #include <TavaroMedia/Frames/FrameConverter.h>
 #include <TavaroMedia/Frames/PNG.h>
 #include <TavaroMedia/Movie/MovieReader.h>
-#include <TavaroRender/Compositor/ScreenTexture.h>
+#include <TavaroRender/Kernels/ScreenTexture.h>
 #include <TavaroRender/Renderer/Private/BoxBlur.h>
 
 namespace tavaro {

@@ -7,8 +7,8 @@
 #include <vector>
 
 #include <TavaroMedia/Audio/StereoSample.h>
+#include <TavaroPlatform/Queues/BoundedQueue.h>
 #include <TavaroRender/Audio/Private/MixRenderer.h>
-#include <TavaroRender/Export/Private/BoundedQueue.h>
 
 namespace tavaro {
 

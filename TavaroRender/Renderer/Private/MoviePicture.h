@@ -8,7 +8,7 @@
 #include <TavaroMedia/Frames/Image.h>
 #include <TavaroMedia/Frames/RowBands.h>
 #include <TavaroMedia/Frames/VideoFrame.h>
-#include <TavaroRender/Compositor/ScreenTexture.h>
+#include <TavaroRender/Kernels/ScreenTexture.h>
 
 namespace tavaro {
 

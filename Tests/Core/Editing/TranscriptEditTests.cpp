@@ -1,8 +1,8 @@
 #include <TavaroCore/Editing/TranscriptEdits.h>
 
-#include "../Captions/SpokenFilm.h"
+#include "../Speech/SpokenFilm.h"
 
-#include <TavaroCore/Captions/TimelineWords.h>
+#include <TavaroCore/Speech/TimelineWords.h>
 
 #include <algorithm>
 #include <fmt/format.h>

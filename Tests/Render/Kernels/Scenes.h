@@ -4,9 +4,9 @@
 
 #include <TavaroMedia/Frames/Image.h>
 #include <TavaroRender/Compositor/Compositor.h>
-#include <TavaroRender/Compositor/ScreenTexture.h>
 #include <TavaroRender/Kernels/CompositeUniforms.h>
 #include <TavaroRender/Kernels/CursorUniforms.h>
+#include <TavaroRender/Kernels/ScreenTexture.h>
 
 namespace tavaro::scenes {
 

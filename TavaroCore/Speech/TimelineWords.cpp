@@ -1,4 +1,4 @@
-#include <TavaroCore/Captions/TimelineWords.h>
+#include <TavaroCore/Speech/TimelineWords.h>
 
 #include <TavaroCore/Project/DemoProject.h>
 #include <TavaroCore/Timeline/SourceIndex.h>

@@ -1,4 +1,4 @@
-#include <TavaroRender/Compositor/ScreenTexture.h>
+#include <TavaroRender/Kernels/ScreenTexture.h>
 
 #include <algorithm>
 #include <bit>

@@ -1,9 +1,9 @@
-#include <TavaroCore/Captions/TranscriptCaptions.h>
+#include <TavaroCore/Speech/TranscriptCaptions.h>
 
 #include <TavaroCore/Captions/CaptionTrack.h>
 #include <TavaroCore/Captions/Private/SharedTime.h>
 #include <TavaroCore/Captions/SpokenText.h>
-#include <TavaroCore/Captions/TimelineWords.h>
+#include <TavaroCore/Speech/TimelineWords.h>
 
 #include <algorithm>
 
