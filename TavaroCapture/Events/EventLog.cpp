@@ -13,10 +13,6 @@ template<class Events> double notBefore(Events const& events, double t) {
     return std::max(t, events.empty() ? 0.0 : events.back().t);
 }
 
-template<class Events> Events after(Events const& events, std::size_t count) {
-    return {events.begin() + static_cast<std::ptrdiff_t>(std::min(count, events.size())), events.end()};
-}
-
 }
 
 UnitPoint2 normalizeTopLeft(PixelPoint point, PixelRect const& area) {
@@ -33,18 +29,6 @@ std::optional<NormalizedRect> normalizedFrame(PixelRect const& rect, PixelRect c
     double const height = area.height;
     return NormalizedRect{(inside.x - area.x) / width, (inside.y - area.y) / height, inside.width / width,
                           inside.height / height};
-}
-
-void trimToDuration(RecordingMetadata& log, double duration) {
-    auto const isLate = [&](auto const& event) { return event.t > duration; };
-    std::erase_if(log.cursorSamples, isLate);
-    std::erase_if(log.clicks, isLate);
-    std::erase_if(log.keystrokes, isLate);
-    std::erase_if(log.appSpans, [&](AppFocusSpan const& span) { return span.t >= duration; });
-    for (auto& click : log.clicks) {
-        if (click.dragEnd) click.dragEnd = std::min(*click.dragEnd, duration);
-    }
-    for (auto& span : log.appSpans) span.duration = std::min(span.duration, duration - span.t);
 }
 
 std::vector<std::string> Chord::names() const {
@@ -129,23 +113,19 @@ void EventLog::close(double t) {
     closeCurrentAppSpan(t);
 }
 
-RecordingMetadata EventLog::since(Mark const& mark, double t) const {
-    RecordingMetadata result;
-    result.cursorSamples = after(log_.cursorSamples, mark.cursorSamples);
-    result.clicks = after(log_.clicks, mark.clicks);
-    result.keystrokes = after(log_.keystrokes, mark.keystrokes);
-    result.appSpans = after(log_.appSpans, mark.appSpans);
+RecordingMetadata EventLog::since(EventCounts const& held, double t) const {
+    auto result = eventsAfter(log_, held);
     if (frontmost_ && t > spanStart_)
         result.appSpans.push_back({spanStart_, t - spanStart_, frontmost_->bundleID, frontmost_->name});
     return result;
 }
 
-EventLog::Mark EventLog::settled() const {
-    std::size_t clicks = log_.clicks.size();
+EventCounts EventLog::settled() const {
+    auto result = eventCounts(log_);
     for (auto const& open : open_) {
-        if (open) clicks = std::min(clicks, open->click);
+        if (open) result.clicks = std::min(result.clicks, open->click);
     }
-    return {log_.cursorSamples.size(), clicks, log_.keystrokes.size(), log_.appSpans.size()};
+    return result;
 }
 
 }

@@ -2,6 +2,7 @@
 
 #include <TavaroCapture/Events/Private/InputMonitor.h>
 #include <TavaroCapture/Events/Private/TakeClock.h>
+#include <TavaroCore/Recording/SettledRecording.h>
 #include <TavaroPlatform/Clocks/MediaClock.h>
 #include <TavaroPlatform/Queues/SerialQueue.h>
 
@@ -119,11 +120,9 @@ void EventRecorder::setFrame(PixelRect const& frame) {
 PixelRect EventRecorder::frame() const { return state_->currentFrame(); }
 bool EventRecorder::keyboardCaptured() const { return state_->monitor.hasKeyboard(); }
 
-RecordingMetadata EventRecorder::since(EventLog::Mark const& mark, double t) const {
-    return state_->log.since(mark, t);
-}
+RecordingMetadata EventRecorder::since(EventCounts const& held, double t) const { return state_->log.since(held, t); }
 
-EventLog::Mark EventRecorder::settled() const { return state_->log.settled(); }
+EventCounts EventRecorder::settled() const { return state_->log.settled(); }
 
 RecordingMetadata EventRecorder::metadata(double duration) const {
     RecordingMetadata result;

@@ -63,7 +63,7 @@ void ScreenRecorder::Take::start() {
     clock_.start(now);
     events_->start();
     checkpoints_ = std::make_unique<MetadataCheckpoints>(
-        directory_, options_.checkpointSeconds, [this](EventLog::Mark const& after) { return snapshot(after); });
+        directory_, options_.checkpointSeconds, [this](EventCounts const& after) { return snapshot(after); });
     startTicks(now);
     screenQueue_.sync([] {}); // the first tick is due now, so even the shortest take has a frame
 }
@@ -167,7 +167,7 @@ CaptureHealth ScreenRecorder::Take::health() const {
 
 /// On the checkpoint queue. Copies what came since the last seal, at most a minute or so of events, while the sample
 /// queue waits; everything slow happens outside it.
-MetadataCheckpoints::Snapshot ScreenRecorder::Take::snapshot(EventLog::Mark const& after) {
+MetadataCheckpoints::Snapshot ScreenRecorder::Take::snapshot(EventCounts const& after) {
     MetadataCheckpoints::Snapshot result;
     sampleQueue_.sync([&] {
         result.log = events_->since(after, clock_.elapsed(mediaClockNow()));

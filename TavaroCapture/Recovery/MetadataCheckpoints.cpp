@@ -6,7 +6,6 @@
 #include <TavaroPlatform/Queues/SerialQueue.h>
 
 #include <fmt/format.h>
-#include <iterator>
 #include <spdlog/spdlog.h>
 
 namespace tavaro {
@@ -30,31 +29,12 @@ std::filesystem::path sealedPath(std::filesystem::path const& directory, std::in
     return directory / fmt::format("metadata-{:03}.json", part);
 }
 
-template<class Events> Events cutOff(Events& events, std::size_t count) {
-    auto const end = events.begin() + static_cast<std::ptrdiff_t>(std::min(count, events.size()));
-    Events front(std::make_move_iterator(events.begin()), std::make_move_iterator(end));
-    events.erase(events.begin(), end);
-    return front;
-}
-
-template<class Events> void append(Events& to, Events const& more) { to.insert(to.end(), more.begin(), more.end()); }
-
-/// Moves the records before `count` out of the log.
-RecordingMetadata cutOff(RecordingMetadata& log, EventLog::Mark const& count) {
-    RecordingMetadata front;
-    front.cursorSamples = cutOff(log.cursorSamples, count.cursorSamples);
-    front.clicks = cutOff(log.clicks, count.clicks);
-    front.keystrokes = cutOff(log.keystrokes, count.keystrokes);
-    front.appSpans = cutOff(log.appSpans, count.appSpans);
-    return front;
-}
-
 }
 
 struct MetadataCheckpoints::State {
     std::filesystem::path directory;
     TakeSnapshot take;
-    EventLog::Mark sealed; // in the sealed files
+    EventCounts sealed; // in the sealed files
     std::int64_t sealedParts = 0;
     SerialQueue queue{"com.tavaro.capture.checkpoint"};
 
@@ -90,13 +70,10 @@ void MetadataCheckpoints::State::write() {
 /// The sealed file is written before the checkpoint that counts it, so a crash between the two loses and repeats
 /// nothing.
 void MetadataCheckpoints::State::seal(Snapshot& snapshot) {
-    EventLog::Mark const& to = snapshot.settled;
-    RecordingMetadata const front =
-        cutOff(snapshot.log, {to.cursorSamples - sealed.cursorSamples, to.clicks - sealed.clicks,
-                              to.keystrokes - sealed.keystrokes, to.appSpans - sealed.appSpans});
+    auto const front = takeFirstEvents(snapshot.log, snapshot.settled - sealed);
     writeFileAtomically(sealedPath(directory, sealedParts), encodeJSON(front));
     ++sealedParts;
-    sealed = to;
+    sealed = snapshot.settled;
 }
 
 std::filesystem::path MetadataCheckpoints::path(std::filesystem::path const& directory) {
@@ -113,16 +90,10 @@ std::optional<RecordingMetadata> MetadataCheckpoints::read(std::filesystem::path
             auto const sealedText = readWholeFile(sealedPath(directory, part), maxBytes);
             if (!sealedText) break; // the rest still tells what happened last
             auto const sealed = decodeJSON<RecordingMetadata>(*sealedText);
-            append(whole.cursorSamples, sealed.cursorSamples);
-            append(whole.clicks, sealed.clicks);
-            append(whole.keystrokes, sealed.keystrokes);
-            append(whole.appSpans, sealed.appSpans);
+            appendEvents(whole, sealed);
         }
-        RecordingMetadata& last = checkpoint.metadata;
-        append(whole.cursorSamples, last.cursorSamples);
-        append(whole.clicks, last.clicks);
-        append(whole.keystrokes, last.keystrokes);
-        append(whole.appSpans, last.appSpans);
+        RecordingMetadata const& last = checkpoint.metadata;
+        appendEvents(whole, last);
         whole.captureSize = last.captureSize;
         whole.scaleFactor = last.scaleFactor;
         whole.health = last.health;

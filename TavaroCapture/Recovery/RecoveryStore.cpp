@@ -1,10 +1,10 @@
 #include <TavaroCapture/Recovery/RecoveryStore.h>
 
-#include <TavaroCapture/Events/Private/EventLog.h>
 #include <TavaroCapture/Recovery/Private/MetadataCheckpoints.h>
 #include <TavaroCapture/Recovery/Private/WorkingFolderClaim.h>
 #include <TavaroCapture/Sources/CaptureError.h>
 #include <TavaroCore/Errors/SystemReason.h>
+#include <TavaroCore/Recording/SettledRecording.h>
 #include <TavaroMedia/Errors/MediaError.h>
 #include <TavaroMedia/Movie/JoinMovies.h>
 #include <TavaroMedia/Movie/MovieReader.h>

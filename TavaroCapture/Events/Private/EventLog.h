@@ -2,7 +2,7 @@
 
 #include <TavaroCapture/Sources/CaptureSource.h>
 #include <TavaroCapture/Sources/Private/DesktopEntries.h>
-#include <TavaroCore/Recording/RecordingMetadata.h>
+#include <TavaroCore/Recording/EventLists.h>
 
 #include <optional>
 #include <string>
@@ -15,9 +15,6 @@ namespace tavaro {
 UnitPoint2 normalizeTopLeft(PixelPoint point, PixelRect const& area);
 /// The part of a desktop rectangle that lies in the captured area, in its unit coordinates; none when none does.
 std::optional<NormalizedRect> normalizedFrame(PixelRect const& rect, PixelRect const& area);
-
-/// Drops what happened after the end of a take of this length, and ends there what lasts longer.
-void trimToDuration(RecordingMetadata& log, double duration);
 
 /// What was pressed, where, and on what.
 struct Press {
@@ -64,17 +61,10 @@ public:
 
     std::optional<ApplicationIdentity> const& frontmost() const { return frontmost_; }
 
-    /// How much of a log an earlier checkpoint already holds.
-    struct Mark {
-        std::size_t cursorSamples = 0;
-        std::size_t clicks = 0;
-        std::size_t keystrokes = 0;
-        std::size_t appSpans = 0;
-    };
-    /// The records after the mark, the open span closed at `t`.
-    RecordingMetadata since(Mark const& mark, double t) const;
-    /// The end of what can no longer change: an open span and clicks from the first held button on stay out.
-    Mark settled() const;
+    /// The records after those, which an earlier checkpoint already holds; the open span closed at `t`.
+    RecordingMetadata since(EventCounts const& held, double t) const;
+    /// How much can no longer change: an open span and clicks from the first held button on stay out.
+    EventCounts settled() const;
 
 private:
     struct OpenPress {

@@ -46,9 +46,10 @@ public:
     /// The log of a take of this length: everything up to its end, open spans closed there. Any thread but the sample
     /// queue's.
     RecordingMetadata metadata(double duration) const;
-    /// For checkpoints, on the sample queue: what came after the mark, and the mark for the next time.
-    RecordingMetadata since(EventLog::Mark const& mark, double t) const;
-    EventLog::Mark settled() const;
+    /// For checkpoints, on the sample queue: what came after what an earlier one holds, and what this one may hold for
+    /// good.
+    RecordingMetadata since(EventCounts const& held, double t) const;
+    EventCounts settled() const;
 
 private:
     struct State;

@@ -55,7 +55,7 @@ private:
     void stopStreams();
     void finishSegments();
     CaptureHealth health() const;
-    MetadataCheckpoints::Snapshot snapshot(EventLog::Mark const& after);
+    MetadataCheckpoints::Snapshot snapshot(EventCounts const& after);
 
     RecorderOptions const options_;
     UUID const recordingID_ = UUID::random();

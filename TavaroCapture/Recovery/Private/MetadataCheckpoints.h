@@ -1,7 +1,6 @@
 #pragma once
 
-#include <TavaroCapture/Events/Private/EventLog.h>
-#include <TavaroCore/Recording/RecordingMetadata.h>
+#include <TavaroCore/Recording/EventLists.h>
 
 #include <filesystem>
 #include <functional>
@@ -16,10 +15,10 @@ namespace tavaro {
 class MetadataCheckpoints {
 public:
     struct Snapshot {
-        RecordingMetadata log;  // after the mark asked for, with the capture's size and health
-        EventLog::Mark settled; // what of it can no longer change
+        RecordingMetadata log; // after what was asked for, with the capture's size and health
+        EventCounts settled;   // what of the whole log can no longer change
     };
-    using TakeSnapshot = std::function<Snapshot(EventLog::Mark const& after)>;
+    using TakeSnapshot = std::function<Snapshot(EventCounts const& after)>;
 
     /// Calls `take` every `interval` seconds on a queue labelled "com.tavaro.capture.checkpoint", and writes what it
     /// gives. A checkpoint that cannot be written is logged, and tried again the next time.

@@ -1,5 +1,6 @@
 #include "../TemporaryFolder.h"
 
+#include <TavaroCapture/Events/Private/EventLog.h>
 #include <TavaroCapture/Recovery/Private/MetadataCheckpoints.h>
 #include <fstream>
 #include <gtest/gtest.h>
@@ -10,6 +11,22 @@ namespace tavaro {
 namespace {
 
 constexpr double never = 1e6;
+
+/// A log with the level of a microphone beside what the user does.
+struct Heard {
+    RecordingMetadata levels;
+
+    RecordingMetadata since(EventLog const& log, EventCounts const& held, double t) const {
+        auto result = log.since(held, t);
+        result.micLevels = eventsAfter(levels, held).micLevels;
+        return result;
+    }
+    EventCounts settled(EventLog const& log) const {
+        auto result = log.settled();
+        result.micLevels = levels.micLevels.size();
+        return result;
+    }
+};
 
 /// Some seconds of somebody at work.
 void work(EventLog& log, std::mt19937& random, double from, double to) {
@@ -33,16 +50,19 @@ TEST(MetadataCheckpoints, theSealedPartsAndTheRestAreTheWholeLogAtEveryCheckpoin
     unsigned const seed = 7;
     std::mt19937 random(seed);
     EventLog log;
+    Heard heard;
     double t = 0;
-    MetadataCheckpoints checkpoints(folder.path(), never, [&](EventLog::Mark const& after) {
-        return MetadataCheckpoints::Snapshot{log.since(after, t), log.settled()};
+    MetadataCheckpoints checkpoints(folder.path(), never, [&](EventCounts const& after) {
+        return MetadataCheckpoints::Snapshot{heard.since(log, after, t), heard.settled(log)};
     });
     for (int round = 0; round < 30; ++round) {
         double const length = static_cast<double>(random() % 40);
         work(log, random, t, t + length);
         t += length;
+        heard.levels.micLevels.resize(static_cast<std::size_t>(t * 10), static_cast<float>(round));
         checkpoints.writeNow();
-        ASSERT_EQ(MetadataCheckpoints::read(folder.path()), log.since({}, t)) << "seed " << seed << ", round " << round;
+        ASSERT_EQ(MetadataCheckpoints::read(folder.path()), heard.since(log, {}, t))
+            << "seed " << seed << ", round " << round;
         auto const size = std::filesystem::file_size(MetadataCheckpoints::path(folder.path()));
         ASSERT_LT(size, 1500000u) << "a checkpoint's cost must not grow with the take";
     }

@@ -1,5 +1,6 @@
 #include "../TemporaryFolder.h"
 
+#include <TavaroCapture/Events/Private/EventLog.h>
 #include <TavaroCapture/Recovery/Private/MetadataCheckpoints.h>
 #include <TavaroCapture/Recovery/Private/WorkingFolderClaim.h>
 #include <TavaroCapture/Recovery/RecoveryStore.h>
