@@ -4,12 +4,26 @@
 
 #include <filesystem>
 #include <functional>
+#include <optional>
 #include <string>
+#include <vector>
 
 namespace tavaro {
 
 class ProjectPackage;
 enum class ImportMode;
+
+/// A movie or a sound that was recorded beside the movie.
+struct SideRecording {
+    std::filesystem::path file;
+    double offset = 0;   // seconds of the movie at which this one begins; below 0 where it ran before
+    double duration = 0; // seconds
+};
+
+struct SideSound {
+    AudioRole role = AudioRole::microphone;
+    SideRecording recording;
+};
 
 /// What a new project is made of.
 struct NewProject {
@@ -17,7 +31,9 @@ struct NewProject {
     ImportMode importMode;
     RecordingMetadata metadata; // may be empty
     DemoMode mode = DemoMode::website;
-    /// Told, in a sentence, what of the movie could not be brought in: sound that cannot be read, the end of a file cut
+    std::optional<SideRecording> camera = {};
+    std::vector<SideSound> sounds = {};
+    /// Told, in a sentence, what could not be brought in: a camera or sound that cannot be read, the end of a file cut
     /// short.
     std::function<void(std::string const&)> remark = {};
 };
@@ -27,8 +43,8 @@ struct NewProject {
 Size2 canvasFor(Size2 source);
 
 /// Makes the package, brings the movie into it, and saves a project of one clip that shows all of it, with the movie's
-/// sound on a track of its own, named for the package. Throws `MediaError` for a movie that cannot be read, and then
-/// leaves no package; `FileError`.
+/// sound and each sound beside it on a track of its own and the camera in step, named for the package. Throws
+/// `MediaError` for a movie that cannot be read; `FileError`. It then leaves no package, and every file where it was.
 DemoProject createProject(ProjectPackage const& package, NewProject const& made);
 
 }
