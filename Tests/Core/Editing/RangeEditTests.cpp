@@ -1,3 +1,5 @@
+#include "DrawnEdit.h"
+
 #include <TavaroCore/Editing/Private/EditError.h>
 #include <TavaroCore/Editing/Private/TimedLists.h>
 #include <TavaroCore/Editing/RangeEdits.h>
@@ -18,27 +20,7 @@
 
 using namespace tavaro;
 
-namespace {
-
-DemoProject projectOf(double seconds) {
-    DemoProject project;
-    project.timeline.clips = {{.asset = "screen.mp4", .duration = seconds}};
-    project.assetDurations["screen.mp4"] = seconds;
-    return project;
-}
-
-template<class Item> std::string spans(std::vector<Item> const& items) {
-    std::string text;
-    for (auto const& item : items) {
-        text += fmt::format("{}{:.4g}-{:.4g}", text.empty() ? "" : " ", item.start, item.start + item.duration);
-        if constexpr (requires { item.speed; }) {
-            if (item.speed != 1) text += fmt::format("×{:g}", item.speed);
-        }
-    }
-    return text;
-}
-
-}
+namespace {}
 
 TEST(KeepTimeRange, onlyTheRangeIsLeftAndItBeginsAtZero) {
     auto project = projectOf(10);

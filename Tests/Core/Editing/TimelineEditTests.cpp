@@ -1,3 +1,5 @@
+#include "DrawnEdit.h"
+
 #include <TavaroCore/Editing/TimelineEdits.h>
 
 #include <TavaroCore/Project/DemoProject.h>
@@ -12,21 +14,6 @@
 using namespace tavaro;
 
 namespace {
-
-DemoProject projectOf(double seconds) {
-    DemoProject project;
-    project.timeline.clips = {{.asset = "screen.mp4", .duration = seconds}};
-    project.assetDurations["screen.mp4"] = seconds;
-    return project;
-}
-
-template<class Item> std::string spans(std::vector<Item> const& items) {
-    std::string text;
-    for (auto const& item : items) {
-        text += fmt::format("{}{:g}-{:g}", text.empty() ? "" : " ", item.start, item.start + item.duration);
-    }
-    return text;
-}
 
 std::string words(CaptionCue const& cue) {
     std::string text;
@@ -78,7 +65,7 @@ TEST(RemoveTimeRange, aZoomShorterThanItsRampsKeepsTheirProportion) {
 
 TEST(RemoveTimeRange, tooLittleOrNonsenseChangesNothing) {
     auto const project = withZoom(1, 4);
-    constexpr double infinite = std::numeric_limits<double>::infinity(), nan = std::nan("");
+    constexpr double infinite = std::numeric_limits<double>::infinity(), nan = std::numeric_limits<double>::quiet_NaN();
     for (auto const& [start, duration] : std::vector<std::pair<double, double>>{
              {2, 0.00005}, {2, 0}, {2, -1}, {nan, 1}, {2, nan}, {infinite, 1}, {2, infinite}, {-5, 4}}) {
         auto edited = project;
@@ -238,11 +225,8 @@ TEST(TimeWarp, soundInsideTheRangeIsRetimedAndSoundAcrossItsEndsIsNot) {
                             {.start = 11, .duration = 6}})
                       .clips;
     timeWarp(project, {10, 2}, 0.5, 2);
-    EXPECT_EQ(spans(clips), "0-10 10-11 10.5-16");
-    EXPECT_EQ(clips[0].speed, 1);
-    EXPECT_EQ(clips[1].speed, 2);
+    EXPECT_EQ(spans(clips), "0-10 10-11×2 10.5-16");
     EXPECT_EQ(clips[1].fadeIn, 0.25);
-    EXPECT_EQ(clips[2].speed, 1);
 }
 
 TEST(TimeWarp, aVoiceOverSegmentLastsAsLongAsItsAudioThenDoes) {
