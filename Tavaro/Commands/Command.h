@@ -8,20 +8,16 @@ class App;
 /// has chosen it, and its failures leave as exceptions derived from `tavaro::Error`.
 namespace tavaro::commands {
 
-void addRecord(CLI::App& app);
-void addRecover(CLI::App& app);
-void addImport(CLI::App& app);
-void addPolish(CLI::App& app);
-void addEdit(CLI::App& app);
-void addFrame(CLI::App& app);
-void addExport(CLI::App& app);
-void addCaptions(CLI::App& app);
-void addInfo(CLI::App& app);
-void addLibrary(CLI::App& app);
-void addArchive(CLI::App& app);
-void addRestore(CLI::App& app);
-void addPresets(CLI::App& app);
-void addScanText(CLI::App& app);
-void addSources(CLI::App& app);
+using Declaration = void(CLI::App& app);
+
+// In the order of the help.
+#define TAVARO_COMMANDS                                                                                                \
+    addRecord, addRecover, addImport, addPolish, addEdit, addFrame, addExport, addCaptions, addInfo, addLibrary,       \
+        addArchive, addRestore, addPresets, addScanText, addSources
+
+Declaration TAVARO_COMMANDS;
+inline constexpr Declaration* all[] = {TAVARO_COMMANDS};
+
+#undef TAVARO_COMMANDS
 
 }

@@ -26,21 +26,8 @@ int run(int argc, char** argv) {
     CLI::App app{"Tavaro records your screen and turns the take into a finished video.", "tavaro"};
     app.require_subcommand(1);
     app.fallthrough(false);
-    tavaro::commands::addRecord(app);
-    tavaro::commands::addRecover(app);
-    tavaro::commands::addImport(app);
-    tavaro::commands::addPolish(app);
-    tavaro::commands::addEdit(app);
-    tavaro::commands::addFrame(app);
-    tavaro::commands::addExport(app);
-    tavaro::commands::addCaptions(app);
-    tavaro::commands::addInfo(app);
-    tavaro::commands::addLibrary(app);
-    tavaro::commands::addArchive(app);
-    tavaro::commands::addRestore(app);
-    tavaro::commands::addPresets(app);
-    tavaro::commands::addScanText(app);
-    tavaro::commands::addSources(app);
+    app.set_version_flag("--version", "tavaro " TAVARO_VERSION, "Prints the version and ends");
+    for (auto* const declare : tavaro::commands::all) declare(app);
     if (argc > 1 && argv[1][0] != '-' && !isCommand(app, argv[1])) {
         fmt::print(stderr, "There is no command “{}”; `tavaro --help` lists them.\n", argv[1]);
         return wrongUsage;

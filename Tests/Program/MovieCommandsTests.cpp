@@ -11,6 +11,7 @@ using namespace tavaro;
 using ::testing::AllOf;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
+using ::testing::MatchesRegex;
 using ::testing::Not;
 namespace fs = std::filesystem;
 
@@ -324,6 +325,7 @@ TEST_F(MovieCommands, wrongUsageIsToldApartFromFailure) {
         EXPECT_NE(outcome.error + outcome.out, "");
     }
     EXPECT_EQ(tavaro({"--help"}).exitCode, 0);
+    EXPECT_THAT(tavaro({"--version"}).out, MatchesRegex("tavaro [0-9]+\\.[0-9]+\\.[0-9]+\n"));
     auto const presets = tavaro({"presets", "--json"});
     EXPECT_THAT(presets.out, HasSubstr(R"("id":"youtube-4k")"));
     EXPECT_EQ(tavaro({"export", "p.recproj", "--preset", "cinema"}).exitCode, 1);

@@ -196,7 +196,7 @@ Overlay overlay(OverlayKind kind, UnitPoint2 position = {0.5, 0.5}, double fontS
 
 void addOverlays(std::vector<Scene>& all) {
     Family family(all, "overlay");
-    auto const shows = [&](char const* name, Overlay item) -> Scene& {
+    auto const shows = [&](char const* name, Overlay const& item) -> Scene& {
         return family.add(name, [item](DemoProject& p) { p.overlays = {item}; });
     };
     shows("title", overlay({OverlayKind::Title{"Orders at a glance", "A tour in two minutes"}}, {0.5, 0.5}, 72));
