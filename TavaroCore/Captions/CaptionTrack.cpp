@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numeric>
 
 namespace tavaro {
 
@@ -68,33 +67,6 @@ std::vector<CueText> filled(std::vector<ScriptPart> const& parts, std::size_t ma
     return cues;
 }
 
-}
-
-std::vector<double> startsByLength(TimeRange const& range, std::vector<std::string_view> const& texts) {
-    std::vector<double> lengths(texts.size());
-    std::transform(texts.begin(), texts.end(), lengths.begin(),
-                   [](std::string_view text) { return static_cast<double>(lengthOf(text)); });
-    double total = std::accumulate(lengths.begin(), lengths.end(), 0.0);
-    if (!(total > 0)) {
-        std::fill(lengths.begin(), lengths.end(), 1.0);
-        total = static_cast<double>(lengths.size());
-    }
-    std::vector<double> starts;
-    starts.reserve(texts.size() + 1);
-    double before = 0;
-    for (double const length : lengths) {
-        starts.push_back(range.start + range.duration * (before / total));
-        before += length;
-    }
-    starts.push_back(range.end());
-    return starts;
-}
-
-std::vector<CaptionWord> wordsByLength(TimeRange const& range, std::vector<std::string_view> const& texts) {
-    auto const starts = startsByLength(range, texts);
-    std::vector<CaptionWord> words(texts.size());
-    for (std::size_t i = 0; i < texts.size(); ++i) words[i] = {std::string(texts[i]), starts[i], starts[i + 1]};
-    return words;
 }
 
 std::vector<SpokenPart> spokenParts(CaptionCue const& cue) {

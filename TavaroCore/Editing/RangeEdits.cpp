@@ -15,8 +15,7 @@ namespace tavaro {
 
 namespace {
 
-constexpr double edgeTolerance = 0.000001;
-constexpr double shortestSpan = 0.001; // seconds; nothing shorter can be split off
+constexpr double edgeTolerance = 0.000001; // seconds
 
 void requireFinite(std::initializer_list<double> numbers) {
     for (double const number : numbers) {
@@ -58,22 +57,6 @@ void keepTimeRange(DemoProject& project, TimeRange const& range) {
     removeTimeRange(edited, kept.end(), edited.duration() - kept.end());
     removeTimeRange(edited, 0, kept.start);
     project = std::move(edited);
-}
-
-void retime(DemoProject& project, TimeRange const& range, double rate) {
-    if (rate == 1 || !(range.duration > shortestSpan)) return;
-    auto& timeline = project.timeline;
-    timeline.split(range.start);
-    timeline.split(range.end());
-    for (auto& clip : timeline.clips) {
-        if (clip.start < range.start - edgeTolerance || clip.end() > range.end() + edgeTolerance) continue;
-        clip.speed *= rate;
-        clip.duration /= rate;
-    }
-    timeline.closeGaps();
-    splitAudio(project, range.start, AudioReach::all);
-    splitAudio(project, range.end(), AudioReach::all);
-    timeWarp(project, range, 1 / rate, rate);
 }
 
 void changeSpeed(DemoProject& project, TimeRange const& range, double rate) {

@@ -94,6 +94,17 @@ class CheckStructure(unittest.TestCase):
                                                           "#include <TavaroCore/Timeline/Private/Gap.h>\n"},
                           "TavaroCore/Timeline/Gap.cpp:1: A source includes the header that it implements first")
 
+    def test_a_header_has_the_source_of_its_name(self):
+        gap = "namespace a {\nclass Gap {\npublic:\n    int width() const { return f(1); }\n    %s\n};\n}\n"
+        for declaration, name in (("int height() const;", "height"), ("Gap(int a, double b = f(2));", "Gap")):
+            self.assert_found({"TavaroCore/Timeline/Private/Gap.h": gap % declaration},
+                              f"TavaroCore/Timeline/Private/Gap.h:5: {name} is declared here, but there is no")
+        for declaration in ("Gap() = default;", "virtual int depth() = 0;", "template<class T> void f(T x);",
+                            "using F = int(int);", "std::function<int()> f;", "static_assert(sizeof(int));", "int a = f(2);"):
+            self.assertEqual(check({"TavaroCore/Timeline/Private/Gap.h": gap % declaration}), (0, ""), declaration)
+        self.assertEqual(check({"TavaroCore/Timeline/Private/Gap.h": gap % "int height() const;",
+                                "TavaroCore/Timeline/Gap.cpp": "#include <TavaroCore/Timeline/Private/Gap.h>\n"}), (0, ""))
+
     def test_records_check_that_they_list_every_field(self):
         nested = "class Track {\n" + RECORD + "};\nstatic_assert(listsEveryField<Track::Clipping>);\n"
         self.assert_found({"Tavaro/Commands/Command.h": GOOD["Tavaro/Commands/Command.h"] + nested},
