@@ -8,11 +8,13 @@
 namespace tavaro {
 
 struct AudioFileWriter::State {
-    State(std::filesystem::path const& file, AudioFileFormat format, int channels)
+    State(std::filesystem::path const& file, AudioFileFormat format, int channels, AudioFileIntent intent)
         : encoder(file, format == AudioFileFormat::whole16 ? AudioCoding::pcm16 : AudioCoding::pcmFloat, channels)
-        , output(file, OutputFile::Place::beside, "caf") {
+        , output(file, intent == AudioFileIntent::live ? OutputFile::Place::inPlace : OutputFile::Place::beside,
+                 "caf") {
         if (!packet) throw std::bad_alloc();
         encoder.describe(output.addStream());
+        if (intent == AudioFileIntent::live) output.format().flags |= AVFMT_FLAG_FLUSH_PACKETS;
         output.begin({});
     }
 
@@ -25,8 +27,9 @@ struct AudioFileWriter::State {
     }
 };
 
-AudioFileWriter::AudioFileWriter(std::filesystem::path const& file, AudioFileFormat format, int channels)
-    : state_(std::make_unique<State>(file, format, channels)) {}
+AudioFileWriter::AudioFileWriter(std::filesystem::path const& file, AudioFileFormat format, int channels,
+                                 AudioFileIntent intent)
+    : state_(std::make_unique<State>(file, format, channels, intent)) {}
 AudioFileWriter::AudioFileWriter(AudioFileWriter&&) noexcept = default;
 AudioFileWriter& AudioFileWriter::operator=(AudioFileWriter&&) noexcept = default;
 AudioFileWriter::~AudioFileWriter() = default;

@@ -109,7 +109,7 @@ private:
         av_packet_move_ref(held_.get(), &packet);
         isHolding_ = true;
         end_ = std::max(end_, held_->pts + held_->duration);
-        ++result_.frameCount;
+        if (result_.frameCount++ == 0) result_.start = av_q2d(timeBase_) * static_cast<double>(held_->pts);
     }
 
     void writeHeld() {

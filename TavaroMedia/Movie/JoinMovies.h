@@ -12,6 +12,7 @@ struct MoviePart {
 };
 
 struct JoinedMovie {
+    double start = 0; // seconds on its own timeline at which the first frame is; above 0 where the first part is lost
     double duration = 0; // seconds, to the end of the last frame
     std::int64_t frameCount = 0;
     std::vector<std::filesystem::path> unreadable; // parts that nothing could be read of, and so were left out
