@@ -1,6 +1,6 @@
 #include <Tavaro/Commands/Command.h>
 
-#include <TavaroCapture/Sources/SourceList.h>
+#include <TavaroCapture/Devices/ListSources.h>
 #include <TavaroCore/Records/JSONWriter.h>
 
 #include <CLI/CLI.hpp>

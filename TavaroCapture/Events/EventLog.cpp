@@ -31,16 +31,6 @@ std::optional<NormalizedRect> normalizedFrame(PixelRect const& rect, PixelRect c
                           inside.height / height};
 }
 
-std::vector<std::string> Chord::names() const {
-    std::vector<std::string> result;
-    if (control) result.push_back("⌃");
-    if (option) result.push_back("⌥");
-    if (shift) result.push_back("⇧");
-    if (command) result.push_back("⌘");
-    result.push_back(key);
-    return result;
-}
-
 void EventLog::notePointer(double t, PixelPoint point, UnitPoint2 position, CursorKind kind) {
     log_.cursorSamples.push_back({notBefore(log_.cursorSamples, t), position, kind});
     for (auto const& press : open_) {

@@ -1,6 +1,5 @@
 #include <TavaroCapture/Events/Private/EventRecorder.h>
 
-#include <TavaroCapture/Events/Private/InputMonitor.h>
 #include <TavaroCapture/Events/Private/TakeClock.h>
 #include <TavaroCore/Recording/SettledRecording.h>
 #include <TavaroPlatform/Clocks/MediaClock.h>
@@ -11,18 +10,13 @@
 
 namespace tavaro {
 
-using namespace x11;
-
 struct EventRecorder::State {
-    State(Options const& options, TakeClock const& clock, SerialQueue& sampleQueue)
-        : options(options)
-        , clock(clock)
+    State(std::unique_ptr<EventSource> source, PixelRect const& frame, TakeClock const& clock, SerialQueue& sampleQueue)
+        : clock(clock)
         , sampleQueue(sampleQueue)
-        , frame(options.frame)
-        , pointerConnection(options.display)
-        , monitor(options.display, options.logsKeystrokes, handlers()) {}
+        , frame(frame)
+        , source(std::move(source)) {}
 
-    Options const options;
     TakeClock const& clock;
     SerialQueue& sampleQueue;
 
@@ -33,8 +27,7 @@ struct EventRecorder::State {
     EventLog log;          // sampleQueue's
     bool isClosed = false; // sampleQueue's
 
-    Connection pointerConnection; // the pointer queue's
-    InputMonitor monitor;
+    std::unique_ptr<EventSource> source;
     SerialQueue pointerQueue{"com.tavaro.capture.pointer"};
 
     PixelRect currentFrame() const {
@@ -49,13 +42,13 @@ struct EventRecorder::State {
             if (!isClosed) note(log, t);
         });
     }
-    InputHandlers handlers();
+    EventHandlers handlers();
     void samplePointer();
 };
 
-InputHandlers EventRecorder::State::handlers() {
-    InputHandlers result;
-    result.press = [this](double at, InputHandlers::ButtonPress pressed) {
+EventHandlers EventRecorder::State::handlers() {
+    EventHandlers result;
+    result.press = [this](double at, EventHandlers::ButtonPress pressed) {
         PixelRect const area = currentFrame();
         Press press{pressed.button, pressed.point, normalizeTopLeft(pressed.point, area),
                     std::move(pressed.application), std::nullopt};
@@ -80,32 +73,32 @@ InputHandlers EventRecorder::State::handlers() {
 }
 
 void EventRecorder::State::samplePointer() {
-    auto const pointer = pointerConnection.ask<xcb_query_pointer, xcb_query_pointer_reply>(pointerConnection.root());
-    if (!pointer) return;
-    PixelPoint const point{pointer->root_x, pointer->root_y};
-    UnitPoint2 const position = normalizeTopLeft(point, currentFrame());
+    auto const point = source->pointer();
+    if (!point) return;
+    UnitPoint2 const position = normalizeTopLeft(*point, currentFrame());
     record(mediaClockNow(),
-           [=, kind = cursor.load()](EventLog& log, double t) { log.notePointer(t, point, position, kind); });
+           [=, kind = cursor.load()](EventLog& log, double t) { log.notePointer(t, *point, position, kind); });
 }
 
-EventRecorder::EventRecorder(Options const& options, TakeClock const& clock, SerialQueue& sampleQueue)
-    : state_(std::make_unique<State>(options, clock, sampleQueue)) {}
+EventRecorder::EventRecorder(std::unique_ptr<EventSource> source, PixelRect const& frame, TakeClock const& clock,
+                             SerialQueue& sampleQueue)
+    : state_(std::make_unique<State>(std::move(source), frame, clock, sampleQueue)) {}
 
 EventRecorder::~EventRecorder() {
     state_->pointerQueue.stopTimer();
-    state_->monitor.stop();
+    state_->source->stop();
     state_->sampleQueue.sync([] {}); // what is on its way to the log needs it
 }
 
 void EventRecorder::start() {
-    state_->monitor.start();
+    state_->source->start(state_->handlers());
     state_->pointerQueue.startTimer(mediaClockNow(), 1.0 / 60,
                                     [state = state_.get()](double) { state->samplePointer(); });
 }
 
 void EventRecorder::stop(double t) {
     state_->pointerQueue.stopTimer();
-    state_->monitor.stop();
+    state_->source->stop();
     state_->sampleQueue.sync([&] {
         if (!state_->isClosed) state_->log.close(t);
         state_->isClosed = true;
@@ -118,7 +111,7 @@ void EventRecorder::setFrame(PixelRect const& frame) {
 }
 
 PixelRect EventRecorder::frame() const { return state_->currentFrame(); }
-bool EventRecorder::keyboardCaptured() const { return state_->monitor.hasKeyboard(); }
+bool EventRecorder::keyboardCaptured() const { return state_->source->hasKeyboard(); }
 
 RecordingMetadata EventRecorder::since(EventCounts const& held, double t) const { return state_->log.since(held, t); }
 

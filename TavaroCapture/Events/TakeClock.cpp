@@ -42,6 +42,17 @@ std::optional<double> TakeClock::time(double now) const {
     return elapsed(now);
 }
 
+std::optional<double> TakeClock::place(double capturedAt) const {
+    constexpr double longestLead = 0.5; // a picture on show at the start, or a block of sound that began before it
+    std::optional<double> start;
+    {
+        std::lock_guard const lock(mutex_);
+        start = start_;
+    }
+    if (!start || capturedAt < *start - longestLead) return std::nullopt;
+    return capturedAt < *start ? capturedAt - *start : time(capturedAt);
+}
+
 double TakeClock::elapsed(double now) const {
     std::lock_guard const lock(mutex_);
     return start_ ? std::max(now - *start_ - pausedBefore(now), 0.0) : 0.0;

@@ -1,5 +1,6 @@
 #include <TavaroCapture/Recorder/Private/Take.h>
 
+#include <TavaroCapture/Devices/Private/OpenSources.h>
 #include <TavaroCapture/Recovery/RecoveryStore.h>
 #include <TavaroCapture/Segments/RecordingManifest.h>
 #include <TavaroCore/Errors/SystemReason.h>
@@ -19,13 +20,14 @@ namespace tavaro {
 namespace fs = std::filesystem;
 
 ScreenRecorder::Take::Take(RecorderOptions const& options) : options_(options) {
-    grabber_ = std::make_unique<ScreenGrabber>(options_.source, options_.display);
-    size_ = grabber_->size();
-    scaleFactor_ = grabber_->scaleFactor();
+    screen_ = openScreen(options_.source, options_.display);
+    size_ = screen_->size();
+    scaleFactor_ = screen_->scaleFactor();
     auto const pictureBytes = size_.width * size_.height * 3 / 2;
     mostFramesUnderWay_ = static_cast<int>(std::clamp<std::int64_t>(mostBytesUnderWay / pictureBytes, 4, options_.fps));
     events_ = std::make_unique<EventRecorder>(
-        EventRecorder::Options{options_.display, grabber_->frame(), options_.logsKeystrokes}, clock_, sampleQueue_);
+        openEvents(options_.display, options_.logsKeystrokes ? KeyLogging::on : KeyLogging::off), screen_->frame(),
+        clock_, sampleQueue_);
     prepareFolder();
 }
 
@@ -62,8 +64,8 @@ void ScreenRecorder::Take::start() {
     double const now = mediaClockNow();
     clock_.start(now);
     events_->start();
-    checkpoints_ = std::make_unique<MetadataCheckpoints>(
-        directory_, options_.checkpointSeconds, [this](EventCounts const& after) { return snapshot(after); });
+    checkpoints_ = std::make_unique<MetadataCheckpoints>(directory_, options_.checkpointSeconds,
+                                                         [this](EventCounts const& after) { return snapshot(after); });
     startTicks(now);
     screenQueue_.sync([] {}); // the first tick is due now, so even the shortest take has a frame
 }
@@ -94,12 +96,12 @@ void ScreenRecorder::Take::tick(double scheduled) {
     droppedFrames_ += index - lastIndex_ - 1; // ticks that had to be left out because the one before took too long
     lastIndex_ = index;
 
-    auto const outcome = grabber_->grab(mediaClockNow());
-    if (outcome == ScreenGrabber::Outcome::lost)
+    auto const outcome = screen_->grab(mediaClockNow());
+    if (outcome == ScreenSource::Outcome::lost)
         return endEarly({CaptureError::Kind::captureLost,
                          "What was being recorded went away: the window was closed or the display ended."});
-    events_->setFrame(grabber_->frame());
-    handOn(static_cast<double>(index) / options_.fps, outcome == ScreenGrabber::Outcome::unchanged);
+    events_->setFrame(screen_->frame());
+    handOn(static_cast<double>(index) / options_.fps, outcome == ScreenSource::Outcome::unchanged);
 }
 
 void ScreenRecorder::Take::handOn(double time, bool isRepeated) {
@@ -108,7 +110,7 @@ void ScreenRecorder::Take::handOn(double time, bool isRepeated) {
         return;
     }
     auto const picture = std::make_shared<EncoderPicture>(writer_->picture());
-    fillPicture(*picture, grabber_->picture(), PixelOrder::bgra);
+    fillPicture(*picture, screen_->picture(), PixelOrder::bgra);
     ++framesUnderWay_;
     sampleQueue_.async([this, picture, time, isRepeated] {
         append(std::move(*picture), time, isRepeated);

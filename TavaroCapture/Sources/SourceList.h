@@ -29,13 +29,10 @@ struct WindowInfo {
     bool operator==(WindowInfo const&) const = default;
 };
 
+/// What can be recorded of a desktop.
 struct SourceList {
     std::vector<DisplayInfo> displays; // never empty
     std::vector<WindowInfo> windows;   // frontmost first
 };
-
-/// What the X server `display` (":0"; empty means `$DISPLAY`) shows right now. Works without a window manager, by the
-/// server's own list of top-level windows. Throws `CaptureError` when no server answers.
-SourceList listSources(std::string const& display = {});
 
 }

@@ -1,7 +1,6 @@
 #pragma once
 
-#include <TavaroCapture/Sources/CaptureSource.h>
-#include <TavaroCapture/Sources/Private/DesktopEntries.h>
+#include <TavaroCapture/Sources/Private/EventSource.h>
 #include <TavaroCore/Recording/EventLists.h>
 
 #include <optional>
@@ -23,19 +22,6 @@ struct Press {
     UnitPoint2 position;
     std::optional<std::string> application;
     std::optional<NormalizedRect> windowFrame;
-};
-
-/// Keys held for one key press.
-struct Chord {
-    bool control = false;
-    bool option = false;
-    bool shift = false;
-    bool command = false;
-    std::string key;
-
-    /// "⌃", "⌥", "⇧", "⌘" in this order, then the key.
-    std::vector<std::string> names() const;
-    bool isShortcut() const { return control || option || command; }
 };
 
 /// Collects what the user does in a take and makes records of it: presses become clicks, double clicks and drags;

@@ -1,12 +1,10 @@
 #pragma once
 
 #include <TavaroCapture/Events/Private/EventLog.h>
-#include <TavaroCapture/Sources/CaptureSource.h>
+#include <TavaroCapture/Sources/Private/EventSource.h>
 #include <TavaroCore/Recording/RecordingMetadata.h>
 
 #include <memory>
-#include <optional>
-#include <string>
 
 namespace tavaro {
 
@@ -14,21 +12,15 @@ class SerialQueue;
 class TakeClock;
 
 /// Logs what the user does for the length of a take: the pointer 60 times a second, presses of its buttons, key presses
-/// with their modifiers, and which application is in front. Nothing is logged while the take is paused, and no key
-/// while a known prompt for secrets is on the screen (see `isSecurePrompt`).
+/// with their modifiers, and which application is in front. Nothing is logged while the take is paused.
 ///
-/// Pointer ticks run on a queue labelled "com.tavaro.capture.pointer"; presses, keys and focus arrive on a thread of
-/// their own. Both stamp what they see and hand it to `sampleQueue`, where the log lives.
+/// Pointer ticks run on a queue labelled "com.tavaro.capture.pointer"; presses, keys and focus arrive on the source's
+/// thread. Both stamp what they see and hand it to `sampleQueue`, where the log lives.
 class EventRecorder {
 public:
-    struct Options {
-        std::string display;
-        PixelRect frame; // captured area, on the desktop
-        bool logsKeystrokes = true;
-    };
-
-    /// `clock` and `sampleQueue` must outlive the recorder. Throws `CaptureError` when no server answers.
-    EventRecorder(Options const& options, TakeClock const& clock, SerialQueue& sampleQueue);
+    /// `frame` is the captured area, on the desktop. `clock` and `sampleQueue` must outlive the recorder.
+    EventRecorder(std::unique_ptr<EventSource> source, PixelRect const& frame, TakeClock const& clock,
+                  SerialQueue& sampleQueue);
     ~EventRecorder();
     EventRecorder(EventRecorder const&) = delete;
     EventRecorder& operator=(EventRecorder const&) = delete;

@@ -17,7 +17,10 @@ public:
     /// Seconds on the take's timeline at that moment of the media clock, never below 0; none for a moment in a pause,
     /// past or present, for what happens in a pause is no part of the take. Before `start` it is 0.
     std::optional<double> time(double now) const;
-    /// The same, standing still at the pause's start while paused.
+    /// The same, but below 0 for what was captured a moment before the take's start; none before `start`, and for what
+    /// is older than that moment.
+    std::optional<double> place(double capturedAt) const;
+    /// As `time`, standing still at the pause's start while paused.
     double elapsed(double now) const;
     /// The moment of the media clock that shows as `time` on the timeline from here on, if no more pauses come.
     double mediaTime(double time) const;

@@ -5,8 +5,8 @@
 #include <TavaroCapture/Recorder/ScreenRecorder.h>
 #include <TavaroCapture/Recovery/Private/MetadataCheckpoints.h>
 #include <TavaroCapture/Recovery/Private/WorkingFolderClaim.h>
-#include <TavaroCapture/Screen/Private/ScreenGrabber.h>
 #include <TavaroCapture/Segments/Private/SegmentWriter.h>
+#include <TavaroCapture/Sources/Private/FrameSource.h>
 #include <TavaroPlatform/Queues/SerialQueue.h>
 
 #include <atomic>
@@ -63,7 +63,7 @@ private:
     std::optional<WorkingFolderClaim> claim_;
     TakeClock clock_;
 
-    std::unique_ptr<ScreenGrabber> grabber_;
+    std::unique_ptr<ScreenSource> screen_;
     Size2 size_;
     int mostFramesUnderWay_ = 0;
     double scaleFactor_ = 1;

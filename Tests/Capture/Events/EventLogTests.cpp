@@ -1,9 +1,9 @@
 #include <TavaroCapture/Events/Private/CursorNames.h>
 #include <TavaroCapture/Events/Private/EventLog.h>
-#include <TavaroCore/Recording/SettledRecording.h>
 #include <TavaroCapture/Events/Private/KeyNames.h>
 #include <TavaroCapture/Events/Private/SecurePrompts.h>
 #include <TavaroCapture/Events/Private/TakeClock.h>
+#include <TavaroCore/Recording/SettledRecording.h>
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 #include <map>

@@ -1,5 +1,6 @@
 #include "../TestDisplay.h"
 
+#include <TavaroCapture/Devices/Private/OpenSources.h>
 #include <TavaroCapture/Events/Private/EventRecorder.h>
 #include <TavaroCapture/Events/Private/TakeClock.h>
 #include <TavaroPlatform/Clocks/MediaClock.h>
@@ -18,7 +19,7 @@ class EventRecorderTest : public DisplayTest {
 protected:
     void begin() {
         clock.start(mediaClockNow());
-        recorder.emplace(EventRecorder::Options{display->name(), {100, 100, 400, 200}, true}, clock, queue);
+        recorder.emplace(openEvents(display->name(), KeyLogging::on), PixelRect{100, 100, 400, 200}, clock, queue);
         recorder->start();
     }
     RecordingMetadata log() { return recorder->metadata(1000); }

@@ -1,15 +1,13 @@
 #pragma once
 
-#include <TavaroCapture/Sources/CaptureSource.h>
-#include <TavaroCore/Values/Geometry.h>
-#include <TavaroMedia/Frames/Image.h>
+#include <TavaroCapture/Sources/Private/FrameSource.h>
 
 #include <memory>
 #include <string>
 
-namespace tavaro {
+namespace tavaro::x11 {
 
-/// Takes pictures of one source, without the pointer. One thread.
+/// Takes pictures of one source on an X screen.
 ///
 /// The picture's size is fixed when the grabber is made: the source's size then, each side rounded down to even. A
 /// display or an area is read from the root window. A window is read from its own off-screen pixmap, so what covers it
@@ -20,25 +18,19 @@ namespace tavaro {
 /// The server reports what is drawn, and only rows that changed are read again; an unchanged screen costs almost
 /// nothing. The report is checked four times a second against the whole picture, and no longer trusted once it missed
 /// something.
-class ScreenGrabber {
+class ScreenGrabber final : public ScreenSource {
 public:
     /// Throws `CaptureError` for a source that cannot be recorded.
     ScreenGrabber(CaptureSource const& source, std::string const& display);
-    ~ScreenGrabber();
+    ~ScreenGrabber() override;
     ScreenGrabber(ScreenGrabber const&) = delete;
     ScreenGrabber& operator=(ScreenGrabber const&) = delete;
 
-    Size2 size() const;
-    /// What the picture shows, on the desktop, as of the last grab; a window may move.
-    PixelRect frame() const;
-    /// Pixels per point, from the resolution that the desktop's settings give its text.
-    double scaleFactor() const;
-
-    enum class Outcome { changed, unchanged, lost };
-    /// Brings the picture up to date at the time `now` of the media clock.
-    Outcome grab(double now);
-    /// BGRX pixels; good until the next `grab`.
-    ImageView picture() const;
+    Size2 size() const override;
+    PixelRect frame() const override;
+    double scaleFactor() const override;
+    Outcome grab(double now) override;
+    ImageView picture() const override;
 
 private:
     struct State;

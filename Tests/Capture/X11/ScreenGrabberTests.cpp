@@ -1,9 +1,11 @@
 #include "../TestDisplay.h"
 
-#include <TavaroCapture/Screen/Private/ScreenGrabber.h>
 #include <TavaroCapture/Sources/CaptureError.h>
+#include <TavaroCapture/X11/Private/ScreenGrabber.h>
 
 namespace tavaro {
+
+using x11::ScreenGrabber;
 
 namespace {
 

@@ -1,15 +1,14 @@
-#include <TavaroCapture/Events/Private/InputMonitor.h>
+#include <TavaroCapture/X11/Private/InputMonitor.h>
 
 #include <TavaroCapture/Events/Private/CursorNames.h>
-#include <TavaroCapture/Events/Private/Keyboard.h>
 #include <TavaroCapture/Events/Private/SecurePrompts.h>
 #include <TavaroCapture/Sources/CaptureError.h>
 #include <TavaroCapture/X11/Private/Desktop.h>
+#include <TavaroCapture/X11/Private/Keyboard.h>
 #include <TavaroPlatform/Clocks/MediaClock.h>
 
 #include <algorithm>
 #include <poll.h>
-#include <pthread.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
 #include <xcb/xfixes.h>
@@ -41,14 +40,14 @@ bool hasRawInput(Connection& connection) {
 
 }
 
-InputMonitor::InputMonitor(std::string const& display, bool wantsKeys, InputHandlers handlers)
+InputMonitor::InputMonitor(std::string const& display, KeyLogging keys)
     : connection_(display)
-    , handlers_(std::move(handlers)) {
+    , pointerConnection_(display) {
     if (!hasRawInput(connection_))
         throw CaptureError(CaptureError::Kind::unsupported,
                            "Clicks and keys cannot be recorded: this X server lacks XInput 2.1.");
     connection_.ask<xcb_xfixes_query_version, xcb_xfixes_query_version_reply>(4u, 0u);
-    if (wantsKeys) keyboard_ = Keyboard::open(connection_);
+    if (keys == KeyLogging::on) keyboard_ = Keyboard::open(connection_);
     readButtonMapping();
     selectEvents();
     findPrompts();
@@ -63,21 +62,25 @@ InputMonitor::~InputMonitor() {
 void InputMonitor::stop() {
     isEnding_ = true;
     eventfd_write(wake_, 1);
-    if (thread_.joinable()) thread_.join();
+    queue_.sync([] {});
 }
 
-void InputMonitor::start() {
+void InputMonitor::start(EventHandlers handlers) {
+    handlers_ = std::move(handlers);
     auto const cursor =
         connection_.ask<xcb_xfixes_get_cursor_image_and_name, xcb_xfixes_get_cursor_image_and_name_reply>();
     if (cursor) reportCursor(cursor->cursor_atom);
     reportFrontmost();
-    thread_ = std::thread([this] {
-        pthread_setname_np(pthread_self(), "capture.events");
-        run();
-    });
+    queue_.async([this] { run(); });
 }
 
 bool InputMonitor::hasKeyboard() const { return keyboard_ != nullptr; }
+
+std::optional<PixelPoint> InputMonitor::pointer() {
+    auto const pointer = pointerConnection_.ask<xcb_query_pointer, xcb_query_pointer_reply>(pointerConnection_.root());
+    if (!pointer) return std::nullopt;
+    return PixelPoint{pointer->root_x, pointer->root_y};
+}
 
 void InputMonitor::selectEvents() {
     struct {
@@ -155,7 +158,7 @@ void InputMonitor::handleButton(double at, std::uint32_t detail, bool isPress) {
     if (!pointer) return;
     PixelPoint const point{pointer->root_x, pointer->root_y};
     if (!isPress) return handlers_.release(at, button, point);
-    InputHandlers::ButtonPress press{button, point, std::nullopt, std::nullopt};
+    EventHandlers::ButtonPress press{button, point, std::nullopt, std::nullopt};
     if (pointer->child != XCB_NONE) {
         press.windowFrame = shownFrameOf(connection_, pointer->child);
         std::string name = applicationOf(connection_, clientWindow(connection_, pointer->child)).name;

@@ -1,6 +1,7 @@
-#include <TavaroCapture/Screen/Private/GrabTarget.h>
+#include <TavaroCapture/X11/Private/WindowTarget.h>
 
 #include <TavaroCapture/Sources/CaptureError.h>
+#include <TavaroCapture/X11/Private/DamageReport.h>
 
 #include <cstring>
 #include <map>

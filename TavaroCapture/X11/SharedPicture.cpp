@@ -1,4 +1,4 @@
-#include <TavaroCapture/Screen/Private/SharedPicture.h>
+#include <TavaroCapture/X11/Private/SharedPicture.h>
 
 #include <TavaroCapture/Sources/CaptureError.h>
 

@@ -1,7 +1,6 @@
 #pragma once
 
-#include <TavaroCapture/Screen/Private/SharedPicture.h>
-#include <TavaroCapture/X11/Private/Desktop.h>
+#include <TavaroCapture/X11/Private/SharedPicture.h>
 
 #include <algorithm>
 #include <memory>
@@ -39,33 +38,5 @@ public:
     /// The source is gone for good.
     virtual bool isLost() const = 0;
 };
-
-std::unique_ptr<GrabTarget> makeRootTarget(Connection& connection, PixelRect const& frame);
-/// Shows the window, and over it the popups and dialogs that belong to it, or all windows of its application.
-std::unique_ptr<GrabTarget> makeWindowTarget(Connection& connection, ResolvedSource const& source);
-
-/// The server's report of what was drawn into one drawable.
-class DamageReport {
-public:
-    DamageReport(Connection& connection, xcb_drawable_t drawable);
-    ~DamageReport();
-    DamageReport(DamageReport const&) = delete;
-    DamageReport& operator=(DamageReport const&) = delete;
-
-    /// Takes in an event of the connection.
-    void handle(xcb_generic_event_t const& event);
-    bool isDamaged() const { return !drawn_.isEmpty(); }
-    /// The rectangle around everything drawn since the last call, in the drawable's coordinates; the first time all of
-    /// it. Empties the report.
-    PixelRect take();
-
-private:
-    Connection& connection_;
-    std::uint32_t const damage_;
-    PixelRect drawn_;
-};
-
-/// Announces to the server the extensions that grabbing needs. Throws `CaptureError` where one is missing.
-void prepareGrabbing(Connection& connection);
 
 }

@@ -1,14 +1,14 @@
-#include <TavaroCapture/Screen/Private/ScreenGrabber.h>
+#include <TavaroCapture/X11/Private/ScreenGrabber.h>
 
-#include <TavaroCapture/Screen/Private/GrabTarget.h>
 #include <TavaroCapture/Sources/CaptureError.h>
+#include <TavaroCapture/X11/Private/DamageReport.h>
+#include <TavaroCapture/X11/Private/RootTarget.h>
+#include <TavaroCapture/X11/Private/WindowTarget.h>
 
 #include <charconv>
 #include <cstring>
 
-namespace tavaro {
-
-using namespace x11;
+namespace tavaro::x11 {
 
 namespace {
 

@@ -1,46 +1,29 @@
 #pragma once
 
-#include <TavaroCapture/Events/Private/EventLog.h>
+#include <TavaroCapture/Sources/Private/EventSource.h>
 #include <TavaroCapture/X11/Private/Connection.h>
+#include <TavaroPlatform/Queues/SerialQueue.h>
 
 #include <atomic>
-#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
-#include <thread>
 
 namespace tavaro::x11 {
 
 class Keyboard;
 
-/// What the monitor reports, on its own thread, as it happens. `at` is the moment on the media clock.
-struct InputHandlers {
-    struct ButtonPress {
-        MouseButton button;
-        PixelPoint point;
-        std::optional<std::string> application; // of the window under the pointer
-        std::optional<PixelRect> windowFrame;   // on the desktop
-    };
-    std::function<void(double at, ButtonPress)> press;
-    std::function<void(double at, MouseButton, PixelPoint)> release;
-    std::function<void(double at, Chord)> key;
-    std::function<void(CursorKind)> cursor;
-    std::function<void(std::optional<ApplicationIdentity>)> frontmost;
-};
-
 /// Listens to the whole desktop: raw presses and keys (also while a program holds a grab), the pointer's shape, the
 /// window in front, and prompts for secrets, during which keys are not reported.
-class InputMonitor {
+class InputMonitor final : public EventSource {
 public:
-    InputMonitor(std::string const& display, bool wantsKeys, InputHandlers handlers);
-    ~InputMonitor();
+    InputMonitor(std::string const& display, KeyLogging keys);
+    ~InputMonitor() override;
 
-    void start();
-    /// No handler runs after it.
-    void stop();
-    /// Whether the server lets keys be read.
-    bool hasKeyboard() const;
+    void start(EventHandlers handlers) override;
+    void stop() override;
+    bool hasKeyboard() const override;
+    std::optional<PixelPoint> pointer() override;
 
 private:
     void run();
@@ -56,15 +39,16 @@ private:
     void findPrompts();
 
     Connection connection_;
-    InputHandlers const handlers_;
+    Connection pointerConnection_; // for `pointer`, on whichever thread asks
+    EventHandlers handlers_;
     std::unique_ptr<Keyboard> keyboard_;
     std::string buttonMapping_; // logical button of each physical one
     std::optional<xcb_window_t> front_;
     bool isFrontSecure_ = false;
     std::vector<xcb_window_t> prompts_;
     int wake_ = -1;
-    std::thread thread_;
     std::atomic<bool> isEnding_ = false;
+    SerialQueue queue_{"com.tavaro.capture.events"}; // runs one task from `start` to `stop`
 };
 
 }

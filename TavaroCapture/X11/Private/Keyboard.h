@@ -1,6 +1,6 @@
 #pragma once
 
-#include <TavaroCapture/Events/Private/EventLog.h>
+#include <TavaroCapture/Sources/Private/EventSource.h>
 #include <TavaroCapture/X11/Private/Connection.h>
 
 #include <memory>

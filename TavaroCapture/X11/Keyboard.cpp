@@ -1,4 +1,4 @@
-#include <TavaroCapture/Events/Private/Keyboard.h>
+#include <TavaroCapture/X11/Private/Keyboard.h>
 
 #include <TavaroCapture/Events/Private/KeyNames.h>
 

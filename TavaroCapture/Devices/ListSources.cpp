@@ -1,0 +1,13 @@
+#include <TavaroCapture/Devices/ListSources.h>
+
+#include <TavaroCapture/X11/Private/Connection.h>
+#include <TavaroCapture/X11/Private/Desktop.h>
+
+namespace tavaro {
+
+SourceList listSources(std::string const& display) {
+    x11::Connection connection(display);
+    return {x11::displays(connection), x11::windows(connection)};
+}
+
+}

@@ -1,0 +1,11 @@
+#pragma once
+
+#include <TavaroCapture/Sources/SourceList.h>
+
+namespace tavaro {
+
+/// What the X server `display` (":0"; empty means `$DISPLAY`) shows right now. Works without a window manager, by the
+/// server's own list of top-level windows. Throws `CaptureError` when no server answers.
+SourceList listSources(std::string const& display = {});
+
+}

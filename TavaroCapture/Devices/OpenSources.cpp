@@ -1,0 +1,16 @@
+#include <TavaroCapture/Devices/Private/OpenSources.h>
+
+#include <TavaroCapture/X11/Private/InputMonitor.h>
+#include <TavaroCapture/X11/Private/ScreenGrabber.h>
+
+namespace tavaro {
+
+std::unique_ptr<ScreenSource> openScreen(CaptureSource const& source, std::string const& display) {
+    return std::make_unique<x11::ScreenGrabber>(source, display);
+}
+
+std::unique_ptr<EventSource> openEvents(std::string const& display, KeyLogging keys) {
+    return std::make_unique<x11::InputMonitor>(display, keys);
+}
+
+}

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <TavaroCapture/Sources/CaptureSource.h>
+#include <TavaroCapture/Sources/Private/DesktopEntries.h>
+#include <TavaroCore/Recording/RecordingMetadata.h>
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tavaro {
+
+/// Keys held for one key press.
+struct Chord {
+    bool control = false;
+    bool option = false;
+    bool shift = false;
+    bool command = false;
+    std::string key;
+
+    /// "⌃", "⌥", "⇧", "⌘" in this order, then the key.
+    std::vector<std::string> names() const;
+    bool isShortcut() const { return control || option || command; }
+};
+
+/// What the user does on the desktop, reported on the source's own thread as it happens. `at` is the moment on the
+/// media clock.
+struct EventHandlers {
+    struct ButtonPress {
+        MouseButton button = MouseButton::left;
+        PixelPoint point;
+        std::optional<std::string> application; // of the window under the pointer
+        std::optional<PixelRect> windowFrame;   // on the desktop
+    };
+    std::function<void(double at, ButtonPress)> press;
+    std::function<void(double at, MouseButton, PixelPoint)> release;
+    std::function<void(double at, Chord)> key; // never one that is typed into a known prompt for secrets
+    std::function<void(CursorKind)> cursor;
+    std::function<void(std::optional<ApplicationIdentity>)> frontmost;
+};
+
+enum class KeyLogging { on, off };
+
+/// A desktop that can tell what the user does on it.
+class EventSource {
+public:
+    virtual ~EventSource() = default;
+    /// Reports the pointer's shape and what is in front at once, on the caller's thread, and then every change.
+    virtual void start(EventHandlers handlers) = 0;
+    /// No handler runs after it.
+    virtual void stop() = 0;
+
+    /// Whether keys can be read, and are.
+    virtual bool hasKeyboard() const = 0;
+    /// Where the pointer is; none where that cannot be known. Always from one thread, which may be another than the
+    /// rest.
+    virtual std::optional<PixelPoint> pointer() = 0;
+};
+
+}

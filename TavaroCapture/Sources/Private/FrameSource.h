@@ -1,0 +1,56 @@
+#pragma once
+
+#include <TavaroCapture/Sources/CaptureSource.h>
+#include <TavaroCore/Values/Geometry.h>
+#include <TavaroMedia/Frames/EncoderPicture.h>
+
+#include <functional>
+
+namespace tavaro {
+
+/// Something that can be filmed. Its size never changes; both sides are even.
+class FrameSource {
+public:
+    virtual ~FrameSource() = default;
+    virtual Size2 size() const = 0;
+};
+
+/// A screen, a part of it or a window, without the pointer: it has a picture at any time, and the take asks for it at
+/// the take's own rate. One thread.
+class ScreenSource : public FrameSource {
+public:
+    /// What the picture shows, on the desktop, as of the last grab; a window may move.
+    virtual PixelRect frame() const = 0;
+    /// Pixels per point, from the resolution that the desktop's settings give its text.
+    virtual double scaleFactor() const = 0;
+
+    enum class Outcome { changed, unchanged, lost };
+    /// Brings the picture up to date at the time `now` of the media clock.
+    virtual Outcome grab(double now) = 0;
+    /// BGRX pixels; good until the next `grab`.
+    virtual ImageView picture() const = 0;
+};
+
+struct CapturedPicture {
+    ImageView pixels;
+    PixelOrder order = PixelOrder::rgba;
+    double capturedAt = 0; // moment of its exposure on the media clock
+};
+
+/// What a camera reports, on a thread of its own.
+struct CameraHandlers {
+    std::function<void(CapturedPicture const&)> picture; // good during the call
+    std::function<void()> lost;                          // no more pictures come
+};
+
+/// A camera: pictures come when it takes them.
+class CameraSource : public FrameSource {
+public:
+    /// Pictures a second, as the camera promises.
+    virtual int fps() const = 0;
+    virtual void start(CameraHandlers handlers) = 0;
+    /// No handler runs after it.
+    virtual void stop() = 0;
+};
+
+}
