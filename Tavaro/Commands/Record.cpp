@@ -77,7 +77,7 @@ void record(Options const& options) {
     runTake(recorder, options.seconds);
     auto const take = recorder.stop();
     if (take.endedEarly) fmt::print(stderr, "{}\n", *take.endedEarly);
-    saveTake({take.movie, take.metadata, take.duration}, package, mode,
+    saveTake({take.movie, take.metadata, take.duration, take.streams, take.warnings}, package, mode,
              options.isRaw ? FirstEdit::raw : FirstEdit::polished,
              options.asJSON ? TakeOutput::json : TakeOutput::lines);
 }

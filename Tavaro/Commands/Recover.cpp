@@ -87,8 +87,8 @@ void recover(Options const& options) {
     auto const package = packagePath(options.output.empty() ? nameOf(take) : options.output);
     expectPlaceFor(package);
     auto const recovered = RecoveryStore::recover(take);
-    saveTake({recovered.movie, recovered.metadata, recovered.duration}, package, modeNamed(options.mode),
-             options.isRaw ? FirstEdit::raw : FirstEdit::polished,
+    saveTake({recovered.movie, recovered.metadata, recovered.duration, recovered.streams, recovered.warnings}, package,
+             modeNamed(options.mode), options.isRaw ? FirstEdit::raw : FirstEdit::polished,
              options.asJSON ? TakeOutput::json : TakeOutput::lines);
 }
 

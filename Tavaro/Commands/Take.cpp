@@ -1,7 +1,7 @@
 #include <Tavaro/Commands/Take.h>
 
 #include <Tavaro/Commands/MadeProject.h>
-#include <Tavaro/Model/Making/NewProject.h>
+#include <Tavaro/Model/Making/AddStreams.h>
 
 #include <TavaroCapture/Recovery/RecoveryStore.h>
 #include <TavaroCore/Direction/SmartDirector.h>
@@ -17,10 +17,14 @@ namespace tavaro {
 
 namespace {
 
+void warn(std::string const& sentence) { fmt::print(stderr, "{}\n", sentence); }
+
 DemoProject projectOf(TakeMovie const& take, ProjectPackage const& package, DemoMode mode) {
+    NewProject made{
+        .movie = take.movie, .importMode = ImportMode::move, .metadata = take.metadata, .mode = mode, .remark = warn};
+    addStreams(made, take.streams);
     try {
-        return createProject(
-            package, {.movie = take.movie, .importMode = ImportMode::move, .metadata = take.metadata, .mode = mode});
+        return createProject(package, made);
     } catch (Error const& failure) {
         throw Error(fmt::format("{} The recording is kept; `tavaro recover last` brings it back.", failure.what()));
     }
@@ -40,6 +44,7 @@ void leaveWorkingFolder(TakeMovie const& take) {
 
 void saveTake(TakeMovie const& take, std::filesystem::path const& package, DemoMode mode, FirstEdit edit,
               TakeOutput output) {
+    for (auto const& sentence : take.warnings) warn(sentence);
     ProjectPackage const target(package);
     auto project = projectOf(take, target, mode);
     leaveWorkingFolder(take);

@@ -1,9 +1,12 @@
 #pragma once
 
+#include <TavaroCapture/Segments/TakeStream.h>
 #include <TavaroCore/Project/DemoMode.h>
 #include <TavaroCore/Recording/RecordingMetadata.h>
 
 #include <filesystem>
+#include <string>
+#include <vector>
 
 namespace tavaro {
 
@@ -12,6 +15,8 @@ struct TakeMovie {
     std::filesystem::path movie;
     RecordingMetadata metadata;
     double duration = 0;
+    std::vector<TakeStream> streams = {};   // beside the movie
+    std::vector<std::string> warnings = {}; // sentences to show
 };
 
 enum class FirstEdit { polished, raw };

@@ -1,5 +1,6 @@
 #include <TavaroCapture/Recorder/ScreenRecorder.h>
 
+#include <TavaroCapture/Devices/Private/OpenSources.h>
 #include <TavaroCapture/Recorder/Private/Take.h>
 
 #include <fmt/format.h>
@@ -16,42 +17,78 @@ void requireSound(RecorderOptions const& options) {
         throw CaptureError(CaptureError::Kind::badSource, "Segments and checkpoints need a length above 0 seconds.");
 }
 
+TakeSources openSources(RecorderOptions const& options) {
+    TakeSources result;
+    result.screen = openScreen(options.source, options.display);
+    result.events = openEvents(options.display, options.logsKeystrokes ? KeyLogging::on : KeyLogging::off);
+    return result;
+}
+
 }
 
 ScreenRecorder::ScreenRecorder(RecorderOptions options) : options_(std::move(options)) {}
+ScreenRecorder::ScreenRecorder(RecorderOptions options, TakeSources sources)
+    : options_(std::move(options))
+    , sources_(std::make_unique<TakeSources>(std::move(sources))) {}
 ScreenRecorder::~ScreenRecorder() = default;
 
 void ScreenRecorder::start() {
-    if (take_) throw CaptureError(CaptureError::Kind::notRecording, "This recorder has already recorded its take.");
+    if (take()) throw CaptureError(CaptureError::Kind::notRecording, "This recorder has already recorded its take.");
     requireSound(options_);
-    auto take = std::make_unique<Take>(options_);
-    take->start();
-    take_ = std::move(take);
+    auto const started = std::make_shared<Take>(options_, sources_ ? std::move(*sources_) : openSources(options_));
+    started->start();
+    std::lock_guard const guard(lock_);
+    take_ = started;
+}
+
+std::shared_ptr<ScreenRecorder::Take> ScreenRecorder::take() const {
+    std::lock_guard const guard(lock_);
+    return take_;
 }
 
 namespace {
 
-template<class T> T& inProgress(std::unique_ptr<T> const& take) {
-    if (!take) throw CaptureError(CaptureError::Kind::notRecording, "There is no recording in progress.");
-    return *take;
+[[noreturn]] void failNotRecording() {
+    throw CaptureError(CaptureError::Kind::notRecording, "There is no recording in progress.");
 }
 
 }
 
-void ScreenRecorder::setPaused(bool paused) { inProgress(take_).setPaused(paused); }
-RecorderProgress ScreenRecorder::progress() const { return inProgress(take_).progress(); }
-Size2 ScreenRecorder::captureSize() const { return inProgress(take_).captureSize(); }
-bool ScreenRecorder::waitForEnd(std::chrono::milliseconds atMost) { return inProgress(take_).waitForEnd(atMost); }
+/// For the thread that starts and stops the take.
+ScreenRecorder::Take& ScreenRecorder::inProgress() const {
+    if (!take_ || isOver_) failNotRecording();
+    return *take_;
+}
+
+void ScreenRecorder::setPaused(bool paused) { inProgress().setPaused(paused); }
+
+RecorderProgress ScreenRecorder::progress() const {
+    auto const shared = take();
+    if (!shared) failNotRecording();
+    return shared->progress();
+}
+
+Size2 ScreenRecorder::captureSize() const {
+    auto const shared = take();
+    if (!shared) failNotRecording();
+    return shared->captureSize();
+}
+
+bool ScreenRecorder::waitForEnd(std::chrono::milliseconds atMost) {
+    auto const shared = take();
+    if (!shared) failNotRecording();
+    return shared->waitForEnd(atMost);
+}
 
 FinishedTake ScreenRecorder::stop() {
-    auto result = inProgress(take_).finish();
-    take_.reset();
+    auto result = inProgress().finish();
+    isOver_ = true;
     return result;
 }
 
 void ScreenRecorder::cancel() {
-    inProgress(take_).cancel();
-    take_.reset();
+    inProgress().cancel();
+    isOver_ = true;
 }
 
 }

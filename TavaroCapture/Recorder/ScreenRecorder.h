@@ -1,5 +1,6 @@
 #pragma once
 
+#include <TavaroCapture/Segments/TakeStream.h>
 #include <TavaroCapture/Sources/CaptureError.h>
 #include <TavaroCapture/Sources/CaptureSource.h>
 #include <TavaroCore/Recording/RecordingMetadata.h>
@@ -8,10 +9,14 @@
 #include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace tavaro {
+
+struct TakeSources;
 
 struct RecorderOptions {
     CaptureSource source = DisplaySource{};
@@ -38,23 +43,27 @@ struct FinishedTake {
     std::filesystem::path directory;       // the working folder; `RecoveryStore::removeWorkingDirectory` clears it
     std::filesystem::path movie;           // in the working folder; H.264, constant frame rate, without the pointer
     double duration = 0;                   // seconds
+    std::vector<TakeStream> streams;       // beside the screen
     RecordingMetadata metadata;            // with its honest `health`
+    std::vector<std::string> warnings;     // sentences: what of the streams beside the screen could not be had
     std::optional<std::string> endedEarly; // why the take ended by itself, as a sentence; none when `stop` ended it
 };
 
-/// Records one take: the screen into segments, what the user does into the metadata.
+/// Records one take: the screen and what is recorded beside it into segments, what the user does into the metadata.
 ///
 ///     ScreenRecorder recorder({.source = DisplaySource{}});
 ///     recorder.start();
 ///     while (!interrupted && !recorder.waitForEnd(100ms)) show(recorder.progress());
 ///     FinishedTake take = recorder.stop();
 ///
-/// One take an object. `start`, `setPaused`, `stop` belong to one thread; `progress` and `waitForEnd` to any.
-/// A process that dies in the middle leaves a working folder that `RecoveryStore` brings back; so does destroying the
-/// recorder without `stop`.
+/// One take an object. `start`, `setPaused`, `stop`, `cancel` belong to one thread; the rest to any, also while the
+/// take is being stopped: it then has its last progress. A process that dies in the middle leaves a working folder that
+/// `RecoveryStore` brings back; so does destroying the recorder without `stop`.
 class ScreenRecorder {
 public:
     explicit ScreenRecorder(RecorderOptions options);
+    /// Records these sources, whatever the options say of theirs.
+    ScreenRecorder(RecorderOptions options, TakeSources sources);
     ~ScreenRecorder();
     ScreenRecorder(ScreenRecorder const&) = delete;
     ScreenRecorder& operator=(ScreenRecorder const&) = delete;
@@ -63,12 +72,13 @@ public:
     /// empty or off-screen, a folder that cannot be written.
     void start();
     void setPaused(bool paused);
+    /// Throws `CaptureError` before `start`.
     RecorderProgress progress() const;
     /// Size of the movie: the source's, each side rounded down to even.
     Size2 captureSize() const;
 
-    /// Waits until the take ends by itself (display gone, window closed, disk full) or the time is over; true when it
-    /// ended. `stop` is still due, and hands back what was recorded.
+    /// Waits until the take ends or the time is over; true when it ended: by itself (display gone, window closed, disk
+    /// full), where `stop` is still due and hands back what was recorded, or stopped.
     bool waitForEnd(std::chrono::milliseconds atMost);
 
     /// Ends the take and joins its segments. The take counts as unfinished until its movie is safe elsewhere and
@@ -80,8 +90,14 @@ public:
 
 private:
     class Take;
+    std::shared_ptr<Take> take() const;
+    Take& inProgress() const;
+
     RecorderOptions options_;
-    std::unique_ptr<Take> take_;
+    std::unique_ptr<TakeSources> sources_;
+    std::mutex mutable lock_;
+    std::shared_ptr<Take> take_; // guarded by lock_; kept when the take is over
+    bool isOver_ = false;
 };
 
 }

@@ -1,12 +1,10 @@
 #include <TavaroCapture/Recorder/Private/Take.h>
 
-#include <TavaroCapture/Devices/Private/OpenSources.h>
 #include <TavaroCapture/Recovery/RecoveryStore.h>
-#include <TavaroCapture/Segments/RecordingManifest.h>
+#include <TavaroCapture/Segments/Private/JoinStreams.h>
+#include <TavaroCapture/Segments/Private/StreamSegments.h>
 #include <TavaroCore/Errors/SystemReason.h>
-#include <TavaroCore/Files/AtomicFile.h>
 #include <TavaroMedia/Errors/MediaError.h>
-#include <TavaroMedia/Movie/JoinMovies.h>
 #include <TavaroPlatform/Clocks/MediaClock.h>
 #include <TavaroPlatform/Folders/Folders.h>
 
@@ -19,16 +17,24 @@ namespace tavaro {
 
 namespace fs = std::filesystem;
 
-ScreenRecorder::Take::Take(RecorderOptions const& options) : options_(options) {
-    screen_ = openScreen(options_.source, options_.display);
+ScreenRecorder::Take::Take(RecorderOptions const& options, TakeSources sources) : options_(options) {
+    screen_ = std::move(sources.screen);
     size_ = screen_->size();
     scaleFactor_ = screen_->scaleFactor();
     auto const pictureBytes = size_.width * size_.height * 3 / 2;
     mostFramesUnderWay_ = static_cast<int>(std::clamp<std::int64_t>(mostBytesUnderWay / pictureBytes, 4, options_.fps));
-    events_ = std::make_unique<EventRecorder>(
-        openEvents(options_.display, options_.logsKeystrokes ? KeyLogging::on : KeyLogging::off), screen_->frame(),
-        clock_, sampleQueue_);
+    events_ = std::make_unique<EventRecorder>(std::move(sources.events), screen_->frame(), clock_, sampleQueue_);
     prepareFolder();
+    try {
+        prepareStreams(sources);
+    } catch (Error const& failure) {
+        sideStreams_.clear();
+        writer_.reset();
+        std::error_code ignored;
+        fs::remove_all(directory_, ignored);
+        if (dynamic_cast<CaptureError const*>(&failure)) throw;
+        throw CaptureError(CaptureError::Kind::writeFailed, failure.what());
+    }
 }
 
 ScreenRecorder::Take::~Take() {
@@ -46,24 +52,32 @@ void ScreenRecorder::Take::prepareFolder() {
         throw CaptureError(CaptureError::Kind::writeFailed,
                            fmt::format("Could not write the recording: “{}” cannot be made{}.", directory_.string(),
                                        error ? " (" + systemReason(error.value()) + ")" : ""));
-    try {
-        writer_ = std::make_unique<SegmentWriter>(
-            SegmentWriter::Options{directory_, recordingID_, static_cast<int>(size_.width),
-                                   static_cast<int>(size_.height), options_.fps, options_.segmentSeconds});
-        writer_->prepare();
-        RecoveryStore::markInProgress(directory_, recordingID_, std::string(recordingMode(options_.source)));
-    } catch (Error const& failure) {
-        writer_.reset();
-        fs::remove_all(directory_, error);
-        if (dynamic_cast<CaptureError const*>(&failure)) throw;
-        throw CaptureError(CaptureError::Kind::writeFailed, failure.what());
-    }
+}
+
+/// The writers of all streams, and the marker of a take in progress.
+void ScreenRecorder::Take::prepareStreams(TakeSources& sources) {
+    manifest_ = std::make_shared<TakeManifest>(directory_, recordingID_);
+    writer_ = std::make_unique<SegmentWriter>(SegmentWriter::Options{.manifest = manifest_,
+                                                                     .width = static_cast<int>(size_.width),
+                                                                     .height = static_cast<int>(size_.height),
+                                                                     .fps = options_.fps,
+                                                                     .segmentDuration = options_.segmentSeconds});
+    auto const options = [&](StreamRole role) { return SideStreamOptions{manifest_, role, options_.segmentSeconds}; };
+    if (sources.camera)
+        sideStreams_.push_back(recordCamera(std::move(sources.camera), clock_, options(StreamRole::camera)));
+    if (sources.microphone)
+        sideStreams_.push_back(recordSound(std::move(sources.microphone), clock_, options(StreamRole::microphone)));
+    if (sources.systemSound)
+        sideStreams_.push_back(recordSound(std::move(sources.systemSound), clock_, options(StreamRole::systemSound)));
+    writer_->prepare();
+    RecoveryStore::markInProgress(directory_, recordingID_, std::string(recordingMode(options_.source)));
 }
 
 void ScreenRecorder::Take::start() {
     double const now = mediaClockNow();
     clock_.start(now);
     events_->start();
+    for (auto const& stream : sideStreams_) stream->start();
     checkpoints_ = std::make_unique<MetadataCheckpoints>(directory_, options_.checkpointSeconds,
                                                          [this](EventCounts const& after) { return snapshot(after); });
     startTicks(now);
@@ -144,10 +158,24 @@ std::optional<ScreenRecorder::Take::Ending> ScreenRecorder::Take::ending() const
 
 bool ScreenRecorder::Take::waitForEnd(std::chrono::milliseconds atMost) {
     std::unique_lock lock(endingLock_);
-    return endingChanged_.wait_for(lock, atMost, [&] { return ending_.has_value(); });
+    return endingChanged_.wait_for(lock, atMost, [&] { return ending_ || last_; });
 }
 
 RecorderProgress ScreenRecorder::Take::progress() const {
+    std::lock_guard const lock(endingLock_);
+    return last_ ? *last_ : progressNow();
+}
+
+/// The take is over: what it had come to is what there is to tell from here on.
+void ScreenRecorder::Take::end() {
+    {
+        std::lock_guard const lock(endingLock_);
+        if (!last_) last_ = progressNow();
+    }
+    endingChanged_.notify_all();
+}
+
+RecorderProgress ScreenRecorder::Take::progressNow() const {
     return {.seconds = clock_.elapsed(mediaClockNow()),
             .framesWritten = writer_->framesWritten(),
             .droppedFrames = droppedFrames_,
@@ -186,6 +214,7 @@ void ScreenRecorder::Take::stopStreams() {
     if (isStopped_) return;
     isStopped_ = true;
     screenQueue_.stopTimer();
+    for (auto const& stream : sideStreams_) stream->stop();
     checkpoints_.reset();
     sampleQueue_.sync([] {});
     if (writer_) events_->stop(writer_->duration());
@@ -193,41 +222,68 @@ void ScreenRecorder::Take::stopStreams() {
 
 /// A take that could not be written to its end still has what was written.
 void ScreenRecorder::Take::finishSegments() {
+    for (auto const& stream : sideStreams_) {
+        if (auto failure = stream->finish()) sideFailures_.push_back(std::move(*failure));
+    }
     try {
         writer_->finish();
+        manifest_->complete();
+        writing([&] { manifest_->write(); });
     } catch (CaptureError const& error) {
         endEarly({error.kind, error.what()});
     }
 }
 
+void ScreenRecorder::Take::joinInto(FinishedTake& result) {
+    result.duration = joinScreen(directory_, writer_->segments()).duration;
+    auto const wanted = manifest_->record().streams;
+    auto beside = joinStreams(directory_, wanted);
+    result.metadata = events_->metadata(result.duration);
+    result.metadata.captureSize = size_;
+    result.metadata.scaleFactor = scaleFactor_;
+    result.metadata.health = health();
+    noteLostStreams(result.metadata.health, wanted, beside);
+    result.streams = std::move(beside.streams);
+    result.warnings = sideFailures_;
+    result.warnings.insert(result.warnings.end(), beside.warnings.begin(), beside.warnings.end());
+}
+
 FinishedTake ScreenRecorder::Take::finish() {
     stopStreams();
+    end();
     finishSegments();
-    FinishedTake result{.recordingID = recordingID_, .directory = directory_, .movie = joinedMoviePath(directory_)};
-    std::vector<MoviePart> parts;
-    for (auto const& segment : writer_->segments()) parts.push_back({directory_ / segment.fileName, segment.start});
+    FinishedTake result{.recordingID = recordingID_,
+                        .directory = directory_,
+                        .movie = joinedStreamPath(directory_, StreamRole::screen)};
     try {
-        result.duration = joinMovies(parts, result.movie).duration;
+        joinInto(result);
     } catch (MediaError const& error) {
         auto const early = ending();
         std::string const sentence = early ? early->sentence : "segment join failed: " + error.detail() + ".";
         throw CaptureError(CaptureError::Kind::writeFailed,
                            fmt::format("{} What was recorded is kept in “{}”.", sentence, directory_.string()));
     }
-    result.metadata = events_->metadata(result.duration);
-    result.metadata.captureSize = size_;
-    result.metadata.scaleFactor = scaleFactor_;
-    result.metadata.health = health();
     if (auto const early = ending()) result.endedEarly = early->sentence;
-    claim_.reset();
+    release();
     return result;
 }
 
 void ScreenRecorder::Take::cancel() {
     stopStreams();
+    end();
+    sideStreams_.clear();
     writer_.reset();
     std::error_code ignored;
     fs::remove_all(directory_, ignored);
+    release();
+}
+
+/// Lets go of all that only a running take needs; whoever asks for its progress may keep it for long.
+void ScreenRecorder::Take::release() {
+    sideStreams_.clear();
+    events_.reset();
+    screen_.reset();
+    writer_.reset();
     claim_.reset();
 }
 

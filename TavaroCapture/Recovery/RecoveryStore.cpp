@@ -2,15 +2,17 @@
 
 #include <TavaroCapture/Recovery/Private/MetadataCheckpoints.h>
 #include <TavaroCapture/Recovery/Private/WorkingFolderClaim.h>
+#include <TavaroCapture/Segments/Private/JoinStreams.h>
 #include <TavaroCapture/Sources/CaptureError.h>
 #include <TavaroCore/Errors/SystemReason.h>
 #include <TavaroCore/Recording/SettledRecording.h>
+#include <TavaroMedia/Audio/JoinSounds.h>
 #include <TavaroMedia/Errors/MediaError.h>
-#include <TavaroMedia/Movie/JoinMovies.h>
 #include <TavaroMedia/Movie/MovieReader.h>
 #include <TavaroPlatform/Folders/Folders.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <fmt/format.h>
 
@@ -34,24 +36,26 @@ std::vector<fs::path> foldersIn(fs::path const& recordings) {
     return result;
 }
 
-/// Segment movies on disk in index order, with their indices.
-std::vector<std::pair<std::int64_t, fs::path>> segmentFiles(fs::path const& directory) {
+/// Segments of a stream on disk in index order, with their indices.
+std::vector<std::pair<std::int64_t, fs::path>> segmentFiles(fs::path const& directory, StreamRole role) {
     std::vector<std::pair<std::int64_t, fs::path>> result;
     std::error_code ignored;
     for (auto const& entry : fs::directory_iterator(directory, ignored)) {
         std::string const name = entry.path().filename().string();
+        auto const dash = name.find('-');
         int index = 0;
         std::error_code error;
-        if (std::sscanf(name.c_str(), "segment-%d.mov", &index) == 1 && name == segmentFileName(index) &&
-            entry.is_regular_file(error))
+        if (dash != std::string::npos && std::sscanf(name.c_str() + dash, "-%d", &index) == 1 && index >= 0 &&
+            name == segmentFileName(index, role) && entry.is_regular_file(error))
             result.emplace_back(index, entry.path());
     }
     std::sort(result.begin(), result.end());
     return result;
 }
 
-/// Seconds of picture in a segment that the manifest does not list: the one that was open when its writer died.
-double readableSeconds(fs::path const& file) {
+/// Seconds of a segment that the manifest does not list: the one that was open when its writer died.
+double writtenSeconds(fs::path const& file, StreamRole role) {
+    if (isSound(role)) return readableSeconds(file);
     try {
         return MovieReader(file).info().duration;
     } catch (MediaError const&) {
@@ -60,28 +64,52 @@ double readableSeconds(fs::path const& file) {
 }
 
 /// What the manifest says of a segment, unless that cannot be: a damaged manifest must not move pictures about.
-SegmentRecord const* listedSegment(RecordingManifest const& manifest, std::int64_t index, double earliest) {
+SegmentRecord const* listedSegment(std::vector<SegmentRecord> const& segments, std::int64_t index, double earliest) {
     constexpr double mostSeconds = 1e7;
-    for (auto const& segment : manifest.segments) {
+    for (auto const& segment : segments) {
         if (segment.index != index) continue;
-        bool const isSound = segment.start >= earliest - 0.001 && segment.start < mostSeconds && segment.duration > 0 &&
-                             segment.duration < mostSeconds;
-        return isSound ? &segment : nullptr;
+        bool const isPossible = segment.start >= earliest - 0.001 && segment.start < mostSeconds &&
+                                segment.duration > 0 && segment.duration < mostSeconds;
+        return isPossible ? &segment : nullptr;
     }
     return nullptr;
 }
 
-void addSegments(RecoveryStore::Recoverable& take) {
+/// The segments on disk, placed as the manifest says, or one after the other.
+std::vector<SegmentRecord> segmentsOnDisk(fs::path const& directory, StreamRecord const& stream) {
+    std::vector<SegmentRecord> result;
     double end = 0;
-    for (auto const& [index, file] : segmentFiles(take.marker.directory)) {
-        auto const* const listed = listedSegment(take.manifest, index, end);
+    for (auto const& [index, file] : segmentFiles(directory, stream.role)) {
+        auto const* const listed = listedSegment(stream.segments, index, end);
         SegmentRecord segment =
-            listed ? *listed : SegmentRecord{index, file.filename().string(), end, readableSeconds(file)};
+            listed ? *listed : SegmentRecord{index, file.filename().string(), end, writtenSeconds(file, stream.role)};
         if (segment.duration <= 0) continue;
+        segment.fileName = file.filename().string();
         end = segment.start + segment.duration;
-        take.mediaFiles.push_back(file);
+        result.push_back(std::move(segment));
+    }
+    return result;
+}
+
+void addScreen(RecoveryStore::Recoverable& take) {
+    take.segments = segmentsOnDisk(take.marker.directory, streamsOf(take.manifest).front());
+    for (auto const& segment : take.segments) {
+        take.mediaFiles.push_back(take.directory() / segment.fileName);
         take.estimatedDuration += segment.duration;
-        take.segments.push_back(std::move(segment));
+    }
+}
+
+/// The streams that the manifest lists. One that only its files tell of, after damage, is taken to begin with the take.
+void addStreams(RecoveryStore::Recoverable& take) {
+    constexpr double mostSeconds = 1e7;
+    for (StreamRole const role : allCases<StreamRole>()) {
+        if (role == StreamRole::screen) continue;
+        auto const& listed = take.manifest.streams;
+        auto const found = std::ranges::find_if(listed, [&](auto const& stream) { return stream.role == role; });
+        StreamRecord stream = found != listed.end() ? *found : StreamRecord{.role = role};
+        if (!(std::abs(stream.offset) < mostSeconds)) stream.offset = 0;
+        stream.segments = segmentsOnDisk(take.directory(), stream);
+        if (found != listed.end() || !stream.segments.empty()) take.streams.push_back(std::move(stream));
     }
 }
 
@@ -93,8 +121,9 @@ std::optional<RecoveryStore::Recoverable> examine(fs::path const& directory) {
     take.marker.directory = directory.string(); // the folder may have been moved since
     take.manifest = readManifest(directory).value_or(RecordingManifest{});
     take.id = take.marker.recordingID == UUID{} ? take.manifest.recordingID : take.marker.recordingID;
-    addSegments(take);
+    addScreen(take);
     if (take.segments.empty()) return std::nullopt;
+    addStreams(take);
     take.metadata = MetadataCheckpoints::read(directory);
     return take;
 }
@@ -147,13 +176,12 @@ std::vector<RecoveryStore::Recoverable> RecoveryStore::findRecoverable(fs::path 
 RecoveredTake RecoveryStore::recover(Recoverable const& take) {
     auto const directory = take.directory();
     auto const held = claim(directory);
-    std::vector<MoviePart> parts;
-    for (std::size_t i = 0; i < take.mediaFiles.size(); ++i)
-        parts.push_back({take.mediaFiles[i], take.segments[i].start});
-    RecoveredTake result{take.id, directory, joinedMoviePath(directory), 0,
-                         take.metadata.value_or(RecordingMetadata{})};
+    RecoveredTake result{.recordingID = take.id,
+                         .directory = directory,
+                         .movie = joinedStreamPath(directory, StreamRole::screen),
+                         .metadata = take.metadata.value_or(RecordingMetadata{})};
     try {
-        auto const joined = joinMovies(parts, result.movie);
+        auto const joined = joinScreen(directory, take.segments);
         result.duration = joined.duration;
         result.metadata.health.framesWritten = joined.frameCount;
     } catch (MediaError const& error) {
@@ -164,8 +192,13 @@ RecoveredTake RecoveryStore::recover(Recoverable const& take) {
     if (result.metadata.captureSize == Size2{})
         result.metadata.captureSize = {take.manifest.width, take.manifest.height};
     trimToDuration(result.metadata, result.duration);
+    auto beside = joinStreams(directory, take.streams);
+    noteLostStreams(result.metadata.health, take.streams, beside);
+    result.streams = std::move(beside.streams);
+    result.warnings = std::move(beside.warnings);
     auto manifest = take.manifest;
     manifest.segments = take.segments;
+    manifest.streams = take.streams;
     manifest.isComplete = true;
     writeManifest(directory, manifest);
     return result;

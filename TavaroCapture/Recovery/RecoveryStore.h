@@ -1,6 +1,7 @@
 #pragma once
 
 #include <TavaroCapture/Segments/RecordingManifest.h>
+#include <TavaroCapture/Segments/TakeStream.h>
 #include <TavaroCore/Recording/RecordingMetadata.h>
 
 #include <filesystem>
@@ -15,7 +16,9 @@ struct RecoveredTake {
     std::filesystem::path directory;
     std::filesystem::path movie;
     double duration = 0;
-    RecordingMetadata metadata; // up to the last checkpoint
+    std::vector<TakeStream> streams;   // beside the screen, as far as they can be read
+    RecordingMetadata metadata;        // up to the last checkpoint
+    std::vector<std::string> warnings; // sentences: what could not be brought back
 };
 
 /// The working folders of takes below one recordings folder: marks those in progress, and finds, brings back or
@@ -28,9 +31,10 @@ public:
         UUID id;
         RecordingMarker marker;
         RecordingManifest manifest;
-        std::vector<std::filesystem::path> mediaFiles; // segments on disk, in order; the last may lack its end
+        std::vector<std::filesystem::path> mediaFiles; // segments of the screen, in order; the last may lack its end
         std::optional<RecordingMetadata> metadata;     // the last checkpoint
         std::vector<SegmentRecord> segments;           // one for each media file
+        std::vector<StreamRecord> streams;             // beside the screen, with the segments on disk
         double estimatedDuration = 0;                  // seconds
 
         std::filesystem::path directory() const { return marker.directory; }
@@ -48,7 +52,7 @@ public:
 
     /// Every unfinished, unclaimed take, the newest first. A folder with nothing readable in it is left out.
     static std::vector<Recoverable> findRecoverable(std::filesystem::path const& recordings = defaultDirectory());
-    /// Joins the segments into one movie beside them. The take stays among the recoverable ones until
+    /// Joins the segments of each stream into one file beside them. The take stays among the recoverable ones until
     /// `markComplete` or `removeWorkingDirectory`. Throws `CaptureError` "segment join failed" with the reason.
     static RecoveredTake recover(Recoverable const& take);
     /// Removes the take's working folder.

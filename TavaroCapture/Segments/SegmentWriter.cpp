@@ -1,14 +1,9 @@
 #include <TavaroCapture/Segments/Private/SegmentWriter.h>
 
-#include <TavaroCapture/Segments/RecordingManifest.h>
-#include <TavaroCapture/Sources/CaptureError.h>
-#include <TavaroCore/Files/AtomicFile.h>
-#include <TavaroMedia/Errors/MediaError.h>
+#include <TavaroCapture/Segments/Private/StreamSegments.h>
 #include <TavaroMedia/Movie/MovieWriter.h>
-#include <TavaroPlatform/Queues/SerialQueue.h>
 
 #include <atomic>
-#include <exception>
 #include <mutex>
 #include <optional>
 #include <utility>
@@ -20,28 +15,11 @@ namespace {
 /// Frame times are sums of fractions; a frame this near to the limit has reached it.
 constexpr double timeTolerance = 1e-6;
 
-[[noreturn]] void failWriting(std::string const& detail) {
-    throw CaptureError(CaptureError::Kind::writeFailed, "Could not write the recording: " + detail + ".");
-}
-
-/// Runs a step of writing, and gives its failures the recording's own words.
-template<class Step> auto writing(Step step) {
-    try {
-        return step();
-    } catch (MediaError const& error) {
-        failWriting(error.detail());
-    } catch (FileError const& error) {
-        std::string detail = error.what();
-        if (detail.ends_with('.')) detail.pop_back();
-        failWriting(detail);
-    }
-}
-
 }
 
 struct SegmentWriter::State {
     Options const options;
-    RecordingManifest manifest;
+    StreamSegments segments;
 
     std::mutex lock; // of `writer`: one thread asks it for pictures while the appending one replaces it
     std::shared_ptr<MovieWriter> writer;
@@ -52,50 +30,39 @@ struct SegmentWriter::State {
     std::atomic<std::int64_t> framesWritten = 0;
     std::atomic<std::int64_t> writerRejectedFrames = 0;
 
-    std::mutex failureLock;
-    std::exception_ptr failure; // of a finish in the background
-    SerialQueue backgroundQueue{"com.tavaro.segments"};
-
-    explicit State(Options options) : options(std::move(options)) {}
+    explicit State(Options const& options) : options(options), segments(options.manifest, options.role) {}
 
     double frameSeconds() const { return 1.0 / options.fps; }
-    std::shared_ptr<MovieWriter> openSegment(std::int64_t index) const;
+    std::shared_ptr<MovieWriter> opened(std::filesystem::path const& file) const;
     void rotate(double at);
     void close(std::shared_ptr<MovieWriter> segment, double endingAt);
-    void inBackground(std::function<void()> step);
-    void rethrowFailure();
 };
 
-SegmentWriter::SegmentWriter(Options options) : state_(std::make_unique<State>(std::move(options))) {
-    auto& s = *state_;
-    s.manifest.recordingID = s.options.recordingID;
-    s.manifest.createdAt = Date::now();
-    s.manifest.width = s.options.width;
-    s.manifest.height = s.options.height;
-    s.manifest.fps = s.options.fps;
+SegmentWriter::SegmentWriter(Options const& options) : state_(std::make_unique<State>(options)) {
+    options.manifest->enter(
+        {.role = options.role, .codec = "h264", .width = options.width, .height = options.height, .fps = options.fps});
 }
 
 SegmentWriter::~SegmentWriter() = default;
 
 void SegmentWriter::prepare() {
     writing([&] {
-        writeManifest(state_->options.directory, state_->manifest);
-        state_->writer = state_->openSegment(0);
+        state_->segments.manifest().write();
+        state_->writer = state_->opened(state_->segments.openPath());
     });
 }
 
-std::shared_ptr<MovieWriter> SegmentWriter::State::openSegment(std::int64_t index) const {
-    return std::make_shared<MovieWriter>(options.directory / segmentFileName(index),
-                                         MovieWriterSettings{.container = MovieContainer::mov,
-                                                             .codec = MovieCodec::h264,
-                                                             .intent = MovieIntent::live,
-                                                             .width = options.width,
-                                                             .height = options.height,
-                                                             .fps = options.fps});
+std::shared_ptr<MovieWriter> SegmentWriter::State::opened(std::filesystem::path const& file) const {
+    return std::make_shared<MovieWriter>(file, MovieWriterSettings{.container = MovieContainer::mov,
+                                                                   .codec = MovieCodec::h264,
+                                                                   .intent = MovieIntent::live,
+                                                                   .width = options.width,
+                                                                   .height = options.height,
+                                                                   .fps = options.fps});
 }
 
 void SegmentWriter::State::rotate(double at) {
-    auto next = openSegment(static_cast<std::int64_t>(manifest.segments.size()) + 1);
+    auto next = opened(segments.openPath(1));
     {
         std::lock_guard const guard(lock);
         std::swap(writer, next);
@@ -104,31 +71,9 @@ void SegmentWriter::State::rotate(double at) {
     segmentStart = at;
 }
 
-/// The manifest lists the segment at once; its movie is finished while the next one already records.
 void SegmentWriter::State::close(std::shared_ptr<MovieWriter> segment, double endingAt) {
-    auto const index = static_cast<std::int64_t>(manifest.segments.size());
     double const length = endingAt - segmentStart;
-    manifest.segments.push_back({index, segmentFileName(index), segmentStart, length});
-    inBackground([this, segment = std::move(segment), length, manifest = manifest] {
-        segment->finish(length);
-        writeManifest(options.directory, manifest);
-    });
-}
-
-void SegmentWriter::State::inBackground(std::function<void()> step) {
-    backgroundQueue.async([this, step = std::move(step)] {
-        try {
-            writing(step);
-        } catch (...) {
-            std::lock_guard const guard(failureLock);
-            if (!failure) failure = std::current_exception();
-        }
-    });
-}
-
-void SegmentWriter::State::rethrowFailure() {
-    std::lock_guard const guard(failureLock);
-    if (failure) std::rethrow_exception(failure);
+    segments.close(segmentStart, length, [segment = std::move(segment), length] { segment->finish(length); });
 }
 
 EncoderPicture SegmentWriter::picture() {
@@ -138,7 +83,7 @@ EncoderPicture SegmentWriter::picture() {
 
 bool SegmentWriter::append(EncoderPicture picture, double time) {
     auto& s = *state_;
-    s.rethrowFailure();
+    s.segments.rethrowFailure();
     return writing([&] {
         if (time - s.segmentStart >= s.options.segmentDuration - timeTolerance && s.lastTime) s.rotate(time);
         try {
@@ -157,14 +102,12 @@ bool SegmentWriter::append(EncoderPicture picture, double time) {
 
 void SegmentWriter::finish() {
     auto& s = *state_;
-    if (s.writer) s.close(std::exchange(s.writer, nullptr), s.lastTime.value_or(s.segmentStart) + s.frameSeconds());
-    s.manifest.isComplete = true;
-    s.inBackground([&s] { writeManifest(s.options.directory, s.manifest); });
-    s.backgroundQueue.sync([] {});
-    s.rethrowFailure();
+    if (auto writer = std::exchange(s.writer, nullptr); writer && s.lastTime)
+        s.close(std::move(writer), *s.lastTime + s.frameSeconds());
+    s.segments.wait();
 }
 
-std::vector<SegmentRecord> const& SegmentWriter::segments() const { return state_->manifest.segments; }
+std::vector<SegmentRecord> const& SegmentWriter::segments() const { return state_->segments.closed(); }
 double SegmentWriter::duration() const { return state_->publishedDuration; }
 std::int64_t SegmentWriter::framesWritten() const { return state_->framesWritten; }
 std::int64_t SegmentWriter::writerRejectedFrames() const { return state_->writerRejectedFrames; }

@@ -2,11 +2,12 @@
 
 #include <TavaroCapture/Events/Private/EventRecorder.h>
 #include <TavaroCapture/Events/Private/TakeClock.h>
+#include <TavaroCapture/Recorder/Private/SideStream.h>
+#include <TavaroCapture/Recorder/Private/TakeSources.h>
 #include <TavaroCapture/Recorder/ScreenRecorder.h>
 #include <TavaroCapture/Recovery/Private/MetadataCheckpoints.h>
 #include <TavaroCapture/Recovery/Private/WorkingFolderClaim.h>
 #include <TavaroCapture/Segments/Private/SegmentWriter.h>
-#include <TavaroCapture/Sources/Private/FrameSource.h>
 #include <TavaroPlatform/Queues/SerialQueue.h>
 
 #include <atomic>
@@ -16,16 +17,17 @@
 
 namespace tavaro {
 
-/// A take from its first frame to its joined movie. Who owns what:
-/// - the screen queue: the grabber, `lastIndex`; 60 times a second it grabs, converts, and hands a frame on;
+/// A take from its first frame to its joined streams. Who owns what:
+/// - the screen queue: the screen, `lastIndex`; 60 times a second it grabs, converts, and hands a frame on;
 /// - the sample queue: appending to the writer, the event log;
 /// - the checkpoint queue: the checkpoint files;
-/// - any thread: the clock, the counters (atomic), `ending` (its lock).
+/// - the streams beside the screen: threads of their own;
+/// - any thread: the clock, the counters (atomic), `ending` and the last progress (their lock).
 /// Frames go from the screen to the sample queue through a short line, `framesUnderWay`; when the encoder falls behind
 /// and the line is full, a frame is dropped and counted, and memory stays bounded.
 class ScreenRecorder::Take {
 public:
-    explicit Take(RecorderOptions const& options);
+    Take(RecorderOptions const& options, TakeSources sources);
     ~Take();
 
     void start();
@@ -46,6 +48,7 @@ private:
     };
 
     void prepareFolder();
+    void prepareStreams(TakeSources& sources);
     void startTicks(double mediaTime);
     void tick(double scheduled);
     void handOn(double time, bool isRepeated);
@@ -54,6 +57,10 @@ private:
     std::optional<Ending> ending() const;
     void stopStreams();
     void finishSegments();
+    void joinInto(FinishedTake& result);
+    RecorderProgress progressNow() const;
+    void end();
+    void release();
     CaptureHealth health() const;
     MetadataCheckpoints::Snapshot snapshot(EventCounts const& after);
 
@@ -69,6 +76,7 @@ private:
     double scaleFactor_ = 1;
     std::int64_t lastIndex_ = -1;
 
+    std::shared_ptr<TakeManifest> manifest_;
     std::unique_ptr<SegmentWriter> writer_;
     std::atomic<int> framesUnderWay_ = 0;
     std::atomic<std::int64_t> droppedFrames_ = 0;
@@ -77,12 +85,15 @@ private:
 
     std::mutex mutable endingLock_;
     std::condition_variable endingChanged_;
-    std::optional<Ending> ending_;
+    std::optional<Ending> ending_;         // by itself
+    std::optional<RecorderProgress> last_; // once the take was stopped
     std::atomic<bool> isEnding_ = false;
 
     // The order matters: what is declared later uses what is declared earlier, and ends first.
     SerialQueue sampleQueue_{"com.tavaro.capture.samples", SerialQueue::Urgency::raised};
     std::unique_ptr<EventRecorder> events_;
+    std::vector<std::unique_ptr<SideStream>> sideStreams_;
+    std::vector<std::string> sideFailures_; // sentences
     std::unique_ptr<MetadataCheckpoints> checkpoints_;
     SerialQueue screenQueue_{"com.tavaro.capture.screen", SerialQueue::Urgency::prompt};
 };

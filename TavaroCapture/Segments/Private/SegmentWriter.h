@@ -1,37 +1,35 @@
 #pragma once
 
-#include <TavaroCapture/Segments/RecordingManifest.h>
-#include <TavaroCore/Records/UUID.h>
+#include <TavaroCapture/Segments/Private/TakeManifest.h>
 #include <TavaroMedia/Frames/EncoderPicture.h>
 
 #include <cstdint>
-#include <filesystem>
 #include <memory>
 #include <vector>
 
 namespace tavaro {
 
-/// Writes one take as a series of short movies, "segment-000.mov" onward, in its working folder, with a manifest that
-/// is rewritten as segments close. All times are on the take's timeline: pauses are already out of it, so they are in
-/// no segment and in no segment's start.
+/// Writes the pictures of one stream of a take as a series of short movies, "segment-000.mov" onward, and lists them in
+/// the take's manifest, which is rewritten as segments close. All times are on the stream's timeline: pauses are
+/// already out of it, so they are in no segment and in no segment's start.
 ///
 /// A segment ends, and the next begins, at the first frame that is `segmentDuration` or more after the segment's start.
-/// Closed segments are finished on a queue labelled "com.tavaro.segments", while the next one already records.
+/// Closed segments are finished in the background, while the next one already records.
 ///
 /// `picture` and `append` may run on two threads; everything else belongs to the thread that appends.
 /// Failures are `CaptureError` (`writeFailed`), with "Could not write the recording: " and the reason.
 class SegmentWriter {
 public:
     struct Options {
-        std::filesystem::path directory;
-        UUID recordingID;
+        std::shared_ptr<TakeManifest> manifest;
+        StreamRole role = StreamRole::screen;
         int width = 0;
         int height = 0;
         int fps = 60;
         double segmentDuration = 10; // seconds
     };
 
-    explicit SegmentWriter(Options options);
+    explicit SegmentWriter(Options const& options);
     ~SegmentWriter();
     SegmentWriter(SegmentWriter const&) = delete;
     SegmentWriter& operator=(SegmentWriter const&) = delete;
@@ -44,7 +42,7 @@ public:
     /// Encodes a frame. One that the encoder refuses is counted and left out; false then.
     bool append(EncoderPicture picture, double time);
 
-    /// Ends the last segment one frame after the last, waits for all of them and marks the manifest complete.
+    /// Ends the last segment one frame after the last, and waits for all of them. Without a frame there is none.
     void finish();
 
     /// The closed segments; all of them after `finish`, even where that failed.

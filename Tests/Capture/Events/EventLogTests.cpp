@@ -142,6 +142,19 @@ TEST(TakeClock, pausesAreNoPartOfTheTimeline) {
     EXPECT_EQ(clock.mediaTime(7), 112);
 }
 
+TEST(TakeClock, whatWasCapturedJustBeforeTheStartKeepsItsPlace) {
+    TakeClock clock;
+    EXPECT_FALSE(clock.place(100));
+    clock.start(100);
+    clock.setPaused(true, 102);
+    clock.setPaused(false, 103);
+    EXPECT_EQ(clock.place(99.75), -0.25);
+    EXPECT_EQ(clock.place(101), 1);
+    EXPECT_FALSE(clock.place(102.5));
+    EXPECT_EQ(clock.place(104), 3);
+    EXPECT_FALSE(clock.place(99)) << "older than any source's delay";
+}
+
 TEST(CursorNames, everyKindHasANameAndStrangersAreArrows) {
     std::map<CursorKind, std::string> const names = {
         {CursorKind::arrow, "left_ptr"},

@@ -28,7 +28,8 @@ protected:
         auto const directory = recordings.path() / id.text();
         fs::create_directory(directory);
         RecoveryStore::markInProgress(directory, id, "display");
-        SegmentWriter writer({directory, id, 64, 48, 60, 0.5});
+        auto const manifest = std::make_shared<TakeManifest>(directory, id);
+        SegmentWriter writer({.manifest = manifest, .width = 64, .height = 48, .fps = 60, .segmentDuration = 0.5});
         writer.prepare();
         Image image(64, 48);
         for (int i = 0; i < 100; ++i) {
@@ -38,6 +39,8 @@ protected:
         }
         if (end == End::finished) {
             writer.finish();
+            manifest->complete();
+            manifest->write();
             RecoveryStore::markComplete(directory);
         }
         return directory;
@@ -100,6 +103,25 @@ TEST_F(RecoveryStoreTest, aDamagedManifestOrSegmentCostsOnlyItself) {
     EXPECT_EQ(takes[0].segments.size(), 2u);
     auto const recovered = RecoveryStore::recover(takes[0]);
     EXPECT_NEAR(recovered.duration, 1.0, 1e-3) << "the first and the third half second";
+}
+
+TEST_F(RecoveryStoreTest, aTakeOfTheTimeWhenThereWasOnlyAScreenComesBack) {
+    auto const directory = makeTake(End::abandoned);
+    std::ofstream(manifestPath(directory), std::ios::trunc)
+        << R"({"createdAt":"2026-03-01T09:30:15Z","fps":60,"height":48,"isComplete":false,)"
+        << R"("recordingID":"6F9619FF-8B86-D011-B42D-00CF4FC964FF","segments":[)"
+        << R"({"duration":0.5,"fileName":"segment-000.mov","index":0,"start":0},)"
+        << R"({"duration":0.5,"fileName":"segment-001.mov","index":1,"start":0.7}],"width":64})";
+    auto const takes = found();
+    ASSERT_EQ(takes.size(), 1u);
+    ASSERT_EQ(takes[0].segments.size(), 3u);
+    EXPECT_EQ(takes[0].segments[1].start, 0.7);
+    EXPECT_TRUE(takes[0].streams.empty());
+    auto const recovered = RecoveryStore::recover(takes[0]);
+    EXPECT_NEAR(recovered.duration, 1.2 + takes[0].segments[2].duration, 1e-3);
+    EXPECT_TRUE(recovered.streams.empty());
+    EXPECT_TRUE(recovered.warnings.empty());
+    EXPECT_FALSE(recovered.metadata.health.cameraLost);
 }
 
 TEST_F(RecoveryStoreTest, aFolderWithoutAReadableSegmentIsNoTake) {

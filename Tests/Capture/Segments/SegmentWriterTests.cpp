@@ -43,13 +43,14 @@ std::string drawn(std::vector<SegmentRecord> const& segments) {
 class SegmentWriterTest : public testing::Test {
 protected:
     SegmentWriter::Options options(double segmentDuration) {
-        return {folder.path(), UUID::random(), 64, 48, 60, segmentDuration};
+        return {.manifest = manifest, .width = 64, .height = 48, .fps = 60, .segmentDuration = segmentDuration};
     }
     std::int64_t framesOf(int segment) {
         return MovieReader(folder.path() / segmentFileName(segment)).info().frameCount.value_or(-1);
     }
 
     TemporaryFolder folder;
+    std::shared_ptr<TakeManifest> manifest = std::make_shared<TakeManifest>(folder.path(), UUID::random());
 };
 
 }
@@ -64,10 +65,10 @@ TEST_F(SegmentWriterTest, aSegmentEndsAtTheFirstFrameThatReachesTheLimit) {
     EXPECT_EQ(framesOf(1), 30);
     EXPECT_EQ(framesOf(2), 30);
     EXPECT_EQ(framesOf(3), 5);
-    auto const manifest = readManifest(folder.path());
-    ASSERT_TRUE(manifest);
-    EXPECT_TRUE(manifest->isComplete);
-    EXPECT_EQ(manifest->segments, writer.segments());
+    auto const stored = readManifest(folder.path());
+    ASSERT_TRUE(stored);
+    EXPECT_FALSE(stored->isComplete) << "other streams may still be written";
+    EXPECT_EQ(stored->segments, writer.segments());
 
     std::vector<MoviePart> parts;
     for (auto const& s : writer.segments()) parts.push_back({folder.path() / s.fileName, s.start});
@@ -107,7 +108,7 @@ TEST_F(SegmentWriterTest, aRefusedFrameIsCountedAndTheTakeGoesOn) {
 
 TEST_F(SegmentWriterTest, aFolderThatIsGoneFailsBeforeTheTake) {
     auto missing = options(10);
-    missing.directory /= "missing";
+    missing.manifest = std::make_shared<TakeManifest>(folder.path() / "missing", UUID::random());
     SegmentWriter writer(missing);
     try {
         writer.prepare();

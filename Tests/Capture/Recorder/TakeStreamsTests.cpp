@@ -1,0 +1,193 @@
+#include "../FakeSources.h"
+#include "../TemporaryFolder.h"
+#include "../TestDisplay.h"
+
+#include <TavaroCapture/Recorder/ScreenRecorder.h>
+#include <TavaroCapture/Recovery/RecoveryStore.h>
+#include <TavaroPlatform/Clocks/MediaClock.h>
+
+#include <algorithm>
+#include <atomic>
+#include <fstream>
+#include <signal.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+
+namespace tavaro {
+
+using namespace std::chrono_literals;
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr double screenFrame = 1.0 / 60;
+constexpr double cameraFrame = 1.0 / 30;
+
+/// Takes of a screen, a camera, a microphone and the system's sound, without any real device.
+class TakeStreamsTest : public testing::Test {
+protected:
+    RecorderOptions options() const { return {.recordingsFolder = recordings.path(), .segmentSeconds = 0.4}; }
+    TakeSources sources() const {
+        return {fakeScreen(scene), fakeEvents(), fakeCamera(scene), fakeMicrophone(scene), fakeMicrophone(scene)};
+    }
+    static void recordUntil(ScreenRecorder& recorder, double seconds) {
+        ASSERT_TRUE(eventually([&] { return recorder.waitForEnd(5ms) || recorder.progress().seconds >= seconds; }));
+    }
+    static TakeStream streamOf(std::vector<TakeStream> const& streams, StreamRole role) {
+        auto const found = std::ranges::find(streams, role, &TakeStream::role);
+        return found == streams.end() ? TakeStream{role, {}, 0, -1} : *found;
+    }
+    /// The flash is at the same time of the take in all of its streams.
+    static void expectInStep(fs::path const& movie, std::vector<TakeStream> const& streams) {
+        double const shown = flashInMovie(movie);
+        ASSERT_GT(shown, 0);
+        for (auto const& stream : streams) {
+            bool const isHeard = isSound(stream.role);
+            double const flash = isHeard ? flashInSound(stream.file) : flashInMovie(stream.file);
+            ASSERT_GE(flash, 0) << nameOf(stream.role);
+            EXPECT_NEAR(flash + stream.offset, shown, (isHeard ? screenFrame : screenFrame + cameraFrame) + 0.005)
+                << nameOf(stream.role);
+        }
+    }
+
+    TemporaryFolder recordings;
+    FakeScene scene{mediaClockNow() + 0.9};
+};
+
+}
+
+TEST_F(TakeStreamsTest, allStreamsOfATakeAreInStep) {
+    ScreenRecorder recorder(options(), sources());
+    recorder.start();
+    recordUntil(recorder, 1.5);
+    auto const take = recorder.stop();
+    ASSERT_EQ(take.streams.size(), 3u);
+    expectInStep(take.movie, take.streams);
+    for (auto const& stream : take.streams)
+        EXPECT_NEAR(stream.offset + stream.duration, take.duration, 0.15) << nameOf(stream.role);
+    EXPECT_TRUE(take.warnings.empty());
+    EXPECT_EQ(take.metadata.health.cameraLost, false);
+    EXPECT_EQ(take.metadata.health.microphoneLost, false);
+    auto const manifest = readManifest(take.directory);
+    ASSERT_TRUE(manifest);
+    EXPECT_TRUE(manifest->isComplete);
+    for (auto const& stream : streamsOf(*manifest))
+        EXPECT_GE(stream.segments.size(), 3u) << nameOf(stream.role) << " rotates on its own";
+}
+
+TEST_F(TakeStreamsTest, aPauseIsInNoStream) {
+    ScreenRecorder recorder(options(), sources());
+    recorder.start();
+    recordUntil(recorder, 0.3);
+    recorder.setPaused(true);
+    EXPECT_FALSE(recorder.waitForEnd(300ms));
+    recorder.setPaused(false);
+    recordUntil(recorder, 1.1);
+    auto const take = recorder.stop();
+    ASSERT_EQ(take.streams.size(), 3u);
+    expectInStep(take.movie, take.streams);
+}
+
+TEST_F(TakeStreamsTest, streamsThatComeLateGoEarlyOrNeverComeCostOnlyThemselves) {
+    double const now = mediaClockNow();
+    auto some = sources();
+    some.camera = fakeCamera(scene, {now + 0.5});
+    some.microphone = fakeMicrophone(scene, {.from = now + 100});
+    some.systemSound = fakeMicrophone(scene, {.to = now + 1.1});
+    ScreenRecorder recorder(options(), std::move(some));
+    recorder.start();
+    double const began = mediaClockNow() - recorder.progress().seconds;
+    recordUntil(recorder, 1.5);
+    auto const take = recorder.stop();
+    ASSERT_EQ(take.streams.size(), 2u);
+    expectInStep(take.movie, take.streams);
+    EXPECT_NEAR(streamOf(take.streams, StreamRole::camera).offset, now + 0.5 - began, cameraFrame + 0.05);
+    auto const sound = streamOf(take.streams, StreamRole::systemSound);
+    EXPECT_NEAR(sound.offset + sound.duration, now + 1.1 - began, 0.05);
+    EXPECT_EQ(take.metadata.health.microphoneLost, true);
+    EXPECT_EQ(take.metadata.health.cameraLost, false);
+    ASSERT_EQ(take.warnings.size(), 1u);
+    EXPECT_TRUE(take.warnings[0].starts_with("The system's sound went away ")) << take.warnings[0];
+}
+
+TEST_F(TakeStreamsTest, aKilledTakeComesBackWithAllItsStreamsInStep) {
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    pid_t const child = fork();
+    if (child == 0) {
+        ScreenRecorder recorder(options(), sources());
+        recorder.start();
+        for (double seconds = 0;; recorder.waitForEnd(5ms)) {
+            seconds = recorder.progress().seconds;
+            if (write(ends[1], &seconds, sizeof seconds) < 0) _exit(1);
+        }
+    }
+    close(ends[1]);
+    double reached = 0;
+    for (double seconds = 0; read(ends[0], &seconds, sizeof seconds) == sizeof seconds;) {
+        reached = seconds;
+        if (seconds >= 2.1) kill(child, SIGKILL);
+    }
+    close(ends[0]);
+    waitpid(child, nullptr, 0);
+
+    auto const takes = RecoveryStore::findRecoverable(recordings.path());
+    ASSERT_EQ(takes.size(), 1u);
+    auto const recovered = RecoveryStore::recover(takes[0]);
+    ASSERT_EQ(recovered.streams.size(), 3u);
+    expectInStep(recovered.movie, recovered.streams);
+    for (auto const& stream : recovered.streams)
+        EXPECT_GT(stream.offset + stream.duration, reached - 1) << nameOf(stream.role);
+    EXPECT_TRUE(recovered.warnings.empty());
+}
+
+TEST_F(TakeStreamsTest, damagedStreamsDoNotLoseTheTake) {
+    {
+        ScreenRecorder recorder(options(), sources());
+        recorder.start();
+        recordUntil(recorder, 1.5);
+    }
+    auto const takes = RecoveryStore::findRecoverable(recordings.path());
+    ASSERT_EQ(takes.size(), 1u);
+    auto const directory = takes[0].directory();
+    auto const damage = [&](std::int64_t index, StreamRole role) {
+        std::ofstream(directory / segmentFileName(index, role), std::ios::trunc) << "damaged";
+    };
+    for (std::int64_t i = 0; i < 9; ++i) damage(i, StreamRole::camera);
+    damage(0, StreamRole::microphone);
+    fs::remove(directory / segmentFileName(1, StreamRole::systemSound));
+    auto const recovered = RecoveryStore::recover(RecoveryStore::findRecoverable(recordings.path()).at(0));
+    EXPECT_GT(recovered.duration, 0.9);
+    EXPECT_EQ(recovered.streams.size(), 2u);
+    expectInStep(recovered.movie, recovered.streams);
+    EXPECT_EQ(recovered.metadata.health.cameraLost, true);
+    EXPECT_EQ(recovered.metadata.health.microphoneLost, false);
+    EXPECT_EQ(recovered.warnings.size(), 2u);
+}
+
+TEST_F(TakeStreamsTest, progressAndTheEndCanBeAskedForWhileTheTakeStops) {
+    for (bool const isKept : {true, false}) {
+        ScreenRecorder recorder(options(), {fakeScreen(scene), fakeEvents()});
+        recorder.start();
+        std::atomic<bool> isAsking = false;
+        std::thread asking([&] {
+            while (!recorder.waitForEnd(0ms)) {
+                recorder.progress();
+                isAsking = true;
+            }
+        });
+        EXPECT_TRUE(eventually([&] { return isAsking.load(); }));
+        if (isKept)
+            recorder.stop();
+        else
+            recorder.cancel();
+        asking.join();
+        auto const last = recorder.progress();
+        EXPECT_GT(last.framesWritten, 0);
+        EXPECT_EQ(recorder.progress().seconds, last.seconds) << "the take is over";
+        EXPECT_THROW(recorder.stop(), CaptureError);
+    }
+}
+
+}
