@@ -17,11 +17,6 @@ namespace {
 
 constexpr std::size_t deepestNesting = 1024;
 
-std::string_view nameOf(JSONReader::Type type) {
-    constexpr std::string_view names[] = {"an object", "an array", "a string", "a number", "true or false", "null"};
-    return names[static_cast<int>(type)];
-}
-
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
 std::uint64_t eightBytes(char const* from) {
@@ -66,6 +61,11 @@ void appendUTF8(std::string& out, std::uint32_t point) {
     append(0x80 | (point & 0x3F));
 }
 
+}
+
+std::string_view JSONReader::nameOf(Type type) {
+    constexpr std::string_view names[] = {"an object", "an array", "a string", "a number", "true or false", "null"};
+    return names[static_cast<int>(type)];
 }
 
 void JSONReader::failMalformed() { throw JSONError(JSONError::Kind::malformed, "the text is not valid JSON"); }
@@ -275,17 +275,21 @@ double JSONReader::number() {
 }
 
 std::int64_t JSONReader::integer() {
+    if (auto const whole = wholeNumber()) return *whole;
     auto const number = scanNumber();
-    std::int64_t value = 0;
-    if (number.isWhole && std::from_chars(at_, number.end, value).ec == std::errc{}) {
-        at_ = number.end;
-        return value;
-    }
     double const real = valueOf(number);
     if (real != std::floor(real)) throw JSONError(JSONError::Kind::wrongType, "expected a whole number");
     if (std::abs(real) >= 0x1p63) throw JSONError(JSONError::Kind::wrongType, "the number does not fit in 64 bits");
     at_ = number.end;
     return static_cast<std::int64_t>(real);
+}
+
+std::optional<std::int64_t> JSONReader::wholeNumber() {
+    auto const number = scanNumber();
+    std::int64_t value = 0;
+    if (!number.isWhole || std::from_chars(at_, number.end, value).ec != std::errc{}) return std::nullopt;
+    at_ = number.end;
+    return value;
 }
 
 bool JSONReader::boolean() {

@@ -25,6 +25,8 @@ public:
 
     enum class Type { object, array, string, number, boolean, null };
     Type type() const;
+    /// "a number", "true or false": as sentences call it.
+    static std::string_view nameOf(Type type);
 
     /// Calls `visit(key)` for each member; the key stays good until the reader ends.
     void object(FunctionRef<void(std::string_view)> visit);
@@ -52,6 +54,8 @@ public:
     double number();
     /// Accepts a number with a zero fraction ("3.0") as well.
     std::int64_t integer();
+    /// A number that is written whole and fits in 64 bits; none, and stays, when it is another number.
+    std::optional<std::int64_t> wholeNumber();
     bool boolean();
     /// Steps over a null; false, and stays, when the value is something else.
     bool takeNull() { return *at_ == 'n' && (takeWord("null"), true); }

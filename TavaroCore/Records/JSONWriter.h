@@ -53,6 +53,7 @@ public:
     void number(float value);
     void integer(std::int64_t value);
     void boolean(bool value) { word(value ? "true" : "false"); }
+    void null() { word("null"); }
 
     /// A value that `write(at)` puts where there is room for so many bytes; it returns its end.
     template<class Write> void fixed(std::size_t bytes, Write const& write) { at_ = write(separated(bytes + 1)); }

@@ -1,0 +1,92 @@
+#include <TavaroCore/Records/JSONValue.h>
+
+#include <TavaroCore/Records/JSONError.h>
+
+namespace tavaro {
+
+namespace {
+
+JSONValue valueAt(JSONReader& reader, std::size_t depth);
+
+/// The depth inside an object or array.
+std::size_t inside(std::size_t depth) {
+    if (depth < JSONValue::deepestNesting) return depth + 1;
+    throw JSONError(JSONError::Kind::malformed, "the JSON is nested too deeply");
+}
+
+JSONValue objectAt(JSONReader& reader, std::size_t depth) {
+    JSONValue::Object members;
+    reader.object([&](std::string_view key) {
+        std::string name(key);
+        members.insert_or_assign(std::move(name), valueAt(reader, depth));
+    });
+    return {std::move(members)};
+}
+
+JSONValue arrayAt(JSONReader& reader, std::size_t depth) {
+    JSONValue::Array elements;
+    reader.array([&](std::size_t) { elements.push_back(valueAt(reader, depth)); });
+    return {std::move(elements)};
+}
+
+JSONValue valueAt(JSONReader& reader, std::size_t depth) {
+    switch (reader.type()) {
+    case JSONReader::Type::object: return objectAt(reader, inside(depth));
+    case JSONReader::Type::array: return arrayAt(reader, inside(depth));
+    case JSONReader::Type::string: return {std::string(reader.string())};
+    case JSONReader::Type::boolean: return {reader.boolean()};
+    case JSONReader::Type::null: reader.takeNull(); return {};
+    case JSONReader::Type::number: break;
+    }
+    if (auto const whole = reader.wholeNumber()) return {*whole};
+    return {reader.number()};
+}
+
+struct Writing {
+    JSONWriter& writer;
+
+    void operator()(JSONValue::Null) const { writer.null(); }
+    void operator()(bool value) const { writer.boolean(value); }
+    void operator()(std::int64_t value) const { writer.integer(value); }
+    void operator()(double value) const { writer.number(value); }
+    void operator()(std::string const& text) const { writer.string(text); }
+    void operator()(JSONValue::Array const& elements) const {
+        writer.beginArray();
+        for (auto const& element : elements) writeJSON(writer, element);
+        writer.endArray();
+    }
+    void operator()(JSONValue::Object const& members) const {
+        writer.beginObject();
+        for (auto const& [key, member] : members) {
+            writer.escapedKey(key);
+            writeJSON(writer, member);
+        }
+        writer.endObject();
+    }
+};
+
+}
+
+bool operator==(JSONValue const& a, JSONValue const& b) { return a.content == b.content; }
+
+JSONReader::Type JSONValue::type() const {
+    using enum JSONReader::Type;
+    constexpr JSONReader::Type types[] = {null, boolean, number, number, string, array, object};
+    return types[content.index()];
+}
+
+JSONValue JSONValue::parse(std::string_view text) {
+    auto const array = "[" + std::string(text) + "]"; // the reader takes no single values
+    JSONReader reader(array);
+    if (!reader.enterArray()) throw JSONError(JSONError::Kind::malformed, "the text is empty");
+    auto value = valueAt(reader, 0);
+    if (reader.nextElement()) throw JSONError(JSONError::Kind::malformed, "something follows the end of the JSON");
+    reader.expectEnd();
+    return value;
+}
+
+void readJSON(JSONReader& reader, JSONValue& value) { value = valueAt(reader, 0); }
+
+void writeJSON(JSONWriter& writer, JSONValue const& value) { std::visit(Writing{writer}, value.content); }
+
+}
