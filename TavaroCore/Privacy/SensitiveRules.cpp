@@ -1,6 +1,6 @@
 #include <TavaroCore/Privacy/Private/SensitiveRules.h>
 
-#include <TavaroCore/Privacy/SensitiveText.h>
+#include <TavaroCore/Privacy/Private/SensitiveText.h>
 
 #include <algorithm>
 #include <string>

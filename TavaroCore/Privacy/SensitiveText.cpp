@@ -1,4 +1,4 @@
-#include <TavaroCore/Privacy/SensitiveText.h>
+#include <TavaroCore/Privacy/Private/SensitiveText.h>
 
 #include <algorithm>
 #include <array>

@@ -1,7 +1,7 @@
 #include <TavaroCore/Privacy/SensitiveTextClassifier.h>
 
 #include <TavaroCore/Privacy/Private/SensitiveRules.h>
-#include <TavaroCore/Privacy/SensitiveText.h>
+#include <TavaroCore/Privacy/Private/SensitiveText.h>
 
 #include <algorithm>
 #include <array>

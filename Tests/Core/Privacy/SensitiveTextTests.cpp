@@ -1,6 +1,6 @@
 #include "Corpus.h"
 
-#include <TavaroCore/Privacy/SensitiveText.h>
+#include <TavaroCore/Privacy/Private/SensitiveText.h>
 #include <TavaroCore/Privacy/SensitiveTextClassifier.h>
 
 #include <gmock/gmock.h>
