@@ -1,13 +1,11 @@
 #include <Tavaro/Commands/Checks.h>
 
-#include <TavaroCore/Errors/Error.h>
+#include <Tavaro/Model/Operations/Parameter.h>
 
-#include <fmt/format.h>
+#include <TavaroCore/Errors/Error.h>
 
 #include <algorithm>
 #include <cctype>
-#include <charconv>
-#include <cmath>
 
 namespace tavaro::commands {
 
@@ -20,16 +18,7 @@ std::string endingOf(std::filesystem::path const& file) {
 }
 
 Check secondsFrom(double least, double most) {
-    return [least, most](std::string const& text) -> std::string {
-        double seconds = 0;
-        auto const* const last = text.data() + text.size();
-        auto const [end, error] = std::from_chars(text.data(), last, seconds);
-        bool const isNumber = error == std::errc{} && end == last && std::isfinite(seconds);
-        if (isNumber && seconds >= least && seconds <= most) return "";
-        auto const range =
-            std::isfinite(most) ? fmt::format("from {:g} to {:g}", least, most) : fmt::format("of {:g} or more", least);
-        return fmt::format("“{}” is not a number of seconds {}", text, range);
-    };
+    return [range = NumberRange{least, most}](std::string const& text) { return numberProblem(range, text); };
 }
 
 Check readableBy(std::function<void(std::string const&)> read) {

@@ -1,11 +1,13 @@
-#include <Tavaro/Commands/Command.h>
+#include <Tavaro/Commands/Edit.h>
 
 #include <Tavaro/Commands/Checks.h>
-#include <Tavaro/Commands/EditDeclaration.h>
+#include <Tavaro/Commands/Command.h>
+#include <Tavaro/Commands/OperationFlags.h>
+#include <Tavaro/Commands/WordList.h>
 #include <Tavaro/Model/Project/StoredProject.h>
 
-#include <TavaroCore/Errors/Error.h>
 #include <TavaroCore/Records/JSON.h>
+#include <TavaroCore/Values/Timecode.h>
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -14,54 +16,38 @@ namespace tavaro::commands {
 
 namespace {
 
-/// What `--json` prints.
-struct EditReport {
-    std::string operation;
-    std::string summary;
-    bool isChanged = false;
-    double durationBefore = 0;
-    double duration = 0;
+std::string shownTime(double seconds) { return Timecode::format(seconds, Timecode::Fraction::hundredths); }
 
-    static constexpr auto fields = std::tuple{
-        field("operation", &EditReport::operation), field("summary", &EditReport::summary),
-        field("isChanged", &EditReport::isChanged), field("durationBefore", &EditReport::durationBefore),
-        field("duration", &EditReport::duration),
-    };
-};
-static_assert(listsEveryField<EditReport>);
+template<class Record> void declareOperation(CLI::App& edit, std::shared_ptr<EditOptions> const& options) {
+    auto* command = edit.add_subcommand(std::string(Record::info.name), std::string(Record::info.help));
+    command->fallthrough();
+    auto const operation = std::make_shared<Record>();
+    declareParameters(*command, *operation);
+    command->callback([=] { runEdit(*options, *operation); });
+    if constexpr (std::is_same_v<Record, operations::DeleteWords>) offerWordList(*command, options, operation);
+}
 
-void print(EditReport const& report) {
-    if (report.durationBefore == report.duration) {
+}
+
+void print(EditReport const& report, EditOptions const& options) {
+    if (options.asJSON) {
+        fmt::print("{}\n", encodeJSON(report));
+    } else if (report.durationBefore == report.duration) {
         fmt::print("{}\n", report.summary);
     } else {
         fmt::print("{}: {} → {}\n", report.summary, shownTime(report.durationBefore), shownTime(report.duration));
     }
 }
 
-}
-
-void runEdit(EditOptions const& options, std::string const& operation, EditFunction const& apply) {
+void runEdit(EditOptions const& options, Operation const& operation) {
     auto const lock = lockForEditing(options.package);
-    auto const [package, before] = openProject(options.package);
-    auto project = before;
-    auto const summary = apply(project);
-    if (project.timeline.clips.empty() && !before.timeline.clips.empty()) {
-        throw Error("The edit would leave nothing of the video, and is not made.");
-    }
-    EditReport const report{.operation = operation,
-                            .summary = summary,
-                            .isChanged = !(project == before),
-                            .durationBefore = before.duration(),
-                            .duration = project.duration()};
+    auto [package, project] = openProject(options.package);
+    auto const report = perform(project, operation);
     if (report.isChanged) {
         project.modifiedAt = Date::now();
         package.save(project);
     }
-    if (options.asJSON) {
-        fmt::print("{}\n", encodeJSON(report));
-    } else {
-        print(report);
-    }
+    print(report, options);
 }
 
 void addEdit(CLI::App& app) {
@@ -71,10 +57,9 @@ void addEdit(CLI::App& app) {
     command->add_flag("--json", options->asJSON, "print what changed as JSON");
     command->require_subcommand(1);
     command->footer("Times are seconds of the edit, without its intro card.");
-    addTimeOperations(*command, options);
-    addSoundOperations(*command, options);
-    addCleanUpOperations(*command, options);
-    addTranscriptOperations(*command, options);
+    forEachOperation([&]<class Record>(std::type_identity<Record>) {
+        if constexpr (Record::info.command == OperationCommand::edit) declareOperation<Record>(*command, options);
+    });
 }
 
 }

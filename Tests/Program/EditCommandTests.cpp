@@ -179,3 +179,20 @@ TEST_F(EditCommand, aGapOfAnotherToolsMakingShowsTheBackgroundAndIsClosedByTheNe
     expectEdit({"cut", "0", "1"}, "Cut 0:00.00–0:01.00: 0:08.00 → 0:05.00");
     EXPECT_EQ(frameAt("1"), shown);
 }
+
+TEST_F(EditCommand, anyFieldOfTheDocumentCanBeSetOrPatched) {
+    expectEdit({"set", "background.preset=midnight", "name=A tour", "cursor.size=2"},
+               "Changed name, background, cursor");
+    EXPECT_EQ(document().name, "A tour");
+    write("style.json", R"({"screen": {"padding": 0.1}, "intro": {"text": "Hello"}})");
+    expectEdit({"patch", path("style.json")}, "Changed intro, screen");
+    EXPECT_EQ(document().screen.padding, 0.1);
+    expectEdit({"patch", path("style.json")}, "The project is that way already");
+
+    expectRefusal({"set", "camera.size=big", "name=B"}, 1, "camera.size: expected a number, found a string.");
+    expectRefusal({"set", "camera"}, 2, "“camera” is no change; those are PATH=VALUE");
+    expectRefusal({"set"}, 2, "FIELD is required");
+    write("broken.json", "{\"name\":");
+    expectRefusal({"patch", path("broken.json")}, 1, "Could not read the JSON in");
+    expectRefusal({"patch", path("none.json")}, 1, "There is no file");
+}

@@ -1,0 +1,131 @@
+#include <Tavaro/Model/Operations/PatchOperations.h>
+
+#include <Tavaro/Model/Operations/OperationError.h>
+#include <Tavaro/Model/Operations/Private/DocumentValues.h>
+
+#include <TavaroCore/Project/DemoProject.h>
+#include <TavaroCore/Records/RecordPatch.h>
+#include <TavaroCore/Style/BackgroundPreset.h>
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <algorithm>
+#include <array>
+
+namespace tavaro::operations {
+
+namespace {
+
+/// Fields that say what was recorded, or that have operations of their own.
+constexpr std::array<std::string_view, 6> protectedFields{"id",       "version",        "metadata",
+                                                          "timeline", "assetDurations", "createdAt"};
+
+[[noreturn]] void fail(std::string const& sentence) { throw OperationError(OperationError::Kind::badPatch, sentence); }
+
+void expectChangeable(std::string_view key) {
+    bool isField = false;
+    forEachField<DemoProject>([&](auto const& field) { isField = isField || field.name == key; });
+    if (!isField) fail(fmt::format("\"{}\" is not a project field. Check get_project for the names.", key));
+    if (std::ranges::find(protectedFields, key) == protectedFields.end()) return;
+    fail(fmt::format("\"{}\" can't be changed.{}", key, key == "timeline" ? " Use edit_timeline." : ""));
+}
+
+BackgroundStyle const& presetNamed(JSONValue const& id) {
+    auto const* name = id.as<std::string>();
+    if (auto const* preset = name ? BackgroundPreset::withID(*name) : nullptr) return preset->style;
+    std::vector<std::string_view> known;
+    for (auto const& preset : BackgroundPreset::all()) known.push_back(preset.id);
+    fail(fmt::format("background.preset: expected one of {}.", fmt::join(known, ", ")));
+}
+
+/// Makes the preset that the patch may name the background, and takes its name out of the patch.
+void takePreset(DemoProject& project, JSONValue::Object& patch) {
+    auto const background = patch.find("background");
+    auto* parts = background == patch.end() ? nullptr : std::get_if<JSONValue::Object>(&background->second.content);
+    auto const preset = parts ? parts->find("preset") : JSONValue::Object::iterator{};
+    if (!parts || preset == parts->end()) return;
+    project.background = presetNamed(preset->second);
+    parts->erase(preset);
+}
+
+/// Refuses the first value that makes no sense and that the document did not have before.
+void expectUsable(DemoProject const& before, DemoProject const& after, JSONValue::Object const& patch) {
+    std::set<std::string_view> named;
+    for (auto const& [key, value] : patch) named.insert(key);
+    auto const problems = valueProblems(after, named);
+    if (problems.empty()) return;
+    auto const known = valueProblems(before, named);
+    for (auto const& problem : problems) {
+        if (!known.contains(problem)) fail(problem + ".");
+    }
+}
+
+void merge(DemoProject& project, JSONValue::Object patch, ListItems listItems) {
+    for (auto const& [key, value] : patch) expectChangeable(key);
+    auto const before = project;
+    takePreset(project, patch);
+    try {
+        patchRecord(project, {patch}, listItems);
+    } catch (JSONError const& error) {
+        fail(error.what() + std::string("."));
+    }
+    expectUsable(before, project, patch);
+}
+
+/// "Changed background, camera"
+std::string difference(DemoProject const& before, DemoProject const& after) {
+    std::vector<std::string_view> changed;
+    forEachField<DemoProject>([&](auto const& field) {
+        if (!(before.*field.member == after.*field.member)) changed.push_back(field.name);
+    });
+    return changed.empty() ? "The project is that way already" : fmt::format("Changed {}", fmt::join(changed, ", "));
+}
+
+/// JSON, or else the text itself.
+JSONValue valueOf(std::string const& text) {
+    try {
+        return JSONValue::parse(text);
+    } catch (JSONError const&) {
+        return {text};
+    }
+}
+
+/// "camera.size=0.3" as {"camera": {"size": 0.3}}
+JSONValue::Object patchOf(std::string const& change) {
+    auto const equals = change.find('=');
+    auto path = std::string_view(change).substr(0, equals);
+    auto value = valueOf(change.substr(equals + 1));
+    for (std::size_t parts = 1;; ++parts) {
+        if (parts > JSONValue::deepestNesting) fail("The path of a field has fewer dots.");
+        auto const dot = path.rfind('.');
+        JSONValue::Object object;
+        object.emplace(path.substr(dot == path.npos ? 0 : dot + 1), std::move(value));
+        if (dot == path.npos) return object;
+        value = {std::move(object)};
+        path = path.substr(0, dot);
+    }
+}
+
+}
+
+std::string changeProblem(std::string const& text) {
+    auto const equals = text.find('=');
+    return equals != text.npos && equals > 0 ? "" : fmt::format("“{}” is no change; those are PATH=VALUE", text);
+}
+
+std::string apply(DemoProject& project, Patch const& patch) {
+    auto const* fields = patch.patch.as<JSONValue::Object>();
+    if (!fields) fail("The patch must be a JSON object.");
+    auto const before = project;
+    merge(project, *fields, ListItems::replacedWhole);
+    return difference(before, project);
+}
+
+std::string apply(DemoProject& project, SetFields const& set) {
+    auto const before = project;
+    for (auto const& change : set.changes) merge(project, patchOf(change), ListItems::byNumber);
+    return difference(before, project);
+}
+
+}

@@ -1,0 +1,170 @@
+#include "../../Core/Records/MergePatch.h"
+#include "../../Core/Records/RandomRecord.h"
+
+#include <Tavaro/Model/Operations/Perform.h>
+
+#include <TavaroCore/Project/DemoProject.h>
+#include <TavaroCore/Records/JSON.h>
+#include <TavaroCore/Style/BackgroundPreset.h>
+
+#include <gmock/gmock.h>
+
+#include <cmath>
+
+using namespace tavaro;
+using ::testing::StartsWith;
+
+namespace {
+
+/// Brings every number of a random record into the limits that all have in common.
+struct Taming {
+    template<class T> static void tame(T& value) {
+        if constexpr (std::is_floating_point_v<T>)
+            value = static_cast<T>(0.25 + std::abs(std::remainder(value, 1.0)));
+        else if constexpr (std::is_integral_v<T> && !std::is_same_v<T, bool>)
+            value = static_cast<T>(16 + static_cast<std::uint64_t>(value) % 200);
+        else if constexpr (RecordType<T>)
+            forEachField<T>([&](auto const& field) { tame(value.*field.member); });
+        else if constexpr (CaseType<T>)
+            std::visit([](auto& content) { tame(content); }, value.content);
+    }
+    template<class T> static void tame(std::optional<T>& value) {
+        if (value) tame(*value);
+    }
+    template<class T> static void tame(CopyOnWrite<T>& value) { tame(value.edit()); }
+    template<class T> static void tame(std::vector<T>& values) {
+        for (auto& value : values) tame(value);
+    }
+};
+
+DemoProject randomProject(unsigned seed) {
+    DemoProject project;
+    RandomRecord(seed).fill(project);
+    Taming::tame(project);
+    return project;
+}
+
+JSONValue treeOf(DemoProject const& project) { return JSONValue::parse(encodeProject(project)); }
+
+std::string patched(DemoProject& project, std::string const& patch) {
+    auto const before = project;
+    try {
+        return perform(project, operations::Patch{JSONValue::parse(patch)}).summary;
+    } catch (OperationError const& error) {
+        EXPECT_EQ(project, before) << patch;
+        return error.what();
+    }
+}
+std::string refusal(std::string const& patch) {
+    DemoProject project;
+    project.zoomEvents = {{.start = 1, .duration = 2}};
+    return patched(project, patch);
+}
+
+std::string afterSetting(DemoProject& project, std::vector<std::string> changes) {
+    try {
+        return perform(project, operations::SetFields{std::move(changes)}).summary;
+    } catch (OperationError const& error) {
+        return error.what();
+    }
+}
+
+constexpr bool isProtected(std::string_view name) {
+    for (std::string_view const each : {"id", "version", "metadata", "assetDurations", "createdAt", "timeline"}) {
+        if (each == name) return true;
+    }
+    return false;
+}
+
+}
+
+TEST(Patch, everyFieldThatIsNotProtectedTakesTheValueOfAnotherDocument) {
+    for (unsigned seed = 0; seed < 30; ++seed) {
+        auto const from = randomProject(seed), to = randomProject(seed + 500);
+        auto const patch = difference(treeOf(from), treeOf(to));
+        forEachField<DemoProject>([&](auto const& field) {
+            auto const& fields = std::get<JSONValue::Object>(patch.content);
+            auto const change = fields.find(field.name);
+            if (change == fields.end() || isProtected(field.name)) return;
+            auto project = from;
+            auto const text = encodeJSON(JSONValue{JSONValue::Object{{std::string(field.name), change->second}}});
+            auto const summary = patched(project, text);
+            EXPECT_EQ(summary, "Changed " + std::string(field.name)) << text;
+            EXPECT_EQ(project.*field.member, to.*field.member) << field.name;
+            EXPECT_TRUE(project.metadata.sharesWith(from.metadata));
+        });
+    }
+}
+
+TEST(Patch, isRefusedWithTheReason) {
+    for (auto const* patch : {"3", "[]", "null", "\"name\""})
+        EXPECT_EQ(refusal(patch), "The patch must be a JSON object.") << patch;
+    EXPECT_EQ(refusal(R"({"name":"New","nmae":"x"})"),
+              "\"nmae\" is not a project field. Check get_project for the names.");
+    forEachField<DemoProject>([&](auto const& field) {
+        if (!isProtected(field.name)) return;
+        auto const name = std::string(field.name);
+        EXPECT_EQ(refusal(R"({")" + name + R"(":{}})"),
+                  '"' + name + "\" can't be changed." + (name == "timeline" ? " Use edit_timeline." : ""));
+    });
+    EXPECT_EQ(refusal(R"({"camera":{"isEnabledd":true}})").substr(0, 44),
+              "camera.isEnabledd: there is no such field; t");
+    EXPECT_EQ(refusal(R"({"mode":"movie"})").substr(0, 32), "mode: 'movie' is not one of webs");
+    EXPECT_EQ(refusal(R"({"canvas":{"width":0}})"), "canvas.width: expected a number from 16 to 16384, found 0.");
+    EXPECT_EQ(refusal(R"({"zoomEvents":[{"duration":-1}]})"),
+              "zoomEvents[0].duration: expected a number from 0 to 1e+07, found -1.");
+    EXPECT_EQ(refusal(R"({"overlays":[{"kind":{"box":{"rect":{"x":1e300}}}}]})"),
+              "overlays[0].kind.box.rect.x: expected a number from -1e+09 to 1e+09, found 1e+300.");
+    EXPECT_EQ(refusal(R"({"cursor":{"smoothing":5}})"), "cursor.smoothing: expected a number from 0 to 1, found 5.");
+    EXPECT_EQ(refusal(R"({"export":{"fps":0}})"), "export.fps: expected a number from 1 to 240, found 0.");
+    EXPECT_EQ(refusal(R"({"background":{"solid":{"colour":{"r":255}}}})"),
+              "background.solid.colour.r: expected a number from 0 to 1, found 255.");
+    EXPECT_THAT(refusal(R"({"background":{"preset":"no"}})"), StartsWith("background.preset: expected one of "));
+}
+
+TEST(Patch, aBadValueThatWasThereBeforeDoesNotStopAnother) {
+    DemoProject project;
+    project.zoomEvents = {{.start = 1, .duration = -2}, {.start = 3, .duration = 1}};
+    EXPECT_EQ(afterSetting(project, {"zoomEvents.1.scale=3"}), "Changed zoomEvents");
+    EXPECT_EQ(project.zoomEvents[1].scale, 3);
+    EXPECT_EQ(afterSetting(project, {"zoomEvents.1.duration=-3"}),
+              "zoomEvents[1].duration: expected a number from 0 to 1e+07, found -3.");
+}
+
+TEST(SetFields, takesPathsWithJSONOrText) {
+    DemoProject project;
+    project.zoomEvents.resize(2);
+    EXPECT_EQ(afterSetting(project, {"background.preset=midnight", "camera.isEnabled=false", "zoomEvents.1.scale=2",
+                                     "zoomEvents.1.note=2 times", "intro.text=Hello there", "canvas={\"width\":1280}",
+                                     "captions.font=mono", "name=a=b"}),
+              "Changed name, canvas, intro, background, camera, zoomEvents, captions");
+    EXPECT_EQ(project.background, BackgroundPreset::withID("midnight")->style);
+    EXPECT_FALSE(project.camera.isEnabled);
+    EXPECT_EQ(project.zoomEvents[1].scale, 2);
+    EXPECT_EQ(project.zoomEvents[1].note, "2 times");
+    EXPECT_EQ(project.intro->text, "Hello there");
+    EXPECT_EQ(project.canvas, (Size2{1280, 1080}));
+    EXPECT_EQ(project.captions.font, CaptionFont::mono);
+    EXPECT_EQ(project.name, "a=b");
+
+    EXPECT_EQ(afterSetting(project, {"zoomEvents.0=null", "intro=null", "camera.isEnabled=null", "name="}),
+              "Changed name, intro, camera, zoomEvents");
+    EXPECT_EQ(project.zoomEvents.size(), 1u);
+    EXPECT_FALSE(project.intro);
+    EXPECT_TRUE(project.camera.isEnabled);
+    EXPECT_EQ(project.name, "");
+    EXPECT_EQ(afterSetting(project, {"name="}), "The project is that way already");
+}
+
+TEST(SetFields, changesAllOrNothing) {
+    DemoProject project;
+    auto const before = project;
+    EXPECT_EQ(afterSetting(project, {"name=New", "camera.size=big"}),
+              "camera.size: expected a number, found a string.");
+    EXPECT_EQ(afterSetting(project, {"zoomEvents.0.scale=2"}),
+              "zoomEvents.0: there is no such item; the list is empty.");
+    EXPECT_EQ(afterSetting(project, {"name.first=x"}), "name: expected a string, found an object.");
+    EXPECT_EQ(afterSetting(project, {std::string(100000, '.') + "=1"}), "The path of a field has fewer dots.");
+    EXPECT_EQ(afterSetting(project, {"timeline.clips=[]"}), "\"timeline\" can't be changed. Use edit_timeline.");
+    EXPECT_EQ(project, before);
+}
