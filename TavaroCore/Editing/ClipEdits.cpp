@@ -80,6 +80,21 @@ void growRecordedSound(DemoProject& project, ClipEdge edge, double place, double
     }
 }
 
+/// The recorded sound of a span once more, right behind it; its pieces end at the span's ends.
+void repeatRecordedSound(DemoProject& project, TimeRange const& span) {
+    for (auto& track : project.audioTracks) {
+        if (!isRecorded(track.role)) continue;
+        auto const pieces = track.clips;
+        for (auto piece : pieces) {
+            if (piece.start < span.start - edgeTolerance || piece.range().end() > span.end() + edgeTolerance) continue;
+            piece.id = UUID::random();
+            piece.start += span.duration;
+            track.clips.push_back(piece);
+        }
+        std::ranges::stable_sort(track.clips, {}, &AudioClip::start);
+    }
+}
+
 /// Seconds without sound of the track before a clip, back to the start of the edit.
 double freeBefore(AudioTrack const& track, AudioClip const& clip) {
     double last = 0;
@@ -172,6 +187,22 @@ void setMuted(DemoProject& project, UUID const& clip, bool isMuted) {
 }
 
 bool splitClip(DemoProject& project, double at) { return project.timeline.split(at); }
+
+void duplicateClip(DemoProject& project, UUID const& id) {
+    clipOf(project.timeline, id);
+    pictureRange(project, {});
+    auto& clips = project.timeline.clips;
+    auto const at = std::ranges::find(clips, id, &VideoClip::id);
+    auto copy = *at;
+    auto const span = copy.range();
+    copy.id = UUID::random();
+    clips.insert(std::next(at), copy);
+    project.timeline.closeGaps();
+    splitAudio(project, span.start, AudioReach::recorded);
+    splitAudio(project, span.end(), AudioReach::recorded);
+    rippleInsert(project, span.end(), span.duration);
+    repeatRecordedSound(project, span);
+}
 
 double growAudio(DemoProject& project, UUID const& audioClip, ClipEdge edge, double by) {
     requireFinite(by);

@@ -49,6 +49,16 @@ void setMuted(DemoProject& project, UUID const& clip, bool isMuted);
 /// is shown.
 bool splitClip(DemoProject& project, double at);
 
+/// Shows a clip once more right behind itself; what follows moves later by its length. Sound that was recorded with the
+/// picture comes along; zooms, texts and other items over the clip are not repeated, and those that reach over its end
+/// stay as they are.
+///
+///     clips    [AAAA][BBBB]         [AAAA][AAAA][BBBB]
+///     sound    [MMMM][NNNN]    →    [MMMM][MMMM][NNNN]
+///     music    [~~~~~~~~~~]         [~~~~~~~~~~]
+///
+void duplicateClip(DemoProject& project, UUID const& clip);
+
 /// Moves one edge of an audio clip (named by its id, on any track) outward by so many seconds, inward when negative.
 /// Nothing else moves: the edge stops at the end of its media, at the clip beside it on the track and at the ends of
 /// the edit, and a clip stays `shortestClip` long. Fades are cut to the length. Gives the seconds it moved.

@@ -2,6 +2,7 @@
 
 #include <Tavaro/Model/Operations/CaptionOperations.h>
 #include <Tavaro/Model/Operations/CleanUpOperations.h>
+#include <Tavaro/Model/Operations/DuplicateClip.h>
 #include <Tavaro/Model/Operations/OperationError.h>
 #include <Tavaro/Model/Operations/PatchOperations.h>
 #include <Tavaro/Model/Operations/SoundOperations.h>
@@ -20,7 +21,7 @@ using Operation =
                  operations::Mute, operations::ChangeVolume, operations::RemoveSilence, operations::SpeedUpTyping,
                  operations::TightenPauses, operations::RemoveFillers, operations::DeleteWords,
                  operations::CaptionsFromTranscript, operations::CaptionsFromScript, operations::CaptionsFromSubtitles,
-                 operations::Patch, operations::SetFields>;
+                 operations::Patch, operations::SetFields, operations::DuplicateClip>;
 
 /// Calls `visit(std::type_identity<Record>{})` for each operation.
 template<class Visit> void forEachOperation(Visit&& visit) {

@@ -181,3 +181,24 @@ TEST(GrowAudio, anEdgeStopsAtItsMediaItsNeighbourAndTheEndsOfTheEdit) {
     EXPECT_EQ(growAudio(project, sound[0].id, ClipEdge::leading, 10), 0.5) << "its media begins there";
     EXPECT_EQ(drawn(project.timeline.clips), "0-4:2 4-10:10");
 }
+
+TEST(ClipEdits, aDuplicatePlaysRightBehindWithItsSoundAndEverythingBehindMoves) {
+    auto project = twoClips();
+    auto const first = clipID(project, 0);
+    duplicateClip(project, first);
+    EXPECT_EQ(drawn(project.timeline.clips), "0-4:2 4-8:2 8-14:10");
+    EXPECT_EQ(clipID(project, 0), first);
+    EXPECT_NE(clipID(project, 1), first);
+    EXPECT_EQ(drawn(project.audioTracks[0].clips), "0-4:2 4-8:2 8-14:10");
+    EXPECT_EQ(drawn(project.audioTracks[1].clips), "0-10:0") << "music plays on";
+    EXPECT_EQ(zooms(project), "1-2 9-11 ");
+
+    auto joined = twoClips();
+    joined.timeline.clips = {{.asset = "screen.mp4", .duration = 4},
+                             {.asset = "screen.mp4", .start = 4, .sourceStart = 4, .duration = 4}};
+    joined.audioTracks[0].clips = {{.asset = "mic.m4a", .duration = 8}};
+    duplicateClip(joined, clipID(joined, 1));
+    EXPECT_EQ(drawn(joined.timeline.clips), "0-4:0 4-8:4 8-12:4");
+    EXPECT_EQ(drawn(joined.audioTracks[0].clips), "0-4:0 4-8:4 8-12:4") << "of sound that runs on, what the clip shows";
+    EXPECT_EQ(failureOf([&] { duplicateClip(project, UUID::random()); }), EditError::Kind::noSuchClip);
+}
