@@ -1,5 +1,7 @@
 #pragma once
 
+#include <TavaroCore/Files/FileDescriptor.h>
+
 #include <filesystem>
 
 namespace tavaro {
@@ -9,12 +11,9 @@ namespace tavaro {
 class FolderLock {
 public:
     explicit FolderLock(std::filesystem::path const& folder);
-    ~FolderLock();
-    FolderLock(FolderLock const&) = delete;
-    FolderLock& operator=(FolderLock const&) = delete;
 
 private:
-    int descriptor_;
+    FileDescriptor folder_;
 };
 
 }

@@ -3,9 +3,6 @@
 #include <TavaroCore/Files/AtomicFile.h>
 #include <TavaroCore/Records/JSON.h>
 
-#include <fmt/format.h>
-#include <unistd.h>
-
 namespace tavaro {
 
 LibraryIndex LibraryIndex::decode(std::string_view json) {
@@ -29,15 +26,12 @@ LibraryIndex LibraryIndex::read(std::filesystem::path const& file) {
 }
 
 void LibraryIndex::write(std::filesystem::path const& file) const {
-    auto own = file;
-    own += fmt::format(".{}", getpid());
     std::error_code ignored;
     std::filesystem::create_directories(file.parent_path(), ignored);
     try {
-        writeFileAtomically(own, encodeJSON(*this));
-        std::filesystem::rename(own, file);
-    } catch (std::exception const&) {
-        std::filesystem::remove(own, ignored);
+        writeFileAtomically(file, encodeJSON(*this));
+    } catch (FileError const&) {
+        // the next listing looks at every project again
     }
 }
 

@@ -3,11 +3,13 @@
 #include <TavaroCore/Errors/SystemReason.h>
 #include <TavaroCore/Files/AtomicFile.h>
 #include <TavaroCore/Files/MappedFile.h>
+#include <TavaroCore/Files/MoveUnlessTaken.h>
+#include <TavaroCore/Files/PendingFile.h>
 #include <TavaroCore/Package/EditorState.h>
 #include <TavaroCore/Project/DemoProject.h>
 
-#include <cerrno>
 #include <fmt/format.h>
+#include <optional>
 
 namespace tavaro {
 
@@ -32,14 +34,6 @@ bool holdsTypedText(std::string_view document) {
     throw FileError(kind, fmt::format("Could not bring “{}” into the project: {}.", from.string(), reason));
 }
 
-/// Copying tells of a full disk in one way or another.
-bool lacksRoom(std::error_code code, fs::path const& from, fs::path const& folder) {
-    if (code == std::errc::no_space_on_device) return true;
-    std::error_code unknown;
-    auto const available = fs::space(folder, unknown).available;
-    return code == std::errc::io_error && !unknown && available < fs::file_size(from, unknown);
-}
-
 /// "take.mov", or "take 2.mov" and so on when that is taken.
 std::string freeName(fs::path const& folder, std::string const& wanted) {
     auto const isTaken = [&](std::string const& name) { return fs::exists(fs::symlink_status(folder / name)); };
@@ -51,19 +45,38 @@ std::string freeName(fs::path const& folder, std::string const& wanted) {
     return candidate;
 }
 
-void copyBeside(fs::path const& from, fs::path const& to) {
-    fs::path temporary = to;
-    temporary += ".tmp";
-    std::error_code code;
-    if (fs::copy_file(from, temporary, fs::copy_options::overwrite_existing, code)) {
-        flushToDisk(temporary);
-        fs::rename(temporary, to, code);
+/// Brings the file into the folder and returns its name there, also when somebody else takes that name meanwhile.
+template<class Place> std::string placedUnderFreeName(fs::path const& folder, std::string const& wanted, Place place) {
+    while (true) {
+        auto const name = freeName(folder, wanted);
+        if (place(folder / name)) return name;
     }
-    if (!code) return;
-    std::error_code ignored;
-    fs::remove(temporary, ignored);
-    if (lacksRoom(code, from, to.parent_path())) failImporting(from, systemReason(ENOSPC), FileError::Kind::diskFull);
-    failImporting(from, systemReason(code.value()));
+}
+
+PendingFile copied(fs::path const& from, fs::path const& to) {
+    PendingFile copy(to, fs::status(from).permissions());
+    copy.copy(from);
+    return copy;
+}
+
+std::string broughtInto(fs::path const& folder, fs::path const& from, std::string const& wanted, ImportMode mode) {
+    try {
+        auto const to = folder / freeName(folder, wanted);
+        auto asset = mode == ImportMode::link ? PendingFile::twin(from, to) : copied(from, to);
+        return placedUnderFreeName(folder, wanted, [&](fs::path const& to) { return asset.commitUnlessTaken(to); });
+    } catch (FileError const& error) {
+        bool const isFull = error.kind == FileError::Kind::diskFull;
+        failImporting(from, systemReason(error.errorNumber), isFull ? error.kind : FileError::Kind::cannotWrite);
+    }
+}
+
+/// None where it lies on another disk, or for another reason cannot be moved.
+std::optional<std::string> movedInto(fs::path const& folder, fs::path const& from, std::string const& wanted) {
+    try {
+        return placedUnderFreeName(folder, wanted, [&](fs::path const& to) { return moveUnlessTaken(from, to); });
+    } catch (FileError const&) {
+        return std::nullopt;
+    }
 }
 
 }
@@ -160,13 +173,10 @@ std::string ProjectPackage::importAsset(fs::path const& from, ImportMode mode) c
     createDirectories();
     auto const wanted = confinedAssetName(from.filename().string());
     if (fs::equivalent(from, assetsURL() / wanted, code)) return wanted;
-    auto const name = freeName(assetsURL(), wanted);
-    auto const to = assetsURL() / name;
     if (mode == ImportMode::move) {
-        fs::rename(from, to, code);
-        if (!code) return name;
+        if (auto name = movedInto(assetsURL(), from, wanted)) return *name;
     }
-    copyBeside(from, to);
+    auto const name = broughtInto(assetsURL(), from, wanted, mode);
     if (mode == ImportMode::move) fs::remove(from, code);
     return name;
 }

@@ -10,7 +10,11 @@ struct DemoProject;
 struct EditorState;
 
 /// What importing a file into a package does with the original.
-enum class ImportMode { copy, move };
+enum class ImportMode {
+    copy,
+    move,
+    link, // the asset is the same file under a second name; a copy where the disks differ
+};
 
 /// One project on disk: a directory "NAME.recproj" with the document, the one before it, and every media file the
 /// document names. Nothing here holds files open; two objects for the same folder are fine on one thread.

@@ -102,6 +102,9 @@ TEST_F(ProjectPackageTest, importedAssetsKeepTheirNamesAndNeverReplaceOthers) {
     EXPECT_EQ(read(package.assetURL("clip.mov")), "one");
     EXPECT_EQ(read(package.assetURL("clip 3.mov")), "two");
     EXPECT_EQ(package.importAsset(package.assetURL("clip.mov")), "clip.mov");
+    write(folder / "clip.mov", "three");
+    EXPECT_EQ(package.importAsset(folder / "clip.mov", ImportMode::link), "clip 4.mov");
+    EXPECT_TRUE(fs::equivalent(package.assetURL("clip 4.mov"), folder / "clip.mov"));
     EXPECT_THROW(package.importAsset(folder / "absent.mov"), FileError);
 }
 
