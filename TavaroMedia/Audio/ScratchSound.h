@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <span>
 
+#include <TavaroCore/Files/FileDescriptor.h>
 #include <TavaroMedia/Audio/StereoSample.h>
 
 namespace tavaro {
@@ -14,9 +15,6 @@ class ScratchSound {
 public:
     /// One channel keeps the left side alone.
     ScratchSound(std::filesystem::path const& folder, int channels);
-    ~ScratchSound();
-    ScratchSound(ScratchSound const&) = delete;
-    ScratchSound& operator=(ScratchSound const&) = delete;
 
     void append(std::span<StereoSample const> samples);
     std::int64_t length() const { return length_; }
@@ -27,7 +25,7 @@ public:
 private:
     std::filesystem::path folder_;
     int channels_;
-    int descriptor_ = -1;
+    FileDescriptor file_;
     std::int64_t length_ = 0;
 };
 

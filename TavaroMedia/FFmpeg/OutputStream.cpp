@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <new>
+#include <utility>
 
 #include <unistd.h>
 
@@ -24,11 +25,11 @@ void OutputStream::FreeIO::operator()(AVIOContext* io) const {
     avio_context_free(&io);
 }
 
-OutputStream::OutputStream(std::filesystem::path const& file, OutputFile::Place place, char const* format)
-    : output_(file, place) {
+OutputStream::OutputStream(std::filesystem::path file, Place place, char const* format) : file_(std::move(file)) {
+    open(place);
     prepareLibraries();
     AVFormatContext* context = nullptr;
-    checkWriting(file, avformat_alloc_output_context2(&context, nullptr, format, output_.writtenPath().c_str()));
+    checkWriting(file_, avformat_alloc_output_context2(&context, nullptr, format, writtenPath().c_str()));
     format_.reset(context);
     auto* buffer = static_cast<unsigned char*>(av_malloc(ioBufferSize));
     if (!buffer) throw std::bad_alloc();
@@ -43,18 +44,27 @@ OutputStream::OutputStream(std::filesystem::path const& file, OutputFile::Place 
 
 OutputStream::~OutputStream() = default;
 
+void OutputStream::open(Place place) {
+    if (place == Place::beside) return writing(file_, [&] { pending_.emplace(file_); });
+    grown_ = FileDescriptor::open(file_, FileDescriptor::Opening::overwriting);
+    if (!grown_.isOpen()) throwWriting(file_, -errno);
+}
+
 int OutputStream::writeBytes(void* self, std::uint8_t* bytes, int count) {
     auto& stream = *static_cast<OutputStream*>(self);
-    auto const error = stream.output_.write({bytes, static_cast<std::size_t>(count)});
+    auto const error = stream.writeToFile(std::as_bytes(std::span(bytes, static_cast<std::size_t>(count))));
     if (error == 0) return count;
     if (stream.fileError_ == 0) stream.fileError_ = error;
     return AVERROR(error);
 }
 
+int OutputStream::writeToFile(std::span<std::byte const> bytes) {
+    return pending_ ? pending_->write(bytes) : grown_.write(bytes);
+}
+
 std::int64_t OutputStream::seekBytes(void* self, std::int64_t offset, int whence) {
     if (whence == AVSEEK_SIZE) return AVERROR(ENOSYS);
-    auto const position =
-        ::lseek(static_cast<OutputStream*>(self)->output_.descriptor(), offset, whence & ~AVSEEK_FORCE);
+    auto const position = ::lseek(static_cast<OutputStream*>(self)->descriptor().get(), offset, whence & ~AVSEEK_FORCE);
     return position < 0 ? AVERROR(errno) : position;
 }
 
@@ -90,7 +100,10 @@ void OutputStream::commit() {
     check(av_write_trailer(format_.get()));
     avio_flush(io_.get());
     check(io_->error);
-    output_.commit();
+    if (pending_) return writing(file_, [&] { pending_->commit(); });
+    if (int const failure = grown_.sync()) throwWriting(file_, -failure);
+    grown_.close();
+    FileDescriptor::syncFolderOf(file_);
 }
 
 Dictionary indexInFront() {

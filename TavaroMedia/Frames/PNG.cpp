@@ -5,12 +5,13 @@
 #include <cstdio>
 #include <cstring>
 #include <memory>
+#include <span>
 #include <vector>
 
 #include <png.h>
 
+#include <TavaroCore/Files/PendingFile.h>
 #include <TavaroMedia/FFmpeg/Private/Failures.h>
-#include <TavaroMedia/Files/OutputFile.h>
 
 namespace tavaro {
 
@@ -27,10 +28,10 @@ constexpr int compressionLevel = 4;
 struct Writer {
     png_structp png = nullptr;
     png_infop info = nullptr;
-    OutputFile& output;
+    PendingFile& output;
     int fileError = 0;
 
-    explicit Writer(OutputFile& output) : output(output) {}
+    explicit Writer(PendingFile& output) : output(output) {}
     Writer(Writer const&) = delete;
     Writer& operator=(Writer const&) = delete;
     ~Writer() { png_destroy_write_struct(&png, &info); }
@@ -40,7 +41,7 @@ struct Writer {
 // passes through.
 void writeBytes(png_structp png, png_bytep bytes, png_size_t count) {
     auto& writer = *static_cast<Writer*>(png_get_io_ptr(png));
-    writer.fileError = writer.output.write({bytes, count});
+    writer.fileError = writer.output.write(std::as_bytes(std::span(bytes, count)));
     if (writer.fileError != 0) png_error(png, "write failed");
 }
 
@@ -98,14 +99,14 @@ struct Reader {
 
 void writePNG(std::filesystem::path const& file, ImageView image) {
     if (image.isEmpty()) ffmpeg::throwWriting(file, Kind::refused, "the picture is empty");
-    OutputFile output(file, OutputFile::Place::beside);
+    auto output = ffmpeg::writing(file, [&] { return PendingFile(file); });
     Writer writer(output);
     std::vector<std::uint8_t> opaqueRow(isOpaque(image) ? static_cast<std::size_t>(image.width) * 3 : 0);
     if (!encode(writer, image, opaqueRow.empty() ? nullptr : opaqueRow.data())) {
         if (writer.fileError != 0) ffmpeg::throwWriting(file, -writer.fileError);
         ffmpeg::throwWriting(file, Kind::refused, "the picture could not be encoded");
     }
-    output.commit();
+    ffmpeg::writing(file, [&] { output.commit(); });
 }
 
 Image readPNG(std::filesystem::path const& file) {

@@ -73,7 +73,7 @@ struct GIFWriter::State {
         : encoder((ffmpeg::prepareLibraries(), openEncoder(file, width, height)))
         , pool(width, height, PictureFilter::format)
         , dither(file.string(), "paletteuse", dithering)
-        , output(file, OutputFile::Place::beside, "gif") {
+        , output(file, ffmpeg::Place::beside, "gif") {
         if (!packet) throw std::bad_alloc();
         dither.addInput(width, height);
         dither.addInput(16, 16);

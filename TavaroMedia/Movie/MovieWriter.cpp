@@ -37,8 +37,8 @@ MovieWriterSettings checked(std::filesystem::path const& file, MovieWriterSettin
     return settings;
 }
 
-OutputFile::Place place(MovieIntent intent) {
-    return intent == MovieIntent::live ? OutputFile::Place::inPlace : OutputFile::Place::beside;
+ffmpeg::Place place(MovieIntent intent) {
+    return intent == MovieIntent::live ? ffmpeg::Place::inPlace : ffmpeg::Place::beside;
 }
 
 std::optional<AudioEncoder> makeAudioEncoder(std::filesystem::path const& file, MovieSound sound) {

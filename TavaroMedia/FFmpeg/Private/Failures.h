@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <string>
 
+#include <TavaroCore/Files/FileError.h>
 #include <TavaroMedia/Errors/MediaError.h>
 
 namespace tavaro::ffmpeg {
@@ -23,6 +24,15 @@ std::string reason(int code);
 inline int checkWriting(std::filesystem::path const& file, int code) {
     if (code < 0) throwWriting(file, code);
     return code;
+}
+
+/// Runs a step of writing `file`, and puts the file's failure into the words of this library.
+template<class Step> auto writing(std::filesystem::path const& file, Step step) {
+    try {
+        return step();
+    } catch (FileError const& error) {
+        throwWriting(file, -error.errorNumber);
+    }
 }
 
 /// Once for the process: FFmpeg keeps quiet on standard error, and no single allocation of it passes 1 GiB, so that a

@@ -2,23 +2,29 @@
 
 #include <filesystem>
 #include <memory>
+#include <optional>
+#include <span>
 
+#include <TavaroCore/Files/PendingFile.h>
 #include <TavaroMedia/FFmpeg/Private/Handles.h>
-#include <TavaroMedia/Files/OutputFile.h>
 
 namespace tavaro::ffmpeg {
 
-/// A container being written to an `OutputFile`, with the file's own errors kept: FFmpeg's would only say "I/O error".
+/// Whether a container appears under its name when it is complete (`PendingFile`), or grows there, where a reader can
+/// follow and a killed writer leaves what it wrote.
+enum class Place { beside, inPlace };
+
+/// A container being written, with the file's own errors kept: FFmpeg's would only say "I/O error".
 class OutputStream {
 public:
     /// `format` is a muxer's name: "mp4", "mov".
-    OutputStream(std::filesystem::path const& file, OutputFile::Place place, char const* format);
+    OutputStream(std::filesystem::path file, Place place, char const* format);
     ~OutputStream();
     OutputStream(OutputStream const&) = delete;
     OutputStream& operator=(OutputStream const&) = delete;
 
     AVFormatContext& format() { return *format_; }
-    std::filesystem::path const& file() const { return output_.file(); }
+    std::filesystem::path const& file() const { return file_; }
 
     /// One more stream; call before `begin`.
     AVStream& addStream();
@@ -28,7 +34,7 @@ public:
     /// Takes the packet's contents. Its times are in `timeBase`. A packet of the only stream is written at once; those
     /// of several wait until each stream has one, so that they are written in the order of their times.
     void write(AVPacket& packet, AVRational timeBase, int stream = 0);
-    /// Writes the index and puts the file under its name.
+    /// Writes the index, brings the file to the disk and puts it under its name.
     void commit();
 
     /// Throws the file's own failure if it has one, else `code`'s if it is one.
@@ -41,7 +47,14 @@ private:
         void operator()(AVIOContext* io) const;
     };
 
-    OutputFile output_;
+    void open(Place place);
+    int writeToFile(std::span<std::byte const> bytes);
+    std::filesystem::path const& writtenPath() const { return pending_ ? pending_->path() : file_; }
+    FileDescriptor const& descriptor() const { return pending_ ? pending_->descriptor() : grown_; }
+
+    std::filesystem::path file_;
+    std::optional<PendingFile> pending_;
+    FileDescriptor grown_; // in place
     std::unique_ptr<AVIOContext, FreeIO> io_;
     Output format_;
     int fileError_ = 0; // errno
