@@ -8,6 +8,7 @@
 
 #include <fmt/format.h>
 
+#include <TavaroCore/Files/PendingFile.h>
 #include <TavaroMedia/Audio/AudioReader.h>
 #include <TavaroMedia/Errors/MediaError.h>
 #include <TavaroPlatform/Folders/Folders.h>
@@ -49,11 +50,14 @@ struct Cached {
     std::uintmax_t bytes = 0;
 };
 
+/// Half-written ones too: those of killed processes take room until their sound is wanted again.
 std::vector<Cached> filesIn(fs::path const& folder) {
     std::vector<Cached> found;
     std::error_code ignored;
     for (auto const& entry : fs::directory_iterator(folder, ignored)) {
-        if (entry.path().extension() != ending || !entry.is_regular_file(ignored)) continue;
+        auto const name = entry.path().filename();
+        bool const isOurs = name.extension() == ending || PendingFile::isPendingName(name.string());
+        if (!isOurs || !entry.is_regular_file(ignored)) continue;
         found.push_back({entry.path(), entry.last_write_time(ignored), entry.file_size(ignored)});
     }
     return found;
