@@ -2,16 +2,17 @@
 
 #include <TavaroPlatform/Archive/Private/LibArchive.h>
 
+#include <TavaroCore/Files/FileError.h>
+#include <TavaroCore/Files/PendingFile.h>
 #include <TavaroCore/Package/ProjectPackage.h>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <fcntl.h>
 #include <fmt/format.h>
+#include <span>
 #include <sys/stat.h>
 #include <system_error>
-#include <unistd.h>
 #include <vector>
 
 namespace tavaro {
@@ -21,6 +22,7 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr std::size_t pieceBytes = 1 << 20;
+constexpr auto ownerWrites = fs::perms(0644);
 
 [[noreturn]] void fail(std::string const& problem, int code = 0) {
     auto const kind =
@@ -32,28 +34,19 @@ constexpr std::size_t pieceBytes = 1 << 20;
     fail(fmt::format("{}: {}", file.string(), std::system_category().message(code)), code);
 }
 
-class OpenFile {
-public:
-    OpenFile(fs::path const& path, int flags) : descriptor(open(path.c_str(), flags | O_CLOEXEC, 0644)) {
-        if (descriptor < 0) failWith(errno, path);
+/// Runs a step of writing the archive, and puts the file's failure into this library's words.
+auto writing(fs::path const& file, auto step) {
+    try {
+        return step();
+    } catch (FileError const& error) {
+        failWith(error.errorNumber, file);
     }
-    ~OpenFile() { close(descriptor); }
-    OpenFile(OpenFile const&) = delete;
-    OpenFile& operator=(OpenFile const&) = delete;
+}
 
-    int const descriptor;
-};
-
-/// The archive while it is written: a file beside the final one, which goes away unless it is kept.
+/// The archive while it is written.
 class Output {
 public:
-    explicit Output(fs::path const& to)
-        : to_(to)
-        , temporary_(to.string() + ".tmp")
-        , file_(temporary_, O_WRONLY | O_CREAT | O_TRUNC) {}
-    ~Output() {
-        if (!isKept_) unlink(temporary_.c_str());
-    }
+    explicit Output(fs::path const& to) : file_(writing(to, [&] { return PendingFile(to, ownerWrites); })) {}
 
     void openIn(archive* writer) {
         archive_write_set_bytes_in_last_block(writer, 1); // no padding
@@ -62,31 +55,24 @@ public:
     }
     /// Why writing stopped; 0 when it did not.
     int failure() const { return failure_; }
-    fs::path const& path() const { return to_; }
+    fs::path const& path() const { return file_.file(); }
 
     void keep() {
-        if (fsync(file_.descriptor) != 0 || rename(temporary_.c_str(), to_.c_str()) != 0) failWith(errno, to_);
-        isKept_ = true;
+        writing(path(), [&] { file_.commit(); });
     }
 
 private:
     static la_ssize_t writeSome(archive* writer, void* self, void const* bytes, std::size_t count) {
         auto& output = *static_cast<Output*>(self);
-        ssize_t written;
-        do written = write(output.file_.descriptor, bytes, count);
-        while (written < 0 && errno == EINTR);
-        if (written < 0) {
-            output.failure_ = errno;
-            archive_set_error(writer, errno, "%s", "the archive could not be written");
-        }
-        return written;
+        int const failure = output.file_.write({static_cast<std::byte const*>(bytes), count});
+        if (failure == 0) return static_cast<la_ssize_t>(count);
+        output.failure_ = failure;
+        archive_set_error(writer, failure, "%s", "the archive could not be written");
+        return -1;
     }
 
-    fs::path to_;
-    fs::path temporary_;
-    OpenFile file_;
+    PendingFile file_;
     int failure_ = 0;
-    bool isKept_ = false;
 };
 
 struct Item {
@@ -105,8 +91,16 @@ bool isCompressed(fs::path const& file) {
     return std::find(endings.begin(), endings.end(), ending) != endings.end();
 }
 
+/// What a save under way, or one that was killed, has beside the documents; earlier versions called it after them.
+bool isHalfWritten(fs::path const& file) {
+    constexpr std::array<std::string_view, 3> formerNames{"project.json.tmp", "project.previous.json.tmp",
+                                                          "editor.json.tmp"};
+    auto const name = file.filename().string();
+    return PendingFile::isPendingName(name) || std::ranges::find(formerNames, name) != formerNames.end();
+}
+
 /// Folders and files of the package, each folder before what it holds. Links to files count as the files; half-written
-/// files of a save under way do not count.
+/// files do not count.
 std::vector<Item> itemsOf(fs::path const& package) {
     std::vector<Item> items;
     auto const add = [&](fs::path const& path, std::string name) {
@@ -121,7 +115,7 @@ std::vector<Item> itemsOf(fs::path const& package) {
     for (; !code && entry != end; entry.increment(code)) {
         std::error_code gone;
         bool const isFolder = entry->is_directory(gone) && !entry->is_symlink(gone);
-        bool const isFile = entry->is_regular_file(gone) && entry->path().extension() != ".tmp";
+        bool const isFile = entry->is_regular_file(gone) && !isHalfWritten(entry->path());
         if (isFolder || isFile) add(entry->path(), top + "/" + entry->path().lexically_relative(package).string());
     }
     if (code) fail(fmt::format("{}: {}", package.string(), code.message()));
@@ -170,12 +164,13 @@ private:
     }
 
     void addContent(Item const& item) {
-        OpenFile const file(item.path, O_RDONLY);
+        auto const file = FileDescriptor::open(item.path, FileDescriptor::Opening::reading);
+        if (!file.isOpen()) failWith(errno, item.path);
         auto left = static_cast<std::uint64_t>(item.about.st_size);
         while (left > 0) {
-            auto const got = read(file.descriptor, piece_.data(), std::min<std::uint64_t>(left, piece_.size()));
-            if (got < 0 && errno == EINTR) continue;
-            if (got < 0) failWith(errno, item.path);
+            auto const piece = std::span(piece_).first(std::min<std::uint64_t>(left, piece_.size()));
+            auto const got = file.read(std::as_writable_bytes(piece));
+            if (got < 0) failWith(static_cast<int>(-got), item.path);
             if (got == 0) fail(fmt::format("“{}” changed while it was packed", item.path.filename().string()));
             check(static_cast<int>(std::min<la_ssize_t>(
                 archive_write_data(writer_.get(), piece_.data(), static_cast<std::size_t>(got)), ARCHIVE_OK)));

@@ -2,17 +2,20 @@
 
 #include <TavaroPlatform/Archive/Private/LibArchive.h>
 
+#include <TavaroCore/Files/FileDescriptor.h>
+#include <TavaroCore/Files/FileError.h>
+#include <TavaroCore/Files/HiddenFolder.h>
+#include <TavaroCore/Files/MoveUnlessTaken.h>
 #include <TavaroCore/Package/ProjectPackage.h>
 
 #include <algorithm>
 #include <cerrno>
-#include <fcntl.h>
+#include <chrono>
 #include <fmt/format.h>
 #include <optional>
 #include <set>
 #include <sys/stat.h>
 #include <system_error>
-#include <unistd.h>
 
 namespace tavaro {
 
@@ -26,27 +29,24 @@ constexpr std::uint64_t alwaysAllowedBytes = std::uint64_t{64} << 20;
 constexpr std::size_t mostEntries = 20'000;
 constexpr std::ptrdiff_t deepestPath = 16;
 
+constexpr auto ownerWrites = fs::perms(0644);
+
 using Kind = ArchiveError::Kind;
 
-/// A folder beside the final place, removed again with all it holds.
-class WorkFolder {
-public:
-    WorkFolder(fs::path const& folder, auto const& failed) {
-        std::error_code code;
-        fs::create_directories(folder, code);
-        auto pattern = (folder / ".unpacking-XXXXXX").string();
-        if (code || !mkdtemp(pattern.data())) failed(code ? code.value() : errno, folder);
-        path = pattern;
+/// Work folders of earlier versions, which nobody held; one that is old was left by a killed process.
+void removeFormerWorkFolders(fs::path const& folder) {
+    constexpr std::string_view beginning = ".unpacking-";
+    constexpr std::size_t randomCharacters = 6;
+    auto const someTimeAgo = fs::file_time_type::clock::now() - std::chrono::hours(1);
+    std::error_code error;
+    for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
+        auto const name = entry->path().filename().string();
+        std::error_code gone;
+        if (name.starts_with(beginning) && name.size() == beginning.size() + randomCharacters &&
+            fs::is_directory(entry->symlink_status(gone)) && fs::last_write_time(entry->path(), gone) < someTimeAgo)
+            fs::remove_all(entry->path(), gone);
     }
-    ~WorkFolder() {
-        std::error_code ignored;
-        fs::remove_all(path, ignored);
-    }
-    WorkFolder(WorkFolder const&) = delete;
-    WorkFolder& operator=(WorkFolder const&) = delete;
-
-    fs::path path;
-};
+}
 
 class Unpacking {
 public:
@@ -55,7 +55,7 @@ public:
         , folder_(folder)
         , proceed_(proceed)
         , reader_(archive_read_new())
-        , work_(folder, [&](int code, fs::path const& file) { failWith(code, file); }) {
+        , work_(madeIn(folder)) {
         if (!reader_) throw std::bad_alloc();
     }
 
@@ -67,7 +67,7 @@ public:
             if (++entries_ > mostEntries) fail(Kind::unsafe, fmt::format("it has more than {} entries", mostEntries));
             unpack(entry);
         }
-        if (top_.empty() || !fs::is_regular_file(fs::symlink_status(work_.path / top_ / "project.json")))
+        if (top_.empty() || !fs::is_regular_file(fs::symlink_status(work_.path() / top_ / "project.json")))
             fail(Kind::notAProject, "it holds no project");
         return moveIntoPlace();
     }
@@ -79,6 +79,18 @@ private:
     [[noreturn]] void failWith(int code, fs::path const& file) const {
         fail(code == ENOSPC || code == EDQUOT ? Kind::diskFull : Kind::cannotUnpack,
              fmt::format("{}: {}", file.string(), std::system_category().message(code)));
+    }
+
+    HiddenFolder madeIn(fs::path const& folder) const {
+        std::error_code code;
+        fs::create_directories(folder, code);
+        if (code) failWith(code.value(), folder);
+        removeFormerWorkFolders(folder);
+        try {
+            return HiddenFolder(folder / "unpacking");
+        } catch (FileError const& error) {
+            failWith(error.errorNumber, folder);
+        }
     }
 
     void open() {
@@ -121,7 +133,7 @@ private:
         auto const place = placeOf(entry);
         if (!place) return;
         bool const isFolder = archive_entry_filetype(entry) == AE_IFDIR;
-        auto const target = work_.path / *place;
+        auto const target = work_.path() / *place;
         std::error_code code;
         // The work folder is new and nothing in it is a link, so no name below it leads elsewhere.
         fs::create_directories(isFolder ? target : target.parent_path(), code);
@@ -130,36 +142,26 @@ private:
     }
 
     void writeFile(fs::path const& target) {
-        int const descriptor = ::open(target.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0644);
-        if (descriptor < 0) {
-            if (errno == EEXIST) fail(Kind::unsafe, fmt::format("it has “{}” twice", target.filename().string()));
-            failWith(errno, target);
-        }
-        struct Closing {
-            int descriptor;
-            ~Closing() { close(descriptor); }
-        } const closing{descriptor};
+        auto const file = FileDescriptor::open(target, FileDescriptor::Opening::newFile, ownerWrites);
+        if (!file.isOpen() && errno == EEXIST)
+            fail(Kind::unsafe, fmt::format("it has “{}” twice", target.filename().string()));
+        if (!file.isOpen()) failWith(errno, target);
         void const* bytes = nullptr;
         std::size_t count = 0;
         la_int64_t at = 0;
         for (int code; (code = archive_read_data_block(reader_.get(), &bytes, &count, &at)) != ARCHIVE_EOF;) {
             // A warning about data is a checksum or a length that does not fit: the file is damaged.
             if (code < ARCHIVE_OK) fail(Kind::cannotUnpack, problemOf(reader_.get()));
-            writeAll(descriptor, static_cast<char const*>(bytes), count, target);
+            written_ += count;
+            if (written_ > allowedBytes_) fail(Kind::unsafe, "it unfolds to far more than a project of its size would");
+            if (int const failure = file.write({static_cast<std::byte const*>(bytes), count}))
+                failWith(failure, target);
+            report();
         }
-        if (fsync(descriptor) != 0) failWith(errno, target);
+        if (int const failure = file.sync()) failWith(failure, target);
     }
 
-    void writeAll(int descriptor, char const* bytes, std::size_t count, fs::path const& target) {
-        written_ += count;
-        if (written_ > allowedBytes_) fail(Kind::unsafe, "it unfolds to far more than a project of its size would");
-        while (count > 0) {
-            auto const wrote = write(descriptor, bytes, count);
-            if (wrote < 0 && errno == EINTR) continue;
-            if (wrote < 0) failWith(errno, target);
-            bytes += wrote;
-            count -= static_cast<std::size_t>(wrote);
-        }
+    void report() {
         progress_.bytesDone =
             static_cast<std::uint64_t>(std::max<la_int64_t>(archive_filter_bytes(reader_.get(), -1), 0));
         if (written_ >= nextReport_) {
@@ -171,11 +173,13 @@ private:
     fs::path moveIntoPlace() const {
         auto const stem = fs::path(top_).stem().string();
         auto target = folder_ / top_;
-        for (int number = 2; fs::exists(fs::symlink_status(target)); ++number)
-            target = folder_ / fmt::format("{} {}{}", stem, number, ProjectPackage::directoryExtension);
-        std::error_code code;
-        fs::rename(work_.path / top_, target, code);
-        if (code) failWith(code.value(), target);
+        try {
+            for (int number = 2; !moveUnlessTaken(work_.path() / top_, target); ++number)
+                target = folder_ / fmt::format("{} {}{}", stem, number, ProjectPackage::directoryExtension);
+        } catch (FileError const& error) {
+            failWith(error.errorNumber, target);
+        }
+        FileDescriptor::syncFolderOf(target);
         return target;
     }
 
@@ -183,7 +187,7 @@ private:
     fs::path const folder_;
     ArchiveWatch proceed_;
     ArchiveReader reader_;
-    WorkFolder work_;
+    HiddenFolder work_;
     ArchiveProgress progress_;
     std::string top_; // the project's folder
     std::size_t entries_ = 0;

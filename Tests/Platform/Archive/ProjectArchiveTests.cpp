@@ -7,6 +7,8 @@
 
 #include <gmock/gmock.h>
 
+#include <array>
+#include <chrono>
 #include <csignal>
 #include <fstream>
 #include <map>
@@ -24,6 +26,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
+constexpr std::array halfWritten{"project.json.tmp", ".project.json.4711-0.tmp"};
 constexpr auto goOn = [](ArchiveProgress const&) { return true; };
 
 class ProjectArchiveTest : public ::testing::Test {
@@ -44,7 +47,8 @@ protected:
         write(package->assetURL("screen 日.mp4"), movie);
         write(package->assetURL("note.txt"), std::string(200'000, 'a'));
         write(package->assetURL("empty.wav"), "");
-        write(package->url() / "project.json.tmp", "half a save");
+        write(package->assetURL("notes.tmp"), "not ours");
+        for (auto const half : halfWritten) write(package->url() / half, "half a save");
         fs::create_directories(folder / "out");
     }
     void TearDown() override { fs::remove_all(folder); }
@@ -121,7 +125,7 @@ TEST_F(ProjectArchiveTest, whatIsPackedIsUnpackedEqualUnderTheProjectsName) {
     auto const unpacked = unpackProject(folder / "a.zip", folder / "out/new", goOn);
     EXPECT_EQ(unpacked, folder / "out/new/Größe 1.recproj");
     auto expected = contents(package->url());
-    expected.erase("project.json.tmp");
+    for (auto const half : halfWritten) expected.erase(half);
     EXPECT_EQ(contents(unpacked), expected);
     EXPECT_EQ(ProjectPackage(unpacked).load().name, "second");
     EXPECT_EQ(unpackProject(folder / "a.zip", folder / "out/new", goOn).filename(), "Größe 1 2.recproj");
@@ -217,6 +221,22 @@ TEST_F(ProjectArchiveTest, noArchiveWritesOutsideItsProject) {
     EXPECT_EQ(unpackProject(foreign({{"__MACOSX/._p"}, document, {"p.recproj/.DS_Store"}}), folder / "out", goOn),
               folder / "out/p.recproj");
     EXPECT_EQ(contents(folder / "out/p.recproj").size(), 1u);
+}
+
+TEST_F(ProjectArchiveTest, whatAKilledUnpackingLeftGoesWithTheNext) {
+    archiveProject(*package, folder / "a.zip", goOn);
+    pid_t const child = fork();
+    if (child == 0)
+        unpackProject(folder / "a.zip", folder / "out", [](ArchiveProgress const&) { return raise(SIGKILL) == 0; });
+    waitpid(child, nullptr, 0);
+    auto const former = folder / "out/.unpacking-Ab3dEf", recent = folder / "out/.unpacking-Zb3dEf";
+    for (auto const& left : {former, recent}) fs::create_directories(left / "p.recproj");
+    fs::last_write_time(former, fs::file_time_type::clock::now() - std::chrono::hours(2));
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder / "out"), fs::directory_iterator()), 3);
+    auto const unpacked = unpackProject(folder / "a.zip", folder / "out", goOn);
+    EXPECT_FALSE(fs::exists(former));
+    EXPECT_TRUE(fs::exists(recent)) << "an earlier version may be unpacking there";
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder / "out"), fs::directory_iterator()), 2) << unpacked;
 }
 
 TEST_F(ProjectArchiveTest, damagedArchivesAreRefusedOrReadNeverWorse) {
