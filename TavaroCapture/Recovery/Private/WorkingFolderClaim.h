@@ -1,7 +1,10 @@
 #pragma once
 
+#include <TavaroCore/Files/FileDescriptor.h>
+
 #include <filesystem>
 #include <optional>
+#include <utility>
 
 namespace tavaro {
 
@@ -12,13 +15,10 @@ public:
     /// None while somebody else holds the folder, and for a folder that cannot be written.
     static std::optional<WorkingFolderClaim> take(std::filesystem::path const& directory);
 
-    WorkingFolderClaim(WorkingFolderClaim&& other) noexcept;
-    WorkingFolderClaim& operator=(WorkingFolderClaim&& other) noexcept;
-    ~WorkingFolderClaim();
-
 private:
-    explicit WorkingFolderClaim(int file) : file_(file) {}
-    int file_ = -1;
+    explicit WorkingFolderClaim(FileDescriptor file) : file_(std::move(file)) {}
+
+    FileDescriptor file_;
 };
 
 }
