@@ -11,19 +11,23 @@ namespace tavaro {
 
 namespace {
 
+using Wide = unsigned __int128;
+
 constexpr int significandBits = 52;
 constexpr int exponentBias = 1075; // of the significand as a whole number
 constexpr std::uint64_t hiddenBit = std::uint64_t{1} << significandBits;
 
-/// digits × 10^exponent
+/// Sixteen digits and one more behind them; the decimal point belongs behind the first `point` of them.
 struct Decimal {
-    std::uint64_t digits;
-    int exponent;
+    std::uint64_t leading;
+    std::uint64_t last;
+    int point;
 };
+
+constexpr std::uint64_t leastOfSixteen = 1'000'000'000'000'000;
 
 /// The upper 64 bits of power × factor, with the lowest bit telling that something is lost below.
 std::uint64_t roundToOdd(decimal::Power power, std::uint64_t factor) {
-    using Wide = unsigned __int128;
     auto const low = static_cast<Wide>(power.low) * factor;
     auto const high = static_cast<Wide>(power.high) * factor + static_cast<std::uint64_t>(low >> 64);
     return static_cast<std::uint64_t>(high >> 64) | (static_cast<std::uint64_t>(high) > 1);
@@ -32,15 +36,15 @@ std::uint64_t roundToOdd(decimal::Power power, std::uint64_t factor) {
 constexpr int floorLog10OfPowerOfTwo(int q) { return (q * 1262611) >> 22; }
 constexpr int floorLog10OfThreeQuarters(int q) { return (q * 1262611 - 524031) >> 22; } // of 3/4 × 2^q
 
-Decimal shortest(double value) {
-    auto const bits = std::bit_cast<std::uint64_t>(value);
-    auto const fraction = bits & (hiddenBit - 1);
-    auto const biased = static_cast<int>(bits >> significandBits & 0x7FF);
-    auto const c = biased ? fraction | hiddenBit : fraction;
-    int const q = (biased ? biased : 1) - exponentBias;
+/// digits × 10^exponent; at most seventeen digits.
+Decimal settled(std::uint64_t digits, int exponent) {
+    while (digits < 10 * leastOfSixteen) digits *= 10, --exponent;
+    return {digits / 10, digits % 10, exponent + 17};
+}
 
+/// Of the value c × 2^q.
+Decimal shortestExactly(std::uint64_t c, int q, bool lowerIsNearer) {
     // The numbers that read as this one reach half way to its neighbours; the one below a power of two is nearer.
-    bool const lowerIsNearer = fraction == 0 && biased > 1;
     bool const includesEnds = c % 2 == 0;
     int const k = lowerIsNearer ? floorLog10OfThreeQuarters(q) : floorLog10OfPowerOfTwo(q);
     int const h = q + decimal::floorLog2OfPower(-k) + 1;
@@ -54,11 +58,58 @@ Decimal shortest(double value) {
     bool const belowFits = lower <= 4 * s, aboveFits = 4 * s + 4 <= upper;
     bool const nearestIsAbove = middle > half || (middle == half && s % 2);
     auto const near = s + (belowFits != aboveFits ? aboveFits : nearestIsAbove);
-    // Half of all numbers need one digit less; which half is anybody's guess, the processor's too, so no branches.
     auto const tens = s / 10;
     bool const tenBelowFits = lower <= 40 * tens, tenAboveFits = 40 * tens + 40 <= upper;
     bool const tenFits = (tenBelowFits != tenAboveFits) & (s >= 10);
-    return {tenFits ? tens + tenAboveFits : near, k + tenFits};
+    return tenFits ? settled(tens + tenAboveFits, k + 1) : settled(near, k);
+}
+
+/// One of two numbers, without the branch that a compiler may make of `?:`. Which way a number rounds and whether one
+/// digit less will do is anybody's guess, the processor's too.
+constexpr std::uint64_t chosen(bool first, std::uint64_t ifSo, std::uint64_t ifNot) {
+    return ifNot ^ ((ifSo ^ ifNot) & -static_cast<std::uint64_t>(first));
+}
+
+/// Of the value c × 2^q, c of 53 bits, q ≤ 0, its neighbours equally near: from one product, cut off after 64 bits of
+/// its fraction. None in the rare cases that the bits behind them decide.
+std::optional<Decimal> shortestAtOnce(std::uint64_t c, int q) {
+    int const k = floorLog10OfPowerOfTwo(q) + 1;
+    int const h = q + decimal::floorLog2OfPower(-k) + 1; // −3…0
+    constexpr int surplus = 11;                          // bits of the product's upper half below the fraction
+    auto const power = decimal::powerOfTen(-k);
+    auto const factor = c << (h + surplus);
+    auto const product = static_cast<Wide>(power.high) * factor +
+                         static_cast<std::uint64_t>(static_cast<Wide>(power.low) * factor >> 64);
+    auto whole = static_cast<std::uint64_t>(product >> 64 >> surplus);
+    auto const fraction = static_cast<std::uint64_t>(product >> surplus);
+    auto const reach = power.high >> (1 - h); // half way to a neighbour; less than half of one
+    auto const tenfold = static_cast<Wide>(fraction) * 10;
+    auto const rest = static_cast<std::uint64_t>(tenfold);
+
+    // What is cut off and the power's own error make the fraction and the reach wrong by less than 3 in the last place.
+    constexpr std::uint64_t margin = 32, half = std::uint64_t{1} << 63;
+    auto const isNear = [](std::uint64_t a, std::uint64_t b) { return a - b + margin < 2 * margin; };
+    if (isNear(fraction, reach) | isNear(~fraction, reach) | isNear(rest, half)) return std::nullopt;
+
+    bool const belowFits = fraction < reach, aboveFits = ~fraction < reach;
+    auto const nearest = static_cast<std::uint64_t>(tenfold >> 64) + (rest >= half);
+    auto const digit = chosen(belowFits | aboveFits, 0, nearest);
+    whole += aboveFits;
+    bool const hasFifteen = whole < leastOfSixteen;
+    return Decimal{.leading = chosen(hasFifteen, 10 * whole + digit, whole),
+                   .last = chosen(hasFifteen, 0, digit),
+                   .point = k + 16 - hasFifteen};
+}
+
+Decimal shortest(double value) {
+    auto const bits = std::bit_cast<std::uint64_t>(value);
+    auto const fraction = bits & (hiddenBit - 1);
+    auto const biased = static_cast<int>(bits >> significandBits & 0x7FF);
+    if (fraction != 0 && biased > 0 && biased <= exponentBias) {
+        if (auto const decimal = shortestAtOnce(fraction | hiddenBit, biased - exponentBias)) return *decimal;
+    }
+    auto const c = biased ? fraction | hiddenBit : fraction;
+    return shortestExactly(c, (biased ? biased : 1) - exponentBias, fraction == 0 && biased > 1);
 }
 
 /// The eight digits of a number, one a byte, the first in the lowest: halves it again and again, all parts at once.
@@ -70,77 +121,82 @@ std::uint64_t eightDigits(std::uint32_t value) {
     return tens + ((twos - 10 * tens) << 8);
 }
 
-void store(char* out, std::uint64_t digits) {
+/// The same as characters. They stay in registers until their places are known: what was just stored in parts would
+/// have to be waited for.
+struct Digits {
+    Wide leading; // the first in the lowest byte
+    char last;
+    int count; // without zeros at the end
+    int point; // negative: zeros behind it
+};
+
+Digits digitsOf(Decimal const& number) {
+    constexpr std::uint64_t eight = 100'000'000, zeros = 0x3030'3030'3030'3030;
+    auto const high = eightDigits(static_cast<std::uint32_t>(number.leading / eight));
+    auto const low = eightDigits(static_cast<std::uint32_t>(number.leading % eight));
+    int const cut = low ? std::countl_zero(low) / 8 : 8 + std::countl_zero(high) / 8;
+    return {.leading = static_cast<Wide>(low | zeros) << 64 | (high | zeros),
+            .last = static_cast<char>('0' + number.last),
+            .count = static_cast<int>(chosen(number.last != 0, 17, static_cast<std::uint64_t>(16 - cut))),
+            .point = number.point};
+}
+
+void store(char* out, Wide text) {
     static_assert(std::endian::native == std::endian::little);
-    auto const text = digits | 0x3030'3030'3030'3030;
     std::memcpy(out, &text, sizeof text);
 }
 
-constexpr std::uint64_t sixteenDigits = 1'000'000'000'000'000;
-constexpr std::uint64_t seventeenDigits = 10 * sixteenDigits;
-
-/// Writes the digits without zeros at their end and returns how many; `number` then stands for just those.
-int writeDigits(char* out, Decimal& number) {
-    while (number.digits < sixteenDigits) number.digits *= 10, --number.exponent; // near the smallest numbers only
-    bool const hasOneMore = number.digits >= seventeenDigits;
-    *out = static_cast<char>('0' + number.digits / seventeenDigits);
-    out += hasOneMore;
-    auto const rest = number.digits % seventeenDigits;
-    auto const high = eightDigits(static_cast<std::uint32_t>(rest / 100'000'000));
-    auto const low = eightDigits(static_cast<std::uint32_t>(rest % 100'000'000));
-    store(out, high);
-    store(out + 8, low);
-    int const zeros = low ? std::countl_zero(low) / 8 : 8 + std::countl_zero(high) / 8;
-    number.exponent += zeros;
-    return 16 + hasOneMore - zeros;
-}
-
-/// Characters on their way to another place. Always as many, whatever part of them is meant: a move of a fixed length
-/// is an instruction or two.
-struct Moved {
-    std::array<char, 24> characters;
-
-    explicit Moved(char const* from) { std::memcpy(characters.data(), from, characters.size()); }
-    void to(char* out) const { std::memcpy(out, characters.data(), characters.size()); }
-};
-
-/// "1.5e-7" from "x15"; the decimal point belongs behind that many digits.
-char* finishScientific(char* out, int count, int point) {
+char* writeScientific(char* out, Digits const& digits) {
+    store(out + 1, digits.leading);
     out[0] = out[1];
     out[1] = '.';
-    out += count > 1 ? count + 1 : 1;
+    out[17] = digits.last;
+    out += digits.count > 1 ? digits.count + 1 : 1;
     *out++ = 'e';
-    return std::to_chars(out, out + 5, point - 1).ptr;
+    return std::to_chars(out, out + 5, digits.point - 1).ptr;
+}
+
+/// Whole, with as many zeros behind the digits as it takes.
+char* writeLarge(char* out, Digits const& digits) {
+    store(out, digits.leading);
+    out[16] = digits.last;
+    std::memset(out + digits.count, '0', static_cast<std::size_t>(digits.point - digits.count));
+    return out + digits.point;
+}
+
+/// Below one.
+char* writeSmall(char* out, Digits const& digits) {
+    std::memcpy(out, "0.0000", 6);
+    out += 2 - digits.point;
+    store(out, digits.leading);
+    out[16] = digits.last;
+    return out + digits.count;
+}
+
+/// With digits on both sides of the point, of which at most sixteen are before it.
+char* writeMixed(char* out, Digits const& digits) {
+    store(out, digits.leading);
+    out[digits.point] = '.';
+    store(out + digits.point + 1, digits.leading >> 8 * (digits.point - 1) >> 8);
+    out[17] = digits.last;
+    return out + digits.count + 1;
 }
 
 }
 
 char* writeDecimal(char* out, double value) {
+    constexpr double leastWhole = 0x1p53; // from here on, no number has a fraction
     if (std::signbit(value)) {
         *out++ = '-';
         value = -value;
     }
-    if (value < 0x1p53 && value == static_cast<double>(static_cast<std::int64_t>(value)))
+    bool const isLarge = value >= leastWhole;
+    if (!isLarge && value == static_cast<double>(static_cast<std::int64_t>(value)))
         return std::to_chars(out, out + decimalRoom - 1, static_cast<std::int64_t>(value)).ptr;
-    auto number = shortest(value);
-    int const count = writeDigits(out + 1, number); // leaves a place in front
-    int const point = count + number.exponent;      // digits before the decimal point
-    if (point > 21 || point < -4) return finishScientific(out, count, point);
-    Moved const digits(out + 1);
-    if (point <= 0) {
-        std::memcpy(out, "0.0000", 6);
-        digits.to(out + 2 - point);
-        return out + 2 - point + count;
-    }
-    Moved const fraction(out + 1 + point);
-    digits.to(out);
-    if (point >= count) {
-        std::memset(out + count, '0', static_cast<std::size_t>(point - count));
-        return out + point;
-    }
-    out[point] = '.';
-    fraction.to(out + point + 1);
-    return out + count + 1;
+    auto const digits = digitsOf(shortest(value));
+    if (digits.point > 21 || digits.point < -4) return writeScientific(out, digits);
+    if (isLarge) return writeLarge(out, digits);
+    return digits.point <= 0 ? writeSmall(out, digits) : writeMixed(out, digits);
 }
 
 std::optional<double> nearestDouble(std::uint64_t digits, std::int64_t exponent) {
@@ -154,7 +210,6 @@ std::optional<double> nearestDouble(std::uint64_t digits, std::int64_t exponent)
         auto const whole = static_cast<double>(digits);
         return k < 0 ? whole / small[-k] : whole * small[k];
     }
-    using Wide = unsigned __int128;
     int const shift = std::countl_zero(digits);
     auto const power = decimal::powerOfTen(k);
     auto const factor = digits << shift;

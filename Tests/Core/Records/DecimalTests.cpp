@@ -27,14 +27,16 @@ std::string digitsOf(std::string_view text) {
     return digits;
 }
 
-/// Doubles of all kinds: any bits, times, fractions of pixels, the neighbours of powers of two, the smallest ones.
+/// Doubles of all kinds: any bits, times, fractions of pixels, the neighbours of powers of two, halves
+/// and quarters of large numbers, where ties are, the smallest ones.
 double anyDouble(std::mt19937_64& random) {
     auto const bits = random();
-    switch (random() % 5) {
+    switch (random() % 6) {
     case 0: return std::bit_cast<double>(bits);
     case 1: return static_cast<double>(bits >> 11) * 0x1p-53 * 4000;
     case 2: return static_cast<double>(bits % 4096) / static_cast<double>(1 + (bits >> 40) % 4096);
     case 3: return std::bit_cast<double>(((bits & 0x7FE) << 52) + random() % 5 - 2);
+    case 4: return static_cast<double>(bits >> 11) / static_cast<double>(1 << random() % 12);
     default: return std::bit_cast<double>(bits >> (12 + random() % 52));
     }
 }
