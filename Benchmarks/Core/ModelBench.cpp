@@ -8,6 +8,7 @@
 #include <TavaroCore/Library/ProjectLibrary.h>
 #include <TavaroCore/Package/ProjectPackage.h>
 #include <TavaroCore/Records/JSON.h>
+#include <TavaroPlatform/Queues/ParallelPair.h>
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
@@ -168,6 +169,7 @@ bool measureLibrary() {
 }
 
 int main() {
+    setTaskPairRunner(runInParallel);
     auto const take = hourTake();
     bool const isRight = measureJSON(take) & measureCut(take) & measureLibrary();
     if (!isRight) fmt::print(stderr, "a document came back different, or a project is missing\n");

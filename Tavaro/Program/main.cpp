@@ -1,6 +1,8 @@
 #include <Tavaro/Commands/Command.h>
 
 #include <TavaroCore/Errors/Error.h>
+#include <TavaroCore/Records/TaskPair.h>
+#include <TavaroPlatform/Queues/ParallelPair.h>
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -49,6 +51,7 @@ int fail(char const* sentence) {
 
 int main(int argc, char** argv) {
     std::signal(SIGXFSZ, SIG_IGN); // a limit on the size of files is told as a full disk is, after cleaning up
+    tavaro::setTaskPairRunner(tavaro::runInParallel);
     try {
         return run(argc, argv);
     } catch (tavaro::Error const& error) {

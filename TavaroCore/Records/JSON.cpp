@@ -3,10 +3,7 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
-#include <future>
 #include <span>
-#include <system_error>
-#include <thread>
 
 namespace tavaro {
 
@@ -19,22 +16,6 @@ void failUnknownName(std::string_view found, std::string_view const* names, std:
 
 void failCaseShape() {
     throw JSONError(JSONError::Kind::wrongType, "expected an object with one key, the name of the case");
-}
-
-void runBoth(FunctionRef<void()> first, FunctionRef<void()> second) {
-    std::future<void> other;
-    if (std::thread::hardware_concurrency() > 1) {
-        try {
-            other = std::async(std::launch::async, second);
-        } catch (std::system_error const&) {
-            // no thread to be had
-        }
-    }
-    first(); // the future waits for the other when this throws
-    if (other.valid())
-        other.get();
-    else
-        second();
 }
 
 void failIntegerRange() { throw JSONError(JSONError::Kind::wrongType, "the number is too large for this value"); }

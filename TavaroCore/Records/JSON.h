@@ -8,6 +8,7 @@
 #include <TavaroCore/Records/JSONError.h>
 #include <TavaroCore/Records/JSONReader.h>
 #include <TavaroCore/Records/JSONWriter.h>
+#include <TavaroCore/Records/TaskPair.h>
 #include <TavaroCore/Records/UUID.h>
 
 #include <algorithm>
@@ -262,12 +263,8 @@ template<class Read> void readElements(JSONReader& reader, Read read) {
     }
 }
 
-/// Runs both, at the same time where there is a thread to spare. Throws what they throw, the first's before the
-/// second's.
-void runBoth(FunctionRef<void()> first, FunctionRef<void()> second);
-
-/// Reads a long array of flat records in two halves at once. False when it is not one, or not well formed: then the
-/// ordinary way has the right sentence.
+/// Reads a long array of flat records in two halves, beside each other where the program can. False when it is not one,
+/// or not well formed: then the ordinary way has the right sentence.
 template<class T> bool readHalves(JSONReader& reader, std::vector<T>& value) {
     auto const halves = reader.halves();
     if (!halves) return false;
