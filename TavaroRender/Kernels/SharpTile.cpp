@@ -227,7 +227,9 @@ void drawSharp(ContentPlan const& plan, ContentScratch& scratch, int index, int 
                FunctionRef<ContentSpan(int)> spanOf) {
     Tile const tile{plan, index};
     SharpRows source(tile, scratch);
+    constexpr int rowsAhead = 4;
     for (int y = yBegin; y < yEnd; ++y) {
+        if (y + rowsAhead < yEnd) prefetch(tile.clipped(spanOf(y + rowsAhead)));
         auto const span = tile.clipped(spanOf(y));
         if (span.begin >= span.end) continue;
         auto const& position = tile.row(plan.tap(0), y);
