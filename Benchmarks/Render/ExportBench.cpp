@@ -17,11 +17,13 @@
 #include <TavaroCore/Export/ExportPreset.h>
 #include <TavaroCore/Package/ProjectPackage.h>
 #include <TavaroCore/Project/DemoProject.h>
+#include <TavaroCore/Records/TaskPair.h>
 #include <TavaroMedia/Frames/EncoderPicture.h>
 #include <TavaroMedia/Frames/PNG.h>
 #include <TavaroMedia/Movie/JoinMovies.h>
 #include <TavaroMedia/Movie/MovieReader.h>
 #include <TavaroMedia/Movie/MovieWriter.h>
+#include <TavaroPlatform/Queues/ParallelPair.h>
 #include <TavaroRender/Export/Exporter.h>
 
 #include "Measured.h"
@@ -112,7 +114,7 @@ void exportTake(fs::path const& folder, std::string const& preset, fs::path cons
 void renderFrame(fs::path const& folder, double at, fs::path const& output) {
     ProjectPackage const package(folder);
     auto const project = package.load();
-    writePNG(output, Exporter(project, package, project.exportSettings).renderStill(at).view());
+    writePNG(output, Exporter(project, package, project.exportSettings).renderStill(at).view(), PNGPacking::quick);
 }
 
 // ---- FFmpeg's side
@@ -318,6 +320,7 @@ int run(Arguments const& arguments) {
 }
 
 int main(int count, char** values) {
+    tavaro::setTaskPairRunner(tavaro::runInParallel);
     try {
         return tavaro::run({values, values + count});
     } catch (std::exception const& error) {

@@ -83,7 +83,7 @@ void frame(Options const& options) {
     Exporter exporter(project, package, settings);
     expectInside(*options.at, exporter.duration());
     auto const image = exporter.renderStill(*options.at);
-    writePNG(options.output, image.view());
+    writePNG(options.output, image.view(), PNGPacking::quick);
     printResult(options, options.output, {image.width(), image.height()}, {*options.at});
 }
 

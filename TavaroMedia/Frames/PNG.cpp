@@ -9,6 +9,7 @@
 #include <vector>
 
 #include <png.h>
+#include <zlib.h>
 
 #include <TavaroCore/Files/PendingFile.h>
 #include <TavaroMedia/FFmpeg/Private/Failures.h>
@@ -62,13 +63,21 @@ void dropAlpha(std::uint8_t* to, std::uint8_t const* from, int width) {
     for (int x = 0; x < width; ++x, to += 3, from += 4) std::memcpy(to, from, 3);
 }
 
-bool encode(Writer& writer, ImageView image, std::uint8_t* opaqueRow) {
+/// One filter for all rows, and no search for repeats beyond runs: noise, of which a dithered background is full, has
+/// none to find.
+void packQuickly(png_structp png) {
+    png_set_filter(png, PNG_FILTER_TYPE_BASE, PNG_FILTER_PAETH);
+    png_set_compression_strategy(png, Z_RLE);
+}
+
+bool encode(Writer& writer, ImageView image, std::uint8_t* opaqueRow, PNGPacking packing) {
     writer.png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, leave, ignore);
     if (writer.png) writer.info = png_create_info_struct(writer.png);
     if (!writer.info) return false;
     if (setjmp(png_jmpbuf(writer.png))) return false;
     png_set_write_fn(writer.png, &writer, writeBytes, nullptr);
     png_set_compression_level(writer.png, compressionLevel);
+    if (packing == PNGPacking::quick) packQuickly(writer.png);
     png_set_user_limits(writer.png, 0x7fffffff, 0x7fffffff);
     png_set_IHDR(writer.png, writer.info, static_cast<png_uint_32>(image.width), static_cast<png_uint_32>(image.height),
                  8, opaqueRow ? PNG_COLOR_TYPE_RGB : PNG_COLOR_TYPE_RGB_ALPHA, PNG_INTERLACE_NONE,
@@ -97,12 +106,12 @@ struct Reader {
 
 }
 
-void writePNG(std::filesystem::path const& file, ImageView image) {
+void writePNG(std::filesystem::path const& file, ImageView image, PNGPacking packing) {
     if (image.isEmpty()) ffmpeg::throwWriting(file, Kind::refused, "the picture is empty");
     auto output = ffmpeg::writing(file, [&] { return PendingFile(file); });
     Writer writer(output);
     std::vector<std::uint8_t> opaqueRow(isOpaque(image) ? static_cast<std::size_t>(image.width) * 3 : 0);
-    if (!encode(writer, image, opaqueRow.empty() ? nullptr : opaqueRow.data())) {
+    if (!encode(writer, image, opaqueRow.empty() ? nullptr : opaqueRow.data(), packing)) {
         if (writer.fileError != 0) ffmpeg::throwWriting(file, -writer.fileError);
         ffmpeg::throwWriting(file, Kind::refused, "the picture could not be encoded");
     }
