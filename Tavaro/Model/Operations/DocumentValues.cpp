@@ -139,7 +139,7 @@ private:
     void lookAtNumber(double value, Limits limits, std::string const& path) {
         if (value >= limits.least && value <= limits.most) return;
         found.insert(
-            fmt::format("{}: expected a number from {:g} to {:g}, found {:g}", path, limits.least, limits.most, value));
+            fmt::format("{}: expected a number from {} to {}, found {}", path, limits.least, limits.most, value));
     }
 };
 

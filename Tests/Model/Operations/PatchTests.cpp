@@ -112,9 +112,9 @@ TEST(Patch, isRefusedWithTheReason) {
     EXPECT_EQ(refusal(R"({"mode":"movie"})").substr(0, 32), "mode: 'movie' is not one of webs");
     EXPECT_EQ(refusal(R"({"canvas":{"width":0}})"), "canvas.width: expected a number from 16 to 16384, found 0.");
     EXPECT_EQ(refusal(R"({"zoomEvents":[{"duration":-1}]})"),
-              "zoomEvents[0].duration: expected a number from 0 to 1e+07, found -1.");
+              "zoomEvents[0].duration: expected a number from 0 to 10000000, found -1.");
     EXPECT_EQ(refusal(R"({"overlays":[{"kind":{"box":{"rect":{"x":1e300}}}}]})"),
-              "overlays[0].kind.box.rect.x: expected a number from -1e+09 to 1e+09, found 1e+300.");
+              "overlays[0].kind.box.rect.x: expected a number from -1000000000 to 1000000000, found 1e+300.");
     EXPECT_EQ(refusal(R"({"cursor":{"smoothing":5}})"), "cursor.smoothing: expected a number from 0 to 1, found 5.");
     EXPECT_EQ(refusal(R"({"export":{"fps":0}})"), "export.fps: expected a number from 1 to 240, found 0.");
     EXPECT_EQ(refusal(R"({"background":{"solid":{"colour":{"r":255}}}})"),
@@ -128,7 +128,7 @@ TEST(Patch, aBadValueThatWasThereBeforeDoesNotStopAnother) {
     EXPECT_EQ(afterSetting(project, {"zoomEvents.1.scale=3"}), "Changed zoomEvents");
     EXPECT_EQ(project.zoomEvents[1].scale, 3);
     EXPECT_EQ(afterSetting(project, {"zoomEvents.1.duration=-3"}),
-              "zoomEvents[1].duration: expected a number from 0 to 1e+07, found -3.");
+              "zoomEvents[1].duration: expected a number from 0 to 10000000, found -3.");
 }
 
 TEST(SetFields, takesPathsWithJSONOrText) {
