@@ -76,7 +76,8 @@ JSONReader::Type JSONValue::type() const {
 }
 
 JSONValue JSONValue::parse(std::string_view text) {
-    auto const array = "[" + std::string(text) + "]"; // the reader takes no single values
+    std::string array("["); // the reader takes no single values
+    array.append(text).append("]");
     JSONReader reader(array);
     if (!reader.enterArray()) throw JSONError(JSONError::Kind::malformed, "the text is empty");
     auto value = valueAt(reader, 0);
