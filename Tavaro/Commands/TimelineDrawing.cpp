@@ -1,7 +1,7 @@
 #include <Tavaro/Commands/TimelineDrawing.h>
 
 #include <TavaroCore/Project/DemoProject.h>
-#include <TavaroCore/Timeline/RecordingOnTimeline.h>
+#include <TavaroCore/Project/RecordingOfProject.h>
 #include <TavaroCore/Values/Timecode.h>
 
 #include <fmt/format.h>
@@ -133,7 +133,7 @@ std::string timelineDrawing(DemoProject const& project, int columns) {
     lanes.draw("silences", project.silences, rangeOf, [](SilenceSpan const&, std::size_t) { return "░"; });
     drawSound(lanes, project);
     drawCamera(lanes, project);
-    auto const log = onTimeline(*project.metadata, project.timeline);
+    auto const log = logOnTimeline(project);
     lanes.draw("clicks", log.clicks, momentOf, [](ClickEvent const&, std::size_t) { return "•"; });
     lanes.draw("keys", log.keystrokes, momentOf, [](KeystrokeEvent const&, std::size_t) { return "˙"; });
     return lanes.take();

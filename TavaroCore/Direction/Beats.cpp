@@ -1,11 +1,10 @@
 #include <TavaroCore/Direction/Private/Beats.h>
 
 #include <TavaroCore/Direction/Private/SilenceDetector.h>
-#include <TavaroCore/Direction/RecordedSeconds.h>
 #include <TavaroCore/Project/DemoProject.h>
+#include <TavaroCore/Project/RecordingOfProject.h>
 #include <TavaroCore/Speech/TimelineWords.h>
-#include <TavaroCore/Timeline/RecordingOnTimeline.h>
-#include <TavaroCore/Timeline/SourceIndex.h>
+#include <TavaroCore/Values/JoinedRanges.h>
 
 #include <algorithm>
 
@@ -25,31 +24,17 @@ constexpr float speechLevel = 0.018f;
 
 using Ranges = std::vector<TimeRange>;
 
-/// Sorts, and joins ranges with no more than `gap` between them.
-Ranges joined(Ranges ranges, double gap) {
-    std::sort(ranges.begin(), ranges.end(), [](auto const& a, auto const& b) { return a.start < b.start; });
-    Ranges result;
-    for (auto const& range : ranges) {
-        if (!result.empty() && range.start - result.back().end() <= gap) {
-            result.back() = result.back().unionWith(range);
-        } else {
-            result.push_back(range);
-        }
-    }
-    return result;
-}
-
 /// Where somebody talks, from the levels: what is not quiet.
 Ranges loudRanges(DemoProject const& project) {
     auto const& levels = project.metadata->micLevels;
     if (levels.empty()) return {};
     double const seconds = recordedSeconds(project);
     SilenceDetector const detector{.threshold = speechLevel};
-    SourceIndex const index(project.timeline);
+    auto const recording = recordingOnTimeline(project);
     Ranges result;
     double from = 0;
     auto const take = [&](double until) {
-        for (auto const& shown : shownRanges({from, until - from}, index)) result.push_back(shown);
+        for (auto const& shown : recording.stretches({from, until - from})) result.push_back(shown.range);
     };
     for (auto const& quiet : detector.quietRanges(levels, seconds)) {
         if (quiet.start > from) take(quiet.start);
@@ -68,9 +53,9 @@ Ranges talk(DemoProject const& project) {
     return result;
 }
 
-Ranges work(RecordingMetadata const& onTimeline) {
+Ranges work(RecordingMetadata const& shownLog) {
     Ranges result;
-    for (double const time : SilenceDetector::activityTimes(onTimeline, pointerTravel)) {
+    for (double const time : SilenceDetector::activityTimes(shownLog, pointerTravel)) {
         result.push_back({time - workBefore, workBefore + workAfter});
     }
     return joined(std::move(result), std::max(workPause - workBefore - workAfter, 0.0));
@@ -79,9 +64,9 @@ Ranges work(RecordingMetadata const& onTimeline) {
 /// Output times of changes of the screen.
 std::vector<double> changes(DemoProject const& project) {
     std::vector<double> result;
-    SourceIndex const index(project.timeline);
+    auto const recording = recordingOnTimeline(project);
     for (double const source : project.screenSceneChanges.value_or(std::vector<double>{})) {
-        if (auto const time = index.timelineTime(source)) result.push_back(*time);
+        for (double const time : recording.outputTimes(source)) result.push_back(time);
     }
     std::sort(result.begin(), result.end());
     return result;
@@ -130,10 +115,10 @@ void nameEnds(std::vector<Beat>& beats) {
 
 }
 
-std::vector<Beat> beats(DemoProject const& project, RecordingMetadata const& onTimeline) {
+std::vector<Beat> beats(DemoProject const& project, RecordingMetadata const& shownLog) {
     double const duration = project.duration();
     if (!(duration > 0)) return {};
-    auto const working = work(onTimeline);
+    auto const working = work(shownLog);
     auto const looking = joined(results(working, changes(project)), 0);
     auto const talking = talk(project);
     std::vector<double> bounds{0, duration};

@@ -175,14 +175,14 @@ void clearCameraDirection(DemoProject& project) {
     std::erase_if(project.cameraMoves, [](CameraMove const& move) { return move.isAutomatic; });
 }
 
-void directCamera(DemoProject& project, RecordingMetadata const& onTimeline) {
+void directCamera(DemoProject& project, RecordingMetadata const& shownLog) {
     bool const hasCamera = project.cameraAsset && project.camera.isEnabled;
     if (project.cameraDirectorStyle == CameraDirectorStyle::off || !hasCamera) return;
     clearCameraDirection(project);
     auto const& direction = directionOf(project.cameraDirectorStyle);
-    auto const shots = withoutFlicker(shotsOf(beats(project, onTimeline), direction), direction.shortestShot);
+    auto const shots = withoutFlicker(shotsOf(beats(project, shownLog), direction), direction.shortestShot);
     layCues(project, shots, direction.shortestShot);
-    if (!project.camera.position) layMoves(project, shots, ScreenActivity(onTimeline), direction.shortestPlace);
+    if (!project.camera.position) layMoves(project, shots, ScreenActivity(shownLog), direction.shortestPlace);
 }
 
 }

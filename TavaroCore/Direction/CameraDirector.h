@@ -16,7 +16,7 @@ struct RecordingMetadata;
 /// camera to keep to that. Automatic cues and moves made before are replaced; those made by hand stay, and for the
 /// length of a shot on either side of one nothing automatic happens. Each cue says its reason. Does nothing when the
 /// style is off or there is no camera. A pure function of the document, given its log in output times.
-void directCamera(DemoProject& project, RecordingMetadata const& onTimeline);
+void directCamera(DemoProject& project, RecordingMetadata const& shownLog);
 
 /// Removes the layout cues and camera moves that were laid automatically.
 void clearCameraDirection(DemoProject& project);

@@ -4,11 +4,9 @@
 #include <TavaroCore/Direction/CameraDirector.h>
 #include <TavaroCore/Direction/Private/ScreenActivity.h>
 #include <TavaroCore/Direction/Private/SilenceDetector.h>
-#include <TavaroCore/Direction/RecordedSeconds.h>
 #include <TavaroCore/Project/DemoProject.h>
+#include <TavaroCore/Project/RecordingOfProject.h>
 #include <TavaroCore/Style/BackgroundPreset.h>
-#include <TavaroCore/Timeline/RecordingOnTimeline.h>
-#include <TavaroCore/Timeline/SourceIndex.h>
 
 #include <algorithm>
 #include <iterator>
@@ -39,8 +37,8 @@ std::int64_t smoothPointer(DemoProject& project) {
     return count;
 }
 
-std::int64_t addZooms(DemoProject& project, SmartDirector const& director, RecordingMetadata const& onTimeline) {
-    auto made = SmartDirector::clearOfHandMade(director.zoomEvents(onTimeline, project.duration()), project.zoomEvents);
+std::int64_t addZooms(DemoProject& project, SmartDirector const& director, RecordingMetadata const& shownLog) {
+    auto made = SmartDirector::clearOfHandMade(director.zoomEvents(shownLog, project.duration()), project.zoomEvents);
     auto const count = static_cast<std::int64_t>(made.size());
     auto& zooms = project.zoomEvents;
     zooms.insert(zooms.end(), std::make_move_iterator(made.begin()), std::make_move_iterator(made.end()));
@@ -75,11 +73,11 @@ std::vector<SilenceSpan> silencesOnTimeline(DemoProject const& project) {
     bool const isWhole = clips.size() == 1 && clips[0].start == 0 && clips[0].sourceStart == 0 && clips[0].speed == 1;
     double const recorded = recordedSeconds(project);
     if (isWhole && recorded - project.duration() < 0.001) return silenceDetector.detect(recording, project.duration());
-    SourceIndex const index(project.timeline);
+    auto const shown = recordingOnTimeline(project);
     std::vector<SilenceSpan> spans;
     for (auto const& span : silenceDetector.detect(recording, recorded)) {
-        for (auto const& shown : shownRanges(span.range(), index)) {
-            spans.push_back({.start = shown.start, .duration = shown.duration, .isRemoved = true});
+        for (auto const& [range, seconds] : shown.stretches(span.range())) {
+            spans.push_back({.start = range.start, .duration = range.duration, .isRemoved = true});
         }
     }
     std::stable_sort(spans.begin(), spans.end(), [](auto const& a, auto const& b) { return a.start < b.start; });
@@ -99,14 +97,14 @@ void enhanceAudio(DemoProject& project) {
     }
 }
 
-void placeCamera(CameraSettings& camera, RecordingMetadata const& onTimeline) {
-    camera.placement = SmartDirector::bestCameraPlacement(onTimeline);
+void placeCamera(CameraSettings& camera, RecordingMetadata const& shownLog) {
+    camera.placement = SmartDirector::bestCameraPlacement(shownLog);
     camera.avoidsContent = true;
 }
 
 /// Appends keycaps where no keycap made by hand is shown. One that had to wait past the end is left out.
-std::int64_t addKeycaps(DemoProject& project, RecordingMetadata const& onTimeline) {
-    auto keycaps = SmartDirector::keystrokeOverlays(onTimeline);
+std::int64_t addKeycaps(DemoProject& project, RecordingMetadata const& shownLog) {
+    auto keycaps = SmartDirector::keystrokeOverlays(shownLog);
     auto const isCovered = [&](Overlay const& made) {
         return std::any_of(project.overlays.begin(), project.overlays.end(), [&](Overlay const& other) {
             return std::holds_alternative<OverlayKind::Keycap>(other.kind.content) &&
@@ -140,7 +138,7 @@ DirectorReport SmartDirector::polish(DemoProject& project) const {
     DirectorReport report;
     project.clearAutomaticEdits();
     if (settings_.cursorSmoothing) report.cursorSamplesSmoothed = smoothPointer(project);
-    auto const recording = onTimeline(*project.metadata, project.timeline);
+    auto const recording = logOnTimeline(project);
     if (settings_.smartZoom && mode_ != DemoMode::plain) report.zoomsAdded = addZooms(project, *this, recording);
     highlightClicks(project.cursor, settings_.clickHighlights);
     if (!settings_.motionBlur) stillAutomaticZooms(project);

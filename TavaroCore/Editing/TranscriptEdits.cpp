@@ -4,6 +4,7 @@
 #include <TavaroCore/Editing/TimelineEdits.h>
 #include <TavaroCore/Project/DemoProject.h>
 #include <TavaroCore/Speech/TimelineWords.h>
+#include <TavaroCore/Values/JoinedRanges.h>
 
 #include <algorithm>
 #include <cmath>
@@ -20,16 +21,7 @@ std::vector<TimeRange> merged(std::vector<TimeRange> ranges) {
     std::erase_if(ranges, [](TimeRange const& range) {
         return !(range.duration > 0) || !std::isfinite(range.start) || !std::isfinite(range.duration);
     });
-    std::sort(ranges.begin(), ranges.end(), [](auto const& a, auto const& b) { return a.start < b.start; });
-    std::vector<TimeRange> result;
-    for (auto const& range : ranges) {
-        if (result.empty() || range.start > result.back().end()) {
-            result.push_back(range);
-        } else {
-            result.back() = result.back().unionWith(range);
-        }
-    }
-    return result;
+    return joined(std::move(ranges), 0);
 }
 
 template<class Predicate> std::vector<bool> chosenOf(std::vector<TimelineWord> const& words, Predicate isChosen) {

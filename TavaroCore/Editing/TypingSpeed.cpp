@@ -5,6 +5,7 @@
 #include <TavaroCore/Editing/Private/Retime.h>
 #include <TavaroCore/Editing/RangeEdits.h>
 #include <TavaroCore/Project/DemoProject.h>
+#include <TavaroCore/Project/RecordingOfProject.h>
 
 #include <algorithm>
 #include <cmath>
@@ -20,17 +21,17 @@ constexpr double shortestPiece = 0.5; // seconds of output
 constexpr double normalSpeed = 1.000001;
 
 /// The parts of the stretches that the edit shows at the recorded speed or slower, in output times, ascending.
-std::vector<TimeRange> shownAtEase(Timeline const& timeline, std::vector<TimeRange> const& stretches) {
+std::vector<TimeRange> shownAtEase(DemoProject const& project, std::vector<TimeRange> const& stretches) {
+    auto const recording = recordingOnTimeline(project);
     std::vector<TimeRange> shown;
-    for (auto const& clip : timeline.clips) {
-        if (!(clip.speed > 0) || clip.speed > normalSpeed) continue;
-        for (auto const& stretch : stretches) {
-            double const from = std::max(stretch.start, clip.sourceStart);
-            double const to = std::min(stretch.end(), clip.sourceStart + clip.sourceSpan());
-            double const duration = (to - from) / clip.speed;
-            if (duration >= shortestPiece) shown.push_back({clip.outputTime(from), duration});
-        }
+    for (auto const& stretch : stretches) {
+        recording.forEachClip(stretch, [&](VideoClip const& clip, TimeRange const& part) {
+            double const duration = part.duration / clip.speed;
+            bool const isAtEase = clip.speed > 0 && clip.speed <= normalSpeed;
+            if (isAtEase && duration >= shortestPiece) shown.push_back({clip.outputTime(part.start), duration});
+        });
     }
+    std::ranges::sort(shown, {}, &TimeRange::start);
     return shown;
 }
 
@@ -66,7 +67,7 @@ SpansEdited speedUpTyping(DemoProject& project, double by) {
     if (rate == 1 || stretches.empty()) return {};
     pictureRange(project, {});
     double const before = project.duration();
-    auto const pieces = shownAtEase(project.timeline, stretches);
+    auto const pieces = shownAtEase(project, stretches);
     for (auto piece = pieces.rbegin(); piece != pieces.rend(); ++piece) {
         retime(project, pictureRange(project, *piece), rate);
     }

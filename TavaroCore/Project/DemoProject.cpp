@@ -2,6 +2,7 @@
 
 #include <TavaroCore/Records/JSON.h>
 #include <TavaroCore/Records/Private/Hash.h>
+#include <TavaroCore/Values/JoinedRanges.h>
 
 #include <algorithm>
 #include <cmath>
@@ -26,16 +27,8 @@ std::vector<TimeRange> DemoProject::mutedRanges() const {
     for (auto const& clip : timeline.clips) {
         if (clip.isMuted && clip.duration > 0) muted.push_back(clip.range());
     }
-    std::ranges::sort(muted, {}, &TimeRange::start);
-    constexpr double joinTolerance = 1e-6; // seconds; clips laid end to end leave the rounding of their times between
-    std::vector<TimeRange> joined;
-    for (auto const& range : muted) {
-        if (!joined.empty() && range.start <= joined.back().end() + joinTolerance)
-            joined.back() = joined.back().unionWith(range);
-        else
-            joined.push_back(range);
-    }
-    return joined;
+    constexpr double rounding = 1e-6; // seconds, that clips laid end to end leave between their times
+    return joined(std::move(muted), rounding);
 }
 
 bool DemoProject::usesSplit() const {

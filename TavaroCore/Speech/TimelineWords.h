@@ -21,8 +21,8 @@ struct TimelineWord {
 
 /// The transcript's words that the edit shows, by output time. Of a word that is partly cut the visible part is kept
 /// when it is at least half of the word; else the word is left out. Parts that play one after the other count as one
-/// part, so a split inside a word changes nothing; of parts that lie apart the longest counts. Empty without a
-/// transcript. n log n.
+/// part, so a split inside a word changes nothing; of parts that lie apart the longest counts. A word that several
+/// clips show is there for each. Empty without a transcript. n log n.
 std::vector<TimelineWord> timelineWords(DemoProject const& project);
 
 /// The silences longer than `threshold` seconds between neighbouring words, in output seconds; each begins where the

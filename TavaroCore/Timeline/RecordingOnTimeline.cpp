@@ -1,87 +1,126 @@
 #include <TavaroCore/Timeline/RecordingOnTimeline.h>
 
-#include <TavaroCore/Timeline/SourceIndex.h>
-#include <TavaroCore/Timeline/Timeline.h>
-
-#include <algorithm>
 #include <cmath>
+#include <limits>
+#include <span>
 
 namespace tavaro {
 
 namespace {
 
-template<class Entry> void sortByTime(std::vector<Entry>& entries) {
-    auto const earlier = [](Entry const& a, Entry const& b) { return a.t < b.t; };
-    if (!std::is_sorted(entries.begin(), entries.end(), earlier)) {
-        std::stable_sort(entries.begin(), entries.end(), earlier);
+constexpr double touching = 0.000001; // seconds; times that close are the same
+
+/// Sets the latest ends of a range of spans, and returns that of all of it.
+template<class Span> double setLatestEnds(std::span<Span> spans) {
+    if (spans.empty()) return -std::numeric_limits<double>::infinity();
+    auto const middle = spans.size() / 2;
+    auto& root = spans[middle];
+    root.latestEnd = std::max({root.end, setLatestEnds(spans.first(middle)), setLatestEnds(spans.subspan(middle + 1))});
+    return root.latestEnd;
+}
+
+/// The spans that end after `from` and begin before `to`.
+template<class Span, class Visit>
+void forEachBetween(std::span<Span const> spans, double from, double to, Visit&& visit) {
+    if (spans.empty()) return;
+    auto const middle = spans.size() / 2;
+    auto const& root = spans[middle];
+    if (!(root.latestEnd > from)) return;
+    forEachBetween(spans.first(middle), from, to, visit);
+    if (!(root.start < to)) return;
+    if (root.end > from) visit(root);
+    forEachBetween(spans.subspan(middle + 1), from, to, visit);
+}
+
+bool areInOrder(std::vector<VideoClip> const& clips) {
+    for (std::size_t i = 0; i < clips.size(); ++i) {
+        if (!(clips[i].start < clips[i].end())) return false;
+        if (i > 0 && !(clips[i - 1].start <= clips[i].start && clips[i - 1].end() <= clips[i].end())) return false;
     }
+    return true;
 }
 
-/// The entries that some clip shows, at their output times.
-template<class Entry> std::vector<Entry> mapped(std::vector<Entry> const& entries, SourceIndex const& index) {
-    std::vector<Entry> result;
-    result.reserve(entries.size());
-    for (auto const& entry : entries) {
-        auto const time = index.timelineTime(entry.t);
-        if (!time) continue;
-        result.push_back(entry);
-        result.back().t = *time;
+}
+
+RecordingOnTimeline::RecordingOnTimeline(Timeline const& timeline, std::string_view asset)
+    : timeline_(timeline)
+    , asset_(asset)
+    , isInOrder_(areInOrder(timeline.clips)) {
+    for (std::size_t i = 0; i < timeline.clips.size(); ++i) {
+        auto const& clip = timeline.clips[i];
+        TimeRange const span{clip.sourceStart, clip.sourceSpan()};
+        if (!isShownBy(clip) || !(span.start < span.end())) continue;
+        clips_.push_back(i);
+        spans_.push_back({.start = span.start, .end = span.end(), .clip = i});
     }
-    return result;
+    std::ranges::stable_sort(spans_, {}, &Span::start);
+    setLatestEnds(std::span(spans_));
 }
 
-std::vector<ClickEvent> mappedClicks(std::vector<ClickEvent> const& clicks, SourceIndex const& index) {
-    auto result = mapped(clicks, index);
-    for (auto& click : result) {
-        if (!click.dragEnd) continue;
-        click.dragEnd = index.timelineTime(*click.dragEnd);
-        if (click.dragEnd && *click.dragEnd < click.t) click.dragEnd.reset(); // its end is shown before its beginning
+VideoClip const* RecordingOnTimeline::clip(double at) const {
+    auto const& clips = timeline_.clips;
+    auto const* shown = static_cast<VideoClip const*>(nullptr);
+    if (isInOrder_) {
+        auto const found = std::ranges::partition_point(clips, [&](VideoClip const& c) { return c.end() <= at; });
+        if (found != clips.end() && found->range().contains(at)) shown = &*found;
     }
-    return result;
+    if (!shown) shown = timeline_.clip(at); // also the end of the last clip
+    return shown && isShownBy(*shown) ? shown : nullptr;
 }
 
+std::optional<double> RecordingOnTimeline::recordedTime(double at) const {
+    auto const* shown = clip(at);
+    if (!shown) return std::nullopt;
+    return shown->sourceStart + (std::min(at, shown->end()) - shown->start) * shown->speed;
 }
 
-std::vector<TimeRange> shownRanges(TimeRange const& recorded, SourceIndex const& index) {
-    constexpr double touching = 0.000001;
-    auto const& pieces = index.pieces();
-    auto piece = std::upper_bound(pieces.begin(), pieces.end(), recorded.start,
-                                  [](double t, SourceIndex::Piece const& p) { return t < p.end; });
-    std::vector<TimeRange> result;
-    for (; piece != pieces.end() && piece->start < recorded.end(); ++piece) {
-        double const first = piece->clip->outputTime(std::max(piece->start, recorded.start));
-        double const last = piece->clip->outputTime(std::min(piece->end, recorded.end()));
-        if (!(first < last)) continue;
-        if (!result.empty() && std::abs(result.back().end() - first) <= touching) {
-            result.back().duration = last - result.back().start;
-        } else {
-            result.push_back({first, last - first});
+std::optional<double> RecordingOnTimeline::timeIn(VideoClip const& clip, double recorded) const {
+    double const end = clip.sourceStart + clip.sourceSpan();
+    if (TimeRange{clip.sourceStart, clip.sourceSpan()}.contains(recorded)) return clip.outputTime(recorded);
+    if (!isLast(clip) || !(std::abs(recorded - end) <= touching)) return std::nullopt;
+    return std::min(clip.outputTime(recorded), clip.end());
+}
+
+std::vector<double> RecordingOnTimeline::outputTimes(double recorded) const {
+    std::vector<double> times;
+    auto const add = [&](Span const& span) {
+        if (auto const time = timeIn(timeline_.clips[span.clip], recorded)) times.push_back(*time);
+    };
+    forEachBetween(std::span<Span const>(spans_), recorded - 2 * touching, recorded + 2 * touching, add);
+    std::ranges::sort(times);
+    return times;
+}
+
+void RecordingOnTimeline::forEachClip(TimeRange const& recorded,
+                                      FunctionRef<void(VideoClip const&, TimeRange const&)> visit) const {
+    forEachBetween(std::span<Span const>(spans_), recorded.start, recorded.end(), [&](Span const& span) {
+        double const from = std::max(span.start, recorded.start);
+        visit(timeline_.clips[span.clip], {from, std::min(span.end, recorded.end()) - from});
+    });
+}
+
+std::vector<RecordingOnTimeline::Stretch> RecordingOnTimeline::stretches(TimeRange const& recorded) const {
+    struct Part {
+        TimeRange range; // output seconds
+        TimeRange recorded;
+    };
+    std::vector<Part> parts;
+    forEachClip(recorded, [&](VideoClip const& clip, TimeRange const& part) {
+        double const first = clip.outputTime(part.start), last = clip.outputTime(part.end());
+        if (first < last) parts.push_back({{first, last - first}, part});
+    });
+    std::ranges::stable_sort(parts, {}, [](Part const& part) { return part.range.start; });
+    std::vector<Stretch> result;
+    for (std::size_t i = 0; i < parts.size(); ++i) {
+        bool const goesOn = i > 0 && std::abs(parts[i - 1].range.end() - parts[i].range.start) <= touching &&
+                            parts[i].recorded.start >= parts[i - 1].recorded.end() - touching;
+        if (!goesOn) {
+            result.push_back({parts[i].range, parts[i].recorded.duration});
+            continue;
         }
+        result.back().range.duration = parts[i].range.end() - result.back().range.start;
+        result.back().recordedSeconds += parts[i].recorded.duration;
     }
-    return result;
-}
-
-RecordingMetadata onTimeline(RecordingMetadata const& recording, Timeline const& timeline) {
-    SourceIndex const index(timeline);
-    RecordingMetadata result;
-    result.captureSize = recording.captureSize;
-    result.scaleFactor = recording.scaleFactor;
-    result.cursorSamples = mapped(recording.cursorSamples, index);
-    result.clicks = mappedClicks(recording.clicks, index);
-    result.keystrokes = mapped(recording.keystrokes, index);
-    for (auto const& span : recording.appSpans) {
-        for (auto const& shown : shownRanges({span.t, span.duration}, index)) {
-            result.appSpans.push_back(span);
-            result.appSpans.back().t = shown.start;
-            result.appSpans.back().duration = shown.duration;
-        }
-    }
-    result.micLevels = recording.micLevels;
-    result.health = recording.health;
-    sortByTime(result.cursorSamples);
-    sortByTime(result.clicks);
-    sortByTime(result.keystrokes);
-    sortByTime(result.appSpans);
     return result;
 }
 

@@ -6,7 +6,8 @@
 
 #include <TavaroCore/Editing/AudioSplits.h>
 #include <TavaroCore/Project/DemoProject.h>
-#include <TavaroCore/Timeline/SourceIndex.h>
+#include <TavaroCore/Project/RecordingOfProject.h>
+#include <TavaroCore/Values/JoinedRanges.h>
 #include <TavaroMedia/Audio/AudioGraph.h>
 #include <TavaroRender/Audio/Private/MixRuns.h>
 
@@ -46,15 +47,15 @@ struct Building {
     std::int64_t editEnd = 0; // output samples
 
     std::int64_t output(double editSeconds) const { return samples(intro + editSeconds); }
-    std::vector<SampleRange> output(std::vector<TimeRange> const& ranges, std::int64_t gap) const;
+    std::vector<SampleSpan> output(std::vector<TimeRange> const& ranges, std::int64_t gap) const;
     std::size_t sourceNumber(std::string const& asset, AudioTrack const& track);
     void add(AudioTrack const& track, std::vector<AudioClip> const& clips);
     void addWindows(AudioTrack const& track, MixTrack& mixed) const;
     void addSegments();
 };
 
-std::vector<SampleRange> Building::output(std::vector<TimeRange> const& ranges, std::int64_t gap) const {
-    std::vector<SampleRange> result;
+std::vector<SampleSpan> Building::output(std::vector<TimeRange> const& ranges, std::int64_t gap) const {
+    std::vector<SampleSpan> result;
     for (auto const& range : ranges) {
         if (isTime(range.start) && isTime(range.end())) result.push_back({output(range.start), output(range.end())});
     }
@@ -161,7 +162,7 @@ void Building::addSegments() {
 
 }
 
-GainEnvelope duckingEnvelope(std::vector<SampleRange> const& windows, double amount) {
+GainEnvelope duckingEnvelope(std::vector<SampleSpan> const& windows, double amount) {
     if (!(amount > 0)) return {};
     return GainEnvelope::dips(joined(windows, duckHold), static_cast<float>(1 - std::min(amount, 1.0)), duckAttack,
                               duckRelease);
@@ -170,17 +171,11 @@ GainEnvelope duckingEnvelope(std::vector<SampleRange> const& windows, double amo
 std::vector<TimeRange> voiceoverWindows(DemoProject const& project) {
     std::vector<TimeRange> windows;
     if (!project.voiceover) return windows;
-    auto segments = project.voiceover->segments;
-    std::ranges::stable_sort(segments, {}, &VoiceoverSegment::start);
-    for (auto const& segment : segments) {
-        if (!segment.audioAsset || !(segment.duration() > 0) || !isTime(segment.start)) continue;
-        if (!windows.empty() && segment.start <= windows.back().end()) {
-            windows.back().duration = std::max(windows.back().end(), segment.end()) - windows.back().start;
-        } else {
+    for (auto const& segment : project.voiceover->segments) {
+        if (segment.audioAsset && segment.duration() > 0 && isTime(segment.start))
             windows.push_back({segment.start, segment.duration()});
-        }
     }
-    return windows;
+    return joined(std::move(windows), 0);
 }
 
 double duckAmount(DemoProject const& project, AudioTrack const& track) {
@@ -194,10 +189,9 @@ double duckAmount(DemoProject const& project, AudioTrack const& track) {
 std::vector<double> clickTimes(DemoProject const& project) {
     std::vector<double> times;
     if (!project.cursor.clickSound) return times;
-    SourceIndex const index(project.timeline);
-    for (auto const& click : project.metadata->clicks) {
-        if (auto const time = index.timelineTime(click.t); time && isTime(*time)) times.push_back(*time);
-    }
+    recordingOnTimeline(project).forEachShown(project.metadata->clicks, [&](ClickEvent const&, double time) {
+        if (isTime(time)) times.push_back(time);
+    });
     std::ranges::sort(times);
     std::vector<double> kept;
     for (auto const time : times) {

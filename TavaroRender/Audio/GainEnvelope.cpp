@@ -21,10 +21,10 @@ void multiply(std::span<StereoSample> samples, float gain) {
 
 }
 
-std::vector<SampleRange> joined(std::vector<SampleRange> ranges, std::int64_t gap) {
-    std::erase_if(ranges, [](SampleRange const& range) { return range.start >= range.end; });
-    std::ranges::sort(ranges, {}, &SampleRange::start);
-    std::vector<SampleRange> result;
+std::vector<SampleSpan> joined(std::vector<SampleSpan> ranges, std::int64_t gap) {
+    std::erase_if(ranges, [](SampleSpan const& range) { return range.start >= range.end; });
+    std::ranges::sort(ranges, {}, &SampleSpan::start);
+    std::vector<SampleSpan> result;
     for (auto const& range : ranges) {
         if (!result.empty() && range.start - result.back().end < gap) {
             result.back().end = std::max(result.back().end, range.end);
@@ -35,7 +35,7 @@ std::vector<SampleRange> joined(std::vector<SampleRange> ranges, std::int64_t ga
     return result;
 }
 
-GainEnvelope GainEnvelope::dips(std::vector<SampleRange> const& ranges, float gain, std::int64_t attack,
+GainEnvelope GainEnvelope::dips(std::vector<SampleSpan> const& ranges, float gain, std::int64_t attack,
                                 std::int64_t release) {
     std::vector<GainPoint> points;
     for (auto const& [start, end] : ranges) {

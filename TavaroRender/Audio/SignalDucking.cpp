@@ -32,13 +32,13 @@ MixPlan tracksOf(MixPlan const& plan, AudioRole role) {
     return part;
 }
 
-std::vector<SampleRange> heard(MixPlan part, std::vector<std::filesystem::path> const& files,
-                               std::function<bool()> const& goOn) {
+std::vector<SampleSpan> heard(MixPlan part, std::vector<std::filesystem::path> const& files,
+                              std::function<bool()> const& goOn) {
     if (part.tracks.empty()) return {};
     auto const length = part.length;
     MixRenderer renderer(std::move(part), files);
     std::vector<StereoSample> block(stepSamples * stepsAtOnce);
-    std::vector<SampleRange> ranges;
+    std::vector<SampleSpan> ranges;
     for (std::int64_t at = 0; at < length; at += std::ssize(block)) {
         if (goOn && !goOn()) break;
         renderer.render(at, block);
@@ -49,14 +49,14 @@ std::vector<SampleRange> heard(MixPlan part, std::vector<std::filesystem::path> 
         }
     }
     auto syllables = joined(std::move(ranges), stepSamples * 2);
-    std::erase_if(syllables, [](SampleRange const& range) { return range.end - range.start < shortestSound; });
+    std::erase_if(syllables, [](SampleSpan const& range) { return range.end - range.start < shortestSound; });
     return syllables;
 }
 
 }
 
 void resolveDucking(MixPlan& plan, std::vector<std::filesystem::path> const& files, std::function<bool()> const& goOn) {
-    std::map<AudioRole, std::vector<SampleRange>> found;
+    std::map<AudioRole, std::vector<SampleSpan>> found;
     for (auto const& track : plan.tracks) {
         if (!track.duckedBySignal || track.duckAmount <= 0 || found.contains(*track.duckedBySignal)) continue;
         found[*track.duckedBySignal] = heard(tracksOf(plan, *track.duckedBySignal), files, goOn);

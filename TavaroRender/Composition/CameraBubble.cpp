@@ -1,13 +1,13 @@
 #include <TavaroRender/Composition/Private/CameraBubble.h>
 
+#include <TavaroCore/Values/CanvasUnit.h>
+
 namespace tavaro {
 
 namespace {
 
 constexpr double wideAspect = 16.0 / 9;
 constexpr double widest = 0.9; // of the canvas
-
-double smallerSide(Size2 canvas) { return static_cast<double>(std::min(canvas.width, canvas.height)); }
 
 /// Where a placement lies: 0 at the left or top, ½ in the middle, 1 at the right or bottom.
 UnitPoint2 anchor(CameraPlacement placement) {

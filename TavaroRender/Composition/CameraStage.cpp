@@ -4,6 +4,7 @@
 #include <mutex>
 
 #include <TavaroCore/Project/DemoProject.h>
+#include <TavaroCore/Values/CanvasUnit.h>
 #include <TavaroCore/Zoom/ZoomResolver.h>
 #include <TavaroRender/Composition/Private/CameraBubble.h>
 #include <TavaroRender/Composition/Private/CameraDodge.h>
@@ -121,7 +122,7 @@ CanvasRect CameraStage::State::bubbleRect(CameraPose const& pose) const {
 CameraFigure CameraStage::State::figure(CameraPose const& pose, StageMoment const& moment) const {
     CameraFigure figure{.rect = wholeOf(canvas), .opacity = 1, .isPane = true};
     if (pose.scene == SceneLayout::split) {
-        double const unit = static_cast<double>(std::min(canvas.width, canvas.height)) / 1080;
+        double const unit = canvasUnit(canvas);
         auto const aside = paneAside(panes.camera, split.arrangement);
         figure.rect = panes.camera;
         figure.aside = aside.center() - panes.camera.center();

@@ -1,6 +1,7 @@
 #include <TavaroRender/Composition/Private/FrameComposer.h>
 
 #include <TavaroCore/Project/DemoProject.h>
+#include <TavaroCore/Values/CanvasUnit.h>
 #include <TavaroCore/Zoom/LoupeResolver.h>
 #include <TavaroCore/Zoom/ZoomResolver.h>
 #include <TavaroRender/Composition/Private/CameraStage.h>
@@ -26,8 +27,6 @@ constexpr double largestPointer = 0.06;
 
 constexpr double invisible = 0.001;
 constexpr double likelyAspect = 16.0 / 9; // of a camera that nobody has looked at yet
-
-double smallerSide(Size2 size) { return static_cast<double>(std::min(size.width, size.height)); }
 
 /// Fades what leaves the part of the recording that is shown, as a zoom or a pane can make the pointer do, and what
 /// lies on a recording that the camera covers.

@@ -1,13 +1,10 @@
 #include <TavaroRender/Composition/Private/LoupeLens.h>
 
+#include <TavaroCore/Values/Smoothstep.h>
+
 namespace tavaro {
 
 namespace {
-
-double smoothstep(double from, double to, double x) {
-    double const t = std::clamp((x - from) / (to - from), 0.0, 1.0);
-    return t * t * (3 - 2 * t);
-}
 
 /// Magnification at a radius, as a share of the lens's.
 double magnificationAt(double middle, double radius) {

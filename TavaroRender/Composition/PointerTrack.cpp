@@ -5,7 +5,9 @@
 
 #include <TavaroCore/Cursor/CursorSmoother.h>
 #include <TavaroCore/Project/DemoProject.h>
+#include <TavaroCore/Project/RecordingOfProject.h>
 #include <TavaroCore/Values/Easing.h>
+#include <TavaroCore/Values/Smoothstep.h>
 
 namespace tavaro {
 
@@ -17,11 +19,6 @@ constexpr double idleFadeOut = 0.35;     // seconds
 constexpr double idleFadeIn = 0.20;      // seconds, before the pointer moves again
 constexpr double longestReturn = 0.9;    // seconds of the way back of a pointer that loops
 constexpr double returnShare = 0.25;     // of a short output
-
-double smoothstep(double from, double to, double x) {
-    double const t = std::clamp((x - from) / (to - from), 0.0, 1.0);
-    return t * t * (3 - 2 * t);
-}
 
 /// Times at which the pointer left the place where it rested, and clicks.
 std::vector<double> activity(RecordingMetadata const& metadata) {
@@ -39,7 +36,10 @@ std::vector<double> activity(RecordingMetadata const& metadata) {
 
 }
 
-PointerTrack::PointerTrack(DemoProject const& project) : project_(project), crop_(project.effectiveCrop()) {
+PointerTrack::PointerTrack(DemoProject const& project)
+    : project_(project)
+    , recording_(recordingOnTimeline(project))
+    , crop_(project.effectiveCrop()) {
     auto const& metadata = *project.metadata;
     auto const& clips = project.timeline.clips;
     for (std::size_t i = 0; i < clips.size(); ++i) {
@@ -48,13 +48,10 @@ PointerTrack::PointerTrack(DemoProject const& project) : project_(project), crop
             std::abs(clips[i - 1].end() - clips[i].start) < joinTolerance &&
             std::abs(clips[i - 1].sourceStart + clips[i - 1].sourceSpan() - clips[i].sourceStart) < joinTolerance;
         continuousSince_.push_back(joins ? continuousSince_.back() : clips[i].sourceStart);
-
-        auto const span = TimeRange{clips[i].sourceStart, clips[i].sourceSpan()};
-        auto click = std::ranges::lower_bound(metadata.clicks, span.start, {}, &ClickEvent::t);
-        for (; click != metadata.clicks.end() && click->t < span.end(); ++click) {
-            clicks_.push_back({clips[i].start + (click->t - span.start) / clips[i].speed, cropped(click->position)});
-        }
     }
+    recording_.forEachShown(metadata.clicks, [&](ClickEvent const& click, double at) {
+        clicks_.push_back({at, cropped(click.position)});
+    });
     std::ranges::sort(clicks_, {}, &Click::start);
     if (project.cursor.idleHideAfter > 0) moves_ = activity(metadata);
 }
@@ -64,7 +61,7 @@ UnitPoint2 PointerTrack::cropped(UnitPoint2 const& point) const {
 }
 
 std::optional<UnitPoint2> PointerTrack::recordedPosition(double at) const {
-    auto const source = project_.timeline.sourceTime(at);
+    auto const source = recording_.recordedTime(at);
     if (!source) return std::nullopt;
     auto const point = CursorSmoother::position(project_.metadata->cursorSamples, *source);
     if (!point) return std::nullopt;
@@ -87,9 +84,9 @@ double PointerTrack::continuousSince(VideoClip const& clip) const {
 }
 
 UnitPoint2 PointerTrack::travel(double at, double seconds) const {
-    auto const* clip = project_.timeline.clip(at);
+    auto const* clip = recording_.clip(at);
     if (!clip || seconds <= 0) return {};
-    double const source = *project_.timeline.sourceTime(at);
+    double const source = *recording_.recordedTime(at);
     if (source - seconds * clip->speed < continuousSince(*clip)) return {};
     auto const now = position(at);
     auto const before = position(at - seconds);
@@ -98,9 +95,9 @@ UnitPoint2 PointerTrack::travel(double at, double seconds) const {
 
 double PointerTrack::idleOpacity(double at) const {
     double const hideAfter = project_.cursor.idleHideAfter;
-    auto const* clip = project_.timeline.clip(at);
+    auto const* clip = recording_.clip(at);
     if (!(hideAfter > 0) || !clip || clip->speed <= 0) return 1;
-    double const source = *project_.timeline.sourceTime(at);
+    double const source = *recording_.recordedTime(at);
     auto const next = std::ranges::upper_bound(moves_, source);
     // A pointer that comes into the picture with a cut is news, however long it has rested in the recording.
     double last = continuousSince(*clip);
@@ -124,14 +121,13 @@ std::vector<CursorSample> PointerTrack::samples(TimeRange const& range) const {
     for (auto const& clip : project_.timeline.clips) {
         double const from = std::max(clip.start, range.start);
         double const to = std::min(clip.end(), range.end());
-        if (to <= from || clip.speed <= 0) continue;
+        if (to <= from || clip.speed <= 0 || !recording_.isShownBy(clip)) continue;
         auto const source = [&](double output) { return clip.sourceStart + (output - clip.start) * clip.speed; };
         // The log is silent while the pointer rests, so a path begins where the pointer is, not at its next move.
         if (auto const first = recordedPosition(from)) shown.push_back({from, *first});
         auto sample = std::ranges::upper_bound(recorded, source(from), {}, &CursorSample::t);
         for (; sample != recorded.end() && sample->t < source(to); ++sample) {
-            shown.push_back(
-                {clip.start + (sample->t - clip.sourceStart) / clip.speed, cropped(sample->position), sample->kind});
+            shown.push_back({clip.outputTime(sample->t), cropped(sample->position), sample->kind});
         }
     }
     return shown;

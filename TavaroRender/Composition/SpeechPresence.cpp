@@ -5,11 +5,11 @@
 #include <optional>
 #include <vector>
 
-#include <TavaroCore/Direction/RecordedSeconds.h>
 #include <TavaroCore/Project/DemoProject.h>
+#include <TavaroCore/Project/RecordingOfProject.h>
 #include <TavaroCore/Speech/TimelineWords.h>
-#include <TavaroCore/Timeline/RecordingOnTimeline.h>
-#include <TavaroCore/Timeline/SourceIndex.h>
+#include <TavaroCore/Values/JoinedRanges.h>
+#include <TavaroCore/Values/Smoothstep.h>
 
 namespace tavaro {
 
@@ -22,29 +22,17 @@ constexpr double before = 0.6;          // seconds that the speaker is there bef
 constexpr double after = 1.6;           // and behind the last
 constexpr double fade = 0.45;
 
-std::vector<TimeRange> joined(std::vector<TimeRange> ranges, double pause) {
-    std::ranges::sort(ranges, {}, &TimeRange::start);
-    std::vector<TimeRange> result;
-    for (auto const& range : ranges) {
-        if (!result.empty() && range.start <= result.back().end() + pause)
-            result.back() = result.back().unionWith(range);
-        else
-            result.push_back(range);
-    }
-    return result;
-}
-
 std::vector<TimeRange> loudRanges(DemoProject const& project) {
     auto const& levels = project.metadata->micLevels;
     double const bucket = recordedSeconds(project) / static_cast<double>(levels.size());
-    SourceIndex const index(project.timeline);
+    auto const recording = recordingOnTimeline(project);
     std::vector<TimeRange> ranges;
     auto const isLoud = [](float level) { return level >= speechLevel; };
     for (auto begin = std::ranges::find_if(levels, isLoud); begin != levels.end();) {
         auto const end = std::find_if_not(begin, levels.end(), isLoud);
         TimeRange const loud{bucket * static_cast<double>(begin - levels.begin()),
                              bucket * static_cast<double>(end - begin)};
-        for (auto const& shown : shownRanges(loud, index)) ranges.push_back(shown);
+        for (auto const& shown : recording.stretches(loud)) ranges.push_back(shown.range);
         begin = std::find_if(end, levels.end(), isLoud);
     }
     return ranges;
@@ -82,8 +70,7 @@ double SpeechPresence::at(double time) const {
     auto const presence = [&](TimeRange const& range) {
         double const in = (time - (range.start - before)) / fade;
         double const out = (range.end() + after - time) / fade;
-        double const t = std::clamp(std::min(in, out), 0.0, 1.0);
-        return t * t * (3 - 2 * t);
+        return smoothstep(0, 1, std::min(in, out));
     };
     auto const next = std::ranges::upper_bound(spoken, time, {}, &TimeRange::start);
     double const coming = next != spoken.end() ? presence(*next) : 0;

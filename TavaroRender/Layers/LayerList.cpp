@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include <TavaroCore/Project/DemoProject.h>
+#include <TavaroCore/Values/CanvasUnit.h>
 #include <TavaroRender/Composition/Private/FrameState.h>
 #include <TavaroRender/Layers/Private/BoxLayers.h>
 #include <TavaroRender/Layers/Private/ReadableText.h>
@@ -21,10 +22,6 @@ constexpr double leastOpacity = 1.0 / 512;
 // A box fades as what it marks leaves the recording's pane: shares of its area that are inside.
 constexpr double boxGone = 0.25;
 constexpr double boxWhole = 0.7;
-
-double smallerSide(FrameState const& state) {
-    return static_cast<double>(std::min(state.canvas.width, state.canvas.height));
-}
 
 /// The order in which overlays are drawn; nothing for those that are no layers.
 std::optional<int> rankOf(Overlay const& overlay) {
@@ -89,7 +86,7 @@ private:
     void add(PlacedLayer layer, LayerPose const& pose) {
         if (!(pose.opacity > leastOpacity)) return;
         layer.opacity = std::min(pose.opacity, 1.0);
-        layer.drop = pose.drop * smallerSide(state_);
+        layer.drop = pose.drop * smallerSide(state_.canvas);
         layer.scale = pose.scale;
         layers_.push_back(std::move(layer));
     }
@@ -151,7 +148,7 @@ private:
         double const opacity = pose.opacity * std::clamp((share - boxGone) / (boxWhole - boxGone), 0.0, 1.0);
         if (!(opacity > leastOpacity)) return;
         auto const centre = rect.center();
-        double const drop = pose.drop * smallerSide(state_);
+        double const drop = pose.drop * smallerSide(state_.canvas);
         rect = {centre.x - rect.width / 2 * pose.scale, centre.y - rect.height / 2 * pose.scale + drop,
                 rect.width * pose.scale, rect.height * pose.scale};
         addBox(layers_, lookOf(state_, overlay.fontSize, overlay.color, overlay.backgroundColor), rect,

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstring>
 
+#include <TavaroCore/Values/CanvasUnit.h>
 #include <TavaroMedia/Frames/FrameConverter.h>
 #include <TavaroMedia/Frames/PNG.h>
 #include <TavaroMedia/Movie/MovieReader.h>
@@ -50,7 +51,7 @@ ImageView BackgroundImages::ensure(BackgroundStyle::ImageFile const& style, Size
     while (level + 1 < levels.levelCount() && coverage(levels.ensureLevel(level), canvas) >= 2) ++level;
     image_ = {}; // also where the next steps throw
     image_ = copyOf(levels.ensureLevel(level));
-    double const unit = static_cast<double>(std::min(canvas.width, canvas.height)) / 1080;
+    double const unit = canvasUnit(canvas);
     double const radius = std::max(style.blur, 0.0) * unit * coverage(image_.view(), canvas);
     // Three boxes of half the radius spread about as far as the radius says.
     boxBlur(image_, static_cast<int>(std::lround(std::min(radius, 1e4) / 2)));

@@ -10,7 +10,8 @@ namespace tavaro {
 std::vector<ListedWord> listWords(DemoProject const& project) {
     std::vector<ListedWord> listed;
     for (auto const& word : operations::wordsOf(project)) listed.push_back({listed.size(), word.text, {}});
-    for (auto const& word : timelineWords(project)) listed[word.index].shownAt = word.range.start;
+    for (auto const& word : timelineWords(project))
+        if (auto& at = listed[word.index].shownAt; !at) at = word.range.start; // what is shown twice, where it is first
     return listed;
 }
 

@@ -24,9 +24,9 @@ struct Beat {
 };
 
 /// The beats of an edit, end to end from 0 to its duration; neighbours differ in kind. Read from the speech (the
-/// transcript, or the microphone's level where there is none), the clicks, keys and pointer moves of `onTimeline` (the
+/// transcript, or the microphone's level where there is none), the clicks, keys and pointer moves of `shownLog` (the
 /// log in output times) and the screen's scene changes. Silence in which nothing happens belongs to what was before; at
 /// the beginning, to what comes.
-std::vector<Beat> beats(DemoProject const& project, RecordingMetadata const& onTimeline);
+std::vector<Beat> beats(DemoProject const& project, RecordingMetadata const& shownLog);
 
 }

@@ -17,15 +17,15 @@ struct GainPoint {
 };
 
 /// Output samples [start, end).
-struct SampleRange {
+struct SampleSpan {
     std::int64_t start = 0;
     std::int64_t end = 0;
 
-    bool operator==(SampleRange const&) const = default;
+    bool operator==(SampleSpan const&) const = default;
 };
 
 /// Brings ranges into order and joins those that are less than `gap` apart.
-std::vector<SampleRange> joined(std::vector<SampleRange> ranges, std::int64_t gap);
+std::vector<SampleSpan> joined(std::vector<SampleSpan> ranges, std::int64_t gap);
 
 /// How loud something is over time: from point to point in half a turn of a cosine, so that no corner is heard; level
 /// before the first point and after the last. Without points, 1.
@@ -37,7 +37,7 @@ public:
 
     /// 1, but `gain` inside the ranges. It falls over the `attack` samples before a range and rises over the `release`
     /// samples after it; negative ones lie inside the range. Ranges in order, apart from each other by both ramps.
-    static GainEnvelope dips(std::vector<SampleRange> const& ranges, float gain, std::int64_t attack,
+    static GainEnvelope dips(std::vector<SampleSpan> const& ranges, float gain, std::int64_t attack,
                              std::int64_t release);
 
     float at(std::int64_t sample) const;

@@ -45,7 +45,7 @@ struct MixTrack {
     std::vector<MixRun> runs; // by their starts
     GainEnvelope muting;      // where the picture's clips are muted
 
-    std::vector<SampleRange> duckWindows;    // known from the document; padded by no ramp
+    std::vector<SampleSpan> duckWindows;     // known from the document; padded by no ramp
     std::optional<AudioRole> duckedBySignal; // the role whose sound makes further windows
     double duckAmount = 0;                   // 0…1
     GainEnvelope ducking;                    // of all windows, once they are known

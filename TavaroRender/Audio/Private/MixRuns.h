@@ -27,6 +27,6 @@ bool keepInside(MixPiece& piece, std::int64_t from, std::int64_t until);
 std::vector<MixRun> runs(std::vector<MixPiece> pieces);
 
 /// How a track is lowered by `amount` inside windows.
-GainEnvelope duckingEnvelope(std::vector<SampleRange> const& windows, double amount);
+GainEnvelope duckingEnvelope(std::vector<SampleSpan> const& windows, double amount);
 
 }

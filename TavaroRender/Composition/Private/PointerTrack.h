@@ -4,6 +4,7 @@
 #include <vector>
 
 #include <TavaroCore/Recording/RecordingMetadata.h>
+#include <TavaroCore/Timeline/RecordingOnTimeline.h>
 #include <TavaroCore/Values/Geometry.h>
 #include <TavaroCore/Values/TimeRange.h>
 
@@ -19,7 +20,7 @@ public:
     /// `project` must stay where it is while the track lives.
     explicit PointerTrack(DemoProject const& project);
 
-    /// None while no clip is shown, or when nothing was recorded.
+    /// None while the recording is not shown, or when nothing was recorded.
     std::optional<UnitPoint2> position(double at) const;
 
     /// How far the pointer moved during the `seconds` before; nothing right after a cut.
@@ -46,6 +47,7 @@ private:
     double continuousSince(VideoClip const& clip) const;
 
     DemoProject const& project_;
+    RecordingOnTimeline recording_;
     NormalizedRect crop_;
     std::vector<double> continuousSince_; // by clip: source time from which the picture has run on without a cut
     std::vector<double> moves_;           // source times at which the pointer moved or clicked, ascending

@@ -1,7 +1,7 @@
 #include <TavaroCore/Direction/CameraDirector.h>
 #include <TavaroCore/Direction/Private/Beats.h>
 #include <TavaroCore/Project/DemoProject.h>
-#include <TavaroCore/Timeline/RecordingOnTimeline.h>
+#include <TavaroCore/Project/RecordingOfProject.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -32,11 +32,11 @@ DemoProject talkedDemo(CameraDirectorStyle style) {
     return project;
 }
 
-void direct(DemoProject& project) { directCamera(project, onTimeline(*project.metadata, project.timeline)); }
+void direct(DemoProject& project) { directCamera(project, logOnTimeline(project)); }
 
 std::vector<BeatKind> kindsOf(DemoProject const& project) {
     std::vector<BeatKind> kinds;
-    for (auto const& beat : beats(project, onTimeline(*project.metadata, project.timeline))) kinds.push_back(beat.kind);
+    for (auto const& beat : beats(project, logOnTimeline(project))) kinds.push_back(beat.kind);
     return kinds;
 }
 
@@ -104,7 +104,7 @@ TEST(Beats, theTranscriptIsHeardBeforeTheLevels) {
     for (int i = 0; i < 8; ++i) transcript.words.push_back({.text = "word", .start = 22.0 + i, .end = 22.8 + i});
     project.transcript = transcript;
     project.screenSceneChanges.reset();
-    auto const onEdit = onTimeline(*project.metadata, project.timeline);
+    auto const onEdit = logOnTimeline(project);
     auto const found = beats(project, onEdit);
     ASSERT_EQ(found.size(), 2u);
     EXPECT_EQ(found[0].kind, BeatKind::doing) << "the levels of the beginning are no words";

@@ -8,7 +8,7 @@
 #include <TavaroCore/Editing/TrackEdits.h>
 #include <TavaroCore/Editing/TypingSpeed.h>
 #include <TavaroCore/Project/DemoProject.h>
-#include <TavaroCore/Timeline/RecordingOnTimeline.h>
+#include <TavaroCore/Project/RecordingOfProject.h>
 
 #include <gtest/gtest.h>
 
@@ -122,7 +122,7 @@ TEST(SpeedUpTyping, whatTheEditShowsOfItPlaysFasterWithThePointerAndZoomsOverIt)
     EXPECT_EQ(result.seconds, 4.5);
     EXPECT_EQ(spans(project.timeline.clips), "0-4 4-5×4 5-17 17-17.5×4 17.5-21.5");
     EXPECT_EQ(spans(project.zoomEvents), "4.5-7") << "over the click it was made for";
-    EXPECT_EQ(onTimeline(*project.metadata, project.timeline).clicks[0].t, 4.5);
+    EXPECT_EQ(logOnTimeline(project).clicks[0].t, 4.5);
     EXPECT_TRUE(project.metadata.sharesWith(log));
     auto const before = project;
     EXPECT_EQ(speedUpTyping(project, 4).count, 0) << "it is fast already";

@@ -33,6 +33,11 @@ TEST(TimelineWords, areWhereTheEditShowsThem) {
                            {.start = 1, .sourceStart = 0, .duration = 4.5}};
     EXPECT_EQ(drawn(timelineWords(film)), "three 0.25-0.75, one 2-3, two 4-5") << "in the order of the film";
     EXPECT_EQ(timelineWords(film)[0].index, 2u);
+    film.timeline.clips[0].asset = film.timeline.clips[1].asset = "screen.mp4";
+    film.timeline.clips.push_back({.asset = "screen.mp4", .start = 5.5, .sourceStart = 0.5, .duration = 2});
+    film.timeline.clips.push_back({.asset = "other.mp4", .start = 7.5, .sourceStart = 0.5, .duration = 2});
+    EXPECT_EQ(drawn(timelineWords(film)), "three 0.25-0.75, one 2-3, two 4-5, one 6-7")
+        << "what is shown again is said again; nothing is said over another movie";
     film.transcript.reset();
     EXPECT_TRUE(timelineWords(film).empty());
 }

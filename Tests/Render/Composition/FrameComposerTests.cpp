@@ -51,14 +51,14 @@ TEST(FrameComposer, thePointerFadesWhereAZoomLeavesItBehind) {
 TEST(FrameComposer, clipsShowTheirSourceAtTheirSpeedAndThePointerOfThatMoment) {
     auto project = take();
     project.timeline.clips = {{.asset = "screen.mp4", .start = 0, .sourceStart = 6, .duration = 1, .speed = 2},
-                              {.asset = "other.mp4", .start = 1, .sourceStart = 1, .duration = 2, .speed = 0.5}};
+                              {.asset = "screen.mp4", .start = 1, .sourceStart = 1, .duration = 2, .speed = 0.5}};
     FrameComposer const composer(project, hd);
     auto const fast = composer.state(0.5);
     EXPECT_EQ(fast.source->asset, "screen.mp4");
     EXPECT_DOUBLE_EQ(fast.source->time, 7);
     EXPECT_NEAR(fast.cursorPosition->x, 0.7, 1e-9);
     auto const slow = composer.state(2);
-    EXPECT_EQ(slow.source->asset, "other.mp4");
+    EXPECT_EQ(slow.source->asset, "screen.mp4");
     EXPECT_DOUBLE_EQ(slow.source->time, 1.5);
     EXPECT_DOUBLE_EQ(composer.duration(), 3);
 }
@@ -115,6 +115,24 @@ TEST(FrameComposer, aClickPlaysItsEffectWhereItHappenedForAsLongAsTheSettingsSay
     EXPECT_GT(during.clickRadiusPx, 0);
     EXPECT_FALSE(composer.state(2.5).activeClick);
     for (double t = 0; t < 1; t += 0.1) EXPECT_FALSE(composer.state(t).activeClick) << "that click was cut away";
+}
+
+TEST(FrameComposer, whatWasLoggedIsShownByEachClipOfTheRecordingAndByNoOther) {
+    auto project = take();
+    auto const asset = project.timeline.clips[0].asset;
+    project.assetDurations = {{asset, 60}, {"logo.mp4", 60}};
+    project.metadata.edit().clicks = {{.t = 1, .position = {0.25, 0.5}}};
+    project.timeline.clips = {{.asset = asset, .duration = 4},
+                              {.asset = "logo.mp4", .start = 4, .duration = 4},
+                              {.asset = asset, .start = 8, .sourceStart = 0.5, .duration = 4}};
+    FrameComposer const composer(project, hd);
+    for (double const t : {1.1, 8.6}) {
+        EXPECT_TRUE(composer.state(t).activeClick) << t;
+        EXPECT_TRUE(composer.state(t).cursorPosition) << t;
+    }
+    EXPECT_EQ(composer.state(5.1).source->asset, "logo.mp4");
+    EXPECT_FALSE(composer.state(5.1).activeClick);
+    EXPECT_FALSE(composer.state(5.1).cursorPosition);
 }
 
 TEST(ClickLook, everyEffectBeginsAndEndsInvisibleAndStaysInRange) {
