@@ -67,7 +67,7 @@ CompositeUniforms look(int width, int height) {
     u.contentOrigin = {w * 0.05f, h * 0.05f};
     u.clipOrigin = u.contentOrigin;
     u.clipSize = u.contentSize;
-    u.bgMode = 1;
+    u.bgMode = BackgroundMode::linear;
     u.bgColor0 = {0.2f, 0.3f, 0.9f, 1};
     u.bgColor1 = {0.9f, 0.3f, 0.4f, 1};
     u.bgColor2 = {0.2f, 0.8f, 0.6f, 1};
@@ -262,11 +262,11 @@ int main(int argc, char** argv) {
     variant(
         "unzoomed", [](auto& u) { u.zoomScale = 1; }, 1);
     variant(
-        "mesh", [](auto& u) { u.bgMode = 3; }, 4);
+        "mesh", [](auto& u) { u.bgMode = BackgroundMode::mesh; }, 4);
     variant(
         "aurora",
         [](auto& u) {
-            u.bgMode = 4;
+            u.bgMode = BackgroundMode::aurora;
             u.bgParam = {0.2f, 0};
         },
         4);

@@ -3,7 +3,7 @@
 #include <memory>
 
 #include <TavaroMedia/Frames/Image.h>
-#include <TavaroMedia/Frames/RowBands.h>
+#include <TavaroPlatform/Queues/RowBands.h>
 
 namespace tavaro {
 
@@ -31,8 +31,8 @@ enum class PixelOrder { rgba, bgra };
 
 /// Converts `image` to the encoder's colours: BT.709 in limited range, chroma sited left; for GIF, RGB as it is. The
 /// image may be larger than the picture by the odd column and row that 4:2:0 has no place for; a smaller one is a
-/// mistake of the caller. Never allocates; bands may run on several threads.
+/// mistake of the caller. Never allocates; the rows may be shared over threads.
 void fillPicture(EncoderPicture& picture, ImageView image, PixelOrder order = PixelOrder::rgba,
-                 RowBands bands = oneBand);
+                 RowBands& rows = oneBand);
 
 }

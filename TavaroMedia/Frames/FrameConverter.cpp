@@ -43,14 +43,14 @@ template<class Sample> Sample* planeRow(AVFrame& frame, int plane, int y) {
 
 }
 
-void FrameConverter::convert(VideoFrame const& frame, Image& image, RowBands bands) {
+void FrameConverter::convert(VideoFrame const& frame, Image& image, RowBands& rows) {
     if (image.width() != frame.width() || image.height() != frame.height())
         image = Image(frame.width(), frame.height());
     auto const& picture = frame.picture();
     if (!isPlain420(picture)) return state_->general.convert(picture, image.view());
     FromYCbCr const matrix(lumaWeights(*picture.frame), sampleRange(*picture.frame));
     auto const to = image.view();
-    bands(to.height, [&](int begin, int end) { convert420Rows(*picture.frame, matrix, to, begin, end); });
+    rows.run(to.height, [&](int begin, int end) { convert420Rows(*picture.frame, matrix, to, begin, end); });
 }
 
 namespace {
@@ -65,19 +65,19 @@ void rowToRGB32(std::uint8_t const* pixels, bool isBGRA, int width, std::uint32_
 
 }
 
-void fillPicture(EncoderPicture& picture, ImageView image, PixelOrder order, RowBands bands) {
+void fillPicture(EncoderPicture& picture, ImageView image, PixelOrder order, RowBands& rows) {
     auto& frame = *picture.planes().frame;
     assert(image.width >= frame.width && image.height >= frame.height);
     auto const isBGRA = order == PixelOrder::bgra;
     if (frame.format == AV_PIX_FMT_RGB32) {
-        bands(frame.height, [&](int begin, int end) {
+        rows.run(frame.height, [&](int begin, int end) {
             for (int y = begin; y < end; ++y)
                 rowToRGB32(image.row(y), isBGRA, frame.width, planeRow<std::uint32_t>(frame, 0, y));
         });
         return;
     }
     if (frame.format == AV_PIX_FMT_YUV422P10) {
-        bands(frame.height, [&](int begin, int end) {
+        rows.run(frame.height, [&](int begin, int end) {
             for (int y = begin; y < end; ++y)
                 rowToYCbCr422(image.row(y), isBGRA, frame.width,
                               {planeRow<std::uint16_t>(frame, 0, y), planeRow<std::uint16_t>(frame, 1, y),
@@ -85,7 +85,7 @@ void fillPicture(EncoderPicture& picture, ImageView image, PixelOrder order, Row
         });
         return;
     }
-    bands(frame.height / 2, [&](int begin, int end) {
+    rows.run(frame.height / 2, [&](int begin, int end) {
         for (int k = begin; k < end; ++k) {
             std::uint8_t const* const rows[2] = {image.row(2 * k), image.row(2 * k + 1)};
             rowsToYCbCr420(rows, isBGRA, frame.width,

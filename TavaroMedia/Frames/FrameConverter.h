@@ -3,8 +3,8 @@
 #include <memory>
 
 #include <TavaroMedia/Frames/Image.h>
-#include <TavaroMedia/Frames/RowBands.h>
 #include <TavaroMedia/Frames/VideoFrame.h>
+#include <TavaroPlatform/Queues/RowBands.h>
 
 namespace tavaro {
 
@@ -21,7 +21,7 @@ public:
 
     /// Gives `image` the frame's size (its memory is kept where it has that size already) and the frame's pixels.
     /// Throws `MediaError` (`unsupported`) for a pixel format that nothing here can read.
-    void convert(VideoFrame const& frame, Image& image, RowBands bands = oneBand);
+    void convert(VideoFrame const& frame, Image& image, RowBands& rows = oneBand);
 
 private:
     struct State;

@@ -1,8 +1,8 @@
 #include <TavaroMedia/Movie/Private/EncoderTrials.h>
 
-#include <future>
-#include <thread>
 #include <utility>
+
+#include <TavaroPlatform/Queues/Attempt.h>
 
 namespace tavaro {
 
@@ -18,16 +18,7 @@ std::optional<std::string> EncoderTrials::firstThatWorks(std::span<std::string c
 }
 
 bool EncoderTrials::works(std::string const& name, Trial const& trial) const {
-    auto answer = std::make_shared<std::promise<bool>>();
-    auto result = answer->get_future();
-    std::thread([answer, trial, name] {
-        try {
-            answer->set_value(trial(name));
-        } catch (...) {
-            answer->set_value(false);
-        }
-    }).detach();
-    return result.wait_for(patience_) == std::future_status::ready && result.get();
+    return attempt("com.tavaro.media.trial", patience_, [trial, name] { return trial(name); }).value_or(false);
 }
 
 }

@@ -1,6 +1,7 @@
 #include <TavaroPlatform/Queues/SerialQueue.h>
 
 #include <TavaroPlatform/Clocks/MediaClock.h>
+#include <TavaroPlatform/Queues/Private/ThreadName.h>
 
 #include <chrono>
 #include <cmath>
@@ -10,7 +11,6 @@
 #include <future>
 #include <mutex>
 #include <optional>
-#include <pthread.h>
 #include <sched.h>
 #include <spdlog/spdlog.h>
 #include <sys/resource.h>
@@ -45,9 +45,6 @@ void setUrgency(SerialQueue::Urgency urgency) {
         return;
     setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), raisedNiceness);
 }
-
-/// The kernel keeps 15 bytes of a thread's name; the end of a label tells more than its start.
-std::string threadName(std::string const& label) { return label.substr(label.size() > 15 ? label.size() - 15 : 0); }
 
 }
 
@@ -112,7 +109,7 @@ SerialQueue::SerialQueue(std::string label, Urgency urgency) : state_(std::make_
     state_->label = std::move(label);
     state_->thread = std::thread([state = state_.get(), urgency] {
         setUrgency(urgency);
-        pthread_setname_np(pthread_self(), threadName(state->label).c_str());
+        nameThisThread(state->label);
         state->run();
     });
 }

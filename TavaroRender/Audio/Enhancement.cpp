@@ -4,13 +4,13 @@
 #include <atomic>
 #include <cmath>
 #include <exception>
-#include <thread>
 
 #include <TavaroMedia/Audio/AudioGraph.h>
 #include <TavaroMedia/Audio/AudioReader.h>
 #include <TavaroMedia/Audio/NoiseReduction.h>
 #include <TavaroMedia/Audio/PeakLimiter.h>
 #include <TavaroPlatform/Queues/BoundedQueue.h>
+#include <TavaroPlatform/Queues/SerialQueue.h>
 
 namespace tavaro {
 
@@ -47,12 +47,9 @@ public:
         : reader_(file)
         , channels_(channels) {
         if (settings.noiseReduction) noise_.emplace(settings.noiseReductionStrength, channels);
-        thread_ = std::thread([this] { run(); });
+        queue_.async([this] { run(); });
     }
-    ~CleanBlocks() {
-        blocks_.abandon();
-        thread_.join();
-    }
+    ~CleanBlocks() { blocks_.abandon(); }
 
     double duration() const { return reader_.info().duration; }
     /// None at the end; throws what reading threw.
@@ -100,7 +97,7 @@ private:
     BoundedQueue<Block> blocks_{blocksAhead};
     std::exception_ptr failure_; // set before the queue is closed
     std::atomic<bool> isNotMono_ = false;
-    std::thread thread_;
+    SerialQueue queue_{"com.tavaro.render.cleaning"}; // last: its work uses all of the above
 };
 
 }

@@ -4,7 +4,6 @@
 #include <utility>
 
 #include <TavaroCore/Looks/CubeLUT.h>
-#include <TavaroRender/Compositor/Private/RowExecutor.h>
 #include <TavaroRender/Kernels/BlitUniforms.h>
 #include <TavaroRender/Kernels/CameraUniforms.h>
 #include <TavaroRender/Kernels/CompositeUniforms.h>
@@ -22,22 +21,14 @@ namespace tavaro {
 
 struct Compositor::State {
     CompositorBackend backend;
-    RowExecutor* rows;
+    RowBands& rows;
     FastComposite fast;
     FastCamera camera;
 
-    State(CompositorBackend backend, RowExecutor* rows) : backend(backend), rows(rows) {}
-
-    void inBands(int rowCount, FunctionRef<void(int, int)> band) {
-        if (rowCount <= 0) return;
-        if (rows)
-            rows->run(rowCount, band);
-        else
-            band(0, rowCount);
-    }
+    State(CompositorBackend backend, RowBands& rows) : backend(backend), rows(rows) {}
 };
 
-Compositor::Compositor(CompositorBackend backend, RowExecutor* rows) : state_(std::make_unique<State>(backend, rows)) {}
+Compositor::Compositor(CompositorBackend backend, RowBands& rows) : state_(std::make_unique<State>(backend, rows)) {}
 
 Compositor::Compositor(Compositor&&) noexcept = default;
 Compositor& Compositor::operator=(Compositor&&) noexcept = default;
@@ -48,16 +39,16 @@ CompositorBackend Compositor::backend() const { return state_->backend; }
 void Compositor::composite(CompositeUniforms const& uniforms, ScreenTexture const& screen, ImageView background,
                            MutableImageView canvas) {
     if (canvas.isEmpty()) return;
-    auto const inBands = [&](FunctionRef<void(int, int)> band) { state_->inBands(canvas.height, band); };
     if (state_->backend == CompositorBackend::cpu)
-        return state_->fast.draw(uniforms, screen, background, canvas, inBands);
-    inBands([&](int begin, int end) { compositeReference(uniforms, screen, background, canvas, begin, end); });
+        return state_->fast.draw(uniforms, screen, background, canvas, state_->rows);
+    state_->rows.run(canvas.height,
+                     [&](int begin, int end) { compositeReference(uniforms, screen, background, canvas, begin, end); });
 }
 
 void Compositor::cursorOverlay(CursorUniforms const& uniforms, MutableImageView canvas) {
     if (canvas.isEmpty()) return;
     auto const draw = state_->backend == CompositorBackend::cpu ? cursorOverlayFast : cursorOverlayReference;
-    state_->inBands(canvas.height, [&](int begin, int end) { draw(uniforms, canvas, begin, end); });
+    state_->rows.run(canvas.height, [&](int begin, int end) { draw(uniforms, canvas, begin, end); });
 }
 
 void Compositor::cameraOverlay(CameraUniforms const& uniforms, ImageView camera, ImageView matte, CubeLUT const* lut,
@@ -65,11 +56,9 @@ void Compositor::cameraOverlay(CameraUniforms const& uniforms, ImageView camera,
     if (canvas.isEmpty()) return;
     if (lut && lut->size < 2) lut = nullptr; // no table yet
     if (state_->backend == CompositorBackend::cpu) {
-        return state_->camera.draw(
-            uniforms, camera, matte, lut, canvas,
-            [&](int rowCount, FunctionRef<void(int, int)> band) { state_->inBands(rowCount, band); });
+        return state_->camera.draw(uniforms, camera, matte, lut, canvas, state_->rows);
     }
-    state_->inBands(canvas.height, [&](int begin, int end) {
+    state_->rows.run(canvas.height, [&](int begin, int end) {
         cameraOverlayReference(uniforms, camera, matte, lut, canvas, begin, end);
     });
 }
@@ -78,10 +67,10 @@ void Compositor::blitLayer(BlitUniforms const& uniforms, ImageView layer, Mutabl
     if (canvas.isEmpty()) return;
     if (state_->backend == CompositorBackend::cpu) {
         FastBlit const blit(uniforms, layer, canvas);
-        return state_->inBands(blit.rowCount(), [&](int begin, int end) { blit.draw(begin, end); });
+        return state_->rows.run(blit.rowCount(), [&](int begin, int end) { blit.draw(begin, end); });
     }
-    state_->inBands(canvas.height,
-                    [&](int begin, int end) { blitLayerReference(uniforms, layer, canvas, begin, end); });
+    state_->rows.run(canvas.height,
+                     [&](int begin, int end) { blitLayerReference(uniforms, layer, canvas, begin, end); });
 }
 
 void Compositor::regionEffect(RegionUniforms const& uniforms, ImageView source, MutableImageView target) {
@@ -89,7 +78,7 @@ void Compositor::regionEffect(RegionUniforms const& uniforms, ImageView source, 
     if (state_->backend == CompositorBackend::cpu) {
         FastRegion const region(uniforms, source, target);
         auto const [first, count] = region.rows();
-        return state_->inBands(count, [&](int begin, int end) { region.draw(first + begin, first + end); });
+        return state_->rows.run(count, [&](int begin, int end) { region.draw(first + begin, first + end); });
     }
     Image unchanged;
     if (source.pixels == target.pixels) {
@@ -98,8 +87,8 @@ void Compositor::regionEffect(RegionUniforms const& uniforms, ImageView source, 
             std::memcpy(unchanged.row(y), source.row(y), 4 * static_cast<std::size_t>(source.width));
         source = std::as_const(unchanged).view();
     }
-    state_->inBands(target.height,
-                    [&](int begin, int end) { regionEffectReference(uniforms, source, target, begin, end); });
+    state_->rows.run(target.height,
+                     [&](int begin, int end) { regionEffectReference(uniforms, source, target, begin, end); });
 }
 
 void Compositor::forgetBackground() { state_->fast.forget(); }

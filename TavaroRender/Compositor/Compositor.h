@@ -3,10 +3,10 @@
 #include <memory>
 
 #include <TavaroMedia/Frames/Image.h>
+#include <TavaroPlatform/Queues/RowBands.h>
 
 namespace tavaro {
 
-class RowExecutor;
 class ScreenTexture;
 struct BlitUniforms;
 struct CameraUniforms;
@@ -25,9 +25,8 @@ enum class CompositorBackend {
 /// One thread at a time; several compositors are independent.
 class Compositor {
 public:
-    /// `rows` spreads the rows of every pass over threads and must outlive the compositor; none means the caller's
-    /// thread.
-    explicit Compositor(CompositorBackend backend = CompositorBackend::cpu, RowExecutor* rows = nullptr);
+    /// `rows` shares the rows of every pass and must outlive the compositor.
+    explicit Compositor(CompositorBackend backend = CompositorBackend::cpu, RowBands& rows = oneBand);
     Compositor(Compositor&&) noexcept;
     Compositor& operator=(Compositor&&) noexcept;
     ~Compositor();

@@ -79,8 +79,7 @@ void Pipeline::draw(std::function<void(ExportProgress const&)> const& progress) 
         auto const canvas = pass.renderer.render(pass.composer.state(time(n)), pass.composer.project(), *pictures);
         auto picture = blank.pop();
         if (!picture) return;
-        fillPicture(*picture, canvas, PixelOrder::rgba,
-                    [this](int rows, auto band) { pass.renderer.inBands(rows, band); });
+        fillPicture(*picture, canvas, PixelOrder::rgba, pass.renderer.rows());
         if (!drawn.push(std::move(*picture))) return;
         if (auto const written = framesWritten.load(); progress && written != reported) {
             reported = written;

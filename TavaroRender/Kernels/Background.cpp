@@ -40,11 +40,11 @@ Float3 aurora(CompositeUniforms const& u, Float2 uv) {
 }
 
 bool backgroundIsImage(CompositeUniforms const& u, ImageView image) {
-    return u.bgMode == static_cast<int>(BackgroundMode::image) && image.width > 1 && image.height > 0;
+    return u.bgMode == BackgroundMode::image && image.width > 1 && image.height > 0;
 }
 
 Float3 backgroundColor(CompositeUniforms const& u, Float2 uv) {
-    switch (static_cast<BackgroundMode>(u.bgMode)) {
+    switch (u.bgMode) {
     case BackgroundMode::solid: return rgb(u.bgColor0);
     case BackgroundMode::linear: return linearGradient(u, uv);
     case BackgroundMode::radial: return radialGradient(u, uv);
@@ -64,7 +64,7 @@ Float3 backgroundBehind(CompositeUniforms const& u, ImageView image, Float2 poin
 float backgroundDither(Float2 point) { return (hash21(point) - 0.5f) / 255.0f; }
 
 Float4 backgroundPixel(CompositeUniforms const& u, ImageView image, Float2 point) {
-    auto const mode = static_cast<BackgroundMode>(u.bgMode);
+    auto const mode = u.bgMode;
     if (mode == BackgroundMode::none) return {};
     auto color = backgroundBehind(u, image, point);
     if (mode >= BackgroundMode::linear && mode <= BackgroundMode::aurora) color = color + backgroundDither(point);

@@ -109,7 +109,7 @@ void VeilPlanes::resize(std::size_t count) {
 BackgroundRows::BackgroundRows(CompositeUniforms const& u, ImageView image, int width)
     : uniforms_(u)
     , image_(image)
-    , mode_(static_cast<BackgroundMode>(u.bgMode)) {
+    , mode_(u.bgMode) {
     Float4 const colors[4]{u.bgColor0, u.bgColor1, u.bgColor2, u.bgColor3};
     isGradient_ = mode_ >= BackgroundMode::linear && mode_ <= BackgroundMode::aurora;
     for (int i = 0; i < 4; ++i) {

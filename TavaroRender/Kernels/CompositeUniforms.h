@@ -4,6 +4,7 @@
 #include <tuple>
 
 #include <TavaroCore/Records/Fields.h>
+#include <TavaroRender/Kernels/UniformModes.h>
 #include <TavaroRender/Kernels/Vectors.h>
 
 namespace tavaro {
@@ -18,7 +19,7 @@ struct CompositeUniforms {
     Float4 bgColor3;
     Float4 borderColor; // hairline on the screen layer's outer edge
     Float4 shadowColor; // its alpha is not used; `shadowOpacity` is
-    Float4 matColor;    // the inset band (frame mode 7)
+    Float4 matColor;    // the inset band
     Float4 frameTint;   // device body colour; alpha 0 is the standard finish
     Float4 frameInset;  // frame past the content: left, top, right, bottom
     Float2 canvasSize;
@@ -34,12 +35,12 @@ struct CompositeUniforms {
     float shadowRadius = 0;
     float shadowOffsetY = 0;
     float zoomScale = 1;
-    float blurStrength = 0;     // only switches the blur on; its length is `blurVector`
-    float time = 0;             // seconds, drives the animated backgrounds
-    float frameRadius = 0;      // outer corner radius of the device frame
-    std::int32_t bgMode = 0;    // 0 solid, 1 linear, 2 radial, 3 mesh, 4 aurora, 5 none (transparent), 6 image
-    std::int32_t frameMode = 0; // 0 none, 1 browser, 2 dark browser, 3 MacBook, 4 iMac, 5 iPhone, 6 iPad, 7 inset band
-    std::int32_t blurTaps = 0;  // at most 16 count
+    float blurStrength = 0; // only switches the blur on; its length is `blurVector`
+    float time = 0;         // seconds, drives the animated backgrounds
+    float frameRadius = 0;  // outer corner radius of the device frame
+    BackgroundMode bgMode = BackgroundMode::solid;
+    FrameMode frameMode = FrameMode::none;
+    std::int32_t blurTaps = 0; // at most 16 count
     float shadowOpacity = 0;
     Float2 loupeCenter;
     float loupeRadius = 0;   // 0: no loupe

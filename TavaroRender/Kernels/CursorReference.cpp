@@ -84,7 +84,7 @@ CursorCoverage cursorCoverage(CursorUniforms const& u, Float2 offset) {
 }
 
 float cursorRadius(CursorUniforms const& u) {
-    switch (static_cast<CursorShape>(u.style)) {
+    switch (u.style) {
     case CursorShape::circle: return u.cursorSize * 0.34f;
     case CursorShape::filled: return u.cursorSize * 0.30f;
     case CursorShape::outline: return u.cursorSize * 0.34f + std::max(u.cursorSize * 0.09f, 1.5f) / 2;
@@ -95,7 +95,7 @@ float cursorRadius(CursorUniforms const& u) {
 
 float cursorDistance(CursorUniforms const& u, Float2 offset) {
     auto const size = u.cursorSize;
-    switch (static_cast<CursorShape>(u.style)) {
+    switch (u.style) {
     case CursorShape::arrow: return arrowDistance(offset / size) * size;
     case CursorShape::outline: return std::abs(length(offset) - size * 0.34f) - std::max(size * 0.09f, 1.5f) / 2;
     default: return length(offset) - cursorRadius(u);
@@ -114,7 +114,7 @@ Float3 hueColor(float turn) {
 
 float clickStrength(CursorUniforms const& u, Float2 offset) {
     auto const distance = length(offset);
-    switch (static_cast<ClickShape>(u.clickEffect)) {
+    switch (u.clickEffect) {
     case ClickShape::ripple: return ripple(u, distance) * u.clickOpacity;
     case ClickShape::pulse: return pulse(u, distance) * u.clickOpacity;
     case ClickShape::ring: return ring(u, distance) * u.clickOpacity;
@@ -124,7 +124,7 @@ float clickStrength(CursorUniforms const& u, Float2 offset) {
 }
 
 Float4 withClick(CursorUniforms const& u, Float4 pixel, Float2 point) {
-    auto const effect = static_cast<ClickShape>(u.clickEffect);
+    auto const effect = u.clickEffect;
     if (effect == ClickShape::none || !(u.clickRadius > 0.5f) || !(u.clickOpacity > 0.001f)) return pixel;
     auto const offset = point - u.position;
     if (effect == ClickShape::spotlight) {
@@ -140,7 +140,7 @@ Float4 withClick(CursorUniforms const& u, Float4 pixel, Float2 point) {
 Float4 withCursor(CursorUniforms const& u, Float4 pixel, Float2 point) {
     if (!(u.opacity > 0.001f) || !(u.cursorSize > 0.5f)) return pixel;
     auto const offset = point - u.position;
-    auto const shape = static_cast<CursorShape>(u.style);
+    auto const shape = u.style;
     if (shape == CursorShape::glow) {
         auto const radius = u.cursorSize * 0.28f;
         auto const glow = 1.0f - smoothstep(radius, radius * 3.4f, length(offset));

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <cstdint>
 #include <tuple>
 
 #include <TavaroCore/Records/Fields.h>
+#include <TavaroRender/Kernels/UniformModes.h>
 #include <TavaroRender/Kernels/Vectors.h>
 
 namespace tavaro {
@@ -20,10 +20,10 @@ struct CursorUniforms {
     Float2 contentSize;
     float cursorSize = 0; // height of the arrow
     float opacity = 0;
-    float clickRadius = 0;        // 0: no click in progress
-    float clickProgress = 0;      // 0…1
-    std::int32_t style = 0;       // 0 arrow, 1 circle, 2 filled, 3 outline, 4 glow, 5 minimal, 6 spotlight
-    std::int32_t clickEffect = 0; // 0 none, 1 ripple, 2 pulse, 3 ring, 4 spotlight, 5 colour ripple
+    float clickRadius = 0;   // 0: no click in progress
+    float clickProgress = 0; // 0…1
+    CursorShape style = CursorShape::arrow;
+    ClickShape clickEffect = ClickShape::none;
     float clickOpacity = 0;
     float pad0 = 0;
     Float2 velocity; // travel while the shutter is open

@@ -13,7 +13,7 @@ Float3 tinted(CompositeUniforms const& u, Float3 standard, float reference) {
 }
 
 Float3 browser(CompositeUniforms const& u, ScreenGeometry const& g, Float2 p) {
-    auto const isDark = static_cast<FrameMode>(u.frameMode) == FrameMode::browserDark;
+    auto const isDark = u.frameMode == FrameMode::browserDark;
     auto color = isDark ? Float3{0.145f, 0.153f, 0.176f} : Float3{0.925f, 0.925f, 0.933f};
     auto const bar = u.frameInset.y;
     auto const middle = u.clipOrigin.y + bar / 2;
@@ -68,7 +68,7 @@ Float3 phoneOrTablet(CompositeUniforms const& u, ScreenGeometry const& g, Float2
         auto const light = mix(1.10f, 1.0f, saturate((p.y - u.clipOrigin.y) / u.clipSize.y));
         color = mix(color, saturate(rgb(u.frameTint) * light), rim * u.frameTint.w);
     }
-    if (static_cast<FrameMode>(u.frameMode) == FrameMode::ipad) {
+    if (u.frameMode == FrameMode::ipad) {
         Float2 const center{g.fullCenter.x, u.clipOrigin.y + u.frameInset.y / 2};
         color = mix(color, {0.020f, 0.022f, 0.030f}, coverage(length(p - center) - u.frameInset.y * 0.16f));
     }
@@ -78,7 +78,7 @@ Float3 phoneOrTablet(CompositeUniforms const& u, ScreenGeometry const& g, Float2
 }
 
 Float4 frameColor(CompositeUniforms const& u, ScreenGeometry const& g, Float2 p) {
-    switch (static_cast<FrameMode>(u.frameMode)) {
+    switch (u.frameMode) {
     case FrameMode::insetBand: return u.matColor;
     case FrameMode::browser:
     case FrameMode::browserDark: return withAlpha(browser(u, g, p), 1);

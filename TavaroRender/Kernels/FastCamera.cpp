@@ -16,16 +16,16 @@ void prefetch(std::uint8_t const* row, PixelSpan columns) {
 }
 
 void FastCamera::draw(CameraUniforms const& uniforms, ImageView camera, ImageView matte, CubeLUT const* lut,
-                      MutableImageView canvas, FunctionRef<void(int, FunctionRef<void(int, int)>)> inBands) {
+                      MutableImageView canvas, RowBands& rows) {
     if (!cameraIsVisible(uniforms, camera)) return;
     plan_.prepare(uniforms, camera, matte, lut, canvas.width, canvas.height);
-    auto const rows = plan_.rows();
-    if (rows.isEmpty() || plan_.columns().isEmpty()) return;
+    auto const reached = plan_.rows();
+    if (reached.isEmpty() || plan_.columns().isEmpty()) return;
     shadow_.prepare(plan_);
-    inBands(rows.end - rows.begin, [&](int begin, int end) {
+    rows.run(reached.end - reached.begin, [&](int begin, int end) {
         CameraScratch scratch;
-        for (int y = rows.begin + begin; y < rows.begin + end; ++y) {
-            if (y + 1 < rows.end) prefetch(canvas.row(y + 1), plan_.columns());
+        for (int y = reached.begin + begin; y < reached.begin + end; ++y) {
+            if (y + 1 < reached.end) prefetch(canvas.row(y + 1), plan_.columns());
             drawCameraRow(plan_, scratch, shadow_.row(y), canvas.row(y), y);
         }
     });

@@ -17,12 +17,12 @@ std::size_t bytes(int pixels) { return 4 * static_cast<std::size_t>(pixels); }
 }
 
 void FastComposite::draw(CompositeUniforms const& uniforms, ScreenTexture const& screen, ImageView background,
-                         MutableImageView canvas, FunctionRef<void(FunctionRef<void(int, int)>)> inBands) {
+                         MutableImageView canvas, RowBands& rows) {
     CompositePixel const pixel(uniforms, screen, background);
-    still_.prepare(pixel, canvas.width, canvas.height, inBands);
+    still_.prepare(pixel, canvas.width, canvas.height, rows);
     if (pixel.showsScreen()) content_.prepare(uniforms, pixel.sampler(), still_.contentArea());
     if (loupeIsVisible(uniforms)) loupe_.prepare(pixel, canvas.width, canvas.height);
-    inBands([&](int begin, int end) { drawRows(pixel, canvas, begin, end); });
+    rows.run(canvas.height, [&](int begin, int end) { drawRows(pixel, canvas, begin, end); });
 }
 
 void FastComposite::drawRows(CompositePixel const& pixel, MutableImageView canvas, int begin, int end) {

@@ -8,6 +8,7 @@
 #include <cmath>
 
 #include <TavaroRender/Kernels/CursorUniforms.h>
+#include <TavaroRender/Kernels/Private/CursorReach.h>
 #include <TavaroRender/Kernels/Private/CursorShapes.h>
 #include <TavaroRender/Kernels/Private/FastCursor.h>
 #include <TavaroRender/Kernels/Private/PixelStore.h>
@@ -26,7 +27,7 @@ HWY_INLINE void forRow(std::uint8_t* row, int y, int begin, int end, Float2 posi
 /// Any effect but the colour ripple.
 void clickRow(CursorUniforms const& u, std::uint8_t* row, int y, int begin, int end) {
     auto const radius = u.clickRadius;
-    auto const effect = static_cast<ClickShape>(u.clickEffect);
+    auto const effect = u.clickEffect;
     auto const ringWidth = std::max(radius * 0.10f, 1.5f);
     forRow(row, y, begin, end, u.position, [&](CanvasPixels& pixels, Vec dx, Vec dy) HWY_ATTR {
         auto const distance = size(dx, dy);
@@ -70,7 +71,7 @@ HWY_INLINE Vec arrowDistance(Vec x, Vec y) {
 
 HWY_INLINE Vec shapeDistance(CursorUniforms const& u, Vec dx, Vec dy) {
     auto const extent = u.cursorSize;
-    switch (static_cast<CursorShape>(u.style)) {
+    switch (u.style) {
     case CursorShape::arrow: return mul(arrowDistance(mul(dx, set(1 / extent)), mul(dy, set(1 / extent))), set(extent));
     case CursorShape::outline:
         return sub(hn::Abs(sub(size(dx, dy), set(extent * 0.34f))), set(std::max(extent * 0.09f, 1.5f) / 2));
@@ -80,7 +81,7 @@ HWY_INLINE Vec shapeDistance(CursorUniforms const& u, Vec dx, Vec dy) {
 
 /// What surrounds the pointer: the glow, or the dark round the spotlight.
 void haloRow(CursorUniforms const& u, std::uint8_t* row, int y, int begin, int end) {
-    auto const isGlow = static_cast<CursorShape>(u.style) == CursorShape::glow;
+    auto const isGlow = u.style == CursorShape::glow;
     auto const radius = u.cursorSize * (isGlow ? 0.28f : 2.6f);
     forRow(row, y, begin, end, u.position, [&](CanvasPixels& pixels, Vec dx, Vec dy) HWY_ATTR {
         auto const distance = size(dx, dy);
@@ -132,40 +133,13 @@ struct Box {
     int bottom = 0;
 };
 
-/// From `low` to `high` and one pixel more on each side.
-Box boxOf(Float2 low, Float2 high, MutableImageView canvas, int rowBegin, int rowEnd) {
-    return {placeWithin(low.x - 1, canvas.width), std::max(placeWithin(low.y - 1, canvas.height), rowBegin),
-            placeWithin(high.x + 2, canvas.width), std::min(placeWithin(high.y + 2, canvas.height), rowEnd)};
-}
-
-Box around(Float2 center, float reach, MutableImageView canvas, int rowBegin, int rowEnd) {
-    return boxOf(center - reach, center + reach, canvas, rowBegin, rowEnd);
-}
-
-/// How far from its middle a click effect still shows.
-float clickReach(CursorUniforms const& u) {
-    switch (static_cast<ClickShape>(u.clickEffect)) {
-    case ClickShape::ripple: return u.clickRadius * 1.35f;
-    case ClickShape::pulse: return u.clickRadius;
-    case ClickShape::ring: return u.clickRadius + std::max(u.clickRadius * 0.10f, 1.5f);
-    default: return std::max(u.clickRadius * 1.45f, u.clickRadius + 1.5f);
-    }
-}
-
-Box pointerBox(CursorUniforms const& u, MutableImageView canvas, int rowBegin, int rowEnd) {
-    auto const edge = std::max(u.cursorSize * 0.055f, 1.0f) / 2 + 1;
-    auto const reach = cursorRadius(u) + edge;
-    auto low = u.position - reach;
-    auto high = u.position + reach;
-    if (static_cast<CursorShape>(u.style) == CursorShape::arrow) {
-        low = u.position - edge;
-        high = u.position + Float2{u.cursorSize * 0.560f, u.cursorSize * 0.830f} + edge;
-    }
-    // The trail lies behind.
-    auto const back = u.velocity * -1.0f;
-    low = low + Float2{std::min(back.x, 0.0f), std::min(back.y, 0.0f)};
-    high = high + Float2{std::max(back.x, 0.0f), std::max(back.y, 0.0f)};
-    return boxOf(low, high, canvas, rowBegin, rowEnd);
+/// What is reached, and one pixel more on each side.
+Box boxOf(DrawingReach const& reach, MutableImageView canvas, int rowBegin, int rowEnd) {
+    if (reach.extent == DrawingReach::Extent::nowhere) return {};
+    if (reach.extent == DrawingReach::Extent::everywhere) return {0, rowBegin, canvas.width, rowEnd};
+    return {placeWithin(reach.low.x - 1, canvas.width), std::max(placeWithin(reach.low.y - 1, canvas.height), rowBegin),
+            placeWithin(reach.high.x + 2, canvas.width),
+            std::min(placeWithin(reach.high.y + 2, canvas.height), rowEnd)};
 }
 
 template<class DrawRow> void forRows(Box const& box, MutableImageView canvas, DrawRow&& drawRow) {
@@ -174,30 +148,21 @@ template<class DrawRow> void forRows(Box const& box, MutableImageView canvas, Dr
 }
 
 void drawClick(CursorUniforms const& u, MutableImageView canvas, int rowBegin, int rowEnd) {
-    auto const effect = static_cast<ClickShape>(u.clickEffect);
-    if (effect <= ClickShape::none || effect > ClickShape::prism) return;
-    if (!(u.clickRadius > 0.5f) || !(u.clickOpacity > 0.001f)) return;
-    auto box = around(u.position, clickReach(u), canvas, rowBegin, rowEnd);
-    if (effect == ClickShape::spotlight) box = {0, rowBegin, canvas.width, rowEnd};
-    forRows(box, canvas, [&](std::uint8_t* row, int y, int begin, int end) {
-        if (effect != ClickShape::prism) return HWY_DYNAMIC_DISPATCH(clickRow)(u, row, y, begin, end);
+    forRows(boxOf(clickReach(u), canvas, rowBegin, rowEnd), canvas, [&](std::uint8_t* row, int y, int begin, int end) {
+        if (u.clickEffect != ClickShape::prism) return HWY_DYNAMIC_DISPATCH(clickRow)(u, row, y, begin, end);
         for (int x = begin; x < end; ++x)
             storePixel(row + 4 * x, withClick(u, loadPixel(row + 4 * x), pixelCenter(x, y)));
     });
 }
 
 void drawPointer(CursorUniforms const& u, MutableImageView canvas, int rowBegin, int rowEnd) {
-    if (!(u.opacity > 0.001f) || !(u.cursorSize > 0.5f)) return;
-    auto const shape = static_cast<CursorShape>(u.style);
-    auto const halo = [&](std::uint8_t* row, int y, int begin, int end) {
+    forRows(boxOf(haloReach(u), canvas, rowBegin, rowEnd), canvas, [&](std::uint8_t* row, int y, int begin, int end) {
         HWY_DYNAMIC_DISPATCH(haloRow)(u, row, y, begin, end);
-    };
-    if (shape == CursorShape::glow)
-        forRows(around(u.position, u.cursorSize * 0.28f * 3.4f, canvas, rowBegin, rowEnd), canvas, halo);
-    if (shape == CursorShape::spotlight) forRows({0, rowBegin, canvas.width, rowEnd}, canvas, halo);
-    forRows(pointerBox(u, canvas, rowBegin, rowEnd), canvas, [&](std::uint8_t* row, int y, int begin, int end) {
-        HWY_DYNAMIC_DISPATCH(pointerRow)(u, row, y, begin, end);
     });
+    forRows(boxOf(pointerReach(u), canvas, rowBegin, rowEnd), canvas,
+            [&](std::uint8_t* row, int y, int begin, int end) {
+                HWY_DYNAMIC_DISPATCH(pointerRow)(u, row, y, begin, end);
+            });
 }
 
 }

@@ -109,7 +109,7 @@ FastRegion::FastRegion(RegionUniforms const& uniforms, ImageView source, Mutable
     std::tie(top_, bottom_) =
         rangeOf(source.height, [&](float y) { return isWithin(y, u.texSize.y, u.origin.y, u.size.y); });
     if (left_ >= right_ || top_ >= bottom_) left_ = right_ = top_ = bottom_ = 0;
-    auto const mode = static_cast<RegionMode>(u.mode);
+    auto const mode = u.mode;
     if (mode == RegionMode::mask && left_ < right_) maskPoints_ = maskPoints(u, source);
     if (mode != RegionMode::blur || !isInPlace_ || left_ >= right_) return;
     auto const reach = blurReach(u);
@@ -122,13 +122,13 @@ FastRegion::FastRegion(RegionUniforms const& uniforms, ImageView source, Mutable
 }
 
 std::pair<int, int> FastRegion::rows() const {
-    auto const changesOutside = static_cast<RegionMode>(uniforms_.mode) == RegionMode::highlight;
+    auto const changesOutside = uniforms_.mode == RegionMode::highlight;
     if (isInPlace_ && !changesOutside) return {top_, bottom_ - top_};
     return {0, target_.height};
 }
 
 void FastRegion::draw(int begin, int end) const {
-    auto const mode = static_cast<RegionMode>(uniforms_.mode);
+    auto const mode = uniforms_.mode;
     for (int y = begin; y < end; ++y) {
         copyRow(y);
         auto* const row = target_.row(y);

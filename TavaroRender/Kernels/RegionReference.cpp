@@ -83,7 +83,7 @@ std::array<MaskPoint, 8> maskPoints(RegionUniforms const& u, ImageView source) {
 
 void regionEffectReference(RegionUniforms const& u, ImageView source, MutableImageView target, int rowBegin,
                            int rowEnd) {
-    auto const mode = static_cast<RegionMode>(u.mode);
+    auto const mode = u.mode;
     auto const reach = blurReach(u);
     auto const points = mode == RegionMode::mask ? maskPoints(u, source) : std::array<MaskPoint, 8>{};
     auto const changed = [&](int x, int y) -> Float4 {

@@ -9,7 +9,7 @@ ScreenGeometry::ScreenGeometry(CompositeUniforms const& u) {
     isEmpty = !(u.clipSize.x > 0 && u.clipSize.y > 0 && u.contentSize.x > 0 && u.contentSize.y > 0);
     fullHalf = u.clipSize * 0.5f;
     fullCenter = u.clipOrigin + fullHalf;
-    auto const outer = u.frameMode == 0 ? u.cornerRadius : std::max(u.frameRadius, u.cornerRadius);
+    auto const outer = u.frameMode == FrameMode::none ? u.cornerRadius : std::max(u.frameRadius, u.cornerRadius);
     radius = std::clamp(outer, 0.0f, std::max(std::min(fullHalf.x, fullHalf.y), 0.0f));
     contentMin = u.contentOrigin;
     contentMax = u.contentOrigin + u.contentSize;
@@ -26,7 +26,7 @@ bool ScreenGeometry::clipHolds(Float2 p) const {
 bool shadowIsVisible(CompositeUniforms const& u) { return u.shadowRadius > 0.5f && u.shadowOpacity > 0.001f; }
 
 float shadowStrength(CompositeUniforms const& u, ScreenGeometry const& g, Float2 point) {
-    auto const stand = static_cast<FrameMode>(u.frameMode) == FrameMode::imac ? u.frameInset.w * standShare : 0.0f;
+    auto const stand = u.frameMode == FrameMode::imac ? u.frameInset.w * standShare : 0.0f;
     Float2 const half{g.fullHalf.x, g.fullHalf.y - stand / 2};
     auto const center = g.fullCenter + Float2{0, u.shadowOffsetY - stand / 2};
     auto const d = sdRoundedBox(point - center, half, g.radius);
@@ -77,7 +77,7 @@ Float4 screenLayer(CompositeUniforms const& u, ScreenGeometry const& g, ScreenSa
     auto inside = coverage(d);
     if (!(inside > 0.001f)) return {};
 
-    auto const mode = static_cast<FrameMode>(u.frameMode);
+    auto const mode = u.frameMode;
     Float3 layer;
     if (mode != FrameMode::none && !g.contentHolds(point)) {
         auto const frame = frameColor(u, g, point);

@@ -9,7 +9,7 @@ namespace tavaro {
 namespace {
 
 bool isAnimated(CompositeUniforms const& u) {
-    auto const mode = static_cast<BackgroundMode>(u.bgMode);
+    auto const mode = u.bgMode;
     return mode == BackgroundMode::mesh || mode == BackgroundMode::aurora;
 }
 
@@ -44,14 +44,14 @@ struct ContentShape {
         , plainDistance(u.borderWidth > 0.05f ? -1.0f - u.borderWidth / 2 : -1.0f) {}
 
     bool showsContent(Float2 p) const {
-        if (u.frameMode != 0 && !g.contentHolds(p)) return false;
+        if (u.frameMode != FrameMode::none && !g.contentHolds(p)) return false;
         return coverage(g.distance(p)) > 0.001f;
     }
 
     /// The recording alone decides the pixel (but for a phone's island, which is not convex with the rest).
     bool isPlain(Float2 p) const {
         if (!showsContent(p) || g.distance(p) > plainDistance) return false;
-        return static_cast<FrameMode>(u.frameMode) != FrameMode::insetBand || g.innerDistance(p) <= -1.0f;
+        return u.frameMode != FrameMode::insetBand || g.innerDistance(p) <= -1.0f;
     }
 };
 
@@ -100,12 +100,12 @@ MixedPixel mixedPixel(CompositeUniforms const& u, ScreenGeometry const& g, int x
         content *= 1 - strength;
         added = mix(added, color, strength);
     };
-    if (static_cast<FrameMode>(u.frameMode) == FrameMode::insetBand) {
+    if (u.frameMode == FrameMode::insetBand) {
         auto const band = smoothstep(-1, 1, g.innerDistance(p));
         lay(rgb(u.matColor), band);
         inside *= mix(1, u.matColor.w, band);
     }
-    if (static_cast<FrameMode>(u.frameMode) == FrameMode::iphone) lay(islandColor, coverage(islandDistance(u, g, p)));
+    if (u.frameMode == FrameMode::iphone) lay(islandColor, coverage(islandDistance(u, g, p)));
     if (u.borderWidth > 0.05f) lay(rgb(u.borderColor), coverage(std::abs(d) - u.borderWidth / 2) * u.borderColor.w);
     return {.x = x,
             .content = content * inside,
@@ -115,7 +115,7 @@ MixedPixel mixedPixel(CompositeUniforms const& u, ScreenGeometry const& g, int x
 }
 
 bool islandReaches(CompositeUniforms const& u, ScreenGeometry const& g, Float2 p) {
-    return static_cast<FrameMode>(u.frameMode) == FrameMode::iphone && islandDistance(u, g, p) < 1.0f;
+    return u.frameMode == FrameMode::iphone && islandDistance(u, g, p) < 1.0f;
 }
 
 }
@@ -127,8 +127,7 @@ StillLayer::Key StillLayer::keyOf(CompositePixel const& pixel, int width, int he
             pixel.showsScreen()};
 }
 
-void StillLayer::prepare(CompositePixel const& pixel, int width, int height,
-                         FunctionRef<void(FunctionRef<void(int, int)>)> inBands) {
+void StillLayer::prepare(CompositePixel const& pixel, int width, int height, RowBands& rows) {
     auto const key = keyOf(pixel, width, height);
     auto const& uniforms = pixel.uniforms();
     auto const moves = isAnimated(uniforms);
@@ -139,7 +138,7 @@ void StillLayer::prepare(CompositePixel const& pixel, int width, int height,
     rows_.resize(static_cast<std::size_t>(height));
     veils_.resize(moves ? static_cast<std::size_t>(height) : 0);
     BackgroundRows const background(uniforms, pixel.background(), width);
-    inBands([&](int begin, int end) {
+    rows.run(height, [&](int begin, int end) {
         VeilPlanes ownVeil;
         ColorPlanes colors;
         for (int y = begin; y < end; ++y) {

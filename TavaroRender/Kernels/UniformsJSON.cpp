@@ -23,6 +23,12 @@ template<std::size_t count> std::array<float, count> readNumbers(JSONReader& rea
     return numbers;
 }
 
+template<class Mode> void readNumber(JSONReader& reader, Mode& mode) {
+    std::int32_t number = 0;
+    readJSON(reader, number);
+    mode = static_cast<Mode>(number);
+}
+
 }
 
 // Found by the record reader through their argument.
@@ -35,6 +41,12 @@ void readJSON(JSONReader& reader, Float4& value) {
     auto const [x, y, z, w] = readNumbers<4>(reader);
     value = {x, y, z, w};
 }
+
+void readJSON(JSONReader& reader, BackgroundMode& mode) { readNumber(reader, mode); }
+void readJSON(JSONReader& reader, FrameMode& mode) { readNumber(reader, mode); }
+void readJSON(JSONReader& reader, CursorShape& mode) { readNumber(reader, mode); }
+void readJSON(JSONReader& reader, ClickShape& mode) { readNumber(reader, mode); }
+void readJSON(JSONReader& reader, RegionMode& mode) { readNumber(reader, mode); }
 
 CompositeUniforms decodeCompositeUniforms(std::string_view json) { return decodeJSON<CompositeUniforms>(json); }
 

@@ -4,13 +4,13 @@
 
 #include <TavaroCore/Project/DemoProject.h>
 #include <TavaroCore/Style/CameraLook.h>
+#include <TavaroCore/Values/CanvasUnit.h>
 #include <TavaroRender/Composition/Private/FrameState.h>
+#include <TavaroRender/Renderer/Private/UniformNumbers.h>
 
 namespace tavaro {
 
 namespace {
-
-Float2 float2(double x, double y) { return {static_cast<float>(x), static_cast<float>(y)}; }
 
 /// The box on the canvas, and the part of the camera's picture that fills it.
 struct Framing {
@@ -61,7 +61,7 @@ CanvasRect standing(CanvasRect rect, Size2 canvas, double padding) {
 Framing framing(FrameState const& state, CameraSettings const& camera, bool isCutOut, CameraMeans const& means) {
     Framing const plain{state.cameraBubbleRect, state.cameraCrop};
     if (isCutOut) {
-        auto const side = static_cast<double>(std::min(state.canvas.width, state.canvas.height));
+        auto const side = smallerSide(state.canvas);
         return {standing(plain.box, state.canvas, std::max(camera.padding, 0.0) * side), plain.crop};
     }
     return state.cameraIsFullPane ? beyondTheEdges(plain, state.canvas, camera.mirrored, means) : plain;
@@ -69,7 +69,7 @@ Framing framing(FrameState const& state, CameraSettings const& camera, bool isCu
 
 /// A person without a room has neither corners nor border, and the shadow is the person's own.
 void fillChrome(CameraUniforms& pass, FrameState const& state, CameraSettings const& camera) {
-    double const unit = static_cast<double>(std::min(state.canvas.width, state.canvas.height)) / 1080;
+    double const unit = canvasUnit(state.canvas);
     double const shadow = std::clamp(camera.shadowOpacity, 0.0, 1.0);
     if (pass.useMatte) {
         pass.shadowOpacity = static_cast<float>(shadow);
@@ -79,10 +79,8 @@ void fillChrome(CameraUniforms& pass, FrameState const& state, CameraSettings co
     pass.cornerRadius = static_cast<float>(state.cameraCornerRadius);
     pass.shadowOpacity = static_cast<float>(shadow * chrome);
     if (camera.borderWidth <= 0 || chrome <= 0) return;
-    auto const& color = camera.borderColor;
     pass.borderWidth = static_cast<float>(camera.borderWidth * unit);
-    pass.borderColor = {static_cast<float>(color.r), static_cast<float>(color.g), static_cast<float>(color.b),
-                        static_cast<float>(color.a * chrome)};
+    pass.borderColor = float4(camera.borderColor, chrome);
 }
 
 void fillLook(CameraUniforms& pass, CameraSettings const& camera, bool hasTable) {

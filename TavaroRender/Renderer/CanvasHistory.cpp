@@ -27,7 +27,7 @@ CanvasHistory::Patch& CanvasHistory::add(CanvasStage stage) {
 
 void CanvasHistory::lose(CanvasStage stage) { add(stage).isLost = true; }
 
-void CanvasHistory::keep(CanvasStage stage, PixelRect const& rect, ImageView canvas) {
+void CanvasHistory::keep(CanvasStage stage, CanvasBounds const& rect, ImageView canvas) {
     auto& patch = add(stage);
     patch.left = inside(std::floor(rect.left), canvas.width);
     patch.top = inside(std::floor(rect.top), canvas.height);

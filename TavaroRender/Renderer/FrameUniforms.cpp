@@ -6,27 +6,25 @@
 #include <span>
 
 #include <TavaroCore/Project/DemoProject.h>
+#include <TavaroCore/Values/CanvasUnit.h>
 #include <TavaroRender/Composition/Private/ContentRect.h>
 #include <TavaroRender/Composition/Private/FrameState.h>
+#include <TavaroRender/Renderer/Private/UniformNumbers.h>
 
 namespace tavaro {
 
 namespace {
 
-constexpr int insetBandMode = 7;
 constexpr float zoomSharpening = 0.5f; // brings back what magnifying softens, without halos
 constexpr double shutterShare = 0.5;   // the shutter is open for half of each 1/60 s
 constexpr double smallestBlur = 1.5;   // canvas pixels; less is invisible and would cost the sharp sample
 constexpr double blurPixelsPerTap = 2;
 constexpr double seedSeconds = 37; // how far apart on the clock the shapes of two seeds lie
 
-Float2 float2(double x, double y) { return {static_cast<float>(x), static_cast<float>(y)}; }
-Float2 float2(CanvasPoint point) { return float2(point.x, point.y); }
-Float4 float4(RGBAColor const& c) {
-    return {static_cast<float>(c.r), static_cast<float>(c.g), static_cast<float>(c.b), static_cast<float>(c.a)};
+BackgroundMode backgroundMode(BackgroundStyle const& style) {
+    static constexpr auto modes = modesNamed<BackgroundMode>(BackgroundStyle::caseNames);
+    return modes[style.content.index()];
 }
-
-enum BackgroundMode { solid, linear, radial, mesh, aurora, none, image };
 
 /// Colour `index` of a list that may be too short: it repeats, and an empty one is a quiet night sky.
 Float4 colourAt(std::span<RGBAColor const> colours, std::size_t index) {
@@ -52,12 +50,8 @@ struct BackgroundFiller {
         uniforms.time = static_cast<float>(time * speed + seed * seedSeconds);
     }
 
-    void operator()(BackgroundStyle::Solid const& style) {
-        uniforms.bgMode = solid;
-        uniforms.bgColor0 = float4(style.colour);
-    }
+    void operator()(BackgroundStyle::Solid const& style) { uniforms.bgColor0 = float4(style.colour); }
     void operator()(BackgroundStyle::LinearGradient const& style) {
-        uniforms.bgMode = linear;
         gradient(style.gradient);
         double const radians = style.angle * M_PI / 180;
         double const x = std::cos(radians);
@@ -66,20 +60,13 @@ struct BackgroundFiller {
         uniforms.bgParam = float2(x / reach, y / reach);
     }
     void operator()(BackgroundStyle::RadialGradient const& style) {
-        uniforms.bgMode = radial;
         gradient(style.gradient);
         uniforms.bgParam = float2(style.center.x, style.center.y);
     }
-    void operator()(BackgroundStyle::Mesh const& style) {
-        uniforms.bgMode = mesh;
-        animated(style.colors, style.speed, style.seed);
-    }
-    void operator()(BackgroundStyle::Aurora const& style) {
-        uniforms.bgMode = aurora;
-        animated(style.colors, style.speed, style.seed);
-    }
-    void operator()(BackgroundStyle::ImageFile const&) { uniforms.bgMode = image; }
-    void operator()(BackgroundStyle::None const&) { uniforms.bgMode = none; }
+    void operator()(BackgroundStyle::Mesh const& style) { animated(style.colors, style.speed, style.seed); }
+    void operator()(BackgroundStyle::Aurora const& style) { animated(style.colors, style.speed, style.seed); }
+    void operator()(BackgroundStyle::ImageFile const&) {}
+    void operator()(BackgroundStyle::None const&) {}
 };
 
 /// A plain recording that reaches the canvas's edge goes on behind it: the antialiasing of the layer's own edge, a
@@ -112,7 +99,7 @@ double frameShare(CanvasInsets const& insets, DeviceFrame frame, double contentW
 
 void fillScreenLayer(CompositeUniforms& uniforms, FrameState const& state, ScreenStyle const& style) {
     // Radii and widths are told at a canvas whose smaller side is 1080.
-    double const unit = static_cast<double>(std::min(state.canvas.width, state.canvas.height)) / 1080;
+    double const unit = canvasUnit(state.canvas);
     auto const scaled = [unit](double length) { return static_cast<float>(std::max(length, 0.0) * unit); };
     uniforms.contentOrigin = float2(state.contentRect.x, state.contentRect.y);
     uniforms.contentSize = float2(state.contentRect.width, state.contentRect.height);
@@ -133,9 +120,9 @@ void fillScreenLayer(CompositeUniforms& uniforms, FrameState const& state, Scree
     uniforms.frameTint = float4(style.frameTint);
     double const whole = frameShare(frame, style.frame, state.contentRect.width);
     uniforms.frameRadius = static_cast<float>(outerRadius(style.frame) * state.contentRect.width * whole);
-    uniforms.frameMode = whole > 0 ? static_cast<int>(style.frame) : 0;
+    uniforms.frameMode = whole > 0 ? modeOf<FrameMode>(style.frame) : FrameMode::none;
     if (!hasInsetBand(style)) return;
-    uniforms.frameMode = insetBandMode;
+    uniforms.frameMode = FrameMode::insetBand;
     uniforms.matColor = float4(style.insetColor);
     // Corners with one centre, and never quite sharp inside rounded ones.
     float const gap = std::min(uniforms.frameInset.x, uniforms.frameInset.y);
@@ -168,18 +155,6 @@ void fillLoupe(CompositeUniforms& uniforms, FrameState const& state) {
     uniforms.loupePresence = static_cast<float>(std::clamp(state.loupe->presence, 0.0, 1.0));
 }
 
-int clickEffectIndex(ClickEffect effect) {
-    switch (effect) {
-    case ClickEffect::none: return 0;
-    case ClickEffect::ripple: return 1;
-    case ClickEffect::pulse: return 2;
-    case ClickEffect::ring: return 3;
-    case ClickEffect::spotlight: return 4;
-    case ClickEffect::prism: return 5;
-    }
-    return 0;
-}
-
 /// The arrow is black with a white outline, the other pointers white with a dark one; a tint colours the fill and
 /// takes the outline that stands out from it.
 void fillPointerColours(CursorUniforms& uniforms, CursorSettings const& settings) {
@@ -195,7 +170,7 @@ void fillPointer(CursorUniforms& uniforms, FrameState const& state, CursorSettin
     uniforms.position = float2(state.cursorCanvasPoint);
     uniforms.cursorSize = static_cast<float>(state.cursorSizePx);
     uniforms.opacity = static_cast<float>(std::clamp(state.cursorOpacity, 0.0, 1.0));
-    uniforms.style = static_cast<int>(settings.style);
+    uniforms.style = modeOf<CursorShape>(settings.style);
     if (state.cursorBlur.length() > smallestBlur) uniforms.velocity = float2(state.cursorBlur);
 }
 
@@ -204,7 +179,7 @@ void fillClick(CursorUniforms& uniforms, FrameState const& state, CursorSettings
     uniforms.clickColor = float4(settings.clickColor);
     uniforms.clickRadius = static_cast<float>(state.clickRadiusPx);
     uniforms.clickProgress = static_cast<float>(state.activeClick->progress);
-    uniforms.clickEffect = clickEffectIndex(state.activeClick->effect);
+    uniforms.clickEffect = modeOf<ClickShape>(state.activeClick->effect);
     uniforms.clickOpacity = static_cast<float>(std::clamp(state.clickOpacity, 0.0, 1.0));
 }
 
@@ -234,15 +209,16 @@ FrameUniforms frameUniforms(FrameState const& state, DemoProject const& project,
     auto& composite = frame.composite;
     composite.canvasSize = float2(static_cast<double>(state.canvas.width), static_cast<double>(state.canvas.height));
     if (state.titleCard) {
-        composite.bgMode = solid;
+        composite.bgMode = BackgroundMode::solid;
         composite.bgColor0 = float4(state.titleCard->background);
         return frame;
     }
     frame.camera = cameraPass(state, project, means);
     if (frame.camera && coversCanvas(*frame.camera)) {
-        composite.bgMode = solid; // of which nothing is seen
+        composite.bgMode = BackgroundMode::solid; // of which nothing is seen
         composite.bgColor0 = {0, 0, 0, 1};
     } else {
+        composite.bgMode = backgroundMode(project.background);
         std::visit(BackgroundFiller{composite, state.time}, project.background.content);
         if (state.contentRect.isEmpty()) return frame;
         fillScreenLayer(composite, state, project.screen);

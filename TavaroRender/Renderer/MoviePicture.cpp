@@ -12,10 +12,10 @@ std::optional<std::uint64_t> identityOf(VideoFrame const& frame) {
 
 bool MoviePicture::differs(VideoFrame const& frame) const { return identityOf(frame) != identity_; }
 
-void MoviePicture::show(VideoFrame const& frame, RowBands bands, FunctionRef<void(MutableImageView)> change) {
+void MoviePicture::show(VideoFrame const& frame, RowBands& rows, FunctionRef<void(MutableImageView)> change) {
     identity_.reset(); // also where converting throws half way
     if (frame.isEmpty()) return texture_.setFrame({});
-    converter_.convert(frame, pixels_, bands);
+    converter_.convert(frame, pixels_, rows);
     change(pixels_.view());
     texture_.setFrame(std::as_const(pixels_).view());
     identity_ = identityOf(frame);

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include <TavaroCore/Project/DemoProject.h>
+#include <TavaroPlatform/Queues/RowPool.h>
 #include <TavaroRender/Composition/Private/FrameState.h>
 #include <TavaroRender/Kernels/BlitUniforms.h>
 #include <TavaroRender/Layers/Private/LayerRasterizer.h>
@@ -15,7 +16,6 @@
 #include <TavaroRender/Renderer/Private/MoviePicture.h>
 #include <TavaroRender/Renderer/Private/Reach.h>
 #include <TavaroRender/Renderer/Private/RegionPasses.h>
-#include <TavaroRender/Renderer/Private/RowPool.h>
 
 namespace tavaro {
 
@@ -35,7 +35,7 @@ enum class Beginning { nothing, layers, pointer, camera, ground };
 struct Renderer::State {
     State(ProjectPackage const& package, RendererOptions const& options)
         : rows(options.threads)
-        , compositor(options.backend, &rows)
+        , compositor(options.backend, rows)
         , backgrounds(package)
         , table(package, options.failure) {}
 
@@ -68,8 +68,7 @@ struct Renderer::State {
 /// Whether the recording's picture, with what happens to its regions, is another one than before.
 bool Renderer::State::showScreen(VideoFrame const& frame, std::vector<RegionUniforms> passes) {
     if (!screen.differs(frame) && passes == regions) return false;
-    auto const bands = [this](int count, auto band) { rows.run(count, band); };
-    screen.show(frame, bands, [&](MutableImageView picture) {
+    screen.show(frame, rows, [&](MutableImageView picture) {
         for (auto const& pass : passes) compositor.regionEffect(pass, picture, picture);
     });
     regions = std::move(passes);
@@ -81,8 +80,7 @@ bool Renderer::State::showCamera(FramePictures const& pictures) {
     bool const isSameMatte = matte == pictures.matte;
     matte = pictures.matte;
     if (!camera.differs(pictures.camera)) return !isSameMatte;
-    auto const bands = [this](int count, auto band) { rows.run(count, band); };
-    camera.show(pictures.camera, bands, [](MutableImageView) {});
+    camera.show(pictures.camera, rows, [](MutableImageView) {});
     return true;
 }
 
@@ -204,6 +202,6 @@ ImageView Renderer::render(FrameState const& frame, DemoProject const& project, 
 
 std::int64_t Renderer::framesDrawn() const { return state_->framesDrawn; }
 
-void Renderer::inBands(int rowCount, FunctionRef<void(int, int)> band) { state_->rows.run(rowCount, band); }
+RowBands& Renderer::rows() { return state_->rows; }
 
 }

@@ -4,8 +4,8 @@
 #include <memory>
 
 #include <TavaroMedia/Frames/Image.h>
-#include <TavaroMedia/Frames/RowBands.h>
 #include <TavaroMedia/Frames/VideoFrame.h>
+#include <TavaroPlatform/Queues/RowBands.h>
 #include <TavaroRender/Compositor/Compositor.h>
 #include <TavaroRender/Renderer/CameraTable.h>
 
@@ -49,8 +49,8 @@ public:
     /// Frames drawn, those that only looked like the one before left out.
     std::int64_t framesDrawn() const;
 
-    /// Shares rows over the renderer's threads, for work on its canvas between two frames.
-    void inBands(int rowCount, FunctionRef<void(int begin, int end)> band);
+    /// The threads that draw, for work on the canvas between two frames.
+    RowBands& rows();
 
 private:
     struct State;

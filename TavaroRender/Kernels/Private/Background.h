@@ -7,8 +7,6 @@ namespace tavaro {
 
 struct CompositeUniforms;
 
-enum class BackgroundMode { solid, linear, radial, mesh, aurora, none, image };
-
 /// True where the background is drawn from the picture: in image mode, with a picture wider than the 1-px placeholder.
 bool backgroundIsImage(CompositeUniforms const& uniforms, ImageView image);
 

@@ -8,12 +8,6 @@ namespace tavaro {
 
 struct CursorUniforms;
 
-/// Pointer style of the uniforms.
-enum class CursorShape { arrow, circle, filled, outline, glow, minimal, spotlight };
-
-/// Click effect of the uniforms.
-enum class ClickShape { none, ripple, pulse, ring, spotlight, prism };
-
 /// The arrow in a box of height 1, its tip at the origin.
 inline constexpr std::array<Float2, 7> arrowPoints{{
     {0, 0},

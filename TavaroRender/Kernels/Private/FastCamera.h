@@ -1,6 +1,6 @@
 #pragma once
 
-#include <TavaroCore/Records/FunctionRef.h>
+#include <TavaroPlatform/Queues/RowBands.h>
 #include <TavaroRender/Kernels/Private/CameraPlan.h>
 #include <TavaroRender/Kernels/Private/CameraShadow.h>
 
@@ -10,9 +10,8 @@ namespace tavaro {
 /// shadow between frames.
 class FastCamera {
 public:
-    /// `inBands(rowCount, band)` calls `band(begin, end)` until all of 0…rowCount−1 are covered.
     void draw(CameraUniforms const& uniforms, ImageView camera, ImageView matte, CubeLUT const* lut,
-              MutableImageView canvas, FunctionRef<void(int, FunctionRef<void(int, int)>)> inBands);
+              MutableImageView canvas, RowBands& rows);
 
 private:
     CameraPlan plan_;

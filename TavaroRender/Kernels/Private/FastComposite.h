@@ -4,7 +4,7 @@
 #include <mutex>
 #include <vector>
 
-#include <TavaroCore/Records/FunctionRef.h>
+#include <TavaroPlatform/Queues/RowBands.h>
 #include <TavaroRender/Kernels/Private/CompositePixel.h>
 #include <TavaroRender/Kernels/Private/ContentPlan.h>
 #include <TavaroRender/Kernels/Private/LoupeRow.h>
@@ -17,7 +17,7 @@ namespace tavaro {
 class FastComposite {
 public:
     void draw(CompositeUniforms const& uniforms, ScreenTexture const& screen, ImageView background,
-              MutableImageView canvas, FunctionRef<void(FunctionRef<void(int, int)>)> inBands);
+              MutableImageView canvas, RowBands& rows);
     void forget() { still_.forget(); }
 
 private:

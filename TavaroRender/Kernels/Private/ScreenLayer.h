@@ -7,9 +7,6 @@ namespace tavaro {
 class ScreenSampler;
 struct CompositeUniforms;
 
-/// Frame mode of the uniforms: what is drawn round the recording.
-enum class FrameMode { none, browser, browserDark, macbook, imac, iphone, ipad, insetBand };
-
 /// The share of an iMac's bottom inset that is its chin; the rest is the stand, which casts no shadow.
 inline constexpr float chinShare = 0.42f;
 inline constexpr float standShare = 0.58f;

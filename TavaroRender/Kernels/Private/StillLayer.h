@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <vector>
 
-#include <TavaroCore/Records/FunctionRef.h>
 #include <TavaroMedia/Frames/Image.h>
+#include <TavaroPlatform/Queues/RowBands.h>
 #include <TavaroRender/Kernels/CompositeUniforms.h>
 #include <TavaroRender/Kernels/Private/BackgroundRow.h>
 #include <TavaroRender/Kernels/Private/ContentPlan.h>
@@ -36,9 +36,8 @@ public:
     };
 
     /// Draws the layer where it does not show this frame already; of an animated background under the same geometry
-    /// only that is drawn anew. `inBands` runs a function over bands of rows.
-    void prepare(CompositePixel const& pixel, int width, int height,
-                 FunctionRef<void(FunctionRef<void(int, int)>)> inBands);
+    /// only that is drawn anew.
+    void prepare(CompositePixel const& pixel, int width, int height, RowBands& rows);
     void forget() { isDrawn_ = false; }
 
     ImageView pixels() const { return layer_.view(); }

@@ -11,7 +11,7 @@ namespace tavaro {
 enum class CanvasStage { camera, pointer, layers };
 
 /// Pixels of the canvas; may reach past it.
-struct PixelRect {
+struct CanvasBounds {
     double left = 0;
     double top = 0;
     double right = 0;
@@ -26,7 +26,7 @@ public:
     void clear();
 
     /// Before something is drawn there: keeps what it will cover. Stages are kept in order.
-    void keep(CanvasStage stage, PixelRect const& rect, ImageView canvas);
+    void keep(CanvasStage stage, CanvasBounds const& rect, ImageView canvas);
 
     /// Something is drawn that may touch all of the canvas: nothing beneath it can be brought back.
     void lose(CanvasStage stage);

@@ -6,8 +6,8 @@
 
 #include <TavaroMedia/Frames/FrameConverter.h>
 #include <TavaroMedia/Frames/Image.h>
-#include <TavaroMedia/Frames/RowBands.h>
 #include <TavaroMedia/Frames/VideoFrame.h>
+#include <TavaroPlatform/Queues/RowBands.h>
 #include <TavaroRender/Kernels/ScreenTexture.h>
 
 namespace tavaro {
@@ -19,7 +19,7 @@ public:
     bool differs(VideoFrame const& frame) const;
 
     /// Shows the frame, or nothing. `change` may repaint the picture before it is sampled.
-    void show(VideoFrame const& frame, RowBands bands, FunctionRef<void(MutableImageView)> change);
+    void show(VideoFrame const& frame, RowBands& rows, FunctionRef<void(MutableImageView)> change);
 
     bool isEmpty() const { return texture_.isEmpty(); }
     ScreenTexture const& texture() const { return texture_; }

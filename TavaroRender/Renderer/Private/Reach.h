@@ -11,8 +11,8 @@ struct CameraUniforms;
 struct CursorUniforms;
 
 /// The pixels that a pass may touch, on the safe side; none when it may touch all.
-std::optional<PixelRect> reach(CursorUniforms const& pass);
-std::optional<PixelRect> reach(CameraUniforms const& pass);
-PixelRect reach(BlitUniforms const& pass);
+std::optional<CanvasBounds> reach(CursorUniforms const& pass);
+std::optional<CanvasBounds> reach(CameraUniforms const& pass);
+CanvasBounds reach(BlitUniforms const& pass);
 
 }

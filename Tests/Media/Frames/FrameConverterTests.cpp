@@ -1,13 +1,13 @@
 #include <cmath>
 #include <cstring>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include <TavaroMedia/Frames/FrameConverter.h>
 #include <TavaroMedia/Frames/PNG.h>
+#include <TavaroPlatform/Queues/RowPool.h>
 #include <Tests/Capture/TemporaryFolder.h>
 #include <Tests/Media/Movie/NumberedMovie.h>
 
@@ -110,13 +110,6 @@ TEST(FrameConverter, pixelsThatAreNotSquareAreMadeSquare) {
     EXPECT_LE(meanDifference(image.view(), soft.view()), 2.0);
 }
 
-// Bands as a pool of threads would take them, of odd heights too.
-void threeBands(int rowCount, FunctionRef<void(int, int)> band) {
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 3; ++i) threads.emplace_back([&, i] { band(rowCount * i / 3, rowCount * (i + 1) / 3); });
-    for (auto& thread : threads) thread.join();
-}
-
 TEST(FrameConverter, bandsOnThreadsDrawWhatOneBandDraws) {
     TemporaryFolder folder;
     auto const file = folder.path() / "movie.mov";
@@ -125,7 +118,7 @@ TEST(FrameConverter, bandsOnThreadsDrawWhatOneBandDraws) {
     settings.height = 190;
     settings.container = MovieContainer::mov;
     auto const image = softImage(331, 191); // the odd column and row find no place
-    auto const shared = [](int rowCount, FunctionRef<void(int, int)> band) { threeBands(rowCount, band); };
+    RowPool shared(3);
     for (auto const codec : {MovieCodec::h264, MovieCodec::proRes422}) {
         settings.codec = codec;
         MovieWriter writer(file, settings);

@@ -15,7 +15,7 @@ constexpr Pixel blue{51, 77, 230, 255};
 /// A solid blue canvas of 200 × 120 with the recording in the middle.
 CompositeUniforms solidLook() {
     auto u = plainLook(200, 120, 0.2f);
-    u.bgMode = 0;
+    u.bgMode = BackgroundMode::solid;
     u.bgColor0 = {0.2f, 0.302f, 0.902f, 1};
     return u;
 }
@@ -30,7 +30,7 @@ int differenceOf(CompositeUniforms const& a, CompositeUniforms const& b, Image c
 }
 
 void addFrame(CompositeUniforms& u, int mode, Float4 inset) {
-    u.frameMode = mode;
+    u.frameMode = static_cast<FrameMode>(mode);
     u.frameInset = inset;
     u.clipOrigin = {u.contentOrigin.x - inset.x, u.contentOrigin.y - inset.y};
     u.clipSize = {u.contentSize.x + inset.x + inset.z, u.contentSize.y + inset.y + inset.w};
@@ -67,13 +67,13 @@ TEST(Composite, withoutADeviceTheFrameRadiusDoesNothing) {
     auto framed = plain;
     framed.frameRadius = 30;
     EXPECT_EQ(differenceOf(plain, framed, screen), 0);
-    framed.frameMode = plain.frameMode = 3;
+    framed.frameMode = plain.frameMode = FrameMode::macbook;
     EXPECT_GT(differenceOf(plain, framed, screen), 0);
 }
 
 TEST(Composite, aBackgroundPictureOneWideIsAPlaceholder) {
     auto u = solidLook();
-    u.bgMode = 6;
+    u.bgMode = BackgroundMode::image;
     auto const grey = Pixel{120, 120, 120, 255};
     EXPECT_EQ(at(reference(u, Image(), filled(1, 4, grey)), 3, 3), (Pixel{0, 0, 0, 255}));
     EXPECT_EQ(at(reference(u, Image(), filled(2, 1, grey)), 3, 3), grey);
@@ -84,7 +84,7 @@ TEST(Composite, aWideBackgroundPictureIsCutAtItsSides) {
     for (int y = 0; y < 120; ++y)
         for (int x = 0; x < 400; ++x) halves.row(y)[4 * x] = x >= 100 && x < 300 ? 255 : 0;
     auto u = solidLook();
-    u.bgMode = 6;
+    u.bgMode = BackgroundMode::image;
     auto const canvas = reference(u, Image(), halves);
     EXPECT_EQ(at(canvas, 1, 60).r, 255);
     EXPECT_EQ(at(canvas, 198, 60).r, 255);
@@ -210,7 +210,7 @@ TEST(Composite, theLensShowsRecordedPixelsEnlarged) {
 TEST(Composite, theShadowOfTheLoupeDarkensButDoesNotCover) {
     CompositeUniforms u;
     u.canvasSize = {200, 120};
-    u.bgMode = 5;
+    u.bgMode = BackgroundMode::none;
     u.loupeCenter = {100, 60};
     u.loupeRadius = 30;
     u.loupeMag = 2;
@@ -218,7 +218,7 @@ TEST(Composite, theShadowOfTheLoupeDarkensButDoesNotCover) {
     auto const transparent = reference(u, Image());
     EXPECT_EQ(at(transparent, 100, 96), (Pixel{0, 0, 0, 0}));
     EXPECT_EQ(at(transparent, 100, 60).a, 255);
-    u.bgMode = 0;
+    u.bgMode = BackgroundMode::solid;
     u.bgColor0 = {1, 1, 1, 1};
     // 36.5 px below the middle, 34.4 from the shadow's: 0.42 of what is left of it at 1.147 radii, 0.198.
     EXPECT_NEAR(at(reference(u, Image()), 100, 96).r, 204, 1);

@@ -41,7 +41,7 @@ Image drawnOver(CursorUniforms const& u, int grey, int alpha) {
 
 TEST(CursorOverlay, aPointerAtRestIsCrispAndAMovingOneTrailsBehind) {
     auto u = pointer();
-    u.style = 2;
+    u.style = CursorShape::filled;
     u.strokeColor.w = 0;
     auto const still = drawnOver(u, 0, 255);
     u.velocity = {30, 0};
@@ -73,7 +73,7 @@ TEST(CursorOverlay, aSpotlightClickOnlyDarkens) {
     CursorUniforms u;
     u.canvasSize = {side, side};
     u.position = {50, 50};
-    u.clickEffect = 4;
+    u.clickEffect = ClickShape::spotlight;
     u.clickRadius = 20;
     u.clickOpacity = 1;
     u.clickColor = {1, 0, 0, 1};
@@ -86,8 +86,8 @@ TEST(CursorOverlay, everyEffectAndStyleFadesOutWithItsOpacity) {
     for (int effect = 0; effect <= 5; ++effect)
         for (int style = 0; style <= 6; ++style) {
             auto u = pointer();
-            u.style = style;
-            u.clickEffect = effect;
+            u.style = static_cast<CursorShape>(style);
+            u.clickEffect = static_cast<ClickShape>(effect);
             u.clickRadius = 20;
             u.clickColor = {1, 0, 0, 1};
             u.opacity = u.clickOpacity = 0.0009f;
@@ -101,7 +101,7 @@ TEST(CursorOverlay, everyEffectAndStyleFadesOutWithItsOpacity) {
 
 TEST(CursorOverlay, theFillRaisesAlphaAndTheOutlineDoesNot) {
     auto u = pointer();
-    u.style = 2;
+    u.style = CursorShape::filled;
     u.opacity = 0.5f;
     auto const canvas = drawnOver(u, 0, 0);
     EXPECT_EQ(at(canvas, 50, 50).a, 128);

@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 #include <hwy/targets.h>
 
-#include <TavaroRender/Compositor/Private/RowExecutor.h>
+#include <TavaroPlatform/Queues/RowBands.h>
 
 namespace tavaro {
 
@@ -14,9 +14,9 @@ using namespace scenes;
 namespace {
 
 /// Bands of unequal height, last one first.
-class ScatteredBands : public RowExecutor {
+class ScatteredBands : public RowBands {
 public:
-    void run(int rowCount, FunctionRef<void(int, int)> band) override {
+    void run(int rowCount, Band band) override {
         for (int end = rowCount, height = 1; end > 0; end -= height, height = height * 2 % 37 + 1)
             band(std::max(end - height, 0), end);
     }
@@ -40,9 +40,10 @@ TEST(FastComposite, staysWithinOneStepOfTheFormulasOnAnySceneAndAnyVectorUnit) {
             auto const& u = scene.uniforms;
             ASSERT_LE(d.largest, 1) << "seed " << seed << " on " << hwy::TargetName(target) << " at " << d.x << ", "
                                     << d.y << " of " << scene.width << "×" << scene.height << ": background "
-                                    << u.bgMode << ", frame " << u.frameMode << ", zoom " << u.zoomScale << ", sharpen "
-                                    << u.sharpen << ", blur " << u.blurStrength * static_cast<float>(u.blurTaps)
-                                    << ", loupe " << u.loupeRadius * u.loupePresence;
+                                    << int(u.bgMode) << ", frame " << int(u.frameMode) << ", zoom " << u.zoomScale
+                                    << ", sharpen " << u.sharpen << ", blur "
+                                    << u.blurStrength * static_cast<float>(u.blurTaps) << ", loupe "
+                                    << u.loupeRadius * u.loupePresence;
             areAllEqual = areAllEqual && d.largest == 0;
         }
         EXPECT_FALSE(areAllEqual) << "the formulas were compared with themselves";
@@ -76,7 +77,7 @@ TEST(FastComposite, losesNoDetailThatStandsAloneInAFlatArea) {
 
 TEST(FastComposite, drawsTheSameInBandsAndFromOneFrameToTheNext) {
     ScatteredBands bands;
-    Compositor reused(CompositorBackend::cpu, &bands);
+    Compositor reused(CompositorBackend::cpu, bands);
     for (unsigned seed = 1; seed <= 60; ++seed) {
         auto const scene = randomScene(seed);
         ScreenTexture const screen(scene.screen.view());
@@ -150,7 +151,7 @@ TEST(FastComposite, forgetsABackgroundWhosePixelsChanged) {
     Image background(4, 4);
     CompositeUniforms u;
     u.canvasSize = {8, 8};
-    u.bgMode = 6;
+    u.bgMode = BackgroundMode::image;
     Compositor compositor;
     Image canvas(8, 8);
     compositor.composite(u, ScreenTexture(), background.view(), canvas.view());

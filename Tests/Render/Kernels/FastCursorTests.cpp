@@ -5,6 +5,8 @@
 #include <gtest/gtest.h>
 #include <hwy/targets.h>
 
+#include <TavaroRender/Renderer/Private/Reach.h>
+
 namespace tavaro {
 
 using namespace scenes;
@@ -22,8 +24,8 @@ CursorUniforms randomCursor(Random& random, int width, int height) {
     u.clickColor = random.color();
     u.cursorSize = random.chance(0.1f) ? random.between(0, 3) : random.between(0, size * 0.6f);
     u.opacity = random.chance(0.2f) ? 0 : random.between(0, 1);
-    u.style = random.upTo(8);
-    u.clickEffect = random.upTo(6);
+    u.style = static_cast<CursorShape>(random.upTo(8));
+    u.clickEffect = static_cast<ClickShape>(random.upTo(6));
     u.clickRadius = random.between(0, size * 0.5f);
     u.clickProgress = random.between(0, 1);
     u.clickOpacity = random.chance(0.2f) ? 0 : random.between(0, 1);
@@ -53,11 +55,35 @@ TEST(FastCursor, staysWithinOneStepOfTheFormulasAndInsideTheCanvas) {
         // Both stand in a larger picture, whose rest must stay as it was.
         auto const d = difference(wanted.view(), got.view());
         ASSERT_LE(d.largest, 1) << "seed " << seed << " at " << d.x - 3 << ", " << d.y - 1 << " of " << width << "×"
-                                << height << ": style " << u.style << ", click " << u.clickEffect;
+                                << height << ": style " << int(u.style) << ", click " << int(u.clickEffect);
         ASSERT_EQ(std::memcmp(wanted.row(0), got.row(0), 4 * static_cast<std::size_t>(wanted.width())), 0);
         areAllEqual = areAllEqual && d.largest == 0;
     }
     EXPECT_FALSE(areAllEqual) << "the formulas were compared with themselves";
+}
+
+TEST(FastCursor, theFormulasChangeNothingBeyondTheReach) {
+    constexpr int side = 140;
+    for (unsigned seed = 1; seed <= 600; ++seed) {
+        Random random(seed);
+        auto u = randomCursor(random, side, side);
+        u.cursorSize = std::min(u.cursorSize, 40.0f);
+        u.clickRadius = std::min(u.clickRadius, 45.0f);
+        auto const before = picture(random, side, side);
+        auto after = before.copy();
+        Compositor(CompositorBackend::reference).cursorOverlay(u, after.view());
+        auto const bounds = reach(u);
+        if (!bounds) continue;
+        for (int y = 0; y < side; ++y)
+            for (int x = 0; x < side; ++x) {
+                bool const isReached =
+                    x + 1 > bounds->left && x < bounds->right && y + 1 > bounds->top && y < bounds->bottom;
+                if (isReached) continue;
+                ASSERT_EQ(std::memcmp(before.row(y) + 4 * x, after.row(y) + 4 * x, 4), 0)
+                    << "seed " << seed << " at " << x << ", " << y << ": style " << int(u.style) << ", click "
+                    << int(u.clickEffect);
+            }
+    }
 }
 
 }

@@ -54,10 +54,10 @@ RegionUniforms randomRegion(Random& random, int width, int height) {
         u.origin = {(std::floor(u.origin.x * u.texSize.x) + 0.5f) / u.texSize.x, u.origin.y};
         u.size = {std::floor(u.size.x * u.texSize.x) / u.texSize.x, u.size.y};
     }
-    if (random.chance(0.1f)) u = {u.color, u.texSize, {0, 0}, {1, 1}, 0, 0};
+    if (random.chance(0.1f)) u = {u.color, u.texSize, {0, 0}, {1, 1}, 0, {}};
     u.radius = random.chance(0.2f) ? random.between(-2, 2) : random.between(1, 30);
     if (random.chance(0.05f)) u.radius = std::pow(10.0f, random.between(2, 9));
-    u.mode = random.upTo(4);
+    u.mode = static_cast<RegionMode>(random.upTo(4));
     return u;
 }
 
@@ -121,8 +121,8 @@ TEST(FastRegion, equalsTheFormulasWithinOneStepApartAndInPlace) {
         apply(CompositorBackend::cpu, u, source.view(), apart.view());
         apply(CompositorBackend::cpu, u, inPlace.view(), inPlace.view());
         auto const d = difference(wanted.view(), apart.view());
-        ASSERT_LE(d.largest, 1) << "seed " << seed << " at " << d.x << ", " << d.y << ": mode " << u.mode << ", radius "
-                                << u.radius << ", " << source.width << "×" << source.height;
+        ASSERT_LE(d.largest, 1) << "seed " << seed << " at " << d.x << ", " << d.y << ": mode " << int(u.mode)
+                                << ", radius " << u.radius << ", " << source.width << "×" << source.height;
         ASSERT_EQ(difference(apart.whole.view(), inPlace.whole.view()).largest, 0) << "seed " << seed;
         ASSERT_EQ(changedAround(source, apart), "") << "seed " << seed;
     }
@@ -134,14 +134,15 @@ TEST(RegionEffect, changesThePixelsOfTheRegionToItsLastCentreAndNoOther) {
     for (auto const backend : {CompositorBackend::reference, CompositorBackend::cpu}) {
         Image target(40, 30);
         // From the centre of column 10 to that of column 20.
-        apply(backend, {{1, 0, 1, 1}, {40, 30}, {10.5f / 40, 0.2f}, {10.0f / 40, 0.5f}, 0, 2}, source.view(),
-              target.view());
+        apply(backend, {{1, 0, 1, 1}, {40, 30}, {10.5f / 40, 0.2f}, {10.0f / 40, 0.5f}, 0, RegionMode::fill},
+              source.view(), target.view());
         for (int y = 0; y < 30; ++y)
             for (int x = 0; x < 40; ++x) {
                 auto const isInside = x >= 10 && x <= 20 && y >= 6 && y < 21;
                 ASSERT_EQ(at(target, x, y), isInside ? (Pixel{255, 0, 255, 255}) : at(source, x, y)) << x << ", " << y;
             }
-        apply(backend, {{0, 0, 0, 0.5f}, {40, 30}, {0.25f, 0.2f}, {0.5f, 0.5f}, 0, 1}, source.view(), target.view());
+        apply(backend, {{0, 0, 0, 0.5f}, {40, 30}, {0.25f, 0.2f}, {0.5f, 0.5f}, 0, RegionMode::highlight},
+              source.view(), target.view());
         EXPECT_EQ(at(target, 15, 15), at(source, 15, 15)) << "what is highlighted stays";
         EXPECT_NEAR(at(target, 5, 15).r, at(source, 5, 15).r / 2.0, 0.5);
     }
@@ -154,7 +155,7 @@ TEST(RegionEffect, aBlurIsTheMeanOfEverySecondPixelWithinItsReach) {
     source.row(4)[4 * 4] = 252;
     for (auto const backend : {CompositorBackend::reference, CompositorBackend::cpu}) {
         Image target(9, 9);
-        apply(backend, {{}, {9, 9}, {0, 0}, {1, 1}, 2.9f, 0}, source.view(), target.view());
+        apply(backend, {{}, {9, 9}, {0, 0}, {1, 1}, 2.9f, RegionMode::blur}, source.view(), target.view());
         EXPECT_EQ(at(target, 4, 4).r, 28) << "one of nine: two to the left, itself, two to the right";
         EXPECT_EQ(at(target, 6, 2).r, 28);
         EXPECT_EQ(at(target, 5, 4).r, 0) << "odd steps are passed over";
@@ -171,7 +172,8 @@ TEST(RegionEffect, aBlurWiderThanThePictureGoesOnFadingToTheColoursOfItsCorners)
     for (auto const backend : {CompositorBackend::reference, CompositorBackend::cpu}) {
         auto const middle = [&](float radius) {
             Image target(60, 40);
-            apply(backend, {{}, {60, 40}, {0.4f, 0.4f}, {0.2f, 0.2f}, radius, 0}, source.view(), target.view());
+            apply(backend, {{}, {60, 40}, {0.4f, 0.4f}, {0.2f, 0.2f}, radius, RegionMode::blur}, source.view(),
+                  target.view());
             return int{at(target, 30, 20).r};
         };
         EXPECT_EQ(middle(3000), 43); // 40 + 215 · (1 − (1 − 29/3001) · (1 − 19/3001)): inside, 29 columns, 19 rows
@@ -212,7 +214,8 @@ TEST(RegionEffect, aMaskHidesWhatWasThereAndTakesTheColoursAround) {
         }
     for (auto const backend : {CompositorBackend::reference, CompositorBackend::cpu}) {
         Image target(60, 40);
-        apply(backend, {{}, {60, 40}, {20 / 60.0f, 0.25f}, {20 / 60.0f, 0.5f}, 0, 3}, source.view(), target.view());
+        apply(backend, {{}, {60, 40}, {20 / 60.0f, 0.25f}, {20 / 60.0f, 0.5f}, 0, RegionMode::mask}, source.view(),
+              target.view());
         for (int x = 20; x < 40; ++x) {
             EXPECT_NEAR(at(target, x, 20).r, 40, 1) << x;
             EXPECT_NEAR(at(target, x, 20).b, 90, 1) << x;

@@ -32,7 +32,7 @@ void placeScreen(Random& random, CompositeUniforms& u, float width, float height
     if (random.chance(0.5f)) u.contentOrigin = {std::round(u.contentOrigin.x), std::round(u.contentOrigin.y)};
     if (random.chance(0.5f)) u.contentSize = {std::round(u.contentSize.x), std::round(u.contentSize.y)};
     if (random.chance(0.03f)) u.contentSize = {};
-    if (u.frameMode != 0 || random.chance(0.1f)) {
+    if (u.frameMode != FrameMode::none || random.chance(0.1f)) {
         auto const side = random.between(0, 0.06f) * width;
         u.frameInset = {side, random.between(0, 0.1f) * width, side, random.between(0, 0.12f) * width};
     }
@@ -102,8 +102,8 @@ Scene randomScene(unsigned seed) {
     auto const width = static_cast<float>(scene.width);
     auto const height = static_cast<float>(scene.height);
     u.canvasSize = {width, height};
-    u.bgMode = random.upTo(7);
-    u.frameMode = random.chance(0.4f) ? 0 : random.upTo(8);
+    u.bgMode = static_cast<BackgroundMode>(random.upTo(7));
+    u.frameMode = static_cast<FrameMode>(random.chance(0.4f) ? 0 : random.upTo(8));
     u.bgColor0 = random.color();
     u.bgColor1 = random.color();
     u.bgColor2 = random.color();
@@ -126,7 +126,7 @@ CompositeUniforms plainLook(int width, int height, float padding) {
     u.contentSize = {w * (1 - 2 * padding), h * (1 - 2 * padding)};
     u.clipOrigin = u.contentOrigin;
     u.clipSize = u.contentSize;
-    u.bgMode = 1;
+    u.bgMode = BackgroundMode::linear;
     u.bgColor0 = {0.2f, 0.3f, 0.9f, 1};
     u.bgColor1 = {0.9f, 0.3f, 0.4f, 1};
     u.bgParam = {0.7f, 0.7f};

@@ -64,12 +64,12 @@ TEST(FrameUniforms, aClickUnderThePointerSharesItsPassAndOneElsewhereTakesItsOwn
     EXPECT_EQ(uniformsAt(project, 0.5).cursorPasses, 1);
     auto const shared = uniformsAt(project, 1.2);
     EXPECT_EQ(shared.cursorPasses, 1);
-    EXPECT_EQ(shared.cursor[0].clickEffect, 1);
+    EXPECT_EQ(shared.cursor[0].clickEffect, ClickShape::ripple);
     EXPECT_GT(shared.cursor[0].opacity, 0);
     auto const apart = uniformsAt(project, 5.2);
     ASSERT_EQ(apart.cursorPasses, 2);
     EXPECT_EQ(apart.cursor[0].opacity, 0) << "the click lies beneath the pointer";
-    EXPECT_EQ(apart.cursor[1].clickEffect, 0);
+    EXPECT_EQ(apart.cursor[1].clickEffect, ClickShape::none);
     project.cursor.isVisible = false;
     EXPECT_EQ(uniformsAt(project, 0.5).cursorPasses, 0);
 }
@@ -90,7 +90,7 @@ TEST(FrameUniforms, aDeviceFrameAndTheShadowGoBitByBitOnTheWayToASplit) {
     project.screen = {.padding = 0.05, .shadowRadius = 40, .shadowOpacity = 0.5, .frame = DeviceFrame::iphone};
     project.layoutCues = {{.time = 2, .scene = SceneLayout::split}};
     auto last = uniformsAt(project, 1.9).composite;
-    EXPECT_EQ(last.frameMode, 5);
+    EXPECT_EQ(last.frameMode, FrameMode::iphone);
     EXPECT_FLOAT_EQ(last.shadowOpacity, 0.5f);
     for (double t = 2; t < 2.6; t += 1 / 120.0) {
         auto const now = uniformsAt(project, t).composite;
@@ -100,7 +100,7 @@ TEST(FrameUniforms, aDeviceFrameAndTheShadowGoBitByBitOnTheWayToASplit) {
         EXPECT_LT(last.shadowOpacity - now.shadowOpacity, 0.05f) << t;
         last = now;
     }
-    EXPECT_EQ(last.frameMode, 0);
+    EXPECT_EQ(last.frameMode, FrameMode::none);
     EXPECT_EQ(last.shadowOpacity, 0);
 }
 

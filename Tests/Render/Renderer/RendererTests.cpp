@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <utility>
 
 namespace tavaro {
 
@@ -61,6 +62,38 @@ TEST(Renderer, aPlainRecordingThatFillsTheCanvasIsShownAsItIsUpToTheEdges) {
             largest = std::max(largest, std::abs(drawn.row(y)[i] - recorded.view().row(y)[i]));
     }
     EXPECT_LE(largest, 1);
+}
+
+TEST(Renderer, aBoxThatIsFilledCoversWhatIsBeneathOnce) {
+    TestTake take("box", 30);
+    take.project.screen = {};
+    take.project.background = {BackgroundStyle::None{}};
+    take.project.cursor.isVisible = false;
+    take.project.zoomEvents.clear();
+    auto const screen = MovieReader(take.package.assetURL("screen.mp4")).frame(0);
+    auto const drawn = [&] {
+        FrameComposer const composer(take.project, {320, 180});
+        Renderer renderer(take.package);
+        return copyOf(renderer.render(composer.state(0.5), composer.project(), {screen}));
+    };
+    auto const plain = drawn();
+    take.project.overlays = {{.kind = {OverlayKind::Box{{0.2, 0.2, 0.6, 0.6}}},
+                              .start = 0,
+                              .duration = 2,
+                              .backgroundColor = RGBAColor{1, 0, 0, 0.5},
+                              .animationIn = OverlayAnimation::none,
+                              .animationOut = OverlayAnimation::none}};
+    auto const filled = drawn();
+    std::uint8_t const red[] = {255, 0, 0};
+    for (int y = 60; y < 120; ++y) {
+        for (int x = 100; x < 220; ++x) {
+            for (int c = 0; c < 3; ++c) {
+                auto const beneath = std::as_const(plain).view().row(y)[4 * x + c];
+                ASSERT_NEAR(std::as_const(filled).view().row(y)[4 * x + c], (beneath + red[c]) / 2.0, 1.5)
+                    << x << ", " << y;
+            }
+        }
+    }
 }
 
 TEST(Renderer, aPointerThatMovesOverAStillPictureLeavesNoTrace) {

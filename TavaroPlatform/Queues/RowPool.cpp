@@ -1,6 +1,4 @@
-#include <TavaroRender/Renderer/Private/RowPool.h>
-
-#include <pthread.h>
+#include <TavaroPlatform/Queues/RowPool.h>
 
 #include <algorithm>
 #include <condition_variable>
@@ -8,7 +6,10 @@
 #include <mutex>
 #include <optional>
 #include <thread>
+#include <utility>
 #include <vector>
+
+#include <TavaroPlatform/Queues/Private/ThreadName.h>
 
 namespace tavaro {
 
@@ -26,7 +27,7 @@ struct RowPool::State {
     std::condition_variable finished;
     bool stops = false;
     // The job under way, guarded by `mutex`.
-    FunctionRef<void(int, int)> const* band = nullptr;
+    Band const* band = nullptr;
     int rowCount = 0;
     int rowsPerBand = 0;
     int nextRow = 0;
@@ -61,7 +62,7 @@ struct RowPool::State {
     }
 
     void work() {
-        pthread_setname_np(pthread_self(), "render.rows");
+        nameThisThread("com.tavaro.render.rows");
         std::unique_lock lock(mutex);
         while (true) {
             started.wait(lock, [&] { return stops || hasBand(); });
@@ -88,7 +89,7 @@ RowPool::~RowPool() {
 
 int RowPool::threads() const { return static_cast<int>(state_->threads.size()) + 1; }
 
-void RowPool::run(int rowCount, FunctionRef<void(int, int)> band) {
+void RowPool::run(int rowCount, Band band) {
     if (rowCount <= 0) return;
     auto& state = *state_;
     int const bands = state.threads.empty() ? 1 : threads() * bandsPerThread;

@@ -1,4 +1,4 @@
-#include <TavaroRender/Renderer/Private/RowPool.h>
+#include <TavaroPlatform/Queues/RowPool.h>
 
 #include <gtest/gtest.h>
 

@@ -2,12 +2,12 @@
 
 #include <memory>
 
-#include <TavaroRender/Compositor/Private/RowExecutor.h>
+#include <TavaroPlatform/Queues/RowBands.h>
 
 namespace tavaro {
 
 /// Draws rows on a few threads of its own and on the caller's. Threads sleep while there is nothing to draw.
-class RowPool final : public RowExecutor {
+class RowPool final : public RowBands {
 public:
     /// `threads` counts the caller's too, so 1 starts none; 0 means one a core.
     explicit RowPool(int threads = 0);
@@ -18,7 +18,7 @@ public:
     int threads() const;
 
     /// One caller at a time.
-    void run(int rowCount, FunctionRef<void(int rowBegin, int rowEnd)> band) override;
+    void run(int rowCount, Band band) override;
 
 private:
     struct State;
