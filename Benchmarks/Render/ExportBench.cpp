@@ -25,6 +25,7 @@
 #include <TavaroMedia/Movie/MovieWriter.h>
 #include <TavaroPlatform/Queues/ParallelPair.h>
 #include <TavaroRender/Export/Exporter.h>
+#include <TavaroRender/Export/FilmPainter.h>
 
 #include "Measured.h"
 #include "ScreenScene.h"
@@ -114,7 +115,7 @@ void exportTake(fs::path const& folder, std::string const& preset, fs::path cons
 void renderFrame(fs::path const& folder, double at, fs::path const& output) {
     ProjectPackage const package(folder);
     auto const project = package.load();
-    writePNG(output, Exporter(project, package, project.exportSettings).renderStill(at).view(), PNGPacking::quick);
+    writePNG(output, filmPainter(project, package, project.exportSettings).frame(at), PNGPacking::quick);
 }
 
 // ---- FFmpeg's side

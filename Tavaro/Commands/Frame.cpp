@@ -8,7 +8,9 @@
 #include <TavaroCore/Records/JSONWriter.h>
 #include <TavaroCore/Values/Timecode.h>
 #include <TavaroMedia/Frames/PNG.h>
-#include <TavaroRender/Export/Exporter.h>
+#include <TavaroRender/Export/ExportError.h>
+#include <TavaroRender/Export/FilmPainter.h>
+#include <TavaroRender/Painter/PaintError.h>
 #include <TavaroRender/Sheet/ContactSheet.h>
 
 #include <CLI/CLI.hpp>
@@ -76,13 +78,26 @@ void printResult(Options const& options, std::string const& path, Size2 size, st
     fmt::print("{}\n", writer.take());
 }
 
+/// Draws the film of the project at that size.
+FramePainter painterOf(DemoProject const& project, ProjectPackage const& package, Size2 size) {
+    auto settings = project.exportSettings;
+    settings.size = size;
+    return filmPainter(project, package, settings);
+}
+
+Image drawn(FramePainter& painter, double at) {
+    try {
+        return painter.still(at);
+    } catch (PaintError const& error) {
+        throw ExportError::of(error); // the film could not be written either, and says so in these words
+    }
+}
+
 void frame(Options const& options) {
     auto const [package, project] = openProject(options.package);
-    auto settings = project.exportSettings;
-    settings.size = sizeOf(options, project.canvas);
-    Exporter exporter(project, package, settings);
-    expectInside(*options.at, exporter.duration());
-    auto const image = exporter.renderStill(*options.at);
+    auto painter = painterOf(project, package, sizeOf(options, project.canvas));
+    expectInside(*options.at, painter.duration());
+    auto const image = drawn(painter, *options.at);
     writePNG(options.output, image.view(), PNGPacking::quick);
     printResult(options, options.output, {image.width(), image.height()}, {*options.at});
 }
@@ -91,14 +106,12 @@ void sheet(Options const& options) {
     auto const [package, project] = openProject(options.package);
     auto const layout =
         sheetLayout(options.sheet, project.canvas, options.maxWidth > 0 ? options.maxWidth : sheetWidth);
-    auto settings = project.exportSettings;
-    settings.size = layout.picture;
-    Exporter exporter(project, package, settings);
-    auto const times = sheetTimes(options.sheet, exporter.duration(), settings.fps);
+    auto painter = painterOf(project, package, layout.picture);
+    auto const times = sheetTimes(options.sheet, painter.duration(), project.exportSettings.fps);
     ContactSheet sheet(
         layout, project.name,
-        fmt::format("{}  ·  {} × {}", timeText(exporter.duration()), project.canvas.width, project.canvas.height));
-    for (auto const time : times) sheet.add(exporter.renderStill(time).view(), timeText(time));
+        fmt::format("{}  ·  {} × {}", timeText(painter.duration()), project.canvas.width, project.canvas.height));
+    for (auto const time : times) sheet.add(drawn(painter, time).view(), timeText(time));
     auto const image = sheet.finish();
     auto const output = options.output.empty() ? unusedFile("sheet.png").string() : options.output;
     writePNG(output, image->view());

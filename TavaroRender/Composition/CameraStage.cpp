@@ -103,11 +103,11 @@ ScenePlan CameraStage::State::makePlan() const {
 
 void CameraStage::State::listBusyPoints(double at, std::vector<CanvasPoint>& points) const {
     auto const centre = [&](ZoomEvent const& event, double t) { return follow.centre(event, t); };
-    auto const zoom = ZoomResolver::resolve(project.zoomEvents, at, CentreProvider{centre});
+    auto const zoom = ZoomResolver::resolve(follow.events(), at, CentreProvider{centre});
     auto const content = screen.single(at, zoom).content;
     if (content.isEmpty()) return;
     if (auto const position = pointer.position(at)) points.push_back(canvasPoint(content, zoom, *position));
-    for (auto const& event : project.zoomEvents) {
+    for (auto const& event : follow.events()) {
         if (event.scale >= readableZoom && event.range().contains(at))
             points.push_back(canvasPoint(content, zoom, follow.centre(event, at)));
     }

@@ -22,6 +22,8 @@ FollowPaths::~FollowPaths() = default;
 
 AutoPan FollowPaths::pan() { return AutoPan(0.44, 0.85); }
 
+std::vector<ZoomEvent> const& FollowPaths::events() const { return project_.zoomEvents; }
+
 std::vector<CursorSample> const& FollowPaths::ensurePath(ZoomEvent const& event) const {
     auto& path = paths_[static_cast<std::size_t>(&event - project_.zoomEvents.data())];
     std::call_once(path.made, [&] {

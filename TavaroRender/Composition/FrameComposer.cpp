@@ -4,16 +4,11 @@
 #include <TavaroCore/Values/CanvasUnit.h>
 #include <TavaroCore/Zoom/LoupeResolver.h>
 #include <TavaroCore/Zoom/ZoomResolver.h>
-#include <TavaroRender/Composition/Private/CameraStage.h>
 #include <TavaroRender/Composition/Private/ClickLook.h>
-#include <TavaroRender/Composition/Private/FollowPaths.h>
 #include <TavaroRender/Composition/Private/LoupeLens.h>
-#include <TavaroRender/Composition/Private/PointerTrack.h>
-#include <TavaroRender/Composition/Private/RedactionIndex.h>
+#include <TavaroRender/Composition/Private/RevisionParts.h>
 #include <TavaroRender/Composition/Private/SceneGeometry.h>
-#include <TavaroRender/Composition/Private/ScreenPlacement.h>
 #include <TavaroRender/Composition/Private/SpanIndex.h>
-#include <TavaroRender/Composition/Private/SplitPanes.h>
 
 namespace tavaro {
 
@@ -52,33 +47,44 @@ LoupeLens lens(FrameState const& state) {
     return {state.loupeCanvasCenter, state.loupeRadiusPx, state.loupe->magnification, state.loupe->presence};
 }
 
+double aspectOf(std::optional<Size2> cameraSize) {
+    return cameraSize && cameraSize->height > 0 ? cameraSize->aspect() : likelyAspect;
+}
+
 }
 
 struct FrameComposer::Derived {
-    Derived(DemoProject const& original, Size2 canvasSize, double cameraAspect)
-        : project(original)
+    Derived(DemoProject const& original, Size2 canvasSize, double cameraAspect, Derived const* before = nullptr)
+        : revision(std::make_shared<DemoProject const>(original))
+        , project(*revision)
         , canvas(canvasSize)
-        , pointer(project)
-        , follow(project, pointer)
+        , pointing(keptOrMade(before ? before->pointing : nullptr, revision))
+        , following(keptOrMade(before ? before->following : nullptr, revision, pointing))
+        , placing(keptOrMade(before ? before->placing : nullptr, revision, following, canvas))
+        , staging(keptOrMade(before ? before->staging : nullptr, revision, placing, cameraAspect))
+        , hiding(keptOrMade(before ? before->hiding : nullptr, revision))
+        , pointer(pointing->track)
+        , follow(following->paths)
+        , stage(staging->stage)
         , source(project.croppedSourceSize())
         , intro(project.introDuration())
         , outro(project.outroDuration())
-        , screen(project, canvas, splitPanes(project.effectiveSplit(canvas), canvas, project.screen.padding).screen,
-                 pointer, follow)
-        , stage(project, canvas, cameraAspect, screen, pointer, follow)
-        , redactions(*project.redactions)
         , overlays(rangesOf(project.overlays)) {}
 
-    DemoProject const project;
+    Revision const revision;
+    DemoProject const& project;
     Size2 const canvas;
-    PointerTrack const pointer;
-    FollowPaths const follow;
+    std::shared_ptr<Pointing const> const pointing;
+    std::shared_ptr<Following const> const following;
+    std::shared_ptr<Placing const> const placing;
+    std::shared_ptr<Staging const> const staging;
+    std::shared_ptr<Hiding const> const hiding;
+    PointerTrack const& pointer;
+    FollowPaths const& follow;
+    CameraStage const& stage;
     Size2 const source;
     double const intro;
     double const outro;
-    ScreenPlacement const screen;
-    CameraStage const stage;
-    RedactionIndex const redactions;
     SpanIndex const overlays;
 
     double duration() const { return intro + project.duration() + outro; }
@@ -102,7 +108,7 @@ std::optional<ShownSource> FrameComposer::Derived::shown(double at) const {
 
 CameraState FrameComposer::Derived::zoom(double at) const {
     auto const centre = [&](ZoomEvent const& event, double t) { return follow.centre(event, t); };
-    return ZoomResolver::resolveWithVelocity(project.zoomEvents, at, shutter, CentreProvider{centre});
+    return ZoomResolver::resolveWithVelocity(follow.events(), at, shutter, CentreProvider{centre});
 }
 
 void FrameComposer::Derived::placeZoom(FrameState& state, double at) const {
@@ -184,16 +190,20 @@ void FrameComposer::Derived::placeClick(FrameState& state, double at) const {
 
 void FrameComposer::Derived::listLayers(FrameState& state, double at) const {
     for (auto const item : overlays.holding(at)) state.visibleOverlays.push_back(&project.overlays[item]);
-    if (state.source) state.redactions = redactions.active(state.source->asset, state.source->time);
+    if (state.source) state.redactions = hiding->redactions.active(state.source->asset, state.source->time);
     if (project.captions.isEnabled) state.captionCue = project.captions.cue(at);
 }
 
 FrameComposer::FrameComposer(DemoProject const& project, Size2 canvas, std::optional<Size2> cameraSize)
-    : derived_(std::make_unique<Derived>(project, canvas,
-                                         cameraSize && cameraSize->height > 0 ? cameraSize->aspect() : likelyAspect)) {}
+    : derived_(std::make_unique<Derived const>(project, canvas, aspectOf(cameraSize))) {}
+FrameComposer::FrameComposer(std::unique_ptr<Derived const> derived) : derived_(std::move(derived)) {}
 FrameComposer::FrameComposer(FrameComposer&&) noexcept = default;
 FrameComposer& FrameComposer::operator=(FrameComposer&&) noexcept = default;
 FrameComposer::~FrameComposer() = default;
+
+FrameComposer FrameComposer::revised(DemoProject const& project, Size2 canvas, std::optional<Size2> cameraSize) const {
+    return FrameComposer(std::make_unique<Derived const>(project, canvas, aspectOf(cameraSize), derived_.get()));
+}
 
 DemoProject const& FrameComposer::project() const { return derived_->project; }
 

@@ -28,10 +28,10 @@ struct ZoomTarget {
     double weight = 0; // 0…1
 };
 
-ZoomTarget zoomTarget(DemoProject const& project, FollowPaths const& follow, double at) {
+ZoomTarget zoomTarget(FollowPaths const& follow, double at) {
     double sum = 0;
     UnitPoint2 point{0, 0};
-    for (auto const& event : project.zoomEvents) {
+    for (auto const& event : follow.events()) {
         double const weight = event.isLoupe() ? 0 : presence(event, at);
         if (weight <= 0) continue;
         auto const centre = follow.centre(event, at);
@@ -72,7 +72,7 @@ UnitPoint2 ScreenPlacement::focus(Pan const& pan, double at, CameraState const& 
         pan.path = FollowPaths::pan().path(pointer_.samples({0, project_.duration()}), pan.visible);
     });
     auto const pointed = AutoPan::centre(pan.path, at).value_or(UnitPoint2::center);
-    auto const zoomed = zoomTarget(project_, follow_, at);
+    auto const zoomed = zoomTarget(follow_, at);
     auto const wanted = UnitPoint2::lerp(pointed, zoomed.point, zoomed.weight);
     auto const axis = [&](double point, double middle, double share) {
         double const place = (point - middle) * camera.scale + 0.5; // on the zoomed recording

@@ -1,5 +1,7 @@
 #include <TavaroRender/Export/ExportError.h>
 
+#include <TavaroRender/Painter/PaintError.h>
+
 namespace tavaro {
 
 ExportError ExportError::readerFailed(std::string const& detail) {
@@ -18,10 +20,25 @@ ExportError ExportError::noVideoTrack() { return {Kind::noVideoTrack, "The recor
 
 ExportError ExportError::audioFailed(std::string const& sentence) { return {Kind::audioFailed, sentence}; }
 
+ExportError ExportError::effectFailed(std::string const& sentence) { return {Kind::effectFailed, sentence}; }
+
 ExportError ExportError::cancelled() { return {Kind::cancelled, "Export cancelled."}; }
 
 ExportError ExportError::gifFailed() { return {Kind::gifFailed, "Could not encode the GIF."}; }
 
 ExportError ExportError::alreadyExporting() { return {Kind::alreadyExporting, "Tavaro is already exporting."}; }
+
+ExportError ExportError::of(PaintError const& error) {
+    switch (error.kind()) {
+    case PaintError::Kind::missingAsset: return missingAsset(error.detail());
+    case PaintError::Kind::noVideoTrack: return noVideoTrack();
+    case PaintError::Kind::undrawableSize:
+    case PaintError::Kind::noMemory: return writerFailed(error.detail());
+    case PaintError::Kind::effect: return effectFailed(error.detail());
+    case PaintError::Kind::unreadable:
+    case PaintError::Kind::nothingToShow: break;
+    }
+    return readerFailed(error.detail());
+}
 
 }

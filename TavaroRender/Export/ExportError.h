@@ -6,6 +6,8 @@
 
 namespace tavaro {
 
+class PaintError;
+
 class ExportError : public Error {
 public:
     enum class Kind {
@@ -14,6 +16,7 @@ public:
         missingAsset,
         noVideoTrack,
         audioFailed,
+        effectFailed,
         cancelled,
         gifFailed,
         alreadyExporting
@@ -26,9 +29,14 @@ public:
     static ExportError noVideoTrack();
     /// Sound that cannot be read; the whole sentence.
     static ExportError audioFailed(std::string const& sentence);
+    /// Something that frames ask for and that cannot be used; the whole sentence.
+    static ExportError effectFailed(std::string const& sentence);
     static ExportError cancelled();
     static ExportError gifFailed();
     static ExportError alreadyExporting();
+
+    /// What a frame that could not be drawn means for the export that it belongs to.
+    static ExportError of(PaintError const& error);
 
     Kind kind() const { return kind_; }
 

@@ -1,16 +1,15 @@
 #include <TavaroRender/Export/Exporter.h>
 
-#include <algorithm>
 #include <array>
 #include <atomic>
 #include <new>
 
 #include <TavaroPlatform/Queues/SerialQueue.h>
 #include <TavaroRender/Export/ExportError.h>
-#include <TavaroRender/Export/Private/ExportChecks.h>
 #include <TavaroRender/Export/Private/ExportJob.h>
 #include <TavaroRender/Export/Private/GIFExport.h>
 #include <TavaroRender/Export/Private/MovieExport.h>
+#include <TavaroRender/Painter/PaintError.h>
 
 namespace tavaro {
 
@@ -29,10 +28,12 @@ public:
     ExportTurn& operator=(ExportTurn const&) = delete;
 };
 
-/// A frame as large as the settings ask for may not fit into the machine.
-template<class Work> auto withMemory(Work const& work) {
+/// A frame that cannot be drawn ends its export, and one as large as the settings ask for may not fit into the machine.
+template<class Work> auto inExportTerms(Work const& work) {
     try {
         return work();
+    } catch (PaintError const& error) {
+        throw ExportError::of(error);
     } catch (std::bad_alloc const&) {
         throw ExportError::writerFailed("there is not enough memory for frames of this size");
     }
@@ -43,7 +44,7 @@ template<class Work> std::filesystem::path inTurn(Work const& work) {
     ExportTurn const turn;
     SerialQueue queue("com.tavaro.export.video");
     std::filesystem::path written;
-    queue.sync([&] { written = withMemory(work); });
+    queue.sync([&] { written = inExportTerms(work); });
     return written;
 }
 
@@ -77,20 +78,7 @@ std::filesystem::path Exporter::exportFile(std::filesystem::path const& file, Pr
     return isGIF ? exportGIF(file, progress) : exportMovie(file, progress);
 }
 
-Image Exporter::renderStill(double at) {
-    auto& job = state_->job;
-    return withMemory([&] {
-        requireDrawable(job.settings);
-        requireSource(job.composer.project(), job.composer.duration());
-        job.prepareDrawing();
-        auto const canvas = job.frame(at);
-        Image still(canvas.width, canvas.height);
-        for (int y = 0; y < canvas.height; ++y) std::copy_n(canvas.row(y), 4 * std::size_t(canvas.width), still.row(y));
-        return still;
-    });
-}
-
-double Exporter::duration() const { return state_->job.composer.duration(); }
+double Exporter::duration() const { return state_->job.painter.duration(); }
 
 std::int64_t Exporter::totalFrames() const { return state_->job.totalFrames(); }
 

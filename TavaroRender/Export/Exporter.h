@@ -6,7 +6,6 @@
 #include <memory>
 #include <string_view>
 
-#include <TavaroMedia/Frames/Image.h>
 #include <TavaroMedia/Movie/MovieWriter.h>
 #include <TavaroRender/Renderer/Renderer.h>
 
@@ -34,8 +33,7 @@ struct ExporterOptions {
     std::filesystem::path soundCache; // for enhanced sound; empty: the user's cache folder
 };
 
-/// Makes the movie, or single pictures, of a project. Made for one export. All failures are `ExportError`, but for
-/// a colour table that cannot be used, which is a `CameraTableError`.
+/// Makes the movie of a project. Made for one export. All failures are `ExportError`.
 class Exporter {
 public:
     /// `settings` decide over those remembered in the project. Sides are rounded down to even numbers.
@@ -58,9 +56,6 @@ public:
 
     /// Whichever of the two the settings' container asks for.
     std::filesystem::path exportFile(std::filesystem::path const& file, Progress const& progress = {});
-
-    /// The picture at that output time, exactly the one that the movie shows.
-    Image renderStill(double at);
 
     /// Seconds of the finished video, title cards included.
     double duration() const;

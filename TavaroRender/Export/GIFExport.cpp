@@ -10,6 +10,7 @@
 #include <TavaroRender/Export/Private/ExportChecks.h>
 #include <TavaroRender/Export/Private/ExportJob.h>
 #include <TavaroRender/Export/Private/VideoPass.h>
+#include <TavaroRender/Painter/Private/PaintChecks.h>
 
 namespace tavaro {
 
@@ -67,9 +68,7 @@ private:
     }
 
     void run(PictureSink& sink, double rate, std::int64_t frames, Exporter::Progress const& progress) {
-        runVideoPass({.composer = job_.composer,
-                      .sources = job_.sources,
-                      .renderer = job_.renderer,
+        runVideoPass({.painter = job_.painter,
                       .sink = sink,
                       .rate = rate,
                       .totalFrames = frames,
@@ -87,11 +86,10 @@ private:
 std::filesystem::path writeGIF(ExportJob& job, std::filesystem::path const& wanted,
                                Exporter::Progress const& progress) {
     requireGIF(job.settings);
-    requireSource(job.composer.project(), job.composer.duration());
+    requireSource(job.painter.project(), job.painter.duration());
     GIFExport gif(job, progress);
     gif.report(ExportStage::preparing, 0);
-    job.openMedia();
-    job.prepareDrawing();
+    job.painter.open();
     makeFolder(wanted.parent_path());
     auto const file = unusedFile(wanted);
     withGIFFailures([&] { gif.write(file); });

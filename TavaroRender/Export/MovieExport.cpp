@@ -14,6 +14,7 @@
 #include <TavaroRender/Export/Private/ExportJob.h>
 #include <TavaroRender/Export/Private/SoundMovie.h>
 #include <TavaroRender/Export/Private/VideoPass.h>
+#include <TavaroRender/Painter/Private/PaintChecks.h>
 
 namespace tavaro {
 
@@ -55,7 +56,7 @@ std::optional<MixRenderer> makeMix(ExportJob const& job, Exporter::Progress cons
     auto const& chosen = job.options.soundCache;
     AudioEnhancer const enhancer(chosen.empty() ? AudioEnhancer::defaultFolder() : chosen);
     auto const total = job.totalFrames();
-    auto mix = prepareMix(job.composer.project(), job.package, enhancer, job.isCancelled, [&](double done) {
+    auto mix = prepareMix(job.painter.project(), job.package, enhancer, job.isCancelled, [&](double done) {
         if (progress) progress({0, total, ExportStage::enhancing, done});
     });
     enhancer.prune(largestCache);
@@ -80,23 +81,20 @@ void finish(ExportJob const& job, MovieWriter& writer, SoundMovie* sound) {
 std::filesystem::path writeMovie(ExportJob& job, std::filesystem::path const& wanted,
                                  Exporter::Progress const& progress) {
     requireMovie(job.settings);
-    requireSource(job.composer.project(), job.composer.duration());
+    requireSource(job.painter.project(), job.painter.duration());
     auto const total = job.totalFrames();
     auto const report = [&](ExportStage stage, std::int64_t framesWritten) {
         if (progress) progress({framesWritten, total, stage});
     };
     report(ExportStage::preparing, 0);
-    job.openMedia();
-    job.prepareDrawing();
+    job.painter.open();
     auto mix = makeMix(job, progress);
     makeFolder(wanted.parent_path());
     auto const file = unusedFile(wanted);
     auto writer = makeWriter(job, file, mix ? soundFor(job.settings) : MovieSound::none);
     std::optional<SoundMovie> sound;
     if (mix) sound.emplace(writer, *mix, totalSamples(job));
-    runVideoPass({.composer = job.composer,
-                  .sources = job.sources,
-                  .renderer = job.renderer,
+    runVideoPass({.painter = job.painter,
                   .sink = sound ? static_cast<PictureSink&>(*sound) : writer,
                   .rate = static_cast<double>(job.settings.fps),
                   .totalFrames = total,

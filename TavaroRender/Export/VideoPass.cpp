@@ -8,11 +8,9 @@
 #include <TavaroMedia/Frames/PictureSink.h>
 #include <TavaroPlatform/Queues/BoundedQueue.h>
 #include <TavaroPlatform/Queues/SerialQueue.h>
-#include <TavaroRender/Composition/Private/FrameComposer.h>
 #include <TavaroRender/Export/ExportError.h>
 #include <TavaroRender/Export/Exporter.h>
-#include <TavaroRender/Export/Private/FrameSources.h>
-#include <TavaroRender/Renderer/Renderer.h>
+#include <TavaroRender/Painter/FramePainter.h>
 
 namespace tavaro {
 
@@ -66,7 +64,7 @@ struct Pipeline {
 
 void Pipeline::decode() {
     for (std::int64_t n = 0; n < pass.totalFrames; ++n) {
-        if (!decoded.push(pass.sources.pictures(pass.composer, time(n)))) return;
+        if (!decoded.push(pass.painter.pictures(time(n)))) return;
     }
 }
 
@@ -76,10 +74,10 @@ void Pipeline::draw(std::function<void(ExportProgress const&)> const& progress) 
         if (pass.isCancelled) throw ExportError::cancelled();
         auto const pictures = decoded.pop();
         if (!pictures) return;
-        auto const canvas = pass.renderer.render(pass.composer.state(time(n)), pass.composer.project(), *pictures);
+        auto const canvas = pass.painter.draw(time(n), *pictures);
         auto picture = blank.pop();
         if (!picture) return;
-        fillPicture(*picture, canvas, PixelOrder::rgba, pass.renderer.rows());
+        fillPicture(*picture, canvas, PixelOrder::rgba, pass.painter.rows());
         if (!drawn.push(std::move(*picture))) return;
         if (auto const written = framesWritten.load(); progress && written != reported) {
             reported = written;

@@ -54,9 +54,14 @@ DrawnLayer LayerRasterizer::drawn(LayerSpec const& look) {
 }
 
 std::vector<RasterLayer> LayerRasterizer::layers(FrameState const& state, DemoProject const& project) {
+    auto const draw = [this](LayerSpec const& look) { return drawn(look); };
+    return layers(state, project, draw);
+}
+
+std::vector<RasterLayer> LayerRasterizer::layers(FrameState const& state, DemoProject const& project, Draw draw) {
     std::vector<RasterLayer> layers;
     for (auto const& layer : placedLayers(state, project)) {
-        auto const bitmap = drawn(layer.look);
+        auto const bitmap = draw(layer.look);
         if (!bitmap.texture) continue;
         auto const rect = placed(layer, bitmap.texture->width(), bitmap.texture->height(), bitmap.body);
         layers.push_back({bitmap.texture, rect, layer.opacity});

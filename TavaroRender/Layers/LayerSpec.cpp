@@ -1,5 +1,6 @@
 #include <TavaroRender/Layers/Private/LayerSpec.h>
 
+#include <array>
 #include <cstring>
 #include <type_traits>
 
@@ -86,6 +87,12 @@ std::string LayerSpec::cacheKey() const {
     writer.add(shownCharacters);
     std::visit([&](auto const& it) { writer.add(it); }, kind);
     return key;
+}
+
+std::string_view kindName(LayerSpec const& look) {
+    static constexpr std::array<std::string_view, std::variant_size_v<LayerSpec::Kind>> names{
+        "title", "callout", "keycap", "command", "code", "caption", "arrow", "box", "watermark"};
+    return names[look.kind.index()];
 }
 
 }

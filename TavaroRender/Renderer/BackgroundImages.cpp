@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include <TavaroCore/Values/CanvasUnit.h>
+#include <TavaroMedia/Errors/MediaError.h>
 #include <TavaroMedia/Frames/FrameConverter.h>
 #include <TavaroMedia/Frames/PNG.h>
 #include <TavaroMedia/Movie/MovieReader.h>
@@ -41,23 +42,34 @@ double coverage(ImageView image, Size2 canvas) {
                     image.height / std::max(static_cast<double>(canvas.height), 1.0));
 }
 
-}
-
-ImageView BackgroundImages::ensure(BackgroundStyle::ImageFile const& style, Size2 canvas) {
-    if (!image_.isEmpty() && madeFor_ == style && madeForCanvas_ == canvas) return image_.view();
-    auto const picture = readPicture(package_.assetURL(style.assetName));
+Image madeReady(Image const& picture, BackgroundStyle::ImageFile const& style, Size2 canvas) {
     ScreenTexture const levels(picture.view());
     int level = 0;
     while (level + 1 < levels.levelCount() && coverage(levels.ensureLevel(level), canvas) >= 2) ++level;
-    image_ = {}; // also where the next steps throw
-    image_ = copyOf(levels.ensureLevel(level));
-    double const unit = canvasUnit(canvas);
-    double const radius = std::max(style.blur, 0.0) * unit * coverage(image_.view(), canvas);
+    auto image = copyOf(levels.ensureLevel(level));
+    double const radius = std::max(style.blur, 0.0) * canvasUnit(canvas) * coverage(image.view(), canvas);
     // Three boxes of half the radius spread about as far as the radius says.
-    boxBlur(image_, static_cast<int>(std::lround(std::min(radius, 1e4) / 2)));
+    boxBlur(image, static_cast<int>(std::lround(std::min(radius, 1e4) / 2)));
+    return image;
+}
+
+}
+
+ImageView BackgroundImages::ensure(BackgroundStyle::ImageFile const& style, Size2 canvas) {
+    bool const isSame = madeFor_ == style && madeForCanvas_ == canvas;
+    if (isSame && failure_) std::rethrow_exception(failure_);
+    if (isSame && !image_.isEmpty()) return image_.view();
+    image_ = {}; // also where the next steps throw
+    failure_ = nullptr;
     madeFor_ = style;
     madeForCanvas_ = canvas;
     ++generation_;
+    try {
+        image_ = madeReady(readPicture(package_.assetURL(style.assetName)), style, canvas);
+    } catch (MediaError const&) {
+        failure_ = std::current_exception();
+        throw;
+    }
     return image_.view();
 }
 

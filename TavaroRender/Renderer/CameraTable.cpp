@@ -1,10 +1,8 @@
-#include <TavaroRender/Renderer/CameraTable.h>
+#include <TavaroRender/Renderer/Private/CameraTable.h>
 
 #include <TavaroCore/Files/MappedFile.h>
 #include <TavaroCore/Looks/CubeLUT.h>
 #include <TavaroCore/Project/DemoProject.h>
-
-#include <spdlog/spdlog.h>
 
 namespace tavaro {
 
@@ -25,19 +23,30 @@ CubeLUT readTable(ProjectPackage const& package, std::string const& asset) {
 
 }
 
-CubeLUT const* CameraTable::ensure(DemoProject const& project) {
+bool CameraTable::isUsed(DemoProject const& project) {
     auto const& camera = project.camera;
-    if (camera.look != CameraLook::lut || !camera.lutAsset || camera.lookStrength <= 0) return nullptr;
-    if (asset_ == camera.lutAsset) return table_.get();
-    table_.reset();
-    try {
-        table_ = std::make_shared<CubeLUT const>(readTable(package_, *camera.lutAsset));
-    } catch (CameraTableError const& error) {
-        if (failure_ == EffectFailure::stop) throw;
-        spdlog::warn("The camera is shown without its colours. {}", error.what());
+    return camera.look == CameraLook::lut && camera.lutAsset && camera.lookStrength > 0;
+}
+
+CubeLUT const* CameraTable::ensure(DemoProject const& project) {
+    if (!isUsed(project)) return nullptr;
+    auto const& asset = *project.camera.lutAsset;
+    if (asset_ != asset) {
+        table_.reset();
+        failure_.reset();
+        try {
+            table_ = std::make_shared<CubeLUT const>(readTable(package_, asset));
+        } catch (CameraTableError const& error) {
+            failure_ = error;
+        }
+        asset_ = asset;
     }
-    asset_ = camera.lutAsset;
+    if (failure_) throw *failure_;
     return table_.get();
+}
+
+void CameraTable::retry() {
+    if (failure_) asset_.reset();
 }
 
 }

@@ -10,8 +10,11 @@
 #include <TavaroRender/Composition/Private/FrameState.h>
 #include <TavaroRender/Kernels/BlitUniforms.h>
 #include <TavaroRender/Layers/Private/LayerRasterizer.h>
+#include <TavaroRender/Layers/Private/LayerSpec.h>
 #include <TavaroRender/Renderer/Private/BackgroundImages.h>
+#include <TavaroRender/Renderer/Private/CameraTable.h>
 #include <TavaroRender/Renderer/Private/CanvasHistory.h>
+#include <TavaroRender/Renderer/Private/DroppedEffects.h>
 #include <TavaroRender/Renderer/Private/FrameUniforms.h>
 #include <TavaroRender/Renderer/Private/MoviePicture.h>
 #include <TavaroRender/Renderer/Private/Reach.h>
@@ -30,6 +33,13 @@ struct Drawing {
 /// Where the drawing of a frame begins.
 enum class Beginning { nothing, layers, pointer, camera, ground };
 
+/// What a frame asks for, and what is said where it cannot be had.
+struct WantedEffect {
+    Effect effect;
+    std::string_view subject;
+    std::string_view loss;
+};
+
 }
 
 struct Renderer::State {
@@ -37,12 +47,15 @@ struct Renderer::State {
         : rows(options.threads)
         , compositor(options.backend, rows)
         , backgrounds(package)
-        , table(package, options.failure) {}
+        , table(package)
+        , failure(options.failure) {}
 
     RowPool rows; // before the compositor, which draws with it
     Compositor compositor;
     BackgroundImages backgrounds;
     CameraTable table;
+    EffectFailure const failure;
+    DroppedEffects dropped;
     LayerRasterizer rasterizer;
     MoviePicture screen;
     std::vector<RegionUniforms> regions; // that the screen's picture was changed in
@@ -54,6 +67,10 @@ struct Renderer::State {
     CanvasHistory history;        // of the canvas, while `drawn` holds
     std::int64_t framesDrawn = 0;
 
+    template<class Make> auto orDropped(WantedEffect const& wanted, Make const& make) -> decltype(make());
+    CubeLUT const* ensureTable(DemoProject const& project);
+    void noteMatte(FramePictures const& pictures, DemoProject const& project);
+    std::vector<RasterLayer> ensureLayers(FrameState const& frame, DemoProject const& project);
     bool showScreen(VideoFrame const& frame, std::vector<RegionUniforms> passes);
     bool showCamera(FramePictures const& pictures);
     bool sizeCanvas(Size2 size);
@@ -64,6 +81,41 @@ struct Renderer::State {
     void drawPointer(CursorUniforms const& pass);
     void drawLayer(RasterLayer const& layer);
 };
+
+/// What `make` gives, or nothing where that fails and failures are no reason to stop.
+template<class Make> auto Renderer::State::orDropped(WantedEffect const& wanted, Make const& make) -> decltype(make()) {
+    try {
+        auto made = make();
+        dropped.use(wanted.effect, wanted.subject);
+        return made;
+    } catch (Error const& error) {
+        if (failure == EffectFailure::stop) throw;
+        dropped.drop(wanted.effect, wanted.subject, std::string(wanted.loss) + " " + error.what());
+        return {};
+    }
+}
+
+CubeLUT const* Renderer::State::ensureTable(DemoProject const& project) {
+    if (!CameraTable::isUsed(project)) return nullptr;
+    return orDropped({Effect::colorTable, *project.camera.lutAsset, "The camera is shown without its colours."},
+                     [&] { return table.ensure(project); });
+}
+
+/// A camera that nobody can be told from the room in is shown whole, also in an export.
+void Renderer::State::noteMatte(FramePictures const& pictures, DemoProject const& project) {
+    if (!project.camera.cutout || !project.cameraAsset) return;
+    auto const& asset = *project.cameraAsset;
+    if (pictures.matte) return dropped.use(Effect::matte, asset);
+    dropped.drop(Effect::matte, asset,
+                 "The camera's movie '" + asset + "' has no matte to cut the person out with, so all of it is shown.");
+}
+
+std::vector<RasterLayer> Renderer::State::ensureLayers(FrameState const& frame, DemoProject const& project) {
+    return rasterizer.layers(frame, project, [&](LayerSpec const& look) {
+        return orDropped({Effect::layer, kindName(look), "A text or graphic is left out."},
+                         [&] { return rasterizer.drawn(look); });
+    });
+}
 
 /// Whether the recording's picture, with what happens to its regions, is another one than before.
 bool Renderer::State::showScreen(VideoFrame const& frame, std::vector<RegionUniforms> passes) {
@@ -94,7 +146,8 @@ ImageView Renderer::State::background(DemoProject const& project, Size2 size) {
     auto const* style = std::get_if<BackgroundStyle::ImageFile>(&project.background.content);
     if (!style) return {};
     int const before = backgrounds.generation();
-    auto const image = backgrounds.ensure(*style, size);
+    auto const image = orDropped({Effect::background, style->assetName, "The background is shown without its picture."},
+                                 [&] { return backgrounds.ensure(*style, size); });
     if (backgrounds.generation() != before) {
         compositor.forgetBackground();
         drawn.reset();
@@ -165,22 +218,30 @@ Renderer::Renderer(Renderer&&) noexcept = default;
 Renderer& Renderer::operator=(Renderer&&) noexcept = default;
 Renderer::~Renderer() = default;
 
+void Renderer::beginRevision(std::int64_t revision) {
+    state_->dropped.beginRevision(revision);
+    state_->table.retry();
+    state_->backgrounds.retry();
+}
+
 void Renderer::prepare(DemoProject const& project, int canvasWidth, int canvasHeight) {
     state_->background(project, {canvasWidth, canvasHeight});
-    if (project.usesCamera()) state_->table.ensure(project);
+    if (project.usesCamera()) state_->ensureTable(project);
 }
 
 ImageView Renderer::render(FrameState const& frame, DemoProject const& project, FramePictures const& pictures) {
     auto& state = *state_;
+    state.dropped.beginFrame();
     bool const hasCamera = frame.cameraSource && !pictures.camera.isEmpty();
-    auto const* table = hasCamera ? state.table.ensure(project) : nullptr;
+    auto const* table = hasCamera ? state.ensureTable(project) : nullptr;
+    if (hasCamera) state.noteMatte(pictures, project);
     bool const hasNewTable = hasCamera && std::exchange(state.tableInUse, table) != table;
     CameraMeans means{.hasMatte = pictures.matte != nullptr, .hasTable = table != nullptr};
     if (hasCamera) {
         means.width = pictures.camera.width();
         means.height = pictures.camera.height();
     }
-    Drawing wanted{frameUniforms(frame, project, means), state.rasterizer.layers(frame, project)};
+    Drawing wanted{frameUniforms(frame, project, means), state.ensureLayers(frame, project)};
 
     auto const background = state.background(project, frame.canvas);
     auto const& screen = pictures.screen;
@@ -199,6 +260,8 @@ ImageView Renderer::render(FrameState const& frame, DemoProject const& project, 
     ++state.framesDrawn;
     return state.canvas.view();
 }
+
+std::vector<DroppedEffect> Renderer::dropped() const { return state_->dropped.list(); }
 
 std::int64_t Renderer::framesDrawn() const { return state_->framesDrawn; }
 

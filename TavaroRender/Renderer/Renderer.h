@@ -2,12 +2,13 @@
 
 #include <cstdint>
 #include <memory>
+#include <vector>
 
 #include <TavaroMedia/Frames/Image.h>
 #include <TavaroMedia/Frames/VideoFrame.h>
 #include <TavaroPlatform/Queues/RowBands.h>
 #include <TavaroRender/Compositor/Compositor.h>
-#include <TavaroRender/Renderer/CameraTable.h>
+#include <TavaroRender/Renderer/DroppedEffect.h>
 
 namespace tavaro {
 
@@ -37,14 +38,20 @@ public:
     Renderer& operator=(Renderer&&) noexcept;
     ~Renderer();
 
-    /// Loads what the project's frames need beside the recordings. Throws `MediaError`, and `CameraTableError` where
-    /// failing effects stop.
+    /// Frames are those of that revision of the project from now on. What could not be used is tried again.
+    void beginRevision(std::int64_t revision);
+
+    /// Loads what the project's frames need beside the recordings. Where failing effects stop, throws `MediaError` for
+    /// the background and `CameraTableError`.
     void prepare(DemoProject const& project, int canvasWidth, int canvasHeight);
 
     /// Draws the frame and returns the canvas, which stays good until the next call. A movie's frame is converted once
     /// however often it is drawn; a frame that looks like the one before is not drawn again, and where only what lies
-    /// over the recording changed, only that is drawn. Throws as `prepare`.
+    /// over the recording changed, only that is drawn. Throws as `prepare`, and `LayerError`.
     ImageView render(FrameState const& state, DemoProject const& project, FramePictures const& pictures);
+
+    /// What the latest frame is drawn without.
+    std::vector<DroppedEffect> dropped() const;
 
     /// Frames drawn, those that only looked like the one before left out.
     std::int64_t framesDrawn() const;

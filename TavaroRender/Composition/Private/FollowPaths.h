@@ -21,7 +21,10 @@ public:
     FollowPaths(DemoProject const& project, PointerTrack const& pointer);
     ~FollowPaths();
 
-    /// `event` is one of the project's zooms.
+    /// The project's zooms.
+    std::vector<ZoomEvent> const& events() const;
+
+    /// `event` is one of `events`.
     UnitPoint2 centre(ZoomEvent const& event, double at) const;
 
     /// The tuning of every follow path.

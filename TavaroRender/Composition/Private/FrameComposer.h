@@ -18,6 +18,10 @@ public:
     /// Keeps a copy of the project. The fit is that of the project's export settings. `cameraSize` is that of the
     /// camera's movie; where it is not known, a picture of 16:9 is assumed.
     FrameComposer(DemoProject const& project, Size2 canvas, std::optional<Size2> cameraSize = {});
+    /// The same for another revision of the project, or another canvas. What the change leaves as it is, the pointer's
+    /// path and the plan of scenes above all, is shared with this one, so that a change costs what it is about.
+    FrameComposer revised(DemoProject const& project, Size2 canvas, std::optional<Size2> cameraSize = {}) const;
+
     FrameComposer(FrameComposer&&) noexcept;
     FrameComposer& operator=(FrameComposer&&) noexcept;
     ~FrameComposer();
@@ -35,6 +39,8 @@ public:
 
 private:
     struct Derived;
+    explicit FrameComposer(std::unique_ptr<Derived const> derived);
+
     std::unique_ptr<Derived const> derived_;
 };
 

@@ -6,17 +6,13 @@
 
 namespace tavaro {
 
-class FrameComposer;
-class FrameSources;
+class FramePainter;
 class PictureSink;
-class Renderer;
 struct ExportProgress;
 
 /// What a video pass works with; everything stays the caller's.
 struct VideoPass {
-    FrameComposer const& composer;
-    FrameSources& sources; // used by the decoding thread while the pass runs
-    Renderer& renderer;    // by the drawing thread
+    FramePainter& painter; // used by the decoding and the drawing thread while the pass runs
     PictureSink& sink;     // by the encoding thread
     double rate = 60;      // frames a second
     std::int64_t totalFrames = 0;
@@ -25,7 +21,8 @@ struct VideoPass {
 
 /// Draws every frame of the output and appends it to the sink, frame n at n ÷ rate. Decoding, drawing and encoding run
 /// beside each other, a few frames apart: the caller's thread draws and reports. Returns when the last frame has been
-/// given to the sink, or throws `ExportError` once all three have stopped.
+/// given to the sink, or throws `PaintError` or
+/// `ExportError` once all three have stopped.
 void runVideoPass(VideoPass const& pass, std::function<void(ExportProgress const&)> const& progress);
 
 }

@@ -5,6 +5,7 @@
 #include <memory>
 #include <vector>
 
+#include <TavaroCore/Records/FunctionRef.h>
 #include <TavaroRender/Layers/Private/RasterLayer.h>
 
 namespace tavaro {
@@ -33,6 +34,10 @@ public:
     /// titles, the caption, the watermark; of a card's frame only the card's text. Blur, highlight and mask overlays
     /// are not layers. Throws `LayerError` when there is no font or no memory to draw with.
     std::vector<RasterLayer> layers(FrameState const& state, DemoProject const& project);
+
+    /// The same with bitmaps from `draw`; those without a texture are left out.
+    using Draw = FunctionRef<DrawnLayer(LayerSpec const& look)>;
+    std::vector<RasterLayer> layers(FrameState const& state, DemoProject const& project, Draw draw);
 
     /// One layer's bitmap, from the cache if it is there.
     DrawnLayer drawn(LayerSpec const& look);

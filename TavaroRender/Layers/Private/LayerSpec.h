@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <variant>
 #include <vector>
 
@@ -112,5 +113,8 @@ struct LayerSpec {
 
     bool operator==(LayerSpec const&) const = default;
 };
+
+/// "title", "callout", …
+std::string_view kindName(LayerSpec const& look);
 
 }

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include <TavaroCore/Style/BackgroundPreset.h>
-#include <TavaroRender/Export/Exporter.h>
+#include <TavaroRender/Export/FilmPainter.h>
 
 #include "Stage.h"
 
@@ -301,9 +301,7 @@ Image drawn(Scene const& scene, Stage const& stage, Size2 canvas, CompositorBack
     scene.change(project);
     auto settings = project.exportSettings;
     settings.size = canvas;
-    ExporterOptions options;
-    options.renderer.backend = backend;
-    return Exporter(project, stage.package(), settings, options).renderStill(scene.time);
+    return filmPainter(project, stage.package(), settings, {.backend = backend}).still(scene.time);
 }
 
 }

@@ -4,6 +4,7 @@
 #include <TavaroMedia/Movie/MovieReader.h>
 #include <TavaroRender/Export/ExportError.h>
 #include <TavaroRender/Export/Exporter.h>
+#include <TavaroRender/Export/FilmPainter.h>
 
 #include <gmock/gmock.h>
 
@@ -143,7 +144,7 @@ TEST(ExportFormat, sizesAndRatesAtTheEdgesAreWritten) {
 
 TEST(ExportFormat, bitRatesAtTheEdgesAreWrittenAndFewBitsMakeAWorsePicture) {
     TestTake take("bits", 15);
-    auto const still = Exporter(take.project, take.package, take.settings).renderStill(10 / 30.0);
+    auto const still = filmPainter(take.project, take.package, take.settings).still(10 / 30.0);
     for (auto const codec : {VideoCodecChoice::h264, VideoCodecChoice::hevc}) {
         auto const quality = [&](std::int64_t bitrate) {
             take.settings.codec = codec;

@@ -3,6 +3,7 @@
 #include <TavaroMedia/Movie/MovieReader.h>
 #include <TavaroRender/Export/ExportError.h>
 #include <TavaroRender/Export/Exporter.h>
+#include <TavaroRender/Export/FilmPainter.h>
 
 #include <Tests/Media/Files/FullDisk.h>
 
@@ -61,13 +62,13 @@ TEST(Exporter, everyFrameOfTheMovieIsTheStillOfItsTime) {
     auto const info = MovieReader(movie).info();
     EXPECT_EQ(info.frameCount, 45);
     EXPECT_NEAR(info.duration, 1.5, 1e-3);
-    Exporter stills(take.project, take.package, take.settings);
+    auto stills = filmPainter(take.project, take.package, take.settings);
     for (int const n : {0, 7, 17, 18, 19, 29, 36, 44}) {
-        auto const still = stills.renderStill(n / 30.0);
+        auto const still = stills.still(n / 30.0);
         auto const frame = movieFrame(movie, n, 30);
         EXPECT_GE(psnr(still.view(), frame.view()), 40) << "frame " << n;
     }
-    auto const wrong = stills.renderStill(17 / 30.0);
+    auto const wrong = stills.still(17 / 30.0);
     EXPECT_LT(psnr(wrong.view(), movieFrame(movie, 20, 30).view()), 35) << "frames are told apart";
 }
 
@@ -83,9 +84,9 @@ TEST(Exporter, clipsOfSeveralRecordingsShowTheirOwnFrames) {
 
     auto plain = take.project;
     plain.timeline.clips = {{.asset = "screen.mp4", .duration = 3}};
-    Exporter source(plain, take.package, take.settings);
+    auto source = filmPainter(plain, take.package, take.settings);
     for (auto const& [frame, second] : {std::pair{3, 0.1}, {8, 2 + 2 / 30.0}, {14, 0.2 + 2 / 30.0}}) {
-        EXPECT_GE(psnr(movieFrame(movie, frame, 30).view(), source.renderStill(second).view()), 40) << frame;
+        EXPECT_GE(psnr(movieFrame(movie, frame, 30).view(), source.still(second).view()), 40) << frame;
     }
 }
 
@@ -203,9 +204,9 @@ TEST(Exporter, aGIFShowsTheStillsAtItsOwnRateAndLastsAsLong) {
     auto const info = MovieReader(gif).info();
     EXPECT_EQ(info.codec, "gif");
     EXPECT_NEAR(info.duration, 23 / 15.0, 0.011);
-    Exporter stills(take.project, take.package, take.settings);
+    auto stills = filmPainter(take.project, take.package, take.settings);
     for (int const n : {0, 8, 9, 14, 22})
-        EXPECT_GE(psnr(stills.renderStill(n / 15.0).view(), movieFrame(gif, n, 15).view()), 32) << n;
+        EXPECT_GE(psnr(stills.still(n / 15.0).view(), movieFrame(gif, n, 15).view()), 32) << n;
     EXPECT_EQ(reports.front().stage, ExportStage::preparing);
     EXPECT_EQ(reports.back().stage, ExportStage::finishing);
     EXPECT_EQ(reports.back().framesWritten, 23);

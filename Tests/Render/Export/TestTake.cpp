@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstring>
 #include <unistd.h>
 
 namespace tavaro {
@@ -74,6 +75,14 @@ int TestTake::filesLeft() const {
         if (entry.path() != package.url()) ++count;
     }
     return count;
+}
+
+bool samePixels(ImageView a, ImageView b) {
+    if (a.width != b.width || a.height != b.height) return false;
+    for (int y = 0; y < a.height; ++y) {
+        if (std::memcmp(a.row(y), b.row(y), 4 * std::size_t(a.width)) != 0) return false;
+    }
+    return true;
 }
 
 double psnr(ImageView a, ImageView b) {

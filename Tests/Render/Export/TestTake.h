@@ -27,6 +27,8 @@ public:
     int filesLeft() const;
 };
 
+bool samePixels(ImageView a, ImageView b);
+
 /// Peak signal-to-noise ratio of the colours, in decibels.
 double psnr(ImageView a, ImageView b);
 

@@ -2,6 +2,7 @@
 
 #include <TavaroMedia/Movie/MovieReader.h>
 #include <TavaroRender/Export/Exporter.h>
+#include <TavaroRender/Export/FilmPainter.h>
 
 #include <gtest/gtest.h>
 
@@ -55,7 +56,7 @@ std::string bytesOf(std::filesystem::path const& file) {
 TEST(WholeFilm, everyFrameIsTheStillOfItsTimeInEveryCodec) {
     TestTake take("whole", 45);
     edit(take);
-    Exporter stills(take.project, take.package, take.settings);
+    auto stills = filmPainter(take.project, take.package, take.settings);
     for (auto const codec : {VideoCodecChoice::h264, VideoCodecChoice::hevc, VideoCodecChoice::proRes422}) {
         take.settings.codec = codec;
         take.settings.container = ExportContainer::mov;
@@ -63,7 +64,7 @@ TEST(WholeFilm, everyFrameIsTheStillOfItsTimeInEveryCodec) {
         auto const movie = exporter.exportMovie(take.output("whole.mov"));
         EXPECT_EQ(MovieReader(movie).info().frameCount, 57);
         for (int const n : {3, 12, 19, 26, 27, 33, 41, 56}) {
-            auto const still = stills.renderStill(n / 30.0);
+            auto const still = stills.still(n / 30.0);
             EXPECT_GE(psnr(still.view(), movieFrame(movie, n, 30).view()), 40)
                 << "frame " << n << " of codec " << nameOf(codec);
         }
@@ -91,7 +92,7 @@ TEST(WholeFilm, eachPartIsSeenInIt) {
         auto project = take.project;
         auto settings = take.settings;
         change(project, settings);
-        return Exporter(project, take.package, settings).renderStill(at);
+        return filmPainter(project, take.package, settings).still(at);
     };
     auto const differs = [&](char const* part, auto const& change, double at = 1.3) {
         auto const whole = still(at, [](auto&, auto&) {});

@@ -5,7 +5,9 @@
 #include <TavaroRender/Composition/Private/FrameComposer.h>
 #include <TavaroRender/Export/ExportError.h>
 #include <TavaroRender/Export/Exporter.h>
-#include <TavaroRender/Export/Private/FrameSources.h>
+#include <TavaroRender/Export/FilmPainter.h>
+#include <TavaroRender/Painter/PaintError.h>
+#include <TavaroRender/Painter/Private/FrameSources.h>
 #include <TavaroRender/Renderer/Renderer.h>
 
 #include <gtest/gtest.h>
@@ -43,13 +45,6 @@ void writeFilm(fs::path const& file, ImageView image) {
     fillPicture(picture, image);
     writer.append(std::move(picture), 0);
     writer.finish();
-}
-
-bool samePixels(ImageView a, ImageView b) {
-    for (int y = 0; y < a.height; ++y) {
-        if (std::memcmp(a.row(y), b.row(y), 4 * std::size_t(a.width)) != 0) return false;
-    }
-    return a.width == b.width && a.height == b.height;
 }
 
 Image drawn(DemoProject const& project, ProjectPackage const& package, double at, Size2 canvas = small) {
@@ -217,16 +212,16 @@ TEST(CameraRendering, aTableColoursTheCameraAndABrokenOneIsLeftOutOfAPreviewAndS
     try {
         Exporter(take.project, take.package, take.settings).exportMovie(take.output());
         ADD_FAILURE() << "exported without its look";
-    } catch (CameraTableError const& error) {
-        EXPECT_EQ(error.kind(), CameraTableError::Kind::unreadable);
+    } catch (ExportError const& error) {
+        EXPECT_EQ(error.kind(), ExportError::Kind::effectFailed);
         EXPECT_NE(std::string(error.what()).find("look.cube"), std::string::npos);
     }
     fs::remove(take.package.assetURL("look.cube"));
     EXPECT_TRUE(samePixels(drawn(take.project, take.package, 0).view(), natural.view()));
     try {
-        Exporter(take.project, take.package, take.settings).renderStill(0);
+        filmPainter(take.project, take.package, take.settings).still(0);
         ADD_FAILURE() << "drew a still without its look";
-    } catch (ExportError const& error) {
+    } catch (PaintError const& error) {
         EXPECT_STREQ(error.what(), "Missing asset 'look.cube' in the project.");
     }
     EXPECT_EQ(take.filesLeft(), 0);
@@ -286,10 +281,9 @@ TEST(CameraRendering, anExportShowsWhatAStillShowsAndIsTheSameBytesOnAnyNumberOf
         if (first.empty()) first = bytesOf(file);
         EXPECT_TRUE(bytesOf(file) == first) << threads;
     }
-    Exporter stills(project, take.package, take.settings);
+    auto stills = filmPainter(project, take.package, take.settings);
     for (int const n : {7, 20, 33, 41, 55})
-        EXPECT_GE(psnr(stills.renderStill(n / 30.0).view(), movieFrame(take.output("threads1.mp4"), n, 30).view()), 38)
-            << n;
+        EXPECT_GE(psnr(stills.still(n / 30.0).view(), movieFrame(take.output("threads1.mp4"), n, 30).view()), 38) << n;
 }
 
 TEST(CameraRendering, aMissingOrBrokenCameraStopsAnExportAndLeavesNothing) {
@@ -316,13 +310,13 @@ TEST(CameraRendering, theVerticalSplitIsASplitWhateverTheProjectsLayout) {
     auto settings = take.settings;
     settings.size = {180, 320};
     settings.fit = ContentFit::fill;
-    auto const single = Exporter(take.project, take.package, settings).renderStill(0);
+    auto const single = filmPainter(take.project, take.package, settings).still(0);
     settings.presetID = "split-vertical";
-    auto const split = Exporter(take.project, take.package, settings).renderStill(0);
+    auto const split = filmPainter(take.project, take.package, settings).still(0);
     EXPECT_FALSE(samePixels(single.view(), split.view()));
     take.project.layout.content = CanvasLayout::Split{.arrangement = SplitArrangement::cameraTop};
     settings.presetID.reset();
-    EXPECT_TRUE(samePixels(Exporter(take.project, take.package, settings).renderStill(0).view(), split.view()));
+    EXPECT_TRUE(samePixels(filmPainter(take.project, take.package, settings).still(0).view(), split.view()));
 }
 
 }

@@ -16,13 +16,6 @@ namespace tavaro {
 
 namespace {
 
-bool samePixels(ImageView a, ImageView b) {
-    for (int y = 0; y < a.height; ++y) {
-        if (std::memcmp(a.row(y), b.row(y), 4 * std::size_t(a.width)) != 0) return false;
-    }
-    return a.width == b.width && a.height == b.height;
-}
-
 Image copyOf(ImageView view) {
     Image image(view.width, view.height);
     for (int y = 0; y < view.height; ++y) std::memcpy(image.row(y), view.row(y), 4 * std::size_t(view.width));

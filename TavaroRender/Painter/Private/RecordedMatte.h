@@ -6,7 +6,7 @@
 #include <TavaroCore/Package/ProjectPackage.h>
 #include <TavaroMedia/Frames/FrameConverter.h>
 #include <TavaroMedia/Frames/VideoFrame.h>
-#include <TavaroRender/Export/Private/CameraMatte.h>
+#include <TavaroRender/Painter/Private/CameraMatte.h>
 
 namespace tavaro {
 
@@ -20,6 +20,7 @@ public:
     RecordedMatte(ProjectPackage package, RecordingFrames& recordings);
 
     std::shared_ptr<Image const> matte(ShownSource const& camera, VideoFrame const& picture) override;
+    void retry() override;
 
 private:
     std::string const& movieBeside(std::string_view camera);

@@ -12,12 +12,6 @@ namespace tavaro {
 struct CubeLUT;
 struct DemoProject;
 
-/// What happens when something that a frame asks for cannot be used.
-enum class EffectFailure {
-    drop, // it is left out, and the log says so once: a preview goes on
-    stop, // the failure is thrown: what is exported is what was asked for
-};
-
 /// A colour table that cannot be used.
 class CameraTableError : public Error {
 public:
@@ -33,16 +27,22 @@ private:
 /// The colour table of the camera's look, read from the package when it is first asked for and kept.
 class CameraTable {
 public:
-    CameraTable(ProjectPackage package, EffectFailure failure) : package_(std::move(package)), failure_(failure) {}
+    explicit CameraTable(ProjectPackage package) : package_(std::move(package)) {}
 
-    /// Null where the project's look has none. Where failures stop, throws `CameraTableError`.
+    /// Whether the project's look has one.
+    static bool isUsed(DemoProject const& project);
+
+    /// Null where it has none. Throws `CameraTableError`, again and again without another look at the file.
     CubeLUT const* ensure(DemoProject const& project);
+
+    /// The next call looks again for a table that could not be used.
+    void retry();
 
 private:
     ProjectPackage package_;
-    EffectFailure failure_;
     std::optional<std::string> asset_; // that `table_` was read from, or could not be
     std::shared_ptr<CubeLUT const> table_;
+    std::optional<CameraTableError> failure_;
 };
 
 }

@@ -11,8 +11,8 @@
 namespace tavaro {
 
 /// Frames of a project's recordings by asset and time. Keeps the readers of the last few assets open, so clips that
-/// take turns do not open their movies again. One thread at a time. Failures are `ExportError`: `missingAsset`,
-/// `readerFailed`, `noVideoTrack`.
+/// take turns do not open their movies again. One thread at a time. Failures are `PaintError`: `missingAsset`,
+/// `unreadable`, `noVideoTrack`.
 class RecordingFrames {
 public:
     explicit RecordingFrames(ProjectPackage package) : package_(std::move(package)) {}

@@ -1,9 +1,9 @@
-#include <TavaroRender/Export/Private/RecordingFrames.h>
+#include <TavaroRender/Painter/Private/RecordingFrames.h>
 
 #include <algorithm>
 
 #include <TavaroMedia/Errors/MediaError.h>
-#include <TavaroRender/Export/ExportError.h>
+#include <TavaroRender/Painter/PaintError.h>
 
 namespace tavaro {
 
@@ -16,9 +16,9 @@ constexpr double timeRounding = 0.001;
 
 [[noreturn]] void throwReadError(MediaError const& error, std::string_view asset) {
     switch (error.kind()) {
-    case MediaError::Kind::missing: throw ExportError::missingAsset(std::string(asset));
-    case MediaError::Kind::noVideoTrack: throw ExportError::noVideoTrack();
-    default: throw ExportError::readerFailed(error.detail() + " (" + std::string(asset) + ")");
+    case MediaError::Kind::missing: throw PaintError::missingAsset(std::string(asset));
+    case MediaError::Kind::noVideoTrack: throw PaintError::noVideoTrack();
+    default: throw PaintError::unreadable(error.detail() + " (" + std::string(asset) + ")");
     }
 }
 

@@ -1,12 +1,12 @@
-#include <TavaroRender/Export/Private/RecordedMatte.h>
+#include <TavaroRender/Painter/Private/RecordedMatte.h>
 
 #include <filesystem>
 
 #include <TavaroMedia/Errors/MediaError.h>
 #include <TavaroMedia/Frames/AlphaPicture.h>
 #include <TavaroRender/Composition/Private/FrameState.h>
-#include <TavaroRender/Export/ExportError.h>
-#include <TavaroRender/Export/Private/RecordingFrames.h>
+#include <TavaroRender/Painter/PaintError.h>
+#include <TavaroRender/Painter/Private/RecordingFrames.h>
 
 namespace tavaro {
 
@@ -28,6 +28,10 @@ std::string const& RecordedMatte::movieBeside(std::string_view camera) {
     return movie_;
 }
 
+void RecordedMatte::retry() {
+    if (movie_.empty()) camera_.reset();
+}
+
 std::shared_ptr<Image const> RecordedMatte::matte(ShownSource const& camera, VideoFrame const& picture) {
     auto const& movie = movieBeside(camera.asset);
     auto const frame = movie.empty() ? picture : recordings_.frame(movie, camera.time);
@@ -43,7 +47,7 @@ std::shared_ptr<Image const> RecordedMatte::matte(ShownSource const& camera, Vid
         converter_.convert(frame, image);
         latest_ = std::make_shared<Image const>(std::move(image));
     } catch (MediaError const& error) {
-        throw ExportError::readerFailed(error.detail());
+        throw PaintError::unreadable(error.detail());
     }
     return latest_;
 }

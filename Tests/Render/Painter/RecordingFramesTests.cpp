@@ -1,7 +1,7 @@
-#include "TestTake.h"
+#include "../Export/TestTake.h"
 
 #include <TavaroMedia/Movie/MovieReader.h>
-#include <TavaroRender/Export/Private/RecordingFrames.h>
+#include <TavaroRender/Painter/Private/RecordingFrames.h>
 
 #include <gtest/gtest.h>
 

@@ -1,13 +1,12 @@
-#include <TavaroRender/Export/Private/FrameSources.h>
+#include <TavaroRender/Painter/Private/FrameSources.h>
 
 #include <set>
 #include <string_view>
 
 #include <TavaroCore/Project/DemoProject.h>
 #include <TavaroRender/Composition/Private/FrameComposer.h>
-#include <TavaroRender/Export/Private/RecordedMatte.h>
-
-#include <spdlog/spdlog.h>
+#include <TavaroRender/Painter/PaintError.h>
+#include <TavaroRender/Painter/Private/RecordedMatte.h>
 
 namespace tavaro {
 
@@ -22,17 +21,22 @@ void FrameSources::open(DemoProject const& project) {
     for (auto const asset : assets) recordings_.open(asset);
 }
 
+std::optional<Size2> FrameSources::size(std::string_view asset) {
+    try {
+        auto const& info = recordings_.open(asset);
+        return Size2{info.width, info.height};
+    } catch (PaintError const&) {
+        return std::nullopt;
+    }
+}
+
 FramePictures FrameSources::pictures(FrameComposer const& composer, double at) {
     FramePictures pictures;
     if (auto const screen = composer.source(at)) pictures.screen = recordings_.frame(screen->asset, screen->time);
     auto const camera = composer.cameraSource(at);
     if (!camera) return pictures;
     pictures.camera = recordings_.frame(camera->asset, camera->time);
-    if (!composer.project().camera.cutout) return pictures;
-    pictures.matte = matte_->matte(*camera, pictures.camera);
-    if (!pictures.matte && !std::exchange(hasMissedMatte_, true))
-        spdlog::warn("The camera's movie '{}' has no matte to cut the person out with, so all of it is shown.",
-                     camera->asset);
+    if (composer.project().camera.cutout) pictures.matte = matte_->matte(*camera, pictures.camera);
     return pictures;
 }
 
