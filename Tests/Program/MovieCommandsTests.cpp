@@ -7,6 +7,9 @@
 
 #include <gmock/gmock.h>
 
+#include <chrono>
+#include <thread>
+
 using namespace tavaro;
 using ::testing::AllOf;
 using ::testing::ElementsAre;
@@ -200,6 +203,30 @@ TEST_F(MovieCommands, aFullDiskStopsWithASentenceAndLeavesNoHalfFile) {
     auto const imported = tavaroWithFilesUpTo(20'000, {"import", path("clip.mp4"), "-o", path("second.recproj")});
     EXPECT_EQ(imported.exitCode, 1);
     EXPECT_EQ(names(folder), before);
+}
+
+TEST_F(MovieCommands, anImportKilledAtAnyInstantLeavesAWholeProjectOrNone) {
+    makeMovie("clip.mp4");
+    fs::create_directory(path("made"));
+    ProjectPackage const package(path("made/tour.recproj"));
+    auto const importing = [&] { return start(TAVARO_PROGRAM, {"import", path("clip.mp4"), "-o", package.url()}); };
+    auto const began = std::chrono::steady_clock::now();
+    ASSERT_EQ(importing().wait().exitCode, 0);
+    auto const whole = std::chrono::steady_clock::now() - began;
+    constexpr int kills = 30;
+    for (int kill = 0; kill < kills; ++kill) {
+        fs::remove_all(package.url());
+        auto running = importing();
+        std::this_thread::sleep_for(whole * kill / kills);
+        running.send(SIGKILL);
+        running.wait();
+        if (!fs::exists(package.url())) continue;
+        EXPECT_NO_THROW(package.load()) << "kill " << kill;
+        EXPECT_EQ(fs::file_size(package.assetURL("clip.mp4")), fs::file_size(path("clip.mp4"))) << "kill " << kill;
+    }
+    fs::remove_all(package.url());
+    ASSERT_EQ(importing().wait().exitCode, 0);
+    EXPECT_THAT(names(path("made")), ElementsAre("tour.recproj")) << "the next import removes what was left";
 }
 
 TEST_F(MovieCommands, anInterruptedExportLeavesNoFile) {

@@ -92,11 +92,11 @@ TEST_F(NewProjectTest, aDamagedCameraOrSoundIsLeftOutWithARemark) {
     EXPECT_EQ(package.load(), project);
 }
 
-TEST_F(NewProjectTest, aPackageThatFailsGivesEveryFileBack) {
-    made.sounds.push_back({AudioRole::microphone, {path("systemSound.caf"), 0, 1}}); // gone by its second turn
+TEST_F(NewProjectTest, aPackageThatFailsInItsLastStepLeavesEveryFileWhereItWas) {
     ProjectPackage const package(path("take.recproj"));
+    write("take.recproj", "taken meanwhile");
     EXPECT_THROW(createProject(package, made), FileError);
-    EXPECT_FALSE(fs::exists(package.url()));
-    for (auto const* name : {"recording.mov", "camera.mov", "microphone.caf", "systemSound.caf"})
-        EXPECT_TRUE(fs::exists(path(name))) << name;
+    EXPECT_EQ(read("take.recproj"), "taken meanwhile");
+    EXPECT_EQ(names(folder), (std::vector<std::string>{"camera.mov", "microphone.caf", "recording.mov",
+                                                       "systemSound.caf", "take.recproj"}));
 }

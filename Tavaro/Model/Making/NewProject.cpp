@@ -1,7 +1,7 @@
 #include <Tavaro/Model/Making/NewProject.h>
 
 #include <Tavaro/Model/Making/CutShort.h>
-#include <TavaroCore/Package/ProjectPackage.h>
+#include <TavaroCore/Package/PendingPackage.h>
 #include <TavaroCore/Recording/SettledRecording.h>
 #include <TavaroMedia/Audio/AudioReader.h>
 #include <TavaroMedia/Errors/MediaError.h>
@@ -16,44 +16,6 @@ namespace tavaro {
 namespace fs = std::filesystem;
 
 namespace {
-
-/// A package that is begun. Unless it was completed, it is removed again, and what was moved into it goes back.
-class PackageInProgress {
-public:
-    PackageInProgress(ProjectPackage const& package, ImportMode mode) : package_(package), mode_(mode) {
-        package_.createDirectories();
-    }
-    ~PackageInProgress() {
-        std::error_code ignored;
-        if (!isComplete_ && broughtBack()) fs::remove_all(package_.url(), ignored);
-    }
-    PackageInProgress(PackageInProgress const&) = delete;
-    PackageInProgress& operator=(PackageInProgress const&) = delete;
-
-    void take(fs::path const& file) {
-        auto const asset = package_.assetURL(package_.importAsset(file, mode_));
-        if (mode_ == ImportMode::move) moved_.emplace_back(file, asset);
-    }
-    void complete() { isComplete_ = true; }
-
-private:
-    /// False where something could not go back: it must not go with the package.
-    bool broughtBack() const {
-        bool isBack = true;
-        for (auto const& [from, asset] : moved_) {
-            std::error_code error;
-            fs::rename(asset, from, error);
-            if (error) fs::copy_file(asset, from, error);
-            isBack = isBack && !error;
-        }
-        return isBack;
-    }
-
-    ProjectPackage const& package_;
-    ImportMode const mode_;
-    std::vector<std::pair<fs::path, fs::path>> moved_; // from where, and the asset
-    bool isComplete_ = false;
-};
 
 /// The movie's own sound, as long as its pictures; none where it has none that can be heard.
 std::vector<AudioTrack> soundOf(NewProject const& made, std::string const& asset, double duration) {
@@ -103,14 +65,32 @@ void addSound(DemoProject& project, NewProject const& made, SideSound const& sou
          .clips = {{.asset = asset, .start = start, .sourceStart = start - side.offset, .duration = end - start}}});
 }
 
-/// The files that the project names, the movie last: what it holds cannot be had again.
-void takeFiles(PackageInProgress& inProgress, NewProject const& made, DemoProject const& project) {
-    auto const isNamed = [&](SideRecording const& side) { return project.assetDurations.contains(assetOf(side)); };
-    if (made.camera && isNamed(*made.camera)) inProgress.take(made.camera->file);
-    for (auto const& sound : made.sounds) {
-        if (isNamed(sound.recording)) inProgress.take(sound.recording.file);
+/// The files that the project names.
+std::vector<fs::path> filesOf(NewProject const& made, DemoProject const& project) {
+    std::vector<fs::path> files{made.movie};
+    auto const add = [&](SideRecording const& side) {
+        if (project.assetDurations.contains(assetOf(side))) files.push_back(side.file);
+    };
+    if (made.camera) add(*made.camera);
+    for (auto const& sound : made.sounds) add(sound.recording);
+    return files;
+}
+
+/// What is to be moved is linked first and removed at the end, so that it has a name at every instant.
+void write(ProjectPackage const& wanted, DemoProject const& project, NewProject const& made) {
+    auto const files = filesOf(made, project);
+    bool const moves = made.importMode == ImportMode::move;
+    PendingPackage pending(wanted);
+    try {
+        pending.package().save(project);
+        for (auto const& file : files) pending.package().importAsset(file, moves ? ImportMode::link : made.importMode);
+        pending.complete();
+    } catch (FileError const& failure) {
+        throw pending.named(failure);
     }
-    inProgress.take(made.movie);
+    std::error_code ignored;
+    for (auto const& file : files)
+        if (moves) fs::remove(file, ignored);
 }
 
 }
@@ -126,7 +106,6 @@ Size2 canvasFor(Size2 source) {
 DemoProject createProject(ProjectPackage const& package, NewProject const& made) {
     auto const info = MovieReader(made.movie).info(); // refuses the movie before anything is written
     if (info.isCutShort && made.remark) made.remark(cutShortSentence(made.movie.filename().string(), info.duration));
-    PackageInProgress inProgress(package, made.importMode);
     auto const asset = ProjectPackage::confinedAssetName(made.movie.filename().string());
 
     DemoProject project;
@@ -142,9 +121,7 @@ DemoProject createProject(ProjectPackage const& package, NewProject const& made)
     for (auto const& sound : made.sounds) addSound(project, made, sound);
     project.metadata = made.metadata;
     settle(project.metadata.edit(), project.sourceSize);
-    package.save(project);
-    takeFiles(inProgress, made, project);
-    inProgress.complete();
+    write(package, project, made);
     return project;
 }
 
