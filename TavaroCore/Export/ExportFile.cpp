@@ -1,6 +1,7 @@
 #include <TavaroCore/Export/ExportFile.h>
 
 #include <TavaroCore/Export/ExportSettings.h>
+#include <TavaroCore/Files/PendingFile.h>
 
 #include <algorithm>
 #include <array>
@@ -108,6 +109,13 @@ std::filesystem::path unusedFile(std::filesystem::path const& file) {
         auto candidate = file;
         candidate.replace_filename(stem + " " + std::to_string(number) + file.extension().string());
         if (!isTaken(candidate)) return candidate;
+    }
+}
+
+std::filesystem::path commitUnderUnusedName(PendingFile& pending, std::filesystem::path const& wanted) {
+    while (true) {
+        auto const file = unusedFile(wanted);
+        if (pending.commitUnlessTaken(file)) return file;
     }
 }
 

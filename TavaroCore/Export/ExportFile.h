@@ -8,6 +8,7 @@
 namespace tavaro {
 
 struct ExportSettings;
+class PendingFile;
 
 /// Bytes that an export of that many seconds takes, roughly.
 std::int64_t estimatedFileSize(ExportSettings const& settings, double duration);
@@ -23,5 +24,9 @@ std::string suggestedFileName(ExportSettings const& settings, std::string_view p
 /// `file` itself when nothing has that name yet, else the first free one of "Name 2.mp4", "Name 3.mp4", …: an export
 /// never overwrites a file.
 std::filesystem::path unusedFile(std::filesystem::path const& file);
+
+/// Gives a pending file the first of those names that is free, however many exports want one at once, and returns it.
+/// Throws `FileError`.
+std::filesystem::path commitUnderUnusedName(PendingFile& pending, std::filesystem::path const& wanted);
 
 }

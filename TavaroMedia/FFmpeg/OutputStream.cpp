@@ -6,6 +6,7 @@
 
 #include <unistd.h>
 
+#include <TavaroCore/Export/ExportFile.h>
 #include <TavaroMedia/FFmpeg/Private/Failures.h>
 
 extern "C" {
@@ -96,14 +97,23 @@ void OutputStream::write(AVPacket& packet, AVRational timeBase, int stream) {
     check(code);
 }
 
-void OutputStream::commit() {
+void OutputStream::complete() {
     check(av_write_trailer(format_.get()));
     avio_flush(io_.get());
     check(io_->error);
+}
+
+void OutputStream::commit() {
+    complete();
     if (pending_) return writing(file_, [&] { pending_->commit(); });
     if (int const failure = grown_.sync()) throwWriting(file_, -failure);
     grown_.close();
     FileDescriptor::syncFolderOf(file_);
+}
+
+std::filesystem::path OutputStream::commitUnderUnusedName(std::filesystem::path const& wanted) {
+    complete();
+    return writing(file_, [&] { return tavaro::commitUnderUnusedName(pending_.value(), wanted); });
 }
 
 Dictionary indexInFront() {

@@ -105,6 +105,16 @@ struct GIFWriter::State {
             if (code != AVERROR(EAGAIN)) output.check(code);
         }
     }
+
+    void writeRest(double endTime) {
+        if (latestTicks < 0) ffmpeg::throwWriting(output.file(), Kind::refused, "there is no frame to write");
+        dither.end(0);
+        write();
+        auto const end = static_cast<std::int64_t>(std::llround(std::clamp(endTime, 0.0, 1e7) * 100));
+        auto const delay = std::clamp<std::int64_t>(end - writtenTicks, 2, longestDelay);
+        av_opt_set_int(output.format().priv_data, "final_delay", delay, 0);
+        hasEnded = true;
+    }
 };
 
 GIFWriter::GIFWriter(std::filesystem::path const& file, int width, int height, GIFPalette const& palette)
@@ -133,15 +143,13 @@ void GIFWriter::append(EncoderPicture picture, double presentationTime) {
 }
 
 void GIFWriter::finish(double endTime) {
-    auto& state = *state_;
-    if (state.latestTicks < 0) ffmpeg::throwWriting(state.output.file(), Kind::refused, "there is no frame to write");
-    state.dither.end(0);
-    state.write();
-    auto const end = static_cast<std::int64_t>(std::llround(std::clamp(endTime, 0.0, 1e7) * 100));
-    auto const delay = std::clamp<std::int64_t>(end - state.writtenTicks, 2, longestDelay);
-    av_opt_set_int(state.output.format().priv_data, "final_delay", delay, 0);
-    state.hasEnded = true;
-    state.output.commit();
+    state_->writeRest(endTime);
+    state_->output.commit();
+}
+
+std::filesystem::path GIFWriter::finishUnderUnusedName(std::filesystem::path const& wanted, double endTime) {
+    state_->writeRest(endTime);
+    return state_->output.commitUnderUnusedName(wanted);
 }
 
 }

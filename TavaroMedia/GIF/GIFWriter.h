@@ -33,6 +33,9 @@ public:
 
     /// The last picture lasts until `endTime`; then the GIF begins again.
     void finish(double endTime);
+    /// The same, but never replaces a file: the GIF gets the name `wanted` or, when that is taken, the first free one
+    /// of "Name 2.gif", "Name 3.gif", …, which it returns.
+    std::filesystem::path finishUnderUnusedName(std::filesystem::path const& wanted, double endTime);
 
 private:
     struct State;

@@ -132,7 +132,8 @@ struct MovieWriter::State {
         while (audioEncoder->receive(*packet)) output.write(*packet, audioTimeBase, 1);
     }
 
-    void finish(std::optional<double> endTime) {
+    void writeRest(std::optional<double> endTime) {
+        if (frames == 0) ffmpeg::throwWriting(output.file(), Kind::refused, "there is no frame to write");
         send(nullptr);
         if (audioEncoder) {
             audioEncoder->finish();
@@ -142,7 +143,6 @@ struct MovieWriter::State {
         auto const end = endTime ? std::max(ticks(*endTime), lastTicks + 1) : lastTicks + frameTicks;
         if (isHolding) held->duration = end - lastTicks;
         writeHeld();
-        output.commit();
     }
 };
 
@@ -186,8 +186,14 @@ std::int64_t MovieWriter::samplesAppended() const {
 }
 
 void MovieWriter::finish(std::optional<double> endTime) {
-    if (state_->frames == 0) ffmpeg::throwWriting(state_->output.file(), Kind::refused, "there is no frame to write");
-    state_->finish(endTime);
+    state_->writeRest(endTime);
+    state_->output.commit();
+}
+
+std::filesystem::path MovieWriter::finishUnderUnusedName(std::filesystem::path const& wanted,
+                                                         std::optional<double> endTime) {
+    state_->writeRest(endTime);
+    return state_->output.commitUnderUnusedName(wanted);
 }
 
 }

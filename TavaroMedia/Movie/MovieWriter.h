@@ -88,6 +88,10 @@ public:
     /// Encodes what is under way, writes the index, and puts the movie under its name, synced to disk. The last frame
     /// lasts until `endTime`, or one frame of `fps`.
     void finish(std::optional<double> endTime = std::nullopt);
+    /// The same for a `finished` movie, but never replaces a file: it gets the name `wanted` or, when that is taken,
+    /// the first free one of "Name 2.mp4", "Name 3.mp4", …, which it returns.
+    std::filesystem::path finishUnderUnusedName(std::filesystem::path const& wanted,
+                                                std::optional<double> endTime = std::nullopt);
 
 private:
     struct State;

@@ -41,12 +41,13 @@ public:
         , progress_(progress)
         , total_(job.totalFrames()) {}
 
-    void write(std::filesystem::path const& file) {
-        GIFWriter writer(file, width(), height(), palette());
+    /// Returns where the GIF lies then: the name may have been taken since the export began.
+    std::filesystem::path write(std::filesystem::path const& wanted) {
+        GIFWriter writer(unusedFile(wanted), width(), height(), palette());
         auto const rate = static_cast<double>(job_.settings.fps);
         run(writer, rate, total_, progress_);
         report(ExportStage::finishing, total_);
-        writer.finish(static_cast<double>(total_) / rate);
+        return writer.finishUnderUnusedName(wanted, static_cast<double>(total_) / rate);
     }
 
     void report(ExportStage stage, std::int64_t framesWritten) const {
@@ -91,9 +92,7 @@ std::filesystem::path writeGIF(ExportJob& job, std::filesystem::path const& want
     gif.report(ExportStage::preparing, 0);
     job.painter.open();
     makeFolder(wanted.parent_path());
-    auto const file = unusedFile(wanted);
-    withGIFFailures([&] { gif.write(file); });
-    return file;
+    return withGIFFailures([&] { return gif.write(wanted); });
 }
 
 }

@@ -67,10 +67,13 @@ std::int64_t totalSamples(ExportJob const& job) {
     return std::llround(static_cast<double>(job.totalFrames()) * audioRate / static_cast<double>(job.settings.fps));
 }
 
-void finish(ExportJob const& job, MovieWriter& writer, SoundMovie* sound) {
+/// Where the movie lies then: the name may have been taken since the export began.
+std::filesystem::path finish(ExportJob const& job, MovieWriter& writer, SoundMovie* sound,
+                             std::filesystem::path const& wanted) {
     try {
         if (sound) sound->finishSound();
-        writer.finish(static_cast<double>(job.totalFrames()) / static_cast<double>(job.settings.fps));
+        auto const end = static_cast<double>(job.totalFrames()) / static_cast<double>(job.settings.fps);
+        return writer.finishUnderUnusedName(wanted, end);
     } catch (MediaError const& error) {
         throw ExportError::writerFailed(error.detail());
     }
@@ -101,8 +104,7 @@ std::filesystem::path writeMovie(ExportJob& job, std::filesystem::path const& wa
                   .isCancelled = job.isCancelled},
                  progress);
     report(ExportStage::finishing, total);
-    finish(job, writer, sound ? &*sound : nullptr);
-    return file;
+    return finish(job, writer, sound ? &*sound : nullptr, wanted);
 }
 
 }

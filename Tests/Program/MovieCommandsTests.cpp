@@ -8,6 +8,7 @@
 #include <gmock/gmock.h>
 
 #include <chrono>
+#include <set>
 #include <thread>
 
 using namespace tavaro;
@@ -227,6 +228,29 @@ TEST_F(MovieCommands, anImportKilledAtAnyInstantLeavesAWholeProjectOrNone) {
     fs::remove_all(package.url());
     ASSERT_EQ(importing().wait().exitCode, 0);
     EXPECT_THAT(names(path("made")), ElementsAre("tour.recproj")) << "the next import removes what was left";
+}
+
+TEST_F(MovieCommands, exportsToOneNameAtOnceLoseNoFilm) {
+    ffmpeg({"-f", "lavfi", "-i", "testsrc2=size=160x90:rate=10:duration=0.3", "-pix_fmt", "yuv420p", path("clip.mp4")});
+    ASSERT_EQ(tavaro({"import", path("clip.mp4"), "-o", path("tour")}).exitCode, 0);
+    fs::create_directory(path("films"));
+    constexpr int rounds = 4, atOnce = 4;
+    for (auto const ending : {".mp4", ".gif"}) {
+        std::set<std::string> made;
+        for (int round = 0; round < rounds; ++round) {
+            std::vector<RunningProcess> exports;
+            for (int i = 0; i < atOnce; ++i)
+                exports.push_back(start(TAVARO_PROGRAM, {"export", path("tour.recproj"), "--json", "-o",
+                                                         path(std::string("films/tour") + ending)}));
+            for (auto& each : exports) {
+                auto const outcome = each.wait();
+                ASSERT_EQ(outcome.exitCode, 0) << outcome.error;
+                made.insert(outcome.out);
+            }
+        }
+        EXPECT_EQ(made.size(), std::size_t{rounds * atOnce}) << "each is said to lie elsewhere";
+    }
+    EXPECT_EQ(names(path("films")).size(), std::size_t{2 * rounds * atOnce});
 }
 
 TEST_F(MovieCommands, anInterruptedExportLeavesNoFile) {

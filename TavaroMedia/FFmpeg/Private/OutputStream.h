@@ -36,6 +36,9 @@ public:
     void write(AVPacket& packet, AVRational timeBase, int stream = 0);
     /// Writes the index, brings the file to the disk and puts it under its name.
     void commit();
+    /// The same for one that was begun `beside`, but under `wanted` or, when that is taken, the next free name of its
+    /// kind, which it returns.
+    std::filesystem::path commitUnderUnusedName(std::filesystem::path const& wanted);
 
     /// Throws the file's own failure if it has one, else `code`'s if it is one.
     void check(int code);
@@ -48,6 +51,7 @@ private:
     };
 
     void open(Place place);
+    void complete();
     int writeToFile(std::span<std::byte const> bytes);
     std::filesystem::path const& writtenPath() const { return pending_ ? pending_->path() : file_; }
     FileDescriptor const& descriptor() const { return pending_ ? pending_->descriptor() : grown_; }
