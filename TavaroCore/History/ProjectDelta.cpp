@@ -1,6 +1,6 @@
 #include <TavaroCore/History/ProjectDelta.h>
 
-#include <TavaroCore/History/DeltaCoding.h>
+#include <TavaroCore/History/Private/DeltaCoding.h>
 #include <TavaroCore/Project/DemoProject.h>
 
 namespace tavaro {
