@@ -19,7 +19,6 @@
 #include <unistd.h>
 
 using namespace tavaro;
-using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
 namespace fs = std::filesystem;
