@@ -15,6 +15,7 @@ bool History::edit(std::string_view name, FunctionRef<void(DemoProject&)> change
 bool History::replace(std::string_view name, DemoProject project, EditGroup group) {
     auto back = ProjectDelta::between(project, project_);
     if (back.isEmpty()) return false;
+    lastChange_ = back.changedFields();
     for (auto const& step : undone_) forget(step.bytes());
     undone_.clear();
     if (continues(name, group)) {
@@ -55,6 +56,7 @@ void History::dropWhatIsTooMuch() {
 /// Goes where the step leads; what comes back is the step that leads here again.
 History::Step History::travel(Step step) {
     forget(step.bytes());
+    lastChange_ = step.delta.changedFields();
     step.delta = step.delta.apply(project_);
     std::swap(step.revision, revision_);
     groupIsOpen_ = false;

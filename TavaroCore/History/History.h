@@ -1,5 +1,6 @@
 #pragma once
 
+#include <TavaroCore/History/ChangedFields.h>
 #include <TavaroCore/History/ProjectDelta.h>
 #include <TavaroCore/Project/DemoProject.h>
 #include <TavaroCore/Records/FunctionRef.h>
@@ -50,6 +51,8 @@ public:
     /// False when there is no step to go to.
     bool undo();
     bool redo();
+    /// What the last edit, undo or redo changed that changed anything.
+    ChangedFields const& lastChange() const { return lastChange_; }
     /// Name of the step that `undo` takes back, or `redo` brings back.
     std::optional<std::string_view> undoName() const;
     std::optional<std::string_view> redoName() const;
@@ -80,6 +83,7 @@ private:
     std::uint64_t revision_ = 0;
     std::uint64_t lastRevision_ = 0;
     std::uint64_t lastGroup_ = 0;
+    ChangedFields lastChange_;
     bool groupIsOpen_ = false; // nothing but edits happened since the last step
     std::size_t keptBytes_ = 0;
 };

@@ -1,5 +1,6 @@
 #include <TavaroCore/History/ProjectDelta.h>
 
+#include <TavaroCore/History/ChangedFields.h>
 #include <TavaroCore/History/Private/DeltaCoding.h>
 #include <TavaroCore/Project/DemoProject.h>
 
@@ -21,6 +22,15 @@ ProjectDelta ProjectDelta::apply(DemoProject& project) const {
     DeltaReader(*this, writer).apply(project);
     back.changes_.shrink_to_fit();
     return back;
+}
+
+ChangedFields ProjectDelta::changedFields() const {
+    ChangedFields fields;
+    if (isEmpty()) return fields;
+    for (std::size_t i = 0; i < fieldCount<DemoProject>; ++i) {
+        if (changes_[i / 8] >> i % 8 & 1) fields.add(i); // the document's own bits come first
+    }
+    return fields;
 }
 
 std::size_t ProjectDelta::bytes() const {

@@ -7,6 +7,7 @@
 
 namespace tavaro {
 
+class ChangedFields;
 struct DemoProject;
 
 /// What turns one document into another, and nothing that both have. Shared parts (the log, the transcript) are kept
@@ -19,6 +20,8 @@ public:
     static ProjectDelta between(DemoProject const& from, DemoProject const& to);
 
     bool isEmpty() const { return changes_.empty(); }
+    /// Of the document itself; what changed inside of a field is not told.
+    ChangedFields changedFields() const;
     /// Turns `from` into `to`, exactly, and returns the way back. The document must equal `from`.
     ProjectDelta apply(DemoProject& project) const;
     /// Memory held, with the shared parts.

@@ -104,7 +104,7 @@ public:
 
     LibraryItem item(fs::path const& path) {
         ProjectPackage const package(path);
-        auto const document = about(package.projectFileURL());
+        auto const document = stampOf(package.projectFileURL());
         if (!document) {
             return {.path = path,
                     .name = path.stem().string(),
@@ -136,9 +136,7 @@ public:
     }
 
 private:
-    IndexedProject const& remembered(ProjectPackage const& package, struct stat const& document) {
-        FileStamp const stamp{nanoseconds(document.st_mtim), document.st_size,
-                              static_cast<std::int64_t>(document.st_ino)};
+    IndexedProject const& remembered(ProjectPackage const& package, FileStamp const& stamp) {
         auto const folder = about(package.url()), assets = about(package.assetsURL());
         auto const folderModified = folder ? nanoseconds(folder->st_mtim) : 0;
         auto const assetsModified = assets ? nanoseconds(assets->st_mtim) : 0;

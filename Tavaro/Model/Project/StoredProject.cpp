@@ -20,10 +20,14 @@ namespace {
 
 StoredProject openProject(std::filesystem::path const& given) {
     ProjectPackage const package(packagePath(given));
+    return {package, loadDocument(package)};
+}
+
+DemoProject loadDocument(ProjectPackage const& package) {
     std::error_code ignored;
     if (!std::filesystem::exists(package.url(), ignored)) failOpening(package, "there is no such project");
     try {
-        return {package, package.load()};
+        return package.load();
     } catch (JSONError const& error) {
         failOpening(package, error.what());
     }

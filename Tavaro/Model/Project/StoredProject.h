@@ -14,9 +14,12 @@ struct StoredProject {
     DemoProject project;
 };
 
-/// Opens "NAME.recproj"; the ending may be missing. Throws `FileError` with the project's name in the sentence, also
+/// Reads "NAME.recproj"; the ending may be missing. Throws `FileError` with the project's name in the sentence, also
 /// for a document that is damaged.
 StoredProject openProject(std::filesystem::path const& given);
+
+/// The document alone, with the same failures.
+DemoProject loadDocument(ProjectPackage const& package);
 
 /// For who loads, changes and saves: until it ends, edits of the project by other processes wait.
 FolderLock lockForEditing(std::filesystem::path const& given);

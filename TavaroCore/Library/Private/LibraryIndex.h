@@ -1,5 +1,6 @@
 #pragma once
 
+#include <TavaroCore/Package/FileStamp.h>
 #include <TavaroCore/Project/DemoMode.h>
 #include <TavaroCore/Records/Fields.h>
 
@@ -11,18 +12,6 @@
 #include <string_view>
 
 namespace tavaro {
-
-/// Tells whether a file is still the one that was looked at: a save makes a new file with a time of its own.
-struct FileStamp {
-    std::int64_t modified = 0; // nanoseconds since 1970
-    std::int64_t bytes = 0;
-    std::int64_t inode = 0;
-
-    static constexpr auto fields = std::tuple{field("modified", &FileStamp::modified),
-                                              field("bytes", &FileStamp::bytes), field("inode", &FileStamp::inode)};
-    bool operator==(FileStamp const&) const = default;
-};
-static_assert(listsEveryField<FileStamp>);
 
 /// What the library remembers of one project, and what has to be unchanged for that to hold.
 struct IndexedProject {

@@ -1,0 +1,206 @@
+#include <Tavaro/Model/Project/OpenProject.h>
+
+#include <Tavaro/Model/Project/PackagePath.h>
+#include <Tavaro/Model/Project/StoredProject.h>
+
+#include <TavaroCore/Files/AtomicFile.h>
+
+#include <fmt/format.h>
+#include <spdlog/spdlog.h>
+
+#include <cassert>
+#include <utility>
+
+namespace tavaro {
+
+namespace {
+
+struct Read {
+    DemoProject project;
+    std::optional<FileStamp> stamp;
+};
+
+/// The document with the stamp of the very file that was read: who else saves without the lock, or removes typed text
+/// while loading, makes for another try.
+Read readDocument(ProjectPackage const& package) {
+    constexpr int mostTries = 5;
+    for (int tries = 1;; ++tries) {
+        auto const stamp = stampOf(package.projectFileURL());
+        auto project = loadDocument(package);
+        if (tries == mostTries || stamp == stampOf(package.projectFileURL())) return {std::move(project), stamp};
+    }
+}
+
+}
+
+OpenProject::OpenProject(std::filesystem::path const& given, LockHolding holding)
+    : OpenProject(ProjectPackage(packagePath(given)), holding) {}
+
+OpenProject::OpenProject(ProjectPackage package, LockHolding holding)
+    : package_(std::move(package))
+    , history_(DemoProject{}) {
+    if (holding == LockHolding::whileOpen) lock_.emplace(package_.editLockURL());
+    auto [project, stamp] = readDocument(package_);
+    stamp_ = stamp;
+    savedAt_ = project.modifiedAt;
+    history_ = History(std::move(project));
+    savedRevision_ = history_.revision();
+}
+
+OpenProject::~OpenProject() {
+    try {
+        saveEditorState();
+    } catch (std::exception const& error) {
+        spdlog::debug("The editor's state is not kept: {}", error.what());
+    }
+}
+
+void OpenProject::expectOwnThread() const { assert(thread_ == std::this_thread::get_id()); }
+
+void OpenProject::lockIfNeeded(Lock& lock) const {
+    if (!lock_) lock.emplace(package_.editLockURL());
+}
+
+StepOutcome OpenProject::edit(std::string_view step, FunctionRef<void(DemoProject&)> change, EditGroup group) {
+    expectOwnThread();
+    takeInOutside();
+    StepOutcome outcome{.durationBefore = document().duration()};
+    outcome.isChanged = history_.edit(step, change, group);
+    outcome.duration = document().duration();
+    if (outcome.isChanged) stepped();
+    return outcome;
+}
+
+SaveOutcome OpenProject::save() {
+    expectOwnThread();
+    Lock lock;
+    lockIfNeeded(lock);
+    if (takeInOutside()) return SaveOutcome::changedOutside;
+    if (!hasUnsavedChanges()) return SaveOutcome::nothingToSave;
+    write();
+    return SaveOutcome::saved;
+}
+
+StepOutcome OpenProject::commit(std::string_view step, FunctionRef<void(DemoProject&)> change) {
+    expectOwnThread();
+    Lock lock;
+    lockIfNeeded(lock);
+    auto const outcome = edit(step, change);
+    if (!hasUnsavedChanges()) return outcome;
+    try {
+        write();
+    } catch (...) {
+        if (outcome.isChanged) undo();
+        throw;
+    }
+    return outcome;
+}
+
+bool OpenProject::undo() {
+    expectOwnThread();
+    if (!history_.undo()) return false;
+    stepped();
+    return true;
+}
+
+bool OpenProject::redo() {
+    expectOwnThread();
+    if (!history_.redo()) return false;
+    stepped();
+    return true;
+}
+
+bool OpenProject::refresh() {
+    expectOwnThread();
+    return takeInOutside();
+}
+
+/// True when the document changed.
+bool OpenProject::takeInOutside() {
+    auto const found = stampOf(package_.projectFileURL());
+    if (found == stamp_) return false;
+    stamp_ = found; // a problem is told of once
+    auto const revision = history_.revision();
+    try {
+        auto read = readDocument(package_);
+        stamp_ = read.stamp;
+        takeIn(std::move(read.project));
+    } catch (FileError const& error) {
+        giveUpDisk(error.what());
+    }
+    return history_.revision() != revision;
+}
+
+void OpenProject::takeIn(DemoProject project) {
+    isDamaged_ = false;
+    savedAt_ = std::exchange(project.modifiedAt, document().modifiedAt);
+    bool const isChanged = history_.replace("Changed Outside", std::move(project));
+    savedRevision_ = history_.revision();
+    notify(
+        {.fields = isChanged ? history_.lastChange() : ChangedFields{}, .savedState = true, .fromOutside = isChanged});
+}
+
+void OpenProject::giveUpDisk(std::string const& problem) {
+    isDamaged_ = stamp_.has_value();
+    savedRevision_.reset();
+    notify({.savedState = true,
+            .problem = fmt::format("{} What is open here is kept, and saving writes it again.", problem)});
+}
+
+/// Under the lock, with what others saved taken in.
+void OpenProject::write() {
+    auto project = document();
+    project.modifiedAt = Date::now();
+    if (isDamaged_)
+        replaceDamaged(project);
+    else
+        package_.save(project);
+    isDamaged_ = false;
+    stamp_ = stampOf(package_.projectFileURL());
+    savedRevision_ = history_.revision();
+    savedAt_ = project.modifiedAt;
+    notify({.savedState = true});
+}
+
+/// The backup stays what it is: the last document that could be read.
+void OpenProject::replaceDamaged(DemoProject const& project) const {
+    std::error_code ignored;
+    std::filesystem::copy_file(package_.projectFileURL(), package_.url() / "project.damaged.json",
+                               std::filesystem::copy_options::overwrite_existing, ignored);
+    writeFileAtomically(package_.projectFileURL(), encodeProject(project));
+}
+
+EditorState const& OpenProject::editorState() {
+    expectOwnThread();
+    if (!editorState_) editorState_ = package_.loadEditorState();
+    return *editorState_;
+}
+
+void OpenProject::setEditorState(EditorState state) {
+    if (state == editorState()) return;
+    editorState_ = std::move(state);
+    isEditorStateChanged_ = true;
+}
+
+void OpenProject::saveEditorState() {
+    if (!isEditorStateChanged_) return;
+    package_.saveEditorState(*editorState_);
+    isEditorStateChanged_ = false;
+}
+
+OpenProject::Observation OpenProject::observe(Observer observer) {
+    auto observation = std::make_shared<Observer const>(std::move(observer));
+    std::erase_if(observers_, [](auto const& each) { return each.expired(); });
+    observers_.push_back(observation);
+    return observation;
+}
+
+void OpenProject::stepped() { notify({.fields = history_.lastChange(), .savedState = true}); }
+
+void OpenProject::notify(ProjectChange const& change) {
+    for (auto const& each : std::vector(observers_)) {
+        if (auto const observer = each.lock()) (*observer)(change);
+    }
+}
+
+}

@@ -1,0 +1,144 @@
+#pragma once
+
+#include <TavaroCore/Files/FolderLock.h>
+#include <TavaroCore/History/ChangedFields.h>
+#include <TavaroCore/History/History.h>
+#include <TavaroCore/Package/EditorState.h>
+#include <TavaroCore/Package/FileStamp.h>
+#include <TavaroCore/Package/ProjectPackage.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <vector>
+
+namespace tavaro {
+
+/// When an open project holds the lock that edits by several processes wait for.
+enum class LockHolding {
+    /// From opening to closing, for a command: it opens, makes its edit, saves and ends, and waits for nobody between.
+    whileOpen,
+    /// While it saves, for an application, which has projects open for hours.
+    whileSaving,
+};
+
+/// What a step came to.
+struct StepOutcome {
+    bool isChanged = false;    // false: the step changed nothing, and there is none
+    double durationBefore = 0; // output seconds
+    double duration = 0;
+};
+
+enum class SaveOutcome {
+    saved,
+    nothingToSave,
+    /// Another program had saved meanwhile. Its document is the present one now; what was not saved here is one undo
+    /// away, and can be saved from there.
+    changedOutside,
+};
+
+/// What happened to an open project; sent after it happened.
+struct ProjectChange {
+    ChangedFields fields;               // of the document; none when only the other parts below changed
+    bool savedState = false;            // whether there is something to save may have changed
+    bool fromOutside = false;           // the document is what another program saved
+    std::optional<std::string> problem; // of a document that another program damaged or removed, as a sentence
+};
+
+/// A project under edit: its package, its document with the way back and forth, and what of that is on the disk.
+/// It belongs to one thread, the one that opened it: the main queue's in a program that has one.
+///
+/// Several programs may have a project open. The rules between them:
+/// - Who saves holds the project's lock (`ProjectPackage::editLockURL`), as `LockHolding` says. Nobody holds it while
+///   something is drawn, decoded, recorded or exported, or while a person thinks.
+/// - A document that another program saved is noticed before every edit and save here and by `refresh`, which an
+///   application calls now and then. It becomes the present document as one step ("Changed Outside"), so that undo
+///   leads to the document before with everything unsaved in it, and a save from there is the last word.
+/// - An edit that must be on the disk when it is answered for is made by `commit`: under one lock it takes in what
+///   others saved, makes the change on that, and saves.
+/// - A document that was damaged or removed outside changes nothing here; it is told of once, there is then something
+///   to save, and the next save writes the document again. Damaged bytes are kept as "project.damaged.json".
+///
+/// `modifiedAt` belongs to the file: a save that changes the document sets it there (`savedAt`). In the document it
+/// stays what it was on opening, so that undo gives the document before to the last byte.
+class OpenProject {
+public:
+    /// Opens "NAME.recproj"; the ending may be missing. With `whileOpen` it waits for the lock first. Throws
+    /// `FileError` with the project's name in the sentence.
+    explicit OpenProject(std::filesystem::path const& given, LockHolding holding = LockHolding::whileSaving);
+    /// Keeps the editor's state; unsaved changes of the document are dropped.
+    ~OpenProject();
+    OpenProject(OpenProject const&) = delete;
+    OpenProject& operator=(OpenProject const&) = delete;
+
+    ProjectPackage const& package() const { return package_; }
+    DemoProject const& document() const { return history_.project(); }
+    /// Equal numbers are equal documents.
+    std::uint64_t revision() const { return history_.revision(); }
+    bool hasUnsavedChanges() const { return savedRevision_ != history_.revision(); }
+    /// When the document on the disk last changed.
+    Date savedAt() const { return savedAt_; }
+
+    /// One step of the document's history, named for the menus. What others saved is taken in first. A change that
+    /// throws leaves everything as it was; edits of one group become one step.
+    StepOutcome edit(std::string_view step, FunctionRef<void(DemoProject&)> change, EditGroup group = {});
+    EditGroup newGroup() { return history_.newGroup(); }
+    /// Writes the document when there is something to save. Throws `FileError`, and then nothing has changed.
+    SaveOutcome save();
+    /// `edit` and `save` in one, under one lock: when it returns, the change is on the disk. When it throws, because
+    /// the change was refused or could not be saved, the document is without it.
+    StepOutcome commit(std::string_view step, FunctionRef<void(DemoProject&)> change);
+
+    /// False when there is no step to go to.
+    bool undo();
+    bool redo();
+    std::optional<std::string_view> undoName() const { return history_.undoName(); }
+    std::optional<std::string_view> redoName() const { return history_.redoName(); }
+
+    /// Looks whether another program saved. True when the document changed. Cheap when nothing did (one `stat`).
+    bool refresh();
+
+    /// What the editor's window looked like; read when it is first asked for, kept when the project closes.
+    EditorState const& editorState();
+    void setEditorState(EditorState state);
+    /// Writes it now, when it changed. Throws `FileError`.
+    void saveEditorState();
+
+    using Observer = std::function<void(ProjectChange const&)>;
+    using Observation = std::shared_ptr<Observer const>;
+    /// The observer is told of every change for as long as the observation lives. It may edit in its turn.
+    [[nodiscard]] Observation observe(Observer observer);
+
+private:
+    using Lock = std::optional<FolderLock>;
+
+    OpenProject(ProjectPackage package, LockHolding holding);
+    void expectOwnThread() const;
+    void lockIfNeeded(Lock& lock) const;
+    bool takeInOutside();
+    void takeIn(DemoProject project);
+    void giveUpDisk(std::string const& problem);
+    void write();
+    void replaceDamaged(DemoProject const& project) const;
+    void stepped();
+    void notify(ProjectChange const& change);
+
+    std::thread::id thread_ = std::this_thread::get_id();
+    ProjectPackage package_;
+    Lock lock_;                      // held while open
+    std::optional<FileStamp> stamp_; // of the document's file as it was last read or written
+    History history_;
+    std::optional<std::uint64_t> savedRevision_; // on the disk; none when nothing good is
+    bool isDamaged_ = false;                     // what is on the disk cannot be read
+    Date savedAt_;
+    std::optional<EditorState> editorState_;
+    bool isEditorStateChanged_ = false;
+    std::vector<std::weak_ptr<Observer const>> observers_;
+};
+
+}

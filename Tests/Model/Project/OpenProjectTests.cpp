@@ -1,0 +1,311 @@
+#include "../../Core/Editing/RandomDocument.h"
+#include "../../Core/Package/TemporaryFolder.h"
+
+#include <Tavaro/Model/Project/OpenProject.h>
+
+#include <TavaroCore/Editing/ClipEdits.h>
+#include <TavaroCore/Editing/RangeEdits.h>
+#include <TavaroCore/Editing/TimelineEdits.h>
+#include <TavaroCore/Errors/Error.h>
+#include <TavaroCore/Files/AtomicFile.h>
+
+#include <gtest/gtest.h>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+using namespace tavaro;
+namespace fs = std::filesystem;
+
+namespace {
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr int walkLength = 1000;
+#else
+constexpr int walkLength = 10'000;
+#endif
+
+ProjectPackage savedPackage(fs::path const& url, DemoProject const& project) {
+    ProjectPackage package(url);
+    package.createDirectories();
+    package.save(project);
+    return package;
+}
+
+void rename(DemoProject& project, std::string const& name) { project.name = name; }
+
+/// The document on the disk with the date that only a file has taken out.
+std::string onDisk(OpenProject const& open) {
+    auto stored = open.package().load();
+    stored.modifiedAt = open.document().modifiedAt;
+    return encodeProject(stored);
+}
+
+/// One edit of those that people make; a refusal is one as well.
+void editAtRandom(DemoProject& project, RandomDocument& random) {
+    double const length = project.duration(), at = random.time(0, std::max(length, 1.0));
+    if (project.timeline.clips.empty() || length < 2) {
+        auto const before = project.id;
+        project = random.make();
+        project.id = before;
+        return;
+    }
+    auto const clip =
+        project.timeline.clips[static_cast<std::size_t>(random.below(static_cast<int>(project.timeline.clips.size())))]
+            .id;
+    switch (random.below(10)) {
+    case 0: return removeTimeRange(project, at, random.time(0, 2));
+    case 1: return insertTime(project, at, random.time(0, 8));
+    case 2: return changeSpeed(project, random.range(length), random.below(2) ? 2 : 0.5);
+    case 3: splitClip(project, at); return;
+    case 4: return setMuted(project, clip, random.below(2) == 0);
+    case 5: return keepTimeRange(project, {0, length - 0.25});
+    case 6: trimClip(project, clip, random.below(2) ? ClipEdge::leading : ClipEdge::trailing, at); return;
+    case 7: project.zoomEvents.push_back({.start = at, .duration = 1}); return;
+    case 8: project.metadata.edit().clicks.push_back({.t = at}); return;
+    default: return rename(project, std::to_string(random.below(5)));
+    }
+}
+
+/// What an open project should be like, kept as texts beside it and told of every change.
+class Shadow {
+public:
+    explicit Shadow(OpenProject& open) : open_(open), present_(encodeProject(open.document())) {
+        observation_ = open.observe([this](ProjectChange const& change) { note(change); });
+    }
+
+    void undo() {
+        travel(done_, [&] { return open_.undo(); });
+    }
+    void redo() {
+        travel(undone_, [&] { return open_.redo(); });
+    }
+    std::string const& present() const { return present_; }
+    std::size_t depth() const { return done_.size(); }
+
+private:
+    /// The texts to where the step leads; what is left behind is noted on the other side.
+    void travel(std::vector<std::string>& from, std::function<bool()> const& go) {
+        auto& to = &from == &done_ ? undone_ : done_;
+        bool const hasStep = !from.empty();
+        auto const left = present_;
+        isTravelling_ = true;
+        bool const isGone = go();
+        isTravelling_ = false;
+        ASSERT_EQ(isGone, hasStep);
+        if (!hasStep) return;
+        ASSERT_EQ(present_, from.back());
+        from.pop_back();
+        to.push_back(left);
+    }
+    void note(ProjectChange const& change) {
+        auto now = encodeProject(open_.document());
+        EXPECT_EQ(change.fields.any(), now != present_);
+        if (change.fields.any() && !isTravelling_) {
+            undone_.clear();
+            done_.push_back(present_);
+            constexpr std::size_t mostSteps = 1000; // of a history
+            if (done_.size() > mostSteps) done_.erase(done_.begin());
+        }
+        present_ = std::move(now);
+    }
+
+    OpenProject& open_;
+    std::string present_;
+    std::vector<std::string> done_, undone_;
+    OpenProject::Observation observation_;
+    bool isTravelling_ = false;
+};
+
+void editSomewhere(OpenProject& open, RandomDocument& random, bool saves) {
+    auto const change = [&](DemoProject& project) { editAtRandom(project, random); };
+    try {
+        if (saves)
+            open.commit("Edit", change);
+        else
+            open.edit("Edit", change);
+    } catch (Error const&) {
+        // refused, and nothing changed: the shadow would see it
+    }
+}
+
+class OpenProjectTest : public ::testing::Test {
+protected:
+    OpenProjectTest() : package(savedPackage(folder / "take.recproj", RandomDocument(3).make())) {}
+
+    void damage() const { writeFileAtomically(package.projectFileURL(), "{\"name\": \"half"); }
+
+    TemporaryFolder const folder{TemporaryFolder::fastest()};
+    ProjectPackage package;
+};
+
+}
+
+TEST_F(OpenProjectTest, aLongWalkCanBeTakenBackToTheLastByteAlsoWithAnotherProgramSavingBetween) {
+    for (unsigned seed : {1u, 2u}) {
+        SCOPED_TRACE(seed);
+        RandomDocument random(seed);
+        package.save(random.make());
+        OpenProject open(package.url()), other(package.url());
+        Shadow shadow(open);
+        auto const undoAll = [&] {
+            while (shadow.depth() > 0 && !HasFatalFailure()) shadow.undo();
+        };
+        for (int i = 0; i < walkLength / 2 && !HasFatalFailure(); ++i) {
+            int const what = random.below(1000);
+            if (what < 550)
+                editSomewhere(open, random, false);
+            else if (what < 580)
+                editSomewhere(open, random, true);
+            else if (what < 780)
+                shadow.undo();
+            else if (what < 930)
+                shadow.redo();
+            else if (what < 960) {
+                if (open.save() == SaveOutcome::changedOutside) continue;
+                ASSERT_FALSE(open.hasUnsavedChanges());
+                ASSERT_EQ(onDisk(open), shadow.present());
+            } else if (what < 995)
+                editSomewhere(other, random, true);
+            else if (what < 998)
+                open.refresh();
+            else
+                undoAll();
+            ASSERT_EQ(encodeProject(open.document()), shadow.present());
+        }
+        undoAll();
+        EXPECT_FALSE(HasFatalFailure() || open.undo());
+    }
+}
+
+TEST_F(OpenProjectTest, twoProcessesThatCommitAtTheSameTimeLoseNothing) {
+    constexpr int each = 40;
+    package.save([&] {
+        auto project = package.load();
+        project.name = "0";
+        return project;
+    }());
+    auto const count = [&] {
+        OpenProject open(package.url());
+        for (int i = 0; i < each; ++i)
+            open.commit("Count",
+                        [](DemoProject& project) { project.name = std::to_string(std::stoi(project.name) + 1); });
+    };
+    auto const child = fork();
+    if (child == 0) {
+        count();
+        _exit(0);
+    }
+    count();
+    int status = -1;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(package.load().name, std::to_string(2 * each));
+}
+
+TEST_F(OpenProjectTest, whatIsUnsavedWhenAnotherProgramSavesIsOneUndoAway) {
+    OpenProject open(package.url()), other(package.url());
+    open.edit("Rename", [](DemoProject& project) { rename(project, "mine"); });
+    auto const mine = encodeProject(open.document());
+    other.commit("Rename", [](DemoProject& project) { rename(project, "theirs"); });
+    EXPECT_EQ(open.save(), SaveOutcome::changedOutside);
+    EXPECT_EQ(open.document().name, "theirs");
+    EXPECT_EQ(open.undoName(), "Changed Outside");
+    EXPECT_FALSE(open.hasUnsavedChanges());
+    EXPECT_EQ(open.savedAt(), other.savedAt());
+    ASSERT_TRUE(open.undo());
+    EXPECT_EQ(encodeProject(open.document()), mine);
+    EXPECT_EQ(open.save(), SaveOutcome::saved);
+    EXPECT_EQ(onDisk(open), mine);
+    EXPECT_TRUE(other.refresh());
+    EXPECT_EQ(other.document().name, "mine");
+}
+
+TEST_F(OpenProjectTest, onlyASaveThatChangesTheDocumentDatesIt) {
+    OpenProject open(package.url());
+    auto const before = readWholeFile(package.projectFileURL());
+    EXPECT_EQ(open.save(), SaveOutcome::nothingToSave);
+    EXPECT_FALSE(open.edit("Nothing", [](DemoProject&) {}).isChanged);
+    EXPECT_FALSE(open.commit("Nothing", [](DemoProject&) {}).isChanged);
+    EXPECT_EQ(readWholeFile(package.projectFileURL()), before);
+    open.edit("Rename", [](DemoProject& project) { rename(project, "new"); });
+    auto const date = open.document().modifiedAt;
+    EXPECT_EQ(open.save(), SaveOutcome::saved);
+    EXPECT_EQ(package.load().modifiedAt, open.savedAt());
+    EXPECT_GT(open.savedAt(), date);
+    open.undo();
+    EXPECT_TRUE(open.hasUnsavedChanges());
+    open.redo();
+    EXPECT_FALSE(open.hasUnsavedChanges());
+}
+
+TEST_F(OpenProjectTest, aDocumentThatIsDamagedOrRemovedOutsideIsToldOfOnceAndWrittenAgain) {
+    for (bool const isRemoved : {false, true}) {
+        OpenProject open(package.url());
+        open.commit("Rename", [&](DemoProject& project) { rename(project, isRemoved ? "one" : "two"); });
+        auto const backup = readWholeFile(package.backupFileURL());
+        std::vector<std::string> problems;
+        auto const observation = open.observe([&](ProjectChange const& change) {
+            if (change.problem) problems.push_back(*change.problem);
+        });
+        if (isRemoved)
+            fs::remove(package.projectFileURL());
+        else
+            damage();
+        EXPECT_FALSE(open.refresh());
+        open.edit("Zoom", [](DemoProject& project) { project.zoomEvents.emplace_back(); });
+        ASSERT_EQ(problems.size(), 1u);
+        EXPECT_TRUE(problems[0].starts_with("Could not open the project “" + package.url().string() + "”: "))
+            << problems[0];
+        EXPECT_TRUE(problems[0].ends_with(". What is open here is kept, and saving writes it again.")) << problems[0];
+        EXPECT_TRUE(open.hasUnsavedChanges());
+        EXPECT_EQ(open.save(), SaveOutcome::saved);
+        EXPECT_EQ(onDisk(open), encodeProject(open.document()));
+        EXPECT_EQ(readWholeFile(package.backupFileURL()), backup);
+        if (!isRemoved) EXPECT_EQ(readWholeFile(package.url() / "project.damaged.json"), "{\"name\": \"half");
+    }
+}
+
+TEST_F(OpenProjectTest, aCommitThatCannotBeSavedOrIsRefusedLeavesTheDocumentAsItWas) {
+    OpenProject open(package.url());
+    auto const before = encodeProject(open.document());
+    EXPECT_THROW(open.commit("Break",
+                             [](DemoProject& project) {
+                                 project.name = "half";
+                                 throw Error("No.");
+                             }),
+                 Error);
+    fs::create_directories(package.backupFileURL() / "in the way");
+    EXPECT_THROW(open.commit("Rename", [](DemoProject& project) { rename(project, "new"); }), FileError);
+    EXPECT_EQ(encodeProject(open.document()), before);
+    EXPECT_FALSE(open.hasUnsavedChanges() || open.undoName());
+}
+
+TEST_F(OpenProjectTest, theEditorsStateIsKeptOnlyWhenItChanged) {
+    {
+        OpenProject open(package.url());
+        EXPECT_EQ(open.editorState(), EditorState{});
+    }
+    EXPECT_FALSE(fs::exists(package.editorStateURL()));
+    { OpenProject(package.url()).setEditorState({.playhead = 4}); }
+    EXPECT_EQ(OpenProject(package.url()).editorState().playhead, 4);
+}
+
+TEST_F(OpenProjectTest, tellsWhichFieldsChangedAndOnlyWhoStillWatches) {
+    OpenProject open(package.url());
+    std::vector<std::string_view> fields;
+    auto observation = open.observe([&](ProjectChange const& change) { fields = change.fields.names(); });
+    open.edit("Zoom", [](DemoProject& project) {
+        project.zoomEvents.emplace_back();
+        rename(project, "new");
+    });
+    EXPECT_EQ(fields, (std::vector<std::string_view>{"name", "zoomEvents"}));
+    open.save();
+    EXPECT_TRUE(fields.empty());
+    open.undo();
+    EXPECT_EQ(fields, (std::vector<std::string_view>{"name", "zoomEvents"}));
+    observation.reset();
+    fields.clear();
+    open.redo();
+    EXPECT_TRUE(fields.empty());
+}
