@@ -3,11 +3,12 @@
 #include <Tavaro/Commands/Interruption.h>
 #include <Tavaro/Commands/ProgressLine.h>
 #include <Tavaro/Model/Project/PackagePath.h>
+#include <Tavaro/Model/Project/StoredProject.h>
 
 #include <TavaroCore/Export/ExportFile.h>
 #include <TavaroCore/Package/ProjectPackage.h>
 #include <TavaroCore/Project/DemoProject.h>
-#include <TavaroCore/Records/JSONWriter.h>
+#include <TavaroCore/Records/JSON.h>
 #include <TavaroPlatform/Archive/ProjectArchive.h>
 
 #include <CLI/CLI.hpp>
@@ -25,6 +26,14 @@ struct Options {
     bool asJSON = false;
 };
 
+/// What the commands print for programs.
+struct MadeFile {
+    std::string path;
+
+    static constexpr auto fields = std::tuple{field("path", &MadeFile::path)};
+};
+static_assert(listsEveryField<MadeFile>);
+
 /// Runs the work with a line that tells how far it is, until it is done or Ctrl-C is pressed.
 template<class Work> fs::path watched(char const* title, bool isSilent, Work const& work) {
     Interruption const interruption;
@@ -39,16 +48,7 @@ template<class Work> fs::path watched(char const* title, bool isSilent, Work con
 }
 
 void printPath(fs::path const& path, bool asJSON) {
-    if (!asJSON) {
-        fmt::print("{}\n", path.string());
-        return;
-    }
-    JSONWriter writer;
-    writer.beginObject();
-    writer.key("path");
-    writer.string(path.string());
-    writer.endObject();
-    fmt::print("{}\n", writer.take());
+    fmt::print("{}\n", asJSON ? encodeJSON(MadeFile{path.string()}) : path.string());
 }
 
 void archive(Options const& options) {
@@ -78,6 +78,7 @@ void restore(Options const& options) {
                                                "save in its own place");
     }
     auto const package = packagePath(options.source);
+    auto const lock = lockForEditing(package);
     auto const project = ProjectPackage(package).restoreBackup();
     if (!options.asJSON)
         fmt::print("“{}” is as it was before its last save; the same command goes forward again.\n", project.name);

@@ -1,13 +1,10 @@
 #include <Tavaro/Commands/Command.h>
 
 #include <Tavaro/Commands/Checks.h>
-#include <Tavaro/Commands/MadeProject.h>
 #include <Tavaro/Commands/Names.h>
-#include <Tavaro/Model/Making/NewProject.h>
+#include <Tavaro/Model/Making/ImportedMovie.h>
 #include <Tavaro/Model/Project/PackagePath.h>
 
-#include <TavaroCore/Files/AtomicFile.h>
-#include <TavaroCore/Package/ProjectPackage.h>
 #include <TavaroCore/Records/JSON.h>
 #include <TavaroCore/Values/Timecode.h>
 
@@ -26,42 +23,22 @@ struct Options {
     bool asJSON = false;
 };
 
-RecordingMetadata readEvents(std::string const& file) {
-    auto const text = readWholeFile(file);
-    if (!text) {
-        throw FileError(FileError::Kind::cannotRead,
-                        fmt::format("Could not read the events “{}”: there is no such file.", file));
-    }
-    try {
-        return decodeJSON<RecordingMetadata>(*text);
-    } catch (JSONError const& error) {
-        throw FileError(FileError::Kind::cannotRead,
-                        fmt::format("Could not read the events “{}”: {}.", file, error.what()));
-    }
-}
-
 void import(Options const& options) {
-    auto const package = packagePath(options.output);
-    expectPlaceFor(package);
-    auto const metadata = options.events.empty() ? RecordingMetadata{} : readEvents(options.events);
-    auto const project = createProject(
-        ProjectPackage(package), {.movie = options.movie,
-                                  .importMode = ImportMode::copy,
-                                  .metadata = metadata,
-                                  .mode = modeNamed(options.mode),
-                                  .remark = [](std::string const& remark) { fmt::print(stderr, "{}\n", remark); }});
+    MainQueue queue;
+    auto job = importJob(queue, {.movie = options.movie,
+                                 .events = options.events,
+                                 .package = packagePath(options.output),
+                                 .mode = modeNamed(options.mode)});
+    job.onRemark([](std::string const& remark) { fmt::print(stderr, "{}\n", remark); });
+    job.start();
+    auto const& made = job.wait();
     if (options.asJSON) {
-        MadeProject const made{.path = package.string(),
-                               .duration = project.duration(),
-                               .sourceSize = project.sourceSize,
-                               .clicks = static_cast<std::int64_t>(metadata.clicks.size()),
-                               .keystrokes = static_cast<std::int64_t>(metadata.keystrokes.size())};
         fmt::print("{}\n", encodeJSON(made));
         return;
     }
-    fmt::print("{} of {}×{}, {}, {}\n{}\n", Timecode::format(project.duration(), Timecode::Fraction::hundredths),
-               project.sourceSize.width, project.sourceSize.height, counted(metadata.clicks.size(), "click"),
-               counted(metadata.keystrokes.size(), "key"), package.string());
+    fmt::print("{} of {}×{}, {}, {}\n{}\n", Timecode::format(made.duration, Timecode::Fraction::hundredths),
+               made.sourceSize.width, made.sourceSize.height, counted(static_cast<std::size_t>(made.clicks), "click"),
+               counted(static_cast<std::size_t>(made.keystrokes), "key"), made.path);
 }
 
 }

@@ -2,10 +2,11 @@
 
 #include <Tavaro/Commands/Checks.h>
 #include <Tavaro/Commands/Names.h>
-#include <Tavaro/Model/Project/StoredProject.h>
+#include <Tavaro/Model/Making/Polish.h>
+#include <Tavaro/Model/Project/OpenProject.h>
+#include <Tavaro/Model/Project/PackagePath.h>
+#include <Tavaro/Model/Thumbnails/Thumbnail.h>
 
-#include <TavaroCore/Direction/CameraDirector.h>
-#include <TavaroCore/Direction/SmartDirector.h>
 #include <TavaroCore/Records/JSON.h>
 
 #include <CLI/CLI.hpp>
@@ -58,17 +59,26 @@ void printReport(DirectorReport const& report, DemoProject const& project) {
     fmt::print("{:<24} {}\n", "camera moves", automatic(project.cameraMoves));
 }
 
+PolishChoices choicesOf(Options const& options) {
+    return {.options = options.polish,
+            .mode = enumNamed<DemoMode>(options.mode),
+            .cameraDirector = enumNamed<CameraDirectorStyle>(options.cameraDirector)};
+}
+
+/// Holds the project from loading to saving.
+PolishedProject polishAndSave(std::string const& package, PolishChoices const& choices) {
+    OpenProject open(package, LockHolding::whileOpen);
+    MainQueue queue;
+    auto job = polishJob(queue, open.document(), choices);
+    job.start();
+    auto const& result = job.wait();
+    open.commit(polishStep, [&](DemoProject& project) { project = result.project; });
+    return result;
+}
+
 void polish(Options const& options) {
-    auto const lock = lockForEditing(options.package);
-    auto [package, project] = openProject(options.package);
-    if (!options.mode.empty()) project.mode = modeNamed(options.mode);
-    if (auto const style = enumNamed<CameraDirectorStyle>(options.cameraDirector)) {
-        project.cameraDirectorStyle = *style;
-        if (*style == CameraDirectorStyle::off) clearCameraDirection(project);
-    }
-    auto const report = SmartDirector(options.polish, project.mode).polish(project);
-    project.modifiedAt = Date::now();
-    package.save(project);
+    auto const [project, report] = polishAndSave(options.package, choicesOf(options));
+    writeThumbnail(ProjectPackage(packagePath(options.package)), project);
     if (options.asJSON) {
         fmt::print("{}\n", encodeJSON(report));
         return;

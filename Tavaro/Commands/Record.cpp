@@ -2,20 +2,20 @@
 
 #include <Tavaro/Commands/Checks.h>
 #include <Tavaro/Commands/Interruption.h>
+#include <Tavaro/Commands/MadeTakeText.h>
 #include <Tavaro/Commands/Names.h>
 #include <Tavaro/Commands/ProgressLine.h>
-#include <Tavaro/Commands/Take.h>
 #include <Tavaro/Model/Project/PackagePath.h>
+#include <Tavaro/Model/Recording/RecordingJob.h>
+#include <Tavaro/Model/Recording/TakeNames.h>
 
-#include <TavaroCapture/Recorder/ScreenRecorder.h>
-#include <TavaroCapture/Recovery/RecoveryStore.h>
 #include <TavaroCore/Values/Timecode.h>
 
 #include <CLI/CLI.hpp>
-#include <fmt/chrono.h>
 #include <fmt/format.h>
 
 #include <ctime>
+#include <optional>
 
 namespace tavaro::commands {
 
@@ -42,44 +42,44 @@ CaptureSource sourceOf(Options const& options) {
     return DisplaySource{options.display};
 }
 
-/// "Recording 2026-03-01 at 09.30.15", in the current folder.
-std::string nameForNow() {
-    return fmt::format("Recording {:%Y-%m-%d at %H.%M.%S}", fmt::localtime(std::time(nullptr)));
-}
-
 std::string stateOf(RecorderProgress const& progress) {
     auto state = Timecode::format(progress.seconds);
     if (progress.droppedFrames > 0) state += fmt::format(", {} frames dropped", progress.droppedFrames);
     return state + ". Ctrl-C ends the take.";
 }
 
-/// Until the time is over, somebody presses Ctrl-C, or the take ends by itself.
-void runTake(ScreenRecorder& recorder, double seconds) {
-    using namespace std::chrono_literals;
-    Interruption const interruption;
-    recorder.start();
-    ProgressLine line("Recording");
-    while (!interruption.isRequested()) {
-        auto const progress = recorder.progress();
-        if (seconds > 0 && progress.seconds >= seconds) return;
-        line.text(stateOf(progress));
-        if (recorder.waitForEnd(20ms)) return;
-    }
+RecordingRequest requestOf(Options const& options) {
+    return {
+        .recorder = {.source = sourceOf(options), .fps = options.fps, .logsKeystrokes = !options.logsNoKeys},
+        .seconds = options.seconds,
+        .project = {.package = packagePath(options.output.empty() ? recordingName(std::time(nullptr)) : options.output),
+                    .mode = modeNamed(options.mode),
+                    .firstEdit = options.isRaw ? FirstEdit::raw : FirstEdit::polished}};
+}
+
+/// While the take lasts, Ctrl-C ends it; later, the program.
+void runTake(MainQueue& queue, RecordingJob& job) {
+    std::optional<Interruption> interruption(std::in_place);
+    std::optional<ProgressLine> line(std::in_place, "Recording");
+    job.onRemark([](std::string const& remark) { fmt::print(stderr, "{}\n", remark); });
+    job.onProgress([&](RecordingProgress const& progress) {
+        if (progress.stage == RecordingStage::recording && line) return line->text(stateOf(progress.take));
+        line.reset();
+        interruption.reset();
+    });
+    job.onFinished([&] { line.reset(); });
+    job.start();
+    queue.runUntil([&] {
+        if (interruption && interruption->isRequested()) job.end(TakeEnd::keep);
+        return job.isFinished();
+    });
 }
 
 void record(Options const& options) {
-    auto const package = packagePath(options.output.empty() ? nameForNow() : options.output);
-    expectPlaceFor(package);
-    auto const mode = modeNamed(options.mode);
-    RecoveryStore::pruneOldRecordings();
-    auto const source = sourceOf(options);
-    ScreenRecorder recorder({.source = source, .fps = options.fps, .logsKeystrokes = !options.logsNoKeys});
-    runTake(recorder, options.seconds);
-    auto const take = recorder.stop();
-    if (take.endedEarly) fmt::print(stderr, "{}\n", *take.endedEarly);
-    saveTake({take.movie, take.metadata, take.duration, take.streams, take.warnings}, package, mode,
-             options.isRaw ? FirstEdit::raw : FirstEdit::polished,
-             options.asJSON ? TakeOutput::json : TakeOutput::lines);
+    MainQueue queue;
+    RecordingJob job(queue, requestOf(options));
+    runTake(queue, job);
+    print(job.result(), options.asJSON ? TakeOutput::json : TakeOutput::lines);
 }
 
 }

@@ -1,20 +1,18 @@
 #include <Tavaro/Commands/Command.h>
 
 #include <Tavaro/Commands/Checks.h>
+#include <Tavaro/Commands/MadeTakeText.h>
 #include <Tavaro/Commands/Names.h>
-#include <Tavaro/Commands/Take.h>
 #include <Tavaro/Model/Project/PackagePath.h>
+#include <Tavaro/Model/Recording/TakeNames.h>
+#include <Tavaro/Model/Recording/UnfinishedRecording.h>
 
-#include <TavaroCapture/Recovery/RecoveryStore.h>
-#include <TavaroCapture/Sources/CaptureError.h>
 #include <TavaroCore/Records/JSON.h>
 #include <TavaroCore/Values/Timecode.h>
 
 #include <CLI/CLI.hpp>
-#include <fmt/chrono.h>
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <ctime>
 
 namespace tavaro::commands {
@@ -30,66 +28,35 @@ struct Options {
     std::string output;
 };
 
-using Recoverable = RecoveryStore::Recoverable;
-
-/// An unfinished recording as it is printed for programs.
-struct Listed {
-    UUID id;
-    Date startedAt;
-    double estimatedDuration = 0; // seconds
-    std::string mode;
-
-    static constexpr auto fields = std::tuple{
-        field("id", &Listed::id),
-        field("startedAt", &Listed::startedAt),
-        field("estimatedDuration", &Listed::estimatedDuration),
-        field("mode", &Listed::mode),
-    };
-};
-
-void printJSON(std::vector<Recoverable> const& takes) {
-    std::vector<Listed> listed;
-    for (auto const& take : takes) {
-        listed.push_back({take.id, take.marker.startedAt, take.estimatedDuration, take.marker.mode});
-    }
-    fmt::print("{}\n", encodeJSON(listed));
-}
-
-/// "Recovered 2026-03-01 at 09.30.15", by the clock on the wall.
-std::string nameOf(Recoverable const& take) {
-    auto const seconds = static_cast<std::time_t>(take.marker.startedAt.milliseconds / 1000);
-    return fmt::format("Recovered {:%Y-%m-%d at %H.%M.%S}", fmt::localtime(seconds));
-}
-
-void list(std::vector<Recoverable> const& takes) {
-    if (takes.empty()) fmt::print("There is no unfinished recording.\n");
-    for (auto const& take : takes) {
-        fmt::print("{}  {}  {}  ({})\n", take.id.text(), take.marker.startedAt.text(),
-                   Timecode::format(take.estimatedDuration), take.marker.mode);
+void list(std::vector<UnfinishedRecording> const& recordings) {
+    if (recordings.empty()) fmt::print("There is no unfinished recording.\n");
+    for (auto const& recording : recordings) {
+        fmt::print("{}  {}  {}  ({})\n", recording.id.text(), recording.startedAt.text(),
+                   Timecode::format(recording.estimatedDuration), recording.mode);
     }
 }
 
-Recoverable const& chosen(std::vector<Recoverable> const& takes, std::string const& id) {
-    auto const found = std::find_if(takes.begin(), takes.end(),
-                                    [&](Recoverable const& take) { return id == "last" || take.id.text() == id; });
-    if (found == takes.end()) {
-        throw CaptureError(CaptureError::Kind::recoveryFailed,
-                           fmt::format("There is no unfinished recording “{}”.", id));
-    }
-    return *found;
+TakeProject projectFor(Options const& options, Date startedAt) {
+    auto const name = recoveredName(static_cast<std::time_t>(startedAt.milliseconds / 1000));
+    return {.package = packagePath(options.output.empty() ? name : options.output),
+            .mode = modeNamed(options.mode),
+            .firstEdit = options.isRaw ? FirstEdit::raw : FirstEdit::polished};
 }
 
 void recover(Options const& options) {
-    auto const takes = RecoveryStore::findRecoverable();
-    if (options.id.empty()) return options.asJSON ? printJSON(takes) : list(takes);
-    auto const& take = chosen(takes, options.id);
+    if (options.id.empty()) {
+        auto const recordings = unfinishedRecordings();
+        if (!options.asJSON) return list(recordings);
+        fmt::print("{}\n", encodeJSON(recordings));
+        return;
+    }
+    auto const take = unfinishedRecording(options.id);
     if (options.discards) return RecoveryStore::discard(take);
-    auto const package = packagePath(options.output.empty() ? nameOf(take) : options.output);
-    expectPlaceFor(package);
-    auto const recovered = RecoveryStore::recover(take);
-    saveTake({recovered.movie, recovered.metadata, recovered.duration, recovered.streams, recovered.warnings}, package,
-             modeNamed(options.mode), options.isRaw ? FirstEdit::raw : FirstEdit::polished,
-             options.asJSON ? TakeOutput::json : TakeOutput::lines);
+    MainQueue queue;
+    auto job = recoveryJob(queue, take, projectFor(options, take.marker.startedAt));
+    job.onRemark([](std::string const& remark) { fmt::print(stderr, "{}\n", remark); });
+    job.start();
+    print(job.wait(), options.asJSON ? TakeOutput::json : TakeOutput::lines);
 }
 
 }

@@ -1,4 +1,4 @@
-#include <Tavaro/Model/Making/CutShort.h>
+#include <Tavaro/Model/Making/Private/CutShort.h>
 
 #include <TavaroCore/Package/ProjectPackage.h>
 #include <TavaroCore/Project/DemoProject.h>

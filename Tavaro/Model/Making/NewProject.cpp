@@ -1,6 +1,6 @@
 #include <Tavaro/Model/Making/NewProject.h>
 
-#include <Tavaro/Model/Making/CutShort.h>
+#include <Tavaro/Model/Making/Private/CutShort.h>
 #include <TavaroCore/Package/PendingPackage.h>
 #include <TavaroCore/Recording/SettledRecording.h>
 #include <TavaroMedia/Audio/AudioReader.h>

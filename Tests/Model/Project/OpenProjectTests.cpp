@@ -11,6 +11,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -25,8 +26,9 @@ constexpr int walkLength = 1000;
 constexpr int walkLength = 10'000;
 #endif
 
-ProjectPackage savedPackage(fs::path const& url, DemoProject const& project) {
+ProjectPackage savedPackage(fs::path const& url, DemoProject project) {
     ProjectPackage package(url);
+    project.modifiedAt = {}; // long ago
     package.createDirectories();
     package.save(project);
     return package;
@@ -43,7 +45,7 @@ std::string onDisk(OpenProject const& open) {
 
 /// One edit of those that people make; a refusal is one as well.
 void editAtRandom(DemoProject& project, RandomDocument& random) {
-    double const length = project.duration(), at = random.time(0, std::max(length, 1.0));
+    double const length = project.duration(), at = random.time(0, std::max(std::floor(length), 1.0));
     if (project.timeline.clips.empty() || length < 2) {
         auto const before = project.id;
         project = random.make();
@@ -56,7 +58,7 @@ void editAtRandom(DemoProject& project, RandomDocument& random) {
     switch (random.below(10)) {
     case 0: return removeTimeRange(project, at, random.time(0, 2));
     case 1: return insertTime(project, at, random.time(0, 8));
-    case 2: return changeSpeed(project, random.range(length), random.below(2) ? 2 : 0.5);
+    case 2: return changeSpeed(project, random.range(std::floor(length)), random.below(2) ? 2 : 0.5);
     case 3: splitClip(project, at); return;
     case 4: return setMuted(project, clip, random.below(2) == 0);
     case 5: return keepTimeRange(project, {0, length - 0.25});

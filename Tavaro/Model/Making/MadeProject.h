@@ -10,7 +10,7 @@
 
 namespace tavaro {
 
-/// What a command that makes a project prints for programs.
+/// What came of making a project.
 struct MadeProject {
     std::string path;
     double duration = 0; // seconds

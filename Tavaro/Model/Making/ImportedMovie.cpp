@@ -1,0 +1,64 @@
+#include <Tavaro/Model/Making/ImportedMovie.h>
+
+#include <Tavaro/Model/Making/NewProject.h>
+#include <Tavaro/Model/Project/PackagePath.h>
+#include <Tavaro/Model/Thumbnails/Thumbnail.h>
+
+#include <TavaroCore/Files/AtomicFile.h>
+#include <TavaroCore/Package/ProjectPackage.h>
+#include <TavaroCore/Records/JSON.h>
+
+#include <fmt/format.h>
+
+namespace tavaro {
+
+namespace {
+
+constexpr char const* cancelled = "The import was cancelled.";
+
+RecordingMetadata readEvents(std::filesystem::path const& file) {
+    auto const text = readWholeFile(file);
+    if (!text) {
+        throw FileError(FileError::Kind::cannotRead,
+                        fmt::format("Could not read the events “{}”: there is no such file.", file.string()));
+    }
+    try {
+        return decodeJSON<RecordingMetadata>(*text);
+    } catch (JSONError const& error) {
+        throw FileError(FileError::Kind::cannotRead,
+                        fmt::format("Could not read the events “{}”: {}.", file.string(), error.what()));
+    }
+}
+
+MadeProject importMovie(ImportRequest const& request, JobControl& control) {
+    expectPlaceFor(request.package);
+    auto const metadata = request.events.empty() ? RecordingMetadata{} : readEvents(request.events);
+    control.stopIfCancelled(cancelled);
+    ProjectPackage const package(request.package);
+    auto const project = createProject(package, {.movie = request.movie,
+                                                 .importMode = ImportMode::copy,
+                                                 .metadata = metadata,
+                                                 .mode = request.mode,
+                                                 .remark = [&](std::string const& remark) { control.remark(remark); }});
+    if (control.isCancelled()) {
+        std::error_code ignored;
+        std::filesystem::remove_all(package.url(), ignored);
+    }
+    control.stopIfCancelled(cancelled);
+    writeThumbnail(package, project);
+    return {.path = request.package.string(),
+            .duration = project.duration(),
+            .sourceSize = project.sourceSize,
+            .clicks = static_cast<std::int64_t>(metadata.clicks.size()),
+            .keystrokes = static_cast<std::int64_t>(metadata.keystrokes.size())};
+}
+
+}
+
+Job<MadeProject> importJob(MainQueue& queue, ImportRequest request) {
+    return {queue, "com.tavaro.job.import", [request = std::move(request)](JobReporter<NoProgress>& reporter) {
+                return importMovie(request, reporter);
+            }};
+}
+
+}

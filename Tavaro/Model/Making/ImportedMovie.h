@@ -1,0 +1,24 @@
+#pragma once
+
+#include <Tavaro/Model/Jobs/Job.h>
+#include <Tavaro/Model/Making/MadeProject.h>
+
+#include <TavaroCore/Project/DemoMode.h>
+
+#include <filesystem>
+
+namespace tavaro {
+
+/// A movie that is to become a project.
+struct ImportRequest {
+    std::filesystem::path movie;
+    std::filesystem::path events; // a log in JSON of what happened in it; empty: none
+    std::filesystem::path package;
+    DemoMode mode = DemoMode::website;
+};
+
+/// Makes the project, with its thumbnail; the movie is copied. What of it could not be brought in comes as remarks.
+/// Fails with `FileError` and `MediaError`, and then, or when it is cancelled, leaves no package.
+Job<MadeProject> importJob(MainQueue& queue, ImportRequest request);
+
+}

@@ -1,0 +1,88 @@
+#include <Tavaro/Model/Recording/RecordingJob.h>
+
+#include <Tavaro/Model/Project/PackagePath.h>
+#include <Tavaro/Model/Recording/TakeNames.h>
+
+#include <TavaroCapture/Recovery/RecoveryStore.h>
+
+#include <chrono>
+#include <ctime>
+#include <mutex>
+#include <optional>
+
+namespace tavaro {
+
+/// What those who started the recording want of it next.
+struct RecordingJob::Orders {
+    std::mutex mutex;
+    bool isPaused = false;
+    std::optional<TakeEnd> end;
+
+    bool wantsPause() {
+        std::lock_guard const lock(mutex);
+        return isPaused;
+    }
+    std::optional<TakeEnd> wantedEnd() {
+        std::lock_guard const lock(mutex);
+        return end;
+    }
+};
+
+namespace {
+
+using Reporter = JobReporter<RecordingProgress>;
+
+/// Until the time is over, somebody ends the take, or it ends by itself.
+template<class Orders> TakeEnd runTake(ScreenRecorder& recorder, double seconds, Orders& orders, Reporter& reporter) {
+    using namespace std::chrono_literals;
+    bool isPaused = false;
+    while (true) {
+        reporter.stopIfCancelled("The recording was cancelled. `tavaro recover last` brings back what there is of it.");
+        if (auto const end = orders.wantedEnd()) return *end;
+        if (bool const wanted = orders.wantsPause(); wanted != isPaused) recorder.setPaused(isPaused = wanted);
+        auto const progress = recorder.progress();
+        reporter.progress({RecordingStage::recording, progress});
+        if (seconds > 0 && progress.seconds >= seconds) return TakeEnd::keep;
+        if (recorder.waitForEnd(20ms)) return TakeEnd::keep;
+    }
+}
+
+template<class Orders> MadeTake record(RecordingRequest const& request, Orders& orders, Reporter& reporter) {
+    auto project = request.project;
+    if (project.package.empty()) project.package = unsavedPackagePath(recordingName(std::time(nullptr)));
+    expectPlaceFor(project.package);
+    RecoveryStore::pruneOldRecordings();
+    ScreenRecorder recorder(request.recorder);
+    recorder.start();
+    if (runTake(recorder, request.seconds, orders, reporter) == TakeEnd::discard) {
+        recorder.cancel();
+        throw JobCancelled("The recording was discarded.");
+    }
+    reporter.progress({RecordingStage::saving, recorder.progress()});
+    auto const take = recorder.stop();
+    if (take.endedEarly) reporter.remark(*take.endedEarly);
+    return makeTakeProject({take.movie, take.metadata, take.duration, take.streams, take.warnings}, project,
+                           [&](std::string const& sentence) { reporter.remark(sentence); });
+}
+
+}
+
+RecordingJob::RecordingJob(MainQueue& queue, RecordingRequest request)
+    : RecordingJob(queue, std::move(request), std::make_shared<Orders>()) {}
+
+RecordingJob::RecordingJob(MainQueue& queue, RecordingRequest request, std::shared_ptr<Orders> orders)
+    : Job(queue, "com.tavaro.job.record",
+          [request = std::move(request), orders](Reporter& reporter) { return record(request, *orders, reporter); })
+    , orders_(std::move(orders)) {}
+
+void RecordingJob::setPaused(bool isPaused) {
+    std::lock_guard const lock(orders_->mutex);
+    orders_->isPaused = isPaused;
+}
+
+void RecordingJob::end(TakeEnd end) {
+    std::lock_guard const lock(orders_->mutex);
+    if (!orders_->end) orders_->end = end;
+}
+
+}

@@ -1,0 +1,58 @@
+#include <Tavaro/Model/Recording/UnfinishedRecording.h>
+
+#include <Tavaro/Model/Project/PackagePath.h>
+#include <Tavaro/Model/Recording/TakeNames.h>
+
+#include <TavaroCapture/Sources/CaptureError.h>
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+namespace tavaro {
+
+namespace {
+
+using Recoverable = RecoveryStore::Recoverable;
+
+MadeTake recover(Recoverable const& take, TakeProject project, JobControl& control) {
+    constexpr char const* cancelled = "The recovery was cancelled. The recording is kept.";
+    if (project.package.empty())
+        project.package = unsavedPackagePath(recoveredName(take.marker.startedAt.milliseconds / 1000));
+    expectPlaceFor(project.package);
+    control.stopIfCancelled(cancelled);
+    auto const recovered = RecoveryStore::recover(take);
+    control.stopIfCancelled(cancelled);
+    return makeTakeProject(
+        {recovered.movie, recovered.metadata, recovered.duration, recovered.streams, recovered.warnings}, project,
+        [&](std::string const& sentence) { control.remark(sentence); });
+}
+
+}
+
+std::vector<UnfinishedRecording> unfinishedRecordings() {
+    std::vector<UnfinishedRecording> listed;
+    for (auto const& take : RecoveryStore::findRecoverable())
+        listed.push_back({take.id, take.marker.startedAt, take.estimatedDuration, take.marker.mode});
+    return listed;
+}
+
+Recoverable unfinishedRecording(std::string const& id) {
+    auto takes = RecoveryStore::findRecoverable();
+    auto const found = std::find_if(takes.begin(), takes.end(),
+                                    [&](Recoverable const& take) { return id == "last" || take.id.text() == id; });
+    if (found == takes.end()) {
+        throw CaptureError(CaptureError::Kind::recoveryFailed,
+                           fmt::format("There is no unfinished recording “{}”.", id));
+    }
+    return std::move(*found);
+}
+
+Job<MadeTake> recoveryJob(MainQueue& queue, Recoverable take, TakeProject project) {
+    return {queue, "com.tavaro.job.recover",
+            [take = std::move(take), project = std::move(project)](JobReporter<NoProgress>& reporter) {
+                return recover(take, project, reporter);
+            }};
+}
+
+}
