@@ -6,7 +6,7 @@
 #include <Tavaro/Commands/TextFile.h>
 #include <Tavaro/Model/Operations/CaptionListing.h>
 #include <Tavaro/Model/Operations/Perform.h>
-#include <Tavaro/Model/Project/StoredProject.h>
+#include <Tavaro/Model/Project/OpenProject.h>
 
 #include <TavaroCore/Captions/Subtitles.h>
 #include <TavaroCore/Files/AtomicFile.h>
@@ -84,17 +84,16 @@ void printCues(std::vector<CaptionCue> const& cues) {
 }
 
 void captions(Options const& options) {
-    auto const lock = lockForEditing(options.package);
-    auto [package, project] = openProject(options.package);
+    OpenProject open(options.package, LockHolding::whileOpen);
     std::string made;
     if (options.makesCaptions()) {
-        made = perform(project, operationOf(options)).summary;
-        project.modifiedAt = Date::now();
+        auto const operation = operationOf(options);
+        open.edit(infoOf(operation).title, [&](DemoProject& project) { made = perform(project, operation).summary; });
     }
-    expectCaptions(project);
-    if (!options.output.empty()) writeSubtitles(project, options.output);
-    if (options.makesCaptions()) package.save(project);
-    auto const& cues = project.captions.cues;
+    expectCaptions(open.document());
+    if (!options.output.empty()) writeSubtitles(open.document(), options.output);
+    open.save();
+    auto const& cues = open.document().captions.cues;
     if (options.asJSON) {
         CaptionListing listing{static_cast<std::int64_t>(cues.size()), cues, {}};
         if (!options.output.empty()) listing.path = options.output;

@@ -4,7 +4,7 @@
 #include <Tavaro/Commands/Command.h>
 #include <Tavaro/Commands/OperationFlags.h>
 #include <Tavaro/Commands/WordList.h>
-#include <Tavaro/Model/Project/StoredProject.h>
+#include <Tavaro/Model/Project/OpenProject.h>
 
 #include <TavaroCore/Records/JSON.h>
 #include <TavaroCore/Values/Timecode.h>
@@ -40,13 +40,9 @@ void print(EditReport const& report, EditOptions const& options) {
 }
 
 void runEdit(EditOptions const& options, Operation const& operation) {
-    auto const lock = lockForEditing(options.package);
-    auto [package, project] = openProject(options.package);
-    auto const report = perform(project, operation);
-    if (report.isChanged) {
-        project.modifiedAt = Date::now();
-        package.save(project);
-    }
+    OpenProject open(options.package, LockHolding::whileOpen);
+    EditReport report;
+    open.commit(infoOf(operation).title, [&](DemoProject& project) { report = perform(project, operation); });
     print(report, options);
 }
 

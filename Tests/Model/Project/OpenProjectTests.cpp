@@ -46,10 +46,8 @@ std::string onDisk(OpenProject const& open) {
 /// One edit of those that people make; a refusal is one as well.
 void editAtRandom(DemoProject& project, RandomDocument& random) {
     double const length = project.duration(), at = random.time(0, std::max(std::floor(length), 1.0));
-    if (project.timeline.clips.empty() || length < 2) {
-        auto const before = project.id;
-        project = random.make();
-        project.id = before;
+    if (length < 2) {
+        project.timeline.clips.push_back({.asset = "screen.mp4", .start = length, .duration = 20});
         return;
     }
     auto const clip =
@@ -147,7 +145,6 @@ TEST_F(OpenProjectTest, aLongWalkCanBeTakenBackToTheLastByteAlsoWithAnotherProgr
     for (unsigned seed : {1u, 2u}) {
         SCOPED_TRACE(seed);
         RandomDocument random(seed);
-        package.save(random.make());
         OpenProject open(package.url()), other(package.url());
         Shadow shadow(open);
         auto const undoAll = [&] {
@@ -264,7 +261,7 @@ TEST_F(OpenProjectTest, aDocumentThatIsDamagedOrRemovedOutsideIsToldOfOnceAndWri
         EXPECT_EQ(open.save(), SaveOutcome::saved);
         EXPECT_EQ(onDisk(open), encodeProject(open.document()));
         EXPECT_EQ(readWholeFile(package.backupFileURL()), backup);
-        if (!isRemoved) EXPECT_EQ(readWholeFile(package.url() / "project.damaged.json"), "{\"name\": \"half");
+        EXPECT_EQ(readWholeFile(package.url() / "project.damaged.json"), "{\"name\": \"half"); // of the first round
     }
 }
 
