@@ -50,6 +50,8 @@ void editAtRandom(DemoProject& project, RandomDocument& random) {
         project.timeline.clips.push_back({.asset = "screen.mp4", .start = length, .duration = 20});
         return;
     }
+    constexpr double longest = 600; // slowed-down holds grow without end
+    if (length > longest) return keepTimeRange(project, {0, longest / 4});
     auto const clip =
         project.timeline.clips[static_cast<std::size_t>(random.below(static_cast<int>(project.timeline.clips.size())))]
             .id;
