@@ -180,9 +180,11 @@ RecoveredTake RecoveryStore::recover(Recoverable const& take) {
                          .directory = directory,
                          .movie = joinedStreamPath(directory, StreamRole::screen),
                          .metadata = take.metadata.value_or(RecordingMetadata{})};
+    double lostStart = 0; // a movie's time 0 is its first picture, so all else moves up to it
     try {
         auto const joined = joinScreen(directory, take.segments);
-        result.duration = joined.duration;
+        lostStart = joined.start;
+        result.duration = joined.duration - lostStart;
         result.metadata.health.framesWritten = joined.frameCount;
     } catch (MediaError const& error) {
         bool const isUnwritable = error.kind() == MediaError::Kind::notWritable;
@@ -191,10 +193,12 @@ RecoveredTake RecoveryStore::recover(Recoverable const& take) {
     }
     if (result.metadata.captureSize == Size2{})
         result.metadata.captureSize = {take.manifest.width, take.manifest.height};
+    cutStart(result.metadata, lostStart);
     trimToDuration(result.metadata, result.duration);
     auto beside = joinStreams(directory, take.streams);
     noteLostStreams(result.metadata.health, take.streams, beside);
     result.streams = std::move(beside.streams);
+    for (auto& stream : result.streams) stream.offset -= lostStart;
     result.warnings = std::move(beside.warnings);
     auto manifest = take.manifest;
     manifest.segments = take.segments;

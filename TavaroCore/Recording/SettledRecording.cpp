@@ -33,6 +33,30 @@ void trim(std::vector<float>& levels, double duration) {
     if (!levels.empty()) levels.resize(static_cast<std::size_t>(std::max(std::round(duration / micLevelSeconds), 1.0)));
 }
 
+template<class Event> void cut(std::vector<Event>& events, double start) {
+    std::erase_if(events, [&](Event const& event) { return event.t < start; });
+    for (auto& event : events) {
+        event.t -= start;
+        if constexpr (requires { event.dragEnd; }) {
+            if (event.dragEnd) *event.dragEnd -= start;
+        }
+    }
+}
+
+void cut(std::vector<AppFocusSpan>& spans, double start) {
+    std::erase_if(spans, [&](AppFocusSpan const& span) { return span.t + span.duration <= start; });
+    for (auto& span : spans) {
+        double const end = span.t + span.duration - start;
+        span.t = std::max(span.t - start, 0.0);
+        span.duration = end - span.t;
+    }
+}
+
+void cut(std::vector<float>& levels, double start) {
+    auto const count = std::min(static_cast<std::size_t>(std::round(start / micLevelSeconds)), levels.size());
+    levels.erase(levels.begin(), levels.begin() + static_cast<std::ptrdiff_t>(count));
+}
+
 }
 
 void settle(RecordingMetadata& log, Size2 frame) {
@@ -42,6 +66,10 @@ void settle(RecordingMetadata& log, Size2 frame) {
 
 void trimToDuration(RecordingMetadata& log, double duration) {
     forEachEventList([&](auto& events) { trim(events, duration); }, log);
+}
+
+void cutStart(RecordingMetadata& log, double start) {
+    forEachEventList([&](auto& events) { cut(events, start); }, log);
 }
 
 }

@@ -12,4 +12,7 @@ void settle(RecordingMetadata& log, Size2 frame);
 /// microphone, which is spread evenly over the take, just its length.
 void trimToDuration(RecordingMetadata& log, double duration);
 
+/// Makes it the log of the take from `start` on: drops what happened before, and counts times from there.
+void cutStart(RecordingMetadata& log, double start);
+
 }

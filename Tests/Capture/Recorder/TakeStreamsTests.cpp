@@ -4,6 +4,7 @@
 
 #include <TavaroCapture/Recorder/ScreenRecorder.h>
 #include <TavaroCapture/Recovery/RecoveryStore.h>
+#include <TavaroMedia/Movie/MovieReader.h>
 #include <TavaroPlatform/Clocks/MediaClock.h>
 
 #include <algorithm>
@@ -164,6 +165,20 @@ TEST_F(TakeStreamsTest, damagedStreamsDoNotLoseTheTake) {
     EXPECT_EQ(recovered.metadata.health.cameraLost, true);
     EXPECT_EQ(recovered.metadata.health.microphoneLost, false);
     EXPECT_EQ(recovered.warnings.size(), 2u);
+}
+
+TEST_F(TakeStreamsTest, aTakeThatLostItsFirstSegmentBeginsWithTheSecondInAllItsStreams) {
+    {
+        ScreenRecorder recorder(options(), sources());
+        recorder.start();
+        recordUntil(recorder, 1.5);
+    }
+    auto const directory = RecoveryStore::findRecoverable(recordings.path()).at(0).directory();
+    std::ofstream(directory / segmentFileName(0), std::ios::trunc) << "damaged";
+    auto const recovered = RecoveryStore::recover(RecoveryStore::findRecoverable(recordings.path()).at(0));
+    EXPECT_NEAR(MovieReader(recovered.movie).info().duration, recovered.duration, 1e-3);
+    ASSERT_EQ(recovered.streams.size(), 3u);
+    expectInStep(recovered.movie, recovered.streams);
 }
 
 TEST_F(TakeStreamsTest, progressAndTheEndCanBeAskedForWhileTheTakeStops) {

@@ -96,3 +96,19 @@ TEST(SettledRecording, nothingIsLeftAfterTheEndOfTheTake) {
     EXPECT_EQ(log.micLevels.size(), 30u) << "levels are spread over the whole take, so they grow with it";
     EXPECT_EQ(log.micLevels.back(), 0);
 }
+
+TEST(SettledRecording, aTakeThatLostItsStartCountsFromWhatIsLeft) {
+    auto log = threeOfEach();
+    settle(log, {64, 48});
+    log.micLevels.assign(40, 0.5f);
+    for (auto& span : log.appSpans) span.duration = 1;
+    log.clicks[2].dragEnd = 3.5;
+    cutStart(log, 1.5);
+    EXPECT_EQ(eventCounts(log), (EventCounts{2, 2, 2, 2, 3, 25}));
+    EXPECT_EQ(log.clicks[0].t, 0.5);
+    EXPECT_EQ(log.clicks[1].dragEnd, 2);
+    EXPECT_EQ(log.appSpans[0].t, 0);
+    EXPECT_EQ(log.appSpans[0].duration, 0.5);
+    EXPECT_EQ(log.appSpans[1].t, 0.5);
+    EXPECT_EQ(log.appSpans[1].duration, 1);
+}
