@@ -18,6 +18,7 @@ std::string const& RecordedMatte::movieBeside(std::string_view camera) {
     if (camera_ == camera) return movie_;
     camera_ = camera;
     movie_.clear();
+    shown_ = {}; // what it was made from counts no more, even if the movie found now shows the same pixels
     auto const stem = std::filesystem::path(camera).stem().string();
     for (auto const* ending : {".matte.mp4", ".matte.mov", ".matte.mkv", ".matte.webm"}) {
         std::error_code failure;
@@ -29,7 +30,7 @@ std::string const& RecordedMatte::movieBeside(std::string_view camera) {
 }
 
 void RecordedMatte::retry() {
-    if (movie_.empty()) camera_.reset();
+    if (movie_.empty() && !latest_) camera_.reset();
 }
 
 std::shared_ptr<Image const> RecordedMatte::matte(ShownSource const& camera, VideoFrame const& picture) {

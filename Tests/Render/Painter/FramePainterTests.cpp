@@ -12,6 +12,7 @@
 #include <cstring>
 #include <fstream>
 #include <functional>
+#include <optional>
 #include <set>
 
 namespace tavaro {
@@ -241,8 +242,8 @@ TEST(FramePainter, whatCannotBeUsedIsListedWhereItIsMissedAndGoneOnceItIsMended)
     EXPECT_EQ(tried.size(), namesOf(Effect{}).size());
 }
 
-/// The process's list of fonts is read once, so in a process of its own.
-void drawWithoutFonts() {
+/// What a painter that stops says without fonts, after one that drops has listed what it left out.
+std::optional<PaintError::Kind> failureWithoutFonts() {
     FullTake take("fontless");
     auto const config = take.folder / "fonts.conf";
     std::ofstream(config) << "<fontconfig><dir>/nowhere</dir></fontconfig>";
@@ -257,10 +258,13 @@ void drawWithoutFonts() {
     try {
         strict.frame(0.8);
     } catch (PaintError const& error) {
-        std::exit(error.kind() == PaintError::Kind::effect ? 7 : 8);
+        return error.kind();
     }
-    std::exit(9);
+    return std::nullopt;
 }
+
+/// The process's list of fonts is read once, so in a process of its own.
+void drawWithoutFonts() { std::exit(failureWithoutFonts() == PaintError::Kind::effect ? 7 : 8); }
 
 TEST(FramePainterDeathTest, aTextWithoutAFontIsLeftOutOfAPreviewAndStopsAnExport) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
