@@ -28,7 +28,7 @@ bool CameraTable::isUsed(DemoProject const& project) {
     return camera.look == CameraLook::lut && camera.lutAsset && camera.lookStrength > 0;
 }
 
-CubeLUT const* CameraTable::ensure(DemoProject const& project) {
+std::shared_ptr<CubeLUT const> CameraTable::ensure(DemoProject const& project) {
     if (!isUsed(project)) return nullptr;
     auto const& asset = *project.camera.lutAsset;
     if (asset_ != asset) {
@@ -42,7 +42,7 @@ CubeLUT const* CameraTable::ensure(DemoProject const& project) {
         asset_ = asset;
     }
     if (failure_) throw *failure_;
-    return table_.get();
+    return table_;
 }
 
 void CameraTable::retry() {

@@ -61,14 +61,14 @@ struct Renderer::State {
     std::vector<RegionUniforms> regions; // that the screen's picture was changed in
     MoviePicture camera;
     std::shared_ptr<Image const> matte;
-    CubeLUT const* tableInUse = nullptr;
+    std::shared_ptr<CubeLUT const> tableInUse; // kept, so that another one is at another address
     Image canvas;
     std::optional<Drawing> drawn; // what the canvas shows
     CanvasHistory history;        // of the canvas, while `drawn` holds
     std::int64_t framesDrawn = 0;
 
     template<class Make> auto orDropped(WantedEffect const& wanted, Make const& make) -> decltype(make());
-    CubeLUT const* ensureTable(DemoProject const& project);
+    std::shared_ptr<CubeLUT const> ensureTable(DemoProject const& project);
     void noteMatte(FramePictures const& pictures, DemoProject const& project);
     std::vector<RasterLayer> ensureLayers(FrameState const& frame, DemoProject const& project);
     bool showScreen(VideoFrame const& frame, std::vector<RegionUniforms> passes);
@@ -95,7 +95,7 @@ template<class Make> auto Renderer::State::orDropped(WantedEffect const& wanted,
     }
 }
 
-CubeLUT const* Renderer::State::ensureTable(DemoProject const& project) {
+std::shared_ptr<CubeLUT const> Renderer::State::ensureTable(DemoProject const& project) {
     if (!CameraTable::isUsed(project)) return nullptr;
     return orDropped({Effect::colorTable, *project.camera.lutAsset, "The camera is shown without its colours."},
                      [&] { return table.ensure(project); });
@@ -173,7 +173,7 @@ void Renderer::State::drawCamera(CameraUniforms const& pass) {
     else
         history.lose(CanvasStage::camera);
     compositor.cameraOverlay(pass, texture.ensureLevel(level), matte ? std::as_const(*matte).view() : ImageView(),
-                             tableInUse, canvas.view());
+                             tableInUse.get(), canvas.view());
 }
 
 void Renderer::State::drawPointer(CursorUniforms const& pass) {
@@ -233,7 +233,7 @@ ImageView Renderer::render(FrameState const& frame, DemoProject const& project, 
     auto& state = *state_;
     state.dropped.beginFrame();
     bool const hasCamera = frame.cameraSource && !pictures.camera.isEmpty();
-    auto const* table = hasCamera ? state.ensureTable(project) : nullptr;
+    auto const table = hasCamera ? state.ensureTable(project) : nullptr;
     if (hasCamera) state.noteMatte(pictures, project);
     bool const hasNewTable = hasCamera && std::exchange(state.tableInUse, table) != table;
     CameraMeans means{.hasMatte = pictures.matte != nullptr, .hasTable = table != nullptr};

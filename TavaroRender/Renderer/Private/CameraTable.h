@@ -33,7 +33,7 @@ public:
     static bool isUsed(DemoProject const& project);
 
     /// Null where it has none. Throws `CameraTableError`, again and again without another look at the file.
-    CubeLUT const* ensure(DemoProject const& project);
+    std::shared_ptr<CubeLUT const> ensure(DemoProject const& project);
 
     /// The next call looks again for a table that could not be used.
     void retry();

@@ -31,10 +31,10 @@ void writeColor(fs::path const& file, char const* pixel) {
     writePNG(file, picture.view());
 }
 
-void writeTable(fs::path const& file) {
+void writeTable(fs::path const& file, double red = 0.5) {
     std::ofstream table(file);
     table << "LUT_3D_SIZE 2\n";
-    for (int i = 0; i < 8; ++i) table << 0.5 * (i & 1) << " " << (i >> 1 & 1) << " " << (i >> 2) << "\n";
+    for (int i = 0; i < 8; ++i) table << red * (i & 1) << " " << (i >> 1 & 1) << " " << (i >> 2) << "\n";
 }
 
 /// A take that shows something of every part of the document: camera with table and matte, background image, zooms,
@@ -153,6 +153,23 @@ TEST(FramePainter, aPainterThatFollowsTheEditsDrawsWhatANewOneDoes) {
         }
         EXPECT_GT(drawn, 3 * fields) << "most edits leave something to draw";
     }
+}
+
+TEST(FramePainter, anotherTableColoursTheSamePictureAnew) {
+    FullTake take("tables");
+    take.project.transcript.reset();
+    take.project.camera.hidesWhenSilent = false;
+    FramePainter painter(take.package, small);
+    std::vector<Image> frames;
+    for (int i = 0; i < 8; ++i) {
+        auto const asset = "look" + std::to_string(i) + ".cube";
+        writeTable(take.package.assetURL(asset), i / 8.0);
+        take.project.camera.lutAsset = asset;
+        painter.show(take.project);
+        frames.push_back(painter.still(0.8));
+    }
+    for (std::size_t i = 1; i < frames.size(); ++i)
+        EXPECT_FALSE(samePixels(frames[i].view(), frames[i - 1].view())) << i;
 }
 
 TEST(FramePainter, moviesStayOpenFromOneRevisionToTheNext) {
