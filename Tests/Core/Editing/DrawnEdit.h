@@ -20,7 +20,7 @@ inline DemoProject projectOf(double seconds) {
 template<class Item> std::string spans(std::vector<Item> const& items) {
     std::string text;
     for (auto const& item : items) {
-        text += fmt::format("{}{:.4g}-{:.4g}", text.empty() ? "" : " ", item.start, item.start + item.duration);
+        text += fmt::format("{}{:.5g}-{:.5g}", text.empty() ? "" : " ", item.start, item.start + item.duration);
         if constexpr (requires { item.speed; }) {
             if (item.speed != 1) text += fmt::format("×{:g}", item.speed);
         }

@@ -99,7 +99,7 @@ TEST(RemoveTimeRange, soundIsCutWithThePictureAtItsOwnSpeed) {
                             {.asset = "mic.m4a", .start = 12, .sourceStart = 30, .duration = 4, .fadeIn = 0.5}});
     auto const id = track.clips[0].id;
     removeTimeRange(project, 4, 2);
-    EXPECT_EQ(spans(track.clips), "0-4 4-8 10-14");
+    EXPECT_EQ(spans(track.clips), "0-4×2 4-8×2 10-14");
     EXPECT_EQ(track.clips[0].id, id);
     EXPECT_NE(track.clips[1].id, id);
     EXPECT_EQ(track.clips[1].sourceStart, 12) << "six seconds at double speed";

@@ -126,16 +126,16 @@ std::string nameOfField(int number) {
 TEST(FramePainter, aPainterThatFollowsTheEditsDrawsWhatANewOneDoes) {
     FullTake take("walk");
     constexpr int fields = static_cast<int>(fieldCount<DemoProject>);
-    for (unsigned seed = 1; seed <= 3; ++seed) {
+    for (unsigned seed = 1; seed <= 2; ++seed) {
         NudgedRecord random(seed);
         FramePainter painter(take.package, small, {.threads = 1});
         painter.show(take.project);
         auto project = take.project;
         auto canvas = small;
         int drawn = 0;
-        for (int step = 0; step < 2 * fields; ++step) {
+        for (int step = 0; step < fields; ++step) {
             if (random.below(3) == 0) project = take.project;
-            random.nudgeField(project, step % fields);
+            random.nudgeField(project, step);
             if (random.below(10) == 0) painter.resize(canvas = {160 + 2 * random.below(40), 90 + 2 * random.below(40)});
             painter.show(project);
             FramePainter fresh(take.package, canvas, {.threads = 1});
@@ -145,13 +145,13 @@ TEST(FramePainter, aPainterThatFollowsTheEditsDrawsWhatANewOneDoes) {
                 auto const followed = outcome(painter, at);
                 auto const expected = outcome(fresh, at);
                 auto const where = "seed " + std::to_string(seed) + ", step " + std::to_string(step) + " in " +
-                                   nameOfField(step % fields) + " at " + std::to_string(at);
+                                   nameOfField(step) + " at " + std::to_string(at);
                 ASSERT_EQ(followed.sentence, expected.sentence) << where;
                 ASSERT_TRUE(samePixels(followed.image.view(), expected.image.view())) << where;
                 if (expected.sentence.empty()) ++drawn;
             }
         }
-        EXPECT_GT(drawn, 3 * fields) << "most edits leave something to draw";
+        EXPECT_GT(2 * drawn, 3 * fields) << "most edits leave something to draw";
     }
 }
 
