@@ -14,11 +14,20 @@
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace tavaro {
 
 /// Of work that cannot tell how far it is.
 struct NoProgress {};
+
+/// Whether both are of the same stage of the work, where it has any.
+template<class Progress> bool isSameStage(Progress const& a, Progress const& b) {
+    if constexpr (requires { a.stage; })
+        return a.stage == b.stage;
+    else
+        return true;
+}
 
 /// The failure of a job's work as an `Error`, whatever was thrown.
 std::exception_ptr asError(std::exception_ptr const& failure);
@@ -93,9 +102,12 @@ private:
         }
         void progress(Progress const& progress) override {
             std::lock_guard const lock(mutex);
-            bool const isWaiting = latest.has_value();
-            latest = progress;
-            if (!isWaiting) queue.async([self = self] { self->deliverProgress(); });
+            if (!waiting.empty() && isSameStage(waiting.back(), progress)) {
+                waiting.back() = progress;
+                return;
+            }
+            waiting.push_back(progress);
+            if (waiting.size() == 1) queue.async([self = self] { self->deliverProgress(); });
         }
         void remark(std::string sentence) override {
             queue.async([self = self, sentence = std::move(sentence)] {
@@ -103,12 +115,13 @@ private:
             });
         }
         void deliverProgress() {
-            std::optional<Progress> newest;
+            std::vector<Progress> reports;
             {
                 std::lock_guard const lock(mutex);
-                std::swap(newest, latest);
+                std::swap(reports, waiting);
             }
-            if (newest && !isAbandoned && onProgress) onProgress(*newest);
+            for (auto const& report : reports)
+                if (!isAbandoned && onProgress) onProgress(report);
         }
         void finish() {
             if (isAbandoned) return;
@@ -122,7 +135,7 @@ private:
         std::optional<Result> result; // the job's thread until the end is delivered
         std::exception_ptr failure;   // likewise
         std::mutex mutex;
-        std::optional<Progress> latest; // guarded by `mutex`
+        std::vector<Progress> waiting; // to be delivered, the newest of each stage; guarded by `mutex`
         std::function<void(Progress const&)> onProgress;
         std::function<void(std::string const&)> onRemark;
         std::function<void()> onFinished;

@@ -54,7 +54,8 @@ private:
 /// The same for work that tells how far it is.
 template<class Progress> class JobReporter : public JobControl {
 public:
-    /// The newest counts: what is not delivered when the next comes is left out.
+    /// The newest counts: what is not delivered when the next of the same stage comes is left out. So the last report
+    /// of each stage is always delivered.
     virtual void progress(Progress const& progress) = 0;
 };
 

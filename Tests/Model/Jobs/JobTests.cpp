@@ -69,6 +69,22 @@ TEST(Job, deliversProgressAndRemarksInTheirOrderHereAndTheEndLast) {
     EXPECT_EQ(remarks, (std::vector<std::string>{"0", "1000", "2000", "3000", "4000"}));
 }
 
+TEST(Job, tellsTheLastOfEachStageHoweverFastTheNextComes) {
+    struct Step {
+        int stage, done;
+    };
+    MainQueue queue;
+    std::vector<int> lasts(3, -1);
+    Job<int, Step> job(queue, "com.tavaro.test.job", [](JobReporter<Step>& reporter) {
+        for (int i = 0; i < 300; ++i) reporter.progress({i / 100, i % 100});
+        return 0;
+    });
+    job.onProgress([&](Step step) { lasts[static_cast<std::size_t>(step.stage)] = step.done; });
+    job.start();
+    job.wait();
+    EXPECT_EQ(lasts, (std::vector{99, 99, 99}));
+}
+
 TEST(Job, everyFailureIsAnErrorWithASentence) {
     struct Case {
         std::function<int(Reporter&)> work;
