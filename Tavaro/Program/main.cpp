@@ -6,10 +6,13 @@
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
+#include <spdlog/sinks/stdout_color_sinks.h>
+#include <spdlog/spdlog.h>
 
 #include <algorithm>
 #include <csignal>
 #include <exception>
+#include <memory>
 #include <new>
 #include <string_view>
 
@@ -51,6 +54,8 @@ int fail(char const* sentence) {
 
 int main(int argc, char** argv) {
     std::signal(SIGXFSZ, SIG_IGN); // a limit on the size of files is told as a full disk is, after cleaning up
+    // Standard output is for results.
+    spdlog::default_logger()->sinks() = {std::make_shared<spdlog::sinks::stderr_color_sink_mt>()};
     tavaro::setTaskPairRunner(tavaro::runInParallel);
     try {
         return run(argc, argv);

@@ -381,3 +381,17 @@ TEST_F(MovieCommands, wrongUsageIsToldApartFromFailure) {
     EXPECT_THAT(presets.out, HasSubstr(R"("id":"youtube-4k")"));
     EXPECT_EQ(tavaro({"export", "p.recproj", "--preset", "cinema"}).exitCode, 1);
 }
+
+TEST_F(MovieCommands, whatIsLoggedLeavesTheResultReadableForPrograms) {
+    ProjectPackage const package(importMovie());
+    package.importAsset(path("clip.mp4"));
+    auto project = package.load();
+    project.cameraAsset = project.timeline.clips.at(0).asset; // a camera's movie without a matte
+    project.camera.isEnabled = true;
+    project.camera.cutout = true;
+    package.save(project);
+    auto const outcome = tavaro({"frame", path("tour"), "--at", "1", "-o", path("frame.png"), "--json"});
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.error;
+    EXPECT_THAT(outcome.error, HasSubstr("matte"));
+    EXPECT_THAT(outcome.out, testing::StartsWith("{"));
+}
