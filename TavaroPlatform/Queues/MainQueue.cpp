@@ -29,6 +29,15 @@ struct MainQueue::State {
         std::lock_guard const lock(mutex);
         return tasks.size();
     }
+    /// Calls `wake` when there are tasks.
+    void wakeIfPending() {
+        std::function<void()> call;
+        {
+            std::lock_guard const lock(mutex);
+            if (!tasks.empty()) call = wake;
+        }
+        if (call) call();
+    }
     void waitForTask(std::chrono::milliseconds atMost) {
         std::unique_lock lock(mutex);
         arrived.wait_for(lock, atMost, [&] { return !tasks.empty(); });
@@ -78,12 +87,16 @@ void MainQueue::runPending() {
     for (auto left = state_->count(); left > 0; --left) {
         if (auto const task = state_->next()) guarded(*task);
     }
+    state_->wakeIfPending(); // what came meanwhile may have come to a queue that was not empty
 }
 
 void MainQueue::onPending(std::function<void()> wake) {
     assert(isCurrent());
-    std::lock_guard const lock(state_->mutex);
-    state_->wake = std::move(wake);
+    {
+        std::lock_guard const lock(state_->mutex);
+        state_->wake = std::move(wake);
+    }
+    state_->wakeIfPending();
 }
 
 }

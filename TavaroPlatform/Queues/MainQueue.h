@@ -34,7 +34,8 @@ public:
     void runUntil(FunctionRef<bool()> isDone, std::chrono::milliseconds atMost = std::chrono::milliseconds(20));
     /// Runs the tasks that are there now.
     void runPending();
-    /// `wake` is called, on whichever thread, when a task comes to a queue that had none.
+    /// `wake` is called, on whichever thread, when a task comes to a queue that had none, and here for tasks that are
+    /// there already or still there after `runPending`.
     void onPending(std::function<void()> wake);
 
 private:

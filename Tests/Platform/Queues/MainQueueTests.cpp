@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <atomic>
 #include <stdexcept>
+#include <utility>
 #include <vector>
 
 using namespace tavaro;
@@ -56,4 +57,21 @@ TEST(MainQueue, anotherLoopIsWokenOnceForWhatItFindsPending) {
     queue.async([&] { queue.async([&] { ++ran; }); }); // what comes meanwhile has its turn next time
     queue.runPending();
     EXPECT_EQ(ran, 15);
+}
+
+TEST(MainQueue, anotherLoopIsWokenForWhatComesWhileItRunsAndForWhatWasThereBefore) {
+    MainQueue queue;
+    int wakes = 0, ran = 0;
+    queue.async([&] { ++ran; });
+    queue.onPending([&] { ++wakes; });
+    EXPECT_EQ(std::exchange(wakes, 0), 1);
+    queue.runPending();
+    // The second task comes to an empty queue, the third one to the second.
+    queue.async([&] { queue.async([&] { ++ran; }); });
+    queue.async([&] { queue.async([&] { ++ran; }); });
+    while (wakes > 0) {
+        --wakes;
+        queue.runPending();
+    }
+    EXPECT_EQ(ran, 3) << "a task that nobody was woken for waits for ever";
 }
