@@ -77,22 +77,26 @@ SaveOutcome OpenProject::save() {
     lockIfNeeded(lock);
     if (takeInOutside()) return SaveOutcome::changedOutside;
     if (!hasUnsavedChanges()) return SaveOutcome::nothingToSave;
-    write();
+    write(document());
+    savedRevision_ = history_.revision();
+    notify({.savedState = true});
     return SaveOutcome::saved;
 }
 
+/// The step follows the saving, so that one which fails leaves no trace in the history.
 StepOutcome OpenProject::commit(std::string_view step, FunctionRef<void(DemoProject&)> change) {
     expectOwnThread();
     Lock lock;
     lockIfNeeded(lock);
-    auto const outcome = edit(step, change);
-    if (!hasUnsavedChanges()) return outcome;
-    try {
-        write();
-    } catch (...) {
-        if (outcome.isChanged) undo();
-        throw;
-    }
+    takeInOutside();
+    auto after = document();
+    change(after);
+    StepOutcome outcome{.durationBefore = document().duration(), .duration = after.duration()};
+    if (!hasUnsavedChanges() && after == document()) return outcome;
+    write(after);
+    outcome.isChanged = history_.replace(step, std::move(after));
+    savedRevision_ = history_.revision();
+    notify({.fields = outcome.isChanged ? history_.lastChange() : ChangedFields{}, .savedState = true});
     return outcome;
 }
 
@@ -148,8 +152,7 @@ void OpenProject::giveUpDisk(std::string const& problem) {
 }
 
 /// Under the lock, with what others saved taken in.
-void OpenProject::write() {
-    auto project = document();
+void OpenProject::write(DemoProject project) {
     project.modifiedAt = Date::now();
     if (isDamaged_)
         replaceDamaged(project);
@@ -157,9 +160,7 @@ void OpenProject::write() {
         package_.save(project);
     isDamaged_ = false;
     stamp_ = stampOf(package_.projectFileURL());
-    savedRevision_ = history_.revision();
     savedAt_ = project.modifiedAt;
-    notify({.savedState = true});
 }
 
 /// The backup stays what it is: the last document that could be read.

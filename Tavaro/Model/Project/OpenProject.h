@@ -91,7 +91,7 @@ public:
     /// Writes the document when there is something to save. Throws `FileError`, and then nothing has changed.
     SaveOutcome save();
     /// `edit` and `save` in one, under one lock: when it returns, the change is on the disk. When it throws, because
-    /// the change was refused or could not be saved, the document is without it.
+    /// the change was refused or could not be saved, document and history are without it.
     StepOutcome commit(std::string_view step, FunctionRef<void(DemoProject&)> change);
 
     /// False when there is no step to go to.
@@ -123,7 +123,7 @@ private:
     bool takeInOutside();
     void takeIn(DemoProject project);
     void giveUpDisk(std::string const& problem);
-    void write();
+    void write(DemoProject project);
     void replaceDamaged(DemoProject const& project) const;
     void stepped();
     void notify(ProjectChange const& change);

@@ -267,8 +267,10 @@ TEST_F(OpenProjectTest, aDocumentThatIsDamagedOrRemovedOutsideIsToldOfOnceAndWri
     }
 }
 
-TEST_F(OpenProjectTest, aCommitThatCannotBeSavedOrIsRefusedLeavesTheDocumentAsItWas) {
+TEST_F(OpenProjectTest, aCommitThatCannotBeSavedOrIsRefusedLeavesDocumentAndHistoryAsTheyWere) {
     OpenProject open(package.url());
+    open.edit("Zoom", [](DemoProject& project) { project.zoomEvents.emplace_back(); });
+    ASSERT_TRUE(open.undo());
     auto const before = encodeProject(open.document());
     EXPECT_THROW(open.commit("Break",
                              [](DemoProject& project) {
@@ -280,6 +282,7 @@ TEST_F(OpenProjectTest, aCommitThatCannotBeSavedOrIsRefusedLeavesTheDocumentAsIt
     EXPECT_THROW(open.commit("Rename", [](DemoProject& project) { rename(project, "new"); }), FileError);
     EXPECT_EQ(encodeProject(open.document()), before);
     EXPECT_FALSE(open.hasUnsavedChanges() || open.undoName());
+    EXPECT_EQ(open.redoName(), "Zoom");
 }
 
 TEST_F(OpenProjectTest, theEditorsStateIsKeptOnlyWhenItChanged) {
