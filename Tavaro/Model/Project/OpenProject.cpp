@@ -43,6 +43,7 @@ OpenProject::OpenProject(ProjectPackage package, LockHolding holding)
     auto [project, stamp] = readDocument(package_);
     stamp_ = stamp;
     savedAt_ = project.modifiedAt;
+    stored_ = project;
     history_ = History(std::move(project));
     savedRevision_ = history_.revision();
 }
@@ -123,13 +124,13 @@ bool OpenProject::refresh() {
 bool OpenProject::takeInOutside() {
     auto const found = stampOf(package_.projectFileURL());
     if (found == stamp_) return false;
-    stamp_ = found; // a problem is told of once
     auto const revision = history_.revision();
     try {
         auto read = readDocument(package_);
         stamp_ = read.stamp;
         takeIn(std::move(read.project));
     } catch (FileError const& error) {
+        stamp_ = found; // told of once
         giveUpDisk(error.what());
     }
     return history_.revision() != revision;
@@ -138,6 +139,8 @@ bool OpenProject::takeInOutside() {
 void OpenProject::takeIn(DemoProject project) {
     isDamaged_ = false;
     savedAt_ = std::exchange(project.modifiedAt, document().modifiedAt);
+    if (savedRevision_ && project == stored_) return notify({.savedState = true}); // the same, written again
+    stored_ = project;
     bool const isChanged = history_.replace("Changed Outside", std::move(project));
     savedRevision_ = history_.revision();
     notify(
@@ -153,14 +156,15 @@ void OpenProject::giveUpDisk(std::string const& problem) {
 
 /// Under the lock, with what others saved taken in.
 void OpenProject::write(DemoProject project) {
-    project.modifiedAt = Date::now();
+    auto const modifiedAt = std::exchange(project.modifiedAt, Date::now());
     if (isDamaged_)
         replaceDamaged(project);
     else
         package_.save(project);
     isDamaged_ = false;
     stamp_ = stampOf(package_.projectFileURL());
-    savedAt_ = project.modifiedAt;
+    savedAt_ = std::exchange(project.modifiedAt, modifiedAt);
+    stored_ = std::move(project);
 }
 
 /// The backup stays what it is: the last document that could be read.

@@ -58,7 +58,8 @@ struct ProjectChange {
 ///   something is drawn, decoded, recorded or exported, or while a person thinks.
 /// - A document that another program saved is noticed before every edit and save here and by `refresh`, which an
 ///   application calls now and then. It becomes the present document as one step ("Changed Outside"), so that undo
-///   leads to the document before with everything unsaved in it, and a save from there is the last word.
+///   leads to the document before with everything unsaved in it, and a save from there is the last word. A file that
+///   only was written again, with the same document, changes nothing here.
 /// - An edit that must be on the disk when it is answered for is made by `commit`: under one lock it takes in what
 ///   others saved, makes the change on that, and saves.
 /// - A document that was damaged or removed outside changes nothing here; it is told of once, there is then something
@@ -132,6 +133,7 @@ private:
     ProjectPackage package_;
     Lock lock_;                      // held while open
     std::optional<FileStamp> stamp_; // of the document's file as it was last read or written
+    DemoProject stored_;             // the document on the disk, but for its date
     History history_;
     std::optional<std::uint64_t> savedRevision_; // on the disk; none when nothing good is
     bool isDamaged_ = false;                     // what is on the disk cannot be read

@@ -11,6 +11,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cmath>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -220,6 +221,18 @@ TEST_F(OpenProjectTest, whatIsUnsavedWhenAnotherProgramSavesIsOneUndoAway) {
     EXPECT_EQ(onDisk(open), mine);
     EXPECT_TRUE(other.refresh());
     EXPECT_EQ(other.document().name, "mine");
+}
+
+TEST_F(OpenProjectTest, aFileThatIsOnlyWrittenAgainTakesNothingThatIsUnsavedAway) {
+    OpenProject open(package.url());
+    for (auto const* name : {"mine", "mine too"}) {
+        open.edit("Rename", [&](DemoProject& project) { rename(project, name); });
+        fs::last_write_time(package.projectFileURL(), fs::file_time_type::clock::now() + std::chrono::hours(1));
+        EXPECT_FALSE(open.refresh());
+        EXPECT_TRUE(open.hasUnsavedChanges());
+        EXPECT_EQ(open.save(), SaveOutcome::saved);
+        EXPECT_EQ(package.load().name, name);
+    }
 }
 
 TEST_F(OpenProjectTest, onlyASaveThatChangesTheDocumentDatesIt) {
