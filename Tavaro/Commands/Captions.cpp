@@ -83,16 +83,22 @@ void printCues(std::vector<CaptionCue> const& cues) {
     }
 }
 
+/// Makes them; a file that cannot be written leaves the project as it is. Says what was made.
+std::string made(OpenProject& open, Options const& options) {
+    auto const operation = operationOf(options);
+    std::string summary;
+    open.commit(infoOf(operation).title, [&](DemoProject& project) {
+        summary = perform(project, operation).summary;
+        if (!options.output.empty()) writeSubtitles(project, options.output);
+    });
+    return summary;
+}
+
 void captions(Options const& options) {
     OpenProject open(options.package, LockHolding::whileOpen);
-    std::string made;
-    if (options.makesCaptions()) {
-        auto const operation = operationOf(options);
-        open.edit(infoOf(operation).title, [&](DemoProject& project) { made = perform(project, operation).summary; });
-    }
+    auto const summary = options.makesCaptions() ? made(open, options) : "";
     expectCaptions(open.document());
-    if (!options.output.empty()) writeSubtitles(open.document(), options.output);
-    open.save();
+    if (!options.makesCaptions() && !options.output.empty()) writeSubtitles(open.document(), options.output);
     auto const& cues = open.document().captions.cues;
     if (options.asJSON) {
         CaptionListing listing{static_cast<std::int64_t>(cues.size()), cues, {}};
@@ -100,7 +106,7 @@ void captions(Options const& options) {
         fmt::print("{}\n", encodeJSON(listing));
         return;
     }
-    if (options.makesCaptions()) fmt::print("{}\n", made);
+    if (options.makesCaptions()) fmt::print("{}\n", summary);
     if (!options.output.empty()) fmt::print("Wrote {} to {}\n", counted(cues.size(), "caption"), options.output);
     if (!options.makesCaptions() && options.output.empty()) printCues(cues);
 }
