@@ -43,8 +43,8 @@ MadeProject importMovie(ImportRequest const& request, JobControl& control) {
     if (control.isCancelled()) {
         std::error_code ignored;
         std::filesystem::remove_all(package.url(), ignored);
+        throw JobCancelled(cancelled);
     }
-    control.stopIfCancelled(cancelled);
     writeThumbnail(package, project);
     return {.path = request.package.string(),
             .duration = project.duration(),
