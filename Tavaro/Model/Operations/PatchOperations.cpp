@@ -91,11 +91,8 @@ JSONValue valueOf(std::string const& text) {
     }
 }
 
-/// "camera.size=0.3" as {"camera": {"size": 0.3}}
-JSONValue::Object patchOf(std::string const& change) {
-    auto const equals = change.find('=');
-    auto path = std::string_view(change).substr(0, equals);
-    auto value = valueOf(change.substr(equals + 1));
+/// "camera.size" and 0.3 as {"camera": {"size": 0.3}}
+JSONValue::Object patchOf(std::string_view path, JSONValue value) {
     for (std::size_t parts = 1;; ++parts) {
         if (parts > JSONValue::deepestNesting) fail("The path of a field has fewer dots.");
         auto const dot = path.rfind('.');
@@ -105,6 +102,29 @@ JSONValue::Object patchOf(std::string const& change) {
         value = {std::move(object)};
         path = path.substr(0, dot);
     }
+}
+
+bool isNumberOrSwitch(JSONValue const& value) {
+    return value.as<std::int64_t>() || value.as<double>() || value.as<bool>();
+}
+
+/// Of "name=2024" the value is a text, too, since the field takes no number.
+void set(DemoProject& project, std::string const& change) {
+    auto const equals = change.find('=');
+    auto const path = change.substr(0, equals), text = change.substr(equals + 1);
+    auto const value = valueOf(text);
+    auto withText = project;
+    try {
+        return merge(project, patchOf(path, value), ListItems::byNumber);
+    } catch (OperationError const& failure) {
+        if (!isNumberOrSwitch(value)) throw;
+        try {
+            merge(withText, patchOf(path, {text}), ListItems::byNumber);
+        } catch (OperationError const&) {
+            throw failure;
+        }
+    }
+    project = std::move(withText);
 }
 
 }
@@ -122,9 +142,9 @@ std::string apply(DemoProject& project, Patch const& patch) {
     return difference(before, project);
 }
 
-std::string apply(DemoProject& project, SetFields const& set) {
+std::string apply(DemoProject& project, SetFields const& fields) {
     auto const before = project;
-    for (auto const& change : set.changes) merge(project, patchOf(change), ListItems::byNumber);
+    for (auto const& change : fields.changes) set(project, change);
     return difference(before, project);
 }
 

@@ -35,7 +35,7 @@ static_assert(listsEveryField<Patch>);
 std::string changeProblem(std::string const& text);
 
 /// "Where it is = the value", one after another: names of fields, cases and numbers of items with dots between, and
-/// JSON, or else the text as it is.
+/// JSON, or else the text as it is; so also a number or a switch where the field takes a text.
 struct SetFields {
     std::vector<std::string> changes;
 
@@ -51,7 +51,7 @@ struct SetFields {
 static_assert(listsEveryField<SetFields>);
 
 std::string apply(DemoProject& project, Patch const& patch);
-std::string apply(DemoProject& project, SetFields const& set);
+std::string apply(DemoProject& project, SetFields const& fields);
 
 }
 

@@ -154,6 +154,10 @@ TEST(SetFields, takesPathsWithJSONOrText) {
     EXPECT_TRUE(project.camera.isEnabled);
     EXPECT_EQ(project.name, "");
     EXPECT_EQ(afterSetting(project, {"name="}), "The project is that way already");
+
+    EXPECT_EQ(afterSetting(project, {"name=1.50", "zoomEvents.0.note=true"}), "Changed name, zoomEvents");
+    EXPECT_EQ(project.name, "1.50");
+    EXPECT_EQ(project.zoomEvents[0].note, "true");
 }
 
 TEST(SetFields, changesAllOrNothing) {
@@ -163,6 +167,7 @@ TEST(SetFields, changesAllOrNothing) {
               "camera.size: expected a number, found a string.");
     EXPECT_EQ(afterSetting(project, {"zoomEvents.0.scale=2"}),
               "zoomEvents.0: there is no such item; the list is empty.");
+    EXPECT_EQ(afterSetting(project, {"camera.size=-1"}), "camera.size: expected a number from 0 to 1000000, found -1.");
     EXPECT_EQ(afterSetting(project, {"name.first=x"}), "name: expected a string, found an object.");
     EXPECT_EQ(afterSetting(project, {std::string(100000, '.') + "=1"}), "The path of a field has fewer dots.");
     EXPECT_EQ(afterSetting(project, {"timeline.clips=[]"}), "\"timeline\" can't be changed. Use edit_timeline.");
