@@ -1,6 +1,8 @@
 #include <Tavaro/Model/Making/TakeProject.h>
 
 #include <Tavaro/Model/Making/AddStreams.h>
+#include <Tavaro/Model/Making/Polish.h>
+#include <Tavaro/Model/Project/OpenProject.h>
 #include <Tavaro/Model/Thumbnails/Thumbnail.h>
 
 #include <TavaroCapture/Recovery/RecoveryStore.h>
@@ -53,8 +55,11 @@ MadeTake makeTakeProject(TakeMovie const& take, TakeProject const& wanted,
                      .keystrokes = static_cast<std::int64_t>(log.keystrokes.size()),
                      .droppedFrames = log.health.droppedFrames};
     if (wanted.firstEdit == FirstEdit::polished) {
-        made.report = SmartDirector(PolishOptions{}, wanted.mode).polish(project);
-        target.save(project);
+        OpenProject open(target.url(), LockHolding::whileOpen); // others see the project from its making on
+        open.commit(polishStep, [&](DemoProject& edited) {
+            made.report = SmartDirector(PolishOptions{}, wanted.mode).polish(edited);
+        });
+        project = open.document();
     }
     writeThumbnail(target, project);
     return {made, log.health.summary()};
