@@ -7,7 +7,8 @@
 namespace tavaro {
 
 /// A package that appears under its name only when complete, whatever ends the process before; else nothing stays of
-/// it. Failures are `FileError`s.
+/// it. What a killed process leaves is hidden, and goes when a package of that name is made again. Failures are
+/// `FileError`s.
 class PendingPackage {
 public:
     explicit PendingPackage(ProjectPackage const& wanted);
