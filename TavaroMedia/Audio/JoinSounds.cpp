@@ -5,6 +5,7 @@
 #include <limits>
 #include <optional>
 #include <span>
+#include <system_error>
 
 #include <TavaroMedia/Audio/AudioFileWriter.h>
 #include <TavaroMedia/Audio/AudioReader.h>
@@ -25,6 +26,35 @@ std::optional<AudioReader> opened(std::filesystem::path const& file) {
     }
 }
 
+/// A stereo sample takes two bytes or more; a damaged file may claim to go on for years.
+std::int64_t mostSamples(std::filesystem::path const& file) {
+    std::error_code failure;
+    auto const bytes = std::filesystem::file_size(file, failure);
+    return failure ? 0 : static_cast<std::int64_t>(bytes / 2);
+}
+
+/// The sound of a file, of a damaged one as much as can be had.
+class Readable {
+public:
+    explicit Readable(std::filesystem::path const& file) : reader_(opened(file)), end_(mostSamples(file)) {}
+
+    /// How many samples from there on were read; 0 at the end.
+    std::size_t read(std::int64_t position, std::span<StereoSample> samples) {
+        if (!reader_ || position >= end_) return 0;
+        try {
+            return reader_->read(position,
+                                 samples.first(std::min(samples.size(), static_cast<std::size_t>(end_ - position))));
+        } catch (MediaError const&) {
+            reader_.reset();
+            return 0;
+        }
+    }
+
+private:
+    std::optional<AudioReader> reader_;
+    std::int64_t const end_; // in samples
+};
+
 class Joining {
 public:
     explicit Joining(std::filesystem::path const& output)
@@ -33,12 +63,12 @@ public:
 
     /// `until` is where the next part starts, in samples.
     void add(SoundPart const& part, std::int64_t until) {
-        auto reader = opened(part.file);
+        Readable sound(part.file);
         auto const start = static_cast<std::int64_t>(std::llround(part.start * audioRate));
         bool hasSound = false;
-        for (std::int64_t position = 0; reader && start + position < until;) {
+        for (std::int64_t position = 0; start + position < until;) {
             auto const wanted = std::min<std::int64_t>(blockSamples, until - start - position);
-            auto const count = reader->read(position, std::span(block_).first(static_cast<std::size_t>(wanted)));
+            auto const count = sound.read(position, std::span(block_).first(static_cast<std::size_t>(wanted)));
             if (count == 0) break;
             if (!hasSound) padTo(start);
             hasSound = true;
@@ -77,14 +107,10 @@ private:
 }
 
 double readableSeconds(std::filesystem::path const& sound) {
-    auto reader = opened(sound);
+    Readable readable(sound);
     std::vector<StereoSample> block(blockSamples);
     std::int64_t position = 0;
-    while (reader) {
-        auto const count = reader->read(position, block);
-        position += static_cast<std::int64_t>(count);
-        if (count < block.size()) break;
-    }
+    while (auto const count = readable.read(position, block)) position += static_cast<std::int64_t>(count);
     return static_cast<double>(position) / audioRate;
 }
 

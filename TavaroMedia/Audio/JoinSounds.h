@@ -16,11 +16,12 @@ struct JoinedSound {
     std::vector<std::filesystem::path> unreadable; // parts that nothing could be read of: silence now
 };
 
-/// Seconds of sound that can be read of a file; 0 where nothing can. Reads all of it, as files cut short do not tell.
+/// Seconds of sound that can be read of an uncompressed file of 48 kHz; 0 where nothing can. Reads all of it, as files
+/// cut short do not tell.
 double readableSeconds(std::filesystem::path const& sound);
 
-/// Joins sound files, in the order given, into one of 16 bits at `output`. Between parts is silence, and what reaches
-/// into the next part is left out. The joined file appears under its name only when complete.
+/// Joins uncompressed sound files of 48 kHz, in the order given, into one of 16 bits at `output`. Between parts is
+/// silence, and what reaches into the next part is left out. The joined file appears under its name only when complete.
 /// Throws `MediaError`: `unreadable` where no part could be read, `notWritable`, `diskFull`.
 JoinedSound joinSounds(std::vector<SoundPart> const& parts, std::filesystem::path const& output);
 

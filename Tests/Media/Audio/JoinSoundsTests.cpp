@@ -68,3 +68,13 @@ TEST_F(JoinSounds, aFileWhoseWriterDiedIsReadAlmostToItsEnd) {
     EXPECT_EQ(samples.back(), (StereoSample{0.25f, -0.25f}));
     EXPECT_TRUE(joined.unreadable.empty());
 }
+
+TEST_F(JoinSounds, aFileThatClaimsToGoOnForYearsCostsNoMoreThanItsBytes) {
+    auto const file = sound("claims.caf", 1, 0.25f);
+    constexpr std::streamoff packetLength = 40; // in the header: samples a packet
+    std::fstream(file, std::ios::in | std::ios::out | std::ios::binary).seekp(packetLength).put(1);
+    double const most = static_cast<double>(fs::file_size(file)) / audioRate;
+    EXPECT_LT(readableSeconds(file), most);
+    auto const joined = joinSounds({{file, 0}, {file, 1}}, folder / "joined.caf");
+    EXPECT_LT(joined.duration, 1 + most);
+}
