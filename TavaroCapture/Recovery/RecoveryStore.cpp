@@ -181,11 +181,13 @@ RecoveredTake RecoveryStore::recover(Recoverable const& take) {
                          .movie = joinedStreamPath(directory, StreamRole::screen),
                          .metadata = take.metadata.value_or(RecordingMetadata{})};
     double lostStart = 0; // a movie's time 0 is its first picture, so all else moves up to it
+    JoinedStreams beside;
     try {
         auto const joined = joinScreen(directory, take.segments);
         lostStart = joined.start;
         result.duration = joined.duration - lostStart;
         result.metadata.health.framesWritten = joined.frameCount;
+        beside = joinStreams(directory, take.streams);
     } catch (MediaError const& error) {
         bool const isUnwritable = error.kind() == MediaError::Kind::notWritable;
         failRecovery((isUnwritable ? "could not create export session: " : "segment join failed: ") + error.detail() +
@@ -195,7 +197,6 @@ RecoveredTake RecoveryStore::recover(Recoverable const& take) {
         result.metadata.captureSize = {take.manifest.width, take.manifest.height};
     cutStart(result.metadata, lostStart);
     trimToDuration(result.metadata, result.duration);
-    auto beside = joinStreams(directory, take.streams);
     noteLostStreams(result.metadata.health, take.streams, beside);
     result.streams = std::move(beside.streams);
     for (auto& stream : result.streams) stream.offset -= lostStart;

@@ -6,6 +6,7 @@
 #include <TavaroCapture/Recovery/RecoveryStore.h>
 #include <TavaroCapture/Segments/Private/SegmentWriter.h>
 #include <TavaroCapture/Sources/CaptureError.h>
+#include <TavaroMedia/Audio/AudioFileWriter.h>
 #include <TavaroMedia/Frames/Image.h>
 #include <TavaroMedia/Movie/MovieReader.h>
 
@@ -103,6 +104,20 @@ TEST_F(RecoveryStoreTest, aDamagedManifestOrSegmentCostsOnlyItself) {
     EXPECT_EQ(takes[0].segments.size(), 2u);
     auto const recovered = RecoveryStore::recover(takes[0]);
     EXPECT_NEAR(recovered.duration, 1.0, 1e-3) << "the first and the third half second";
+}
+
+TEST_F(RecoveryStoreTest, aStreamThatCannotBeWrittenLeavesTheTakeForLater) {
+    auto const directory = makeTake(End::abandoned);
+    AudioFileWriter sound(directory / segmentFileName(0, StreamRole::microphone), AudioFileFormat::whole16);
+    sound.append(std::vector<StereoSample>(audioRate));
+    sound.finish();
+    auto const place = joinedStreamPath(directory, StreamRole::microphone);
+    fs::create_directories(place / "in the way");
+    auto const takes = found();
+    ASSERT_EQ(takes.size(), 1u);
+    EXPECT_THROW(RecoveryStore::recover(takes[0]), CaptureError);
+    fs::remove_all(place);
+    EXPECT_EQ(RecoveryStore::recover(found().at(0)).streams.size(), 1u);
 }
 
 TEST_F(RecoveryStoreTest, aTakeOfTheTimeWhenThereWasOnlyAScreenComesBack) {
