@@ -207,12 +207,13 @@ double keptInside(double begin, double length, double side, double inset) {
 }
 
 CanvasPoint bodyAt(PlacedLayer const& layer, CanvasRect const& body) {
-    double const width = static_cast<double>(layer.look.canvasWidth);
-    double const height = static_cast<double>(layer.look.canvasHeight);
-    double const side = std::min(width, height);
+    Size2 const canvas{layer.look.canvasWidth, layer.look.canvasHeight};
+    double const width = static_cast<double>(canvas.width);
+    double const height = static_cast<double>(canvas.height);
+    double const side = smallerSide(canvas);
     if (layer.place == LayerPlace::arrow) return layer.at;
     if (layer.place == LayerPlace::corner || layer.place == LayerPlace::otherCorner) {
-        double const inset = watermarkInset * side / 1080;
+        double const inset = watermarkInset * canvasUnit(canvas);
         double const x = layer.place == LayerPlace::corner ? width - inset - body.width : inset;
         return {keptInside(x, body.width, width, inset),
                 keptInside(height - inset - body.height, body.height, height, inset)};

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <string>
 
+#include <TavaroCore/Values/CanvasUnit.h>
 #include <TavaroRender/Layers/Private/ReadableText.h>
 
 namespace tavaro {
@@ -30,7 +31,7 @@ SoftShadow tightShadow(double em, RGBAColor const& behind) {
 LayerScale::LayerScale(LayerSpec const& look)
     : width(static_cast<double>(std::max<std::int64_t>(look.canvasWidth, 1)))
     , height(static_cast<double>(std::max<std::int64_t>(look.canvasHeight, 1)))
-    , unit(std::min(width, height) / 1080)
+    , unit(canvasUnit({static_cast<std::int64_t>(width), static_cast<std::int64_t>(height)}))
     , em((std::isfinite(look.fontSize) ? std::clamp(look.fontSize, smallestSize, largestSize) : usualSize) * unit) {}
 
 LayerDrawing::LayerDrawing(LayerScale const& scale, double bodyWidth, double bodyHeight, double margin)
