@@ -1,11 +1,12 @@
 #include <Tavaro/Commands/Command.h>
 
 #include <Tavaro/Commands/Checks.h>
+#include <Tavaro/Model/Exporting/DrawnPicture.h>
 #include <Tavaro/Model/Project/StoredProject.h>
 
 #include <TavaroCore/Errors/Error.h>
 #include <TavaroCore/Export/ExportFile.h>
-#include <TavaroCore/Records/JSONWriter.h>
+#include <TavaroCore/Records/JSON.h>
 #include <TavaroCore/Values/Timecode.h>
 #include <TavaroMedia/Frames/PNG.h>
 #include <TavaroRender/Export/ExportError.h>
@@ -57,25 +58,11 @@ void expectInside(double seconds, double duration) {
 
 std::string timeText(double seconds) { return Timecode::format(seconds, Timecode::Fraction::hundredths); }
 
-void printResult(Options const& options, std::string const& path, Size2 size, std::vector<double> const& times) {
-    if (!options.asJSON) {
-        fmt::print("{}\n", path);
-        return;
-    }
-    JSONWriter writer;
-    writer.beginObject();
-    writer.key("height");
-    writer.integer(size.height);
-    writer.key("path");
-    writer.string(path);
-    writer.key("times");
-    writer.beginArray();
-    for (auto const time : times) writer.number(time);
-    writer.endArray();
-    writer.key("width");
-    writer.integer(size.width);
-    writer.endObject();
-    fmt::print("{}\n", writer.take());
+void printResult(Options const& options, DrawnPicture const& picture) {
+    if (options.asJSON)
+        fmt::print("{}\n", encodeJSON(picture));
+    else
+        fmt::print("{}\n", picture.path);
 }
 
 /// Draws the film of the project at that size.
@@ -99,7 +86,7 @@ void frame(Options const& options) {
     expectInside(*options.at, painter.duration());
     auto const image = drawn(painter, *options.at);
     writePNG(options.output, image.view(), PNGPacking::quick);
-    printResult(options, options.output, {image.width(), image.height()}, {*options.at});
+    printResult(options, {options.output, image.width(), image.height(), {*options.at}});
 }
 
 void sheet(Options const& options) {
@@ -115,7 +102,7 @@ void sheet(Options const& options) {
     auto const image = sheet.finish();
     auto const output = options.output.empty() ? unusedFile("sheet.png").string() : options.output;
     writePNG(output, image->view());
-    printResult(options, output, layout.sheet, times);
+    printResult(options, {output, layout.sheet.width, layout.sheet.height, times});
 }
 
 }

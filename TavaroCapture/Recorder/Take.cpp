@@ -77,11 +77,24 @@ void ScreenRecorder::Take::start() {
     double const now = mediaClockNow();
     clock_.start(now);
     events_->start();
-    for (auto const& stream : sideStreams_) stream->start();
+    startSideStreams();
     checkpoints_ = std::make_unique<MetadataCheckpoints>(directory_, options_.checkpointSeconds,
                                                          [this](EventCounts const& after) { return snapshot(after); });
     startTicks(now);
     screenQueue_.sync([] {}); // the first tick is due now, so even the shortest take has a frame
+}
+
+/// A camera or microphone that cannot start costs only itself, as one that is lost later does.
+void ScreenRecorder::Take::startSideStreams() {
+    std::erase_if(sideStreams_, [&](auto const& stream) {
+        try {
+            stream->start();
+            return false;
+        } catch (Error const& failure) {
+            sideFailures_.emplace_back(failure.what());
+            return true;
+        }
+    });
 }
 
 void ScreenRecorder::Take::startTicks(double mediaTime) {
@@ -225,6 +238,7 @@ void ScreenRecorder::Take::finishSegments() {
     for (auto const& stream : sideStreams_) {
         if (auto failure = stream->finish()) sideFailures_.push_back(std::move(*failure));
     }
+    sideStreams_.clear(); // finished once, however often joining is tried
     try {
         writer_->finish();
         manifest_->complete();

@@ -4,6 +4,8 @@
 #include <TavaroCore/Timeline/Private/LogOnTimeline.h>
 
 #include <algorithm>
+#include <cmath>
+#include <compare>
 #include <map>
 #include <utility>
 
@@ -13,9 +15,20 @@ namespace {
 
 constexpr double logOverrun = 1; // seconds that a log goes on after the last frame
 
-bool holdsLog(DemoProject const& project, std::string const& asset, double logged) {
+/// How well a movie's length goes with the log's, in the order of what counts. Lengths do not change by edits, so
+/// neither does the recording.
+struct Fit {
+    bool holdsLog = true;
+    bool isKnown = false;
+    double nearness = 0; // minus the seconds that the movie is longer
+
+    auto operator<=>(Fit const&) const = default;
+};
+
+Fit fitOf(DemoProject const& project, std::string const& asset, double logged) {
     auto const known = project.assetDurations.find(asset);
-    return known == project.assetDurations.end() || known->second + logOverrun >= logged;
+    if (known == project.assetDurations.end() || !(logged > 0)) return {};
+    return {known->second + logOverrun >= logged, true, -std::abs(known->second - logged)};
 }
 
 }
@@ -26,13 +39,12 @@ std::string_view recordingAsset(DemoProject const& project) {
     double const logged = project.metadata->duration();
     std::map<std::string_view, double> shownSeconds;
     for (auto const& clip : clips) shownSeconds[clip.asset] += std::max(clip.sourceSpan(), 0.0);
-    auto const isBetter = [&](VideoClip const& a, VideoClip const& b) {
-        return std::pair(holdsLog(project, a.asset, logged), shownSeconds[a.asset]) >
-               std::pair(holdsLog(project, b.asset, logged), shownSeconds[b.asset]);
+    auto const rank = [&](VideoClip const& clip) {
+        return std::pair(fitOf(project, clip.asset, logged), shownSeconds[clip.asset]);
     };
     auto const* best = &clips.front();
     for (auto const& clip : clips) {
-        if (clip.asset != best->asset && isBetter(clip, *best)) best = &clip;
+        if (clip.asset != best->asset && rank(clip) > rank(*best)) best = &clip;
     }
     return best->asset;
 }

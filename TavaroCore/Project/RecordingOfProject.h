@@ -10,8 +10,8 @@ namespace tavaro {
 struct DemoProject;
 
 /// The asset that the document's log, levels and transcript belong to: of the movies on the timeline that are long
-/// enough for what was logged, the one that the edit shows most of. Lives as long as the project's clips; empty
-/// without clips.
+/// enough for what was logged, the one whose length is nearest to the log's. Among those of which nothing is known, and
+/// without a log, the one that the edit shows most of. Lives as long as the project's clips; empty without clips.
 std::string_view recordingAsset(DemoProject const& project);
 
 /// Length of the recording: that of its movie, or the time of the last thing logged when that is later.

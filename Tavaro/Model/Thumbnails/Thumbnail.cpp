@@ -52,11 +52,4 @@ std::optional<std::filesystem::path> writeThumbnail(ProjectPackage const& packag
     }
 }
 
-Job<std::optional<std::filesystem::path>> thumbnailJob(MainQueue& queue, ProjectPackage package, DemoProject project) {
-    return {queue, "com.tavaro.job.thumbnail",
-            [package = std::move(package), project = std::move(project)](JobReporter<NoProgress>&) {
-                return writeThumbnail(package, project);
-            }};
-}
-
 }

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <Tavaro/Model/Jobs/Job.h>
-
 #include <TavaroCore/Package/ProjectPackage.h>
 
 #include <filesystem>
@@ -17,8 +15,5 @@ double tellingMoment(DemoProject const& project);
 /// Draws the small picture that the library shows, and puts it into the package. A failure is logged and told by an
 /// empty result: no project is worse for having no thumbnail, or an old one.
 std::optional<std::filesystem::path> writeThumbnail(ProjectPackage const& package, DemoProject const& project);
-
-/// The same beside the main queue, for an application after each save.
-Job<std::optional<std::filesystem::path>> thumbnailJob(MainQueue& queue, ProjectPackage package, DemoProject project);
 
 }

@@ -49,6 +49,7 @@ private:
 
     void prepareFolder();
     void prepareStreams(TakeSources& sources);
+    void startSideStreams();
     void startTicks(double mediaTime);
     void tick(double scheduled);
     void handOn(double time, bool isRepeated);

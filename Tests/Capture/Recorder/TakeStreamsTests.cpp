@@ -112,6 +112,25 @@ TEST_F(TakeStreamsTest, streamsThatComeLateGoEarlyOrNeverComeCostOnlyThemselves)
     EXPECT_TRUE(take.warnings[0].starts_with("The system's sound went away ")) << take.warnings[0];
 }
 
+TEST_F(TakeStreamsTest, aStreamThatCannotStartCostsOnlyItself) {
+    struct Deaf : SoundSource {
+        void start(SoundHandlers) override {
+            throw CaptureError(CaptureError::Kind::badSource, "The microphone is in use.");
+        }
+        void stop() override {}
+    };
+    auto some = sources();
+    some.microphone = std::make_unique<Deaf>();
+    ScreenRecorder recorder(options(), std::move(some));
+    recorder.start();
+    recordUntil(recorder, 1.2);
+    auto const take = recorder.stop();
+    EXPECT_EQ(take.metadata.health.microphoneLost, true);
+    EXPECT_EQ(take.metadata.health.cameraLost, false);
+    EXPECT_GT(take.duration, 1);
+    EXPECT_EQ(take.warnings, std::vector<std::string>{"The microphone is in use."});
+}
+
 TEST_F(TakeStreamsTest, aKilledTakeComesBackWithAllItsStreamsInStep) {
     int ends[2];
     ASSERT_EQ(pipe(ends), 0);

@@ -133,7 +133,7 @@ TEST(RecordingOnTimeline, aStretchGoesOnOverSplitsAndCutsAndIsThereForEachClipTh
     EXPECT_EQ(drawn(timelineOf({{2, 4}, {0, 2}}), {1, 2}), "[0 1] of 1 [3 4] of 1 ") << "turned round";
 }
 
-TEST(RecordingOfProject, isTheMovieThatHoldsTheLogAndIsShownMost) {
+TEST(RecordingOfProject, isTheMovieThatTheLogFitsWhateverIsShownOfIt) {
     DemoProject project;
     EXPECT_EQ(recordingAsset(project), "");
     project.metadata.edit().clicks = {{.t = 2}, {.t = 29}};
@@ -146,7 +146,9 @@ TEST(RecordingOfProject, isTheMovieThatHoldsTheLogAndIsShownMost) {
     auto const log = logOnTimeline(project);
     EXPECT_EQ(times(log.clicks), "7") << "nothing of the log over another movie";
     project.assetDurations["logo.mp4"] = 60;
-    EXPECT_EQ(recordingAsset(project), "logo.mp4") << "both could be, so the one that is shown longer";
+    EXPECT_EQ(recordingAsset(project), "take.mp4") << "both could be; this one is as long as the log";
+    project.assetDurations.clear();
+    EXPECT_EQ(recordingAsset(project), "logo.mp4") << "nothing is known but what is shown longer";
 }
 
 TEST(RecordingOnTimeline, whatIsCutAwayIsDroppedAndTheRestMovesWithThePicture) {

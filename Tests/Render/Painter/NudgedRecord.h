@@ -18,7 +18,7 @@ public:
 
     template<class T> void nudge(T& value) {
         if constexpr (RecordType<T>) {
-            if constexpr (fieldCount<T> > 0) nudgeField(value, below(static_cast<int>(fieldCount<T>)));
+            if constexpr (fieldCount < T >> 0) nudgeField(value, below(static_cast<int>(fieldCount<T>)));
         } else if constexpr (CaseType<T>) {
             if (below(3) == 0) detail::selectCase(value, static_cast<std::size_t>(below(T::caseNames.size())));
             std::visit([&](auto& content) { nudge(content); }, value.content);
