@@ -1,6 +1,7 @@
 #include "../../Core/Editing/RandomDocument.h"
 #include "../../Core/Package/TemporaryFolder.h"
 
+#include <Tavaro/Model/Operations/Perform.h>
 #include <Tavaro/Model/Project/OpenProject.h>
 
 #include <TavaroCore/Editing/ClipEdits.h>
@@ -44,6 +45,32 @@ std::string onDisk(OpenProject const& open) {
     return encodeProject(stored);
 }
 
+template<class Value> void fillAtRandom(Value& value, RandomDocument& random) {
+    static constexpr char const* texts[] = {"1", "3.5", "system", "A line of a script. And one more.", ""};
+    if constexpr (std::is_same_v<Value, double>)
+        value = random.time(0, 20);
+    else if constexpr (std::is_same_v<Value, bool>)
+        value = random.below(2) == 0;
+    else if constexpr (std::is_same_v<Value, std::string>)
+        value = texts[random.below(std::size(texts))];
+    else if constexpr (std::is_same_v<Value, std::vector<std::string>>)
+        value = {random.below(2) ? "name=Walk" : "cursor.clickSound=true", "zoomEvents.0.scale=2.5"};
+}
+
+/// Any operation of the registry, with arguments that it may refuse.
+Operation operationAtRandom(RandomDocument& random) {
+    Operation operation;
+    int left = random.below(std::variant_size_v<Operation>);
+    forEachOperation([&]<class Record>(std::type_identity<Record>) {
+        if (left-- != 0) return;
+        Record record;
+        forEachField<Record>([&](auto const& field) { fillAtRandom(record.*field.member, random); });
+        if constexpr (requires { record.end; }) record.end += record.start;
+        operation = std::move(record);
+    });
+    return operation;
+}
+
 /// One edit of those that people make; a refusal is one as well.
 void editAtRandom(DemoProject& project, RandomDocument& random) {
     double const length = project.duration(), at = random.time(0, std::max(std::floor(length), 1.0));
@@ -56,7 +83,7 @@ void editAtRandom(DemoProject& project, RandomDocument& random) {
     auto const clip =
         project.timeline.clips[static_cast<std::size_t>(random.below(static_cast<int>(project.timeline.clips.size())))]
             .id;
-    switch (random.below(10)) {
+    switch (random.below(14)) {
     case 0: return removeTimeRange(project, at, random.time(0, 2));
     case 1: return insertTime(project, at, random.time(0, 8));
     case 2: return changeSpeed(project, random.range(std::floor(length)), random.below(2) ? 2 : 0.5);
@@ -66,7 +93,8 @@ void editAtRandom(DemoProject& project, RandomDocument& random) {
     case 6: trimClip(project, clip, random.below(2) ? ClipEdge::leading : ClipEdge::trailing, at); return;
     case 7: project.zoomEvents.push_back({.start = at, .duration = 1}); return;
     case 8: project.metadata.edit().clicks.push_back({.t = at}); return;
-    default: return rename(project, std::to_string(random.below(5)));
+    case 9: return rename(project, std::to_string(random.below(5)));
+    default: perform(project, operationAtRandom(random));
     }
 }
 
@@ -85,6 +113,7 @@ public:
     }
     std::string const& present() const { return present_; }
     std::size_t depth() const { return done_.size(); }
+    int steps() const { return steps_; }
 
 private:
     /// The texts to where the step leads; what is left behind is noted on the other side.
@@ -107,6 +136,7 @@ private:
         if (change.fields.any() && !isTravelling_) {
             undone_.clear();
             done_.push_back(present_);
+            ++steps_;
             constexpr std::size_t mostSteps = 1000; // of a history
             if (done_.size() > mostSteps) done_.erase(done_.begin());
         }
@@ -118,6 +148,7 @@ private:
     std::vector<std::string> done_, undone_;
     OpenProject::Observation observation_;
     bool isTravelling_ = false;
+    int steps_ = 0; // made so far
 };
 
 void editSomewhere(OpenProject& open, RandomDocument& random, bool saves) {
@@ -153,7 +184,7 @@ TEST_F(OpenProjectTest, aLongWalkCanBeTakenBackToTheLastByteAlsoWithAnotherProgr
         auto const undoAll = [&] {
             while (shadow.depth() > 0 && !HasFatalFailure()) shadow.undo();
         };
-        for (int i = 0; i < walkLength / 2 && !HasFatalFailure(); ++i) {
+        for (int i = 0; i < walkLength && !HasFatalFailure(); ++i) {
             int const what = random.below(1000);
             if (what < 550)
                 editSomewhere(open, random, false);
@@ -177,7 +208,34 @@ TEST_F(OpenProjectTest, aLongWalkCanBeTakenBackToTheLastByteAlsoWithAnotherProgr
         }
         undoAll();
         EXPECT_FALSE(HasFatalFailure() || open.undo());
+        EXPECT_GT(shadow.steps(), walkLength / 8) << "most edits change something";
     }
+}
+
+TEST_F(OpenProjectTest, aWalkBesideAnotherProcessThatSavesCanBeTakenBackToTheLastByte) {
+    auto const child = fork();
+    if (child == 0) {
+        RandomDocument random(8);
+        OpenProject other(package.url());
+        for (int i = 0; i < walkLength / 20; ++i) editSomewhere(other, random, true);
+        _exit(0);
+    }
+    RandomDocument random(9);
+    OpenProject open(package.url());
+    Shadow shadow(open);
+    int status = -1, steps = 0;
+    bool isAlone = false;
+    while ((!isAlone || steps < walkLength / 10) && !HasFatalFailure()) {
+        editSomewhere(open, random, random.below(4) == 0);
+        if (random.below(3) == 0) shadow.undo();
+        if (random.below(4) == 0) shadow.redo();
+        ASSERT_EQ(encodeProject(open.document()), shadow.present());
+        isAlone = isAlone || waitpid(child, &status, WNOHANG) == child;
+        ++steps;
+    }
+    EXPECT_EQ(status, 0);
+    while (shadow.depth() > 0 && !HasFatalFailure()) shadow.undo();
+    EXPECT_FALSE(HasFatalFailure() || open.undo());
 }
 
 TEST_F(OpenProjectTest, twoProcessesThatCommitAtTheSameTimeLoseNothing) {
