@@ -136,7 +136,8 @@ Image captionLine(int width, int height) {
     for (int y = 0; y < height; ++y)
         for (int x = 0; x < width; ++x) {
             auto const fromEnd = std::min(x, width - 1 - x);
-            auto const isPill = fromEnd > height / 2 || std::hypot(fromEnd - height / 2, y - height / 2) < height / 2;
+            int const radius = height / 2;
+            auto const isPill = fromEnd > radius || std::hypot(fromEnd - radius, y - radius) < radius;
             auto const isInk =
                 isPill && y > height / 4 && y < height * 3 / 4 && (x / 9) % 3 != 0 && (x * 5 + y) % 17 < 9;
             auto* p = image.row(y) + 4 * x;

@@ -80,14 +80,14 @@ struct RecordPatching {
 
 private:
     template<class R> void changeRecord(R& record, JSONValue const& by) const {
-        for (auto const& [key, member] : expectContent<JSONValue::Object>(by, JSONReader::Type::object)) {
+        for (auto const& entry : expectContent<JSONValue::Object>(by, JSONReader::Type::object)) {
             bool isKnown = false;
             forEachField<R>([&](auto const& field) {
-                if (field.name != key) return;
+                if (field.name != entry.first) return;
                 isKnown = true;
-                changeMember(record, field, member);
+                changeMember(record, field, entry.second);
             });
-            if (!isKnown) insideOf(key, [] { failUnknownField<R>(); });
+            if (!isKnown) insideOf(entry.first, [] { failUnknownField<R>(); });
         }
     }
 

@@ -77,8 +77,9 @@ void Compositor::regionEffect(RegionUniforms const& uniforms, ImageView source, 
     if (source.isEmpty()) return;
     if (state_->backend == CompositorBackend::cpu) {
         FastRegion const region(uniforms, source, target);
-        auto const [first, count] = region.rows();
-        return state_->rows.run(count, [&](int begin, int end) { region.draw(first + begin, first + end); });
+        auto const rows = region.rows();
+        return state_->rows.run(rows.second,
+                                [&](int begin, int end) { region.draw(rows.first + begin, rows.first + end); });
     }
     Image unchanged;
     if (source.pixels == target.pixels) {

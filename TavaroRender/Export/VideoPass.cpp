@@ -34,7 +34,7 @@ struct Pipeline {
     double time(std::int64_t frame) const { return static_cast<double>(frame) / pass.rate; }
 
     /// Any stage: remembers why, and ends the others.
-    void stop(std::exception_ptr reason) {
+    void stop(std::exception_ptr const& reason) {
         {
             std::lock_guard const lock(mutex);
             if (!failure) failure = reason;

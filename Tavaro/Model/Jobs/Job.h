@@ -58,9 +58,9 @@ public:
     Job(Job&&) noexcept = default;
     Job& operator=(Job&&) = delete;
 
-    void onProgress(std::function<void(Progress const&)> handler) { state_->onProgress = std::move(handler); }
-    void onRemark(std::function<void(std::string const&)> handler) { state_->onRemark = std::move(handler); }
-    void onFinished(std::function<void()> handler) { state_->onFinished = std::move(handler); }
+    void onProgress(std::function<void(Progress const&)> const& handler) { state_->onProgress = handler; }
+    void onRemark(std::function<void(std::string const&)> const& handler) { state_->onRemark = handler; }
+    void onFinished(std::function<void()> const& handler) { state_->onFinished = handler; }
 
     /// Once.
     void start() {
