@@ -6,14 +6,6 @@
 
 namespace tavaro {
 
-namespace {
-
-// Coarse clocks round a frame's time by up to half a tick (half a millisecond in Matroska), which must not make
-// the frame late; where the clock is the frame count itself, half a tick would be half a frame.
-constexpr double largestRounding = 0.0005;
-
-}
-
 struct MovieReader::State {
     PictureDecoder decoder;
     MovieInfo info;
@@ -32,25 +24,24 @@ struct MovieReader::State {
         info.height = first.height();
     }
 
-    std::int64_t ticksAt(double seconds) const {
-        auto const& source = decoder.source();
-        auto const rounding = std::min(source.seconds(1) / 2, largestRounding) + 1e-6;
-        auto const within = seconds > 0 ? std::min(seconds, info.duration) : 0.0;
-        return decoder.origin() + source.ticks(within + rounding);
-    }
-
     VideoFrame frame(double seconds) {
-        auto const target = ticksAt(seconds);
+        auto const within = seconds > 0 ? std::min(seconds, info.duration) : 0.0;
+        auto const target = within + decoder.clock().rounding();
         if (isBefore(target, current) || isFarAhead(target)) jump(target);
         while (!next.isEmpty() && !isBefore(target, next)) advance();
         return isBefore(target, current) ? first : current;
     }
 
-    bool isFarAhead(std::int64_t target) const {
-        return !next.isEmpty() && canSeek && decoder.isSeekWorthwhile(target, next.picture().ticks);
+    /// Of the last frame that can be on show then: a rounded one may be a tick later than it is shown.
+    std::int64_t ticksAt(double target) const {
+        return decoder.origin() + decoder.source().ticks(target) + (decoder.clock().rate() ? 1 : 0);
     }
 
-    static bool isBefore(std::int64_t ticks, VideoFrame const& frame) { return ticks < frame.picture().ticks; }
+    bool isFarAhead(double target) const {
+        return !next.isEmpty() && canSeek && decoder.isSeekWorthwhile(ticksAt(target), next.picture().ticks);
+    }
+
+    static bool isBefore(double target, VideoFrame const& frame) { return target < frame.picture().time; }
 
     void advance() {
         current = std::move(next);
@@ -60,23 +51,23 @@ struct MovieReader::State {
     /// Puts `current` at or before `target`. A seek may come out after it: at a key frame that is decoded before and
     /// shown after the target, in a damaged stretch, or where the container only guesses. Each next try starts
     /// earlier, in growing steps, down to the movie's beginning.
-    void jump(std::int64_t target) {
+    void jump(double target) {
         auto const& source = decoder.source();
-        auto from = target;
+        auto from = ticksAt(target);
         for (double step = 0; canSeek && from > decoder.origin(); step = step > 0 ? 4 * step : 1) {
             canSeek = decoder.seek(from);
             if (canSeek && land(target)) return;
             auto const key = source.keyFrameBefore(from);
             from = std::min(key ? *key - 1 : from - 1, from - source.ticks(step));
         }
-        if (canSeek && decoder.seek(decoder.origin()) && land(first.picture().ticks)) return;
+        if (canSeek && decoder.seek(decoder.origin()) && land(first.picture().time)) return;
         decoder.startOver();
         current = decoder.read();
         if (current.isEmpty()) current = first;
         next = decoder.read();
     }
 
-    bool land(std::int64_t target) {
+    bool land(double target) {
         auto landed = decoder.read();
         if (landed.isEmpty() || isBefore(target, landed)) return false;
         current = std::move(landed);

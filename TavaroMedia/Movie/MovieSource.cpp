@@ -6,6 +6,7 @@
 #include <new>
 #include <span>
 #include <string_view>
+#include <utility>
 
 #include <TavaroMedia/FFmpeg/Private/Failures.h>
 #include <TavaroMedia/FFmpeg/Private/OpenInput.h>
@@ -18,6 +19,62 @@ using Kind = MediaError::Kind;
 
 // So many unreadable packets in a row, and the rest is not worth trying.
 constexpr int unreadableLimit = 256;
+
+// Two seconds at the fastest rates, and enough to tell 23.976 from 24 frames a second.
+constexpr std::size_t framesSurveyed = 240;
+
+std::int64_t timeOf(AVPacket const& packet) { return packet.pts != AV_NOPTS_VALUE ? packet.pts : packet.dts; }
+
+/// The times of the next frames, or of the last ones of all that follow, in the order of showing.
+class FrameSurvey {
+public:
+    explicit FrameSurvey(MovieSource& source) : source_(source), packet_(av_packet_alloc()) {
+        if (!packet_) throw std::bad_alloc();
+    }
+
+    std::vector<std::int64_t> next() {
+        while (times_.size() < framesSurveyed && read()) {
+        }
+        return sorted();
+    }
+
+    std::vector<std::int64_t> latest() {
+        while (read()) {
+            if (times_.size() >= 2 * framesSurveyed)
+                times_.erase(times_.begin(), times_.begin() + static_cast<std::ptrdiff_t>(framesSurveyed));
+        }
+        return sorted();
+    }
+
+    bool hasEnded() const { return hasEnded_; }
+    std::int64_t lastDuration() const { return lastDuration_; }
+
+private:
+    bool read() {
+        hasEnded_ = !source_.read(*packet_);
+        if (hasEnded_) return false;
+        auto const time = timeOf(*packet_);
+        if (time != AV_NOPTS_VALUE) {
+            if (times_.empty() || time > latest_) lastDuration_ = packet_->duration;
+            latest_ = times_.empty() ? time : std::max(latest_, time);
+            times_.push_back(time);
+        }
+        av_packet_unref(packet_.get());
+        return true;
+    }
+
+    std::vector<std::int64_t> sorted() {
+        std::ranges::sort(times_);
+        return std::exchange(times_, {});
+    }
+
+    MovieSource& source_;
+    ffmpeg::Packet packet_;
+    std::vector<std::int64_t> times_;
+    std::int64_t latest_ = 0;
+    std::int64_t lastDuration_ = 0;
+    bool hasEnded_ = false;
+};
 
 }
 
@@ -108,17 +165,40 @@ std::int64_t MovieSource::scannedEnd() const {
     if (!packet) throw std::bad_alloc();
     std::int64_t end = 0;
     while (other.read(*packet)) {
-        auto const time = packet->pts != AV_NOPTS_VALUE ? packet->pts : packet->dts;
+        auto const time = timeOf(*packet);
         end = std::max(end, (time != AV_NOPTS_VALUE ? time : end) + packet->duration);
         av_packet_unref(packet.get());
     }
     return end;
 }
 
+bool MovieSource::seekEnd() {
+    auto const start = input_->start_time == AV_NOPTS_VALUE ? 0 : input_->start_time;
+    return input_->duration > 0 && seek(ticks(static_cast<double>(start + input_->duration) / AV_TIME_BASE));
+}
+
+FrameTimes MovieSource::frameTimes() const {
+    MovieSource other(file_); // the place of this one stays
+    FrameTimes times;
+    FrameSurvey survey(other);
+    times.first = survey.next();
+    if (!survey.hasEnded()) {
+        other.seekEnd();
+        times.last = survey.latest();
+    }
+    times.lastDuration = survey.lastDuration();
+    return times;
+}
+
+std::optional<AVRational> MovieSource::toldRate() const {
+    auto const rate = stream_->avg_frame_rate.num > 0 ? stream_->avg_frame_rate : stream_->r_frame_rate;
+    if (rate.num <= 0 || rate.den <= 0) return std::nullopt;
+    return rate;
+}
+
 MovieInfo MovieSource::describe(std::int64_t firstFrameTicks) const {
     MovieInfo info;
-    auto const rate = stream_->avg_frame_rate.num > 0 ? stream_->avg_frame_rate : stream_->r_frame_rate;
-    if (rate.num > 0 && rate.den > 0) info.frameRate = av_q2d(rate);
+    if (auto const rate = toldRate()) info.frameRate = av_q2d(*rate);
     info.codec = avcodec_get_name(stream_->codecpar->codec_id);
     info.hasAudio = std::ranges::any_of(std::span(input_->streams, input_->nb_streams), [](AVStream const* stream) {
         return stream->codecpar->codec_type == AVMEDIA_TYPE_AUDIO;

@@ -151,17 +151,24 @@ bool PictureDecoder::isWanted(AVFrame const& frame, std::int64_t ticks, Damage d
 }
 
 VideoFrame PictureDecoder::wrapped(ffmpeg::Frame frame, std::int64_t ticks) {
-    if (origin_ == noTicks) origin_ = ticks;
+    if (origin_ == noTicks) beginClock(ticks);
     lastTicks_ = ticks;
     auto picture = std::make_shared<VideoFrame::Picture>();
     picture->frame = std::move(frame);
     setUprightSize(*picture, av_guess_sample_aspect_ratio(&source_.format(), &source_.stream(), picture->frame.get()));
     picture->turn = turn_;
     picture->ticks = ticks;
-    picture->time = source_.seconds(ticks - origin_);
-    auto const microseconds = static_cast<std::uint64_t>(std::llround(picture->time * 1e6));
-    picture->identity = number_ << 44 | (microseconds & ((std::uint64_t{1} << 44) - 1));
+    picture->time = clock_.seconds(ticks);
+    picture->identity = number_ << 44 | (static_cast<std::uint64_t>(ticks - origin_) & ((std::uint64_t{1} << 44) - 1));
     return VideoFrame(std::move(picture));
+}
+
+void PictureDecoder::beginClock(std::int64_t origin) {
+    origin_ = origin;
+    clock_ = FrameClock(source_.stream().time_base, origin);
+    if (!clock_.isCoarse()) return;
+    surveyed_ = source_.frameTimes();
+    clock_.keepTo(surveyed_, source_.toldRate());
 }
 
 bool PictureDecoder::seek(std::int64_t ticks) {
@@ -190,8 +197,23 @@ bool PictureDecoder::isSeekWorthwhile(std::int64_t ticks, std::int64_t readTo) c
     return key && lastPacket_ != noTicks && *key > lastPacket_;
 }
 
+// A frame of a steady movie lasts one beat, whatever else the file holds for longer; the last one lasts as long as it
+// is said to where that is more.
+double PictureDecoder::steadyEnd(double told) const {
+    auto const interval = 1 / *clock_.rate();
+    auto const last = clock_.seconds(*surveyed_.end());
+    auto const lasts = source_.seconds(surveyed_.lastDuration);
+    if (lasts > 1.5 * interval) return last + lasts;
+    bool const isAlone = source_.hasOnlyPictures();
+    return isAlone && told > last + 2.5 * interval ? told : last + interval;
+}
+
 MovieInfo PictureDecoder::describe() {
     auto info = source_.describe(origin_);
+    if (auto const rate = clock_.rate()) {
+        info.frameRate = *rate;
+        info.duration = steadyEnd(info.duration);
+    }
     if (auto const* format = av_pix_fmt_desc_get(decoder_->pix_fmt)) info.bitDepth = format->comp[0].depth;
     return info;
 }

@@ -11,7 +11,8 @@ namespace {
 
 constexpr std::size_t mostOpen = 4; // a reader of 4K holds up to a hundred megabytes of frames
 
-// Containers round the times of frames, the coarsest to a millisecond: a frame that is due at 1/60 s may say 0.017 s.
+// A take's frames are stamped when they were captured, which is never quite on the beat: one that is due at 1/60 s may
+// say 0.017 s.
 constexpr double timeRounding = 0.001;
 
 [[noreturn]] void throwReadError(MediaError const& error, std::string_view asset) {

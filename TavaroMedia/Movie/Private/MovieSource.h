@@ -6,6 +6,7 @@
 
 #include <TavaroMedia/FFmpeg/Private/Handles.h>
 #include <TavaroMedia/Movie/MovieReader.h>
+#include <TavaroMedia/Movie/Private/FrameClock.h>
 
 namespace tavaro {
 
@@ -32,6 +33,8 @@ public:
     /// Opens the file anew, for containers that cannot go back.
     void rewind();
 
+    bool hasOnlyPictures() const { return input_->nb_streams == 1; }
+
     /// Whether the container told the place of every frame when it was opened.
     bool hasWholeIndex() const;
 
@@ -41,6 +44,13 @@ public:
     double seconds(std::int64_t ticks) const;
     std::int64_t ticks(double seconds) const;
 
+    /// When some frames at the movie's beginning and at its end are shown. Opens the file once more, and reads of it
+    /// what there is from the last key frame on; all of it where the container has no list of those.
+    FrameTimes frameTimes() const;
+
+    /// The rate that the container claims.
+    std::optional<AVRational> toldRate() const;
+
     /// All of the movie that does not need a decoder. Reads the file through only where no header tells its duration.
     MovieInfo describe(std::int64_t firstFrameTicks) const;
 
@@ -48,6 +58,7 @@ private:
     void open();
     void describeFromIndex(MovieInfo& info, std::int64_t firstFrameTicks) const;
     std::int64_t scannedEnd() const;
+    bool seekEnd();
 
     std::filesystem::path file_;
     ffmpeg::Input input_;

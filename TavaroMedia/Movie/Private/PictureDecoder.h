@@ -6,6 +6,7 @@
 #include <TavaroMedia/FFmpeg/Private/Handles.h>
 #include <TavaroMedia/Frames/Private/DecodedPicture.h>
 #include <TavaroMedia/Movie/MovieReader.h>
+#include <TavaroMedia/Movie/Private/FrameClock.h>
 #include <TavaroMedia/Movie/Private/MovieSource.h>
 
 namespace tavaro {
@@ -16,6 +17,7 @@ public:
     PictureDecoder(std::filesystem::path const& file, MovieReaderOptions const& options);
 
     MovieSource const& source() const { return source_; }
+    FrameClock const& clock() const { return clock_; } // of what has been read
 
     /// The very first picture, damaged or not; the movie's time counts from it. Call once, before anything else.
     VideoFrame readFirst();
@@ -43,6 +45,8 @@ private:
     bool isWanted(AVFrame const& frame, std::int64_t ticks, Damage damage) const;
     std::int64_t ticksOf(AVFrame const& frame) const;
     VideoFrame wrapped(ffmpeg::Frame frame, std::int64_t ticks);
+    void beginClock(std::int64_t origin);
+    double steadyEnd(double told) const;
     void forgetPlace();
 
     MovieSource source_;
@@ -51,6 +55,8 @@ private:
     PictureTurn turn_;
     std::uint64_t number_; // of this reader, for the identities of its frames
     std::int64_t origin_ = AV_NOPTS_VALUE;
+    FrameClock clock_;
+    FrameTimes surveyed_;                      // empty where the container's clock is fine
     std::int64_t lastTicks_ = AV_NOPTS_VALUE;  // of the newest picture
     std::int64_t lastPacket_ = AV_NOPTS_VALUE; // decoding time of the newest packet
     std::int64_t keptFrom_ = AV_NOPTS_VALUE; // after a seek: pictures shown before the key frame lack their references
