@@ -4,7 +4,18 @@
 
 namespace tavaro {
 
-ScreenStyle SmartDirector::screenStyle(DemoMode mode) {
+namespace {
+
+/// A phone is held upright; what is wide, or nearly as wide as high, was recorded on a tablet.
+DeviceFrame handheldFrame(Size2 recorded) {
+    constexpr double broadestPhone = 1 / 1.63; // between the tablets of 10:16 and the phones of 9:16
+    bool const isPhone = recorded.height <= 0 || recorded.aspect() < broadestPhone;
+    return isPhone ? DeviceFrame::iphone : DeviceFrame::ipad;
+}
+
+}
+
+ScreenStyle SmartDirector::screenStyle(DemoMode mode, Size2 recorded) {
     constexpr RGBAColor hairline{1, 1, 1, 0.16}; // keeps the edge of a dark window visible on a dark background
     switch (mode) {
     case DemoMode::website:
@@ -27,7 +38,7 @@ ScreenStyle SmartDirector::screenStyle(DemoMode mode) {
                 .shadowRadius = 90,
                 .shadowOpacity = 0.34,
                 .shadowOffsetY = 28,
-                .frame = DeviceFrame::iphone};
+                .frame = handheldFrame(recorded)};
     case DemoMode::dashboard:
         return {.padding = 0.05, .cornerRadius = 14, .shadowRadius = 72, .shadowOpacity = 0.26, .shadowOffsetY = 18};
     case DemoMode::terminal:

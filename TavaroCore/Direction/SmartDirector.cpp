@@ -62,7 +62,7 @@ void stillAutomaticZooms(DemoProject& project) {
 }
 
 void applyLook(DemoProject& project, DemoMode mode) {
-    project.screen = SmartDirector::screenStyle(mode);
+    project.screen = SmartDirector::screenStyle(mode, project.croppedSourceSize());
     if (project.background.isNone()) project.background = BackgroundPreset::all()[polishBackground].style;
 }
 

@@ -56,8 +56,8 @@ public:
     /// The zooms that do not intersect any of the existing ones, loupes included.
     static std::vector<ZoomEvent> clearOfHandMade(std::vector<ZoomEvent> zooms, std::span<ZoomEvent const> existing);
 
-    /// The framing that a mode promises.
-    static ScreenStyle screenStyle(DemoMode mode);
+    /// The framing that a mode promises for a recording of that size.
+    static ScreenStyle screenStyle(DemoMode mode, Size2 recorded);
 
     /// The corner near which least happens; of equally quiet ones bottom right, then bottom left, top right, top left.
     static CameraPlacement bestCameraPlacement(RecordingMetadata const& recording);

@@ -223,11 +223,11 @@ TEST(Polish, aChosenBackgroundStaysAndABareOneIsReplaced) {
     auto project = oneClick();
     polish(project);
     EXPECT_EQ(project.background, BackgroundPreset::all().at(6).style);
-    EXPECT_EQ(project.screen, SmartDirector::screenStyle(DemoMode::website));
+    EXPECT_EQ(project.screen, SmartDirector::screenStyle(DemoMode::website, project.sourceSize));
     project.background = BackgroundPreset::all().front().style;
     polish(project, DemoMode::desktopApp);
     EXPECT_EQ(project.background, BackgroundPreset::all().front().style);
-    EXPECT_EQ(project.screen, SmartDirector::screenStyle(DemoMode::desktopApp));
+    EXPECT_EQ(project.screen, SmartDirector::screenStyle(DemoMode::desktopApp, project.sourceSize));
 
     DemoProject untouched;
     PolishOptions options;
@@ -238,14 +238,34 @@ TEST(Polish, aChosenBackgroundStaysAndABareOneIsReplaced) {
 }
 
 TEST(Polish, everyModeKeepsThePromiseOfItsSummary) {
-    EXPECT_EQ(SmartDirector::screenStyle(DemoMode::website).frame, DeviceFrame::browserLight);
-    EXPECT_EQ(SmartDirector::screenStyle(DemoMode::mobileApp).frame, DeviceFrame::iphone);
-    auto const window = SmartDirector::screenStyle(DemoMode::desktopApp);
+    constexpr Size2 recorded{1920, 1080};
+    EXPECT_EQ(SmartDirector::screenStyle(DemoMode::website, recorded).frame, DeviceFrame::browserLight);
+    auto const window = SmartDirector::screenStyle(DemoMode::desktopApp, recorded);
     EXPECT_EQ(window.frame, DeviceFrame::none);
     for (auto const mode : allCases<DemoMode>()) {
-        auto const style = SmartDirector::screenStyle(mode);
+        auto const style = SmartDirector::screenStyle(mode, recorded);
         EXPECT_LE(style.shadowOpacity, window.shadowOpacity) << "the desktop window has the deepest shadow";
         EXPECT_TRUE(mode == DemoMode::plain || (style.padding >= 0.04 && style.padding <= 0.1)) << nameOf(mode);
+    }
+}
+
+TEST(Polish, onlyAnUprightRecordingOfAnAppGetsAnUprightDevice) {
+    struct Case {
+        Size2 recorded;
+        std::optional<NormalizedRect> crop;
+        DeviceFrame frame;
+    };
+    for (auto const& [recorded, crop, frame] :
+         {Case{{1179, 2556}, {}, DeviceFrame::iphone}, Case{{1080, 1920}, {}, DeviceFrame::iphone},
+          Case{{1536, 2048}, {}, DeviceFrame::ipad}, Case{{1600, 2560}, {}, DeviceFrame::ipad},
+          Case{{1000, 1000}, {}, DeviceFrame::ipad}, Case{{1920, 1080}, {}, DeviceFrame::ipad},
+          Case{{2556, 1179}, {}, DeviceFrame::ipad},
+          Case{{1920, 1080}, NormalizedRect{0.35, 0, 0.25, 1}, DeviceFrame::iphone}}) {
+        DemoProject project;
+        project.sourceSize = recorded;
+        project.sourceCrop = crop;
+        polish(project, DemoMode::mobileApp);
+        EXPECT_EQ(project.screen.frame, frame) << recorded.width << " × " << recorded.height;
     }
 }
 
