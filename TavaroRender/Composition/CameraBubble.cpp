@@ -24,15 +24,10 @@ UnitPoint2 anchor(CameraPlacement placement) {
     return {1, 1};
 }
 
-double shapeAspect(CameraShape shape, double cameraAspect) {
-    if (shape == CameraShape::wide) return wideAspect;
-    return shape == CameraShape::full && cameraAspect > 0 ? cameraAspect : 1;
 }
 
-}
-
-CanvasPoint bubbleSize(CameraSettings const& settings, Size2 canvas, double aspect) {
-    double const shape = shapeAspect(settings.shape, aspect);
+CanvasPoint bubbleSize(CameraSettings const& settings, Size2 canvas) {
+    double const shape = settings.shape == CameraShape::wide ? wideAspect : 1;
     double const wanted = std::max(settings.size, 0.0) * smallerSide(canvas);
     double const height =
         std::min({wanted, static_cast<double>(canvas.height), widest * static_cast<double>(canvas.width) / shape});

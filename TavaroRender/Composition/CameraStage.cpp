@@ -51,7 +51,7 @@ struct CameraStage::State {
         , follow(follow)
         , split(project.effectiveSplit(canvas))
         , panes(splitPanes(split, canvas, project.screen.padding))
-        , bubble(bubbleSize(project.camera, canvas, aspect))
+        , bubble(bubbleSize(project.camera, canvas))
         , face(project.camera, *project.cameraFaces, aspect)
         , speech(project) {
         if (auto const found = project.assetDurations.find(project.cameraAsset.value_or(""));

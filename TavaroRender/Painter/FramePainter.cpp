@@ -46,8 +46,7 @@ struct FramePainter::State {
 
 /// Of the camera's movie, where a frame depends on it. What cannot be opened fails where its pictures are asked for.
 std::optional<Size2> FramePainter::State::cameraSize(DemoProject const& project) {
-    bool const counts = project.camera.shape == CameraShape::full || project.camera.tracksFace;
-    return project.usesCamera() && counts ? sources.size(*project.cameraAsset) : std::nullopt;
+    return project.usesCamera() && project.camera.tracksFace ? sources.size(*project.cameraAsset) : std::nullopt;
 }
 
 void FramePainter::State::compose(DemoProject const& project) {

@@ -7,8 +7,8 @@
 namespace tavaro {
 
 /// Width and height of the camera's bubble, in canvas pixels: `size` of the canvas's smaller side high, and as wide as
-/// its shape says; `full` keeps the camera's own `aspect`. Never wider than 0.9 of the canvas, nor higher than it.
-CanvasPoint bubbleSize(CameraSettings const& settings, Size2 canvas, double aspect);
+/// high but for the wide shape. Never wider than 0.9 of the canvas, nor higher than it.
+CanvasPoint bubbleSize(CameraSettings const& settings, Size2 canvas);
 
 /// A bubble of that size around a centre given as shares of the canvas, moved so that all of it lies on the canvas.
 CanvasRect positionedBubbleRect(CanvasPoint size, UnitPoint2 const& center, Size2 canvas);

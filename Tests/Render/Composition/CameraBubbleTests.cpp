@@ -11,13 +11,13 @@ constexpr Size2 hd{1920, 1080};
 constexpr Size2 canvases[] = {hd, {1080, 1920}, {640, 360}, {65, 65}, {3840, 400}, {90, 2000}};
 
 TEST(CameraBubble, isAShareOfTheSmallerSideHighAndAsWideAsItsShape) {
-    EXPECT_EQ(bubbleSize({.shape = CameraShape::circle, .size = 0.25}, hd, 4.0 / 3), (CanvasPoint{270, 270}));
-    EXPECT_EQ(bubbleSize({.shape = CameraShape::wide, .size = 0.25}, hd, 4.0 / 3), (CanvasPoint{480, 270}));
-    EXPECT_EQ(bubbleSize({.shape = CameraShape::full, .size = 0.25}, hd, 4.0 / 3), (CanvasPoint{360, 270}));
+    EXPECT_EQ(bubbleSize({.shape = CameraShape::circle, .size = 0.25}, hd), (CanvasPoint{270, 270}));
+    EXPECT_EQ(bubbleSize({.shape = CameraShape::wide, .size = 0.25}, hd), (CanvasPoint{480, 270}));
+    EXPECT_EQ(bubbleSize({.shape = CameraShape::full, .size = 0.25}, hd), (CanvasPoint{270, 270}));
 }
 
 TEST(CameraBubble, aWideOneOnANarrowCanvasKeepsItsShapeWithinNineTenths) {
-    auto const size = bubbleSize({.shape = CameraShape::wide, .size = 0.9}, {1080, 1920}, 1);
+    auto const size = bubbleSize({.shape = CameraShape::wide, .size = 0.9}, {1080, 1920});
     EXPECT_NEAR(size.x, 972, 1e-9);
     EXPECT_NEAR(size.x / size.y, 16.0 / 9, 1e-9);
 }
@@ -36,7 +36,7 @@ TEST(CameraBubble, everyPlacementKeepsItsPaddingAndStaysOnEveryCanvas) {
                     for (std::size_t place = 0; place < namesOf(CameraPlacement{}).size(); ++place) {
                         CameraSettings const settings{
                             .shape = static_cast<CameraShape>(shape), .size = size, .padding = padding};
-                        auto const extent = bubbleSize(settings, canvas, 16.0 / 9);
+                        auto const extent = bubbleSize(settings, canvas);
                         auto const rect =
                             placedBubbleRect(settings, extent, static_cast<CameraPlacement>(place), canvas);
                         EXPECT_GE(rect.x, 0);
