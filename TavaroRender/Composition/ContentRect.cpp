@@ -40,6 +40,31 @@ SinglePane banded(CanvasRect clip, double inset) {
     return {{clip.x + gapX, clip.y + gapY, clip.width * s, clip.height * s}, clip, {gapX, gapY, gapX, gapY}};
 }
 
+/// The widest frame that the area holds; on an area far wider than high its sides are as thick as the height allows.
+SinglePane framedArea(CanvasRect const& area, FrameInsets const& share) {
+    constexpr double leastOpening = 0.5; // of the area's height
+    double const unit = std::min(area.width / (1 + share.left + share.right),
+                                 (1 - leastOpening) * area.height / (share.top + share.bottom));
+    return {area, area, {share.left * unit, share.top * unit, share.right * unit, share.bottom * unit}};
+}
+
+SinglePane filled(Size2 source, Size2 canvas, ScreenStyle const& style, UnitPoint2 focus) {
+    auto const area = centred((1 - 2 * style.padding) * static_cast<double>(canvas.width),
+                              (1 - 2 * style.padding) * static_cast<double>(canvas.height), canvas);
+    SinglePane pane{area, area, {}};
+    if (auto const share = insets(style.frame); share != FrameInsets{})
+        pane = framedArea(area, share);
+    else if (hasInsetBand(style))
+        pane = banded(area, style.inset);
+    pane.content = coveringRect(source, pane.opening(), focus);
+    return pane;
+}
+
+}
+
+CanvasRect SinglePane::opening() const {
+    return {clip.x + frame.left, clip.y + frame.top, clip.width - frame.left - frame.right,
+            clip.height - frame.top - frame.bottom};
 }
 
 CanvasRect contentRect(Size2 source, Size2 canvas, ContentFit fit, UnitPoint2 focus, double inset) {
@@ -75,6 +100,7 @@ bool hasInsetBand(ScreenStyle const& style) { return style.inset > 0.0005 && sty
 SinglePane singlePane(Size2 source, Size2 canvas, ScreenStyle const& style, ContentFit fit, UnitPoint2 focus) {
     auto const content = contentRect(source, canvas, fit, focus, style.padding);
     if (content.isEmpty()) return {};
+    if (fit == ContentFit::fill) return filled(source, canvas, style, focus);
     if (auto const share = insets(style.frame); share != FrameInsets{}) {
         return framed(content, canvas, style.padding, share);
     }

@@ -26,14 +26,8 @@ constexpr double likelyAspect = 16.0 / 9; // of a camera that nobody has looked 
 /// Fades what leaves the part of the recording that is shown, as a zoom or a pane can make the pointer do, and what
 /// lies on a recording that the camera covers.
 double shownOpacity(FrameState const& state, CanvasPoint point) {
-    auto const& content = state.contentRect;
-    auto const& clip = state.clipRect;
-    double const left = std::max(content.x, clip.x);
-    double const top = std::max(content.y, clip.y);
-    CanvasRect const shown{left, top, std::min(content.maxX(), clip.maxX()) - left,
-                           std::min(content.maxY(), clip.maxY()) - top};
     double const reach = std::max(state.cursorSizePx * 0.6, 1.0);
-    return state.screenShare * (1 - std::clamp(shown.distance(point) / reach, 0.0, 1.0));
+    return state.screenShare * (1 - std::clamp(shownRect(state).distance(point) / reach, 0.0, 1.0));
 }
 
 std::vector<TimeRange> rangesOf(std::vector<Overlay> const& overlays) {

@@ -11,14 +11,13 @@ CanvasRect lerp(CanvasRect const& a, CanvasRect const& b, double t) {
 
 SinglePane lerp(SinglePane const& a, SinglePane const& b, double t) {
     if (a.content.isEmpty()) return b;
-    SinglePane pane{lerp(a.content, b.content, t), lerp(a.clip, b.clip, t), {}};
-    // What is left of a device frame is what the clip has past the recording.
     if (t <= 0) return a;
     if (t >= 1) return b;
-    pane.frame = {std::max(pane.content.x - pane.clip.x, 0.0), std::max(pane.content.y - pane.clip.y, 0.0),
-                  std::max(pane.clip.maxX() - pane.content.maxX(), 0.0),
-                  std::max(pane.clip.maxY() - pane.content.maxY(), 0.0)};
-    return pane;
+    auto const side = [t](double from, double to) { return std::lerp(from, to, t); };
+    return {lerp(a.content, b.content, t),
+            lerp(a.clip, b.clip, t),
+            {side(a.frame.left, b.frame.left), side(a.frame.top, b.frame.top), side(a.frame.right, b.frame.right),
+             side(a.frame.bottom, b.frame.bottom)}};
 }
 
 CameraFigure glide(CameraFigure const& from, CameraFigure const& to, double progress) {

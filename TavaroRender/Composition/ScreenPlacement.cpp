@@ -20,9 +20,13 @@ struct ScreenPlacement::Pan {
 
 namespace {
 
-double shareOf(double place, double content) { return content > 0 ? std::min(place / content, 1.0) : 1; }
+double shareOf(double place, double content) {
+    constexpr double nearlyAll = 1 - 1e-9;
+    double const share = content > 0 ? place / content : 1;
+    return share < nearlyAll ? share : 1;
+}
 
-/// What the camera zooms are about at a time, and how far they have come in; no weight without one.
+/// What zooms and loupes are about at a time, and how far they have come in; no weight without one.
 struct ZoomTarget {
     UnitPoint2 point = UnitPoint2::center;
     double weight = 0; // 0…1
@@ -32,7 +36,7 @@ ZoomTarget zoomTarget(FollowPaths const& follow, double at) {
     double sum = 0;
     UnitPoint2 point{0, 0};
     for (auto const& event : follow.events()) {
-        double const weight = event.isLoupe() ? 0 : presence(event, at);
+        double const weight = presence(event, at);
         if (weight <= 0) continue;
         auto const centre = follow.centre(event, at);
         point = {point.x + centre.x * weight, point.y + centre.y * weight};
@@ -55,10 +59,9 @@ ScreenPlacement::ScreenPlacement(DemoProject const& project, Size2 canvas, Canva
     , single_(std::make_unique<Pan>())
     , split_(std::make_unique<Pan>()) {
     if (project.exportSettings.fit == ContentFit::fill) {
-        double const share = 1 - 2 * project.screen.padding;
-        auto const content = contentRect(source_, canvas, ContentFit::fill, UnitPoint2::center, project.screen.padding);
-        single_->visible = {shareOf(share * static_cast<double>(canvas.width), content.width),
-                            shareOf(share * static_cast<double>(canvas.height), content.height)};
+        auto const pane = singlePane(source_, canvas, project.screen, ContentFit::fill, UnitPoint2::center);
+        single_->visible = {shareOf(pane.opening().width, pane.content.width),
+                            shareOf(pane.opening().height, pane.content.height)};
     }
     auto const content = coveringRect(source_, splitPane, UnitPoint2::center);
     split_->visible = {shareOf(splitPane.width, content.width), shareOf(splitPane.height, content.height)};

@@ -21,7 +21,7 @@ struct CompositeUniforms {
     Float4 shadowColor; // its alpha is not used; `shadowOpacity` is
     Float4 matColor;    // the inset band
     Float4 frameTint;   // device body colour; alpha 0 is the standard finish
-    Float4 frameInset;  // frame past the content: left, top, right, bottom
+    Float4 frameInset;  // frame past the content, or over content that reaches under it: left, top, right, bottom
     Float2 canvasSize;
     Float2 contentOrigin; // the recording
     Float2 contentSize;
@@ -47,7 +47,7 @@ struct CompositeUniforms {
     float loupeMag = 1;      // magnification at the lens's middle
     float loupePresence = 0; // 0…1, fades the glass in and out
     float sharpen = 0;       // strength of the zoom sharpening
-    float innerRadius = 0;   // the recording's own corner radius inside an inset band
+    float innerRadius = 0;   // the recording's own corner radius inside an inset band or a device frame
     float pad1 = 0;
     Float2 cropOrigin; // the part of the recording kept, normalised
     Float2 cropSize{1, 1};

@@ -31,15 +31,15 @@ Float3 browser(CompositeUniforms const& u, ScreenGeometry const& g, Float2 p) {
 
 Float3 macBook(CompositeUniforms const& u, ScreenGeometry const& g, Float2 p) {
     Float3 color{0.118f, 0.122f, 0.133f};
-    if (p.y > g.contentMax.y) {
+    if (p.y > g.openingMax.y) {
         auto const base = u.frameInset.w;
-        auto const down = saturate((p.y - g.contentMax.y) / std::max(base, 1.0f));
+        auto const down = saturate((p.y - g.openingMax.y) / std::max(base, 1.0f));
         color = tinted(u, mix({0.180f, 0.188f, 0.200f}, {0.128f, 0.134f, 0.145f}, down), 0.185f);
         auto const depth = base * 0.30f;
         auto const lip =
-            sdRoundedBox(p - Float2{g.contentCenter.x, g.contentMax.y}, {u.clipSize.x * 0.055f, depth}, depth * 0.7f);
+            sdRoundedBox(p - Float2{g.openingCenter.x, g.openingMax.y}, {u.clipSize.x * 0.055f, depth}, depth * 0.7f);
         color = mix(color, {0.085f, 0.089f, 0.098f}, 1.0f - smoothstep(-1.0f, 1.5f, lip));
-    } else if (p.y < g.contentMin.y) {
+    } else if (p.y < g.openingMin.y) {
         auto const height = u.frameInset.y * 0.78f;
         Float2 const center{g.fullCenter.x, u.clipOrigin.y + u.frameInset.y / 2};
         auto const notch = sdRoundedBox(p - center, {u.clipSize.x * 0.055f, height / 2}, height * 0.35f);
@@ -49,7 +49,7 @@ Float3 macBook(CompositeUniforms const& u, ScreenGeometry const& g, Float2 p) {
 }
 
 Float4 iMac(CompositeUniforms const& u, ScreenGeometry const& g, Float2 p) {
-    auto const below = p.y - g.contentMax.y;
+    auto const below = p.y - g.openingMax.y;
     if (below <= 0) return {0.118f, 0.122f, 0.133f, 1};
     auto const standTop = u.frameInset.w * chinShare;
     if (below <= standTop) return withAlpha(tinted(u, {0.812f, 0.820f, 0.836f}, 0.819f), 1);

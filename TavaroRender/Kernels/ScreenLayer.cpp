@@ -11,16 +11,25 @@ ScreenGeometry::ScreenGeometry(CompositeUniforms const& u) {
     fullCenter = u.clipOrigin + fullHalf;
     auto const outer = u.frameMode == FrameMode::none ? u.cornerRadius : std::max(u.frameRadius, u.cornerRadius);
     radius = std::clamp(outer, 0.0f, std::max(std::min(fullHalf.x, fullHalf.y), 0.0f));
-    contentMin = u.contentOrigin;
-    contentMax = u.contentOrigin + u.contentSize;
-    contentHalf = u.contentSize * 0.5f;
-    contentCenter = u.contentOrigin + contentHalf;
-    innerRadius = std::min(u.innerRadius, std::min(u.contentSize.x, u.contentSize.y) / 2);
+    openingMin = u.contentOrigin;
+    openingMax = u.contentOrigin + u.contentSize;
+    if (u.frameMode != FrameMode::none) {
+        auto const end = u.clipOrigin + u.clipSize;
+        openingMin = max(openingMin, {u.clipOrigin.x + u.frameInset.x, u.clipOrigin.y + u.frameInset.y});
+        openingMax = min(openingMax, {end.x - u.frameInset.z, end.y - u.frameInset.w});
+    }
+    openingHalf = (openingMax - openingMin) * 0.5f;
+    openingCenter = openingMin + openingHalf;
+    innerRadius = std::min(u.innerRadius, std::min(openingHalf.x, openingHalf.y));
 }
 
 bool ScreenGeometry::clipHolds(Float2 p) const {
     auto const q = p - fullCenter;
     return !isEmpty && std::abs(q.x) <= fullHalf.x && std::abs(q.y) <= fullHalf.y;
+}
+
+bool hasRoundOpening(CompositeUniforms const& u) {
+    return u.frameMode == FrameMode::insetBand || (u.frameMode != FrameMode::none && u.innerRadius > 0);
 }
 
 bool shadowIsVisible(CompositeUniforms const& u) { return u.shadowRadius > 0.5f && u.shadowOpacity > 0.001f; }
@@ -68,8 +77,8 @@ Float3 contentColor(CompositeUniforms const& u, ScreenSampler const& sampler, Fl
 
 float islandDistance(CompositeUniforms const& u, ScreenGeometry const& g, Float2 point) {
     auto const height = u.frameInset.y * 0.62f;
-    Float2 const center{g.contentCenter.x, u.contentOrigin.y + height * 0.95f};
-    return sdRoundedBox(point - center, {u.contentSize.x * 0.115f, height / 2}, height / 2);
+    Float2 const center{g.openingCenter.x, g.openingMin.y + height * 0.95f};
+    return sdRoundedBox(point - center, {g.openingHalf.x * 0.23f, height / 2}, height / 2);
 }
 
 Float4 screenLayer(CompositeUniforms const& u, ScreenGeometry const& g, ScreenSampler const& sampler, Float2 point) {
@@ -79,16 +88,17 @@ Float4 screenLayer(CompositeUniforms const& u, ScreenGeometry const& g, ScreenSa
 
     auto const mode = u.frameMode;
     Float3 layer;
-    if (mode != FrameMode::none && !g.contentHolds(point)) {
+    if (mode != FrameMode::none && !g.openingHolds(point)) {
         auto const frame = frameColor(u, g, point);
         layer = rgb(frame);
         inside *= frame.w;
     } else {
         layer = contentColor(u, sampler, point);
-        if (mode == FrameMode::insetBand) {
-            auto const band = smoothstep(-1, 1, g.innerDistance(point));
-            layer = mix(layer, rgb(u.matColor), band);
-            inside *= mix(1, u.matColor.w, band);
+        if (hasRoundOpening(u)) {
+            auto const frame = frameColor(u, g, point);
+            auto const share = smoothstep(-1, 1, g.innerDistance(point));
+            layer = mix(layer, rgb(frame), share);
+            inside *= mix(1, frame.w, share);
         }
     }
     if (mode == FrameMode::iphone) layer = mix(layer, islandColor, coverage(islandDistance(u, g, point)));

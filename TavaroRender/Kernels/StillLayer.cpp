@@ -13,9 +13,13 @@ bool isAnimated(CompositeUniforms const& u) {
     return mode == BackgroundMode::mesh || mode == BackgroundMode::aurora;
 }
 
-/// The uniforms that the layer's geometry depends on; the others are set to their defaults.
-CompositeUniforms layerKey(CompositeUniforms u) {
+/// The uniforms that the layer's geometry depends on; the others are set to their defaults. Of the recording only where
+/// it is seen counts: one that overflows its place moves behind it without changing the layer.
+CompositeUniforms layerKey(CompositeUniforms u, ScreenGeometry const& g) {
     CompositeUniforms const plain;
+    bool const hasFrame = u.frameMode != FrameMode::none;
+    u.contentOrigin = hasFrame ? g.openingMin : u.clipOrigin;
+    u.contentSize = hasFrame ? g.openingMax - g.openingMin : u.clipSize;
     u.time = plain.time;
     u.zoomCenter = plain.zoomCenter;
     u.zoomScale = plain.zoomScale;
@@ -44,14 +48,14 @@ struct ContentShape {
         , plainDistance(u.borderWidth > 0.05f ? -1.0f - u.borderWidth / 2 : -1.0f) {}
 
     bool showsContent(Float2 p) const {
-        if (u.frameMode != FrameMode::none && !g.contentHolds(p)) return false;
+        if (u.frameMode != FrameMode::none && !g.openingHolds(p)) return false;
         return coverage(g.distance(p)) > 0.001f;
     }
 
     /// The recording alone decides the pixel (but for a phone's island, which is not convex with the rest).
     bool isPlain(Float2 p) const {
         if (!showsContent(p) || g.distance(p) > plainDistance) return false;
-        return u.frameMode != FrameMode::insetBand || g.innerDistance(p) <= -1.0f;
+        return !hasRoundOpening(u) || g.innerDistance(p) <= -1.0f;
     }
 };
 
@@ -82,7 +86,7 @@ template<class Holds> Range runAround(int seed, int width, Holds&& holds) {
 
 /// The middle of the outer shape, or the point of the recording nearest to it, is in a row's run if any point is.
 template<class Holds> Range contentRun(ScreenGeometry const& g, int width, Holds&& holds) {
-    auto const middle = std::clamp(g.fullCenter.x, g.contentMin.x, std::max(g.contentMin.x, g.contentMax.x));
+    auto const middle = std::clamp(g.fullCenter.x, g.openingMin.x, std::max(g.openingMin.x, g.openingMax.x));
     auto const seed = placeWithin(middle, width - 1);
     for (auto const candidate : {seed, seed - 1, seed + 1})
         if (auto const range = runAround(candidate, width, holds); range.begin < range.end) return range;
@@ -100,10 +104,11 @@ MixedPixel mixedPixel(CompositeUniforms const& u, ScreenGeometry const& g, int x
         content *= 1 - strength;
         added = mix(added, color, strength);
     };
-    if (u.frameMode == FrameMode::insetBand) {
-        auto const band = smoothstep(-1, 1, g.innerDistance(p));
-        lay(rgb(u.matColor), band);
-        inside *= mix(1, u.matColor.w, band);
+    if (hasRoundOpening(u)) {
+        auto const frame = frameColor(u, g, p);
+        auto const share = smoothstep(-1, 1, g.innerDistance(p));
+        lay(rgb(frame), share);
+        inside *= mix(1, frame.w, share);
     }
     if (u.frameMode == FrameMode::iphone) lay(islandColor, coverage(islandDistance(u, g, p)));
     if (u.borderWidth > 0.05f) lay(rgb(u.borderColor), coverage(std::abs(d) - u.borderWidth / 2) * u.borderColor.w);
@@ -123,7 +128,12 @@ bool islandReaches(CompositeUniforms const& u, ScreenGeometry const& g, Float2 p
 StillLayer::Key StillLayer::keyOf(CompositePixel const& pixel, int width, int height) {
     auto const isImage = backgroundIsImage(pixel.uniforms(), pixel.background());
     auto const background = isImage ? pixel.background() : ImageView{};
-    return {layerKey(pixel.uniforms()), background.pixels, background.width, background.height, width, height,
+    return {layerKey(pixel.uniforms(), pixel.geometry()),
+            background.pixels,
+            background.width,
+            background.height,
+            width,
+            height,
             pixel.showsScreen()};
 }
 

@@ -144,7 +144,7 @@ private:
         auto const begin = cropped(box.rect.x, box.rect.y);
         auto const end = cropped(box.rect.maxX(), box.rect.maxY());
         CanvasRect rect{begin.x, begin.y, end.x - begin.x, end.y - begin.y};
-        double const share = shareInside(rect, state_.clipRect);
+        double const share = shareInside(rect, shownRect(state_));
         double const opacity = pose.opacity * std::clamp((share - boxGone) / (boxWhole - boxGone), 0.0, 1.0);
         if (!(opacity > leastOpacity)) return;
         auto const centre = rect.center();

@@ -90,11 +90,40 @@ CanvasRect beyondTheEdges(CanvasRect clip, Size2 canvas, ScreenStyle const& styl
 }
 
 /// 0…1: how much of a device frame is there; a scene without one takes it away bit by bit.
-double frameShare(CanvasInsets const& insets, DeviceFrame frame, double contentWidth) {
+double frameShare(CanvasInsets const& insets, DeviceFrame frame, double openingWidth) {
     auto const nominal = tavaro::insets(frame);
-    double const wanted = (nominal.left + nominal.top + nominal.right + nominal.bottom) * contentWidth;
+    double const wanted = (nominal.left + nominal.top + nominal.right + nominal.bottom) * openingWidth;
     double const shown = insets.left + insets.top + insets.right + insets.bottom;
     return wanted > 0 && shown > 0.5 ? std::min(shown / wanted, 1.0) : 0;
+}
+
+/// Corners inside corners, with one centre. An opening that reaches the outer edge somewhere ends in that edge's own.
+float openingRadius(Float4 const& inset, float outer) {
+    float const gap = std::min({inset.x, inset.y, inset.z, inset.w});
+    return gap > 0 ? std::max(outer - gap, 0.0f) : 0;
+}
+
+/// The frame around the recording, or the band in its place, as far as the scene has one.
+void fillFrame(CompositeUniforms& uniforms, FrameState const& state, ScreenStyle const& style) {
+    auto const& inset = state.frameInsets;
+    uniforms.frameInset = {static_cast<float>(inset.left), static_cast<float>(inset.top),
+                           static_cast<float>(inset.right), static_cast<float>(inset.bottom)};
+    uniforms.frameTint = float4(style.frameTint);
+    if (hasInsetBand(style)) {
+        float const gap = std::min(uniforms.frameInset.x, uniforms.frameInset.y);
+        if (!(gap > 0)) return;
+        uniforms.frameMode = FrameMode::insetBand;
+        uniforms.matColor = float4(style.insetColor);
+        // Corners with one centre, and never quite sharp inside rounded ones.
+        uniforms.innerRadius = std::max(uniforms.cornerRadius - gap, uniforms.cornerRadius * 0.35f);
+        return;
+    }
+    double const width = state.clipRect.width - inset.left - inset.right;
+    double const whole = frameShare(inset, style.frame, width);
+    if (whole <= 0) return;
+    uniforms.frameMode = modeOf<FrameMode>(style.frame);
+    uniforms.frameRadius = static_cast<float>(outerRadius(style.frame) * width * whole);
+    uniforms.innerRadius = openingRadius(uniforms.frameInset, std::max(uniforms.frameRadius, uniforms.cornerRadius));
 }
 
 void fillScreenLayer(CompositeUniforms& uniforms, FrameState const& state, ScreenStyle const& style) {
@@ -106,9 +135,6 @@ void fillScreenLayer(CompositeUniforms& uniforms, FrameState const& state, Scree
     auto const clip = beyondTheEdges(state.clipRect, state.canvas, style);
     uniforms.clipOrigin = float2(clip.x, clip.y);
     uniforms.clipSize = float2(clip.width, clip.height);
-    auto const& frame = state.frameInsets;
-    uniforms.frameInset = {static_cast<float>(frame.left), static_cast<float>(frame.top),
-                           static_cast<float>(frame.right), static_cast<float>(frame.bottom)};
     uniforms.cornerRadius = scaled(style.cornerRadius);
     uniforms.borderColor = float4(style.borderColor);
     uniforms.borderWidth = scaled(style.borderWidth);
@@ -117,16 +143,7 @@ void fillScreenLayer(CompositeUniforms& uniforms, FrameState const& state, Scree
     uniforms.shadowOffsetY = static_cast<float>(style.shadowOffsetY * unit);
     // Panes lie side by side in one plane, the camera's as flat as the recording's.
     uniforms.shadowOpacity = static_cast<float>(std::clamp(style.shadowOpacity, 0.0, 1.0) * (1 - state.splitShare));
-    uniforms.frameTint = float4(style.frameTint);
-    double const whole = frameShare(frame, style.frame, state.contentRect.width);
-    uniforms.frameRadius = static_cast<float>(outerRadius(style.frame) * state.contentRect.width * whole);
-    uniforms.frameMode = whole > 0 ? modeOf<FrameMode>(style.frame) : FrameMode::none;
-    if (!hasInsetBand(style)) return;
-    uniforms.frameMode = FrameMode::insetBand;
-    uniforms.matColor = float4(style.insetColor);
-    // Corners with one centre, and never quite sharp inside rounded ones.
-    float const gap = std::min(uniforms.frameInset.x, uniforms.frameInset.y);
-    uniforms.innerRadius = std::max(uniforms.cornerRadius - gap, uniforms.cornerRadius * 0.35f);
+    fillFrame(uniforms, state, style);
 }
 
 void fillZoom(CompositeUniforms& uniforms, FrameState const& state, DemoProject const& project) {

@@ -53,9 +53,9 @@ struct FrameState {
     std::optional<ShownSource> source;
     CameraState camera;       // centre in the cropped source
     UnitPoint2 cameraTravel;  // of the camera's centre during the last 1/60 s
-    CanvasRect contentRect;   // the recording
+    CanvasRect contentRect;   // the recording; may reach past what is seen of it
     CanvasRect clipRect;      // what the screen layer may paint
-    CanvasInsets frameInsets; // device frame or band past the content
+    CanvasInsets frameInsets; // device frame or band, along the inside of the clip
     double screenShare = 1;   // 0…1: how much of the recording is to be seen; 0 where the camera fills the canvas
     double splitShare = 0;    // 0…1: how much recording and camera have panes of their own, side by side
     SceneLayout scene = SceneLayout::screenOnly;
@@ -95,5 +95,8 @@ struct FrameState {
 /// Where a point of the cropped source lies on the canvas.
 CanvasPoint canvasPoint(FrameState const& state, UnitPoint2 const& point);
 CanvasPoint canvasPoint(CanvasRect const& contentRect, CameraState const& camera, UnitPoint2 const& point);
+
+/// The part of the canvas that shows the recording: no frame, and nothing that a pane cuts off.
+CanvasRect shownRect(FrameState const& state);
 
 }

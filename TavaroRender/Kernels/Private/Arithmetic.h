@@ -40,6 +40,8 @@ inline float mix(float a, float b, float t) { return a + (b - a) * t; }
 inline Float3 mix(Float3 a, Float3 b, float t) { return {mix(a.x, b.x, t), mix(a.y, b.y, t), mix(a.z, b.z, t)}; }
 inline Float3 min(Float3 a, Float3 b) { return {std::min(a.x, b.x), std::min(a.y, b.y), std::min(a.z, b.z)}; }
 inline Float3 max(Float3 a, Float3 b) { return {std::max(a.x, b.x), std::max(a.y, b.y), std::max(a.z, b.z)}; }
+inline Float2 min(Float2 a, Float2 b) { return {std::min(a.x, b.x), std::min(a.y, b.y)}; }
+inline Float2 max(Float2 a, Float2 b) { return {std::max(a.x, b.x), std::max(a.y, b.y)}; }
 inline float dot(Float2 a, Float2 b) { return a.x * b.x + a.y * b.y; }
 inline float length(Float2 v) { return std::sqrt(dot(v, v)); }
 

@@ -18,20 +18,24 @@ struct ScreenGeometry {
     bool isEmpty = true;
     Float2 fullCenter, fullHalf;   // the clip rectangle: recording and frame
     float radius = 0;              // of its corners
-    Float2 contentMin, contentMax; // the recording
-    Float2 contentCenter, contentHalf;
-    float innerRadius = 0; // of its corners inside an inset band
+    Float2 openingMin, openingMax; // where the recording is seen: all of it, or what a frame it overflows leaves open
+    Float2 openingCenter, openingHalf;
+    float innerRadius = 0; // of the opening's corners inside a device frame or a band
 
     float distance(Float2 point) const { return sdRoundedBox(point - fullCenter, fullHalf, radius); }
-    float innerDistance(Float2 point) const { return sdRoundedBox(point - contentCenter, contentHalf, innerRadius); }
-    /// An edge belongs to the recording.
-    bool contentHolds(Float2 point) const {
-        return point.x >= contentMin.x && point.x <= contentMax.x && point.y >= contentMin.y && point.y <= contentMax.y;
+    float innerDistance(Float2 point) const { return sdRoundedBox(point - openingCenter, openingHalf, innerRadius); }
+    /// An edge belongs to the opening.
+    bool openingHolds(Float2 point) const {
+        return point.x >= openingMin.x && point.x <= openingMax.x && point.y >= openingMin.y && point.y <= openingMax.y;
     }
     bool clipHolds(Float2 point) const;
 };
 
-/// Colour and coverage of the device frame at a point outside the recording.
+/// Whether the opening has soft round corners, with the frame behind them: a band's always, a device's where it has a
+/// radius.
+bool hasRoundOpening(CompositeUniforms const& uniforms);
+
+/// Colour and coverage of the device frame at a point outside the opening, or behind one of its corners.
 Float4 frameColor(CompositeUniforms const& uniforms, ScreenGeometry const& geometry, Float2 point);
 
 bool shadowIsVisible(CompositeUniforms const& uniforms);

@@ -188,6 +188,13 @@ void addLayouts(std::vector<Scene>& all) {
     family.add("vertical", [](DemoProject&) {}).shape = {9, 16};
     family.add("square", [](DemoProject&) {}).shape = {1, 1};
     family.add("filled", [](DemoProject& p) { p.exportSettings.fit = ContentFit::fill; }).shape = {9, 16};
+    family
+        .add("filled-framed",
+             [](DemoProject& p) {
+                 p.exportSettings.fit = ContentFit::fill;
+                 p.screen.frame = DeviceFrame::iphone;
+             })
+        .shape = {9, 16};
 }
 
 Overlay overlay(OverlayKind kind, UnitPoint2 position = {0.5, 0.5}, double fontSize = 44) {

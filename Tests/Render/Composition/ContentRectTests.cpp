@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <vector>
 
 namespace tavaro {
 
@@ -78,6 +79,45 @@ TEST(SinglePane, everyDeviceFrameStaysInThePaddedCanvasAndKeepsTheRecordingsShap
                     EXPECT_NEAR(pane.content.x - pane.clip.x, pane.frame.left, slack);
                     EXPECT_NEAR(pane.clip.maxX() - pane.content.maxX(), pane.frame.right, slack);
                     EXPECT_NEAR(pane.clip.maxY() - pane.content.maxY(), pane.frame.bottom, slack);
+                }
+            }
+        }
+    }
+}
+
+TEST(SinglePane, whatIsFilledIsThePaddedCanvasAndTheRecordingCoversAllThatFrameOrBandLeaveOpen) {
+    double const slack = 1e-6;
+    std::vector<ScreenStyle> styles{{}, {.inset = 0.02}, {.inset = 0.3}};
+    for (auto const frame : allCases<DeviceFrame>()) styles.push_back({.frame = frame});
+    for (auto style : styles) {
+        for (Size2 const source : {hd, Size2{400, 900}, Size2{3000, 200}, Size2{1, 1}}) {
+            for (Size2 const canvas : {hd, Size2{1080, 1920}, Size2{640, 360}, Size2{4000, 200}}) {
+                for (double const padding : {0.0, 0.06, 0.3}) {
+                    style.padding = padding;
+                    SCOPED_TRACE(nameOf(style.frame));
+                    auto const at = [&](double focus) {
+                        return singlePane(source, canvas, style, ContentFit::fill, {focus, focus});
+                    };
+                    auto const pane = at(0.3);
+                    auto const w = static_cast<double>(canvas.width);
+                    auto const h = static_cast<double>(canvas.height);
+                    expectNear(pane.clip, {padding * w, padding * h, (1 - 2 * padding) * w, (1 - 2 * padding) * h});
+                    auto const opening = pane.opening();
+                    EXPECT_GT(opening.width, 0);
+                    EXPECT_GT(opening.height, 0);
+                    EXPECT_LE(pane.content.x, opening.x + slack);
+                    EXPECT_LE(pane.content.y, opening.y + slack);
+                    EXPECT_GE(pane.content.maxX(), opening.maxX() - slack);
+                    EXPECT_GE(pane.content.maxY(), opening.maxY() - slack);
+                    double const over =
+                        std::min(pane.content.width - opening.width, pane.content.height - opening.height);
+                    EXPECT_NEAR(over, 0, slack) << "no larger than it must be";
+                    EXPECT_NEAR(pane.content.width / pane.content.height, source.aspect(), source.aspect() * 1e-9);
+                    EXPECT_NEAR(at(0).content.x, opening.x, slack) << "the edges that the focus names";
+                    EXPECT_NEAR(at(0).content.y, opening.y, slack);
+                    EXPECT_NEAR(at(1).content.maxX(), opening.maxX(), slack);
+                    EXPECT_NEAR(at(1).content.maxY(), opening.maxY(), slack);
+                    EXPECT_EQ(at(1).clip, pane.clip);
                 }
             }
         }

@@ -40,6 +40,11 @@ void placeScreen(Random& random, CompositeUniforms& u, float width, float height
     u.clipSize = {u.contentSize.x + u.frameInset.x + u.frameInset.z, u.contentSize.y + u.frameInset.y + u.frameInset.w};
     if (random.chance(0.05f)) u.clipSize = {};
     if (random.chance(0.1f)) u.clipSize.x *= 0.6f; // a pane of a split, which the recording overflows
+    if (random.chance(0.15f)) {                    // a canvas or a device that the recording fills and overflows
+        Float2 const over{random.between(0, 0.5f) * width, random.between(0, 0.5f) * height};
+        u.contentOrigin = {u.contentOrigin.x - over.x * random.between(0, 1), u.contentOrigin.y};
+        u.contentSize = {u.contentSize.x + over.x, u.contentSize.y + over.y};
+    }
 }
 
 void moveCamera(Random& random, CompositeUniforms& u) {
