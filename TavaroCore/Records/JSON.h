@@ -263,23 +263,29 @@ template<class Read> void readElements(JSONReader& reader, Read read) {
     }
 }
 
+template<class T> void readElement(JSONReader& reader, std::vector<T>& list) {
+    reader.takeMemoryToGrow(list);
+    readJSON(reader, list.emplace_back());
+}
+
 /// Reads a long array of flat records in two halves, beside each other where the program can. False when it is not one,
 /// or not well formed: then the ordinary way has the right sentence.
 template<class T> bool readHalves(JSONReader& reader, std::vector<T>& value) {
     auto const halves = reader.halves();
     if (!halves) return false;
-    auto const readPart = [](std::string_view text, std::vector<T>& part) {
-        auto elements = JSONReader::elements(text);
-        do readJSON(elements, part.emplace_back());
+    auto const readPart = [&](std::string_view text, std::vector<T>& part) {
+        auto elements = reader.elements(text);
+        do readElement(elements, part);
         while (elements.anotherElement());
     };
     std::vector<T> second;
     try {
         runBoth([&] { readPart(halves->first, value); }, [&] { readPart(halves->second, second); });
     } catch (JSONError const&) {
-        value.clear();
+        value = {};
         return false;
     }
+    reader.takeMemory(2 * sizeof(T) * (value.capacity() + second.capacity()));
     value.insert(value.end(), std::make_move_iterator(second.begin()), std::make_move_iterator(second.end()));
     reader.stepOver(*halves);
     return true;
@@ -299,7 +305,7 @@ template<class T> void readJSON(JSONReader& reader, std::vector<T>& value) {
     if constexpr (requires { T::isFlat; }) {
         if (detail::readHalves(reader, value)) return;
     }
-    detail::readElements(reader, [&] { readJSON(reader, value.emplace_back()); });
+    detail::readElements(reader, [&] { detail::readElement(reader, value); });
 }
 
 template<class T> void readJSON(JSONReader& reader, std::set<T>& value) {
@@ -307,6 +313,7 @@ template<class T> void readJSON(JSONReader& reader, std::set<T>& value) {
     detail::readElements(reader, [&] {
         T element{};
         readJSON(reader, element);
+        reader.takeMemoryOfNode(sizeof(T));
         value.insert(std::move(element));
     });
 }
@@ -315,6 +322,7 @@ template<class T> void readJSON(JSONReader& reader, std::map<std::string, T>& va
     value.clear();
     reader.object([&](std::string_view name) {
         std::string key(name);
+        reader.takeMemoryOfNode(sizeof(T) + sizeof key + key.size());
         try {
             readJSON(reader, value[key]);
         } catch (JSONError const& error) {
@@ -341,7 +349,7 @@ template<class T> void readJSON(JSONReader& reader, T& value) {
     else if constexpr (std::is_integral_v<T>)
         value = detail::fitting<T>(reader.integer());
     else if constexpr (std::is_same_v<T, std::string>)
-        value = reader.string();
+        value = reader.keptString();
     else
         static_assert(!sizeof(T), "no JSON form for this type");
 }

@@ -11,7 +11,7 @@ namespace tavaro {
 /// colon, and the problem: "zoomEvents[2].scale: expected a number, found a string".
 class JSONError : public Error {
 public:
-    enum class Kind { malformed, wrongType, unknownName, unknownKey, outOfRange, unrecognisedDate };
+    enum class Kind { malformed, wrongType, unknownName, unknownKey, outOfRange, unrecognisedDate, tooLarge };
 
     JSONError(Kind kind, std::string problem, std::string path = {});
 

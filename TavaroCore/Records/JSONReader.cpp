@@ -70,6 +70,8 @@ std::string_view JSONReader::nameOf(Type type) {
 
 void JSONReader::failMalformed() { throw JSONError(JSONError::Kind::malformed, "the text is not valid JSON"); }
 
+void JSONReader::failMemory() { throw JSONError(JSONError::Kind::tooLarge, "it would take more than 1 GiB of memory"); }
+
 void JSONReader::failType(Type wanted) const {
     throw JSONError(JSONError::Kind::wrongType, fmt::format("expected {}, found {}", nameOf(wanted), nameOf(type())));
 }
@@ -179,7 +181,10 @@ std::string_view JSONReader::unescaped(char const* begin) {
         auto const* const end = skipText();
         out.append(begin, end);
         ++at_;
-        if (*end == '"') return out;
+        if (*end == '"') {
+            takeMemory(sizeof out + out.capacity());
+            return out;
+        }
         appendEscape(out);
         begin = at_;
     }

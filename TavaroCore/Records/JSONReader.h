@@ -16,9 +16,13 @@ namespace tavaro {
 /// Walks one JSON text once, front to back, without building a tree or an index, which for an hour's log would be
 /// larger than the log. The reader always stands on one value. `object` and `array` step it through the values inside;
 /// a value that a visitor does not read is skipped. Every function throws `JSONError` when the text is malformed or the
-/// value has another type. The text must outlive the reader.
+/// value has another type, and before the values made of it take more memory than a document may. The text must outlive
+/// the reader.
 class JSONReader {
 public:
+    /// A few bytes of text can mean a record of hundreds, so that a small file from elsewhere could fill a machine.
+    static constexpr std::uint64_t mostMemory = std::uint64_t{1} << 30;
+
     explicit JSONReader(std::string_view text);
     JSONReader(JSONReader const&) = delete;
     JSONReader& operator=(JSONReader const&) = delete;
@@ -51,12 +55,40 @@ public:
 
     /// Good until the reader ends.
     std::string_view string();
+    /// The same as a value of its own.
+    std::string keptString() {
+        auto const text = string();
+        takeMemory(text.size());
+        return std::string(text);
+    }
     double number();
     /// Accepts a number with a zero fraction ("3.0") as well.
     std::int64_t integer();
     /// A number that is written whole and fits in 64 bits; none, and stays, when it is another number.
     std::optional<std::int64_t> wholeNumber();
     bool boolean();
+    /// Where in the text the reader stands.
+    char const* position() const { return at_; }
+
+    /// For who makes values of the text: counts what they are about to take.
+    void takeMemory(std::uint64_t bytes) {
+        memory_ += bytes;
+        if (memory_ > mostMemory) failMemory();
+    }
+    /// The same for one more element of a list, where the list has to grow for it: until the elements have moved, their
+    /// old place is taken, too.
+    template<class List> void takeMemoryToGrow(List const& list) {
+        constexpr std::uint64_t allocation = 32;
+        if (list.size() < list.capacity()) return;
+        takeMemory(allocation + 2 * (list.capacity() + 1) * sizeof(typename List::value_type));
+    }
+
+    /// The same for one element of a set or map, with what that takes beside it.
+    void takeMemoryOfNode(std::uint64_t bytes) {
+        constexpr std::uint64_t links = 64;
+        takeMemory(bytes + links);
+    }
+
     /// Steps over a null; false, and stays, when the value is something else.
     bool takeNull() { return *at_ == 'n' && (takeWord("null"), true); }
     void skip();
@@ -71,15 +103,18 @@ public:
     };
     /// None when the value is not such an array; whether its elements are well formed is for their readers to find out.
     std::optional<Halves> halves() const;
-    /// A reader of elements with commas between, standing on the first; it must not outlive this one's text.
-    static JSONReader elements(std::string_view text) { return JSONReader(text.data(), text.data() + text.size()); }
+    /// A reader of elements with commas between, standing on the first; it must not outlive this one's text. It may
+    /// take half of the memory that is left.
+    JSONReader elements(std::string_view text) const {
+        return {text.data(), text.data() + text.size(), memory_ + (mostMemory - memory_) / 2};
+    }
     /// Steps to the next element; false behind the last.
     bool anotherElement();
     /// Steps over the array that the halves are of.
     void stepOver(Halves const& halves) { at_ = halves.second.data() + halves.second.size() + 1; }
 
 private:
-    JSONReader(char const* begin, char const* end) : at_(begin), end_(end) {}
+    JSONReader(char const* begin, char const* end, std::uint64_t memory) : at_(begin), end_(end), memory_(memory) {}
 
     struct Number {
         std::uint64_t digits = 0;
@@ -129,11 +164,13 @@ private:
     std::uint32_t hexEscape();
     [[noreturn]] void failType(Type wanted) const;
     [[noreturn]] static void failMalformed();
+    [[noreturn]] static void failMemory();
 
     // The last byte of the text is its closing bracket, so whatever cannot contain a bracket ends before `end_`.
     char const* at_;
     char const* end_;
     std::deque<std::string> unescaped_;
+    std::uint64_t memory_ = 0;
 };
 
 }

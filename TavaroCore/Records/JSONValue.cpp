@@ -18,6 +18,7 @@ JSONValue objectAt(JSONReader& reader, std::size_t depth) {
     JSONValue::Object members;
     reader.object([&](std::string_view key) {
         std::string name(key);
+        reader.takeMemoryOfNode(sizeof(JSONValue) + sizeof name + name.size());
         members.insert_or_assign(std::move(name), valueAt(reader, depth));
     });
     return {std::move(members)};
@@ -25,7 +26,10 @@ JSONValue objectAt(JSONReader& reader, std::size_t depth) {
 
 JSONValue arrayAt(JSONReader& reader, std::size_t depth) {
     JSONValue::Array elements;
-    reader.array([&](std::size_t) { elements.push_back(valueAt(reader, depth)); });
+    reader.array([&](std::size_t) {
+        reader.takeMemoryToGrow(elements);
+        elements.push_back(valueAt(reader, depth));
+    });
     return {std::move(elements)};
 }
 
@@ -33,7 +37,7 @@ JSONValue valueAt(JSONReader& reader, std::size_t depth) {
     switch (reader.type()) {
     case JSONReader::Type::object: return objectAt(reader, inside(depth));
     case JSONReader::Type::array: return arrayAt(reader, inside(depth));
-    case JSONReader::Type::string: return {std::string(reader.string())};
+    case JSONReader::Type::string: return {reader.keptString()};
     case JSONReader::Type::boolean: return {reader.boolean()};
     case JSONReader::Type::null: reader.takeNull(); return {};
     case JSONReader::Type::number: break;

@@ -220,6 +220,24 @@ TEST(HostileDocuments, hugeTextsTakeNoLongerThanTheirLength) {
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(30));
 }
 
+TEST(HostileDocuments, aSmallFileThatUnfoldsToMoreThanADocumentMayIsRefused) {
+    struct Case {
+        std::string before, element, after;
+        std::size_t bytes;
+    };
+    for (auto const& [before, element, after, bytes] :
+         {Case{R"({"overlays":[)", "{}", "]}", 8'000'000}, Case{R"({"metadata":{"clicks":[)", "{}", "]}}", 16'000'000},
+          Case{R"({"metadata":{"cursorSamples":[)", "{}", "]}}", 60'000'000}}) {
+        auto text = before + element;
+        while (text.size() < bytes) text.append(",").append(element);
+        text += after;
+        auto const failure = failureOf(text);
+        ASSERT_TRUE(failure) << before;
+        EXPECT_EQ(failure->kind(), JSONError::Kind::tooLarge) << failure->what();
+        EXPECT_TRUE(failure->problem() == "it would take more than 1 GiB of memory") << failure->what();
+    }
+}
+
 TEST(HostileDocuments, assetNamesWithAnythingInThemStayInsideThePackage) {
     ProjectPackage const package("/p/take.recproj");
     for (auto const* name : {R"(../../etc/passwd)", R"(/etc/passwd)", R"(a\u0000b)", R"(..)", R"(.)", R"(a/..)",
