@@ -7,4 +7,10 @@ FolderLock::FolderLock(std::filesystem::path const& folder)
     if (folder_.isOpen()) folder_.lock(FileDescriptor::Sharing::exclusive);
 }
 
+std::optional<FolderLock> FolderLock::ifFree(std::filesystem::path const& folder) {
+    auto locked = FileDescriptor::open(folder.empty() ? "." : folder, FileDescriptor::Opening::folder);
+    if (!locked.isOpen() || !locked.tryLock(FileDescriptor::Sharing::exclusive)) return std::nullopt;
+    return FolderLock(std::move(locked));
+}
+
 }

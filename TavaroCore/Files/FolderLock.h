@@ -3,6 +3,8 @@
 #include <TavaroCore/Files/FileDescriptor.h>
 
 #include <filesystem>
+#include <optional>
+#include <utility>
 
 namespace tavaro {
 
@@ -11,8 +13,12 @@ namespace tavaro {
 class FolderLock {
 public:
     explicit FolderLock(std::filesystem::path const& folder);
+    /// The lock without waiting: none when another has it, the folder is missing, or there are no locks here.
+    static std::optional<FolderLock> ifFree(std::filesystem::path const& folder);
 
 private:
+    explicit FolderLock(FileDescriptor locked) : folder_(std::move(locked)) {}
+
     FileDescriptor folder_;
 };
 

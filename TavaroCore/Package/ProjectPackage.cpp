@@ -6,7 +6,9 @@
 #include <TavaroCore/Files/MoveUnlessTaken.h>
 #include <TavaroCore/Files/PendingFile.h>
 #include <TavaroCore/Package/EditorState.h>
+#include <TavaroCore/Package/TypedText.h>
 #include <TavaroCore/Project/DemoProject.h>
+#include <TavaroCore/Records/JSONError.h>
 
 #include <fmt/format.h>
 #include <optional>
@@ -17,16 +19,20 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// A field of keystrokes in older documents that held what was typed.
-constexpr std::string_view typedTextKey = "\"characters\":";
-
-/// Looks for the key behind its quote: a document is full of quotes, at each of which a search would stop.
-bool holdsTypedText(std::string_view document) {
-    auto const key = typedTextKey.substr(1);
-    for (auto at = document.find(key); at != document.npos; at = document.find(key, at + 1)) {
-        if (at > 0 && document[at - 1] == typedTextKey[0]) return true;
+/// The document as it is saved today; one that cannot be read loses the text alone.
+std::string withoutFormerText(std::string_view document) {
+    try {
+        return encodeProject(decodeProject(document));
+    } catch (JSONError const&) {
+        return withoutFormerTypedText(document).value_or(std::string(document));
     }
-    return false;
+}
+
+/// Without a backup, which would keep the very text that has to go.
+void removeFormerTypedText(fs::path const& file) {
+    auto const document = MappedFile::open(file);
+    if (document && holdsFormerTypedText(document->bytes()))
+        writeFileAtomically(file, withoutFormerText(document->bytes()));
 }
 
 [[noreturn]] void failImporting(fs::path const& from, std::string const& reason,
@@ -81,6 +87,11 @@ std::optional<std::string> movedInto(fs::path const& folder, fs::path const& fro
 
 }
 
+struct ProjectPackage::Reading {
+    DemoProject project;
+    bool holdsTypedText = false;
+};
+
 std::string ProjectPackage::confinedAssetName(std::string_view name) {
     auto const lastSlash = name.rfind('/');
     auto const last = lastSlash == std::string_view::npos ? name : name.substr(lastSlash + 1);
@@ -97,21 +108,66 @@ void ProjectPackage::createDirectories() const {
     }
 }
 
+FolderLock ProjectPackage::lockForEditing() const {
+    std::error_code ignored;
+    if (fs::is_directory(url_, ignored)) fs::create_directory(assetsURL(), ignored);
+    return FolderLock(assetsURL());
+}
+
 void ProjectPackage::save(DemoProject const& project) const {
     auto const document = encodeProject(project);
-    if (auto const before = MappedFile::open(projectFileURL()); before && before->bytes() == document) return;
+    if (auto const before = MappedFile::open(projectFileURL())) {
+        if (before->bytes() == document) return;
+        if (holdsFormerTypedText(before->bytes())) removeFormerTypedText(projectFileURL());
+    }
     replaceFileKeepingBackup(projectFileURL(), backupFileURL(), document);
 }
 
+/// The second name takes no room, so that a full disk stops this before anything changed.
+void ProjectPackage::saveOverDamaged(DemoProject const& project) const {
+    std::error_code ignored;
+    if (fs::exists(projectFileURL(), ignored)) PendingFile::twin(projectFileURL(), damagedFileURL()).commit();
+    auto const earlier = fs::status(backupFileURL(), ignored);
+    PendingFile document(projectFileURL(), fs::exists(earlier) ? earlier.permissions() : FileDescriptor::everyone);
+    document.append(encodeProject(project));
+    document.commit();
+}
+
 DemoProject ProjectPackage::load() const {
+    auto found = read();
+    if (!found.holdsTypedText && !backupHoldsFormerTypedText()) return std::move(found.project);
+    auto const lock = FolderLock::ifFree(assetsURL());
+    if (!lock) return std::move(found.project);
+    removeTypedText();
+    return read().project; // somebody may have saved before the lock was had
+}
+
+ProjectPackage::Reading ProjectPackage::read() const {
     auto const document = MappedFile::open(projectFileURL());
     if (!document) {
         throw FileError(FileError::Kind::cannotRead,
                         fmt::format("Could not open the project “{}”: it has no project.json.", url_.string()));
     }
-    auto project = decodeProject(document->bytes());
-    scrubTypedTextIfNeeded(document->bytes(), project);
-    return project;
+    return {decodeProject(document->bytes()), holdsFormerTypedText(document->bytes())};
+}
+
+bool ProjectPackage::backupHoldsFormerTypedText() const {
+    try {
+        auto const backup = MappedFile::open(backupFileURL());
+        return backup && holdsFormerTypedText(backup->bytes());
+    } catch (FileError const&) {
+        return false;
+    }
+}
+
+void ProjectPackage::removeTypedText() const {
+    for (auto const& file : {projectFileURL(), backupFileURL()}) {
+        try {
+            removeFormerTypedText(file);
+        } catch (FileError const&) {
+            // The next who opens the project tries again.
+        }
+    }
 }
 
 DemoProject ProjectPackage::loadBackup() const {
@@ -124,10 +180,11 @@ DemoProject ProjectPackage::loadBackup() const {
 }
 
 DemoProject ProjectPackage::restoreBackup() const {
+    removeTypedText();
     auto project = loadBackup();
     bool const presentIsSound = [&] {
         try {
-            load(); // removes typed text from both files, too
+            load();
             return true;
         } catch (Error const&) {
             return false;
@@ -136,7 +193,7 @@ DemoProject ProjectPackage::restoreBackup() const {
     if (presentIsSound)
         exchangeFiles(projectFileURL(), backupFileURL());
     else
-        writeFileAtomically(projectFileURL(), encodeProject(project));
+        saveOverDamaged(project);
     return project;
 }
 
@@ -150,20 +207,6 @@ EditorState ProjectPackage::loadEditorState() const {
         return decodeEditorState(readWholeFile(editorStateURL(), largest).value_or("{}"));
     } catch (FileError const&) {
         return {};
-    }
-}
-
-void ProjectPackage::scrubTypedTextIfNeeded(std::string_view document, DemoProject const& project) const {
-    if (!holdsTypedText(document)) return;
-    try {
-        // Without a backup of its own, which would keep the very text that has to go.
-        writeFileAtomically(projectFileURL(), encodeProject(project));
-        auto const backup = readWholeFile(backupFileURL());
-        if (backup && holdsTypedText(*backup)) {
-            writeFileAtomically(backupFileURL(), encodeProject(decodeProject(*backup)));
-        }
-    } catch (Error const&) {
-        // A package that cannot be written, or a damaged backup, must still open; the next load tries again.
     }
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <TavaroCore/Files/FolderLock.h>
+
 #include <filesystem>
 #include <string>
 #include <string_view>
@@ -29,6 +31,7 @@ public:
     std::filesystem::path projectFileURL() const { return url_ / "project.json"; }
     std::filesystem::path backupFileURL() const { return url_ / "project.previous.json"; }
     std::filesystem::path assetsURL() const { return url_ / "assets"; }
+    std::filesystem::path damagedFileURL() const { return url_ / "project.damaged.json"; }
     std::filesystem::path thumbnailURL() const { return url_ / "thumbnail.png"; }
     std::filesystem::path editorStateURL() const { return url_ / "editor.json"; }
     /// Where the asset of that name lies; never outside the package, whatever the document says.
@@ -37,9 +40,9 @@ public:
     /// The last component of the name; "_invalid-asset" for what is no file name at all.
     static std::string confinedAssetName(std::string_view name);
 
-    /// The folder whose lock an edit holds from loading to saving, so that edits of several processes follow each
-    /// other.
-    std::filesystem::path editLockURL() const { return assetsURL(); }
+    /// The lock that an edit holds from loading to saving, so that edits of several processes follow each other; waits
+    /// for it. A project without a folder for assets gets one.
+    FolderLock lockForEditing() const;
 
     /// Makes the package's folders, with those above it.
     void createDirectories() const;
@@ -47,14 +50,21 @@ public:
     /// Writes the document. When it differs from the one on disk, that one becomes the backup. A crash or a full disk
     /// at any instant leaves a complete old or new document and a complete backup.
     void save(DemoProject const& project) const;
+    /// The same where the document on the disk cannot be read: it is kept as "project.damaged.json", and the backup
+    /// stays what it is, the last document that could be read.
+    void saveOverDamaged(DemoProject const& project) const;
 
-    /// Reads the document. Text that older versions logged with keystrokes is removed from the disk at once.
+    /// Reads the document. Text that older versions logged with keystrokes is removed from the disk at once, unless
+    /// somebody edits: who does calls `removeTypedText` under the lock, and saving does so, too.
     DemoProject load() const;
+    /// Removes such text from the document and the backup. The caller holds the lock for editing. What cannot be
+    /// written stays, so that a project on a disk that only reads still opens.
+    void removeTypedText() const;
 
     /// Reads the document as it stood before the last save that changed it.
     DemoProject loadBackup() const;
     /// Goes back to the previous save and returns it. The present document becomes the backup, so doing this twice
-    /// changes nothing; one that is missing or cannot be read is given up. As crash-safe as `save`.
+    /// changes nothing; one that cannot be read is kept as "project.damaged.json". As crash-safe as `save`.
     DemoProject restoreBackup() const;
 
     void saveEditorState(EditorState const& state) const;
@@ -66,7 +76,10 @@ public:
     std::string importAsset(std::filesystem::path const& from, ImportMode mode = ImportMode::copy) const;
 
 private:
-    void scrubTypedTextIfNeeded(std::string_view document, DemoProject const& project) const;
+    struct Reading;
+
+    Reading read() const;
+    bool backupHoldsFormerTypedText() const;
 
     std::filesystem::path url_;
 };

@@ -3,7 +3,7 @@
 #include <Tavaro/Model/Project/PackagePath.h>
 #include <Tavaro/Model/Project/StoredProject.h>
 
-#include <TavaroCore/Files/AtomicFile.h>
+#include <TavaroCore/Files/FileError.h>
 
 #include <fmt/format.h>
 #include <spdlog/spdlog.h>
@@ -39,7 +39,10 @@ OpenProject::OpenProject(std::filesystem::path const& given, LockHolding holding
 OpenProject::OpenProject(ProjectPackage package, LockHolding holding)
     : package_(std::move(package))
     , history_(DemoProject{}) {
-    if (holding == LockHolding::whileOpen) lock_.emplace(package_.editLockURL());
+    if (holding == LockHolding::whileOpen) {
+        lock_.emplace(package_.lockForEditing());
+        package_.removeTypedText();
+    }
     auto [project, stamp] = readDocument(package_);
     stamp_ = stamp;
     savedAt_ = project.modifiedAt;
@@ -59,7 +62,7 @@ OpenProject::~OpenProject() {
 void OpenProject::expectOwnThread() const { assert(thread_ == std::this_thread::get_id()); }
 
 void OpenProject::lockIfNeeded(Lock& lock) const {
-    if (!lock_) lock.emplace(package_.editLockURL());
+    if (!lock_) lock.emplace(package_.lockForEditing());
 }
 
 StepOutcome OpenProject::edit(std::string_view step, FunctionRef<void(DemoProject&)> change, EditGroup group) {
@@ -158,21 +161,13 @@ void OpenProject::giveUpDisk(std::string const& problem) {
 void OpenProject::write(DemoProject project) {
     auto const modifiedAt = std::exchange(project.modifiedAt, Date::now());
     if (isDamaged_)
-        replaceDamaged(project);
+        package_.saveOverDamaged(project);
     else
         package_.save(project);
     isDamaged_ = false;
     stamp_ = stampOf(package_.projectFileURL());
     savedAt_ = std::exchange(project.modifiedAt, modifiedAt);
     stored_ = std::move(project);
-}
-
-/// The backup stays what it is: the last document that could be read.
-void OpenProject::replaceDamaged(DemoProject const& project) const {
-    std::error_code ignored;
-    std::filesystem::copy_file(package_.projectFileURL(), package_.url() / "project.damaged.json",
-                               std::filesystem::copy_options::overwrite_existing, ignored);
-    writeFileAtomically(package_.projectFileURL(), encodeProject(project));
 }
 
 EditorState const& OpenProject::editorState() {

@@ -54,7 +54,8 @@ struct ProjectChange {
 /// It belongs to one thread, the one that opened it: the main queue's in a program that has one.
 ///
 /// Several programs may have a project open. The rules between them:
-/// - Who saves holds the project's lock (`ProjectPackage::editLockURL`), as `LockHolding` says. Nobody holds it while
+/// - Who saves holds the project's lock (`ProjectPackage::lockForEditing`), as `LockHolding` says. Nobody holds it
+/// while
 ///   something is drawn, decoded, recorded or exported, or while a person thinks.
 /// - A document that another program saved is noticed before every edit and save here and by `refresh`, which an
 ///   application calls now and then. It becomes the present document as one step ("Changed Outside"), so that undo
@@ -125,7 +126,6 @@ private:
     void takeIn(DemoProject project);
     void giveUpDisk(std::string const& problem);
     void write(DemoProject project);
-    void replaceDamaged(DemoProject const& project) const;
     void stepped();
     void notify(ProjectChange const& change);
 

@@ -34,7 +34,10 @@ DemoProject loadDocument(ProjectPackage const& package) {
 }
 
 FolderLock lockForEditing(std::filesystem::path const& given) {
-    return FolderLock(ProjectPackage(packagePath(given)).editLockURL());
+    ProjectPackage const package(packagePath(given));
+    auto lock = package.lockForEditing();
+    package.removeTypedText();
+    return lock;
 }
 
 }

@@ -180,14 +180,45 @@ TEST(CrashSafety, goingBackCanItselfBeTakenBack) {
     EXPECT_EQ(package.loadBackup(), numbered(2));
     EXPECT_EQ(package.restoreBackup(), numbered(2));
     EXPECT_EQ(package.load(), numbered(2));
-    // A document that somebody broke is not worth keeping.
-    std::ofstream(package.projectFileURL()) << "{\"name\":";
+    // A document that somebody broke is kept aside.
+    std::string const broken = "{\"name\":";
+    std::ofstream(package.projectFileURL()) << broken;
     EXPECT_EQ(package.restoreBackup(), numbered(1));
+    EXPECT_EQ(readWholeFile(package.damagedFileURL()), broken);
     EXPECT_EQ(package.load(), numbered(1));
     EXPECT_EQ(package.loadBackup(), numbered(1));
     fs::remove(package.projectFileURL());
+    fs::permissions(package.backupFileURL(), fs::perms(0600));
     EXPECT_EQ(package.restoreBackup(), numbered(1));
     EXPECT_EQ(package.load(), numbered(1));
+    EXPECT_EQ(fs::status(package.projectFileURL()).permissions(), fs::perms(0600));
+}
+
+TEST(CrashSafety, aFullDiskTakesNothingOfADamagedDocument) {
+    TemporaryFolder const folder;
+    fs::create_directory(folder / "disk");
+    if (mount("tmpfs", (folder / "disk").c_str(), "tmpfs", 0, "size=256k") != 0)
+        GTEST_SKIP() << "this user may not mount a small disk";
+    struct Unmount {
+        fs::path disk;
+        ~Unmount() { umount2(disk.c_str(), MNT_DETACH); }
+    } const unmount{folder / "disk"};
+    ProjectPackage const package(folder / "disk/take.recproj");
+    package.createDirectories();
+    package.save(numbered(11));
+    std::string const damaged(100'000, '{');
+    std::ofstream(package.projectFileURL()) << damaged;
+    auto tooLarge = numbered(2);
+    tooLarge.metadata.edit().cursorSamples.resize(20'000);
+    EXPECT_THROW(package.saveOverDamaged(tooLarge), FileError);
+    EXPECT_EQ(readWholeFile(package.projectFileURL()), damaged);
+    std::ofstream(folder / "disk/filler") << std::string(1 << 20, 'x'); // as far as there is room
+    EXPECT_THROW(package.saveOverDamaged(numbered(2)), FileError);
+    EXPECT_EQ(readWholeFile(package.projectFileURL()), damaged);
+    fs::remove(folder / "disk/filler");
+    package.saveOverDamaged(numbered(2));
+    EXPECT_EQ(package.load(), numbered(2));
+    EXPECT_EQ(readWholeFile(package.damagedFileURL()), damaged);
 }
 
 TEST(EditorState, isKeptBesideTheDocumentAndNeverStopsAProject) {

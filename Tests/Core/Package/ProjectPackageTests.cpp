@@ -67,19 +67,6 @@ TEST_F(ProjectPackageTest, assetNamesNeverLeaveThePackage) {
     }
 }
 
-TEST_F(ProjectPackageTest, textTypedIntoOlderDocumentsLeavesTheDisk) {
-    auto const old = R"({"name":"old","metadata":{"keystrokes":[{"t":1,"keys":["a"],"characters":"hunter2"}]}})";
-    write(package.projectFileURL(), old);
-    write(package.backupFileURL(), old);
-    auto const project = package.load();
-    EXPECT_EQ(project.metadata->keystrokes.at(0).keys, std::vector<std::string>{"a"});
-    for (auto const& entry : fs::recursive_directory_iterator(package.url())) {
-        if (!entry.is_regular_file()) continue;
-        EXPECT_EQ(read(entry.path()).find("hunter2"), std::string::npos) << entry.path();
-    }
-    EXPECT_EQ(package.load(), project);
-}
-
 TEST_F(ProjectPackageTest, documentsThatCannotBeReadSaySo) {
     EXPECT_THROW(package.load(), FileError);
     write(package.projectFileURL(), R"({"createdAt":"soon"})");
