@@ -272,6 +272,7 @@ void Bench::firstFrame() const {
     auto const program = fs::path(self).parent_path() / "tavaro";
     auto const frame = [&](fs::path const& take, char const* at) {
         auto const png = folder / "frame.png";
+        fs::remove(png);
         if (fs::exists(program)) return runMeasured({program, "frame", take, "--at", at, "-o", png}).seconds;
         return runMeasured({self, "--frame", take, at, png}).seconds;
     };

@@ -34,6 +34,7 @@ struct Options {
     operations::CaptionsFromTranscript transcriptMaking;
     operations::CaptionsFromScript scriptMaking;
     std::string output;
+    PendingFile::IfTaken ifTaken = PendingFile::IfTaken::refuse;
     bool asJSON = false;
 
     bool makesCaptions() const { return fromTranscript || !script.empty() || !subtitles.empty(); }
@@ -68,10 +69,11 @@ void expectCaptions(DemoProject const& project) {
                                      "--from-script or --import brings some.");
 }
 
-void writeSubtitles(DemoProject const& project, std::string const& file) {
+void writeSubtitles(DemoProject const& project, Options const& options) {
     auto const& cues = project.captions.cues;
     double const offset = project.introDuration(); // files have the film's times, which begin with the title card
-    writeFileAtomically(file, endingOf(file) == ".vtt" ? webVTTText(cues, offset) : subRipText(cues, offset));
+    auto const text = endingOf(options.output) == ".vtt" ? webVTTText(cues, offset) : subRipText(cues, offset);
+    writeFileAtomically(options.output, text, options.ifTaken);
 }
 
 void printCues(std::vector<CaptionCue> const& cues) {
@@ -89,16 +91,17 @@ std::string made(OpenProject& open, Options const& options) {
     std::string summary;
     open.commit(infoOf(operation).title, [&](DemoProject& project) {
         summary = perform(project, operation).summary;
-        if (!options.output.empty()) writeSubtitles(project, options.output);
+        if (!options.output.empty()) writeSubtitles(project, options);
     });
     return summary;
 }
 
 void captions(Options const& options) {
+    if (!options.output.empty()) expectWritable(options.output, options.ifTaken);
     OpenProject open(options.package, LockHolding::whileOpen);
     auto const summary = options.makesCaptions() ? made(open, options) : "";
     expectCaptions(open.document());
-    if (!options.makesCaptions() && !options.output.empty()) writeSubtitles(open.document(), options.output);
+    if (!options.makesCaptions() && !options.output.empty()) writeSubtitles(open.document(), options);
     auto const& cues = open.document().captions.cues;
     if (options.asJSON) {
         CaptionListing listing{static_cast<std::int64_t>(cues.size()), cues, {}};
@@ -142,6 +145,7 @@ void addCaptions(CLI::App& app) {
     addSources(*command, *options);
     command->add_option("-o,--output", options->output, "write them for the film, as F.srt or F.vtt")
         ->check(subtitleProblem);
+    addOverwriting(*command, options->ifTaken);
     command->add_flag("--json", options->asJSON, "print the captions as JSON");
     command->callback([options] { captions(*options); });
 }

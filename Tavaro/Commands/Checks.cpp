@@ -2,7 +2,10 @@
 
 #include <Tavaro/Model/Operations/Parameter.h>
 
-#include <TavaroCore/Errors/Error.h>
+#include <TavaroCore/Files/FileError.h>
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
 
 #include <algorithm>
 #include <cctype>
@@ -19,6 +22,22 @@ std::string endingOf(std::filesystem::path const& file) {
 
 Check secondsFrom(double least, double most) {
     return [range = NumberRange{least, most}](std::string const& text) { return numberProblem(range, text); };
+}
+
+void addOverwriting(CLI::App& command, PendingFile::IfTaken& ifTaken) {
+    command.add_flag_callback(
+        "--overwrite", [&ifTaken] { ifTaken = PendingFile::IfTaken::replace; },
+        "replace a file that has the name already; else it is refused");
+}
+
+void expectWritable(std::filesystem::path const& file, PendingFile::IfTaken ifTaken) {
+    std::error_code ignored;
+    bool const isTaken = std::filesystem::exists(std::filesystem::symlink_status(file, ignored));
+    if (ifTaken == PendingFile::IfTaken::replace || !isTaken) return;
+    throw FileError(
+        FileError::Kind::cannotWrite,
+        fmt::format("Could not write “{}”: something with that name exists already. --overwrite replaces it.",
+                    file.string()));
 }
 
 Check readableBy(std::function<void(std::string const&)> read) {

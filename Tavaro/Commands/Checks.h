@@ -1,8 +1,14 @@
 #pragma once
 
+#include <TavaroCore/Files/PendingFile.h>
+
 #include <filesystem>
 #include <functional>
 #include <string>
+
+namespace CLI {
+class App;
+}
 
 /// Checks of what was typed after an option: the problem as a phrase, or nothing. The parser puts the option's name
 /// before it and ends with the exit code of wrong usage.
@@ -17,6 +23,11 @@ std::string endingOf(std::filesystem::path const& file);
 
 /// A number of seconds from `least` to `most`; infinity is no end.
 Check secondsFrom(double least, double most);
+
+/// Adds --overwrite to a command that writes a file of a given name.
+void addOverwriting(CLI::App& command, PendingFile::IfTaken& ifTaken);
+/// Before work on a file begins that could not be written: fails where it has to be new and something has the name.
+void expectWritable(std::filesystem::path const& file, PendingFile::IfTaken ifTaken);
 
 /// Runs a reader of the option's text, whose failures are the problem.
 Check readableBy(std::function<void(std::string const&)> read);

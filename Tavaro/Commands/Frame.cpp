@@ -8,6 +8,7 @@
 #include <TavaroCore/Export/ExportFile.h>
 #include <TavaroCore/Records/JSON.h>
 #include <TavaroCore/Values/Timecode.h>
+#include <TavaroMedia/Errors/MediaError.h>
 #include <TavaroMedia/Frames/PNG.h>
 #include <TavaroRender/Export/ExportError.h>
 #include <TavaroRender/Export/FilmPainter.h>
@@ -32,6 +33,7 @@ struct Options {
     int sheet = 0; // moments; 0: one frame
     std::int64_t maxWidth = 0;
     std::string output;
+    PendingFile::IfTaken ifTaken = PendingFile::IfTaken::refuse;
     bool asJSON = false;
 };
 
@@ -81,15 +83,32 @@ Image drawn(FramePainter& painter, double at) {
 }
 
 void frame(Options const& options) {
+    expectWritable(options.output, options.ifTaken);
     auto const [package, project] = openProject(options.package);
     auto painter = painterOf(project, package, sizeOf(options, project.canvas));
     expectInside(*options.at, painter.duration());
     auto const image = drawn(painter, *options.at);
-    writePNG(options.output, image.view(), PNGPacking::quick);
+    writePNG(options.output, image.view(), PNGPacking::quick, options.ifTaken);
     printResult(options, {options.output, image.width(), image.height(), {*options.at}});
 }
 
+/// Under the name that was asked for, or else the first free one of "sheet.png", "sheet 2.png", …
+std::string writeSheet(Options const& options, ImageView image) {
+    if (!options.output.empty()) writePNG(options.output, image, PNGPacking::small, options.ifTaken);
+    if (!options.output.empty()) return options.output;
+    while (true) {
+        auto const name = unusedFile("sheet.png");
+        try {
+            writePNG(name, image, PNGPacking::small, PendingFile::IfTaken::refuse);
+            return name.string();
+        } catch (MediaError const&) {
+            if (unusedFile(name) == name) throw; // else it was taken meanwhile
+        }
+    }
+}
+
 void sheet(Options const& options) {
+    if (!options.output.empty()) expectWritable(options.output, options.ifTaken);
     auto const [package, project] = openProject(options.package);
     auto const layout =
         sheetLayout(options.sheet, project.canvas, options.maxWidth > 0 ? options.maxWidth : sheetWidth);
@@ -100,8 +119,7 @@ void sheet(Options const& options) {
         fmt::format("{}  ·  {} × {}", timeText(painter.duration()), project.canvas.width, project.canvas.height));
     for (auto const time : times) sheet.add(drawn(painter, time).view(), timeText(time));
     auto const image = sheet.finish();
-    auto const output = options.output.empty() ? unusedFile("sheet.png").string() : options.output;
-    writePNG(output, image->view());
+    auto const output = writeSheet(options, image->view());
     printResult(options, {output, layout.sheet.width, layout.sheet.height, times});
 }
 
@@ -124,6 +142,7 @@ void addFrame(CLI::App& app) {
         ->add_option("--max-width", options->maxWidth,
                      "scale the picture down to that many pixels; a sheet is about as wide")
         ->check(CLI::Range(64, 16384));
+    addOverwriting(*command, options->ifTaken);
     command->add_flag("--json", options->asJSON, "print the result as JSON");
     command->callback([options, at, sheetOf] {
         if (*at) return frame(*options);

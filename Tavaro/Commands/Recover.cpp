@@ -28,12 +28,30 @@ struct Options {
     std::string output;
 };
 
+/// What is printed for programs of one that was removed.
+struct DiscardedRecording {
+    UnfinishedRecording discarded;
+
+    static constexpr auto fields = std::tuple{field("discarded", &DiscardedRecording::discarded)};
+};
+static_assert(listsEveryField<DiscardedRecording>);
+
 void list(std::vector<UnfinishedRecording> const& recordings) {
     if (recordings.empty()) fmt::print("There is no unfinished recording.\n");
     for (auto const& recording : recordings) {
         fmt::print("{}  {}  {}  ({})\n", recording.id.text(), recording.startedAt.text(),
                    Timecode::format(recording.estimatedDuration), recording.mode);
     }
+}
+
+void discard(RecoveryStore::Recoverable const& take, bool asJSON) {
+    RecoveryStore::discard(take);
+    auto const recording = listed(take);
+    if (asJSON)
+        fmt::print("{}\n", encodeJSON(DiscardedRecording{recording}));
+    else
+        fmt::print("Discarded the recording of {}, which was {} long. Its files are removed.\n",
+                   recording.startedAt.text(), Timecode::format(recording.estimatedDuration));
 }
 
 TakeProject projectFor(Options const& options, Date startedAt) {
@@ -51,7 +69,7 @@ void recover(Options const& options) {
         return;
     }
     auto const take = unfinishedRecording(options.id);
-    if (options.discards) return RecoveryStore::discard(take);
+    if (options.discards) return discard(take, options.asJSON);
     MainQueue queue;
     auto job = recoveryJob(queue, take, projectFor(options, take.marker.startedAt));
     job.onRemark([](std::string const& remark) { fmt::print(stderr, "{}\n", remark); });

@@ -1,5 +1,6 @@
 #include <TavaroCapture/Recorder/Private/Take.h>
 
+#include <TavaroCapture/Recovery/Private/WorkingFolderRemoval.h>
 #include <TavaroCapture/Recovery/RecoveryStore.h>
 #include <TavaroCapture/Segments/Private/JoinStreams.h>
 #include <TavaroCapture/Segments/Private/StreamSegments.h>
@@ -30,8 +31,7 @@ ScreenRecorder::Take::Take(RecorderOptions const& options, TakeSources sources) 
     } catch (Error const& failure) {
         sideStreams_.clear();
         writer_.reset();
-        std::error_code ignored;
-        fs::remove_all(directory_, ignored);
+        removeWorkingFolder(directory_);
         if (dynamic_cast<CaptureError const*>(&failure)) throw;
         throw CaptureError(CaptureError::Kind::writeFailed, failure.what());
     }
@@ -47,6 +47,8 @@ void ScreenRecorder::Take::prepareFolder() {
     directory_ = fs::absolute(recordings) / recordingID_.text();
     std::error_code error;
     fs::create_directories(directory_, error);
+    // What was on the screen and which keys were pressed is for nobody else, whatever file of it is made.
+    if (!error) fs::permissions(directory_, fs::perms::owner_all, error);
     if (!error) claim_ = WorkingFolderClaim::take(directory_);
     if (error || !claim_)
         throw CaptureError(CaptureError::Kind::writeFailed,
@@ -287,8 +289,7 @@ void ScreenRecorder::Take::cancel() {
     end();
     sideStreams_.clear();
     writer_.reset();
-    std::error_code ignored;
-    fs::remove_all(directory_, ignored);
+    removeWorkingFolder(directory_);
     release();
 }
 

@@ -2,9 +2,9 @@
 
 #include <TavaroCapture/Recovery/Private/MetadataCheckpoints.h>
 #include <TavaroCapture/Recovery/Private/WorkingFolderClaim.h>
+#include <TavaroCapture/Recovery/Private/WorkingFolderRemoval.h>
 #include <TavaroCapture/Segments/Private/JoinStreams.h>
 #include <TavaroCapture/Sources/CaptureError.h>
-#include <TavaroCore/Errors/SystemReason.h>
 #include <TavaroCore/Recording/SettledRecording.h>
 #include <TavaroMedia/Audio/JoinSounds.h>
 #include <TavaroMedia/Errors/MediaError.h>
@@ -31,7 +31,8 @@ std::vector<fs::path> foldersIn(fs::path const& recordings) {
     std::error_code ignored;
     for (auto const& entry : fs::directory_iterator(recordings, ignored)) {
         std::error_code error;
-        if (!entry.is_symlink(error) && entry.is_directory(error)) result.push_back(entry.path());
+        bool const isHidden = entry.path().filename().string().starts_with('.');
+        if (!isHidden && !entry.is_symlink(error) && entry.is_directory(error)) result.push_back(entry.path());
     }
     return result;
 }
@@ -140,9 +141,7 @@ bool isWorkingFolder(fs::path const& directory) {
 }
 
 void removeFolder(fs::path const& directory) {
-    std::error_code error;
-    fs::remove_all(directory, error);
-    if (error) failRecovery(fmt::format("Could not remove “{}”: {}.", directory.string(), systemReason(error.value())));
+    if (auto const error = removeWorkingFolder(directory)) failRecovery(removalProblem(directory, error));
 }
 
 }
@@ -219,22 +218,22 @@ void RecoveryStore::removeWorkingDirectory(fs::path const& file) {
     if (!isWorkingFolder(directory))
         failRecovery(fmt::format("“{}” is not the working folder of a recording.", directory.string()));
     auto const held = claim(directory);
-    markComplete(directory); // first: half a folder is no take to bring back
     removeFolder(directory);
 }
 
-int RecoveryStore::pruneOldRecordings(double olderThanSeconds, fs::path const& recordings) {
-    int removed = 0;
+PrunedRecordings RecoveryStore::pruneOldRecordings(double olderThanSeconds, fs::path const& recordings) {
+    PrunedRecordings pruned{.problems = finishRemovals(recordings)};
     for (auto const& directory : foldersIn(recordings)) {
         std::error_code ignored;
         auto const manifest = readManifest(directory);
         if (!manifest || !manifest->isComplete || fs::exists(markerPath(directory), ignored)) continue;
         double const age = static_cast<double>(Date::now().milliseconds - manifest->createdAt.milliseconds) / 1000;
         if (age <= olderThanSeconds || !WorkingFolderClaim::take(directory)) continue;
-        removeFolder(directory);
-        ++removed;
+        auto const error = removeWorkingFolder(directory);
+        if (error) pruned.problems.push_back(removalProblem(directory, error));
+        if (!error) ++pruned.removed;
     }
-    return removed;
+    return pruned;
 }
 
 }

@@ -21,6 +21,11 @@ struct RecoveredTake {
     std::vector<std::string> warnings; // sentences: what could not be brought back
 };
 
+struct PrunedRecordings {
+    int removed = 0;                   // old takes
+    std::vector<std::string> problems; // sentences: what could not be removed
+};
+
 /// The working folders of takes below one recordings folder: marks those in progress, and finds, brings back or
 /// removes those that nobody finished. A running take holds a claim on its folder, in whichever process it runs; such
 /// folders are never found, recovered or pruned.
@@ -61,9 +66,9 @@ public:
     /// Removes the working folder that holds `file`, once a project has taken the file over. Refuses a folder that is
     /// no working folder of a take.
     static void removeWorkingDirectory(std::filesystem::path const& file);
-    /// Removes complete, unclaimed working folders whose take is older. Returns how many.
-    static int pruneOldRecordings(double olderThanSeconds = 14 * 86400.0,
-                                  std::filesystem::path const& recordings = defaultDirectory());
+    /// Removes complete, unclaimed working folders whose take is older, and what interrupted removals left.
+    static PrunedRecordings pruneOldRecordings(double olderThanSeconds = 14 * 86400.0,
+                                               std::filesystem::path const& recordings = defaultDirectory());
 };
 
 }

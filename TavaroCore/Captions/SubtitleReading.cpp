@@ -3,6 +3,7 @@
 #include <TavaroCore/Captions/Private/SharedTime.h>
 #include <TavaroCore/Captions/Private/SubtitleMarkup.h>
 #include <TavaroCore/Captions/SpokenText.h>
+#include <TavaroCore/Errors/Excerpt.h>
 
 #include <algorithm>
 #include <cstdint>
@@ -79,13 +80,7 @@ std::optional<TimeRange> timeSpan(std::string_view line) {
     return TimeRange{*start, *end - *start};
 }
 
-std::string quoted(std::string_view line) {
-    if (line.size() <= shownLength) return fmt::format("“{}”", line);
-    auto const isInside = [&](std::size_t at) { return (static_cast<unsigned char>(line[at]) & 0xC0) == 0x80; };
-    std::size_t end = shownLength;
-    while (end > 0 && isInside(end)) --end;
-    return fmt::format("“{}…”", line.substr(0, end));
-}
+std::string quoted(std::string_view line) { return fmt::format("“{}”", excerpt(line, shownLength)); }
 
 /// Lines of a file, and the captions found in them.
 class Reader {

@@ -8,6 +8,7 @@ namespace tavaro {
 std::string systemReason(int errorNumber) {
     switch (errorNumber) {
     case ENOENT: return "there is no such file or folder";
+    case EEXIST: return "something with that name exists already";
     case ENOTDIR: return "a part of its path is not a folder";
     case EISDIR: return "it is a folder";
     case EACCES:

@@ -1,8 +1,7 @@
 #include <TavaroCore/Files/AtomicFile.h>
 
 #include <TavaroCore/Files/FolderLock.h>
-#include <TavaroCore/Files/PendingFile.h>
-#include <TavaroCore/Files/Private/PlainFile.h>
+#include <TavaroCore/Files/PlainFile.h>
 
 #include <cerrno>
 #include <cstdio>
@@ -17,10 +16,10 @@ constexpr auto ownerWrites = std::filesystem::perms(0644);
 
 }
 
-void writeFileAtomically(std::filesystem::path const& file, std::string_view bytes) {
+void writeFileAtomically(std::filesystem::path const& file, std::string_view bytes, PendingFile::IfTaken ifTaken) {
     PendingFile pending(file, ownerWrites);
     pending.append(bytes);
-    pending.commit();
+    pending.commit(ifTaken);
 }
 
 void replaceFileKeepingBackup(std::filesystem::path const& file, std::filesystem::path const& backup,

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <TavaroCore/Files/FileError.h>
+#include <TavaroCore/Files/PendingFile.h>
 
 #include <cstdint>
 #include <filesystem>
@@ -12,7 +13,8 @@ namespace tavaro {
 
 /// Puts `bytes` into the file in one step: a crash or a full disk leaves the old file or the new one, never a part.
 /// A file that was there keeps its permissions. Throws `FileError`.
-void writeFileAtomically(std::filesystem::path const& file, std::string_view bytes);
+void writeFileAtomically(std::filesystem::path const& file, std::string_view bytes,
+                         PendingFile::IfTaken = PendingFile::IfTaken::replace);
 
 /// The same, and the file as it was becomes `backup`, also in one step: at every instant there is a complete document
 /// under `file`, and under `backup` a complete earlier one. Without an old file the backup is left alone.

@@ -8,7 +8,7 @@ namespace tavaro {
 
 class FileError : public Error {
 public:
-    enum class Kind { cannotRead, cannotWrite, diskFull, tooLarge };
+    enum class Kind { cannotRead, notPlain, cannotWrite, diskFull, tooLarge };
     FileError(Kind kind, std::string const& sentence, int errorNumber = 0)
         : Error(sentence)
         , kind(kind)

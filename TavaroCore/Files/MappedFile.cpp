@@ -1,7 +1,7 @@
 #include <TavaroCore/Files/MappedFile.h>
 
 #include <TavaroCore/Files/FileError.h>
-#include <TavaroCore/Files/Private/PlainFile.h>
+#include <TavaroCore/Files/PlainFile.h>
 
 #include <cerrno>
 #include <sys/mman.h>

@@ -117,6 +117,11 @@ void PendingFile::commit(FolderFlush flush) {
     finish(flush);
 }
 
+void PendingFile::commit(IfTaken ifTaken) {
+    if (ifTaken == IfTaken::replace) return commit();
+    if (!commitUnlessTaken()) throw FileError::writing(file_, EEXIST);
+}
+
 bool PendingFile::commitUnlessTaken(fs::path const& name) {
     flush();
     if (!moveUnlessTaken(path_, name)) return false;

@@ -15,6 +15,9 @@ namespace tavaro {
 /// it replaces passes on its permissions. Failures are `FileError`s that name the final file.
 class PendingFile {
 public:
+    /// What becomes of a file that has the name already.
+    enum class IfTaken { replace, refuse };
+
     /// When the folder is asked to bring its new names to the disk: `withNext` is for a file whose neighbour follows.
     enum class FolderFlush { now, withNext };
 
@@ -41,6 +44,7 @@ public:
     void flush();
     /// Gives the file its name; what had the name is replaced.
     void commit(FolderFlush = FolderFlush::now);
+    void commit(IfTaken);
     /// The same, but false when something has the name. Then it is pending still, and may be asked for another name of
     /// the same folder.
     [[nodiscard]] bool commitUnlessTaken() { return commitUnlessTaken(file_); }

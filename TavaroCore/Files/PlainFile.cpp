@@ -1,4 +1,4 @@
-#include <TavaroCore/Files/Private/PlainFile.h>
+#include <TavaroCore/Files/PlainFile.h>
 
 #include <TavaroCore/Files/FileError.h>
 
@@ -18,7 +18,7 @@ std::optional<PlainFile> PlainFile::open(std::filesystem::path const& file, std:
     if (fstat(descriptor.get(), &about) != 0) throw FileError::reading(file, errno);
     if (S_ISDIR(about.st_mode)) throw FileError::reading(file, EISDIR);
     if (!S_ISREG(about.st_mode))
-        throw FileError(FileError::Kind::cannotRead,
+        throw FileError(FileError::Kind::notPlain,
                         fmt::format("Could not read “{}”: it is not a plain file.", file.string()));
     if (static_cast<std::uint64_t>(about.st_size) > maxBytes)
         throw FileError(FileError::Kind::tooLarge,

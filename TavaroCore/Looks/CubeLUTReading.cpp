@@ -7,14 +7,17 @@
 
 #include <fmt/format.h>
 
+#include <TavaroCore/Errors/Excerpt.h>
+
 namespace tavaro {
 
 namespace {
 
 using Triple = std::array<double, 3>;
 
-constexpr std::size_t longestQuote = 120; // characters of a bad line that the sentence repeats
-constexpr double leastSpan = 1e-6;        // of a domain that values can be divided by
+constexpr std::size_t longestQuote = 120; // bytes of a bad line that the sentence repeats
+constexpr std::size_t longestNumber = 20;
+constexpr double leastSpan = 1e-6; // of a domain that values can be divided by
 
 bool isSpace(char c) { return c == ' ' || c == '\t' || c == '\v' || c == '\f'; }
 
@@ -163,21 +166,6 @@ private:
     Triple domainMax_{1, 1, 1};
 };
 
-/// A line as a sentence can carry it: no control characters, and not longer than a glance.
-std::string quoted(std::string_view line) {
-    auto const isLong = line.size() > longestQuote;
-    if (isLong) {
-        line = line.substr(0, longestQuote);
-        // A character of several bytes stays whole.
-        while (!line.empty() && (static_cast<unsigned char>(line.back()) & 0xC0) == 0x80) line.remove_suffix(1);
-        if (!line.empty() && static_cast<unsigned char>(line.back()) >= 0xC0) line.remove_suffix(1);
-    }
-    std::string text(line);
-    for (auto& c : text)
-        if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F) c = ' ';
-    return isLong ? text + "…" : text;
-}
-
 }
 
 CubeLUT CubeLUT::parse(std::string_view text) { return Reader().read(text); }
@@ -187,11 +175,12 @@ CubeLUT::ParseError CubeLUT::ParseError::missingSize() {
 }
 
 CubeLUT::ParseError CubeLUT::ParseError::badLine(std::string_view line) {
-    return {Kind::badLine, "Couldn't read this line of the .cube file: " + quoted(line)};
+    return {Kind::badLine, "Couldn't read this line of the .cube file: " + excerpt(line, longestQuote)};
 }
 
 CubeLUT::ParseError CubeLUT::ParseError::tooLarge(std::string_view size) {
-    return {Kind::tooLarge, fmt::format("{}³ LUT is larger than Tavaro supports ({}³).", size, largestSize)};
+    return {Kind::tooLarge,
+            fmt::format("{}³ LUT is larger than Tavaro supports ({}³).", excerpt(size, longestNumber), largestSize)};
 }
 
 CubeLUT::ParseError CubeLUT::ParseError::wrongCount(std::size_t expected, std::size_t actual) {

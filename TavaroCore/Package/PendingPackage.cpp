@@ -34,6 +34,9 @@ PendingPackage::PendingPackage(ProjectPackage const& wanted)
     , hidden_(hiddenFolderFor(wanted))
     , package_(hidden_.path() / wanted.url().filename()) {
     package_.createDirectories();
+    // The log of what was typed and clicked is in many of its files, now and later; so is what was on the screen.
+    std::error_code ignored; // disks without permissions
+    fs::permissions(package_.url(), fs::perms::owner_all, ignored);
 }
 
 void PendingPackage::complete() {

@@ -1,5 +1,7 @@
 #include <TavaroCore/Records/JSON.h>
 
+#include <TavaroCore/Errors/Excerpt.h>
+
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
@@ -10,8 +12,8 @@ namespace tavaro {
 namespace detail {
 
 void failUnknownName(std::string_view found, std::string_view const* names, std::size_t count) {
-    throw JSONError(JSONError::Kind::unknownName, fmt::format("'{}' is not one of {}", found.substr(0, 100),
-                                                              fmt::join(std::span(names, count), ", ")));
+    throw JSONError(JSONError::Kind::unknownName,
+                    fmt::format("'{}' is not one of {}", excerpt(found), fmt::join(std::span(names, count), ", ")));
 }
 
 void failCaseShape() {
@@ -26,7 +28,7 @@ void readJSON(JSONReader& reader, UUID& value) {
     auto const text = reader.string();
     auto const parsed = UUID::parse(text);
     if (!parsed) {
-        throw JSONError(JSONError::Kind::wrongType, fmt::format("'{}' is not an identifier", text.substr(0, 100)));
+        throw JSONError(JSONError::Kind::wrongType, fmt::format("'{}' is not an identifier", excerpt(text)));
     }
     value = *parsed;
 }
@@ -34,7 +36,8 @@ void readJSON(JSONReader& reader, UUID& value) {
 void readJSON(JSONReader& reader, Date& value) {
     auto const text = reader.string();
     auto const parsed = Date::parse(text);
-    if (!parsed) throw JSONError(JSONError::Kind::unrecognisedDate, fmt::format("Unrecognised date '{}'", text));
+    if (!parsed)
+        throw JSONError(JSONError::Kind::unrecognisedDate, fmt::format("Unrecognised date '{}'", excerpt(text)));
     value = *parsed;
 }
 

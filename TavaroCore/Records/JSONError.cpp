@@ -1,5 +1,7 @@
 #include <TavaroCore/Records/JSONError.h>
 
+#include <TavaroCore/Errors/Excerpt.h>
+
 #include <fmt/format.h>
 
 namespace tavaro {
@@ -19,7 +21,7 @@ JSONError::JSONError(Kind kind, std::string problem, std::string path)
     , problem_(std::move(problem))
     , path_(std::move(path)) {}
 
-JSONError JSONError::inside(std::string_view key) const { return {kind_, problem_, joined(std::string(key), path_)}; }
+JSONError JSONError::inside(std::string_view key) const { return {kind_, problem_, joined(excerpt(key), path_)}; }
 
 JSONError JSONError::inside(std::size_t index) const {
     return {kind_, problem_, joined(fmt::format("[{}]", index), path_)};

@@ -10,7 +10,8 @@ namespace tavaro {
 struct AudioFileWriter::State {
     State(std::filesystem::path const& file, AudioFileFormat format, int channels, AudioFileIntent intent)
         : encoder(file, format == AudioFileFormat::whole16 ? AudioCoding::pcm16 : AudioCoding::pcmFloat, channels)
-        , output(file, intent == AudioFileIntent::live ? ffmpeg::Place::inPlace : ffmpeg::Place::beside, "caf") {
+        , output(file, intent == AudioFileIntent::live ? ffmpeg::Place::growingForOwner : ffmpeg::Place::besideForOwner,
+                 "caf") {
         if (!packet) throw std::bad_alloc();
         encoder.describe(output.addStream());
         if (intent == AudioFileIntent::live) output.format().flags |= AVFMT_FLAG_FLUSH_PACKETS;

@@ -61,6 +61,14 @@ void throwReading(std::filesystem::path const& file, int code, Kind otherwise) {
                  reason(code == AVERROR(EINVAL) ? AVERROR_INVALIDDATA : code));
 }
 
+void throwReading(std::filesystem::path const& file, FileError const& error) {
+    switch (error.kind) {
+    case FileError::Kind::notPlain: throwReading(file, Kind::unreadable, "it is not a plain file");
+    case FileError::Kind::tooLarge: throwReading(file, Kind::unreadable, "it is too large");
+    default: throwReading(file, -error.errorNumber);
+    }
+}
+
 void throwWriting(std::filesystem::path const& file, Kind kind, std::string const& detail) {
     raise("write", file, kind, detail);
 }
@@ -72,6 +80,7 @@ void throwWriting(std::filesystem::path const& file, int code, Kind otherwise) {
     case AVERROR(EFBIG): throwWriting(file, Kind::diskFull, reason(code));
     case AVERROR(ENOENT):
     case AVERROR(ENOTDIR): throwWriting(file, Kind::notWritable, missingFolder(file));
+    case AVERROR(EEXIST):
     case AVERROR(EISDIR):
     case AVERROR(EACCES):
     case AVERROR(EPERM):

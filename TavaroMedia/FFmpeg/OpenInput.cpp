@@ -1,5 +1,6 @@
 #include <TavaroMedia/FFmpeg/Private/OpenInput.h>
 
+#include <TavaroCore/Files/PlainFile.h>
 #include <TavaroMedia/FFmpeg/Private/Failures.h>
 
 namespace tavaro::ffmpeg {
@@ -12,14 +13,9 @@ constexpr char const* containers =
     "mov,matroska,avi,mpegts,mpeg,flv,asf,ogg,mxf,nut,ivf,h264,hevc,gif,apng,yuv4mpegpipe,wav,mp3,flac,aac,aiff,caf";
 
 void checkIsPlainFile(std::filesystem::path const& file) {
-    std::error_code error;
-    auto const status = std::filesystem::status(file, error);
-    if (status.type() == std::filesystem::file_type::not_found) throwReading(file, AVERROR(ENOENT));
-    if (error) throwReading(file, AVERROR(error.value()));
-    if (status.type() == std::filesystem::file_type::directory) throwReading(file, AVERROR(EISDIR));
-    if (status.type() != std::filesystem::file_type::regular)
-        throwReading(file, Kind::unreadable, "it is not a plain file");
-    if (std::filesystem::file_size(file, error) == 0 && !error) throwReading(file, Kind::unreadable, "it is empty");
+    auto const plain = reading(file, [&] { return PlainFile::open(file, PlainFile::anySize); });
+    if (!plain) throwReading(file, AVERROR(ENOENT));
+    if (plain->size == 0) throwReading(file, Kind::unreadable, "it is empty");
 }
 
 }

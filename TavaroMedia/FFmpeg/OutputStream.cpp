@@ -18,6 +18,7 @@ namespace tavaro::ffmpeg {
 namespace {
 
 constexpr int ioBufferSize = 256 * 1024;
+constexpr auto ownerOnly = std::filesystem::perms(0600);
 
 }
 
@@ -46,8 +47,9 @@ OutputStream::OutputStream(std::filesystem::path file, Place place, char const* 
 OutputStream::~OutputStream() = default;
 
 void OutputStream::open(Place place) {
-    if (place == Place::beside) return writing(file_, [&] { pending_.emplace(file_); });
-    grown_ = FileDescriptor::open(file_, FileDescriptor::Opening::overwriting);
+    auto const permissions = place == Place::beside ? FileDescriptor::everyone : ownerOnly;
+    if (place != Place::growingForOwner) return writing(file_, [&] { pending_.emplace(file_, permissions); });
+    grown_ = FileDescriptor::open(file_, FileDescriptor::Opening::overwriting, permissions);
     if (!grown_.isOpen()) throwWriting(file_, -errno);
 }
 

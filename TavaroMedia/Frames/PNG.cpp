@@ -2,16 +2,14 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
-#include <memory>
 #include <span>
 #include <vector>
 
 #include <png.h>
 #include <zlib.h>
 
-#include <TavaroCore/Files/PendingFile.h>
+#include <TavaroCore/Files/AtomicFile.h>
 #include <TavaroMedia/FFmpeg/Private/Failures.h>
 
 namespace tavaro {
@@ -22,6 +20,7 @@ using Kind = MediaError::Kind;
 
 // Past this, a picture's header is taken for a forgery (a PNG of a few bytes can ask for gigabytes).
 constexpr std::int64_t largestPicture = std::int64_t{1} << 28;
+constexpr std::uint64_t largestFile = std::uint64_t{1} << 30; // what such a picture takes unpacked
 
 // Screen pictures are large flat areas: the fast levels pack them nearly as well as the slow ones.
 constexpr int compressionLevel = 4;
@@ -92,10 +91,6 @@ bool encode(Writer& writer, ImageView image, std::uint8_t* opaqueRow, PNGPacking
     return true;
 }
 
-struct FileCloser {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-};
-
 struct Reader {
     png_image image = {};
     Reader() { image.version = PNG_IMAGE_VERSION; }
@@ -106,7 +101,7 @@ struct Reader {
 
 }
 
-void writePNG(std::filesystem::path const& file, ImageView image, PNGPacking packing) {
+void writePNG(std::filesystem::path const& file, ImageView image, PNGPacking packing, PendingFile::IfTaken ifTaken) {
     if (image.isEmpty()) ffmpeg::throwWriting(file, Kind::refused, "the picture is empty");
     auto output = ffmpeg::writing(file, [&] { return PendingFile(file); });
     Writer writer(output);
@@ -115,15 +110,14 @@ void writePNG(std::filesystem::path const& file, ImageView image, PNGPacking pac
         if (writer.fileError != 0) ffmpeg::throwWriting(file, -writer.fileError);
         ffmpeg::throwWriting(file, Kind::refused, "the picture could not be encoded");
     }
-    ffmpeg::writing(file, [&] { output.commit(); });
+    ffmpeg::writing(file, [&] { output.commit(ifTaken); });
 }
 
 Image readPNG(std::filesystem::path const& file) {
-    if (std::error_code error; std::filesystem::is_directory(file, error)) ffmpeg::throwReading(file, -EISDIR);
-    std::unique_ptr<std::FILE, FileCloser> stream(std::fopen(file.c_str(), "rbe"));
-    if (!stream) ffmpeg::throwReading(file, -errno);
+    auto const bytes = ffmpeg::reading(file, [&] { return readWholeFile(file, largestFile); });
+    if (!bytes) ffmpeg::throwReading(file, -ENOENT);
     Reader reader;
-    if (!png_image_begin_read_from_stdio(&reader.image, stream.get()))
+    if (!png_image_begin_read_from_memory(&reader.image, bytes->data(), bytes->size()))
         ffmpeg::throwReading(file, Kind::unreadable, "it is damaged, or not a PNG picture");
     if (std::int64_t{reader.image.width} * reader.image.height > largestPicture)
         ffmpeg::throwReading(file, Kind::unreadable, "it has more pixels than a picture here may have");

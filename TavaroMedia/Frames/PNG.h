@@ -2,6 +2,7 @@
 
 #include <filesystem>
 
+#include <TavaroCore/Files/PendingFile.h>
 #include <TavaroMedia/Frames/Image.h>
 
 namespace tavaro {
@@ -12,7 +13,8 @@ enum class PNGPacking { small, quick };
 
 /// Writes 8-bit RGBA (RGB where every pixel is opaque), tagged sRGB. The file appears under its name only when it is
 /// complete. Throws `MediaError` (`notWritable`, `diskFull`).
-void writePNG(std::filesystem::path const& file, ImageView image, PNGPacking packing = PNGPacking::small);
+void writePNG(std::filesystem::path const& file, ImageView image, PNGPacking packing = PNGPacking::small,
+              PendingFile::IfTaken = PendingFile::IfTaken::replace);
 
 /// Reads any PNG as 8-bit RGBA. Throws `MediaError` (`missing`, `unreadable`).
 Image readPNG(std::filesystem::path const& file);

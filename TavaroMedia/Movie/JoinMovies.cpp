@@ -30,7 +30,7 @@ char const* formatName(std::filesystem::path const& file) { return file.extensio
 class Joining {
 public:
     explicit Joining(std::filesystem::path const& output)
-        : output_(output, ffmpeg::Place::beside, formatName(output))
+        : output_(output, ffmpeg::Place::besideForOwner, formatName(output))
         , packet_(av_packet_alloc())
         , held_(av_packet_alloc()) {
         if (!packet_ || !held_) throw std::bad_alloc();

@@ -38,7 +38,7 @@ MovieWriterSettings checked(std::filesystem::path const& file, MovieWriterSettin
 }
 
 ffmpeg::Place place(MovieIntent intent) {
-    return intent == MovieIntent::live ? ffmpeg::Place::inPlace : ffmpeg::Place::beside;
+    return intent == MovieIntent::live ? ffmpeg::Place::growingForOwner : ffmpeg::Place::beside;
 }
 
 std::optional<AudioEncoder> makeAudioEncoder(std::filesystem::path const& file, MovieSound sound) {

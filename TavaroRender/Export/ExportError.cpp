@@ -1,15 +1,17 @@
 #include <TavaroRender/Export/ExportError.h>
 
+#include <cctype>
+
 #include <TavaroRender/Painter/PaintError.h>
 
 namespace tavaro {
 
 ExportError ExportError::readerFailed(std::string const& detail) {
-    return {Kind::readerFailed, "Could not read the recording: " + detail};
+    return {Kind::readerFailed, "Could not read the recording: " + detail, detail};
 }
 
 ExportError ExportError::writerFailed(std::string const& detail) {
-    return {Kind::writerFailed, "Could not write the export: " + detail};
+    return {Kind::writerFailed, "Could not write the export: " + detail, detail};
 }
 
 ExportError ExportError::missingAsset(std::string const& name) {
@@ -24,7 +26,11 @@ ExportError ExportError::effectFailed(std::string const& sentence) { return {Kin
 
 ExportError ExportError::cancelled() { return {Kind::cancelled, "Export cancelled."}; }
 
-ExportError ExportError::gifFailed() { return {Kind::gifFailed, "Could not encode the GIF."}; }
+ExportError ExportError::gifFailed(std::string const& detail) {
+    auto reason = detail;
+    if (!reason.empty()) reason[0] = static_cast<char>(std::toupper(static_cast<unsigned char>(reason[0])));
+    return {Kind::gifFailed, "Could not encode the GIF. " + reason + ".", detail};
+}
 
 ExportError ExportError::alreadyExporting() { return {Kind::alreadyExporting, "Tavaro is already exporting."}; }
 

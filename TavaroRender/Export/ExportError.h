@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <utility>
 
 #include <TavaroCore/Errors/Error.h>
 
@@ -32,7 +33,8 @@ public:
     /// Something that frames ask for and that cannot be used; the whole sentence.
     static ExportError effectFailed(std::string const& sentence);
     static ExportError cancelled();
-    static ExportError gifFailed();
+    /// `detail` is the reason alone, without a full stop.
+    static ExportError gifFailed(std::string const& detail);
     static ExportError alreadyExporting();
 
     /// What a frame that could not be drawn means for the export that it belongs to.
@@ -40,10 +42,17 @@ public:
 
     Kind kind() const { return kind_; }
 
+    /// Of a reader and a writer that failed, the reason alone.
+    std::string const& detail() const { return detail_; }
+
 private:
-    ExportError(Kind kind, std::string const& sentence) : Error(sentence), kind_(kind) {}
+    ExportError(Kind kind, std::string const& sentence, std::string detail = {})
+        : Error(sentence)
+        , kind_(kind)
+        , detail_(std::move(detail)) {}
 
     Kind kind_;
+    std::string detail_;
 };
 
 }

@@ -22,15 +22,15 @@ constexpr double samplesPerSecond = 2;
 constexpr double fewestSamples = 24;
 constexpr double mostSamples = 300;
 
-/// Every failure of a destination is the one sentence of a GIF.
+/// Every failure of a destination is one of the GIF.
 template<class Work> auto withGIFFailures(Work const& work) {
     try {
         return work();
-    } catch (MediaError const&) {
-        throw ExportError::gifFailed();
+    } catch (MediaError const& error) {
+        throw ExportError::gifFailed(error.detail());
     } catch (ExportError const& error) {
         if (error.kind() != ExportError::Kind::writerFailed) throw;
-        throw ExportError::gifFailed();
+        throw ExportError::gifFailed(error.detail());
     }
 }
 

@@ -56,8 +56,10 @@ void FramePainter::State::compose(DemoProject const& project) {
 
 void FramePainter::State::rethrow(MediaError const& error) const {
     auto const* image = std::get_if<BackgroundStyle::ImageFile>(&composer().project().background.content);
-    if (image && error.kind() == MediaError::Kind::missing) throw PaintError::missingAsset(image->assetName);
-    throw PaintError::unreadable(error.detail());
+    if (!image) throw PaintError::unreadable(error.detail());
+    if (error.kind() == MediaError::Kind::missing) throw PaintError::missingAsset(image->assetName);
+    throw PaintError::effect("The background picture '" + image->assetName + "' cannot be used: " + error.detail() +
+                             ".");
 }
 
 void FramePainter::State::rethrow(CameraTableError const& error) const {

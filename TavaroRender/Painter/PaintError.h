@@ -16,7 +16,7 @@ public:
         nothingToShow,  // a project without a moment that could be drawn
         undrawableSize, // no canvas is that small or that large
         noMemory,       // for frames of this size
-        effect,         // one that cannot be used, where such stop: a colour table, a text without a font
+        effect,         // one that cannot be used, where such stop: a colour table, a background picture, a text
     };
 
     static PaintError missingAsset(std::string const& name);

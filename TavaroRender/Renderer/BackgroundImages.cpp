@@ -22,12 +22,23 @@ bool isPNG(std::filesystem::path const& file) {
     return ending == ".png";
 }
 
-Image readPicture(std::filesystem::path const& file) {
-    if (isPNG(file)) return readPNG(file);
+/// Other picture formats than PNG are movies of one frame.
+Image readFrame(std::filesystem::path const& file) {
     Image image;
-    FrameConverter().convert(MovieReader(file).frame(0), image); // other picture formats are movies of one frame
+    try {
+        FrameConverter().convert(MovieReader(file).frame(0), image);
+    } catch (MediaError const& error) {
+        std::error_code ignored;
+        bool const isFile = std::filesystem::is_regular_file(file, ignored);
+        bool const isOfBytes =
+            error.kind() == MediaError::Kind::unreadable || error.kind() == MediaError::Kind::noVideoTrack;
+        if (!isFile || !isOfBytes) throw;
+        throw MediaError(MediaError::Kind::unreadable, error.what(), "it is damaged, or not a picture");
+    }
     return image;
 }
+
+Image readPicture(std::filesystem::path const& file) { return isPNG(file) ? readPNG(file) : readFrame(file); }
 
 Image copyOf(ImageView view) {
     Image image(view.width, view.height);

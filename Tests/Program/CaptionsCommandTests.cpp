@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 
 using namespace tavaro;
+namespace fs = std::filesystem;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
@@ -87,6 +88,18 @@ TEST_F(CaptionsCommand, aScriptIsSpreadOverTheEdit) {
     EXPECT_EQ(captions({"--from-script", path("script.txt"), "--start", "8", "--duration", "60"}).exitCode, 0);
     EXPECT_EQ(cues()[0].start, 8);
     EXPECT_EQ(cues()[0].range().end(), 10);
+}
+
+TEST_F(CaptionsCommand, aFileThatIsThereIsOnlyReplacedWhereThatIsAskedFor) {
+    save(spoken);
+    write("tour.srt", "mine");
+    fs::create_symlink("nowhere", folder / "link.srt");
+    for (auto const* const name : {"tour.srt", "link.srt"})
+        expectRefusal({"--from-transcript", "-o", path(name)}, 1,
+                      "Could not write “" + path(name) + "”: something with that name exists already. --overwrite ");
+    EXPECT_EQ(read("tour.srt"), "mine");
+    EXPECT_EQ(captions({"--from-transcript", "-o", path("tour.srt"), "--overwrite"}).exitCode, 0);
+    EXPECT_THAT(read("tour.srt"), HasSubstr("Click here."));
 }
 
 TEST_F(CaptionsCommand, whatCannotBeCaptionedIsExplainedAndChangesNothing) {

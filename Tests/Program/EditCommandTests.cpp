@@ -44,7 +44,8 @@ protected:
         EXPECT_EQ(read("tour.recproj/project.json"), before);
     }
     std::string frameAt(std::string const& seconds) {
-        auto const outcome = tavaro({"frame", project(), "--at", seconds, "--max-width", "160", "-o", path("f.png")});
+        auto const outcome =
+            tavaro({"frame", project(), "--at", seconds, "--max-width", "160", "-o", path("f.png"), "--overwrite"});
         EXPECT_EQ(outcome.exitCode, 0) << outcome.error;
         return read("f.png");
     }

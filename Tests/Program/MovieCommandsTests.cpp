@@ -334,6 +334,21 @@ TEST_F(MovieCommands, aFramePastTheEndIsRefused) {
     EXPECT_EQ(tavaro({"frame", project, "--at", "4.9", "-o", path("f.png")}).exitCode, 0) << "a card counts";
 }
 
+TEST_F(MovieCommands, aPictureThatIsThereIsOnlyReplacedWhereThatIsAskedFor) {
+    auto const project = importMovie();
+    write("mine.png", "mine");
+    for (Arguments const& what : {Arguments{"--at", "1"}, {"--sheet", "2", "--max-width", "200"}}) {
+        Arguments words{"frame", project, "-o", path("mine.png")};
+        words.insert(words.end(), what.begin(), what.end());
+        expectFailure(tavaro(words), "mine.png”: something with that name exists already. --overwrite replaces it.");
+        EXPECT_EQ(read("mine.png"), "mine");
+        words.push_back("--overwrite");
+        EXPECT_EQ(tavaro(words).exitCode, 0);
+        EXPECT_NO_THROW(readPNG(path("mine.png")));
+        write("mine.png", "mine");
+    }
+}
+
 TEST_F(MovieCommands, aSheetShowsMomentsOfTheWhole) {
     auto const project = importMovie();
     auto const sheet = tavaro({"frame", project, "--sheet", "6", "--max-width", "800", "-o", path("s.png"), "--json"});

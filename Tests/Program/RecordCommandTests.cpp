@@ -73,14 +73,32 @@ TEST_F(RecordCommand, aTakeWhoseProgramDiedIsBroughtBack) {
     running.send(SIGKILL);
     running.wait();
     EXPECT_FALSE(fs::exists(path("take.recproj")));
+    auto const modeOf = [](fs::path const& file) { return fs::status(file).permissions(); };
+    for (auto const& take : fs::directory_iterator(recordings())) {
+        EXPECT_EQ(modeOf(take.path()), fs::perms(0700)) << "nobody else comes in";
+        EXPECT_EQ(modeOf(take.path() / "segment-000.mov"), fs::perms(0600));
+    }
     EXPECT_THAT(tavaro({"recover"}).out, HasSubstr("(display)"));
     EXPECT_THAT(tavaro({"recover", "--json"}).out, HasSubstr("\"mode\":\"display\""));
     auto const outcome = tavaro({"recover", "last", "-o", path("take.recproj")});
     ASSERT_EQ(outcome.exitCode, 0) << outcome.error;
     auto const project = ProjectPackage(path("take.recproj")).load();
-    EXPECT_GT(MovieReader(path("take.recproj/assets/" + project.timeline.clips.at(0).asset)).info().duration, 0.2);
+    fs::path const movie = path("take.recproj/assets/" + project.timeline.clips.at(0).asset);
+    EXPECT_GT(MovieReader(movie).info().duration, 0.2);
+    EXPECT_EQ(modeOf(movie), fs::perms(0600));
+    EXPECT_EQ(modeOf(path("take.recproj")), fs::perms(0700));
     EXPECT_THAT(tavaro({"recover"}).out, HasSubstr("no unfinished recording"));
     EXPECT_EQ(tavaro({"recover", "--json"}).out, "[]\n");
+}
+
+TEST_F(RecordCommand, whoeverDiscardsARecordingReadsWhatIsGone) {
+    for (int i = 0; i < 2; ++i) tavaroWithFilesUpTo(8'000, {"record", "--seconds", "15", "-o", path("take.recproj")});
+    auto const said = tavaro({"recover", "last", "--discard"});
+    EXPECT_EQ(said.exitCode, 0) << said.error;
+    EXPECT_THAT(said.out, AllOf(HasSubstr("Discarded the recording of 20"), HasSubstr("Its files are removed.\n")));
+    EXPECT_THAT(tavaro({"recover", "last", "--discard", "--json"}).out,
+                HasSubstr("{\"discarded\":{\"estimatedDuration\":"));
+    EXPECT_TRUE(names(recordings()).empty());
 }
 
 TEST_F(RecordCommand, sourcesThatCannotBeFilmedAreExplained) {

@@ -11,6 +11,8 @@ std::exception_ptr asError(std::exception_ptr const& failure) {
         return std::make_exception_ptr(Error("There is not enough memory for this."));
     } catch (std::exception const& other) {
         return std::make_exception_ptr(Error(other.what()));
+    } catch (...) {
+        return std::make_exception_ptr(Error("Something went wrong that cannot say what it was."));
     }
 }
 

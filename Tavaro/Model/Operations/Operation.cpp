@@ -1,5 +1,6 @@
 #include <Tavaro/Model/Operations/Operation.h>
 
+#include <TavaroCore/Errors/Excerpt.h>
 #include <TavaroCore/Records/RecordPatch.h>
 
 #include <fmt/format.h>
@@ -117,7 +118,8 @@ Operation decodeOperation(std::string_view name, JSONValue const& arguments) {
         if (Record::info.name == name) operation = decoded<Record>(arguments);
     });
     if (!operation)
-        throw OperationError(OperationError::Kind::noSuchOperation, fmt::format("There is no operation “{}”.", name));
+        throw OperationError(OperationError::Kind::noSuchOperation,
+                             fmt::format("There is no operation “{}”.", excerpt(name)));
     expectParameters(*operation);
     return *operation;
 }

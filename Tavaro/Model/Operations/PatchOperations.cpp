@@ -3,6 +3,7 @@
 #include <Tavaro/Model/Operations/OperationError.h>
 #include <Tavaro/Model/Operations/Private/DocumentValues.h>
 
+#include <TavaroCore/Errors/Excerpt.h>
 #include <TavaroCore/Project/DemoProject.h>
 #include <TavaroCore/Records/RecordPatch.h>
 #include <TavaroCore/Style/BackgroundPreset.h>
@@ -26,7 +27,7 @@ constexpr std::array<std::string_view, 6> protectedFields{"id",       "version",
 void expectChangeable(std::string_view key) {
     bool isField = false;
     forEachField<DemoProject>([&](auto const& field) { isField = isField || field.name == key; });
-    if (!isField) fail(fmt::format("\"{}\" is not a project field. Check get_project for the names.", key));
+    if (!isField) fail(fmt::format("\"{}\" is not a project field. Check get_project for the names.", excerpt(key)));
     if (std::ranges::find(protectedFields, key) == protectedFields.end()) return;
     fail(fmt::format("\"{}\" can't be changed.{}", key, key == "timeline" ? " Use edit_timeline." : ""));
 }
@@ -131,7 +132,8 @@ void set(DemoProject& project, std::string const& change) {
 
 std::string changeProblem(std::string const& text) {
     auto const equals = text.find('=');
-    return equals != text.npos && equals > 0 ? "" : fmt::format("“{}” is no change; those are PATH=VALUE", text);
+    return equals != text.npos && equals > 0 ? ""
+                                             : fmt::format("“{}” is no change; those are PATH=VALUE", excerpt(text));
 }
 
 std::string apply(DemoProject& project, Patch const& patch) {

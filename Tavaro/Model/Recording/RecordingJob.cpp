@@ -51,7 +51,7 @@ template<class Orders> MadeTake record(RecordingRequest const& request, Orders& 
     auto project = request.project;
     if (project.package.empty()) project.package = unsavedPackagePath(recordingName(std::time(nullptr)));
     expectPlaceFor(project.package);
-    RecoveryStore::pruneOldRecordings();
+    for (auto const& problem : RecoveryStore::pruneOldRecordings().problems) reporter.remark(problem);
     ScreenRecorder recorder(request.recorder);
     recorder.start();
     if (runTake(recorder, request.seconds, orders, reporter) == TakeEnd::discard) {

@@ -30,11 +30,14 @@ MadeTake recover(Recoverable const& take, TakeProject project, JobControl& contr
 
 }
 
+UnfinishedRecording listed(Recoverable const& take) {
+    return {take.id, take.marker.startedAt, take.estimatedDuration, take.marker.mode};
+}
+
 std::vector<UnfinishedRecording> unfinishedRecordings() {
-    std::vector<UnfinishedRecording> listed;
-    for (auto const& take : RecoveryStore::findRecoverable())
-        listed.push_back({take.id, take.marker.startedAt, take.estimatedDuration, take.marker.mode});
-    return listed;
+    std::vector<UnfinishedRecording> recordings;
+    for (auto const& take : RecoveryStore::findRecoverable()) recordings.push_back(listed(take));
+    return recordings;
 }
 
 Recoverable unfinishedRecording(std::string const& id) {

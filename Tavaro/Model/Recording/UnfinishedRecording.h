@@ -30,6 +30,8 @@ struct UnfinishedRecording {
 };
 static_assert(listsEveryField<UnfinishedRecording>);
 
+UnfinishedRecording listed(RecoveryStore::Recoverable const& take);
+
 /// The newest first.
 std::vector<UnfinishedRecording> unfinishedRecordings();
 

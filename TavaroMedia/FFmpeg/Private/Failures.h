@@ -16,6 +16,7 @@ std::string reason(int code);
 [[noreturn]] void throwReading(std::filesystem::path const& file, int code,
                                MediaError::Kind otherwise = MediaError::Kind::unreadable);
 [[noreturn]] void throwReading(std::filesystem::path const& file, MediaError::Kind kind, std::string const& detail);
+[[noreturn]] void throwReading(std::filesystem::path const& file, FileError const& error);
 [[noreturn]] void throwWriting(std::filesystem::path const& file, int code,
                                MediaError::Kind otherwise = MediaError::Kind::refused);
 [[noreturn]] void throwWriting(std::filesystem::path const& file, MediaError::Kind kind, std::string const& detail);
@@ -32,6 +33,15 @@ template<class Step> auto writing(std::filesystem::path const& file, Step step) 
         return step();
     } catch (FileError const& error) {
         throwWriting(file, -error.errorNumber);
+    }
+}
+
+/// The same for a step of reading it.
+template<class Step> auto reading(std::filesystem::path const& file, Step step) {
+    try {
+        return step();
+    } catch (FileError const& error) {
+        throwReading(file, error);
     }
 }
 

@@ -11,8 +11,9 @@
 namespace tavaro::ffmpeg {
 
 /// Whether a container appears under its name when it is complete (`PendingFile`), or grows there, where a reader can
-/// follow and a killed writer leaves what it wrote.
-enum class Place { beside, inPlace };
+/// follow and a killed writer leaves what it wrote. What was recorded is for its owner alone to read, wherever it is
+/// moved later.
+enum class Place { beside, besideForOwner, growingForOwner };
 
 /// A container being written, with the file's own errors kept: FFmpeg's would only say "I/O error".
 class OutputStream {

@@ -12,6 +12,7 @@
 
 #include <fstream>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 namespace tavaro {
 
@@ -20,6 +21,23 @@ namespace fs = std::filesystem;
 namespace {
 
 enum class End { finished, abandoned };
+
+/// While it lives, the process has the rights of an ordinary user, who owns the folder: nothing stops the root user.
+class OrdinaryUser {
+public:
+    explicit OrdinaryUser(fs::path const& folder) : before_(geteuid()) {
+        if (before_ != 0) return;
+        for (auto const& entry : fs::recursive_directory_iterator(folder))
+            EXPECT_EQ(chown(entry.path().c_str(), user, user), 0);
+        EXPECT_EQ(chown(folder.c_str(), user, user), 0);
+        EXPECT_EQ(seteuid(user), 0);
+    }
+    ~OrdinaryUser() { EXPECT_EQ(seteuid(before_), 0); }
+
+private:
+    static constexpr uid_t user = 65534;
+    uid_t const before_;
+};
 
 class RecoveryStoreTest : public testing::Test {
 protected:
@@ -160,10 +178,39 @@ TEST_F(RecoveryStoreTest, onlyOldCompleteUnclaimedTakesArePruned) {
     for (auto const& directory : {old, claimed, unfinished}) age(directory, 15 * 86400);
     fs::create_directory(recordings.path() / "somebody's folder");
     auto const claim = WorkingFolderClaim::take(claimed);
-    EXPECT_EQ(RecoveryStore::pruneOldRecordings(14 * 86400, recordings.path()), 1);
+    auto const pruned = RecoveryStore::pruneOldRecordings(14 * 86400, recordings.path());
+    EXPECT_EQ(pruned.removed, 1);
+    EXPECT_TRUE(pruned.problems.empty());
     EXPECT_FALSE(fs::exists(old));
     for (auto const& kept : {young, claimed, unfinished, recordings.path() / "somebody's folder"})
         EXPECT_TRUE(fs::exists(kept)) << kept;
+}
+
+TEST_F(RecoveryStoreTest, aRemovalThatWasInterruptedIsFinishedByTheNextPruning) {
+    auto const directory = makeTake(End::abandoned);
+    auto const left = recordings.path() / (".removing-" + directory.filename().string());
+    fs::rename(directory, left); // what a kill leaves at the worst: all of it, under the name of what is to go
+    EXPECT_TRUE(found().empty()) << "it was not to be brought back any more";
+    EXPECT_EQ(RecoveryStore::pruneOldRecordings(14 * 86400, recordings.path()).removed, 0);
+    EXPECT_TRUE(fs::is_empty(recordings.path()));
+}
+
+TEST_F(RecoveryStoreTest, aTakeThatCannotBeRemovedIsSaidAndTheOthersGo) {
+    std::vector<fs::path> const olds{makeTake(End::finished), makeTake(End::finished)};
+    auto const stuck = olds[0] / "stuck";
+    fs::create_directory(stuck);
+    std::ofstream(stuck / "file") << "that cannot be removed";
+    fs::permissions(stuck, fs::perms(0500));
+    OrdinaryUser const user(recordings.path());
+    auto const pruned = RecoveryStore::pruneOldRecordings(-1, recordings.path());
+    EXPECT_EQ(pruned.removed, 1);
+    EXPECT_FALSE(fs::exists(olds[1]));
+    ASSERT_EQ(pruned.problems.size(), 1u);
+    EXPECT_EQ(pruned.problems[0], "Could not remove “" + olds[0].string() + "”: permission denied.");
+    EXPECT_EQ(RecoveryStore::pruneOldRecordings(-1, recordings.path()).problems.size(), 1u) << "said until it is gone";
+    fs::permissions(recordings.path() / (".removing-" + olds[0].filename().string()) / "stuck", fs::perms(0700));
+    EXPECT_TRUE(RecoveryStore::pruneOldRecordings(-1, recordings.path()).problems.empty());
+    EXPECT_TRUE(fs::is_empty(recordings.path()));
 }
 
 TEST_F(RecoveryStoreTest, onlyWorkingFoldersAreRemoved) {

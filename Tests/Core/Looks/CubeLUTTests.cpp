@@ -97,6 +97,8 @@ TEST(CubeLUT, refusesEachKindOfBadFileWithItsSentence) {
     expectRefused("LUT_3D_SIZE 66\n" + eight, Kind::tooLarge, "66³ LUT is larger than Tavaro supports (65³).");
     expectRefused("LUT_3D_SIZE 99999999999999999999\n", Kind::tooLarge,
                   "99999999999999999999³ LUT is larger than Tavaro supports (65³).");
+    expectRefused("LUT_3D_SIZE " + std::string(1 << 20, '9') + "\n", Kind::tooLarge,
+                  std::string(20, '9') + "…³ LUT is larger than Tavaro supports (65³).");
     expectRefused("LUT_3D_SIZE 2\n" + entries(7), Kind::wrongCount, "The .cube file should have 24 entries but has 21");
     expectRefused("LUT_3D_SIZE 2\n" + entries(9), Kind::wrongCount, "The .cube file should have 24 entries but has 27");
     auto const bad = [](std::string const& line) {

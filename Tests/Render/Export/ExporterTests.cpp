@@ -230,7 +230,7 @@ TEST(Exporter, aGIFThatStopsAtAnyStageLeavesNoFile) {
         FullDisk const full(10'000);
         Exporter(take.project, take.package, take.settings).exportGIF(take.output("out.gif"));
     });
-    EXPECT_EQ(sentence, "Could not encode the GIF.");
+    EXPECT_EQ(sentence, "Could not encode the GIF. The file would be larger than this disk or user may write.");
     EXPECT_EQ(take.filesLeft(), 0);
     take.settings.fps = 60;
     EXPECT_EQ(failure([&] { Exporter(take.project, take.package, take.settings).exportGIF(take.output("out.gif")); }),
@@ -262,6 +262,15 @@ TEST(Exporter, mediaThatCannotBeUsedIsNamed) {
     project = take.project;
     project.background.content = BackgroundStyle::ImageFile{.assetName = "beach.png"};
     EXPECT_EQ(exported(project, take.settings), "Missing asset 'beach.png' in the project.");
+    for (auto const* const name : {"beach.png", "beach.jpg"}) {
+        std::ofstream(take.package.assetURL(name)) << "no picture";
+        project.background.content = BackgroundStyle::ImageFile{.assetName = name};
+        EXPECT_EQ(
+            exported(project, take.settings)
+                .rfind("The background picture '" + std::string(name) + "' cannot be used: it is damaged, or not a", 0),
+            0u)
+            << exported(project, take.settings);
+    }
 
     auto settings = take.settings;
     settings.size = {0, 360};

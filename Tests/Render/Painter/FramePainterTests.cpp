@@ -316,7 +316,7 @@ TEST(FramePainter, whyAFrameCannotBeDrawnIsSaidInTheWordsOfWhoeverAsked) {
          [](FullTake& take) { fs::remove(take.package.assetURL("look.cube")); }},
         {Kind::unreadable, "Could not read the recording: it is damaged, or not a movie (screen.mp4)", "",
          [&](FullTake& take) { write(take, "screen.mp4"); }},
-        {Kind::unreadable, "Could not read the recording: ", "Could not read the recording: ",
+        {Kind::effect, "The background picture 'beach.png' cannot be used: it is damaged, or not a PNG picture.", "",
          [&](FullTake& take) { write(take, "beach.png"); }},
         {Kind::effect, "The colour table 'look.cube' cannot be used. ", "The colour table 'look.cube' cannot be used. ",
          [&](FullTake& take) { write(take, "look.cube"); }},

@@ -1,0 +1,19 @@
+#include <TavaroCore/Errors/Excerpt.h>
+
+#include <algorithm>
+
+namespace tavaro {
+
+std::string excerpt(std::string_view text, std::size_t mostBytes) {
+    auto const isWithinCharacter = [&](std::size_t at) {
+        return (static_cast<unsigned char>(text[at]) & 0xC0) == 0x80;
+    };
+    auto end = std::min(mostBytes, text.size());
+    while (end > 0 && end < text.size() && isWithinCharacter(end)) --end;
+    std::string shown(text.substr(0, end));
+    std::ranges::replace_if(
+        shown, [](unsigned char c) { return c < 0x20 || c == 0x7F; }, ' ');
+    return end < text.size() ? shown + "…" : shown;
+}
+
+}
