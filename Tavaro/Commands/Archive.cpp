@@ -2,6 +2,7 @@
 
 #include <Tavaro/Commands/Interruption.h>
 #include <Tavaro/Commands/ProgressLine.h>
+#include <Tavaro/Commands/Terminal.h>
 #include <Tavaro/Model/Project/PackagePath.h>
 #include <Tavaro/Model/Project/StoredProject.h>
 
@@ -48,7 +49,10 @@ template<class Work> fs::path watched(char const* title, bool isSilent, Work con
 }
 
 void printPath(fs::path const& path, bool asJSON) {
-    fmt::print("{}\n", asJSON ? encodeJSON(MadeFile{path.string()}) : path.string());
+    if (asJSON)
+        terminal::sayJSON(encodeJSON(MadeFile{path.string()}));
+    else
+        terminal::sayPath(path.string());
 }
 
 void archive(Options const& options) {
@@ -81,7 +85,7 @@ void restore(Options const& options) {
     auto const lock = lockForEditing(package);
     auto const project = ProjectPackage(package).restoreBackup();
     if (!options.asJSON)
-        fmt::print("“{}” is as it was before its last save; the same command goes forward again.\n", project.name);
+        terminal::say("“{}” is as it was before its last save; the same command goes forward again.\n", project.name);
     if (options.asJSON) printPath(package, true);
 }
 

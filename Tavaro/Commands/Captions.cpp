@@ -3,6 +3,7 @@
 #include <Tavaro/Commands/Checks.h>
 #include <Tavaro/Commands/Names.h>
 #include <Tavaro/Commands/OperationFlags.h>
+#include <Tavaro/Commands/Terminal.h>
 #include <Tavaro/Commands/TextFile.h>
 #include <Tavaro/Model/Operations/CaptionListing.h>
 #include <Tavaro/Model/Operations/Perform.h>
@@ -80,8 +81,8 @@ void printCues(std::vector<CaptionCue> const& cues) {
     for (auto const& cue : cues) {
         auto text = cue.text;
         std::replace(text.begin(), text.end(), '\n', ' ');
-        fmt::print("{}–{}  {}\n", Timecode::format(cue.start, Timecode::Fraction::hundredths),
-                   Timecode::format(cue.range().end(), Timecode::Fraction::hundredths), text);
+        terminal::say("{}–{}  {}\n", Timecode::format(cue.start, Timecode::Fraction::hundredths),
+                      Timecode::format(cue.range().end(), Timecode::Fraction::hundredths), text);
     }
 }
 
@@ -106,11 +107,11 @@ void captions(Options const& options) {
     if (options.asJSON) {
         CaptionListing listing{static_cast<std::int64_t>(cues.size()), cues, {}};
         if (!options.output.empty()) listing.path = options.output;
-        fmt::print("{}\n", encodeJSON(listing));
+        terminal::sayJSON(encodeJSON(listing));
         return;
     }
-    if (options.makesCaptions()) fmt::print("{}\n", summary);
-    if (!options.output.empty()) fmt::print("Wrote {} to {}\n", counted(cues.size(), "caption"), options.output);
+    if (options.makesCaptions()) terminal::say("{}\n", summary);
+    if (!options.output.empty()) terminal::say("Wrote {} to {}\n", counted(cues.size(), "caption"), options.output);
     if (!options.makesCaptions() && options.output.empty()) printCues(cues);
 }
 

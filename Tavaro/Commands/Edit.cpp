@@ -3,6 +3,7 @@
 #include <Tavaro/Commands/Checks.h>
 #include <Tavaro/Commands/Command.h>
 #include <Tavaro/Commands/OperationFlags.h>
+#include <Tavaro/Commands/Terminal.h>
 #include <Tavaro/Commands/WordList.h>
 #include <Tavaro/Model/Project/OpenProject.h>
 
@@ -31,11 +32,11 @@ template<class Record> void declareOperation(CLI::App& edit, std::shared_ptr<Edi
 
 void print(EditReport const& report, EditOptions const& options) {
     if (options.asJSON) {
-        fmt::print("{}\n", encodeJSON(report));
+        terminal::sayJSON(encodeJSON(report));
     } else if (report.durationBefore == report.duration) {
-        fmt::print("{}\n", report.summary);
+        terminal::say("{}\n", report.summary);
     } else {
-        fmt::print("{}: {} → {}\n", report.summary, shownTime(report.durationBefore), shownTime(report.duration));
+        terminal::say("{}: {} → {}\n", report.summary, shownTime(report.durationBefore), shownTime(report.duration));
     }
 }
 

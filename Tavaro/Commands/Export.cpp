@@ -4,6 +4,7 @@
 #include <Tavaro/Commands/Interruption.h>
 #include <Tavaro/Commands/Names.h>
 #include <Tavaro/Commands/ProgressLine.h>
+#include <Tavaro/Commands/Terminal.h>
 #include <Tavaro/Model/Exporting/PreparedExport.h>
 #include <Tavaro/Model/Project/StoredProject.h>
 
@@ -87,7 +88,7 @@ std::string described(ExportedFilm const& film) {
 
 /// Beside the result, for who watches.
 void tell(Options const& options, std::string const& line) {
-    if (!options.asJSON) fmt::print(stderr, "{}\n", line);
+    if (!options.asJSON) terminal::tell("{}\n", line);
 }
 
 void show(ProgressLine& line, ExportProgress const& progress) {
@@ -107,7 +108,7 @@ ExportedFilm write(Options const& options, std::shared_ptr<PreparedExport> prepa
     auto job = exportJob(queue, std::move(prepared));
     Interruption const interruption;
     ProgressLine line("", options.asJSON ? ProgressLine::Output::silent : ProgressLine::Output::automatic);
-    job.onRemark([](std::string const& sentence) { fmt::print(stderr, "{}\n", sentence); });
+    job.onRemark([](std::string const& sentence) { terminal::tell("{}\n", sentence); });
     job.onProgress([&](ExportProgress const& progress) { show(line, progress); });
     auto const begun = std::chrono::steady_clock::now();
     job.start();
@@ -121,7 +122,10 @@ ExportedFilm write(Options const& options, std::shared_ptr<PreparedExport> prepa
 }
 
 void print(Options const& options, ExportedFilm const& film) {
-    fmt::print("{}\n", options.asJSON ? encodeJSON(film) : film.path);
+    if (options.asJSON)
+        terminal::sayJSON(encodeJSON(film));
+    else
+        terminal::sayPath(film.path);
 }
 
 void exportProject(Options const& options) {
@@ -134,7 +138,7 @@ void exportProject(Options const& options) {
                                   odd->height, plan.width, plan.height));
     }
     if (options.estimatesOnly) {
-        if (!options.asJSON) fmt::print("{}\n", described(plan));
+        if (!options.asJSON) terminal::say("{}\n", described(plan));
         return print(options, plan);
     }
     tell(options, described(plan));

@@ -1,6 +1,7 @@
 #include <Tavaro/Commands/Command.h>
 
 #include <Tavaro/Commands/Checks.h>
+#include <Tavaro/Commands/Terminal.h>
 #include <Tavaro/Model/Exporting/DrawnPicture.h>
 #include <Tavaro/Model/Project/StoredProject.h>
 
@@ -62,9 +63,9 @@ std::string timeText(double seconds) { return Timecode::format(seconds, Timecode
 
 void printResult(Options const& options, DrawnPicture const& picture) {
     if (options.asJSON)
-        fmt::print("{}\n", encodeJSON(picture));
+        terminal::sayJSON(encodeJSON(picture));
     else
-        fmt::print("{}\n", picture.path);
+        terminal::sayPath(picture.path);
 }
 
 /// Draws the film of the project at that size.

@@ -2,6 +2,7 @@
 
 #include <Tavaro/Commands/Checks.h>
 #include <Tavaro/Commands/Names.h>
+#include <Tavaro/Commands/Terminal.h>
 #include <Tavaro/Model/Making/ImportedMovie.h>
 #include <Tavaro/Model/Project/PackagePath.h>
 
@@ -29,16 +30,18 @@ void import(Options const& options) {
                                  .events = options.events,
                                  .package = packagePath(options.output),
                                  .mode = modeNamed(options.mode)});
-    job.onRemark([](std::string const& remark) { fmt::print(stderr, "{}\n", remark); });
+    job.onRemark([](std::string const& remark) { terminal::tell("{}\n", remark); });
     job.start();
     auto const& made = job.wait();
     if (options.asJSON) {
-        fmt::print("{}\n", encodeJSON(made));
+        terminal::sayJSON(encodeJSON(made));
         return;
     }
-    fmt::print("{} of {}×{}, {}, {}\n{}\n", Timecode::format(made.duration, Timecode::Fraction::hundredths),
-               made.sourceSize.width, made.sourceSize.height, counted(static_cast<std::size_t>(made.clicks), "click"),
-               counted(static_cast<std::size_t>(made.keystrokes), "key"), made.path);
+    terminal::say("{} of {}×{}, {}, {}\n", Timecode::format(made.duration, Timecode::Fraction::hundredths),
+                  made.sourceSize.width, made.sourceSize.height,
+                  counted(static_cast<std::size_t>(made.clicks), "click"),
+                  counted(static_cast<std::size_t>(made.keystrokes), "key"));
+    terminal::sayPath(made.path);
 }
 
 }

@@ -2,6 +2,7 @@
 
 #include <Tavaro/Commands/Checks.h>
 #include <Tavaro/Commands/Names.h>
+#include <Tavaro/Commands/Terminal.h>
 #include <Tavaro/Commands/TimelineDrawing.h>
 #include <Tavaro/Model/Project/StoredProject.h>
 
@@ -83,10 +84,10 @@ std::string described(AudioTrack const& track) {
 
 /// The size of a list and its items, the first ones only unless all are wanted.
 template<class Item> void printList(std::string_view label, std::vector<Item> const& items, bool all) {
-    fmt::print("{:<12}{}\n", label, items.size());
+    terminal::say("{:<12}{}\n", label, items.size());
     auto const shown = all || items.size() <= fewItems ? items.size() : fewItems - 1;
-    for (std::size_t i = 0; i < shown; ++i) fmt::print("  {}\n", described(items[i]));
-    if (shown < items.size()) fmt::print("  … and {} more (--all)\n", items.size() - shown);
+    for (std::size_t i = 0; i < shown; ++i) terminal::say("  {}\n", described(items[i]));
+    if (shown < items.size()) terminal::say("  … and {} more (--all)\n", items.size() - shown);
 }
 
 /// A list that most projects do not have.
@@ -96,19 +97,19 @@ template<class Item> void printListIfAny(std::string_view label, std::vector<Ite
 
 void printFacts(DemoProject const& project) {
     auto const& log = *project.metadata;
-    fmt::print("{}\n", project.name);
-    fmt::print("mode        {}\n", displayName(project.mode));
-    fmt::print("duration    {}\n", time(project.duration()));
-    fmt::print("recording   {}×{}\n", project.sourceSize.width, project.sourceSize.height);
-    fmt::print("canvas      {}×{}\n", project.canvas.width, project.canvas.height);
-    fmt::print("background  {}\n", project.background.displayName());
-    fmt::print("frame       {}\n", displayName(project.screen.frame));
-    if (project.cameraAsset) fmt::print("camera      {}, {}\n", *project.cameraAsset, nameOf(project.camera.shape));
+    terminal::say("{}\n", project.name);
+    terminal::say("mode        {}\n", displayName(project.mode));
+    terminal::say("duration    {}\n", time(project.duration()));
+    terminal::say("recording   {}×{}\n", project.sourceSize.width, project.sourceSize.height);
+    terminal::say("canvas      {}×{}\n", project.canvas.width, project.canvas.height);
+    terminal::say("background  {}\n", project.background.displayName());
+    terminal::say("frame       {}\n", displayName(project.screen.frame));
+    if (project.cameraAsset) terminal::say("camera      {}, {}\n", *project.cameraAsset, nameOf(project.camera.shape));
     if (log.health != CaptureHealth{})
-        fmt::print("capture     {}\n", log.health.summary()); // imported movies have none
-    fmt::print("log         {}, {}, {}\n", counted(log.cursorSamples.size(), "pointer sample"),
-               counted(log.clicks.size(), "click"), counted(log.keystrokes.size(), "key"));
-    if (project.transcript) fmt::print("transcript  {}\n", counted((*project.transcript)->words.size(), "word"));
+        terminal::say("capture     {}\n", log.health.summary()); // imported movies have none
+    terminal::say("log         {}, {}, {}\n", counted(log.cursorSamples.size(), "pointer sample"),
+                  counted(log.clicks.size(), "click"), counted(log.keystrokes.size(), "key"));
+    if (project.transcript) terminal::say("transcript  {}\n", counted((*project.transcript)->words.size(), "word"));
 }
 
 int columns() {
@@ -119,7 +120,8 @@ int columns() {
 
 void printOutline(DemoProject const& project, bool all) {
     printFacts(project);
-    if (auto const drawing = timelineDrawing(project, columns()); !drawing.empty()) fmt::print("\n{}\n", drawing);
+    if (auto const drawing = timelineDrawing(project, columns()); !drawing.empty())
+        terminal::say("\n{}\n", terminal::Lines{drawing});
     printList("clips", project.timeline.clips, all);
     printList("zooms", project.zoomEvents, all);
     printListIfAny("overlays", project.overlays, all);
@@ -145,7 +147,7 @@ void addInfo(CLI::App& app) {
     command->callback([options] {
         auto const project = openProject(options->package).project;
         if (options->asJSON)
-            fmt::print("{}\n", encodeProject(project));
+            terminal::sayJSON(encodeProject(project));
         else
             printOutline(project, options->all);
     });

@@ -1,5 +1,6 @@
 #include <Tavaro/Commands/Command.h>
 
+#include <Tavaro/Commands/Terminal.h>
 #include <Tavaro/Model/Listings/LibraryListing.h>
 
 #include <TavaroCore/Records/JSON.h>
@@ -26,11 +27,11 @@ std::string size(std::int64_t bytes) {
 void printLine(ListedProject const& item) {
     auto const modified = fmt::localtime(static_cast<std::time_t>(item.modified.milliseconds / 1000));
     if (item.problem) {
-        fmt::print("{:%Y-%m-%d %H:%M}  {}\n", modified, *item.problem);
+        terminal::say("{:%Y-%m-%d %H:%M}  {}\n", modified, *item.problem);
         return;
     }
-    fmt::print("{:%Y-%m-%d %H:%M}  {:>8}  {:>8}  {:<11}  {}  {}\n", modified, Timecode::format(item.duration),
-               size(item.size), displayName(item.mode), item.name, item.path);
+    terminal::say("{:%Y-%m-%d %H:%M}  {:>8}  {:>8}  {:<11}  {}  {}\n", modified, Timecode::format(item.duration),
+                  size(item.size), displayName(item.mode), item.name, item.path);
 }
 
 }
@@ -51,9 +52,9 @@ void addLibrary(CLI::App& app) {
                                  ? usualProjectFolders()
                                  : std::vector<fs::path>(options->folders.begin(), options->folders.end());
         auto const items = listProjects(folders);
-        if (options->asJSON) return fmt::print("{}\n", encodeJSON(items));
+        if (options->asJSON) return terminal::sayJSON(encodeJSON(items));
         for (auto const& item : items) printLine(item);
-        if (items.empty()) fmt::print("There are no projects there.\n");
+        if (items.empty()) terminal::say("There are no projects there.\n");
     });
 }
 

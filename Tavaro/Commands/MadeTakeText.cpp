@@ -1,5 +1,7 @@
 #include <Tavaro/Commands/MadeTakeText.h>
 
+#include <Tavaro/Commands/Terminal.h>
+
 #include <TavaroCore/Records/JSON.h>
 #include <TavaroCore/Values/Timecode.h>
 
@@ -11,13 +13,14 @@ namespace tavaro::commands {
 void print(MadeTake const& take, TakeOutput output) {
     auto const& made = take.made;
     if (output == TakeOutput::json) {
-        fmt::print("{}\n", encodeJSON(made));
+        terminal::sayJSON(encodeJSON(made));
         return;
     }
-    fmt::print("{} of {}×{}: {}\n", Timecode::format(made.duration, Timecode::Fraction::hundredths),
-               made.sourceSize.width, made.sourceSize.height, take.health);
-    if (made.report) fmt::print("{}\n", fmt::join(made.report->summaryLines(), "\n"));
-    fmt::print("{}\n", made.path);
+    terminal::say("{} of {}×{}: {}\n", Timecode::format(made.duration, Timecode::Fraction::hundredths),
+                  made.sourceSize.width, made.sourceSize.height, take.health);
+    if (made.report)
+        for (auto const& line : made.report->summaryLines()) terminal::say("{}\n", line);
+    terminal::sayPath(made.path);
 }
 
 }

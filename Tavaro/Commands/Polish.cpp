@@ -2,6 +2,7 @@
 
 #include <Tavaro/Commands/Checks.h>
 #include <Tavaro/Commands/Names.h>
+#include <Tavaro/Commands/Terminal.h>
 #include <Tavaro/Model/Making/Polish.h>
 #include <Tavaro/Model/Project/OpenProject.h>
 #include <Tavaro/Model/Project/PackagePath.h>
@@ -45,18 +46,18 @@ void printReport(DirectorReport const& report, DemoProject const& project) {
     auto const automatic = [](auto const& items) {
         return std::count_if(items.begin(), items.end(), [](auto const& item) { return item.isAutomatic; });
     };
-    fmt::print("{:<24} {}\n", "zooms added", report.zoomsAdded);
-    fmt::print("{:<24} {}\n", "clicks detected", report.clicksDetected);
-    fmt::print("{:<24} {}\n", "pointer samples smoothed", report.cursorSamplesSmoothed);
-    fmt::print("{:<24} {}, {:.1f} s\n", "silences found", report.silencesFound, report.silenceSecondsRemovable);
-    fmt::print("{:<24} {}\n", "keycaps added", report.overlaysAdded);
-    fmt::print("{:<24} {}\n", "captions made", report.captionCues);
-    fmt::print("{:<24} {}\n", "camera scenes", automatic(project.layoutCues));
+    terminal::say("{:<24} {}\n", "zooms added", report.zoomsAdded);
+    terminal::say("{:<24} {}\n", "clicks detected", report.clicksDetected);
+    terminal::say("{:<24} {}\n", "pointer samples smoothed", report.cursorSamplesSmoothed);
+    terminal::say("{:<24} {}, {:.1f} s\n", "silences found", report.silencesFound, report.silenceSecondsRemovable);
+    terminal::say("{:<24} {}\n", "keycaps added", report.overlaysAdded);
+    terminal::say("{:<24} {}\n", "captions made", report.captionCues);
+    terminal::say("{:<24} {}\n", "camera scenes", automatic(project.layoutCues));
     for (auto const& cue : project.layoutCues) {
         if (cue.isAutomatic)
-            fmt::print("  {:7.1f} s  {:<11} {}\n", cue.time, nameOf(cue.scene), cue.reason.value_or(""));
+            terminal::say("  {:7.1f} s  {:<11} {}\n", cue.time, nameOf(cue.scene), cue.reason.value_or(""));
     }
-    fmt::print("{:<24} {}\n", "camera moves", automatic(project.cameraMoves));
+    terminal::say("{:<24} {}\n", "camera moves", automatic(project.cameraMoves));
 }
 
 PolishChoices choicesOf(Options const& options) {
@@ -80,10 +81,10 @@ void polish(Options const& options) {
     auto const [project, report] = polishAndSave(options.package, choicesOf(options));
     writeThumbnail(ProjectPackage(packagePath(options.package)), project);
     if (options.asJSON) {
-        fmt::print("{}\n", encodeJSON(report));
+        terminal::sayJSON(encodeJSON(report));
         return;
     }
-    for (auto const& line : report.summaryLines()) fmt::print("{}\n", line);
+    for (auto const& line : report.summaryLines()) terminal::say("{}\n", line);
     if (options.asReport) printReport(report, project);
 }
 

@@ -1,5 +1,7 @@
 #include <Tavaro/Commands/Command.h>
 
+#include <Tavaro/Commands/Terminal.h>
+
 #include <TavaroCore/Export/ExportFile.h>
 #include <TavaroCore/Export/ExportPreset.h>
 #include <TavaroCore/Records/JSON.h>
@@ -18,14 +20,14 @@ void printExportPresets() {
         auto const format = preset.container == ExportContainer::gif
                                 ? std::string(displayName(preset.container))
                                 : fmt::format("{} {}", displayName(preset.container), displayName(preset.codec));
-        fmt::print("{:<15} {:<17} {:<36} {:<18} {:>7} a minute\n", preset.id, preset.name, preset.detail, format,
-                   fileSizeText(estimatedFileSize(settings, 60)));
+        terminal::say("{:<15} {:<17} {:<36} {:<18} {:>7} a minute\n", preset.id, preset.name, preset.detail, format,
+                      fileSizeText(estimatedFileSize(settings, 60)));
     }
 }
 
 void printBackgrounds() {
     for (auto const& preset : BackgroundPreset::all()) {
-        fmt::print("{:<16} {:<16} {}\n", preset.id, preset.name, title(preset.family));
+        terminal::say("{:<16} {:<16} {}\n", preset.id, preset.name, title(preset.family));
     }
 }
 
@@ -43,8 +45,8 @@ void addPresets(CLI::App& app) {
     command->callback([options] {
         if (options->asJSON) {
             auto const presets = ExportPreset::all();
-            fmt::print("{}\n", options->backgrounds ? encodeJSON(BackgroundPreset::all())
-                                                    : encodeJSON(std::vector(presets.begin(), presets.end())));
+            terminal::sayJSON(options->backgrounds ? encodeJSON(BackgroundPreset::all())
+                                                   : encodeJSON(std::vector(presets.begin(), presets.end())));
         } else if (options->backgrounds) {
             printBackgrounds();
         } else {

@@ -1,5 +1,7 @@
 #include <Tavaro/Commands/ProgressLine.h>
 
+#include <Tavaro/Commands/Terminal.h>
+
 #include <fmt/format.h>
 
 #include <cstdio>
@@ -30,7 +32,7 @@ ProgressLine::ProgressLine(std::string title, Output output)
     , isTerminal_(isatty(STDERR_FILENO) == 1) {}
 
 ProgressLine::~ProgressLine() {
-    if (hasShown_ && isTerminal_) fmt::print(stderr, "\n");
+    if (hasShown_ && isTerminal_) terminal::tell("\n");
 }
 
 double ProgressLine::seconds() const { return std::chrono::duration<double>(Clock::now() - started_).count(); }
@@ -44,9 +46,9 @@ bool ProgressLine::isDue(bool isLast) {
 
 void ProgressLine::show(std::string const& line) {
     if (isTerminal_)
-        fmt::print(stderr, "\r{}\x1b[K", line);
+        terminal::tell("\r{}\x1b[K", line);
     else
-        fmt::print(stderr, "{}\n", line);
+        terminal::tell("{}\n", line);
     std::fflush(stderr);
     hasShown_ = true;
 }

@@ -5,6 +5,7 @@
 #include <Tavaro/Commands/MadeTakeText.h>
 #include <Tavaro/Commands/Names.h>
 #include <Tavaro/Commands/ProgressLine.h>
+#include <Tavaro/Commands/Terminal.h>
 #include <Tavaro/Model/Project/PackagePath.h>
 #include <Tavaro/Model/Recording/RecordingJob.h>
 #include <Tavaro/Model/Recording/TakeNames.h>
@@ -61,7 +62,7 @@ RecordingRequest requestOf(Options const& options) {
 void runTake(MainQueue& queue, RecordingJob& job) {
     std::optional<Interruption> interruption(std::in_place);
     std::optional<ProgressLine> line(std::in_place, "Recording");
-    job.onRemark([](std::string const& remark) { fmt::print(stderr, "{}\n", remark); });
+    job.onRemark([](std::string const& remark) { terminal::tell("{}\n", remark); });
     job.onProgress([&](RecordingProgress const& progress) {
         if (progress.stage == RecordingStage::recording && line) return line->text(stateOf(progress.take));
         line.reset();

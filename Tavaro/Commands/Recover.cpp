@@ -3,6 +3,7 @@
 #include <Tavaro/Commands/Checks.h>
 #include <Tavaro/Commands/MadeTakeText.h>
 #include <Tavaro/Commands/Names.h>
+#include <Tavaro/Commands/Terminal.h>
 #include <Tavaro/Model/Project/PackagePath.h>
 #include <Tavaro/Model/Recording/TakeNames.h>
 #include <Tavaro/Model/Recording/UnfinishedRecording.h>
@@ -37,10 +38,10 @@ struct DiscardedRecording {
 static_assert(listsEveryField<DiscardedRecording>);
 
 void list(std::vector<UnfinishedRecording> const& recordings) {
-    if (recordings.empty()) fmt::print("There is no unfinished recording.\n");
+    if (recordings.empty()) terminal::say("There is no unfinished recording.\n");
     for (auto const& recording : recordings) {
-        fmt::print("{}  {}  {}  ({})\n", recording.id.text(), recording.startedAt.text(),
-                   Timecode::format(recording.estimatedDuration), recording.mode);
+        terminal::say("{}  {}  {}  ({})\n", recording.id.text(), recording.startedAt.text(),
+                      Timecode::format(recording.estimatedDuration), recording.mode);
     }
 }
 
@@ -48,10 +49,10 @@ void discard(RecoveryStore::Recoverable const& take, bool asJSON) {
     RecoveryStore::discard(take);
     auto const recording = listed(take);
     if (asJSON)
-        fmt::print("{}\n", encodeJSON(DiscardedRecording{recording}));
+        terminal::sayJSON(encodeJSON(DiscardedRecording{recording}));
     else
-        fmt::print("Discarded the recording of {}, which was {} long. Its files are removed.\n",
-                   recording.startedAt.text(), Timecode::format(recording.estimatedDuration));
+        terminal::say("Discarded the recording of {}, which was {} long. Its files are removed.\n",
+                      recording.startedAt.text(), Timecode::format(recording.estimatedDuration));
 }
 
 TakeProject projectFor(Options const& options, Date startedAt) {
@@ -65,14 +66,14 @@ void recover(Options const& options) {
     if (options.id.empty()) {
         auto const recordings = unfinishedRecordings();
         if (!options.asJSON) return list(recordings);
-        fmt::print("{}\n", encodeJSON(recordings));
+        terminal::sayJSON(encodeJSON(recordings));
         return;
     }
     auto const take = unfinishedRecording(options.id);
     if (options.discards) return discard(take, options.asJSON);
     MainQueue queue;
     auto job = recoveryJob(queue, take, projectFor(options, take.marker.startedAt));
-    job.onRemark([](std::string const& remark) { fmt::print(stderr, "{}\n", remark); });
+    job.onRemark([](std::string const& remark) { terminal::tell("{}\n", remark); });
     job.start();
     print(job.wait(), options.asJSON ? TakeOutput::json : TakeOutput::lines);
 }

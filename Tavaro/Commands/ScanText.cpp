@@ -1,6 +1,7 @@
 #include <Tavaro/Commands/Command.h>
 
 #include <Tavaro/Commands/Names.h>
+#include <Tavaro/Commands/Terminal.h>
 #include <Tavaro/Commands/TextFile.h>
 
 #include <TavaroCore/Privacy/SensitiveTextClassifier.h>
@@ -30,15 +31,15 @@ void scan(Options options) {
     }
     SensitiveTextClassifier classifier(options.settings);
     auto const findings = findingsIn(readText(options.file, Dash::isStandardInput, largestText), classifier);
-    for (auto const& warning : classifier.warnings()) fmt::print(stderr, "{}\n", warning);
+    for (auto const& warning : classifier.warnings()) terminal::tell("{}\n", warning);
     if (options.asJSON) {
-        fmt::print("{}\n", encodeJSON(findings));
+        terminal::sayJSON(encodeJSON(findings));
         return;
     }
     for (auto const& finding : findings) {
-        fmt::print("{}:{}  {}  {}\n", finding.line, finding.column, displayName(finding.kind), finding.masked);
+        terminal::say("{}:{}  {}  {}\n", finding.line, finding.column, displayName(finding.kind), finding.masked);
     }
-    if (findings.empty()) fmt::print("Nothing private was found.\n");
+    if (findings.empty()) terminal::say("Nothing private was found.\n");
 }
 
 }

@@ -1,5 +1,6 @@
 #include <Tavaro/Commands/Command.h>
 
+#include <Tavaro/Commands/Terminal.h>
 #include <Tavaro/Model/Listings/SourceListing.h>
 
 #include <TavaroCapture/Devices/ListSources.h>
@@ -18,12 +19,12 @@ std::string place(ListedFrame const& frame) {
 
 void print(SourceListing const& list) {
     for (auto const& display : list.displays) {
-        fmt::print("{:<16} {:<24} {}{}\n", display.id, place(display.frame), display.name,
-                   display.isMain ? " (main)" : "");
+        terminal::say("{:<16} {:<24} {}{}\n", display.id, place(display.frame), display.name,
+                      display.isMain ? " (main)" : "");
     }
     for (auto const& window : list.windows) {
-        fmt::print("{:<16} {:<24} {}: {}{}\n", window.id, place(window.frame), window.application, window.title,
-                   window.isMinimized ? " (minimised)" : "");
+        terminal::say("{:<16} {:<24} {}: {}{}\n", window.id, place(window.frame), window.application, window.title,
+                      window.isMinimized ? " (minimised)" : "");
     }
 }
 
@@ -36,7 +37,7 @@ void addSources(CLI::App& app) {
     command->callback([asJSON] {
         auto const list = listingOf(listSources());
         if (*asJSON)
-            fmt::print("{}\n", encodeJSON(list));
+            terminal::sayJSON(encodeJSON(list));
         else
             print(list);
     });

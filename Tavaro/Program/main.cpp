@@ -1,4 +1,5 @@
 #include <Tavaro/Commands/Command.h>
+#include <Tavaro/Commands/Terminal.h>
 
 #include <TavaroCore/Errors/Error.h>
 #include <TavaroCore/Records/TaskPair.h>
@@ -6,14 +7,16 @@
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
-#include <spdlog/sinks/stdout_color_sinks.h>
+#include <spdlog/sinks/base_sink.h>
 #include <spdlog/spdlog.h>
 
 #include <algorithm>
 #include <csignal>
 #include <exception>
 #include <memory>
+#include <mutex>
 #include <new>
+#include <sstream>
 #include <string_view>
 
 namespace {
@@ -34,19 +37,33 @@ int run(int argc, char** argv) {
     app.set_version_flag("--version", "tavaro " TAVARO_VERSION, "Prints the version and ends");
     for (auto* const declare : tavaro::commands::all) declare(app);
     if (argc > 1 && argv[1][0] != '-' && !isCommand(app, argv[1])) {
-        fmt::print(stderr, "There is no command “{}”; `tavaro --help` lists them.\n", argv[1]);
+        tavaro::terminal::tell("There is no command “{}”; `tavaro --help` lists them.\n", argv[1]);
         return wrongUsage;
     }
     try {
         app.parse(argc, argv);
     } catch (CLI::ParseError const& error) {
-        return app.exit(error) == 0 ? 0 : wrongUsage;
+        std::ostringstream out, problem;
+        int const code = app.exit(error, out, problem);
+        tavaro::terminal::say("{}", tavaro::terminal::Lines{out.str()});
+        tavaro::terminal::tell("{}", tavaro::terminal::Lines{problem.str()});
+        return code == 0 ? 0 : wrongUsage;
     }
     return 0;
 }
 
+/// What is logged beside the results.
+class LogLines : public spdlog::sinks::base_sink<std::mutex> {
+    void sink_it_(spdlog::details::log_msg const& message) override {
+        spdlog::memory_buf_t line;
+        formatter_->format(message, line);
+        tavaro::terminal::tell("{}", tavaro::terminal::Lines{fmt::to_string(line)});
+    }
+    void flush_() override {}
+};
+
 int fail(char const* sentence) {
-    fmt::print(stderr, "{}\n", sentence);
+    tavaro::terminal::tell("{}\n", sentence);
     return failed;
 }
 
@@ -55,7 +72,7 @@ int fail(char const* sentence) {
 int main(int argc, char** argv) {
     std::signal(SIGXFSZ, SIG_IGN); // a limit on the size of files is told as a full disk is, after cleaning up
     // Standard output is for results.
-    spdlog::default_logger()->sinks() = {std::make_shared<spdlog::sinks::stderr_color_sink_mt>()};
+    spdlog::default_logger()->sinks() = {std::make_shared<LogLines>()};
     tavaro::setTaskPairRunner(tavaro::runInParallel);
     try {
         return run(argc, argv);

@@ -123,7 +123,12 @@ class CheckStructure(unittest.TestCase):
             found = words.split("(")[0].split(" <<")[0]
             self.assert_found({"TavaroMedia/Movie/Movie.h": GOOD["TavaroMedia/Movie/Movie.h"] + words},
                               f"TavaroMedia/Movie/Movie.h:2: {found}: a library prints nothing")
-            self.assertEqual(check({"Tavaro/Commands/Run.cpp": words + "\n// std::cout\n"}), (0, ""))
+            self.assertEqual(check({"Tavaro/Commands/Terminal.cpp": words + "\n// std::cout\n"}), (0, ""))
+
+    def test_programs_print_in_one_place(self):
+        self.assertEqual(check({"Tavaro/Commands/Run.cpp": "#include <CLI/CLI.hpp>\n"}), (0, ""))
+        self.assert_found({"Tavaro/Commands/Run.cpp": 'fmt::print("a");\n'},
+                          "Tavaro/Commands/Run.cpp:1: fmt::print: the commands print through Tavaro/Commands/Terminal.h")
 
     def test_the_drawing_marks_arrows_upwards(self):
         code, drawing = check({"TavaroCore/Values/Point.h": "#include <TavaroMedia/Movie/Movie.h>\n"}, "--graph")
