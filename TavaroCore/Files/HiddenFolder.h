@@ -7,7 +7,7 @@
 namespace tavaro {
 
 /// A new, hidden folder beside a file or folder that is built in it and then moved out whole (`moveUnlessTaken`). Goes
-/// away with all it holds; what a killed process left goes with the next one of that name. Throws `FileError`.
+/// away with all it holds; what a killed process left goes with what is made next in that place. Throws `FileError`.
 class HiddenFolder {
 public:
     explicit HiddenFolder(std::filesystem::path const& beside);

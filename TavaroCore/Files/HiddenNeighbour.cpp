@@ -13,6 +13,7 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr std::string_view ending = ".tmp";
+constexpr std::string_view maker = "tavaro-";
 
 /// "4711-0": a process and what it counts.
 bool isNumbered(std::string_view text) {
@@ -29,6 +30,19 @@ bool isNumberedBetween(std::string_view name, std::string_view before, std::stri
     return isNumbered(name.substr(before.size(), name.size() - before.size() - after.size()));
 }
 
+/// "tavaro-4711-0" of ".film.mp4.tavaro-4711-0.tmp"; empty where the name is of another kind.
+std::string_view lastPart(std::string_view name) {
+    if (!name.starts_with('.') || !name.ends_with(ending)) return {};
+    name.remove_suffix(ending.size());
+    auto const dot = name.rfind('.');
+    return dot > 0 ? name.substr(dot + 1) : std::string_view{};
+}
+
+bool isOfThisProgram(std::string_view name) {
+    auto const last = lastPart(name);
+    return last.starts_with(maker) && isNumbered(last.substr(maker.size()));
+}
+
 /// What is a hidden neighbour of one file.
 struct Names {
     explicit Names(fs::path const& file)
@@ -37,8 +51,9 @@ struct Names {
         , formerBefore(fmt::format(".{}.", cut(file.stem())))
         , formerAfter(".part" + file.extension().string()) {}
 
-    bool contain(std::string_view name) const { return isNumberedBetween(name, before, ending); }
-    /// "project.json.tmp", ".film.4711-0.part.mp4": what earlier versions called them.
+    /// ".project.json.4711-0.tmp"
+    bool containedLately(std::string_view name) const { return isNumberedBetween(name, before, ending); }
+    /// "project.json.tmp", ".film.4711-0.part.mp4": what the first versions called them.
     bool containedFormerly(std::string_view name) const {
         return name == formerWhole || isNumberedBetween(name, formerBefore, formerAfter);
     }
@@ -71,15 +86,10 @@ void removeUnlessHeld(fs::directory_entry const& entry) {
 
 fs::path neighbour(fs::path const& file) {
     static std::atomic<unsigned> counter{0};
-    return file.parent_path() / fmt::format("{}{}-{}{}", Names(file).before, getpid(), counter++, ending);
+    return file.parent_path() / fmt::format("{}{}{}-{}{}", Names(file).before, maker, getpid(), counter++, ending);
 }
 
-bool isNeighbourName(std::string_view name) {
-    if (!name.starts_with('.') || !name.ends_with(ending)) return false;
-    name.remove_suffix(ending.size());
-    auto const dot = name.rfind('.');
-    return dot > 0 && isNumbered(name.substr(dot + 1));
-}
+bool isNeighbourName(std::string_view name) { return isOfThisProgram(name) || isNumbered(lastPart(name)); }
 
 void removeAbandoned(fs::path const& file) {
     Names const names(file);
@@ -87,8 +97,9 @@ void removeAbandoned(fs::path const& file) {
     for (fs::directory_iterator entry(FileDescriptor::folderOf(file), error), end; !error && entry != end;
          entry.increment(error)) {
         auto const name = entry->path().filename().string();
-        // Earlier versions locked late or not at all, so theirs have to be old as well.
-        if (names.contain(name) || (names.containedFormerly(name) && isOlderThanAMinute(entry->path())))
+        // The first versions locked late or not at all, so theirs have to be old as well.
+        if (isOfThisProgram(name) || names.containedLately(name) ||
+            (names.containedFormerly(name) && isOlderThanAMinute(entry->path())))
             removeUnlessHeld(*entry);
     }
 }
