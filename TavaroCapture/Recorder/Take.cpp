@@ -65,14 +65,22 @@ void ScreenRecorder::Take::prepareStreams(TakeSources& sources) {
                                                                      .fps = options_.fps,
                                                                      .segmentDuration = options_.segmentSeconds});
     auto const options = [&](StreamRole role) { return SideStreamOptions{manifest_, role, options_.segmentSeconds}; };
-    if (sources.camera)
-        sideStreams_.push_back(recordCamera(std::move(sources.camera), clock_, options(StreamRole::camera)));
+    if (sources.camera) prepareCamera(std::move(sources.camera), options(StreamRole::camera));
     if (sources.microphone)
         sideStreams_.push_back(recordSound(std::move(sources.microphone), clock_, options(StreamRole::microphone)));
     if (sources.systemSound)
         sideStreams_.push_back(recordSound(std::move(sources.systemSound), clock_, options(StreamRole::systemSound)));
     writer_->prepare();
     RecoveryStore::markInProgress(directory_, recordingID_, std::string(recordingMode(options_.source)));
+}
+
+/// A camera whose pictures cannot be encoded costs only itself, as one that cannot start does.
+void ScreenRecorder::Take::prepareCamera(std::unique_ptr<CameraSource> source, SideStreamOptions const& options) {
+    try {
+        sideStreams_.push_back(recordCamera(std::move(source), clock_, options));
+    } catch (Error const& failure) {
+        sideFailures_.push_back(fmt::format("The {} is not recorded. {}", spokenName(options.role), failure.what()));
+    }
 }
 
 void ScreenRecorder::Take::start() {

@@ -51,17 +51,14 @@ InputMonitor::InputMonitor(std::string const& display, KeyLogging keys)
     readButtonMapping();
     selectEvents();
     findPrompts();
-    wake_ = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+    wake_ = FileDescriptor(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
 }
 
-InputMonitor::~InputMonitor() {
-    stop();
-    close(wake_);
-}
+InputMonitor::~InputMonitor() { stop(); }
 
 void InputMonitor::stop() {
     isEnding_ = true;
-    eventfd_write(wake_, 1);
+    eventfd_write(wake_.get(), 1);
     queue_.sync([] {});
 }
 
@@ -107,7 +104,7 @@ void InputMonitor::readButtonMapping() {
 }
 
 void InputMonitor::run() {
-    pollfd watched[] = {{xcb_get_file_descriptor(connection_.get()), POLLIN, 0}, {wake_, POLLIN, 0}};
+    pollfd watched[] = {{xcb_get_file_descriptor(connection_.get()), POLLIN, 0}, {wake_.get(), POLLIN, 0}};
     while (!isEnding_ && connection_.isAlive()) {
         while (auto const event = connection_.poll()) handle(*event);
         xcb_flush(connection_.get());

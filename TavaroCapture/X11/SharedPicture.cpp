@@ -1,6 +1,7 @@
 #include <TavaroCapture/X11/Private/SharedPicture.h>
 
 #include <TavaroCapture/Sources/CaptureError.h>
+#include <TavaroCore/Files/FileDescriptor.h>
 
 #include <cstring>
 #include <sys/mman.h>
@@ -28,17 +29,12 @@ bool SharedPicture::attach() {
     auto const version = connection_.ask<xcb_shm_query_version, xcb_shm_query_version_reply>();
     if (!version || version->major_version != 1 || version->minor_version < 2) return false;
 
-    int const file = memfd_create("tavaro-picture", MFD_CLOEXEC);
-    if (file < 0) return false;
-    void* const memory = ftruncate(file, static_cast<off_t>(bytes_)) == 0
-                             ? mmap(nullptr, bytes_, PROT_READ | PROT_WRITE, MAP_SHARED, file, 0)
-                             : MAP_FAILED;
-    if (memory == MAP_FAILED) {
-        close(file);
-        return false;
-    }
+    FileDescriptor file(memfd_create("tavaro-picture", MFD_CLOEXEC));
+    if (!file.isOpen() || ftruncate(file.get(), static_cast<off_t>(bytes_)) != 0) return false;
+    void* const memory = mmap(nullptr, bytes_, PROT_READ | PROT_WRITE, MAP_SHARED, file.get(), 0);
+    if (memory == MAP_FAILED) return false;
     xcb_shm_seg_t const segment = xcb_generate_id(connection_.get());
-    auto const cookie = xcb_shm_attach_fd_checked(connection_.get(), segment, file, false); // takes the file over
+    auto const cookie = xcb_shm_attach_fd_checked(connection_.get(), segment, file.release(), false);
     if (auto const error = own(xcb_request_check(connection_.get(), cookie)); error || !connection_.isAlive()) {
         munmap(memory, bytes_);
         return false;

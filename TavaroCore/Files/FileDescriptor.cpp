@@ -83,10 +83,15 @@ std::ptrdiff_t FileDescriptor::readAt(std::int64_t offset, std::span<std::byte> 
     });
 }
 
-int FileDescriptor::copy(FileDescriptor const& from) const {
-    constexpr std::size_t atOnce = std::size_t{1} << 30;
-    while (::copy_file_range(from.get(), nullptr, value_, nullptr, atOnce, 0) > 0) {
-    }
+int FileDescriptor::copy(FileDescriptor const& from, CopyWatch const& proceed) const {
+    constexpr std::size_t atOnce = std::size_t{64} << 20;
+    std::uint64_t copied = 0;
+    auto const note = [&](std::ptrdiff_t count) {
+        copied += static_cast<std::uint64_t>(count);
+        return !proceed || proceed(copied);
+    };
+    for (ssize_t count = 0; (count = ::copy_file_range(from.get(), nullptr, value_, nullptr, atOnce, 0)) > 0;)
+        if (!note(count)) return ECANCELED;
     // Where that stopped early (two file systems, or one that cannot), this finds the rest, or the same failure.
     std::vector<std::byte> piece(std::size_t{1} << 20);
     while (true) {
@@ -94,6 +99,7 @@ int FileDescriptor::copy(FileDescriptor const& from) const {
         if (count < 0) return static_cast<int>(-count);
         if (count == 0) return 0;
         if (int const failure = write(std::span(piece).first(static_cast<std::size_t>(count)))) return failure;
+        if (!note(count)) return ECANCELED;
     }
 }
 

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <span>
 #include <utility>
 
@@ -42,15 +43,19 @@ public:
     bool isOpen() const { return value_ >= 0; }
     int get() const { return value_; }
     void close();
+    /// For who closes it from now on.
+    int release() { return std::exchange(value_, -1); }
 
     /// Writes all of it. 0, or what stopped it.
     [[nodiscard]] int write(std::span<std::byte const> bytes) const;
     /// Fills `bytes`, less at the end of the file. How many there were, or the negated error number.
     std::ptrdiff_t read(std::span<std::byte> bytes) const;
     std::ptrdiff_t readAt(std::int64_t offset, std::span<std::byte> bytes) const;
+    /// Hears every now and then how many bytes are copied; false ends that with `ECANCELED`.
+    using CopyWatch = std::function<bool(std::uint64_t copied)>;
     /// Appends the rest of `from`, without moving the bytes through this process where the disk can. 0, or what stopped
     /// it.
-    [[nodiscard]] int copy(FileDescriptor const& from) const;
+    [[nodiscard]] int copy(FileDescriptor const& from, CopyWatch const& proceed = {}) const;
     /// Waits until what was written is on the disk. 0, or what went wrong.
     [[nodiscard]] int sync() const;
 

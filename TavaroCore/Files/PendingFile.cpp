@@ -96,11 +96,11 @@ void PendingFile::append(std::string_view bytes) {
     if (int const failure = write(std::as_bytes(std::span(bytes)))) throw FileError::writing(file_, failure);
 }
 
-void PendingFile::copy(fs::path const& from) {
+void PendingFile::copy(fs::path const& from, FileDescriptor::CopyWatch const& proceed) {
     auto const source = FileDescriptor::open(from, FileDescriptor::Opening::reading);
     if (!source.isOpen()) throw FileError::reading(from, errno);
     isFlushed_ = false;
-    if (int const failure = descriptor_.copy(source)) throw FileError::writing(file_, failure);
+    if (int const failure = descriptor_.copy(source, proceed)) throw FileError::writing(file_, failure);
 }
 
 void PendingFile::flush() {

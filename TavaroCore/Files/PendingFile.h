@@ -11,7 +11,7 @@ namespace tavaro {
 
 /// A file that appears under its name only when complete. Until then it is written under a hidden name beside it that
 /// nobody else has, so that a link planted there is not followed and several writers of one name each end whole. Goes
-/// away unless it is committed; what a killed process left goes with the next pending file of that name. A file that
+/// away unless it is committed; what a killed process left goes with the next pending file of the folder. A file that
 /// it replaces passes on its permissions. Failures are `FileError`s that name the final file.
 class PendingFile {
 public:
@@ -38,7 +38,7 @@ public:
     /// The same for callers that may not throw: 0, or the error number.
     [[nodiscard]] int write(std::span<std::byte const> bytes);
     /// Appends what another file holds.
-    void copy(std::filesystem::path const& from);
+    void copy(std::filesystem::path const& from, FileDescriptor::CopyWatch const& proceed = {});
 
     /// Waits until what was written is on the disk; committing does it, too.
     void flush();

@@ -49,6 +49,7 @@ private:
 
     void prepareFolder();
     void prepareStreams(TakeSources& sources);
+    void prepareCamera(std::unique_ptr<CameraSource> source, SideStreamOptions const& options);
     void startSideStreams();
     void startTicks(double mediaTime);
     void tick(double scheduled);

@@ -2,6 +2,7 @@
 
 #include <TavaroCapture/Sources/Private/EventSource.h>
 #include <TavaroCapture/X11/Private/Connection.h>
+#include <TavaroCore/Files/FileDescriptor.h>
 #include <TavaroPlatform/Queues/SerialQueue.h>
 
 #include <atomic>
@@ -46,7 +47,7 @@ private:
     std::optional<xcb_window_t> front_;
     bool isFrontSecure_ = false;
     std::vector<xcb_window_t> prompts_;
-    int wake_ = -1;
+    FileDescriptor wake_;
     std::atomic<bool> isEnding_ = false;
     SerialQueue queue_{"com.tavaro.capture.events"}; // runs one task from `start` to `stop`
 };

@@ -131,6 +131,26 @@ TEST_F(TakeStreamsTest, aStreamThatCannotStartCostsOnlyItself) {
     EXPECT_EQ(take.warnings, std::vector<std::string>{"The microphone is in use."});
 }
 
+TEST_F(TakeStreamsTest, aCameraWhosePicturesCannotBeEncodedCostsOnlyItself) {
+    struct Vast : CameraSource {
+        Size2 size() const override { return {100'000, 100'000}; }
+        int fps() const override { return 30; }
+        void start(CameraHandlers) override {}
+        void stop() override {}
+    };
+    auto some = sources();
+    some.camera = std::make_unique<Vast>();
+    ScreenRecorder recorder(options(), std::move(some));
+    recorder.start();
+    recordUntil(recorder, 1.2);
+    auto const take = recorder.stop();
+    EXPECT_EQ(take.metadata.health.cameraLost, true);
+    EXPECT_EQ(take.metadata.health.microphoneLost, false);
+    EXPECT_GT(take.duration, 1);
+    ASSERT_EQ(take.warnings.size(), 1u);
+    EXPECT_TRUE(take.warnings[0].starts_with("The camera is not recorded. ")) << take.warnings[0];
+}
+
 TEST_F(TakeStreamsTest, aKilledTakeComesBackWithAllItsStreamsInStep) {
     int ends[2];
     ASSERT_EQ(pipe(ends), 0);
