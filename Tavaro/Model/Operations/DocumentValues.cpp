@@ -6,6 +6,7 @@
 #include <fmt/format.h>
 
 #include <cmath>
+#include <map>
 #include <type_traits>
 
 namespace tavaro {
@@ -122,6 +123,7 @@ public:
     }
     template<class T> void look(std::vector<T> const& list, Limits limits, std::string const& path) {
         for (std::size_t i = 0; i < list.size(); ++i) look(list[i], limits, fmt::format("{}[{}]", path, i));
+        if constexpr (requires(T item) { item.id <=> UUID{}; }) lookForTwins(list, path);
     }
 
     std::set<std::string> found;
@@ -135,6 +137,16 @@ private:
     }
     template<class C> static std::string caseName(C const& value) {
         return std::string(C::caseNames[value.content.index()]);
+    }
+    /// Who edits an item by its identity means one.
+    template<class T> void lookForTwins(std::vector<T> const& list, std::string const& path) {
+        std::map<UUID, std::size_t> known;
+        for (std::size_t i = 0; i < list.size(); ++i) {
+            auto const [first, isNew] = known.try_emplace(list[i].id, i);
+            if (isNew) continue;
+            found.insert(
+                fmt::format("{0}[{1}].id: {0}[{2}] has the same, {3}", path, i, first->second, list[i].id.text()));
+        }
     }
     void lookAtNumber(double value, Limits limits, std::string const& path) {
         if (value >= limits.least && value <= limits.most) return;

@@ -18,8 +18,8 @@ namespace tavaro::operations {
 
 namespace {
 
-/// Fields that say what was recorded, or that have operations of their own.
-constexpr std::array<std::string_view, 6> protectedFields{"id",       "version",        "metadata",
+/// Fields that say what was recorded, that saving sets, or that have operations of their own.
+constexpr std::array<std::string_view, 7> protectedFields{"id",       "version",        "metadata", "modifiedAt",
                                                           "timeline", "assetDurations", "createdAt"};
 
 [[noreturn]] void fail(std::string const& sentence) { throw OperationError(OperationError::Kind::badPatch, sentence); }

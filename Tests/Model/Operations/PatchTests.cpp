@@ -70,7 +70,8 @@ std::string afterSetting(DemoProject& project, std::vector<std::string> changes)
 }
 
 constexpr bool isProtected(std::string_view name) {
-    for (std::string_view const each : {"id", "version", "metadata", "assetDurations", "createdAt", "timeline"}) {
+    for (std::string_view const each :
+         {"id", "version", "metadata", "assetDurations", "createdAt", "modifiedAt", "timeline"}) {
         if (each == name) return true;
     }
     return false;
@@ -129,6 +130,23 @@ TEST(Patch, aBadValueThatWasThereBeforeDoesNotStopAnother) {
     EXPECT_EQ(project.zoomEvents[1].scale, 3);
     EXPECT_EQ(afterSetting(project, {"zoomEvents.1.duration=-3"}),
               "zoomEvents[1].duration: expected a number from 0 to 10000000, found -3.");
+}
+
+TEST(Patch, itemsOfAListKeepIdentitiesOfTheirOwn) {
+    auto const id = UUID::random(), other = UUID::random();
+    auto const item = [](UUID const& id) { return R"({"id":")" + id.text() + R"("})"; };
+    for (std::string const list : {"zoomEvents", "overlays", "audioTracks", "silences", "layoutCues"}) {
+        auto const patch = [&](std::string const& items) { return R"({")" + list + R"(":[)" + items + "]}"; };
+        EXPECT_EQ(refusal(patch(item(id) + "," + item(other) + "," + item(id))),
+                  list + "[2].id: " + list + "[0] has the same, " + id.text() + ".");
+        EXPECT_EQ(refusal(patch(item(id) + "," + item(other))), "Changed " + list);
+    }
+    EXPECT_EQ(refusal(R"({"audioTracks":[{"clips":[)" + item(id) + "," + item(id) + "]}]}"),
+              "audioTracks[0].clips[1].id: audioTracks[0].clips[0] has the same, " + id.text() + ".");
+    DemoProject project;
+    project.zoomEvents.resize(2);
+    project.zoomEvents[0].id = project.zoomEvents[1].id = id;
+    EXPECT_EQ(afterSetting(project, {"zoomEvents.0.scale=3"}), "Changed zoomEvents") << "it was so before";
 }
 
 TEST(SetFields, takesPathsWithJSONOrText) {
