@@ -67,6 +67,27 @@ TEST_F(ProjectPackageTest, assetNamesNeverLeaveThePackage) {
     }
 }
 
+TEST_F(ProjectPackageTest, aDocumentForItsOwnerOnlyStaysThat) {
+    package.save(named("first"));
+    fs::permissions(package.projectFileURL(), fs::perms(0600));
+    auto const expectPrivate = [&](char const* after) {
+        for (auto const& file : {package.projectFileURL(), package.backupFileURL()})
+            EXPECT_EQ(fs::status(file).permissions(), fs::perms(0600)) << file << " after " << after;
+    };
+    package.save(named("second"));
+    expectPrivate("a save");
+    package.restoreBackup();
+    expectPrivate("going back");
+    package.saveOverDamaged(named("third"));
+    expectPrivate("replacing a damaged one");
+    EXPECT_EQ(fs::status(package.damagedFileURL()).permissions(), fs::perms(0600));
+    for (auto const& file : {package.projectFileURL(), package.backupFileURL()})
+        write(file, R"({"metadata":{"keystrokes":[{"characters":"hunter2"}]}})");
+    package.load();
+    EXPECT_EQ(read(package.backupFileURL()).find("hunter2"), std::string::npos);
+    expectPrivate("what was typed is gone");
+}
+
 TEST_F(ProjectPackageTest, documentsThatCannotBeReadSaySo) {
     EXPECT_THROW(package.load(), FileError);
     write(package.projectFileURL(), R"({"createdAt":"soon"})");
