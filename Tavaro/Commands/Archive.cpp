@@ -1,12 +1,12 @@
 #include <Tavaro/Commands/Command.h>
 
+#include <Tavaro/Commands/Checks.h>
 #include <Tavaro/Commands/Interruption.h>
 #include <Tavaro/Commands/ProgressLine.h>
 #include <Tavaro/Commands/Terminal.h>
 #include <Tavaro/Model/Project/PackagePath.h>
 #include <Tavaro/Model/Project/StoredProject.h>
 
-#include <TavaroCore/Export/ExportFile.h>
 #include <TavaroCore/Package/ProjectPackage.h>
 #include <TavaroCore/Project/DemoProject.h>
 #include <TavaroCore/Records/JSON.h>
@@ -21,7 +21,16 @@ namespace {
 
 namespace fs = std::filesystem;
 
-struct Options {
+struct PackOptions {
+    std::string source;
+    std::string output;
+    PendingFile::IfTaken ifTaken = PendingFile::IfTaken::refuse;
+    PackingRequest::Links links = PackingRequest::Links::insideOnly;
+    PackingRequest::TypedText typedText = PackingRequest::TypedText::masked;
+    bool asJSON = false;
+};
+
+struct RestoreOptions {
     std::string source;
     std::string output;
     bool asJSON = false;
@@ -36,7 +45,7 @@ struct MadeFile {
 static_assert(listsEveryField<MadeFile>);
 
 /// Runs the work with a line that tells how far it is, until it is done or Ctrl-C is pressed.
-template<class Work> fs::path watched(char const* title, bool isSilent, Work const& work) {
+template<class Work> auto watched(char const* title, bool isSilent, Work const& work) {
     Interruption const interruption;
     ProgressLine line(title, isSilent ? ProgressLine::Output::silent : ProgressLine::Output::automatic);
     return work([&](ArchiveProgress const& progress) {
@@ -55,28 +64,67 @@ void printPath(fs::path const& path, bool asJSON) {
         terminal::sayPath(path.string());
 }
 
-void archive(Options const& options) {
+/// Where nobody gave a name, another one will do as well.
+PackingRequest requestOf(PackOptions const& options, fs::path const& package) {
+    using enum PackingRequest::IfTaken;
+    PackingRequest request{.links = options.links, .typedText = options.typedText};
+    request.file = options.output.empty() ? fs::path(package).replace_extension(".zip") : fs::path(options.output);
+    if (options.ifTaken == PendingFile::IfTaken::replace)
+        request.ifTaken = replace;
+    else
+        request.ifTaken = options.output.empty() ? addNumber : refuse;
+    return request;
+}
+
+/// What can be done about a failure, with the words of this program.
+std::string_view remedyFor(ArchiveError::Kind kind) {
+    switch (kind) {
+    case ArchiveError::Kind::leadsOutside: return ". --follow-links packs what it leads to.";
+    case ArchiveError::Kind::damagedDocument: return ". --with-typed-text packs it as it is.";
+    default: return "";
+    }
+}
+
+PackedProject packed(PackOptions const& options) {
     auto const package = packagePath(options.source);
-    auto const target =
-        unusedFile(options.output.empty() ? fs::path(package).replace_extension(".zip") : fs::path(options.output));
-    printPath(watched("Packing", options.asJSON,
-                      [&](ArchiveWatch proceed) {
-                          archiveProject(ProjectPackage(package), target, proceed);
-                          return target;
-                      }),
-              options.asJSON);
+    auto const request = requestOf(options, package);
+    if (request.ifTaken == PackingRequest::IfTaken::refuse) expectWritable(request.file, options.ifTaken);
+    try {
+        return watched("Packing", options.asJSON,
+                       [&](ArchiveWatch proceed) { return archiveProject(ProjectPackage(package), request, proceed); });
+    } catch (ArchiveError const& error) {
+        if (error.kind == ArchiveError::Kind::nameTaken) expectWritable(request.file, options.ifTaken);
+        throw ArchiveError(error.kind, fmt::format("{}{}", error.what(), remedyFor(error.kind)));
+    }
 }
 
-void unpack(Options const& options) {
-    printPath(watched("Unpacking", options.asJSON,
-                      [&](ArchiveWatch proceed) {
-                          return unpackProject(options.source, options.output.empty() ? "." : options.output, proceed);
-                      }),
-              options.asJSON);
+void archive(PackOptions const& options) {
+    auto const made = packed(options);
+    for (auto const& remark : made.remarks) terminal::tell("{}\n", remark);
+    printPath(made.file, options.asJSON);
 }
 
-void restore(Options const& options) {
-    if (fs::is_regular_file(options.source)) return unpack(options);
+void unpack(RestoreOptions const& options) {
+    auto const made = watched("Unpacking", options.asJSON, [&](ArchiveWatch proceed) {
+        return unpackProject(options.source, options.output.empty() ? "." : options.output, proceed);
+    });
+    if (made.problem) {
+        bool const hasBackup = fs::exists(ProjectPackage(made.package).backupFileURL());
+        terminal::tell("{}{}\n", *made.problem,
+                       hasBackup ? " `tavaro restore` with it goes back to its previous save." : "");
+    }
+    printPath(made.package, options.asJSON);
+}
+
+/// A project may be named without its ending; an archive may be missing.
+bool isArchive(std::string const& source) {
+    std::error_code ignored;
+    if (fs::exists(source, ignored)) return !fs::is_directory(source, ignored);
+    return endingOf(source) == ".zip" && !fs::exists(packagePath(source), ignored);
+}
+
+void restore(RestoreOptions const& options) {
+    if (isArchive(options.source)) return unpack(options);
     if (!options.output.empty()) {
         throw CLI::ValidationError("--output", "is where an archive is unpacked; a project goes back to its previous "
                                                "save in its own place");
@@ -92,18 +140,24 @@ void restore(Options const& options) {
 }
 
 void addArchive(CLI::App& app) {
-    auto options = std::make_shared<Options>();
+    auto options = std::make_shared<PackOptions>();
     auto* command = app.add_subcommand("archive", "Packs a project into one zip file, for sharing");
     command->add_option("PROJECT", options->source, "the project, NAME.recproj")->required();
-    command->add_option(
-        "-o,--output", options->output,
-        "the file to write, else NAME.zip beside the project; never overwrites, a number is added instead");
+    command->add_option("-o,--output", options->output,
+                        "the file to write, else NAME.zip beside the project, with a number added where that is taken");
+    addOverwriting(*command, options->ifTaken);
+    command->add_flag_callback(
+        "--follow-links", [options] { options->links = PackingRequest::Links::followed; },
+        "also pack what links of the project lead to outside of it; else they are refused");
+    command->add_flag_callback(
+        "--with-typed-text", [options] { options->typedText = PackingRequest::TypedText::kept; },
+        "leave in what the log says was typed; else each such key reads •");
     command->add_flag("--json", options->asJSON, "print the result as JSON and no progress");
     command->callback([options] { archive(*options); });
 }
 
 void addRestore(CLI::App& app) {
-    auto options = std::make_shared<Options>();
+    auto options = std::make_shared<RestoreOptions>();
     auto* command =
         app.add_subcommand("restore", "Unpacks an archived project, or takes a project back to its previous save");
     command

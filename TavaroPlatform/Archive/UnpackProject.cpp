@@ -1,12 +1,16 @@
 #include <TavaroPlatform/Archive/ProjectArchive.h>
 
+#include <TavaroPlatform/Archive/Private/ArchiveLimits.h>
 #include <TavaroPlatform/Archive/Private/LibArchive.h>
 
+#include <TavaroCore/Errors/SystemReason.h>
 #include <TavaroCore/Files/FileDescriptor.h>
 #include <TavaroCore/Files/FileError.h>
 #include <TavaroCore/Files/HiddenFolder.h>
 #include <TavaroCore/Files/MoveUnlessTaken.h>
 #include <TavaroCore/Package/ProjectPackage.h>
+#include <TavaroCore/Project/DemoProject.h>
+#include <TavaroCore/Records/JSONError.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -26,8 +30,8 @@ namespace {
 // Documents deflate to a tenth, media hardly at all; what unfolds further was made to fill a disk.
 constexpr std::uint64_t largestGrowth = 100;
 constexpr std::uint64_t alwaysAllowedBytes = std::uint64_t{64} << 20;
-constexpr std::size_t mostEntries = 20'000;
-constexpr std::ptrdiff_t deepestPath = 16;
+using archiveLimits::deepestPath;
+using archiveLimits::mostEntries;
 
 constexpr auto ownerWrites = fs::perms(0644);
 
@@ -78,7 +82,7 @@ private:
     }
     [[noreturn]] void failWith(int code, fs::path const& file) const {
         fail(code == ENOSPC || code == EDQUOT ? Kind::diskFull : Kind::cannotUnpack,
-             fmt::format("{}: {}", file.string(), std::system_category().message(code)));
+             fmt::format("{}: {}", file.string(), systemReason(code)));
     }
 
     HiddenFolder madeIn(fs::path const& folder) const {
@@ -95,7 +99,9 @@ private:
 
     void open() {
         struct stat about {};
-        if (stat(archive_.c_str(), &about) != 0) failWith(errno, archive_);
+        if (stat(archive_.c_str(), &about) != 0) {
+            fail(errno == ENOENT || errno == ENOTDIR ? Kind::notThere : Kind::cannotUnpack, systemReason(errno));
+        }
         if (!S_ISREG(about.st_mode)) fail(Kind::cannotUnpack, "it is not a file");
         progress_.bytesTotal = static_cast<std::uint64_t>(about.st_size);
         allowedBytes_ = progress_.bytesTotal * largestGrowth + alwaysAllowedBytes;
@@ -173,6 +179,8 @@ private:
     fs::path moveIntoPlace() const {
         auto const stem = fs::path(top_).stem().string();
         auto target = folder_ / top_;
+        std::error_code ignored; // disks without permissions
+        fs::permissions(work_.path() / top_, fs::perms::owner_all, ignored);
         try {
             for (int number = 2; !moveUnlessTaken(work_.path() / top_, target); ++number)
                 target = folder_ / fmt::format("{} {}{}", stem, number, ProjectPackage::directoryExtension);
@@ -196,11 +204,25 @@ private:
     std::uint64_t nextReport_ = 0;
 };
 
+/// What was typed also leaves an older document here.
+std::optional<std::string> documentProblem(ProjectPackage const& package) {
+    try {
+        package.load();
+        return std::nullopt;
+    } catch (JSONError const& error) {
+        return fmt::format("The document of “{}” is damaged: {}.", package.url().string(), error.what());
+    } catch (FileError const& error) {
+        return error.what();
+    }
 }
 
-fs::path unpackProject(fs::path const& archive, fs::path const& folder, ArchiveWatch proceed) {
+}
+
+UnpackedProject unpackProject(fs::path const& archive, fs::path const& folder, ArchiveWatch proceed) {
     UTF8Names const names;
-    return Unpacking(archive, folder, proceed).run();
+    auto package = Unpacking(archive, folder, proceed).run();
+    auto problem = documentProblem(ProjectPackage(package));
+    return {std::move(package), std::move(problem)};
 }
 
 }

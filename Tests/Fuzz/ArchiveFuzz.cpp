@@ -29,8 +29,9 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
     if (file < 0 || write(file, data, size) != static_cast<ssize_t>(size)) std::abort();
     auto const into = stage() / "in";
     try {
-        auto const project = tavaro::unpackProject("/proc/self/fd/" + std::to_string(file), into,
-                                                   [](tavaro::ArchiveProgress const&) { return true; });
+        auto const [project, problem] = tavaro::unpackProject("/proc/self/fd/" + std::to_string(file), into,
+                                                              [](tavaro::ArchiveProgress const&) { return true; });
+        if (problem && problem->empty()) std::abort();
         if (project.parent_path() != into || !fs::is_regular_file(project / "project.json")) std::abort();
         fs::remove_all(project);
     } catch (tavaro::ArchiveError const& error) {

@@ -26,6 +26,9 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr std::array halfWritten{"project.json.tmp", ".project.json.4711-0.tmp"};
+using IfTaken = PackingRequest::IfTaken;
+using Links = PackingRequest::Links;
+
 constexpr auto goOn = [](ArchiveProgress const&) { return true; };
 
 class ProjectArchiveTest : public ::testing::Test {
@@ -89,6 +92,22 @@ protected:
         archive_write_close(writer.get());
         return path;
     }
+    std::string failureToPack(PackingRequest const& request) const {
+        try {
+            archiveProject(*package, request, goOn);
+        } catch (ArchiveError const& error) {
+            return error.what();
+        }
+        return "no failure";
+    }
+    /// What is in the package after it was packed and unpacked.
+    std::map<std::string, std::string> travelled(PackingRequest request) const {
+        request.file = folder / "travel.zip";
+        request.ifTaken = IfTaken::replace;
+        archiveProject(*package, request, goOn);
+        fs::remove_all(folder / "there");
+        return contents(unpackProject(request.file, folder / "there", goOn).package);
+    }
     void expectRefused(fs::path const& archive, ArchiveError::Kind kind, std::string const& sentence) const {
         try {
             unpackProject(archive, folder / "out", goOn);
@@ -110,7 +129,7 @@ protected:
 
 TEST_F(ProjectArchiveTest, whatIsPackedIsUnpackedEqualUnderTheProjectsName) {
     std::uint64_t last = 0, calls = 0;
-    archiveProject(*package, folder / "a.zip", [&](ArchiveProgress const& progress) {
+    archiveProject(*package, {.file = folder / "a.zip"}, [&](ArchiveProgress const& progress) {
         EXPECT_GE(progress.bytesDone, last);
         EXPECT_LE(progress.bytesDone, progress.bytesTotal);
         last = progress.bytesDone, ++calls;
@@ -121,19 +140,165 @@ TEST_F(ProjectArchiveTest, whatIsPackedIsUnpackedEqualUnderTheProjectsName) {
     EXPECT_FALSE(fs::exists(folder / "a.zip.tmp"));
     // The movie is stored, the text deflated.
     EXPECT_NEAR(static_cast<double>(fs::file_size(folder / "a.zip")), 3 << 20, 10'000);
-    auto const unpacked = unpackProject(folder / "a.zip", folder / "out/new", goOn);
+    auto const unpacked = unpackProject(folder / "a.zip", folder / "out/new", goOn).package;
     EXPECT_EQ(unpacked, folder / "out/new/Größe 1.recproj");
     auto expected = contents(package->url());
     for (auto const half : halfWritten) expected.erase(half);
     EXPECT_EQ(contents(unpacked), expected);
     EXPECT_EQ(ProjectPackage(unpacked).load().name, "second");
-    EXPECT_EQ(unpackProject(folder / "a.zip", folder / "out/new", goOn).filename(), "Größe 1 2.recproj");
+    EXPECT_EQ(unpackProject(folder / "a.zip", folder / "out/new", goOn).package.filename(), "Größe 1 2.recproj");
     EXPECT_EQ(std::distance(fs::directory_iterator(folder / "out/new"), fs::directory_iterator()), 2);
+}
+
+TEST_F(ProjectArchiveTest, ofSeveralThatWantOneNameEachEndsWhole) {
+    constexpr int packers = 4;
+    for (auto const ifTaken : {IfTaken::addNumber, IfTaken::refuse, IfTaken::replace}) {
+        auto const place = folder / ("place" + std::to_string(static_cast<int>(ifTaken)));
+        fs::create_directory(place);
+        std::vector<pid_t> children;
+        for (int i = 0; i < packers; ++i) {
+            pid_t const child = fork();
+            ASSERT_GE(child, 0);
+            if (child == 0) {
+                try {
+                    archiveProject(*package, {.file = place / "a.zip", .ifTaken = ifTaken}, goOn);
+                    _exit(0);
+                } catch (ArchiveError const& error) {
+                    _exit(error.kind == ArchiveError::Kind::nameTaken ? 1 : 2);
+                }
+            }
+            children.push_back(child);
+        }
+        int packed = 0;
+        for (auto const child : children) {
+            int status = 0;
+            waitpid(child, &status, 0);
+            EXPECT_LE(WEXITSTATUS(status), ifTaken == IfTaken::refuse ? 1 : 0);
+            packed += WEXITSTATUS(status) == 0;
+        }
+        EXPECT_EQ(packed, ifTaken == IfTaken::refuse ? 1 : packers);
+        EXPECT_EQ(contents(place).size(), ifTaken == IfTaken::addNumber ? std::size_t{packers} : 1u);
+        for (auto const& [name, bytes] : contents(place))
+            EXPECT_EQ(unpackProject(place / name, folder / "out", goOn).problem, std::nullopt) << name;
+    }
+}
+
+TEST_F(ProjectArchiveTest, everyAssetTravelsWhateverItIsCalled) {
+    fs::create_directory(package->assetsURL() / "more");
+    for (auto const* name : {"clip.tmp", "project.json.tmp", "more/editor.json.tmp", ".hidden"})
+        write(package->assetsURL() / name, name);
+    write(package->assetsURL() / ".clip.mov.4711-0.tmp", "half a copy");
+    auto const packed = archiveProject(*package, {.file = folder / "a.zip"}, goOn);
+    EXPECT_THAT(packed.remarks,
+                testing::ElementsAre("“assets/.clip.mov.4711-0.tmp” is half written and was left out."));
+    auto expected = contents(package->url());
+    expected.erase("assets/.clip.mov.4711-0.tmp");
+    for (auto const half : halfWritten) expected.erase(half);
+    EXPECT_EQ(contents(unpackProject(folder / "a.zip", folder / "out", goOn).package), expected);
+}
+
+TEST_F(ProjectArchiveTest, linksThatLeaveThePackageAreRefusedByNameOrFollowed) {
+    fs::create_directories(folder / "elsewhere/deep");
+    write(folder / "elsewhere/secret", "secret");
+    write(folder / "elsewhere/deep/film.mov", "film");
+    auto const assets = package->assetsURL();
+    for (auto const& [link, target] : {std::pair(assets / "linked.mov", folder / "elsewhere/secret"),
+                                       {assets / "folder", folder / "elsewhere"},
+                                       {assets / "climbing", fs::path("../../elsewhere/secret")},
+                                       {package->url() / "thumbnail.png", "/etc/passwd"}}) {
+        fs::create_symlink(target, link);
+        auto const name = link.lexically_relative(package->url()).string();
+        EXPECT_THAT(failureToPack({.file = folder / "b.zip"}),
+                    testing::AllOf(StartsWith("Couldn't package the project: the link “" + name + "” to “" +
+                                              target.string() + "” leads out of it")));
+        EXPECT_FALSE(fs::exists(folder / "b.zip"));
+        auto const followed = travelled({.links = Links::followed});
+        if (fs::is_directory(link)) {
+            EXPECT_EQ(followed.at(name + "/deep/film.mov"), "film");
+        } else {
+            EXPECT_EQ(followed.at(name), readWholeFile(link));
+        }
+        fs::remove(link);
+    }
+    fs::rename(assets, folder / "large disk");
+    fs::create_directory_symlink(folder / "large disk", assets);
+    EXPECT_THAT(failureToPack({.file = folder / "b.zip"}), HasSubstr("the link “assets” to “"));
+    EXPECT_EQ(travelled({.links = Links::followed}).at("assets/notes.tmp"), "not ours");
+}
+
+TEST_F(ProjectArchiveTest, linksInsideThePackageArePackedAndThoseToNothingAreRefused) {
+    auto const assets = package->assetsURL();
+    fs::create_symlink("note.txt", assets / "same.txt");
+    fs::create_symlink(package->projectFileURL(), assets / "document");
+    auto const found = travelled({});
+    EXPECT_EQ(found.at("assets/same.txt"), found.at("assets/note.txt"));
+    EXPECT_EQ(found.at("assets/document"), found.at("project.json"));
+    auto const refusal = [&](fs::path const& target, std::string const& why) {
+        fs::create_symlink(target, assets / "link");
+        for (auto const links : {Links::insideOnly, Links::followed})
+            EXPECT_THAT(failureToPack({.file = folder / "b.zip", .links = links}),
+                        HasSubstr("the link “assets/link” to “" + target.string() + "” " + why));
+        fs::remove(assets / "link");
+    };
+    refusal("gone.mov", "leads nowhere");
+    refusal("link", "leads nowhere");
+    refusal("..", "leads to a folder that it lies in");
+    refusal(package->url(), "leads to a folder that it lies in");
+    ASSERT_EQ(mkfifo((assets / "pipe").c_str(), 0600), 0);
+    EXPECT_THAT(failureToPack({.file = folder / "b.zip"}), HasSubstr("“assets/pipe” is neither a file nor a folder"));
+}
+
+TEST_F(ProjectArchiveTest, whatWasTypedStaysHomeUnlessItIsAskedFor) {
+    auto const log = [](std::string const& keystrokes) {
+        return R"({"metadata":{"keystrokes":[)" + keystrokes + "]}}";
+    };
+    auto const typed = log(R"({"t":1.5,"keys":["h"]},{"t":2,"keys":["⇧","U"],"characters":"hunter2"},)"
+                           R"({"t":3,"keys":["⌘","S"],"isShortcut":true})");
+    auto const masked = log(R"({"t":1.5,"keys":["•"]},{"t":2,"keys":["⇧","•"]},)"
+                            R"({"t":3,"keys":["⌘","S"],"isShortcut":true})");
+    std::map<std::string, std::string> const logs{
+        {"project.json", typed}, {"project.previous.json", typed}, {"assets/events.log", " \n" + typed}};
+    for (auto const& [name, text] : logs) write(package->url() / name, text);
+    fs::create_symlink("../project.json", package->assetsURL() / "copy.mov");
+    auto const kept = travelled({.typedText = PackingRequest::TypedText::kept});
+    EXPECT_EQ(kept.at("assets/events.log"), logs.at("assets/events.log"));
+    auto const sent = travelled({});
+    EXPECT_EQ(sent.at("project.json"), masked);
+    EXPECT_EQ(sent.at("project.previous.json"), masked);
+    EXPECT_EQ(sent.at("assets/events.log"), " \n" + masked);
+    EXPECT_EQ(sent.at("assets/copy.mov"), masked);
+    EXPECT_EQ(readWholeFile(package->projectFileURL()), typed) << "the project itself keeps it";
+}
+
+TEST_F(ProjectArchiveTest, aLogThatIsDamagedIsLeftOutWithAWord) {
+    std::string const damaged = R"({"metadata":{"keystrokes":[{"keys":["h"]},)";
+    write(package->damagedFileURL(), damaged);
+    write(package->assetURL("harmless.json"), "{ a text that is no JSON");
+    auto const packed = archiveProject(*package, {.file = folder / "a.zip"}, goOn);
+    EXPECT_THAT(packed.remarks, testing::ElementsAre(StartsWith("“project.damaged.json” was left out: it is damaged")));
+    auto const found = contents(unpackProject(packed.file, folder / "out", goOn).package);
+    EXPECT_FALSE(found.contains("project.damaged.json"));
+    EXPECT_TRUE(found.contains("assets/harmless.json"));
+    write(package->projectFileURL(), damaged);
+    EXPECT_THAT(failureToPack({.file = folder / "b.zip"}), HasSubstr("its document is damaged"));
+    auto const whole = travelled({.typedText = PackingRequest::TypedText::kept});
+    EXPECT_EQ(whole.at("project.json"), damaged);
+}
+
+TEST_F(ProjectArchiveTest, aDamagedDocumentIsUnpackedAndSaid) {
+    auto const problem = [&](std::string const& document) {
+        return unpackProject(foreign({{"p.recproj/project.json", document}}), folder / "out", goOn)
+            .problem.value_or("none");
+    };
+    EXPECT_EQ(problem("{}"), "none");
+    for (auto const* damaged : {"", "{", "[]", "{\"timeline\":7}", "no JSON"})
+        EXPECT_THAT(problem(damaged), StartsWith("The document of “" + (folder / "out/p").string())) << damaged;
+    EXPECT_EQ(fs::status(folder / "out/p.recproj").permissions(), fs::perms::owner_all);
 }
 
 TEST_F(ProjectArchiveTest, otherToolsReadTheArchiveAndFindOneFolder) {
     if (std::system("command -v unzip >/dev/null") != 0) GTEST_SKIP() << "no unzip here";
-    archiveProject(*package, folder / "a.zip", goOn);
+    archiveProject(*package, {.file = folder / "a.zip"}, goOn);
     auto const command = "cd '" + (folder / "out").string() + "' && LC_ALL=C.UTF-8 unzip -q ../a.zip";
     ASSERT_EQ(std::system(command.c_str()), 0);
     EXPECT_EQ(contents(folder / "out").count("Größe 1.recproj/assets/screen 日.mp4"), 1u);
@@ -143,7 +308,7 @@ TEST_F(ProjectArchiveTest, otherToolsReadTheArchiveAndFindOneFolder) {
 TEST_F(ProjectArchiveTest, aProjectThatCannotBePackedSaysWhyAndLeavesNoFile) {
     auto const failure = [&](fs::path const& source, fs::path const& to) -> std::string {
         try {
-            archiveProject(ProjectPackage(source), to, goOn);
+            archiveProject(ProjectPackage(source), {.file = to, .ifTaken = IfTaken::replace}, goOn);
         } catch (ArchiveError const& error) {
             return error.what();
         }
@@ -159,10 +324,10 @@ TEST_F(ProjectArchiveTest, aProjectThatCannotBePackedSaysWhyAndLeavesNoFile) {
 }
 
 TEST_F(ProjectArchiveTest, cancellingLeavesNothing) {
-    EXPECT_THROW(archiveProject(*package, folder / "a.zip", [](ArchiveProgress const&) { return false; }),
+    EXPECT_THROW(archiveProject(*package, {.file = folder / "a.zip"}, [](ArchiveProgress const&) { return false; }),
                  ArchiveError);
     EXPECT_FALSE(fs::exists(folder / "a.zip") || fs::exists(folder / "a.zip.tmp"));
-    archiveProject(*package, folder / "a.zip", goOn);
+    archiveProject(*package, {.file = folder / "a.zip"}, goOn);
     try {
         unpackProject(folder / "a.zip", folder / "out", [](ArchiveProgress const&) { return false; });
         FAIL();
@@ -173,7 +338,7 @@ TEST_F(ProjectArchiveTest, cancellingLeavesNothing) {
 }
 
 TEST_F(ProjectArchiveTest, aFullDiskStopsBothWaysAndLeavesNothing) {
-    archiveProject(*package, folder / "a.zip", goOn);
+    archiveProject(*package, {.file = folder / "a.zip"}, goOn);
     pid_t const child = fork();
     if (child == 0) {
         signal(SIGXFSZ, SIG_IGN);
@@ -181,7 +346,7 @@ TEST_F(ProjectArchiveTest, aFullDiskStopsBothWaysAndLeavesNothing) {
         setrlimit(RLIMIT_FSIZE, &limit);
         int failures = 0;
         try {
-            archiveProject(*package, folder / "b.zip", goOn);
+            archiveProject(*package, {.file = folder / "b.zip"}, goOn);
         } catch (ArchiveError const&) {
             ++failures;
         }
@@ -217,13 +382,14 @@ TEST_F(ProjectArchiveTest, noArchiveWritesOutsideItsProject) {
     expectRefused(foreign({document, {deep}}), Kind::unsafe, "too deep");
     expectRefused(foreign({document, {"p.recproj/assets/zeros", std::string(80 << 20, '\0')}}), Kind::unsafe,
                   "far more");
-    EXPECT_EQ(unpackProject(foreign({{"__MACOSX/._p"}, document, {"p.recproj/.DS_Store"}}), folder / "out", goOn),
-              folder / "out/p.recproj");
+    EXPECT_EQ(
+        unpackProject(foreign({{"__MACOSX/._p"}, document, {"p.recproj/.DS_Store"}}), folder / "out", goOn).package,
+        folder / "out/p.recproj");
     EXPECT_EQ(contents(folder / "out/p.recproj").size(), 1u);
 }
 
 TEST_F(ProjectArchiveTest, whatAKilledUnpackingLeftGoesWithTheNext) {
-    archiveProject(*package, folder / "a.zip", goOn);
+    archiveProject(*package, {.file = folder / "a.zip"}, goOn);
     pid_t const child = fork();
     if (child == 0)
         unpackProject(folder / "a.zip", folder / "out", [](ArchiveProgress const&) { return raise(SIGKILL) == 0; });
@@ -232,14 +398,14 @@ TEST_F(ProjectArchiveTest, whatAKilledUnpackingLeftGoesWithTheNext) {
     for (auto const& left : {former, recent}) fs::create_directories(left / "p.recproj");
     fs::last_write_time(former, fs::file_time_type::clock::now() - std::chrono::hours(2));
     EXPECT_EQ(std::distance(fs::directory_iterator(folder / "out"), fs::directory_iterator()), 3);
-    auto const unpacked = unpackProject(folder / "a.zip", folder / "out", goOn);
+    auto const unpacked = unpackProject(folder / "a.zip", folder / "out", goOn).package;
     EXPECT_FALSE(fs::exists(former));
     EXPECT_TRUE(fs::exists(recent)) << "an earlier version may be unpacking there";
     EXPECT_EQ(std::distance(fs::directory_iterator(folder / "out"), fs::directory_iterator()), 2) << unpacked;
 }
 
 TEST_F(ProjectArchiveTest, damagedArchivesAreRefusedOrReadNeverWorse) {
-    archiveProject(*package, folder / "a.zip", goOn);
+    archiveProject(*package, {.file = folder / "a.zip"}, goOn);
     auto const whole = readWholeFile(folder / "a.zip").value();
     std::mt19937 random(9);
     for (int i = 0; i < 60; ++i) {
@@ -251,7 +417,7 @@ TEST_F(ProjectArchiveTest, damagedArchivesAreRefusedOrReadNeverWorse) {
                 static_cast<char>(random());
         write(folder / "b.zip", damaged);
         try {
-            fs::remove_all(unpackProject(folder / "b.zip", folder / "out", goOn));
+            fs::remove_all(unpackProject(folder / "b.zip", folder / "out", goOn).package);
         } catch (ArchiveError const& error) {
             ASSERT_THAT(error.what(), StartsWith("Couldn't unpack “")) << "round " << i;
         }
@@ -265,5 +431,5 @@ TEST_F(ProjectArchiveTest, damagedArchivesAreRefusedOrReadNeverWorse) {
     }
     write(folder / "b.zip", "this is no archive");
     expectRefused(folder / "b.zip", ArchiveError::Kind::cannotUnpack, "");
-    expectRefused(folder / "absent.zip", ArchiveError::Kind::cannotUnpack, "No such file");
+    expectRefused(folder / "absent.zip", ArchiveError::Kind::notThere, "there is no such file");
 }

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <TavaroCore/Files/MappedFile.h>
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+
+namespace tavaro {
+
+/// Whether the file is a text that could be a document or a log; what it is called says nothing.
+bool beginsLikeJSON(std::filesystem::path const& file);
+
+/// A text of a package without what was typed.
+class SharedText {
+public:
+    explicit SharedText(std::filesystem::path const& file);
+
+    std::string_view bytes() const { return masked_ ? *masked_ : original_.bytes(); }
+    /// Why typed text could be left in it, as the end of a sentence; none when there is none.
+    std::optional<std::string> const& problem() const { return problem_; }
+
+private:
+    MappedFile original_;
+    std::optional<std::string> masked_;
+    std::optional<std::string> problem_;
+};
+
+}
