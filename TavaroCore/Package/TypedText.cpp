@@ -127,10 +127,17 @@ private:
 
 bool holds(std::string_view text, std::string_view word) { return text.find(word) != text.npos; }
 
-/// Letters can be escaped in one way only, which documents that were written here do not use.
-bool mayHold(std::string_view text, std::string_view word) {
-    return holds(text, word) || holds(text, "\\u006") || holds(text, "\\u007");
+/// As no document that was written here has them.
+bool holdsEscapedLetters(std::string_view text) {
+    constexpr std::string_view ascii = "\\u00";
+    for (auto at = text.find(ascii); at != text.npos; at = text.find(ascii, at + 1)) {
+        auto const row = text.substr(at + ascii.size(), 1);
+        if (row == "6" || row == "7") return true;
+    }
+    return false;
 }
+
+bool mayHold(std::string_view text, std::string_view word) { return holds(text, word) || holdsEscapedLetters(text); }
 
 std::optional<std::string> replaced(std::string_view text, Replacements replacements) {
     if (replacements.empty()) return std::nullopt;
