@@ -1,16 +1,21 @@
 #include <Tavaro/Commands/Command.h>
 
 #include <Tavaro/Commands/Checks.h>
+#include <Tavaro/Commands/Interruption.h>
 #include <Tavaro/Commands/Names.h>
+#include <Tavaro/Commands/ProgressLine.h>
 #include <Tavaro/Commands/Terminal.h>
 #include <Tavaro/Model/Making/ImportedMovie.h>
 #include <Tavaro/Model/Project/PackagePath.h>
 
+#include <TavaroCore/Export/ExportFile.h>
 #include <TavaroCore/Records/JSON.h>
 #include <TavaroCore/Values/Timecode.h>
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
+
+#include <optional>
 
 namespace tavaro::commands {
 
@@ -31,8 +36,22 @@ void import(Options const& options) {
                                  .package = packagePath(options.output),
                                  .mode = modeNamed(options.mode)});
     job.onRemark([](std::string const& remark) { terminal::tell("{}\n", remark); });
+    std::optional<Interruption> interruption(std::in_place);
+    std::optional<ProgressLine> line(std::in_place, "Copying",
+                                     options.asJSON ? ProgressLine::Output::silent : ProgressLine::Output::automatic);
+    job.onProgress([&](ImportProgress const& progress) {
+        if (progress.bytesDone < progress.bytesTotal)
+            line->text(fmt::format("{} of {}", fileSizeText(static_cast<std::int64_t>(progress.bytesDone)),
+                                   fileSizeText(static_cast<std::int64_t>(progress.bytesTotal))));
+    });
     job.start();
-    auto const& made = job.wait();
+    queue.runUntil([&] {
+        if (interruption->isRequested()) job.cancel();
+        return job.isFinished();
+    });
+    line.reset();
+    interruption.reset();
+    auto const& made = job.result();
     if (options.asJSON) {
         terminal::sayJSON(encodeJSON(made));
         return;

@@ -59,17 +59,25 @@ template<class Place> std::string placedUnderFreeName(fs::path const& folder, st
     }
 }
 
-PendingFile copied(fs::path const& from, fs::path const& to) {
+PendingFile copied(fs::path const& from, fs::path const& to, FileDescriptor::CopyWatch const& proceed) {
     PendingFile copy(to, fs::status(from).permissions());
-    copy.copy(from);
+    copy.copy(from, proceed);
     return copy;
 }
 
-std::string broughtInto(fs::path const& folder, fs::path const& from, std::string const& wanted, ImportMode mode) {
+/// Where the file is to go.
+struct Wanted {
+    fs::path folder;
+    std::string name;
+};
+
+std::string broughtInto(Wanted const& wanted, fs::path const& from, ImportMode mode,
+                        FileDescriptor::CopyWatch const& proceed) {
+    auto const& [folder, name] = wanted;
     try {
-        auto const to = folder / freeName(folder, wanted);
-        auto asset = mode == ImportMode::link ? PendingFile::twin(from, to) : copied(from, to);
-        return placedUnderFreeName(folder, wanted, [&](fs::path const& to) { return asset.commitUnlessTaken(to); });
+        auto const to = folder / freeName(folder, name);
+        auto asset = mode == ImportMode::link ? PendingFile::twin(from, to) : copied(from, to, proceed);
+        return placedUnderFreeName(folder, name, [&](fs::path const& to) { return asset.commitUnlessTaken(to); });
     } catch (FileError const& error) {
         bool const isFull = error.kind == FileError::Kind::diskFull;
         failImporting(from, systemReason(error.errorNumber), isFull ? error.kind : FileError::Kind::cannotWrite);
@@ -210,7 +218,8 @@ EditorState ProjectPackage::loadEditorState() const {
     }
 }
 
-std::string ProjectPackage::importAsset(fs::path const& from, ImportMode mode) const {
+std::string ProjectPackage::importAsset(fs::path const& from, ImportMode mode,
+                                        FileDescriptor::CopyWatch const& proceed) const {
     std::error_code code;
     if (!fs::is_regular_file(from, code)) failImporting(from, code ? systemReason(code.value()) : "it is not a file");
     createDirectories();
@@ -219,7 +228,7 @@ std::string ProjectPackage::importAsset(fs::path const& from, ImportMode mode) c
     if (mode == ImportMode::move) {
         if (auto name = movedInto(assetsURL(), from, wanted)) return *name;
     }
-    auto const name = broughtInto(assetsURL(), from, wanted, mode);
+    auto const name = broughtInto({assetsURL(), wanted}, from, mode, proceed);
     if (mode == ImportMode::move) fs::remove(from, code);
     return name;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <TavaroCore/Files/FileDescriptor.h>
 #include <TavaroCore/Files/FolderLock.h>
 
 #include <filesystem>
@@ -72,8 +73,10 @@ public:
     EditorState loadEditorState() const;
 
     /// Brings a media file into the package and returns its asset name: the file's own name, or with a number added
-    /// ("take 2.mov") when another asset has it. Moving falls back to a copy across file systems.
-    std::string importAsset(std::filesystem::path const& from, ImportMode mode = ImportMode::copy) const;
+    /// ("take 2.mov") when another asset has it. Moving falls back to a copy across file systems. `proceed` hears of
+    /// what is copied, and can end that; it then fails.
+    std::string importAsset(std::filesystem::path const& from, ImportMode mode = ImportMode::copy,
+                            FileDescriptor::CopyWatch const& proceed = {}) const;
 
 private:
     struct Reading;

@@ -30,16 +30,36 @@ RecordingMetadata readEvents(std::filesystem::path const& file) {
     }
 }
 
-MadeProject importMovie(ImportRequest const& request, JobControl& control) {
+using Reporter = JobReporter<ImportProgress>;
+
+/// With the movie in it, which may be large: whoever waits sees how far it is, and can end it.
+DemoProject createImported(ProjectPackage const& package, ImportRequest const& request,
+                           RecordingMetadata const& metadata, Reporter& control) {
+    std::error_code ignored;
+    auto const bytes = std::filesystem::file_size(request.movie, ignored);
+    try {
+        return createProject(package, {.movie = request.movie,
+                                       .importMode = ImportMode::copy,
+                                       .metadata = metadata,
+                                       .mode = request.mode,
+                                       .remark = [&](std::string const& remark) { control.remark(remark); },
+                                       .proceed =
+                                           [&](std::uint64_t copied) {
+                                               control.progress({copied, bytes});
+                                               return !control.isCancelled();
+                                           }});
+    } catch (FileError const&) {
+        control.stopIfCancelled(cancelled);
+        throw;
+    }
+}
+
+MadeProject importMovie(ImportRequest const& request, Reporter& control) {
     expectPlaceFor(request.package);
     auto const metadata = request.events.empty() ? RecordingMetadata{} : readEvents(request.events);
     control.stopIfCancelled(cancelled);
     ProjectPackage const package(request.package);
-    auto const project = createProject(package, {.movie = request.movie,
-                                                 .importMode = ImportMode::copy,
-                                                 .metadata = metadata,
-                                                 .mode = request.mode,
-                                                 .remark = [&](std::string const& remark) { control.remark(remark); }});
+    auto const project = createImported(package, request, metadata, control);
     if (control.isCancelled()) {
         std::error_code ignored;
         std::filesystem::remove_all(package.url(), ignored);
@@ -55,10 +75,9 @@ MadeProject importMovie(ImportRequest const& request, JobControl& control) {
 
 }
 
-Job<MadeProject> importJob(MainQueue& queue, ImportRequest request) {
-    return {queue, "com.tavaro.job.import", [request = std::move(request)](JobReporter<NoProgress>& reporter) {
-                return importMovie(request, reporter);
-            }};
+Job<MadeProject, ImportProgress> importJob(MainQueue& queue, ImportRequest request) {
+    return {queue, "com.tavaro.job.import",
+            [request = std::move(request)](Reporter& reporter) { return importMovie(request, reporter); }};
 }
 
 }

@@ -5,6 +5,7 @@
 
 #include <TavaroCore/Project/DemoMode.h>
 
+#include <cstdint>
 #include <filesystem>
 
 namespace tavaro {
@@ -17,8 +18,14 @@ struct ImportRequest {
     DemoMode mode = DemoMode::website;
 };
 
+/// How much of the movie is copied.
+struct ImportProgress {
+    std::uint64_t bytesDone = 0;
+    std::uint64_t bytesTotal = 0;
+};
+
 /// Makes the project, with its thumbnail; the movie is copied. What of it could not be brought in comes as remarks.
 /// Fails with `FileError` and `MediaError`, and then, or when it is cancelled, leaves no package.
-Job<MadeProject> importJob(MainQueue& queue, ImportRequest request);
+Job<MadeProject, ImportProgress> importJob(MainQueue& queue, ImportRequest request);
 
 }

@@ -83,7 +83,8 @@ void write(ProjectPackage const& wanted, DemoProject const& project, NewProject 
     PendingPackage pending(wanted);
     try {
         pending.package().save(project);
-        for (auto const& file : files) pending.package().importAsset(file, moves ? ImportMode::link : made.importMode);
+        for (auto const& file : files)
+            pending.package().importAsset(file, moves ? ImportMode::link : made.importMode, made.proceed);
         pending.complete();
     } catch (FileError const& failure) {
         throw pending.named(failure);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <TavaroCore/Files/FileDescriptor.h>
 #include <TavaroCore/Project/DemoProject.h>
 
 #include <filesystem>
@@ -36,6 +37,8 @@ struct NewProject {
     /// Told, in a sentence, what could not be brought in: a camera or sound that cannot be read, the end of a file cut
     /// short.
     std::function<void(std::string const&)> remark = {};
+    /// Of the file that is being copied into the package.
+    FileDescriptor::CopyWatch proceed = {};
 };
 
 /// A canvas for a recording of that size: the standard 1080-line canvas nearest to its shape, upright for upright

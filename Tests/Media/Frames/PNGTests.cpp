@@ -2,6 +2,7 @@
 #include <random>
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <TavaroMedia/Errors/MediaError.h>
 #include <TavaroMedia/Frames/PNG.h>
@@ -69,6 +70,8 @@ TEST(PNG, damagedPicturesAreRefusedWithASentence) {
     auto const file = folder.path() / "picture.png";
     EXPECT_THROW(readPNG(folder.path() / "none.png"), MediaError);
     EXPECT_THROW(readPNG(folder.path()), MediaError);
+    ASSERT_EQ(mkfifo((folder.path() / "pipe.png").c_str(), 0600), 0);
+    EXPECT_THROW(readPNG(folder.path() / "pipe.png"), MediaError);
     writePNG(file, noise(40, 30, false).view());
     auto const whole = bytesOf(file);
     for (std::size_t length = 0; length < whole.size(); length += 97) {

@@ -48,6 +48,26 @@ TEST(ImportJob, thatFailsOrIsCancelledLeavesNoPackage) {
     }
 }
 
+TEST(ImportJob, ofALargeMovieTellsHowFarItIsAndEndsInTheMiddleOfTheCopy) {
+    TestTake const take("model-import-large", 30);
+    auto const movie = take.folder / "large.mp4";
+    fs::copy_file(take.package.assetURL("screen.mp4"), movie);
+    auto const bytes = std::uintmax_t{2} << 30; // sparse
+    fs::resize_file(movie, bytes);
+    MainQueue queue;
+    auto job = importJob(queue, {.movie = movie, .package = take.folder / "new.recproj"});
+    std::uint64_t told = 0;
+    job.onProgress([&](ImportProgress const& progress) {
+        told = progress.bytesDone;
+        EXPECT_EQ(progress.bytesTotal, bytes);
+        job.cancel();
+    });
+    job.start();
+    EXPECT_THROW(job.wait(), JobCancelled);
+    EXPECT_GT(told, 0u);
+    EXPECT_EQ(std::distance(fs::directory_iterator(take.folder), {}), 2) << "the take and the movie";
+}
+
 TEST(Thumbnail, showsTheFirstZoomOnceItHasArrivedAndAThirdOfTheWayInWithoutOne) {
     DemoProject project;
     project.timeline.clips = {{.asset = "a", .duration = 30}};
