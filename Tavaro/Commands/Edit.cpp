@@ -5,6 +5,7 @@
 #include <Tavaro/Commands/OperationFlags.h>
 #include <Tavaro/Commands/Terminal.h>
 #include <Tavaro/Commands/WordList.h>
+#include <Tavaro/Model/Operations/OperationError.h>
 #include <Tavaro/Model/Project/OpenProject.h>
 
 #include <TavaroCore/Records/JSON.h>
@@ -43,7 +44,11 @@ void print(EditReport const& report, EditOptions const& options) {
 void runEdit(EditOptions const& options, Operation const& operation) {
     OpenProject open(options.package, LockHolding::whileOpen);
     EditReport report;
-    open.commit(infoOf(operation).title, [&](DemoProject& project) { report = perform(project, operation); });
+    try {
+        open.commit(infoOf(operation).title, [&](DemoProject& project) { report = perform(project, operation); });
+    } catch (OperationError const& error) {
+        throw Error(error.withoutTools);
+    }
     print(report, options);
 }
 

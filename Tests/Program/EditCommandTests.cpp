@@ -191,6 +191,8 @@ TEST_F(EditCommand, anyFieldOfTheDocumentCanBeSetOrPatched) {
     expectEdit({"patch", path("style.json")}, "The project is that way already");
 
     expectRefusal({"set", "camera.size=big", "name=B"}, 1, "camera.size: expected a number, found a string.");
+    expectRefusal({"set", "nmae=B"}, 1, "\"nmae\" is not a project field.\n");
+    expectRefusal({"set", "timeline.clips=[]"}, 1, "\"timeline\" can't be changed.\n");
     expectRefusal({"set", "camera"}, 2, "“camera” is no change; those are PATH=VALUE");
     expectRefusal({"set"}, 2, "FIELD is required");
     write("broken.json", "{\"name\":");

@@ -15,8 +15,15 @@ public:
         badPatch,    // a field that there is not, that cannot be changed, or a value that does not fit
         notPossible, // with this document
     };
-    OperationError(Kind kind, std::string const& sentence) : Error(sentence), kind(kind) {}
+    OperationError(Kind kind, std::string const& sentence) : Error(sentence), kind(kind), withoutTools(sentence) {}
+    /// `tools` is a sentence more for agents, which names tools of theirs.
+    OperationError(Kind kind, std::string const& sentence, std::string const& tools)
+        : Error(sentence + " " + tools)
+        , kind(kind)
+        , withoutTools(sentence) {}
+
     Kind const kind;
+    std::string const withoutTools; // the sentence for people
 };
 
 }

@@ -24,12 +24,18 @@ constexpr std::array<std::string_view, 7> protectedFields{"id",       "version",
 
 [[noreturn]] void fail(std::string const& sentence) { throw OperationError(OperationError::Kind::badPatch, sentence); }
 
+[[noreturn]] void fail(std::string const& sentence, std::string const& tools) {
+    throw OperationError(OperationError::Kind::badPatch, sentence, tools);
+}
+
 void expectChangeable(std::string_view key) {
     bool isField = false;
     forEachField<DemoProject>([&](auto const& field) { isField = isField || field.name == key; });
-    if (!isField) fail(fmt::format("\"{}\" is not a project field. Check get_project for the names.", excerpt(key)));
+    if (!isField) fail(fmt::format("\"{}\" is not a project field.", excerpt(key)), "Check get_project for the names.");
     if (std::ranges::find(protectedFields, key) == protectedFields.end()) return;
-    fail(fmt::format("\"{}\" can't be changed.{}", key, key == "timeline" ? " Use edit_timeline." : ""));
+    auto const refusal = fmt::format("\"{}\" can't be changed.", key);
+    if (key == "timeline") fail(refusal, "Use edit_timeline.");
+    fail(refusal);
 }
 
 BackgroundStyle const& presetNamed(JSONValue const& id) {
