@@ -73,6 +73,13 @@ struct Writing {
 
 bool operator==(JSONValue const& a, JSONValue const& b) { return a.content == b.content; }
 
+JSONValue const* JSONValue::find(std::string_view key) const {
+    auto const* const members = as<Object>();
+    if (!members) return nullptr;
+    auto const found = members->find(key);
+    return found == members->end() ? nullptr : &found->second;
+}
+
 JSONReader::Type JSONValue::type() const {
     using enum JSONReader::Type;
     constexpr JSONReader::Type types[] = {null, boolean, number, number, string, array, object};

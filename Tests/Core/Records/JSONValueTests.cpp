@@ -56,6 +56,22 @@ TEST(JSONValue, keepsWhatATextSays) {
     }
 }
 
+TEST(JSONValue, isWrittenDownInCodeAsInText) {
+    std::string_view const word = "w";
+    JSONValue const value = JSONValue::Object{{"none", {}},
+                                              {"flag", false},
+                                              {"whole", 3u},
+                                              {"real", 0.5f},
+                                              {"texts", JSONValue::Array{"a", word, std::string("b")}},
+                                              {"one", JSONValue::Object{{"type", "string"}}}};
+    EXPECT_EQ(value, JSONValue::parse(R"({"none":null,"flag":false,"whole":3,"real":0.5,"texts":["a","w","b"],
+                                          "one":{"type":"string"}})"));
+    EXPECT_EQ(*value.find<std::int64_t>("whole"), 3);
+    EXPECT_FALSE(value.find<double>("whole"));
+    EXPECT_FALSE(value.find("type"));
+    EXPECT_FALSE(value.find("whole")->find("whole")) << "a number has no members";
+}
+
 TEST(JSONValue, refusesWhatIsNotOneValue) {
     for (std::string const text : {"", " ", "1 2", "1],[2", "{", "[1,]", "nul", "{\"a\" 1}", "01", "\"\x01\""})
         EXPECT_FALSE(failure(text).starts_with("read")) << text << ": " << failure(text);

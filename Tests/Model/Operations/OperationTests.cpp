@@ -26,7 +26,7 @@ std::string problem(std::string_view name, JSONValue const& arguments) {
         return error.what();
     }
 }
-std::string problem(std::string_view name, std::string const& arguments) {
+std::string problem(std::string_view name, char const* arguments) {
     return problem(name, JSONValue::parse(arguments));
 }
 

@@ -1,0 +1,91 @@
+#include <TavaroMCP/Bridge/BridgeCaller.h>
+
+#include <TavaroCore/Records/JSONError.h>
+#include <TavaroMCP/Bridge/Private/BridgeMessages.h>
+#include <TavaroMCP/Protocol/Private/ToolResult.h>
+#include <TavaroPlatform/Processes/DetachedProcess.h>
+#include <TavaroPlatform/Sockets/LineReader.h>
+#include <TavaroPlatform/Sockets/SocketError.h>
+#include <TavaroPlatform/Sockets/UnixSocket.h>
+
+#include <fmt/format.h>
+
+#include <cstdlib>
+#include <thread>
+#include <utility>
+
+namespace tavaro {
+
+namespace {
+
+bool hasDisplay() {
+    auto const isSet = [](char const* name) {
+        char const* const value = std::getenv(name);
+        return value && *value;
+    };
+    return isSet("DISPLAY") || isSet("WAYLAND_DISPLAY");
+}
+
+/// Tries until the application listens. None where it does not in time, or ends before.
+std::optional<UnixSocket> connectToStarted(BridgeCaller::Settings const& settings) {
+    auto application = DetachedProcess::start(settings.command);
+    if (!application) return std::nullopt;
+    auto const deadline = std::chrono::steady_clock::now() + settings.timeToStart;
+    while (std::chrono::steady_clock::now() < deadline) {
+        std::this_thread::sleep_for(settings.betweenTries);
+        bool const isOver = application->hasFailed(); // before trying: another may listen by then
+        if (auto socket = UnixSocket::connect(settings.socket)) return socket;
+        if (isOver) break;
+    }
+    return std::nullopt;
+}
+
+UnixSocket connectTo(BridgeCaller::Settings const& settings) {
+    auto socket = UnixSocket::connect(settings.socket);
+    if (!socket) socket = connectToStarted(settings);
+    if (socket) return *std::move(socket);
+    throw MCPToolError(MCPErrorCode::appUnreachable,
+                       "Couldn't reach Tavaro. Make sure it is installed in /Applications and opens normally.");
+}
+
+MCPToolError interrupted() { return {MCPErrorCode::interrupted, "Tavaro closed the connection mid-call."}; }
+
+BridgeReply nextReply(LineReader& lines) {
+    auto const line = lines.next(UnixSocket::forever);
+    if (!line) throw interrupted();
+    return replyOf(*line);
+}
+
+JSONValue resultOver(UnixSocket const& socket, BridgeRequest const& request, BridgeCaller::Progress const& progress) {
+    if (!socket.sendAll(bridgeLine(request), UnixSocket::forever)) throw interrupted();
+    LineReader lines(socket, longestBridgeLine);
+    while (true) {
+        auto reply = nextReply(lines);
+        if (reply.id != request.id) continue;
+        if (reply.result) return *std::move(reply.result);
+        progress(*reply.progress, reply.message.value_or(""));
+    }
+}
+
+}
+
+std::vector<std::string> applicationCommand() {
+    if (auto const studio = hasDisplay() ? findProgram("tavaro-studio") : std::nullopt) return {studio->string()};
+    if (auto const application = findProgram("tavaro")) return {application->string(), "serve", "--until-idle"};
+    return {};
+}
+
+JSONValue BridgeCaller::call(Call call, Progress const& progress) const {
+    BridgeRequest const request{1, std::move(call.client), std::move(call.tool), std::move(call.arguments)};
+    try {
+        return resultOver(connectTo(settings_), request, progress);
+    } catch (MCPToolError const& error) {
+        return toolResult::failure(error.code, error.what());
+    } catch (SocketError const& error) {
+        return toolResult::failure(MCPErrorCode::appUnreachable, error.what());
+    } catch (std::exception const& error) {
+        return toolResult::failure(MCPErrorCode::failed, error.what());
+    }
+}
+
+}

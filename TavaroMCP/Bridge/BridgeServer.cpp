@@ -1,0 +1,177 @@
+#include <TavaroMCP/Bridge/Private/BridgeServer.h>
+
+#include <TavaroCore/Records/JSONError.h>
+#include <TavaroMCP/Protocol/Private/ToolResult.h>
+#include <TavaroPlatform/Queues/SerialQueue.h>
+#include <TavaroPlatform/Sockets/Bell.h>
+#include <TavaroPlatform/Sockets/LineReader.h>
+#include <TavaroPlatform/Sockets/UnixSocket.h>
+#include <TavaroPlatform/Sockets/UnixSocketListener.h>
+
+#include <algorithm>
+#include <atomic>
+#include <exception>
+#include <list>
+#include <mutex>
+#include <optional>
+#include <poll.h>
+#include <spdlog/spdlog.h>
+#include <string>
+#include <system_error>
+#include <utility>
+
+namespace tavaro {
+
+namespace {
+
+/// The client of one request.
+class ConnectedClient final : public BridgeClient {
+public:
+    ConnectedClient(UnixSocket const& socket, std::int64_t request) : socket_(socket), request_(request) {}
+
+    void progress(double fraction, std::string_view message) override {
+        std::unique_lock const lock(mutex_, std::try_to_lock);
+        if (!lock) return; // another thread reports
+        sendUnsent();
+        if (!unsent_.empty()) return;
+        double const share = fraction > 0 ? std::min(fraction, 1.0) : 0; // also of what is no number
+        unsent_ = bridgeLine(BridgeReply{.id = request_, .progress = share, .message = std::string(message)});
+        sendUnsent();
+    }
+
+    bool isConnected() const override { return socket_.isConnected(); }
+
+    /// False where the client does not take it in time.
+    bool finish(JSONValue result, UnixSocket::Patience patience) {
+        std::lock_guard const lock(mutex_);
+        unsent_ += bridgeLine(BridgeReply{.id = request_, .result = std::move(result)});
+        return socket_.sendAll(unsent_, patience);
+    }
+
+private:
+    void sendUnsent() { unsent_.erase(0, socket_.sendNow(unsent_).value_or(unsent_.size())); }
+
+    UnixSocket const& socket_;
+    std::int64_t const request_;
+    std::mutex mutex_;
+    std::string unsent_; // of a line that has gone in part
+};
+
+struct Connection {
+    explicit Connection(UnixSocket accepted) : socket(std::move(accepted)) {}
+
+    UnixSocket socket;
+    std::atomic<bool> isOver = false;
+    SerialQueue queue{"com.tavaro.mcp.client"}; // ends before what it uses
+};
+
+std::optional<BridgeRequest> readRequest(LineReader& lines, UnixSocket::Patience patience) {
+    auto const line = lines.next(patience);
+    if (!line) return std::nullopt;
+    try {
+        return requestOf(*line);
+    } catch (JSONError const& error) {
+        spdlog::warn("A client on the bridge sent what is no request: {}", error.what());
+        return std::nullopt;
+    }
+}
+
+JSONValue answerOf(BridgeApplication& application, BridgeRequest const& request, BridgeClient& client) {
+    try {
+        return application.answer(request, client);
+    } catch (MCPToolError const& error) {
+        return toolResult::failure(error.code, error.what());
+    } catch (std::exception const& error) {
+        return toolResult::failure(MCPErrorCode::failed, error.what());
+    }
+}
+
+}
+
+struct BridgeServer::State {
+    UnixSocketListener listener;
+    BridgeApplication& application;
+    BridgeLimits const limits;
+    Bell bell;
+    std::atomic<bool> isEnding = false;
+    std::atomic<std::size_t> count = 0;
+    std::list<Connection> connections; // the listening thread's
+    std::optional<SerialQueue> listening;
+
+    State(std::filesystem::path const& socket, BridgeApplication& application, BridgeLimits limits)
+        : listener(socket)
+        , application(application)
+        , limits(limits) {}
+
+    void listen();
+    void rest() const;
+    void removeEnded();
+    void admit(UnixSocket socket);
+    void serve(Connection& connection);
+};
+
+void BridgeServer::State::listen() {
+    while (!isEnding) {
+        bool const isFull = connections.size() >= limits.connections;
+        pollfd waiting[] = {{bell.descriptor(), POLLIN, 0}, {isFull ? -1 : listener.descriptor(), POLLIN, 0}};
+        ::poll(waiting, std::size(waiting), -1);
+        bell.hush();
+        removeEnded();
+        if (waiting[1].revents == 0) continue;
+        if (auto socket = listener.accept())
+            admit(*std::move(socket));
+        else
+            rest();
+    }
+}
+
+/// A process that has no room for one more connection would try again and again.
+void BridgeServer::State::rest() const {
+    constexpr int milliseconds = 50;
+    pollfd waiting{bell.descriptor(), POLLIN, 0};
+    ::poll(&waiting, 1, milliseconds);
+}
+
+void BridgeServer::State::removeEnded() {
+    connections.remove_if([](Connection const& connection) { return connection.isOver.load(); });
+    count = connections.size();
+}
+
+void BridgeServer::State::admit(UnixSocket socket) {
+    try {
+        auto& connection = connections.emplace_back(std::move(socket));
+        count = connections.size();
+        connection.queue.async([this, &connection] { serve(connection); });
+    } catch (std::system_error const& error) { // no thread is to be had
+        spdlog::warn("A client on the bridge was sent away: {}", error.what());
+    }
+}
+
+void BridgeServer::State::serve(Connection& connection) {
+    LineReader lines(connection.socket, limits.lineBytes);
+    while (auto const request = readRequest(lines, limits.lineTime)) {
+        ConnectedClient client(connection.socket, request->id);
+        if (!client.finish(answerOf(application, *request, client), limits.lineTime)) break;
+    }
+    connection.socket.shutDown();
+    connection.isOver = true;
+    bell.ring();
+}
+
+BridgeServer::BridgeServer(std::filesystem::path const& socket, BridgeApplication& application, BridgeLimits limits)
+    : state_(std::make_unique<State>(socket, application, limits)) {
+    state_->listening.emplace("com.tavaro.mcp.listen");
+    state_->listening->async([state = state_.get()] { state->listen(); });
+}
+
+BridgeServer::~BridgeServer() {
+    state_->isEnding = true;
+    state_->bell.ring();
+    state_->listening.reset();
+    for (auto& connection : state_->connections) connection.socket.shutDown();
+    state_->connections.clear();
+}
+
+std::size_t BridgeServer::connections() const { return state_->count; }
+
+}

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <TavaroCore/Records/JSONValue.h>
+#include <TavaroMCP/Bridge/Private/BridgeMessages.h>
+
+#include <chrono>
+#include <cstddef>
+#include <filesystem>
+#include <memory>
+#include <string_view>
+
+namespace tavaro {
+
+/// Who asks for a tool, while the answer is worked out.
+class BridgeClient {
+public:
+    virtual ~BridgeClient() = default;
+
+    /// Any thread. Never waits: a client that does not read misses some.
+    virtual void progress(double fraction, std::string_view message) = 0;
+    /// Any thread. Once it is false, nobody gets the answer any more.
+    virtual bool isConnected() const = 0;
+};
+
+/// The application behind the bridge.
+class BridgeApplication {
+public:
+    virtual ~BridgeApplication() = default;
+
+    /// The tool's result. On the thread of the client's connection, which it may hold for as long as it takes; several
+    /// are answered at the same time. `client` lives until it returns. What it throws becomes a failure by its
+    /// sentence.
+    virtual JSONValue answer(BridgeRequest const& request, BridgeClient& client) = 0;
+};
+
+struct BridgeLimits {
+    std::size_t lineBytes = longestBridgeLine;
+    std::chrono::milliseconds lineTime{10'000}; // for a request to come in, and for a client to take more of a result
+    std::size_t connections = 128;              // more wait until one ends
+};
+
+/// The application's side of the bridge: a thread that lets clients in ("com.tavaro.mcp.listen"), and one for each
+/// connection ("com.tavaro.mcp.client"), made when it comes and ended with it. What a client does wrong (a line that is
+/// no request, too long, or not complete in time) costs its connection and nothing else.
+class BridgeServer {
+public:
+    /// Listens, and answers from then on. Throws `SocketError`.
+    BridgeServer(std::filesystem::path const& socket, BridgeApplication& application, BridgeLimits limits = {});
+    /// Ends all connections, and waits for the answers under way.
+    ~BridgeServer();
+    BridgeServer(BridgeServer const&) = delete;
+    BridgeServer& operator=(BridgeServer const&) = delete;
+
+    /// Any thread.
+    std::size_t connections() const;
+
+private:
+    struct State;
+    std::unique_ptr<State> state_;
+};
+
+}

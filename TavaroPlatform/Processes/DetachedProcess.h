@@ -1,0 +1,32 @@
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <sys/types.h>
+#include <vector>
+
+namespace tavaro {
+
+/// The file of a program: beside this one, else where the user's search path has it. None where it is nowhere.
+std::optional<std::filesystem::path> findProgram(std::string_view name);
+
+/// A program that was started to go on by itself, also when this one ends or is ended by a signal to all that a
+/// terminal runs. It reads nothing from here, and what it prints is dropped.
+class DetachedProcess {
+public:
+    /// The first word is the program's file. None where it cannot be started.
+    static std::optional<DetachedProcess> start(std::vector<std::string> const& command);
+
+    /// Whether it has ended, and not well.
+    bool hasFailed();
+
+private:
+    explicit DetachedProcess(pid_t process) : process_(process) {}
+
+    pid_t process_;
+    std::optional<int> status_; // once it has ended
+};
+
+}

@@ -1,0 +1,248 @@
+#include <TavaroMCP/Bridge/BridgeCaller.h>
+#include <TavaroMCP/Bridge/Private/BridgeMessages.h>
+#include <TavaroMCP/Bridge/Private/BridgeServer.h>
+#include <TavaroMCP/Protocol/Private/ToolResult.h>
+
+#include <TavaroCore/Records/JSONError.h>
+#include <TavaroPlatform/Sockets/LineReader.h>
+#include <TavaroPlatform/Sockets/UnixSocketListener.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <functional>
+#include <future>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <optional>
+#include <poll.h>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace tavaro {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+using ::testing::HasSubstr;
+
+constexpr std::chrono::milliseconds patience(5000);
+constexpr BridgeLimits limits{.lineBytes = 1000, .lineTime = std::chrono::milliseconds(200), .connections = 8};
+
+/// Answers as the test says.
+struct FakeApplication final : BridgeApplication {
+    std::function<JSONValue(BridgeRequest const&, BridgeClient&)> answering = [](BridgeRequest const& request, auto&) {
+        return toolResult::ok(request.client + " " + request.tool, *request.arguments.as<JSONValue::Object>());
+    };
+    JSONValue answer(BridgeRequest const& request, BridgeClient& client) override { return answering(request, client); }
+};
+
+class BridgeTest : public ::testing::Test {
+protected:
+    BridgeTest() {
+        std::string pattern = (fs::temp_directory_path() / "tavaro-bridge-XXXXXX").string();
+        root = mkdtemp(pattern.data());
+        path = root / "Tavaro/mcp.sock";
+    }
+    ~BridgeTest() override { fs::remove_all(root); }
+
+    void serve(BridgeLimits limits = {}) { server.emplace(path, application, limits); }
+
+    JSONValue call(BridgeCaller::Progress const& progress = [](double, std::string const&) {}) const {
+        return BridgeCaller({.socket = path, .command = {}}).call({"status", {{"n", 1}}, "Ann"}, progress);
+    }
+    JSONValue callStarting(std::vector<std::string> command, std::chrono::milliseconds timeToStart) const {
+        return BridgeCaller({.socket = path, .command = std::move(command), .timeToStart = timeToStart})
+            .call({"status", {}, "Ann"}, [](double, std::string const&) {});
+    }
+    static std::string codeOf(JSONValue const& result) {
+        auto const* const failure = result.find("structuredContent");
+        auto const* const code = failure ? failure->find<std::string>("code") : nullptr;
+        return code ? *code : "none";
+    }
+    static bool becomesTrue(std::function<bool()> const& condition) {
+        for (int i = 0; i < 500; ++i) {
+            if (condition()) return true;
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        }
+        return false;
+    }
+
+    fs::path root, path;
+    FakeApplication application;
+    std::optional<BridgeServer> server;
+};
+
+/// An application that answers one request with these bytes, and closes the connection.
+std::future<void> answering(UnixSocketListener const& listener, std::string bytes) {
+    return std::async(std::launch::async, [&listener, bytes = std::move(bytes)] {
+        pollfd waiting{listener.descriptor(), POLLIN, 0};
+        ::poll(&waiting, 1, static_cast<int>(patience.count()));
+        auto const socket = listener.accept().value();
+        LineReader lines(socket, longestBridgeLine);
+        ASSERT_TRUE(lines.next(patience));
+        socket.sendAll(bytes, patience);
+    });
+}
+
+}
+
+TEST_F(BridgeTest, aCallArrivesWithItsProgressFirstAndItsResultLast) {
+    application.answering = [](BridgeRequest const& request, BridgeClient& client) {
+        client.progress(0.5, "half/way");
+        client.progress(-1, "all");
+        EXPECT_TRUE(client.isConnected());
+        return toolResult::ok(request.client + " " + request.tool, *request.arguments.as<JSONValue::Object>());
+    };
+    serve();
+    std::vector<std::pair<double, std::string>> heard;
+    auto const result = call([&](double fraction, auto const& message) { heard.emplace_back(fraction, message); });
+    EXPECT_EQ(result, toolResult::ok("Ann status", JSONValue::Object{{"n", 1}}));
+    EXPECT_EQ(heard, (std::vector<std::pair<double, std::string>>{{0.5, "half/way"}, {0, "all"}}));
+    EXPECT_TRUE(becomesTrue([&] { return server->connections() == 0; }));
+}
+
+TEST_F(BridgeTest, whatTheApplicationThrowsIsAFailure) {
+    serve();
+    application.answering = [](auto&, auto&) -> JSONValue { throw MCPToolError(MCPErrorCode::busy, "Not now."); };
+    EXPECT_EQ(call(), toolResult::failure(MCPErrorCode::busy, "Not now."));
+    application.answering = [](auto&, auto&) -> JSONValue { throw std::runtime_error("It broke."); };
+    EXPECT_EQ(call(), toolResult::failure(MCPErrorCode::failed, "It broke."));
+}
+
+TEST_F(BridgeTest, largeArgumentsAndResultsGoThroughWhole) {
+    std::string const large(5 << 20, 'x');
+    serve();
+    auto const result = BridgeCaller({.socket = path, .command = {}})
+                            .call({"status", {{"patch", large}}, "Ann"}, [](double, std::string const&) {});
+    EXPECT_EQ(result, toolResult::ok("Ann status", JSONValue::Object{{"patch", large}}));
+}
+
+TEST_F(BridgeTest, manyAreAnsweredAtTheSameTime) {
+    constexpr int count = 50;
+    std::atomic<int> inside = 0;
+    application.answering = [&](auto&, auto&) {
+        ++inside;
+        return toolResult::ok(becomesTrue([&] { return inside == count; }) ? "together" : "alone");
+    };
+    serve();
+    std::vector<std::future<JSONValue>> results;
+    for (int i = 0; i < count; ++i) results.push_back(std::async(std::launch::async, [&] { return call(); }));
+    for (auto& result : results) EXPECT_EQ(result.get(), toolResult::ok("together"));
+}
+
+TEST_F(BridgeTest, moreThanFitWaitForTheirTurn) {
+    serve({.connections = 1});
+    std::vector<std::future<JSONValue>> results;
+    for (int i = 0; i < 10; ++i) results.push_back(std::async(std::launch::async, [&] { return call(); }));
+    for (auto& result : results) EXPECT_EQ(codeOf(result.get()), "none");
+}
+
+TEST_F(BridgeTest, aClientThatDoesWrongLosesItsConnectionAndNobodyElseDoes) {
+    serve(limits);
+    std::string const tooLong(limits.lineBytes + 1, ' ');
+    for (auto const& bytes :
+         {std::string(R"({"id":1,"tool":"sta)"), tooLong, std::string("nonsense\n"), std::string("{}\n"),
+          std::string("[1]\n"), std::string(R"({"id":1,"tool":"status","arguments":[]})") + "\n", std::string()}) {
+        auto const bad = UnixSocket::connect(path).value();
+        ASSERT_TRUE(bad.sendAll(bytes, patience));
+        EXPECT_EQ(codeOf(call()), "none") << bytes;
+        std::vector<char> room(10);
+        EXPECT_EQ(bad.receive(room, patience).what, UnixSocket::Received::end) << bytes;
+    }
+    EXPECT_TRUE(becomesTrue([&] { return server->connections() == 0; }));
+}
+
+TEST_F(BridgeTest, aClientThatDoesNotReadHoldsNeitherTheToolNorTheOthers) {
+    serve({.lineTime = limits.lineTime});
+    std::atomic<int> answered = 0;
+    application.answering = [&](BridgeRequest const& request, BridgeClient& client) {
+        for (int i = 0; i < 20'000; ++i) client.progress(0.5, "far more than a socket keeps");
+        ++answered;
+        return toolResult::ok(request.client);
+    };
+    auto const deaf = UnixSocket::connect(path).value();
+    ASSERT_TRUE(deaf.sendAll(bridgeLine(BridgeRequest{.id = 1, .client = "deaf", .tool = "export"}), patience));
+    EXPECT_TRUE(becomesTrue([&] { return answered == 1; }));
+    EXPECT_EQ(call(), toolResult::ok("Ann"));
+    EXPECT_TRUE(becomesTrue([&] { return server->connections() == 0; }));
+}
+
+TEST_F(BridgeTest, theApplicationSeesThatItsClientIsGoneAndTheServerEndsWithIt) {
+    std::atomic<int> begun = 0, gone = 0;
+    application.answering = [&](auto&, BridgeClient& client) {
+        ++begun;
+        if (becomesTrue([&] { return !client.isConnected(); })) ++gone;
+        return toolResult::ok("for nobody");
+    };
+    serve();
+    auto const begin = [&](int number) {
+        auto client = UnixSocket::connect(path);
+        EXPECT_TRUE(client->sendAll(bridgeLine(BridgeRequest{.id = 1, .tool = "record_for"}), patience));
+        EXPECT_TRUE(becomesTrue([&] { return begun == number; }));
+        return client;
+    };
+    auto client = begin(1);
+    client.reset();
+    EXPECT_TRUE(becomesTrue([&] { return gone == 1; }));
+
+    client = begin(2);
+    server.reset();
+    EXPECT_EQ(gone, 2);
+    EXPECT_FALSE(fs::exists(path));
+}
+
+TEST_F(BridgeTest, anApplicationThatEndsMidCallIsSaidSo) {
+    UnixSocketListener const listener(path);
+    auto const interrupted = toolResult::failure(MCPErrorCode::interrupted, "Tavaro closed the connection mid-call.");
+    for (std::string const bytes : {"", "{\"id\":1,\"progress\":0.5}\n", R"({"id":1,"result":{)"}) {
+        auto const ended = answering(listener, bytes);
+        EXPECT_EQ(call(), interrupted) << bytes;
+    }
+    std::pair<std::string, std::string> const refused[] = {
+        {"{\"result\":{}}\n", "Bridge reply without id."},
+        {"{\"id\":1}\n", "Bridge reply without result."},
+        {"nonsense\n", "Bridge reply that cannot be read: expected an object, found a single value."},
+    };
+    for (auto const& [bytes, sentence] : refused) {
+        auto const ended = answering(listener, bytes);
+        EXPECT_EQ(call(), toolResult::failure(MCPErrorCode::failed, sentence));
+    }
+    auto const ended = answering(listener, "{\"id\":2,\"result\":{}}\n{\"result\":{\"a\":1},\"id\":1}\n");
+    EXPECT_EQ(call(), (JSONValue::Object{{"a", 1}})) << "the other id was not asked for";
+}
+
+TEST_F(BridgeTest, theFirstCallStartsTheApplication) {
+    auto const mark = root / "started";
+    auto const application = std::async(std::launch::async, [&] {
+        if (becomesTrue([&] { return fs::exists(mark); })) serve();
+    });
+    auto const result = callStarting({"/bin/sh", "-c", "touch " + mark.string() + "; sleep 5"}, patience);
+    EXPECT_EQ(codeOf(result), "none");
+}
+
+TEST_F(BridgeTest, anApplicationThatDoesNotComeIsUnreachable) {
+    auto const unreachable =
+        toolResult::failure(MCPErrorCode::appUnreachable,
+                            "Couldn't reach Tavaro. Make sure it is installed in /Applications and opens normally.");
+    EXPECT_EQ(call(), unreachable) << "nothing is installed";
+    auto const began = std::chrono::steady_clock::now();
+    EXPECT_EQ(callStarting({"/bin/false"}, patience), unreachable);
+    EXPECT_LT(std::chrono::steady_clock::now() - began, patience / 2) << "nobody waits for what has failed";
+    EXPECT_EQ(callStarting({"/bin/sleep", "2"}, std::chrono::milliseconds(400)), unreachable);
+    path = root / std::string(104, 's');
+    EXPECT_EQ(call(), toolResult::failure(MCPErrorCode::appUnreachable, "Socket path is too long."));
+}
+
+TEST(BridgeMessages, keysComeInAnyOrderAndGoOutSorted) {
+    EXPECT_EQ(bridgeLine(BridgeRequest{.id = 3, .client = "a/b", .tool = "status"}),
+              "{\"arguments\":{},\"client\":\"a/b\",\"id\":3,\"tool\":\"status\"}\n");
+    EXPECT_EQ(bridgeLine(BridgeReply{.id = 3, .progress = 0.5, .message = "m"}),
+              "{\"id\":3,\"message\":\"m\",\"progress\":0.5}\n");
+    EXPECT_EQ(requestOf(R"({"tool":"status","id":3,"arguments":{"n":9007199254740993},"client":"c","new":1})"),
+              (BridgeRequest{3, "c", "status", JSONValue::Object{{"n", 9007199254740993}}}));
+    EXPECT_THROW(requestOf(R"({"id":3})"), JSONError);
+}
+
+}

@@ -1,0 +1,56 @@
+#include <TavaroPlatform/Processes/DetachedProcess.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <string>
+#include <thread>
+#include <unistd.h>
+
+namespace tavaro {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+bool becomesTrue(auto const& condition) {
+    for (int i = 0; i < 500; ++i) {
+        if (condition()) return true;
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    return false;
+}
+
+}
+
+TEST(DetachedProcess, aProgramIsFoundInTheSearchPathAndNothingElseIs) {
+    auto const shell = findProgram("sh");
+    ASSERT_TRUE(shell);
+    EXPECT_TRUE(shell->is_absolute());
+    EXPECT_FALSE(findProgram("no-such-program-anywhere"));
+    EXPECT_FALSE(findProgram("")) << "a folder is no program";
+}
+
+TEST(DetachedProcess, runsInASessionOfItsOwnAndAFailureIsSeen) {
+    std::string pattern = (fs::temp_directory_path() / "tavaro-process-XXXXXX").string();
+    fs::path const folder = mkdtemp(pattern.data());
+    auto const file = folder / "session";
+    auto const script = "cut -d' ' -f6 /proc/self/stat > " + file.string() + "; cat; exit 3";
+    auto process = DetachedProcess::start({findProgram("sh")->string(), "-c", script});
+    ASSERT_TRUE(process);
+    EXPECT_TRUE(becomesTrue([&] { return process->hasFailed(); })) << "cat reads nothing from this program";
+    long session = 0;
+    std::ifstream(file) >> session;
+    EXPECT_NE(session, 0);
+    EXPECT_NE(session, static_cast<long>(getsid(0)));
+    fs::remove_all(folder);
+}
+
+TEST(DetachedProcess, whatIsNoProgramDoesNotStart) {
+    EXPECT_FALSE(DetachedProcess::start({"/no/such/program"}));
+    EXPECT_FALSE(DetachedProcess::start({}));
+}
+
+}
