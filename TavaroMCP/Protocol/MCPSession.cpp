@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <exception>
 #include <map>
 #include <optional>
 #include <utility>
@@ -119,14 +120,17 @@ void MCPSession::State::run(std::uint64_t number, ToolCall call) {
     if (auto& progress = calls.at(number).progress) progress->message = call.tool + " is at work.";
     // What was started may outlive the session.
     auto const alive = weak_from_this();
-    around.callTool(
-        std::move(call),
-        [alive, number](double fraction, std::string const& message) {
-            if (auto const state = alive.lock()) state->report(number, fraction, message);
-        },
-        [alive, number](JSONValue result) {
-            if (auto const state = alive.lock()) state->finish(number, std::move(result));
-        });
+    auto const progress = [alive, number](double fraction, std::string const& message) {
+        if (auto const state = alive.lock()) state->report(number, fraction, message);
+    };
+    auto const finished = [alive, number](JSONValue result) {
+        if (auto const state = alive.lock()) state->finish(number, std::move(result));
+    };
+    try {
+        around.callTool(std::move(call), progress, finished);
+    } catch (std::exception const& error) {
+        finish(number, toolResult::failure(MCPErrorCode::failed, error.what()));
+    }
 }
 
 void MCPSession::State::report(std::uint64_t number, double fraction, std::string const& message) {

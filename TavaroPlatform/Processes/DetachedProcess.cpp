@@ -13,7 +13,7 @@ namespace tavaro {
 
 namespace {
 
-/// What a child starts with: nothing of this program's streams, signals or terminal.
+/// What a child starts with: nothing of this program's streams, folder, signals or terminal.
 class Surroundings {
 public:
     Surroundings() {
@@ -21,6 +21,7 @@ public:
         ::posix_spawn_file_actions_addopen(&files_, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
         ::posix_spawn_file_actions_addopen(&files_, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
         ::posix_spawn_file_actions_addopen(&files_, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
+        ::posix_spawn_file_actions_addchdir_np(&files_, "/"); // the folder here may be removed under it
         ::posix_spawnattr_init(&attributes_);
         sigset_t signals;
         sigfillset(&signals);

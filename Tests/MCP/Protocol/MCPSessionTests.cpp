@@ -7,6 +7,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -173,6 +174,18 @@ TEST(MCPSession, theNextCallStartsOnlyBehindTheReplyBeforeIt) {
     for (int id = 1; id <= 3; ++id) session.receive(call(id));
     for (std::size_t i = 0; i < 3; ++i) finishes.at(i)(toolResult::ok("ok"));
     EXPECT_THAT(events, ElementsAre("start", "write", "start", "write", "start", "write"));
+}
+
+TEST(MCPSession, aCallThatCannotBeStartedFailsAndLetsTheNextOneIn) {
+    std::vector<std::string> lines;
+    MCPSession session({.version = "1",
+                        .callTool = [](auto, auto, auto) { throw std::runtime_error("There is no thread."); },
+                        .write = [&](auto line) { lines.emplace_back(line); },
+                        .now = [] { return 0.0; }});
+    session.receive(call(1));
+    session.receive(call(2));
+    EXPECT_THAT(lines, ElementsAre(HasSubstr(R"("message":"There is no thread.")"), HasSubstr(R"("id":2)")));
+    EXPECT_FALSE(session.isBusy());
 }
 
 TEST(MCPSession, progressGoesToWhoAskedForItUntilTheReply) {

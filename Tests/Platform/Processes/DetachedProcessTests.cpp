@@ -37,12 +37,14 @@ TEST(DetachedProcess, runsInASessionOfItsOwnAndAFailureIsSeen) {
     std::string pattern = (fs::temp_directory_path() / "tavaro-process-XXXXXX").string();
     fs::path const folder = mkdtemp(pattern.data());
     auto const file = folder / "session";
-    auto const script = "cut -d' ' -f6 /proc/self/stat > " + file.string() + "; cat; exit 3";
+    auto const script = "(cut -d' ' -f6 /proc/self/stat; pwd) > " + file.string() + "; cat; exit 3";
     auto process = DetachedProcess::start({findProgram("sh")->string(), "-c", script});
     ASSERT_TRUE(process);
     EXPECT_TRUE(becomesTrue([&] { return process->hasFailed(); })) << "cat reads nothing from this program";
     long session = 0;
-    std::ifstream(file) >> session;
+    std::string workingFolder;
+    std::ifstream(file) >> session >> workingFolder;
+    EXPECT_EQ(workingFolder, "/");
     EXPECT_NE(session, 0);
     EXPECT_NE(session, static_cast<long>(getsid(0)));
     fs::remove_all(folder);
