@@ -19,12 +19,17 @@ std::filesystem::path home() {
     return std::filesystem::temp_directory_path();
 }
 
+/// What the variable names where that is an absolute path; others do not count.
+std::filesystem::path baseFolder(char const* variable, char const* usual) {
+    if (char const* set = std::getenv(variable); set && std::filesystem::path(set).is_absolute()) return set;
+    return home() / usual;
 }
 
-std::filesystem::path applicationSupport() {
-    if (char const* set = std::getenv("XDG_DATA_HOME"); set && std::filesystem::path(set).is_absolute()) return set;
-    return home() / ".local/share";
 }
+
+std::filesystem::path applicationSupport() { return baseFolder("XDG_DATA_HOME", ".local/share"); }
+
+std::filesystem::path configuration() { return baseFolder("XDG_CONFIG_HOME", ".config") / "Tavaro"; }
 
 std::filesystem::path movies() { return home() / "Movies"; }
 
@@ -43,10 +48,6 @@ std::filesystem::path ensureUnsavedProjects() {
     return folder;
 }
 
-std::filesystem::path caches() {
-    char const* const set = std::getenv("XDG_CACHE_HOME");
-    return (set && std::filesystem::path(set).is_absolute() ? std::filesystem::path(set) : home() / ".cache") /
-           "Tavaro";
-}
+std::filesystem::path caches() { return baseFolder("XDG_CACHE_HOME", ".cache") / "Tavaro"; }
 
 }

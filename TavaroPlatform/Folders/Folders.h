@@ -8,6 +8,9 @@ namespace tavaro::folders {
 /// `$XDG_DATA_HOME` where it is an absolute path, else `~/.local/share`.
 std::filesystem::path applicationSupport();
 
+/// What the user chose: `Tavaro` in `$XDG_CONFIG_HOME` where that is an absolute path, else in `~/.config`.
+std::filesystem::path configuration();
+
 /// `~/Movies`.
 std::filesystem::path movies();
 
