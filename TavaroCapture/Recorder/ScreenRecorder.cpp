@@ -26,6 +26,11 @@ TakeSources openSources(RecorderOptions const& options) {
 
 }
 
+void expectRecordable(RecorderOptions const& options) {
+    requireSound(options);
+    openSources(options);
+}
+
 ScreenRecorder::ScreenRecorder(RecorderOptions options) : options_(std::move(options)) {}
 ScreenRecorder::ScreenRecorder(RecorderOptions options, TakeSources sources)
     : options_(std::move(options))

@@ -28,6 +28,10 @@ struct RecorderOptions {
     double checkpointSeconds = 2;
 };
 
+/// Throws what `ScreenRecorder::start` would throw now, of the options and of the screen, and records nothing: for who
+/// waits before a take begins.
+void expectRecordable(RecorderOptions const& options);
+
 /// A take so far, for a progress line.
 struct RecorderProgress {
     double seconds = 0; // on the take's timeline: pauses do not count

@@ -10,7 +10,8 @@ public:
     enum class Kind {
         noDisplay,      // no X server answers
         unsupported,    // the server lacks something a recording needs
-        badSource,      // the source is malformed, missing, empty or off-screen
+        noSuchSource,   // no display, window or application is what was named
+        badSource,      // the source is malformed, empty, hidden or off-screen
         captureLost,    // the source or the server went away
         writeFailed,    // the take cannot be written: disk full, folder unwritable
         notRecording,   // an operation needs a take in progress

@@ -9,12 +9,22 @@
 
 namespace tavaro {
 
+namespace {
+
+/// Where a span that begins there ends; areas from outside may begin or end beyond all pixels.
+std::int64_t endOf(int start, int length) { return std::int64_t{start} + length; }
+
+int lengthBetween(std::int64_t start, std::int64_t end) {
+    return static_cast<int>(std::max(end - start, std::int64_t{0}));
+}
+
+}
+
 PixelRect PixelRect::intersection(PixelRect const& other) const {
     int const left = std::max(x, other.x);
     int const top = std::max(y, other.y);
-    int const right = std::min(x + width, other.x + other.width);
-    int const bottom = std::min(y + height, other.y + other.height);
-    return {left, top, std::max(right - left, 0), std::max(bottom - top, 0)};
+    return {left, top, lengthBetween(left, std::min(endOf(x, width), endOf(other.x, other.width))),
+            lengthBetween(top, std::min(endOf(y, height), endOf(other.y, other.height)))};
 }
 
 PixelRect PixelRect::unionWith(PixelRect const& other) const {
@@ -22,6 +32,19 @@ PixelRect PixelRect::unionWith(PixelRect const& other) const {
     int const top = std::min(y, other.y);
     return {left, top, std::max(x + width, other.x + other.width) - left,
             std::max(y + height, other.y + other.height) - top};
+}
+
+PixelRect shaped(PixelRect const& rect, AreaShape shape) {
+    struct Ratio {
+        std::int64_t width, height;
+    };
+    static constexpr std::array<Ratio, namesOf(AreaShape{}).size()> ratios{
+        {{0, 0}, {16, 9}, {9, 16}, {1, 1}, {4, 5}, {4, 3}}};
+    auto const [width, height] = ratios[static_cast<std::size_t>(shape)];
+    if (shape == AreaShape::free) return rect;
+    auto const widest = rect.height * width / height, highest = rect.width * height / width;
+    return {rect.x, rect.y, static_cast<int>(std::min<std::int64_t>(rect.width, widest)),
+            static_cast<int>(std::min<std::int64_t>(rect.height, highest))};
 }
 
 std::string_view recordingMode(CaptureSource const& source) {

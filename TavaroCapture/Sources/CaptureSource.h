@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -46,8 +47,18 @@ struct ApplicationSource {
     bool operator==(ApplicationSource const&) const = default;
 };
 
+/// What an area's sides are held to.
+enum class AreaShape { free, wide, tall, square, portrait, standard };
+
+constexpr std::array<std::string_view, 6> namesOf(AreaShape) { return {"free", "16:9", "9:16", "1:1", "4:5", "4:3"}; }
+
+/// The largest part of that shape, from the same top-left corner.
+PixelRect shaped(PixelRect const& rect, AreaShape shape);
+
 struct AreaSource {
-    PixelRect rect;
+    PixelRect rect;                    // on the desktop, or on the display below, from its top-left corner
+    std::string display = {};          // the id of the one it is on: what reaches past that is left out
+    AreaShape shape = AreaShape::free; // of what is on the screen
     bool operator==(AreaSource const&) const = default;
 };
 

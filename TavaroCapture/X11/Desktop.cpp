@@ -72,6 +72,9 @@ std::vector<xcb_window_t> unmanagedWindows(Connection& connection) {
 }
 
 [[noreturn]] void fail(std::string const& sentence) { throw CaptureError(CaptureError::Kind::badSource, sentence); }
+[[noreturn]] void failMissing(std::string const& sentence) {
+    throw CaptureError(CaptureError::Kind::noSuchSource, sentence);
+}
 
 PixelRect visible(Connection& connection, PixelRect const& frame, std::string const& what) {
     PixelRect const inside = frame.intersection(rootFrame(connection));
@@ -81,26 +84,45 @@ PixelRect visible(Connection& connection, PixelRect const& frame, std::string co
     return inside;
 }
 
-ResolvedSource resolveDisplay(Connection& connection, DisplaySource const& source) {
+/// Of the main display where the id is empty.
+DisplayInfo displayOf(Connection& connection, std::string const& id) {
     auto const all = displays(connection);
     for (auto const& display : all) {
-        bool const isWanted = source.id.empty() ? display.isMain
-                                                : display.id == source.id || display.id == "display-" + source.id ||
-                                                      display.name == source.id;
-        if (isWanted) return {visible(connection, display.frame, "The display " + display.id)};
+        if (id.empty() ? display.isMain : display.id == id || display.id == "display-" + id || display.name == id)
+            return display;
     }
-    fail(fmt::format("There is no display “{}”; here there {} {}{}.", source.id, all.size() == 1 ? "is" : "are",
-                     all.front().id, all.size() == 1 ? "" : " to " + all.back().id));
+    failMissing(fmt::format("There is no display “{}”; here there {} {}{}.", id, all.size() == 1 ? "is" : "are",
+                            all.front().id, all.size() == 1 ? "" : " to " + all.back().id));
+}
+
+ResolvedSource resolveDisplay(Connection& connection, DisplaySource const& source) {
+    auto const display = displayOf(connection, source.id);
+    return {visible(connection, display.frame, "The display " + display.id)};
+}
+
+/// `what` names the area in a sentence.
+PixelRect onDesktop(Connection& connection, AreaSource const& area, std::string const& what) {
+    if (area.display.empty() || area.rect.isEmpty()) return area.rect;
+    auto const display = displayOf(connection, area.display);
+    auto const inside = area.rect.intersection({0, 0, display.frame.width, display.frame.height});
+    if (inside.isEmpty()) fail(fmt::format("{} cannot be recorded: it lies outside {}.", what, display.id));
+    return {inside.x + display.frame.x, inside.y + display.frame.y, inside.width, inside.height};
+}
+
+ResolvedSource resolveArea(Connection& connection, AreaSource const& source) {
+    auto const& rect = source.rect;
+    auto const what = fmt::format("The area {},{},{},{}", rect.x, rect.y, rect.width, rect.height);
+    return {shaped(visible(connection, onDesktop(connection, source, what), what), source.shape)};
 }
 
 ResolvedSource resolveWindow(Connection& connection, xcb_window_t window, bool wholeApplication) {
     std::string const what = fmt::format("The window {}", window);
     if (window == connection.root() || !frameOf(connection, window))
-        fail(fmt::format("There is no window {}; it may have been closed.", window));
+        failMissing(fmt::format("There is no window {}; it may have been closed.", window));
     xcb_window_t const top = topLevel(connection, window);
     if (!isViewable(connection, window)) fail(what + " cannot be recorded: it is minimised or hidden.");
     auto const frame = shownFrameOf(connection, top);
-    if (!frame) fail(fmt::format("There is no window {}; it may have been closed.", window));
+    if (!frame) failMissing(fmt::format("There is no window {}; it may have been closed.", window));
     visible(connection, *frame, what);
     return {*frame, top, wholeApplication};
 }
@@ -118,7 +140,7 @@ ResolvedSource resolveApplication(Connection& connection, ApplicationSource cons
             if (!name.empty() && isSame(name, source.name)) return resolveWindow(connection, window.window, true);
         }
     }
-    fail(fmt::format("No application “{}” has a window to record.", source.name));
+    failMissing(fmt::format("No application “{}” has a window to record.", source.name));
 }
 
 }
@@ -167,8 +189,7 @@ ResolvedSource resolve(Connection& connection, CaptureSource const& source) {
         return resolveWindow(connection, window->id, false);
     if (auto const* const application = std::get_if<ApplicationSource>(&source))
         return resolveApplication(connection, *application);
-    auto const& rect = std::get<AreaSource>(source).rect;
-    return {visible(connection, rect, fmt::format("The area {},{},{},{}", rect.x, rect.y, rect.width, rect.height))};
+    return resolveArea(connection, std::get<AreaSource>(source));
 }
 
 }

@@ -176,14 +176,22 @@ TEST_F(ScreenRecorderTest, aFullDiskEndsTheTakeWithASentenceAndKeepsWhatWasThere
 
 TEST_F(ScreenRecorderTest, whatCannotBeRecordedFailsAtOnceAndLeavesNothing) {
     auto const kindOf = [](RecorderOptions const& options) -> std::optional<CaptureError::Kind> {
+        std::optional<CaptureError::Kind> before;
+        try {
+            expectRecordable(options);
+        } catch (CaptureError const& error) {
+            before = error.kind;
+        }
         try {
             ScreenRecorder recorder(options);
             recorder.start();
             return std::nullopt;
         } catch (CaptureError const& error) {
+            EXPECT_TRUE(before == error.kind || error.kind == CaptureError::Kind::writeFailed);
             return error.kind;
         }
     };
+    EXPECT_NO_THROW(expectRecordable(options()));
     auto bad = options();
     bad.source = AreaSource{{5000, 0, 100, 100}};
     EXPECT_EQ(kindOf(bad), CaptureError::Kind::badSource);

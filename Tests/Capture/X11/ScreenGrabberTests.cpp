@@ -3,6 +3,8 @@
 #include <TavaroCapture/Sources/CaptureError.h>
 #include <TavaroCapture/X11/Private/ScreenGrabber.h>
 
+#include <limits>
+
 namespace tavaro {
 
 using x11::ScreenGrabber;
@@ -128,6 +130,13 @@ TEST_F(ScreenGrabberTest, menusOfTheFilmedWindowShowAndOtherProgramsDoNot) {
     EXPECT_TRUE(eventually([&] { return grabber.grab(0) == Outcome::lost; }));
 }
 
+TEST_F(ScreenGrabberTest, anAreaOfADisplayEndsWithItAndHasTheShapeThatWasAsked) {
+    auto const frameOf = [&](AreaSource const& area) { return ScreenGrabber(area, display->name()).frame(); };
+    EXPECT_EQ(frameOf({{600, 400, 320, 240}, "display-1"}), (PixelRect{600, 400, 40, 80}));
+    EXPECT_EQ(frameOf({{-20, 0, 320, 100}, "display-1", AreaShape::wide}), (PixelRect{0, 0, 176, 100}));
+    EXPECT_EQ(frameOf({{10, 20, 320, 400}, "display-1", AreaShape::square}), (PixelRect{10, 20, 320, 320}));
+}
+
 TEST_F(ScreenGrabberTest, anApplicationShowsItsDialogsOverItsWindow) {
     client->makeWindow({.frame = {50, 40, 200, 100}, .windowClass = "Filmed", .color = 0x00ff00});
     ScreenGrabber grabber(ApplicationSource{"filmed"}, display->name());
@@ -146,24 +155,29 @@ TEST_F(ScreenGrabberTest, aDrawingThatNobodyReportsIsSeenByTheCheck) {
 TEST_F(ScreenGrabberTest, sourcesThatCannotBeRecordedSayWhy) {
     auto const hidden = client->makeWindow({.frame = {0, 0, 50, 50}, .windowClass = "Hidden", .isMapped = false});
     auto const away = client->makeWindow({.frame = {2000, 0, 50, 50}, .windowClass = "Away"});
+    using Kind = CaptureError::Kind;
     struct {
         CaptureSource source;
         std::string part;
+        Kind kind = Kind::badSource;
     } const cases[] = {
         {AreaSource{{0, 0, 0, 100}}, "its size is zero"},
         {AreaSource{{700, 0, 100, 100}}, "outside the screen"},
-        {DisplaySource{"display-7"}, "There is no display “display-7”"},
-        {WindowSource{0x7fffffff}, "may have been closed"},
+        {AreaSource{{700, 0, 100, 100}, "display-1"}, "outside display-1"},
+        {AreaSource{{std::numeric_limits<int>::max(), 0, 100, 100}, "display-1"}, "outside display-1"},
+        {AreaSource{{0, 0, 100, 100}, "display-7"}, "There is no display “display-7”", Kind::noSuchSource},
+        {DisplaySource{"display-7"}, "There is no display “display-7”", Kind::noSuchSource},
+        {WindowSource{0x7fffffff}, "may have been closed", Kind::noSuchSource},
         {WindowSource{hidden}, "minimised or hidden"},
         {WindowSource{away}, "outside the screen"},
-        {ApplicationSource{"Nowhere"}, "No application “Nowhere” has a window"},
+        {ApplicationSource{"Nowhere"}, "No application “Nowhere” has a window", Kind::noSuchSource},
     };
-    for (auto const& [source, part] : cases) {
+    for (auto const& [source, part, kind] : cases) {
         try {
             ScreenGrabber(source, display->name());
             ADD_FAILURE() << "recordable: " << part;
         } catch (CaptureError const& error) {
-            EXPECT_EQ(error.kind, CaptureError::Kind::badSource);
+            EXPECT_EQ(error.kind, kind) << part;
             EXPECT_NE(std::string(error.what()).find(part), std::string::npos) << error.what();
         }
     }
