@@ -7,7 +7,7 @@
 #include <Tavaro/Commands/ProgressLine.h>
 #include <Tavaro/Commands/Terminal.h>
 #include <Tavaro/Model/Project/PackagePath.h>
-#include <Tavaro/Model/Recording/RecordingJob.h>
+#include <Tavaro/Model/Recording/RecordingController.h>
 #include <Tavaro/Model/Recording/TakeNames.h>
 
 #include <TavaroCore/Values/Timecode.h>
@@ -16,6 +16,7 @@
 #include <fmt/format.h>
 
 #include <ctime>
+#include <exception>
 #include <optional>
 
 namespace tavaro::commands {
@@ -59,28 +60,35 @@ RecordingRequest requestOf(Options const& options) {
 }
 
 /// While the take lasts, Ctrl-C ends it; later, the program.
-void runTake(MainQueue& queue, RecordingJob& job) {
+RecordingOutcome recorded(RecordingRequest request) {
+    MainQueue queue;
+    RecordingController recorder(queue);
     std::optional<Interruption> interruption(std::in_place);
     std::optional<ProgressLine> line(std::in_place, "Recording");
-    job.onRemark([](std::string const& remark) { terminal::tell("{}\n", remark); });
-    job.onProgress([&](RecordingProgress const& progress) {
-        if (progress.stage == RecordingStage::recording && line) return line->text(stateOf(progress.take));
+    std::optional<RecordingOutcome> outcome;
+    auto const observation = recorder.observe([&](RecorderState const& state) {
+        if (state.phase == RecorderPhase::recording && line) line->text(stateOf(state.take));
+        if (state.phase != RecorderPhase::finishing) return;
         line.reset();
         interruption.reset();
     });
-    job.onFinished([&] { line.reset(); });
-    job.start();
+    recorder.start(std::move(request), {.remark = [](std::string const& remark) { terminal::tell("{}\n", remark); },
+                                        .over =
+                                            [&](RecordingOutcome const& over) {
+                                                line.reset();
+                                                outcome = over;
+                                            }});
     queue.runUntil([&] {
-        if (interruption && interruption->isRequested()) job.end(TakeEnd::keep);
-        return job.isFinished();
+        if (interruption && interruption->isRequested() && recorder.isTaking()) recorder.stop();
+        return outcome.has_value();
     });
+    return *outcome;
 }
 
 void record(Options const& options) {
-    MainQueue queue;
-    RecordingJob job(queue, requestOf(options));
-    runTake(queue, job);
-    print(job.result(), options.asJSON ? TakeOutput::json : TakeOutput::lines);
+    auto const outcome = recorded(requestOf(options));
+    if (outcome.failure) std::rethrow_exception(outcome.failure);
+    print(*outcome.made, options.asJSON ? TakeOutput::json : TakeOutput::lines);
 }
 
 }

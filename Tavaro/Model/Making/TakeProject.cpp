@@ -62,7 +62,7 @@ MadeTake makeTakeProject(TakeMovie const& take, TakeProject const& wanted,
         project = open.document();
     }
     writeThumbnail(target, project);
-    return {made, log.health.summary()};
+    return {project.id, made, log.health.summary()};
 }
 
 }

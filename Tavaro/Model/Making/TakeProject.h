@@ -5,6 +5,7 @@
 #include <TavaroCapture/Segments/TakeStream.h>
 #include <TavaroCore/Project/DemoMode.h>
 #include <TavaroCore/Recording/RecordingMetadata.h>
+#include <TavaroCore/Records/UUID.h>
 
 #include <filesystem>
 #include <functional>
@@ -32,6 +33,7 @@ struct TakeProject {
 };
 
 struct MadeTake {
+    UUID id; // of the project
     MadeProject made;
     std::string health; // how well the capture went, in a line
 };

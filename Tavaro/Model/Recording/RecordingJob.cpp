@@ -6,6 +6,7 @@
 #include <TavaroCapture/Recovery/RecoveryStore.h>
 
 #include <chrono>
+#include <condition_variable>
 #include <ctime>
 #include <mutex>
 #include <optional>
@@ -17,7 +18,13 @@ struct RecordingJob::Orders {
     std::mutex mutex;
     bool isPaused = false;
     std::optional<TakeEnd> end;
+    std::condition_variable ended;
 
+    /// True as soon as somebody ended the take, false when the time has come.
+    bool waitForEnd(std::chrono::steady_clock::time_point until) {
+        std::unique_lock lock(mutex);
+        return ended.wait_until(lock, until, [&] { return end.has_value(); });
+    }
     bool wantsPause() {
         std::lock_guard const lock(mutex);
         return isPaused;
@@ -32,12 +39,27 @@ namespace {
 
 using Reporter = JobReporter<RecordingProgress>;
 
+constexpr char const* cancelled = "The recording was cancelled. `tavaro recover last` brings back what there is of it.";
+constexpr char const* discarded = "The recording was discarded.";
+
+/// Until the take is due.
+template<class Orders> void countDown(RecordingRequest const& request, Orders& orders, Reporter& reporter) {
+    if (request.countdown <= 0) return;
+    expectRecordable(request.recorder);
+    auto const due = std::chrono::steady_clock::now() + std::chrono::seconds(request.countdown);
+    for (int left = request.countdown; left > 0; --left) {
+        reporter.progress({.stage = RecordingStage::countdown, .countdown = left});
+        if (orders.waitForEnd(due - std::chrono::seconds(left - 1))) throw JobCancelled(discarded);
+        reporter.stopIfCancelled("The recording was cancelled before it began.");
+    }
+}
+
 /// Until the time is over, somebody ends the take, or it ends by itself.
 template<class Orders> TakeEnd runTake(ScreenRecorder& recorder, double seconds, Orders& orders, Reporter& reporter) {
     using namespace std::chrono_literals;
     bool isPaused = false;
     while (true) {
-        reporter.stopIfCancelled("The recording was cancelled. `tavaro recover last` brings back what there is of it.");
+        reporter.stopIfCancelled(cancelled);
         if (auto const end = orders.wantedEnd()) return *end;
         if (bool const wanted = orders.wantsPause(); wanted != isPaused) recorder.setPaused(isPaused = wanted);
         auto const progress = recorder.progress();
@@ -52,15 +74,17 @@ template<class Orders> MadeTake record(RecordingRequest const& request, Orders& 
     if (project.package.empty()) project.package = unsavedPackagePath(recordingName(std::time(nullptr)));
     expectPlaceFor(project.package);
     for (auto const& problem : RecoveryStore::pruneOldRecordings().problems) reporter.remark(problem);
+    countDown(request, orders, reporter);
     ScreenRecorder recorder(request.recorder);
     recorder.start();
     if (runTake(recorder, request.seconds, orders, reporter) == TakeEnd::discard) {
         recorder.cancel();
-        throw JobCancelled("The recording was discarded.");
+        throw JobCancelled(discarded);
     }
-    reporter.progress({RecordingStage::saving, recorder.progress()});
+    reporter.progress({RecordingStage::joining, recorder.progress()});
     auto const take = recorder.stop();
     if (take.endedEarly) reporter.remark(*take.endedEarly);
+    reporter.progress({RecordingStage::saving, recorder.progress()});
     return makeTakeProject({take.movie, take.metadata, take.duration, take.streams, take.warnings}, project,
                            [&](std::string const& sentence) { reporter.remark(sentence); });
 }
@@ -83,6 +107,7 @@ void RecordingJob::setPaused(bool isPaused) {
 void RecordingJob::end(TakeEnd end) {
     std::lock_guard const lock(orders_->mutex);
     if (!orders_->end) orders_->end = end;
+    orders_->ended.notify_all();
 }
 
 }

@@ -12,29 +12,37 @@ namespace tavaro {
 /// What is to be recorded, and what becomes of it.
 struct RecordingRequest {
     RecorderOptions recorder;
-    double seconds = 0; // the take ends after that long; 0: when somebody ends it
+    int countdown = 0;  // whole seconds before the take begins
+    double seconds = 0; // the take ends after that long, without the countdown; 0: when somebody ends it
     TakeProject project;
 };
 
-enum class RecordingStage { recording, saving };
+enum class RecordingStage {
+    countdown,
+    recording,
+    joining, // the take's segments into its movie
+    saving,  // the project, with its first edit
+};
 
 struct RecordingProgress {
-    RecordingStage stage = RecordingStage::recording;
-    RecorderProgress take;
+    RecordingStage stage = RecordingStage::countdown;
+    RecorderProgress take = {};
+    int countdown = 0; // whole seconds left of it
 };
 
 enum class TakeEnd { keep, discard };
 
-/// One recording, from the request to the saved project with its first edit. A take that ends by itself is saved with
-/// what there is, and a remark says why. Fails with `CaptureError`, `FileError` and `MediaError`, and with
-/// `JobCancelled` for a take that was not kept.
+/// One recording, from the request to the saved project with its first edit. What cannot be recorded fails before the
+/// countdown. A take that ends by itself is saved with what there is, and a remark says why. Fails with `CaptureError`,
+/// `FileError` and `MediaError`, and with `JobCancelled` for a take that was not kept.
 class RecordingJob : public Job<MadeTake, RecordingProgress> {
 public:
     RecordingJob(MainQueue& queue, RecordingRequest request);
 
     void setPaused(bool isPaused);
-    /// Ends the take: its project is then made, or its working folder removed. The first call counts; `cancel` and
-    /// going away do neither: what was recorded is then an unfinished recording, to be recovered.
+    /// Ends the take: its project is then made, or its working folder removed; in the countdown there is none to keep.
+    /// The first call counts; `cancel` and going away do neither: what was recorded is then an unfinished recording, to
+    /// be recovered.
     void end(TakeEnd end);
 
 private:
