@@ -58,4 +58,11 @@ Job<ExportedFilm, ExportProgress> exportJob(MainQueue& queue, std::shared_ptr<Pr
             }};
 }
 
+Job<ExportedFilm, ExportProgress> exportJob(MainQueue& queue, ExportRequest request) {
+    return {
+        queue, "com.tavaro.job.export", [request = std::move(request)](JobReporter<ExportProgress>& reporter) {
+            return PreparedExport(request.package, request.project, request.choices, request.encoder).write(reporter);
+        }};
+}
+
 }

@@ -67,8 +67,17 @@ private:
     Exporter exporter_;
 };
 
+struct ExportRequest {
+    ProjectPackage package;
+    DemoProject project; // as it is now: what is edited meanwhile is not in the film
+    ExportChoices choices;
+    EncoderChoice encoder = EncoderChoice::automatic;
+};
+
 /// Writes the film. What of it stands still because a recording is cut short comes as remarks. Fails with
 /// `ExportError`, also when it is cancelled, and then leaves no file.
 Job<ExportedFilm, ExportProgress> exportJob(MainQueue& queue, std::shared_ptr<PreparedExport> prepared);
+/// The same, prepared beside the main queue as well: that takes a moment for a long take.
+Job<ExportedFilm, ExportProgress> exportJob(MainQueue& queue, ExportRequest request);
 
 }

@@ -1,12 +1,14 @@
 #include "../../Render/Export/TestTake.h"
 
-#include <Tavaro/Model/Exporting/PreparedExport.h>
+#include <Tavaro/Model/Exporting/ExportController.h>
 #include <Tavaro/Model/Project/OpenProject.h>
 
 #include <TavaroCore/Export/ExportPreset.h>
 #include <TavaroMedia/Movie/MovieReader.h>
 
 #include <gtest/gtest.h>
+
+#include <utility>
 
 using namespace tavaro;
 
@@ -106,6 +108,75 @@ TEST(ExportJob, thatIsCancelledOrGoesAwayLeavesNoFile) {
         }
         EXPECT_EQ(take.filesLeft(), 0);
     }
+}
+
+TEST(ExportController, writesOneFilmAtATimeAndSaysHowFarItIs) {
+    TestTake const take("model-controller", 30);
+    auto const requested = [&](char const* name) {
+        return ExportRequest{
+            take.package, take.project, {.size = Size2{160, 90}, .output = take.output(name).string()}};
+    };
+    MainQueue queue;
+    ExportController exporter(queue);
+    double share = 0;
+    bool isTold = true;
+    auto const observation = exporter.observe([&](std::optional<RunningExport> const& running) {
+        isTold = isTold && running.has_value() == exporter.isExporting();
+        if (!running) return;
+        EXPECT_LE(share, running->share);
+        EXPECT_EQ(running->package, take.package.url());
+        share = running->share;
+    });
+    std::optional<std::string> second;
+    exporter.start(requested("film.mp4"), {.over = [&](ExportOutcome const& first) {
+                       EXPECT_EQ(first.value().path, take.output("film.mp4"));
+                       EXPECT_GT(std::exchange(share, 0), 0.9);
+                       exporter.start(requested("film.mp4"),
+                                      {.over = [&](ExportOutcome const& film) { second = film.value().path; }});
+                   }});
+    try {
+        exporter.start(requested("film.mp4"));
+        ADD_FAILURE() << "two at once";
+    } catch (ExportError const& error) {
+        EXPECT_EQ(error.kind(), ExportError::Kind::alreadyExporting);
+        EXPECT_STREQ(error.what(), "Tavaro is already exporting.");
+    }
+    queue.runUntil([&] { return second.has_value(); });
+    EXPECT_EQ(second, take.output("film 2.mp4"));
+    EXPECT_TRUE(isTold && !exporter.isExporting());
+
+    EXPECT_THROW(exporter.start({take.package, take.project, {.preset = "vhs"}}), Error);
+    EXPECT_FALSE(exporter.isExporting());
+}
+
+TEST(ExportController, whatIsCancelledOrCannotBeMadeFailsByItsOutcome) {
+    TestTake const take("model-controller-cancel");
+    MainQueue queue;
+    ExportController exporter(queue);
+    std::optional<ExportError::Kind> kind;
+    auto const exported = [&](DemoProject const& project) {
+        kind.reset();
+        exporter.start({take.package, project, {.size = Size2{640, 360}, .output = take.output("film.mp4").string()}},
+                       {.over = [&](ExportOutcome const& outcome) {
+                           try {
+                               outcome.value();
+                           } catch (ExportError const& error) {
+                               kind = error.kind();
+                           }
+                       }});
+    };
+    exported(take.project);
+    queue.runUntil([&] { return exporter.running()->progress.framesWritten > 0; });
+    exporter.cancel();
+    queue.runUntil([&] { return !exporter.isExporting(); });
+    EXPECT_EQ(kind, ExportError::Kind::cancelled);
+
+    auto without = take.project;
+    without.timeline.clips[0].asset = "gone.mp4";
+    exported(without);
+    queue.runUntil([&] { return !exporter.isExporting(); });
+    EXPECT_EQ(kind, ExportError::Kind::missingAsset);
+    EXPECT_EQ(take.filesLeft(), 0);
 }
 
 TEST(ExportChoices, aProjectRemembersThemAsAStepThatCanBeTakenBack) {
