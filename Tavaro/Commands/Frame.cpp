@@ -3,17 +3,14 @@
 #include <Tavaro/Commands/Checks.h>
 #include <Tavaro/Commands/Terminal.h>
 #include <Tavaro/Model/Exporting/DrawnPicture.h>
+#include <Tavaro/Model/Exporting/FilmFrame.h>
 #include <Tavaro/Model/Project/StoredProject.h>
 
-#include <TavaroCore/Errors/Error.h>
 #include <TavaroCore/Export/ExportFile.h>
 #include <TavaroCore/Records/JSON.h>
 #include <TavaroCore/Values/Timecode.h>
 #include <TavaroMedia/Errors/MediaError.h>
 #include <TavaroMedia/Frames/PNG.h>
-#include <TavaroRender/Export/ExportError.h>
-#include <TavaroRender/Export/FilmPainter.h>
-#include <TavaroRender/Painter/PaintError.h>
 #include <TavaroRender/Sheet/ContactSheet.h>
 
 #include <CLI/CLI.hpp>
@@ -51,14 +48,6 @@ std::string pictureProblem(std::string const& output) {
     return endingOf(output) == ".png" ? "" : fmt::format("“{}” is not the name of a PNG, as in frame.png", output);
 }
 
-/// The end itself still shows the last frame.
-void expectInside(double seconds, double duration) {
-    constexpr double tolerance = 1e-6;
-    if (duration <= 0 || seconds <= duration + tolerance) return;
-    auto const text = [](double time) { return Timecode::format(time, Timecode::Fraction::hundredths); };
-    throw Error(fmt::format("There is no frame at {}: the video ends at {}.", text(seconds), text(duration)));
-}
-
 std::string timeText(double seconds) { return Timecode::format(seconds, Timecode::Fraction::hundredths); }
 
 void printResult(Options const& options, DrawnPicture const& picture) {
@@ -68,27 +57,11 @@ void printResult(Options const& options, DrawnPicture const& picture) {
         terminal::sayPath(picture.path);
 }
 
-/// Draws the film of the project at that size.
-FramePainter painterOf(DemoProject const& project, ProjectPackage const& package, Size2 size) {
-    auto settings = project.exportSettings;
-    settings.size = size;
-    return filmPainter(project, package, settings);
-}
-
-Image drawn(FramePainter& painter, double at) {
-    try {
-        return painter.still(at);
-    } catch (PaintError const& error) {
-        throw ExportError::of(error); // the film could not be written either, and says so in these words
-    }
-}
-
 void frame(Options const& options) {
     expectWritable(options.output, options.ifTaken);
     auto const [package, project] = openProject(options.package);
-    auto painter = painterOf(project, package, sizeOf(options, project.canvas));
-    expectInside(*options.at, painter.duration());
-    auto const image = drawn(painter, *options.at);
+    auto painter = framePainter(project, package, sizeOf(options, project.canvas));
+    auto const image = filmFrame(painter, *options.at);
     writePNG(options.output, image.view(), PNGPacking::quick, options.ifTaken);
     printResult(options, {options.output, image.width(), image.height(), {*options.at}});
 }
@@ -113,12 +86,12 @@ void sheet(Options const& options) {
     auto const [package, project] = openProject(options.package);
     auto const layout =
         sheetLayout(options.sheet, project.canvas, options.maxWidth > 0 ? options.maxWidth : sheetWidth);
-    auto painter = painterOf(project, package, layout.picture);
+    auto painter = framePainter(project, package, layout.picture);
     auto const times = sheetTimes(options.sheet, painter.duration(), project.exportSettings.fps);
     ContactSheet sheet(
         layout, project.name,
         fmt::format("{}  ·  {} × {}", timeText(painter.duration()), project.canvas.width, project.canvas.height));
-    for (auto const time : times) sheet.add(drawn(painter, time).view(), timeText(time));
+    for (auto const time : times) sheet.add(filmFrame(painter, time).view(), timeText(time));
     auto const image = sheet.finish();
     auto const output = writeSheet(options, image->view());
     printResult(options, {output, layout.sheet.width, layout.sheet.height, times});

@@ -3,7 +3,10 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <functional>
+#include <new>
 #include <span>
+#include <utility>
 #include <vector>
 
 #include <png.h>
@@ -28,10 +31,10 @@ constexpr int compressionLevel = 4;
 struct Writer {
     png_structp png = nullptr;
     png_infop info = nullptr;
-    PendingFile& output;
-    int fileError = 0;
+    std::function<int(std::span<std::byte const>)> output; // 0, or the error number; throws nothing
+    int failure = 0;
 
-    explicit Writer(PendingFile& output) : output(output) {}
+    explicit Writer(std::function<int(std::span<std::byte const>)> output) : output(std::move(output)) {}
     Writer(Writer const&) = delete;
     Writer& operator=(Writer const&) = delete;
     ~Writer() { png_destroy_write_struct(&png, &info); }
@@ -41,8 +44,8 @@ struct Writer {
 // passes through.
 void writeBytes(png_structp png, png_bytep bytes, png_size_t count) {
     auto& writer = *static_cast<Writer*>(png_get_io_ptr(png));
-    writer.fileError = writer.output.write(std::as_bytes(std::span(bytes, count)));
-    if (writer.fileError != 0) png_error(png, "write failed");
+    writer.failure = writer.output(std::as_bytes(std::span(bytes, count)));
+    if (writer.failure != 0) png_error(png, "write failed");
 }
 
 // libpng would print these; the caller's sentence says it.
@@ -91,6 +94,11 @@ bool encode(Writer& writer, ImageView image, std::uint8_t* opaqueRow, PNGPacking
     return true;
 }
 
+bool encode(Writer& writer, ImageView image, PNGPacking packing) {
+    std::vector<std::uint8_t> opaqueRow(isOpaque(image) ? static_cast<std::size_t>(image.width) * 3 : 0);
+    return encode(writer, image, opaqueRow.empty() ? nullptr : opaqueRow.data(), packing);
+}
+
 struct Reader {
     png_image image = {};
     Reader() { image.version = PNG_IMAGE_VERSION; }
@@ -104,13 +112,27 @@ struct Reader {
 void writePNG(std::filesystem::path const& file, ImageView image, PNGPacking packing, PendingFile::IfTaken ifTaken) {
     if (image.isEmpty()) ffmpeg::throwWriting(file, Kind::refused, "the picture is empty");
     auto output = ffmpeg::writing(file, [&] { return PendingFile(file); });
-    Writer writer(output);
-    std::vector<std::uint8_t> opaqueRow(isOpaque(image) ? static_cast<std::size_t>(image.width) * 3 : 0);
-    if (!encode(writer, image, opaqueRow.empty() ? nullptr : opaqueRow.data(), packing)) {
-        if (writer.fileError != 0) ffmpeg::throwWriting(file, -writer.fileError);
+    Writer writer([&](std::span<std::byte const> bytes) { return output.write(bytes); });
+    if (!encode(writer, image, packing)) {
+        if (writer.failure != 0) ffmpeg::throwWriting(file, -writer.failure);
         ffmpeg::throwWriting(file, Kind::refused, "the picture could not be encoded");
     }
     ffmpeg::writing(file, [&] { output.commit(ifTaken); });
+}
+
+std::string encodePNG(ImageView image, PNGPacking packing) {
+    std::string file;
+    Writer writer([&](std::span<std::byte const> bytes) {
+        try {
+            file.append(reinterpret_cast<char const*>(bytes.data()), bytes.size());
+            return 0;
+        } catch (std::bad_alloc const&) {
+            return ENOMEM;
+        }
+    });
+    if (image.isEmpty() || !encode(writer, image, packing))
+        throw MediaError(Kind::refused, "PNG encoding failed.", "the picture could not be encoded");
+    return file;
 }
 
 Image readPNG(std::filesystem::path const& file) {

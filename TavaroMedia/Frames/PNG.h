@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <string>
 
 #include <TavaroCore/Files/PendingFile.h>
 #include <TavaroMedia/Frames/Image.h>
@@ -15,6 +16,9 @@ enum class PNGPacking { small, quick };
 /// complete. Throws `MediaError` (`notWritable`, `diskFull`).
 void writePNG(std::filesystem::path const& file, ImageView image, PNGPacking packing = PNGPacking::small,
               PendingFile::IfTaken = PendingFile::IfTaken::replace);
+
+/// The bytes of such a file. Throws `MediaError` (`refused`).
+std::string encodePNG(ImageView image, PNGPacking packing = PNGPacking::small);
 
 /// Reads any PNG as 8-bit RGBA. Throws `MediaError` (`missing`, `unreadable`).
 Image readPNG(std::filesystem::path const& file);

@@ -33,6 +33,7 @@ TEST(PNG, everyPixelComesBackWithAndWithoutTransparency) {
             auto const image = noise(width, height, i % 2 == 0);
             writePNG(file, image.view(), packing);
             auto const read = readPNG(file);
+            EXPECT_EQ(encodePNG(image.view(), packing), bytesOf(file));
             ASSERT_EQ(read.width(), width);
             ASSERT_EQ(read.height(), height);
             for (int y = 0; y < height; ++y)
