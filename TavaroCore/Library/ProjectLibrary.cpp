@@ -78,6 +78,7 @@ std::int64_t bytesIn(fs::path const& package) {
 /// What the document says. False when that cannot be remembered, as the reason may go away without a trace.
 bool readDocument(ProjectPackage const& package, IndexedProject& project) {
     project.name = package.url().stem().string();
+    project.id.reset();
     project.duration = 0;
     project.mode = {};
     project.problem.reset();
@@ -85,6 +86,7 @@ bool readDocument(ProjectPackage const& package, IndexedProject& project) {
         // Not by the package, whose `load` may rewrite: looking at a library changes nothing in it.
         auto const text = readWholeFile(package.projectFileURL());
         auto const document = decodeProject(text.value_or(""));
+        project.id = document.id;
         project.name = document.name;
         project.duration = document.duration();
         project.mode = document.mode;
@@ -111,8 +113,14 @@ public:
                     .problem = fmt::format("Could not open the project “{}”: it has no project.json.", path.string())};
         }
         auto const& project = remembered(package, *document);
-        LibraryItem item{path,         project.name, project.duration, {project.document.modified / 1'000'000},
-                         project.size, project.mode, std::nullopt,     project.problem};
+        LibraryItem item{.path = path,
+                         .id = project.id,
+                         .name = project.name,
+                         .duration = project.duration,
+                         .modified = {project.document.modified / 1'000'000},
+                         .size = project.size,
+                         .mode = project.mode,
+                         .problem = project.problem};
         if (project.hasThumbnail) item.thumbnail = package.thumbnailURL();
         return item;
     }

@@ -2,6 +2,7 @@
 
 #include <TavaroCore/Project/DemoMode.h>
 #include <TavaroCore/Records/Date.h>
+#include <TavaroCore/Records/UUID.h>
 
 #include <cstdint>
 #include <filesystem>
@@ -14,6 +15,7 @@ namespace tavaro {
 /// A project as the library shows it.
 struct LibraryItem {
     std::filesystem::path path; // of the package, absolute
+    std::optional<UUID> id;     // of a document that can be read; a copy of a package has the same
     std::string name;
     double duration = 0;   // output seconds
     Date modified;         // of the document's last save

@@ -15,23 +15,21 @@ namespace tavaro {
 
 namespace {
 
-struct Read {
-    DemoProject project;
-    std::optional<FileStamp> stamp;
-};
-
 /// The document with the stamp of the very file that was read: who else saves without the lock, or removes typed text
 /// while loading, makes for another try.
-Read readDocument(ProjectPackage const& package) {
+ReadProject readDocument(ProjectPackage const& package) {
     constexpr int mostTries = 5;
     for (int tries = 1;; ++tries) {
         auto const stamp = stampOf(package.projectFileURL());
         auto project = loadDocument(package);
-        if (tries == mostTries || stamp == stampOf(package.projectFileURL())) return {std::move(project), stamp};
+        if (tries == mostTries || stamp == stampOf(package.projectFileURL()))
+            return {package, std::move(project), stamp};
     }
 }
 
 }
+
+ReadProject readProject(std::filesystem::path const& given) { return readDocument(ProjectPackage(packagePath(given))); }
 
 OpenProject::OpenProject(std::filesystem::path const& given, LockHolding holding)
     : OpenProject(ProjectPackage(packagePath(given)), holding) {}
@@ -43,11 +41,16 @@ OpenProject::OpenProject(ProjectPackage package, LockHolding holding)
         lock_.emplace(package_.lockForEditing());
         package_.removeTypedText();
     }
-    auto [project, stamp] = readDocument(package_);
-    stamp_ = stamp;
-    savedAt_ = project.modifiedAt;
-    stored_ = project;
-    history_ = History(std::move(project));
+    show(readDocument(package_));
+}
+
+OpenProject::OpenProject(ReadProject read) : package_(read.package), history_(DemoProject{}) { show(std::move(read)); }
+
+void OpenProject::show(ReadProject read) {
+    stamp_ = read.stamp;
+    savedAt_ = read.project.modifiedAt;
+    stored_ = read.project;
+    history_ = History(std::move(read.project));
     savedRevision_ = history_.revision();
 }
 

@@ -50,6 +50,17 @@ struct ProjectChange {
     std::optional<std::string> problem; // of a document that another program damaged or removed, as a sentence
 };
 
+/// A document with the stamp of the very file that it was read from.
+struct ReadProject {
+    ProjectPackage package;
+    DemoProject project;
+    std::optional<FileStamp> stamp;
+};
+
+/// For who opens a project from a thread that must not wait for it: reads "NAME.recproj" on any thread, with the
+/// failures of opening.
+ReadProject readProject(std::filesystem::path const& given);
+
 /// A project under edit: its package, its document with the way back and forth, and what of that is on the disk.
 /// It belongs to one thread, the one that opened it: the main queue's in a program that has one.
 ///
@@ -73,6 +84,8 @@ public:
     /// Opens "NAME.recproj"; the ending may be missing. With `whileOpen` it waits for the lock first. Throws
     /// `FileError` with the project's name in the sentence.
     explicit OpenProject(std::filesystem::path const& given, LockHolding holding = LockHolding::whileSaving);
+    /// As `whileSaving`. What others saved since it was read is taken in by the first edit, as later too.
+    explicit OpenProject(ReadProject read);
     /// Keeps the editor's state; unsaved changes of the document are dropped.
     ~OpenProject();
     OpenProject(OpenProject const&) = delete;
@@ -120,6 +133,7 @@ private:
     using Lock = std::optional<FolderLock>;
 
     OpenProject(ProjectPackage package, LockHolding holding);
+    void show(ReadProject read);
     void expectOwnThread() const;
     void lockIfNeeded(Lock& lock) const;
     bool takeInOutside();

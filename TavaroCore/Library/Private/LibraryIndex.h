@@ -3,6 +3,7 @@
 #include <TavaroCore/Package/FileStamp.h>
 #include <TavaroCore/Project/DemoMode.h>
 #include <TavaroCore/Records/Fields.h>
+#include <TavaroCore/Records/UUID.h>
 
 #include <cstdint>
 #include <filesystem>
@@ -19,6 +20,7 @@ struct IndexedProject {
     std::int64_t folderModified = 0; // of the package, where thumbnails appear
     std::int64_t assetsModified = 0;
 
+    std::optional<UUID> id; // of a document that can be read
     std::string name;
     double duration = 0;
     DemoMode mode = DemoMode::website;
@@ -30,6 +32,7 @@ struct IndexedProject {
         field("document", &IndexedProject::document),
         field("folderModified", &IndexedProject::folderModified),
         field("assetsModified", &IndexedProject::assetsModified),
+        field("id", &IndexedProject::id),
         field("name", &IndexedProject::name),
         field("duration", &IndexedProject::duration),
         field("mode", &IndexedProject::mode),
@@ -44,7 +47,7 @@ static_assert(listsEveryField<IndexedProject>);
 /// The library's cache: one file for all folders. Nothing in it cannot be found out again, so a file that is missing
 /// or damaged is an empty index.
 struct LibraryIndex {
-    static constexpr std::int64_t currentVersion = 1;
+    static constexpr std::int64_t currentVersion = 2;
 
     std::int64_t version = 0;
     std::map<std::string, IndexedProject> projects; // by absolute path

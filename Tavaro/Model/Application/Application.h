@@ -1,0 +1,66 @@
+#pragma once
+
+#include <Tavaro/Model/Exporting/ExportController.h>
+#include <Tavaro/Model/Exporting/FrameDrawer.h>
+#include <Tavaro/Model/Project/OpenProjects.h>
+#include <Tavaro/Model/Project/ProjectCatalogue.h>
+#include <Tavaro/Model/Recording/RecordingController.h>
+
+#include <TavaroPlatform/Preferences/Preferences.h>
+
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tavaro {
+
+/// Where an application finds and puts things.
+struct ApplicationPlaces {
+    std::vector<std::filesystem::path> library; // folders of projects; takes are saved into the first
+    std::filesystem::path index;                // the library's memory of them
+    std::filesystem::path preferences;
+
+    /// The user's: "Movies/Tavaro", and projects that were never put anywhere.
+    static ApplicationPlaces usual();
+};
+
+/// Everything that an application owns, whoever uses it: windows, agents, or both at once. It belongs to the main
+/// queue; nothing here waits for a disk longer than saving a document takes, and long work goes on beside the queue
+/// without holding any lock.
+class Application {
+public:
+    explicit Application(MainQueue& queue, ApplicationPlaces places = ApplicationPlaces::usual());
+
+    Preferences& preferences() { return preferences_; }
+    ProjectCatalogue& catalogue() { return catalogue_; }
+    OpenProjects& projects() { return projects_; }
+    RecordingController& recorder() { return recorder_; }
+    ExportController& exporter() { return exporter_; }
+    FrameDrawer& frames() { return frames_; }
+
+    /// The project of that id, opened where it is not open yet. The failures are `NoSuchProject` and `FileError`.
+    void project(UUID const& id, std::function<void(Outcome<OpenProjects::Opened> const&)> answer);
+    /// Starts a recording that is saved into the library, named for the time, unless the request says where. Throws
+    /// `RecordingError` and `FileError`.
+    void record(RecordingRequest request, RecordingHandlers handlers = {});
+
+    /// Whether something is under way that an ending application waits for.
+    bool isBusy() const { return !recorder_.isIdle() || exporter_.isExporting(); }
+    /// Begins to end: a take is saved, a countdown and an export are cancelled. It is done when nothing is busy.
+    void end();
+
+private:
+    std::filesystem::path newProject(std::string_view name) const;
+
+    ApplicationPlaces const places_;
+    Preferences preferences_;
+    ProjectCatalogue catalogue_;
+    OpenProjects projects_;
+    RecordingController recorder_;
+    ExportController exporter_;
+    FrameDrawer frames_;
+};
+
+}
