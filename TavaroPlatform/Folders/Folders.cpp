@@ -31,6 +31,8 @@ std::filesystem::path applicationSupport() { return baseFolder("XDG_DATA_HOME", 
 
 std::filesystem::path configuration() { return baseFolder("XDG_CONFIG_HOME", ".config") / "Tavaro"; }
 
+std::filesystem::path state() { return baseFolder("XDG_STATE_HOME", ".local/state") / "Tavaro"; }
+
 std::filesystem::path movies() { return home() / "Movies"; }
 
 std::filesystem::path recordings() { return applicationSupport() / "Tavaro/Recordings"; }

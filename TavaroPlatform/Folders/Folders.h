@@ -11,6 +11,10 @@ std::filesystem::path applicationSupport();
 /// What the user chose: `Tavaro` in `$XDG_CONFIG_HOME` where that is an absolute path, else in `~/.config`.
 std::filesystem::path configuration();
 
+/// What programs remember of their doings: `Tavaro` in `$XDG_STATE_HOME` where that is an absolute path, else in
+/// `~/.local/state`.
+std::filesystem::path state();
+
 /// `~/Movies`.
 std::filesystem::path movies();
 
