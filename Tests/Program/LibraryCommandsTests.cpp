@@ -108,7 +108,7 @@ TEST_F(LibraryCommands, restoringSaysWhatIsMissingOrDamaged) {
         EXPECT_THAT(outcome.error, HasSubstr("Couldn't unpack “" + path(name) + "”: there is no such file"));
     }
     make("tour", "The Tour");
-    write("tour.recproj/project.json", "{\"name\":");
+    write("tour.recproj/project.json", R"({"metadata":{"keystrokes":[{"keys":["h"]},)");
     EXPECT_THAT(tavaro({"archive", path("tour")}).error,
                 AllOf(HasSubstr("its document is damaged"), HasSubstr("--with-typed-text")));
     ASSERT_EQ(tavaro({"archive", path("tour"), "--with-typed-text"}).exitCode, 0);
