@@ -4,6 +4,8 @@
 #include <Tavaro/Commands/Terminal.h>
 #include <Tavaro/Commands/TextFile.h>
 
+#include <TavaroPlatform/Folders/FindingKeyFile.h>
+
 #include <TavaroCore/Privacy/SensitiveTextClassifier.h>
 #include <TavaroCore/Privacy/TextFindings.h>
 #include <TavaroCore/Records/JSON.h>
@@ -30,7 +32,8 @@ void scan(Options options) {
         for (auto const& name : options.kinds) options.settings.kinds.insert(enumNamed<SensitiveKind>(name).value());
     }
     SensitiveTextClassifier classifier(options.settings);
-    auto const findings = findingsIn(readText(options.file, Dash::isStandardInput, largestText), classifier);
+    auto const key = options.asJSON ? ensureFindingKey() : FindingKey{}; // only JSON has the hashes
+    auto const findings = findingsIn(readText(options.file, Dash::isStandardInput, largestText), classifier, key);
     for (auto const& warning : classifier.warnings()) terminal::tell("{}\n", warning);
     if (options.asJSON) {
         terminal::sayJSON(encodeJSON(findings));

@@ -24,9 +24,25 @@ struct SensitiveMatch {
 /// "API key", "Card number" …
 std::string_view displayName(SensitiveKind kind);
 
-/// Finds what is private in lines of text from the screen: a fixed catalogue of rules for the enabled kinds, then the
-/// custom words and patterns. Text recognition reads a hyphen as a dash and a one as an l; the rules and the words
-/// allow for it. One thread at a time.
+/// What the lines of a text tell of the one below them: a label alone announces a value, a key file goes on. As it is
+/// made, nothing is above.
+struct LinesAbove {
+    enum class Expected {
+        nothing,
+        password,
+        phrase,
+        secret,
+        code,
+        restOfSecret, // a long one that filled the line
+        bodyOfKeyFile,
+        bodyOfPublicFile,
+    };
+    Expected expected = Expected::nothing;
+};
+
+/// Finds what is private in lines of text from the screen: a fixed catalogue of rules for the enabled kinds and readers
+/// of what expressions cannot tell, then the custom words and patterns. Text recognition reads a hyphen as a dash and a
+/// one as an l; the rules and the words allow for it. One thread at a time.
 class SensitiveTextClassifier {
 public:
     /// Off, every rule runs on every line: slower, with the same findings.
@@ -35,11 +51,15 @@ public:
     explicit SensitiveTextClassifier(RedactionSettings const& settings, Prefilter prefilter = Prefilter::on);
     ~SensitiveTextClassifier();
 
-    /// The findings in a line of UTF-8, by their start. Where two overlap, that of the earlier rule counts and the
-    /// other is dropped; custom words come last but one, custom patterns last. Any line takes bounded time: long ones
+    /// The findings in a line of UTF-8, by their start. Where two overlap, that of the earlier rule counts; of a secret
+    /// the rest is a finding of its own, so that no part of it stays legible, and other things are dropped whole.
+    /// Custom words come last but one, custom patterns last. Any line takes bounded time: long ones
     /// are read in overlapping windows, and a pattern that takes too long on a line is given up there, and altogether
     /// after five such lines.
     std::vector<SensitiveMatch> matches(std::string_view line);
+
+    /// The same for the next line of a text, which what is above it says more of.
+    std::vector<SensitiveMatch> matches(std::string_view line, LinesAbove& above);
 
     /// Sentences about custom patterns that cannot be used, and those that took too long on a line so far.
     std::vector<std::string> const& warnings() const;

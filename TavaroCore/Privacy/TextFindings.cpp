@@ -1,6 +1,5 @@
 #include <TavaroCore/Privacy/TextFindings.h>
 
-#include <TavaroCore/Privacy/Private/SensitiveText.h>
 #include <TavaroCore/Privacy/SensitiveTextClassifier.h>
 
 #include <fmt/format.h>
@@ -19,17 +18,18 @@ std::string masked(std::string_view value) {
 
 }
 
-std::vector<TextFinding> findingsIn(std::string_view text, SensitiveTextClassifier& classifier) {
+std::vector<TextFinding> findingsIn(std::string_view text, SensitiveTextClassifier& classifier, FindingKey const& key) {
     std::vector<TextFinding> findings;
+    LinesAbove above;
     for (std::int64_t number = 1; !text.empty(); ++number) {
         auto line = text.substr(0, text.find('\n'));
         text.remove_prefix(std::min(line.size() + 1, text.size()));
         if (line.ends_with('\r')) line.remove_suffix(1);
-        for (auto const& match : classifier.matches(line)) {
+        for (auto const& match : classifier.matches(line, above)) {
             auto const value = line.substr(match.start, match.length);
             findings.push_back({number, static_cast<std::int64_t>(match.start) + 1,
                                 static_cast<std::int64_t>(match.length), match.kind, match.label, masked(value),
-                                SensitiveText::hash(value)});
+                                findingHash(value, key)});
         }
     }
     return findings;

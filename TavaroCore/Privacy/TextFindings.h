@@ -1,5 +1,6 @@
 #pragma once
 
+#include <TavaroCore/Privacy/FindingHash.h>
 #include <TavaroCore/Privacy/Redaction.h>
 #include <TavaroCore/Records/Fields.h>
 
@@ -19,8 +20,8 @@ struct TextFinding {
     std::int64_t length = 0; // in bytes
     SensitiveKind kind = SensitiveKind::custom;
     std::string label;
-    std::string masked; // its first character, and how long it is
-    std::string textHash;
+    std::string masked;   // its first character, and how long it is
+    std::string textHash; // `findingHash`
 
     static constexpr auto fields = std::tuple{
         field("line", &TextFinding::line),         field("column", &TextFinding::column),
@@ -32,7 +33,8 @@ struct TextFinding {
 };
 static_assert(listsEveryField<TextFinding>);
 
-/// What is private in each line, from the first to the last.
-std::vector<TextFinding> findingsIn(std::string_view text, SensitiveTextClassifier& classifier);
+/// What is private in each line, from the first to the last. A value on the line below its label is found, and so are
+/// the lines of a key file and what a value goes on with.
+std::vector<TextFinding> findingsIn(std::string_view text, SensitiveTextClassifier& classifier, FindingKey const& key);
 
 }

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <cstdlib>
 
-/// The first line is a custom word, the second a custom pattern, the rest is searched.
+/// The first line is a custom word, the second a custom pattern, the rest is searched line by line.
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
     std::string_view text(reinterpret_cast<char const*>(data), size);
     auto const nextLine = [&] {
@@ -16,10 +16,14 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
     settings.customWords = {nextLine()};
     settings.customPatterns = {nextLine()};
     tavaro::SensitiveTextClassifier classifier(settings);
-    std::size_t before = 0;
-    for (auto const& match : classifier.matches(text)) {
-        if (match.start < before || match.length == 0 || match.end() > text.size()) std::abort();
-        before = match.end();
+    tavaro::LinesAbove above;
+    while (!text.empty()) {
+        auto const line = nextLine();
+        std::size_t before = 0;
+        for (auto const& match : classifier.matches(line, above)) {
+            if (match.start < before || match.length == 0 || match.end() > line.size()) std::abort();
+            before = match.end();
+        }
     }
     return 0;
 }

@@ -66,6 +66,7 @@ ProcessFixture::ProcessFixture() {
     std::string pattern = (fs::temp_directory_path() / "tavaro-program-XXXXXX").string();
     folder = mkdtemp(pattern.data());
     setenv("XDG_DATA_HOME", (folder / "data").c_str(), 1);
+    setenv("XDG_STATE_HOME", (folder / "state").c_str(), 1);
     setenv("HOME", folder.c_str(), 1);
 }
 

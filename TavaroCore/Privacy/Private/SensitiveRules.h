@@ -1,35 +1,13 @@
 #pragma once
 
+#include <TavaroCore/Privacy/Private/LineFacts.h>
 #include <TavaroCore/Privacy/Redaction.h>
 
-#include <array>
 #include <cstddef>
 #include <span>
 #include <string_view>
 
 namespace tavaro {
-
-/// What one look at a line tells; rules that cannot match are not tried.
-class LineFacts {
-public:
-    explicit LineFacts(std::string_view line);
-
-    std::string_view line() const { return line_; }
-    bool isASCII() const { return isASCII_; }
-    /// ASCII digits; a line with other characters may have digits of other scripts, which the rules accept too.
-    std::size_t digits() const { return digits_; }
-    bool has(char c) const { return present_[static_cast<unsigned char>(c)]; }
-    bool has(std::string_view literal) const { return has(literal.front()) && line_.find(literal) != line_.npos; }
-    /// In either case. True for every line that is not ASCII, as more than one character folds to ASCII letters: the
-    /// kelvin sign to k, the long s to s, the sharp s to two of them.
-    bool hasWord(std::string_view lowerCase) const;
-
-private:
-    std::string_view line_;
-    std::array<bool, 256> present_{};
-    std::size_t digits_ = 0;
-    bool isASCII_ = true;
-};
 
 /// A candidate for a finding.
 struct SensitiveCandidate {
@@ -50,6 +28,7 @@ struct SensitiveRule {
     char const* expression;                       // ICU regular expression
     bool (*canMatch)(LineFacts const&);           // false only for lines without a match
     bool (*isPrivate)(SensitiveCandidate const&); // of a match
+    enum class WhenNot { mayBeAnother, isHarmless } whenNot = WhenNot::mayBeAnother;
 };
 
 /// The built-in rules in the order in which they claim text.

@@ -49,7 +49,4 @@ std::size_t lengthOfFirstPiece(std::string_view text);
 /// Whether the text ends with a label that a secret's value follows, such as "Secret access key" or "token:".
 bool isSecretLabel(std::string_view text);
 
-/// The same for the same text on every machine and in every version, and for texts that differ by look-alikes only.
-std::string hash(std::string_view text);
-
 }

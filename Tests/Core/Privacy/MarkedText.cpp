@@ -87,7 +87,7 @@ void judge(MarkedText const& text, SensitiveTextClassifier& classifier, Judgemen
     found = marked;
     for (auto const& secret : text.secrets) mark(marked, secret.line, secret.start, secret.end, secret.kind);
     auto& tally = judgement.byFormat[text.format];
-    for (auto const& finding : findingsIn(text.text, classifier)) {
+    for (auto const& finding : findingsIn(text.text, classifier, {})) {
         auto const line = static_cast<std::size_t>(finding.line - 1),
                    start = static_cast<std::size_t>(finding.column - 1);
         auto const end = start + static_cast<std::size_t>(finding.length);
