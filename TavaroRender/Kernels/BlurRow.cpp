@@ -40,7 +40,7 @@ HWY_INLINE void everySecondMean(std::int32_t const* sums, int reach, std::uint8_
     auto sum = hn::Zero(channels);
     for (int i = 0; i <= reach; ++i) sum = hn::Add(sum, column(first + 2 * i));
     for (int x = first; x < count; x += 2) {
-        auto const mean = hn::MulAdd(hn::ConvertTo(single, sum), share, hn::Set(single, 0.5f));
+        auto const mean = hn::Add(hn::Mul(hn::ConvertTo(single, sum), share), hn::Set(single, 0.5f));
         auto const rounded = hn::DemoteTo(bytes, hn::ConvertTo(channels, mean));
         hn::StoreU(rounded, bytes, out + 4 * static_cast<std::ptrdiff_t>(x));
         if (x + 2 < count) sum = hn::Add(sum, hn::Sub(column(x + 2 + 2 * reach), column(x)));

@@ -37,16 +37,28 @@ void fillColumn(ColumnTable& table, std::size_t i, AxisPosition position, int ba
     table.weight[i] = static_cast<std::uint16_t>((255u - right) | right << 8);
 }
 
-/// False where columns, or the texels after theirs, reach further than two windows of their own width. Texels ascend.
-bool fillWindow(ColumnTable& table, std::size_t first, std::vector<AxisPosition> const& positions, std::size_t window,
+/// How far the texels of `window` columns reach from that of the first.
+int reachOf(std::vector<AxisPosition> const& positions, std::size_t first, std::size_t window) {
+    return positions[first + window - 1].texel - positions[first].texel;
+}
+
+/// Whether columns reach no further than every vector unit can read at once, so that all of them draw the same areas.
+/// Of enlarged, sharpened ones no two lie further apart than their texels.
+bool isWithinReach(std::vector<AxisPosition> const& positions, bool sharpens) {
+    for (std::size_t const window : resampleWindows) {
+        int const limit = static_cast<int>(sharpens ? window : 2 * window - 1);
+        for (std::size_t i = 0; i < positions.size(); i += window)
+            if (reachOf(positions, i, window) >= limit) return false;
+    }
+    return true;
+}
+
+void fillWindow(ColumnTable& table, std::size_t first, std::vector<AxisPosition> const& positions, std::size_t window,
                 bool sharpens) {
     auto const lowest = positions[first].texel;
-    auto const reach = positions[first + window - 1].texel - lowest;
-    if (reach + 1 >= 2 * static_cast<int>(window)) return false;
-    table.reach = std::max(table.reach, reach);
+    table.reach = std::max(table.reach, reachOf(positions, first, window));
     table.base.push_back(lowest);
     for (std::size_t i = first; i < first + window; ++i) fillColumn(table, i, positions[i], lowest, sharpens);
-    return true;
 }
 
 bool fillColumns(ColumnTable& table, std::vector<AxisPosition>& positions, bool sharpens) {
@@ -59,13 +71,13 @@ bool fillColumns(ColumnTable& table, std::vector<AxisPosition>& positions, bool 
         auto const end = std::min(positions.size(), i + ContentPlan::tileWidth);
         table.tiles.push_back({positions[i].texel, positions[end - 1].texel + 1});
     }
-    constexpr std::size_t widestVector = 32;
-    positions.resize((positions.size() + widestVector - 1) / widestVector * widestVector, positions.back());
+    constexpr auto widest = static_cast<std::size_t>(resampleWindows.back());
+    positions.resize((positions.size() + widest - 1) / widest * widest, positions.back());
     table.index.resize(positions.size());
     table.weight.resize(positions.size());
+    if (!isWithinReach(positions, sharpens)) return false;
     auto const window = static_cast<std::size_t>(resampleWindow());
-    for (std::size_t i = 0; i < positions.size(); i += window)
-        if (!fillWindow(table, i, positions, window, sharpens)) return false;
+    for (std::size_t i = 0; i < positions.size(); i += window) fillWindow(table, i, positions, window, sharpens);
     return true;
 }
 
@@ -126,7 +138,6 @@ void ContentPlan::addLevelTap(ScreenSampler const& sampler, Float2 shift, int le
     for (auto const x : cropX_)
         positions_.push_back(axisPosition(sampler.textureUV({x + shift.x, 0}).x, tap.image.width));
     isUsable_ = fillColumns(tap.columns, positions_, sharpens_) && isUsable_;
-    if (sharpens_ && tap.columns.reach >= resampleWindow()) isUsable_ = false;
 }
 
 std::int16_t* ContentScratch::ensure(std::size_t count) {

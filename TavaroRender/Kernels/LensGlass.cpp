@@ -114,7 +114,10 @@ private:
         auto const outline = mul(hairline, set(0.25f * presence_));
         auto const cover = hn::IfThenElseZero(isLens(place.share), hn::Max(disc, outline));
         auto const behind = mixed(colorOf(canvas), 0, shadowAt(place));
-        return packed({mixed(behind.x, lens.x, cover), mixed(behind.y, lens.y, cover), mixed(behind.z, lens.z, cover)},
+        // Whole coverage gives the lens's own colour, which pixels that need only that are drawn with.
+        auto const laid = [&](Vec under, Vec on)
+                              HWY_ATTR { return add(mul(under, sub(set(1), cover)), mul(on, cover)); };
+        return packed({laid(behind.x, lens.x), laid(behind.y, lens.y), laid(behind.z, lens.z)},
                       hn::Max(channel<3>(canvas), mul(cover, set(255))));
     }
 

@@ -4,6 +4,7 @@
 #include <hwy/highway.h>
 
 #include <TavaroRender/Kernels/Private/LensVectors-inl.h>
+#include <TavaroRender/Kernels/Private/PowerVectors-inl.h>
 
 #include <cmath>
 #include <utility>
@@ -60,7 +61,7 @@ struct RimScene {
     template<class Add> HWY_INLINE void forEachLevel(Vec covered, Add&& add) const {
         if (hn::AllTrue(Tag(), hn::Le(covered, set(1)))) return add(0, set(1));
         auto const highest = set(static_cast<float>(sampler.levelCount() - 1));
-        auto const level = hn::Min(hn::Log2(Tag(), hn::Max(covered, set(1))), highest);
+        auto const level = hn::Min(log2Of(hn::Max(covered, set(1))), highest);
         auto const from = static_cast<int>(hn::GetLane(hn::MinOfLanes(Tag(), level)));
         auto const to = static_cast<int>(std::ceil(hn::GetLane(hn::MaxOfLanes(Tag(), level))));
         for (int l = from; l <= to; ++l) {
@@ -73,10 +74,9 @@ struct RimScene {
     /// The recording inside its pane, the background beside it.
     template<int first, int last> HWY_INLINE void see(Vec qx, Vec qy, Vec magnification, Vec3& sum) const {
         auto const holds = clipHolds(qx, qy);
-        if (hn::AllTrue(Tag(), holds)) return sample<first, last>(qx, qy, magnification, sum);
         Vec3 recorded{hn::Zero(Tag()), hn::Zero(Tag()), hn::Zero(Tag())};
         if (!hn::AllFalse(Tag(), holds)) sample<first, last>(qx, qy, magnification, recorded);
-        auto const behind = background.at(qx, qy);
+        auto const behind = hn::AllTrue(Tag(), holds) ? recorded : background.at(qx, qy);
         if (first <= 0) sum.x = add(sum.x, hn::IfThenElse(holds, recorded.x, behind.x));
         if (first <= 1 && last >= 1) sum.y = add(sum.y, hn::IfThenElse(holds, recorded.y, behind.y));
         if (last >= 2) sum.z = add(sum.z, hn::IfThenElse(holds, recorded.z, behind.z));
@@ -189,8 +189,9 @@ public:
     }
 
     /// Whether all that the pixels at these distances from the middle see, lies in the recording.
-    HWY_INLINE bool holds(Vec dx, Vec dy, Vec share) const {
+    HWY_INLINE bool holds(Vec dx, Vec dy) const {
         if (!isUsable_) return false;
+        auto const share = over(size(dx, dy), set(u_.loupeRadius));
         // The outermost tap of the channel that is magnified least; all others lie between it and the middle.
         auto const farthest = add(mul(share, set(u_.loupeRadius)), set(0.375f));
         auto const bend = step(loupeFlatShare, 1, over(farthest, set(u_.loupeRadius)));
@@ -259,7 +260,7 @@ private:
 };
 
 /// What the lens's rim shows at points relative to its middle. Lanes of the outside are worked out as if they were rim.
-HWY_INLINE Vec3 seeRim(RimScene const& scene, PlainRim const& plain, Vec dx, Vec dy) {
+HWY_INLINE Vec3 seeRim(RimScene const& scene, PlainRim const& plain, Vec dx, Vec dy, bool isPlain) {
     auto const& u = scene.u;
     auto const distance = size(dx, dy);
     auto const share = over(distance, set(u.loupeRadius));
@@ -268,7 +269,6 @@ HWY_INLINE Vec3 seeRim(RimScene const& scene, PlainRim const& plain, Vec dx, Vec
     auto const hasDirection = hn::Gt(distance, hn::Zero(Tag()));
     auto const directionX = hn::IfThenElseZero(hasDirection, over(dx, distance));
     auto const directionY = hn::IfThenElseZero(hasDirection, over(dy, distance));
-    auto const isPlain = plain.holds(dx, dy, share);
     RimSamples samples;
     Vec3 sum{hn::Zero(Tag()), hn::Zero(Tag()), hn::Zero(Tag())};
     for (int k = 0; k < 4; ++k) {
@@ -302,8 +302,15 @@ bool seeRimRow(LoupeScene const& scene, BackgroundRows const& rows, int y, int b
     auto const canGather = scene.geometry.isEmpty || scene.sampler.image(0).stride % 4 == 0;
     if (!canGather || !rim.background.isUsable()) return false;
     auto const dy = set(pixelCenter(0, y).y - scene.uniforms.loupeCenter.y);
-    forSeen(begin, end, seen,
-            [&](Vec px) HWY_ATTR { return seeRim(rim, plain, sub(px, set(scene.uniforms.loupeCenter.x)), dy); });
+    auto const fromMiddle = [&](Vec px) HWY_ATTR { return sub(px, set(scene.uniforms.loupeCenter.x)); };
+    // What is plain is asked for as many pixels on every machine, since both ways of seeing round in their own way.
+    constexpr int block = 16;
+    for (int x = begin; x < end; x += block) {
+        auto const blockEnd = std::min(x + block, end);
+        bool isPlain = true;
+        forCenters(x, blockEnd, [&](Vec px, int) HWY_ATTR { isPlain = isPlain && plain.holds(fromMiddle(px), dy); });
+        forSeen(x, blockEnd, seen, [&](Vec px) HWY_ATTR { return seeRim(rim, plain, fromMiddle(px), dy, isPlain); });
+    }
     return true;
 }
 

@@ -30,15 +30,11 @@ struct CanvasPixels {
     HWY_INLINE void raiseAlpha(Vec strength) { alpha = hn::Max(alpha, mul(strength, set(255))); }
 };
 
-/// a + b·c, rounded once where the vector unit can: for what needs no more than the canvas's precision.
-HWY_INLINE Vec addProduct(Vec a, Vec b, Vec c) { return hn::MulAdd(b, c, a); }
-HWY_INLINE Vec blended(Vec a, Vec b, Vec t) { return hn::MulAdd(sub(b, a), t, a); }
-
 /// The smoothstep by a multiplication, to the canvas's precision.
 HWY_INLINE Vec smooth(float edge0, float edge1, Vec v) {
     auto const share = 1 / (edge1 - edge0);
-    auto const t = clamp01(hn::MulAdd(v, set(share), set(-edge0 * share)));
-    return mul(mul(t, t), hn::NegMulAdd(set(2), t, set(3)));
+    auto const t = clamp01(mulAdd(v, set(share), set(-edge0 * share)));
+    return mul(mul(t, t), sub(set(3), mul(set(2), t)));
 }
 HWY_INLINE Vec smoothlyCovered(Vec distance) { return sub(set(1), smooth(-1, 1, distance)); }
 
@@ -46,7 +42,7 @@ HWY_INLINE Vec smoothlyCovered(Vec distance) { return sub(set(1), smooth(-1, 1, 
 HWY_INLINE VecInt packedOpaque(Vec3 const& color) {
     // Added to 2^23, a number's lowest bits are its whole part.
     auto const byteOf = [](Vec v) HWY_ATTR {
-        auto const bits = hn::BitCast(TagInt(), hn::MulAdd(v, set(255), set(8388608.0f)));
+        auto const bits = hn::BitCast(TagInt(), mulAdd(v, set(255), set(8388608.0f)));
         return hn::And(bits, hn::Set(TagInt(), 255));
     };
     return hn::Or(hn::Or(byteOf(color.x), hn::ShiftLeft<8>(byteOf(color.y))),

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <new>
 #include <vector>
@@ -140,8 +141,10 @@ struct ContentSpan {
     std::uint8_t* out = nullptr;
 };
 
-/// Columns that read their texels from one place on the vector unit of this machine; 0 where it has none.
+/// Columns that read their texels from one place on the vector unit of this machine, one of `resampleWindows`; 0 where
+/// it has none.
 int resampleWindow();
+inline constexpr std::array<std::size_t, 2> resampleWindows{8, 32};
 
 /// Draws the rows `yBegin` … `yEnd` − 1 of a tile, opaque: of each row what of `spanOf(y)` lies in the tile.
 void drawContentTile(ContentPlan const& plan, ContentScratch& scratch, int tile, int yBegin, int yEnd,

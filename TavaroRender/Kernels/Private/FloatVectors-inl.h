@@ -1,5 +1,7 @@
 // The formulas' arithmetic on vectors of floats. Compiled once for each kind of vector unit, by the sources that
-// include it. Every operation rounds once, as in the scalar formulas: comparisons between shapes come out the same.
+// include it. Every operation rounds once, as in the scalar formulas: comparisons between shapes come out the same, and
+// so do the pixels of all machines. So there is no fused multiply-add here, nor what is made of it: the transcendental
+// functions of hwy/contrib/math.
 
 #if defined(TAVARO_FLOAT_VECTORS) == defined(HWY_TARGET_TOGGLE)
 #ifdef TAVARO_FLOAT_VECTORS
@@ -33,6 +35,8 @@ HWY_INLINE Vec add(Vec a, Vec b) { return hn::Add(a, b); }
 HWY_INLINE Vec sub(Vec a, Vec b) { return hn::Sub(a, b); }
 HWY_INLINE Vec mul(Vec a, Vec b) { return hn::Mul(a, b); }
 HWY_INLINE Vec over(Vec a, Vec b) { return hn::Div(a, b); }
+/// a·b + c, rounded twice.
+template<class V> HWY_INLINE V mulAdd(V a, V b, V c) { return hn::Add(hn::Mul(a, b), c); }
 HWY_INLINE Vec3 scaled(Vec3 const& a, Vec b) { return {mul(a.x, b), mul(a.y, b), mul(a.z, b)}; }
 HWY_INLINE Vec fractOf(Vec v) { return hn::Sub(v, hn::Floor(v)); }
 HWY_INLINE Vec clamp01(Vec v) { return hn::Min(hn::Max(v, hn::Zero(Tag())), set(1)); }

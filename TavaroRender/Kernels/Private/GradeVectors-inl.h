@@ -8,13 +8,13 @@
 #define TAVARO_GRADE_VECTORS
 #endif
 
-#include <hwy/contrib/math/math-inl.h>
 #include <hwy/highway.h>
 
 #include <TavaroCore/Looks/CubeLUT.h>
 #include <TavaroRender/Kernels/Private/CameraPlan.h>
 #include <TavaroRender/Kernels/Private/CanvasVectors-inl.h>
 #include <TavaroRender/Kernels/Private/GradeFormula.h>
+#include <TavaroRender/Kernels/Private/PowerVectors-inl.h>
 
 #include <array>
 #include <cstdint>
@@ -23,7 +23,7 @@ HWY_BEFORE_NAMESPACE();
 namespace tavaro::HWY_NAMESPACE {
 
 HWY_INLINE Vec lumaOf(Vec3 const& c) {
-    return hn::MulAdd(set(0.2126f), c.x, hn::MulAdd(set(0.7152f), c.y, mul(set(0.0722f), c.z)));
+    return mulAdd(set(0.2126f), c.x, mulAdd(set(0.7152f), c.y, mul(set(0.0722f), c.z)));
 }
 
 HWY_INLINE Vec3 clamped01(Vec3 const& c) { return {clamp01(c.x), clamp01(c.y), clamp01(c.z)}; }
@@ -33,12 +33,11 @@ HWY_INLINE Vec lit(LightCurve const& curve, Vec encoded) {
     Tag const tag;
     auto const isLow = hn::Lt(encoded, set(curve.low));
     auto const isHigh = hn::Gt(encoded, set(curve.high));
-    auto const above = hn::MulAdd(encoded, set(curve.slope), set(curve.offset));
+    auto const above = mulAdd(encoded, set(curve.slope), set(curve.offset));
     auto result = hn::IfThenElse(isLow, mul(encoded, set(curve.gain)), above);
     if (!hn::AllTrue(tag, hn::Or(isLow, isHigh))) {
-        auto const power = [&](Vec base, float exponent) HWY_ATTR {
-            return hn::Exp(tag, mul(hn::Log(tag, hn::Max(base, set(1e-6f))), set(exponent)));
-        };
+        auto const power = [](Vec base, float exponent)
+                               HWY_ATTR { return exp2Of(mul(log2Of(hn::Max(base, set(1e-6f))), set(exponent))); };
         auto const between =
             brightens(curve)
                 ? sub(mul(power(mul(encoded, set(curve.gain / 12.92f)), 1.0f / 2.4f), set(1.055f)), set(0.055f))
@@ -83,7 +82,7 @@ HWY_INLINE ChannelVec mixedAlongRed(float const* entry, std::size_t c, float bet
 #else
     auto const right = hn::ShiftRightLanes<1>(channels, hn::LoadU(channels, entry + 2));
 #endif
-    return hn::MulAdd(hn::Sub(right, left), hn::Set(channels, between), left);
+    return mulAdd(hn::Sub(right, left), hn::Set(channels, between), left);
 }
 
 /// The table's colour, read trilinearly: one pixel at a time, its channels side by side.
@@ -104,9 +103,9 @@ HWY_INLINE Vec3 lookedUp(CubeLUT const& lut, Vec3 const& color) {
             auto const nearUp = mixedAlongRed(corner + row, c, cells.red[i]);
             auto const far = mixedAlongRed(corner + plane, c, cells.red[i]);
             auto const farUp = mixedAlongRed(corner + plane + row, c, cells.red[i]);
-            auto const front = hn::MulAdd(hn::Sub(nearUp, near), green, near);
-            auto const back = hn::MulAdd(hn::Sub(farUp, far), green, far);
-            hn::StoreU(hn::MulAdd(hn::Sub(back, front), blue, front), channels, results + 4 * i + c);
+            auto const front = mulAdd(hn::Sub(nearUp, near), green, near);
+            auto const back = mulAdd(hn::Sub(farUp, far), green, far);
+            hn::StoreU(mulAdd(hn::Sub(back, front), blue, front), channels, results + 4 * i + c);
         }
     }
     Vec red, green, blue, unused;
@@ -129,8 +128,7 @@ public:
         if (u_.grade0.z != 1) {
             auto const grey = lumaOf(graded);
             auto const amount = set(u_.grade0.z);
-            graded = {blended(grey, graded.x, amount), blended(grey, graded.y, amount),
-                      blended(grey, graded.z, amount)};
+            graded = {mixed(grey, graded.x, amount), mixed(grey, graded.y, amount), mixed(grey, graded.z, amount)};
         }
         if (u_.grade1.w > leastLook) graded = splitToned(graded);
         if (u_.grade1.z > leastLook) {
@@ -144,7 +142,7 @@ public:
 
 private:
     HWY_INLINE Vec3 channels(Vec3 const& color) const {
-        auto const contrasted = [&](Vec v) HWY_ATTR { return hn::MulAdd(v, set(slope_), set(start_)); };
+        auto const contrasted = [&](Vec v) HWY_ATTR { return mulAdd(v, set(slope_), set(start_)); };
         return {contrasted(lit(light_[0], color.x)), contrasted(lit(light_[1], color.y)),
                 contrasted(lit(light_[2], color.z))};
     }
@@ -152,9 +150,8 @@ private:
     HWY_INLINE Vec3 splitToned(Vec3 const& color) const {
         auto const bright = smooth(0.2f, 0.8f, lumaOf(color));
         auto const amount = u_.grade1.w;
-        auto const toned = [&](Vec v, float shadow, float highlight) HWY_ATTR {
-            return hn::MulAdd(blended(set(shadow), set(highlight), bright), set(amount), v);
-        };
+        auto const toned = [&](Vec v, float shadow, float highlight)
+                               HWY_ATTR { return mulAdd(mixed(set(shadow), set(highlight), bright), set(amount), v); };
         return {toned(color.x, -0.04f, 0.06f), toned(color.y, 0.02f, 0.02f), toned(color.z, 0.06f, -0.05f)};
     }
 

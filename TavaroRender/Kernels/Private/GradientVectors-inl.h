@@ -8,7 +8,8 @@
 #define TAVARO_GRADIENT_VECTORS
 #endif
 
-#include <hwy/contrib/math/math-inl.h>
+#include <cmath>
+
 #include <hwy/highway.h>
 
 #include <TavaroRender/Kernels/Private/BackgroundRow.h>
@@ -65,7 +66,7 @@ HWY_INLINE Vec encoded(Vec linear) {
     auto power = set(1.8439088437f);
     for (auto const factor : {-7.5573051729f, 12.8431879072f, -11.8122066776f, 6.5280861628f, -2.4257361942f,
                               1.6239194069f, -0.0437827682f})
-        power = hn::MulAdd(power, root, set(factor));
+        power = mulAdd(power, root, set(factor));
     return hn::IfThenElse(hn::Le(linear, set(0.0031308f)), mul(linear, set(12.92f)), power);
 }
 
@@ -112,7 +113,12 @@ HWY_INLINE Vec3 aurora(BackgroundRows const& rows, Point const& p, Vec3 const& f
 
 HWY_INLINE Vec3 auroraAnywhere(BackgroundRows const& rows, Point const& p) {
     auto const t = rows.uniforms().time * rows.uniforms().bgParam.x;
-    auto const band = [](Vec v) HWY_ATTR { return add(mul(hn::Sin(Tag(), mul(v, set(2))), set(0.5f)), set(0.5f)); };
+    auto const band = [](Vec v) HWY_ATTR {
+        alignas(64) float angles[16];
+        hn::Store(mul(v, set(2)), Tag(), angles);
+        for (std::size_t i = 0; i < hn::Lanes(Tag()); ++i) angles[i] = std::sin(angles[i]);
+        return add(mul(hn::Load(Tag(), angles), set(0.5f)), set(0.5f));
+    };
     auto const across = band(add(mul(p.u, set(2.4f)), set(t)));
     auto const down = band(sub(mul(p.v, set(1.7f)), set(t * 1.3f)));
     CellNoise noise;

@@ -104,13 +104,17 @@ HWY_INLINE void writeSeen(Vec3 const& color, int x, int count, std::uint8_t* see
     std::memcpy(at, pixels, 4 * static_cast<std::size_t>(count));
 }
 
-/// Calls `see(px)` for the pixel centres of a row, a vector at a time; lanes past the end repeat the last pixel.
+/// Calls `visit(px, x)` for the pixel centres of a row, a vector at a time; lanes past the end repeat the last pixel.
+template<class Visit> HWY_INLINE void forCenters(int begin, int end, Visit&& visit) {
+    auto const n = static_cast<int>(hn::Lanes(Tag()));
+    for (int x = begin; x < end; x += n)
+        visit(hn::Min(hn::Iota(Tag(), static_cast<float>(x) + 0.5f), set(static_cast<float>(end) - 0.5f)), x);
+}
+
+/// Writes what `see(px)` gives for them.
 template<class See> HWY_INLINE void forSeen(int begin, int end, std::uint8_t* seen, See&& see) {
     auto const n = static_cast<int>(hn::Lanes(Tag()));
-    for (int x = begin; x < end; x += n) {
-        auto const px = hn::Min(hn::Iota(Tag(), static_cast<float>(x) + 0.5f), set(static_cast<float>(end) - 0.5f));
-        writeSeen(see(px), x, std::min(n, end - x), seen);
-    }
+    forCenters(begin, end, [&](Vec px, int x) HWY_ATTR { writeSeen(see(px), x, std::min(n, end - x), seen); });
 }
 
 }

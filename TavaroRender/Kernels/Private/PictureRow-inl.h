@@ -94,9 +94,9 @@ public:
                                HWY_ATTR { return hn::ConvertTo(Tag(), hn::And(v, hn::Set(TagInt(), 0xFFFF))); };
         auto const second = [](VecInt v) HWY_ATTR { return hn::ConvertTo(Tag(), hn::ShiftRight<16>(v)); };
         constexpr float unit = 1.0f / (255 << fractionBits);
-        return scaled(Vec3{blended(first(redGreen), first(nextRedGreen), between),
-                           blended(second(redGreen), second(nextRedGreen), between),
-                           blended(first(blue), first(nextBlue), between)},
+        return scaled(Vec3{mixed(first(redGreen), first(nextRedGreen), between),
+                           mixed(second(redGreen), second(nextRedGreen), between),
+                           mixed(first(blue), first(nextBlue), between)},
                       set(unit));
     }
 

@@ -1,10 +1,12 @@
 #include "Guarded.h"
 
+#include <cstring>
 #include <limits>
 
 #include <TavaroCore/Looks/CubeLUT.h>
 #include <TavaroCore/Style/CameraLook.h>
 #include <TavaroRender/Kernels/CameraUniforms.h>
+#include <TavaroRender/Renderer/Private/Reach.h>
 
 #include <hwy/targets.h>
 
@@ -89,6 +91,36 @@ void draw(CompositorBackend backend, CameraScene const& scene, MutableImageView 
                                       scene.lut ? &*scene.lut : nullptr, canvas);
 }
 
+}
+
+TEST(FastCamera, theFormulasChangeNothingBeyondTheReach) {
+    for (unsigned seed = 1; seed <= 800; ++seed) {
+        auto const scene = randomCamera(seed);
+        auto const bounds = reach(scene.uniforms);
+        if (!bounds) continue;
+        Random random(seed);
+        auto const before = picture(random, scene.width, scene.height);
+        auto after = before.copy();
+        draw(CompositorBackend::reference, scene, after.view());
+        for (int y = 0; y < scene.height; ++y)
+            for (int x = 0; x < scene.width; ++x) {
+                bool const isReached =
+                    x + 1 > bounds->left && x < bounds->right && y + 1 > bounds->top && y < bounds->bottom;
+                if (isReached) continue;
+                ASSERT_EQ(std::memcmp(before.row(y) + 4 * x, after.row(y) + 4 * x, 4), 0)
+                    << "seed " << seed << " at " << x << ", " << y;
+            }
+    }
+}
+
+TEST(FastCamera, drawsTheSamePixelsOnEveryVectorUnit) {
+    for (unsigned seed = 1; seed <= 600; ++seed) {
+        auto const scene = randomCamera(seed);
+        Random random(seed);
+        auto const canvas = picture(random, scene.width, scene.height);
+        auto const onCanvas = [&](MutableImageView on) { draw(CompositorBackend::cpu, scene, on); };
+        ASSERT_EQ(differenceOfVectorUnits(canvas, onCanvas), "") << "seed " << seed;
+    }
 }
 
 TEST(FastCamera, staysWithinOneStepOfTheFormulasAndInsideTheCanvas) {

@@ -50,6 +50,20 @@ TEST(FastComposite, staysWithinOneStepOfTheFormulasOnAnySceneAndAnyVectorUnit) {
     }
 }
 
+TEST(FastComposite, drawsTheSamePixelsOnEveryVectorUnit) {
+    for (unsigned seed = 1; seed <= 700; ++seed) {
+        auto const scene = randomScene(seed);
+        ScreenTexture const screen(scene.screen.view());
+        auto const draw = [&](MutableImageView canvas) {
+            Compositor().composite(scene.uniforms, screen, scene.background.view(), canvas);
+        };
+        auto const& u = scene.uniforms;
+        ASSERT_EQ(differenceOfVectorUnits(Image(scene.width, scene.height), draw), "")
+            << "seed " << seed << ": background " << int(u.bgMode) << ", zoom " << u.zoomScale << ", loupe "
+            << u.loupeRadius * u.loupePresence << " of " << u.loupeMag;
+    }
+}
+
 TEST(FastComposite, losesNoDetailThatStandsAloneInAFlatArea) {
     // One odd pixel anywhere on an otherwise flat recording, or on one of flat bands.
     Random random(5);

@@ -62,6 +62,16 @@ TEST(FastCursor, staysWithinOneStepOfTheFormulasAndInsideTheCanvas) {
     EXPECT_FALSE(areAllEqual) << "the formulas were compared with themselves";
 }
 
+TEST(FastCursor, drawsTheSamePixelsOnEveryVectorUnit) {
+    for (unsigned seed = 1; seed <= 400; ++seed) {
+        Random random(seed);
+        auto const canvas = picture(random, 1 + random.upTo(150), 1 + random.upTo(90));
+        auto const u = randomCursor(random, canvas.width(), canvas.height());
+        auto const draw = [&](MutableImageView on) { Compositor().cursorOverlay(u, on); };
+        ASSERT_EQ(differenceOfVectorUnits(canvas, draw), "") << "seed " << seed;
+    }
+}
+
 TEST(FastCursor, theFormulasChangeNothingBeyondTheReach) {
     constexpr int side = 140;
     for (unsigned seed = 1; seed <= 600; ++seed) {

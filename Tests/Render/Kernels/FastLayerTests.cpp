@@ -90,6 +90,27 @@ TEST(FastBlit, staysWithinOneStepOfTheFormulasAndInsideTheCanvas) {
     EXPECT_FALSE(areAllEqual) << "the formulas were compared with themselves";
 }
 
+TEST(FastBlit, drawsTheSamePixelsOnEveryVectorUnit) {
+    for (unsigned seed = 1; seed <= 400; ++seed) {
+        Random random(seed);
+        auto const canvas = picture(random, 1 + random.upTo(130), 1 + random.upTo(60));
+        auto const layer = randomLayer(random, 1 + random.upTo(120), 1 + random.upTo(60));
+        auto const u = randomPlace(random, canvas.width(), canvas.height(), layer);
+        auto const draw = [&](MutableImageView on) { Compositor().blitLayer(u, layer.view(), on); };
+        ASSERT_EQ(differenceOfVectorUnits(canvas, draw), "") << "seed " << seed;
+    }
+}
+
+TEST(FastRegion, drawsTheSamePixelsOnEveryVectorUnit) {
+    for (unsigned seed = 1; seed <= 400; ++seed) {
+        Random random(seed);
+        auto const source = picture(random, 1 + random.upTo(90), 1 + random.upTo(60));
+        auto const u = randomRegion(random, source.width(), source.height());
+        auto const draw = [&](MutableImageView on) { apply(CompositorBackend::cpu, u, source.view(), on); };
+        ASSERT_EQ(differenceOfVectorUnits(source, draw), "") << "seed " << seed;
+    }
+}
+
 TEST(BlitLayer, laysPremultipliedColoursWhereTheirPixelsFall) {
     Image layer(4, 1);
     for (int i = 0; i < 4; ++i) layer.row(0)[4 * i + 1] = layer.row(0)[4 * i + 3] = static_cast<std::uint8_t>(i * 85);

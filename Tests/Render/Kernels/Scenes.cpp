@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <optional>
 
 #include <hwy/targets.h>
 
@@ -154,6 +155,27 @@ VectorUnit::VectorUnit(std::int64_t target) {
 VectorUnit::~VectorUnit() {
     hwy::SetSupportedTargetsForTest(0);
     hwy::GetChosenTarget().Update(hwy::SupportedTargets());
+}
+
+std::string differenceOfVectorUnits(Image const& canvas, FunctionRef<void(MutableImageView)> draw) {
+    std::optional<Image> first;
+    std::string firstName;
+    for (auto const target : hwy::SupportedAndGeneratedTargets()) {
+        if ((target & (HWY_SCALAR | HWY_EMU128)) != 0) continue;
+        VectorUnit const unit(target);
+        auto image = canvas.copy();
+        draw(image.view());
+        if (!first) {
+            first = std::move(image);
+            firstName = hwy::TargetName(target);
+            continue;
+        }
+        auto const d = difference(first->view(), image.view());
+        if (d.largest > 0)
+            return firstName + " and " + hwy::TargetName(target) + " differ by " + std::to_string(d.largest) + " at " +
+                   std::to_string(d.x) + ", " + std::to_string(d.y);
+    }
+    return "";
 }
 
 Difference difference(ImageView a, ImageView b) {

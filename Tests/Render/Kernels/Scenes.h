@@ -1,7 +1,9 @@
 #pragma once
 
 #include <random>
+#include <string>
 
+#include <TavaroCore/Records/FunctionRef.h>
 #include <TavaroMedia/Frames/Image.h>
 #include <TavaroRender/Compositor/Compositor.h>
 #include <TavaroRender/Kernels/CompositeUniforms.h>
@@ -52,6 +54,10 @@ public:
     ~VectorUnit();
     VectorUnit(VectorUnit const&) = delete;
 };
+
+/// Draws on copies of the canvas, once on each kind of vector unit of this machine; says which two differ and where, or
+/// nothing. Without any vector unit the formulas draw, so that one is not among them.
+std::string differenceOfVectorUnits(Image const& canvas, FunctionRef<void(MutableImageView)> draw);
 
 struct Difference {
     int largest = 0;
