@@ -104,7 +104,7 @@ CaptionSheet sheetOf(LayerSpec const& look, LayerSpec::Caption const& caption, d
     case CaptionStyle::karaoke:
         sheet.padX = 0.95;
         sheet.padY = 0.66;
-        sheet.panel = panelOf(look, em, panelColor(look, 0.8));
+        sheet.panel = panelOf(look, em, panelColor(look, 0.94));
         sheet.panel->radius = 0.85 * em;
         break;
     case CaptionStyle::developer:
@@ -159,6 +159,7 @@ DrawnLayer drawCaption(TextFonts& fonts, LayerSpec const& look, LayerSpec::Capti
     } else if (sheet.panel) {
         text.paint(layer.cr(), at, paint);
     } else {
+        paintVeil(layer.drawing(), text, at, look.color);
         paintBare(layer.drawing(), text, at, look.color, paint);
     }
     return layer.finish();

@@ -17,6 +17,10 @@ constexpr double largestSize = 360;
 constexpr double darkText = 0.4; // brightness below which a text wants light behind it
 constexpr double rimWidth = 0.1; // em, half of it outside the letters
 constexpr double rimStrength = 0.6;
+// Of the sheet without an edge behind a bare text, em.
+constexpr double veilMargin = 0.4; // past the letters
+constexpr double veilSpread = 0.55;
+constexpr double veilStrength = 0.66;
 
 SoftShadow wideShadow(double em, RGBAColor const& behind) {
     return {.spread = 0.42 * em, .fall = 0.06 * em, .color = withAlpha(behind, 0.52)};
@@ -53,6 +57,10 @@ DrawnLayer LayerDrawing::finish() {
     return {drawing_.finish(), {body_.x * k, body_.y * k, body_.width * k, body_.height * k}};
 }
 
+RGBAColor shadeBehind(RGBAColor const& color) {
+    return brightness(color) < darkText ? RGBAColor::white : RGBAColor::black;
+}
+
 RGBAColor panelColor(LayerSpec const& look, double alpha) {
     if (look.background) return *look.background;
     return brightness(look.color) < darkText ? RGBAColor::rgb(0xFAFAFC, alpha) : RGBAColor::rgb(0x15171C, alpha);
@@ -66,9 +74,22 @@ Panel panelOf(LayerSpec const& look, double em, RGBAColor const& color) {
             .hairline = std::max(1.5 * unit, 1.0)};
 }
 
+void paintVeil(Drawing& drawing, TextBlock const& text, CanvasPoint at, RGBAColor const& color) {
+    double left = 0, top = 0, right = 0, bottom = 0;
+    cairo_new_path(drawing.cr());
+    text.trace(drawing.cr(), at, [&](std::size_t) { return TextPaint{.color = color}; });
+    cairo_path_extents(drawing.cr(), &left, &top, &right, &bottom);
+    cairo_new_path(drawing.cr());
+    if (right <= left || bottom <= top) return;
+    double const margin = veilMargin * text.size();
+    CanvasRect const sheet{left - margin, top - margin, right - left + 2 * margin, bottom - top + 2 * margin};
+    SoftShadow const soft{.spread = veilSpread * text.size(), .color = withAlpha(shadeBehind(color), veilStrength)};
+    drawing.shadow({soft}, [&](cairo_t* on) { fillRounded(on, sheet, 2 * margin, RGBAColor::black); });
+}
+
 void paintBare(Drawing& drawing, TextBlock const& text, CanvasPoint at, RGBAColor const& color,
                TextBlock::PaintOf paintOf) {
-    auto const behind = brightness(color) < darkText ? RGBAColor::white : RGBAColor::black;
+    auto const behind = shadeBehind(color);
     auto const shape = [&](cairo_t* on) { text.paint(on, at, paintOf); };
     drawing.shadow({wideShadow(text.size(), behind), tightShadow(text.size(), behind)}, shape);
     // Shadows alone leave white letters on a white page without an edge.
@@ -81,7 +102,10 @@ void paintBare(Drawing& drawing, TextBlock const& text, CanvasPoint at, RGBAColo
     text.paint(drawing.cr(), at, paintOf);
 }
 
-double bareReach(double em) { return wideShadow(em, RGBAColor::black).reach() + 0.3 * em; }
+double bareReach(double em) {
+    double const veil = (veilMargin + veilSpread * 1.5) * em;
+    return std::max(wideShadow(em, RGBAColor::black).reach() + 0.3 * em, veil);
+}
 
 std::size_t shownBytes(LayerSpec const& look, std::string const& text) {
     return look.shownCharacters ? bytesOfGraphemes(text, *look.shownCharacters) : text.size();

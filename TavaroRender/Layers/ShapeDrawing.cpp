@@ -94,6 +94,15 @@ void paintArrow(cairo_t* cr, ArrowShape const& shape, double end, CanvasPoint of
     cairo_restore(cr);
 }
 
+/// The edge that a shape keeps on a picture of its own colour. Pages are mostly white or dark, so what is white or
+/// black itself needs it most.
+RGBAColor rimColor(LayerSpec const& look) {
+    auto const behind = shadeBehind(look.color);
+    double const contrast = std::abs(brightness(look.color) - brightness(behind));
+    return withAlpha(behind, (0.1 + 0.5 * contrast) * look.color.a);
+}
+double rimWidth(LayerScale const& scale) { return std::max(1.6 * scale.em / 36, 0.8 * std::min(scale.unit * 3, 1.0)); }
+
 bool isNear(CanvasPoint point) { return std::abs(point.x) <= farAway && std::abs(point.y) <= farAway; }
 
 double boxLine(LayerScale const& scale) {
@@ -101,8 +110,14 @@ double boxLine(LayerScale const& scale) {
 }
 double boxRadius(LayerScale const& scale) { return std::round(16 * scale.em / 36); }
 
-SoftShadow boxShadow(LayerScale const& scale) {
-    return {.spread = 14 * scale.em / 36, .fall = 3 * scale.em / 36, .color = {0, 0, 0, 0.42}};
+SoftShadow boxShadow(LayerSpec const& look) {
+    LayerScale const scale(look);
+    return {.spread = 14 * scale.em / 36, .fall = 3 * scale.em / 36, .color = withAlpha(shadeBehind(look.color), 0.42)};
+}
+
+/// How far shadow and rim reach past the box.
+double boxReach(LayerSpec const& look) {
+    return std::max(boxShadow(look).reach(), std::ceil(rimWidth(LayerScale(look))));
 }
 
 void paintBox(LayerDrawing& layer, LayerSpec const& look) {
@@ -110,9 +125,12 @@ void paintBox(LayerDrawing& layer, LayerSpec const& look) {
     auto const& body = layer.body();
     double const line = std::min(boxLine(scale), std::min(body.width, body.height) / 2);
     double const radius = boxRadius(scale);
-    layer.drawing().shadow({boxShadow(scale)},
+    layer.drawing().shadow({boxShadow(look)},
                            [&](cairo_t* on) { strokeRounded(on, body, radius, line, RGBAColor::black); });
     if (look.background) fillRounded(layer.cr(), body, radius, *look.background);
+    double const rim = rimWidth(scale);
+    CanvasRect const around{body.x - rim, body.y - rim, body.width + 2 * rim, body.height + 2 * rim};
+    strokeRounded(layer.cr(), around, radius + rim, line + 2 * rim, rimColor(look));
     strokeRounded(layer.cr(), body, radius, line, look.color);
 }
 
@@ -148,7 +166,9 @@ DrawnLayer drawArrow(LayerSpec const& look, LayerSpec::Arrow const& arrow) {
     double const length = (arrow.to - arrow.from).length();
     if (!(length >= 4 * scale.unit) || end <= 0 || !isNear(arrow.from) || !isNear(arrow.to)) return {};
     auto const shape = shapeOf(look, arrow);
-    SoftShadow const shadow{.spread = 1.5 * shape.thickness, .fall = 0.4 * shape.thickness, .color = {0, 0, 0, 0.42}};
+    SoftShadow const shadow{.spread = 1.5 * shape.thickness,
+                            .fall = 0.4 * shape.thickness,
+                            .color = withAlpha(shadeBehind(look.color), 0.42)};
     double const margin = std::ceil(shadow.reach() + shape.headWidth);
     // The curve stays within its control points; what lies off the canvas is not worth a bitmap.
     double const left = std::max(std::floor(std::min({shape.from.x, shape.to.x, shape.bend.x}) - margin), -margin);
@@ -159,10 +179,8 @@ DrawnLayer drawArrow(LayerSpec const& look, LayerSpec::Arrow const& arrow) {
     Drawing drawing(static_cast<int>(std::ceil(right - left)), static_cast<int>(std::ceil(bottom - top)));
     CanvasPoint const offset{-left, -top};
     drawing.shadow({shadow}, [&](cairo_t* on) { paintArrow(on, shape, end, offset, 0); });
-    if (brightness(look.color) > 0.5) {
-        setColor(drawing.cr(), {0, 0, 0, 0.28});
-        paintArrow(drawing.cr(), shape, end, offset, 1.2 * scale.unit);
-    }
+    setColor(drawing.cr(), rimColor(look));
+    paintArrow(drawing.cr(), shape, end, offset, rimWidth(scale));
     setColor(drawing.cr(), look.color);
     paintArrow(drawing.cr(), shape, end, offset, 0);
     CanvasRect const body{shape.from.x - left, shape.from.y - top, shape.to.x - shape.from.x,
@@ -172,7 +190,7 @@ DrawnLayer drawArrow(LayerSpec const& look, LayerSpec::Arrow const& arrow) {
 
 BoxPieces boxPieces(LayerSpec const& look) {
     LayerScale const scale(look);
-    int const margin = static_cast<int>(std::ceil(boxShadow(scale).reach()));
+    int const margin = static_cast<int>(std::ceil(boxReach(look)));
     // The shadow of a corner is felt along the sides as far as it is soft.
     return {2 * margin + static_cast<int>(std::ceil(std::max(boxRadius(scale), boxLine(scale)))), margin};
 }
@@ -182,7 +200,7 @@ DrawnLayer drawBox(LayerSpec const& look, LayerSpec::Box const& box) {
     LayerScale const scale(look);
     if (box.width < 1 || box.height < 1) return {};
     auto const side = [](std::int64_t asked, double most) { return std::min(static_cast<double>(asked), most); };
-    LayerDrawing layer(scale, side(box.width, scale.width), side(box.height, scale.height), boxShadow(scale).reach());
+    LayerDrawing layer(scale, side(box.width, scale.width), side(box.height, scale.height), boxReach(look));
     paintBox(layer, look);
     return layer.finish();
 }

@@ -32,6 +32,12 @@ TextBlock blockOf(TextFonts& fonts, LayerSpec const& look, std::string const& te
     return TextBlock(fonts, text, style, room, {shownBytes(look, text)});
 }
 
+/// Weaker than the title. Over a picture the letters stay as opaque, or its own text would be read through them.
+RGBAColor subtitleColor(LayerSpec const& look, bool isBare) {
+    if (!isBare) return withAlpha(look.color, look.color.a * subtitleStrength);
+    return withAlpha(mixed(shadeBehind(look.color), look.color, subtitleStrength), look.color.a);
+}
+
 TitleText textOf(TextFonts& fonts, LayerSpec const& look, LayerSpec::Title const& title) {
     LayerScale const scale(look);
     bool const isTall = scale.height > scale.width;
@@ -69,24 +75,33 @@ DrawnLayer drawTitle(TextFonts& fonts, LayerSpec const& look, LayerSpec::Title c
     LayerDrawing layer(LayerScale(look), text.width() + 2 * x, text.height() + 2 * y, margin);
     if (look.background) layer.drawPanel(panel);
 
-    double top = layer.body().y + y;
-    auto typed = look.shownCharacters;
-    for (auto const* block : {&text.title, &text.subtitle}) {
-        if (block->isEmpty()) continue;
-        bool const isSubtitle = block == &text.subtitle;
-        auto const color = isSubtitle ? withAlpha(look.color, look.color.a * subtitleStrength) : look.color;
-        std::size_t const shown = typed ? bytesOfGraphemes(block->text(), *typed) : std::string::npos;
-        auto const paintOf = [&](std::size_t byte) { return TextPaint{.color = color, .isShown = byte < shown}; };
-        auto const area = block->area();
-        CanvasPoint const at{layer.body().center().x - area.width / 2 - area.x, top - area.y};
-        if (isBare) {
-            paintBare(layer.drawing(), *block, at, color, paintOf);
-        } else {
-            block->paint(layer.cr(), at, paintOf);
+    auto const eachBlock = [&](FunctionRef<void(TextBlock const&, CanvasPoint, RGBAColor const&, std::size_t)> visit) {
+        double top = layer.body().y + y;
+        auto typed = look.shownCharacters;
+        for (auto const* block : {&text.title, &text.subtitle}) {
+            if (block->isEmpty()) continue;
+            auto const color = block == &text.subtitle ? subtitleColor(look, isBare) : look.color;
+            std::size_t const shown = typed ? bytesOfGraphemes(block->text(), *typed) : std::string::npos;
+            auto const area = block->area();
+            visit(*block, {layer.body().center().x - area.width / 2 - area.x, top - area.y}, color, shown);
+            top += area.height + text.between;
+            if (typed) typed = std::max<std::int64_t>(*typed - graphemesOf(block->text()), 0);
         }
-        top += area.height + text.between;
-        if (typed) typed = std::max<std::int64_t>(*typed - graphemesOf(block->text()), 0);
+    };
+    auto const paintOf = [](RGBAColor const& color, std::size_t shown) {
+        return [color, shown](std::size_t byte) { return TextPaint{.color = color, .isShown = byte < shown}; };
+    };
+    if (isBare) {
+        eachBlock([&](TextBlock const& block, CanvasPoint at, RGBAColor const& color, std::size_t) {
+            paintVeil(layer.drawing(), block, at, color);
+        });
     }
+    eachBlock([&](TextBlock const& block, CanvasPoint at, RGBAColor const& color, std::size_t shown) {
+        if (isBare)
+            paintBare(layer.drawing(), block, at, color, paintOf(color, shown));
+        else
+            block.paint(layer.cr(), at, paintOf(color, shown));
+    });
     return layer.finish();
 }
 

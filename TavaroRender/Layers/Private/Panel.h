@@ -33,14 +33,20 @@ private:
     Drawing drawing_;
 };
 
+/// What keeps a thing of that colour visible on any picture: black round what is light, white round what is dark.
+RGBAColor shadeBehind(RGBAColor const& color);
+
 /// A dark sheet under a light text and a light one under a dark text, or the colour asked for.
 RGBAColor panelColor(LayerSpec const& look, double alpha);
 Panel panelOf(LayerSpec const& look, double em, RGBAColor const& color);
 
+/// Softly shades the picture where a bare text of that colour will be, so that the picture's own text goes under. As a
+/// panel, it is there for all of a text that is still being typed.
+void paintVeil(Drawing& drawing, TextBlock const& text, CanvasPoint at, RGBAColor const& color);
 /// Paints a text that stands on the bare picture, over a soft shadow that keeps it readable on any.
 void paintBare(Drawing& drawing, TextBlock const& text, CanvasPoint at, RGBAColor const& color,
                TextBlock::PaintOf paintOf);
-/// How far that shadow reaches past the text.
+/// How far veil and shadow reach past the text.
 double bareReach(double em);
 
 /// The bytes of the text that are shown while it is typed.

@@ -244,4 +244,73 @@ TEST(LayerText, linesOfAWrappedTextAreOfAboutOneLength) {
     EXPECT_GT(std::min(first, second) / std::max(first, second), 0.8);
 }
 
+namespace {
+
+/// A layer over a page of one grey.
+std::vector<double> overPage(Image const& layer, double page) {
+    std::vector<double> greens;
+    for (int y = 0; y < layer.height(); ++y)
+        for (int x = 0; x < layer.width(); ++x) {
+            auto const* p = layer.row(y) + 4 * x;
+            greens.push_back(p[1] + page * (255 - p[3]) / 255);
+        }
+    return greens;
+}
+
+/// How many pixels are at least so much lighter or darker than the page.
+int standingOut(Image const& layer, double page, double difference) {
+    auto const greens = overPage(layer, page);
+    return static_cast<int>(std::ranges::count_if(greens, [&](double v) { return std::abs(v - page) >= difference; }));
+}
+
+}
+
+TEST(LayerText, arrowsAndBoxesOfAPagesOwnColourStandOutFromIt) {
+    LayerRasterizer rasterizer;
+    std::vector<LayerSpec::Kind> const shapes{LayerSpec::Arrow{{300, 500}, {700, 300}},
+                                              LayerSpec::Box{.width = 300, .height = 200}};
+    for (auto const& kind : shapes) {
+        for (double const grey : {1.0, 0.0}) {
+            for (double const size : {20.0, 36.0, 60.0}) {
+                auto look = lookOf(kind);
+                look.fontSize = size;
+                look.color = {grey, grey, grey, 1};
+                auto const layer = rasterizer.drawn(look);
+                EXPECT_GT(standingOut(*layer.texture, 255 * grey, 100), 600) << kindName(look) << " " << grey << size;
+            }
+        }
+    }
+}
+
+TEST(LayerText, thePagesOwnTextIsNotReadThroughOneThatLiesOnIt) {
+    LayerRasterizer rasterizer;
+    std::vector<LayerSpec::Kind> texts{LayerSpec::Title{"Orders at a glance", "A tour in two minutes"},
+                                       LayerSpec::Title{"", "A tour in two minutes"}};
+    for (auto const style : allCases<CaptionStyle>())
+        texts.push_back(LayerSpec::Caption{.text = "Every number on this page", .style = style});
+    for (auto const& kind : texts) {
+        for (auto const& color : {RGBAColor::white, RGBAColor::black}) {
+            auto look = lookOf(kind);
+            look.color = color;
+            auto const layer = rasterizer.drawn(look);
+            auto const black = overPage(*layer.texture, 0);
+            auto const white = overPage(*layer.texture, 255);
+            // Round the body's middle line, where the letters are: what is left of the difference of ink and paper.
+            auto const& body = layer.body;
+            double left = 0;
+            int count = 0;
+            for (int y = 0; y < layer.texture->height(); ++y)
+                for (int x = 0; x < layer.texture->width(); ++x) {
+                    if (std::abs(x - body.center().x) > 0.3 * body.width ||
+                        std::abs(y - body.center().y) > 0.3 * body.height)
+                        continue;
+                    auto const i = static_cast<std::size_t>(y * layer.texture->width() + x);
+                    left += white[i] - black[i];
+                    ++count;
+                }
+            EXPECT_LT(left / count / 255, 0.2) << kindName(look) << " " << color.r;
+        }
+    }
+}
+
 }
