@@ -72,11 +72,14 @@ struct CameraStage::State {
     double cameraSeconds = 0; // of the camera's movie; 0 where nobody knows
     mutable std::once_flag planned;
     mutable std::unique_ptr<ScenePlan const> plan_;
+    mutable std::once_flag cornerFound;
+    mutable CanvasCorner corner_ = CanvasCorner::bottomRight;
 
     ScenePlan const& plan() const;
     ScenePlan makePlan() const;
     void listBusyPoints(double at, std::vector<CanvasPoint>& points) const;
 
+    CanvasCorner findMarkCorner() const;
     CanvasRect bubbleRect(CameraPose const& pose) const;
     CameraFigure figure(CameraPose const& pose, StageMoment const& moment) const;
     SceneGeometry settled(CameraPose const& pose, StageMoment const& moment) const;
@@ -99,6 +102,19 @@ ScenePlan CameraStage::State::makePlan() const {
     auto const busy = [this](double at, std::vector<CanvasPoint>& points) { listBusyPoints(at, points); };
     auto const moves = dodgingMoves({project.duration(), rect, busy}, base, project.cameraMoves);
     return ScenePlan(base, project.layoutCues, moves);
+}
+
+CanvasCorner CameraStage::State::findMarkCorner() const {
+    if (!project.usesCamera() || project.camera.fillsCanvas) return CanvasCorner::bottomRight;
+    auto const& steps = plan().steps();
+    std::vector<Covered> covered;
+    for (std::size_t i = 0; i < steps.size(); ++i) {
+        if (steps[i].pose.scene != SceneLayout::overlay) continue;
+        double const end = i + 1 < steps.size() ? steps[i + 1].time : project.duration();
+        double const seconds = std::min(end, project.duration()) - std::max(steps[i].time, 0.0);
+        if (seconds > 0) covered.push_back({bubbleRect(steps[i].pose), seconds});
+    }
+    return freeCorner(canvas, covered);
 }
 
 void CameraStage::State::listBusyPoints(double at, std::vector<CanvasPoint>& points) const {
@@ -202,6 +218,11 @@ SceneGeometry CameraStage::at(double editTime, double cameraTime, CameraState co
     geometry.camera.opacity *= state_->presence(geometry.camera, moment);
     geometry.camera = appearing(geometry.camera);
     return geometry;
+}
+
+CanvasCorner CameraStage::markCorner() const {
+    std::call_once(state_->cornerFound, [&] { state_->corner_ = state_->findMarkCorner(); });
+    return state_->corner_;
 }
 
 SceneLayout CameraStage::scene(double editTime) const { return state_->plan().underWay(editTime).back().pose.scene; }

@@ -228,6 +228,7 @@ FrameState FrameComposer::state(double at) const {
     state.canvas = derived.canvas;
     double const edit = at - derived.intro;
     state.editTime = edit;
+    if (project.exportSettings.includeWatermark) state.markCorner = derived.stage.markCorner();
     if (!derived.isEdit(edit)) {
         state.titleCard = edit < 0 ? &*project.intro : &*project.outro;
         state.titleCardTime = edit < 0 ? at : edit - project.duration();

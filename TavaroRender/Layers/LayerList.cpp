@@ -182,15 +182,10 @@ private:
         add(std::move(layer), captionPose(track.animation, cue, state_.editTime));
     }
 
-    /// Told by the settings, not by the moment: the watermark stays where it is for the whole film.
-    bool hasCameraInCorner() const {
-        auto const& camera = project_.camera;
-        return project_.usesCamera() && !camera.position && camera.placement == CameraPlacement::bottomRight;
-    }
-
     void addWatermark() {
         PlacedLayer layer{.look = lookOf(state_, watermarkSize, RGBAColor::white, std::nullopt),
-                          .place = hasCameraInCorner() ? LayerPlace::otherCorner : LayerPlace::corner};
+                          .place = LayerPlace::corner,
+                          .corner = state_.markCorner};
         layer.look.kind = LayerSpec::Watermark{watermarkText};
         add(std::move(layer), {});
     }
@@ -212,11 +207,12 @@ CanvasPoint bodyAt(PlacedLayer const& layer, CanvasRect const& body) {
     double const height = static_cast<double>(canvas.height);
     double const side = smallerSide(canvas);
     if (layer.place == LayerPlace::arrow) return layer.at;
-    if (layer.place == LayerPlace::corner || layer.place == LayerPlace::otherCorner) {
+    if (layer.place == LayerPlace::corner) {
         double const inset = watermarkInset * canvasUnit(canvas);
-        double const x = layer.place == LayerPlace::corner ? width - inset - body.width : inset;
-        return {keptInside(x, body.width, width, inset),
-                keptInside(height - inset - body.height, body.height, height, inset)};
+        bool const isRight = layer.corner == CanvasCorner::bottomRight || layer.corner == CanvasCorner::topRight;
+        bool const isBottom = layer.corner == CanvasCorner::bottomRight || layer.corner == CanvasCorner::bottomLeft;
+        return {keptInside(isRight ? width - inset - body.width : inset, body.width, width, inset),
+                keptInside(isBottom ? height - inset - body.height : inset, body.height, height, inset)};
     }
     return {keptInside(layer.at.x - body.width / 2, body.width, width, edgeInset * side),
             keptInside(layer.at.y - body.height / 2, body.height, height, edgeInset * side)};

@@ -5,6 +5,7 @@
 #include <TavaroCore/Camera/CameraDirection.h>
 #include <TavaroCore/Values/Geometry.h>
 #include <TavaroCore/Zoom/CameraState.h>
+#include <TavaroRender/Composition/Private/FreeCorner.h>
 
 namespace tavaro {
 
@@ -26,6 +27,9 @@ public:
 
     /// `zoom` is the screen's camera then, `cameraTime` that of the camera's movie.
     SceneGeometry at(double editTime, double cameraTime, CameraState const& zoom) const;
+
+    /// Where a mark that stays for the whole film is least in the bubble's way.
+    CanvasCorner markCorner() const;
 
     /// The scene that the last cue asked for.
     SceneLayout scene(double editTime) const;

@@ -11,6 +11,7 @@
 #include <TavaroCore/Zoom/CameraState.h>
 #include <TavaroCore/Zoom/LoupeState.h>
 #include <TavaroRender/Composition/Private/CanvasGeometry.h>
+#include <TavaroRender/Composition/Private/FreeCorner.h>
 
 namespace tavaro {
 
@@ -88,8 +89,9 @@ struct FrameState {
     std::vector<Overlay const*> visibleOverlays;
     std::vector<ActiveRedaction> redactions;
     CaptionCue const* captionCue = nullptr;
-    TitleCard const* titleCard = nullptr; // shown instead of everything else
-    double titleCardTime = 0;             // seconds since the card came on
+    CanvasCorner markCorner = CanvasCorner::bottomRight; // where a watermark is, for the whole film
+    TitleCard const* titleCard = nullptr;                // shown instead of everything else
+    double titleCardTime = 0;                            // seconds since the card came on
 };
 
 /// Where a point of the cropped source lies on the canvas.

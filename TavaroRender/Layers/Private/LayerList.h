@@ -3,6 +3,7 @@
 #include <vector>
 
 #include <TavaroRender/Composition/Private/CanvasGeometry.h>
+#include <TavaroRender/Composition/Private/FreeCorner.h>
 #include <TavaroRender/Layers/Private/LayerAnimation.h>
 #include <TavaroRender/Layers/Private/LayerSpec.h>
 
@@ -13,17 +14,17 @@ struct FrameState;
 
 /// How a layer's bitmap is put on the canvas.
 enum class LayerPlace {
-    centred,     // the body's centre at `at`, moved in where it would leave the canvas
-    corner,      // the body in the lower right corner
-    otherCorner, // in the lower left one
-    arrow,       // the body's corner at the arrow's tail
-    stretched,   // the bitmap over `rect`
+    centred,   // the body's centre at `at`, moved in where it would leave the canvas
+    corner,    // the body in the canvas's corner `corner`
+    arrow,     // the body's corner at the arrow's tail
+    stretched, // the bitmap over `rect`
 };
 
 /// A layer of a frame before it is drawn.
 struct PlacedLayer {
     LayerSpec look;
     LayerPlace place = LayerPlace::centred;
+    CanvasCorner corner = CanvasCorner::bottomRight;
     CanvasPoint at;
     CanvasRect rect;
     double opacity = 1; // 0…1, above 0

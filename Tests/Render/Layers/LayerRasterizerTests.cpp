@@ -2,11 +2,14 @@
 
 #include <cmath>
 #include <limits>
+#include <optional>
 #include <set>
+#include <vector>
 
 #include <gmock/gmock.h>
 
 #include "LayerFrame.h"
+#include <TavaroRender/Composition/Private/FrameComposer.h>
 #include <TavaroRender/Layers/Private/LayerList.h>
 
 namespace tavaro {
@@ -173,17 +176,59 @@ TEST(LayerList, theWatermarkStandsInTheLowerRightCornerOnlyWhenItIsAskedFor) {
     EXPECT_LT(layers[0].rect.maxY(), 1080);
 }
 
-TEST(LayerList, theWatermarkLeavesItsCornerToTheCamera) {
+TEST(LayerList, theWatermarkStaysForTheWholeFilmWhereTheCameraNeverComes) {
     LayerRasterizer rasterizer;
-    LayerFrame frame;
-    frame.project.exportSettings.includeWatermark = true;
-    frame.project.cameraAsset = "camera.mp4";
-    frame.project.camera.placement = CameraPlacement::bottomRight;
-    auto const layers = rasterizer.layers(frame.state, frame.project);
-    ASSERT_THAT(layers, SizeIs(1));
-    EXPECT_LT(layers[0].rect.maxX(), 1920 * 0.2);
-    EXPECT_GT(layers[0].rect.x, 0);
-    EXPECT_GT(layers[0].rect.y, 1080 * 0.9);
+    using Place = CameraPlacement;
+    struct Case {
+        std::vector<Place> places; // the first holds from the beginning
+        bool isAtLeft;
+        bool isAtTop;
+    };
+    for (auto const& [places, isAtLeft, isAtTop] :
+         {Case{{Place::topRight}, false, false}, Case{{Place::bottomRight}, true, false},
+          Case{{Place::topRight, Place::bottomRight}, true, false},
+          Case{{Place::bottomLeft, Place::bottomRight, Place::bottomLeft}, false, true},
+          Case{{Place::bottomRight, Place::topRight, Place::bottomLeft}, true, true}}) {
+        DemoProject project;
+        project.sourceSize = {1920, 1080};
+        project.timeline.clips = {{.asset = "screen.mp4", .duration = 20}};
+        project.exportSettings.includeWatermark = true;
+        project.intro = TitleCard{.text = "Hello", .duration = 1};
+        project.cameraAsset = "camera.mp4";
+        project.camera.placement = places.front();
+        for (std::size_t i = 1; i < places.size(); ++i)
+            project.cameraMoves.push_back({.time = 5.0 * static_cast<double>(i), .placement = places[i]});
+        FrameComposer const composer(project, {1920, 1080});
+        std::optional<CanvasRect> mark;
+        for (double t = 0.5; t < 21; t += 0.1) {
+            auto const state = composer.state(t);
+            auto const rect = rasterizer.layers(state, composer.project()).back().rect;
+            EXPECT_EQ(rect, mark.value_or(rect)) << t;
+            mark = rect;
+            auto const& camera = state.cameraBubbleRect;
+            bool const isUnderCamera = !camera.isEmpty() && rect.x < camera.maxX() && camera.x < rect.maxX() &&
+                                       rect.y < camera.maxY() && camera.y < rect.maxY();
+            EXPECT_FALSE(isUnderCamera) << t;
+        }
+        EXPECT_EQ(mark->center().x < 960, isAtLeft);
+        EXPECT_EQ(mark->center().y < 540, isAtTop);
+    }
+}
+
+TEST(LayerList, theWatermarkIsInTheCornerThatTheCameraCoversForTheShortestTime) {
+    DemoProject project;
+    project.sourceSize = {1920, 1080};
+    project.timeline.clips = {{.asset = "screen.mp4", .duration = 20}};
+    project.cameraAsset = "camera.mp4";
+    project.camera.placement = CameraPlacement::bottomRight;
+    project.cameraMoves = {{.time = 5, .placement = CameraPlacement::bottomLeft},
+                           {.time = 10, .placement = CameraPlacement::topRight},
+                           {.time = 12, .placement = CameraPlacement::topLeft}};
+    project.exportSettings.includeWatermark = true;
+    EXPECT_EQ(FrameComposer(project, {1920, 1080}).state(0).markCorner, CanvasCorner::topRight);
+    project.layoutCues = {{.time = 0, .scene = SceneLayout::screenOnly}, {.time = 5, .scene = SceneLayout::overlay}};
+    EXPECT_EQ(FrameComposer(project, {1920, 1080}).state(0).markCorner, CanvasCorner::bottomRight)
+        << "the camera is not shown while it would be there";
 }
 
 TEST(BoxLayers, aBoxStaysAroundItsButtonWhileTheCameraZoomsAndIsNotDrawnAgain) {
