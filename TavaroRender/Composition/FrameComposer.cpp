@@ -88,6 +88,7 @@ struct FrameComposer::Derived {
     CameraState zoom(double at) const;
     void placeZoom(FrameState& state, double at) const;
     void placeScene(FrameState& state, double at) const;
+    void placeScreen(FrameState& state, SinglePane const& screen) const;
     void placeLoupe(FrameState& state, double at) const;
     void placePointer(FrameState& state, double at) const;
     void placeClick(FrameState& state, double at) const;
@@ -117,13 +118,13 @@ void FrameComposer::Derived::placeScene(FrameState& state, double at) const {
     state.source = shown(at);
     state.scene = stage.scene(at);
     if (!state.source) return;
+    auto const recorded = pointer.recordedTime(at);
+    // Nobody stood before the camera while another movie was made.
+    if (!recorded && project.usesCamera()) return placeScreen(state, placing->screen.single(at, state.camera));
     // A positive offset: the camera was already running when the screen's recording began.
-    double const cameraTime = state.source->time + project.cameraOffset;
+    double const cameraTime = recorded.value_or(state.source->time) + project.cameraOffset;
     auto const scene = stage.at(at, cameraTime, state.camera);
-    state.sourceSize = source;
-    state.contentRect = scene.screen.content;
-    state.clipRect = scene.screen.clip;
-    state.frameInsets = scene.screen.frame;
+    placeScreen(state, scene.screen);
     state.screenShare = scene.screenShare;
     state.splitShare = scene.splitShare;
     auto const& camera = scene.camera;
@@ -137,6 +138,13 @@ void FrameComposer::Derived::placeScene(FrameState& state, double at) const {
     state.cameraChromeOpacity = camera.chrome;
     state.cameraCrop = camera.crop;
     state.cameraIsCutOut = camera.isCutOut;
+}
+
+void FrameComposer::Derived::placeScreen(FrameState& state, SinglePane const& screen) const {
+    state.sourceSize = source;
+    state.contentRect = screen.content;
+    state.clipRect = screen.clip;
+    state.frameInsets = screen.frame;
 }
 
 void FrameComposer::Derived::placeLoupe(FrameState& state, double at) const {

@@ -20,6 +20,9 @@ public:
     /// `project` must stay where it is while the track lives.
     explicit PointerTrack(DemoProject const& project);
 
+    /// The recording's time that is shown then; none while it is not shown.
+    std::optional<double> recordedTime(double at) const { return recording_.recordedTime(at); }
+
     /// None while the recording is not shown, or when nothing was recorded.
     std::optional<UnitPoint2> position(double at) const;
 

@@ -135,6 +135,25 @@ TEST(FrameComposer, whatWasLoggedIsShownByEachClipOfTheRecordingAndByNoOther) {
     EXPECT_FALSE(composer.state(5.1).cursorPosition);
 }
 
+TEST(FrameComposer, theCameraIsShownBesideTheRecordingItBelongsToAndNotOverAnotherMovie) {
+    auto project = take();
+    auto const asset = project.timeline.clips[0].asset;
+    project.cameraAsset = "camera.mp4";
+    project.assetDurations = {{asset, 60}, {"logo.mp4", 60}, {"camera.mp4", 60}};
+    project.timeline.clips = {{.asset = asset, .duration = 4},
+                              {.asset = "logo.mp4", .start = 4, .sourceStart = 20, .duration = 4},
+                              {.asset = asset, .start = 8, .sourceStart = 4, .duration = 4}};
+    for (auto const scene : {SceneLayout::overlay, SceneLayout::split, SceneLayout::cameraOnly}) {
+        project.layoutCues = {{.time = 0, .scene = scene}};
+        FrameComposer const composer(project, hd);
+        EXPECT_EQ(composer.state(2).cameraSource->time, 2);
+        EXPECT_FALSE(composer.state(5).cameraSource);
+        EXPECT_FALSE(composer.cameraSource(5));
+        EXPECT_EQ(composer.state(5).contentRect, (CanvasRect{0, 0, 1920, 1080})) << "no room is kept for it";
+        EXPECT_EQ(composer.state(9).cameraSource->time, 5);
+    }
+}
+
 TEST(ClickLook, everyEffectBeginsAndEndsInvisibleAndStaysInRange) {
     for (std::size_t index = 1; index < namesOf(ClickEffect{}).size(); ++index) {
         auto const effect = static_cast<ClickEffect>(index);
