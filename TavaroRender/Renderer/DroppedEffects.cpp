@@ -6,27 +6,27 @@
 
 namespace tavaro {
 
-std::vector<DroppedEffects::Known>::iterator DroppedEffects::find(Effect effect, std::string_view subject) {
-    return std::ranges::find_if(
-        known_, [&](Known const& known) { return known.dropped.effect == effect && known.dropped.subject == subject; });
-}
-
 void DroppedEffects::beginFrame() {
-    for (auto& known : known_) known.isInFrame = false;
+    std::erase_if(known_, [](Known const& known) { return known.worked && !known.isInFrame; });
+    for (auto& known : known_) known.isInFrame = known.worked = false;
 }
 
 void DroppedEffects::use(Effect effect, std::string_view subject) {
-    if (known_.empty()) return;
-    if (auto const found = find(effect, subject); found != known_.end()) known_.erase(found);
+    for (auto& known : known_) {
+        if (known.dropped.effect == effect && known.dropped.subject == subject) known.worked = true;
+    }
 }
 
 void DroppedEffects::drop(Effect effect, std::string_view subject, std::string const& sentence) {
-    auto found = find(effect, subject);
+    auto const isIt = [&](Known const& known) {
+        auto const& dropped = known.dropped;
+        return dropped.effect == effect && dropped.subject == subject && dropped.sentence == sentence;
+    };
+    auto found = std::ranges::find_if(known_, isIt);
     if (found == known_.end()) {
         spdlog::warn("{}", sentence);
         found = known_.insert(known_.end(), {{effect, std::string(subject), sentence, revision_}});
     }
-    found->dropped.sentence = sentence;
     found->isInFrame = true;
 }
 

@@ -30,11 +30,12 @@ private:
     struct Known {
         DroppedEffect dropped;
         bool isInFrame = false;
+        bool worked = false; // one of its kind did, in the frame: it works again unless another one is still missing
     };
-    std::vector<Known>::iterator find(Effect effect, std::string_view subject);
 
     std::int64_t revision_ = 0;
-    std::vector<Known> known_; // also what the frame does not ask for, since it has not been seen to work again
+    // One for each sentence. Also what the frame does not ask for, since it has not been seen to work again.
+    std::vector<Known> known_;
 };
 
 }
