@@ -1,5 +1,6 @@
 #include <Tavaro/Commands/WordList.h>
 
+#include <Tavaro/Commands/Terminal.h>
 #include <Tavaro/Model/Operations/TranscriptListing.h>
 #include <Tavaro/Model/Project/StoredProject.h>
 
@@ -8,24 +9,32 @@
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <string>
+#include <vector>
+
 namespace tavaro::commands {
 
 namespace {
 
-std::string lines(std::vector<ListedWord> const& words) {
-    std::string text;
-    for (auto const& word : words) {
-        auto const shown = word.shownAt ? Timecode::format(*word.shownAt, Timecode::Fraction::hundredths) : "cut";
-        text += fmt::format("{}{:5}  {:>10}  {}", text.empty() ? "" : "\n", word.number, shown, word.text);
-    }
-    return text;
+std::string line(ListedWord const& word) {
+    auto const shown = word.shownAt ? Timecode::format(*word.shownAt, Timecode::Fraction::hundredths) : "cut";
+    return fmt::format("{:5}  {:>10}  {}", word.number, shown, word.text);
 }
 
-EditReport listing(DemoProject const& project) {
-    return {.operation = std::string(operations::DeleteWords::info.name),
-            .summary = lines(listWords(project)),
-            .durationBefore = project.duration(),
-            .duration = project.duration()};
+void list(DemoProject const& project, EditOptions const& options) {
+    auto const words = listWords(project);
+    std::vector<std::string> lines(words.size());
+    std::transform(words.begin(), words.end(), lines.begin(), line);
+    if (!options.asJSON) {
+        for (auto const& each : lines) terminal::say("{}\n", each);
+        return;
+    }
+    print({.operation = std::string(operations::DeleteWords::info.name),
+           .summary = fmt::format("{}", fmt::join(lines, "\n")),
+           .durationBefore = project.duration(),
+           .duration = project.duration()},
+          options);
 }
 
 }
@@ -37,9 +46,9 @@ void offerWordList(CLI::App& command, std::shared_ptr<EditOptions> const& option
     auto const* first = command.get_option("FROM")->required(false);
     command.callback([=] {
         if (first->count() > 0 && !*isWanted) return runEdit(*options, *deletion);
-        auto const listed = listing(openProject(options->package).project);
+        auto const project = openProject(options->package).project;
         if (!*isWanted) throw CLI::RequiredError("FROM");
-        print(listed, *options);
+        list(project, *options);
     });
 }
 
