@@ -322,7 +322,7 @@ template<class T> void readJSON(JSONReader& reader, std::map<std::string, T>& va
     value.clear();
     reader.object([&](std::string_view name) {
         std::string key(name);
-        reader.takeMemoryOfNode(sizeof(T) + sizeof key + key.size());
+        reader.takeMemoryOfNode(sizeof(T) + sizeof key + key.size()); // NOLINT(bugprone-sizeof-container)
         try {
             readJSON(reader, value[key]);
         } catch (JSONError const& error) {
