@@ -10,19 +10,22 @@ namespace tavaro {
 
 namespace {
 
-constexpr double pointerTravel = 0.012; // of the frame; less is a hand at rest
+constexpr double rounding = 1e-6; // seconds; times that were moved by an edit are off by less
 
 }
 
 std::vector<SilenceSpan> SilenceDetector::detect(RecordingMetadata const& recording, double duration) const {
+    if (!(duration > 0)) return {};
+    return spans(recording.micLevels.empty() ? std::vector<TimeRange>{{0, duration}}
+                                             : quietRanges(recording.micLevels, duration),
+                 activityTimes(recording, pointerTravel));
+}
+
+std::vector<SilenceSpan> SilenceDetector::spans(std::vector<TimeRange> const& quiet,
+                                                std::vector<double> const& activity) const {
     std::vector<SilenceSpan> spans;
-    if (!(duration > 0)) return spans;
-    auto const quiet = recording.micLevels.empty() ? std::vector<TimeRange>{{0, duration}}
-                                                   : quietRanges(recording.micLevels, duration);
-    if (quiet.empty()) return spans;
-    auto const activity = activityTimes(recording, pointerTravel);
     auto const offer = [&](double from, double gap) {
-        if (gap < minimumDuration) return;
+        if (gap < minimumDuration - rounding) return;
         spans.push_back({.start = from + padding * 0.5, .duration = gap - padding, .isRemoved = true});
     };
     for (auto const& range : quiet) {

@@ -7,6 +7,7 @@
 #include <TavaroCore/Project/DemoProject.h>
 #include <TavaroCore/Project/RecordingOfProject.h>
 #include <TavaroCore/Style/BackgroundPreset.h>
+#include <TavaroCore/Values/JoinedRanges.h>
 
 #include <algorithm>
 #include <iterator>
@@ -20,6 +21,7 @@ constexpr double clickPinSeconds = 0.09;
 constexpr std::size_t polishBackground = 6; // entry of the built-in presets
 constexpr SilenceDetector silenceDetector{
     .threshold = 0.018f, .minimumDuration = 1.2, .padding = 0.25, .bucketSeconds = 0.1};
+constexpr double touching = 0.000001; // seconds; ranges that close are one
 constexpr std::int64_t captionCharacters = 42;
 
 /// Smooths from the path as recorded, which the first smoothing keeps, so that smoothing again changes nothing.
@@ -66,26 +68,24 @@ void applyLook(DemoProject& project, DemoMode mode) {
     if (project.background.isNone()) project.background = BackgroundPreset::all()[polishBackground].style;
 }
 
-/// Silences of the recording where the edit shows them. An edit that shows all of it in one piece has its own length.
-std::vector<SilenceSpan> silencesOnTimeline(DemoProject const& project) {
-    auto const& recording = *project.metadata;
-    auto const& clips = project.timeline.clips;
-    bool const isWhole = clips.size() == 1 && clips[0].start == 0 && clips[0].sourceStart == 0 && clips[0].speed == 1;
+/// Where the edit shows recorded seconds in which the microphone is quiet.
+std::vector<TimeRange> quietOnTimeline(DemoProject const& project) {
+    auto const& levels = project.metadata->micLevels;
     double const recorded = recordedSeconds(project);
-    if (isWhole && recorded - project.duration() < 0.001) return silenceDetector.detect(recording, project.duration());
+    auto const quiet =
+        levels.empty() ? std::vector<TimeRange>{{0, recorded}} : silenceDetector.quietRanges(levels, recorded);
     auto const shown = recordingOnTimeline(project);
-    std::vector<SilenceSpan> spans;
-    for (auto const& span : silenceDetector.detect(recording, recorded)) {
-        for (auto const& [range, seconds] : shown.stretches(span.range())) {
-            spans.push_back({.start = range.start, .duration = range.duration, .isRemoved = true});
-        }
+    std::vector<TimeRange> result;
+    for (auto const& range : quiet) {
+        for (auto const& stretch : shown.stretches(range)) result.push_back(stretch.range);
     }
-    std::stable_sort(spans.begin(), spans.end(), [](auto const& a, auto const& b) { return a.start < b.start; });
-    return spans;
+    return joined(std::move(result), touching);
 }
 
-void findSilences(DemoProject& project, DirectorReport& report) {
-    project.silences = silencesOnTimeline(project);
+/// By what the edit shows: what was cut away parts nothing, and what plays faster is a shorter pause.
+void findSilences(DemoProject& project, RecordingMetadata const& shownLog, DirectorReport& report) {
+    auto const activity = SilenceDetector::activityTimes(shownLog, SilenceDetector::pointerTravel);
+    project.silences = silenceDetector.spans(quietOnTimeline(project), activity);
     report.silencesFound = static_cast<std::int64_t>(project.silences.size());
     for (auto const& span : project.silences) report.silenceSecondsRemovable += span.duration;
 }
@@ -143,7 +143,7 @@ DirectorReport SmartDirector::polish(DemoProject& project) const {
     highlightClicks(project.cursor, settings_.clickHighlights);
     if (!settings_.motionBlur) stillAutomaticZooms(project);
     if (settings_.background) applyLook(project, mode_);
-    if (settings_.removeSilence) findSilences(project, report);
+    if (settings_.removeSilence) findSilences(project, recording, report);
     if (settings_.audioEnhancement) enhanceAudio(project);
     if (settings_.cameraPositioning && project.camera.isEnabled) {
         placeCamera(project.camera, recording);

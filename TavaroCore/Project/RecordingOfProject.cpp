@@ -50,10 +50,10 @@ std::string_view recordingAsset(DemoProject const& project) {
 }
 
 double recordedSeconds(DemoProject const& project) {
-    double seconds = project.metadata->duration();
     auto const asset = recordingAsset(project);
-    if (auto const known = project.assetDurations.find(std::string(asset)); known != project.assetDurations.end())
-        return std::max(seconds, known->second);
+    auto const known = project.assetDurations.find(std::string(asset));
+    if (known != project.assetDurations.end() && known->second > 0) return known->second;
+    double seconds = project.metadata->duration();
     for (auto const& clip : project.timeline.clips) {
         if (clip.asset == asset) seconds = std::max(seconds, clip.sourceStart + clip.sourceSpan());
     }

@@ -14,7 +14,7 @@ struct DemoProject;
 /// without a log, the one that the edit shows most of. Lives as long as the project's clips; empty without clips.
 std::string_view recordingAsset(DemoProject const& project);
 
-/// Length of the recording: that of its movie, or the time of the last thing logged when that is later.
+/// Length of the recording: that of its movie. Where that is not known, the time of the last thing logged or shown.
 double recordedSeconds(DemoProject const& project);
 
 /// Where the project's edit shows its recording. Borrows the project's clips.

@@ -18,6 +18,8 @@ struct SilenceDetector {
     double padding = 0;         // kept beside speech and activity
     double bucketSeconds = 0;   // length of one level, as `containsSpeech` counts
 
+    static constexpr double pointerTravel = 0.012; // of the frame; less is a hand at rest
+
     /// Spans to offer for removal (`isRemoved`), ascending. Without levels the whole recording is quiet, and only
     /// activity breaks it.
     ///
@@ -28,6 +30,10 @@ struct SilenceDetector {
     /// A span ends 1.5 paddings before activity and half a padding before speech; it begins half a padding after
     /// speech and 1.5 after activity. So the pointer is at rest, and the cursor in its place, before a cut.
     std::vector<SilenceSpan> detect(RecordingMetadata const& recording, double duration) const;
+
+    /// The same of quiet stretches, which ascend and do not touch, and the ascending times of activity. So what an edit
+    /// shows of a recording can be asked too.
+    std::vector<SilenceSpan> spans(std::vector<TimeRange> const& quiet, std::vector<double> const& activity) const;
 
     /// Runs of quiet levels, where the levels are spread evenly over the duration.
     std::vector<TimeRange> quietRanges(std::span<float const> levels, double duration) const;

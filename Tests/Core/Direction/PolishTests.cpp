@@ -1,5 +1,10 @@
 #include <TavaroCore/Direction/SmartDirector.h>
+#include <TavaroCore/Editing/ClipEdits.h>
+#include <TavaroCore/Editing/RangeEdits.h>
+#include <TavaroCore/Editing/SilenceRemoval.h>
+#include <TavaroCore/Editing/TimelineEdits.h>
 #include <TavaroCore/Project/DemoProject.h>
+#include <TavaroCore/Project/RecordingOfProject.h>
 #include <TavaroCore/Style/BackgroundPreset.h>
 
 #include <gmock/gmock.h>
@@ -81,6 +86,57 @@ DemoProject withoutFreshIDs(DemoProject project) {
     for (auto& span : project.silences) span.id = {};
     for (auto& cue : project.captions.cues) cue.id = {};
     return project;
+}
+
+constexpr double quietSeconds = 60;
+
+/// A minute of talk and pauses, with some clicks and a pointer that rests but for its jumps to them.
+DemoProject quietTake(std::mt19937& random) {
+    std::uniform_real_distribution<double> unit(0, 1);
+    DemoProject project;
+    project.assetDurations = {{"a.mp4", quietSeconds}};
+    project.timeline.clips = {{.asset = "a.mp4", .duration = quietSeconds}};
+    project.audioTracks = {{.clips = {{.asset = "a.mp4", .duration = quietSeconds}}}};
+    auto& recording = project.metadata.edit();
+    float level = 0;
+    for (int i = 0; i < quietSeconds * 10; ++i) {
+        if (unit(random) < 0.08) level = level > 0 ? 0.0f : 0.1f;
+        recording.micLevels.push_back(level);
+    }
+    for (double t = 3 * unit(random); t < quietSeconds; t += 8 * unit(random))
+        recording.clicks.push_back({.t = t, .position = {unit(random), unit(random)}});
+    UnitPoint2 pointer;
+    auto click = recording.clicks.begin();
+    for (int frame = 0; frame < quietSeconds * 30; ++frame) {
+        double const t = frame / 30.0;
+        if (click != recording.clicks.end() && click->t <= t) pointer = (click++)->position;
+        recording.cursorSamples.push_back({t, pointer});
+    }
+    return project;
+}
+
+void editAtRandom(DemoProject& project, std::mt19937& random) {
+    std::uniform_real_distribution<double> unit(0, 1);
+    for (unsigned turn = random() % 8; turn > 0; --turn) {
+        TimeRange const range{project.duration() * unit(random), 6 * unit(random)};
+        switch (random() % 4) {
+        case 0: removeTimeRange(project, range.start, range.duration); break;
+        case 1: changeSpeed(project, range, unit(random) < 0.5 ? 0.25 + unit(random) : 1 + 7 * unit(random)); break;
+        case 2: insertTime(project, range.start, range.duration); break;
+        default: splitClip(project, range.start);
+        }
+    }
+}
+
+/// Whether no level that the edit shows in the range is loud.
+bool isQuiet(DemoProject const& project, TimeRange const& range) {
+    auto const& levels = project.metadata->micLevels;
+    for (double t = range.start; t < range.end(); t += 0.01) {
+        auto const recorded = recordingOnTimeline(project).recordedTime(t);
+        if (recorded && levels.at(static_cast<std::size_t>(std::min(*recorded, quietSeconds - 0.01) * 10)) > 0.018f)
+            return false;
+    }
+    return true;
 }
 
 template<class Item> std::vector<Item> handMade(std::vector<Item> items) {
@@ -289,12 +345,58 @@ TEST(Polish, silencesOfTheRecordingLieWhereTheEditShowsThem) {
     report = polish(project);
     ASSERT_EQ(project.silences.size(), 1u) << "what stays end to end is one";
     EXPECT_NEAR(project.silences[0].start, 5.125, 1e-9);
-    EXPECT_NEAR(project.silences[0].range().end(), 6 + (9.875 - 8) / 2, 1e-9);
+    EXPECT_NEAR(project.silences[0].range().end(), 6 + (10.0 - 8) / 2 - 0.125, 1e-9) << "room in seconds of the film";
 
     PolishOptions options;
     options.removeSilence = false;
     EXPECT_EQ(polish(project, DemoMode::website, options).silencesFound, 0);
     EXPECT_EQ(project.silences.size(), 1u) << "left as they were";
+}
+
+TEST(Polish, aStrayEventBehindTheMovieMovesNoLevel) {
+    DemoProject project;
+    project.assetDurations = {{"screen.mp4", 20}};
+    project.timeline.clips = {{.asset = "screen.mp4", .duration = 20}};
+    project.metadata.edit().micLevels.assign(200, 0.3f);
+    auto& levels = project.metadata.edit().micLevels;
+    std::fill(levels.begin() + 50, levels.begin() + 100, 0.0f);
+    polish(project);
+    auto const silences = withoutFreshIDs(project).silences;
+    ASSERT_EQ(silences.size(), 1u);
+    project.metadata.edit().keystrokes = {{.t = 60, .keys = {"a"}}};
+    polish(project);
+    EXPECT_EQ(withoutFreshIDs(project).silences, silences) << "speech would be offered";
+}
+
+TEST(Polish, anEditedFilmIsOfferedTheSilencesThatItHasAndNoneOnceTheyAreRemoved) {
+    for (unsigned seed = 1; seed <= 300; ++seed) {
+        std::mt19937 random(seed);
+        auto project = quietTake(random);
+        editAtRandom(project, random);
+        polish(project);
+        auto const log = logOnTimeline(project);
+        for (auto const& silence : project.silences) {
+            EXPECT_GE(silence.duration, 1.2 - 0.25 - 1e-5) << "seed " << seed << " at " << silence.start;
+            EXPECT_TRUE(isQuiet(project, silence.range())) << "seed " << seed << " at " << silence.start;
+            for (auto const& click : log.clicks) EXPECT_FALSE(silence.range().contains(click.t)) << "seed " << seed;
+        }
+        removeAllSilence(project);
+        EXPECT_EQ(polish(project).silencesFound, 0) << "seed " << seed;
+    }
+}
+
+TEST(Polish, whatACutBringsTogetherIsOneSilence) {
+    DemoProject project;
+    project.assetDurations = {{"screen.mp4", 10}};
+    project.timeline.clips = {{.asset = "screen.mp4", .duration = 10}};
+    auto& levels = project.metadata.edit().micLevels;
+    levels.assign(100, 0.3f);
+    std::fill(levels.begin() + 30, levels.begin() + 40, 0.0f);
+    std::fill(levels.begin() + 60, levels.begin() + 70, 0.0f);
+    EXPECT_EQ(polish(project).silencesFound, 0) << "each pause is short";
+    removeTimeRange(project, 4, 2);
+    EXPECT_EQ(polish(project).silencesFound, 1);
+    EXPECT_NEAR(project.silences.at(0).range().end(), 4.875, 1e-9);
 }
 
 TEST(Polish, theVoiceIsEnhancedAndMusicMakesRoomForIt) {
