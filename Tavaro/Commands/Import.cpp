@@ -15,11 +15,14 @@
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
+#include <chrono>
 #include <optional>
 
 namespace tavaro::commands {
 
 namespace {
+
+using namespace std::chrono_literals;
 
 struct Options {
     std::string movie;
@@ -29,6 +32,17 @@ struct Options {
     bool asJSON = false;
 };
 
+void show(ProgressLine& line, ImportProgress const& progress) {
+    if (progress.stage == ImportStage::measuring) {
+        line.stage("Measuring sound");
+        line.text(fmt::format("{:.0f} %", 100 * progress.measured));
+    } else if (progress.bytesDone < progress.bytesTotal) {
+        line.stage("Copying");
+        line.text(fmt::format("{} of {}", fileSizeText(static_cast<std::int64_t>(progress.bytesDone)),
+                              fileSizeText(static_cast<std::int64_t>(progress.bytesTotal))));
+    }
+}
+
 void import(Options const& options) {
     MainQueue queue;
     auto job = importJob(queue, {.movie = options.movie,
@@ -37,12 +51,11 @@ void import(Options const& options) {
                                  .mode = modeNamed(options.mode)});
     job.onRemark([](std::string const& remark) { terminal::tell("{}\n", remark); });
     std::optional<Interruption> interruption(std::in_place);
-    std::optional<ProgressLine> line(std::in_place, "Copying",
+    std::optional<ProgressLine> line(std::in_place, "",
                                      options.asJSON ? ProgressLine::Output::silent : ProgressLine::Output::automatic);
+    auto const begun = std::chrono::steady_clock::now();
     job.onProgress([&](ImportProgress const& progress) {
-        if (progress.bytesDone < progress.bytesTotal)
-            line->text(fmt::format("{} of {}", fileSizeText(static_cast<std::int64_t>(progress.bytesDone)),
-                                   fileSizeText(static_cast<std::int64_t>(progress.bytesTotal))));
+        if (std::chrono::steady_clock::now() - begun > 1s) show(*line, progress);
     });
     job.start();
     queue.runUntil([&] {

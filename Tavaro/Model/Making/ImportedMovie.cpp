@@ -38,16 +38,24 @@ DemoProject createImported(ProjectPackage const& package, ImportRequest const& r
     std::error_code ignored;
     auto const bytes = std::filesystem::file_size(request.movie, ignored);
     try {
-        return createProject(package, {.movie = request.movie,
-                                       .importMode = ImportMode::copy,
-                                       .metadata = metadata,
-                                       .mode = request.mode,
-                                       .remark = [&](std::string const& remark) { control.remark(remark); },
-                                       .proceed =
-                                           [&](std::uint64_t copied) {
-                                               control.progress({copied, bytes});
-                                               return !control.isCancelled();
-                                           }});
+        return createProject(package,
+                             {.movie = request.movie,
+                              .importMode = ImportMode::copy,
+                              .metadata = metadata,
+                              .logOrigin = LogOrigin::elsewhere,
+                              .mode = request.mode,
+                              .remark = [&](std::string const& remark) { control.remark(remark); },
+                              .proceed =
+                                  [&](std::uint64_t copied) {
+                                      control.progress(
+                                          {.stage = ImportStage::copying, .bytesDone = copied, .bytesTotal = bytes});
+                                      return !control.isCancelled();
+                                  },
+                              .measured =
+                                  [&](double done) {
+                                      control.stopIfCancelled(cancelled);
+                                      control.progress({.measured = done});
+                                  }});
     } catch (FileError const&) {
         control.stopIfCancelled(cancelled);
         throw;

@@ -18,9 +18,12 @@ struct ImportRequest {
     DemoMode mode = DemoMode::website;
 };
 
-/// How much of the movie is copied.
+enum class ImportStage { measuring, copying };
+
 struct ImportProgress {
-    std::uint64_t bytesDone = 0;
+    ImportStage stage = ImportStage::measuring;
+    double measured = 0;         // of the sound, 0…1
+    std::uint64_t bytesDone = 0; // of the movie's copy
     std::uint64_t bytesTotal = 0;
 };
 

@@ -2,8 +2,11 @@
 
 #include <Tavaro/Model/Making/Private/CutShort.h>
 #include <TavaroCore/Package/PendingPackage.h>
+#include <TavaroCore/Recording/EventLists.h>
+#include <TavaroCore/Recording/SettledPointer.h>
 #include <TavaroCore/Recording/SettledRecording.h>
 #include <TavaroMedia/Audio/AudioReader.h>
+#include <TavaroMedia/Audio/SoundLevels.h>
 #include <TavaroMedia/Errors/MediaError.h>
 #include <TavaroMedia/Movie/MovieReader.h>
 
@@ -65,6 +68,45 @@ void addSound(DemoProject& project, NewProject const& made, SideSound const& sou
          .clips = {{.asset = asset, .start = start, .sourceStart = start - side.offset, .duration = end - start}}});
 }
 
+/// The sounds that tell where somebody speaks: the microphones, or where there is none all that is heard.
+std::vector<SideRecording> voicesOf(NewProject const& made, DemoProject const& project) {
+    std::vector<SideRecording> voices;
+    bool const hasMicrophone = std::ranges::count(project.audioTracks, AudioRole::microphone, &AudioTrack::role) > 0;
+    for (auto const& sound : made.sounds) {
+        bool const isKept = project.assetDurations.contains(assetOf(sound.recording));
+        if (isKept && (sound.role == AudioRole::microphone || !hasMicrophone)) voices.push_back(sound.recording);
+    }
+    auto const isMovies = [&](AudioTrack const& track) {
+        return !track.clips.empty() && track.clips[0].asset == project.timeline.clips[0].asset;
+    };
+    if (!hasMicrophone && std::ranges::any_of(project.audioTracks, isMovies)) voices.push_back({made.movie});
+    return voices;
+}
+
+/// Levels of all the voices over the movie, in entries as a recording has them; none without a voice.
+std::vector<float> levelsOf(NewProject const& made, std::vector<SideRecording> const& voices, double duration) {
+    std::vector<float> levels;
+    for (std::size_t i = 0; i < voices.size(); ++i) {
+        auto const progress = [&](double done) {
+            if (made.measured) made.measured((static_cast<double>(i) + done) / static_cast<double>(voices.size()));
+        };
+        auto const entries = static_cast<std::size_t>(std::max(std::round(duration / micLevelSeconds), 1.0));
+        auto const measured = soundLevels(
+            voices[i].file, {.start = -voices[i].offset, .seconds = duration, .entries = entries}, progress);
+        levels.resize(measured.size());
+        std::ranges::transform(levels, measured, levels.begin(), [](float a, float b) { return std::max(a, b); });
+    }
+    return levels;
+}
+
+RecordingMetadata logOf(NewProject const& made, DemoProject const& project, double duration) {
+    auto log = made.metadata;
+    settle(log, project.sourceSize);
+    if (made.logOrigin == LogOrigin::elsewhere) settlePointer(log, duration);
+    if (log.micLevels.empty()) log.micLevels = levelsOf(made, voicesOf(made, project), duration);
+    return log;
+}
+
 /// The files that the project names.
 std::vector<fs::path> filesOf(NewProject const& made, DemoProject const& project) {
     std::vector<fs::path> files{made.movie};
@@ -120,8 +162,7 @@ DemoProject createProject(ProjectPackage const& package, NewProject const& made)
     if (info.hasAudio) project.audioTracks = soundOf(made, asset, info.duration);
     addCamera(project, made);
     for (auto const& sound : made.sounds) addSound(project, made, sound);
-    project.metadata = made.metadata;
-    settle(project.metadata.edit(), project.sourceSize);
+    project.metadata = logOf(made, project, info.duration);
     write(package, project, made);
     return project;
 }

@@ -26,11 +26,17 @@ struct SideSound {
     SideRecording recording;
 };
 
+enum class LogOrigin {
+    take,      // the pointer is sampled all along
+    elsewhere, // there may be samples only where it moved
+};
+
 /// What a new project is made of.
 struct NewProject {
     std::filesystem::path movie;
     ImportMode importMode;
     RecordingMetadata metadata; // may be empty
+    LogOrigin logOrigin = LogOrigin::take;
     DemoMode mode = DemoMode::website;
     std::optional<SideRecording> camera = {};
     std::vector<SideSound> sounds = {};
@@ -39,6 +45,8 @@ struct NewProject {
     std::function<void(std::string const&)> remark = {};
     /// Of the file that is being copied into the package.
     FileDescriptor::CopyWatch proceed = {};
+    /// Told, 0…1, how far the sound is measured, before anything is written; what it throws ends the making.
+    std::function<void(double)> measured = {};
 };
 
 /// A canvas for a recording of that size: the standard 1080-line canvas nearest to its shape, upright for upright
@@ -46,8 +54,9 @@ struct NewProject {
 Size2 canvasFor(Size2 source);
 
 /// Makes the package, brings the movie into it, and saves a project of one clip that shows all of it, with the movie's
-/// sound and each sound beside it on a track of its own and the camera in step, named for the package. Throws
-/// `MediaError` for a movie that cannot be read; `FileError`. It then leaves no package, and every file where it was.
+/// sound and each sound beside it on a track of its own and the camera in step, named for the package. A log without
+/// levels gets those of the microphones, or where there is none of all sounds. Throws `MediaError` for a movie that
+/// cannot be read; `FileError`. It then leaves no package, and every file where it was.
 DemoProject createProject(ProjectPackage const& package, NewProject const& made);
 
 }

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <cstddef>
+#include <filesystem>
+#include <functional>
+#include <vector>
+
+namespace tavaro {
+
+/// A span of a sound, and into how many entries of one length it is divided.
+struct LevelSpan {
+    double start = 0;   // seconds of the sound; what lies before its beginning or behind its end is silent
+    double seconds = 0; // of the whole span
+    std::size_t entries = 0;
+};
+
+/// How loud a sound is over the time: of each entry, the loudest 20 ms, as the root mean square of its louder side,
+/// where full scale is 1. So a word's edge counts, and a click of a few samples does not. To four decimals.
+///
+/// Costs the decoding of the span; memory beside the result is bounded. `progress` is told now and then how much is
+/// done, 0…1; what it throws ends the work. Throws `MediaError` as `AudioReader` does.
+std::vector<float> soundLevels(std::filesystem::path const& file, LevelSpan const& span,
+                               std::function<void(double)> const& progress = {});
+
+}
