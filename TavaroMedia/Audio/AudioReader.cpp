@@ -45,8 +45,10 @@ ffmpeg::Resampler makeResampler(AVFrame const& frame) {
                                     static_cast<AVSampleFormat>(frame.format), frame.sample_rate, 0, nullptr);
     ffmpeg::Resampler resampler(raw);
     if (code < 0 || !resampler) throwReadingAudio(Kind::unreadable, "could not allocate a buffer");
-    av_opt_set_double(raw, "rematrix_maxval", 1, 0); // many channels are scaled down rather than clipped
-    constexpr std::array both{1.0, 1.0};             // one channel sounds as loud on each side as it is
+    // ITU-R BS.775, but a voice in the center is as loud as one on both sides. Nothing is scaled down: where many
+    // channels together are louder than full scale, that is for whoever writes the sound to limit.
+    av_opt_set_double(raw, "center_mix_level", 1, 0);
+    constexpr std::array both{1.0, 1.0}; // one channel sounds as loud on each side as it is
     if (frame.ch_layout.nb_channels == 1) swr_set_matrix(raw, both.data(), 1);
     code = swr_init(raw);
     if (code < 0)

@@ -23,6 +23,9 @@ struct AudioInfo {
 /// Reads the sound of a movie or sound file as 48 kHz stereo. Time 0 of a movie's sound is the movie's first picture,
 /// as `MovieReader` counts; of a sound file, its first sample. What an encoder put before the sound is left out.
 ///
+/// One channel, and the center of several, is as loud on both sides as it is; front channels are heard on their sides,
+/// the others there 3 dB quieter, and the deep effects of a cinema not at all. Their sum may be above full scale.
+///
 /// The sample at a position is the same whether it was reached by reading on or by jumping there. Reading on costs the
 /// decoding alone; a jump costs a quarter of a second of sound, except backwards in files that do not tell the exact
 /// places of their samples (Matroska, MP3, transport streams): those are read from their start again. Memory is bounded

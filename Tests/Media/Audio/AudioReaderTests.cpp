@@ -96,6 +96,36 @@ TEST_F(AudioReaderTest, aSampleIsTheSameWhetherJumpedToOrReadUpTo) {
     }
 }
 
+TEST_F(AudioReaderTest, aVoiceKeepsItsLevelInWhateverChannelItSpeaks) {
+    writeSound(file("source.caf"), tone(1, 440), 1);
+    struct Heard {
+        char const* layout;
+        char const* channel;
+        double left; // decibels against what it is in its channel; −200: not at all
+        double right;
+    };
+    constexpr double off = -200;
+    for (auto const& heard :
+         {Heard{"mono", "c0", 0, 0}, Heard{"3.0", "FC", 0, 0}, Heard{"5.1", "FC", 0, 0}, Heard{"5.1", "FL", 0, off},
+          Heard{"5.1", "BR", off, -3.01}, Heard{"5.1(side)", "FC", 0, 0}, Heard{"5.1(side)", "SL", -3.01, off},
+          Heard{"5.1", "LFE", off, off}, Heard{"7.1", "FC", 0, 0}, Heard{"7.1", "FR", off, 0},
+          Heard{"7.1", "SL", -3.01, off}, Heard{"7.1", "BL", -3.01, off}, Heard{"quad", "FL", 0, off},
+          Heard{"quad", "BL", -3.01, off}}) {
+        for (auto const* codec : {"pcm_s16le", "pcm_f32le"}) {
+            auto const sound = converted("layout.wav", std::string("-af 'pan=") + heard.layout + "|" + heard.channel +
+                                                           "=0.5*c0' -c:a " + codec);
+            auto const where = std::string(heard.layout) + " " + heard.channel + " " + codec;
+            ASSERT_EQ(sound.size(), 48'000u) << where;
+            Sound left = sound;
+            Sound right = sound;
+            for (auto& sample : left) sample.right = sample.left;
+            for (auto& sample : right) sample.left = sample.right;
+            EXPECT_NEAR(std::max(level(left), off), heard.left == off ? off : heard.left - 15.05, 0.05) << where;
+            EXPECT_NEAR(std::max(level(right), off), heard.right == off ? off : heard.right - 15.05, 0.05) << where;
+        }
+    }
+}
+
 TEST_F(AudioReaderTest, soundThatBeginsAfterThePictureComesAsMuchLater) {
     writeSound(file("source.caf"), ticks(2, {4'800}));
     writeNumbered(file("picture.mp4"), smallMovie(), steadyTimes(90, 30));
