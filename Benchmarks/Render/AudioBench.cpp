@@ -1,10 +1,11 @@
-// The sound of an export: how many times faster than it plays an hour is enhanced and mixed, from a cold cache, and the
-// memory that takes. `bench-audio [MINUTES]`; the take is a shorter one by default, since every step costs the same for
-// each second of it.
+// The sound of an export: how many times faster than it plays an hour is enhanced and mixed, from a cold cache, how
+// many times a film at another speed is, and the memory that takes. `bench-audio [MINUTES]`; the take is a shorter one
+// by default, since every step costs the same for each second of it.
 
 #include <sys/resource.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <cstdio>
@@ -114,6 +115,24 @@ void measure(char const* name, double seconds, float width) {
     std::fflush(stdout);
 }
 
+/// Film seconds made in a second of a voice at other speeds.
+void measureSpeeds(double seconds) {
+    Folder const folder;
+    ProjectPackage const package(folder.path / "Take.recproj");
+    package.createDirectories();
+    writeVoice(package.assetURL("voice.caf"), seconds, 0.3f);
+    for (double const speed : {0.25, 0.5, 2.0, 4.0}) {
+        DemoProject project;
+        project.timeline.clips = {{.asset = "screen.mp4", .duration = seconds / speed, .speed = speed}};
+        project.audioTracks = {{.clips = {{.asset = "voice.caf", .duration = seconds / speed, .speed = speed}}}};
+        AudioEnhancer const enhancer(folder.path / "cache");
+        std::atomic<bool> const isCancelled = false;
+        auto mix = prepareMix(project, package, enhancer, isCancelled, [](double) {});
+        std::printf("audio.mix.speed%g %.1f × real time\n", speed, seconds / speed / mixedSeconds(*mix));
+    }
+    std::fflush(stdout);
+}
+
 }
 
 }
@@ -123,6 +142,7 @@ int main(int count, char** values) {
         double const minutes = count > 1 ? std::atof(values[1]) : 10;
         tavaro::measure("mono", minutes * 60, 0);
         tavaro::measure("stereo", minutes * 60, 0.3f);
+        tavaro::measureSpeeds(std::min(minutes, 2.0) * 60);
         rusage usage{};
         getrusage(RUSAGE_SELF, &usage);
         std::printf("audio.memory %.0f MiB\n", static_cast<double>(usage.ru_maxrss) / 1024);

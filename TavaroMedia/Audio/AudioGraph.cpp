@@ -1,7 +1,6 @@
 #include <TavaroMedia/Audio/AudioGraph.h>
 
 #include <algorithm>
-#include <cmath>
 #include <new>
 
 #include <fmt/format.h>
@@ -138,23 +137,6 @@ void AudioGraph::pull(std::vector<StereoSample>& samples) {
         }
         av_frame_unref(&frame);
     }
-}
-
-TempoFilter::TempoFilter(double speed) {
-    speed = std::clamp(speed, slowest, fastest);
-    // The filter lays windows of a twenty-fourth of a second over each other where they are most alike; on average it
-    // finds the place so many samples early.
-    constexpr double haste = 560;
-    double ahead = 0;
-    auto const addStage = [&](double factor) {
-        chain += fmt::format("{}atempo={:.17g}", chain.empty() ? "" : ",", factor);
-        ahead = (ahead + haste) / factor;
-    };
-    // One stage is clean between half and twice the speed.
-    for (; speed > 2; speed /= 2) addStage(2);
-    for (; speed < 0.5; speed *= 2) addStage(0.5);
-    addStage(speed);
-    delay = -std::llround(ahead);
 }
 
 }

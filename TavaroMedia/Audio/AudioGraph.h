@@ -32,18 +32,4 @@ private:
     std::unique_ptr<State> state_;
 };
 
-/// The chain that plays `speed` times as fast at the same pitch.
-struct TempoFilter {
-    /// For speeds from `slowest` to `fastest`.
-    explicit TempoFilter(double speed);
-
-    static constexpr double slowest = 0.05;
-    static constexpr double fastest = 50;
-
-    std::string chain;
-    /// What sounds at a time t of the input sounds so many samples after t ÷ speed in the output, give or take 10 ms;
-    /// negative: before.
-    std::int64_t delay = 0;
-};
-
 }

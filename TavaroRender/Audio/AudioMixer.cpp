@@ -8,7 +8,7 @@
 #include <TavaroCore/Project/DemoProject.h>
 #include <TavaroCore/Project/RecordingOfProject.h>
 #include <TavaroCore/Values/JoinedRanges.h>
-#include <TavaroMedia/Audio/AudioGraph.h>
+#include <TavaroMedia/Audio/TimeStretch.h>
 #include <TavaroRender/Audio/Private/MixRuns.h>
 
 namespace tavaro {
@@ -123,7 +123,7 @@ void Building::add(AudioTrack const& track, std::vector<AudioClip> const& clips)
                        .start = output(clip.start),
                        .end = output(clip.start + clip.duration),
                        .sourceStart = samples(clip.sourceStart),
-                       .speed = std::clamp(clip.speed, TempoFilter::slowest, TempoFilter::fastest),
+                       .speed = std::clamp(clip.speed, TimeStretch::slowest, TimeStretch::fastest),
                        .gain = static_cast<float>(gain),
                        .fadeIn = samples(isTime(clip.fadeIn) ? clip.fadeIn : 0),
                        .fadeOut = samples(isTime(clip.fadeOut) ? clip.fadeOut : 0)};

@@ -8,10 +8,6 @@ namespace tavaro {
 namespace {
 
 constexpr std::size_t mostIdle = 8;
-constexpr std::size_t stretchBlock = 4096;
-
-// The tempo filter needs so much sound before the first sample that counts.
-constexpr std::int64_t stretchLead = audioRate / 2;
 
 bool isPlain(MixRun const& run) { return run.speed == 1; }
 
@@ -38,38 +34,20 @@ void ReaderPool::giveBack(std::size_t source, std::unique_ptr<AudioReader> reade
 }
 
 RunPlayer::RunPlayer(MixRun const& run, ReaderPool& pool, std::int64_t position) : run_(run), pool_(pool) {
-    auto start = position;
-    if (!isPlain(run)) {
-        TempoFilter const filter(run.speed);
-        tempo_.emplace(filter.chain);
-        start -= stretchLead;
-        toDrop_ = static_cast<std::size_t>(stretchLead + filter.delay);
-    }
-    sourcePosition_ = run.sourceStart + std::llround(static_cast<double>(start - run.start) * run.speed);
+    sourcePosition_ = run.sourceStart + std::llround(static_cast<double>(position - run.start) * run.speed);
     reader_ = pool.take(run.source, sourcePosition_);
+    if (isPlain(run)) return;
+    stretch_.emplace(run.speed, [&reader = *reader_, origin = sourcePosition_](std::int64_t at, auto samples) {
+        reader.read(origin + at, samples); // past its end it gives silence
+    });
 }
 
 RunPlayer::~RunPlayer() { pool_.giveBack(run_.source, std::move(reader_)); }
 
 void RunPlayer::play(std::span<StereoSample> samples) {
-    if (tempo_) return stretch(samples);
+    if (stretch_) return stretch_->read(samples);
     reader_->read(sourcePosition_, samples);
     sourcePosition_ += std::ssize(samples);
-}
-
-void RunPlayer::stretch(std::span<StereoSample> samples) {
-    std::vector<StereoSample> block(stretchBlock);
-    while (stretched_.size() < toDrop_ + samples.size()) {
-        reader_->read(sourcePosition_, block); // past its end it gives silence, which pushes the rest out
-        sourcePosition_ += std::ssize(block);
-        tempo_->push(block);
-        tempo_->pull(stretched_);
-        auto const dropped = std::min(toDrop_, stretched_.size());
-        stretched_.erase(stretched_.begin(), stretched_.begin() + static_cast<std::ptrdiff_t>(dropped));
-        toDrop_ -= dropped;
-    }
-    std::copy_n(stretched_.begin(), samples.size(), samples.begin());
-    stretched_.erase(stretched_.begin(), stretched_.begin() + std::ssize(samples));
 }
 
 }

@@ -8,8 +8,8 @@
 #include <span>
 #include <vector>
 
-#include <TavaroMedia/Audio/AudioGraph.h>
 #include <TavaroMedia/Audio/AudioReader.h>
+#include <TavaroMedia/Audio/TimeStretch.h>
 #include <TavaroRender/Audio/Private/MixPlan.h>
 
 namespace tavaro {
@@ -45,15 +45,11 @@ public:
     void play(std::span<StereoSample> samples);
 
 private:
-    void stretch(std::span<StereoSample> samples);
-
     MixRun const& run_;
     ReaderPool& pool_;
     std::unique_ptr<AudioReader> reader_;
     std::int64_t sourcePosition_ = 0;
-    std::optional<AudioGraph> tempo_; // for another speed than 1
-    std::size_t toDrop_ = 0;          // of what the filter gives first
-    std::vector<StereoSample> stretched_;
+    std::optional<TimeStretch> stretch_; // for another speed than 1
 };
 
 }

@@ -63,43 +63,6 @@ TEST(AudioGraph, aFilterThatIsNotThereIsRefused) {
     EXPECT_THROW(AudioGraph("highpass=f=banana"), MediaError);
 }
 
-/// Where the sound between two positions has its middle.
-double middle(Sound const& sound, double from, double to) {
-    double weight = 0;
-    double sum = 0;
-    for (auto at = std::max(from, 0.0); at < std::min(to, static_cast<double>(sound.size())); ++at) {
-        auto const& [left, right] = sound[static_cast<std::size_t>(at)];
-        weight += double{left} * left;
-        sum += double{left} * left * at;
-    }
-    return weight > 0 ? sum / weight : -1e9;
-}
-
-TEST(TempoFilter, anotherSpeedKeepsThePitchAndThePlaces) {
-    constexpr int seconds = 20;
-    auto bursts = noise(seconds, 0.5); // one of 50 ms around every second
-    for (std::size_t n = 0; n < bursts.size(); ++n) {
-        double const phase = (std::fmod(static_cast<double>(n) / audioRate + 0.5, 1) - 0.5) / 0.05;
-        auto const gain = std::abs(phase) < 0.5 ? static_cast<float>(std::cos(phase * M_PI)) : 0.0f;
-        bursts[n] = {bursts[n].left * gain, bursts[n].right * gain};
-    }
-    auto const singing = tone(3, 440);
-    for (double const speed : {0.5, 0.75, 1.25, 1.5, 2.0, 3.0}) {
-        TempoFilter const tempo(speed);
-        auto const pitched = filtered(tempo.chain, singing);
-        auto const inside = std::span(pitched).subspan(12'000, 24'000);
-        EXPECT_NEAR(levelAt(inside, 440), level(singing), 1) << speed;
-        EXPECT_NEAR(level(inside), level(singing), 0.3) << speed;
-        EXPECT_LT(levelAt(inside, 440 * speed), level(singing) - 30) << speed;
-        auto const out = filtered(tempo.chain, bursts);
-        for (int second = 1; second < seconds - 1; ++second) {
-            auto const wanted = second * audioRate / speed;
-            auto const found = middle(out, wanted - 7000 / speed, wanted + 7000 / speed);
-            EXPECT_NEAR(found - static_cast<double>(tempo.delay), wanted, 0.010 * audioRate) << speed;
-        }
-    }
-}
-
 TEST(NoiseReduction, steadyNoiseFallsAndSpeechStays) {
     auto const speech = syllables(12, 0.3);
     auto const hiss = noise(12, 0.01);
