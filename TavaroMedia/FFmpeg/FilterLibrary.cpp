@@ -40,7 +40,6 @@ FilterLibrary load() {
     find(found.graphParse, "avfilter_graph_parse_ptr");
     find(found.graphConfig, "avfilter_graph_config");
     find(found.filterNamed, "avfilter_get_by_name");
-    find(found.link, "avfilter_link");
     find(found.inOutAlloc, "avfilter_inout_alloc");
     find(found.inOutFree, "avfilter_inout_free");
     find(found.sourceAddFrame, "av_buffersrc_add_frame_flags");

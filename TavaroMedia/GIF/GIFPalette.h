@@ -14,8 +14,9 @@ struct GIFPalette {
 };
 
 /// Looks at pictures, all of a film or some that stand for the rest, and finds the 255 colours that serve them best:
-/// boxes of equal weight are split where their colours vary most (Heckbert, "Color image quantization for frame buffer
-/// display"). Keeps a count of every colour seen, no pictures.
+/// boxes of colours are split where they vary most (Wu, "Efficient statistical computations for optimal color
+/// quantization"), then each colour moves to the middle of the pixels that take it (Lloyd). Keeps counts of colours, no
+/// pictures; its memory is bounded.
 class GIFPaletteMaker : public PictureSink {
 public:
     GIFPaletteMaker(int width, int height);

@@ -9,7 +9,7 @@
 #include <TavaroMedia/FFmpeg/Private/Failures.h>
 #include <TavaroMedia/FFmpeg/Private/OutputStream.h>
 #include <TavaroMedia/Frames/Private/EncoderPlanes.h>
-#include <TavaroMedia/GIF/Private/PictureFilter.h>
+#include <TavaroMedia/GIF/Private/GIFDithering.h>
 
 extern "C" {
 #include <libavutil/opt.h>
@@ -24,9 +24,7 @@ using Kind = MediaError::Kind;
 constexpr std::int64_t longestDelay = 60'000; // hundredths of a second; the field ends at 65,535
 constexpr int largestSide = 65'535;
 
-// The ordered pattern stays in place from frame to frame, so still parts of a picture cost nothing; error diffusion
-// looks hardly better and makes files half as large again.
-constexpr char const* dithering = "dither=bayer:bayer_scale=3:diff_mode=rectangle";
+constexpr AVRational hundredths{1, 100}; // of a second
 
 ffmpeg::CodecContext openEncoder(std::filesystem::path const& file, int width, int height) {
     if (width < 1 || height < 1 || width > largestSide || height > largestSide)
@@ -38,7 +36,7 @@ ffmpeg::CodecContext openEncoder(std::filesystem::path const& file, int width, i
     encoder->width = width;
     encoder->height = height;
     encoder->pix_fmt = AV_PIX_FMT_PAL8;
-    encoder->time_base = PictureFilter::ticks;
+    encoder->time_base = hundredths;
     ffmpeg::checkWriting(file, avcodec_open2(encoder.get(), codec, nullptr));
     return encoder;
 }
@@ -52,34 +50,15 @@ bool areEqual(AVFrame const& a, AVFrame const& b) {
     return true;
 }
 
-ffmpeg::Frame pictureOf(GIFPalette const& palette) {
-    constexpr int side = 16; // as the filter takes it
-    ffmpeg::Frame frame(av_frame_alloc());
-    if (!frame) throw std::bad_alloc();
-    frame->width = frame->height = side;
-    frame->format = PictureFilter::format;
-    frame->pts = 0;
-    if (av_frame_get_buffer(frame.get(), 0) < 0) throw std::bad_alloc();
-    for (int y = 0; y < side; ++y)
-        std::memcpy(frame->data[0] + y * frame->linesize[0], &palette.colors[static_cast<std::size_t>(side * y)],
-                    side * sizeof(std::uint32_t));
-    return frame;
-}
-
 }
 
 struct GIFWriter::State {
     State(std::filesystem::path const& file, int width, int height, GIFPalette const& palette)
         : encoder((ffmpeg::prepareLibraries(), openEncoder(file, width, height)))
-        , pool(width, height, PictureFilter::format)
-        , dither(file.string(), "paletteuse", dithering)
+        , pool(width, height, AV_PIX_FMT_RGB32)
+        , dithering(width, height, palette)
         , output(file, ffmpeg::Place::beside, "gif") {
         if (!packet) throw std::bad_alloc();
-        dither.addInput(width, height);
-        dither.addInput(16, 16);
-        dither.begin();
-        dither.put(1, *pictureOf(palette));
-        dither.end(1);
         output.check(avcodec_parameters_from_context(output.addStream().codecpar, encoder.get()));
         AVDictionary* options = nullptr;
         av_dict_set_int(&options, "loop", 0, 0); // for ever
@@ -88,7 +67,7 @@ struct GIFWriter::State {
 
     ffmpeg::CodecContext encoder;
     EncoderPicturePool pool;
-    PictureFilter dither;
+    GIFDithering dithering;
     ffmpeg::OutputStream output;
     ffmpeg::Packet packet{av_packet_alloc()};
     EncoderPicture latest{nullptr}; // the picture on show, as it was given
@@ -96,20 +75,17 @@ struct GIFWriter::State {
     std::int64_t writtenTicks = 0;  // of the one that was written last
     bool hasEnded = false;
 
-    void write() {
-        while (auto const frame = dither.take()) {
-            output.check(avcodec_send_frame(encoder.get(), frame.get()));
-            int code = 0;
-            while ((code = avcodec_receive_packet(encoder.get(), packet.get())) >= 0)
-                output.write(*packet, PictureFilter::ticks);
-            if (code != AVERROR(EAGAIN)) output.check(code);
-        }
+    void write(AVFrame const& picture) {
+        auto const frame = dithering.draw(picture);
+        frame->pts = picture.pts;
+        output.check(avcodec_send_frame(encoder.get(), frame.get()));
+        int code = 0;
+        while ((code = avcodec_receive_packet(encoder.get(), packet.get())) >= 0) output.write(*packet, hundredths);
+        if (code != AVERROR(EAGAIN)) output.check(code);
     }
 
     void writeRest(double endTime) {
         if (latestTicks < 0) ffmpeg::throwWriting(output.file(), Kind::refused, "there is no frame to write");
-        dither.end(0);
-        write();
         auto const end = static_cast<std::int64_t>(std::llround(std::clamp(endTime, 0.0, 1e7) * 100));
         auto const delay = std::clamp<std::int64_t>(end - writtenTicks, 2, longestDelay);
         av_opt_set_int(output.format().priv_data, "final_delay", delay, 0);
@@ -137,9 +113,8 @@ void GIFWriter::append(EncoderPicture picture, double presentationTime) {
     bool const isInTime = ticks - state.writtenTicks < longestDelay;
     if (!isFirst && isInTime && areEqual(frame, *state.latest.planes().frame)) return;
     state.writtenTicks = frame.pts = ticks;
-    state.dither.put(0, frame);
+    state.write(frame);
     state.latest = std::move(picture);
-    state.write();
 }
 
 void GIFWriter::finish(double endTime) {

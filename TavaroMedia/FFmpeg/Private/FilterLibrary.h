@@ -19,7 +19,6 @@ struct FilterLibrary {
     decltype(&avfilter_graph_parse_ptr) graphParse = nullptr;
     decltype(&avfilter_graph_config) graphConfig = nullptr;
     decltype(&avfilter_get_by_name) filterNamed = nullptr;
-    decltype(&avfilter_link) link = nullptr;
     decltype(&avfilter_inout_alloc) inOutAlloc = nullptr;
     decltype(&avfilter_inout_free) inOutFree = nullptr;
     decltype(&av_buffersrc_add_frame_flags) sourceAddFrame = nullptr;

@@ -1,5 +1,6 @@
 #include <array>
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
 
 #include <gmock/gmock.h>
@@ -129,6 +130,110 @@ TEST(GIFWriter, fewColoursComeBackAsTheyWere) {
         GTEST_SKIP() << "no ffmpeg program";
     auto const decoded = readPNG(folder.path() / "flat.png");
     for (int y = 0; y < height; ++y) ASSERT_EQ(std::memcmp(decoded.row(y), image.row(y), 4 * width), 0) << "row " << y;
+}
+
+/// Tiles of more colours than a GIF has.
+Image tiles() {
+    Image image(width, height);
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x) {
+            auto const tile = static_cast<unsigned>(y / 12 * 27 + x / 12);
+            std::array<std::uint8_t, 4> const color{static_cast<std::uint8_t>(tile * 37),
+                                                    static_cast<std::uint8_t>(tile * 91),
+                                                    static_cast<std::uint8_t>(tile * 151), 255};
+            std::memcpy(image.row(y) + 4 * x, color.data(), 4);
+        }
+    }
+    return image;
+}
+
+/// Soft shades of far more colours than a GIF has, that wander with the number.
+Image shades(int number) {
+    Image image(width, height);
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x) {
+            auto const wave = 60 * std::sin((x + 4 * number) / 70.0) + 60 * std::cos((y - 3 * number) / 50.0);
+            std::array<std::uint8_t, 4> const color{static_cast<std::uint8_t>(x * 200 / width + 20),
+                                                    static_cast<std::uint8_t>(y + 40),
+                                                    static_cast<std::uint8_t>(125 + wave), 255};
+            std::memcpy(image.row(y) + 4 * x, color.data(), 4);
+        }
+    }
+    return image;
+}
+
+/// The only picture of a GIF, as a player shows it; empty without an ffmpeg program.
+Image shown(std::filesystem::path const& gif) {
+    auto const png = gif.string() + ".png";
+    if (!runFFmpeg("-i '" + gif.string() + "' '" + png + "'")) return {};
+    return readPNG(png);
+}
+
+TEST(GIFWriter, anAreaOfOneColourStaysOneColour) {
+    TemporaryFolder folder;
+    std::vector<Image> images;
+    images.push_back(tiles());
+    writeGIF(folder.path() / "tiles.gif", images);
+    auto const decoded = shown(folder.path() / "tiles.gif");
+    if (decoded.isEmpty()) GTEST_SKIP() << "no ffmpeg program";
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x)
+            ASSERT_EQ(std::memcmp(decoded.row(y) + 4 * x, decoded.row(y / 12 * 12) + 4 * (x / 12 * 12), 4), 0)
+                << x << ", " << y;
+    }
+}
+
+struct GIFQuality {
+    double psnr = 0;
+    double ssim = 0;
+    std::uintmax_t bytes = 0;
+};
+
+/// The mean of what FFmpeg's filter said of each picture.
+double meanOf(std::filesystem::path const& log, std::string const& label) {
+    auto const text = bytesOf(log);
+    double sum = 0;
+    int count = 0;
+    for (auto at = text.find(label); at != std::string::npos; at = text.find(label, at + 1), ++count)
+        sum += std::atof(text.c_str() + at + label.size());
+    return count > 0 ? sum / count : 0;
+}
+
+GIFQuality qualityOf(std::filesystem::path const& gif, std::filesystem::path const& pictures) {
+    auto const log = [&](char const* name) { return (gif.parent_path() / name).string(); };
+    EXPECT_TRUE(runFFmpeg("-i '" + gif.string() + "' -i '" + pictures.string() +
+                          "' -lavfi '[0]fps=15,format=gbrp,split[a][b];"
+                          "[1]format=gbrp,split[c][d];[a][c]psnr=shortest=1:stats_file=" +
+                          log("psnr") + ",nullsink;[b][d]ssim=shortest=1:stats_file=" + log("ssim") + "' -f null -"));
+    return {meanOf(log("psnr"), "psnr_avg:"), meanOf(log("ssim"), "All:"), std::filesystem::file_size(gif)};
+}
+
+TEST(GIFWriter, itIsAsGoodAsFFmpegsFiltersAtNoMoreBytes) {
+    TemporaryFolder folder;
+    for (auto const isPage : {true, false}) {
+        std::vector<Image> images;
+        for (int n = 0; n < 12; ++n) {
+            images.push_back(isPage ? numberedImage(width, height, n) : shades(n));
+            writePNG(folder.path() / ("drawn-" + std::to_string(n) + ".png"), images.back().view());
+        }
+        auto const pictures = folder.path() / "drawn-%d.png";
+        auto const gif = folder.path() / "film.gif";
+        writeGIF(gif, images);
+        for (std::string const dither : {"sierra2_4a", "bayer:bayer_scale=5"}) {
+            auto const theirs = folder.path() / "theirs.gif";
+            if (!runFFmpeg("-r 15 -i '" + pictures.string() +
+                           "' -lavfi 'split[a][b];[a]palettegen[p];[b][p]paletteuse="
+                           "diff_mode=rectangle:dither=" +
+                           dither + "' '" + theirs.string() + "'"))
+                GTEST_SKIP() << "no ffmpeg program";
+            auto const ours = qualityOf(gif, pictures);
+            auto const other = qualityOf(theirs, pictures);
+            SCOPED_TRACE((isPage ? "a page beside " : "shades beside ") + dither);
+            EXPECT_GE(ours.psnr, other.psnr);
+            EXPECT_GE(ours.ssim, other.ssim);
+            EXPECT_LE(ours.bytes, other.bytes);
+        }
+    }
 }
 
 TEST(GIFWriter, whatIsTransparentStaysSoWhereSomethingWasBefore) {
