@@ -1,0 +1,90 @@
+#include <cmath>
+#include <cstring>
+
+#include <gtest/gtest.h>
+
+#include <TavaroMedia/Frames/FrameConverter.h>
+#include <Tests/Capture/TemporaryFolder.h>
+#include <Tests/Media/Movie/NumberedMovie.h>
+
+namespace tavaro {
+namespace {
+
+constexpr int width = 640;
+constexpr int height = 360;
+constexpr int fps = 30;
+constexpr int frames = 90;
+
+/// Soft hills that pass by, with a grain of their own in each frame.
+Image hills(int number) {
+    Image image(width, height);
+    std::uint32_t grain = static_cast<std::uint32_t>(number) * 2654435761u + 1;
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x) {
+            grain = grain * 1664525 + 1013904223;
+            auto const u = x + 3 * number;
+            auto const level = 120 + 50 * std::sin(u / 31.0 + y / 57.0) + 40 * std::sin(u / 7.0) * std::cos(y / 9.0) +
+                               static_cast<int>(grain >> 29) - 3.5;
+            std::uint8_t const pixel[4] = {static_cast<std::uint8_t>(level), static_cast<std::uint8_t>(level * 0.9),
+                                           static_cast<std::uint8_t>(level * 0.7 + 20), 255};
+            std::memcpy(image.row(y) + 4 * x, pixel, 4);
+        }
+    }
+    return image;
+}
+
+/// A page that is still for a second, then wanders.
+Image page(int number) { return numberedImage(width, height, std::max(number - 30, 0)); }
+
+double squaredError(Image const& a, Image const& b) {
+    double sum = 0;
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < 4 * width; ++x) sum += (a.row(y)[x] - b.row(y)[x]) * (a.row(y)[x] - b.row(y)[x]);
+    }
+    return sum / (3.0 * width * height);
+}
+
+struct Written {
+    double decibels = 0;
+    double rate = 0; // bits a second
+};
+
+Written written(std::filesystem::path const& file, MovieCodec codec, std::int64_t bitrate, Image (*drawn)(int)) {
+    MovieWriter writer(file, {.codec = codec, .width = width, .height = height, .fps = fps, .bitrate = bitrate});
+    for (int n = 0; n < frames; ++n) {
+        auto picture = writer.picture();
+        fillPicture(picture, drawn(n).view());
+        writer.append(std::move(picture), static_cast<double>(n) / fps);
+    }
+    writer.finish();
+    MovieReader reader(file);
+    FrameConverter converter;
+    Image image;
+    double error = 0;
+    for (int n = 0; n < frames; n += 3) {
+        converter.convert(reader.frame(static_cast<double>(n) / fps), image);
+        error += squaredError(image, drawn(n));
+    }
+    auto const bits = 8.0 * static_cast<double>(std::filesystem::file_size(file));
+    return {10 * std::log10(255 * 255 * (frames / 3.0) / error), bits * fps / frames};
+}
+
+TEST(MovieQuality, hevcIsNoWorseThanH264AtTheSameRate) {
+    TemporaryFolder folder;
+    struct Film {
+        char const* name;
+        Image (*drawn)(int);
+        std::int64_t bitrate;
+    };
+    for (auto const& [name, drawn, bitrate] : {Film{"page", page, 2'000'000}, {"hills", hills, 2'000'000}}) {
+        auto const h264 = written(folder.path() / "h264.mp4", MovieCodec::h264, bitrate, drawn);
+        auto const hevc = written(folder.path() / "hevc.mp4", MovieCodec::hevc, bitrate, drawn);
+        EXPECT_GE(hevc.decibels, h264.decibels) << name;
+        EXPECT_LE(hevc.rate, 1.1 * static_cast<double>(bitrate)) << name;
+        // Less is spent on what cannot be told from perfect only.
+        EXPECT_TRUE(hevc.rate >= 0.9 * static_cast<double>(bitrate) || hevc.decibels > 45) << name << " " << hevc.rate;
+    }
+}
+
+}
+}
