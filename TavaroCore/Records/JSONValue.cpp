@@ -2,6 +2,8 @@
 
 #include <TavaroCore/Records/JSONError.h>
 
+#include <cmath>
+
 namespace tavaro {
 
 namespace {
@@ -46,6 +48,11 @@ JSONValue valueAt(JSONReader& reader, std::size_t depth) {
     return {reader.number()};
 }
 
+/// Whether both are one number, which is written the same way.
+bool isSame(std::int64_t whole, double real) {
+    return std::abs(real) < 0x1p63 && static_cast<std::int64_t>(real) == whole && std::trunc(real) == real;
+}
+
 struct Writing {
     JSONWriter& writer;
 
@@ -71,7 +78,11 @@ struct Writing {
 
 }
 
-bool operator==(JSONValue const& a, JSONValue const& b) { return a.content == b.content; }
+bool operator==(JSONValue const& a, JSONValue const& b) {
+    auto const* const whole = a.as<std::int64_t>() ? a.as<std::int64_t>() : b.as<std::int64_t>();
+    auto const* const real = a.as<double>() ? a.as<double>() : b.as<double>();
+    return whole && real ? isSame(*whole, *real) : a.content == b.content;
+}
 
 JSONValue const* JSONValue::find(std::string_view key) const {
     auto const* const members = as<Object>();

@@ -72,6 +72,13 @@ TEST(JSONValue, isWrittenDownInCodeAsInText) {
     EXPECT_FALSE(value.find("whole")->find("whole")) << "a number has no members";
 }
 
+TEST(JSONValue, aNumberIsTheSameHoweverItIsWritten) {
+    EXPECT_EQ(JSONValue::parse("[1.0, -0.0, 1e2]"), JSONValue::parse("[1, 0, 100]"));
+    for (auto const* const different : {"1.5", "2", "9223372036854775808", "-9223372036854775808", "1e300", "true"})
+        EXPECT_NE(JSONValue::parse(different), JSONValue::parse("1")) << different;
+    EXPECT_NE(JSONValue::parse("9007199254740993"), JSONValue::parse("9007199254740992.0")) << "not rounded first";
+}
+
 TEST(JSONValue, refusesWhatIsNotOneValue) {
     for (std::string const text : {"", " ", "1 2", "1],[2", "{", "[1,]", "nul", "{\"a\" 1}", "01", "\"\x01\""})
         EXPECT_FALSE(failure(text).starts_with("read")) << text << ": " << failure(text);
