@@ -16,6 +16,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <exception>
 #include <memory>
 #include <optional>
 #include <utility>
@@ -75,13 +76,18 @@ int wrongUsage() {
 
 int main(int argc, char** argv) {
     if (argc == 2 && std::strcmp(argv[1], "--version") == 0) {
-        std::puts("tavaro-mcp " TAVARO_VERSION);
+        std::fputs("tavaro-mcp " TAVARO_VERSION "\n", stdout);
         return 0;
     }
     if (argc > 1) return tavaro::wrongUsage();
     // Standard output is for messages.
     spdlog::default_logger()->sinks() = {std::make_shared<spdlog::sinks::stderr_color_sink_mt>()};
-    tavaro::Server server;
-    server.run();
-    std::_Exit(0); // a call under way does not hold the program
+    try {
+        tavaro::Server server;
+        server.run();
+        std::_Exit(0); // a call under way does not hold the program
+    } catch (std::exception const& error) {
+        spdlog::critical("{}", error.what());
+        std::_Exit(1);
+    }
 }
