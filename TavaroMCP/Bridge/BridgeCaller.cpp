@@ -10,6 +10,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <thread>
 #include <utility>
@@ -26,16 +27,19 @@ bool hasDisplay() {
     return isSet("DISPLAY") || isSet("WAYLAND_DISPLAY");
 }
 
-/// Tries until the application listens. None where it does not in time, or ends before.
+/// Tries until the application listens. None where it does not in time. One that fails may have found another that is
+/// about to listen.
 std::optional<UnixSocket> connectToStarted(BridgeCaller::Settings const& settings) {
     auto application = DetachedProcess::start(settings.command);
     if (!application) return std::nullopt;
-    auto const deadline = std::chrono::steady_clock::now() + settings.timeToStart;
+    auto deadline = std::chrono::steady_clock::now() + settings.timeToStart;
+    bool hasFailed = false;
     while (std::chrono::steady_clock::now() < deadline) {
         std::this_thread::sleep_for(settings.betweenTries);
-        bool const isOver = application->hasFailed(); // before trying: another may listen by then
         if (auto socket = UnixSocket::connect(settings.socket)) return socket;
-        if (isOver) break;
+        if (hasFailed || !application->hasFailed()) continue;
+        hasFailed = true;
+        deadline = std::min(deadline, std::chrono::steady_clock::now() + settings.timeAfterFailure);
     }
     return std::nullopt;
 }

@@ -23,6 +23,7 @@ public:
         std::vector<std::string> command = applicationCommand();
         std::chrono::milliseconds betweenTries{250};
         std::chrono::milliseconds timeToStart{20'000};
+        std::chrono::milliseconds timeAfterFailure{2'000}; // of the one that was started
     };
     using Progress = std::function<void(double fraction, std::string const& message)>;
     struct Call {
