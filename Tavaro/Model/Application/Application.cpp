@@ -2,6 +2,7 @@
 
 #include <Tavaro/Model/Recording/TakeNames.h>
 
+#include <TavaroCapture/Devices/ListSources.h>
 #include <TavaroCore/Export/ExportFile.h>
 #include <TavaroPlatform/Folders/Folders.h>
 
@@ -27,7 +28,12 @@ Application::Application(MainQueue& queue, ApplicationPlaces places)
     , projects_(queue)
     , recorder_(queue)
     , exporter_(queue)
-    , frames_(queue) {}
+    , frames_(queue)
+    , side_(queue, "com.tavaro.sources") {}
+
+void Application::sources(std::function<void(Outcome<SourceList> const&)> answer) {
+    side_.ask([] { return listSources(); }, std::move(answer));
+}
 
 void Application::project(UUID const& id, std::function<void(Outcome<OpenProjects::Opened> const&)> answer) {
     if (auto const open = projects_.find(id)) return answer(open);

@@ -6,6 +6,7 @@
 #include <Tavaro/Model/Project/ProjectCatalogue.h>
 #include <Tavaro/Model/Recording/RecordingController.h>
 
+#include <TavaroCapture/Sources/SourceList.h>
 #include <TavaroPlatform/Preferences/Preferences.h>
 
 #include <filesystem>
@@ -40,6 +41,8 @@ public:
     ExportController& exporter() { return exporter_; }
     FrameDrawer& frames() { return frames_; }
 
+    /// What can be recorded now. The failure is `CaptureError`.
+    void sources(std::function<void(Outcome<SourceList> const&)> answer);
     /// The project of that id, opened where it is not open yet. The failures are `NoSuchProject` and `FileError`.
     void project(UUID const& id, std::function<void(Outcome<OpenProjects::Opened> const&)> answer);
     /// Starts a recording that is saved into the library, named for the time, unless the request says where. Throws
@@ -61,6 +64,7 @@ private:
     RecordingController recorder_;
     ExportController exporter_;
     FrameDrawer frames_;
+    SideQueue side_;
 };
 
 }

@@ -216,12 +216,22 @@ TEST_F(ScreenRecorderTest, whatCannotBeRecordedFailsAtOnceAndLeavesNothing) {
 
 namespace {
 
-/// In a process of its own: records until killed, and tells how far it is through the pipe.
+/// Of the media clock, no part of the take.
+constexpr double pauseSeconds = 0.5;
+
+/// In a process of its own: records until killed, with a pause after half a second, and tells how far it is through the
+/// pipe.
 [[noreturn]] void recordForever(RecorderOptions const& options, int out) {
     ScreenRecorder recorder(options);
     recorder.start();
+    double pausedAt = 0;
     while (true) {
         double const seconds = recorder.progress().seconds;
+        if (pausedAt == 0 && seconds > 0.5) {
+            pausedAt = mediaClockNow();
+            recorder.setPaused(true);
+        }
+        if (pausedAt > 0 && mediaClockNow() > pausedAt + pauseSeconds) recorder.setPaused(false);
         if (write(out, &seconds, sizeof seconds) < 0) _exit(1);
         recorder.waitForEnd(5ms);
     }
@@ -253,6 +263,8 @@ TEST_F(ScreenRecorderTest, aProcessKilledAtAnyInstantLosesAtMostTheLastSecond) {
         ASSERT_EQ(takes.size(), 1u) << "seed " << seed << ", round " << round;
         auto const recovered = RecoveryStore::recover(takes[0]);
         EXPECT_GT(recovered.duration, reached - 1.0) << "seed " << seed << ", round " << round;
+        EXPECT_LT(recovered.duration, reached + 0.9 * pauseSeconds) << "the pause is in it";
+        for (auto const& sample : recovered.metadata.cursorSamples) EXPECT_LE(sample.t, recovered.duration + 1e-6);
         EXPECT_NEAR(MovieReader(recovered.movie).info().duration, recovered.duration, 1e-3);
         RecoveryStore::removeWorkingDirectory(recovered.movie);
     }

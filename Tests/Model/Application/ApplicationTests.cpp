@@ -6,6 +6,8 @@
 #include <Tavaro/Model/Application/Application.h>
 #include <Tavaro/Model/Recording/UnfinishedRecording.h>
 
+#include <TavaroCapture/Sources/CaptureError.h>
+
 #include <cstdlib>
 
 using namespace tavaro;
@@ -69,6 +71,19 @@ TEST_F(ApplicationTest, aTakeIsInTheLibraryByItsIdAndCanBeEditedDrawnAndExported
     queue.runUntil([&] { return film.has_value(); });
     EXPECT_TRUE(fs::exists(film->value().path));
     EXPECT_THROW(project(UUID{}), NoSuchProject);
+}
+
+TEST_F(ApplicationTest, tellsWhatCanBeRecordedAndWhyNothingCan) {
+    auto const sources = [&] {
+        return answered<SourceList>(queue, [&](auto answer) { application.sources(std::move(answer)); });
+    };
+    char const* const set = std::getenv("DISPLAY");
+    auto const before = set ? std::optional<std::string>(set) : std::nullopt;
+    setenv("DISPLAY", display->name().c_str(), 1);
+    EXPECT_EQ(sources().value().displays.front().frame, (PixelRect{0, 0, 640, 480}));
+    setenv("DISPLAY", ":4711", 1);
+    EXPECT_THROW(sources().value(), CaptureError);
+    before ? setenv("DISPLAY", before->c_str(), 1) : unsetenv("DISPLAY");
 }
 
 TEST_F(ApplicationTest, endingSavesTheTakeAndEndsTheCountdown) {
