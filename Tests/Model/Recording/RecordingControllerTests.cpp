@@ -106,8 +106,7 @@ TEST_F(RecordingControllerTest, aTakeGoesThroughItsPhasesToASavedProject) {
     auto const project = ProjectPackage(folder / "take.recproj").load();
     EXPECT_EQ(project.id, over.made->id);
     EXPECT_NEAR(project.duration(), recorder.state().take.seconds, 0.2);
-    EXPECT_THAT(phases,
-                ElementsAre("countdown 1", "countdown", "recording", "paused", "recording", "finishing", "idle"));
+    EXPECT_THAT(phases, ElementsAre("countdown 1", "recording", "paused", "recording", "finishing", "idle"));
 }
 
 TEST_F(RecordingControllerTest, withoutARecordingThereIsNothingToOrder) {
@@ -153,6 +152,7 @@ TEST_F(RecordingControllerTest, whatCannotBeRecordedFailsBeforeTheCountdownAndTh
 
     wanted = request();
     wanted.seconds = 0.2;
+    outcome.reset();
     recorder.start(request(), {.over = [&](RecordingOutcome const&) { start(wanted); }});
     queue.runUntil([&] { return recorder.isTaking(); });
     recorder.cancel();
@@ -176,7 +176,7 @@ TEST_F(RecordingControllerTest, aControllerThatGoesAwayLeavesATakeThatCanBeRecov
         MainQueue other;
         RecordingController going(other);
         going.start(request());
-        other.runUntil([&] { return going.state().take.framesWritten > 8; });
+        other.runUntil([&] { return going.state().take.seconds > 1.2; }); // some of it is on the disk by then
     }
     EXPECT_EQ(unfinishedRecordings().size(), 1u);
 }
