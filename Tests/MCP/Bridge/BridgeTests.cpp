@@ -11,7 +11,6 @@
 #include <cstdlib>
 #include <functional>
 #include <future>
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <optional>
 #include <poll.h>
@@ -24,8 +23,6 @@ namespace tavaro {
 namespace fs = std::filesystem;
 
 namespace {
-
-using ::testing::HasSubstr;
 
 constexpr std::chrono::milliseconds patience(5000);
 constexpr BridgeLimits limits{.lineBytes = 1000, .lineTime = std::chrono::milliseconds(200), .connections = 8};
