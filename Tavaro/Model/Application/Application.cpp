@@ -38,7 +38,7 @@ void Application::sources(std::function<void(Outcome<SourceList> const&)> answer
 void Application::project(UUID const& id, std::function<void(Outcome<OpenProjects::Opened> const&)> answer) {
     if (auto const open = projects_.find(id)) return answer(open);
     catalogue_.find(id, [this, answer = std::move(answer)](Outcome<LibraryItem> const& found) {
-        if (auto const failure = found.failure()) return answer(failure);
+        if (auto const& failure = found.failure()) return answer(failure);
         projects_.open(found.value().path, answer);
     });
 }
