@@ -151,7 +151,7 @@ std::int64_t TimeStretch::State::crestNear(std::int64_t place, Bounds bounds) co
 
 /// Goes over from how the last piece goes on to another, which it has to leave before `most`.
 void TimeStretch::State::lay(std::int64_t piece, std::int64_t count, std::int64_t most) {
-    auto const length = most == Attacks::none ? count : std::clamp<std::int64_t>(most - goesOn, 32, count);
+    auto const length = std::min(most == Attacks::none ? count : std::max<std::int64_t>(most - goesOn, 32), count);
     auto const from = window.at(goesOn);
     auto const to = window.at(piece);
     for (std::int64_t i = 0; i < count; ++i) {
