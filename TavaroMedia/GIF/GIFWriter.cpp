@@ -9,7 +9,7 @@
 #include <TavaroMedia/FFmpeg/Private/Failures.h>
 #include <TavaroMedia/FFmpeg/Private/OutputStream.h>
 #include <TavaroMedia/Frames/Private/EncoderPlanes.h>
-#include <TavaroMedia/GIF/Private/GIFDithering.h>
+#include <TavaroMedia/GIF/Private/GIFColors.h>
 
 extern "C" {
 #include <libavutil/opt.h>
@@ -56,7 +56,7 @@ struct GIFWriter::State {
     State(std::filesystem::path const& file, int width, int height, GIFPalette const& palette)
         : encoder((ffmpeg::prepareLibraries(), openEncoder(file, width, height)))
         , pool(width, height, AV_PIX_FMT_RGB32)
-        , dithering(width, height, palette)
+        , colors(width, height, palette)
         , output(file, ffmpeg::Place::beside, "gif") {
         if (!packet) throw std::bad_alloc();
         output.check(avcodec_parameters_from_context(output.addStream().codecpar, encoder.get()));
@@ -67,7 +67,7 @@ struct GIFWriter::State {
 
     ffmpeg::CodecContext encoder;
     EncoderPicturePool pool;
-    GIFDithering dithering;
+    GIFColors colors;
     ffmpeg::OutputStream output;
     ffmpeg::Packet packet{av_packet_alloc()};
     EncoderPicture latest{nullptr}; // the picture on show, as it was given
@@ -76,7 +76,7 @@ struct GIFWriter::State {
     bool hasEnded = false;
 
     void write(AVFrame const& picture) {
-        auto const frame = dithering.draw(picture);
+        auto const frame = colors.draw(picture);
         frame->pts = picture.pts;
         output.check(avcodec_send_frame(encoder.get(), frame.get()));
         int code = 0;

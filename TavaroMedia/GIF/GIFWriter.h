@@ -9,9 +9,9 @@
 
 namespace tavaro {
 
-/// Writes a GIF that plays for ever, dithered to one palette. Every picture stores the rectangle that changed, with
-/// unchanged pixels inside it left to show through; one that equals the picture before only makes that one last longer.
-/// Pixels less than half opaque are transparent.
+/// Writes a GIF that plays for ever, in the colours of one palette. Every picture stores the rectangle that changed,
+/// with unchanged pixels inside it left to show through; one that equals the picture before only makes that one last
+/// longer. Pixels less than half opaque are transparent.
 ///
 /// A GIF counts hundredths of a second: each picture lasts to the nearest one, and the errors do not add up. Players
 /// slow down pictures of less than two hundredths, so more than `fastestRate` make no sense.
