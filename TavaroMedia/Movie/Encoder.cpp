@@ -1,6 +1,7 @@
 #include <TavaroMedia/Movie/Private/Encoder.h>
 
 #include <algorithm>
+#include <cmath>
 #include <new>
 #include <string>
 #include <thread>
@@ -56,6 +57,17 @@ int threadCount(MovieWriterSettings const& settings) {
                                 : static_cast<int>(std::max(1u, std::thread::hardware_concurrency()));
 }
 
+// The encoder's own control of its rate begins far too coarsely for text, which a still page then shows until the next
+// key frame, while most of the rate is left unspent. So levels may get no coarser than a film of many details and much
+// motion needs at the usual rate: by six for every halving of the bits that a pixel gets.
+int coarsestLevel(MovieWriterSettings const& settings) {
+    constexpr double usualBits = 0.065; // a pixel
+    constexpr double usualLevel = 27;
+    auto const pixels = static_cast<double>(settings.width) * settings.height * settings.fps;
+    auto const level = usualLevel - 6 * std::log2(static_cast<double>(settings.bitrate) / (usualBits * pixels));
+    return static_cast<int>(std::clamp(std::round(level), usualLevel, 51.0));
+}
+
 // Choosing modes by their distortion is what text in motion needs most, for about as much time again. What makes
 // pictures look livelier, by noise that was not there, is off, as in H.264 at its preset; so are coarser levels for
 // busy blocks, which letters are. Every frame that the encoder looks ahead or reorders costs some thirty megabytes at
@@ -63,9 +75,10 @@ int threadCount(MovieWriterSettings const& settings) {
 // off.
 void configureHEVC(MovieWriterSettings const& settings, Options& options) {
     options.set("preset", "superfast").set("profile", "main");
-    options.set("x265-params", "log-level=none:open-gop=0:bframes=0:rd=3:aq-mode=0:cutree=0:psy-rd=0:psy-rdoq=0:"
-                               "rc-lookahead=3:pools=" +
-                                   std::to_string(threadCount(settings)));
+    options.set("x265-params",
+                fmt::format("log-level=none:open-gop=0:bframes=0:rd=3:aq-mode=0:cutree=0:psy-rd=0:psy-rdoq=0:"
+                            "rc-lookahead=3:qpmax={}:pools={}",
+                            coarsestLevel(settings), threadCount(settings)));
 }
 
 void configureFilm(AVCodecContext& encoder, MovieWriterSettings const& settings, Options& options) {
