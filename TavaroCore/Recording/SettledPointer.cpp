@@ -14,7 +14,7 @@ using Samples = std::vector<CursorSample>;
 
 // Seconds.
 constexpr double frame = 1.0 / 60;  // between samples of a path, as takes have them
-constexpr double sameTime = 0.0005; // a sample this near to a click is the click's
+constexpr double sameTime = 0.0005; // samples this near to a click are the click's
 constexpr double reach = 1;         // a smoothed path is its own again this long after a move, and before one
 constexpr double shortestRest = 0.15;
 constexpr double longestStep = 0.5; // nobody moves for longer without a sample
@@ -40,7 +40,7 @@ Samples withClicks(Samples const& samples, std::vector<ClickEvent> const& clicks
         for (; next != samples.end() && next->t <= click.t + sameTime; ++next) path.push_back(*next);
         auto const& before = path.empty() ? samples.front() : path.back();
         CursorSample const pressed{click.t, click.position, before.kind};
-        if (!path.empty() && path.back().t >= click.t - sameTime) path.pop_back();
+        while (!path.empty() && path.back().t >= click.t - sameTime) path.pop_back();
         path.push_back(pressed);
     }
     path.insert(path.end(), next, samples.end());

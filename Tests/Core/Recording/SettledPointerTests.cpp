@@ -109,6 +109,15 @@ TEST(SettledPointer, aPathThatWasSampledAllAlongIsOnlyBentToItsClicks) {
     }
 }
 
+TEST(SettledPointer, allSamplesInTheMomentOfAClickBecomeIt) {
+    RecordingMetadata log;
+    log.cursorSamples = {{0, {0.1, 0.1}}, {2.0002, {0.9, 0.9}}, {2.0004, {0.8, 0.8}}, {2.1, {0.3, 0.3}}};
+    log.clicks = {{.t = 2, .position = {0.2, 0.2}}};
+    settlePointer(log, 20);
+    EXPECT_TRUE(isAscending(log.cursorSamples));
+    EXPECT_LT(log.cursorPosition(2.0004)->x, 0.21);
+}
+
 TEST(SettledPointer, noLogGrowsBeyondSixtySamplesForEachSecondOfTheRecording) {
     RecordingMetadata log;
     for (int i = 0; i < 10'000; ++i) log.cursorSamples.push_back({i * 0.9, {i % 2 * 1.0, 0}});
