@@ -1,4 +1,4 @@
-#include <TavaroMCP/Catalogue/Private/MCPToolCatalog.h>
+#include <TavaroMCP/Catalogue/MCPToolCatalog.h>
 
 #include <TavaroCore/Export/ExportSettings.h>
 #include <TavaroMCP/Catalogue/Private/Schema.h>

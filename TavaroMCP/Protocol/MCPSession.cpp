@@ -1,7 +1,7 @@
 #include <TavaroMCP/Protocol/MCPSession.h>
 
 #include <TavaroCore/Records/JSONError.h>
-#include <TavaroMCP/Catalogue/Private/MCPToolCatalog.h>
+#include <TavaroMCP/Catalogue/MCPToolCatalog.h>
 #include <TavaroMCP/Protocol/Private/JSONRPC.h>
 #include <TavaroMCP/Protocol/Private/ToolResult.h>
 #include <TavaroMCP/Protocol/Private/Turnstile.h>

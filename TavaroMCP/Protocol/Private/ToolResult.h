@@ -2,7 +2,7 @@
 
 #include <TavaroCore/Records/Data.h>
 #include <TavaroCore/Records/JSONValue.h>
-#include <TavaroMCP/Protocol/Private/MCPToolError.h>
+#include <TavaroMCP/Protocol/MCPToolError.h>
 
 #include <optional>
 #include <string>

@@ -1,4 +1,4 @@
-#include <TavaroMCP/Catalogue/Private/MCPToolCatalog.h>
+#include <TavaroMCP/Catalogue/MCPToolCatalog.h>
 #include <TavaroMCP/Protocol/MCPSession.h>
 #include <TavaroMCP/Protocol/Private/ToolResult.h>
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <TavaroCore/Records/JSONValue.h>
-#include <TavaroMCP/Catalogue/Private/MCPToolName.h>
+#include <TavaroMCP/Catalogue/MCPToolName.h>
 
 #include <string>
 #include <string_view>
