@@ -1,0 +1,92 @@
+#include <Tavaro/Agents/Private/MCPConsent.h>
+
+#include <TavaroCore/Errors/Excerpt.h>
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace tavaro {
+
+namespace {
+
+using Names = std::vector<std::string>;
+
+bool contains(Names const& names, std::string const& name) { return std::ranges::find(names, name) != names.end(); }
+
+/// The name is the client's own, and foreign.
+MCPToolError denied(std::string const& client, std::string_view what) {
+    return {MCPErrorCode::consentDenied,
+            fmt::format("{} isn't allowed to {}. Allow it in Tavaro → Settings → MCP.", excerpt(client), what)};
+}
+
+bool clicksOrTypes(MCPToolName tool) {
+    return tool == MCPToolName::uiClick || tool == MCPToolName::uiScroll || tool == MCPToolName::uiKeys;
+}
+
+ConsentPrompt promptFor(std::string const& client) {
+    return {.title = fmt::format("{} wants to control Tavaro", excerpt(client)),
+            .text = "It will be able to record your screen, edit your projects and export videos. Recordings it starts "
+                    "are labelled in the recorder bar. You can change this in Settings → MCP."};
+}
+
+}
+
+MCPConsent::MCPConsent(Preferences& preferences, Ask ask) : preferences_(preferences), ask_(std::move(ask)) {}
+
+MCPConsent::Decision MCPConsent::decision(std::string const& client) {
+    if (contains(preferences_.get(agentsDenied), client)) return Decision::denied;
+    return contains(preferences_.get(agentsAllowed), client) ? Decision::allowed : Decision::none;
+}
+
+void MCPConsent::allow(std::string const& client) {
+    preferences_.update(agentsDenied, [&](Names& names) { std::erase(names, client); });
+    preferences_.update(agentsAllowed, [&](Names& names) {
+        if (!contains(names, client)) names.push_back(client);
+    });
+}
+
+void MCPConsent::deny(std::string const& client) {
+    preferences_.update(agentsDenied, [&](Names& names) {
+        if (!contains(names, client)) names.push_back(client);
+    });
+    preferences_.update(agentsAllowed, [&](Names& names) { std::erase(names, client); });
+}
+
+void MCPConsent::check(std::string const& client, MCPToolName tool, Answer answer) {
+    if (!preferences_.get(agentsEnabled))
+        return answer(MCPToolError(MCPErrorCode::mcpDisabled, "MCP is switched off in Tavaro → Settings → MCP."));
+    if (decision(client) != Decision::none) return answer(refusal(client, tool));
+    auto& waiting = waiting_[client];
+    waiting.push_back({tool, std::move(answer)});
+    if (waiting.size() == 1) ask(client);
+}
+
+void MCPConsent::ask(std::string const& client) {
+    if (!ask_) return decide(client, std::nullopt);
+    ask_(promptFor(client), [this, client, here = std::weak_ptr(isHere_)](std::optional<bool> isAllowed) {
+        if (here.lock()) decide(client, isAllowed);
+    });
+}
+
+void MCPConsent::decide(std::string const& client, std::optional<bool> isAllowed) {
+    auto const waiting = waiting_.extract(client);
+    if (waiting.empty()) return; // answered already
+    try {
+        if (isAllowed) *isAllowed ? allow(client) : deny(client);
+    } catch (Error const& error) {
+        MCPToolError const failure(MCPErrorCode::failed, error.what());
+        for (auto const& each : waiting.mapped()) each.answer(failure);
+        return;
+    }
+    for (auto const& each : waiting.mapped()) each.answer(refusal(client, each.tool));
+}
+
+std::optional<MCPToolError> MCPConsent::refusal(std::string const& client, MCPToolName tool) {
+    if (decision(client) != Decision::allowed) return denied(client, "control Tavaro");
+    bool const mayClick = !clicksOrTypes(tool) || contains(preferences_.get(agentsClicking), client);
+    return mayClick ? std::nullopt : std::optional(denied(client, "click and type in other apps"));
+}
+
+}

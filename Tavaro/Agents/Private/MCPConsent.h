@@ -1,0 +1,69 @@
+#pragma once
+
+#include <TavaroMCP/Catalogue/MCPToolName.h>
+#include <TavaroMCP/Protocol/MCPToolError.h>
+#include <TavaroPlatform/Preferences/Preferences.h>
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tavaro {
+
+/// Absent is on: every client is asked for before it may do anything.
+inline Preference<bool> const agentsEnabled{"com.tavaro.mcp.enabled", true};
+/// Names of clients.
+inline Preference<std::vector<std::string>> const agentsAllowed{"com.tavaro.mcp.allowed"};
+inline Preference<std::vector<std::string>> const agentsDenied{"com.tavaro.mcp.denied"};
+/// Those of them that may click and type in other applications.
+inline Preference<std::vector<std::string>> const agentsClicking{"com.tavaro.mcp.clicks"};
+
+/// What the user is asked about a client.
+struct ConsentPrompt {
+    std::string title;
+    std::string text;
+};
+
+/// Which clients may control the application. It belongs to the main queue.
+class MCPConsent {
+public:
+    enum class Decision { allowed, denied, none };
+    /// Asks the user, and answers at once or later; none: there is nobody to ask, now.
+    using Ask = std::function<void(ConsentPrompt const& prompt, std::function<void(std::optional<bool>)> answer)>;
+    /// Gets why not, or nothing.
+    using Answer = std::function<void(std::optional<MCPToolError> const&)>;
+
+    /// Without `ask` nobody can be asked.
+    explicit MCPConsent(Preferences& preferences, Ask ask = {});
+    MCPConsent(MCPConsent const&) = delete;
+    MCPConsent& operator=(MCPConsent const&) = delete;
+
+    Decision decision(std::string const& client);
+    /// Either takes back the other. Throw `FileError`.
+    void allow(std::string const& client);
+    void deny(std::string const& client);
+
+    /// Whether the client may call the tool. A client of whom nothing is known is asked for, once for all its calls,
+    /// and what the user says is stored; where nobody says anything it is refused and stays unknown.
+    void check(std::string const& client, MCPToolName tool, Answer answer);
+
+private:
+    struct Waiting {
+        MCPToolName tool;
+        Answer answer;
+    };
+
+    void ask(std::string const& client);
+    void decide(std::string const& client, std::optional<bool> isAllowed);
+    std::optional<MCPToolError> refusal(std::string const& client, MCPToolName tool);
+
+    Preferences& preferences_;
+    Ask const ask_;
+    std::map<std::string, std::vector<Waiting>> waiting_; // for the user's answer, by client
+    std::shared_ptr<bool> const isHere_ = std::make_shared<bool>(true);
+};
+
+}

@@ -1,0 +1,127 @@
+#include "../Core/Package/TemporaryFolder.h"
+#include "Refusal.h"
+
+#include <Tavaro/Agents/Private/MCPConsent.h>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+using namespace tavaro;
+
+namespace {
+
+class MCPConsentTest : public testing::Test {
+protected:
+    /// "code: sentence", "allowed", or nothing as long as the user thinks.
+    std::string asked(MCPConsent& consent, std::string const& client, MCPToolName tool = MCPToolName::status) {
+        auto const answer = std::make_shared<std::string>();
+        consent.check(client, tool, [answer, this](auto const& no) {
+            *answer = no ? refusal([&] { throw MCPToolError(*no); }) : "allowed";
+            lastAnswer = *answer;
+        });
+        return *answer;
+    }
+    MCPConsent::Ask asks() {
+        return [this](ConsentPrompt const& prompt, auto answer) {
+            prompts.push_back(prompt);
+            answers.push_back(answer);
+        };
+    }
+
+    TemporaryFolder const folder;
+    Preferences preferences{folder / "preferences.json"};
+    std::string lastAnswer; // also one that came later
+    std::vector<ConsentPrompt> prompts;
+    std::vector<std::function<void(std::optional<bool>)>> answers;
+};
+
+std::string const refused =
+    "consent_denied: tester isn't allowed to control Tavaro. Allow it in Tavaro → Settings → MCP.";
+
+}
+
+TEST_F(MCPConsentTest, aClientIsAskedForOnceAndTheAnswerIsKept) {
+    for (bool const isAllowed : {true, false}) {
+        std::string const client = isAllowed ? "good" : "tester";
+        MCPConsent consent(preferences, asks());
+        std::vector<std::string> got;
+        for (int i = 0; i < 2; ++i)
+            consent.check(client, MCPToolName::status, [&](auto const& no) { got.push_back(no ? "no" : "yes"); });
+        ASSERT_EQ(answers.size(), 1u) << "two calls wait for one question";
+        EXPECT_EQ(prompts[0].title, client + " wants to control Tavaro");
+        EXPECT_TRUE(got.empty());
+        answers[0](isAllowed);
+        answers[0](!isAllowed); // too late
+        EXPECT_EQ(got, std::vector<std::string>(2, isAllowed ? "yes" : "no"));
+        EXPECT_EQ(asked(consent, client), isAllowed ? "allowed" : refused);
+        Preferences later(folder / "preferences.json");
+        MCPConsent restarted(later, asks());
+        EXPECT_EQ(asked(restarted, client), isAllowed ? "allowed" : refused);
+        EXPECT_EQ(answers.size(), 1u);
+        answers.clear();
+        prompts.clear();
+    }
+}
+
+TEST_F(MCPConsentTest, whereNobodyCanBeAskedTheCallIsRefusedAndNothingIsStored) {
+    MCPConsent alone(preferences);
+    EXPECT_EQ(asked(alone, "tester"), refused);
+    MCPConsent consent(preferences, asks());
+    EXPECT_EQ(asked(consent, "tester"), "");
+    lastAnswer.clear();
+    answers[0](std::nullopt);
+    EXPECT_EQ(lastAnswer, refused);
+    EXPECT_EQ(consent.decision("tester"), MCPConsent::Decision::none);
+    EXPECT_FALSE(std::filesystem::exists(folder / "preferences.json"));
+    alone.allow("tester");
+    EXPECT_EQ(asked(alone, "tester"), "allowed");
+}
+
+TEST_F(MCPConsentTest, allowingTakesBackARefusalAndTheOtherWayRound) {
+    MCPConsent consent(preferences);
+    for (int i = 0; i < 2; ++i) {
+        consent.deny("tester");
+        EXPECT_EQ(consent.decision("tester"), MCPConsent::Decision::denied);
+        consent.allow("tester");
+        consent.allow("tester");
+        EXPECT_EQ(consent.decision("tester"), MCPConsent::Decision::allowed);
+    }
+    EXPECT_EQ(preferences.get(agentsAllowed).size(), 1u);
+    EXPECT_TRUE(preferences.get(agentsDenied).empty());
+}
+
+TEST_F(MCPConsentTest, switchedOffNobodyMayAndNobodyIsAsked) {
+    MCPConsent consent(preferences, asks());
+    consent.allow("tester");
+    preferences.set(agentsEnabled, false);
+    for (auto const* const client : {"tester", "other"})
+        EXPECT_EQ(asked(consent, client), "mcp_disabled: MCP is switched off in Tavaro → Settings → MCP.");
+    EXPECT_TRUE(answers.empty());
+}
+
+TEST_F(MCPConsentTest, clickingAndTypingNeedMoreThanBeingAllowed) {
+    MCPConsent consent(preferences);
+    consent.allow("tester");
+    for (auto const tool : allCases<MCPToolName>()) {
+        bool const clicks =
+            tool == MCPToolName::uiClick || tool == MCPToolName::uiScroll || tool == MCPToolName::uiKeys;
+        EXPECT_EQ(asked(consent, "tester", tool),
+                  clicks ? "consent_denied: tester isn't allowed to click and type in other apps. Allow it in Tavaro → "
+                           "Settings → MCP."
+                         : "allowed");
+    }
+    preferences.set(agentsClicking, {"tester"});
+    for (auto const tool : allCases<MCPToolName>()) EXPECT_EQ(asked(consent, "tester", tool), "allowed");
+}
+
+TEST_F(MCPConsentTest, anAnswerThatComesAfterTheApplicationEndedIsNotHeard) {
+    bool isAnswered = false;
+    {
+        MCPConsent consent(preferences, asks());
+        consent.check("tester", MCPToolName::status, [&](auto const&) { isAnswered = true; });
+    }
+    answers[0](true);
+    EXPECT_FALSE(isAnswered);
+    EXPECT_TRUE(preferences.get(agentsAllowed).empty());
+}
