@@ -12,6 +12,8 @@
 #include <algorithm>
 #include <iterator>
 #include <limits>
+#include <set>
+#include <tuple>
 
 namespace tavaro {
 
@@ -132,10 +134,38 @@ std::int64_t captionVoiceover(DemoProject& project) {
     return static_cast<std::int64_t>(project.captions.cues.size());
 }
 
+/// The lists that a polish fills.
+auto madeLists(DemoProject& project) {
+    return std::tie(project.zoomEvents, project.silences, project.overlays, project.layoutCues, project.cameraMoves,
+                    project.captions.cues);
+}
+
+auto copied(auto const& lists) {
+    return std::apply([](auto const&... each) { return std::tuple(each...); }, lists);
+}
+
+template<class Item> std::set<UUID> identitiesOf(std::vector<Item> const& items) {
+    std::set<UUID> identities;
+    for (auto const& item : items) identities.insert(item.id);
+    return identities;
+}
+
+/// What is made again as it was, in its place, is the same item.
+template<class Item> void keepIdentities(std::vector<Item>& items, std::vector<Item> const& before) {
+    auto const former = identitiesOf(before), present = identitiesOf(items);
+    for (std::size_t i = 0; i < std::min(items.size(), before.size()); ++i) {
+        if (former.contains(items[i].id) || present.contains(before[i].id)) continue; // made by hand
+        auto same = items[i];
+        same.id = before[i].id;
+        if (same == before[i]) items[i].id = before[i].id;
+    }
+}
+
 }
 
 DirectorReport SmartDirector::polish(DemoProject& project) const {
     DirectorReport report;
+    auto const before = copied(madeLists(project));
     project.clearAutomaticEdits();
     if (settings_.cursorSmoothing) report.cursorSamplesSmoothed = smoothPointer(project);
     auto const recording = logOnTimeline(project);
@@ -152,6 +182,11 @@ DirectorReport SmartDirector::polish(DemoProject& project) const {
     if (settings_.keystrokeOverlays) report.overlaysAdded = addKeycaps(project, recording);
     if (settings_.captions) report.captionCues = captionVoiceover(project);
     report.clicksDetected = static_cast<std::int64_t>(project.metadata->clicks.size());
+    std::apply(
+        [&](auto&... lists) {
+            std::apply([&](auto const&... earlier) { (keepIdentities(lists, earlier), ...); }, before);
+        },
+        madeLists(project));
     return report;
 }
 

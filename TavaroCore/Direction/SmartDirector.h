@@ -35,8 +35,8 @@ public:
     PolishOptions const& settings() const { return settings_; }
     DemoMode mode() const { return mode_; }
 
-    /// Replaces what an earlier polish made; what was made by hand stays. Polishing again changes nothing but the
-    /// identities of what is made. Never fails: a step without input adds nothing.
+    /// Replaces what an earlier polish made; what was made by hand stays. Polishing again changes nothing. Never fails:
+    /// a step without input adds nothing.
     DirectorReport polish(DemoProject& project) const;
 
     /// Zooms onto the clicks of a take of that many seconds, ascending, each marked automatic.

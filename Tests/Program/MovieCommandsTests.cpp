@@ -88,6 +88,10 @@ TEST_F(MovieCommands, polishOptionsReachTheDirector) {
     auto const report = tavaro({"polish", project, "--json"});
     EXPECT_THAT(report.out, HasSubstr("\"zoomsAdded\":0"));
 
+    auto const backup = ProjectPackage(project).loadBackup();
+    EXPECT_EQ(tavaro({"polish", project, "--json"}).out, report.out);
+    EXPECT_EQ(ProjectPackage(project).loadBackup(), backup) << "nothing changed, so the way back stays";
+
     auto const directed = tavaro({"polish", project, "--camera-director", "dynamic", "--report"});
     EXPECT_EQ(directed.exitCode, 0) << directed.error;
     EXPECT_THAT(directed.out, HasSubstr("zooms added              0\n"));
