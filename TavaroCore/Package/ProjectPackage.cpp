@@ -116,11 +116,14 @@ void ProjectPackage::createDirectories() const {
     }
 }
 
-FolderLock ProjectPackage::lockForEditing() const {
+/// A project without a folder for assets gets one.
+fs::path ProjectPackage::folderToLock() const {
     std::error_code ignored;
     if (fs::is_directory(url_, ignored)) fs::create_directory(assetsURL(), ignored);
-    return FolderLock(assetsURL());
+    return assetsURL();
 }
+
+FolderLock ProjectPackage::lockForEditing() const { return FolderLock(folderToLock()); }
 
 void ProjectPackage::save(DemoProject const& project) const {
     auto const document = encodeProject(project);
@@ -144,7 +147,7 @@ void ProjectPackage::saveOverDamaged(DemoProject const& project) const {
 DemoProject ProjectPackage::load() const {
     auto found = read();
     if (!found.holdsTypedText && !backupHoldsFormerTypedText()) return std::move(found.project);
-    auto const lock = FolderLock::ifFree(assetsURL());
+    auto const lock = FolderLock::ifFree(folderToLock());
     if (!lock) return std::move(found.project);
     removeTypedText();
     return read().project; // somebody may have saved before the lock was had

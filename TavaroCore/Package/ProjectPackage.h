@@ -82,6 +82,7 @@ private:
     struct Reading;
 
     Reading read() const;
+    std::filesystem::path folderToLock() const;
     bool backupHoldsFormerTypedText() const;
 
     std::filesystem::path url_;

@@ -79,6 +79,13 @@ TEST_F(TypedText, ofOlderDocumentsLeavesDocumentAndBackupHoweverItIsSpelled) {
     }
 }
 
+TEST_F(TypedText, leavesAProjectThatHasNoFolderForAssets) {
+    fs::remove(package.assetsURL());
+    put(spellings[0], spellings[0]);
+    package.load();
+    EXPECT_THAT(everything(), Not(HasSubstr("hunter2")));
+}
+
 TEST_F(TypedText, isNotSeenInOtherFieldsAndTexts) {
     for (auto const& document : harmless) {
         put(document, document);
