@@ -9,10 +9,11 @@
 namespace tavaro {
 
 HiddenFolder::HiddenFolder(std::filesystem::path const& beside) {
+    constexpr mode_t ownerOnly = 0700; // what is built in it gets its own permissions at the end at the earliest
     hidden::removeAbandoned(beside);
     do {
         auto const path = hidden::neighbour(beside);
-        if (::mkdir(path.c_str(), 0777) == 0) {
+        if (::mkdir(path.c_str(), ownerOnly) == 0) {
             path_ = path;
             descriptor_ = FileDescriptor::open(path, FileDescriptor::Opening::folder);
         } else if (errno != EEXIST) {

@@ -6,8 +6,9 @@
 
 namespace tavaro {
 
-/// A new, hidden folder beside a file or folder that is built in it and then moved out whole (`moveUnlessTaken`). Goes
-/// away with all it holds; what a killed process left goes with what is made next in that place. Throws `FileError`.
+/// A new, hidden folder beside a file or folder that is built in it and then moved out whole (`moveUnlessTaken`); only
+/// its owner can look into it. Goes away with all it holds; what a killed process left goes with what is made next in
+/// that place. Throws `FileError`.
 class HiddenFolder {
 public:
     explicit HiddenFolder(std::filesystem::path const& beside);

@@ -221,7 +221,10 @@ bool liesInside(fs::path const& file, fs::path const& folder) {
 
 fs::path folderOf(ProjectPackage const& package) {
     auto folder = package.url().has_filename() ? package.url() : package.url().parent_path();
-    if (!fs::exists(package.projectFileURL())) failPackaging(fmt::format("“{}” is no project", folder.string()));
+    std::error_code code;
+    bool const isProject = fs::exists(package.projectFileURL(), code);
+    if (code) failPackaging(package.projectFileURL(), code.value());
+    if (!isProject) failPackaging(fmt::format("“{}” is no project", folder.string()));
     return folder;
 }
 
@@ -256,7 +259,7 @@ PackedProject archiveProject(ProjectPackage const& package, PackingRequest const
         for (auto const& item : contents.items) {
             if (isFolder(item))
                 packing.addFolder(item);
-            else if (isMasked && beginsLikeJSON(item.path))
+            else if (isMasked && couldBeLog(item))
                 addMasked(packing, item, contents.remarks);
             else
                 packing.addFile(item);

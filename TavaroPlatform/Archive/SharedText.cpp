@@ -26,19 +26,29 @@ MappedFile mapped(fs::path const& file) {
     failPackaging(file, ENOENT);
 }
 
-}
-
-bool beginsLikeJSON(fs::path const& file) {
-    std::array<char, 256> beginning{};
+/// The first byte that is no white space, after a byte order mark; 0 where there is none.
+char firstLetter(fs::path const& file) {
     auto const descriptor = FileDescriptor::open(file, FileDescriptor::Opening::reading);
     if (!descriptor.isOpen()) failPackaging(file, errno);
-    auto const count = descriptor.read(std::as_writable_bytes(std::span(beginning)));
-    if (count < 0) failPackaging(file, static_cast<int>(-count));
-    std::string_view text(beginning.data(), static_cast<std::size_t>(count));
     constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
-    if (text.starts_with(byteOrderMark)) text.remove_prefix(byteOrderMark.size());
-    auto const first = text.find_first_not_of(" \t\r\n");
-    return first != text.npos && (text[first] == '{' || text[first] == '[');
+    std::array<char, 4096> piece{};
+    for (bool isBeginning = true;; isBeginning = false) {
+        auto const count = descriptor.read(std::as_writable_bytes(std::span(piece)));
+        if (count < 0) failPackaging(file, static_cast<int>(-count));
+        if (count == 0) return 0;
+        std::string_view text(piece.data(), static_cast<std::size_t>(count));
+        if (isBeginning && text.starts_with(byteOrderMark)) text.remove_prefix(byteOrderMark.size());
+        auto const first = text.find_first_not_of(" \t\r\n");
+        if (first != text.npos) return text[first];
+    }
+}
+
+}
+
+bool couldBeLog(PackageItem const& file) {
+    if (fs::path(file.name).extension() == ".json") return true;
+    auto const first = firstLetter(file.path);
+    return first == '{' || first == '[';
 }
 
 SharedText::SharedText(fs::path const& file) : original_(mapped(file)) {

@@ -3,6 +3,7 @@
 #include <TavaroPlatform/Archive/Private/ArchiveLimits.h>
 #include <TavaroPlatform/Archive/Private/LibArchive.h>
 
+#include <TavaroCore/Errors/Excerpt.h>
 #include <TavaroCore/Errors/SystemReason.h>
 #include <TavaroCore/Files/FileDescriptor.h>
 #include <TavaroCore/Files/FileError.h>
@@ -81,8 +82,9 @@ private:
         throw ArchiveError(kind, fmt::format("Couldn't unpack “{}”: {}.", archive_.string(), problem));
     }
     [[noreturn]] void failWith(int code, fs::path const& file) const {
+        constexpr std::size_t longestShown = 500; // a user's own path, but not all that an archive can call a file
         fail(code == ENOSPC || code == EDQUOT ? Kind::diskFull : Kind::cannotUnpack,
-             fmt::format("{}: {}", file.string(), systemReason(code)));
+             fmt::format("{}: {}", excerpt(file.string(), longestShown), systemReason(code)));
     }
 
     HiddenFolder madeIn(fs::path const& folder) const {
@@ -115,7 +117,9 @@ private:
     std::optional<fs::path> placeOf(archive_entry* entry) {
         char const* const given = archive_entry_pathname(entry);
         std::string const name = given ? given : "";
-        auto const refuse = [&](char const* why) { fail(Kind::unsafe, fmt::format("its entry “{}” {}", name, why)); };
+        auto const refuse = [&](char const* why) {
+            fail(Kind::unsafe, fmt::format("its entry “{}” {}", excerpt(name), why));
+        };
         if (name.empty()) refuse("has no name that can be read");
         if (name.front() == '/') refuse("has an absolute path");
         fs::path place;

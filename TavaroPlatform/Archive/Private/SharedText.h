@@ -1,5 +1,7 @@
 #pragma once
 
+#include <TavaroPlatform/Archive/Private/PackageContents.h>
+
 #include <TavaroCore/Files/MappedFile.h>
 
 #include <filesystem>
@@ -10,8 +12,9 @@
 
 namespace tavaro {
 
-/// Whether the file is a text that could be a document or a log; what it is called says nothing.
-bool beginsLikeJSON(std::filesystem::path const& file);
+/// Whether the file is a text that could be a document or a log: it is called so, which a damaged one still is, or
+/// begins like one.
+bool couldBeLog(PackageItem const& file);
 
 /// A text of a package without what was typed.
 class SharedText {

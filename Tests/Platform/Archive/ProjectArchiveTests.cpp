@@ -256,16 +256,17 @@ TEST_F(ProjectArchiveTest, whatWasTypedStaysHomeUnlessItIsAskedFor) {
                            R"({"t":3,"keys":["⌘","S"],"isShortcut":true})");
     auto const masked = log(R"({"t":1.5,"keys":["•"]},{"t":2,"keys":["⇧","•"]},)"
                             R"({"t":3,"keys":["⌘","S"],"isShortcut":true})");
+    std::string const blank(10'000, '\n');
     std::map<std::string, std::string> const logs{
-        {"project.json", typed}, {"project.previous.json", typed}, {"assets/events.log", " \n" + typed}};
+        {"project.json", typed}, {"project.previous.json", blank + typed}, {"assets/events.log", blank + typed}};
     for (auto const& [name, text] : logs) write(package->url() / name, text);
     fs::create_symlink("../project.json", package->assetsURL() / "copy.mov");
     auto const kept = travelled({.typedText = PackingRequest::TypedText::kept});
     EXPECT_EQ(kept.at("assets/events.log"), logs.at("assets/events.log"));
     auto const sent = travelled({});
     EXPECT_EQ(sent.at("project.json"), masked);
-    EXPECT_EQ(sent.at("project.previous.json"), masked);
-    EXPECT_EQ(sent.at("assets/events.log"), " \n" + masked);
+    EXPECT_EQ(sent.at("project.previous.json"), blank + masked);
+    EXPECT_EQ(sent.at("assets/events.log"), blank + masked);
     EXPECT_EQ(sent.at("assets/copy.mov"), masked);
     EXPECT_EQ(readWholeFile(package->projectFileURL()), typed) << "the project itself keeps it";
 }
@@ -273,11 +274,14 @@ TEST_F(ProjectArchiveTest, whatWasTypedStaysHomeUnlessItIsAskedFor) {
 TEST_F(ProjectArchiveTest, aLogThatIsDamagedIsLeftOutWithAWord) {
     std::string const damaged = R"({"metadata":{"keystrokes":[{"keys":["h"]},)";
     write(package->damagedFileURL(), damaged);
+    write(package->backupFileURL(), std::string(512, '\0') + damaged); // as a power cut leaves it
     write(package->assetURL("harmless.json"), "{ a text that is no JSON");
     auto const packed = archiveProject(*package, {.file = folder / "a.zip"}, goOn);
-    EXPECT_THAT(packed.remarks, testing::ElementsAre(StartsWith("“project.damaged.json” was left out: it is damaged")));
+    EXPECT_THAT(packed.remarks,
+                testing::ElementsAre(StartsWith("“project.damaged.json” was left out: it is damaged"),
+                                     StartsWith("“project.previous.json” was left out: it is damaged")));
     auto const found = contents(unpackProject(packed.file, folder / "out", goOn).package);
-    EXPECT_FALSE(found.contains("project.damaged.json"));
+    EXPECT_FALSE(found.contains("project.damaged.json") || found.contains("project.previous.json"));
     EXPECT_TRUE(found.contains("assets/harmless.json"));
     write(package->projectFileURL(), damaged);
     EXPECT_THAT(failureToPack({.file = folder / "b.zip"}), HasSubstr("its document is damaged"));
@@ -294,6 +298,19 @@ TEST_F(ProjectArchiveTest, aDamagedDocumentIsUnpackedAndSaid) {
     for (auto const* damaged : {"", "{", "[]", "{\"timeline\":7}", "no JSON"})
         EXPECT_THAT(problem(damaged), StartsWith("The document of “" + (folder / "out/p").string())) << damaged;
     EXPECT_EQ(fs::status(folder / "out/p.recproj").permissions(), fs::perms::owner_all);
+}
+
+TEST_F(ProjectArchiveTest, nobodyElseSeesWhatIsBeingUnpacked) {
+    archiveProject(*package, {.file = folder / "a.zip"}, goOn);
+    int looks = 0;
+    unpackProject(folder / "a.zip", folder / "out", [&](ArchiveProgress const&) {
+        for (auto const& entry : fs::directory_iterator(folder / "out")) {
+            EXPECT_EQ(entry.status().permissions(), fs::perms::owner_all) << entry.path();
+            ++looks;
+        }
+        return true;
+    });
+    EXPECT_GE(looks, 1);
 }
 
 TEST_F(ProjectArchiveTest, otherToolsReadTheArchiveAndFindOneFolder) {
@@ -315,6 +332,7 @@ TEST_F(ProjectArchiveTest, aProjectThatCannotBePackedSaysWhyAndLeavesNoFile) {
         return "no failure";
     };
     EXPECT_THAT(failure(folder / "none.recproj", folder / "a.zip"), StartsWith("Couldn't package the project: "));
+    EXPECT_THAT(failure(folder / std::string(300, 'x'), folder / "a.zip"), HasSubstr("too long"));
     EXPECT_THAT(failure(package->url(), folder / "nowhere/a.zip"), StartsWith("Couldn't package the project: "));
     EXPECT_THAT(failure(package->url(), package->url() / "a.zip"), HasSubstr("inside the project"));
     fs::create_directory(folder / "taken.zip");
@@ -380,6 +398,8 @@ TEST_F(ProjectArchiveTest, noArchiveWritesOutsideItsProject) {
     std::string deep = "p.recproj";
     for (int i = 0; i < 40; ++i) deep += "/d";
     expectRefused(foreign({document, {deep}}), Kind::unsafe, "too deep");
+    expectRefused(foreign({document, {"p.recproj/../" + std::string(5000, 'x')}}), Kind::unsafe, "x…” climbs");
+    expectRefused(foreign({document, {"p.recproj/" + std::string(5000, 'x')}}), Kind::cannotUnpack, "x…: ");
     expectRefused(foreign({document, {"p.recproj/assets/zeros", std::string(80 << 20, '\0')}}), Kind::unsafe,
                   "far more");
     EXPECT_EQ(
