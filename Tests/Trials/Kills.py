@@ -146,8 +146,8 @@ class Recording:
 class VirtualDisplay:
     def __init__(self, stage):
         reading, writing = os.pipe()
-        self.server = subprocess.Popen(["Xvfb", "-displayfd", str(writing), "-screen", "0", "640x360x24", "-nolisten", "tcp"],
-                                       pass_fds=[writing], stderr=subprocess.DEVNULL)
+        self.server = subprocess.Popen(["Xvfb", "-displayfd", str(writing), "-screen", "0", "640x360x24", "-nolisten", "tcp",
+                                        "-noreset"], pass_fds=[writing], stderr=subprocess.DEVNULL)
         os.close(writing)
         with os.fdopen(reading) as number:
             stage.environment["DISPLAY"] = ":" + number.readline().strip()
