@@ -2,7 +2,7 @@
 
 #include <TavaroCore/Errors/SystemReason.h>
 #include <TavaroCore/Files/AtomicFile.h>
-#include <TavaroCore/Files/MappedFile.h>
+#include <TavaroCore/Files/FileBytes.h>
 #include <TavaroCore/Files/MoveUnlessTaken.h>
 #include <TavaroCore/Files/PendingFile.h>
 #include <TavaroCore/Package/EditorState.h>
@@ -30,7 +30,7 @@ std::string withoutFormerText(std::string_view document) {
 
 /// Without a backup, which would keep the very text that has to go.
 void removeFormerTypedText(fs::path const& file) {
-    auto const document = MappedFile::open(file);
+    auto const document = FileBytes::read(file);
     if (document && holdsFormerTypedText(document->bytes()))
         writeFileAtomically(file, withoutFormerText(document->bytes()));
 }
@@ -127,7 +127,7 @@ FolderLock ProjectPackage::lockForEditing() const { return FolderLock(folderToLo
 
 void ProjectPackage::save(DemoProject const& project) const {
     auto const document = encodeProject(project);
-    if (auto const before = MappedFile::open(projectFileURL())) {
+    if (auto const before = FileBytes::read(projectFileURL())) {
         if (before->bytes() == document) return;
         if (holdsFormerTypedText(before->bytes())) removeFormerTypedText(projectFileURL());
     }
@@ -154,7 +154,7 @@ DemoProject ProjectPackage::load() const {
 }
 
 ProjectPackage::Reading ProjectPackage::read() const {
-    auto const document = MappedFile::open(projectFileURL());
+    auto const document = FileBytes::read(projectFileURL());
     if (!document) {
         throw FileError(FileError::Kind::cannotRead,
                         fmt::format("Could not open the project “{}”: it has no project.json.", url_.string()));
@@ -164,7 +164,7 @@ ProjectPackage::Reading ProjectPackage::read() const {
 
 bool ProjectPackage::backupHoldsFormerTypedText() const {
     try {
-        auto const backup = MappedFile::open(backupFileURL());
+        auto const backup = FileBytes::read(backupFileURL());
         return backup && holdsFormerTypedText(backup->bytes());
     } catch (FileError const&) {
         return false;
@@ -182,7 +182,7 @@ void ProjectPackage::removeTypedText() const {
 }
 
 DemoProject ProjectPackage::loadBackup() const {
-    auto const document = MappedFile::open(backupFileURL());
+    auto const document = FileBytes::read(backupFileURL());
     if (!document) {
         throw FileError(FileError::Kind::cannotRead,
                         fmt::format("Could not restore the project “{}”: it has no previous save.", url_.string()));

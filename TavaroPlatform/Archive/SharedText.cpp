@@ -17,9 +17,9 @@ namespace fs = std::filesystem;
 
 namespace {
 
-MappedFile mapped(fs::path const& file) {
+FileBytes bytesOf(fs::path const& file) {
     try {
-        if (auto text = MappedFile::open(file, archiveLimits::largestDocument)) return std::move(*text);
+        if (auto text = FileBytes::read(file, archiveLimits::largestDocument)) return std::move(*text);
     } catch (FileError const& error) {
         failPackaging(error.what());
     }
@@ -51,7 +51,7 @@ bool couldBeLog(PackageItem const& file) {
     return first == '{' || first == '[';
 }
 
-SharedText::SharedText(fs::path const& file) : original_(mapped(file)) {
+SharedText::SharedText(fs::path const& file) : original_(bytesOf(file)) {
     try {
         masked_ = withoutTypedText(original_.bytes());
     } catch (JSONError const& error) {

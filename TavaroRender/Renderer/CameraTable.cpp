@@ -1,6 +1,6 @@
 #include <TavaroRender/Renderer/Private/CameraTable.h>
 
-#include <TavaroCore/Files/MappedFile.h>
+#include <TavaroCore/Files/FileBytes.h>
 #include <TavaroCore/Looks/CubeLUT.h>
 #include <TavaroCore/Project/DemoProject.h>
 
@@ -13,7 +13,7 @@ constexpr std::uint64_t largestFile = 64 << 20; // bytes; the largest table take
 CubeLUT readTable(ProjectPackage const& package, std::string const& asset) {
     using Kind = CameraTableError::Kind;
     try {
-        auto const file = MappedFile::open(package.assetURL(asset), largestFile);
+        auto const file = FileBytes::read(package.assetURL(asset), largestFile);
         if (file) return CubeLUT::parse(file->bytes());
     } catch (Error const& error) {
         throw CameraTableError(Kind::unreadable, "The colour table '" + asset + "' cannot be used. " + error.what());

@@ -2,7 +2,7 @@
 
 #include <TavaroPlatform/Archive/Private/PackageContents.h>
 
-#include <TavaroCore/Files/MappedFile.h>
+#include <TavaroCore/Files/FileBytes.h>
 
 #include <filesystem>
 #include <optional>
@@ -26,7 +26,7 @@ public:
     std::optional<std::string> const& problem() const { return problem_; }
 
 private:
-    MappedFile original_;
+    FileBytes original_;
     std::optional<std::string> masked_;
     std::optional<std::string> problem_;
 };

@@ -1,7 +1,7 @@
 #include <TavaroCore/Files/AtomicFile.h>
 
+#include <TavaroCore/Files/FileBytes.h>
 #include <TavaroCore/Files/FileDescriptor.h>
-#include <TavaroCore/Files/MappedFile.h>
 
 #include <gtest/gtest.h>
 
@@ -70,7 +70,17 @@ TEST_F(AtomicFileTest, aBackupThatIsTheDocumentItselfLeavesNoThirdName) {
 TEST_F(AtomicFileTest, aPipeIsRefusedAtOnceAndNotWaitedFor) {
     ASSERT_EQ(mkfifo((folder / "pipe").c_str(), 0600), 0);
     EXPECT_THROW(readWholeFile(folder / "pipe"), FileError);
-    EXPECT_THROW(MappedFile::open(folder / "pipe"), FileError);
+    EXPECT_THROW(FileBytes::read(folder / "pipe"), FileError);
+}
+
+TEST_F(AtomicFileTest, bytesThatWereReadOutliveAFileThatIsCutShort) {
+    std::string const document(100'000, 'x');
+    writeFileAtomically(folder / "a", document);
+    auto const read = FileBytes::read(folder / "a");
+    fs::resize_file(folder / "a", 0);
+    EXPECT_EQ(read->bytes(), document);
+    EXPECT_EQ(FileBytes::read(folder / "a")->bytes(), "");
+    EXPECT_FALSE(FileBytes::read(folder / "none"));
 }
 
 TEST_F(AtomicFileTest, whatIsNoFileOrTooLargeIsRefused) {
