@@ -2,7 +2,7 @@
 
 #include <TavaroCore/Records/JSONError.h>
 #include <TavaroMCP/Bridge/Private/BridgeMessages.h>
-#include <TavaroMCP/Protocol/Private/ToolResult.h>
+#include <TavaroMCP/Protocol/ToolResult.h>
 #include <TavaroPlatform/Processes/DetachedProcess.h>
 #include <TavaroPlatform/Sockets/LineReader.h>
 #include <TavaroPlatform/Sockets/SocketError.h>

@@ -1,7 +1,7 @@
 #include <TavaroMCP/Bridge/Private/BridgeServer.h>
 
 #include <TavaroCore/Records/JSONError.h>
-#include <TavaroMCP/Protocol/Private/ToolResult.h>
+#include <TavaroMCP/Protocol/ToolResult.h>
 #include <TavaroPlatform/Queues/SerialQueue.h>
 #include <TavaroPlatform/Sockets/Bell.h>
 #include <TavaroPlatform/Sockets/LineReader.h>

@@ -3,7 +3,7 @@
 #include <TavaroCore/Records/JSONError.h>
 #include <TavaroMCP/Catalogue/MCPToolCatalog.h>
 #include <TavaroMCP/Protocol/Private/JSONRPC.h>
-#include <TavaroMCP/Protocol/Private/ToolResult.h>
+#include <TavaroMCP/Protocol/ToolResult.h>
 #include <TavaroMCP/Protocol/Private/Turnstile.h>
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-#include <TavaroMCP/Protocol/Private/ToolResult.h>
+#include <TavaroMCP/Protocol/ToolResult.h>
 
 #include <fmt/format.h>
 

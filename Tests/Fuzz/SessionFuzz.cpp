@@ -1,6 +1,6 @@
 #include <TavaroCore/Records/JSON.h>
 #include <TavaroMCP/Protocol/MCPSession.h>
-#include <TavaroMCP/Protocol/Private/ToolResult.h>
+#include <TavaroMCP/Protocol/ToolResult.h>
 #include <TavaroPlatform/Sockets/LineSplitter.h>
 
 #include <cstdlib>

@@ -1,7 +1,7 @@
 #include <TavaroMCP/Bridge/BridgeCaller.h>
 #include <TavaroMCP/Bridge/Private/BridgeMessages.h>
 #include <TavaroMCP/Bridge/Private/BridgeServer.h>
-#include <TavaroMCP/Protocol/Private/ToolResult.h>
+#include <TavaroMCP/Protocol/ToolResult.h>
 
 #include <TavaroCore/Records/JSONError.h>
 #include <TavaroPlatform/Sockets/LineReader.h>

@@ -1,6 +1,6 @@
 #include <TavaroMCP/Bridge/Private/BridgeMessages.h>
 #include <TavaroMCP/Bridge/Private/BridgeServer.h>
-#include <TavaroMCP/Protocol/Private/ToolResult.h>
+#include <TavaroMCP/Protocol/ToolResult.h>
 
 #include <TavaroCore/Files/FileDescriptor.h>
 #include <TavaroPlatform/Sockets/LineSplitter.h>

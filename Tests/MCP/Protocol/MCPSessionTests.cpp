@@ -1,6 +1,6 @@
 #include <TavaroMCP/Catalogue/MCPToolCatalog.h>
 #include <TavaroMCP/Protocol/MCPSession.h>
-#include <TavaroMCP/Protocol/Private/ToolResult.h>
+#include <TavaroMCP/Protocol/ToolResult.h>
 
 #include <TavaroCore/Records/JSON.h>
 

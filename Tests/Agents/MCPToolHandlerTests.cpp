@@ -1,0 +1,165 @@
+#include "../Capture/TestDisplay.h"
+#include "../Core/Package/TemporaryFolder.h"
+
+#include <Tavaro/Agents/Private/MCPToolHandler.h>
+
+#include <TavaroMCP/Catalogue/MCPToolCatalog.h>
+
+#include <gmock/gmock.h>
+
+#include <cstdlib>
+
+using namespace tavaro;
+using ::testing::EndsWith;
+using ::testing::HasSubstr;
+using ::testing::StartsWith;
+namespace fs = std::filesystem;
+
+namespace {
+
+class MCPToolHandlerTest : public DisplayTest {
+protected:
+    MCPToolHandlerTest() { setenv("XDG_DATA_HOME", folder.path().c_str(), 1); }
+    void SetUp() override {
+        DisplayTest::SetUp();
+        if (display) setenv("DISPLAY", display->name().c_str(), 1);
+    }
+    ~MCPToolHandlerTest() override {
+        unsetenv("XDG_DATA_HOME");
+        unsetenv("DISPLAY");
+    }
+
+    MCPToolHandler::Abandon begin(std::string const& tool, std::string const& arguments) {
+        result.reset();
+        return handler.handle({.tool = tool,
+                               .arguments = std::get<JSONValue::Object>(JSONValue::parse(arguments).content),
+                               .client = "tester",
+                               .progress = [this](double, std::string const&) { ++progress; },
+                               .finish = [this](JSONValue const& made) { result = made; }});
+    }
+    /// The text of the result, behind "code: " where it is a failure.
+    std::string end() {
+        queue.runUntil([&] { return result.has_value(); });
+        auto const& text = *result->find<JSONValue::Array>("content")->back().find<std::string>("text");
+        return *result->find<bool>("isError") ? *structured().find<std::string>("code") + ": " + text : text;
+    }
+    std::string called(std::string const& tool, std::string const& arguments = "{}") {
+        static_cast<void>(begin(tool, arguments));
+        return end();
+    }
+    JSONValue const& structured() const { return *result->find("structuredContent"); }
+    std::string withID(std::string const& rest) const { return R"({"project_id":")" + id + '"' + rest + "}"; }
+    void record() {
+        ASSERT_THAT(called("record_for", R"({"target":{"display":"display-1"},"seconds":1,"countdown":0})"),
+                    EndsWith(" s). Auto Polish has run."));
+        id = *structured().find<std::string>("project_id");
+    }
+    OpenProject& project() { return *application.projects().find(*UUID::parse(id)); }
+
+    TemporaryFolder const folder;
+    MainQueue queue;
+    Application application{queue,
+                            {.library = {folder / "Movies"},
+                             .index = folder / "cache/library.json",
+                             .preferences = folder / "config/preferences.json"}};
+    MCPToolHandler handler{queue, application, "1.2"};
+    std::optional<JSONValue> result;
+    int progress = 0;
+    std::string id;
+};
+
+}
+
+TEST_F(MCPToolHandlerTest, everyToolAnswersOnceWhateverItIsGiven) {
+    for (auto const& tool : toolCatalog::all()) {
+        std::string const name(nameOf(tool.name));
+        auto const answer = called(name);
+        bool const needsSomething = !tool.inputSchema.find<JSONValue::Array>("required")->empty();
+        if (needsSomething) {
+            EXPECT_THAT(answer, StartsWith("invalid_arguments: ")) << name;
+        }
+        if (name.starts_with("ui_")) {
+            EXPECT_TRUE(*result->find<bool>("isError")) << name;
+        }
+        auto const given = R"({"app":"x","title":"x","down":1,"text":"x","project_id":"x","target":{"window":"x"},)"
+                           R"("seconds":1,"time":1,"op":"cut","action":"transcribe","patch":{}})";
+        if (needsSomething) {
+            EXPECT_TRUE(called(name, given).starts_with(name.starts_with("ui_") ? "failed: " : "not_found: ")) << name;
+        }
+    }
+    EXPECT_THAT(called("Status"), StartsWith("not_found: "));
+    EXPECT_TRUE(application.recorder().isIdle());
+}
+
+TEST_F(MCPToolHandlerTest, aSessionFromTheSourcesToTheFilm) {
+    ASSERT_EQ(called("list_sources"), "Recordable sources");
+    EXPECT_EQ(*structured().find<JSONValue::Array>("displays")->front().find<std::string>("id"), "display-1");
+    record();
+    EXPECT_GT(progress, 0);
+    EXPECT_THAT(called("list_projects"), StartsWith("1 projects"));
+    EXPECT_EQ(called("open_project", withID("")).find("failed"), std::string::npos);
+
+    called("get_project", withID(""));
+    auto const duration = structured().find("duration");
+    ASSERT_TRUE(duration);
+    auto const before = encodeProject(project().document());
+    EXPECT_EQ(called("edit_project", withID(R"(,"patch":{"name":"Tour"})")), "Changed name.");
+    EXPECT_EQ(project().undoName(), "Change Project (tester)");
+    EXPECT_FALSE(project().hasUnsavedChanges());
+    EXPECT_EQ(project().package().load().name, "Tour");
+    project().undo();
+    EXPECT_EQ(encodeProject(project().document()), before);
+    project().redo();
+    auto const revision = project().revision();
+    EXPECT_EQ(called("edit_project", withID(R"(,"patch":{"name":"Tour"})")), "The project is that way already.");
+    EXPECT_THAT(called("edit_project", withID(R"(,"patch":{"name":"X","nme":"Y"})")),
+                StartsWith("invalid_patch: \"nme\" is not a project field."));
+    EXPECT_EQ(called("edit_project", withID(R"(,"patch":{"timeline":{}})")),
+              "invalid_patch: \"timeline\" can't be changed. Use edit_timeline.");
+    EXPECT_EQ(project().revision(), revision);
+
+    EXPECT_EQ(called("edit_timeline", withID(R"(,"op":"trim","start":0,"end":0.5)")), "Timeline edited. Now 0.50 s.");
+    EXPECT_EQ(project().undoName(), "Trim (tester)");
+    EXPECT_THAT(called("run_action", withID(R"(,"action":"auto_polish","options":{"smartZoom":false})")),
+                StartsWith("Auto Polish done: "));
+    EXPECT_FALSE(project().hasUnsavedChanges());
+    EXPECT_THAT(called("run_action", withID(R"(,"action":"transcribe")")), StartsWith("failed: This version"));
+    EXPECT_THAT(called("render_frame", withID(R"(,"time":0.2,"max_width":320)")), HasSubstr("320 × "));
+    EXPECT_EQ(called("render_frame", withID(R"(,"time":7)")), "invalid_arguments: time must be inside the video.");
+
+    auto const film = folder / "film.mp4";
+    auto const exporting = withID(R"(,"width":320,"height":180,"fps":10,"output_path":")" + film.string() + '"');
+    EXPECT_EQ(called("export", exporting), "Exported to " + film.string() + ".");
+    EXPECT_TRUE(fs::exists(film));
+    EXPECT_EQ(called("export", exporting), "Exported to " + (folder / "film 2.mp4").string() + ".");
+    static_cast<void>(begin("export", exporting));
+    EXPECT_EQ(called("export", exporting), "busy: Another export is running. Wait for it to finish.");
+    queue.runUntil([&] { return !application.isBusy(); });
+}
+
+TEST_F(MCPToolHandlerTest, ordersToTheRecorderAnswerForWhatTheyFind) {
+    for (auto const* const order : {"stop_recording", "pause_recording", "resume_recording", "cancel_recording"})
+        EXPECT_EQ(called(order), "not_recording: Nothing is recording.");
+    auto const start = R"({"target":{"display":"display-1"},"countdown":0})";
+    EXPECT_EQ(called("start_recording", R"({"target":{"display":"display-1"},"camera":true})"),
+              "failed: This version of Tavaro cannot record the camera. Record with camera: false.");
+    EXPECT_EQ(called("start_recording", R"({"target":{"display":"display-9"},"countdown":0})"),
+              "not_found: There is no source \"display-9\". Call list_sources for ids.");
+    EXPECT_EQ(called("start_recording", start), "Recording. Call stop_recording to finish.");
+    EXPECT_EQ(called("start_recording", start), "busy: A recording is already in progress.");
+    EXPECT_EQ(called("resume_recording"), "not_recording: The recording isn't paused.");
+    EXPECT_THAT(called("pause_recording"), StartsWith("Paused."));
+    called("status");
+    EXPECT_EQ(*structured().find("recorder")->find<std::string>("phase"), "paused");
+    EXPECT_EQ(called("cancel_recording"), "Recording thrown away.");
+    EXPECT_THAT(called("list_projects"), StartsWith("0 projects"));
+}
+
+TEST_F(MCPToolHandlerTest, aRecordingOfAFixedLengthThatNobodyWaitsForIsKeptAsFarAsItIs) {
+    auto const abandon = begin("record_for", R"({"target":{"display":"display-1"},"seconds":600,"countdown":0})");
+    queue.runUntil([&] { return application.recorder().state().take.framesWritten > 3; });
+    abandon();
+    EXPECT_THAT(end(), EndsWith(" s). Auto Polish has run."));
+    EXPECT_THAT(called("list_projects"), StartsWith("1 projects"));
+    abandon(); // over
+}
