@@ -100,7 +100,7 @@ bool mayFollow(std::string_view text, std::size_t end) {
     if (end == text.size()) return true;
     char const c = text[end];
     if (isAlphanumeric(c) || c == '_') return false;
-    bool const isPoint = c == '.' || c == ',' || c == '-' || c == ':';
+    bool const isPoint = c == '.' || c == '-' || c == ':'; // behind a comma comes the next field of a table
     return !(isPoint && end + 1 < text.size() && isAlphanumeric(text[end + 1]));
 }
 
@@ -133,14 +133,16 @@ std::size_t endOfCard(std::string_view text, std::size_t start) {
 
 /// What follows a number in a row of numbers is none of these: an expiry date, the three digits on the back.
 bool isInRow(std::string_view text, std::size_t end) {
-    auto const next = pastBlanks(text, end);
+    bool const isTable = end < text.size() && text[end] == ',';
+    auto const next = isTable ? end + 1 : pastBlanks(text, end);
     if (next == end || next == text.size() || !isDigit(text[next])) return false;
     auto last = next;
     while (last < text.size() && isDigit(text[last])) ++last;
-    if (last < text.size() && isLetter(text[last])) return true; // hexadecimal
+    if (last < text.size() && isLetter(text[last])) return !isTable; // hexadecimal
     auto const length = last - next;
     bool const isDate = length <= 2 && last < text.size() && isAnyOf(text[last], "/-");
-    bool const isMonthAndYear = length == 4 && text[next] <= '1' && pastBlanks(text, last) == text.size();
+    bool const isEnd = pastBlanks(text, last) == text.size() || (isTable && text[last] == ',');
+    bool const isMonthAndYear = length == 4 && text[next] <= '1' && isEnd;
     return !isDate && !isMonthAndYear && length != 3;
 }
 

@@ -31,15 +31,15 @@ struct Flag {
 constexpr Flag flags[] = {
     {"7z", "-p", Place::joined},
     {"az", "-p", Place::value},
-    {"buildah", "-p", Place::value},
+    {"buildah login", "-p", Place::value},
     {"codecov", "-t", Place::value},
     {"curl", "--proxy-user", Place::afterColon},
     {"curl", "--user", Place::afterColon},
     {"curl", "-U", Place::afterColon},
     {"curl", "-u", Place::afterColon},
-    {"docker", "-p", Place::value},
+    {"docker login", "-p", Place::value},
     {"doctl", "-t", Place::value},
-    {"helm", "-p", Place::value},
+    {"helm registry login", "-p", Place::value},
     {"http", "-a", Place::afterColon},
     {"influx", "-t", Place::value},
     {"ipmitool", "-P", Place::value},
@@ -49,15 +49,15 @@ constexpr Flag flags[] = {
     {"mosquitto", "-P", Place::value},
     {"mysql", "-p", Place::joined},
     {"mariadb", "-p", Place::joined},
-    {"nerdctl", "-p", Place::value},
+    {"nerdctl login", "-p", Place::value},
     {"npm", "_authToken", Place::value},
-    {"oc", "-p", Place::value},
+    {"oc login", "-p", Place::value},
     {"openssl", "-k", Place::value},
-    {"podman", "-p", Place::value},
+    {"podman login", "-p", Place::value},
     {"rar", "-p", Place::joined},
     {"redis-cli", "-a", Place::value},
     {"rpcclient", "-U", Place::afterPercent},
-    {"skopeo", "-p", Place::value},
+    {"skopeo login", "-p", Place::value},
     {"smbclient", "-U", Place::afterPercent},
     {"smbmap", "-p", Place::value},
     {"snmpwalk", "-c", Place::value},
@@ -128,7 +128,9 @@ private:
         }
         while (end > start && isAnyOf(text_[end - 1], ";)")) --end;
         auto const value = text_.substr(start, end - start);
-        if (value.size() < shortest || SensitiveText::isPlaceholder(value) || isAnyOf(value[0], "-/$<{|")) return;
+        if (value.size() < shortest || SensitiveText::isPlaceholder(value) || SensitiveText::isCommonWord(value) ||
+            isAnyOf(value[0], "-/$<{|"))
+            return;
         if (SensitiveText::isName(value) && SensitiveText::isNameOfSecret(value)) return;
         found_(start, end);
     }
@@ -280,6 +282,16 @@ private:
         if (at != text_.npos) report(slash + 1, at);
     }
 
+    /// "credentials: maria/Kuckuck7": a folder's name has hardly a digit and a capital.
+    void reportBehindSlash(std::size_t pair, std::size_t end) {
+        auto const slash = text_.find('/', pair);
+        if (slash >= end || slash == pair || text_.substr(slash + 1, end - slash - 1).find('/') != text_.npos) return;
+        auto const value = text_.substr(slash + 1, end - slash - 1);
+        bool const isMixed =
+            std::any_of(value.begin(), value.end(), isDigit) && std::any_of(value.begin(), value.end(), isUpper);
+        if (isMixed) report(slash + 1, end);
+    }
+
     /// "Basic auth: maria:x", "Admin login: root / x", "login is maria@… / x"
     void readBasicPair() {
         for (std::string_view const label :
@@ -294,6 +306,8 @@ private:
                 report(slash + 3, std::min(text_.find(' ', slash + 3), text_.size()));
             } else if (auto const colon = text_.find(':', pair); colon < std::min(end, text_.size())) {
                 report(colon + 1, std::min(end, text_.size()));
+            } else {
+                reportBehindSlash(pair, std::min(end, text_.size()));
             }
         }
     }

@@ -23,12 +23,14 @@ public:
         passClosingMarks();
         if (!passSeparator()) return std::nullopt;
         passWordsBeforeValue();
+        separatedAs_ = value_.form;
         readValue();
         if (value_.end <= value_.start) return std::nullopt;
         value_.label = label_.kind;
         value_.isAlone = isAlone();
         value_.isInCall = isInCall();
-        return value_;
+        value_.isOfShell = isOfShell();
+        return isVerb() ? std::nullopt : std::optional(value_);
     }
 
     /// Whether nothing follows the label but the sign that its value comes.
@@ -45,6 +47,12 @@ private:
     char at(std::size_t place) const { return place < text_.size() ? text_[place] : '\0'; }
     std::string_view wordText(std::size_t i) const {
         return text_.substr(words_[i].start, words_[i].end - words_[i].start);
+    }
+
+    /// "Pass UTF8 to …", "do not pass iso8859-1 encoded …"
+    bool isVerb() const {
+        bool const isWord = label_.end == label_.first + 1 && wordText(label_.first).substr(1) == "ass";
+        return value_.form == ValueForm::adjacent && isWord && !value_.isAlone;
     }
 
     /// "public key", "</password>", "no password", "${PASSWORD", "Event::Pass".
@@ -325,14 +333,28 @@ private:
         if (place >= text_.size() || isAnyOf(text_[place], "#|&<>})]\\")) return true;
         auto const rest = text_.substr(place);
         if (rest.starts_with("//") || rest.starts_with("--") || rest.starts_with("/>")) return true;
-        if (value_.form == ValueForm::flag || (value_.form == ValueForm::setting && isOfShell())) return true;
-        auto next = place; // "user: maria" or "user=maria" goes on
-        while (next < text_.size() && !isBlank(text_[next]) && !isAnyOf(text_[next], ":=")) ++next;
-        return next > place && isAnyOf(at(next), ":=") && next < text_.size();
+        return isOfShell() || isNextName(place);
     }
 
-    /// "PASSWORD=x command", "--password=x argument"
+    /// "user: maria", "user=maria", "'user' => 'maria'", "user = 'maria'"
+    bool isNextName(std::size_t place) const {
+        auto next = place;
+        while (next < text_.size() && !isBlank(text_[next]) && !isAnyOf(text_[next], ":=")) ++next;
+        if (next == place || next == text_.size()) return false;
+        if (isAnyOf(text_[next], ":=")) return true;
+        auto const sign = text_.substr(pastBlanks(text_, next));
+        return sign.starts_with("=>") || (sign.starts_with("= ") && isAfterComma(place));
+    }
+
+    bool isAfterComma(std::size_t place) const {
+        auto before = place;
+        while (before > 0 && isBlank(text_[before - 1])) --before;
+        return before > 0 && text_[before - 1] == ',';
+    }
+
+    /// "PASSWORD=x command", "--password=x argument", "--password x argument"
     bool isOfShell() const {
+        if (separatedAs_ != ValueForm::setting) return separatedAs_ == ValueForm::flag;
         auto begin = words_[label_.first].start;
         while (begin > 0 && !isBlank(text_[begin - 1])) --begin;
         auto const name = text_.substr(begin, words_[next_ - 1].end - begin);
@@ -341,14 +363,27 @@ private:
 
     bool isInCall() const {
         bool const isAssignment = value_.form == ValueForm::setting || value_.form == ValueForm::assigned;
-        if (isAssignment && value_.end < text_.size() && isAnyOf(text_[value_.end], ",)")) return true;
+        char const next = at(value_.end);
+        if (isAssignment && (next == ')' || (next == ',' && mayBeIdentifier()))) return true;
         auto const before = text_.substr(0, words_[label_.first].start);
         return std::count(before.begin(), before.end(), '(') > std::count(before.begin(), before.end(), ')');
+    }
+
+    /// What a call over several lines may pass on: a name, which has no digit, or one and letters of one case.
+    bool mayBeIdentifier() const {
+        auto const text = text_.substr(value_.start, value_.end - value_.start);
+        auto const isOther = [](char c) { return !isAlphanumeric(c) && !isAnyOf(c, "-!#@"); };
+        if (std::any_of(text.begin(), text.end(), isOther)) return true;
+        auto const digits = std::count_if(text.begin(), text.end(), isDigit);
+        bool const isOfBothCases =
+            std::any_of(text.begin(), text.end(), isUpper) && std::any_of(text.begin(), text.end(), isLower);
+        return digits == 0 || (digits == 1 && !isOfBothCases);
     }
 
     std::string_view text_;
     std::span<Word const> words_;
     SecretLabel label_;
+    ValueForm separatedAs_ = ValueForm::colon; // whatever quotes there are
     std::size_t at_ = 0;
     std::size_t next_ = 0;  // the word after the label and what is joined to it
     std::size_t after_ = 0; // past the quote that closes the value

@@ -103,9 +103,12 @@ Number numberAt(std::string_view text, std::size_t at) {
         auto const separator = text.substr(separatorStart, at - separatorStart);
         if (separator.size() == 2 && separator != ") " && separator != " (" && separator != ")-") break;
         if (at == text.size() || !isDigit(text[at]) || (number.groups.empty() && separator.size() > 1)) break;
-        if (separator.find('(') != separator.npos) number.hasArea = true;
         auto const start = at;
         while (at < text.size() && isDigit(text[at])) ++at;
+        if (separator.find('(') != separator.npos) {
+            if (at == text.size() || text[at] != ')') break; // "4.17 (2024-02-11)": no area
+            number.hasArea = true;
+        }
         number.digits += text.substr(start, at - start);
         if (!number.groups.empty()) number.separators += separator[0];
         number.groups.push_back(at - start);

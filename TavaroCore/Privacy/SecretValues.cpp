@@ -63,22 +63,35 @@ bool isIdentifierOfSecret(std::string_view text) {
     return isIdentifier && hasStem(text);
 }
 
+/// "/etc/shop", "/etc", "/pw.txt", "~/pw", "C:\pw"; "/Tulip77" is none.
+bool isPath(std::string_view text) {
+    if (SensitiveText::looksRandom(text)) return false;
+    if (text[0] == '~' || text.starts_with("./") || text.starts_with("../") || text.find(":\\") == 1) return true;
+    return text[0] == '/' && (text.find_first_of("/.", 1) != text.npos ||
+                              std::all_of(text.begin() + 1, text.end(), [](char c) { return isLower(c); }));
+}
+
+/// "HTTP_FLAG_V4": a constant of a program.
+bool isConstant(std::string_view text) {
+    return text.find('_') != text.npos &&
+           std::all_of(text.begin(), text.end(), [](char c) { return isUpper(c) || isDigit(c) || c == '_'; });
+}
+
 /// Colors, paths, addresses, names of files, versions, expressions of code.
 bool isOfOtherKind(std::string_view text) {
     if (isNumeric(text) || isIdentifierOfSecret(text)) return true;
-    bool const isFlag = text[0] == '-' && text.size() > 1 && isLetter(text[1]);
+    auto const option = text.substr(text.starts_with("--") ? 2 : 1);
+    bool const isFlag = text[0] == '-' && !option.empty() && isLetter(option[0]);
     if (isFlag || (text[0] == ':' && text.size() > 1 && isAnyOf(text[1], "*:abcdefghijklmnopqrstuvwxyz"))) return true;
     if (text.starts_with("$!") || text.starts_with("qr/") || text.ends_with('@') || text.find("\\n") != text.npos)
         return true;
     if (text.find("://") != text.npos || text.starts_with("//")) return true;
     bool const isColor = text[0] == '#' && text.size() <= 9 && std::all_of(text.begin() + 1, text.end(), isHexDigit);
     if (isColor) return true;
-    bool const isPath = (text[0] == '/' || text[0] == '~' || text.starts_with("./") || text.starts_with("../") ||
-                         text.find(":\\") == 1) &&
-                        !SensitiveText::looksRandom(text);
-    if (isPath) return true;
+    if (isPath(text)) return true;
     if (text[0] == '&' || text[0] == '*' || text[0] == '@') {
-        return std::all_of(text.begin() + 1, text.end(),
+        auto const name = text[0] == '@' ? text : text.substr(0, text.find('(')); // "*PK11_Find(Slot"
+        return std::all_of(name.begin() + 1, name.end(),
                            [](char c) { return isAlphanumeric(c) || isAnyOf(c, "_->."); });
     }
     return text.find("->") != text.npos || text.find("::") != text.npos || text.find("=>") != text.npos ||
@@ -175,11 +188,24 @@ bool isPassword(LabelledValue const& value, std::string_view text, Makeup const&
         return !hasStem(text) && text.find_first_of("()[]{}<>") == text.npos && makeup.isMixed();
     }
     if (value.form == ValueForm::adjacent || value.form == ValueForm::cell || value.form == ValueForm::nextLine) {
-        return makeup.isMixed() && text.size() >= 6 && !hasStem(text) && (value.isAlone || makeup.digits > 0) &&
-               text.find_first_of("()[]{}<>=:,/\\") == text.npos;
+        return makeup.isMixed() && text.size() >= 6 && !hasStem(text) && !isConstant(text) &&
+               (value.isAlone || makeup.digits > 0) && text.find_first_of("()[]{}<>=:,/\\") == text.npos;
     }
     if (value.form == ValueForm::sentence && !value.isAlone) return makeup.isMixed();
     return !hasStem(text) || makeup.digits > 0;
+}
+
+/// "tulip.nest7" where code has no names: in quotes, or on a shell's line. One dot, and neither part is a word of code.
+bool isDottedPassword(LabelledValue const& value, std::string_view text) {
+    if (value.label != LabelKind::password || !(isQuotedForm(value.form) || value.isOfShell)) return false;
+    auto const dot = text.find('.');
+    if (!SensitiveText::isDottedIdentifier(text) || text.find('.', dot + 1) != text.npos || hasStem(text)) return false;
+    auto const first = text.substr(0, dot), last = text.substr(dot + 1);
+    constexpr std::string_view types[] = {"conf", "cpp", "css", "env", "html", "ini", "js",  "json", "key", "pem",
+                                          "php",  "py",  "sh",  "ts",  "toml", "txt", "xml", "yaml", "yml"};
+    if (std::find(std::begin(types), std::end(types), last) != std::end(types)) return false;
+    return SensitiveText::looksLikeValue(first) && SensitiveText::looksLikeValue(last) && !namesProperty(first) &&
+           !namesProperty(last);
 }
 
 /// "184065-895034-878374-590118", a UUID: digits, maybe hexadecimal, in several groups.
@@ -202,7 +228,7 @@ bool isToken(LabelledValue const& value, std::string_view text, Makeup const& ma
     constexpr std::size_t shortest = 6, shortestWord = 8, shortestLoose = 16, longestCount = 20;
     if (text.size() < shortest) return false;
     if (makeup.digits == text.size()) return text.size() >= longestCount && value.form != ValueForm::cell;
-    if (isGroups(text)) return value.form != ValueForm::assigned && !value.isInCall;
+    if (isGroups(text)) return !value.isInCall;
     bool const isLoose = value.form == ValueForm::adjacent || value.form == ValueForm::cell ||
                          value.form == ValueForm::sentence || value.form == ValueForm::nextLine;
     if (isLoose) {
@@ -234,7 +260,8 @@ bool isKey(LabelledValue const& value, std::string_view text, Makeup const& make
 
 bool isSecret(LabelledValue const& value, std::string_view line) {
     auto const text = line.substr(value.start, value.end - value.start);
-    if (text.empty() || isOfOtherKind(text) || !SensitiveText::looksLikeValue(text)) return false;
+    if (text.empty() || isOfOtherKind(text)) return false;
+    if (!SensitiveText::looksLikeValue(text) && !isDottedPassword(value, text)) return false;
     Makeup const makeup(text);
     if (value.isOfLongerName &&
         (value.label == LabelKind::weak || makeup.joints + makeup.blanks > 0 || !SensitiveText::looksRandom(text))) {

@@ -29,6 +29,7 @@ struct LabelledValue {
     std::size_t end = 0;
     bool isAlone = false;        // nothing but closing marks, comments or the next label follows
     bool isInCall = false;       // an argument in parentheses, as code has it
+    bool isOfShell = false;      // "PASSWORD=x", "--password x"
     bool isOfLongerName = false; // "TOKEN_BUCKETS": words that nothing is known of are joined to the label
 };
 

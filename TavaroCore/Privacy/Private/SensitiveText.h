@@ -23,6 +23,9 @@ bool looksRandom(std::string_view text);
 /// ("<your key>", "****", "${TOKEN}"), a piece of code, a type or a common word.
 bool looksLikeValue(std::string_view text);
 
+/// "public", "changeme", "true": what follows labels in code, documentation and forms.
+bool isCommonWord(std::string_view text);
+
 /// Placeholders, masks and references to a value kept elsewhere.
 bool isPlaceholder(std::string_view text);
 

@@ -132,9 +132,10 @@ TEST(SensitiveTextClassifier, phoneNumbersAreWrittenAsInTheirCountryOrLabelled) 
                                      "1-415-555-0132", "8 (495) 555-01-23"}) {
         EXPECT_THAT(found("x " + number + " y"), ElementsAre("phone " + number));
     }
+    EXPECT_THAT(found("(089 5550123)"), ElementsAre("phone 089 5550123"));
     EXPECT_THAT(found("手机号: 13800138000"), ElementsAre("phone 13800138000"));
     for (auto const harmless : {"Boston, MA 02110-1301", "0399 0308 0301", "120 240 360", "2024-05-02", "13800138000",
-                                "000-000-0000", "+0100", "+10 000 000", "v1.415.555.0132"}) {
+                                "000-000-0000", "+0100", "4.17 (2024-02-11)", "+10 000 000", "v1.415.555.0132"}) {
         EXPECT_THAT(found(harmless), IsEmpty()) << harmless;
     }
 }
