@@ -73,15 +73,15 @@ int coarsestLevel(MovieWriterSettings const& settings) {
 // busy blocks, which letters are. Every frame that the encoder looks ahead or reorders costs some thirty megabytes at
 // 4K. So short a look ahead misleads the block tree (the movie falls short of its bit rate by a quarter), so it stays
 // off.
-void configureHEVC(MovieWriterSettings const& settings, Options& options) {
-    options.set("preset", "superfast").set("profile", "main");
-    options.set("x265-params",
-                fmt::format("log-level=none:open-gop=0:bframes=0:rd=3:aq-mode=0:cutree=0:psy-rd=0:psy-rdoq=0:"
-                            "rc-lookahead=3:qpmax={}:pools={}",
-                            coarsestLevel(settings), threadCount(settings)));
+void configureHEVC(MovieWriterSettings const& settings, LevelBound bound, Options& options) {
+    auto parameters = fmt::format("log-level=none:open-gop=0:bframes=0:rd=3:aq-mode=0:cutree=0:psy-rd=0:psy-rdoq=0:"
+                                  "rc-lookahead=3:pools={}",
+                                  threadCount(settings));
+    if (bound == LevelBound::fine) parameters += fmt::format(":qpmax={}", coarsestLevel(settings));
+    options.set("preset", "superfast").set("profile", "main").set("x265-params", parameters);
 }
 
-void configureFilm(AVCodecContext& encoder, MovieWriterSettings const& settings, Options& options) {
+void configureFilm(AVCodecContext& encoder, MovieWriterSettings const& settings, LevelBound bound, Options& options) {
     encoder.bit_rate = settings.bitrate;
     encoder.thread_count = threadCount(settings);
     switch (settings.codec) {
@@ -89,7 +89,7 @@ void configureFilm(AVCodecContext& encoder, MovieWriterSettings const& settings,
         options.set("preset", "veryfast").set("profile", "high");
         encoder.max_b_frames = 0; // frames leave in the order they are shown
         break;
-    case MovieCodec::hevc: configureHEVC(settings, options); break;
+    case MovieCodec::hevc: configureHEVC(settings, bound, options); break;
     case MovieCodec::proRes422:
         encoder.bit_rate = 0;
         encoder.profile = FF_PROFILE_PRORES_STANDARD;
@@ -118,25 +118,6 @@ void configureTake(AVCodecContext& encoder, MovieWriterSettings const& settings,
     }
 }
 
-VideoEncoder openSoftware(std::filesystem::path const& file, MovieWriterSettings const& settings) {
-    auto const [name, format] = choice(settings.codec);
-    auto const* codec = avcodec_find_encoder_by_name(name);
-    if (!codec) ffmpeg::throwWriting(file, AVERROR_ENCODER_NOT_FOUND);
-    VideoEncoder encoder{.context = newEncoder(*codec, settings), .drawn = format};
-    encoder.context->pix_fmt = format;
-    Options options;
-    if (settings.intent == MovieIntent::live) {
-        configureTake(*encoder.context, settings, options);
-    } else {
-        configureFilm(*encoder.context, settings, options);
-    }
-    auto* raw = options.release();
-    auto const code = avcodec_open2(encoder.context.get(), codec, &raw);
-    av_dict_free(&raw);
-    if (code < 0) ffmpeg::throwWriting(file, code);
-    return encoder;
-}
-
 }
 
 int ticksPerSecond(int fps) { return fps * ((90000 + fps - 1) / fps); }
@@ -160,6 +141,27 @@ ffmpeg::CodecContext newEncoder(AVCodec const& codec, MovieWriterSettings const&
     return encoder;
 }
 
+VideoEncoder openSoftwareEncoder(std::filesystem::path const& file, MovieWriterSettings const& settings,
+                                 LevelBound bound) {
+    auto const [name, format] = choice(settings.codec);
+    auto const* codec = avcodec_find_encoder_by_name(name);
+    if (!codec) ffmpeg::throwWriting(file, AVERROR_ENCODER_NOT_FOUND);
+    VideoEncoder encoder{.context = newEncoder(*codec, settings), .drawn = format};
+    encoder.context->pix_fmt = format;
+    Options options;
+    if (settings.intent == MovieIntent::live) {
+        configureTake(*encoder.context, settings, options);
+    } else {
+        configureFilm(*encoder.context, settings, bound, options);
+        encoder.hasLevelBound = settings.codec == MovieCodec::hevc && bound == LevelBound::fine;
+    }
+    auto* raw = options.release();
+    auto const code = avcodec_open2(encoder.context.get(), codec, &raw);
+    av_dict_free(&raw);
+    if (code < 0) ffmpeg::throwWriting(file, code);
+    return encoder;
+}
+
 VideoEncoder openEncoder(std::filesystem::path const& file, MovieWriterSettings const& settings) {
     if (settings.encoder != EncoderChoice::software) {
         if (auto hardware = openWorkingHardware(settings)) return std::move(*hardware);
@@ -168,7 +170,7 @@ VideoEncoder openEncoder(std::filesystem::path const& file, MovieWriterSettings 
                                  fmt::format("no video hardware here encodes {} at {} × {}", nameOf(settings.codec),
                                              settings.width, settings.height));
     }
-    return openSoftware(file, settings);
+    return openSoftwareEncoder(file, settings);
 }
 
 }

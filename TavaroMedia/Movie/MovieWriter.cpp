@@ -10,6 +10,7 @@
 #include <TavaroMedia/FFmpeg/Private/OutputStream.h>
 #include <TavaroMedia/Frames/Private/EncoderPlanes.h>
 #include <TavaroMedia/Movie/Private/Encoder.h>
+#include <TavaroMedia/Movie/Private/RateBudget.h>
 
 namespace tavaro {
 
@@ -71,13 +72,16 @@ struct MovieWriter::State {
     bool isHolding = false;
     std::int64_t lastTicks = -1; // of the newest picture
     std::int64_t frames = 0;
+    RateBudget budget;
+    std::int64_t lastPacketTicks = -1;
 
     State(std::filesystem::path const& file, MovieWriterSettings const& wanted)
         : settings(checked(file, wanted))
         , video((ffmpeg::prepareLibraries(), openEncoder(file, settings)))
         , audioEncoder(makeAudioEncoder(file, settings.sound))
         , pool(settings.width, settings.height, video.drawn)
-        , output(file, place(settings.intent), formatName(settings.container)) {
+        , output(file, place(settings.intent), formatName(settings.container))
+        , budget(settings.bitrate) {
         if (!packet || !held) throw std::bad_alloc();
         begin();
     }
@@ -116,10 +120,27 @@ struct MovieWriter::State {
             auto const code = avcodec_receive_packet(encoder.get(), packet.get());
             if (code == AVERROR(EAGAIN) || code == AVERROR_EOF) return;
             output.check(code);
+            account();
             writeHeld();
             av_packet_move_ref(held.get(), packet.get());
             isHolding = true;
         }
+    }
+
+    void account() {
+        auto const shown = lastPacketTicks < 0 ? encoder->time_base.den / settings.fps : packet->pts - lastPacketTicks;
+        lastPacketTicks = packet->pts;
+        budget.spend(packet->size, static_cast<double>(shown) / encoder->time_base.den);
+    }
+
+    /// A film that needs coarser levels than its encoder's bound goes on, from a key frame, with one that has none.
+    void keepToTheRate() {
+        if (!video.hasLevelBound || !budget.isOverdrawn()) return;
+        send(nullptr);
+        video.context.reset(); // two at once would take twice the memory
+        auto repaying = settings;
+        repaying.bitrate = budget.repayingRate();
+        video = openSoftwareEncoder(output.file(), repaying, LevelBound::none);
     }
 
     void writeHeld() {
@@ -171,6 +192,7 @@ void MovieWriter::append(EncoderPicture picture, double presentationTime) {
     auto const* converted = state.video.input.converted(&frame, *state.encoder);
     if (!converted) ffmpeg::throwWriting(file, Kind::refused, "the video hardware takes no more frames");
     state.send(converted);
+    state.keepToTheRate();
     ++state.frames;
 }
 

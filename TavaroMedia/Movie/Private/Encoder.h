@@ -15,11 +15,19 @@ struct VideoEncoder {
     ffmpeg::CodecContext context;
     AVPixelFormat drawn = AV_PIX_FMT_YUV420P; // what pictures are drawn as
     EncoderInput input = EncoderInput();
+    bool hasLevelBound = false; // see `LevelBound`
 };
+
+/// Whether the software encoder of HEVC films has a bound on how coarse its levels get. With one, text is crisp from
+/// the first frame on; but grain needs several times the film's rate.
+enum class LevelBound { fine, none };
 
 /// The one place that chooses and configures an encoder. Takes even sizes only. Throws `MediaError` in words about
 /// `file`.
 VideoEncoder openEncoder(std::filesystem::path const& file, MovieWriterSettings const& settings);
+/// One in software. Streams of both bounds have the same parameter sets, so that one can go on where the other ended.
+VideoEncoder openSoftwareEncoder(std::filesystem::path const& file, MovieWriterSettings const& settings,
+                                 LevelBound bound = LevelBound::fine);
 
 /// An unopened encoder with what all kinds have in common: size, clock, key frames, colours.
 ffmpeg::CodecContext newEncoder(AVCodec const& codec, MovieWriterSettings const& settings);

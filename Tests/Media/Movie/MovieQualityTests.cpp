@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 
@@ -13,7 +14,6 @@ namespace {
 constexpr int width = 640;
 constexpr int height = 360;
 constexpr int fps = 30;
-constexpr int frames = 90;
 
 /// Soft hills that pass by, with a grain of their own in each frame.
 Image hills(int number) {
@@ -28,6 +28,20 @@ Image hills(int number) {
             std::uint8_t const pixel[4] = {static_cast<std::uint8_t>(level), static_cast<std::uint8_t>(level * 0.9),
                                            static_cast<std::uint8_t>(level * 0.7 + 20), 255};
             std::memcpy(image.row(y) + 4 * x, pixel, 4);
+        }
+    }
+    return image;
+}
+
+/// The same with grain as dense as an old film's, which no encoder can foretell.
+Image grainyHills(int number) {
+    auto image = hills(number);
+    std::uint32_t grain = static_cast<std::uint32_t>(number) * 40503u + 7;
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x) {
+            grain = grain * 1664525 + 1013904223;
+            for (int c = 0; c < 3; ++c)
+                image.row(y)[4 * x + c] = static_cast<std::uint8_t>(image.row(y)[4 * x + c] / 2 + (grain >> 27));
         }
     }
     return image;
@@ -49,7 +63,15 @@ struct Written {
     double rate = 0; // bits a second
 };
 
-Written written(std::filesystem::path const& file, MovieCodec codec, std::int64_t bitrate, Image (*drawn)(int)) {
+struct Film {
+    char const* name;
+    Image (*drawn)(int);
+    std::int64_t bitrate;
+    int frames = 90;
+};
+
+Written written(std::filesystem::path const& file, MovieCodec codec, Film const& film) {
+    auto const& [name, drawn, bitrate, frames] = film;
     MovieWriter writer(file, {.codec = codec, .width = width, .height = height, .fps = fps, .bitrate = bitrate});
     for (int n = 0; n < frames; ++n) {
         auto picture = writer.picture();
@@ -71,16 +93,12 @@ Written written(std::filesystem::path const& file, MovieCodec codec, std::int64_
 
 TEST(MovieQuality, hevcIsNoWorseThanH264AtTheSameRate) {
     TemporaryFolder folder;
-    struct Film {
-        char const* name;
-        Image (*drawn)(int);
-        std::int64_t bitrate;
-    };
-    for (auto const& [name, drawn, bitrate] : {Film{"page", page, 450'000}, {"hills", hills, 450'000}}) {
-        auto const h264 = written(folder.path() / "h264.mp4", MovieCodec::h264, bitrate, drawn);
-        auto const hevc = written(folder.path() / "hevc.mp4", MovieCodec::hevc, bitrate, drawn);
-        EXPECT_GE(hevc.decibels, h264.decibels) << name;
-        EXPECT_LE(hevc.rate, 1.1 * static_cast<double>(bitrate)) << name;
+    for (auto const& film :
+         {Film{"page", page, 450'000}, {"hills", hills, 450'000}, {"grain", grainyHills, 450'000, 240}}) {
+        auto const h264 = written(folder.path() / "h264.mp4", MovieCodec::h264, film);
+        auto const hevc = written(folder.path() / "hevc.mp4", MovieCodec::hevc, film);
+        EXPECT_GE(hevc.decibels, h264.decibels) << film.name;
+        EXPECT_LE(hevc.rate, 1.1 * std::max(static_cast<double>(film.bitrate), h264.rate)) << film.name;
     }
 }
 
