@@ -6,6 +6,8 @@
 
 #include <TavaroPlatform/Folders/FindingKeyFile.h>
 
+#include <TavaroCore/Files/FileError.h>
+#include <TavaroCore/Files/TextEncoding.h>
 #include <TavaroCore/Privacy/SensitiveTextClassifier.h>
 #include <TavaroCore/Privacy/TextFindings.h>
 #include <TavaroCore/Records/JSON.h>
@@ -19,11 +21,51 @@ namespace {
 
 constexpr std::uint64_t largestText = 256 << 20; // bytes
 
+enum class Form { lines, json };
+
 struct Options {
     std::string file;
     std::vector<std::string> kinds;
     RedactionSettings settings;
     bool asJSON = false;
+};
+
+/// What is no text is refused rather than said to have nothing private in it.
+std::string textOf(std::string const& file) {
+    auto text = readText(file, Dash::isStandardInput, largestText);
+    if (auto utf8 = utf8OfMarkedUTF16(text)) text = std::move(*utf8);
+    if (text.find('\0') == text.npos) return text;
+    auto const name = file == "-" ? std::string("the standard input") : fmt::format("“{}”", file);
+    throw FileError(FileError::Kind::cannotRead,
+                    fmt::format("Could not read {}: it has NUL bytes, so it is no text, or one in UTF-16 without the "
+                                "byte order mark that says so.",
+                                name));
+}
+
+/// Writes findings as they come: there may be millions.
+class FindingList {
+public:
+    explicit FindingList(Form form) : form_(form) {}
+
+    void add(TextFinding const& finding) {
+        ++count_;
+        if (form_ == Form::json) {
+            terminal::sayPieceOfJSON((count_ == 1 ? "[" : ",") + encodeJSON(finding));
+        } else {
+            terminal::say("{}:{}  {}  {}\n", finding.line, finding.column, displayName(finding.kind), finding.masked);
+        }
+    }
+    void end() const {
+        if (form_ == Form::json) {
+            terminal::sayJSON(count_ == 0 ? "[]" : "]");
+        } else if (count_ == 0) {
+            terminal::say("Nothing private was found.\n");
+        }
+    }
+
+private:
+    Form form_;
+    std::size_t count_ = 0;
 };
 
 void scan(Options options) {
@@ -33,16 +75,11 @@ void scan(Options options) {
     }
     SensitiveTextClassifier classifier(options.settings);
     auto const key = options.asJSON ? ensureFindingKey() : FindingKey{}; // only JSON has the hashes
-    auto const findings = findingsIn(readText(options.file, Dash::isStandardInput, largestText), classifier, key);
+    auto const text = textOf(options.file);
+    FindingList list(options.asJSON ? Form::json : Form::lines);
+    forEachFinding(text, classifier, key, [&](TextFinding const& finding) { list.add(finding); });
+    list.end();
     for (auto const& warning : classifier.warnings()) terminal::tell("{}\n", warning);
-    if (options.asJSON) {
-        terminal::sayJSON(encodeJSON(findings));
-        return;
-    }
-    for (auto const& finding : findings) {
-        terminal::say("{}:{}  {}  {}\n", finding.line, finding.column, displayName(finding.kind), finding.masked);
-    }
-    if (findings.empty()) terminal::say("Nothing private was found.\n");
 }
 
 }

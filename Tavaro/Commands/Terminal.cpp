@@ -65,13 +65,18 @@ std::string harmless(Lines const& lines) {
     return replaced(lines.text, [](char32_t c) { return c == '\n' || c == '\t' ? std::nullopt : std::optional(mark); });
 }
 
-void sayJSON(std::string_view json) {
+void sayPieceOfJSON(std::string_view json) {
     auto const escaped = replaced(json, [](char32_t c) -> std::optional<std::string> {
         if (c == noCharacter) return std::string(mark);
         if (c == '\n' || c == '\t') return std::nullopt; // of the layout: in a text they are escaped already
         return fmt::format("\\u{:04x}", static_cast<unsigned>(c));
     });
-    fmt::print(stdout, "{}\n", escaped);
+    fmt::print(stdout, "{}", escaped);
+}
+
+void sayJSON(std::string_view json) {
+    sayPieceOfJSON(json);
+    fmt::print(stdout, "\n");
 }
 
 void sayPath(std::string const& path) {

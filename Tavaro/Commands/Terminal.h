@@ -44,6 +44,8 @@ template<class... Values> void tell(fmt::format_string<Shown<Values>...> format,
 
 /// A result for programs. What is harmless only within JSON is escaped.
 void sayJSON(std::string_view json);
+/// The same of what more follows, whole characters of it.
+void sayPieceOfJSON(std::string_view json);
 /// The name of what was made, on a line; exactly so where a program reads it.
 void sayPath(std::string const& path);
 

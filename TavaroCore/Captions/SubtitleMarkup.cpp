@@ -1,13 +1,12 @@
 #include <TavaroCore/Captions/Private/SubtitleMarkup.h>
 
+#include <TavaroCore/Files/TextEncoding.h>
+
 #include <algorithm>
 #include <array>
 #include <charconv>
 #include <cstdint>
 #include <optional>
-#include <unicode/ucnv.h>
-#include <unicode/unistr.h>
-#include <unicode/ustring.h>
 #include <unicode/utf8.h>
 #include <utility>
 
@@ -25,17 +24,6 @@ bool isUTF8(std::string_view text) {
         text.remove_prefix(static_cast<std::size_t>(next));
     }
     return true;
-}
-
-/// ICU counts in 32 bits, so long texts are converted in stretches.
-std::string converted(std::string_view bytes, char const* encoding) {
-    constexpr std::size_t stretch = 1 << 20; // even, so that no UTF-16 unit is torn
-    std::string result;
-    for (; !bytes.empty(); bytes.remove_prefix(std::min(stretch, bytes.size()))) {
-        auto const part = bytes.substr(0, stretch);
-        icu::UnicodeString(part.data(), static_cast<std::int32_t>(part.size()), encoding).toUTF8String(result);
-    }
-    return result;
 }
 
 void appendCharacter(UChar32 value, std::string& text) {
@@ -81,16 +69,9 @@ bool isSubRipTag(std::string_view tag) {
 }
 
 std::string decodedText(std::string_view bytes) {
-    std::string text;
-    if (bytes.starts_with("\xFF\xFE"))
-        text = converted(bytes.substr(2), "UTF-16LE");
-    else if (bytes.starts_with("\xFE\xFF"))
-        text = converted(bytes.substr(2), "UTF-16BE");
-    else if (bytes.starts_with("\xEF\xBB\xBF"))
-        text = bytes.substr(3);
-    else
-        text = bytes;
-    if (!isUTF8(text)) text = converted(text, "windows-1252");
+    if (bytes.starts_with("\xEF\xBB\xBF")) bytes.remove_prefix(3);
+    auto const utf16 = utf8OfMarkedUTF16(bytes);
+    auto text = utf16 ? *utf16 : isUTF8(bytes) ? std::string(bytes) : utf8Of(bytes, TextEncoding::windows1252);
     std::erase_if(text, [](char c) { return (c >= 0 && c < ' ' && c != '\n' && c != '\r' && c != '\t') || c == 0x7F; });
     return text;
 }

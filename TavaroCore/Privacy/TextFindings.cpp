@@ -18,8 +18,8 @@ std::string masked(std::string_view value) {
 
 }
 
-std::vector<TextFinding> findingsIn(std::string_view text, SensitiveTextClassifier& classifier, FindingKey const& key) {
-    std::vector<TextFinding> findings;
+void forEachFinding(std::string_view text, SensitiveTextClassifier& classifier, FindingKey const& key,
+                    std::function<void(TextFinding const&)> const& found) {
     LinesAbove above;
     for (std::int64_t number = 1; !text.empty(); ++number) {
         auto line = text.substr(0, text.find('\n'));
@@ -27,11 +27,15 @@ std::vector<TextFinding> findingsIn(std::string_view text, SensitiveTextClassifi
         if (line.ends_with('\r')) line.remove_suffix(1);
         for (auto const& match : classifier.matches(line, above)) {
             auto const value = line.substr(match.start, match.length);
-            findings.push_back({number, static_cast<std::int64_t>(match.start) + 1,
-                                static_cast<std::int64_t>(match.length), match.kind, match.label, masked(value),
-                                findingHash(value, key)});
+            found({number, static_cast<std::int64_t>(match.start) + 1, static_cast<std::int64_t>(match.length),
+                   match.kind, match.label, masked(value), findingHash(value, key)});
         }
     }
+}
+
+std::vector<TextFinding> findingsIn(std::string_view text, SensitiveTextClassifier& classifier, FindingKey const& key) {
+    std::vector<TextFinding> findings;
+    forEachFinding(text, classifier, key, [&](TextFinding const& finding) { findings.push_back(finding); });
     return findings;
 }
 

@@ -5,6 +5,7 @@
 #include <TavaroCore/Records/Fields.h>
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -35,6 +36,8 @@ static_assert(listsEveryField<TextFinding>);
 
 /// What is private in each line, from the first to the last. A value on the line below its label is found, and so are
 /// the lines of a key file and what a value goes on with.
+void forEachFinding(std::string_view text, SensitiveTextClassifier& classifier, FindingKey const& key,
+                    std::function<void(TextFinding const&)> const& found);
 std::vector<TextFinding> findingsIn(std::string_view text, SensitiveTextClassifier& classifier, FindingKey const& key);
 
 }

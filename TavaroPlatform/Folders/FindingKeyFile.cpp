@@ -42,7 +42,10 @@ std::optional<FindingKey> readKey(fs::path const& file) {
     auto const text = readWholeFile(file, largest);
     if (!text) return std::nullopt;
     if (auto const key = parsed(*text)) return key;
-    throw FileError(FileError::Kind::cannotRead, fmt::format("Could not read “{}”: it holds no key.", file.string()));
+    throw FileError(FileError::Kind::cannotRead,
+                    fmt::format("Could not read “{}”: it holds no whole key. It may be deleted: then a new key is "
+                                "made, and hashes of findings are others than before.",
+                                file.string()));
 }
 
 void writeKey(fs::path const& file) {

@@ -116,6 +116,14 @@ TEST_F(MovieCommands, whatIsPrivateInATextIsListedWithoutItsValue) {
     for (auto const& outcome : {plain, json}) EXPECT_THAT(outcome.out, testing::Not(HasSubstr("maria")));
     EXPECT_THAT(tavaro({"scan-text", path("screen.txt"), "--kinds", "card"}).out, HasSubstr("Nothing private"));
     expectFailure(tavaro({"scan-text", path("absent.txt")}), "There is no file");
+    std::string utf16;
+    for (char const c : std::string_view("Mail to maria@firma.example\n")) utf16.append({c, '\0'});
+    write("marked.txt", "\xFF\xFE" + utf16);
+    EXPECT_THAT(tavaro({"scan-text", path("marked.txt")}).out, HasSubstr("1:9  Email"));
+    write("unmarked.txt", utf16);
+    expectFailure(tavaro({"scan-text", path("unmarked.txt")}), "it has NUL bytes");
+    write("quiet.txt", "a quiet line\n");
+    EXPECT_EQ(tavaro({"scan-text", path("quiet.txt"), "--json"}).out, "[]\n");
     EXPECT_EQ(tavaro({"scan-text", path("screen.txt"), "--kinds", "shoes"}).exitCode, 2);
 }
 

@@ -23,7 +23,12 @@ TEST(FindingKeyFile, aDamagedKeyIsReportedAndNotReplaced) {
     auto const file = folder / "findings.key";
     for (std::string const damaged : {"", "12", "0123456789abcdefghijklmnopqrstuv"}) {
         writeFileAtomically(file, damaged);
-        EXPECT_THROW(ensureFindingKey(file), FileError) << damaged;
+        try {
+            ensureFindingKey(file);
+            ADD_FAILURE() << damaged;
+        } catch (FileError const& error) {
+            EXPECT_NE(std::string(error.what()).find("may be deleted"), std::string::npos) << error.what();
+        }
         EXPECT_EQ(readWholeFile(file), damaged);
     }
 }
