@@ -170,8 +170,7 @@ void movie(fs::path const& folder, FilmScene scene, Format const& format, std::i
 void measure(fs::path const& folder, std::string const& only) {
     auto const isWanted = [&](char const* part) { return only.empty() || only == part; };
     auto const rateOf = [](Format const& format) {
-        return ExportSettings{
-            .size = {format.width, format.height}, .fps = format.fps, .codec = VideoCodecChoice::hevc}
+        return ExportSettings{.size = {format.width, format.height}, .fps = format.fps, .codec = VideoCodecChoice::hevc}
             .bitrate();
     };
     for (auto const scene : filmScenes) {

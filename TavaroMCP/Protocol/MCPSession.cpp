@@ -3,8 +3,8 @@
 #include <TavaroCore/Records/JSONError.h>
 #include <TavaroMCP/Catalogue/MCPToolCatalog.h>
 #include <TavaroMCP/Protocol/Private/JSONRPC.h>
-#include <TavaroMCP/Protocol/ToolResult.h>
 #include <TavaroMCP/Protocol/Private/Turnstile.h>
+#include <TavaroMCP/Protocol/ToolResult.h>
 
 #include <algorithm>
 #include <cstdint>

@@ -23,8 +23,8 @@ public:
 
     struct Surroundings {
         std::string version; // of the server
-        /// Starts a call and returns at once; `finish` is called once. Both it and `progress` do nothing after that. What
-        /// it throws becomes a failure.
+        /// Starts a call and returns at once; `finish` is called once. Both it and `progress` do nothing after that.
+        /// What it throws becomes a failure.
         std::function<void(ToolCall call, Progress progress, Finish finish)> callTool;
         /// A message, without the newline that ends it.
         std::function<void(std::string_view line)> write;

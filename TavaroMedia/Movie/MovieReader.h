@@ -28,10 +28,10 @@ struct MovieReaderOptions {
     int threads = 0; // decoder threads; 0: one a core
 };
 
-/// Reads the pictures of a movie. Time 0 is the movie's first frame, whatever its own clock says; of a movie of a steady
-/// rate frame n is at n ÷ rate exactly, though its container may round to milliseconds.
-/// Playing forward decodes each frame once and never seeks; any other time costs one seek and the frames from the key
-/// frame before it, as many in a long movie as in a short one. One thread at a time.
+/// Reads the pictures of a movie. Time 0 is the movie's first frame, whatever its own clock says; of a movie of a
+/// steady rate frame n is at n ÷ rate exactly, though its container may round to milliseconds. Playing forward decodes
+/// each frame once and never seeks; any other time costs one seek and the frames from the key frame before it, as many
+/// in a long movie as in a short one. One thread at a time.
 class MovieReader {
 public:
     /// Throws `MediaError`: `missing`, `unreadable`, `noVideoTrack`, `unsupported`.

@@ -26,9 +26,7 @@ std::string problem(std::string_view name, JSONValue const& arguments) {
         return error.what();
     }
 }
-std::string problem(std::string_view name, char const* arguments) {
-    return problem(name, JSONValue::parse(arguments));
-}
+std::string problem(std::string_view name, char const* arguments) { return problem(name, JSONValue::parse(arguments)); }
 
 template<class Record> JSONValue encoded(Record const& record) { return JSONValue::parse(encodeJSON(record)); }
 
