@@ -184,7 +184,7 @@ void FilmSceneDrawing::draw(Image& image, int frame) {
 // Two seconds of typing, half a second of scrolling.
 void FilmSceneDrawing::drawPage(Image& image, int frame) const {
     auto const [size, lineHeight] = faceFor(height_);
-    auto const turns = frame / 150 + std::clamp((frame % 150 - 120) / 30.0, 0.0, 1.0);
+    auto const turns = std::floor(frame / 150.0) + std::clamp((frame % 150 - 120) / 30.0, 0.0, 1.0);
     auto const scrolled = static_cast<int>(turns * 12 * lineHeight) % (2 * height_);
     for (int y = 0; y < height_; ++y)
         std::memcpy(image.row(y), still_.view().row(y + scrolled), 4 * static_cast<std::size_t>(width_));

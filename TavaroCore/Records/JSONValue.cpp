@@ -20,7 +20,7 @@ JSONValue objectAt(JSONReader& reader, std::size_t depth) {
     JSONValue::Object members;
     reader.object([&](std::string_view key) {
         std::string name(key);
-        reader.takeMemoryOfNode(sizeof(JSONValue) + sizeof name + name.size());
+        reader.takeMemoryOfNode(sizeof(JSONValue) + sizeof(std::string) + name.size());
         members.insert_or_assign(std::move(name), valueAt(reader, depth));
     });
     return {std::move(members)};

@@ -78,10 +78,10 @@ void expectLimits(MCPToolName tool, std::string const& others, std::string (*ref
         auto const* const least = schema.find("minimum");
         auto const* const most = schema.find("maximum");
         if (!least || !most) continue;
-        auto const with = [&](std::string const& value) {
+        auto const with = [&, &name = name](std::string const& value) {
             return refuse("{" + others + '"' + name + "\":" + value + "}");
         };
-        auto const isOfTheArgument = [&](std::string const& sentence) {
+        auto const isOfTheArgument = [&, &name = name](std::string const& sentence) {
             return sentence.find(name + " must be ") != sentence.npos;
         };
         for (double const end : {boundOf(*least), boundOf(*most)}) {
