@@ -2,7 +2,7 @@
 // virtual display where something always moves. Prints one line a figure: name, value, unit.
 
 #include <TavaroCapture/Recorder/ScreenRecorder.h>
-#include <TavaroCapture/X11/Private/Connection.h>
+#include <TavaroCapture/X11/Connection.h>
 #include <TavaroMedia/Movie/MovieReader.h>
 #include <TavaroPlatform/Clocks/MediaClock.h>
 

@@ -13,6 +13,7 @@
 #include <Tavaro/Model/Operations/OperationError.h>
 #include <Tavaro/Model/Operations/Perform.h>
 
+#include <TavaroAutomation/Errors/AutomationError.h>
 #include <TavaroCapture/Sources/CaptureError.h>
 #include <TavaroCore/Errors/Excerpt.h>
 #include <TavaroCore/Export/ExportPreset.h>
@@ -55,6 +56,15 @@ MCPErrorCode codeOf(OperationError const& error) {
     }
 }
 
+MCPErrorCode codeOf(AutomationError const& error) {
+    switch (error.kind) {
+    case AutomationError::Kind::invalidRequest: return MCPErrorCode::invalidArguments;
+    case AutomationError::Kind::noSuchProgram:
+    case AutomationError::Kind::noSuchElement: return MCPErrorCode::notFound;
+    default: return MCPErrorCode::failed;
+    }
+}
+
 /// What an agent reads of the failure that is being handled.
 JSONValue presentFailure() {
     try {
@@ -64,6 +74,8 @@ JSONValue presentFailure() {
     } catch (RecordingError const& error) {
         return toolResult::failure(codeOf(error), error.what());
     } catch (OperationError const& error) {
+        return toolResult::failure(codeOf(error), error.what());
+    } catch (AutomationError const& error) {
         return toolResult::failure(codeOf(error), error.what());
     } catch (NoSuchFrame const&) {
         return toolResult::failure(MCPErrorCode::invalidArguments, "time must be inside the video.");

@@ -1,5 +1,6 @@
 #include <Tavaro/Agents/Private/UIArguments.h>
 
+#include <TavaroAutomation/Values/UIRect.h>
 #include <TavaroCore/Errors/Excerpt.h>
 
 #include <fmt/format.h>
@@ -7,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <initializer_list>
+#include <optional>
 
 namespace tavaro {
 
@@ -68,9 +70,10 @@ void expectTexts(ToolArguments const& arguments, std::initializer_list<char cons
     for (auto const* const name : names) arguments.text(name);
 }
 
-void expectPoint(ToolArguments const& arguments) {
-    bool const hasX = arguments.number("x").has_value(), hasY = arguments.number("y").has_value();
-    if (hasX != hasY) refuseArguments("x and y go together.");
+std::optional<UIPoint> point(ToolArguments const& arguments) {
+    auto const x = arguments.number("x"), y = arguments.number("y");
+    if (x.has_value() != y.has_value()) refuseArguments("x and y go together.");
+    return x ? std::optional(UIPoint{*x, *y}) : std::nullopt;
 }
 
 void expectClick(ToolArguments const& arguments) {
@@ -80,7 +83,7 @@ void expectClick(ToolArguments const& arguments) {
         refuseArguments("Say what to click: title (with app), element (with app), or x and y.");
     arguments.oneOf<ClickButton>("button");
     arguments.integer("count", {1, 3});
-    expectPoint(arguments);
+    point(arguments);
     expectSeconds(arguments);
 }
 
@@ -90,7 +93,7 @@ void expectScroll(ToolArguments const& arguments) {
     double const down = arguments.number("down", pixels).value_or(0);
     double const right = arguments.number("right", pixels).value_or(0);
     if (down == 0 && right == 0) refuseArguments("Give down and/or right, in pixels.");
-    expectPoint(arguments);
+    point(arguments);
     expectSeconds(arguments);
 }
 

@@ -1,7 +1,7 @@
 #include <TavaroCapture/Devices/ListSources.h>
 
-#include <TavaroCapture/X11/Private/Connection.h>
-#include <TavaroCapture/X11/Private/Desktop.h>
+#include <TavaroCapture/X11/Connection.h>
+#include <TavaroCapture/X11/Desktop.h>
 
 namespace tavaro {
 

@@ -1,4 +1,4 @@
-#include <TavaroCapture/Sources/Private/DesktopEntries.h>
+#include <TavaroCapture/Sources/DesktopEntries.h>
 
 #include <TavaroCore/Files/AtomicFile.h>
 #include <TavaroPlatform/Folders/Folders.h>

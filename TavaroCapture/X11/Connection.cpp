@@ -1,4 +1,4 @@
-#include <TavaroCapture/X11/Private/Connection.h>
+#include <TavaroCapture/X11/Connection.h>
 
 #include <TavaroCapture/Sources/CaptureError.h>
 

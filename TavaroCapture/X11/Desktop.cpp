@@ -1,4 +1,4 @@
-#include <TavaroCapture/X11/Private/Desktop.h>
+#include <TavaroCapture/X11/Desktop.h>
 
 #include <TavaroCapture/Sources/CaptureError.h>
 

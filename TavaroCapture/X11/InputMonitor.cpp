@@ -3,7 +3,7 @@
 #include <TavaroCapture/Events/Private/CursorNames.h>
 #include <TavaroCapture/Events/Private/SecurePrompts.h>
 #include <TavaroCapture/Sources/CaptureError.h>
-#include <TavaroCapture/X11/Private/Desktop.h>
+#include <TavaroCapture/X11/Desktop.h>
 #include <TavaroCapture/X11/Private/Keyboard.h>
 #include <TavaroPlatform/Clocks/MediaClock.h>
 

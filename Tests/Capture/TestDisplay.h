@@ -2,7 +2,7 @@
 
 #include <TavaroCapture/Events/Private/EventLog.h>
 #include <TavaroCapture/Sources/CaptureSource.h>
-#include <TavaroCapture/X11/Private/Connection.h>
+#include <TavaroCapture/X11/Connection.h>
 
 #include <cstdint>
 #include <functional>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <TavaroCapture/Sources/CaptureSource.h>
-#include <TavaroCapture/Sources/Private/DesktopEntries.h>
+#include <TavaroCapture/Sources/DesktopEntries.h>
 #include <TavaroCore/Recording/RecordingMetadata.h>
 
 #include <functional>

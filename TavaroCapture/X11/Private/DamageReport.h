@@ -1,6 +1,6 @@
 #pragma once
 
-#include <TavaroCapture/X11/Private/Connection.h>
+#include <TavaroCapture/X11/Connection.h>
 
 namespace tavaro::x11 {
 

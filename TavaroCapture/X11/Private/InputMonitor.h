@@ -1,7 +1,7 @@
 #pragma once
 
 #include <TavaroCapture/Sources/Private/EventSource.h>
-#include <TavaroCapture/X11/Private/Connection.h>
+#include <TavaroCapture/X11/Connection.h>
 #include <TavaroCore/Files/FileDescriptor.h>
 #include <TavaroPlatform/Queues/SerialQueue.h>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <TavaroCapture/X11/Private/Desktop.h>
+#include <TavaroCapture/X11/Desktop.h>
 #include <TavaroCapture/X11/Private/GrabTarget.h>
 
 namespace tavaro::x11 {

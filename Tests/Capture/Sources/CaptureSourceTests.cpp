@@ -1,7 +1,7 @@
 #include <TavaroCapture/Devices/ListSources.h>
 #include <TavaroCapture/Sources/CaptureError.h>
 #include <TavaroCapture/Sources/CaptureSource.h>
-#include <TavaroCapture/Sources/Private/DesktopEntries.h>
+#include <TavaroCapture/Sources/DesktopEntries.h>
 
 #include "../TestDisplay.h"
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <TavaroCapture/Sources/Private/DesktopEntries.h>
+#include <TavaroCapture/Sources/DesktopEntries.h>
 #include <TavaroCapture/Sources/SourceList.h>
-#include <TavaroCapture/X11/Private/Connection.h>
+#include <TavaroCapture/X11/Connection.h>
 
 /// What is on the desktop, and which part of it a source means.
 namespace tavaro::x11 {

@@ -11,7 +11,7 @@
 #include <vector>
 #include <xcb/xcb.h>
 
-/// The handles of XCB and the few questions asked of any window. For the sources of this library only.
+/// The handles of XCB and the few questions asked of any window. For what works with an X11 desktop only.
 namespace tavaro::x11 {
 
 struct Free {

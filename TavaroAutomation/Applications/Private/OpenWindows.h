@@ -1,0 +1,33 @@
+#pragma once
+
+#include <TavaroAutomation/Values/UIRect.h>
+#include <TavaroCapture/X11/Desktop.h>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+/// The windows of the desktop as their programs and the window manager describe them.
+namespace tavaro::x11 {
+
+struct OpenWindow {
+    xcb_window_t window = XCB_NONE;   // its contents
+    xcb_window_t topLevel = XCB_NONE; // with the window manager's frame
+    int pid = 0;                      // 0 where it does not say
+    std::string title;
+    WindowClass windowClass;
+    ApplicationIdentity application; // as the desktop calls it
+    std::string gtkApplicationID;    // what a GTK program calls itself: "org.gnome.TextEditor"
+    UIRect contents;                 // without the window manager's frame
+    UIRect frame;                    // as people see the window
+    bool isPopup = false;            // a menu, a list, a tooltip: the window manager leaves it alone
+    bool isMinimized = false;
+    bool isTransient = false; // a dialog of another window, or a splash screen
+};
+
+/// Frontmost first, popups too; without desktops and docks.
+std::vector<OpenWindow> openWindows(Connection& connection);
+/// Nothing when it is gone.
+std::optional<OpenWindow> openWindow(Connection& connection, xcb_window_t topLevel);
+
+}
