@@ -1,4 +1,4 @@
-#include <Tavaro/Agents/Private/MCPConsent.h>
+#include <Tavaro/Agents/MCPConsent.h>
 
 #include <TavaroCore/Errors/Excerpt.h>
 

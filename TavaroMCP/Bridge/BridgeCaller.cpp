@@ -1,7 +1,7 @@
 #include <TavaroMCP/Bridge/BridgeCaller.h>
 
 #include <TavaroCore/Records/JSONError.h>
-#include <TavaroMCP/Bridge/Private/BridgeMessages.h>
+#include <TavaroMCP/Bridge/BridgeMessages.h>
 #include <TavaroMCP/Protocol/ToolResult.h>
 #include <TavaroPlatform/Processes/DetachedProcess.h>
 #include <TavaroPlatform/Sockets/LineReader.h>

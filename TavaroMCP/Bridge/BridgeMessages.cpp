@@ -1,4 +1,4 @@
-#include <TavaroMCP/Bridge/Private/BridgeMessages.h>
+#include <TavaroMCP/Bridge/BridgeMessages.h>
 
 #include <TavaroCore/Records/JSON.h>
 

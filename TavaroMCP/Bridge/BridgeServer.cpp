@@ -1,4 +1,4 @@
-#include <TavaroMCP/Bridge/Private/BridgeServer.h>
+#include <TavaroMCP/Bridge/BridgeServer.h>
 
 #include <TavaroCore/Records/JSONError.h>
 #include <TavaroMCP/Protocol/ToolResult.h>
@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <exception>
 #include <list>
 #include <mutex>
@@ -108,6 +109,7 @@ struct BridgeServer::State {
     void removeEnded();
     void admit(UnixSocket socket);
     void serve(Connection& connection);
+    void sendLastAnswers();
 };
 
 void BridgeServer::State::listen() {
@@ -158,6 +160,20 @@ void BridgeServer::State::serve(Connection& connection) {
     bell.ring();
 }
 
+/// Whoever has nothing under way is over at once.
+void BridgeServer::State::sendLastAnswers() {
+    using namespace std::chrono;
+    auto const deadline = steady_clock::now() + limits.lastWords;
+    for (auto const& connection : connections) connection.socket.endInput();
+    while (!std::ranges::all_of(connections, [](auto const& each) { return each.isOver.load(); })) {
+        auto const left = ceil<milliseconds>(deadline - steady_clock::now());
+        if (left <= milliseconds::zero()) return;
+        pollfd waiting{bell.descriptor(), POLLIN, 0};
+        ::poll(&waiting, 1, static_cast<int>(left.count()));
+        bell.hush();
+    }
+}
+
 BridgeServer::BridgeServer(std::filesystem::path const& socket, BridgeApplication& application, BridgeLimits limits)
     : state_(std::make_unique<State>(socket, application, limits)) {
     state_->listening.emplace("com.tavaro.mcp.listen");
@@ -168,6 +184,7 @@ BridgeServer::~BridgeServer() {
     state_->isEnding = true;
     state_->bell.ring();
     state_->listening.reset();
+    state_->sendLastAnswers();
     for (auto& connection : state_->connections) connection.socket.shutDown();
     state_->connections.clear();
 }

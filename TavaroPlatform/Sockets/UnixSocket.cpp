@@ -85,6 +85,8 @@ bool UnixSocket::isConnected() const {
     return (eventsOf(descriptor_.get(), POLLRDHUP, Patience(0)) & (POLLRDHUP | POLLHUP | POLLERR)) == 0;
 }
 
+void UnixSocket::endInput() const { ::shutdown(descriptor_.get(), SHUT_RD); }
+
 void UnixSocket::shutDown() const { ::shutdown(descriptor_.get(), SHUT_RDWR); }
 
 bool UnixSocket::isOfSameUser() const {

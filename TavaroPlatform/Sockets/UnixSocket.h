@@ -38,6 +38,8 @@ public:
 
     /// Whether the other end is there still, as far as one knows.
     bool isConnected() const;
+    /// Any thread. Whoever waits for bytes here gets the end, while what is sent still goes.
+    void endInput() const;
     /// Any thread. Ends the connection for both sides; whoever waits for bytes gets its end.
     void shutDown() const;
 

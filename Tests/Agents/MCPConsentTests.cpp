@@ -1,7 +1,7 @@
 #include "../Core/Package/TemporaryFolder.h"
 #include "Refusal.h"
 
-#include <Tavaro/Agents/Private/MCPConsent.h>
+#include <Tavaro/Agents/MCPConsent.h>
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 #include <TavaroCore/Records/JSONError.h>
-#include <TavaroMCP/Bridge/Private/BridgeMessages.h>
+#include <TavaroMCP/Bridge/BridgeMessages.h>
 #include <TavaroPlatform/Sockets/LineSplitter.h>
 
 #include <cstdlib>

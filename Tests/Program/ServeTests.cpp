@@ -1,48 +1,52 @@
+#include "../Capture/TestDisplay.h"
 #include "ProcessFixture.h"
 
-#include <Tavaro/Commands/Serve.h>
+#include <Tavaro/Agents/MCPConsent.h>
 
-#include <TavaroCore/Errors/Error.h>
+#include <TavaroMCP/Bridge/BridgeCaller.h>
+#include <TavaroMCP/Bridge/MCPSocketPath.h>
 
-#include <CLI/CLI.hpp>
+#include <gmock/gmock.h>
 
-#include <cstdio>
 #include <cstdlib>
-#include <unistd.h>
-#include <vector>
+#include <future>
 
 using namespace tavaro;
+using ::testing::EndsWith;
+using ::testing::HasSubstr;
 namespace fs = std::filesystem;
 
 namespace {
 
-/// As `main` runs it, in a process of its own.
-[[noreturn]] void serve(std::string const& error) {
-    if (!std::freopen(error.c_str(), "w", stderr)) _exit(3);
-    CLI::App app;
-    commands::addServe(app);
-    try {
-        app.parse(std::vector<std::string>{"serve"});
-    } catch (Error const& failure) {
-        std::fputs(failure.what(), stderr);
-        std::fflush(stderr);
-        _exit(1);
-    }
-    _exit(0);
-}
-
 class Serve : public ProcessFixture {
 protected:
-    Serve() { setenv("XDG_STATE_HOME", path("state").c_str(), 1); }
-    ~Serve() override { unsetenv("XDG_STATE_HOME"); }
+    Serve() { setenv("XDG_CONFIG_HOME", path("config").c_str(), 1); }
+    ~Serve() override { unsetenv("XDG_CONFIG_HOME"); }
 
-    RunningProcess started(std::string const& name) {
-        auto const pid = fork();
-        if (pid == 0) serve(path(name));
-        return {pid, path(name + ".out"), path(name)};
+    RunningProcess serve(Arguments const& more = {}) {
+        Arguments words{"serve"};
+        words.insert(words.end(), more.begin(), more.end());
+        return start(TAVARO_PROGRAM, words);
     }
+    RunningProcess serveAndWait(Arguments const& more = {}) {
+        auto program = serve(more);
+        EXPECT_TRUE(becomesTrue([&] { return isServing(); })) << program.wait().error;
+        return program;
+    }
+    static bool isServing() { return fs::exists(mcpSocketPath()); }
     bool hasLogged(std::string const& line) const {
         return fs::exists(path(log)) && read(log).find(line) != std::string::npos;
+    }
+    static void allow(std::string const& client) {
+        Preferences preferences;
+        MCPConsent(preferences).allow(client);
+    }
+    /// The text of the result.
+    static std::string called(std::string const& tool, JSONValue::Object const& arguments = {},
+                              std::vector<std::string> const& starting = {}) {
+        auto const result = BridgeCaller({.socket = mcpSocketPath(), .command = starting})
+                                .call({tool, arguments, "tester"}, [](double, std::string const&) {});
+        return *result.find<JSONValue::Array>("content")->back().find<std::string>("text");
     }
 
     std::string const log = "state/Tavaro/tavaro.log";
@@ -53,14 +57,61 @@ protected:
 TEST_F(Serve, oneRunsForAUserUntilASignalEndsItAndThenTheNext) {
     for (int const signal : {SIGTERM, SIGINT, SIGKILL}) {
         fs::remove_all(path("state"));
-        auto first = started("first");
-        ASSERT_TRUE(becomesTrue([&] { return hasLogged("has begun"); })) << read("first");
-        auto const second = started("second").wait();
+        auto first = serve();
+        ASSERT_TRUE(becomesTrue([&] { return hasLogged("has begun"); })) << first.wait().error;
+        auto const second = serve().wait();
         EXPECT_EQ(second.exitCode, 1);
-        EXPECT_EQ(second.error, "Tavaro is already running.");
+        EXPECT_EQ(second.error, "Tavaro is already running.\n");
         first.send(signal);
         EXPECT_EQ(first.wait().exitCode, signal == SIGKILL ? 128 + SIGKILL : 0);
         EXPECT_EQ(hasLogged("has ended"), signal != SIGKILL);
+        EXPECT_EQ(isServing(), signal == SIGKILL);
         EXPECT_EQ(fs::status(path("state/Tavaro")).permissions(), fs::perms::owner_all);
     }
+}
+
+TEST_F(Serve, anAgentStartsItAndItEndsOnceNobodyUsesIt) {
+    allow("tester");
+    EXPECT_EQ(called("status", {}, {TAVARO_PROGRAM, "serve", "--until-idle", "0.5"}), "Tavaro status");
+    EXPECT_TRUE(becomesTrue([] { return !isServing(); }));
+    EXPECT_TRUE(becomesTrue([this] { return hasLogged("has ended"); }));
+}
+
+TEST_F(Serve, whoNobodyCanBeAskedForIsRefusedUntilAllowed) {
+    auto const program = serveAndWait();
+    auto const refused = "tester isn't allowed to control Tavaro. Allow it in Tavaro → Settings → MCP.";
+    EXPECT_EQ(called("status"), refused);
+    EXPECT_EQ(called("no_such_tool"), refused);
+    EXPECT_FALSE(fs::exists(Preferences::usualFile()));
+    allow("tester");
+    EXPECT_EQ(called("status"), "Tavaro status");
+    EXPECT_THAT(called("no_such_tool"), HasSubstr("no_such_tool"));
+}
+
+TEST_F(Serve, aSocketThatCannotBeOpenedIsToldAndEndsIt) {
+    fs::create_directories(mcpSocketPath());
+    auto const outcome = serve().wait();
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_THAT(outcome.error, HasSubstr("Tavaro MCP: couldn't open the socket: "));
+    EXPECT_TRUE(hasLogged("couldn't open the socket"));
+}
+
+TEST_F(Serve, aSignalSavesTheRecordingBeforeTheEndAndItsCallIsAnswered) {
+    if (!TestDisplay::isInstalled()) GTEST_SKIP() << "no virtual display";
+    TestDisplay const display(320, 200);
+    setenv("DISPLAY", display.name().c_str(), 1);
+    allow("tester");
+    auto program = serveAndWait();
+    auto answer = std::async(std::launch::async, [] {
+        return called(
+            "record_for",
+            {{"target", JSONValue::Object{{"display", "display-1"}}}, {"seconds", 600.0}, {"countdown", 0.0}});
+    });
+    EXPECT_TRUE(becomesTrue([&] { return fs::exists(path("data/Tavaro/Recordings")); }));
+    std::this_thread::sleep_for(std::chrono::milliseconds(700));
+    program.send(SIGTERM);
+    EXPECT_THAT(answer.get(), EndsWith(" s). Auto Polish has run."));
+    EXPECT_EQ(program.wait().exitCode, 0);
+    EXPECT_THAT(tavaro({"library"}).out, HasSubstr("Recording"));
+    unsetenv("DISPLAY");
 }

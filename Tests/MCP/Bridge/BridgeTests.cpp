@@ -1,6 +1,6 @@
 #include <TavaroMCP/Bridge/BridgeCaller.h>
-#include <TavaroMCP/Bridge/Private/BridgeMessages.h>
-#include <TavaroMCP/Bridge/Private/BridgeServer.h>
+#include <TavaroMCP/Bridge/BridgeMessages.h>
+#include <TavaroMCP/Bridge/BridgeServer.h>
 #include <TavaroMCP/Protocol/ToolResult.h>
 
 #include <TavaroCore/Records/JSONError.h>
@@ -188,6 +188,23 @@ TEST_F(BridgeTest, theApplicationSeesThatItsClientIsGoneAndTheServerEndsWithIt) 
     server.reset();
     EXPECT_EQ(gone, 2);
     EXPECT_FALSE(fs::exists(path));
+}
+
+TEST_F(BridgeTest, whatIsAnsweredAtTheEndStillArrivesAndAClientWithNothingUnderWayHoldsNobody) {
+    std::atomic<int> begun = 0;
+    application.answering = [&](BridgeRequest const&, BridgeClient& client) {
+        ++begun;
+        while (client.isConnected()) std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        return toolResult::ok(std::string(1 << 20, 'x'));
+    };
+    serve();
+    auto const idle = UnixSocket::connect(path);
+    auto answer = std::async(std::launch::async, [this] { return call(); });
+    ASSERT_TRUE(becomesTrue([&] { return begun == 1; }));
+    auto const start = std::chrono::steady_clock::now();
+    server.reset();
+    EXPECT_LT(std::chrono::steady_clock::now() - start, BridgeLimits().lastWords);
+    EXPECT_EQ(codeOf(answer.get()), "none");
 }
 
 TEST_F(BridgeTest, anApplicationThatEndsMidCallIsSaidSo) {

@@ -1,5 +1,5 @@
-#include <TavaroMCP/Bridge/Private/BridgeMessages.h>
-#include <TavaroMCP/Bridge/Private/BridgeServer.h>
+#include <TavaroMCP/Bridge/BridgeMessages.h>
+#include <TavaroMCP/Bridge/BridgeServer.h>
 #include <TavaroMCP/Protocol/ToolResult.h>
 
 #include <TavaroCore/Files/FileDescriptor.h>
@@ -114,7 +114,8 @@ protected:
         std::string pattern = (fs::temp_directory_path() / "tavaro-mcp-XXXXXX").string();
         folder = mkdtemp(pattern.data());
         setenv("XDG_DATA_HOME", folder.c_str(), 1);
-        bridge.emplace(folder / "Tavaro/mcp.sock", application);
+        bridge.emplace(folder / "Tavaro/mcp.sock", application,
+                       BridgeLimits{.lastWords = std::chrono::milliseconds(0)});
     }
     ~ServerProgram() override {
         bridge.reset();

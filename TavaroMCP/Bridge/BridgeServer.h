@@ -1,7 +1,7 @@
 #pragma once
 
 #include <TavaroCore/Records/JSONValue.h>
-#include <TavaroMCP/Bridge/Private/BridgeMessages.h>
+#include <TavaroMCP/Bridge/BridgeMessages.h>
 
 #include <chrono>
 #include <cstddef>
@@ -36,6 +36,7 @@ public:
 struct BridgeLimits {
     std::size_t lineBytes = longestBridgeLine;
     std::chrono::milliseconds lineTime{10'000}; // for a request to come in, and for a client to take more of a result
+    std::chrono::milliseconds lastWords{1'000}; // for answers under way when the server ends
     std::size_t connections = 128;              // more wait until one ends
 };
 
@@ -46,7 +47,8 @@ class BridgeServer {
 public:
     /// Listens, and answers from then on. Throws `SocketError`.
     BridgeServer(std::filesystem::path const& socket, BridgeApplication& application, BridgeLimits limits = {});
-    /// Ends all connections, and waits for the answers under way.
+    /// Lets nobody in, waits for the answers under way and sends them; a client that takes too long over its last one
+    /// does without.
     ~BridgeServer();
     BridgeServer(BridgeServer const&) = delete;
     BridgeServer& operator=(BridgeServer const&) = delete;

@@ -1,0 +1,94 @@
+#include <Tavaro/Agents/AppMCPBackend.h>
+
+#include <Tavaro/Agents/Private/MCPToolHandler.h>
+#include <Tavaro/Agents/Private/PendingCall.h>
+
+#include <TavaroMCP/Bridge/BridgeServer.h>
+#include <TavaroMCP/Protocol/ToolResult.h>
+
+#include <atomic>
+#include <optional>
+#include <utility>
+
+namespace tavaro {
+
+namespace {
+
+JSONValue interrupted() {
+    return toolResult::failure(MCPErrorCode::interrupted, "Tavaro closed the connection mid-call.");
+}
+
+}
+
+/// Where calls come in.
+class AppMCPBackend::Desk final : public BridgeApplication {
+public:
+    Desk(MainQueue& queue, Application& application, Settings settings)
+        : queue_(queue)
+        , consent_(application.preferences(), std::move(settings.ask))
+        , tools_(queue, application, std::move(settings.version)) {
+        server_.emplace(settings.socket, *this);
+    }
+    ~Desk() override {
+        isOver_ = true;
+        server_.reset();
+    }
+    Desk(Desk const&) = delete;
+    Desk& operator=(Desk const&) = delete;
+
+    JSONValue answer(BridgeRequest const& request, BridgeClient& client) override;
+
+    void beginToEnd() { isEnding_ = true; }
+    std::size_t connections() const { return server_->connections(); }
+
+private:
+    using Pending = std::shared_ptr<PendingCall>;
+
+    void begin(BridgeRequest const& request, Pending const& call);
+    void perform(BridgeRequest const& request, Pending const& call);
+
+    MainQueue& queue_;
+    MCPConsent consent_; // the main queue's, as are the next two
+    MCPToolHandler tools_;
+    bool isEnding_ = false;
+    std::atomic<bool> isOver_ = false;
+    std::optional<BridgeServer> server_;
+};
+
+JSONValue AppMCPBackend::Desk::answer(BridgeRequest const& request, BridgeClient& client) {
+    auto const call = std::make_shared<PendingCall>(client);
+    queue_.async([this, request, call] { begin(request, call); });
+    if (auto result = call->wait([this] { return isOver_.load(); })) return *std::move(result);
+    queue_.async([call] { call->abandon(); });
+    return interrupted();
+}
+
+void AppMCPBackend::Desk::begin(BridgeRequest const& request, Pending const& call) {
+    if (isEnding_) return call->finish(interrupted());
+    // A name that no tool has is told of to those only who may know what there is.
+    auto const tool = enumNamed<MCPToolName>(request.tool).value_or(MCPToolName::status);
+    consent_.check(request.client, tool, [this, request, call](std::optional<MCPToolError> const& refusal) {
+        if (refusal) return call->finish(toolResult::failure(refusal->code, refusal->what()));
+        if (!call->isAbandoned()) perform(request, call);
+    });
+}
+
+void AppMCPBackend::Desk::perform(BridgeRequest const& request, Pending const& call) {
+    call->onAbandoned(tools_.handle(
+        {.tool = request.tool,
+         .arguments = *request.arguments.as<JSONValue::Object>(),
+         .client = request.client,
+         .progress = [call](double fraction, std::string const& message) { call->progress(fraction, message); },
+         .finish = [call](JSONValue const& result) { call->finish(result); }}));
+}
+
+AppMCPBackend::AppMCPBackend(MainQueue& queue, Application& application, Settings settings)
+    : desk_(std::make_unique<Desk>(queue, application, std::move(settings))) {}
+
+AppMCPBackend::~AppMCPBackend() = default;
+
+void AppMCPBackend::beginToEnd() { desk_->beginToEnd(); }
+
+std::size_t AppMCPBackend::connections() const { return desk_->connections(); }
+
+}

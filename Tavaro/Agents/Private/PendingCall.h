@@ -1,0 +1,43 @@
+#pragma once
+
+#include <TavaroCore/Records/JSONValue.h>
+
+#include <condition_variable>
+#include <functional>
+#include <mutex>
+#include <optional>
+#include <string>
+
+namespace tavaro {
+
+class BridgeClient;
+
+/// A call that a connection's thread waits for while the main queue works on it. Whoever is done first, the work or
+/// the waiting, the other one goes on without it.
+class PendingCall {
+public:
+    /// `client` is used only while somebody waits.
+    explicit PendingCall(BridgeClient& client) : client_(&client) {}
+
+    /// The connection's thread. None when the client has gone, or once `isOver`, which is asked now and then.
+    std::optional<JSONValue> wait(std::function<bool()> const& isOver);
+
+    // Any thread:
+    void progress(double fraction, std::string const& message);
+    void finish(JSONValue result);
+
+    // The main queue:
+    void onAbandoned(std::function<void()> abandon) { abandon_ = std::move(abandon); }
+    bool isAbandoned() const { return isAbandoned_; }
+    void abandon();
+
+private:
+    std::mutex mutex_;
+    std::condition_variable finished_;
+    BridgeClient* client_; // null when nobody waits any more; this and the result are guarded by `mutex_`
+    std::optional<JSONValue> result_;
+    std::function<void()> abandon_; // the main queue's, as is the next
+    bool isAbandoned_ = false;
+};
+
+}
