@@ -88,12 +88,15 @@ void serve(IdleTime::Length most) {
 void addServe(CLI::App& app) {
     auto* command =
         app.add_subcommand("serve", "Runs the application without windows, for agents, until a signal ends it");
-    auto const seconds = std::make_shared<double>(usualIdleTime.count());
+    auto const seconds = std::make_shared<double>(0); // as long as none are said
     auto* const idle = command->add_option(
         "--until-idle", *seconds,
         "end also after so many seconds without a client, a recording or an export; 600 if not said");
     idle->expected(0, 1)->check(CLI::Range(0.1, 1e6));
-    command->callback([seconds, idle] { serve(idle->count() > 0 ? IdleTime::Length(*seconds) : std::nullopt); });
+    command->callback([seconds, idle] {
+        if (idle->count() == 0) return serve(std::nullopt);
+        serve(*seconds > 0 ? std::chrono::duration<double>(*seconds) : usualIdleTime);
+    });
 }
 
 }

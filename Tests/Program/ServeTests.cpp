@@ -75,6 +75,10 @@ TEST_F(Serve, anAgentStartsItAndItEndsOnceNobodyUsesIt) {
     EXPECT_EQ(called("status", {}, {TAVARO_PROGRAM, "serve", "--until-idle", "0.5"}), "Tavaro status");
     EXPECT_TRUE(becomesTrue([] { return !isServing(); }));
     EXPECT_TRUE(becomesTrue([this] { return hasLogged("has ended"); }));
+    auto const program = serveAndWait({"--until-idle"}); // usually a while
+    std::this_thread::sleep_for(std::chrono::milliseconds(500));
+    EXPECT_EQ(called("status"), "Tavaro status");
+    EXPECT_TRUE(program.isRunning());
 }
 
 TEST_F(Serve, whoNobodyCanBeAskedForIsRefusedUntilAllowed) {
