@@ -3,6 +3,7 @@
 #include <TavaroCore/Records/JSONError.h>
 #include <TavaroMCP/Bridge/BridgeMessages.h>
 #include <TavaroMCP/Protocol/ToolResult.h>
+#include <TavaroPlatform/Processes/DesktopSession.h>
 #include <TavaroPlatform/Processes/DetachedProcess.h>
 #include <TavaroPlatform/Sockets/LineReader.h>
 #include <TavaroPlatform/Sockets/SocketError.h>
@@ -11,7 +12,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <thread>
 #include <utility>
 
@@ -19,18 +19,15 @@ namespace tavaro {
 
 namespace {
 
-bool hasDisplay() {
-    auto const isSet = [](char const* name) {
-        char const* const value = std::getenv(name);
-        return value && *value;
-    };
-    return isSet("DISPLAY") || isSet("WAYLAND_DISPLAY");
+/// Clients start the server with few variables, and the application needs those of the desktop.
+std::optional<DetachedProcess> startApplication(std::vector<std::string> const& command) {
+    return DetachedProcess::start(command, hasDisplay() ? std::vector<std::string>() : desktopSessionVariables());
 }
 
 /// Tries until the application listens. None where it does not in time. One that fails may have found another that is
 /// about to listen.
 std::optional<UnixSocket> connectToStarted(BridgeCaller::Settings const& settings) {
-    auto application = DetachedProcess::start(settings.command);
+    auto application = startApplication(settings.command);
     if (!application) return std::nullopt;
     auto deadline = std::chrono::steady_clock::now() + settings.timeToStart;
     bool hasFailed = false;
@@ -74,7 +71,8 @@ JSONValue resultOver(UnixSocket const& socket, BridgeRequest const& request, Bri
 }
 
 std::vector<std::string> applicationCommand() {
-    if (auto const studio = hasDisplay() ? findProgram("tavaro-studio") : std::nullopt) return {studio->string()};
+    auto const studio = findProgram("tavaro-studio");
+    if (studio && (hasDisplay() || !desktopSessionVariables().empty())) return {studio->string()};
     if (auto const application = findProgram("tavaro")) return {application->string(), "serve", "--until-idle"};
     return {};
 }

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <spawn.h>
+#include <string_view>
 #include <sys/wait.h>
 #include <system_error>
 #include <unistd.h>
@@ -45,6 +46,28 @@ private:
     posix_spawnattr_t attributes_{};
 };
 
+/// As the system wants lists of texts, which it does not change.
+std::vector<char*> pointersTo(std::vector<std::string> const& texts) {
+    std::vector<char*> pointers;
+    for (auto const& text : texts) pointers.push_back(const_cast<char*>(text.c_str()));
+    pointers.push_back(nullptr);
+    return pointers;
+}
+
+/// Of a name that is there twice the first counts, so what is here already is left out.
+std::vector<char*> environmentWith(std::vector<std::string> const& more) {
+    auto variables = pointersTo(more);
+    variables.pop_back();
+    auto const isReplaced = [&](std::string_view variable) {
+        auto const name = variable.substr(0, variable.find('=') + 1);
+        return std::ranges::any_of(more, [&](auto const& each) { return each.starts_with(name); });
+    };
+    for (char** each = environ; *each; ++each)
+        if (!isReplaced(*each)) variables.push_back(*each);
+    variables.push_back(nullptr);
+    return variables;
+}
+
 bool isProgram(std::filesystem::path const& file) {
     std::error_code code;
     return std::filesystem::is_regular_file(file, code) && ::access(file.c_str(), X_OK) == 0;
@@ -66,14 +89,14 @@ std::optional<std::filesystem::path> findProgram(std::string_view name) {
     return std::nullopt;
 }
 
-std::optional<DetachedProcess> DetachedProcess::start(std::vector<std::string> const& command) {
+std::optional<DetachedProcess> DetachedProcess::start(std::vector<std::string> const& command,
+                                                      std::vector<std::string> const& more) {
     if (command.empty()) return std::nullopt;
-    std::vector<char*> words;
-    for (auto const& word : command) words.push_back(const_cast<char*>(word.c_str()));
-    words.push_back(nullptr);
+    auto words = pointersTo(command);
+    auto variables = environmentWith(more);
     Surroundings const around;
     pid_t process = 0;
-    if (::posix_spawn(&process, words[0], around.files(), around.attributes(), words.data(), environ) != 0)
+    if (::posix_spawn(&process, words[0], around.files(), around.attributes(), words.data(), variables.data()) != 0)
         return std::nullopt;
     return DetachedProcess(process);
 }

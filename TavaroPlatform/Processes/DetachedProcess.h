@@ -16,8 +16,10 @@ std::optional<std::filesystem::path> findProgram(std::string_view name);
 /// terminal runs. It reads nothing from here, and what it prints is dropped.
 class DetachedProcess {
 public:
-    /// The first word is the program's file. None where it cannot be started.
-    static std::optional<DetachedProcess> start(std::vector<std::string> const& command);
+    /// The first word is the program's file. It has this program's variables and `more` ("NAME=value"), which go
+    /// before. None where it cannot be started.
+    static std::optional<DetachedProcess> start(std::vector<std::string> const& command,
+                                                std::vector<std::string> const& more = {});
 
     /// Whether it has ended, and not well.
     bool hasFailed();

@@ -50,6 +50,17 @@ TEST(DetachedProcess, runsInASessionOfItsOwnAndAFailureIsSeen) {
     fs::remove_all(folder);
 }
 
+TEST(DetachedProcess, hasTheVariablesOfHereAndThoseThatAreGivenBefore) {
+    setenv("TAVARO_HERE", "1", 1);
+    setenv("TAVARO_BOTH", "here", 1);
+    auto const script = "test \"$TAVARO_HERE $TAVARO_BOTH $TAVARO_MORE\" = '1 given 2' && exit 3";
+    auto process =
+        DetachedProcess::start({findProgram("sh")->string(), "-c", script}, {"TAVARO_BOTH=given", "TAVARO_MORE=2"});
+    EXPECT_TRUE(becomesTrue([&] { return process->hasFailed(); }));
+    unsetenv("TAVARO_HERE");
+    unsetenv("TAVARO_BOTH");
+}
+
 TEST(DetachedProcess, whatIsNoProgramDoesNotStart) {
     EXPECT_FALSE(DetachedProcess::start({"/no/such/program"}));
     EXPECT_FALSE(DetachedProcess::start({}));
