@@ -3,11 +3,16 @@
 #include <Tavaro/Agents/Private/MCPToolHandler.h>
 #include <Tavaro/Agents/Private/PendingCall.h>
 
+#include <TavaroCore/Errors/Excerpt.h>
 #include <TavaroMCP/Bridge/BridgeServer.h>
 #include <TavaroMCP/Protocol/ToolResult.h>
 
+#include <spdlog/spdlog.h>
+
 #include <atomic>
+#include <chrono>
 #include <optional>
+#include <string>
 #include <utility>
 
 namespace tavaro {
@@ -17,6 +22,29 @@ namespace {
 JSONValue interrupted() {
     return toolResult::failure(MCPErrorCode::interrupted, "Tavaro closed the connection mid-call.");
 }
+
+std::string outcomeOf(JSONValue const& result) {
+    auto const* const failed = result.find<bool>("isError");
+    auto const* const failure = failed && *failed ? result.find("structuredContent") : nullptr;
+    auto const* const code = failure ? failure->find<std::string>("code") : nullptr;
+    return code ? *code : "done";
+}
+
+/// Who called what and how it went; never with what.
+class CallNote {
+public:
+    explicit CallNote(BridgeRequest const& request) : caller_(excerpt(request.client)), tool_(excerpt(request.tool)) {}
+
+    void write(JSONValue const& result) const {
+        using Seconds = std::chrono::duration<double>;
+        spdlog::info("{}: {}: {} after {:.3f} s", caller_, tool_, outcomeOf(result),
+                     Seconds(std::chrono::steady_clock::now() - begun_).count());
+    }
+
+private:
+    std::string caller_, tool_;
+    std::chrono::steady_clock::time_point begun_ = std::chrono::steady_clock::now();
+};
 
 }
 
@@ -58,9 +86,11 @@ private:
 JSONValue AppMCPBackend::Desk::answer(BridgeRequest const& request, BridgeClient& client) {
     auto const call = std::make_shared<PendingCall>(client);
     queue_.async([this, request, call] { begin(request, call); });
-    if (auto result = call->wait([this] { return isOver_.load(); })) return *std::move(result);
-    queue_.async([call] { call->abandon(); });
-    return interrupted();
+    CallNote const note(request);
+    auto result = call->wait([this] { return isOver_.load(); });
+    if (!result) queue_.async([call] { call->abandon(); });
+    note.write(result ? *result : interrupted());
+    return result ? *std::move(result) : interrupted();
 }
 
 void AppMCPBackend::Desk::begin(BridgeRequest const& request, Pending const& call) {

@@ -90,6 +90,9 @@ TEST_F(Serve, whoNobodyCanBeAskedForIsRefusedUntilAllowed) {
     allow("tester");
     EXPECT_EQ(called("status"), "Tavaro status");
     EXPECT_THAT(called("no_such_tool"), HasSubstr("no_such_tool"));
+    called("ui_keys", {{"text", "hunter2"}, {"keys", JSONValue::Array{"cmd+k"}}});
+    EXPECT_TRUE(hasLogged("tester: ui_keys: consent_denied after "));
+    EXPECT_FALSE(hasLogged("hunter2") || hasLogged("cmd+k"));
 }
 
 TEST_F(Serve, aSocketThatCannotBeOpenedIsToldAndEndsIt) {

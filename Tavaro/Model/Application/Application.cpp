@@ -7,7 +7,6 @@
 #include <TavaroPlatform/Folders/Folders.h>
 
 #include <fmt/format.h>
-#include <spdlog/spdlog.h>
 
 #include <ctime>
 #include <utility>
@@ -24,7 +23,7 @@ ApplicationPlaces ApplicationPlaces::usual() {
 
 Application::Application(MainQueue& queue, ApplicationPlaces places)
     : places_(std::move(places))
-    , preferences_(places_.preferences, [](std::string const& remark) { spdlog::warn("{}", remark); })
+    , preferences_(places_.preferences)
     , catalogue_(queue, places_.library, places_.index)
     , projects_(queue)
     , recorder_(queue)
