@@ -1,0 +1,113 @@
+#include <Tavaro/Agents/Private/ProjectTools.h>
+
+#include <Tavaro/Agents/Private/ProjectActions.h>
+#include <Tavaro/Agents/Private/ProjectPatch.h>
+#include <Tavaro/Agents/Private/ProjectView.h>
+#include <Tavaro/Agents/Private/TimelineOp.h>
+#include <Tavaro/Model/Application/Application.h>
+#include <Tavaro/Model/Making/Polish.h>
+#include <Tavaro/Model/Operations/Perform.h>
+
+#include <TavaroCore/Errors/Excerpt.h>
+#include <TavaroCore/Records/JSON.h>
+#include <TavaroMCP/Protocol/ToolResult.h>
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <utility>
+
+namespace tavaro {
+
+namespace {
+
+JSONValue::Object listedProject(LibraryItem const& item) {
+    return {{"id", item.id ? item.id->text() : std::string()},
+            {"name", item.name},
+            {"duration", item.duration},
+            {"modified", JSONValue::parse(encodeJSON(item.modified))},
+            {"path", item.path.string()}};
+}
+
+JSONValue::Object editResult(StepOutcome const& step) {
+    return {{"changed", step.isChanged}, {"duration", step.duration}};
+}
+
+}
+
+void ProjectTools::list(RunningCall& call) {
+    constexpr std::int64_t usual = 20;
+    auto const limit = call.arguments().integer("limit", {1, 200}).value_or(usual);
+    application_.catalogue().list(static_cast<std::size_t>(limit), call.later([](RunningCall& here, auto const& found) {
+        JSONValue::Array projects;
+        for (auto const& item : found.value()) projects.push_back(listedProject(item));
+        auto const summary = fmt::format("{} projects, newest first", projects.size());
+        here.finish(toolResult::ok(summary, JSONValue::Object{{"projects", std::move(projects)}}));
+    }));
+}
+
+void ProjectTools::open(RunningCall& call, OpenProjects::Opened const& project) {
+    opened_ = project;
+    call.finish(toolResult::ok(fmt::format("Opened {}.", excerpt(project->document().name)),
+                               JSONValue::Object{{"project_id", project->document().id.text()}}));
+}
+
+void ProjectTools::show(RunningCall& call, OpenProjects::Opened const& project) {
+    project->refresh();
+    auto view = viewOf(project->document());
+    auto const summary = fmt::format("{}, {:.2f} s.{}", excerpt(project->document().name),
+                                     project->document().duration(), view.leftOut());
+    call.finish(toolResult::ok(summary, std::move(view.json)));
+}
+
+void ProjectTools::edit(RunningCall& call, OpenProjects::Opened const& project) {
+    auto const patch = projectPatch(call.arguments());
+    std::string summary;
+    auto const step = commitFor(*project, call.client(), operations::Patch::info.title,
+                                [&](DemoProject& edited) { summary = perform(edited, patch).summary; });
+    call.finish(toolResult::ok(summary + ".", editResult(step)));
+}
+
+void ProjectTools::editTimeline(RunningCall& call, OpenProjects::Opened const& project) {
+    project->refresh();
+    auto const title = infoOf(timelineOp(call.arguments(), project->document())).title;
+    auto const step = commitFor(*project, call.client(), title,
+                                [&](DemoProject& edited) { perform(edited, timelineOp(call.arguments(), edited)); });
+    call.finish(toolResult::ok(fmt::format("Timeline edited. Now {:.2f} s.", step.duration), editResult(step)));
+}
+
+void ProjectTools::runAction(RunningCall& call, OpenProjects::Opened const& project) {
+    project->refresh();
+    auto const action = projectAction(call.arguments(), project->document());
+    if (auto const* const missing = std::get_if<ProjectAction::Missing>(&action.work))
+        throw MCPToolError(MCPErrorCode::failed, missing->sentence);
+    if (auto const* const options = std::get_if<PolishOptions>(&action.work)) return polish(call, project, *options);
+    auto const& operation = std::get<Operation>(action.work);
+    std::string summary;
+    auto const step = commitFor(*project, call.client(), infoOf(operation).title, [&](DemoProject& edited) {
+        auto const before = edited;
+        summary = actionSummary(action, before, perform(edited, operation));
+    });
+    call.finish(toolResult::ok(summary, editResult(step)));
+}
+
+void ProjectTools::polish(RunningCall& call, OpenProjects::Opened const& project, PolishOptions const& options) {
+    auto const job =
+        std::make_shared<Job<PolishedProject>>(polishJob(queue_, project->document(), {.options = options}));
+    auto const revision = project->revision();
+    call.keep(job);
+    auto const take = call.later([project, revision, &job = *job](RunningCall& here) {
+        auto const& polished = job.result();
+        auto const step = commitFor(*project, here.client(), polishStep, [&](DemoProject& edited) {
+            if (project->revision() != revision)
+                throw MCPToolError(MCPErrorCode::failed, "The project was changed meanwhile. Run auto_polish again.");
+            edited = polished.project;
+        });
+        here.finish(toolResult::ok(fmt::format("Auto Polish done: {}", fmt::join(polished.report.summaryLines(), " ")),
+                                   editResult(step)));
+    });
+    job->onFinished([take] { take(); });
+    job->start();
+}
+
+}

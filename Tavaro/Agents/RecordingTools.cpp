@@ -1,0 +1,155 @@
+#include <Tavaro/Agents/Private/RecordingTools.h>
+
+#include <Tavaro/Agents/Private/RecordObject.h>
+#include <Tavaro/Model/Application/Application.h>
+#include <Tavaro/Model/Listings/SourceListing.h>
+
+#include <TavaroCapture/Sources/CaptureError.h>
+#include <TavaroCore/Errors/Excerpt.h>
+#include <TavaroMCP/Protocol/ToolResult.h>
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace tavaro {
+
+namespace {
+
+std::string idOf(RecordRequest const& request) {
+    if (auto const* const display = std::get_if<RecordRequest::Display>(&request.target)) return display->id;
+    if (auto const* const window = std::get_if<RecordRequest::Window>(&request.target)) return window->id;
+    if (auto const* const app = std::get_if<RecordRequest::App>(&request.target)) return app->bundleID;
+    return std::get<RecordRequest::Area>(request.target).display;
+}
+
+MCPToolError unknownSource(RecordRequest const& request) {
+    return {MCPErrorCode::notFound,
+            fmt::format("There is no source \"{}\". Call list_sources for ids.", excerpt(idOf(request)))};
+}
+
+/// A point of an X11 display is a pixel.
+AreaSource areaOf(RecordRequest::Area const& area, AreaShape shape) {
+    auto const pixels = [](double points) { return static_cast<int>(std::lround(std::clamp(points, -1e6, 1e6))); };
+    return {.rect = {pixels(area.x), pixels(area.y), pixels(area.width), pixels(area.height)},
+            .display = area.display,
+            .shape = shape};
+}
+
+CaptureSource sourceOf(RecordRequest const& request) {
+    if (auto const* const display = std::get_if<RecordRequest::Display>(&request.target))
+        return DisplaySource{display->id};
+    if (auto const* const app = std::get_if<RecordRequest::App>(&request.target))
+        return ApplicationSource{app->bundleID};
+    if (auto const* const area = std::get_if<RecordRequest::Area>(&request.target))
+        return areaOf(*area, request.aspect);
+    try {
+        return parseWindowSource(std::get<RecordRequest::Window>(request.target).id);
+    } catch (CaptureError const&) {
+        throw unknownSource(request);
+    }
+}
+
+void expectOnlyPicture(RecordRequest const& request) {
+    auto const expect = [](std::optional<bool> wanted, std::string_view what, std::string_view argument) {
+        if (!wanted.value_or(false)) return;
+        throw MCPToolError(
+            MCPErrorCode::failed,
+            fmt::format("This version of Tavaro cannot record {}. Record with {}: false.", what, argument));
+    };
+    expect(request.microphone, "the microphone", "microphone");
+    expect(request.systemAudio, "system audio", "system_audio");
+    expect(request.camera, "the camera", "camera");
+}
+
+/// Why there is no project, or nothing.
+void expectSaved(RecordingOutcome const& outcome, RecordRequest const* request) {
+    if (!outcome.failure) return;
+    try {
+        std::rethrow_exception(outcome.failure);
+    } catch (CaptureError const& error) {
+        if (request && error.kind == CaptureError::Kind::noSuchSource) throw unknownSource(*request);
+    } catch (Error const&) { // its sentence is in the outcome's
+    }
+    throw MCPToolError(MCPErrorCode::failed, outcome.sentence());
+}
+
+JSONValue savedResult(RecordingOutcome const& outcome) {
+    auto const& made = *outcome.made;
+    auto const id = made.id.text();
+    JSONValue::Object const structured{
+        {"project_id", id}, {"path", made.made.path}, {"duration", made.made.duration}, {"health", made.health}};
+    return toolResult::ok(fmt::format("Saved as project {} ({:.1f} s). Auto Polish has run.", id, made.made.duration),
+                          structured);
+}
+
+}
+
+void RecordingTools::listSources(RunningCall& call) {
+    application_.sources(call.later([](RunningCall& here, auto const& sources) {
+        auto structured = objectOf(listingOf(sources.value()));
+        structured.emplace("cameras", JSONValue::Array{});
+        structured.emplace("microphones", JSONValue::Array{});
+        here.finish(toolResult::ok("Recordable sources", structured));
+    }));
+}
+
+void RecordingTools::record(RunningCall& call, RecordRequest const& request, std::function<void()> begun) {
+    expectOnlyPicture(request);
+    application_.record(
+        {.recorder = {.source = sourceOf(request)},
+         .countdown = request.countdown,
+         .seconds = request.seconds.value_or(0)},
+        {.begun = std::move(begun), .over = call.later([request](RunningCall& here, RecordingOutcome const& outcome) {
+             expectSaved(outcome, &request);
+             here.finish(savedResult(outcome));
+         })});
+}
+
+void RecordingTools::start(RunningCall& call) {
+    record(call, recordRequest(call.arguments(), RecordingLength::open), call.later([](RunningCall& here) {
+        here.finish(toolResult::ok("Recording. Call stop_recording to finish."));
+    }));
+}
+
+void RecordingTools::recordFor(RunningCall& call) {
+    auto const request = recordRequest(call.arguments(), RecordingLength::fixed);
+    record(call, request, {});
+    auto& recorder = application_.recorder();
+    auto const tell = call.later([seconds = *request.seconds](RunningCall& here, RecorderState const& state) {
+        here.progress(std::min(state.take.seconds / seconds, 1.0), std::string(nameOf(state.phase)));
+    });
+    call.keep(std::make_shared<RecordingController::Observation>(recorder.observe(tell)));
+    call.whenAbandoned([&recorder] {
+        if (recorder.isTaking()) recorder.stop();
+        if (recorder.state().phase == RecorderPhase::countdown) recorder.cancel();
+    });
+}
+
+void RecordingTools::stop(RunningCall& call) {
+    application_.recorder().stop();
+    application_.recorder().whenOver(call.later([](RunningCall& here, RecordingOutcome const& outcome) {
+        expectSaved(outcome, nullptr);
+        here.finish(savedResult(outcome));
+    }));
+}
+
+void RecordingTools::pause(RunningCall& call) {
+    application_.recorder().pause();
+    call.finish(toolResult::ok("Paused. Call resume_recording to go on."));
+}
+
+void RecordingTools::resume(RunningCall& call) {
+    application_.recorder().resume();
+    call.finish(toolResult::ok("Recording again. Call stop_recording to finish."));
+}
+
+void RecordingTools::cancel(RunningCall& call) {
+    application_.recorder().cancel();
+    application_.recorder().whenOver(call.later(
+        [](RunningCall& here, RecordingOutcome const&) { here.finish(toolResult::ok("Recording thrown away.")); }));
+}
+
+}
