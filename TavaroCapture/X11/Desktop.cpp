@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <filesystem>
 #include <fmt/format.h>
 #include <xcb/randr.h>
 
@@ -42,6 +43,14 @@ bool isMinimized(Connection& connection, xcb_window_t window) {
 std::string titleOf(Connection& connection, xcb_window_t window) {
     std::string title = connection.text(window, "_NET_WM_NAME");
     return title.empty() ? connection.text(window, "WM_NAME") : title;
+}
+
+/// The file name of the program that says the window is its; empty where that is unknown.
+std::string programOf(Connection& connection, xcb_window_t window) {
+    auto const pid = connection.cardinals(window, "_NET_WM_PID");
+    if (pid.empty()) return {};
+    std::error_code code;
+    return std::filesystem::read_symlink(fmt::format("/proc/{}/exe", pid[0]), code).filename().string();
 }
 
 WindowInfo describe(Connection& connection, xcb_window_t window, PixelRect const& frame) {
@@ -180,7 +189,11 @@ std::vector<WindowInfo> windows(Connection& connection) {
 
 ApplicationIdentity applicationOf(Connection& connection, xcb_window_t window) {
     auto const names = windowClass(connection, window);
-    return identifyApplication(names.instance, names.name, titleOf(connection, window));
+    return identifyApplication({.instance = names.instance,
+                                .windowClass = names.name,
+                                .gtkApplicationID = connection.text(window, "_GTK_APPLICATION_ID"),
+                                .program = programOf(connection, window)},
+                               titleOf(connection, window));
 }
 
 ResolvedSource resolve(Connection& connection, CaptureSource const& source) {

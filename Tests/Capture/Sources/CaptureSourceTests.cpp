@@ -3,7 +3,10 @@
 #include <TavaroCapture/Sources/CaptureSource.h>
 #include <TavaroCapture/Sources/DesktopEntries.h>
 
+#include "../TemporaryFolder.h"
 #include "../TestDisplay.h"
+
+#include <fstream>
 
 namespace tavaro {
 
@@ -18,12 +21,55 @@ TEST(CaptureSource, windowsAndAreasAreReadAsPeopleWriteThem) {
         EXPECT_THROW(parseAreaSource(text), CaptureError) << text;
 }
 
-TEST(DesktopEntries, aKeyIsReadFromTheMainGroupOnly) {
+TEST(DesktopEntries, keysAreReadFromTheMainGroupOnly) {
     auto const* const entry = "# comment\nName=stray\n[Desktop Entry]\r\nName[de]=Schreiber\nName = Writer\r\n"
-                              "NameExtra=no\n[Desktop Action new]\nExec=writer --new\n";
-    EXPECT_EQ(desktopEntryValue(entry, "Name"), "Writer");
-    EXPECT_EQ(desktopEntryValue(entry, "Exec"), std::nullopt);
-    EXPECT_EQ(desktopEntryValue("", "Name"), std::nullopt);
+                              "NameExtra=a\\sb\\\\c\n[Desktop Action new]\nExec=writer --new\n";
+    EXPECT_EQ(desktopEntryValues(entry), (std::map<std::string, std::string>{
+                                             {"Name", "Writer"}, {"Name[de]", "Schreiber"}, {"NameExtra", "a b\\c"}}));
+    EXPECT_TRUE(desktopEntryValues("").empty());
+}
+
+/// Entries in folders, the user's before the system's.
+class InstalledApplications : public testing::Test {
+protected:
+    void install(std::string const& folder, std::string const& id, std::string const& rest) {
+        auto const file = folder_.path() / folder / (id + ".desktop");
+        std::filesystem::create_directories(file.parent_path());
+        std::ofstream(file) << "[Desktop Entry]\nType=Application\n" << rest;
+    }
+    std::string owner(WindowOwner const& window) const {
+        DesktopEntries const entries({folder_.path() / "user", folder_.path() / "system"});
+        auto const* const found = entries.ownerOf(window);
+        return found ? found->identity.bundleID : "";
+    }
+
+    TemporaryFolder folder_;
+};
+
+TEST_F(InstalledApplications, ownAWindowWhoseClassIsNotTheirId) {
+    install("system", "org.text.Writer", "Name=Text Writer\nExec=/opt/text-writer %U\n");
+    install("system", "org.sum.kcalc", "Name=Sums\nExec=kcalc\n");
+    install("system", "office-calc", "Name=Calc\nExec=office --calc\nStartupWMClass=Tables\n");
+    install("system", "office-draw", "Name=Draw\nExec=office --draw\n");
+    EXPECT_EQ(owner({.windowClass = "whatever", .gtkApplicationID = "org.text.Writer"}), "org.text.Writer");
+    EXPECT_EQ(owner({.instance = "text-writer", .windowClass = "Text-writer"}), "org.text.Writer");
+    EXPECT_EQ(owner({.windowClass = "other", .program = "text-writer"}), "org.text.Writer");
+    EXPECT_EQ(owner({.windowClass = "KCalc"}), "org.sum.kcalc");
+    EXPECT_EQ(owner({.windowClass = "tables"}), "office-calc");
+    EXPECT_EQ(owner({.windowClass = "Text Writer"}), "org.text.Writer");
+    EXPECT_EQ(owner({.windowClass = "Soffice", .program = "office"}), "") << "two start that program";
+}
+
+TEST_F(InstalledApplications, areTheUsersOwnWhereBothHaveAnEntry) {
+    install("system", "tool", "Name=Old\nExec=tool\n");
+    install("user", "tool", "Name=New\nExec=tool\n");
+    install("system", "gone", "Name=Gone\nExec=gone\n");
+    install("user", "gone", "Name=Gone\nHidden=true\n");
+    install("system", "old/deep", "Name=Deep\nExec=deep\n");
+    DesktopEntries const entries({folder_.path() / "user", folder_.path() / "missing", folder_.path() / "system"});
+    std::map<std::string, std::string> names;
+    for (auto const& entry : entries.all()) names[entry.identity.bundleID] = entry.identity.name;
+    EXPECT_EQ(names, (std::map<std::string, std::string>{{"tool", "New"}, {"old-deep", "Deep"}}));
 }
 
 class SourceListTest : public DisplayTest {};
