@@ -1,0 +1,53 @@
+#pragma once
+
+#include <TavaroPlatform/Queues/MainQueue.h>
+#include <TavaroPlatform/Queues/SerialQueue.h>
+#include <TavaroPlatform/Sockets/Bell.h>
+
+#include <atomic>
+#include <chrono>
+#include <functional>
+#include <optional>
+#include <string>
+
+namespace tavaro::commands {
+
+/// Asks the person at the terminal that the program was started from for a yes or a no, one question at a time, in the
+/// order in which they came. Nothing waits for the person but a thread of its own, started with the first question.
+///
+///     TerminalPrompt prompt(queue);
+///     MCPConsent::Ask const ask = [&](ConsentPrompt const& about, TerminalPrompt::Answer answer) {
+///         prompt.ask({about.title, about.text}, std::move(answer));
+///     };
+///
+/// It belongs to the main queue. What was typed before a question was shown is no answer to it. Ctrl-C stays a signal.
+class TerminalPrompt {
+public:
+    struct Question {
+        std::string title; // what is asked, without a question mark
+        std::string text;  // what a yes means
+    };
+    /// Called on the main queue: true for yes; false for no, which an empty line is too; none where nobody says
+    /// anything: there is no terminal, the program runs in its background, it is closed or at its end, or `patience` is
+    /// over.
+    using Answer = std::function<void(std::optional<bool>)>;
+
+    static constexpr std::chrono::minutes usualPatience{2};
+
+    explicit TerminalPrompt(MainQueue& queue, std::chrono::milliseconds patience = usualPatience);
+    /// Withdraws what is asked; it is never answered.
+    ~TerminalPrompt();
+    TerminalPrompt(TerminalPrompt const&) = delete;
+    TerminalPrompt& operator=(TerminalPrompt const&) = delete;
+
+    void ask(Question question, Answer answer);
+
+private:
+    MainQueue& queue_;
+    std::chrono::milliseconds const patience_; // for one question
+    std::atomic<bool> isEnding_ = false;
+    Bell const end_;
+    std::optional<SerialQueue> questions_; // ends before what it uses
+};
+
+}
