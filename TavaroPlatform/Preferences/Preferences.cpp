@@ -110,8 +110,14 @@ void Preferences::moveAside() {
 }
 
 void Preferences::write(Values const& values) {
+    auto const text = encode(values);
+    if (text.size() > mostBytes) { // it could not be read any more, and nothing that was chosen would count
+        throw FileError(FileError::Kind::tooLarge,
+                        fmt::format("Could not write “{}”: the preferences would be larger than {} bytes.",
+                                    file_.string(), mostBytes));
+    }
     PendingFile pending(file_, ownerOnly);
-    pending.append(encode(values));
+    pending.append(text);
     pending.commit();
     stamp_ = stampOf(file_);
 }

@@ -130,6 +130,15 @@ TEST_F(PreferencesTest, aFileThatCannotBeReadIsNotWrittenOver) {
     EXPECT_TRUE(fs::is_directory(file));
 }
 
+TEST_F(PreferencesTest, whatWouldMakeTheFileTooLargeToReadIsNotWritten) {
+    auto preferences = opened();
+    preferences.set(isOn, false);
+    EXPECT_THROW(preferences.set(name, std::string(1 << 20, 'a')), FileError);
+    EXPECT_FALSE(preferences.get(isOn));
+    EXPECT_FALSE(opened().get(isOn));
+    EXPECT_TRUE(remarks.empty());
+}
+
 TEST_F(PreferencesTest, theUsualFileIsInTheUsersConfigurationFolder) {
     setenv("XDG_CONFIG_HOME", folder.path().c_str(), 1);
     EXPECT_EQ(Preferences::usualFile(), folder / "Tavaro/preferences.json");
