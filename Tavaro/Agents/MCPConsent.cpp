@@ -15,6 +15,17 @@ using Names = std::vector<std::string>;
 
 bool contains(Names const& names, std::string const& name) { return std::ranges::find(names, name) != names.end(); }
 
+void add(Preferences& preferences, Preference<Names> const& list, std::string const& name) {
+    preferences.update(list, [&](Names& names) {
+        if (!contains(names, name)) names.push_back(name);
+    });
+}
+
+void remove(Preferences& preferences, Preference<Names> const& list, std::string const& name) {
+    if (!contains(preferences.get(list), name)) return;
+    preferences.update(list, [&](Names& names) { std::erase(names, name); });
+}
+
 /// The name is the client's own, and foreign.
 MCPToolError denied(std::string const& client, std::string_view what) {
     return {MCPErrorCode::consentDenied,
@@ -40,18 +51,36 @@ MCPConsent::Decision MCPConsent::decision(std::string const& client) {
     return contains(preferences_.get(agentsAllowed), client) ? Decision::allowed : Decision::none;
 }
 
-void MCPConsent::allow(std::string const& client) {
-    preferences_.update(agentsDenied, [&](Names& names) { std::erase(names, client); });
-    preferences_.update(agentsAllowed, [&](Names& names) {
-        if (!contains(names, client)) names.push_back(client);
-    });
+MCPConsent::Clicking MCPConsent::clicking(std::string const& client) {
+    bool const mayClick = decision(client) == Decision::allowed && contains(preferences_.get(agentsClicking), client);
+    return mayClick ? Clicking::allowed : Clicking::denied;
+}
+
+Names MCPConsent::clients() {
+    Names clients;
+    for (auto const* const list : {&agentsAllowed, &agentsDenied}) {
+        for (auto const& name : preferences_.get(*list)) {
+            if (!contains(clients, name)) clients.push_back(name);
+        }
+    }
+    return clients;
+}
+
+void MCPConsent::allow(std::string const& client, Clicking clicking) {
+    if (clicking == Clicking::denied) remove(preferences_, agentsClicking, client);
+    add(preferences_, agentsAllowed, client);
+    remove(preferences_, agentsDenied, client);
+    if (clicking == Clicking::allowed) add(preferences_, agentsClicking, client);
 }
 
 void MCPConsent::deny(std::string const& client) {
-    preferences_.update(agentsDenied, [&](Names& names) {
-        if (!contains(names, client)) names.push_back(client);
-    });
-    preferences_.update(agentsAllowed, [&](Names& names) { std::erase(names, client); });
+    add(preferences_, agentsDenied, client);
+    remove(preferences_, agentsAllowed, client);
+    remove(preferences_, agentsClicking, client);
+}
+
+void MCPConsent::forget(std::string const& client) {
+    for (auto const* const list : {&agentsClicking, &agentsAllowed, &agentsDenied}) remove(preferences_, *list, client);
 }
 
 void MCPConsent::check(std::string const& client, MCPToolName tool, Answer answer) {
@@ -85,7 +114,7 @@ void MCPConsent::decide(std::string const& client, std::optional<bool> isAllowed
 
 std::optional<MCPToolError> MCPConsent::refusal(std::string const& client, MCPToolName tool) {
     if (decision(client) != Decision::allowed) return denied(client, "control Tavaro");
-    bool const mayClick = !clicksOrTypes(tool) || contains(preferences_.get(agentsClicking), client);
+    bool const mayClick = !clicksOrTypes(tool) || clicking(client) == Clicking::allowed;
     return mayClick ? std::nullopt : std::optional(denied(client, "click and type in other apps"));
 }
 

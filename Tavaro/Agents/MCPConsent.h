@@ -31,6 +31,8 @@ struct ConsentPrompt {
 class MCPConsent {
 public:
     enum class Decision { allowed, denied, none };
+    /// Whether an allowed client may also click and type in other applications.
+    enum class Clicking { denied, allowed };
     /// Asks the user, and answers at once or later; none: there is nobody to ask, now.
     using Ask = std::function<void(ConsentPrompt const& prompt, std::function<void(std::optional<bool>)> answer)>;
     /// Gets why not, or nothing.
@@ -42,9 +44,16 @@ public:
     MCPConsent& operator=(MCPConsent const&) = delete;
 
     Decision decision(std::string const& client);
-    /// Either takes back the other. Throw `FileError`.
-    void allow(std::string const& client);
+    Clicking clicking(std::string const& client);
+    /// Those with a decision, in the order in which they were allowed, then denied.
+    std::vector<std::string> clients();
+
+    /// Each takes back what was decided before, clicks too. Throw `FileError`; what is done by then never allows more
+    /// than was asked for.
+    void allow(std::string const& client, Clicking clicking = Clicking::denied);
     void deny(std::string const& client);
+    /// As if the client had never come.
+    void forget(std::string const& client);
 
     /// Whether the client may call the tool. A client of whom nothing is known is asked for, once for all its calls,
     /// and what the user says is stored; where nobody says anything it is refused and stays unknown.

@@ -91,6 +91,22 @@ TEST_F(MCPConsentTest, allowingTakesBackARefusalAndTheOtherWayRound) {
     EXPECT_TRUE(preferences.get(agentsDenied).empty());
 }
 
+TEST_F(MCPConsentTest, noDecisionKeepsClicksOfAnEarlierOne) {
+    MCPConsent consent(preferences, asks());
+    using Change = std::function<void()>;
+    for (Change const& change : {Change([&] { consent.allow("tester"); }), Change([&] { consent.deny("tester"); }),
+                                 Change([&] { consent.forget("tester"); })}) {
+        consent.allow("tester", MCPConsent::Clicking::allowed);
+        EXPECT_EQ(asked(consent, "tester", MCPToolName::uiClick), "allowed");
+        change();
+        EXPECT_TRUE(preferences.get(agentsClicking).empty());
+        EXPECT_NE(asked(consent, "tester", MCPToolName::uiClick), "allowed");
+    }
+    preferences.set(agentsClicking, {"tester"}); // written there by hand
+    answers[0](true);
+    EXPECT_EQ(consent.clicking("tester"), MCPConsent::Clicking::denied);
+}
+
 TEST_F(MCPConsentTest, switchedOffNobodyMayAndNobodyIsAsked) {
     MCPConsent consent(preferences, asks());
     consent.allow("tester");
