@@ -3,6 +3,7 @@
 #include <Tavaro/Agents/AppMCPBackend.h>
 #include <Tavaro/Commands/Interruption.h>
 #include <Tavaro/Commands/Terminal.h>
+#include <Tavaro/Commands/TerminalPrompt.h>
 #include <Tavaro/Model/Application/Application.h>
 #include <Tavaro/Model/Application/ApplicationInstance.h>
 #include <Tavaro/Model/Application/ApplicationLog.h>
@@ -16,6 +17,7 @@
 #include <chrono>
 #include <memory>
 #include <optional>
+#include <utility>
 
 namespace tavaro::commands {
 
@@ -61,9 +63,16 @@ void run(MainQueue& queue, Application& application, AppMCPBackend& agents, Idle
         100ms);
 }
 
-AppMCPBackend openToAgents(MainQueue& queue, Application& application) {
+MCPConsent::Ask askAt(TerminalPrompt& terminal) {
+    return [&terminal](ConsentPrompt const& prompt, TerminalPrompt::Answer answer) {
+        terminal.ask({prompt.title, prompt.text + " Without windows, these settings are `tavaro mcp`."},
+                     std::move(answer));
+    };
+}
+
+AppMCPBackend openToAgents(MainQueue& queue, Application& application, TerminalPrompt& terminal) {
     try {
-        return AppMCPBackend(queue, application, {.version = TAVARO_VERSION});
+        return AppMCPBackend(queue, application, {.version = TAVARO_VERSION, .ask = askAt(terminal)});
     } catch (SocketError const& error) {
         spdlog::error("Tavaro MCP: couldn't open the socket: {}", error.what());
         throw Error("Agents cannot reach Tavaro, so there is nothing to run for.");
@@ -76,7 +85,8 @@ void serve(IdleTime::Length most) {
     logInto(folders::state());
     MainQueue queue;
     Application application(queue);
-    auto agents = openToAgents(queue, application);
+    TerminalPrompt terminal(queue);
+    auto agents = openToAgents(queue, application, terminal);
     spdlog::info("Tavaro has begun.");
     terminal::tell("Agents reach Tavaro at “{}”. Ctrl-C ends it.\n", mcpSocketPath().string());
     run(queue, application, agents, IdleTime(most));

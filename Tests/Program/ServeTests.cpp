@@ -1,5 +1,6 @@
 #include "../Capture/TestDisplay.h"
 #include "ProcessFixture.h"
+#include "TestTerminal.h"
 
 #include <Tavaro/Agents/MCPConsent.h>
 
@@ -10,6 +11,7 @@
 
 #include <cstdlib>
 #include <future>
+#include <unistd.h>
 
 using namespace tavaro;
 using ::testing::EndsWith;
@@ -121,4 +123,22 @@ TEST_F(Serve, aSignalSavesTheRecordingBeforeTheEndAndItsCallIsAnswered) {
     EXPECT_EQ(program.wait().exitCode, 0);
     EXPECT_THAT(tavaro({"library"}).out, HasSubstr("Recording"));
     unsetenv("DISPLAY");
+}
+
+TEST_F(Serve, aClientIsAskedForAtTheTerminalWhileTheCallWaitsAndCtrlCStillEnds) {
+    TestTerminal terminal([] { ::execl(TAVARO_PROGRAM, "tavaro", "serve", nullptr); });
+    ASSERT_TRUE(becomesTrue([&] { return isServing(); }));
+    std::string const asks = "Allow it? [y/N] ";
+    auto answer = std::async(std::launch::async, [] { return called("status"); });
+    EXPECT_THAT(terminal.shownUntil(asks), HasSubstr("tester wants to control Tavaro.\r\nIt will be able to record"));
+    terminal.type("y\n");
+    EXPECT_EQ(answer.get(), "Tavaro status");
+    Preferences preferences;
+    EXPECT_EQ(preferences.get(agentsAllowed), std::vector<std::string>{"tester"});
+    MCPConsent(preferences).forget("tester");
+    answer = std::async(std::launch::async, [] { return called("status"); });
+    terminal.shownUntil(asks);
+    terminal.type("\x03");
+    EXPECT_EQ(terminal.exitCode(), 0);
+    EXPECT_EQ(answer.get(), "Tavaro closed the connection mid-call.");
 }
