@@ -18,6 +18,7 @@ public:
         notShown,       // the element is covered, or scrolled away
         invalidRequest, // what was asked cannot be read
         userMoved,      // the user took the mouse
+        cancelled,      // whoever asked for it took that back
         failed,         // the display or the application refused
     };
 

@@ -1,0 +1,161 @@
+#include <TavaroAutomation/Input/Private/FakeInput.h>
+
+#include <TavaroAutomation/Errors/AutomationError.h>
+#include <TavaroCapture/Sources/CaptureError.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <string_view>
+#include <thread>
+#include <xcb/randr.h>
+#include <xcb/xinput.h>
+#include <xcb/xtest.h>
+
+namespace tavaro::x11 {
+
+namespace {
+
+constexpr std::chrono::milliseconds longestSleep{20};
+
+bool isWaylandSession() {
+    char const* const socket = std::getenv("WAYLAND_DISPLAY");
+    return socket && *socket;
+}
+
+[[noreturn]] void refuseDesktop(std::string const& reason) {
+    throw AutomationError(AutomationError::Kind::noDisplay,
+                          "Other applications cannot be clicked, typed into or pictured here: " + reason);
+}
+
+[[noreturn]] void refuseWayland() {
+    refuseDesktop("a Wayland session lets no program move the pointer or press keys for others. Log in to a session "
+                  "“on Xorg”, or run Tavaro and the application on a virtual display (Xvfb).");
+}
+
+std::string shown(std::string const& display) {
+    if (!display.empty()) return display;
+    char const* const set = std::getenv("DISPLAY");
+    return set ? set : "";
+}
+
+std::string const& reachable(std::string const& display) {
+    if (!shown(display).empty()) return display;
+    if (isWaylandSession()) refuseWayland();
+    refuseDesktop("DISPLAY is not set, so no X server is known. Start Tavaro in the desktop's session, or on a virtual "
+                  "display (Xvfb).");
+}
+
+/// An X server inside of a Wayland desktop has no say over that desktop's pointer; its monitors are named after it.
+bool isInsideWayland(Connection& connection) {
+    if (!connection.extension(xcb_randr_id)) return false;
+    auto const resources =
+        connection.ask<xcb_randr_get_screen_resources_current, xcb_randr_get_screen_resources_current_reply>(
+            connection.root());
+    if (!resources) return false;
+    auto const* const outputs = xcb_randr_get_screen_resources_current_outputs(resources.get());
+    for (int i = 0; i < xcb_randr_get_screen_resources_current_outputs_length(resources.get()); ++i) {
+        auto const output = connection.ask<xcb_randr_get_output_info, xcb_randr_get_output_info_reply>(
+            outputs[i], resources->config_timestamp);
+        if (!output) continue;
+        std::string_view const name(reinterpret_cast<char const*>(xcb_randr_get_output_info_name(output.get())),
+                                    static_cast<std::size_t>(xcb_randr_get_output_info_name_length(output.get())));
+        if (name.starts_with("XWAYLAND")) return true;
+    }
+    return false;
+}
+
+}
+
+void restUntil(InputClock::time_point end, std::stop_token const& stop) {
+    while (true) {
+        if (stop.stop_requested()) throw AutomationError(AutomationError::Kind::cancelled, "The action was cancelled.");
+        auto const now = InputClock::now();
+        if (now >= end) return;
+        std::this_thread::sleep_until(std::min(end, now + longestSleep));
+    }
+}
+
+void rest(std::chrono::microseconds length, std::stop_token const& stop) {
+    restUntil(InputClock::now() + length, stop);
+}
+
+FakeInput::FakeInput(std::string const& display) try : connection_(reachable(display)) {
+    if (isInsideWayland(connection_)) refuseWayland();
+    auto const version =
+        connection_.extension(xcb_test_id)
+            ? connection_.ask<xcb_test_get_version, xcb_test_get_version_reply>(std::uint8_t{2}, std::uint16_t{2})
+            : nullptr;
+    if (!version) refuseDesktop("this X server lacks the XTEST extension.");
+    findDevices();
+} catch (CaptureError const& error) {
+    throw AutomationError(AutomationError::Kind::noDisplay, error.what());
+}
+
+FakeInput::~FakeInput() = default;
+
+void FakeInput::findDevices() {
+    if (!connection_.extension(xcb_input_id)) return;
+    connection_.ask<xcb_input_xi_query_version, xcb_input_xi_query_version_reply>(std::uint16_t{2}, std::uint16_t{2});
+    auto const devices = connection_.ask<xcb_input_xi_query_device, xcb_input_xi_query_device_reply>(
+        xcb_input_device_id_t{XCB_INPUT_DEVICE_ALL});
+    if (!devices) return;
+    for (auto it = xcb_input_xi_query_device_infos_iterator(devices.get()); it.rem;
+         xcb_input_xi_device_info_next(&it)) {
+        std::string_view const name(xcb_input_xi_device_info_name(it.data), it.data->name_len);
+        if (!name.starts_with("Virtual core XTEST")) continue;
+        (name.ends_with("keyboard") ? keyboard_ : mouse_) = it.data->deviceid;
+    }
+}
+
+void FakeInput::send(std::uint8_t type, std::uint8_t code, PixelPoint at) {
+    xcb_test_fake_input(connection_.get(), type, code, XCB_CURRENT_TIME, connection_.root(),
+                        static_cast<std::int16_t>(at.x), static_cast<std::int16_t>(at.y), 0);
+    xcb_flush(connection_.get());
+}
+
+void FakeInput::release(Device device, std::uint8_t code) {
+    send(device == Device::keyboard ? XCB_KEY_RELEASE : XCB_BUTTON_RELEASE, code);
+}
+
+FakeInput::Held::Held(FakeInput& input, Device device, std::uint8_t code)
+    : input_(&input)
+    , device_(device)
+    , code_(code) {
+    if (!input.connection_.isAlive()) throw AutomationError(AutomationError::Kind::failed, "The display went away.");
+    input.send(device == Device::keyboard ? XCB_KEY_PRESS : XCB_BUTTON_PRESS, code);
+}
+
+FakeInput::Held::~Held() {
+    if (input_) input_->release(device_, code_);
+}
+
+PixelPoint FakeInput::move(PixelPoint to) {
+    send(XCB_MOTION_NOTIFY, 0, to);
+    return pointer();
+}
+
+PixelPoint FakeInput::pointer() {
+    auto const pointer = connection_.ask<xcb_query_pointer, xcb_query_pointer_reply>(connection_.root());
+    if (!pointer) throw AutomationError(AutomationError::Kind::failed, "The display went away.");
+    return {pointer->root_x, pointer->root_y};
+}
+
+std::vector<std::uint8_t> FakeInput::leftPressed(Device device) {
+    std::vector<std::uint8_t> result;
+    if (deviceID(device) == 0) return result;
+    auto const state = connection_.ask<xcb_input_query_device_state, xcb_input_query_device_state_reply>(
+        static_cast<std::uint8_t>(deviceID(device)));
+    if (!state) return result;
+    int const wanted = device == Device::keyboard ? XCB_INPUT_INPUT_CLASS_KEY : XCB_INPUT_INPUT_CLASS_BUTTON;
+    for (auto it = xcb_input_query_device_state_classes_iterator(state.get()); it.rem;
+         xcb_input_input_state_next(&it)) {
+        if (it.data->class_id != wanted) continue;
+        auto const* const bits = reinterpret_cast<std::uint8_t const*>(it.data) + 4; // 256, behind class, length, count
+        for (int code = 0; code < 256; ++code) {
+            if (bits[code / 8] >> (code % 8) & 1) result.push_back(static_cast<std::uint8_t>(code));
+        }
+    }
+    return result;
+}
+
+}

@@ -1,0 +1,115 @@
+#include <TavaroAutomation/Input/Private/Pointer.h>
+
+#include <TavaroAutomation/Input/Private/FakeInput.h>
+#include <TavaroAutomation/Input/Private/Glide.h>
+#include <TavaroAutomation/Input/Private/UserMotion.h>
+#include <TavaroAutomation/Input/Private/Wheel.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace tavaro {
+
+using namespace std::chrono_literals;
+using x11::FakeInput;
+using x11::InputClock;
+
+namespace {
+
+constexpr double stepsPerSecond = 120;
+constexpr auto pressTime = 70ms;     // a finger's
+constexpr auto betweenClicks = 90ms; // well within every program's time for a double click
+constexpr double correctionSeconds = 0.18;
+constexpr int mostCorrections = 3;
+
+PixelPoint pixel(UIPoint const& point) {
+    // Where something is asked for outside of any screen, the server keeps the pointer on them.
+    auto const clamped = [](double value) {
+        return static_cast<int>(std::lround(std::clamp(value, -32768.0, 32767.0)));
+    };
+    return {clamped(point.x), clamped(point.y)};
+}
+
+/// The physical button that the server takes for that one.
+std::uint8_t physical(x11::Connection& connection, UIMouseButton button) {
+    std::uint8_t const logical = button == UIMouseButton::left ? 1 : 3;
+    auto const mapping = connection.ask<xcb_get_pointer_mapping, xcb_get_pointer_mapping_reply>();
+    if (!mapping) return logical;
+    auto const* const map = xcb_get_pointer_mapping_map(mapping.get());
+    auto const* const end = map + xcb_get_pointer_mapping_map_length(mapping.get());
+    auto const* const found = std::find(map, end, logical);
+    return found == end ? logical : static_cast<std::uint8_t>(found - map + 1);
+}
+
+}
+
+struct Pointer::State {
+    FakeInput input;
+    x11::UserMotion user;
+
+    explicit State(std::string const& display) : input(display), user(input) {}
+
+    UIPoint position() {
+        auto const at = input.pointer();
+        return {static_cast<double>(at.x), static_cast<double>(at.y)};
+    }
+    void follow(Glide const& path, double seconds, std::stop_token const& stop);
+    void glideTo(UIPoint const& to, double seconds, std::stop_token const& stop);
+};
+
+void Pointer::State::follow(Glide const& path, double seconds, std::stop_token const& stop) {
+    auto const start = InputClock::now();
+    int const steps = std::max(1, static_cast<int>(seconds * stepsPerSecond));
+    for (int step = 1; step <= steps; ++step) {
+        std::chrono::duration<double> const due(seconds * step / steps);
+        x11::restUntil(start + std::chrono::duration_cast<InputClock::duration>(due), stop);
+        user.expectNone();
+        user.move(pixel(path.at(static_cast<double>(step) / steps)));
+    }
+}
+
+void Pointer::State::glideTo(UIPoint const& to, double seconds, std::stop_token const& stop) {
+    follow(Glide(position(), to), seconds, stop);
+}
+
+Pointer::Pointer(std::string const& display) : state_(std::make_unique<State>(display)) {}
+Pointer::~Pointer() = default;
+
+UIPoint Pointer::position() { return state_->position(); }
+
+void Pointer::glide(UIPoint const& to, double seconds, std::stop_token const& stop, PlaceOfTarget const& place) {
+    state_->user.forget();
+    state_->glideTo(to, seconds, stop);
+    for (int i = 0; i < mostCorrections && place; ++i) {
+        auto const now = place();
+        state_->user.expectNone();
+        if (!now || pixel(*now) == pixel(position())) return;
+        state_->glideTo(*now, correctionSeconds, stop);
+    }
+}
+
+void Pointer::click(UIMouseButton button, int count, std::stop_token const& stop) {
+    auto& input = state_->input;
+    auto const code = physical(input.connection(), button);
+    // A button that a killed program holds would make a drag of every click.
+    for (auto const left : input.leftPressed(FakeInput::Device::mouse)) input.release(FakeInput::Device::mouse, left);
+    state_->user.forget();
+    for (int i = 0; i < count; ++i) {
+        if (i > 0) x11::rest(betweenClicks, stop);
+        state_->user.expectNone();
+        FakeInput::Held const held(input, FakeInput::Device::mouse, code);
+        x11::rest(pressTime, stop);
+    }
+    input.connection().synchronize();
+}
+
+Pointer::Scrolled Pointer::scroll(Distance const& distance, std::stop_token const& stop) {
+    x11::Wheel wheel(state_->input, state_->user, stop);
+    auto const down = wheel.turn(x11::WheelAxis::vertical, distance.down);
+    auto const right = wheel.turn(x11::WheelAxis::horizontal, distance.right);
+    return {.went = {down.pixels, right.pixels},
+            .isAtEnd = down.isAtEnd || right.isAtEnd,
+            .isSeen = down.isSeen && right.isSeen};
+}
+
+}

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <TavaroAutomation/Values/UIRect.h>
+
+namespace tavaro {
+
+/// The way of a hand from one point to another: it speeds up and slows down smoothly, bows a little to one side, and
+/// never goes past its end.
+class Glide {
+public:
+    Glide(UIPoint const& from, UIPoint const& to);
+
+    /// At a share of its time, 0…1.
+    UIPoint at(double share) const;
+
+private:
+    UIPoint from_;
+    UIPoint to_;
+    UIPoint bow_; // how far its middle is beside the straight line
+};
+
+}

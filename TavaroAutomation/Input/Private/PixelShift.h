@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <vector>
+
+namespace tavaro {
+
+/// Whether lines are rows, for what moves up and down, or columns.
+enum class LineDirection { rows, columns };
+
+/// BGRX pixels of a part of the screen, without gaps.
+struct ScreenPixels {
+    std::span<std::uint32_t const> pixels;
+    int width = 0;
+    int height = 0;
+};
+
+/// A picture as the lines of a few bands across them: what of each line is in a band comes to one number, 0 where it is
+/// of one color. Bands keep apart what scrolls from what stands beside it.
+class PictureLines {
+public:
+    PictureLines() = default;
+    PictureLines(ScreenPixels const& picture, LineDirection direction);
+
+    /// By how many lines what is in `before` moved to become this, toward its start (`sign` 1) or its end (−1). Lines
+    /// that stayed as they were do not count. Nothing where too little moved, or not as a whole.
+    std::optional<int> movedSince(PictureLines const& before, int sign) const;
+
+    bool operator==(PictureLines const&) const = default;
+
+private:
+    int foundAt(PictureLines const& before, int band, int shift) const;
+    bool isAsBefore(PictureLines const& before, std::size_t cell, int shift) const;
+
+    int bands_ = 0;
+    int lines_ = 0;
+    std::vector<std::uint64_t> cells_; // bands_ × lines_
+};
+
+}

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <TavaroAutomation/Input/Private/PixelShift.h>
+#include <TavaroAutomation/Input/Private/UserMotion.h>
+
+#include <stop_token>
+
+namespace tavaro::x11 {
+
+enum class WheelAxis { vertical, horizontal };
+
+/// The wheel in pixels, though it has only notches, whose distance each program chooses: the pixels under the pointer
+/// are compared while they move, so that the first notch shows what one is worth, and the rest what came of it.
+class Wheel {
+public:
+    Wheel(FakeInput& input, UserMotion& user, std::stop_token const& stop);
+
+    struct Turned {
+        double pixels = 0;
+        bool isAtEnd = false;
+        bool isSeen = true;
+    };
+    /// Positive pixels scroll down or to the right.
+    Turned turn(WheelAxis axis, double pixels);
+
+private:
+    void begin(WheelAxis axis, double pixels);
+    void notch();
+    void notches(int count);
+    /// Follows the picture for that long.
+    void watchUntil(InputClock::time_point end);
+    /// Follows the picture until it rests; false when nothing of it changed.
+    bool settle();
+    void look();
+    PictureLines picture();
+    bool isStuck() const;
+    double notchPixels() const;
+
+    FakeInput& input_;
+    UserMotion& user_;
+    std::stop_token const& stop_;
+
+    WheelAxis axis_ = WheelAxis::vertical;
+    int sign_ = 1;
+    PixelRect strip_;      // of the screen, around the pointer
+    PictureLines seen_;    // the latest
+    double moved_ = 0;     // pixels, as seen so far
+    int sent_ = 0;         // notches
+    int sentAtChange_ = 0; // when the picture moved last
+    InputClock::time_point changedAt_;
+    InputClock::time_point movedAt_;
+};
+
+}

@@ -1,0 +1,147 @@
+#include <TavaroAutomation/Input/Private/Typist.h>
+
+#include <TavaroAutomation/Errors/AutomationError.h>
+#include <TavaroAutomation/Input/Private/ANSIKeys.h>
+#include <TavaroAutomation/Input/Private/KeyboardLayout.h>
+#include <TavaroAutomation/Input/Private/SpareKeys.h>
+#include <TavaroAutomation/Input/Private/TextSymbols.h>
+
+#include <algorithm>
+#include <vector>
+
+namespace tavaro {
+
+using namespace std::chrono_literals;
+using x11::FakeInput;
+using x11::KeyboardLayout;
+using x11::KeyStroke;
+
+namespace {
+
+constexpr auto longestPress = 20ms;
+constexpr auto betweenModifiers = 15ms;
+constexpr auto longestHeld = 5s;   // by the user, before typing gives up
+constexpr auto longestOrphan = 1s; // by the test extension, before the key is known to be a killed program's
+constexpr auto betweenAsking = 10ms;
+
+/// The keys that a combination holds. Control once, where both it and Command are given.
+std::vector<char const*> modifierPlaces(std::uint64_t flags) {
+    std::vector<char const*> result;
+    if (flags & (controlFlag | commandFlag)) result.push_back("LCTL");
+    if (flags & optionFlag) result.push_back("LALT");
+    if (flags & shiftFlag) result.push_back("LFSH");
+    if (flags & superFlag) result.push_back("LWIN");
+    return result;
+}
+
+[[noreturn]] void refuseKey(std::string_view name) {
+    throw AutomationError(AutomationError::Kind::failed, "This keyboard has no key for " + std::string(name) + ".");
+}
+
+}
+
+struct Typist::State {
+    FakeInput input;
+    TypingPace pace;
+    x11::SpareKeys spare;
+
+    State(std::string const& display, TypingPace const& pace) : input(display), pace(pace), spare(input.connection()) {}
+
+    void awaitFreeKeyboard(std::stop_token const& stop);
+    void strike(KeyStroke const& stroke, std::chrono::milliseconds length, std::stop_token const& stop);
+    KeyStroke strokeOf(KeyboardLayout const& layout, std::uint32_t symbol, std::stop_token const& stop);
+    KeyStroke strokeOf(KeyboardLayout const& layout, KeyCombo const& combo);
+    std::chrono::milliseconds gapAfter(std::uint32_t symbol) const;
+};
+
+/// A modifier that the user still holds, as after a shortcut that started this, would change what is typed.
+void Typist::State::awaitFreeKeyboard(std::stop_token const& stop) {
+    auto const start = x11::InputClock::now();
+    while (KeyboardLayout::heldModifiers(input) != 0) {
+        auto const waited = x11::InputClock::now() - start;
+        if (waited > longestHeld)
+            throw AutomationError(AutomationError::Kind::failed,
+                                  "Nothing was typed: a modifier key, such as Shift or Control, is being held down.");
+        if (waited > longestOrphan)
+            for (auto const code : input.leftPressed(FakeInput::Device::keyboard))
+                input.release(FakeInput::Device::keyboard, code);
+        x11::rest(betweenAsking, stop);
+    }
+}
+
+void Typist::State::strike(KeyStroke const& stroke, std::chrono::milliseconds length, std::stop_token const& stop) {
+    std::vector<FakeInput::Held> modifiers;
+    modifiers.reserve(stroke.modifiers.size());
+    for (auto const code : stroke.modifiers) modifiers.emplace_back(input, FakeInput::Device::keyboard, code);
+    {
+        FakeInput::Held const key(input, FakeInput::Device::keyboard, stroke.code);
+        x11::rest(length, stop);
+    }
+    while (!modifiers.empty()) modifiers.pop_back();
+}
+
+KeyStroke Typist::State::strokeOf(KeyboardLayout const& layout, std::uint32_t symbol, std::stop_token const& stop) {
+    if (auto stroke = layout.making(symbol, spare.codes())) return std::move(*stroke);
+    return {spare.keyMaking(symbol, stop), {}};
+}
+
+KeyStroke Typist::State::strokeOf(KeyboardLayout const& layout, KeyCombo const& combo) {
+    auto const* const key = ansiKey(combo.keyCode);
+    if (!key) refuseKey("the virtual key code " + std::to_string(combo.keyCode));
+    auto stroke = layout.making(key->symbol, spare.codes());
+    if (!stroke) {
+        auto const code = layout.at(key->place);
+        if (!code) refuseKey(key->name);
+        stroke = KeyStroke{*code, {}};
+    }
+    for (auto const* const place : modifierPlaces(combo.flags)) {
+        auto const code = layout.at(place);
+        if (!code) refuseKey("a modifier of this shortcut");
+        if (std::ranges::find(stroke->modifiers, *code) == stroke->modifiers.end()) stroke->modifiers.push_back(*code);
+    }
+    return std::move(*stroke);
+}
+
+std::chrono::milliseconds Typist::State::gapAfter(std::uint32_t symbol) const {
+    bool const isWord = (symbol >= 'a' && symbol <= 'z') || (symbol >= 'A' && symbol <= 'Z') ||
+                        (symbol >= '0' && symbol <= '9') || symbol > 0x7f;
+    return isWord ? pace.key : pace.key + pace.afterWord;
+}
+
+Typist::Typist(std::string const& display, TypingPace const& pace) : state_(std::make_unique<State>(display, pace)) {}
+Typist::~Typist() = default;
+
+void Typist::type(std::string_view text, std::stop_token const& stop) {
+    auto const symbols = textSymbols(text);
+    auto& s = *state_;
+    s.awaitFreeKeyboard(stop);
+    KeyboardLayout const layout(s.input);
+    x11::CapsLockOff const capsLockOff(s.input.connection());
+    for (auto const symbol : symbols) {
+        auto const due = x11::InputClock::now() + s.gapAfter(symbol);
+        s.strike(s.strokeOf(layout, symbol, stop), std::min(s.pace.key / 2, std::chrono::milliseconds(longestPress)),
+                 stop);
+        x11::restUntil(due, stop);
+    }
+    s.input.connection().synchronize();
+}
+
+void Typist::press(KeyCombo const& combo, std::stop_token const& stop) {
+    auto& s = *state_;
+    s.awaitFreeKeyboard(stop);
+    KeyboardLayout const layout(s.input);
+    x11::CapsLockOff const capsLockOff(s.input.connection());
+    auto const stroke = s.strokeOf(layout, combo);
+    std::vector<FakeInput::Held> modifiers;
+    modifiers.reserve(stroke.modifiers.size());
+    for (auto const code : stroke.modifiers) {
+        modifiers.emplace_back(s.input, FakeInput::Device::keyboard, code);
+        x11::rest(betweenModifiers, stop);
+    }
+    s.strike({stroke.code, {}}, longestPress, stop);
+    while (!modifiers.empty()) modifiers.pop_back();
+    x11::rest(s.pace.key, stop);
+    s.input.connection().synchronize();
+}
+
+}

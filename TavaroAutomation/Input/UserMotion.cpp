@@ -1,0 +1,52 @@
+#include <TavaroAutomation/Input/Private/UserMotion.h>
+
+#include <TavaroAutomation/Errors/AutomationError.h>
+
+#include <xcb/xinput.h>
+
+namespace tavaro::x11 {
+
+UserMotion::UserMotion(FakeInput& input) : input_(input) {
+    auto& connection = input.connection();
+    if (connection.extension(xcb_input_id)) {
+        struct {
+            xcb_input_event_mask_t head;
+            std::uint32_t mask;
+        } raw;
+        raw.head = {XCB_INPUT_DEVICE_ALL_MASTER, 1};
+        raw.mask = XCB_INPUT_XI_EVENT_MASK_RAW_MOTION;
+        xcb_input_xi_select_events(connection.get(), connection.root(), 1, &raw.head);
+    }
+    forget();
+}
+
+void UserMotion::forget() {
+    expected_ = input_.pointer();
+    hasForeignEvent();
+}
+
+void UserMotion::move(PixelPoint to) { expected_ = input_.move(to); }
+
+void UserMotion::expectNone() {
+    bool const isElsewhere = input_.pointer() != expected_;
+    if (!hasForeignEvent() && !isElsewhere) return;
+    throw AutomationError(AutomationError::Kind::userMoved, "Stopped: the mouse was moved.");
+}
+
+/// Takes in all that came so far.
+bool UserMotion::hasForeignEvent() {
+    auto& connection = input_.connection();
+    auto const* const extension = connection.extension(xcb_input_id);
+    bool isForeign = false;
+    while (auto const event = connection.poll()) {
+        auto const& generic = reinterpret_cast<xcb_ge_generic_event_t const&>(*event);
+        if (!extension || generic.response_type != XCB_GE_GENERIC || generic.extension != extension->major_opcode ||
+            generic.event_type != XCB_INPUT_RAW_MOTION)
+            continue;
+        auto const source = reinterpret_cast<xcb_input_raw_motion_event_t const&>(*event).sourceid;
+        isForeign = isForeign || source != input_.deviceID(FakeInput::Device::mouse);
+    }
+    return isForeign;
+}
+
+}

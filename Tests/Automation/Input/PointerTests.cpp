@@ -1,0 +1,197 @@
+#include "../../Capture/TestDisplay.h"
+
+#include <TavaroAutomation/Errors/AutomationError.h>
+#include <TavaroAutomation/Input/Private/Pointer.h>
+
+#include <chrono>
+#include <cmath>
+#include <future>
+
+namespace tavaro {
+
+namespace {
+
+using namespace std::chrono_literals;
+using Clock = std::chrono::steady_clock;
+
+double secondsSince(Clock::time_point start) { return std::chrono::duration<double>(Clock::now() - start).count(); }
+
+}
+
+/// A pointer on a display of 640 × 480, and a window over all of it that sees what is pressed.
+class PointerTest : public DisplayTest {
+protected:
+    void SetUp() override {
+        DisplayTest::SetUp();
+        if (IsSkipped()) return;
+        window = client->makeWindow({.frame = {0, 0, 640, 480}, .windowClass = "Sink"});
+        std::uint32_t const mask = XCB_EVENT_MASK_BUTTON_PRESS | XCB_EVENT_MASK_BUTTON_RELEASE;
+        xcb_change_window_attributes(client->connection().get(), window, XCB_CW_EVENT_MASK, &mask);
+        client->connection().synchronize();
+        pointer.emplace(display->name());
+    }
+
+    /// "press 1", "release 1" …
+    std::vector<std::string> presses() {
+        client->connection().synchronize();
+        while (auto const event = client->connection().poll()) {
+            auto const type = event->response_type & 0x7f;
+            if (type != XCB_BUTTON_PRESS && type != XCB_BUTTON_RELEASE) continue;
+            seen.push_back((type == XCB_BUTTON_PRESS ? "press " : "release ") +
+                           std::to_string(reinterpret_cast<xcb_button_press_event_t const&>(*event).detail));
+        }
+        return seen;
+    }
+    PixelPoint place() {
+        auto const at =
+            client->connection().ask<xcb_query_pointer, xcb_query_pointer_reply>(client->connection().root());
+        return {at->root_x, at->root_y};
+    }
+    std::uint16_t buttonsHeld() {
+        auto const at =
+            client->connection().ask<xcb_query_pointer, xcb_query_pointer_reply>(client->connection().root());
+        return at->mask & 0x1f00;
+    }
+    /// What the action ends with, and how long after `disturb` it did.
+    template<class Action, class Disturb>
+    std::pair<AutomationError::Kind, double> disturbed(Action action, Disturb disturb) {
+        auto kind = std::async(std::launch::async, [&] {
+            try {
+                action();
+            } catch (AutomationError const& error) {
+                return error.kind;
+            }
+            return AutomationError::Kind::failed;
+        });
+        auto const before = place();
+        eventually([&] { return place() != before; }); // the glide is under way
+        auto const start = Clock::now();
+        disturb();
+        auto const result = kind.get();
+        return {result, secondsSince(start)};
+    }
+
+    std::uint32_t window = 0;
+    std::optional<Pointer> pointer;
+    std::vector<std::string> seen;
+};
+
+TEST_F(PointerTest, aGlideEndsOnItsTargetInItsTime) {
+    for (UIPoint const to : {UIPoint{500, 300}, {20, 450}, {20, 450}, {639, 0}, {0, 0}}) {
+        auto const start = Clock::now();
+        pointer->glide(to, 0.2);
+        EXPECT_EQ(place(), (PixelPoint{static_cast<int>(to.x), static_cast<int>(to.y)}));
+        EXPECT_GE(secondsSince(start), 0.2);
+    }
+    pointer->glide({5000, -90}, 0.05);
+    EXPECT_EQ(place(), (PixelPoint{639, 0})) << "outside of the screens: at their edge";
+}
+
+TEST_F(PointerTest, whatMovedMeanwhileIsFollowed) {
+    int asked = 0;
+    pointer->glide({100, 100}, 0.05, {}, [&]() -> std::optional<UIPoint> {
+        return ++asked == 1 ? UIPoint{120, 130} : UIPoint{122, 130};
+    });
+    EXPECT_EQ(place(), (PixelPoint{122, 130}));
+    EXPECT_EQ(asked, 3);
+    pointer->glide({50, 50}, 0.05, {}, [] { return std::nullopt; });
+    EXPECT_EQ(place(), (PixelPoint{50, 50})) << "a target that is not known any more";
+}
+
+TEST_F(PointerTest, theUsersMouseStopsAGlideAtOnce) {
+    pointer->glide({10, 10}, 0);
+    PixelPoint moved;
+    auto const [kind, seconds] = disturbed(
+        [&] {
+            pointer->glide({600, 400}, 5);
+        },
+        [&] {
+            moved = place();
+            moved.x += 1; // a single pixel
+            client->movePointer(moved.x, moved.y);
+        });
+    EXPECT_EQ(kind, AutomationError::Kind::userMoved);
+    EXPECT_LT(seconds, 0.05);
+    EXPECT_LT(std::abs(place().x - moved.x), 30) << "it stays where the user has it";
+    pointer->glide({300, 300}, 0.05);
+    EXPECT_EQ(place(), (PixelPoint{300, 300})) << "the next one works";
+}
+
+TEST_F(PointerTest, cancellingStopsAGlide) {
+    pointer->glide({10, 10}, 0);
+    std::stop_source stop;
+    auto const [kind, seconds] = disturbed(
+        [&] {
+            pointer->glide({600, 400}, 5, stop.get_token());
+        },
+        [&] { stop.request_stop(); });
+    EXPECT_EQ(kind, AutomationError::Kind::cancelled);
+    EXPECT_LT(seconds, 0.1);
+}
+
+TEST_F(PointerTest, clicksPressAndReleaseAsOftenAsAsked) {
+    pointer->glide({300, 200}, 0);
+    pointer->click(UIMouseButton::left, 1);
+    EXPECT_EQ(presses(), (std::vector<std::string>{"press 1", "release 1"}));
+    seen.clear();
+    pointer->click(UIMouseButton::right, 3);
+    EXPECT_EQ(presses(),
+              (std::vector<std::string>{"press 3", "release 3", "press 3", "release 3", "press 3", "release 3"}));
+}
+
+TEST_F(PointerTest, swappedButtonsClickAsTheUserMeansThem) {
+    std::vector<std::uint8_t> const leftHanded{3, 2, 1, 4, 5, 6, 7, 8, 9, 10};
+    auto const reply = client->connection().ask<xcb_set_pointer_mapping, xcb_set_pointer_mapping_reply>(
+        static_cast<std::uint8_t>(leftHanded.size()), leftHanded.data());
+    ASSERT_TRUE(reply && reply->status == XCB_MAPPING_STATUS_SUCCESS);
+    pointer->glide({300, 200}, 0);
+    pointer->click(UIMouseButton::left, 1);
+    EXPECT_EQ(presses(), (std::vector<std::string>{"press 1", "release 1"}));
+}
+
+TEST_F(PointerTest, noButtonStaysPressedAfterWhateverEndsAClick) {
+    pointer->glide({300, 200}, 0);
+    for (auto const delay : {5ms, 30ms, 90ms, 130ms, 200ms}) {
+        std::stop_source stop;
+        auto clicking =
+            std::async(std::launch::async, [&] { pointer->click(UIMouseButton::left, 3, stop.get_token()); });
+        clicking.wait_for(delay);
+        stop.request_stop();
+        EXPECT_THROW(clicking.get(), AutomationError);
+        EXPECT_EQ(buttonsHeld(), 0) << delay.count();
+    }
+    client->button(1, true); // as a program leaves it that is killed in the middle
+    presses();
+    seen.clear();
+    pointer->click(UIMouseButton::left, 1);
+    EXPECT_EQ(presses(), (std::vector<std::string>{"release 1", "press 1", "release 1"}));
+    EXPECT_EQ(buttonsHeld(), 0);
+}
+
+TEST_F(PointerTest, aDisplayThatGoesAwayEndsAGlideWithASentence) {
+    auto gliding = std::async(std::launch::async, [&] { pointer->glide({600, 400}, 5); });
+    eventually([&] { return place().x > 5 || place().y > 5; });
+    client.reset();
+    display->kill();
+    EXPECT_THROW(gliding.get(), AutomationError);
+}
+
+TEST(PointerWithoutDisplay, saysWhatIsMissingAndWhatToUse) {
+    for (auto const* const name : {"DISPLAY", "WAYLAND_DISPLAY"}) unsetenv(name);
+    auto const sentence = [] {
+        try {
+            Pointer const pointer;
+        } catch (AutomationError const& error) {
+            EXPECT_EQ(error.kind, AutomationError::Kind::noDisplay);
+            return std::string(error.what());
+        }
+        return std::string("it works");
+    };
+    EXPECT_NE(sentence().find("DISPLAY is not set"), std::string::npos) << sentence();
+    setenv("WAYLAND_DISPLAY", "wayland-0", 1);
+    EXPECT_NE(sentence().find("Wayland"), std::string::npos) << sentence();
+    EXPECT_NE(sentence().find("Xvfb"), std::string::npos) << sentence();
+    unsetenv("WAYLAND_DISPLAY");
+}
+
+}

@@ -1,0 +1,157 @@
+#include "../../Capture/Events/EventTake.h"
+
+#include <TavaroAutomation/Errors/AutomationError.h>
+#include <TavaroAutomation/Input/Private/Typist.h>
+
+#include <chrono>
+#include <future>
+
+namespace tavaro {
+
+namespace {
+
+using namespace std::chrono_literals;
+using Keys = std::vector<std::string>;
+
+constexpr TypingPace quick{4ms, 0ms};
+
+}
+
+/// What a take's log says of what is typed.
+class TypistTest : public EventTake {
+protected:
+    void SetUp() override {
+        EventTake::SetUp();
+        if (!IsSkipped()) begin();
+    }
+    /// Each key as the log has it: "⇧a", once as many have come.
+    Keys typed(std::size_t count) {
+        sees([&](auto const& log) { return log.keystrokes.size() >= count; });
+        Keys result;
+        for (auto const& stroke : log().keystrokes) {
+            std::string all;
+            for (auto const& key : stroke.keys) all += key;
+            result.push_back(all);
+        }
+        return result;
+    }
+    std::uint16_t modifiersHeld() {
+        auto const at =
+            client->connection().ask<xcb_query_pointer, xcb_query_pointer_reply>(client->connection().root());
+        return at->mask & 0xff;
+    }
+    /// Keycodes that make nothing.
+    int spareCodes() {
+        auto const* const setup = xcb_get_setup(client->connection().get());
+        auto const count = static_cast<std::uint8_t>(setup->max_keycode - setup->min_keycode + 1);
+        auto const mapping = client->connection().ask<xcb_get_keyboard_mapping, xcb_get_keyboard_mapping_reply>(
+            setup->min_keycode, count);
+        auto const* const symbols = xcb_get_keyboard_mapping_keysyms(mapping.get());
+        int spare = 0;
+        for (int i = 0; i < count; ++i) {
+            auto const* const own = symbols + i * mapping->keysyms_per_keycode;
+            spare +=
+                std::all_of(own, own + mapping->keysyms_per_keycode, [](auto symbol) { return symbol == 0; }) ? 1 : 0;
+        }
+        return spare;
+    }
+};
+
+TEST_F(TypistTest, textIsLoggedAsAPersonTypesIt) {
+    Typist typist(display->name(), quick);
+    typist.type("aB 4$/\n\tz");
+    EXPECT_EQ(typed(9), (Keys{"a", "⇧b", "Space", "4", "⇧4", "/", "↩", "⇥", "z"}));
+    EXPECT_EQ(modifiersHeld(), 0);
+}
+
+TEST_F(TypistTest, whatTheLayoutLacksIsTypedAndTheKeyboardIsLeftAsItWas) {
+    int const spare = spareCodes();
+    ASSERT_GT(spare, 5);
+    std::string text;
+    Keys expected;
+    for (std::string const character : {"é", "日", "😀", "ł", "Ź", "П", "р", "и", "в", "е", "т", "中", "文", "½",
+                                        "€", "ß",  "ñ", "ç", "ø", "å", "ü", "ö", "ä", "Ω", "π", "→",  "é",  "x"}) {
+        text += character;
+        expected.push_back(character);
+    }
+    {
+        Typist typist(display->name(), quick);
+        typist.type(text);
+        EXPECT_LT(spareCodes(), spare);
+        EXPECT_EQ(typed(expected.size()), expected) << "more of them than there are spare keys";
+    }
+    EXPECT_EQ(spareCodes(), spare);
+}
+
+TEST_F(TypistTest, shortcutsHoldEveryModifierAndCommandIsControl) {
+    Typist typist(display->name(), quick);
+    for (auto const* const shortcut :
+         {"cmd+shift+f", "cmd+ctrl+1", "ctrl+opt+shift+super+k", "alt+f4", "return", "esc", "pageup"})
+        typist.press(parseShortcut(shortcut));
+    EXPECT_EQ(typed(7), (Keys{"⌃⇧f", "⌃1", "⌃⌥⇧⌘k", "⌥F4", "↩", "esc", "Page Up"}));
+    EXPECT_EQ(modifiersHeld(), 0);
+}
+
+TEST_F(TypistTest, capsLockNeitherInvertsNorIsLost) {
+    client->tap("Caps_Lock");
+    ASSERT_EQ(modifiersHeld(), XCB_MOD_MASK_LOCK);
+    Typist typist(display->name(), quick);
+    typist.type("aB");
+    EXPECT_EQ(typed(2), (Keys{"a", "⇧b"}));
+    EXPECT_EQ(modifiersHeld(), XCB_MOD_MASK_LOCK);
+}
+
+TEST_F(TypistTest, aModifierThatTheUserHoldsIsWaitedFor) {
+    client->key("Shift_L", true);
+    Typist typist(display->name(), quick);
+    auto typing = std::async(std::launch::async, [&] { typist.type("a"); });
+    EXPECT_EQ(typing.wait_for(100ms), std::future_status::timeout);
+    EXPECT_TRUE(log().keystrokes.empty());
+    client->key("Shift_L", false);
+    typing.get();
+    EXPECT_EQ(typed(1), Keys{"a"});
+}
+
+TEST_F(TypistTest, aModifierThatAKilledProgramLeftIsReleased) {
+    client->key("Control_L", true); // by the same extension, and never released
+    Typist(display->name(), quick).type("a");
+    EXPECT_EQ(typed(1), Keys{"a"});
+    EXPECT_EQ(modifiersHeld(), 0);
+}
+
+TEST_F(TypistTest, spareKeysThatAKilledProgramLeftAreTakenBack) {
+    int const spare = spareCodes();
+    auto leaving = std::make_unique<Typist>(display->name(), quick);
+    leaving->type("日中文");
+    ASSERT_EQ(spareCodes(), spare - 3);
+    auto* const lost = leaving.release(); // as when its process is killed: nothing is put back
+    Typist(display->name(), quick).type("é");
+    EXPECT_EQ(spareCodes(), spare);
+    delete lost;
+}
+
+TEST_F(TypistTest, nothingStaysPressedWhateverEndsTyping) {
+    for (auto const delay : {1ms, 17ms, 40ms, 75ms}) {
+        std::stop_source stop;
+        Typist typist(display->name());
+        auto typing = std::async(std::launch::async, [&] {
+            typist.press(parseShortcut("ctrl+shift+opt+k"), stop.get_token());
+            typist.type("ABCDEFGHIJKLMNOP", stop.get_token());
+        });
+        typing.wait_for(delay);
+        stop.request_stop();
+        EXPECT_THROW(typing.get(), AutomationError);
+        EXPECT_EQ(modifiersHeld(), 0) << delay.count();
+        auto const keys = client->connection().ask<xcb_query_keymap, xcb_query_keymap_reply>();
+        EXPECT_TRUE(std::all_of(std::begin(keys->keys), std::end(keys->keys), [](auto bits) { return bits == 0; }));
+    }
+}
+
+TEST_F(TypistTest, unreadableTextIsRefusedBeforeTheFirstKey) {
+    Typist typist(display->name(), quick);
+    EXPECT_THROW(typist.type("abc\x01"), AutomationError);
+    settle();
+    EXPECT_TRUE(log().keystrokes.empty());
+}
+
+}
