@@ -19,23 +19,18 @@ namespace tavaro {
 
 namespace {
 
-JSONValue interrupted() {
+ToolResult interrupted() {
     return toolResult::failure(MCPErrorCode::interrupted, "Tavaro closed the connection mid-call.");
 }
 
-std::string outcomeOf(JSONValue const& result) {
-    auto const* const failed = result.find<bool>("isError");
-    auto const* const failure = failed && *failed ? result.find("structuredContent") : nullptr;
-    auto const* const code = failure ? failure->find<std::string>("code") : nullptr;
-    return code ? *code : "done";
-}
+std::string_view outcomeOf(ToolResult const& result) { return result.failure ? nameOf(*result.failure) : "done"; }
 
 /// Who called what and how it went; never with what.
 class CallNote {
 public:
     explicit CallNote(BridgeRequest const& request) : caller_(excerpt(request.client)), tool_(excerpt(request.tool)) {}
 
-    void write(JSONValue const& result) const {
+    void write(ToolResult const& result) const {
         using Seconds = std::chrono::duration<double>;
         spdlog::info("{}: {}: {} after {:.3f} s", caller_, tool_, outcomeOf(result),
                      Seconds(std::chrono::steady_clock::now() - begun_).count());
@@ -64,7 +59,7 @@ public:
     Desk(Desk const&) = delete;
     Desk& operator=(Desk const&) = delete;
 
-    JSONValue answer(BridgeRequest const& request, BridgeClient& client) override;
+    ToolResult answer(BridgeRequest const& request, BridgeClient& client) override;
 
     void beginToEnd() { isEnding_ = true; }
     std::size_t connections() const { return server_->connections(); }
@@ -83,7 +78,7 @@ private:
     std::optional<BridgeServer> server_;
 };
 
-JSONValue AppMCPBackend::Desk::answer(BridgeRequest const& request, BridgeClient& client) {
+ToolResult AppMCPBackend::Desk::answer(BridgeRequest const& request, BridgeClient& client) {
     auto const call = std::make_shared<PendingCall>(client);
     queue_.async([this, request, call] { begin(request, call); });
     CallNote const note(request);
@@ -109,7 +104,7 @@ void AppMCPBackend::Desk::perform(BridgeRequest const& request, Pending const& c
          .arguments = *request.arguments.as<JSONValue::Object>(),
          .client = request.client,
          .progress = [call](double fraction, std::string const& message) { call->progress(fraction, message); },
-         .finish = [call](JSONValue const& result) { call->finish(result); }}));
+         .finish = [call](ToolResult const& result) { call->finish(result); }}));
 }
 
 AppMCPBackend::AppMCPBackend(MainQueue& queue, Application& application, Settings settings)

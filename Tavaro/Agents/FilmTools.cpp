@@ -68,8 +68,8 @@ void FilmTools::exportFilm(RunningCall& call, OpenProjects::Opened const& projec
                    {.remark = [remarks](std::string const& remark) { *remarks += " " + remark; },
                     .over = call.later([remarks](RunningCall& here, ExportOutcome const& outcome) {
                         auto const& film = outcome.value();
-                        here.finish(
-                            toolResult::ok(fmt::format("Exported to {}.{}", film.path, *remarks), objectOf(film)));
+                        here.finish(toolResult::ok(fmt::format("Exported to {}.{}", film.path, *remarks),
+                                                   JSONText::written(encodeJSON(film))));
                     })});
     auto const tell = call.later([](RunningCall& here, std::optional<RunningExport> const& running) {
         if (running) here.progress(running->share, "Exporting");

@@ -7,7 +7,7 @@
 
 namespace tavaro {
 
-std::optional<JSONValue> PendingCall::wait(std::function<bool()> const& isOver) {
+std::optional<ToolResult> PendingCall::wait(std::function<bool()> const& isOver) {
     constexpr std::chrono::milliseconds betweenLooks(50);
     std::unique_lock lock(mutex_);
     while (!finished_.wait_for(lock, betweenLooks, [this] { return result_.has_value(); }))
@@ -21,7 +21,7 @@ void PendingCall::progress(double fraction, std::string const& message) {
     if (client_) client_->progress(fraction, message);
 }
 
-void PendingCall::finish(JSONValue result) {
+void PendingCall::finish(ToolResult result) {
     {
         std::lock_guard const lock(mutex_);
         result_ = std::move(result);

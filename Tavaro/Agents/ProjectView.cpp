@@ -1,12 +1,15 @@
 #include <Tavaro/Agents/Private/ProjectView.h>
 
 #include <TavaroCore/Project/DemoProject.h>
+#include <TavaroCore/Records/JSON.h>
 #include <TavaroMCP/Protocol/MCPToolError.h>
 
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <array>
+#include <initializer_list>
+#include <map>
 #include <string_view>
 #include <utility>
 
@@ -14,14 +17,18 @@ namespace tavaro {
 
 namespace {
 
-/// Lists of metadata that grow with the take and are cut to their beginning.
-constexpr std::array<std::string_view, 3> eventLists{"clicks", "keystrokes", "appSpans"};
+struct EventList {
+    std::string path; // in the view
+    std::size_t total = 0;
+};
 
-std::size_t sizeOf(JSONValue const& value) {
-    JSONWriter writer;
-    writeJSON(writer, value);
-    return writer.take().size();
+/// The lists of the log that grow with the take and are cut to their beginning.
+std::array<EventList, 3> eventLists(RecordingMetadata const& log) {
+    return {EventList{"metadata.appSpans", log.appSpans.size()}, EventList{"metadata.clicks", log.clicks.size()},
+            EventList{"metadata.keystrokes", log.keystrokes.size()}};
 }
+
+std::size_t sizeOf(JSONValue const& value) { return JSONText(value).text().size(); }
 
 template<class Event> std::vector<Event> firstOf(std::vector<Event> const& events, std::size_t most) {
     return {events.begin(), events.begin() + static_cast<std::ptrdiff_t>(std::min(events.size(), most))};
@@ -37,29 +44,37 @@ RecordingMetadata shownLog(RecordingMetadata const& log, std::size_t events) {
             .health = log.health};
 }
 
-DemoProject shownPart(DemoProject const& project, std::size_t events) {
-    auto shown = project;
-    shown.metadata = CopyOnWrite(shownLog(*project.metadata, events));
-    shown.cameraFaces = {};
-    if (shown.transcript) shown.transcript->edit().envelope = {};
-    return shown;
+/// The members of an object, as texts.
+using Members = std::map<std::string_view, std::string>;
+
+template<RecordType R> Members membersOf(R const& record, std::initializer_list<std::string_view> leftOut) {
+    Members members;
+    forEachField<R>([&](auto const& field) {
+        if (std::ranges::find(leftOut, field.name) != leftOut.end()) return;
+        auto const& value = record.*field.member;
+        if constexpr (detail::IsOptional<std::remove_cvref_t<decltype(value)>>::value) {
+            if (!value) return;
+        }
+        members.emplace(field.name, encodeJSON(value));
+    });
+    return members;
 }
 
-void erase(JSONValue::Object& json, std::string_view part, std::string_view key) {
-    auto const found = json.find(part);
-    auto* const members = found == json.end() ? nullptr : std::get_if<JSONValue::Object>(&found->second.content);
-    auto const member = members ? members->find(key) : JSONValue::Object::iterator{};
-    if (members && member != members->end()) members->erase(member);
+/// The keys are names of fields, which need no escaping.
+std::string objectOf(Members const& members) {
+    std::string text = "{";
+    for (auto const& [key, value] : members) text.append("\"").append(key).append("\":").append(value).append(",");
+    text.back() = '}';
+    return text;
 }
 
-JSONValue::Object shownJSON(DemoProject const& project, std::size_t events) {
-    auto tree = JSONValue::parse(encodeProject(shownPart(project, events)));
-    auto& json = std::get<JSONValue::Object>(tree.content);
-    json.erase("cameraFaces");
-    for (auto const* const key : {"cursorSamples", "rawCursorSamples", "micLevels"}) erase(json, "metadata", key);
-    erase(json, "transcript", "envelope");
-    json.insert_or_assign("duration", project.duration());
-    return std::move(json);
+std::string shownText(DemoProject const& project, std::size_t events) {
+    auto members = membersOf(project, {"cameraFaces", "metadata", "transcript"});
+    auto const log = shownLog(*project.metadata, events);
+    members.emplace("metadata", objectOf(membersOf(log, {"cursorSamples", "rawCursorSamples", "micLevels"})));
+    if (project.transcript) members.emplace("transcript", objectOf(membersOf(**project.transcript, {"envelope"})));
+    members.emplace("duration", encodeJSON(project.duration()));
+    return objectOf(members);
 }
 
 /// A list of the view that can be shortened.
@@ -81,15 +96,14 @@ void collect(JSONValue& value, std::string const& path, std::vector<ViewList>& l
     }
 }
 
-std::vector<ViewList> listsOf(JSONValue::Object& json, RecordingMetadata const& log) {
+std::vector<ViewList> listsOf(JSONValue& json, RecordingMetadata const& log) {
     std::vector<ViewList> lists;
-    for (auto& [key, member] : json) collect(member, key, lists);
-    std::array<std::size_t, 3> const totals{log.clicks.size(), log.keystrokes.size(), log.appSpans.size()};
+    collect(json, "", lists);
     for (auto& list : lists) {
-        for (std::size_t i = 0; i < eventLists.size(); ++i) {
-            if (list.path != fmt::format("metadata.{}", eventLists[i])) continue;
+        for (auto const& events : eventLists(log)) {
+            if (list.path != events.path) continue;
             list.isOfEvents = true;
-            list.total = totals[i];
+            list.total = events.total;
         }
     }
     return lists;
@@ -107,7 +121,6 @@ ViewList* longestOf(std::vector<ViewList>& lists) {
 }
 
 void shorten(std::vector<ViewList>& lists, std::size_t bytes, std::size_t most) {
-    if (bytes <= most) return;
     for (auto& list : lists) list.bytes = sizeOf(*list.value);
     while (bytes > most) {
         auto* const list = longestOf(lists);
@@ -116,6 +129,19 @@ void shorten(std::vector<ViewList>& lists, std::size_t bytes, std::size_t most) 
         auto const before = std::exchange(list->bytes, sizeOf(*list->value));
         bytes -= before - list->bytes;
     }
+}
+
+/// Of a view that has more bytes.
+ProjectView shortenedView(JSONValue json, RecordingMetadata const& log, std::size_t mostBytes) {
+    ProjectView view;
+    auto lists = listsOf(json, log);
+    shorten(lists, sizeOf(json), mostBytes);
+    for (auto const& list : lists) {
+        auto const shown = list.entries().size();
+        if (shown < list.total) view.shortened.push_back({list.path, shown, list.total});
+    }
+    view.json = json;
+    return view;
 }
 
 }
@@ -132,12 +158,12 @@ std::string ProjectView::leftOut() const {
 }
 
 ProjectView viewOf(DemoProject const& project, ViewLimits const& limits) {
-    ProjectView view{.json = shownJSON(project, limits.events)};
-    auto lists = listsOf(view.json, *project.metadata);
-    shorten(lists, sizeOf(view.json), limits.bytes);
-    for (auto const& list : lists) {
-        auto const shown = list.entries().size();
-        if (shown < list.total) view.shortened.push_back({list.path, shown, list.total});
+    auto const& log = *project.metadata;
+    auto text = shownText(project, limits.events);
+    if (text.size() > limits.bytes) return shortenedView(JSONValue::parse(text), log, limits.bytes);
+    ProjectView view{.json = JSONText::written(std::move(text))};
+    for (auto const& events : eventLists(log)) {
+        if (events.total > limits.events) view.shortened.push_back({events.path, limits.events, events.total});
     }
     return view;
 }

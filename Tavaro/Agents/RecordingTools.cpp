@@ -76,7 +76,7 @@ void expectSaved(RecordingOutcome const& outcome, RecordRequest const* request) 
     throw MCPToolError(MCPErrorCode::failed, outcome.sentence());
 }
 
-JSONValue savedResult(RecordingOutcome const& outcome) {
+ToolResult savedResult(RecordingOutcome const& outcome) {
     auto const& made = *outcome.made;
     auto const id = made.id.text();
     JSONValue::Object const structured{

@@ -36,7 +36,7 @@ MCPErrorCode codeOf(AutomationError const& error) {
 }
 
 /// What an agent reads of the failure that is being handled.
-JSONValue presentFailure() {
+ToolResult presentFailure() {
     try {
         throw;
     } catch (MCPToolError const& error) {
@@ -61,7 +61,7 @@ std::string RunningCall::client() const {
     return excerpt(call_.client, mostBytes);
 }
 
-void RunningCall::finish(JSONValue const& result) {
+void RunningCall::finish(ToolResult const& result) {
     if (std::exchange(isOver_, true)) return;
     call_.finish(result);
     over_(*this);

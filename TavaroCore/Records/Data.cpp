@@ -30,16 +30,16 @@ std::optional<Data> Data::fromBase64(std::string_view text) {
 }
 
 std::string Data::base64() const {
-    std::string result;
-    result.reserve((bytes.size() + 2) / 3 * 4);
-    std::uint32_t bits = 0;
-    int count = 0;
-    for (auto const byte : bytes) {
-        bits = (bits << 8) | byte;
-        for (count += 8; count >= 6; count -= 6) result += alphabet[(bits >> (count - 6)) & 63];
-    }
-    if (count > 0) result += alphabet[(bits << (6 - count)) & 63];
-    while (result.size() % 4 != 0) result += '=';
+    std::string result((bytes.size() + 2) / 3 * 4, '=');
+    auto digits = result.begin();
+    auto const put = [&](std::uint32_t bits, int count) {
+        for (int i = 0; i < count; ++i) *digits++ = alphabet[(bits >> (18 - 6 * i)) & 63];
+    };
+    auto const* byte = bytes.data();
+    auto left = bytes.size();
+    for (; left >= 3; left -= 3, byte += 3) put(byte[0] << 16 | byte[1] << 8 | byte[2], 4);
+    if (left == 2) put(byte[0] << 16 | byte[1] << 8, 3);
+    if (left == 1) put(byte[0] << 16, 2);
     return result;
 }
 

@@ -57,7 +57,7 @@ BridgeReply nextReply(LineReader& lines) {
     return replyOf(*line);
 }
 
-JSONValue resultOver(UnixSocket const& socket, BridgeRequest const& request, BridgeCaller::Progress const& progress) {
+JSONText resultOver(UnixSocket const& socket, BridgeRequest const& request, BridgeCaller::Progress const& progress) {
     if (!socket.sendAll(bridgeLine(request), UnixSocket::forever)) throw interrupted();
     LineReader lines(socket, longestBridgeLine);
     while (true) {
@@ -77,7 +77,7 @@ std::vector<std::string> applicationCommand() {
     return {};
 }
 
-JSONValue BridgeCaller::call(Call call, Progress const& progress) const {
+JSONText BridgeCaller::call(Call call, Progress const& progress) const {
     BridgeRequest const request{1, std::move(call.client), std::move(call.tool), std::move(call.arguments)};
     try {
         return resultOver(connectTo(settings_), request, progress);

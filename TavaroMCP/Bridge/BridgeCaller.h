@@ -1,6 +1,6 @@
 #pragma once
 
-#include <TavaroCore/Records/JSONValue.h>
+#include <TavaroCore/Records/JSONText.h>
 
 #include <chrono>
 #include <filesystem>
@@ -35,7 +35,7 @@ public:
     explicit BridgeCaller(Settings settings) : settings_(std::move(settings)) {}
 
     /// Any thread, which it holds until the result is there. What goes wrong is a result too.
-    JSONValue call(Call call, Progress const& progress) const;
+    JSONText call(Call call, Progress const& progress) const;
 
 private:
     Settings settings_;

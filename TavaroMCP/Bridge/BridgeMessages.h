@@ -1,7 +1,7 @@
 #pragma once
 
 #include <TavaroCore/Records/Fields.h>
-#include <TavaroCore/Records/JSONValue.h>
+#include <TavaroCore/Records/JSONText.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -34,7 +34,7 @@ struct BridgeReply {
     std::optional<std::int64_t> id; // the request's; a reply without one is refused
     std::optional<double> progress;
     std::optional<std::string> message;
-    std::optional<JSONValue> result;
+    std::optional<JSONText> result;
 
     static constexpr auto fields = std::tuple{
         field("id", &BridgeReply::id),

@@ -43,7 +43,7 @@ public:
     bool isConnected() const override { return socket_.isConnected(); }
 
     /// False where the client does not take it in time.
-    bool finish(JSONValue result, UnixSocket::Patience patience) {
+    bool finish(JSONText result, UnixSocket::Patience patience) {
         std::lock_guard const lock(mutex_);
         unsent_ += bridgeLine(BridgeReply{.id = request_, .result = std::move(result)});
         return socket_.sendAll(unsent_, patience);
@@ -77,7 +77,7 @@ std::optional<BridgeRequest> readRequest(LineReader& lines, UnixSocket::Patience
     }
 }
 
-JSONValue answerOf(BridgeApplication& application, BridgeRequest const& request, BridgeClient& client) {
+ToolResult answerOf(BridgeApplication& application, BridgeRequest const& request, BridgeClient& client) {
     try {
         return application.answer(request, client);
     } catch (MCPToolError const& error) {

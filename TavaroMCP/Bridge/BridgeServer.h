@@ -1,7 +1,7 @@
 #pragma once
 
-#include <TavaroCore/Records/JSONValue.h>
 #include <TavaroMCP/Bridge/BridgeMessages.h>
+#include <TavaroMCP/Protocol/ToolResult.h>
 
 #include <chrono>
 #include <cstddef>
@@ -30,7 +30,7 @@ public:
     /// The tool's result. On the thread of the client's connection, which it may hold for as long as it takes; several
     /// are answered at the same time. `client` lives until it returns. What it throws becomes a failure by its
     /// sentence.
-    virtual JSONValue answer(BridgeRequest const& request, BridgeClient& client) = 0;
+    virtual ToolResult answer(BridgeRequest const& request, BridgeClient& client) = 0;
 };
 
 struct BridgeLimits {

@@ -8,6 +8,16 @@ namespace tavaro::jsonRPC {
 
 namespace {
 
+struct ResultMessage {
+    JSONValue id;
+    std::string jsonrpc = "2.0";
+    JSONText result;
+
+    static constexpr auto fields =
+        std::tuple{field("id", &ResultMessage::id), field("jsonrpc", &ResultMessage::jsonrpc),
+                   field("result", &ResultMessage::result)};
+};
+
 std::string line(JSONValue::Object message) {
     message.emplace("jsonrpc", "2.0");
     return encodeJSON(JSONValue(std::move(message)));
@@ -15,7 +25,9 @@ std::string line(JSONValue::Object message) {
 
 }
 
-std::string result(JSONValue result, JSONValue const& id) { return line({{"id", id}, {"result", std::move(result)}}); }
+std::string result(JSONText result, JSONValue const& id) {
+    return encodeJSON(ResultMessage{.id = id, .result = std::move(result)});
+}
 
 std::string error(ErrorCode code, std::string_view message, JSONValue const& id) {
     return line({{"id", id}, {"error", JSONValue::Object{{"code", static_cast<int>(code)}, {"message", message}}}});

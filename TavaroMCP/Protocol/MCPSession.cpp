@@ -70,8 +70,8 @@ struct MCPSession::State : std::enable_shared_from_this<State> {
     void startCall(JSONValue const& params, JSONValue const& id);
     void run(std::uint64_t number, ToolCall call);
     void report(std::uint64_t number, double fraction, std::string const& message);
-    void finish(std::uint64_t number, JSONValue result);
-    void reply(JSONValue result, JSONValue const& id) { around.write(jsonRPC::result(std::move(result), id)); }
+    void finish(std::uint64_t number, JSONText result);
+    void reply(JSONText result, JSONValue const& id) { around.write(jsonRPC::result(std::move(result), id)); }
 };
 
 void MCPSession::State::dispatch(std::string_view method, JSONValue const& message, JSONValue const& id) {
@@ -123,7 +123,7 @@ void MCPSession::State::run(std::uint64_t number, ToolCall call) {
     auto const progress = [alive, number](double fraction, std::string const& message) {
         if (auto const state = alive.lock()) state->report(number, fraction, message);
     };
-    auto const finished = [alive, number](JSONValue result) {
+    auto const finished = [alive, number](JSONText result) {
         if (auto const state = alive.lock()) state->finish(number, std::move(result));
     };
     try {
@@ -143,7 +143,7 @@ void MCPSession::State::report(std::uint64_t number, double fraction, std::strin
     around.write(jsonRPC::progress(*call.progress));
 }
 
-void MCPSession::State::finish(std::uint64_t number, JSONValue result) {
+void MCPSession::State::finish(std::uint64_t number, JSONText result) {
     auto const found = calls.find(number);
     if (found == calls.end()) return;
     auto const id = std::move(found->second.id);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <TavaroCore/Records/JSONValue.h>
+#include <TavaroCore/Records/JSONText.h>
 
 #include <functional>
 #include <memory>
@@ -19,7 +19,7 @@ public:
         std::string client; // by the name that it gave itself
     };
     using Progress = std::function<void(double fraction, std::string const& message)>;
-    using Finish = std::function<void(JSONValue result)>;
+    using Finish = std::function<void(JSONText result)>;
 
     struct Surroundings {
         std::string version; // of the server

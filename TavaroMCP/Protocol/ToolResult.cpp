@@ -1,43 +1,57 @@
 #include <TavaroMCP/Protocol/ToolResult.h>
 
+#include <TavaroCore/Records/JSON.h>
+
 #include <fmt/format.h>
 
 #include <utility>
+#include <vector>
 
 namespace tavaro::toolResult {
 
 namespace {
 
-JSONValue textBlock(std::string_view text) { return JSONValue::Object{{"type", "text"}, {"text", text}}; }
+struct Block {
+    std::string type = "text";
+    std::optional<std::string> text, mimeType;
+    std::optional<Data> data;
 
-JSONValue::Object withText(std::string_view text, bool isError) {
-    JSONValue::Array content;
-    content.push_back(textBlock(text));
-    return {{"content", std::move(content)}, {"isError", isError}};
+    static constexpr auto fields = std::tuple{field("type", &Block::type), field("text", &Block::text),
+                                              field("mimeType", &Block::mimeType), field("data", &Block::data)};
+};
+static_assert(listsEveryField<Block>);
+
+struct Result {
+    std::vector<Block> content;
+    bool isError = false;
+    std::optional<JSONText> structuredContent;
+
+    static constexpr auto fields = std::tuple{field("content", &Result::content), field("isError", &Result::isError),
+                                              field("structuredContent", &Result::structuredContent)};
+};
+static_assert(listsEveryField<Result>);
+
+Block textBlock(std::string_view text) { return {.text = std::string(text)}; }
+
+JSONText textOf(Result const& result) { return JSONText::written(encodeJSON(result)); }
+
 }
 
+ToolResult ok(std::string_view summary, std::optional<JSONText> structured) {
+    return {textOf({.content = {textBlock(summary)}, .structuredContent = std::move(structured)}), {}};
 }
 
-JSONValue ok(std::string_view summary, std::optional<JSONValue::Object> structured) {
-    auto result = withText(summary, false);
-    if (structured) result.emplace("structuredContent", *std::move(structured));
-    return result;
+ToolResult image(Data png, std::string_view caption) {
+    Block picture{.type = "image", .mimeType = "image/png", .data = std::move(png)};
+    return {textOf({.content = {std::move(picture), textBlock(caption)}}), {}};
 }
 
-JSONValue image(Data const& png, std::string_view caption) {
-    JSONValue::Array content;
-    content.push_back(JSONValue::Object{{"type", "image"}, {"mimeType", "image/png"}, {"data", png.base64()}});
-    content.push_back(textBlock(caption));
-    return JSONValue::Object{{"content", std::move(content)}, {"isError", false}};
+ToolResult failure(MCPErrorCode code, std::string_view message) {
+    JSONText const structured(JSONValue::Object{{"code", nameOf(code)}, {"message", message}});
+    return {textOf({.content = {textBlock(message)}, .isError = true, .structuredContent = structured}), code};
 }
 
-JSONValue failure(MCPErrorCode code, std::string_view message) {
-    auto result = withText(message, true);
-    result.emplace("structuredContent", JSONValue::Object{{"code", nameOf(code)}, {"message", message}});
-    return result;
-}
-
-JSONValue unknownTool(std::string_view name) {
+ToolResult unknownTool(std::string_view name) {
     constexpr std::size_t longest = 100;
     return failure(MCPErrorCode::notFound,
                    fmt::format("There is no tool \"{}\". Call tools/list for the names.", name.substr(0, longest)));

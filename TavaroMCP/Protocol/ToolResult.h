@@ -1,20 +1,32 @@
 #pragma once
 
 #include <TavaroCore/Records/Data.h>
-#include <TavaroCore/Records/JSONValue.h>
+#include <TavaroCore/Records/JSONText.h>
 #include <TavaroMCP/Protocol/MCPToolError.h>
 
 #include <optional>
 #include <string>
 #include <string_view>
 
-/// What a client gets from a tool's call, as JSON. Failures are results too.
-namespace tavaro::toolResult {
+namespace tavaro {
 
-JSONValue ok(std::string_view summary, std::optional<JSONValue::Object> structured = {});
-JSONValue image(Data const& png, std::string_view caption);
-JSONValue failure(MCPErrorCode code, std::string_view message);
+/// What a client gets from a tool's call. Failures are results too.
+struct ToolResult {
+    JSONText json;                       // as the client reads it
+    std::optional<MCPErrorCode> failure; // none where it did what it should
+
+    operator JSONText const&() const { return json; }
+    bool operator==(ToolResult const&) const = default;
+};
+
+namespace toolResult {
+
+ToolResult ok(std::string_view summary, std::optional<JSONText> structured = {});
+ToolResult image(Data png, std::string_view caption);
+ToolResult failure(MCPErrorCode code, std::string_view message);
 /// Of a name that no tool has.
-JSONValue unknownTool(std::string_view name);
+ToolResult unknownTool(std::string_view name);
+
+}
 
 }

@@ -29,7 +29,7 @@ protected:
         return std::async(std::launch::async, [this, tool, client] {
             auto const result =
                 BridgeCaller({.socket = socket, .command = {}}).call({tool, {}, client}, [](auto, auto const&) {});
-            return *result.find<JSONValue::Array>("content")->back().find<std::string>("text");
+            return *result.value().find<JSONValue::Array>("content")->back().find<std::string>("text");
         });
     }
     void runUntil(std::function<bool()> const& isDone) {

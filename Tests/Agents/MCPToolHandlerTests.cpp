@@ -35,7 +35,7 @@ protected:
                                .arguments = std::get<JSONValue::Object>(JSONValue::parse(arguments).content),
                                .client = "tester",
                                .progress = [this](double, std::string const&) { ++progress; },
-                               .finish = [this](JSONValue const& made) { result = made; }});
+                               .finish = [this](ToolResult const& made) { result = made.json.value(); }});
     }
     /// The text of the result, behind "code: " where it is a failure.
     std::string end() {

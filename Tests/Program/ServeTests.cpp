@@ -48,7 +48,7 @@ protected:
                               std::vector<std::string> const& starting = {}) {
         auto const result = BridgeCaller({.socket = mcpSocketPath(), .command = starting})
                                 .call({tool, arguments, "tester"}, [](double, std::string const&) {});
-        return *result.find<JSONValue::Array>("content")->back().find<std::string>("text");
+        return *result.value().find<JSONValue::Array>("content")->back().find<std::string>("text");
     }
 
     std::string const log = "state/Tavaro/tavaro.log";

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <TavaroCore/Records/JSONValue.h>
+#include <TavaroMCP/Protocol/ToolResult.h>
 
 #include <condition_variable>
 #include <functional>
@@ -20,11 +20,11 @@ public:
     explicit PendingCall(BridgeClient& client) : client_(&client) {}
 
     /// The connection's thread. None when the client has gone, or once `isOver`, which is asked now and then.
-    std::optional<JSONValue> wait(std::function<bool()> const& isOver);
+    std::optional<ToolResult> wait(std::function<bool()> const& isOver);
 
     // Any thread:
     void progress(double fraction, std::string const& message);
-    void finish(JSONValue result);
+    void finish(ToolResult result);
 
     // The main queue:
     void onAbandoned(std::function<void()> abandon) { abandon_ = std::move(abandon); }
@@ -35,7 +35,7 @@ private:
     std::mutex mutex_;
     std::condition_variable finished_;
     BridgeClient* client_; // null when nobody waits any more; this and the result are guarded by `mutex_`
-    std::optional<JSONValue> result_;
+    std::optional<ToolResult> result_;
     std::function<void()> abandon_; // the main queue's, as is the next
     bool isAbandoned_ = false;
 };

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <TavaroCore/Records/JSONValue.h>
+#include <TavaroCore/Records/JSONText.h>
 
 #include <cstddef>
 #include <string>
@@ -19,7 +19,7 @@ struct ProjectView {
         std::size_t total = 0;
     };
 
-    JSONValue::Object json;
+    JSONText json;
     std::vector<Shortened> shortened;
 
     /// What is not whole, as sentences with a blank before each; empty where everything is.
@@ -31,8 +31,8 @@ struct ViewLimits {
     std::size_t bytes = (std::size_t{9} << 20) - (1U << 16); // of the JSON, with room for the answer around it
 };
 
-/// Costs about the document without the pointer's path. Lists of events are shortened first where the limit needs it,
-/// then others, the longest first. Throws `MCPToolError` where texts alone pass it.
+/// Costs about writing the document without the pointer's path. Lists of events are shortened first where the limit
+/// needs it, then others, the longest first. Throws `MCPToolError` where texts alone pass it.
 ProjectView viewOf(DemoProject const& project, ViewLimits const& limits = {});
 
 }

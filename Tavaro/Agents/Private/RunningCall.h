@@ -3,6 +3,7 @@
 #include <Tavaro/Agents/Private/ToolArguments.h>
 
 #include <TavaroCore/Records/JSONValue.h>
+#include <TavaroMCP/Protocol/ToolResult.h>
 
 #include <functional>
 #include <memory>
@@ -17,7 +18,7 @@ struct ToolCall {
     JSONValue::Object arguments;
     std::string client;
     std::function<void(double fraction, std::string const& message)> progress;
-    std::function<void(JSONValue const& result)> finish; // once
+    std::function<void(ToolResult const& result)> finish; // once
 };
 
 /// A call that is being performed. It belongs to the main queue, and to the handler, which lets go of it once it is
@@ -36,7 +37,7 @@ public:
 
     void progress(double fraction, std::string const& message) const { call_.progress(fraction, message); }
     /// The first result counts.
-    void finish(JSONValue const& result);
+    void finish(ToolResult const& result);
     bool isOver() const { return isOver_; }
 
     /// Runs the work; what it throws becomes the result.

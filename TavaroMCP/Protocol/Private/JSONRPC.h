@@ -1,6 +1,6 @@
 #pragma once
 
-#include <TavaroCore/Records/JSONValue.h>
+#include <TavaroCore/Records/JSONText.h>
 
 #include <string>
 #include <string_view>
@@ -10,7 +10,7 @@ namespace tavaro::jsonRPC {
 
 enum class ErrorCode { parseError = -32700, invalidParams = -32602, methodNotFound = -32601 };
 
-std::string result(JSONValue result, JSONValue const& id);
+std::string result(JSONText result, JSONValue const& id);
 std::string error(ErrorCode code, std::string_view message, JSONValue const& id);
 
 struct Progress {

@@ -29,10 +29,12 @@ constexpr BridgeLimits limits{.lineBytes = 1000, .lineTime = std::chrono::millis
 
 /// Answers as the test says.
 struct FakeApplication final : BridgeApplication {
-    std::function<JSONValue(BridgeRequest const&, BridgeClient&)> answering = [](BridgeRequest const& request, auto&) {
+    std::function<ToolResult(BridgeRequest const&, BridgeClient&)> answering = [](BridgeRequest const& request, auto&) {
         return toolResult::ok(request.client + " " + request.tool, *request.arguments.as<JSONValue::Object>());
     };
-    JSONValue answer(BridgeRequest const& request, BridgeClient& client) override { return answering(request, client); }
+    ToolResult answer(BridgeRequest const& request, BridgeClient& client) override {
+        return answering(request, client);
+    }
 };
 
 class BridgeTest : public ::testing::Test {
@@ -46,14 +48,15 @@ protected:
 
     void serve(BridgeLimits limits = {}) { server.emplace(path, application, limits); }
 
-    JSONValue call(BridgeCaller::Progress const& progress = [](double, std::string const&) {}) const {
+    JSONText call(BridgeCaller::Progress const& progress = [](double, std::string const&) {}) const {
         return BridgeCaller({.socket = path, .command = {}}).call({"status", {{"n", 1}}, "Ann"}, progress);
     }
-    JSONValue callStarting(std::vector<std::string> command, std::chrono::milliseconds timeToStart) const {
+    JSONText callStarting(std::vector<std::string> command, std::chrono::milliseconds timeToStart) const {
         return BridgeCaller({.socket = path, .command = std::move(command), .timeToStart = timeToStart})
             .call({"status", {}, "Ann"}, [](double, std::string const&) {});
     }
-    static std::string codeOf(JSONValue const& result) {
+    static std::string codeOf(JSONText const& text) {
+        auto const result = text.value();
         auto const* const failure = result.find("structuredContent");
         auto const* const code = failure ? failure->find<std::string>("code") : nullptr;
         return code ? *code : "none";
@@ -102,9 +105,9 @@ TEST_F(BridgeTest, aCallArrivesWithItsProgressFirstAndItsResultLast) {
 
 TEST_F(BridgeTest, whatTheApplicationThrowsIsAFailure) {
     serve();
-    application.answering = [](auto&, auto&) -> JSONValue { throw MCPToolError(MCPErrorCode::busy, "Not now."); };
+    application.answering = [](auto&, auto&) -> ToolResult { throw MCPToolError(MCPErrorCode::busy, "Not now."); };
     EXPECT_EQ(call(), toolResult::failure(MCPErrorCode::busy, "Not now."));
-    application.answering = [](auto&, auto&) -> JSONValue { throw std::runtime_error("It broke."); };
+    application.answering = [](auto&, auto&) -> ToolResult { throw std::runtime_error("It broke."); };
     EXPECT_EQ(call(), toolResult::failure(MCPErrorCode::failed, "It broke."));
 }
 
@@ -124,14 +127,14 @@ TEST_F(BridgeTest, manyAreAnsweredAtTheSameTime) {
         return toolResult::ok(becomesTrue([&] { return inside == count; }) ? "together" : "alone");
     };
     serve();
-    std::vector<std::future<JSONValue>> results;
+    std::vector<std::future<JSONText>> results;
     for (int i = 0; i < count; ++i) results.push_back(std::async(std::launch::async, [&] { return call(); }));
     for (auto& result : results) EXPECT_EQ(result.get(), toolResult::ok("together"));
 }
 
 TEST_F(BridgeTest, moreThanFitWaitForTheirTurn) {
     serve({.connections = 1});
-    std::vector<std::future<JSONValue>> results;
+    std::vector<std::future<JSONText>> results;
     for (int i = 0; i < 10; ++i) results.push_back(std::async(std::launch::async, [&] { return call(); }));
     for (auto& result : results) EXPECT_EQ(codeOf(result.get()), "none");
 }
@@ -224,7 +227,7 @@ TEST_F(BridgeTest, anApplicationThatEndsMidCallIsSaidSo) {
         EXPECT_EQ(call(), toolResult::failure(MCPErrorCode::failed, sentence));
     }
     auto const ended = answering(listener, "{\"id\":2,\"result\":{}}\n{\"result\":{\"a\":1},\"id\":1}\n");
-    EXPECT_EQ(call(), (JSONValue::Object{{"a", 1}})) << "the other id was not asked for";
+    EXPECT_EQ(call(), JSONText(JSONValue::Object{{"a", 1}})) << "the other id was not asked for";
 }
 
 TEST_F(BridgeTest, theFirstCallStartsTheApplication) {

@@ -100,7 +100,7 @@ struct SlowApplication final : BridgeApplication {
     std::atomic<bool> mayAnswer = false;
     std::atomic<int> begun = 0, abandoned = 0;
 
-    JSONValue answer(BridgeRequest const& request, BridgeClient& client) override {
+    ToolResult answer(BridgeRequest const& request, BridgeClient& client) override {
         ++begun;
         while (!mayAnswer && client.isConnected()) std::this_thread::sleep_for(std::chrono::milliseconds(5));
         if (!mayAnswer) ++abandoned;

@@ -133,7 +133,7 @@ TEST(MCPSession, anUnknownToolIsAFailedCallAndNoProtocolError) {
     Conversation client;
     auto const lines = client.say(R"({"id":1,"method":"tools/call","params":{"name":"Status"}})");
     ASSERT_EQ(lines.size(), 1u);
-    EXPECT_EQ(*JSONValue::parse(lines[0]).find("result"), toolResult::unknownTool("Status"));
+    EXPECT_EQ(*JSONValue::parse(lines[0]).find("result"), toolResult::unknownTool("Status").json.value());
     EXPECT_THAT(lines[0], HasSubstr(R"("code":"not_found")"));
     EXPECT_THAT(client.started, IsEmpty());
 }
@@ -258,7 +258,7 @@ TEST(MCPSession, aCallMayOutliveItsSession) {
 
 TEST(ToolResult, anImageComesWithItsCaption) {
     EXPECT_EQ(
-        encodeJSON(toolResult::image(Data{{0x89, 'P', 'N', 'G'}}, "At 3 s")),
+        toolResult::image(Data{{0x89, 'P', 'N', 'G'}}, "At 3 s").json.text(),
         R"({"content":[{"data":"iVBORw==","mimeType":"image/png","type":"image"},{"text":"At 3 s","type":"text"}],)"
         R"("isError":false})");
 }
