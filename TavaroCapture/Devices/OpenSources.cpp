@@ -1,5 +1,6 @@
 #include <TavaroCapture/Devices/Private/OpenSources.h>
 
+#include <TavaroCapture/Pulse/Private/PulseSound.h>
 #include <TavaroCapture/X11/Private/InputMonitor.h>
 #include <TavaroCapture/X11/Private/ScreenGrabber.h>
 
@@ -11,6 +12,16 @@ std::unique_ptr<ScreenSource> openScreen(CaptureSource const& source, std::strin
 
 std::unique_ptr<EventSource> openEvents(std::string const& display, KeyLogging keys) {
     return std::make_unique<x11::InputMonitor>(display, keys);
+}
+
+std::unique_ptr<SoundSource> openMicrophone(MicrophoneSource const& source, std::string const& server) {
+    return std::make_unique<pulse::PulseSound>(
+        pulse::PulseSound::Options{.server = server, .source = source.id, .role = StreamRole::microphone});
+}
+
+std::unique_ptr<SoundSource> openSystemSound(SystemSoundSource const&, std::string const& server) {
+    return std::make_unique<pulse::PulseSound>(
+        pulse::PulseSound::Options{.server = server, .role = StreamRole::systemSound});
 }
 
 }

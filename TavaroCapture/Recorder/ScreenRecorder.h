@@ -3,6 +3,7 @@
 #include <TavaroCapture/Segments/TakeStream.h>
 #include <TavaroCapture/Sources/CaptureError.h>
 #include <TavaroCapture/Sources/CaptureSource.h>
+#include <TavaroCapture/Sources/SoundState.h>
 #include <TavaroCore/Recording/RecordingMetadata.h>
 
 #include <chrono>
@@ -23,6 +24,9 @@ struct RecorderOptions {
     std::string display; // X server to record; empty means `$DISPLAY`
     int fps = 60;        // 1…120
     bool logsKeystrokes = true;
+    std::optional<MicrophoneSource> microphone;   // none: not recorded
+    std::optional<SystemSoundSource> systemSound; // none: not recorded
+    std::string soundServer;                      // as in `$PULSE_SERVER`; empty means that, or the session's own
     std::filesystem::path recordingsFolder; // where the working folder is made; empty means `folders::recordings()`
     double segmentSeconds = 10;
     double checkpointSeconds = 2;
@@ -39,6 +43,7 @@ struct RecorderProgress {
     std::int64_t droppedFrames = 0;  // frames that could not be taken or written in time
     std::int64_t repeatedFrames = 0; // of those written, how many stand for an unchanged screen
     bool isPaused = false;
+    std::vector<SoundState> sounds; // those that are recorded
 };
 
 /// A take that is over: one movie, and the log of what happened in it.
@@ -49,7 +54,7 @@ struct FinishedTake {
     double duration = 0;                   // seconds
     std::vector<TakeStream> streams;       // beside the screen
     RecordingMetadata metadata;            // with its honest `health`
-    std::vector<std::string> warnings;     // sentences: what of the streams beside the screen could not be had
+    std::vector<std::string> warnings;     // sentences: what of the streams beside the screen is missing
     std::optional<std::string> endedEarly; // why the take ended by itself, as a sentence; none when `stop` ended it
 };
 
@@ -72,8 +77,9 @@ public:
     ScreenRecorder(ScreenRecorder const&) = delete;
     ScreenRecorder& operator=(ScreenRecorder const&) = delete;
 
-    /// Returns when the first frame's time has come. Throws `CaptureError`: no display, a source that is missing,
-    /// empty or off-screen, a folder that cannot be written.
+    /// Returns when the first frame's time has come: once the sounds that are wanted come in, for which it waits two
+    /// seconds each at most. Throws `CaptureError`: no display, a source that is missing, empty or off-screen, no such
+    /// microphone or no sound server, a folder that cannot be written.
     void start();
     void setPaused(bool paused);
     /// Throws `CaptureError` before `start`.

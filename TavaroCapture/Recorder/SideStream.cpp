@@ -1,8 +1,8 @@
 #include <TavaroCapture/Recorder/Private/SideStream.h>
 
 #include <TavaroCapture/Events/Private/TakeClock.h>
+#include <TavaroCapture/Recorder/Private/SoundStream.h>
 #include <TavaroCapture/Segments/Private/SegmentWriter.h>
-#include <TavaroCapture/Segments/Private/SoundSegmentWriter.h>
 #include <TavaroCapture/Segments/Private/StreamSegments.h>
 #include <TavaroCapture/Sources/CaptureError.h>
 #include <TavaroPlatform/Clocks/MediaClock.h>
@@ -75,9 +75,10 @@ public:
         source_->stop();
         queue_.sync([] {});
     }
-    std::optional<std::string> finish() override {
+    StreamReport finish() override {
         queue_.sync([this] { end_.write([this] { writer_.finish(); }); });
-        return end_.sentence();
+        auto const sentence = end_.sentence();
+        return sentence ? StreamReport{.warnings = {*sentence}} : StreamReport{};
     }
 
 private:
@@ -112,69 +113,6 @@ private:
     std::optional<double> offset_; // the queue's
     EarlyEnd end_;
     SerialQueue queue_{"com.tavaro.capture.camera"};
-};
-
-class SoundStream final : public SideStream {
-public:
-    SoundStream(std::unique_ptr<SoundSource> source, TakeClock const& clock, SideStreamOptions const& options)
-        : source_(std::move(source))
-        , clock_(clock)
-        , writer_({options.manifest, options.role, options.segmentSeconds})
-        , end_(options.role, clock) {}
-    ~SoundStream() override { stop(); }
-
-    void start() override {
-        source_->start(
-            {.block = [this](SoundBlock const& block) { take(block); }, .lost = [this] { end_.noteLoss(); }});
-    }
-    void stop() override {
-        source_->stop();
-        queue_.sync([] {});
-    }
-    std::optional<std::string> finish() override {
-        queue_.sync([this] { end_.write([this] { writer_.finish(); }); });
-        return end_.sentence();
-    }
-
-private:
-    /// Sound that lies together on the take's timeline.
-    struct Run {
-        double time = 0;
-        SoundJoint joint = SoundJoint::following;
-        std::vector<StereoSample> samples;
-    };
-
-    /// On the source's thread. What of the block lies in a pause is left out, to a few milliseconds.
-    void take(SoundBlock const& block) {
-        constexpr std::size_t slice = audioRate / 200;
-        Run run;
-        for (std::size_t from = 0; from < block.samples.size(); from += slice) {
-            auto const time = clock_.place(block.capturedAt + static_cast<double>(from) / audioRate);
-            if (!time) {
-                append(std::exchange(run, {}));
-                isAfterPause_ = true;
-                continue;
-            }
-            if (run.samples.empty()) run.time = *time;
-            if (std::exchange(isAfterPause_, false)) run.joint = SoundJoint::placed;
-            auto const part = block.samples.subspan(from, std::min(slice, block.samples.size() - from));
-            run.samples.insert(run.samples.end(), part.begin(), part.end());
-        }
-        append(std::move(run));
-    }
-
-    void append(Run run) {
-        if (run.samples.empty()) return;
-        queue_.async(
-            [this, run = std::move(run)] { end_.write([&] { writer_.append(run.samples, run.time, run.joint); }); });
-    }
-
-    std::unique_ptr<SoundSource> const source_;
-    TakeClock const& clock_;
-    bool isAfterPause_ = false; // the source's thread's
-    SoundSegmentWriter writer_; // the queue's
-    EarlyEnd end_;
-    SerialQueue queue_{"com.tavaro.capture.sound"};
 };
 
 }

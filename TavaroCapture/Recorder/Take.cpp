@@ -5,6 +5,7 @@
 #include <TavaroCapture/Segments/Private/JoinStreams.h>
 #include <TavaroCapture/Segments/Private/StreamSegments.h>
 #include <TavaroCore/Errors/SystemReason.h>
+#include <TavaroCore/Recording/SettledRecording.h>
 #include <TavaroMedia/Errors/MediaError.h>
 #include <TavaroPlatform/Clocks/MediaClock.h>
 #include <TavaroPlatform/Folders/Folders.h>
@@ -12,6 +13,7 @@
 #include <algorithm>
 #include <cmath>
 #include <fmt/format.h>
+#include <iterator>
 #include <spdlog/spdlog.h>
 
 namespace tavaro {
@@ -66,8 +68,11 @@ void ScreenRecorder::Take::prepareStreams(TakeSources& sources) {
                                                                      .segmentDuration = options_.segmentSeconds});
     auto const options = [&](StreamRole role) { return SideStreamOptions{manifest_, role, options_.segmentSeconds}; };
     if (sources.camera) prepareCamera(std::move(sources.camera), options(StreamRole::camera));
-    if (sources.microphone)
-        sideStreams_.push_back(recordSound(std::move(sources.microphone), clock_, options(StreamRole::microphone)));
+    if (sources.microphone) {
+        auto microphone = options(StreamRole::microphone);
+        microphone.levels = micLevels_;
+        sideStreams_.push_back(recordSound(std::move(sources.microphone), clock_, microphone));
+    }
     if (sources.systemSound)
         sideStreams_.push_back(recordSound(std::move(sources.systemSound), clock_, options(StreamRole::systemSound)));
     writer_->prepare();
@@ -83,11 +88,12 @@ void ScreenRecorder::Take::prepareCamera(std::unique_ptr<CameraSource> source, S
     }
 }
 
+/// What is beside the screen comes first, since devices take their time to begin.
 void ScreenRecorder::Take::start() {
+    startSideStreams();
     double const now = mediaClockNow();
     clock_.start(now);
     events_->start();
-    startSideStreams();
     checkpoints_ = std::make_unique<MetadataCheckpoints>(directory_, options_.checkpointSeconds,
                                                          [this](EventCounts const& after) { return snapshot(after); });
     startTicks(now);
@@ -199,11 +205,14 @@ void ScreenRecorder::Take::end() {
 }
 
 RecorderProgress ScreenRecorder::Take::progressNow() const {
-    return {.seconds = clock_.elapsed(mediaClockNow()),
-            .framesWritten = writer_->framesWritten(),
-            .droppedFrames = droppedFrames_,
-            .repeatedFrames = repeatedFrames_,
-            .isPaused = clock_.isPaused()};
+    RecorderProgress progress{.seconds = clock_.elapsed(mediaClockNow()),
+                              .framesWritten = writer_->framesWritten(),
+                              .droppedFrames = droppedFrames_,
+                              .repeatedFrames = repeatedFrames_,
+                              .isPaused = clock_.isPaused()};
+    for (auto const& stream : sideStreams_)
+        if (auto const sound = stream->sound()) progress.sounds.push_back(*sound);
+    return progress;
 }
 
 CaptureHealth ScreenRecorder::Take::health() const {
@@ -213,6 +222,8 @@ CaptureHealth ScreenRecorder::Take::health() const {
     result.writerRejectedFrames = writer_->writerRejectedFrames();
     result.repeatedFrames = repeatedFrames_;
     result.keyboardCaptured = options_.logsKeystrokes && events_->keyboardCaptured();
+    result.interruptions = std::ssize(interruptedAt_);
+    result.interruptedAt = interruptedAt_;
     auto const early = ending();
     result.captureLost = early && early->kind == CaptureError::Kind::captureLost;
     return result;
@@ -226,6 +237,9 @@ MetadataCheckpoints::Snapshot ScreenRecorder::Take::snapshot(EventCounts const& 
         result.log = events_->since(after, clock_.elapsed(mediaClockNow()));
         result.settled = events_->settled();
     });
+    result.settled.micLevels = micLevels_->settled();
+    result.log.micLevels = micLevels_->since(after.micLevels);
+    result.log.micLevels.resize(std::min(result.log.micLevels.size(), result.settled.micLevels - after.micLevels));
     result.log.captureSize = size_;
     result.log.scaleFactor = scaleFactor_;
     result.log.health = health();
@@ -246,8 +260,11 @@ void ScreenRecorder::Take::stopStreams() {
 /// A take that could not be written to its end still has what was written.
 void ScreenRecorder::Take::finishSegments() {
     for (auto const& stream : sideStreams_) {
-        if (auto failure = stream->finish()) sideFailures_.push_back(std::move(*failure));
+        auto report = stream->finish();
+        std::ranges::move(report.warnings, std::back_inserter(sideFailures_));
+        std::ranges::move(report.interruptedAt, std::back_inserter(interruptedAt_));
     }
+    std::ranges::sort(interruptedAt_);
     sideStreams_.clear(); // finished once, however often joining is tried
     try {
         writer_->finish();
@@ -263,6 +280,8 @@ void ScreenRecorder::Take::joinInto(FinishedTake& result) {
     auto const wanted = manifest_->record().streams;
     auto beside = joinStreams(directory_, wanted);
     result.metadata = events_->metadata(result.duration);
+    result.metadata.micLevels = micLevels_->all();
+    trimToDuration(result.metadata, result.duration);
     result.metadata.captureSize = size_;
     result.metadata.scaleFactor = scaleFactor_;
     result.metadata.health = health();

@@ -5,6 +5,7 @@
 #include <TavaroCapture/Recovery/Private/WorkingFolderRemoval.h>
 #include <TavaroCapture/Segments/Private/JoinStreams.h>
 #include <TavaroCapture/Sources/CaptureError.h>
+#include <TavaroCore/Recording/EventLists.h>
 #include <TavaroCore/Recording/SettledRecording.h>
 #include <TavaroMedia/Audio/JoinSounds.h>
 #include <TavaroMedia/Errors/MediaError.h>
@@ -129,6 +130,11 @@ std::optional<RecoveryStore::Recoverable> examine(fs::path const& directory) {
     return take;
 }
 
+/// Levels that end before the sound does would call its end silent; without them they are measured in the sound.
+void dropShortLevels(RecordingMetadata& log, double duration) {
+    if (std::ssize(log.micLevels) < std::llround(duration / micLevelSeconds)) log.micLevels.clear();
+}
+
 WorkingFolderClaim claim(fs::path const& directory) {
     auto held = WorkingFolderClaim::take(directory);
     if (!held) failRecovery(fmt::format("The recording in “{}” is in use by another Tavaro.", directory.string()));
@@ -195,6 +201,7 @@ RecoveredTake RecoveryStore::recover(Recoverable const& take) {
     if (result.metadata.captureSize == Size2{})
         result.metadata.captureSize = {take.manifest.width, take.manifest.height};
     cutStart(result.metadata, lostStart);
+    dropShortLevels(result.metadata, result.duration);
     trimToDuration(result.metadata, result.duration);
     noteLostStreams(result.metadata.health, take.streams, beside);
     result.streams = std::move(beside.streams);

@@ -8,7 +8,7 @@ namespace tavaro {
 
 namespace {
 
-constexpr std::int64_t wavering = audioRate / 25;
+constexpr std::int64_t wavering = audioRate / 100;
 constexpr int channels = 2;
 
 double seconds(std::int64_t samples) { return static_cast<double>(samples) / audioRate; }

@@ -12,6 +12,7 @@ public:
         unsupported,    // the server lacks something a recording needs
         noSuchSource,   // no display, window or application is what was named
         badSource,      // the source is malformed, empty, hidden or off-screen
+        noSound,        // no sound server answers, or it has no such device
         captureLost,    // the source or the server went away
         writeFailed,    // the take cannot be written: disk full, folder unwritable
         notRecording,   // an operation needs a take in progress

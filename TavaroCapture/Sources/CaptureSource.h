@@ -64,6 +64,17 @@ struct AreaSource {
 
 using CaptureSource = std::variant<DisplaySource, WindowSource, ApplicationSource, AreaSource>;
 
+/// A microphone of the session's sound server, by its id as listed; an empty one is the default microphone.
+struct MicrophoneSource {
+    std::string id;
+    bool operator==(MicrophoneSource const&) const = default;
+};
+
+/// What the default output plays when the take begins.
+struct SystemSoundSource {
+    bool operator==(SystemSoundSource const&) const = default;
+};
+
 /// What a take's marker calls it: "display", "window", "application" or "area".
 std::string_view recordingMode(CaptureSource const& source);
 

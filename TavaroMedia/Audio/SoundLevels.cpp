@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <span>
 
 #include <TavaroMedia/Audio/AudioReader.h>
 
@@ -11,11 +10,9 @@ namespace tavaro {
 
 namespace {
 
-constexpr std::size_t windowSamples = audioRate / 50;
 constexpr std::size_t blockWindows = 50;
 constexpr float decimals = 1e4f;
 
-/// Root mean square of the louder side.
 float levelOf(std::span<StereoSample const> samples) {
     float left = 0;
     float right = 0;
@@ -26,8 +23,11 @@ float levelOf(std::span<StereoSample const> samples) {
     return std::sqrt(std::max(left, right) / static_cast<float>(std::max<std::size_t>(samples.size(), 1)));
 }
 
-float rounded(float level) { return std::isfinite(level) ? std::round(level * decimals) / decimals : 0; }
+}
 
+float soundLevel(std::span<StereoSample const> samples) {
+    float const level = levelOf(samples);
+    return std::isfinite(level) ? std::round(level * decimals) / decimals : 0;
 }
 
 std::vector<float> soundLevels(std::filesystem::path const& file, LevelSpan const& span,
@@ -41,15 +41,15 @@ std::vector<float> soundLevels(std::filesystem::path const& file, LevelSpan cons
         auto const entry = static_cast<std::size_t>(static_cast<double>(sample) / perEntry);
         return std::min(entry, levels.size() - 1);
     };
-    std::vector<StereoSample> block(windowSamples * blockWindows);
+    std::vector<StereoSample> block(levelWindow * blockWindows);
     for (std::int64_t at = 0; at < length && !levels.empty(); at += std::ssize(block)) {
         if (progress) progress(static_cast<double>(at) / static_cast<double>(length));
         block.resize(static_cast<std::size_t>(std::min(std::ssize(block), length - at)));
         if (reader.read(start + at, block) == 0 && start + at >= 0) break; // silent to the end
-        for (std::size_t from = 0; from < block.size(); from += windowSamples) {
-            auto const window = std::span(block).subspan(from, std::min(windowSamples, block.size() - from));
+        for (std::size_t from = 0; from < block.size(); from += levelWindow) {
+            auto const window = std::span(block).subspan(from, std::min(levelWindow, block.size() - from));
             auto const begin = at + static_cast<std::int64_t>(from);
-            auto const level = rounded(levelOf(window));
+            auto const level = soundLevel(window);
             for (auto entry = entryOf(begin); entry <= entryOf(begin + std::ssize(window) - 1); ++entry)
                 levels[entry] = std::max(levels[entry], level);
         }

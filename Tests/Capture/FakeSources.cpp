@@ -99,7 +99,12 @@ public:
 
 private:
     void hear(double until) {
-        if (isLost_) return;
+        if (isLost_ && until < life_.back) return;
+        if (isLost_) {
+            handlers_.returned();
+            heardUntil_ = life_.back;
+            life_.to = std::numeric_limits<double>::infinity();
+        }
         std::vector<StereoSample> samples;
         for (double at = heardUntil_; at < std::min(until, life_.to);
              at = heardUntil_ + static_cast<double>(samples.size()) / audioRate) {
@@ -114,7 +119,7 @@ private:
     }
 
     FakeScene const scene_;
-    FakeLife const life_;
+    FakeLife life_; // the queue's
     SoundHandlers handlers_;
     double heardUntil_ = 0;
     bool isLost_ = false;

@@ -14,10 +14,11 @@ struct FakeScene {
     double flashAt = 0;
 };
 
-/// When a source works, in moments of the media clock; at the end of it, it is lost.
+/// When a source works, in moments of the media clock; at the end of it, it is lost. A microphone may come back.
 struct FakeLife {
     double from = 0;
     double to = std::numeric_limits<double>::infinity();
+    double back = std::numeric_limits<double>::infinity();
 };
 
 std::unique_ptr<ScreenSource> fakeScreen(FakeScene const& scene);

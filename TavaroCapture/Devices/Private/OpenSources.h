@@ -2,6 +2,7 @@
 
 #include <TavaroCapture/Sources/Private/EventSource.h>
 #include <TavaroCapture/Sources/Private/FrameSource.h>
+#include <TavaroCapture/Sources/Private/SoundSource.h>
 
 #include <memory>
 #include <string>
@@ -14,5 +15,10 @@ std::unique_ptr<ScreenSource> openScreen(CaptureSource const& source, std::strin
 
 /// Throws `CaptureError` when no server answers, or one that does not tell of clicks and keys.
 std::unique_ptr<EventSource> openEvents(std::string const& display, KeyLogging keys);
+
+/// Finds a device of the sound server, given as in `$PULSE_SERVER` (empty means that, or the session's own). It is open
+/// only while it is recorded. Throws `CaptureError` when there is none, and when no server answers.
+std::unique_ptr<SoundSource> openMicrophone(MicrophoneSource const& source, std::string const& server);
+std::unique_ptr<SoundSource> openSystemSound(SystemSoundSource const& source, std::string const& server);
 
 }

@@ -1,16 +1,25 @@
 #pragma once
 
 #include <TavaroCapture/Segments/Private/TakeManifest.h>
+#include <TavaroCapture/Sound/Private/LevelLog.h>
 #include <TavaroCapture/Sources/Private/FrameSource.h>
 #include <TavaroCapture/Sources/Private/SoundSource.h>
+#include <TavaroCapture/Sources/SoundState.h>
 
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace tavaro {
 
 class TakeClock;
+
+/// How a stream went.
+struct StreamReport {
+    std::vector<std::string> warnings; // sentences: what of it is missing
+    std::vector<double> interruptedAt; // seconds of the take at which its device went away, to come back later
+};
 
 /// A stream that is recorded beside the screen. Its source and the encoder work on threads of their own, so the screen
 /// never waits for it; when it is lost or cannot be written, the take goes on without the rest of it.
@@ -21,14 +30,17 @@ public:
     virtual void start() = 0;
     /// Ends the source, and lets what is under way arrive.
     virtual void stop() = 0;
-    /// After `stop`: completes the files. The sentence of what ended the stream before its time; none when nothing did.
-    virtual std::optional<std::string> finish() = 0;
+    /// After `stop`: completes the files.
+    virtual StreamReport finish() = 0;
+    /// Any thread. None of pictures.
+    virtual std::optional<SoundState> sound() const { return std::nullopt; }
 };
 
 struct SideStreamOptions {
     std::shared_ptr<TakeManifest> manifest;
     StreamRole role = StreamRole::camera;
     double segmentSeconds = 10;
+    std::shared_ptr<LevelLog> levels = std::make_shared<LevelLog>(); // of a sound
 };
 
 /// `clock` must outlive the stream.

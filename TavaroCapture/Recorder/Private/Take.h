@@ -96,6 +96,8 @@ private:
     std::unique_ptr<EventRecorder> events_;
     std::vector<std::unique_ptr<SideStream>> sideStreams_;
     std::vector<std::string> sideFailures_; // sentences
+    std::vector<double> interruptedAt_;     // seconds of the take; of the streams beside the screen
+    std::shared_ptr<LevelLog> micLevels_ = std::make_shared<LevelLog>();
     std::unique_ptr<MetadataCheckpoints> checkpoints_;
     SerialQueue screenQueue_{"com.tavaro.capture.screen", SerialQueue::Urgency::prompt};
 };

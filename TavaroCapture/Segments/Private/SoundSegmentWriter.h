@@ -28,7 +28,7 @@ public:
     explicit SoundSegmentWriter(Options const& options);
 
     /// Adds samples, the first of which was captured at `time` of the take. Where they follow the ones before, a step
-    /// of less than 40 ms is the wavering of a clock and no gap. What was written already is left out.
+    /// of less than 10 ms is the wavering of a clock and no gap. What was written already is left out.
     void append(std::span<StereoSample const> samples, double time, SoundJoint joint = SoundJoint::following);
     /// Ends the last file and waits for all of them.
     void finish();

@@ -7,7 +7,8 @@
 
 namespace tavaro {
 
-/// Sound that follows without a gap, 48,000 samples a second.
+/// Sound without a gap, 48,000 samples a second of the media clock: a source whose device keeps another time resamples.
+/// A block follows the one before to the sample, or there is nothing between the two: silence.
 struct SoundBlock {
     std::span<StereoSample const> samples;
     double capturedAt = 0; // moment of the first sample on the media clock, when it was heard, not when it arrived
@@ -16,13 +17,15 @@ struct SoundBlock {
 /// What a source of sound reports, on a thread of its own.
 struct SoundHandlers {
     std::function<void(SoundBlock const&)> block; // good during the call
-    std::function<void()> lost;                   // no more sound comes
+    std::function<void()> lost;                   // the device went away; no sound comes until it is back
+    std::function<void()> returned = [] {};       // it is back, itself and never another one
 };
 
 /// A microphone, or what the machine plays.
 class SoundSource {
 public:
     virtual ~SoundSource() = default;
+    /// Returns when sound comes, or after two seconds without any.
     virtual void start(SoundHandlers handlers) = 0;
     /// No handler runs after it.
     virtual void stop() = 0;

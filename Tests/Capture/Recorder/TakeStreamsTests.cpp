@@ -4,12 +4,14 @@
 
 #include <TavaroCapture/Recorder/ScreenRecorder.h>
 #include <TavaroCapture/Recovery/RecoveryStore.h>
+#include <TavaroMedia/Audio/SoundLevels.h>
 #include <TavaroMedia/Movie/MovieReader.h>
 #include <TavaroPlatform/Clocks/MediaClock.h>
 
 #include <algorithm>
 #include <atomic>
 #include <fstream>
+#include <gmock/gmock.h>
 #include <signal.h>
 #include <sys/wait.h>
 #include <thread>
@@ -112,6 +114,46 @@ TEST_F(TakeStreamsTest, streamsThatComeLateGoEarlyOrNeverComeCostOnlyThemselves)
     EXPECT_TRUE(take.warnings[0].starts_with("The system's sound went away ")) << take.warnings[0];
 }
 
+TEST_F(TakeStreamsTest, aMicrophoneThatWasAwayIsSilentThereAndTheTakeSaysSo) {
+    double const now = mediaClockNow();
+    auto some = sources();
+    some.microphone = fakeMicrophone({now}, {.to = now + 0.6, .back = now + 1.2});
+    ScreenRecorder recorder(options(), std::move(some));
+    recorder.start();
+    double const began = mediaClockNow() - recorder.progress().seconds;
+    recordUntil(recorder, now + 0.9 - began);
+    EXPECT_TRUE(recorder.progress().sounds.at(0).isAway);
+    recordUntil(recorder, 1.8);
+    auto const sound = recorder.progress().sounds.at(0);
+    EXPECT_FALSE(sound.isAway);
+    EXPECT_NEAR(sound.level, 0.354, 0.01);
+    auto const take = recorder.stop();
+    auto const& health = take.metadata.health;
+    EXPECT_EQ(health.interruptions, 1);
+    ASSERT_EQ(health.interruptedAt.size(), 1u);
+    EXPECT_NEAR(health.interruptedAt[0], now + 0.6 - began, 0.1);
+    EXPECT_EQ(health.warning(), "The capture was interrupted 1 time and recovered.");
+    ASSERT_EQ(take.warnings.size(), 1u);
+    EXPECT_TRUE(take.warnings[0].starts_with("The microphone was away from ")) << take.warnings[0];
+
+    auto const& levels = take.metadata.micLevels;
+    ASSERT_EQ(std::ssize(levels), std::lround(take.duration * 10));
+    for (std::size_t i = 0; i < levels.size(); ++i) {
+        double const from = began + static_cast<double>(i) / 10, to = from + 0.1;
+        bool const isHeard = (from > now && to < now + 0.6) || (from > now + 1.2 && i + 1 < levels.size());
+        bool const isSilent = from > now + 0.6 && to < now + 1.2;
+        float const least = isHeard ? 0.34f : 0;
+        EXPECT_GE(levels[i], least) << i;
+        EXPECT_LE(levels[i], isSilent ? 0 : 0.36f) << i;
+    }
+    auto const stream = streamOf(take.streams, StreamRole::microphone);
+    EXPECT_THAT(levels, testing::Pointwise(
+                            testing::FloatNear(0.005f),
+                            soundLevels(stream.file,
+                                        {.start = -stream.offset, .seconds = take.duration, .entries = levels.size()})))
+        << "the levels of the take as it went are those of its file";
+}
+
 TEST_F(TakeStreamsTest, aStreamThatCannotStartCostsOnlyItself) {
     struct Deaf : SoundSource {
         void start(SoundHandlers) override {
@@ -180,6 +222,8 @@ TEST_F(TakeStreamsTest, aKilledTakeComesBackWithAllItsStreamsInStep) {
     for (auto const& stream : recovered.streams)
         EXPECT_GT(stream.offset + stream.duration, reached - 1) << nameOf(stream.role);
     EXPECT_TRUE(recovered.warnings.empty());
+    auto const& levels = recovered.metadata.micLevels;
+    EXPECT_TRUE(levels.empty() || levels.back() > 0.3f) << "what the last checkpoint lacks is not silence";
 }
 
 TEST_F(TakeStreamsTest, damagedStreamsDoNotLoseTheTake) {

@@ -39,7 +39,7 @@ protected:
 TEST_F(SoundSegmentWriterTest, whatIsMissingIsSilenceAndWhatWaversIsNot) {
     SoundSegmentWriter writer(options());
     writer.append(constant(0.3, 0.25f), -0.1);
-    writer.append(constant(0.3, 0.5f), 0.23);  // 30 ms late: a wavering clock
+    writer.append(constant(0.3, 0.5f), 0.205); // 5 ms late: a wavering clock
     writer.append(constant(0.3, 0.75f), 1.0);  // half a second is missing
     writer.append(constant(0.3, 0.125f), 1.2); // the first 0.1 s of it were there before
     writer.finish();

@@ -1,0 +1,76 @@
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <pulse/pulseaudio.h>
+#include <string>
+#include <vector>
+
+/// The handles of libpulse and a connection to a sound server. For the sources of this library only.
+namespace tavaro::pulse {
+
+template<auto release> struct Release {
+    void operator()(auto* handle) const { release(handle); }
+};
+template<auto part, auto release> struct PartAndRelease {
+    void operator()(auto* handle) const {
+        part(handle);
+        release(handle);
+    }
+};
+using Loop = std::unique_ptr<pa_mainloop, Release<pa_mainloop_free>>;
+using Context = std::unique_ptr<pa_context, PartAndRelease<pa_context_disconnect, pa_context_unref>>;
+using Stream = std::unique_ptr<pa_stream, PartAndRelease<pa_stream_disconnect, pa_stream_unref>>;
+using Operation = std::unique_ptr<pa_operation, Release<pa_operation_unref>>;
+
+/// A source of the server: a microphone, or what one of its outputs plays.
+struct SourceInfo {
+    std::string name; // its id: stays the same when the device is plugged in again
+    std::string description;
+    bool isMonitor = false;
+};
+
+struct ServerInfo {
+    std::string defaultSource;
+    std::string defaultSink;
+    bool isPipeWire = false; // speaks for a PipeWire server, which knows no latencies
+};
+
+/// A connection to the sound server of a session, PulseAudio's own or PipeWire's. It never starts one. It runs on the
+/// thread that calls it, and only during the calls; streams that are made on it report then, too.
+class Server {
+public:
+    using Clock = std::chrono::steady_clock;
+
+    /// `address` as in `$PULSE_SERVER`; an empty one means that, or the session's own.
+    explicit Server(std::string const& address);
+    ~Server();
+    Server(Server const&) = delete;
+    Server& operator=(Server const&) = delete;
+
+    pa_context* get() const { return context_.get(); }
+    /// Waits for the server; false when none answers, or `isOver` says so.
+    bool connect(std::chrono::milliseconds atMost, std::function<bool()> const& isOver = {});
+    bool isAlive() const;
+    /// Why the last thing asked for was not done.
+    std::string reason() const;
+
+    /// Lets events in, for so long at most.
+    void run(std::chrono::milliseconds atMost);
+
+    /// None when the server is gone.
+    std::optional<ServerInfo> info();
+    std::vector<SourceInfo> sources();
+    /// The source that lets hear what a sink plays; empty when there is none.
+    std::string monitorOf(std::string const& sink);
+
+private:
+    bool finish(pa_operation* operation);
+
+    Loop loop_;
+    Context context_;
+};
+
+}

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <TavaroCapture/Pulse/Private/RecordStream.h>
+#include <TavaroCapture/Sources/Private/SoundSource.h>
+#include <TavaroCapture/Sources/StreamRole.h>
+#include <TavaroPlatform/Queues/SerialQueue.h>
+
+#include <atomic>
+#include <condition_variable>
+#include <mutex>
+#include <string>
+
+namespace tavaro::pulse {
+
+/// A microphone of a session's sound server, or what its output plays. The device is open from `start` to `stop`. When
+/// it is unplugged, or the server ends, it is looked for until it is there again: the same device by its name.
+class PulseSound final : public SoundSource {
+public:
+    struct Options {
+        std::string server; // as in `$PULSE_SERVER`; empty: that, or the session's own
+        std::string source; // the server's name for it; empty: the default one of its kind
+        StreamRole role = StreamRole::microphone;
+    };
+
+    /// Finds the device, and does not open it. Throws `CaptureError` (`noSound`) where there is no such device, and
+    /// when no server answers.
+    explicit PulseSound(Options options);
+    ~PulseSound() override;
+
+    void start(SoundHandlers handlers) override;
+    void stop() override;
+
+private:
+    // The queue's, all of them.
+    void run();
+    void record(Server& server, ServerInfo const& info);
+    bool listen(Server& server, ServerInfo const& info);
+    void idle(Server& server) const;
+    void noteBegun();
+    void noteGone();
+    bool isDone(double deliveredUntil) const;
+
+    std::string const server_;
+    std::string const source_;
+    StreamRole const role_;
+    SoundHandlers handlers_;
+    std::atomic<bool> isEnding_ = false;
+    std::atomic<double> endsAt_ = 0; // moment of the media clock; once it is ending
+
+    std::mutex mutex_;
+    std::condition_variable begun_;
+    bool hasBegun_ = false; // guarded by mutex_
+
+    bool isAway_ = false; // the queue's
+    SerialQueue queue_;
+};
+
+}

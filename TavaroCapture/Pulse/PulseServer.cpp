@@ -1,0 +1,88 @@
+#include <TavaroCapture/Pulse/Private/PulseServer.h>
+
+#include <string_view>
+
+namespace tavaro::pulse {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto longestAnswer = 1s;
+
+std::string textOf(char const* text) { return text ? text : ""; }
+
+}
+
+Server::Server(std::string const& address)
+    : loop_(pa_mainloop_new())
+    , context_(pa_context_new(pa_mainloop_get_api(loop_.get()), "Tavaro")) {
+    pa_context_connect(context_.get(), address.empty() ? nullptr : address.c_str(), PA_CONTEXT_NOAUTOSPAWN, nullptr);
+}
+
+Server::~Server() = default;
+
+bool Server::connect(std::chrono::milliseconds atMost, std::function<bool()> const& isOver) {
+    auto const end = Clock::now() + atMost;
+    while (isAlive() && pa_context_get_state(get()) != PA_CONTEXT_READY) {
+        if (Clock::now() >= end || (isOver && isOver())) return false;
+        run(20ms);
+    }
+    return isAlive();
+}
+
+bool Server::isAlive() const { return PA_CONTEXT_IS_GOOD(pa_context_get_state(get())); }
+
+std::string Server::reason() const { return pa_strerror(pa_context_errno(get())); }
+
+void Server::run(std::chrono::milliseconds atMost) {
+    auto const wait = static_cast<int>(std::chrono::microseconds(atMost).count());
+    if (pa_mainloop_prepare(loop_.get(), wait) >= 0 && pa_mainloop_poll(loop_.get()) >= 0)
+        pa_mainloop_dispatch(loop_.get());
+}
+
+bool Server::finish(pa_operation* operation) {
+    Operation const owned(operation);
+    auto const end = Clock::now() + longestAnswer;
+    while (owned && isAlive() && pa_operation_get_state(operation) == PA_OPERATION_RUNNING && Clock::now() < end)
+        run(20ms);
+    if (!owned) return false;
+    bool const isDone = pa_operation_get_state(operation) == PA_OPERATION_DONE;
+    if (!isDone) pa_operation_cancel(operation); // or it would answer into what is gone
+    return isDone;
+}
+
+std::optional<ServerInfo> Server::info() {
+    ServerInfo result;
+    auto const take = [](pa_context*, pa_server_info const* info, void* into) {
+        if (!info) return;
+        auto& result = *static_cast<ServerInfo*>(into);
+        result.defaultSource = textOf(info->default_source_name);
+        result.defaultSink = textOf(info->default_sink_name);
+        result.isPipeWire = std::string_view(textOf(info->server_name)).find("PipeWire") != std::string_view::npos;
+    };
+    if (!finish(pa_context_get_server_info(get(), take, &result))) return std::nullopt;
+    return result;
+}
+
+std::vector<SourceInfo> Server::sources() {
+    std::vector<SourceInfo> result;
+    auto const take = [](pa_context*, pa_source_info const* info, int, void* into) {
+        if (!info) return;
+        static_cast<std::vector<SourceInfo>*>(into)->push_back(
+            {textOf(info->name), textOf(info->description), info->monitor_of_sink != PA_INVALID_INDEX});
+    };
+    finish(pa_context_get_source_info_list(get(), take, &result));
+    return result;
+}
+
+std::string Server::monitorOf(std::string const& sink) {
+    std::string result;
+    auto const take = [](pa_context*, pa_sink_info const* info, int, void* into) {
+        if (info) *static_cast<std::string*>(into) = textOf(info->monitor_source_name);
+    };
+    finish(pa_context_get_sink_info_by_name(get(), sink.c_str(), take, &result));
+    return result;
+}
+
+}

@@ -1,0 +1,180 @@
+#include "../TestDisplay.h"
+#include "../TestSoundServer.h"
+
+#include <TavaroCapture/Pulse/Private/PulseSound.h>
+#include <TavaroCapture/Sources/CaptureError.h>
+#include <TavaroPlatform/Clocks/MediaClock.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <unistd.h>
+
+namespace tavaro {
+
+namespace {
+
+constexpr double mostError = 0.010; // of a stamp, on a machine that does much else
+constexpr double told = 0.5;
+
+/// What a source reports, and when.
+class Listener {
+public:
+    explicit Listener(pulse::PulseSound::Options const& options) : source_(options) {
+        source_.start({.block = [this](SoundBlock const& block) { hear(block); },
+                       .lost = [this] { lostAt = mediaClockNow(); },
+                       .returned = [this] { returnedAt = mediaClockNow(); }});
+    }
+    ~Listener() { source_.stop(); }
+    void stop() { source_.stop(); }
+
+    /// Moments of the clicks that were heard.
+    std::vector<double> heard() const {
+        std::lock_guard const guard(lock_);
+        return heard_;
+    }
+    bool hears(std::size_t count) const {
+        return eventually([&] { return heard().size() >= count; });
+    }
+    int overlaps() const { return overlaps_; }
+
+    std::atomic<double> lostAt = 0;
+    std::atomic<double> returnedAt = 0;
+
+private:
+    void hear(SoundBlock const& block) {
+        if (block.capturedAt < end_ - 1e-6) ++overlaps_;
+        end_ = block.capturedAt + static_cast<double>(block.samples.size()) / audioRate;
+        std::lock_guard const guard(lock_);
+        for (std::size_t i = 0; i < block.samples.size(); ++i) {
+            double const at = block.capturedAt + static_cast<double>(i) / audioRate;
+            bool const isNew = heard_.empty() || at > heard_.back() + Clicks::apart / 2;
+            if (block.samples[i].left > 0.45f && isNew) heard_.push_back(at);
+        }
+    }
+
+    std::mutex mutable lock_;
+    std::vector<double> heard_; // guarded by lock_
+    double end_ = 0;
+    std::atomic<int> overlaps_ = 0;
+    pulse::PulseSound source_;
+};
+
+/// Every click that was heard was made, at the moment of its stamp.
+void expectInStep(std::vector<double> const& heard, std::vector<double> const& made) {
+    double worst = 0;
+    for (double const at : heard) {
+        double nearest = 1;
+        for (double const moment : made)
+            if (std::abs(at - moment) < std::abs(nearest)) nearest = at - moment;
+        if (std::abs(nearest) > std::abs(worst)) worst = nearest;
+        EXPECT_NEAR(nearest, 0, mostError);
+    }
+    testing::Test::RecordProperty("worstStampMicroseconds", static_cast<int>(worst * 1e6));
+    if (getenv("TAVARO_TELL")) std::printf("worst stamp of %zu: %+.3f ms\n", heard.size(), worst * 1e3);
+}
+
+class PulseSoundTest : public SoundServerTest {
+protected:
+    pulse::PulseSound::Options microphone() const { return {server->address(), "mic", StreamRole::microphone}; }
+    pulse::PulseSound::Options output() const { return {server->address(), {}, StreamRole::systemSound}; }
+};
+
+}
+
+TEST_F(PulseSoundTest, whatAMicrophoneHearsIsStampedWithTheMomentAtWhichItWasSaid) {
+    SpokenClicks const clicks(server->microphonePipe());
+    Listener listener(microphone());
+    EXPECT_TRUE(listener.hears(12));
+    listener.stop();
+    expectInStep(listener.heard(), clicks.moments());
+    EXPECT_EQ(listener.overlaps(), 0);
+    EXPECT_EQ(listener.lostAt, 0);
+}
+
+TEST_F(PulseSoundTest, whatAnOutputPlaysIsStampedWithTheMomentAtWhichItIsHeard) {
+    Listener listener(output());
+    PlayedClicks const clicks(server->address());
+    EXPECT_TRUE(listener.hears(12));
+    listener.stop();
+    auto heard = listener.heard();
+    // The player itself learns its latency in its first second only.
+    heard.erase(heard.begin(), heard.begin() + std::min<std::ptrdiff_t>(4, std::ssize(heard)));
+    expectInStep(heard, clicks.moments());
+    EXPECT_EQ(listener.overlaps(), 0);
+}
+
+TEST_F(PulseSoundTest, anUnpluggedMicrophoneIsSilentUntilItIsBackAndNeverAnotherOne) {
+    std::optional<SpokenClicks> clicks(std::in_place, server->microphonePipe());
+    PlayedClicks const music(server->address()); // what the default source hears once the microphone is gone
+    Listener listener(microphone());
+    EXPECT_TRUE(listener.hears(4));
+    double const unplugged = mediaClockNow();
+    server->unplugMicrophone();
+    EXPECT_TRUE(eventually([&] { return listener.lostAt > 0; }));
+    EXPECT_LT(listener.lostAt - unplugged, told);
+    usleep(600'000); // time enough to hear the music
+    auto const before = listener.heard();
+    EXPECT_LT(before.back(), listener.lostAt);
+    EXPECT_EQ(listener.returnedAt, 0);
+
+    double const plugged = mediaClockNow();
+    server->plugMicrophone();
+    EXPECT_TRUE(eventually([&] { return listener.returnedAt > 0; }));
+    EXPECT_LT(listener.returnedAt - plugged, told + 0.3) << "the device itself takes a moment to begin";
+    EXPECT_TRUE(listener.hears(before.size() + 6));
+    listener.stop();
+    expectInStep(listener.heard(), clicks->moments());
+    EXPECT_EQ(listener.overlaps(), 0);
+}
+
+TEST_F(PulseSoundTest, aServerThatDiesAndComesBackCostsOnlyTheTimeBetween) {
+    SpokenClicks const clicks(server->microphonePipe());
+    Listener listener(microphone());
+    EXPECT_TRUE(listener.hears(4));
+    double const killed = mediaClockNow();
+    server->kill();
+    EXPECT_TRUE(eventually([&] { return listener.lostAt > 0; }));
+    EXPECT_LT(listener.lostAt - killed, told);
+    auto const before = listener.heard().size();
+    server->start();
+    EXPECT_TRUE(eventually([&] { return listener.returnedAt > 0; }));
+    EXPECT_TRUE(listener.hears(before + 6));
+    listener.stop();
+    expectInStep(listener.heard(), clicks.moments());
+    EXPECT_EQ(listener.overlaps(), 0);
+}
+
+TEST_F(PulseSoundTest, aDeviceIsOpenOnlyWhileItIsAskedFor) {
+    auto const isOpen = [&] { return !server->order("list short source-outputs").empty(); };
+    SpokenClicks const clicks(server->microphonePipe());
+    pulse::PulseSound source(microphone());
+    EXPECT_FALSE(isOpen());
+    source.start({.block = [](SoundBlock const&) {}, .lost = [] {}});
+    EXPECT_TRUE(isOpen());
+    source.stop();
+    EXPECT_TRUE(eventually([&] { return !isOpen(); }));
+}
+
+TEST_F(PulseSoundTest, whatIsNotThereIsRefusedByName) {
+    auto const refusal = [](pulse::PulseSound::Options const& options) -> std::string {
+        try {
+            pulse::PulseSound const source(options);
+            return "none";
+        } catch (CaptureError const& error) {
+            EXPECT_EQ(error.kind, CaptureError::Kind::noSound);
+            return error.what();
+        }
+    };
+    EXPECT_EQ(refusal(microphone()), "none");
+    EXPECT_EQ(refusal({server->address(), {}, StreamRole::microphone}), "none") << "the default one";
+    EXPECT_EQ(refusal({server->address(), "tuba", StreamRole::microphone}),
+              "There is no microphone “tuba”. `tavaro sources` lists those there are.");
+    server->unplugMicrophone();
+    EXPECT_EQ(refusal({server->address(), {}, StreamRole::microphone}), "There is no microphone.")
+        << "what an output plays is none";
+    server->kill();
+    EXPECT_TRUE(refusal(microphone()).starts_with("The microphone cannot be recorded: no sound server answers ("));
+}
+
+}
