@@ -3,11 +3,10 @@
 import json
 import os
 import shutil
-import subprocess
 import time
 import zipfile
-from threading import Thread
 
+from Display import VirtualDisplay
 from Stage import Fault, check, leftovers, read
 
 
@@ -141,30 +140,3 @@ class Recording:
 
     def end(self):
         self.display.end()
-
-
-class VirtualDisplay:
-    def __init__(self, stage):
-        reading, writing = os.pipe()
-        self.server = subprocess.Popen(["Xvfb", "-displayfd", str(writing), "-screen", "0", "640x360x24", "-nolisten", "tcp",
-                                        "-noreset"], pass_fds=[writing], stderr=subprocess.DEVNULL)
-        os.close(writing)
-        with os.fdopen(reading) as number:
-            stage.environment["DISPLAY"] = ":" + number.readline().strip()
-        stage.environment.pop("WAYLAND_DISPLAY", None)
-        self.isMoving = True
-        self.mover = Thread(target=self.move, args=[stage.environment], daemon=True)
-        self.mover.start()
-
-    def move(self, environment):
-        at = 0
-        while self.isMoving:
-            at = (at + 7) % 300
-            subprocess.run(["xdotool", "mousemove", str(at), str(at)], env=environment, check=False)
-            time.sleep(0.03)
-
-    def end(self):
-        self.isMoving = False
-        self.mover.join()
-        self.server.terminate()
-        self.server.wait()

@@ -29,6 +29,8 @@ class Stage:
         self.environment = {**os.environ, "HOME": self.home, "XDG_DATA_HOME": f"{self.home}/data",
                             "XDG_CACHE_HOME": f"{self.home}/cache", "XDG_CONFIG_HOME": f"{self.home}/config",
                             "XDG_STATE_HOME": f"{self.home}/state", "XDG_RUNTIME_DIR": self.home}
+        for name in ("ASAN_OPTIONS", "TSAN_OPTIONS", "UBSAN_OPTIONS"):
+            self.environment[name] = ":".join(filter(None, [os.environ.get(name), "log_path=" + self.path("sanitizer")]))
 
     def __enter__(self):
         return self
@@ -38,6 +40,18 @@ class Stage:
 
     def path(self, *parts):
         return os.path.join(self.root, *parts)
+
+    @staticmethod
+    def remove(path):
+        shutil.rmtree(path) if os.path.isdir(path) else os.remove(path)
+
+    def check_sanitizers(self):
+        """Programs that were built with a sanitizer report to files."""
+        for name in sorted(os.listdir(self.root)):
+            if name.startswith("sanitizer"):
+                report = read(self.path(name)).decode(errors="replace")
+                os.remove(self.path(name))
+                raise Fault(f"a sanitizer reports:\n{report}")
 
     def start(self, *arguments, **options):
         return subprocess.Popen([self.program, *map(str, arguments)], env=self.environment, stdin=subprocess.DEVNULL,
