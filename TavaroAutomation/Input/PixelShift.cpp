@@ -70,4 +70,15 @@ std::optional<int> PictureLines::movedSince(PictureLines const& before, int sign
     return best;
 }
 
+double PictureLines::changedShare(PictureLines const& before) const {
+    if (cells_.size() != before.cells_.size()) return 1;
+    int all = 0, changed = 0;
+    for (std::size_t cell = 0; cell < cells_.size(); ++cell) {
+        if (cells_[cell] == 0 && before.cells_[cell] == 0) continue;
+        ++all;
+        changed += isAsBefore(before, cell, 0) ? 0 : 1;
+    }
+    return all > 0 ? static_cast<double>(changed) / all : 0;
+}
+
 }

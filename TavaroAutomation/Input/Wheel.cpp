@@ -15,6 +15,9 @@ constexpr auto quiet = 120ms;         // after which what moved has come to rest
 constexpr auto longestRest = 1500ms;  // some pictures never rest: a blinking caret, a film
 constexpr int stripWidth = 200;
 constexpr double usualNotch = 53; // pixels, of what could not be followed
+/// Of the picture, when something moved that could not be followed, as a map does. Less is a glow at a page's end, or
+/// what the pointer does by being there.
+constexpr double unfollowedShare = 0.3;
 constexpr int mostExtraNotches = 4;
 
 /// Slower at both ends, as a finger turns a wheel.
@@ -46,11 +49,8 @@ Wheel::Wheel(FakeInput& input, UserMotion& user, std::stop_token const& stop)
 Wheel::Turned Wheel::turn(WheelAxis axis, double pixels) {
     if (pixels == 0) return {};
     begin(axis, pixels);
-    notch();
-    if (!settle()) {
-        notch(); // some programs take the first notch for the pointer's arrival only
-        if (!settle()) return {.isAtEnd = true};
-    }
+    // Some programs take the first notch for the pointer's arrival only.
+    if (!tryNotch() && !tryNotch()) return {.isAtEnd = true};
     double const wanted = std::abs(pixels), worth = notchPixels();
     bool const isSeen = moved_ > 0;
     auto const reached = [&] { return isSeen ? moved_ : sent_ * worth; };
@@ -71,7 +71,7 @@ void Wheel::begin(WheelAxis axis, double pixels) {
     sent_ = sentAtChange_ = 0;
     strip_ = stripAround(input_.connection(), axis);
     user_.forget();
-    seen_ = picture();
+    first_ = seen_ = picture();
     changedAt_ = movedAt_ = InputClock::now();
 }
 
@@ -81,6 +81,12 @@ void Wheel::notch() {
     FakeInput::Held const held(input_, FakeInput::Device::mouse,
                                static_cast<std::uint8_t>(first + (sign_ > 0 ? 1 : 0)));
     ++sent_;
+}
+
+bool Wheel::tryNotch() {
+    notch();
+    settle();
+    return moved_ > 0 || seen_.changedShare(first_) >= unfollowedShare;
 }
 
 void Wheel::notches(int count) {
@@ -97,14 +103,13 @@ void Wheel::watchUntil(InputClock::time_point end) {
     }
 }
 
-bool Wheel::settle() {
+void Wheel::settle() {
     auto const start = InputClock::now();
     auto const isOver = [&](InputClock::time_point now) {
         if (now - start > longestRest) return true;
         return changedAt_ < start ? now - start > longestAnswer : now - changedAt_ > quiet;
     };
     while (!isOver(InputClock::now())) watchUntil(InputClock::now() + betweenLooks);
-    return changedAt_ >= start;
 }
 
 void Wheel::look() {

@@ -28,6 +28,9 @@ public:
     /// that stayed as they were do not count. Nothing where too little moved, or not as a whole.
     std::optional<int> movedSince(PictureLines const& before, int sign) const;
 
+    /// 0…1: of all that is not plain, what is no longer as it was.
+    double changedShare(PictureLines const& before) const;
+
     bool operator==(PictureLines const&) const = default;
 
 private:

@@ -29,8 +29,10 @@ private:
     void notches(int count);
     /// Follows the picture for that long.
     void watchUntil(InputClock::time_point end);
-    /// Follows the picture until it rests; false when nothing of it changed.
-    bool settle();
+    /// Turns it once; whether that moved anything.
+    bool tryNotch();
+    /// Follows the picture until it rests.
+    void settle();
     void look();
     PictureLines picture();
     bool isStuck() const;
@@ -43,6 +45,7 @@ private:
     WheelAxis axis_ = WheelAxis::vertical;
     int sign_ = 1;
     PixelRect strip_;      // of the screen, around the pointer
+    PictureLines first_;   // before the first notch
     PictureLines seen_;    // the latest
     double moved_ = 0;     // pixels, as seen so far
     int sent_ = 0;         // notches

@@ -62,6 +62,8 @@ TEST(PictureLines, aCaretOrAnotherPictureIsNoMovement) {
     EXPECT_FALSE(rowsOf(before).movedSince(rowsOf(before), 1));
     EXPECT_FALSE(rowsOf(Page(4).picture(400)).movedSince(rowsOf(before), 1));
     EXPECT_FALSE(rowsOf(page.picture(450)).movedSince(rowsOf(before), -1)) << "the other way";
+    EXPECT_LT(rowsOf(caret).changedShare(rowsOf(before)), 0.05);
+    EXPECT_GT(rowsOf(Page(4).picture(400)).changedShare(rowsOf(before)), 0.9);
 }
 
 }

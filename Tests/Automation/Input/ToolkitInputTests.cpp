@@ -1,0 +1,69 @@
+#include "../SinkProgram.h"
+
+#include <TavaroAutomation/Input/Private/Pointer.h>
+#include <TavaroAutomation/Input/Private/Typist.h>
+#include <TavaroCore/Records/Fields.h>
+
+namespace tavaro {
+
+/// What programs of real toolkits make of the pointer and the keyboard.
+class ToolkitInputTest : public testing::TestWithParam<SinkToolkit> {
+protected:
+    void SetUp() override {
+        if (!TestDisplay::isInstalled()) GTEST_SKIP() << "Xvfb is not installed";
+        if (!SinkProgram::isInstalled(GetParam())) GTEST_SKIP() << nameOf(GetParam()) << " is not installed";
+        display.emplace(640, 520);
+        client.emplace(display->name());
+        sink.emplace(*display, GetParam());
+        ASSERT_TRUE(sink->awaitReady(*client));
+    }
+
+    std::optional<TestDisplay> display;
+    std::optional<TestClient> client;
+    std::optional<SinkProgram> sink;
+};
+
+TEST_P(ToolkitInputTest, noCharacterIsLost) {
+    auto const text = textToType(900);
+    Typist typist(display->name(), {std::chrono::milliseconds(8), std::chrono::milliseconds(0)});
+    typist.type(text);
+    eventually([&] { return sink->text().size() >= text.size(); });
+    EXPECT_EQ(sink->text(), text);
+}
+
+TEST_P(ToolkitInputTest, theWheelGoesAsFarAsAskedWithinHalfANotchAndSaysHowFar) {
+    Pointer pointer(display->name());
+    pointer.glide({300, 330}, 0.1);
+    double at = 0;
+    for (double const distance : {300.0, 1200.0, -500.0, 90.0}) {
+        auto const scrolled = pointer.scroll({.down = distance});
+        EXPECT_TRUE(scrolled.isSeen);
+        EXPECT_FALSE(scrolled.isAtEnd);
+        EXPECT_NEAR(scrolled.went.down, distance, 40) << "half of this toolkit's notch";
+        EXPECT_NEAR(sink->scrolled("down"), at + scrolled.went.down, 3);
+        at = sink->scrolled("down");
+    }
+    auto const up = pointer.scroll({.down = -20000});
+    EXPECT_TRUE(up.isAtEnd);
+    EXPECT_NEAR(up.went.down, -at, 3);
+    EXPECT_TRUE(pointer.scroll({.down = -100}).isAtEnd);
+    EXPECT_EQ(sink->scrolled("down"), 0);
+}
+
+TEST_P(ToolkitInputTest, theWheelGoesSidewaysToo) {
+    Pointer pointer(display->name());
+    pointer.glide({300, 330}, 0.1);
+    auto const scrolled = pointer.scroll({.right = 250});
+    EXPECT_NEAR(scrolled.went.right, 250, 40);
+    EXPECT_NEAR(sink->scrolled("right"), scrolled.went.right, 3);
+}
+
+INSTANTIATE_TEST_SUITE_P(Toolkits, ToolkitInputTest,
+                         testing::Values(SinkToolkit::gtk3, SinkToolkit::gtk4, SinkToolkit::qt5),
+                         [](auto const& parameter) {
+                             std::string name(nameOf(parameter.param));
+                             std::erase(name, ' ');
+                             return name;
+                         });
+
+}
