@@ -1,10 +1,10 @@
 #include <TavaroPlatform/Processes/DetachedProcess.h>
 
+#include <TavaroPlatform/Processes/Private/ProgramStart.h>
+
 #include <algorithm>
-#include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
-#include <spawn.h>
 #include <string_view>
 #include <sys/wait.h>
 #include <system_error>
@@ -13,46 +13,6 @@
 namespace tavaro {
 
 namespace {
-
-/// What a child starts with: nothing of this program's streams, folder, signals or terminal.
-class Surroundings {
-public:
-    Surroundings() {
-        ::posix_spawn_file_actions_init(&files_);
-        ::posix_spawn_file_actions_addopen(&files_, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-        ::posix_spawn_file_actions_addopen(&files_, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
-        ::posix_spawn_file_actions_addopen(&files_, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
-        ::posix_spawn_file_actions_addchdir_np(&files_, "/"); // the folder here may be removed under it
-        ::posix_spawnattr_init(&attributes_);
-        sigset_t signals;
-        sigfillset(&signals);
-        ::posix_spawnattr_setsigdefault(&attributes_, &signals);
-        sigemptyset(&signals);
-        ::posix_spawnattr_setsigmask(&attributes_, &signals);
-        ::posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETSID | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK);
-    }
-    ~Surroundings() {
-        ::posix_spawnattr_destroy(&attributes_);
-        ::posix_spawn_file_actions_destroy(&files_);
-    }
-    Surroundings(Surroundings const&) = delete;
-    Surroundings& operator=(Surroundings const&) = delete;
-
-    posix_spawn_file_actions_t const* files() const { return &files_; }
-    posix_spawnattr_t const* attributes() const { return &attributes_; }
-
-private:
-    posix_spawn_file_actions_t files_{};
-    posix_spawnattr_t attributes_{};
-};
-
-/// As the system wants lists of texts, which it does not change.
-std::vector<char*> pointersTo(std::vector<std::string> const& texts) {
-    std::vector<char*> pointers;
-    for (auto const& text : texts) pointers.push_back(const_cast<char*>(text.c_str()));
-    pointers.push_back(nullptr);
-    return pointers;
-}
 
 /// Of a name that is there twice the first counts, so what is here already is left out.
 std::vector<char*> environmentWith(std::vector<std::string> const& more) {
@@ -91,14 +51,13 @@ std::optional<std::filesystem::path> findProgram(std::string_view name) {
 
 std::optional<DetachedProcess> DetachedProcess::start(std::vector<std::string> const& command,
                                                       std::vector<std::string> const& more) {
-    if (command.empty()) return std::nullopt;
-    auto words = pointersTo(command);
-    auto variables = environmentWith(more);
-    Surroundings const around;
-    pid_t process = 0;
-    if (::posix_spawn(&process, words[0], around.files(), around.attributes(), words.data(), variables.data()) != 0)
-        return std::nullopt;
-    return DetachedProcess(process);
+    ProgramStart program(ProgramStart::Group::session);
+    program.openNothing(STDIN_FILENO, O_RDONLY);
+    program.openNothing(STDOUT_FILENO, O_WRONLY);
+    program.openNothing(STDERR_FILENO, O_WRONLY);
+    program.enter("/"); // the folder here may be removed under it
+    auto const process = program.start(command, environmentWith(more).data());
+    return process ? std::optional(DetachedProcess(*process)) : std::nullopt;
 }
 
 bool DetachedProcess::hasFailed() {
