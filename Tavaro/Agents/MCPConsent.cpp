@@ -32,16 +32,16 @@ MCPToolError denied(std::string const& client, std::string_view what) {
             fmt::format("{} isn't allowed to {}. Allow it in Tavaro → Settings → MCP.", excerpt(client), what)};
 }
 
-bool clicksOrTypes(MCPToolName tool) {
-    return tool == MCPToolName::uiClick || tool == MCPToolName::uiScroll || tool == MCPToolName::uiKeys;
-}
-
 ConsentPrompt promptFor(std::string const& client) {
     return {.title = fmt::format("{} wants to control Tavaro", excerpt(client)),
             .text = "It will be able to record your screen, edit your projects and export videos. Recordings it starts "
                     "are labelled in the recorder bar. You can change this in Settings → MCP."};
 }
 
+}
+
+bool MCPConsent::needsClicking(MCPToolName tool) {
+    return tool == MCPToolName::uiClick || tool == MCPToolName::uiScroll || tool == MCPToolName::uiKeys;
 }
 
 MCPConsent::MCPConsent(Preferences& preferences, Ask ask) : preferences_(preferences), ask_(std::move(ask)) {}
@@ -114,7 +114,7 @@ void MCPConsent::decide(std::string const& client, std::optional<bool> isAllowed
 
 std::optional<MCPToolError> MCPConsent::refusal(std::string const& client, MCPToolName tool) {
     if (decision(client) != Decision::allowed) return denied(client, "control Tavaro");
-    bool const mayClick = !clicksOrTypes(tool) || clicking(client) == Clicking::allowed;
+    bool const mayClick = !needsClicking(tool) || clicking(client) == Clicking::allowed;
     return mayClick ? std::nullopt : std::optional(denied(client, "click and type in other apps"));
 }
 

@@ -33,6 +33,7 @@ public:
     enum class Decision { allowed, denied, none };
     /// Whether an allowed client may also click and type in other applications.
     enum class Clicking { denied, allowed };
+    static bool needsClicking(MCPToolName tool);
     /// Asks the user, and answers at once or later; none: there is nobody to ask, now.
     using Ask = std::function<void(ConsentPrompt const& prompt, std::function<void(std::optional<bool>)> answer)>;
     /// Gets why not, or nothing.
