@@ -3,6 +3,7 @@
 #include <Tavaro/Agents/Private/RecordObject.h>
 #include <Tavaro/Model/Application/Application.h>
 #include <Tavaro/Model/Listings/SourceListing.h>
+#include <Tavaro/Model/Recording/RecordingPreferences.h>
 
 #include <TavaroCapture/Sources/CaptureError.h>
 #include <TavaroCore/Errors/Excerpt.h>
@@ -52,16 +53,18 @@ CaptureSource sourceOf(RecordRequest const& request) {
     }
 }
 
-void expectOnlyPicture(RecordRequest const& request) {
-    auto const expect = [](std::optional<bool> wanted, std::string_view what, std::string_view argument) {
-        if (!wanted.value_or(false)) return;
-        throw MCPToolError(
-            MCPErrorCode::failed,
-            fmt::format("This version of Tavaro cannot record {}. Record with {}: false.", what, argument));
-    };
-    expect(request.microphone, "the microphone", "microphone");
-    expect(request.systemAudio, "system audio", "system_audio");
-    expect(request.camera, "the camera", "camera");
+void expectNoCamera(RecordRequest const& request) {
+    if (request.camera.value_or(false))
+        throw MCPToolError(MCPErrorCode::failed,
+                           "This version of Tavaro cannot record the camera. Record with camera: false.");
+}
+
+RecorderOptions recorderOptions(RecordRequest const& request, Preferences& preferences) {
+    RecorderOptions options{.source = sourceOf(request)};
+    if (request.microphone.value_or(preferences.get(microphoneRecorded)))
+        options.microphone = MicrophoneSource{preferences.get(microphoneChosen)};
+    if (request.systemAudio.value_or(preferences.get(systemAudioRecorded))) options.systemSound = SystemSoundSource{};
+    return options;
 }
 
 /// Why there is no project, or nothing.
@@ -79,8 +82,11 @@ void expectSaved(RecordingOutcome const& outcome, RecordRequest const* request) 
 ToolResult savedResult(RecordingOutcome const& outcome) {
     auto const& made = *outcome.made;
     auto const id = made.id.text();
-    JSONValue::Object const structured{
+    JSONValue::Object structured{
         {"project_id", id}, {"path", made.made.path}, {"duration", made.made.duration}, {"health", made.health}};
+    JSONValue::Array remarks;
+    for (auto const& remark : outcome.remarks) remarks.emplace_back(remark);
+    if (!remarks.empty()) structured.emplace("remarks", std::move(remarks));
     return toolResult::ok(fmt::format("Saved as project {} ({:.1f} s). Auto Polish has run.", id, made.made.duration),
                           structured);
 }
@@ -91,15 +97,14 @@ void RecordingTools::listSources(RunningCall& call) {
     application_.sources(call.later([](RunningCall& here, auto const& sources) {
         auto structured = objectOf(listingOf(sources.value()));
         structured.emplace("cameras", JSONValue::Array{});
-        structured.emplace("microphones", JSONValue::Array{});
         here.finish(toolResult::ok("Recordable sources", structured));
     }));
 }
 
 void RecordingTools::record(RunningCall& call, RecordRequest const& request, std::function<void()> begun) {
-    expectOnlyPicture(request);
+    expectNoCamera(request);
     application_.record(
-        {.recorder = {.source = sourceOf(request)},
+        {.recorder = recorderOptions(request, application_.preferences()),
          .countdown = request.countdown,
          .seconds = request.seconds.value_or(0)},
         {.begun = std::move(begun), .over = call.later([request](RunningCall& here, RecordingOutcome const& outcome) {

@@ -15,6 +15,9 @@
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <array>
+#include <cmath>
 #include <ctime>
 #include <exception>
 #include <optional>
@@ -30,6 +33,9 @@ struct Options {
     std::string area;
     double seconds = 0;
     int fps = 60;
+    CLI::Option const* microphone = nullptr; // given, with an id or without
+    bool recordsSystemAudio = false;
+    std::string microphoneID;
     bool logsNoKeys = false;
     bool isRaw = false;
     bool asJSON = false;
@@ -44,15 +50,31 @@ CaptureSource sourceOf(Options const& options) {
     return DisplaySource{options.display};
 }
 
+/// One character, of 60 dB.
+std::string_view meter(float level) {
+    static constexpr std::array<std::string_view, 9> bars{"·", "▁", "▂", "▃", "▄", "▅", "▆", "▇", "█"};
+    double const share = 1 + std::log10(std::max(level, 1e-6f)) / 3;
+    return bars[static_cast<std::size_t>(std::ceil(std::clamp(share, 0.0, 1.0) * (bars.size() - 1)))];
+}
+
 std::string stateOf(RecorderProgress const& progress) {
     auto state = Timecode::format(progress.seconds);
+    for (auto const& sound : progress.sounds)
+        state += fmt::format(", {} {}", spokenName(sound.role), sound.isAway ? "away" : meter(sound.level));
     if (progress.droppedFrames > 0) state += fmt::format(", {} frames dropped", progress.droppedFrames);
     return state + ". Ctrl-C ends the take.";
 }
 
+RecorderOptions recorderOptions(Options const& options) {
+    RecorderOptions result{.source = sourceOf(options), .fps = options.fps, .logsKeystrokes = !options.logsNoKeys};
+    if (options.microphone->count() > 0) result.microphone = MicrophoneSource{options.microphoneID};
+    if (options.recordsSystemAudio) result.systemSound = SystemSoundSource{};
+    return result;
+}
+
 RecordingRequest requestOf(Options const& options) {
     return {
-        .recorder = {.source = sourceOf(options), .fps = options.fps, .logsKeystrokes = !options.logsNoKeys},
+        .recorder = recorderOptions(options),
         .seconds = options.seconds,
         .project = {.package = packagePath(options.output.empty() ? recordingName(std::time(nullptr)) : options.output),
                     .mode = modeNamed(options.mode),
@@ -72,12 +94,16 @@ RecordingOutcome recorded(RecordingRequest request) {
         line.reset();
         interruption.reset();
     });
-    recorder.start(std::move(request), {.remark = [](std::string const& remark) { terminal::tell("{}\n", remark); },
-                                        .over =
-                                            [&](RecordingOutcome const& over) {
-                                                line.reset();
-                                                outcome = over;
-                                            }});
+    auto const tell = [&line](std::string const& remark) {
+        bool const isBetween = line.has_value();
+        line.reset();
+        terminal::tell("{}\n", remark);
+        if (isBetween) line.emplace("Recording");
+    };
+    recorder.start(std::move(request), {.remark = tell, .over = [&](RecordingOutcome const& over) {
+                                            line.reset();
+                                            outcome = over;
+                                        }});
     queue.runUntil([&] {
         if (interruption && interruption->isRequested() && recorder.isTaking()) recorder.stop();
         return outcome.has_value();
@@ -105,6 +131,12 @@ void addRecord(CLI::App& app) {
     sources->add_option("--area", options->area, "X,Y,W,H in pixels of the desktop")
         ->check(readableBy(parseAreaSource));
     sources->require_option(0, 1);
+    options->microphone = command
+                              ->add_option("--microphone", options->microphoneID,
+                                           "record the default microphone, or one by its id in `tavaro sources`")
+                              ->expected(0, 1)
+                              ->type_name("[ID]");
+    command->add_flag("--system-audio", options->recordsSystemAudio, "record what the machine plays");
     command->add_option("--seconds", options->seconds, "end the take after that long; else Ctrl-C ends it")
         ->check(secondsFrom(0.1, 86'400));
     command->add_option("--fps", options->fps, "frames a second")->check(CLI::Range(1, 120))->capture_default_str();

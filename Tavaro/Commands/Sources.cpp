@@ -26,13 +26,20 @@ void print(SourceListing const& list) {
         terminal::say("{:<16} {:<24} {}: {}{}\n", window.id, place(window.frame), window.application, window.title,
                       window.isMinimized ? " (minimised)" : "");
     }
+    for (auto const& microphone : list.microphones)
+        terminal::say("{:<16} {:<24} {}{}\n", microphone.id, "microphone", microphone.name,
+                      microphone.isDefault ? " (default)" : "");
+    if (list.systemAudio) terminal::say("{:<16} {:<24} {}\n", "system audio", "what is played", list.systemAudio->name);
+    if (list.microphones.empty() && !list.systemAudio)
+        terminal::tell("No sound can be recorded: no sound server answers.\n");
 }
 
 }
 
 void addSources(CLI::App& app) {
     auto asJSON = std::make_shared<bool>(false);
-    auto* command = app.add_subcommand("sources", "Lists the displays and windows that can be recorded");
+    auto* command =
+        app.add_subcommand("sources", "Lists the displays, windows, microphones and other sound that can be recorded");
     command->add_flag("--json", *asJSON, "print them as JSON");
     command->callback([asJSON] {
         auto const list = listingOf(listSources());

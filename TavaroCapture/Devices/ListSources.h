@@ -5,7 +5,8 @@
 namespace tavaro {
 
 /// What the X server `display` (":0"; empty means `$DISPLAY`) shows right now. Works without a window manager, by the
-/// server's own list of top-level windows. Throws `CaptureError` when no server answers.
-SourceList listSources(std::string const& display = {});
+/// server's own list of top-level windows. Throws `CaptureError` when no server answers. Sound is that of the server
+/// `soundServer`, as in `$PULSE_SERVER`, which an empty one means; without one there is none.
+SourceList listSources(std::string const& display = {}, std::string const& soundServer = {});
 
 }

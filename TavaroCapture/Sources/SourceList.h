@@ -3,6 +3,7 @@
 #include <TavaroCapture/Sources/CaptureSource.h>
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -29,10 +30,24 @@ struct WindowInfo {
     bool operator==(WindowInfo const&) const = default;
 };
 
+struct MicrophoneInfo {
+    std::string id;   // the sound server's name for it, the same whenever it is plugged in
+    std::string name; // "Built-in Audio Analog Stereo"
+    bool isDefault = false;
+    bool operator==(MicrophoneInfo const&) const = default;
+};
+
+struct SystemSoundInfo {
+    std::string name; // of what plays it: "Monitor of Built-in Audio Analog Stereo"
+    bool operator==(SystemSoundInfo const&) const = default;
+};
+
 /// What can be recorded of a desktop.
 struct SourceList {
     std::vector<DisplayInfo> displays; // never empty
     std::vector<WindowInfo> windows;   // frontmost first
+    std::vector<MicrophoneInfo> microphones;
+    std::optional<SystemSoundInfo> systemSound; // none: nothing here plays sound
 };
 
 }

@@ -1,8 +1,11 @@
 #include "../Capture/TestDisplay.h"
+#include "../Capture/TestSoundServer.h"
 #include "../Core/Package/TemporaryFolder.h"
 
 #include <Tavaro/Agents/Private/MCPToolHandler.h>
+#include <Tavaro/Model/Recording/RecordingPreferences.h>
 
+#include <TavaroCore/Package/ProjectPackage.h>
 #include <TavaroMCP/Catalogue/MCPToolCatalog.h>
 
 #include <gmock/gmock.h>
@@ -153,6 +156,37 @@ TEST_F(MCPToolHandlerTest, ordersToTheRecorderAnswerForWhatTheyFind) {
     EXPECT_EQ(*structured().find("recorder")->find<std::string>("phase"), "paused");
     EXPECT_EQ(called("cancel_recording"), "Recording thrown away.");
     EXPECT_THAT(called("list_projects"), StartsWith("0 projects"));
+}
+
+TEST_F(MCPToolHandlerTest, soundIsRecordedAsItIsAskedForAndElseAsTheApplicationIsSet) {
+    if (!TestSoundServer::isInstalled()) GTEST_SKIP() << "pulseaudio is not installed";
+    TestSoundServer const server;
+    SpokenClicks const clicks(server.microphonePipe());
+    setenv("PULSE_SERVER", server.address().c_str(), 1);
+    called("list_sources");
+    auto const& microphones = *structured().find<JSONValue::Array>("microphones");
+    ASSERT_EQ(microphones.size(), 1u);
+    EXPECT_EQ(*microphones[0].find<std::string>("id"), "mic");
+
+    auto const rolesOf = [&](std::string const& sound) {
+        auto const wanted = R"({"target":{"display":"display-1"},"seconds":1,"countdown":0)" + sound + "}";
+        EXPECT_THAT(called("record_for", wanted), EndsWith(" s). Auto Polish has run."));
+        auto const package = fs::path(*structured().find<std::string>("path"));
+        std::vector<AudioRole> roles;
+        for (auto const& track : ProjectPackage(package).load().audioTracks) roles.push_back(track.role);
+        return roles;
+    };
+    using ::testing::ElementsAre;
+    EXPECT_THAT(rolesOf(""), ElementsAre());
+    EXPECT_THAT(rolesOf(R"(,"microphone":true,"system_audio":true)"),
+                ElementsAre(AudioRole::microphone, AudioRole::system));
+    application.preferences().set(microphoneRecorded, true);
+    EXPECT_THAT(rolesOf(""), ElementsAre(AudioRole::microphone));
+    EXPECT_THAT(rolesOf(R"(,"microphone":false)"), ElementsAre());
+    application.preferences().set(microphoneChosen, "tuba");
+    EXPECT_EQ(called("start_recording", R"({"target":{"display":"display-1"}})"),
+              "failed: Recording didn't start. There is no microphone “tuba”. `tavaro sources` lists those there are.");
+    unsetenv("PULSE_SERVER");
 }
 
 TEST_F(MCPToolHandlerTest, aRecordingOfAFixedLengthThatNobodyWaitsForIsKeptAsFarAsItIs) {

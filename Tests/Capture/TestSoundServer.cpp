@@ -31,12 +31,25 @@ std::string microphoneModule(std::string const& pipe) {
 
 }
 
+TestSoundServer::TestSoundServer() {
+    auto pattern = (std::filesystem::temp_directory_path() / "tavaro-sound-XXXXXX").string();
+    if (!mkdtemp(pattern.data())) throw std::runtime_error("no temporary folder");
+    folder_ = pattern;
+    start();
+}
+
+TestSoundServer::~TestSoundServer() {
+    kill();
+    std::error_code ignored;
+    std::filesystem::remove_all(folder_, ignored);
+}
+
 bool TestSoundServer::isInstalled() {
     return std::system("command -v pulseaudio >/dev/null 2>&1 && command -v pactl >/dev/null 2>&1") == 0;
 }
 
 void TestSoundServer::start() {
-    auto const home = folder_.path().string();
+    auto const home = folder_.string();
     auto const protocol = "module-native-protocol-unix auth-anonymous=1 socket=" + socket();
     auto const microphone = microphoneModule(microphonePipe());
     process_ = fork();

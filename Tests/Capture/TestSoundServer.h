@@ -1,8 +1,7 @@
 #pragma once
 
-#include "TemporaryFolder.h"
-
 #include <atomic>
+#include <filesystem>
 #include <gtest/gtest.h>
 #include <mutex>
 #include <optional>
@@ -18,15 +17,15 @@ namespace tavaro {
 /// then.
 class TestSoundServer {
 public:
-    TestSoundServer() { start(); }
-    ~TestSoundServer() { kill(); }
+    TestSoundServer();
+    ~TestSoundServer();
     TestSoundServer(TestSoundServer const&) = delete;
     TestSoundServer& operator=(TestSoundServer const&) = delete;
 
     static bool isInstalled();
     /// As in `$PULSE_SERVER`.
     std::string address() const { return "unix:" + socket(); }
-    std::string microphonePipe() const { return (folder_.path() / "mic.fifo").string(); }
+    std::string microphonePipe() const { return (folder_ / "mic.fifo").string(); }
 
     void start();
     void kill();
@@ -36,9 +35,9 @@ public:
     std::string order(std::string const& words) const;
 
 private:
-    std::string socket() const { return (folder_.path() / "native").string(); }
+    std::string socket() const { return (folder_ / "native").string(); }
 
-    TemporaryFolder folder_;
+    std::filesystem::path folder_;
     pid_t process_ = -1;
 };
 

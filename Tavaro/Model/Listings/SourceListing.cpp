@@ -17,6 +17,9 @@ SourceListing listingOf(SourceList const& sources) {
     for (auto const& window : sources.windows)
         listing.windows.push_back(
             {window.id(), window.application, window.bundleID, window.title, listed(window.frame), window.isMinimized});
+    for (auto const& microphone : sources.microphones)
+        listing.microphones.push_back({microphone.id, microphone.name, microphone.isDefault});
+    if (sources.systemSound) listing.systemAudio = ListedSystemAudio{sources.systemSound->name};
     return listing;
 }
 

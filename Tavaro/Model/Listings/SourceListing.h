@@ -2,6 +2,7 @@
 
 #include <TavaroCore/Records/Fields.h>
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -62,14 +63,40 @@ struct ListedWindow {
 };
 static_assert(listsEveryField<ListedWindow>);
 
+struct ListedMicrophone {
+    std::string id;
+    std::string name;
+    bool isDefault = false;
+
+    static constexpr auto fields = std::tuple{
+        field("id", &ListedMicrophone::id),
+        field("name", &ListedMicrophone::name),
+        field("isDefault", &ListedMicrophone::isDefault),
+    };
+    bool operator==(ListedMicrophone const&) const = default;
+};
+static_assert(listsEveryField<ListedMicrophone>);
+
+struct ListedSystemAudio {
+    std::string name;
+
+    static constexpr auto fields = std::tuple{field("name", &ListedSystemAudio::name)};
+    bool operator==(ListedSystemAudio const&) const = default;
+};
+static_assert(listsEveryField<ListedSystemAudio>);
+
 /// What can be recorded, by the ids that recordings take.
 struct SourceListing {
     std::vector<ListedDisplay> displays;
     std::vector<ListedWindow> windows; // frontmost first
+    std::vector<ListedMicrophone> microphones;
+    std::optional<ListedSystemAudio> systemAudio; // none: nothing plays sound
 
     static constexpr auto fields = std::tuple{
         field("displays", &SourceListing::displays),
         field("windows", &SourceListing::windows),
+        field("microphones", &SourceListing::microphones),
+        field("systemAudio", &SourceListing::systemAudio),
     };
     bool operator==(SourceListing const&) const = default;
 };

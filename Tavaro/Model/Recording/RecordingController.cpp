@@ -52,7 +52,11 @@ void RecordingController::start(RecordingRequest request, RecordingHandlers hand
     if (handlers.over) over_.push_back(std::move(handlers.over));
     job_ = std::make_unique<RecordingJob>(queue_, std::move(request));
     job_->onProgress([this](RecordingProgress const& progress) { follow(progress); });
-    job_->onRemark(handlers.remark);
+    remarks_.clear();
+    job_->onRemark([this, tell = std::move(handlers.remark)](std::string const& remark) {
+        remarks_.push_back(remark);
+        if (tell) tell(remark);
+    });
     job_->onFinished([this] { finish(); });
     job_->start();
     observers_.notify(RecorderState(state_));
@@ -130,7 +134,7 @@ void RecordingController::finish() {
 }
 
 RecordingOutcome RecordingController::outcome() {
-    RecordingOutcome result{.hasBegun = hasBegun_};
+    RecordingOutcome result{.hasBegun = hasBegun_, .remarks = std::exchange(remarks_, {})};
     try {
         result.made = job_->result();
     } catch (...) {

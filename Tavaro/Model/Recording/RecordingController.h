@@ -46,9 +46,10 @@ struct RecordingOutcome {
     };
 
     Kind kind = Kind::saved;
-    std::optional<MadeTake> made; // when it was saved
-    std::exception_ptr failure;   // when it was not: an `Error`
-    bool hasBegun = false;        // whether there was a take
+    std::optional<MadeTake> made;          // when it was saved
+    std::exception_ptr failure;            // when it was not: an `Error`
+    bool hasBegun = false;                 // whether there was a take
+    std::vector<std::string> remarks = {}; // what the user should know beside the result, as sentences
 
     /// The failure as a sentence for who asked for the recording.
     std::string sentence() const;
@@ -107,6 +108,7 @@ private:
     RecordingStage stage_ = RecordingStage::countdown;
     bool hasBegun_ = false;
     std::function<void()> begun_;
+    std::vector<std::string> remarks_;
     std::vector<std::function<void(RecordingOutcome const&)>> over_;
     Observers<RecorderState const&> observers_;
 };

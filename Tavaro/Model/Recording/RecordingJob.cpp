@@ -1,6 +1,7 @@
 #include <Tavaro/Model/Recording/RecordingJob.h>
 
 #include <Tavaro/Model/Project/PackagePath.h>
+#include <Tavaro/Model/Recording/Private/SoundWatch.h>
 #include <Tavaro/Model/Recording/TakeNames.h>
 
 #include <TavaroCapture/Recovery/RecoveryStore.h>
@@ -58,12 +59,14 @@ template<class Orders> void countDown(RecordingRequest const& request, Orders& o
 template<class Orders> TakeEnd runTake(ScreenRecorder& recorder, double seconds, Orders& orders, Reporter& reporter) {
     using namespace std::chrono_literals;
     bool isPaused = false;
+    SoundWatch sounds;
     while (true) {
         reporter.stopIfCancelled(cancelled);
         if (auto const end = orders.wantedEnd()) return *end;
         if (bool const wanted = orders.wantsPause(); wanted != isPaused) recorder.setPaused(isPaused = wanted);
         auto const progress = recorder.progress();
         reporter.progress({RecordingStage::recording, progress});
+        sounds.look(progress.sounds, [&](std::string const& sentence) { reporter.remark(sentence); });
         if (seconds > 0 && progress.seconds >= seconds) return TakeEnd::keep;
         if (recorder.waitForEnd(20ms)) return TakeEnd::keep;
     }
