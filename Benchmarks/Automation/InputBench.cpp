@@ -68,7 +68,8 @@ private:
     std::thread listener_;
 };
 
-/// Each second of the 120 steps a second against a 60th of a second.
+/// Each second of the 120 steps a second against a 60th of a second; in the middle of the way, since at its ends the
+/// pointer is slower than a pixel a step.
 void measureGlides(std::string const& display) {
     std::vector<double> deviations;
     Pointer pointer(display);
@@ -77,8 +78,11 @@ void measureGlides(std::string const& display) {
         MotionTimes motion(display);
         pointer.glide({1800, 1000}, 0.7);
         auto const times = motion.end();
-        for (std::size_t k = 2; k < times.size(); ++k)
+        for (std::size_t k = 2; k < times.size(); ++k) {
+            double const at = milliseconds(times[k] - times.front());
+            if (at < 150 || at > 500) continue;
             deviations.push_back(std::abs(milliseconds(times[k] - times[k - 2]) - 1000.0 / 60));
+        }
     }
     print("glide.deviation_p50", percentile(deviations, 0.5), "ms");
     print("glide.deviation_p95", percentile(deviations, 0.95), "ms");

@@ -1,14 +1,15 @@
 #include <TavaroAutomation/Input/Private/PixelShift.h>
 
 #include <algorithm>
+#include <map>
 
 namespace tavaro {
 
 namespace {
 
 constexpr int bandWidth = 40;      // pixels: a word of text
-constexpr int fewestCells = 6;     // of a band, found again at a shift
-constexpr double leastShare = 0.6; // of its cells that changed and are not plain
+constexpr int fewestVotes = 6;     // of cells, for one shift
+constexpr double leastShare = 0.6; // of all votes
 
 constexpr std::uint32_t colors = 0xffffff;
 
@@ -16,16 +17,16 @@ constexpr std::uint32_t colors = 0xffffff;
 
 PictureLines::PictureLines(ScreenPixels const& picture, LineDirection direction) {
     bool const areRows = direction == LineDirection::rows;
-    int const across = areRows ? picture.width : picture.height;
+    across_ = areRows ? picture.width : picture.height;
     auto const pixel = [&](int line, int place) {
         auto const x = areRows ? place : line, y = areRows ? line : place;
         return picture.pixels[static_cast<std::size_t>(y) * picture.width + x] & colors;
     };
     lines_ = areRows ? picture.height : picture.width;
-    bands_ = std::max(1, across / bandWidth);
+    bands_ = std::max(1, across_ / bandWidth);
     cells_.resize(static_cast<std::size_t>(bands_) * lines_);
     for (int band = 0; band < bands_; ++band) {
-        int const begin = across * band / bands_, end = across * (band + 1) / bands_;
+        int const begin = across_ * band / bands_, end = across_ * (band + 1) / bands_;
         for (int line = 0; line < lines_; ++line) {
             auto const first = pixel(line, begin);
             bool isPlain = true;
@@ -40,43 +41,57 @@ PictureLines::PictureLines(ScreenPixels const& picture, LineDirection direction)
     }
 }
 
-bool PictureLines::isAsBefore(PictureLines const& before, std::size_t cell, int shift) const {
-    return cells_[cell] == before.cells_[cell + shift];
+bool PictureLines::isAsBefore(PictureLines const& before, std::size_t cell) const {
+    return cells_[cell] == before.cells_[cell];
 }
 
-/// The cells of the band that are where that shift takes them; 0 where too many are not.
-int PictureLines::foundAt(PictureLines const& before, int band, int shift) const {
-    int changed = 0, found = 0;
-    for (int line = std::max(0, -shift); line < std::min(lines_, lines_ - shift); ++line) {
-        auto const cell = static_cast<std::size_t>(band) * lines_ + line;
-        if (cells_[cell] == 0 || isAsBefore(before, cell, 0)) continue;
-        ++changed;
-        found += isAsBefore(before, cell, shift) ? 1 : 0;
+/// What is in exactly one line of the band, in order: text repeats itself, and what does so tells nothing.
+std::vector<PictureLines::Cell> PictureLines::uniqueCells(int band) const {
+    std::vector<Cell> cells;
+    auto const first = static_cast<std::size_t>(band) * lines_;
+    for (int line = 0; line < lines_; ++line) {
+        if (cells_[first + line] != 0) cells.push_back({cells_[first + line], line});
     }
-    return found >= fewestCells && found >= leastShare * changed ? found : 0;
+    std::ranges::sort(cells, {}, &Cell::hash);
+    std::vector<Cell> result;
+    for (auto cell = cells.begin(); cell != cells.end();) {
+        auto const next = std::find_if(cell, cells.end(), [&](Cell const& other) { return other.hash != cell->hash; });
+        if (next - cell == 1) result.push_back(*cell);
+        cell = next;
+    }
+    return result;
 }
 
 std::optional<int> PictureLines::movedSince(PictureLines const& before, int sign) const {
     if (bands_ != before.bands_ || lines_ != before.lines_) return std::nullopt;
-    std::optional<int> best;
-    int most = 0;
-    for (int distance = 1; distance <= lines_ * 3 / 4; ++distance) {
-        int found = 0;
-        for (int band = 0; band < bands_; ++band) found += foundAt(before, band, sign * distance);
-        if (found <= most) continue;
-        best = distance;
-        most = found;
+    std::map<int, int> votes; // for each shift, by the cells that were there
+    int all = 0;
+    for (int band = 0; band < bands_; ++band) {
+        auto const known = before.uniqueCells(band);
+        for (auto const& cell : uniqueCells(band)) {
+            if (isAsBefore(before, static_cast<std::size_t>(band) * lines_ + cell.line)) continue;
+            auto const was = std::ranges::lower_bound(known, cell.hash, {}, &Cell::hash);
+            if (was == known.end() || was->hash != cell.hash) continue;
+            ++votes[sign * (was->line - cell.line)];
+            ++all;
+        }
     }
-    return best;
+    auto const best = std::ranges::max_element(votes, {}, [](auto const& vote) { return vote.second; });
+    bool const isClear = best != votes.end() && best->second >= fewestVotes && best->second >= leastShare * all;
+    return isClear && best->first > 0 ? std::optional(best->first) : std::nullopt;
 }
 
-double PictureLines::changedShare(PictureLines const& before) const {
-    if (cells_.size() != before.cells_.size()) return 1;
+double PictureLines::changedShare(PictureLines const& before, int across) const {
+    constexpr int around = 2;
+    if (cells_.size() != before.cells_.size() || across_ == 0) return 1;
+    int const middle = std::clamp(across, 0, across_ - 1) * bands_ / across_;
+    auto const begin = static_cast<std::size_t>(std::max(0, middle - around)) * lines_;
+    auto const end = static_cast<std::size_t>(std::min(bands_, middle + around + 1)) * lines_;
     int all = 0, changed = 0;
-    for (std::size_t cell = 0; cell < cells_.size(); ++cell) {
+    for (auto cell = begin; cell < end; ++cell) {
         if (cells_[cell] == 0 && before.cells_[cell] == 0) continue;
         ++all;
-        changed += isAsBefore(before, cell, 0) ? 0 : 1;
+        changed += isAsBefore(before, cell) ? 0 : 1;
     }
     return all > 0 ? static_cast<double>(changed) / all : 0;
 }

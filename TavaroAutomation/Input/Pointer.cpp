@@ -21,6 +21,7 @@ constexpr auto pressTime = 70ms;     // a finger's
 constexpr auto betweenClicks = 90ms; // well within every program's time for a double click
 constexpr double correctionSeconds = 0.18;
 constexpr int mostCorrections = 3;
+constexpr int margin = 4; // inside of a menu, where it is entered
 
 PixelPoint pixel(UIPoint const& point) {
     // Where something is asked for outside of any screen, the server keeps the pointer on them.
@@ -28,6 +29,27 @@ PixelPoint pixel(UIPoint const& point) {
         return static_cast<int>(std::lround(std::clamp(value, -32768.0, 32767.0)));
     };
     return {clamped(point.x), clamped(point.y)};
+}
+
+/// Where to enter the menu or list that the target is in, from outside of it. On the straight way there the pointer
+/// could pass over the title of another menu, which would open instead.
+std::optional<UIPoint> entryOfPopup(x11::Connection& connection, PixelPoint from, PixelPoint to) {
+    auto const tree = connection.ask<xcb_query_tree, xcb_query_tree_reply>(connection.root());
+    auto const* const bottom = tree ? xcb_query_tree_children(tree.get()) : nullptr;
+    for (int i = tree ? xcb_query_tree_children_length(tree.get()) - 1 : -1; i >= 0; --i) {
+        auto const frame = x11::frameOf(connection, bottom[i]);
+        if (!frame || frame->intersection({to.x, to.y, 1, 1}).isEmpty() || !x11::isViewable(connection, bottom[i]))
+            continue;
+        auto const about = connection.ask<xcb_get_window_attributes, xcb_get_window_attributes_reply>(bottom[i]);
+        bool const isInside = !frame->intersection({from.x, from.y, 1, 1}).isEmpty();
+        if (!about || !about->override_redirect || isInside) return std::nullopt;
+        auto const nearest = [](int value, int begin, int length) {
+            return static_cast<double>(std::clamp(value, begin + std::min(margin, length / 2),
+                                                  begin + std::max(length - 1 - margin, length / 2)));
+        };
+        return UIPoint{nearest(from.x, frame->x, frame->width), nearest(from.y, frame->y, frame->height)};
+    }
+    return std::nullopt;
 }
 
 /// The physical button that the server takes for that one.
@@ -58,18 +80,23 @@ struct Pointer::State {
 };
 
 void Pointer::State::follow(Glide const& path, double seconds, std::stop_token const& stop) {
+    using Seconds = std::chrono::duration<double>;
     auto const start = InputClock::now();
     int const steps = std::max(1, static_cast<int>(seconds * stepsPerSecond));
     for (int step = 1; step <= steps; ++step) {
-        std::chrono::duration<double> const due(seconds * step / steps);
-        x11::restUntil(start + std::chrono::duration_cast<InputClock::duration>(due), stop);
+        auto const due = start + std::chrono::duration_cast<InputClock::duration>(Seconds(seconds * step / steps));
+        x11::restUntil(due, stop);
+        // On a busy machine steps whose time is over are left out: the hand does not hurry to catch up in one jump.
+        double const elapsed = Seconds(InputClock::now() - start).count();
+        if (seconds > 0) step = std::clamp(static_cast<int>(elapsed / seconds * steps), step, steps);
         user.expectNone();
         user.move(pixel(path.at(static_cast<double>(step) / steps)));
     }
 }
 
 void Pointer::State::glideTo(UIPoint const& to, double seconds, std::stop_token const& stop) {
-    follow(Glide(position(), to), seconds, stop);
+    auto const from = position();
+    follow(Glide(from, to, entryOfPopup(input.connection(), pixel(from), pixel(to))), seconds, stop);
 }
 
 Pointer::Pointer(std::string const& display) : state_(std::make_unique<State>(display)) {}

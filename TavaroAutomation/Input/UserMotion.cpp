@@ -1,7 +1,9 @@
 #include <TavaroAutomation/Input/Private/UserMotion.h>
 
 #include <TavaroAutomation/Errors/AutomationError.h>
+#include <TavaroCapture/X11/Desktop.h>
 
+#include <algorithm>
 #include <xcb/xinput.h>
 
 namespace tavaro::x11 {
@@ -17,6 +19,7 @@ UserMotion::UserMotion(FakeInput& input) : input_(input) {
         raw.mask = XCB_INPUT_XI_EVENT_MASK_RAW_MOTION;
         xcb_input_xi_select_events(connection.get(), connection.root(), 1, &raw.head);
     }
+    for (auto const& display : displays(connection)) screens_.push_back(display.frame);
     forget();
 }
 
@@ -25,7 +28,17 @@ void UserMotion::forget() {
     hasForeignEvent();
 }
 
-void UserMotion::move(PixelPoint to) { expected_ = input_.move(to); }
+/// Only where there is no screen does the server choose another place; on one, it is the user who was quicker.
+void UserMotion::move(PixelPoint to) {
+    auto const placed = input_.move(to);
+    expected_ = isOnAScreen(to) ? to : placed;
+}
+
+bool UserMotion::isOnAScreen(PixelPoint at) const {
+    return std::ranges::any_of(screens_, [&](PixelRect const& screen) {
+        return !screen.intersection({at.x, at.y, 1, 1}).isEmpty();
+    });
+}
 
 void UserMotion::expectNone() {
     bool const isElsewhere = input_.pointer() != expected_;

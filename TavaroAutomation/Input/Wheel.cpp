@@ -13,10 +13,9 @@ constexpr auto betweenLooks = 16ms;
 constexpr auto longestAnswer = 500ms; // of a program to a notch: browsers begin after 50 ms, busy ones later
 constexpr auto quiet = 120ms;         // after which what moved has come to rest
 constexpr auto longestRest = 1500ms;  // some pictures never rest: a blinking caret, a film
-constexpr int stripWidth = 200;
-constexpr double usualNotch = 53; // pixels, of what could not be followed
-/// Of the picture, when something moved that could not be followed, as a map does. Less is a glow at a page's end, or
-/// what the pointer does by being there.
+constexpr double usualNotch = 53;     // pixels, of what could not be followed
+/// Of the picture around the pointer, when something moved that could not be followed, as a map does. Less is a glow at
+/// a page's end, or what the pointer does by being there.
 constexpr double unfollowedShare = 0.3;
 constexpr int mostExtraNotches = 4;
 
@@ -26,17 +25,13 @@ std::chrono::milliseconds gapAfter(int notch, int count) {
     return std::chrono::milliseconds(static_cast<int>(std::lround(34 + 28 * place * place)));
 }
 
-/// Of the window under the pointer: all its height, or width, and as much around the pointer the other way.
-PixelRect stripAround(Connection& connection, WheelAxis axis) {
+/// The window under the pointer: the page that scrolls may be plain just there.
+PixelRect windowUnderPointer(Connection& connection) {
     auto const pointer = connection.ask<xcb_query_pointer, xcb_query_pointer_reply>(connection.root());
     auto const desktop = frameOf(connection, connection.root());
     if (!pointer || !desktop) return {};
     auto const window = pointer->child ? frameOf(connection, pointer->child) : desktop;
-    PixelRect const all = window.value_or(*desktop).intersection({0, 0, desktop->width, desktop->height});
-    PixelRect const strip = axis == WheelAxis::vertical
-                                ? PixelRect{pointer->root_x - stripWidth / 2, all.y, stripWidth, all.height}
-                                : PixelRect{all.x, pointer->root_y - stripWidth / 2, all.width, stripWidth};
-    return strip.intersection(all);
+    return window.value_or(*desktop).intersection({0, 0, desktop->width, desktop->height});
 }
 
 }
@@ -69,7 +64,9 @@ void Wheel::begin(WheelAxis axis, double pixels) {
     sign_ = pixels > 0 ? 1 : -1;
     moved_ = 0;
     sent_ = sentAtChange_ = 0;
-    strip_ = stripAround(input_.connection(), axis);
+    area_ = windowUnderPointer(input_.connection());
+    auto const pointer = input_.pointer();
+    across_ = axis == WheelAxis::vertical ? pointer.x - area_.x : pointer.y - area_.y;
     user_.forget();
     first_ = seen_ = picture();
     changedAt_ = movedAt_ = InputClock::now();
@@ -86,7 +83,7 @@ void Wheel::notch() {
 bool Wheel::tryNotch() {
     notch();
     settle();
-    return moved_ > 0 || seen_.changedShare(first_) >= unfollowedShare;
+    return moved_ > 0 || seen_.changedShare(first_, across_) >= unfollowedShare;
 }
 
 void Wheel::notches(int count) {
@@ -128,12 +125,12 @@ void Wheel::look() {
 PictureLines Wheel::picture() {
     auto const image = input_.connection().ask<xcb_get_image, xcb_get_image_reply>(
         static_cast<std::uint8_t>(XCB_IMAGE_FORMAT_Z_PIXMAP), input_.connection().root(),
-        static_cast<std::int16_t>(strip_.x), static_cast<std::int16_t>(strip_.y),
-        static_cast<std::uint16_t>(strip_.width), static_cast<std::uint16_t>(strip_.height), ~0U);
-    auto const pixels = static_cast<std::size_t>(strip_.width) * strip_.height;
+        static_cast<std::int16_t>(area_.x), static_cast<std::int16_t>(area_.y), static_cast<std::uint16_t>(area_.width),
+        static_cast<std::uint16_t>(area_.height), ~0U);
+    auto const pixels = static_cast<std::size_t>(area_.width) * area_.height;
     if (!image || static_cast<std::size_t>(xcb_get_image_data_length(image.get())) < pixels * 4) return {};
     auto const* const data = reinterpret_cast<std::uint32_t const*>(xcb_get_image_data(image.get()));
-    return {{{data, pixels}, strip_.width, strip_.height},
+    return {{{data, pixels}, area_.width, area_.height},
             axis_ == WheelAxis::vertical ? LineDirection::rows : LineDirection::columns};
 }
 

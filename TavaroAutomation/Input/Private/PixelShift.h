@@ -28,15 +28,20 @@ public:
     /// that stayed as they were do not count. Nothing where too little moved, or not as a whole.
     std::optional<int> movedSince(PictureLines const& before, int sign) const;
 
-    /// 0…1: of all that is not plain, what is no longer as it was.
-    double changedShare(PictureLines const& before) const;
+    /// 0…1: of what is not plain within two bands of that place across the lines, what is no longer as it was.
+    double changedShare(PictureLines const& before, int across) const;
 
     bool operator==(PictureLines const&) const = default;
 
 private:
-    int foundAt(PictureLines const& before, int band, int shift) const;
-    bool isAsBefore(PictureLines const& before, std::size_t cell, int shift) const;
+    struct Cell {
+        std::uint64_t hash = 0;
+        int line = 0;
+    };
+    std::vector<Cell> uniqueCells(int band) const;
+    bool isAsBefore(PictureLines const& before, std::size_t cell) const;
 
+    int across_ = 0; // pixels of a line
     int bands_ = 0;
     int lines_ = 0;
     std::vector<std::uint64_t> cells_; // bands_ × lines_

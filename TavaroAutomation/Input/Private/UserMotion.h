@@ -19,8 +19,10 @@ public:
 
 private:
     bool hasForeignEvent();
+    bool isOnAScreen(PixelPoint at) const;
 
     FakeInput& input_;
+    std::vector<PixelRect> screens_;
     PixelPoint expected_;
 };
 

@@ -44,7 +44,8 @@ private:
 
     WheelAxis axis_ = WheelAxis::vertical;
     int sign_ = 1;
-    PixelRect strip_;      // of the screen, around the pointer
+    PixelRect area_;       // of the screen, that is compared
+    int across_ = 0;       // where the pointer is in it, across what moves
     PictureLines first_;   // before the first notch
     PictureLines seen_;    // the latest
     double moved_ = 0;     // pixels, as seen so far

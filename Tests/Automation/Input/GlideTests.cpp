@@ -32,6 +32,22 @@ TEST(Glide, goesAllTheWayNeverBackNeverPastAndLeavesTheLineOnlyALittle) {
     EXPECT_EQ(Glide({5, 6}, {5, 6}).at(0.5), (UIPoint{5, 6}));
 }
 
+TEST(Glide, goesByAnotherPointStraightAndSteadily) {
+    UIPoint const from{100, 20}, by{100, 40}, to{260, 90};
+    Glide const glide(from, to, by);
+    EXPECT_EQ(glide.at(0), from);
+    EXPECT_EQ(glide.at(1), to);
+    double length = 0;
+    for (int step = 1; step <= 1000; ++step) {
+        auto const before = glide.at((step - 1) / 1000.0), at = glide.at(step / 1000.0);
+        length += std::hypot(at.x - before.x, at.y - before.y);
+        EXPECT_TRUE(at.y >= 40 || at.x == 100) << "first down, then along";
+    }
+    EXPECT_NEAR(length, 20 + std::hypot(160, 50), 0.5);
+    EXPECT_EQ(Glide(from, to, to).at(1), to);
+    EXPECT_EQ(Glide(from, to, from).at(1), to);
+}
+
 TEST(Glide, bendsToOneSideOfALongWay) {
     EXPECT_LT(Glide({0, 500}, {1000, 500}).at(0.5).y, 480);
     EXPECT_LT(Glide({1000, 500}, {0, 500}).at(0.5).y, 480);

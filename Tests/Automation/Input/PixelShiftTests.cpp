@@ -53,6 +53,15 @@ TEST(PictureLines, whatMovedIsFoundAlsoBesideWhatStays) {
     }
 }
 
+TEST(PictureLines, whatRepeatsItselfDoesNotMislead) {
+    Page page(3);
+    for (std::size_t i = 0; i < page.rows.size(); ++i) {
+        if (i % 60 >= 20) page.rows[i] = static_cast<std::uint32_t>(i % 20) * 7919; // two of three lines are the same
+    }
+    EXPECT_EQ(rowsOf(page.picture(460)).movedSince(rowsOf(page.picture(400)), 1), 60);
+    EXPECT_EQ(rowsOf(page.picture(418)).movedSince(rowsOf(page.picture(400)), 1), 18);
+}
+
 TEST(PictureLines, aCaretOrAnotherPictureIsNoMovement) {
     Page const page(3);
     auto const before = page.picture(400);
@@ -62,8 +71,8 @@ TEST(PictureLines, aCaretOrAnotherPictureIsNoMovement) {
     EXPECT_FALSE(rowsOf(before).movedSince(rowsOf(before), 1));
     EXPECT_FALSE(rowsOf(Page(4).picture(400)).movedSince(rowsOf(before), 1));
     EXPECT_FALSE(rowsOf(page.picture(450)).movedSince(rowsOf(before), -1)) << "the other way";
-    EXPECT_LT(rowsOf(caret).changedShare(rowsOf(before)), 0.05);
-    EXPECT_GT(rowsOf(Page(4).picture(400)).changedShare(rowsOf(before)), 0.9);
+    EXPECT_LT(rowsOf(caret).changedShare(rowsOf(before), 50), 0.2);
+    EXPECT_GT(rowsOf(Page(4).picture(400)).changedShare(rowsOf(before), 150), 0.9);
 }
 
 }

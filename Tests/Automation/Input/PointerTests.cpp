@@ -98,6 +98,20 @@ TEST_F(PointerTest, whatMovedMeanwhileIsFollowed) {
     EXPECT_EQ(place(), (PixelPoint{50, 50})) << "a target that is not known any more";
 }
 
+TEST_F(PointerTest, aMenuIsEnteredAtItsNearestEdge) {
+    auto const other = client->makeWindow({.frame = {100, 0, 60, 20}, .windowClass = "Title", .isPopup = true});
+    client->makeWindow({.frame = {40, 22, 300, 200}, .windowClass = "Menu", .isPopup = true});
+    std::uint32_t const mask = XCB_EVENT_MASK_ENTER_WINDOW;
+    xcb_change_window_attributes(client->connection().get(), other, XCB_CW_EVENT_MASK, &mask);
+    client->connection().synchronize();
+    pointer->glide({70, 15}, 0);
+    pointer->glide({300, 40}, 0.3); // the straight way passes over the title beside it
+    client->connection().synchronize();
+    while (auto const event = client->connection().poll())
+        EXPECT_NE(event->response_type & 0x7f, XCB_ENTER_NOTIFY) << "it passed over the title of another menu";
+    EXPECT_EQ(place(), (PixelPoint{300, 40}));
+}
+
 TEST_F(PointerTest, theUsersMouseStopsAGlideAtOnce) {
     pointer->glide({10, 10}, 0);
     PixelPoint moved;

@@ -18,6 +18,10 @@ ROWS = 400
 said = {}
 
 
+def line(i):
+    return f"Row {i}: " + " ".join(f"{(i + 1) * (k + 3) * 7919 % 10007} of {i * i + k}," for k in range(40))
+
+
 def say(what, value):
     if said.get(what) != value:
         said[what] = value
@@ -47,7 +51,7 @@ def build(window):
     put(box, text)
     rows = Gtk.Box(orientation=Gtk.Orientation.VERTICAL)
     for i in range(ROWS):
-        put(rows, Gtk.Label(label=f"Row {i}: {i * 7919 % 10007} of {i * i}, " + f"and so on to {i * 31 % 977} " * 20, xalign=0))
+        put(rows, Gtk.Label(label=line(i), xalign=0))
     scrolled = Gtk.ScrolledWindow()
     place(scrolled, rows)
     put(box, scrolled, True)

@@ -11,6 +11,10 @@ ROWS = 400
 said = {}
 
 
+def line(i):
+    return f"Row {i}: " + " ".join(f"{(i + 1) * (k + 3) * 7919 % 10007} of {i * i + k}," for k in range(40))
+
+
 def say(what, value):
     if said.get(what) != value:
         said[what] = value
@@ -28,7 +32,7 @@ box.addWidget(view)
 rows = QWidget()
 column = QVBoxLayout(rows)
 for i in range(ROWS):
-    column.addWidget(QLabel(f"Row {i}: {i * 7919 % 10007} of {i * i}, " + f"and so on to {i * 31 % 977} " * 20))
+    column.addWidget(QLabel(line(i)))
 scrolled = QScrollArea()
 scrolled.setWidget(rows)
 box.addWidget(scrolled)
