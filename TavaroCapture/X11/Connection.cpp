@@ -4,6 +4,8 @@
 
 #include <fmt/format.h>
 
+#include <mutex>
+
 namespace tavaro::x11 {
 
 namespace {
@@ -15,11 +17,18 @@ std::string noServerSentence(std::string const& display) {
     return fmt::format("Could not reach the X server at “{}”.", display.empty() ? set : display);
 }
 
+/// One at a time: the library that finds the user's authority file keeps its name in one place for all threads.
+xcb_connection_t* connected(std::string const& display, int& screen) {
+    static std::mutex connecting;
+    std::lock_guard const lock(connecting);
+    return xcb_connect(display.empty() ? nullptr : display.c_str(), &screen);
+}
+
 }
 
 Connection::Connection(std::string const& display) {
     int number = 0;
-    connection_ = xcb_connect(display.empty() ? nullptr : display.c_str(), &number);
+    connection_ = connected(display, number);
     if (!isAlive()) {
         xcb_disconnect(connection_);
         throw CaptureError(CaptureError::Kind::noDisplay, noServerSentence(display));
