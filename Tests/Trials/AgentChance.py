@@ -2,10 +2,11 @@
 
 import json
 import os
+import subprocess
 import time
 from dataclasses import dataclass
 
-from Agents import CLIENT, Agent, Connection, allow, application_id, end_application, memory
+from Agents import CLIENT, Agent, Connection, allow, application_id, memory, until
 from Display import VirtualDisplay
 from Stage import Fault, check
 
@@ -19,6 +20,9 @@ class Count:
     badly: int = 0
     longest: float = 0
 
+    def __str__(self):
+        return f"{self.well} {self.badly} {self.longest:.1f}"
+
 
 class AgentsRandom:
     """No call crashes or holds the application, every answer is well-formed, and memory does not grow without end."""
@@ -30,28 +34,40 @@ class AgentsRandom:
         self.library = os.path.join(stage.home, "Movies", "Tavaro")
         os.makedirs(self.library)
         self.ids = [stage.document(stage.project(os.path.join(self.library, f"{at}.recproj")))["id"] for at in range(2)]
-        self.agent = Agent(stage)
-        self.tools = self.agent.answer(self.agent.ask("tools/list", {}))["tools"]
         self.most = 0
         self.counts = {}
         self.start()
+        self.tools = self.agent.answer(self.agent.ask("tools/list", {}))["tools"]
 
     def start(self):
-        self.agent.call("status", LIMIT)
-        self.process = application_id(self.stage)
+        self.words = open(self.stage.path("words"), "w+b")
+        self.application = subprocess.Popen([self.stage.program, "serve"], env=self.stage.environment, stdin=subprocess.DEVNULL,
+                                            stdout=subprocess.DEVNULL, stderr=self.words, start_new_session=True)
+        until("the application", 20, lambda: application_id(self.stage))
+        self.agent = Agent(self.stage)
         self.settled = None  # MiB once the application has done everything a few times
 
-    def round(self, number):
-        until = time.monotonic() + SECONDS
+    def fate(self):
+        """How the application has ended, and its last words; nothing while it runs."""
         try:
-            while time.monotonic() < until:
+            code = self.application.wait(1)
+        except subprocess.TimeoutExpired:
+            return ""
+        self.words.seek(0)
+        return f" The application has ended with {code}: {self.words.read(4000).decode(errors='replace')}"
+
+    def round(self, number):
+        deadline = time.monotonic() + SECONDS
+        try:
+            while time.monotonic() < deadline:
                 self.chance.choice([self.call, self.call, self.call, self.line, self.connect, self.crowd])()
             self.check_status()
             self.check_memory(number)
             self.tidy()
         except Fault as fault:
+            fate = self.fate()
             self.start_again()
-            raise fault
+            raise Fault(f"{fault}{fate}") from None
 
     def call(self):
         tool, arguments = self.request()
@@ -89,13 +105,16 @@ class AgentsRandom:
     def crowd(self):
         """Several at once, none of them heard in order."""
         connections = [Connection(self.stage, LIMIT) for _ in range(self.chance.randrange(2, 8))]
+        asked = []
         for connection in connections:
             tool, arguments = self.request()
             connection.ask(tool, **arguments)
-        self.chance.shuffle(connections)
-        for connection in connections:
+            asked.append((connection, f"{tool} {json.dumps(arguments)[:200]}"))
+        began = time.monotonic()
+        self.chance.shuffle(asked)
+        for at, (connection, what) in enumerate(asked):
             if self.chance.random() < 0.8:
-                check(connection.result("one of a crowd"), "one of a crowd is not answered")
+                check(connection.result(what), f"{what} is not answered; {at} of the crowd were, in {time.monotonic() - began:.1f} s")
             connection.close()
 
     def request(self):
@@ -181,12 +200,11 @@ class AgentsRandom:
 
     def check_status(self):
         check(not self.agent.call("status", 10)["isError"], "the status fails")
-        process = application_id(self.stage)
-        check(process == self.process, f"the application has ended: process {self.process}, now {process}")
+        check(application_id(self.stage) == self.application.pid, "another application answers")
 
     def check_memory(self, number):
         """What a few rounds took is usual; three times that, or half a GiB more, is not."""
-        taken = memory(self.process)
+        taken = memory(self.application.pid)
         self.most = max(self.most, taken)
         if number == 6:
             self.settled = self.most
@@ -204,16 +222,26 @@ class AgentsRandom:
                 os.remove(self.stage.path(name))
 
     def start_again(self):
+        self.agent.kill()
+        self.stop()
+        self.start()
+
+    def stop(self):
+        self.application.terminate()
         try:
-            self.agent.kill()
-            end_application(self.stage)
+            code = self.application.wait(30)
+        except subprocess.TimeoutExpired:
+            self.application.kill()
+            self.application.wait()
+            raise Fault("the application runs on after a signal that asks for its end") from None
         finally:
-            self.agent = Agent(self.stage)
-            self.start()
+            self.words.close()
+        return code
 
     def end(self):
-        print(f"agents-random: {memory(self.process):.0f} MiB at the end, {self.most:.0f} MiB at most; done, refused, longest "
-              "seconds: " + ", ".join(f"{tool} {count.well} {count.badly} {count.longest:.1f}" for tool, count in sorted(self.counts.items())))
+        print(f"agents-random: {memory(self.application.pid):.0f} MiB at the end, {self.most:.0f} MiB at most; done, refused, "
+              "longest seconds: " + ", ".join(f"{tool} {count}" for tool, count in sorted(self.counts.items())))
         self.agent.end()
-        end_application(self.stage)
+        code = self.stop()
         self.display.end()
+        check(code == 0, f"the application ends with {code}")

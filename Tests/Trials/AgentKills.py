@@ -12,7 +12,7 @@ from Stage import check, leftovers, read
 
 
 class AgentKills:
-    """Every third round kills the server, the others the application, each in the middle of a call of another kind."""
+    """Each round kills the application or the server, or asks it to end, in the middle of a call of another kind."""
 
     KINDS = ("record_for", "stop_recording", "edit_project", "edit_timeline", "auto_polish", "render_frame", "export",
              "get_project", "list_projects", "list_sources", "open_project")
@@ -35,10 +35,8 @@ class AgentKills:
             check(agent.call("status")["isError"] is False, "the application does not start")
             if kind not in self.seconds:
                 self.seconds[kind] = self.seconds_of(agent, kind)
-            if number % 3 == 0:
-                self.kill_server(agent, kind, number)
-            else:
-                self.kill_application(agent, kind, number)
+            kill = (self.kill_application, self.kill_application, self.end_application, self.kill_server)[number % 4]
+            kill(agent, kind, number)
         finally:
             agent.kill()
 
@@ -91,13 +89,35 @@ class AgentKills:
         self.check_document(kind, before, after, None if result["isError"] else f"round {number}")
         if has_taken or kind == "record_for" and not result["isError"]:
             self.check_take(films)
-        began = time.monotonic()
+        self.go_on(agent, kind, number, process)
+        self.settle(kind)
+
+    def go_on(self, agent, kind, number, process):
+        """After the end of the process the next call starts another, in which all works."""
         status = agent.call("status", 25)
         check(not status["isError"], f"the next call fails: {said(status)}")
         check(application_id(self.stage) != process, "the next call is answered by a dead process")
         if kind in ("edit_project", "edit_timeline", "auto_polish"):
             check(not agent.answer(self.begin(agent, "edit_project", f"mended {number}"))["isError"], "the next edit fails")
             check(not leftovers(self.project), f"the next edit leaves {leftovers(self.project)}")
+
+    def end_application(self, agent, kind, number):
+        """A signal that asks for the end: the recording is saved, the export is cancelled, all else is done or not."""
+        before, films = self.document(), self.made()
+        self.prepare(agent, kind)
+        process = application_id(self.stage)
+        call = self.begin(agent, kind, f"round {number}")
+        time.sleep(self.stage.random.uniform(0, self.seconds[kind] * 1.1))
+        has_taken = self.has_taken()
+        end_application(self.stage)
+        result = agent.answer(call, 30)
+        check(not result["isError"] or code_of(result) in ("interrupted", "failed"), f"{kind}: {said(result)}")
+        self.check_document(kind, before, self.document(), None if result["isError"] else f"round {number}")
+        if has_taken or kind in ("stop_recording", "record_for") and not result["isError"]:
+            check(self.made() > films, f"the end of the application left no project of its recording: {said(result)}")
+        check(json.loads(self.stage.run("recover", "--json").output) == [], "the end of the application left an unfinished recording")
+        check(kind != "export" or os.path.exists(self.film) != result["isError"], f"of the export there is: {os.listdir(self.stage.root)}")
+        self.go_on(agent, kind, number, process)
         self.settle(kind)
 
     def check_document(self, kind, before, after, done):
@@ -140,7 +160,7 @@ class AgentKills:
         self.begin(agent, kind, f"round {number}")
         time.sleep(self.stage.random.uniform(0.05, max(0.06, self.seconds[kind])))
         has_taken = self.has_taken()
-        agent.kill()
+        agent.end(self.stage.random.choice(["input", signal.SIGTERM, signal.SIGKILL]))
         other = Agent(self.stage)
         try:
             until(f"rest after {kind}", 30, lambda: self.is_idle(other))

@@ -150,17 +150,17 @@ class Agent:
         self.process.kill()
         self.process.wait()
 
-    def end(self):
-        """By the end of its input, which takes a second at most."""
+    def end(self, how="input"):
+        """By the end of its input or by a signal, which takes a second at most."""
         try:
-            self.process.stdin.close()
+            self.process.stdin.close() if how == "input" else self.process.send_signal(how)
         except OSError:
             pass
         try:
             self.process.wait(1.5)
         except subprocess.TimeoutExpired:
             self.kill()
-            raise Fault("tavaro-mcp runs on after the end of its input") from None
+            raise Fault(f"tavaro-mcp runs on after {how}") from None
 
 
 def json_key(identity):
@@ -173,7 +173,10 @@ class Connection:
     def __init__(self, stage, limit=60):
         self.socket = socket.socket(socket.AF_UNIX)
         self.socket.settimeout(limit)
-        self.socket.connect(socket_path(stage))
+        try:
+            self.socket.connect(socket_path(stage))
+        except OSError as error:
+            raise Fault(f"no connection to the application: {error}") from None
         self.reader = self.socket.makefile("rb")
 
     def send(self, content):
