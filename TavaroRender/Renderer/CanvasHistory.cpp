@@ -36,6 +36,7 @@ void CanvasHistory::keep(CanvasStage stage, CanvasBounds const& rect, ImageView 
     patch.isLost = static_cast<double>(patch.width) * patch.height >
                    worthKeeping * static_cast<double>(canvas.width) * canvas.height;
     if (patch.isLost) return;
+    if (patch.width == 0) patch.height = 0; // beside the canvas: there are no rows of nothing
     auto const rowBytes = 4 * static_cast<std::size_t>(patch.width);
     patch.pixels.resize(std::max(patch.pixels.size(), rowBytes * static_cast<std::size_t>(patch.height)));
     auto* kept = patch.pixels.data();

@@ -54,7 +54,8 @@ class AgentsRandom:
         except subprocess.TimeoutExpired:
             return ""
         self.words.seek(0)
-        return f" The application has ended with {code}: {self.words.read(4000).decode(errors='replace')}"
+        last = [line for line in self.words.read().decode(errors="replace").splitlines() if not line.startswith("[")]
+        return f" The application has ended with {code}:\n" + "\n".join(last)[:8000]
 
     def round(self, number):
         deadline = time.monotonic() + SECONDS
