@@ -115,8 +115,8 @@ class AgentKills:
         self.check_document(kind, before, self.document(), None if result["isError"] else f"round {number}")
         if has_taken or kind in ("stop_recording", "record_for") and not result["isError"]:
             check(self.made() > films, f"the end of the application left no project of its recording: {said(result)}")
-        check(json.loads(self.stage.run("recover", "--json").output) == [], "the end of the application left an unfinished recording")
-        check(kind != "export" or os.path.exists(self.film) != result["isError"], f"of the export there is: {os.listdir(self.stage.root)}")
+        check(not self.offered(), "the end of the application left an unfinished recording")
+        check(kind != "export" or os.path.exists(self.film) != result["isError"], f"an export that was answered with: {said(result)}")
         self.go_on(agent, kind, number, process)
         self.settle(kind)
 
@@ -145,12 +145,16 @@ class AgentKills:
         """What was recorded is a project of the library, or is offered for recovery and can be recovered."""
         if self.made() > films:
             return
-        offered = json.loads(self.stage.run("recover", "--json").output)
+        offered = self.offered()
         check(len(offered) == 1, f"a killed recording: {len(offered)} are offered for recovery")
         made = self.stage.path("recovered.recproj")
         self.stage.run("recover", "last", "-o", made)
         check(max(self.stage.document(made)["assetDurations"].values()) > 0, "the recovered recording is empty")
         self.stage.remove(made)
+
+    def offered(self):
+        """The unfinished recordings."""
+        return [each["id"] for each in json.loads(self.stage.run("recover", "--json").output)]
 
     def kill_server(self, agent, kind, number):
         """The application goes on: what was asked for is done."""
@@ -188,6 +192,8 @@ class AgentKills:
     def settle(self, kind):
         if kind == "export" and os.path.exists(self.film):
             os.remove(self.film)
+        for identity in self.offered():
+            self.stage.run("recover", identity, "--discard")
         for name in self.made() - {"tour.recproj"}:
             self.stage.remove(os.path.join(self.library, name))
 
