@@ -17,6 +17,7 @@ struct ResultMessage {
         std::tuple{field("id", &ResultMessage::id), field("jsonrpc", &ResultMessage::jsonrpc),
                    field("result", &ResultMessage::result)};
 };
+static_assert(listsEveryField<ResultMessage>);
 
 std::string line(JSONValue::Object message) {
     message.emplace("jsonrpc", "2.0");
