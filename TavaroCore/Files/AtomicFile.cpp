@@ -24,12 +24,21 @@ void writeFileAtomically(std::filesystem::path const& file, std::string_view byt
 
 void replaceFileKeepingBackup(std::filesystem::path const& file, std::filesystem::path const& backup,
                               std::string_view bytes) {
+    replaceFileKeepingBackup(file, backup, [&](PendingFile& pending) {
+        pending.append(bytes);
+        return true;
+    });
+}
+
+bool replaceFileKeepingBackup(std::filesystem::path const& file, std::filesystem::path const& backup,
+                              std::function<bool(PendingFile&)> const& write) {
     FolderLock const lock(FileDescriptor::folderOf(file)); // of two savers, the later one keeps what the other saved
     PendingFile pending(file, ownerWrites);
-    pending.append(bytes);
+    if (!write(pending)) return false;
     pending.flush(); // before the backup changes: a full disk leaves both as they were
     if (access(file.c_str(), F_OK) == 0) PendingFile::twin(file, backup).commit(PendingFile::FolderFlush::withNext);
     pending.commit();
+    return true;
 }
 
 void exchangeFiles(std::filesystem::path const& a, std::filesystem::path const& b) {

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -20,6 +21,9 @@ void writeFileAtomically(std::filesystem::path const& file, std::string_view byt
 /// under `file`, and under `backup` a complete earlier one. Without an old file the backup is left alone.
 void replaceFileKeepingBackup(std::filesystem::path const& file, std::filesystem::path const& backup,
                               std::string_view bytes);
+/// The same for what `write` appends. Where that gives false, nothing changes, and so does this.
+bool replaceFileKeepingBackup(std::filesystem::path const& file, std::filesystem::path const& backup,
+                              std::function<bool(PendingFile&)> const& write);
 
 /// Lets two files of one folder trade places, in one step where the file system can. Where it cannot, a crash in
 /// between may leave both names with the content that `a` gets, never without a complete file. Throws `FileError`.

@@ -4,6 +4,7 @@
 #include <TavaroCore/Files/MoveUnlessTaken.h>
 #include <TavaroCore/Files/Private/HiddenNeighbour.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
@@ -11,6 +12,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
+#include <vector>
 
 namespace tavaro {
 
@@ -101,6 +103,24 @@ void PendingFile::copy(fs::path const& from, FileDescriptor::CopyWatch const& pr
     if (!source.isOpen()) throw FileError::reading(from, errno);
     isFlushed_ = false;
     if (int const failure = descriptor_.copy(source, proceed)) throw FileError::writing(file_, failure);
+}
+
+/// Without moving the bytes through this process where the file system can.
+bool PendingFile::copyRange(FileDescriptor const& from, std::int64_t begin, std::int64_t end) {
+    constexpr std::int64_t mostAtOnce = 1 << 20;
+    isFlushed_ = false;
+    auto const left = [&] { return static_cast<std::size_t>(end - begin); };
+    while (begin<end&& ::copy_file_range(from.get(), &begin, descriptor_.get(), nullptr, left(), 0)> 0) {
+    }
+    std::vector<std::byte> piece(std::min<std::size_t>(left(), mostAtOnce));
+    while (begin < end) {
+        auto const count = from.readAt(begin, std::span(piece).first(std::min(left(), piece.size())));
+        if (count < 0) throw FileError::reading(file_, static_cast<int>(-count));
+        if (count == 0) return false;
+        append({reinterpret_cast<char const*>(piece.data()), static_cast<std::size_t>(count)});
+        begin += count;
+    }
+    return true;
 }
 
 void PendingFile::flush() {

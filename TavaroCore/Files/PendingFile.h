@@ -3,6 +3,7 @@
 #include <TavaroCore/Files/FileDescriptor.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <span>
 #include <string_view>
@@ -39,6 +40,9 @@ public:
     [[nodiscard]] int write(std::span<std::byte const> bytes);
     /// Appends what another file holds.
     void copy(std::filesystem::path const& from, FileDescriptor::CopyWatch const& proceed = {});
+
+    /// Appends those bytes of `from`. False, with some of them appended, where it has fewer.
+    [[nodiscard]] bool copyRange(FileDescriptor const& from, std::int64_t begin, std::int64_t end);
 
     /// Waits until what was written is on the disk; committing does it, too.
     void flush();

@@ -20,7 +20,10 @@ struct FileStamp {
 };
 static_assert(listsEveryField<FileStamp>);
 
+class FileDescriptor;
+
 /// None when there is no such file.
 std::optional<FileStamp> stampOf(std::filesystem::path const& file);
+std::optional<FileStamp> stampOf(FileDescriptor const& file);
 
 }

@@ -5,7 +5,9 @@
 #include <TavaroCore/Files/FileBytes.h>
 #include <TavaroCore/Files/MoveUnlessTaken.h>
 #include <TavaroCore/Files/PendingFile.h>
+#include <TavaroCore/Files/PlainFile.h>
 #include <TavaroCore/Package/EditorState.h>
+#include <TavaroCore/Package/Private/DocumentText.h>
 #include <TavaroCore/Package/TypedText.h>
 #include <TavaroCore/Project/DemoProject.h>
 #include <TavaroCore/Records/JSONError.h>
@@ -125,13 +127,32 @@ fs::path ProjectPackage::folderToLock() const {
 
 FolderLock ProjectPackage::lockForEditing() const { return FolderLock(folderToLock()); }
 
-void ProjectPackage::save(DemoProject const& project) const {
-    auto const document = encodeProject(project);
-    if (auto const before = FileBytes::read(projectFileURL())) {
-        if (before->bytes() == document) return;
-        if (holdsFormerTypedText(before->bytes())) removeFormerTypedText(projectFileURL());
+SavedDocument ProjectPackage::save(DemoProject const& project, std::optional<SavedDocument> const& before) const {
+    DocumentText document(project);
+    if (before && before->log == project.metadata.shared()) {
+        if (auto const saved = saveWithLogOf(*before, document)) return *saved;
     }
-    replaceFileKeepingBackup(projectFileURL(), backupFileURL(), document);
+    if (auto const present = FileBytes::read(projectFileURL())) {
+        if (document.is(present->bytes())) return document.saved(stampOf(projectFileURL()).value_or(FileStamp{}));
+        if (holdsFormerTypedText(present->bytes())) removeFormerTypedText(projectFileURL());
+    }
+    replaceFileKeepingBackup(projectFileURL(), backupFileURL(), [&](PendingFile& file) {
+        document.appendTo(file);
+        return true;
+    });
+    return document.saved(stampOf(projectFileURL()).value_or(FileStamp{}));
+}
+
+/// None, with nothing done, where the present file is not that one.
+std::optional<SavedDocument> ProjectPackage::saveWithLogOf(SavedDocument const& before,
+                                                           DocumentText const& document) const {
+    auto const present = PlainFile::open(projectFileURL(), PlainFile::anySize);
+    if (!present || stampOf(present->descriptor) != before.stamp) return std::nullopt;
+    if (document.isIn(present->descriptor, before)) return before;
+    bool const isDone = replaceFileKeepingBackup(projectFileURL(), backupFileURL(), [&](PendingFile& file) {
+        return document.appendTo(file, present->descriptor, before);
+    });
+    return isDone ? std::optional(document.saved(stampOf(projectFileURL()).value_or(FileStamp{}))) : std::nullopt;
 }
 
 /// The second name takes no room, so that a full disk stops this before anything changed.

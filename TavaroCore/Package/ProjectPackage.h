@@ -2,13 +2,16 @@
 
 #include <TavaroCore/Files/FileDescriptor.h>
 #include <TavaroCore/Files/FolderLock.h>
+#include <TavaroCore/Package/SavedDocument.h>
 
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <string_view>
 
 namespace tavaro {
 
+class DocumentText;
 struct DemoProject;
 struct EditorState;
 
@@ -49,8 +52,9 @@ public:
     void createDirectories() const;
 
     /// Writes the document. When it differs from the one on disk, that one becomes the backup. A crash or a full disk
-    /// at any instant leaves a complete old or new document and a complete backup.
-    void save(DemoProject const& project) const;
+    /// at any instant leaves a complete old or new document and a complete backup. Who saved before hands in what that
+    /// returned: a log that is still the same is then copied from the file before.
+    SavedDocument save(DemoProject const& project, std::optional<SavedDocument> const& before = {}) const;
     /// The same where the document on the disk cannot be read: it is kept as "project.damaged.json", and the backup
     /// stays what it is, the last document that could be read.
     void saveOverDamaged(DemoProject const& project) const;
@@ -82,6 +86,7 @@ private:
     struct Reading;
 
     Reading read() const;
+    std::optional<SavedDocument> saveWithLogOf(SavedDocument const& before, DocumentText const& document) const;
     std::filesystem::path folderToLock() const;
     bool backupHoldsFormerTypedText() const;
 

@@ -186,10 +186,11 @@ template<class T> char* writeFixed(char* at, T const& value) {
 template<class Value> struct IsOptional : std::false_type {};
 template<class Value> struct IsOptional<std::optional<Value>> : std::true_type {};
 
-template<RecordType R> void writeRecord(JSONWriter& writer, R const& record) {
-    writer.beginObject();
+/// Sorted by their keys, those that `isWanted` says.
+template<RecordType R, class IsWanted> void writeMembers(JSONWriter& writer, R const& record, IsWanted isWanted) {
     [&]<std::size_t... I>(std::index_sequence<I...>) {
         [[maybe_unused]] auto const writeMember = [&]<std::size_t index>() {
+            if (!isWanted(std::get<index>(R::fields).name)) return;
             auto const& value = record.*std::get<index>(R::fields).member;
             if constexpr (IsOptional<std::remove_cvref_t<decltype(value)>>::value) {
                 if (!value) return;
@@ -200,6 +201,11 @@ template<RecordType R> void writeRecord(JSONWriter& writer, R const& record) {
         (writeMember.template operator()<sortedFields<R>[I]>(), ...);
     }
     (std::make_index_sequence<fieldCount<R>>{});
+}
+
+template<RecordType R> void writeRecord(JSONWriter& writer, R const& record) {
+    writer.beginObject();
+    writeMembers(writer, record, [](std::string_view) { return true; });
     writer.endObject();
 }
 

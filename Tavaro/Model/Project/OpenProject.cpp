@@ -166,7 +166,7 @@ void OpenProject::write(DemoProject project) {
     if (isDamaged_)
         package_.saveOverDamaged(project);
     else
-        package_.save(project);
+        saved_ = package_.save(project, saved_);
     isDamaged_ = false;
     stamp_ = stampOf(package_.projectFileURL());
     savedAt_ = std::exchange(project.modifiedAt, modifiedAt);

@@ -145,9 +145,10 @@ private:
 
     std::thread::id thread_ = std::this_thread::get_id();
     ProjectPackage package_;
-    Lock lock_;                      // held while open
-    std::optional<FileStamp> stamp_; // of the document's file as it was last read or written
-    DemoProject stored_;             // the document on the disk, but for its date
+    Lock lock_;                          // held while open
+    std::optional<FileStamp> stamp_;     // of the document's file as it was last read or written
+    std::optional<SavedDocument> saved_; // the last one from here
+    DemoProject stored_;                 // the document on the disk, but for its date
     History history_;
     std::optional<std::uint64_t> savedRevision_; // on the disk; none when nothing good is
     bool isDamaged_ = false;                     // what is on the disk cannot be read

@@ -10,11 +10,13 @@
 #include <csignal>
 #include <cstdio>
 #include <fstream>
+#include <optional>
 #include <random>
 #include <sys/mount.h>
 #include <sys/wait.h>
 #include <time.h>
 #include <unistd.h>
+#include <utility>
 #include <vector>
 
 using namespace tavaro;
@@ -22,14 +24,23 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// Documents of very different lengths whose content tells their number.
+/// The same object for the same number, one after the other.
+CopyOnWrite<RecordingMetadata> const& logOf(int number) {
+    static std::pair<int, CopyOnWrite<RecordingMetadata>> last{-1, {}};
+    if (last.first == number) return last.second;
+    RecordingMetadata log;
+    log.cursorSamples.resize(static_cast<std::size_t>(number * 37 % 11) * 200, {.t = static_cast<double>(number)});
+    last = {number, std::move(log)};
+    return last.second;
+}
+
+/// Documents of very different lengths whose content tells their number; some have the log of the one before.
 DemoProject numbered(int number) {
     auto project = decodeProject("{}");
     project.id = {};
     project.createdAt = project.modifiedAt = {};
-    project.name = std::to_string(number);
-    project.metadata.edit().cursorSamples.resize(static_cast<std::size_t>(number * 37 % 11) * 200,
-                                                 {.t = static_cast<double>(number)});
+    project.name = std::string(static_cast<std::size_t>(number * 29 % 13 * 100), '0') + std::to_string(number);
+    project.metadata = logOf(number / 3);
     return project;
 }
 
@@ -39,9 +50,10 @@ bool isTakenBack(int number) { return number % 3 == 0; }
 
 /// Saves and goes back without end, and tells through the pipe which save is next.
 [[noreturn]] void saveForEver(ProjectPackage const& package, int first, int progress) {
+    std::optional<SavedDocument> saved;
     for (int i = first;; ++i) {
         [[maybe_unused]] auto const told = write(progress, &i, sizeof i);
-        package.save(numbered(i));
+        saved = package.save(numbered(i), saved);
         package.saveEditorState({.playhead = static_cast<double>(i)});
         if (isTakenBack(i)) package.restoreBackup();
     }

@@ -1,3 +1,5 @@
+#include "../Records/RandomRecord.h"
+
 #include <TavaroCore/Package/ProjectPackage.h>
 
 #include <TavaroCore/Files/AtomicFile.h>
@@ -56,6 +58,49 @@ TEST_F(ProjectPackageTest, whatIsSavedIsLoadedAndTheSaveBeforeIsKept) {
     package.save(second); // nothing changed, so the backup stays the first document
     EXPECT_EQ(decodeProject(read(package.backupFileURL())), first);
     EXPECT_EQ(filesInPackage(), 3u); // the document, its backup, assets
+}
+
+TEST_F(ProjectPackageTest, aSaveAfterASaveWritesTheSameBytesAsAnyOther) {
+    std::optional<SavedDocument> saved;
+    std::string before;
+    DemoProject project;
+    auto const expectSaved = [&](char const* what) {
+        saved = package.save(project, saved);
+        EXPECT_EQ(read(package.projectFileURL()), encodeProject(project)) << what;
+        EXPECT_EQ(read(package.backupFileURL()), before) << what;
+        before = read(package.projectFileURL());
+    };
+    before = "(no file)";
+    for (unsigned seed = 0; seed < 20; ++seed) {
+        auto const log = project.metadata;
+        RandomRecord(seed).fill(project);
+        if (seed % 3) project.metadata = log;
+        expectSaved("another document, often with the same log");
+        project.name += "longer";
+        expectSaved("another name");
+        auto const beforeThat = read(package.backupFileURL());
+        saved = package.save(project, saved);
+        EXPECT_EQ(read(package.backupFileURL()), beforeThat) << "nothing to save";
+        write(package.projectFileURL(), before = R"({"name":"of another program"})");
+        expectSaved("what another program wrote");
+    }
+}
+
+TEST_F(ProjectPackageTest, aLogThatIsTheSameIsCopiedFromTheFileBefore) {
+    auto project = named("first");
+    project.metadata.edit().clicks.push_back({.t = 1234.5});
+    auto const saved = package.save(project);
+    auto const time = fs::last_write_time(package.projectFileURL());
+    auto text = read(package.projectFileURL());
+    text.replace(text.find("1234.5"), 6, "4321.5"); // behind the back of who saved it
+    write(package.projectFileURL(), text);
+    fs::last_write_time(package.projectFileURL(), time);
+    project.name = "second";
+    package.save(project, saved);
+    EXPECT_EQ(package.load().metadata->clicks[0].t, 4321.5);
+    EXPECT_EQ(package.load().name, "second");
+    package.save(project);
+    EXPECT_EQ(package.load(), project);
 }
 
 TEST_F(ProjectPackageTest, assetNamesNeverLeaveThePackage) {
