@@ -29,8 +29,25 @@ JSONValue::Object listedProject(LibraryItem const& item) {
             {"path", item.path.string()}};
 }
 
+constexpr int mostTries = 4; // to polish a document that others are editing
+
+class ChangedMeanwhile : public MCPToolError {
+public:
+    ChangedMeanwhile()
+        : MCPToolError(MCPErrorCode::failed, "The project was changed meanwhile. Run auto_polish again.") {}
+};
+
 JSONValue::Object editResult(StepOutcome const& step) {
     return {{"changed", step.isChanged}, {"duration", step.duration}};
+}
+
+/// Takes the polished document as a step, unless there is another one than that which was polished.
+StepOutcome commitPolish(OpenProject& project, std::string const& client, DemoProject const& polished,
+                         std::uint64_t revision) {
+    return commitFor(project, client, polishStep, [&](DemoProject& edited) {
+        if (project.revision() != revision) throw ChangedMeanwhile();
+        edited = polished;
+    });
 }
 
 }
@@ -81,7 +98,8 @@ void ProjectTools::runAction(RunningCall& call, OpenProjects::Opened const& proj
     auto const action = projectAction(call.arguments(), project->document());
     if (auto const* const missing = std::get_if<ProjectAction::Missing>(&action.work))
         throw MCPToolError(MCPErrorCode::failed, missing->sentence);
-    if (auto const* const options = std::get_if<PolishOptions>(&action.work)) return polish(call, project, *options);
+    if (auto const* const options = std::get_if<PolishOptions>(&action.work))
+        return polish(call, project, {.options = *options});
     auto const& operation = std::get<Operation>(action.work);
     std::string summary;
     auto const step = commitFor(*project, call.client(), infoOf(operation).title, [&](DemoProject& edited) {
@@ -91,22 +109,23 @@ void ProjectTools::runAction(RunningCall& call, OpenProjects::Opened const& proj
     call.finish(toolResult::ok(summary, editResult(step)));
 }
 
-void ProjectTools::polish(RunningCall& call, OpenProjects::Opened const& project, PolishOptions const& options) {
+void ProjectTools::polish(RunningCall& call, OpenProjects::Opened const& project, Polishing polishing) {
     auto const job =
-        std::make_shared<Job<PolishedProject>>(polishJob(queue_, project->document(), {.options = options}));
-    auto const revision = project->revision();
+        std::make_shared<Job<PolishedProject>>(polishJob(queue_, project->document(), {.options = polishing.options}));
+    polishing.revision = project->revision();
+    call.progress(polishing.tries * 1.0 / mostTries, "Auto Polish is at work.");
     call.keep(job);
-    auto const take = call.later([project, revision, &job = *job](RunningCall& here) {
-        auto const& polished = job.result();
-        auto const step = commitFor(*project, here.client(), polishStep, [&](DemoProject& edited) {
-            if (project->revision() != revision)
-                throw MCPToolError(MCPErrorCode::failed, "The project was changed meanwhile. Run auto_polish again.");
-            edited = polished.project;
-        });
-        here.finish(toolResult::ok(fmt::format("Auto Polish done: {}", fmt::join(polished.report.summaryLines(), " ")),
-                                   editResult(step)));
-    });
-    job->onFinished([take] { take(); });
+    job->onFinished(call.later([this, project, polishing, &job = *job](RunningCall& here) {
+        auto const polished = std::move(job.result());
+        try {
+            auto const step = commitPolish(*project, here.client(), polished.project, polishing.revision);
+            auto const report = polished.report.summaryLines();
+            here.finish(toolResult::ok(fmt::format("Auto Polish done: {}", fmt::join(report, " ")), editResult(step)));
+        } catch (ChangedMeanwhile const&) {
+            if (polishing.tries + 1 == mostTries) throw;
+            polish(here, project, {.options = polishing.options, .tries = polishing.tries + 1});
+        }
+    }));
     job->start();
 }
 

@@ -37,7 +37,11 @@ protected:
         return handler.handle({.tool = tool,
                                .arguments = std::get<JSONValue::Object>(JSONValue::parse(arguments).content),
                                .client = "tester",
-                               .progress = [this](double, std::string const&) { ++progress; },
+                               .progress =
+                                   [this](double, std::string const&) {
+                                       ++progress;
+                                       if (reported) reported();
+                                   },
                                .finish = [this](ToolResult const& made) { result = made.json.value(); }});
     }
     /// The text of the result, behind "code: " where it is a failure.
@@ -68,6 +72,7 @@ protected:
     MCPToolHandler handler{queue, application, "1.2"};
     std::optional<JSONValue> result;
     int progress = 0;
+    std::function<void()> reported; // on progress
     std::string id;
 };
 
@@ -138,6 +143,24 @@ TEST_F(MCPToolHandlerTest, aSessionFromTheSourcesToTheFilm) {
     static_cast<void>(begin("export", exporting));
     EXPECT_EQ(called("export", exporting), "busy: Another export is running. Wait for it to finish.");
     queue.runUntil([&] { return !application.isBusy(); });
+}
+
+TEST_F(MCPToolHandlerTest, aProjectThatIsEditedWhileItIsPolishedIsPolishedAgain) {
+    record();
+    int edits = 0, most = 2;
+    reported = [&] {
+        if (edits >= most) return;
+        ++edits;
+        project().edit("Rename", [&](DemoProject& edited) { edited.name = std::to_string(edits); });
+    };
+    auto const polish = withID(R"(,"action":"auto_polish","options":{"smartZoom":false})");
+    EXPECT_THAT(called("run_action", polish), StartsWith("Auto Polish done: "));
+    EXPECT_EQ(edits, 2);
+    EXPECT_EQ(project().document().name, "2");
+    EXPECT_FALSE(project().hasUnsavedChanges());
+    most = 100;
+    EXPECT_EQ(called("run_action", polish), "failed: The project was changed meanwhile. Run auto_polish again.");
+    EXPECT_LT(edits, 10);
 }
 
 TEST_F(MCPToolHandlerTest, ordersToTheRecorderAnswerForWhatTheyFind) {

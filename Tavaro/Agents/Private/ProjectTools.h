@@ -5,6 +5,8 @@
 
 #include <TavaroCore/Direction/PolishOptions.h>
 
+#include <cstdint>
+
 namespace tavaro {
 
 class Application;
@@ -27,7 +29,14 @@ public:
     OpenProjects::Opened const& opened() const { return opened_; }
 
 private:
-    void polish(RunningCall& call, OpenProjects::Opened const& project, PolishOptions const& options);
+    /// One try to polish the document that has that revision.
+    struct Polishing {
+        PolishOptions options;
+        int tries = 0; // before
+        std::uint64_t revision = 0;
+    };
+    /// Where the project was edited meanwhile, it is polished again as it is then, a few times.
+    void polish(RunningCall& call, OpenProjects::Opened const& project, Polishing polishing);
 
     MainQueue& queue_;
     Application& application_;
