@@ -29,7 +29,10 @@ Application::Application(MainQueue& queue, ApplicationPlaces places)
     , recorder_(queue)
     , exporter_(queue)
     , frames_(queue)
-    , side_(queue, "com.tavaro.sources") {}
+    , thumbnails_(queue)
+    , side_(queue, "com.tavaro.sources") {
+    projects_.onOpened([this](OpenProjects::Opened const& project) { thumbnails_.watch(project); });
+}
 
 void Application::sources(std::function<void(Outcome<SourceList> const&)> answer) {
     side_.ask([] { return listSources(); }, std::move(answer));
@@ -54,6 +57,7 @@ void Application::record(RecordingRequest request, RecordingHandlers handlers) {
 
 void Application::end() {
     exporter_.cancel();
+    thumbnails_.hurry();
     if (recorder_.isTaking()) recorder_.stop();
     if (recorder_.state().phase == RecorderPhase::countdown) recorder_.cancel();
 }

@@ -5,6 +5,7 @@
 #include <Tavaro/Model/Project/OpenProjects.h>
 #include <Tavaro/Model/Project/ProjectCatalogue.h>
 #include <Tavaro/Model/Recording/RecordingController.h>
+#include <Tavaro/Model/Thumbnails/ThumbnailKeeper.h>
 
 #include <TavaroCapture/Sources/SourceList.h>
 #include <TavaroPlatform/Preferences/Preferences.h>
@@ -50,8 +51,9 @@ public:
     void record(RecordingRequest request, RecordingHandlers handlers = {});
 
     /// Whether something is under way that an ending application waits for.
-    bool isBusy() const { return !recorder_.isIdle() || exporter_.isExporting(); }
-    /// Begins to end: a take is saved, a countdown and an export are cancelled. It is done when nothing is busy.
+    bool isBusy() const { return !recorder_.isIdle() || exporter_.isExporting() || thumbnails_.isDrawing(); }
+    /// Begins to end: a take is saved, a countdown and an export are cancelled, thumbnails are drawn. It is done when
+    /// nothing is busy.
     void end();
 
 private:
@@ -64,6 +66,7 @@ private:
     RecordingController recorder_;
     ExportController exporter_;
     FrameDrawer frames_;
+    ThumbnailKeeper thumbnails_;
     SideQueue side_;
 };
 

@@ -61,6 +61,7 @@ void OpenProjects::opened(fs::path const& path, Outcome<ReadProject> const& read
         auto project = std::make_shared<OpenProject>(read.value());
         open_.insert_or_assign(path, project);
         keep(project);
+        if (onOpened_) onOpened_(project);
         return project;
     });
     for (auto const& answer : waiting.mapped()) answer(outcome);

@@ -9,6 +9,7 @@
 #include <map>
 #include <memory>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace tavaro {
@@ -23,6 +24,9 @@ public:
     static constexpr std::size_t kept = 3;
 
     explicit OpenProjects(MainQueue& queue) : side_(queue, "com.tavaro.projects") {}
+
+    /// `handler` hears of each project that is opened.
+    void onOpened(std::function<void(Opened const&)> handler) { onOpened_ = std::move(handler); }
 
     /// Of those that are open and still have their package; null when it is none of them.
     Opened find(UUID const& id);
@@ -40,6 +44,7 @@ private:
     std::map<std::filesystem::path, std::weak_ptr<OpenProject>> open_; // by the package's one true path
     std::map<std::filesystem::path, Answers> reading_;
     std::vector<Opened> kept_; // the one asked for last is first
+    std::function<void(Opened const&)> onOpened_;
     SideQueue side_;
 };
 
