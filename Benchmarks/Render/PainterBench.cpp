@@ -14,14 +14,11 @@
 
 #include <TavaroCore/Package/ProjectPackage.h>
 #include <TavaroCore/Project/DemoProject.h>
-#include <TavaroMedia/Frames/EncoderPicture.h>
-#include <TavaroMedia/Movie/JoinMovies.h>
-#include <TavaroMedia/Movie/MovieWriter.h>
 #include <TavaroRender/Painter/FramePainter.h>
 
 #include "../Core/HourTake.h"
+#include "HourMovie.h"
 #include "Measured.h"
-#include "ScreenScene.h"
 
 namespace tavaro {
 
@@ -33,25 +30,10 @@ constexpr Size2 size{1920, 1080};
 constexpr double moment = 1800; // seconds; in the middle of the hour
 constexpr int rounds = 15;
 
-/// One minute at few frames a second, joined with itself, for screen and camera alike.
+/// For screen and camera alike.
 void writeHour(ProjectPackage const& package) {
     package.createDirectories();
-    auto const minute = package.url() / "minute.mp4";
-    MovieWriter writer(minute, {.intent = MovieIntent::live,
-                                .width = static_cast<int>(size.width),
-                                .height = static_cast<int>(size.height),
-                                .fps = 5});
-    Image image(static_cast<int>(size.width), static_cast<int>(size.height));
-    for (int n = 0; n < 300; ++n) {
-        drawScreenScene(image, n * 12);
-        auto picture = writer.picture();
-        fillPicture(picture, image.view());
-        writer.append(std::move(picture), n / 5.0);
-    }
-    writer.finish();
-    std::vector<MoviePart> parts;
-    for (int i = 0; i < 60; ++i) parts.push_back({minute, i * 60.0});
-    joinMovies(parts, package.assetURL("screen.mp4"));
+    writeHourMovie(package.assetURL("screen.mp4"));
     fs::create_hard_link(package.assetURL("screen.mp4"), package.assetURL("camera.mp4"));
 }
 
