@@ -19,7 +19,12 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <charconv>
+#include <csignal>
 #include <optional>
+#include <string_view>
+#include <unistd.h>
 
 namespace tavaro::commands {
 
@@ -53,6 +58,7 @@ public:
     explicit Permission(ToolScript const& script) {
         if (!preferences_.get(agentsEnabled))
             throw Error("Agent control is off, and a script is played as an agent plays it: `tavaro mcp on`.");
+        forgetEnded();
         bool const clicks = std::ranges::any_of(
             script.steps, [](auto const& step) { return step.tool && MCPConsent::needsClicking(*step.tool); });
         consent_.allow(client_, clicks ? MCPConsent::Clicking::allowed : MCPConsent::Clicking::denied);
@@ -70,7 +76,19 @@ public:
     std::string const& client() const { return client_; }
 
 private:
-    std::string const client_ = fmt::format("tavaro play {}", UUID::random().text().substr(0, 8));
+    /// What players left behind that were killed.
+    void forgetEnded() {
+        for (auto const& client : consent_.clients()) {
+            if (!client.starts_with(namePrefix)) continue;
+            pid_t process = 0;
+            std::from_chars(client.data() + namePrefix.size(), client.data() + client.size(), process);
+            if (process > 0 && ::kill(process, 0) != 0 && errno == ESRCH) consent_.forget(client);
+        }
+    }
+
+    static constexpr std::string_view namePrefix = "tavaro play ";
+
+    std::string const client_ = fmt::format("{}{} {}", namePrefix, ::getpid(), UUID::random().text().substr(0, 8));
     Preferences preferences_;
     MCPConsent consent_{preferences_};
 };

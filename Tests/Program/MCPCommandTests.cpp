@@ -12,7 +12,6 @@
 #include <optional>
 
 using namespace tavaro;
-using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::Not;

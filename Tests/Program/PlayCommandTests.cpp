@@ -87,6 +87,18 @@ TEST_F(PlayCommand, aScriptThatFailsIsASentenceAndProgramsGetWhatEachStepGave) {
     EXPECT_EQ(good.error, "");
 }
 
+TEST_F(PlayCommand, whatAKilledPlayerMayStillDoIsTakenBackByTheNext) {
+    auto const application = serve();
+    Preferences preferences;
+    MCPConsent consent(preferences);
+    for (auto const* const name : {"tavaro play 999999999 AB", "tavaro play 1 AB", "tavaro player 999999999"})
+        consent.allow(name, MCPConsent::Clicking::allowed);
+    EXPECT_EQ(play(R"({"tool": "status"})").exitCode, 0);
+    std::vector<std::string> const left{"tavaro play 1 AB", "tavaro player 999999999"};
+    EXPECT_EQ(preferences.get(agentsAllowed), left);
+    EXPECT_EQ(preferences.get(agentsClicking), left);
+}
+
 TEST_F(PlayCommand, whatCannotWorkIsKnownBeforeAnythingIsPlayed) {
     write("taken.png", "");
     fs::create_directories(path("taken.recproj"));
