@@ -1,4 +1,7 @@
-// How the pointer, the wheel and the keyboard do on a virtual display, in programs of real toolkits.
+// How the pointer, the wheel and the keyboard do on a virtual display, in programs of real toolkits, and how fast these
+// tell what is in their windows.
+#include "ElementsBench.h"
+
 #include "../../Tests/Automation/SinkProgram.h"
 
 #include <TavaroAutomation/Errors/AutomationError.h>
@@ -160,4 +163,5 @@ int main() {
         measureStops(display.name());
     }
     for (auto const toolkit : allCases<SinkToolkit>()) measureToolkit(toolkit);
+    benchElements();
 }

@@ -1,7 +1,5 @@
 #include <Tavaro/Agents/Private/MCPToolHandler.h>
 
-#include <Tavaro/Agents/Private/UIArguments.h>
-
 #include <TavaroCore/Errors/Excerpt.h>
 #include <TavaroMCP/Protocol/ToolResult.h>
 
@@ -17,7 +15,8 @@ MCPToolHandler::MCPToolHandler(MainQueue& queue, Application& application, std::
     , version_(std::move(version))
     , recording_(application)
     , projects_(queue, application)
-    , films_(application) {}
+    , films_(application)
+    , others_(queue) {}
 
 MCPToolHandler::~MCPToolHandler() = default;
 
@@ -59,10 +58,13 @@ void MCPToolHandler::dispatch(RunningCall& call, MCPToolName tool) {
     case MCPToolName::renderFrame: return withProject(call, films_, &FilmTools::renderFrame);
     case MCPToolName::listExportPresets: return films_.listExportPresets(call);
     case MCPToolName::exportFilm: return withProject(call, films_, &FilmTools::exportFilm);
-    default: break;
+    case MCPToolName::uiOpenApp: return others_.openApp(call);
+    case MCPToolName::uiElements: return others_.elements(call);
+    case MCPToolName::uiClick: return others_.click(call);
+    case MCPToolName::uiScroll: return others_.scroll(call);
+    case MCPToolName::uiKeys: return others_.keys(call);
+    case MCPToolName::uiScreenshot: return others_.screenshot(call);
     }
-    expectUIArguments(tool, call.arguments());
-    throw MCPToolError(MCPErrorCode::failed, "This version of Tavaro cannot look at or control other applications.");
 }
 
 template<class Tools> void MCPToolHandler::withProject(RunningCall& call, Tools& tools, WithProject<Tools> work) {

@@ -30,6 +30,7 @@ MCPErrorCode codeOf(AutomationError const& error) {
     switch (error.kind) {
     case AutomationError::Kind::invalidRequest: return MCPErrorCode::invalidArguments;
     case AutomationError::Kind::noSuchProgram:
+    case AutomationError::Kind::noWindow:
     case AutomationError::Kind::noSuchElement: return MCPErrorCode::notFound;
     default: return MCPErrorCode::failed;
     }

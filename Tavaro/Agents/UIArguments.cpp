@@ -1,30 +1,18 @@
-#include <Tavaro/Agents/Private/UIArguments.h>
+#include <Tavaro/Agents/UIArguments.h>
+
+#include <Tavaro/Agents/Private/ToolArguments.h>
 
 #include <TavaroAutomation/Errors/AutomationError.h>
 #include <TavaroAutomation/Input/KeyCombo.h>
-#include <TavaroAutomation/Input/UIMouseButton.h>
-#include <TavaroAutomation/Values/UIRect.h>
 
-#include <initializer_list>
 #include <optional>
 
-namespace tavaro {
+namespace tavaro::uiArguments {
 
 namespace {
 
-void expectApp(ToolArguments const& arguments) {
-    auto const app = arguments.text("app");
-    if (!app || app->empty()) refuseArguments("app is required: its name, e.g. \"Mossfile\", or bundle id.");
-}
-
-void expectSeconds(ToolArguments const& arguments) {
-    arguments.number("glide", {0, 5});
-    arguments.number("hold", {0, 60});
-}
-
-void expectTexts(ToolArguments const& arguments, std::initializer_list<char const*> names) {
-    for (auto const* const name : names) arguments.text(name);
-}
+constexpr ArgumentLimits glideSeconds{0, 5};
+constexpr ArgumentLimits holdSeconds{0, 60};
 
 std::optional<UIPoint> point(ToolArguments const& arguments) {
     auto const x = arguments.number("x"), y = arguments.number("y");
@@ -32,60 +20,79 @@ std::optional<UIPoint> point(ToolArguments const& arguments) {
     return x ? std::optional(UIPoint{*x, *y}) : std::nullopt;
 }
 
-void expectClick(ToolArguments const& arguments) {
-    expectTexts(arguments, {"app", "title", "element", "role"});
-    bool const names = arguments.has("app") && (arguments.has("title") || arguments.has("element"));
-    if (!names && !arguments.has("x") && !arguments.has("y"))
-        refuseArguments("Say what to click: title (with app), element (with app), or x and y.");
-    arguments.oneOf<UIMouseButton>("button");
-    arguments.integer("count", {1, 3});
-    point(arguments);
-    expectSeconds(arguments);
+/// The point is read last.
+UITarget target(ToolArguments const& arguments) {
+    return {.app = arguments.text("app").value_or(""),
+            .title = arguments.text("title").value_or(""),
+            .role = arguments.text("role").value_or(""),
+            .element = arguments.text("element").value_or("")};
 }
 
-void expectScroll(ToolArguments const& arguments) {
-    expectTexts(arguments, {"app", "title", "element"});
-    constexpr ArgumentLimits pixels{-20000, 20000};
-    double const down = arguments.number("down", pixels).value_or(0);
-    double const right = arguments.number("right", pixels).value_or(0);
-    if (down == 0 && right == 0) refuseArguments("Give down and/or right, in pixels.");
-    point(arguments);
-    expectSeconds(arguments);
-}
-
-void expectShortcut(JSONValue const& key) try {
-    auto const* const shortcut = key.as<std::string>();
-    parseShortcut(shortcut ? *shortcut : "");
+std::string shortcut(JSONValue const& key) try {
+    auto const* const text = key.as<std::string>();
+    parseShortcut(text ? *text : "");
+    return *text;
 } catch (AutomationError const& error) {
     refuseArguments(error.what());
 }
 
-void expectKeys(ToolArguments const& arguments) {
-    auto const text = arguments.text("text");
+}
+
+std::string app(JSONValue::Object const& arguments) {
+    auto const app = ToolArguments(arguments).text("app");
+    if (!app || app->empty()) refuseArguments("app is required: its name, e.g. \"Mossfile\", or bundle id.");
+    return *app;
+}
+
+UIElementsRequest elements(JSONValue::Object const& given) {
+    ToolArguments const arguments(given);
+    UIElementsRequest request{.app = app(given), .query = arguments.text("query").value_or("")};
+    if (auto const limit = arguments.integer("limit", {1, 1000})) request.limit = static_cast<std::size_t>(*limit);
+    return request;
+}
+
+UIClickRequest click(JSONValue::Object const& given) {
+    ToolArguments const arguments(given);
+    UIClickRequest request{.target = target(arguments)};
+    if (!request.target.isElement() && !arguments.has("x") && !arguments.has("y"))
+        refuseArguments("Say what to click: title (with app), element (with app), or x and y.");
+    request.button = arguments.oneOf<UIMouseButton>("button").value_or(request.button);
+    request.count = static_cast<int>(arguments.integer("count", {1, 3}).value_or(request.count));
+    request.target.point = point(arguments);
+    request.glide = arguments.number("glide", glideSeconds).value_or(request.glide);
+    request.hold = arguments.number("hold", holdSeconds).value_or(request.hold);
+    return request;
+}
+
+UIScrollRequest scroll(JSONValue::Object const& given) {
+    ToolArguments const arguments(given);
+    constexpr ArgumentLimits pixels{-20000, 20000};
+    UIScrollRequest request{.target = target(arguments),
+                            .down = arguments.number("down", pixels).value_or(0),
+                            .right = arguments.number("right", pixels).value_or(0)};
+    if (request.down == 0 && request.right == 0) refuseArguments("Give down and/or right, in pixels.");
+    request.target.point = point(arguments);
+    request.glide = arguments.number("glide", glideSeconds).value_or(request.glide);
+    request.hold = arguments.number("hold", holdSeconds).value_or(request.hold);
+    return request;
+}
+
+UIKeysRequest keys(JSONValue::Object const& given) {
+    ToolArguments const arguments(given);
+    UIKeysRequest request{.text = arguments.text("text").value_or("")};
     auto const* const keys = arguments.has("keys") ? arguments.find("keys")->as<JSONValue::Array>() : nullptr;
     if (arguments.has("keys") && !keys) refuseArguments("keys must be a list of texts.");
-    if ((!text || text->empty()) && (!keys || keys->empty()))
-        refuseArguments("Give text to type and/or keys to press.");
-    for (auto const& key : keys ? *keys : JSONValue::Array{}) expectShortcut(key);
-    expectSeconds(arguments);
+    if (request.text.empty() && (!keys || keys->empty())) refuseArguments("Give text to type and/or keys to press.");
+    for (auto const& key : keys ? *keys : JSONValue::Array{}) request.keys.push_back(shortcut(key));
+    request.hold = arguments.number("hold", holdSeconds).value_or(request.hold);
+    return request;
 }
 
-}
-
-void expectUIArguments(MCPToolName tool, ToolArguments const& arguments) {
-    switch (tool) {
-    case MCPToolName::uiClick: return expectClick(arguments);
-    case MCPToolName::uiScroll: return expectScroll(arguments);
-    case MCPToolName::uiKeys: return expectKeys(arguments);
-    case MCPToolName::uiScreenshot:
-        expectTexts(arguments, {"app"});
-        arguments.integer("max_width", {200, 3840});
-        return;
-    default: break;
-    }
-    expectApp(arguments);
-    expectTexts(arguments, {"query"});
-    arguments.integer("limit", {1, 1000});
+UIScreenshotRequest screenshot(JSONValue::Object const& given) {
+    ToolArguments const arguments(given);
+    UIScreenshotRequest request{.app = arguments.text("app").value_or("")};
+    if (auto const side = arguments.integer("max_width", {200, 3840})) request.maxWidth = static_cast<int>(*side);
+    return request;
 }
 
 }

@@ -1,6 +1,8 @@
 #include <TavaroAutomation/Applications/Private/OpenWindows.h>
 
 #include <algorithm>
+#include <filesystem>
+#include <fstream>
 
 namespace tavaro::x11 {
 
@@ -31,6 +33,18 @@ std::string titleOf(Connection& connection, xcb_window_t window) {
     return title.empty() ? connection.text(window, "WM_NAME") : title;
 }
 
+/// Launchers leave the entry's name in the variables of what they start.
+std::string launchedAs(int pid) {
+    constexpr std::size_t most = 1U << 20;
+    constexpr std::string_view variable = "GIO_LAUNCHED_DESKTOP_FILE=";
+    std::ifstream file("/proc/" + std::to_string(pid) + "/environ", std::ios::binary);
+    std::string each;
+    for (std::size_t read = 0; read < most && std::getline(file, each, '\0'); read += each.size() + 1) {
+        if (each.starts_with(variable)) return std::filesystem::path(each.substr(variable.size())).stem().string();
+    }
+    return {};
+}
+
 bool isMinimized(Connection& connection, xcb_window_t window) {
     constexpr std::uint32_t iconic = 3;
     auto const state = connection.cardinals(window, "WM_STATE");
@@ -48,10 +62,11 @@ std::optional<OpenWindow> openWindow(Connection& connection, xcb_window_t topLev
     bool const isShown = about->map_state == XCB_MAP_STATE_VIEWABLE;
     bool const isIcon = isMinimized(connection, window);
     if ((!isShown && !isIcon) ||
-        hasType(connection, window, {"_NET_WM_WINDOW_TYPE_DESKTOP", "_NET_WM_WINDOW_TYPE_DOCK"}))
+        hasType(connection, window,
+                {"_NET_WM_WINDOW_TYPE_DESKTOP", "_NET_WM_WINDOW_TYPE_DOCK", "_NET_WM_WINDOW_TYPE_TOOLTIP"}))
         return std::nullopt;
     auto const pid = connection.cardinals(window, "_NET_WM_PID");
-    return OpenWindow{.window = window,
+    OpenWindow result{.window = window,
                       .topLevel = topLevel,
                       .pid = pid.empty() ? 0 : static_cast<int>(pid[0]),
                       .title = titleOf(connection, window),
@@ -62,9 +77,12 @@ std::optional<OpenWindow> openWindow(Connection& connection, xcb_window_t topLev
                       .frame = uiRect(*frame),
                       .isPopup = isPopup,
                       .isMinimized = isIcon,
-                      .isTransient =
-                          !connection.cardinals(window, "WM_TRANSIENT_FOR").empty() ||
-                          hasType(connection, window, {"_NET_WM_WINDOW_TYPE_DIALOG", "_NET_WM_WINDOW_TYPE_SPLASH"})};
+                      .isTransient = !connection.cardinals(window, "WM_TRANSIENT_FOR").empty() ||
+                                     hasType(connection, window, {"_NET_WM_WINDOW_TYPE_DIALOG"}),
+                      .isSplash = hasType(connection, window, {"_NET_WM_WINDOW_TYPE_SPLASH"})};
+    bool const isInstalled = result.application.bundleID != result.windowClass.name;
+    if (!isInstalled && result.pid != 0) result.launchedAs = launchedAs(result.pid);
+    return result;
 }
 
 std::vector<OpenWindow> openWindows(Connection& connection) {

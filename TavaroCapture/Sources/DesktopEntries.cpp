@@ -55,6 +55,13 @@ std::string idOf(std::filesystem::path const& file, std::filesystem::path const&
 
 constexpr std::size_t longestEntry = 1U << 20;
 
+/// What runs programs of others, in versions: "python3.11".
+bool isRunner(std::string_view program) {
+    constexpr std::array<std::string_view, 8> runners{"env",  "sh",   "bash",    "java",
+                                                      "perl", "snap", "flatpak", "gapplication"};
+    return program.starts_with("python") || std::ranges::find(runners, program) != runners.end();
+}
+
 }
 
 std::map<std::string, std::string> desktopEntryValues(std::string_view entry) {
@@ -94,14 +101,12 @@ std::optional<DesktopEntry> parseDesktopEntry(std::string_view entry, std::strin
 }
 
 std::string programNamed(std::string_view exec) {
-    constexpr std::array<std::string_view, 9> runners{"env",  "sh",      "bash", "python3",     "java",
-                                                      "perl", "flatpak", "snap", "gapplication"};
     exec = trimmed(exec);
     bool const isQuoted = exec.starts_with('"');
     if (isQuoted) exec.remove_prefix(1);
     auto const path = exec.substr(0, exec.find(isQuoted ? '"' : ' '));
     auto const name = path.substr(path.rfind('/') + 1);
-    return std::ranges::find(runners, name) == runners.end() ? std::string(name) : std::string();
+    return isRunner(name) ? std::string() : std::string(name);
 }
 
 DesktopEntries::DesktopEntries(std::vector<std::filesystem::path> const& folders) {

@@ -50,20 +50,23 @@ std::optional<std::filesystem::path> findProgram(std::string_view name) {
 }
 
 std::optional<DetachedProcess> DetachedProcess::start(std::vector<std::string> const& command,
-                                                      std::vector<std::string> const& more) {
+                                                      std::vector<std::string> const& more,
+                                                      std::filesystem::path const& folder) {
     ProgramStart program(ProgramStart::Group::session);
     program.openNothing(STDIN_FILENO, O_RDONLY);
     program.openNothing(STDOUT_FILENO, O_WRONLY);
     program.openNothing(STDERR_FILENO, O_WRONLY);
-    program.enter("/"); // the folder here may be removed under it
+    program.enter(folder.c_str());
     auto const process = program.start(command, environmentWith(more).data());
     return process ? std::optional(DetachedProcess(*process)) : std::nullopt;
 }
 
-bool DetachedProcess::hasFailed() {
+bool DetachedProcess::hasEnded() {
     int status = 0;
     if (!status_ && ::waitpid(process_, &status, WNOHANG) == process_) status_ = status;
-    return status_ && *status_ != 0;
+    return status_.has_value();
 }
+
+bool DetachedProcess::hasFailed() { return hasEnded() && *status_ != 0; }
 
 }

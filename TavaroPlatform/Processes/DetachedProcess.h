@@ -17,10 +17,14 @@ std::optional<std::filesystem::path> findProgram(std::string_view name);
 class DetachedProcess {
 public:
     /// The first word is the program's file. It has this program's variables and `more` ("NAME=value"), which go
-    /// before. None where it cannot be started.
+    /// before; it starts in `folder`, lest the folder here is removed under it. None where it cannot be started.
     static std::optional<DetachedProcess> start(std::vector<std::string> const& command,
-                                                std::vector<std::string> const& more = {});
+                                                std::vector<std::string> const& more = {},
+                                                std::filesystem::path const& folder = "/");
 
+    /// Its number, which is that of its session too: of all that it starts.
+    pid_t process() const { return process_; }
+    bool hasEnded();
     /// Whether it has ended, and not well.
     bool hasFailed();
 

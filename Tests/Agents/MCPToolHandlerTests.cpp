@@ -10,6 +10,7 @@
 
 #include <gmock/gmock.h>
 
+#include <chrono>
 #include <cstdlib>
 
 using namespace tavaro;
@@ -87,16 +88,26 @@ TEST_F(MCPToolHandlerTest, everyToolAnswersOnceWhateverItIsGiven) {
             EXPECT_THAT(answer, StartsWith("invalid_arguments: ")) << name;
         }
         if (name.starts_with("ui_")) {
-            EXPECT_TRUE(*result->find<bool>("isError")) << name;
+            EXPECT_EQ(*result->find<bool>("isError"), name != "ui_screenshot") << name << " without a word of what";
         }
         auto const given = R"({"app":"x","title":"x","down":1,"text":"x","project_id":"x","target":{"window":"x"},)"
                            R"("seconds":1,"time":1,"op":"cut","action":"transcribe","patch":{}})";
         if (needsSomething) {
-            EXPECT_TRUE(called(name, given).starts_with(name.starts_with("ui_") ? "failed: " : "not_found: ")) << name;
+            EXPECT_THAT(called(name, given), StartsWith("not_found: ")) << name;
         }
     }
     EXPECT_THAT(called("Status"), StartsWith("not_found: "));
     EXPECT_TRUE(application.recorder().isIdle());
+}
+
+TEST_F(MCPToolHandlerTest, whatNobodyWaitsForStopsInTheMiddle) {
+    ASSERT_THAT(called("ui_click", R"({"x":5,"y":5,"glide":0,"hold":0})"), StartsWith("Clicked 5, 5"));
+    auto const abandon = begin("ui_click", R"({"x":600,"y":400,"glide":5,"hold":60})");
+    auto const start = std::chrono::steady_clock::now();
+    abandon();
+    EXPECT_EQ(end(), "failed: The action was cancelled.");
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
+    EXPECT_THAT(called("ui_screenshot"), HasSubstr("To click a pixel (px, py): x = "));
 }
 
 TEST_F(MCPToolHandlerTest, aSessionFromTheSourcesToTheFilm) {

@@ -4,6 +4,7 @@
 #include <Tavaro/Agents/Private/ProjectTools.h>
 #include <Tavaro/Agents/Private/RecordingTools.h>
 #include <Tavaro/Agents/Private/RunningCall.h>
+#include <Tavaro/Agents/Private/UITools.h>
 #include <Tavaro/Model/Application/Application.h>
 
 #include <TavaroMCP/Catalogue/MCPToolName.h>
@@ -45,6 +46,7 @@ private:
     RecordingTools recording_;
     ProjectTools projects_;
     FilmTools films_;
+    UITools others_;
     std::set<std::shared_ptr<RunningCall>> running_;
 };
 

@@ -18,14 +18,16 @@ struct OpenWindow {
     WindowClass windowClass;
     ApplicationIdentity application; // as the desktop calls it
     std::string gtkApplicationID;    // what a GTK program calls itself: "org.gnome.TextEditor"
+    std::string launchedAs;          // the desktop id that its program was started by, where nothing else tells
     UIRect contents;                 // without the window manager's frame
     UIRect frame;                    // as people see the window
     bool isPopup = false;            // a menu, a list, a tooltip: the window manager leaves it alone
     bool isMinimized = false;
-    bool isTransient = false; // a dialog of another window, or a splash screen
+    bool isTransient = false; // a dialog of another window
+    bool isSplash = false;    // that a program shows while it starts
 };
 
-/// Frontmost first, popups too; without desktops and docks.
+/// Frontmost first, popups too; without desktops, docks and tooltips.
 std::vector<OpenWindow> openWindows(Connection& connection);
 /// Nothing when it is gone.
 std::optional<OpenWindow> openWindow(Connection& connection, xcb_window_t topLevel);

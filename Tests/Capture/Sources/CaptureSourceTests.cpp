@@ -57,6 +57,9 @@ TEST_F(InstalledApplications, ownAWindowWhoseClassIsNotTheirId) {
     EXPECT_EQ(owner({.windowClass = "KCalc"}), "org.sum.kcalc");
     EXPECT_EQ(owner({.windowClass = "tables"}), "office-calc");
     EXPECT_EQ(owner({.windowClass = "Text Writer"}), "org.text.Writer");
+    install("system", "python3.11", "Name=Python\nExec=/usr/bin/python3.11\n");
+    EXPECT_EQ(owner({.windowClass = "notes.py", .program = "python3.11"}), "")
+        << "it runs the program of somebody else";
     EXPECT_EQ(owner({.windowClass = "Soffice", .program = "office"}), "") << "two start that program";
 }
 

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <TavaroAutomation/Applications/Private/OpenWindows.h>
+#include <TavaroCapture/Sources/DesktopEntries.h>
+
+#include <optional>
+#include <string_view>
+#include <vector>
+
+namespace tavaro {
+
+/// The installed application that a person means: by its id with or without ".desktop", its name, also in another
+/// language, the class of its windows, the last part of its id, its program. Case does not count; what menus hide comes
+/// last.
+DesktopEntry const* entryNamed(DesktopEntries const& entries, std::string_view name);
+
+/// The windows of an application, frontmost first, with its popups. Of one that is not installed, those whose class or
+/// program has that name.
+std::vector<x11::OpenWindow> windowsOf(std::vector<x11::OpenWindow> const& all, DesktopEntry const* entry,
+                                       std::string_view name);
+/// The window in front that is not a popup or a splash screen; none where there is none.
+std::optional<x11::OpenWindow> frontWindow(std::vector<x11::OpenWindow> const& windows);
+
+}

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <TavaroAutomation/Applications/Private/OpenWindows.h>
+
+#include <chrono>
+#include <functional>
+#include <stop_token>
+
+/// What is asked of a window, and waited for.
+namespace tavaro::x11 {
+
+using Deadline = std::chrono::steady_clock::time_point;
+
+/// Throws `AutomationError` when stopped.
+void expectNotStopped(std::stop_token const& stop);
+/// Asks every few milliseconds. False when that is not so by the deadline. Throws `AutomationError` when stopped.
+bool waitUntil(Deadline deadline, std::stop_token const& stop, std::function<bool()> const& isSo);
+
+/// Brings the window to the front, also from an icon, and waits until it has the keyboard: keys that are sent before go
+/// elsewhere. False when it has not within a second.
+bool bringToFront(Connection& connection, OpenWindow const& window, std::stop_token const& stop);
+/// Waits until something is drawn in the window and no more than a caret changes, three seconds at most.
+void waitUntilPainted(Connection& connection, xcb_window_t window, std::stop_token const& stop);
+
+}

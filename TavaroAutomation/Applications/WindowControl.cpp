@@ -1,0 +1,125 @@
+#include <TavaroAutomation/Applications/Private/WindowControl.h>
+
+#include <TavaroAutomation/Errors/AutomationError.h>
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cstring>
+#include <set>
+#include <thread>
+
+namespace tavaro::x11 {
+
+namespace {
+
+using namespace std::chrono_literals;
+using Clock = std::chrono::steady_clock;
+
+/// A pager's request, since window managers refuse a program's own to keep focus from being stolen.
+void askToActivate(Connection& connection, xcb_window_t window) {
+    constexpr std::uint32_t pager = 2;
+    xcb_client_message_event_t event{};
+    event.response_type = XCB_CLIENT_MESSAGE;
+    event.format = 32;
+    event.window = window;
+    event.type = connection.atom("_NET_ACTIVE_WINDOW");
+    event.data.data32[0] = pager;
+    std::array<char, 32> bytes{};
+    static_assert(sizeof event == bytes.size());
+    std::memcpy(bytes.data(), &event, bytes.size());
+    xcb_send_event(connection.get(), 0, connection.root(),
+                   XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT, bytes.data());
+}
+
+bool hasWindowManager(Connection& connection) {
+    return !connection.cardinals(connection.root(), "_NET_SUPPORTING_WM_CHECK").empty();
+}
+
+void raise(Connection& connection, OpenWindow const& window) {
+    std::uint32_t const above = XCB_STACK_MODE_ABOVE;
+    xcb_configure_window(connection.get(), window.topLevel, XCB_CONFIG_WINDOW_STACK_MODE, &above);
+    xcb_set_input_focus(connection.get(), XCB_INPUT_FOCUS_PARENT, window.window, XCB_CURRENT_TIME);
+}
+
+/// The pixels of some of its rows; empty when it is gone or not shown.
+std::vector<std::uint32_t> sampled(Connection& connection, xcb_window_t window) {
+    constexpr int rows = 40;
+    auto const geometry = connection.ask<xcb_get_geometry, xcb_get_geometry_reply>(window);
+    std::vector<std::uint32_t> pixels;
+    if (!geometry) return pixels;
+    for (int row = 0; row < rows; ++row) {
+        auto const y = static_cast<std::int16_t>(geometry->height * (2 * row + 1) / (2 * rows));
+        auto const picture = connection.ask<xcb_get_image, xcb_get_image_reply>(std::uint8_t{XCB_IMAGE_FORMAT_Z_PIXMAP},
+                                                                                window, std::int16_t{0}, y,
+                                                                                geometry->width, std::uint16_t{1}, ~0U);
+        if (!picture) return {};
+        auto const old = pixels.size();
+        auto const size = static_cast<std::size_t>(xcb_get_image_data_length(picture.get()));
+        pixels.resize(old + size / sizeof(std::uint32_t));
+        std::memcpy(pixels.data() + old, xcb_get_image_data(picture.get()), size / 4 * 4);
+    }
+    return pixels;
+}
+
+std::size_t colorsIn(std::vector<std::uint32_t> const& pixels, std::size_t most) {
+    std::set<std::uint32_t> seen;
+    for (auto const pixel : pixels) {
+        if (seen.size() < most) seen.insert(pixel & 0xFFFFFFU);
+    }
+    return seen.size();
+}
+
+bool isMuchOther(std::vector<std::uint32_t> const& before, std::vector<std::uint32_t> const& now) {
+    if (before.size() != now.size()) return true;
+    std::size_t changed = 0;
+    for (std::size_t i = 0; i < now.size(); ++i) changed += before[i] != now[i] ? 1 : 0;
+    constexpr std::size_t caret = 20; // less than a twentieth of the window is no change
+    return changed * caret > now.size();
+}
+
+}
+
+void expectNotStopped(std::stop_token const& stop) {
+    if (stop.stop_requested()) throw AutomationError(AutomationError::Kind::cancelled, "The action was cancelled.");
+}
+
+bool waitUntil(Deadline deadline, std::stop_token const& stop, std::function<bool()> const& isSo) {
+    while (!isSo()) {
+        expectNotStopped(stop);
+        if (Clock::now() >= deadline) return false;
+        std::this_thread::sleep_for(5ms);
+    }
+    return true;
+}
+
+bool bringToFront(Connection& connection, OpenWindow const& window, std::stop_token const& stop) {
+    if (!hasWindowManager(connection))
+        raise(connection, window);
+    else
+        askToActivate(connection, window.window);
+    connection.synchronize();
+    return waitUntil(Clock::now() + 1s, stop, [&] {
+        auto const active = activeWindow(connection);
+        return active == window.window || active == window.topLevel;
+    });
+}
+
+void waitUntilPainted(Connection& connection, xcb_window_t window, std::stop_token const& stop) {
+    constexpr std::size_t many = 16; // colours: letters and icons are there
+    auto const latest = Clock::now() + 3s;
+    auto since = Clock::now();
+    auto before = sampled(connection, window);
+    while (Clock::now() < latest) {
+        std::this_thread::sleep_for(40ms);
+        expectNotStopped(stop);
+        auto now = sampled(connection, window);
+        if (isMuchOther(before, now)) since = Clock::now();
+        auto const colors = colorsIn(now, many);
+        auto const calm = Clock::now() - since;
+        if ((colors >= many && calm >= 200ms) || (colors > 1 && calm >= 700ms)) return;
+        before = std::move(now);
+    }
+}
+
+}

@@ -1,0 +1,139 @@
+#include <TavaroAutomation/Driving/Private/ApplicationElements.h>
+
+#include <TavaroAutomation/Applications/Private/WindowControl.h>
+#include <TavaroAutomation/Elements/Private/UIMatch.h>
+#include <TavaroAutomation/Errors/AutomationError.h>
+#include <TavaroCore/Errors/Excerpt.h>
+
+#include <algorithm>
+#include <fmt/format.h>
+#include <map>
+#include <set>
+
+namespace tavaro {
+
+namespace {
+
+using namespace std::chrono_literals;
+using Clock = std::chrono::steady_clock;
+using atspi::AccessibilityBus;
+using atspi::Address;
+
+constexpr auto longestWalk = 2s;
+constexpr auto longestAnswer = 500ms;
+
+std::set<int> processesOf(std::vector<x11::OpenWindow> const& windows) {
+    std::set<int> result;
+    for (auto const& window : windows) {
+        if (window.pid != 0) result.insert(window.pid);
+    }
+    return result;
+}
+
+std::vector<x11::OpenWindow> ofProcess(std::vector<x11::OpenWindow> const& windows, int process) {
+    std::vector<x11::OpenWindow> result;
+    std::ranges::copy_if(windows, std::back_inserter(result), [&](auto const& each) { return each.pid == process; });
+    return result;
+}
+
+}
+
+std::vector<UIElement> ApplicationListing::asElements() const {
+    std::vector<UIElement> result;
+    for (auto const& placed : elements) result.push_back(placed.element);
+    return result;
+}
+
+AccessibilityBus& ApplicationElements::bus() {
+    if (!bus_) bus_ = std::make_unique<AccessibilityBus>(display_);
+    return *bus_;
+}
+
+OpenApplication ApplicationElements::find(std::string const& app) {
+    auto const all = x11::openWindows(connection_);
+    auto const* const entry = entryNamed(DesktopEntries::installed(), app);
+    auto own = windowsOf(all, entry, app);
+    if (!frontWindow(own)) own = windowsOf(all, nullptr, app);
+    auto const name = entry ? entry->identity.name : excerpt(app);
+    if (auto const front = frontWindow(own))
+        return {.asked = app, .name = name, .windows = std::move(own), .front = *front};
+    if (auto found = findByOwnName(app, all)) return *found;
+    throw AutomationError(AutomationError::Kind::noWindow,
+                          fmt::format("{} shows no window. Open it with ui_open_app.", name));
+}
+
+/// What a program calls itself to those who ask for its widgets may be neither on its entry nor on its windows.
+std::optional<OpenApplication> ApplicationElements::findByOwnName(std::string const& app,
+                                                                  std::vector<x11::OpenWindow> const& windows) {
+    std::optional<int> found;
+    try {
+        auto& bus = this->bus();
+        auto const ask = [&](Address const& program) {
+            bus.name(program, [&, program](auto const& name) {
+                if (!name || name->size() != app.size() || !UIMatch::contains(*name, app)) return;
+                bus.processOf(program.bus, [&](auto const& process) { found = process; });
+            });
+        };
+        bus.programs([&](auto const& programs) {
+            for (auto const& program : programs.value_or(std::vector<Address>{})) ask(program);
+        });
+        bus.run(Clock::now() + longestAnswer);
+    } catch (AutomationError const&) {
+        return std::nullopt; // nobody tells of widgets, so nobody has a name of that kind
+    }
+    auto own = ofProcess(windows, found.value_or(0));
+    auto const front = frontWindow(own);
+    if (!found || !front) return std::nullopt;
+    return OpenApplication{.asked = app, .name = excerpt(app), .windows = std::move(own), .front = *front};
+}
+
+std::vector<Address> ApplicationElements::programsOf(OpenApplication const& application, std::stop_token const& stop,
+                                                     atspi::Deadline deadline) {
+    auto const processes = processesOf(application.windows);
+    std::vector<Address> result;
+    bus().programs([&](auto const& programs) {
+        for (auto const& program : programs.value_or(std::vector<Address>{})) {
+            bus().processOf(program.bus, [&, program](auto const& process) {
+                if (process && processes.contains(*process)) result.push_back(program);
+            });
+        }
+    });
+    bus().run(deadline, stop);
+    return result;
+}
+
+ApplicationListing ApplicationElements::list(OpenApplication const& application, std::stop_token const& stop) {
+    auto const deadline = Clock::now() + longestWalk;
+    ApplicationListing listing;
+    try {
+        for (auto const& program : programsOf(application, stop, deadline)) {
+            auto const tree = walkTree(bus(), program, deadline, stop);
+            auto placed = placedElements(tree, application.windows);
+            listing.isComplete = listing.isComplete && tree.isComplete;
+            listing.saysAnything = listing.saysAnything || !tree.nodes.empty();
+            std::ranges::move(placed, std::back_inserter(listing.elements));
+        }
+    } catch (AutomationError const&) {
+        bus_.reset(); // it may be another one the next time
+        throw;
+    }
+    x11::expectNotStopped(stop);
+    return listing;
+}
+
+std::optional<UIRect> ApplicationElements::placeOf(atspi::PlacedElement const& element, std::stop_token const& stop) {
+    std::optional<UIRect> result;
+    bool isGone = false;
+    auto const& address = element.address;
+    bus().states(address,
+                 [&](auto const& states) { isGone = !states || states->has(atspi::State::defunct) || isGone; });
+    bus().extents(address, [&](auto const& extents) {
+        if (extents && !extents->isEmpty()) result = element.placement.onScreen(*extents);
+    });
+    auto const outcome = bus().run(Clock::now() + longestAnswer, stop);
+    x11::expectNotStopped(stop);
+    if (outcome != AccessibilityBus::Outcome::allAnswered || isGone) return std::nullopt;
+    return result;
+}
+
+}

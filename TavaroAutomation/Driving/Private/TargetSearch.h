@@ -1,0 +1,53 @@
+#pragma once
+
+#include <TavaroAutomation/Driving/Private/ApplicationElements.h>
+#include <TavaroAutomation/Driving/UIRequests.h>
+
+#include <memory>
+#include <optional>
+#include <stop_token>
+#include <string>
+
+namespace tavaro {
+
+enum class Purpose { click, scroll };
+
+/// An element that the pointer can go to.
+struct FoundTarget {
+    OpenApplication application;
+    atspi::PlacedElement placed;
+
+    UIPoint point() const { return placed.shownPart.center(); }
+};
+
+/// Finds what agents and scripts name, in the shape in which it can be used. One thread.
+class TargetSearch {
+public:
+    TargetSearch(x11::Connection& connection, std::string const& display)
+        : connection_(connection)
+        , display_(display)
+        , applications_(connection, display) {}
+
+    OpenApplication application(std::string const& app) { return applications_.find(app); }
+    /// What is in the application's windows; asked again while a program that has just started says nothing.
+    UIElementListing list(std::string const& app, std::stop_token const& stop);
+    /// The element, with its window in front and no menu in the way. What is not there yet may come: a page's contents
+    /// are later than its window. Throws `AutomationError` with a sentence for what is not there, disabled or hidden.
+    FoundTarget find(UITarget const& target, Purpose purpose, std::stop_token const& stop);
+    /// Where to go for it now; nothing when it is gone.
+    std::optional<UIPoint> placeOf(FoundTarget const& target, std::stop_token const& stop);
+    /// Throws `AutomationError` where another application's window is at that point.
+    void expectOnTop(FoundTarget const& target, UIPoint const& point);
+
+private:
+    FoundTarget look(UITarget const& target, std::stop_token const& stop);
+    bool closeMenu(FoundTarget const& target, ApplicationListing const& listing, std::stop_token const& stop);
+    bool bringToFront(FoundTarget const& target, std::stop_token const& stop);
+
+    x11::Connection& connection_;
+    std::string const display_;
+    ApplicationElements applications_;
+    ApplicationListing listing_; // the last that was looked at
+};
+
+}

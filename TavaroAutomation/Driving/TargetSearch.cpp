@@ -1,0 +1,168 @@
+#include <TavaroAutomation/Driving/Private/TargetSearch.h>
+
+#include <TavaroAutomation/Applications/Private/WindowControl.h>
+#include <TavaroAutomation/Elements/Private/UIMatch.h>
+#include <TavaroAutomation/Errors/AutomationError.h>
+#include <TavaroAutomation/Input/Private/Typist.h>
+#include <TavaroCore/Errors/Excerpt.h>
+
+#include <algorithm>
+#include <chrono>
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+namespace tavaro {
+
+namespace {
+
+using namespace std::chrono_literals;
+using Clock = std::chrono::steady_clock;
+using atspi::PlacedElement;
+
+// How long after its window a program's widgets are there: a page's come 0.7 s later, a busy machine's more.
+constexpr auto patience = 2500ms;
+
+std::string inQuotes(std::string_view title) { return fmt::format("“{}”", excerpt(title)); }
+
+/// What a sentence calls an element.
+std::string nameOf(UIElement const& element) {
+    return element.title.empty() ? fmt::format("The {} {}", element.role, element.id) : inQuotes(element.title);
+}
+
+[[noreturn]] void fail(AutomationError::Kind kind, std::string const& sentence) {
+    throw AutomationError(kind, sentence);
+}
+
+/// Terminals, games; and programs that others started without asking them to.
+std::string saysNothing(OpenApplication const& application) {
+    return fmt::format("{} tells nothing of what is in its windows.", application.name);
+}
+
+[[noreturn]] void failMissing(UITarget const& target, OpenApplication const& application,
+                              ApplicationListing const& listing) {
+    if (!target.element.empty()) {
+        fail(AutomationError::Kind::noSuchElement,
+             fmt::format("{} has no element {} any more — the window changed. Call ui_elements again.",
+                         application.name, excerpt(target.element)));
+    }
+    auto sentence = fmt::format("Nothing titled {}{} is in {}.", inQuotes(target.title),
+                                target.role.empty() ? "" : " with the role " + excerpt(target.role), application.name);
+    std::vector<std::string> titles;
+    for (auto const& title : UIMatch::suggestions(listing.asElements(), {.title = target.title}))
+        titles.push_back(inQuotes(title));
+    if (!titles.empty()) sentence += fmt::format(" Titles there include {}.", fmt::join(titles, ", "));
+    if (!listing.saysAnything) sentence += " " + saysNothing(application);
+    if (!listing.isComplete) sentence += " It was too slow to tell of everything: try again.";
+    fail(AutomationError::Kind::noSuchElement,
+         sentence + " Custom-drawn areas aren't listed: use ui_screenshot and click by x and y.");
+}
+
+PlacedElement const* matching(UITarget const& target, ApplicationListing const& listing) {
+    auto const& all = listing.elements;
+    if (target.element.empty()) {
+        auto const place = UIMatch::find(listing.asElements(), {.title = target.title, .role = target.role});
+        return place ? &all[*place] : nullptr;
+    }
+    auto const found =
+        std::ranges::find_if(all, [&](PlacedElement const& each) { return each.element.id == target.element; });
+    return found == all.end() ? nullptr : &*found;
+}
+
+bool hasOpenMenu(ApplicationListing const& listing) {
+    return std::ranges::any_of(listing.elements, [](PlacedElement const& each) {
+        return each.isInPopup && each.element.isVisible && each.element.role == "MenuItem";
+    });
+}
+
+}
+
+UIElementListing TargetSearch::list(std::string const& app, std::stop_token const& stop) {
+    OpenApplication application;
+    x11::waitUntil(Clock::now() + patience, stop, [&] {
+        application = applications_.find(app);
+        listing_ = applications_.list(application, stop);
+        return !listing_.elements.empty() || !listing_.isComplete;
+    });
+    if (!listing_.saysAnything && listing_.isComplete)
+        fail(AutomationError::Kind::noElements, saysNothing(application) + " Use ui_screenshot and click by x and y.");
+    return {.elements = listing_.asElements(), .isComplete = listing_.isComplete};
+}
+
+FoundTarget TargetSearch::find(UITarget const& target, Purpose purpose, std::stop_token const& stop) {
+    auto found = look(target, stop);
+    // Each may change what shows, and where.
+    if (closeMenu(found, listing_, stop)) found = look(target, stop);
+    if (bringToFront(found, stop)) found = look(target, stop);
+    auto const& element = found.placed.element;
+    if (purpose == Purpose::scroll) return found;
+    if (!element.isEnabled) fail(AutomationError::Kind::disabled, nameOf(element) + " is disabled right now.");
+    if (!element.isVisible) {
+        fail(AutomationError::Kind::notShown,
+             nameOf(element) + " is out of view: scroll to it with ui_scroll, or close what covers it, then click.");
+    }
+    return found;
+}
+
+FoundTarget TargetSearch::look(UITarget const& target, std::stop_token const& stop) {
+    OpenApplication application;
+    PlacedElement const* found = nullptr;
+    x11::waitUntil(Clock::now() + patience, stop, [&] {
+        application = applications_.find(target.app);
+        listing_ = applications_.list(application, stop);
+        found = matching(target, listing_);
+        // An id is of a listing that was there; it does not come later.
+        bool const isLast = !target.element.empty() && listing_.isComplete;
+        return found || isLast;
+    });
+    if (!found) failMissing(target, application, listing_);
+    return {.application = std::move(application), .placed = *found};
+}
+
+/// A menu that is open takes every click beside it for itself, and one that is glided over opens by itself and is
+/// closed by the click.
+bool TargetSearch::closeMenu(FoundTarget const& target, ApplicationListing const& listing,
+                             std::stop_token const& stop) {
+    if (target.placed.isInPopup || !hasOpenMenu(listing)) return false;
+    constexpr int mostLevels = 4;
+    Typist typist(display_);
+    for (int level = 0; level < mostLevels; ++level) {
+        typist.press(parseShortcut("esc"), stop);
+        bool const isClosed = x11::waitUntil(Clock::now() + 150ms, stop, [&] {
+            auto const windows = applications_.find(target.application.asked).windows;
+            return std::ranges::none_of(windows, &x11::OpenWindow::isPopup);
+        });
+        if (isClosed) break;
+    }
+    return true;
+}
+
+bool TargetSearch::bringToFront(FoundTarget const& target, std::stop_token const& stop) {
+    // To make a window active that has a menu open closes the menu.
+    if (target.placed.isInPopup || x11::activeWindow(connection_) == target.placed.window) return false;
+    auto const& windows = target.application.windows;
+    auto const window = std::ranges::find(windows, target.placed.window, &x11::OpenWindow::window);
+    return window != windows.end() && x11::bringToFront(connection_, *window, stop);
+}
+
+std::optional<UIPoint> TargetSearch::placeOf(FoundTarget const& target, std::stop_token const& stop) {
+    auto const point = target.point();
+    if (!target.placed.element.isVisible) return point; // what scrolls it stays where it is
+    auto const frame = applications_.placeOf(target.placed, stop);
+    if (!frame) return std::nullopt;
+    auto const& before = target.placed.element.frame;
+    return UIPoint{frame->x + point.x - before.x, frame->y + point.y - before.y};
+}
+
+void TargetSearch::expectOnTop(FoundTarget const& target, UIPoint const& point) {
+    for (auto const& window : x11::openWindows(connection_)) {
+        if (window.isMinimized || !window.frame.contains(point)) continue;
+        bool const isOwn = std::ranges::any_of(target.application.windows, [&](auto const& own) {
+            return own.window == window.window || (own.pid != 0 && own.pid == window.pid);
+        });
+        if (isOwn) return;
+        fail(AutomationError::Kind::notShown,
+             fmt::format("{} is covered by a window of {}.", nameOf(target.placed.element), window.application.name));
+    }
+}
+
+}

@@ -1,0 +1,346 @@
+#include <TavaroAutomation/Elements/Private/AccessibilityBus.h>
+
+#include <TavaroAutomation/Errors/AutomationError.h>
+#include <TavaroCapture/Sources/CaptureError.h>
+#include <TavaroCapture/X11/Connection.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <cstring>
+#include <deque>
+#include <fmt/format.h>
+#include <systemd/sd-bus.h>
+#include <utility>
+
+namespace tavaro::atspi {
+
+namespace {
+
+constexpr char const* accessible = "org.a11y.atspi.Accessible";
+constexpr char const* component = "org.a11y.atspi.Component";
+constexpr char const* application = "org.a11y.atspi.Application";
+constexpr char const* properties = "org.freedesktop.DBus.Properties";
+constexpr char const* rootPath = "/org/a11y/atspi/accessible/root";
+
+struct CloseBus {
+    void operator()(sd_bus* bus) const { sd_bus_close_unref(bus); }
+};
+using Bus = std::unique_ptr<sd_bus, CloseBus>;
+struct FreeMessage {
+    void operator()(sd_bus_message* message) const { sd_bus_message_unref(message); }
+};
+using Message = std::unique_ptr<sd_bus_message, FreeMessage>;
+
+using Microseconds = std::chrono::duration<std::uint64_t, std::micro>;
+// Longer than a loaded machine takes to start a bus, short enough for who waits.
+constexpr Microseconds connecting = std::chrono::seconds(2);
+
+[[noreturn]] void failToConnect(std::string const& reason) {
+    throw AutomationError(
+        AutomationError::Kind::noElements,
+        fmt::format("Applications cannot be asked for what is in their windows: {} Use ui_screenshot and click by x "
+                    "and y, or start the desktop with a D-Bus session and at-spi2-core installed.",
+                    reason));
+}
+
+std::string errorText(int code) { return std::strerror(-code); }
+
+Bus opened(std::string const& address) {
+    sd_bus* raw = nullptr;
+    sd_bus_new(&raw);
+    Bus bus(raw);
+    sd_bus_set_address(raw, address.c_str());
+    sd_bus_set_bus_client(raw, 1);
+    sd_bus_set_method_call_timeout(raw, connecting.count());
+    if (int const code = sd_bus_start(raw); code < 0)
+        failToConnect(fmt::format("the accessibility bus does not answer ({}).", errorText(code)));
+    return bus;
+}
+
+/// Starts the accessibility bus where it is not running yet.
+std::string addressFromSession() {
+    sd_bus* raw = nullptr;
+    if (sd_bus_open_user(&raw) < 0) return {};
+    Bus const session(raw);
+    sd_bus_set_method_call_timeout(raw, connecting.count());
+    sd_bus_message* answer = nullptr;
+    char const* address = "";
+    if (sd_bus_call_method(raw, "org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress", nullptr, &answer, "") <
+        0)
+        return {};
+    Message const owner(answer);
+    return sd_bus_message_read(answer, "s", &address) < 0 ? std::string() : address;
+}
+
+std::string addressFromDisplay(std::string const& display) {
+    try {
+        x11::Connection connection(display);
+        return connection.text(connection.root(), "AT_SPI_BUS");
+    } catch (CaptureError const&) {
+        return {};
+    }
+}
+
+std::string busAddress(std::string const& display) {
+    auto address = addressFromSession();
+    if (address.empty()) address = addressFromDisplay(display);
+    if (address.empty()) failToConnect("there is no accessibility bus.");
+    return address;
+}
+
+std::optional<std::string> readText(sd_bus_message* answer) {
+    char const* text = nullptr;
+    if (sd_bus_message_read(answer, "v", "s", &text) < 0) return std::nullopt;
+    // A title of megabytes is an attack or a fault; nobody reads more than a line of it.
+    constexpr std::size_t most = 1U << 14;
+    return std::string(text, ::strnlen(text, most));
+}
+
+std::optional<Address> readAddress(sd_bus_message* answer) {
+    char const *bus = nullptr, *path = nullptr;
+    if (sd_bus_message_read(answer, "(so)", &bus, &path) <= 0) return std::nullopt;
+    return Address{bus, path};
+}
+
+std::vector<Address> readAddresses(sd_bus_message* answer) {
+    std::vector<Address> result;
+    if (sd_bus_message_enter_container(answer, 'a', "(so)") < 0) return result;
+    while (auto address = readAddress(answer)) {
+        if (!address->isNull()) result.push_back(std::move(*address));
+    }
+    sd_bus_message_exit_container(answer);
+    return result;
+}
+
+std::optional<States> readStates(sd_bus_message* answer) {
+    void const* bytes = nullptr;
+    std::size_t size = 0;
+    if (sd_bus_message_read_array(answer, 'u', &bytes, &size) < 0) return std::nullopt;
+    std::array<std::uint32_t, 2> words{};
+    if (size > 0) std::memcpy(words.data(), bytes, std::min(size, sizeof words));
+    return States(std::uint64_t{words[1]} << 32U | words[0]);
+}
+
+std::vector<Address> readLabels(sd_bus_message* answer) {
+    constexpr std::uint32_t labelledBy = 2;
+    std::vector<Address> result;
+    if (sd_bus_message_enter_container(answer, 'a', "(ua(so))") < 0) return result;
+    while (sd_bus_message_enter_container(answer, 'r', "ua(so)") > 0) {
+        std::uint32_t relation = 0;
+        sd_bus_message_read(answer, "u", &relation);
+        auto targets = readAddresses(answer);
+        if (relation == labelledBy) result = std::move(targets);
+        sd_bus_message_exit_container(answer);
+    }
+    return result;
+}
+
+std::map<std::string, std::string> readAttributes(sd_bus_message* answer) {
+    std::map<std::string, std::string> result;
+    if (sd_bus_message_enter_container(answer, 'a', "{ss}") < 0) return result;
+    char const *key = nullptr, *value = nullptr;
+    while (sd_bus_message_read(answer, "{ss}", &key, &value) > 0) result.emplace(key, value);
+    return result;
+}
+
+}
+
+struct AccessibilityBus::State {
+    using Answered = std::function<void(sd_bus_message*)>; // nothing for a failure
+    struct Question {
+        Message message;
+        Answered answered;
+        State* state;
+    };
+
+    explicit State(std::string const& busAddress) : address(busAddress), bus(opened(address)) {}
+
+    Message call(Address const& of, char const* interface, char const* member) {
+        sd_bus_message* message = nullptr;
+        if (sd_bus_message_new_method_call(bus.get(), &message, of.bus.c_str(), of.path.c_str(), interface, member) < 0)
+            return nullptr; // a program that gives a name that cannot be one
+        return Message(message);
+    }
+
+    void ask(Message message, Answered answered) {
+        if (!message) return answered(nullptr);
+        waiting.push_back(std::make_unique<Question>(Question{std::move(message), std::move(answered), this}));
+    }
+
+    void askProperty(Address const& of, char const* interface, char const* property, Answered answered) {
+        auto message = call(of, properties, "Get");
+        if (message) sd_bus_message_append(message.get(), "ss", interface, property);
+        ask(std::move(message), std::move(answered));
+    }
+
+    void send(Deadline deadline) {
+        // Programs answer one after the other; this keeps them from waiting for us.
+        constexpr std::size_t mostUnderWay = 64;
+        while (!waiting.empty() && underWay < mostUnderWay) {
+            auto question = std::move(waiting.front());
+            waiting.pop_front();
+            ++asked;
+            auto const left = std::chrono::duration_cast<Microseconds>(deadline - std::chrono::steady_clock::now());
+            auto* const raw = question.get();
+            open.emplace(raw, std::move(question));
+            ++underWay;
+            if (sd_bus_call_async(bus.get(), nullptr, raw->message.get(), onAnswer, raw,
+                                  std::max<std::uint64_t>(left.count(), 1)) < 0)
+                finish(raw, nullptr);
+        }
+    }
+
+    static int onAnswer(sd_bus_message* answer, void* data, sd_bus_error* /*error*/) {
+        auto* const question = static_cast<Question*>(data);
+        bool const isFailure = sd_bus_message_is_method_error(answer, nullptr) != 0;
+        question->state->finish(question, isFailure ? nullptr : answer);
+        return 0;
+    }
+
+    void finish(Question* question, sd_bus_message* answer) {
+        --underWay;
+        auto const kept = open.extract(question); // answering may ask more
+        question->answered(answer);
+    }
+
+    /// Answers that come later find nobody.
+    void dropAll() {
+        waiting.clear();
+        bus.reset();
+        open.clear();
+        underWay = 0;
+        bus = opened(address);
+    }
+
+    std::string address;
+    Bus bus;
+    std::deque<std::unique_ptr<Question>> waiting;
+    std::map<Question*, std::unique_ptr<Question>> open;
+    std::size_t underWay = 0;
+    std::size_t asked = 0;
+};
+
+AccessibilityBus::AccessibilityBus(std::string const& display) : AccessibilityBus(KnownAddress{busAddress(display)}) {}
+AccessibilityBus::AccessibilityBus(KnownAddress const& known) : state_(std::make_unique<State>(known.address)) {}
+AccessibilityBus::~AccessibilityBus() = default;
+
+namespace {
+
+/// Reads an answer by `read`, or says that there is none.
+template<class T, class Read> auto reading(AccessibilityBus::Then<T> then, Read read) {
+    return [then = std::move(then), read](sd_bus_message* answer) {
+        then(answer ? std::optional<T>(read(answer)) : std::nullopt);
+    };
+}
+
+}
+
+void AccessibilityBus::states(Address const& of, Then<States> then) {
+    state_->ask(state_->call(of, accessible, "GetState"),
+                [then = std::move(then)](auto* answer) { then(answer ? readStates(answer) : std::nullopt); });
+}
+
+void AccessibilityBus::role(Address const& of, Then<Role> then) {
+    state_->ask(state_->call(of, accessible, "GetRole"), reading<Role>(std::move(then), [](auto* answer) {
+                    std::uint32_t role = 0;
+                    sd_bus_message_read(answer, "u", &role);
+                    return Role{role};
+                }));
+}
+
+void AccessibilityBus::name(Address const& of, Then<std::string> then) {
+    state_->askProperty(of, accessible, "Name",
+                        [then = std::move(then)](auto* answer) { then(answer ? readText(answer) : std::nullopt); });
+}
+
+void AccessibilityBus::description(Address const& of, Then<std::string> then) {
+    state_->askProperty(of, accessible, "Description",
+                        [then = std::move(then)](auto* answer) { then(answer ? readText(answer) : std::nullopt); });
+}
+
+void AccessibilityBus::toolkitName(Address const& of, Then<std::string> then) {
+    state_->askProperty(of, application, "ToolkitName",
+                        [then = std::move(then)](auto* answer) { then(answer ? readText(answer) : std::nullopt); });
+}
+
+void AccessibilityBus::childCount(Address const& of, Then<int> then) {
+    state_->askProperty(of, accessible, "ChildCount", reading<int>(std::move(then), [](auto* answer) {
+                            std::int32_t count = 0;
+                            sd_bus_message_read(answer, "v", "i", &count);
+                            return count;
+                        }));
+}
+
+void AccessibilityBus::children(Address const& of, Then<std::vector<Address>> then) {
+    state_->ask(state_->call(of, accessible, "GetChildren"),
+                reading<std::vector<Address>>(std::move(then), readAddresses));
+}
+
+void AccessibilityBus::extents(Address const& of, Then<Extents> then) {
+    auto message = state_->call(of, component, "GetExtents");
+    if (message) sd_bus_message_append(message.get(), "u", 0U); // of the screen, as far as the toolkit knows it
+    state_->ask(std::move(message), reading<Extents>(std::move(then), [](auto* answer) {
+                    Extents extents;
+                    sd_bus_message_read(answer, "(iiii)", &extents.x, &extents.y, &extents.width, &extents.height);
+                    return extents;
+                }));
+}
+
+void AccessibilityBus::atPoint(Address const& of, int x, int y, Then<Address> then) {
+    auto message = state_->call(of, component, "GetAccessibleAtPoint");
+    if (message) sd_bus_message_append(message.get(), "iiu", x, y, 0U);
+    state_->ask(std::move(message), [then = std::move(then)](auto* answer) {
+        auto found = answer ? readAddress(answer) : std::nullopt;
+        then(found && !found->isNull() ? std::move(found) : std::nullopt);
+    });
+}
+
+void AccessibilityBus::labels(Address const& of, Then<std::vector<Address>> then) {
+    state_->ask(state_->call(of, accessible, "GetRelationSet"),
+                reading<std::vector<Address>>(std::move(then), readLabels));
+}
+
+void AccessibilityBus::attributes(Address const& of, Then<std::map<std::string, std::string>> then) {
+    state_->ask(state_->call(of, accessible, "GetAttributes"),
+                reading<std::map<std::string, std::string>>(std::move(then), readAttributes));
+}
+
+void AccessibilityBus::processOf(std::string const& bus, Then<int> then) {
+    auto message = state_->call({"org.freedesktop.DBus", "/org/freedesktop/DBus"}, "org.freedesktop.DBus",
+                                "GetConnectionUnixProcessID");
+    if (message) sd_bus_message_append(message.get(), "s", bus.c_str());
+    state_->ask(std::move(message), reading<int>(std::move(then), [](auto* answer) {
+                    std::uint32_t process = 0;
+                    sd_bus_message_read(answer, "u", &process);
+                    return static_cast<int>(process);
+                }));
+}
+
+void AccessibilityBus::programs(Then<std::vector<Address>> then) {
+    children({"org.a11y.atspi.Registry", rootPath}, std::move(then));
+}
+
+AccessibilityBus::Outcome AccessibilityBus::run(Deadline deadline, std::stop_token const& stop) {
+    constexpr Microseconds glance = std::chrono::milliseconds(20); // how soon a stop is seen
+    while (true) {
+        state_->send(deadline);
+        if (state_->underWay == 0 && state_->waiting.empty()) {
+            // A bus that goes away answers all that is open by a failure.
+            if (sd_bus_is_open(state_->bus.get()) <= 0) failToConnect("the accessibility bus went away.");
+            return Outcome::allAnswered;
+        }
+        bool const isStopped = stop.stop_requested();
+        if (isStopped || std::chrono::steady_clock::now() >= deadline) {
+            state_->dropAll();
+            return isStopped ? Outcome::stopped : Outcome::late;
+        }
+        int const code = sd_bus_process(state_->bus.get(), nullptr);
+        if (code < 0) failToConnect(fmt::format("the accessibility bus went away ({}).", errorText(code)));
+        if (code == 0) sd_bus_wait(state_->bus.get(), glance.count());
+    }
+}
+
+std::size_t AccessibilityBus::asked() const { return state_->asked; }
+
+}

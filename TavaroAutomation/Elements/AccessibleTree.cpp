@@ -1,0 +1,292 @@
+#include <TavaroAutomation/Elements/Private/AccessibleTree.h>
+
+#include <TavaroAutomation/Elements/Private/ElementRole.h>
+#include <TavaroAutomation/Elements/Private/ElementTitle.h>
+
+#include <algorithm>
+#include <deque>
+#include <memory>
+#include <set>
+#include <utility>
+
+namespace tavaro::atspi {
+
+namespace {
+
+// Programs make an object of each child that is asked for, so that thousands take them seconds.
+constexpr int mostChildren = 500;
+constexpr int mostDepth = 80;
+constexpr std::size_t mostNodes = 20'000;
+
+Toolkit toolkitNamed(std::string const& name) {
+    if (name == "gtk") return Toolkit::gtk3;
+    if (name == "GTK") return Toolkit::gtk4;
+    if (name == "Qt") return Toolkit::qt;
+    if (name == "Chromium") return Toolkit::chromium;
+    return name == "Gecko" ? Toolkit::gecko : Toolkit::other;
+}
+
+class TreeWalk {
+public:
+    TreeWalk(AccessibilityBus& bus, Deadline deadline, std::stop_token stop)
+        : bus_(bus)
+        , deadline_(deadline)
+        , stop_(std::move(stop)) {}
+
+    AccessibleTree run(Address const& program) {
+        bus_.toolkitName(program, [this](auto const& name) { toolkit_ = toolkitNamed(name.value_or("")); });
+        isComplete_ = hasAnswered();
+        bus_.children(program, [this](auto const& windows) {
+            if (!windows) isComplete_ = false;
+            for (auto const& window : windows.value_or(std::vector<Address>{})) visit(window, -1);
+        });
+        do isComplete_ = isComplete_ && hasAnswered();
+        while (isComplete_ && sampleCrowds());
+        if (isComplete_) findTitles();
+        isComplete_ = isComplete_ && hasAnswered();
+        return collected();
+    }
+
+private:
+    // The best first.
+    enum class TitleSource { label, description, placeholder };
+
+    struct Visit {
+        AccessibleNode node;
+        int depth = 0;
+        bool isKept = false;
+        bool isPlaced = false; // its place is known
+        int childCount = -1;
+        std::optional<TitleSource> titleSource;
+    };
+
+    bool hasAnswered() { return bus_.run(deadline_, stop_) == AccessibilityBus::Outcome::allAnswered; }
+
+    void visit(Address const& address, int parent) {
+        int const depth = parent < 0 ? 0 : visits_[parent].depth + 1;
+        // An object that is its own descendant would never end.
+        if (depth > mostDepth || visits_.size() >= mostNodes || !seen_.insert(address).second) return;
+        int const index = static_cast<int>(visits_.size());
+        visits_.push_back({.node = {.address = address, .parent = parent}, .depth = depth});
+        bus_.states(address, [this, index](auto const& states) {
+            if (states) visits_[index].node.states = *states;
+        });
+        bus_.role(address, [this, index](auto const& role) {
+            if (role) visits_[index].node.role = *role;
+            if (role) described(index);
+        });
+    }
+
+    bool mayShow(Visit const& visit) const {
+        auto const& states = visit.node.states;
+        if (states.has(State::defunct)) return false;
+        if (visit.depth == 0) return true; // a window that was minimised shows as soon as it is raised
+        // GTK 4 says of nothing but windows that it shows.
+        if (toolkit_ == Toolkit::gtk4) return states.has(State::visible);
+        return states.has(State::showing);
+    }
+
+    /// Laid out but not shown: something to click, or a label in such.
+    bool mayBeScrolledAway(Visit const& visit) const {
+        if (!visit.node.states.has(State::visible) || isOfMenu(visit.node.role)) return false;
+        bool const isIn = visit.node.parent >= 0 && visits_[visit.node.parent].node.isScrolledAway;
+        return isIn ? isLabel(visit.node.role) : isClickable(visit.node.role);
+    }
+
+    /// A program answers in order, so the states are there when the role is.
+    void described(int index) {
+        auto& visit = visits_[index];
+        auto const& address = visit.node.address;
+        bool const isShown = mayShow(visit);
+        visit.node.isScrolledAway = !isShown && mayBeScrolledAway(visit);
+        visit.isKept = isShown || visit.node.isScrolledAway;
+        if (!visit.isKept) return;
+        if (visit.depth == 0 || isClickable(visit.node.role) || isLabel(visit.node.role))
+            bus_.name(address, [this, index](auto const& name) { visits_[index].node.name = name.value_or(""); });
+        bus_.childCount(address, [this, index](auto const& count) { visits_[index].childCount = count.value_or(0); });
+        bus_.extents(address, [this, index](auto const& extents) {
+            if (extents) placed(index, *extents);
+        });
+    }
+
+    void placed(int index, Extents const& extents) {
+        auto& visit = visits_[index];
+        visit.node.extents = extents;
+        visit.isPlaced = true;
+        // GTK 4 gives what is closed no size; other programs have containers of no size with contents.
+        if (extents.isEmpty() && toolkit_ == Toolkit::gtk4 && visit.depth > 0) visit.isKept = false;
+        if (!visit.isKept || visit.childCount <= 0 || !descends(visit)) return;
+        if (visit.childCount > mostChildren) return crowds_.push_back({.index = index});
+        bus_.children(visit.node.address, [this, index](auto const& children) {
+            for (auto const& child : children.value_or(std::vector<Address>{})) this->visit(child, index);
+        });
+    }
+
+    /// Of what has a title and holds nothing to click, the parts are of no interest.
+    bool descends(Visit const& visit) const {
+        if (visit.node.isScrolledAway) return visit.node.name.empty() && !isLabel(visit.node.role);
+        switch (visit.node.role) {
+        case Role::passwordText:
+        case Role::slider:
+        case Role::scrollBar:
+        case Role::entry:
+        case Role::text: return false;
+        case Role::checkBox:
+        case Role::radioButton:
+        case Role::link: return visit.node.name.empty();
+        case Role::pushButton:
+        case Role::toggleButton:
+            // A menu button of GTK 4 is a button around the one that takes the clicks, and around its menu.
+            return visit.node.name.empty() || (toolkit_ == Toolkit::gtk4 && !visit.node.states.has(State::focusable));
+        default: return true;
+        }
+    }
+
+    // What has more children than it may be asked for: a coarse grid of points finds how large they are, a fine one
+    // all.
+
+    struct Crowd {
+        int index = 0;
+        bool isMeasured = false;
+    };
+
+    /// Asks for more; false when there is nothing left to ask.
+    bool sampleCrowds() {
+        auto const crowds = std::exchange(crowds_, {});
+        for (auto const& crowd : crowds) {
+            auto const area = shownPart(crowd.index);
+            if (area.isEmpty()) continue;
+            if (crowd.isMeasured)
+                sampleFinely(crowd.index, area);
+            else
+                sampleCoarsely(crowd.index, area);
+        }
+        return !crowds.empty();
+    }
+
+    void sampleCoarsely(int index, Extents const& area) {
+        constexpr int cells = 12;
+        sample(index, area, std::max(area.width / cells, 4), std::max(area.height / cells, 4));
+        crowds_.push_back({.index = index, .isMeasured = true});
+    }
+
+    void sampleFinely(int index, Extents const& area) {
+        constexpr int smallest = 8; // nobody clicks on less
+        constexpr std::int64_t mostPoints = 4000;
+        int across = area.width, down = area.height;
+        for (auto const& visit : visits_) {
+            if (visit.node.parent != index || !visit.isPlaced || visit.node.extents.isEmpty()) continue;
+            across = std::min(across, visit.node.extents.width);
+            down = std::min(down, visit.node.extents.height);
+        }
+        across = std::max(across, smallest);
+        down = std::max(down, smallest);
+        while (std::int64_t{area.width / across + 1} * (area.height / down + 1) > mostPoints) ++down;
+        sample(index, area, across, down);
+    }
+
+    void sample(int index, Extents const& area, int across, int down) {
+        auto const address = visits_[index].node.address;
+        for (int y = area.y + down / 2; y < area.y + area.height; y += down) {
+            for (int x = area.x + across / 2; x < area.x + area.width; x += across) {
+                bus_.atPoint(address, x, y, [this, index](auto const& found) {
+                    if (found) visit(*found, index);
+                });
+            }
+        }
+    }
+
+    // Titles
+
+    /// What has no name of its own may have labels in it or beside it, a description, or a text that it shows while it
+    /// is empty. What was typed into it is not asked for.
+    void findTitles() {
+        for (std::size_t index = 0; index < visits_.size(); ++index) {
+            auto& visit = visits_[index];
+            if (!visit.isKept || !isClickable(visit.node.role)) continue;
+            visit.node.name = readableTitle(visit.node.name, toolkit_);
+            if (visit.node.name.empty()) askForTitle(index);
+            if (isField(visit.node.role) && visit.node.role != Role::passwordText) askWhetherSearch(index);
+        }
+    }
+
+    void askForTitle(std::size_t index) {
+        auto const address = visits_[index].node.address;
+        bus_.labels(address, [this, index](auto const& labels) {
+            for (auto const& label : labels.value_or(std::vector<Address>{})) {
+                bus_.name(label, [this, index](auto const& name) { offer(index, TitleSource::label, name); });
+            }
+        });
+        bus_.description(address, [this, index](auto const& text) { offer(index, TitleSource::description, text); });
+        bus_.attributes(address, [this, index](auto const& attributes) {
+            if (attributes && attributes->contains("placeholder-text"))
+                offer(index, TitleSource::placeholder, attributes->at("placeholder-text"));
+        });
+    }
+
+    void askWhetherSearch(std::size_t index) {
+        if (toolkit_ != Toolkit::chromium && toolkit_ != Toolkit::gecko) return;
+        bus_.attributes(visits_[index].node.address, [this, index](auto const& attributes) {
+            if (attributes && attributes->contains("text-input-type"))
+                visits_[index].node.isSearch = attributes->at("text-input-type") == "search";
+        });
+    }
+
+    /// The better source wins, whenever it answers.
+    void offer(std::size_t index, TitleSource source, std::optional<std::string> const& text) {
+        auto& visit = visits_[index];
+        auto readable = readableTitle(text.value_or(""), toolkit_);
+        if (readable.empty() || (visit.titleSource && *visit.titleSource <= source)) return;
+        visit.node.title = std::move(readable);
+        visit.titleSource = source;
+    }
+
+    AccessibleTree collected() {
+        AccessibleTree tree{.toolkit = toolkit_, .isComplete = isComplete_};
+        std::vector<int> places(visits_.size(), -1);
+        for (std::size_t index = 0; index < visits_.size(); ++index) {
+            auto& visit = visits_[index];
+            int const parent = visit.node.parent < 0 ? -1 : places[static_cast<std::size_t>(visit.node.parent)];
+            bool const hangs = visit.node.parent >= 0 && parent < 0;
+            if (!visit.isKept || !visit.isPlaced || hangs) continue;
+            places[index] = static_cast<int>(tree.nodes.size());
+            if (parent >= 0) tree.nodes[static_cast<std::size_t>(parent)].children.push_back(places[index]);
+            tree.nodes.push_back(std::move(visit.node));
+            tree.nodes.back().parent = parent;
+        }
+        return tree;
+    }
+
+    /// The part of the widget that the widgets around it leave.
+    Extents shownPart(int index) const {
+        auto part = visits_[index].node.extents;
+        for (int at = visits_[index].node.parent; at >= 0; at = visits_[at].node.parent) {
+            auto const& around = visits_[at].node.extents;
+            if (!visits_[at].isPlaced || around.isEmpty()) continue;
+            int const right = std::min(part.x + part.width, around.x + around.width);
+            int const bottom = std::min(part.y + part.height, around.y + around.height);
+            part.x = std::max(part.x, around.x);
+            part.y = std::max(part.y, around.y);
+            part.width = right - part.x;
+            part.height = bottom - part.y;
+        }
+        return part;
+    }
+
+    AccessibilityBus& bus_;
+    Deadline const deadline_;
+    std::stop_token const stop_;
+    Toolkit toolkit_ = Toolkit::other;
+    std::deque<Visit> visits_; // visits stay where they are while others are added
+    std::set<Address> seen_;
+    std::vector<Crowd> crowds_;
+    bool isComplete_ = true;
+};
+
+}
+
+AccessibleTree walkTree(AccessibilityBus& bus, Address const& program, Deadline deadline, std::stop_token const& stop) {
+    return TreeWalk(bus, deadline, stop).run(program);
+}
+
+}

@@ -1,0 +1,273 @@
+#include <TavaroAutomation/Elements/Private/PlacedElement.h>
+
+#include <TavaroAutomation/Elements/Private/ElementRole.h>
+#include <TavaroAutomation/Elements/Private/ElementTitle.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <numeric>
+#include <optional>
+#include <tuple>
+
+namespace tavaro::atspi {
+
+namespace {
+
+using Windows = std::vector<x11::OpenWindow>;
+
+constexpr std::array<double, 6> scales{1, 1.25, 1.5, 1.75, 2, 3};
+constexpr double rounding = 3; // points that a program's sizes may be off by
+
+double sizeDifference(Extents const& extents, double scale, UIRect const& rect) {
+    return std::abs(extents.width * scale - rect.width) + std::abs(extents.height * scale - rect.height);
+}
+
+/// Of a window the program may mean its contents or its frame.
+std::tuple<double, double, UIRect> bestFit(Extents const& root, x11::OpenWindow const& window) {
+    std::tuple<double, double, UIRect> best{INFINITY, 1, window.contents};
+    for (double const scale : scales) {
+        for (auto const& rect : {window.contents, window.frame}) {
+            double const difference = sizeDifference(root, scale, rect);
+            if (difference < std::get<0>(best)) best = {difference, scale, rect};
+        }
+    }
+    return best;
+}
+
+double mismatch(AccessibleNode const& root, x11::OpenWindow const& window) {
+    constexpr double otherTitle = 100; // in points of size
+    bool const isSame = root.name == window.title;
+    return std::get<0>(bestFit(root.extents, window)) + (isSame ? 0 : otherTitle);
+}
+
+/// GTK 4 asks for room for a shadow that its own sizes leave out, on every side.
+constexpr double widestMargin = 160;
+
+bool isPlausible(AccessibleNode const& root, x11::OpenWindow const& window) {
+    auto const [difference, scale, rect] = bestFit(root.extents, window);
+    return root.name == window.title || difference < (window.isPopup ? 2 * rounding : 2 * widestMargin);
+}
+
+/// What cuts off its contents: everything that is laid out around them, but not what opens a menu or a list.
+bool isClipping(AccessibleNode const& node, Toolkit toolkit) {
+    if (node.extents.isEmpty()) return false;
+    switch (node.role) {
+    case Role::frame:
+    case Role::dialog:
+    case Role::window:
+    case Role::scrollPane:
+    case Role::viewport:
+    case Role::list:
+    case Role::listBox:
+    case Role::table:
+    case Role::tree:
+    case Role::treeTable:
+    case Role::internalFrame:
+    case Role::documentFrame:
+    case Role::documentWeb: return true;
+    default: break;
+    }
+    bool const isLaidOut = !isClickable(node.role) && !isOfMenu(node.role) && node.role != Role::menuBar;
+    return isLaidOut && (toolkit == Toolkit::qt || toolkit == Toolkit::gtk4);
+}
+
+// GTK 3 has no place for what it does not show.
+constexpr double farthest = 1e6;
+
+bool isButton(Role role) {
+    return role == Role::pushButton || role == Role::toggleButton || role == Role::pushButtonMenu;
+}
+
+class Placing {
+public:
+    Placing(AccessibleTree const& tree, Windows const& windows) : tree_(tree), windows_(windows) {}
+
+    std::vector<PlacedElement> run() {
+        auto const matches = matchWindows(tree_, windows_);
+        std::vector<std::pair<std::size_t, int>> roots; // by the place of the window
+        std::size_t root = 0;
+        for (int i = 0; i < static_cast<int>(tree_.nodes.size()); ++i) {
+            if (node(i).parent >= 0) continue;
+            if (auto const window = matches[root++]) roots.emplace_back(*window, i);
+        }
+        std::ranges::stable_sort(roots, {}, [](auto const& each) { return each.first; });
+        for (auto const& [window, index] : roots) placeWindow(index, window);
+        return std::move(placed_);
+    }
+
+private:
+    /// What surrounds a node.
+    struct Around {
+        Placement placement;
+        UIRect clip;
+        std::size_t window = 0;
+        bool isInList = false; // that opens from a button
+    };
+
+    AccessibleNode const& node(int index) const { return tree_.nodes[static_cast<std::size_t>(index)]; }
+
+    void placeWindow(int root, std::size_t window) {
+        auto const placement = placementOf(node(root).extents, tree_.toolkit, windows_[window]);
+        Around const around{.placement = placement, .clip = windows_[window].frame, .window = window};
+        for (int const child : node(root).children) place(child, around);
+    }
+
+    void place(int index, Around around) {
+        enterPopup(node(index), around);
+        auto const frame = around.placement.onScreen(node(index).extents);
+        add(index, frame, around);
+        if (isClipping(node(index), tree_.toolkit)) around.clip = around.clip.intersection(frame);
+        around.isInList = around.isInList || node(index).role == Role::comboBox;
+        for (int const child : node(index).children) place(child, around);
+    }
+
+    /// Menus and lists open in windows of their own.
+    void enterPopup(AccessibleNode const& node, Around& around) const {
+        for (std::size_t i = 0; i < windows_.size(); ++i) {
+            auto const& popup = windows_[i];
+            if (!popup.isPopup || i == around.window) continue;
+            if (tree_.toolkit == Toolkit::gtk4) {
+                // It places what is in a popup from the popup's corner, and gives no other hint of it than the size.
+                auto const fit = sizeDifference(node.extents, around.placement.scale, popup.contents);
+                if (windows_[around.window].isPopup || node.extents.isEmpty() || fit > 1) continue;
+                around.placement.dx = popup.contents.x - node.extents.x * around.placement.scale;
+                around.placement.dy = popup.contents.y - node.extents.y * around.placement.scale;
+            } else {
+                auto const center = around.placement.onScreen(node.extents).center();
+                bool const mayBe = isOfMenu(node.role) || !around.clip.contains(center);
+                if (!mayBe || !popup.contents.contains(center)) continue;
+            }
+            around.clip = popup.contents;
+            around.window = i;
+            around.isInList = false;
+            return;
+        }
+    }
+
+    void add(int index, UIRect const& frame, Around const& around) {
+        auto const& it = node(index);
+        auto const role = it.isSearch ? "SearchField" : elementRole(it.role, it.states);
+        if (role.empty() || frame.isEmpty() || isWrapper(index)) return;
+        auto const shown = frame.intersection(around.clip);
+        bool const isInside = !shown.isEmpty() && around.clip.contains(shown.center());
+        bool const isAway = !isInside && !around.isInList && !isOfMenu(it.role) && !around.clip.isEmpty();
+        if (it.isScrolledAway ? !isAway : !isInside && !isAway) return;
+        auto const title = titleOf(index);
+        bool const isSomewhere = std::abs(frame.x) < farthest && std::abs(frame.y) < farthest;
+        placed_.push_back(
+            {.element = {.id = elementID(it.address, role, title),
+                         .role = std::string(role),
+                         .title = title,
+                         .frame = isSomewhere ? frame : UIRect{around.clip.center().x, around.clip.center().y},
+                         .isEnabled = it.states.has(State::sensitive),
+                         .isVisible = isInside && !isCovered(shown.center(), around.window)},
+             .address = it.address,
+             .placement = around.placement,
+             .window = windows_[around.window].window,
+             .isInPopup = windows_[around.window].isPopup,
+             .shownPart = isInside ? shown : around.clip});
+    }
+
+    /// A button around the button that takes the clicks.
+    bool isWrapper(int index) const {
+        if (!isButton(node(index).role) || node(index).states.has(State::focusable)) return false;
+        return std::ranges::any_of(node(index).children, [this](int child) {
+            return isButton(node(child).role) && node(child).states.has(State::focusable);
+        });
+    }
+
+    bool isCovered(UIPoint const& point, std::size_t window) const {
+        if (windows_[window].isMinimized) return true;
+        return std::any_of(windows_.begin(), windows_.begin() + static_cast<std::ptrdiff_t>(window),
+                           [&](auto const& above) { return !above.isMinimized && above.frame.contains(point); });
+    }
+
+    std::string titleOf(int index) const {
+        auto const& it = node(index);
+        if (!it.name.empty()) return it.name;
+        if (!isField(it.role) && it.role != Role::comboBox) {
+            auto const labels = labelsIn(index, 0);
+            if (!labels.empty()) return readableTitle(labels, tree_.toolkit);
+        }
+        return it.title.empty() ? titleAround(index) : it.title;
+    }
+
+    std::string labelsIn(int index, int depth) const {
+        constexpr int deepest = 4;
+        std::string result;
+        for (int const child : node(index).children) {
+            auto const part = isLabel(node(child).role) ? readableTitle(node(child).name, tree_.toolkit)
+                              : depth < deepest         ? labelsIn(child, depth + 1)
+                                                        : std::string();
+            if (!part.empty()) result += (result.empty() ? "" : " ") + part;
+        }
+        return result;
+    }
+
+    /// A menu button of GTK 4 may have its title on the button around it.
+    std::string titleAround(int index) const {
+        int const parent = node(index).parent;
+        return parent >= 0 && isButton(node(index).role) && isWrapper(parent) ? titleOf(parent) : std::string();
+    }
+
+    AccessibleTree const& tree_;
+    Windows const& windows_;
+    std::vector<PlacedElement> placed_;
+};
+
+}
+
+UIRect Placement::onScreen(Extents const& extents) const {
+    return {extents.x * scale + dx, extents.y * scale + dy, extents.width * scale, extents.height * scale};
+}
+
+std::vector<std::optional<std::size_t>> matchWindows(AccessibleTree const& tree, Windows const& windows) {
+    std::vector<std::optional<std::size_t>> result;
+    std::vector<bool> isTaken(windows.size());
+    for (auto const& root : tree.nodes) {
+        if (root.parent >= 0) continue;
+        std::optional<std::size_t> best;
+        for (std::size_t i = 0; i < windows.size(); ++i) {
+            if (isTaken[i] || !isPlausible(root, windows[i])) continue;
+            if (!best || mismatch(root, windows[i]) < mismatch(root, windows[*best])) best = i;
+        }
+        if (best) isTaken[*best] = true;
+        result.push_back(best);
+    }
+    return result;
+}
+
+Placement placementOf(Extents const& root, Toolkit toolkit, x11::OpenWindow const& window) {
+    auto const [difference, scale, rect] = bestFit(root, window);
+    bool const isThere = std::abs(root.x * scale - rect.x) + std::abs(root.y * scale - rect.y) <= 2 * rounding;
+    if (toolkit != Toolkit::gtk4 && (isThere || difference > 2 * rounding)) return {.scale = scale};
+    // The program does not know where its window is: what it says counts from inside of the margin for the shadow.
+    auto const margin = [](double outer, double inner) { return std::max(outer - inner, 0.0) / 2; };
+    double const left = margin(window.contents.width, root.width * scale);
+    double const top = margin(window.contents.height, root.height * scale);
+    return {.scale = scale,
+            .dx = window.contents.x + left - root.x * scale,
+            .dy = window.contents.y + top - root.y * scale};
+}
+
+std::vector<PlacedElement> placedElements(AccessibleTree const& tree, Windows const& windows) {
+    return Placing(tree, windows).run();
+}
+
+std::string elementID(Address const& address, std::string_view role, std::string_view title) {
+    constexpr std::uint64_t offset = 0xCBF29CE484222325U, prime = 0x100000001B3U; // FNV-1a
+    std::uint64_t hash = offset;
+    for (std::string_view const part : {std::string_view(address.bus), std::string_view(address.path), role, title}) {
+        for (char const c : part) hash = (hash ^ static_cast<unsigned char>(c)) * prime;
+        hash = (hash ^ 0xFFU) * prime; // no byte of a text
+    }
+    constexpr std::string_view digits = "0123456789abcdefghjkmnpqrstvwxyz";
+    constexpr int length = 9;
+    hash ^= hash >> 32U;
+    std::string result = "e";
+    for (int i = 0; i < length; ++i, hash >>= 5U) result += digits[hash & 31U];
+    return result;
+}
+
+}

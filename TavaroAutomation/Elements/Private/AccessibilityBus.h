@@ -1,0 +1,65 @@
+#pragma once
+
+#include <TavaroAutomation/Elements/Private/Accessible.h>
+
+#include <chrono>
+#include <cstddef>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <stop_token>
+#include <string>
+#include <vector>
+
+namespace tavaro::atspi {
+
+using Deadline = std::chrono::steady_clock::time_point;
+
+/// The connection on which programs tell of their widgets. Questions wait in a queue, some are under way at a time, and
+/// answers come back inside of `run`: nothing for what a program does not say. A question may ask further ones.
+/// One thread.
+class AccessibilityBus {
+public:
+    template<class T> using Then = std::function<void(std::optional<T>)>;
+
+    /// Asks the session where its programs tell of their widgets; `display` (":0") knows it where there is no session.
+    /// Throws `AutomationError` where nobody does.
+    explicit AccessibilityBus(std::string const& display);
+    /// One that is known by its address.
+    struct KnownAddress {
+        std::string address;
+    };
+    explicit AccessibilityBus(KnownAddress const& known);
+    ~AccessibilityBus();
+    AccessibilityBus(AccessibilityBus const&) = delete;
+    AccessibilityBus& operator=(AccessibilityBus const&) = delete;
+
+    void states(Address const& of, Then<States> then);
+    void role(Address const& of, Then<Role> then);
+    void name(Address const& of, Then<std::string> then);
+    void description(Address const& of, Then<std::string> then);
+    void childCount(Address const& of, Then<int> then);
+    void children(Address const& of, Then<std::vector<Address>> then);
+    void extents(Address const& of, Then<Extents> then);
+    /// The innermost that the object itself knows of at that place of its screen.
+    void atPoint(Address const& of, int x, int y, Then<Address> then);
+    void labels(Address const& of, Then<std::vector<Address>> then);
+    void attributes(Address const& of, Then<std::map<std::string, std::string>> then);
+    void toolkitName(Address const& of, Then<std::string> then);
+    void processOf(std::string const& bus, Then<int> then);
+    /// The programs that tell of their widgets.
+    void programs(Then<std::vector<Address>> then);
+
+    enum class Outcome { allAnswered, late, stopped };
+    /// Until all is answered, or no later than the deadline: what is still open then is dropped.
+    Outcome run(Deadline deadline, std::stop_token const& stop = {});
+
+    std::size_t asked() const;
+
+private:
+    struct State;
+    std::unique_ptr<State> state_;
+};
+
+}

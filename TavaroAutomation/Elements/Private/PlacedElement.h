@@ -1,0 +1,43 @@
+#pragma once
+
+#include <TavaroAutomation/Applications/Private/OpenWindows.h>
+#include <TavaroAutomation/Elements/Private/AccessibleTree.h>
+#include <TavaroAutomation/Elements/UIElement.h>
+
+#include <vector>
+
+namespace tavaro::atspi {
+
+/// How the places that a program tells become places on the screen: scaled, then moved.
+struct Placement {
+    double scale = 1;
+    double dx = 0;
+    double dy = 0;
+
+    UIRect onScreen(Extents const& extents) const;
+    bool operator==(Placement const&) const = default;
+};
+
+/// An element, and what is needed to go there.
+struct PlacedElement {
+    UIElement element;
+    Address address;
+    Placement placement;
+    xcb_window_t window = XCB_NONE; // whose contents it is among
+    bool isInPopup = false;         // of an open menu or list
+    UIRect shownPart;               // of its frame; where it is scrolled away, the part of what scrolls it
+};
+
+/// The places of windows that tell of themselves: of every root of the tree, none for those that no window shows.
+std::vector<std::optional<std::size_t>> matchWindows(AccessibleTree const& tree,
+                                                     std::vector<x11::OpenWindow> const& windows);
+Placement placementOf(Extents const& root, Toolkit toolkit, x11::OpenWindow const& window);
+
+/// What people can click in those windows, windows from the front. What a program takes for showing is not believed:
+/// an element has a size, lies in what holds it and in a window, and no other window of its program covers it.
+std::vector<PlacedElement> placedElements(AccessibleTree const& tree, std::vector<x11::OpenWindow> const& windows);
+
+/// The id of an element: the same as long as program, object, role and title are.
+std::string elementID(Address const& address, std::string_view role, std::string_view title);
+
+}

@@ -1,0 +1,184 @@
+#include "../GalleryTest.h"
+
+#include <TavaroAutomation/Errors/AutomationError.h>
+
+#include <chrono>
+#include <csignal>
+#include <gmock/gmock.h>
+
+namespace tavaro {
+
+namespace {
+
+using namespace std::chrono_literals;
+using ::testing::EndsWith;
+using ::testing::HasSubstr;
+using ::testing::Not;
+using ::testing::StartsWith;
+
+}
+
+class GTK3Gallery : public GalleryTest {
+protected:
+    void SetUp() override { open("gtk3"); }
+};
+
+TEST_F(GTK3Gallery, opensInFrontOnceByEachOfItsNames) {
+    EXPECT_EQ(info.name, "Widget Gallery");
+    EXPECT_EQ(info.bundleID, "gtk3");
+    EXPECT_EQ(info.title, "Gallery of GTK 3");
+    for (auto const* const name : {"gtk3", "gtk3.desktop", "gtk3.py", "WIDGET GALLERY"})
+        EXPECT_EQ(automation->openApp(name), info) << name;
+    EXPECT_EQ(desktop->log(), "ready\n") << "it was started once";
+    EXPECT_THAT(sentenceOf([&] { automation->openApp("No such thing"); }),
+                StartsWith("There is no application “No such"));
+}
+
+TEST_F(GTK3Gallery, saysWhatCanBeClickedAndWhere) {
+    auto const all = elements();
+    std::map<std::string, std::string> const roles{
+        {"Save", "Button"},       {"File", "MenuItem"},      {"Bold", "CheckBox"},
+        {"Right", "RadioButton"}, {"Name:", "TextField"},    {"Search notes", "TextField"},
+        {"Row 1", "Row"},         {"Password", "TextField"}, {"Small", "PopUpButton"}};
+    for (auto const& [title, role] : roles) {
+        ASSERT_TRUE(all.contains(title)) << title;
+        EXPECT_EQ(all.at(title).role, role) << title;
+        EXPECT_TRUE(all.at(title).isVisible) << title;
+        EXPECT_EQ(all.at(title).frame.intersection(info.frame), all.at(title).frame) << title;
+    }
+    EXPECT_FALSE(all.at("Disabled one").isEnabled);
+    EXPECT_FALSE(all.at("Row 60").isVisible);
+    EXPECT_FALSE(all.contains("Open…")) << "of a closed menu";
+    for (auto const& [title, element] : all) EXPECT_THAT(title, Not(HasSubstr("hunter2")));
+}
+
+TEST_F(GTK3Gallery, isClickedByTitleAndByIdAndByPoint) {
+    auto const all = elements();
+    clickTitle("save");
+    EXPECT_TRUE(logsSoon("clicked Save"));
+    click({.app = app, .element = all.at("Save As…").id});
+    EXPECT_TRUE(logsSoon("clicked Save As…"));
+    click({.point = all.at("Café").frame.center()});
+    EXPECT_TRUE(logsSoon("clicked Café"));
+    clickTitle("Bold");
+    EXPECT_TRUE(logsSoon("bold True"));
+    clickTitle("Row 3", "Row");
+    EXPECT_TRUE(logsSoon("row 3"));
+    clickTitle("Name");
+    automation->keys({.text = "Zoë", .hold = 0});
+    EXPECT_TRUE(logsSoon("typed Zoë"));
+}
+
+TEST_F(GTK3Gallery, aMenuItemTwoLevelsDeepIsChosenAndAnOpenMenuIsClosedFirst) {
+    clickTitle("File");
+    ASSERT_TRUE(elements().contains("Open…"));
+    clickTitle("Export");
+    clickTitle("As Picture");
+    EXPECT_TRUE(logsSoon("chosen As _Picture"));
+    clickTitle("File");
+    clickTitle("Edit");
+    clickTitle("Undo");
+    EXPECT_TRUE(logsSoon("chosen Undo"));
+    clickTitle("File");
+    clickTitle("Save", "Button");
+    EXPECT_TRUE(logsSoon("clicked Save")) << "with a menu open";
+}
+
+TEST_F(GTK3Gallery, aDialogAnswersAndHidesWhatIsBehindIt) {
+    clickTitle("Ask");
+    ASSERT_TRUE(eventually([&] { return elements().contains("Do it"); }));
+    clickTitle("Do it");
+    EXPECT_TRUE(logsSoon("answered 1"));
+}
+
+TEST_F(GTK3Gallery, aListOpensAndGivesItsEntries) {
+    clickTitle("Small");
+    clickTitle("Large");
+    EXPECT_TRUE(logsSoon("size Large"));
+}
+
+TEST_F(GTK3Gallery, whatIsScrolledAwayIsScrolledTo) {
+    EXPECT_THAT(sentenceOf([&] { clickTitle("Row 60"); }), HasSubstr("out of view"));
+    constexpr double far = 5000, quick = 0.05;
+    auto const report =
+        automation->scroll({.target = {.app = app, .title = "Row 60"}, .down = far, .glide = quick, .hold = quick});
+    EXPECT_TRUE(report.isAtEnd);
+    clickTitle("Row 60");
+    EXPECT_TRUE(logsSoon("row 60"));
+}
+
+TEST_F(GTK3Gallery, whatCannotBeClickedIsASentence) {
+    EXPECT_EQ(sentenceOf([&] { clickTitle("Disabled one"); }), "“Disabled one” is disabled right now.");
+    auto const missing = sentenceOf([&] { clickTitle("Sav it"); });
+    EXPECT_THAT(missing, StartsWith("Nothing titled “Sav it” is in Widget Gallery. Titles there include "));
+    EXPECT_THAT(missing, HasSubstr("“Save”"));
+    EXPECT_THAT(missing, EndsWith("Custom-drawn areas aren't listed: use ui_screenshot and click by x and y."));
+    EXPECT_THAT(sentenceOf([&] { click({.app = app, .element = "e12345"}); }),
+                EndsWith(" any more — the window changed. Call ui_elements again."));
+}
+
+TEST_F(GTK3Gallery, aProgramThatHangsCostsTwoSecondsAndThenSaysSo) {
+    clickTitle("Freeze");
+    ASSERT_TRUE(logsSoon("frozen"));
+    auto const start = std::chrono::steady_clock::now();
+    EXPECT_FALSE(automation->elements({.app = app}).isComplete);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, 3s);
+    EXPECT_NE(sentenceOf([&] { clickTitle("Save"); }), "done");
+    EXPECT_LT(std::chrono::steady_clock::now() - start, 9s);
+}
+
+TEST_F(GTK3Gallery, anApplicationThatIsClosedHasNoWindow) {
+    clickTitle("Save");
+    ASSERT_TRUE(logsSoon("clicked Save"));
+    automation->keys({.keys = {"alt+f4"}, .hold = 0});
+    EXPECT_TRUE(eventually([&] {
+        return sentenceOf([&] { automation->elements({.app = app}); }) ==
+               "Widget Gallery shows no window. Open it with ui_open_app.";
+    }));
+    EXPECT_EQ(automation->openApp(app).title, "Gallery of GTK 3");
+}
+
+TEST_F(GTK3Gallery, aProgramThatTellsNothingOfItsWidgetsIsASentenceAndWorkedByPoints) {
+    TestClient client(desktop->display());
+    client.makeWindow({.frame = {20, 30, 200, 100}, .windowClass = "Plain", .title = "Just pixels"});
+    EXPECT_EQ(sentenceOf([&] { automation->elements({.app = "plain"}); }),
+              "plain tells nothing of what is in its windows. Use ui_screenshot and click by x and y.");
+    EXPECT_THAT(sentenceOf([&] { click({.app = "plain", .title = "Go"}); }),
+                StartsWith("Nothing titled “Go” is in plain. plain tells nothing of what is in its windows."));
+    auto const picture = automation->screenshot({.app = "plain"});
+    EXPECT_THAT(picture.caption, HasSubstr("Just pixels"));
+    click({.point = UIPoint{picture.frame.x + 5, picture.frame.y + 5}});
+}
+
+/// Whose toolkit knows places within its windows only.
+class GTK4Gallery : public GalleryTest {
+protected:
+    void SetUp() override { open("gtk4"); }
+};
+
+TEST_F(GTK4Gallery, isClickedByTitleThroughItsMenuToo) {
+    clickTitle("Save");
+    EXPECT_TRUE(logsSoon("clicked Save"));
+    clickTitle("Inform");
+    EXPECT_TRUE(logsSoon("clicked _Inform"));
+    clickTitle("Options");
+    clickTitle("About");
+    EXPECT_TRUE(logsSoon("chosen about"));
+    clickTitle("Bold");
+    EXPECT_TRUE(logsSoon("bold True"));
+    clickTitle("Row 2");
+    EXPECT_TRUE(logsSoon("row 2"));
+    EXPECT_EQ(sentenceOf([&] { clickTitle("Disabled one"); }), "“Disabled one” is disabled right now.");
+}
+
+TEST_F(GTK4Gallery, isTypedIntoAndScrolled) {
+    clickTitle("Search notes");
+    automation->keys({.text = "hello", .hold = 0});
+    EXPECT_TRUE(logsSoon("typed hello"));
+    constexpr double far = 5000, quick = 0.05;
+    automation->scroll({.target = {.app = app, .title = "Row 60"}, .down = far, .glide = quick, .hold = quick});
+    clickTitle("Row 60");
+    EXPECT_TRUE(logsSoon("row 60"));
+}
+
+}

@@ -1,0 +1,206 @@
+#include <TavaroAutomation/Elements/Private/AccessibleTree.h>
+
+#include <TavaroAutomation/Elements/Private/ElementRole.h>
+#include <TavaroAutomation/Elements/Private/ElementTitle.h>
+#include <TavaroAutomation/Errors/AutomationError.h>
+
+#include "FakeProgram.h"
+
+#include <gmock/gmock.h>
+#include <set>
+
+namespace tavaro::atspi {
+
+namespace {
+
+using namespace std::chrono_literals;
+using ::testing::AllOf;
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::IsSupersetOf;
+using ::testing::Not;
+using ::testing::SizeIs;
+using Clock = std::chrono::steady_clock;
+
+FakeWidget widget(Role role, std::string name, std::vector<int> children = {}) {
+    return {.role = role, .name = std::move(name), .children = std::move(children)};
+}
+
+FakeWidget hidden(FakeWidget widget) {
+    widget.states = {State::sensitive};
+    return widget;
+}
+
+/// Programs on a bus of their own, and who asks them.
+class AccessibleTreeTest : public testing::Test {
+protected:
+    void SetUp() override {
+        if (testBus.address().empty()) GTEST_SKIP() << "dbus-daemon is not installed";
+        bus.emplace(AccessibilityBus::KnownAddress{testBus.address()});
+    }
+
+    FakeProgram& start(std::deque<FakeWidget> widgets, std::string const& toolkit = "gtk") {
+        return programs.emplace_back(testBus, toolkit, std::move(widgets));
+    }
+    AccessibleTree walk(FakeProgram& program, Clock::duration patience = 2s) {
+        auto const start = Clock::now();
+        auto tree = walkTree(*bus, program.root(), start + patience);
+        took = Clock::now() - start;
+        return tree;
+    }
+    static std::vector<std::string> names(AccessibleTree const& tree) {
+        std::vector<std::string> result;
+        for (auto const& node : tree.nodes) result.push_back(node.name.empty() ? node.title : node.name);
+        return result;
+    }
+
+    TestBus testBus;
+    std::optional<AccessibilityBus> bus;
+    std::deque<FakeProgram> programs;
+    Clock::duration took{};
+};
+
+}
+
+TEST_F(AccessibleTreeTest, holdsWhatShowsParentsFirst) {
+    auto& program = start({widget(Role::application, "app", {1}), widget(Role::frame, "Window", {2, 3}),
+                           widget(Role::panel, "", {4}), hidden(widget(Role::menu, "Closed", {5})),
+                           widget(Role::pushButton, "Save"), widget(Role::menuItem, "Open")});
+    auto const tree = walk(program);
+    EXPECT_THAT(names(tree), ElementsAre("Window", "", "Save"));
+    EXPECT_TRUE(tree.isComplete);
+    EXPECT_EQ(tree.nodes.back().parent, 1);
+    EXPECT_EQ(program.askedForChildren(3), 0) << "what does not show holds nothing that does";
+}
+
+TEST_F(AccessibleTreeTest, whatHasNoNameIsCalledByItsLabelElseByWhatIsSaidOfIt) {
+    auto labelled = widget(Role::entry, "");
+    labelled.labels = {5};
+    labelled.description = "Your name, please";
+    auto described = widget(Role::pushButton, "");
+    described.description = "<p>Primary <b>menu</b></p>";
+    auto secret = widget(Role::passwordText, "");
+    auto& program = start({widget(Role::application, "app", {1}), widget(Role::frame, "Window", {2, 3, 4}), labelled,
+                           described, secret, widget(Role::label, "Name:")});
+    EXPECT_THAT(names(walk(program)), ElementsAre("Window", "Name:", "Primary menu", ""));
+}
+
+TEST_F(AccessibleTreeTest, aSheetOfTwoBillionCellsIsOnlyLookedAtWhereItShows) {
+    std::deque<FakeWidget> widgets{widget(Role::application, "app", {1}), widget(Role::frame, "Window", {2}),
+                                   widget(Role::table, "Sheet")};
+    widgets[1].extents = {0, 0, 800, 600};
+    widgets[2].extents = {0, 0, 800, 600};
+    widgets[2].childCount = 2'147'483'647;
+    std::set<std::string> cells;
+    for (int row = 0; row < 30; ++row) {
+        for (int column = 0; column < 10; ++column) {
+            auto cell = widget(Role::tableCell, std::string(1, static_cast<char>('A' + column)) + std::to_string(row));
+            cell.extents = {column * 80, row * 20, 80, 20};
+            cells.insert(cell.name);
+            widgets[2].children.push_back(static_cast<int>(widgets.size()));
+            widgets.push_back(cell);
+        }
+    }
+    auto& program = start(std::move(widgets));
+    auto const tree = walk(program);
+    EXPECT_THAT(names(tree), IsSupersetOf(cells));
+    EXPECT_TRUE(tree.isComplete);
+    EXPECT_EQ(program.askedForChildren(2), 0);
+}
+
+TEST_F(AccessibleTreeTest, aHundredThousandRowsAreThoseThatShow) {
+    std::deque<FakeWidget> widgets{widget(Role::application, "app", {1}), widget(Role::frame, "Window", {2}),
+                                   widget(Role::scrollPane, "", {3}), widget(Role::list, "Long list")};
+    widgets[1].extents = widgets[2].extents = {0, 0, 400, 300};
+    widgets[3].extents = {0, -2000, 400, 2'000'000};
+    for (int i = 0; i < 100'000; ++i) {
+        auto row = widget(Role::listItem, "Row " + std::to_string(i));
+        row.extents = {0, -2000 + i * 20, 400, 20};
+        widgets[3].children.push_back(static_cast<int>(widgets.size()));
+        widgets.push_back(row);
+    }
+    auto& program = start(std::move(widgets));
+    auto const tree = walk(program);
+    EXPECT_THAT(tree.nodes, SizeIs(3 + 15));
+    EXPECT_THAT(names(tree), AllOf(Contains("Row 100"), Contains("Row 114"), Not(Contains("Row 115"))));
+    EXPECT_TRUE(tree.isComplete);
+}
+
+TEST_F(AccessibleTreeTest, aProgramThatHangsCostsNoMoreThanTheTimeGivenAndTheNextAnswers) {
+    auto silent = widget(Role::panel, "");
+    silent.isSilent = true;
+    auto& hanging = start({widget(Role::application, "app", {1}), widget(Role::frame, "Window", {2, 3}), silent,
+                           widget(Role::pushButton, "Save")});
+    auto const tree = walk(hanging, 300ms);
+    EXPECT_FALSE(tree.isComplete);
+    EXPECT_THAT(names(tree), Contains("Save"));
+    EXPECT_LT(took, 600ms);
+    auto& sound = start({widget(Role::application, "app", {1}), widget(Role::frame, "Other")});
+    EXPECT_THAT(names(walk(sound)), ElementsAre("Other"));
+    EXPECT_TRUE(walk(sound).isComplete);
+}
+
+TEST_F(AccessibleTreeTest, aProgramThatDiesInTheMiddleEndsTheWalk) {
+    auto deadly = widget(Role::pushButton, "Crash");
+    deadly.endsProgram = true;
+    auto& program = start({widget(Role::application, "app", {1}), widget(Role::frame, "Window", {2, 3}), deadly,
+                           widget(Role::panel, "", {})});
+    walk(program, 5s);
+    EXPECT_LT(took, 2s);
+    EXPECT_TRUE(walk(program).nodes.empty());
+}
+
+TEST_F(AccessibleTreeTest, aStopIsSeenAtOnce) {
+    auto silent = widget(Role::frame, "Window");
+    silent.isSilent = true;
+    auto& program = start({widget(Role::application, "app", {1}), silent});
+    std::stop_source stop;
+    stop.request_stop();
+    auto const start = Clock::now();
+    EXPECT_FALSE(walkTree(*bus, program.root(), start + 5s, stop.get_token()).isComplete);
+    EXPECT_LT(Clock::now() - start, 200ms);
+}
+
+TEST_F(AccessibleTreeTest, whatIsItsOwnDescendantIsThereOnce) {
+    auto& program = start({widget(Role::application, "app", {1}), widget(Role::frame, "Window", {2}),
+                           widget(Role::panel, "", {1, 3, 3}), widget(Role::pushButton, "Once", {2})});
+    EXPECT_THAT(names(walk(program)), ElementsAre("Window", "", "Once"));
+}
+
+TEST_F(AccessibleTreeTest, whenTheBusGoesASentenceSaysSo) {
+    auto& program = start({widget(Role::application, "app", {1}), widget(Role::frame, "Window")});
+    testBus.kill();
+    EXPECT_THROW(walk(program), AutomationError);
+    EXPECT_THROW(AccessibilityBus(AccessibilityBus::KnownAddress{testBus.address()}), AutomationError);
+}
+
+TEST(ElementTitle, isOneReadableLine) {
+    EXPECT_EQ(readableTitle(" New\n\tTab ", Toolkit::gtk3), "New Tab");
+    EXPECT_EQ(readableTitle("a < b > c", Toolkit::qt), "a < b > c");
+    EXPECT_EQ(readableTitle("<span>Pi</span> [Ctrl+P]", Toolkit::qt), "Pi [Ctrl+P]");
+    auto const text = readableTitle(std::string(10'240, 'x') + "ä", Toolkit::gtk3);
+    EXPECT_EQ(text, std::string(200, 'x') + "…");
+    for (auto const* const name : {"GtkButton", "AdwGizmo", "EditorStatusbar"}) {
+        EXPECT_EQ(readableTitle(name, Toolkit::gtk4), "") << name;
+        EXPECT_EQ(readableTitle(name, Toolkit::gtk3), name);
+    }
+    EXPECT_EQ(readableTitle("7 7", Toolkit::gtk4), "7");
+    EXPECT_EQ(readableTitle("_Inform Inform", Toolkit::gtk4), "Inform");
+    EXPECT_EQ(readableTitle("_Inform Inform", Toolkit::qt), "_Inform Inform");
+    EXPECT_EQ(readableTitle("Gtkwave 3", Toolkit::gtk4), "Gtkwave 3");
+}
+
+TEST(ElementRole, everyRoleWithANameIsClickableAndFieldsAreNamedAsSuch) {
+    States const none;
+    for (std::uint32_t number = 0; number < 140; ++number) {
+        Role const role{number};
+        EXPECT_TRUE(elementRole(role, none).empty() || isClickable(role)) << number;
+        EXPECT_FALSE(isClickable(role) && isLabel(role)) << number;
+    }
+    States const editable(1ULL << static_cast<unsigned>(State::editable));
+    EXPECT_EQ(elementRole(Role::text, none), "") << "text to read";
+    for (auto const role : {Role::text, Role::entry, Role::passwordText, Role::autocomplete})
+        EXPECT_EQ(elementRole(role, editable), "TextField");
+}
+
+}

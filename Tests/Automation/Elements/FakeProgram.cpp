@@ -1,0 +1,203 @@
+#include "FakeProgram.h"
+
+#include <TavaroPlatform/Queues/SerialQueue.h>
+
+#include <array>
+#include <atomic>
+#include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
+#include <map>
+#include <mutex>
+#include <spawn.h>
+#include <string_view>
+#include <sys/wait.h>
+#include <systemd/sd-bus.h>
+#include <unistd.h>
+
+namespace tavaro {
+
+namespace {
+
+constexpr std::string_view prefix = "/org/a11y/atspi/accessible/";
+
+std::string pathOf(int widget) { return std::string(prefix) + (widget == 0 ? "root" : std::to_string(widget)); }
+
+int widgetAt(std::string_view path) {
+    if (!path.starts_with(prefix)) return -1;
+    auto const rest = path.substr(prefix.size());
+    return rest == "root" ? 0 : std::atoi(std::string(rest).c_str());
+}
+
+}
+
+TestBus::TestBus() {
+    std::array<int, 2> ends{};
+    if (::pipe2(ends.data(), O_CLOEXEC) != 0) return;
+    posix_spawn_file_actions_t actions;
+    ::posix_spawn_file_actions_init(&actions);
+    ::posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
+    ::posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
+    std::array<char const*, 5> words{"dbus-daemon", "--session", "--nofork", "--print-address=1", nullptr};
+    if (::posix_spawnp(&process_, words[0], &actions, nullptr, const_cast<char**>(words.data()), environ) != 0)
+        process_ = 0;
+    ::posix_spawn_file_actions_destroy(&actions);
+    ::close(ends[1]);
+    for (char c = 0; process_ != 0 && ::read(ends[0], &c, 1) == 1 && c != '\n';) address_ += c;
+    ::close(ends[0]);
+}
+
+TestBus::~TestBus() { kill(); }
+
+void TestBus::kill() {
+    if (process_ == 0) return;
+    ::kill(process_, SIGKILL);
+    ::waitpid(process_, nullptr, 0);
+    process_ = 0;
+}
+
+struct FakeProgram::State {
+    std::string toolkit;
+    std::deque<FakeWidget> widgets;
+    sd_bus* bus = nullptr;
+    std::string name;
+    std::atomic<bool> isOver = false;
+    std::mutex mutable mutex;
+    std::map<int, int> askedForChildren;
+    std::unique_ptr<SerialQueue> queue;
+
+    static int onMessage(sd_bus_message* message, void* data, sd_bus_error* /*error*/) {
+        auto* const self = static_cast<State*>(data);
+        std::uint8_t type = 0;
+        sd_bus_message_get_type(message, &type);
+        return type == SD_BUS_MESSAGE_METHOD_CALL ? self->answer(message) : 0;
+    }
+
+    int answer(sd_bus_message* message) {
+        int const widget = widgetAt(sd_bus_message_get_path(message));
+        if (widget < 0 || widget >= static_cast<int>(widgets.size())) return 0;
+        auto const& it = widgets[static_cast<std::size_t>(widget)];
+        if (it.isSilent) return 1;
+        std::string_view const member = sd_bus_message_get_member(message);
+        sd_bus_message* reply = nullptr;
+        sd_bus_message_new_method_return(message, &reply);
+        if (member == "Get")
+            property(message, reply, it);
+        else
+            method(member, message, reply, widget);
+        sd_bus_send(bus, reply, nullptr);
+        sd_bus_message_unref(reply);
+        return 1;
+    }
+
+    void property(sd_bus_message* message, sd_bus_message* reply, FakeWidget const& it) {
+        char const *interface = nullptr, *key = nullptr;
+        sd_bus_message_read(message, "ss", &interface, &key);
+        std::string_view const name = key;
+        if (name == "Name" && it.endsProgram) isOver = true;
+        if (name == "ChildCount")
+            sd_bus_message_append(reply, "v", "i",
+                                  it.childCount < 0 ? static_cast<int>(it.children.size()) : it.childCount);
+        else
+            sd_bus_message_append(reply, "v", "s",
+                                  name == "ToolkitName"   ? toolkit.c_str()
+                                  : name == "Description" ? it.description.c_str()
+                                                          : it.name.c_str());
+    }
+
+    void method(std::string_view member, sd_bus_message* message, sd_bus_message* reply, int widget) {
+        auto const& it = widgets[static_cast<std::size_t>(widget)];
+        if (member == "GetState") {
+            std::array<std::uint32_t, 2> words{};
+            for (auto const state : it.states) {
+                auto const bit = static_cast<unsigned>(state);
+                words[bit / 32] |= 1U << bit % 32;
+            }
+            sd_bus_message_append_array(reply, 'u', words.data(), sizeof words);
+        } else if (member == "GetRole") {
+            sd_bus_message_append(reply, "u", static_cast<std::uint32_t>(it.role));
+        } else if (member == "GetExtents") {
+            sd_bus_message_append(reply, "(iiii)", it.extents.x, it.extents.y, it.extents.width, it.extents.height);
+        } else if (member == "GetChildren") {
+            countChildren(widget);
+            appendAll(reply, it.children);
+        } else if (member == "GetAccessibleAtPoint") {
+            int x = 0, y = 0;
+            sd_bus_message_read(message, "ii", &x, &y);
+            auto const found = childAt(it, x, y);
+            sd_bus_message_append(reply, "(so)", name.c_str(),
+                                  found < 0 ? "/org/a11y/atspi/null" : pathOf(found).c_str());
+        } else if (member == "GetRelationSet") {
+            sd_bus_message_open_container(reply, 'a', "(ua(so))");
+            if (!it.labels.empty()) {
+                sd_bus_message_open_container(reply, 'r', "ua(so)");
+                sd_bus_message_append(reply, "u", 2U);
+                appendAll(reply, it.labels);
+                sd_bus_message_close_container(reply);
+            }
+            sd_bus_message_close_container(reply);
+        } else {
+            sd_bus_message_append(reply, "a{ss}", 0);
+        }
+    }
+
+    void appendAll(sd_bus_message* reply, std::vector<int> const& all) {
+        sd_bus_message_open_container(reply, 'a', "(so)");
+        for (int const each : all) sd_bus_message_append(reply, "(so)", name.c_str(), pathOf(each).c_str());
+        sd_bus_message_close_container(reply);
+    }
+
+    int childAt(FakeWidget const& it, int x, int y) const {
+        for (int const child : it.children) {
+            auto const& area = widgets[static_cast<std::size_t>(child)].extents;
+            if (x >= area.x && y >= area.y && x < area.x + area.width && y < area.y + area.height) return child;
+        }
+        return -1;
+    }
+
+    void countChildren(int widget) {
+        std::lock_guard const lock(mutex);
+        ++askedForChildren[widget];
+    }
+
+    void serve() {
+        while (!isOver) {
+            int const code = sd_bus_process(bus, nullptr);
+            if (code < 0) break;
+            constexpr std::uint64_t glance = 5'000;
+            if (code == 0) sd_bus_wait(bus, glance);
+        }
+        sd_bus_flush_close_unref(bus);
+    }
+};
+
+FakeProgram::FakeProgram(TestBus const& bus, std::string toolkit, std::deque<FakeWidget> widgets)
+    : state_(std::make_unique<State>()) {
+    state_->toolkit = std::move(toolkit);
+    state_->widgets = std::move(widgets);
+    sd_bus_new(&state_->bus);
+    sd_bus_set_address(state_->bus, bus.address().c_str());
+    sd_bus_set_bus_client(state_->bus, 1);
+    sd_bus_start(state_->bus);
+    char const* name = "";
+    sd_bus_get_unique_name(state_->bus, &name);
+    state_->name = name;
+    sd_bus_add_filter(state_->bus, nullptr, State::onMessage, state_.get());
+    state_->queue = std::make_unique<SerialQueue>("com.tavaro.test.program");
+    state_->queue->async([state = state_.get()] { state->serve(); });
+}
+
+FakeProgram::~FakeProgram() {
+    state_->isOver = true;
+    state_->queue.reset();
+}
+
+atspi::Address FakeProgram::root() const { return {state_->name, pathOf(0)}; }
+
+int FakeProgram::askedForChildren(int widget) const {
+    std::lock_guard const lock(state_->mutex);
+    auto const found = state_->askedForChildren.find(widget);
+    return found == state_->askedForChildren.end() ? 0 : found->second;
+}
+
+}

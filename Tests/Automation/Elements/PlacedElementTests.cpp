@@ -1,0 +1,203 @@
+#include <TavaroAutomation/Elements/Private/PlacedElement.h>
+
+#include <fmt/format.h>
+#include <gmock/gmock.h>
+#include <map>
+
+namespace tavaro::atspi {
+
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+States statesOf(std::initializer_list<State> states) {
+    std::uint64_t bits = 0;
+    for (auto const state : states) bits |= 1ULL << static_cast<unsigned>(state);
+    return States(bits);
+}
+
+States const usual = statesOf({State::showing, State::visible, State::sensitive, State::focusable});
+
+x11::OpenWindow window(std::string title, UIRect const& contents) {
+    // As a window manager frames it: a title bar of 20 points, borders of 1.
+    UIRect const frame{contents.x - 1, contents.y - 20, contents.width + 2, contents.height + 21};
+    return {.window = 1, .pid = 5, .title = std::move(title), .contents = contents, .frame = frame};
+}
+
+x11::OpenWindow popup(UIRect const& contents) {
+    return {.window = 2, .pid = 5, .contents = contents, .frame = contents, .isPopup = true};
+}
+
+/// A tree that reads like one.
+struct TestTree {
+    explicit TestTree(Toolkit toolkit) { tree.toolkit = toolkit; }
+
+    int add(int parent, Role role, std::string name, Extents const& extents, States states = usual) {
+        int const index = static_cast<int>(tree.nodes.size());
+        tree.nodes.push_back({.address = {":1.1", fmt::format("/{}", index)},
+                              .parent = parent,
+                              .role = role,
+                              .states = states,
+                              .extents = extents,
+                              .name = std::move(name)});
+        if (parent >= 0) tree.nodes[static_cast<std::size_t>(parent)].children.push_back(index);
+        return index;
+    }
+
+    std::vector<UIElement> placed(std::vector<x11::OpenWindow> const& windows) const {
+        std::vector<UIElement> result;
+        for (auto const& each : placedElements(tree, windows)) result.push_back(each.element);
+        return result;
+    }
+    std::vector<std::string> visible(std::vector<x11::OpenWindow> const& windows) const {
+        std::vector<std::string> result;
+        for (auto const& each : placed(windows)) {
+            if (each.isVisible) result.push_back(each.title);
+        }
+        return result;
+    }
+
+    AccessibleTree tree;
+};
+
+}
+
+TEST(PlacedElement, whereAToolkitKnowsItsPlaceItIsBelieved) {
+    for (auto const& root : {Extents{100, 200, 400, 300}, Extents{99, 180, 402, 321}}) { // contents, or the whole frame
+        TestTree tree(Toolkit::gtk3);
+        auto const frame = tree.add(-1, Role::frame, "Main", root);
+        tree.add(frame, Role::pushButton, "Save", {110, 210, 50, 20});
+        auto const elements = tree.placed({window("Main", {100, 200, 400, 300})});
+        ASSERT_EQ(elements.size(), 1u);
+        EXPECT_EQ(elements[0].frame, (UIRect{110, 210, 50, 20}));
+        EXPECT_EQ(elements[0].role, "Button");
+        EXPECT_TRUE(elements[0].isEnabled && elements[0].isVisible);
+    }
+}
+
+TEST(PlacedElement, atAScaleOfTwoEverythingIsTwiceAsFarAndAsLarge) {
+    for (double const scale : {1.25, 1.5, 2.0, 3.0}) {
+        TestTree tree(Toolkit::qt);
+        auto const frame = tree.add(-1, Role::frame, "Main", {40, 80, 400, 300});
+        tree.add(frame, Role::pushButton, "Save", {80, 120, 40, 20});
+        auto const elements = tree.placed({window("Main", {40 * scale, 80 * scale, 400 * scale, 300 * scale})});
+        ASSERT_EQ(elements.size(), 1u) << scale;
+        EXPECT_EQ(elements[0].frame, (UIRect{80 * scale, 120 * scale, 40 * scale, 20 * scale})) << scale;
+    }
+}
+
+TEST(PlacedElement, gtk4CountsFromInsideOfTheShadowAndInPopupsFromTheirCorner) {
+    TestTree tree(Toolkit::gtk4);
+    auto const frame = tree.add(-1, Role::frame, "Main", {0, 0, 400, 300});
+    auto const button = tree.add(frame, Role::pushButton, "Options", {10, 10, 80, 30});
+    auto const menu = tree.add(button, Role::menu, "", {-30, 40, 120, 90});
+    tree.add(menu, Role::menuItem, "About", {-20, 50, 100, 20});
+    std::map<std::string, UIRect> frames;
+    for (auto const& each : tree.placed({popup({700, 500, 120, 90}), window("Main", {195, 95, 410, 310})}))
+        frames[each.title] = each.frame;
+    EXPECT_EQ(frames["Options"], (UIRect{210, 110, 80, 30}));
+    EXPECT_EQ(frames["About"], (UIRect{710, 510, 100, 20}));
+}
+
+TEST(PlacedElement, whatIsCutOffOrInNoWindowIsNotVisible) {
+    TestTree tree(Toolkit::qt);
+    auto const frame = tree.add(-1, Role::frame, "Main", {100, 100, 400, 300});
+    auto const list = tree.add(frame, Role::filler, "", {100, 150, 400, 100});
+    tree.add(list, Role::listItem, "In", {100, 160, 400, 20});
+    tree.add(list, Role::listItem, "Half", {100, 240, 400, 20});
+    tree.add(list, Role::listItem, "Below", {100, 300, 400, 20});
+    auto const combo = tree.add(frame, Role::comboBox, "Size", {100, 100, 80, 20});
+    tree.add(combo, Role::listItem, "Closed", {0, 0, 80, 20});
+    auto const bar = tree.add(frame, Role::menuBar, "", {100, 120, 400, 20});
+    auto const file = tree.add(bar, Role::menuItem, "File", {100, 120, 40, 20});
+    tree.add(file, Role::menuItem, "Shut", {0, 0, 80, 20});
+    tree.add(frame, Role::pushButton, "Flat", {100, 100, 80, 0});
+    std::vector<x11::OpenWindow> const windows{window("Main", {100, 100, 400, 300})};
+    EXPECT_THAT(tree.visible(windows), ElementsAre("In", "Half", "Size", "File"));
+    std::vector<std::string> away;
+    for (auto const& each : tree.placed(windows)) {
+        if (!each.isVisible) away.push_back(each.title);
+    }
+    EXPECT_THAT(away, ElementsAre("Below")) << "one can scroll there";
+}
+
+TEST(PlacedElement, anOpenMenuOrListShowsInItsOwnWindow) {
+    TestTree tree(Toolkit::gtk3);
+    auto const frame = tree.add(-1, Role::frame, "Main", {100, 100, 400, 300});
+    auto const bar = tree.add(frame, Role::menuBar, "", {100, 100, 400, 20});
+    auto const file = tree.add(bar, Role::menu, "File", {100, 100, 40, 20});
+    tree.add(file, Role::menuItem, "Open", {100, 120, 150, 20});
+    tree.add(file, Role::menuItem, "Far down", {100, 500, 150, 20});
+    tree.add(frame, Role::pushButton, "Under the menu", {110, 200, 100, 20});
+    tree.add(frame, Role::pushButton, "Beside", {300, 200, 100, 20});
+    auto const main = window("Main", {100, 100, 400, 300});
+    EXPECT_THAT(tree.visible({popup({100, 120, 150, 410}), main}), ElementsAre("File", "Open", "Far down", "Beside"));
+}
+
+TEST(PlacedElement, aDialogCoversTheWindowBehindIt) {
+    TestTree tree(Toolkit::gtk3);
+    auto const main = tree.add(-1, Role::frame, "Main", {100, 100, 400, 300});
+    tree.add(main, Role::pushButton, "Behind", {250, 250, 60, 20});
+    auto const dialog = tree.add(-1, Role::dialog, "Sure?", {200, 200, 200, 100});
+    tree.add(dialog, Role::pushButton, "Yes", {250, 250, 60, 20});
+    auto const front = window("Sure?", {200, 200, 200, 100}), back = window("Main", {100, 100, 400, 300});
+    EXPECT_THAT(tree.visible({front, back}), ElementsAre("Yes"));
+    EXPECT_THAT(tree.visible({back, front}), ElementsAre("Behind"));
+    auto icon = back;
+    icon.isMinimized = true;
+    EXPECT_THAT(tree.visible({icon, front}), ElementsAre("Yes")) << "an icon covers nothing and shows nothing";
+}
+
+TEST(PlacedElement, windowsOfOneTitleAreToldApartByTheirSizes) {
+    TestTree tree(Toolkit::gtk4); // which does not say where its windows are
+    for (int const width : {300, 400, 500}) {
+        auto const frame = tree.add(-1, Role::frame, "Note", {0, 0, width, 200});
+        tree.add(frame, Role::pushButton, std::to_string(width), {10, 10, 50, 20});
+    }
+    std::map<std::string, double> places;
+    for (auto const& each : tree.placed({window("Note", {2000, 0, 500, 200}), window("Note", {1000, 0, 300, 200}),
+                                         window("Note", {3000, 0, 400, 200})}))
+        places[each.title] = each.frame.x;
+    EXPECT_EQ(places, (std::map<std::string, double>{{"300", 1010}, {"400", 3010}, {"500", 2010}}));
+}
+
+TEST(PlacedElement, aButtonAroundAButtonIsOne) {
+    TestTree tree(Toolkit::gtk4);
+    auto const frame = tree.add(-1, Role::frame, "Main", {0, 0, 400, 300});
+    auto const outer = tree.add(frame, Role::pushButton, "Options", {10, 10, 80, 30}, statesOf({State::visible}));
+    tree.add(outer, Role::toggleButton, "", {10, 10, 80, 30});
+    EXPECT_THAT(tree.visible({window("Main", {0, 0, 400, 300})}), ElementsAre("Options"));
+}
+
+TEST(PlacedElement, aRowIsCalledByWhatIsInIt) {
+    TestTree tree(Toolkit::gtk3);
+    auto const frame = tree.add(-1, Role::frame, "Main", {0, 0, 400, 300});
+    auto const row = tree.add(frame, Role::listItem, "", {0, 0, 400, 30});
+    auto const box = tree.add(row, Role::panel, "", {0, 0, 400, 30});
+    tree.add(box, Role::label, "Inbox", {0, 0, 100, 30});
+    tree.add(box, Role::label, "3 new", {100, 0, 100, 30});
+    auto const field = tree.add(frame, Role::entry, "", {0, 50, 100, 20});
+    tree.add(field, Role::label, "what was typed", {0, 50, 100, 20});
+    EXPECT_THAT(tree.visible({window("Main", {0, 0, 400, 300})}), ElementsAre("Inbox 3 new", ""));
+}
+
+TEST(PlacedElement, withoutAWindowThereIsNothing) {
+    TestTree tree(Toolkit::gtk3);
+    auto const frame = tree.add(-1, Role::frame, "Main", {0, 0, 400, 300});
+    tree.add(frame, Role::pushButton, "Save", {10, 10, 50, 20});
+    EXPECT_THAT(tree.placed({}), IsEmpty());
+    EXPECT_THAT(tree.placed({window("Another", {0, 0, 40, 30})}), IsEmpty());
+}
+
+TEST(PlacedElement, anIdIsOfThatObjectWithThatRoleAndTitle) {
+    Address const address{":1.5", "/a/b"};
+    auto const id = elementID(address, "Button", "Save");
+    EXPECT_EQ(id, elementID(address, "Button", "Save"));
+    for (auto const& other : {elementID({":1.6", "/a/b"}, "Button", "Save"),
+                              elementID({":1.5", "/a/c"}, "Button", "Save"), elementID(address, "Row", "Save"),
+                              elementID(address, "Button", "Save…"), elementID(address, "ButtonS", "ave")})
+        EXPECT_NE(id, other);
+}
+
+}

@@ -1,0 +1,128 @@
+#!/usr/bin/python3
+"""A GTK 3 window with a widget of every kind that people click, and what was done to them in the file $GALLERY_LOG."""
+
+import os
+import sys
+
+import gi
+
+gi.require_version("Gtk", "3.0")
+from gi.repository import GLib, Gtk  # noqa: E402
+
+
+def tell(*words):
+    with open(os.environ["GALLERY_LOG"], "a", encoding="utf-8") as log:
+        print(*words, file=log)
+
+
+def button(label, act=None):
+    made = Gtk.Button(label=label, use_underline=True)
+    made.connect("clicked", act or (lambda _: tell("clicked", label)))
+    return made
+
+
+def menu_item(label, items=None):
+    made = Gtk.MenuItem(label=label, use_underline=True)
+    if items:
+        menu = Gtk.Menu()
+        for item in items:
+            menu.append(item)
+        made.set_submenu(menu)
+    else:
+        made.connect("activate", lambda _: tell("chosen", label))
+    return made
+
+
+def menus():
+    bar = Gtk.MenuBar()
+    bar.append(menu_item("_File", [menu_item("_Open…"), menu_item("_Export", [menu_item("As _Picture"), menu_item("As Text")])]))
+    bar.append(menu_item("_Edit", [menu_item("Undo")]))
+    return bar
+
+
+def ask(window):
+    dialog = Gtk.MessageDialog(transient_for=window, modal=True, text="Sure?")
+    dialog.set_title("Question")
+    dialog.add_buttons("Not now", 0, "Do it", 1)
+    dialog.connect("response", lambda _, answer: (tell("answered", answer), dialog.destroy()))
+    dialog.show_all()
+
+
+def fields():
+    box = Gtk.Box(spacing=6)
+    label = Gtk.Label(label="_Name:", use_underline=True)
+    name = Gtk.Entry()
+    label.set_mnemonic_widget(name)
+    name.connect("changed", lambda entry: tell("typed", entry.get_text()))
+    search = Gtk.Entry(placeholder_text="Search notes")
+    secret = Gtk.Entry(visibility=False, text="hunter2", placeholder_text="Password")
+    for each in (label, name, search, secret):
+        box.pack_start(each, False, False, 0)
+    return box
+
+
+def choices():
+    box = Gtk.Box(spacing=6)
+    check = Gtk.CheckButton(label="Bold")
+    check.connect("toggled", lambda it: tell("bold", it.get_active()))
+    first = Gtk.RadioButton(label="Left")
+    second = Gtk.RadioButton(label="Right", group=first)
+    second.connect("toggled", lambda it: tell("right", it.get_active()))
+    combo = Gtk.ComboBoxText()
+    for text in ("Small", "Medium", "Large"):
+        combo.append_text(text)
+    combo.set_active(0)
+    combo.connect("changed", lambda it: tell("size", it.get_active_text()))
+    scale = Gtk.Scale.new_with_range(Gtk.Orientation.HORIZONTAL, 0, 10, 1)
+    scale.set_size_request(120, -1)
+    for each in (check, first, second, combo, scale):
+        box.pack_start(each, False, False, 0)
+    return box
+
+
+def rows():
+    box = Gtk.ListBox()
+    for number in range(1, 61):
+        box.add(Gtk.Label(label=f"Row {number}", xalign=0))
+    box.connect("row-activated", lambda _, row: tell("row", row.get_index() + 1))
+    scrolled = Gtk.ScrolledWindow(min_content_height=160)
+    scrolled.add(box)
+    return scrolled
+
+
+def buttons(count):
+    grid = Gtk.Grid()
+    for number in range(count):
+        grid.attach(button(f"Button {number}"), number % 40, number // 40, 1, 1)
+    return grid
+
+
+def main():
+    count = int(sys.argv[1]) if len(sys.argv) > 1 else 0
+    window = Gtk.Window(title="Gallery of GTK 3")
+    window.set_default_size(700, 480)
+    window.connect("destroy", Gtk.main_quit)
+    box = Gtk.Box(orientation=Gtk.Orientation.VERTICAL, spacing=6)
+    line = Gtk.Box(spacing=6)
+    off = button("Disabled one")
+    off.set_sensitive(False)
+    for each in (button("Save"), button("Save As…"), button("Café"), button("Ask", lambda _: ask(window)), off):
+        line.pack_start(each, False, False, 0)
+    freeze = button("Freeze", lambda _: GLib.timeout_add(50, hang))
+    line.pack_start(freeze, False, False, 0)
+    for each in (menus(), line, fields(), choices(), rows()) + ((buttons(count),) if count else ()):
+        box.pack_start(each, False, False, 0)
+    window.add(box)
+    window.show_all()
+    tell("ready")
+    Gtk.main()
+
+
+def hang():
+    import time
+
+    tell("frozen")
+    time.sleep(60)
+
+
+main()

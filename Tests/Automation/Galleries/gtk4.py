@@ -1,0 +1,72 @@
+#!/usr/bin/python3
+"""A GTK 4 window with widgets that people click, and what was done to them in the file $GALLERY_LOG."""
+
+import os
+import sys
+
+import gi
+
+gi.require_version("Gtk", "4.0")
+from gi.repository import Gio, GLib, Gtk  # noqa: E402
+
+
+def tell(*words):
+    with open(os.environ["GALLERY_LOG"], "a", encoding="utf-8") as log:
+        print(*words, file=log)
+
+
+def button(label):
+    made = Gtk.Button(label=label, use_underline=True)
+    made.connect("clicked", lambda _: tell("clicked", label))
+    return made
+
+
+def menu_button(application):
+    menu = Gio.Menu()
+    for name in ("Preferences", "About"):
+        action = Gio.SimpleAction.new(name.lower(), None)
+        action.connect("activate", lambda it, _: tell("chosen", it.get_name()))
+        application.add_action(action)
+        menu.append(name, "app." + name.lower())
+    return Gtk.MenuButton(label="Options", menu_model=menu)
+
+
+def rows():
+    box = Gtk.ListBox()
+    for number in range(1, 61):
+        box.append(Gtk.Label(label=f"Row {number}", xalign=0))
+    box.connect("row-activated", lambda _, row: tell("row", row.get_index() + 1))
+    scrolled = Gtk.ScrolledWindow(min_content_height=200)
+    scrolled.set_child(box)
+    return scrolled
+
+
+def activate(application):
+    window = Gtk.ApplicationWindow(application=application, title="Gallery of GTK 4")
+    window.set_default_size(600, 420)
+    box = Gtk.Box(orientation=Gtk.Orientation.VERTICAL, spacing=6)
+    line = Gtk.Box(spacing=6)
+    off = button("Disabled one")
+    off.set_sensitive(False)
+    entry = Gtk.Entry(placeholder_text="Search notes")
+    entry.connect("changed", lambda it: tell("typed", it.get_text()))
+    check = Gtk.CheckButton(label="Bold")
+    check.connect("toggled", lambda it: tell("bold", it.get_active()))
+    for each in (button("Save"), button("_Inform"), off, menu_button(application), check, entry):
+        line.append(each)
+    box.append(line)
+    box.append(rows())
+    count = int(sys.argv[1]) if len(sys.argv) > 1 else 0
+    grid = Gtk.Grid()
+    for number in range(count):
+        grid.attach(button(f"Button {number}"), number % 40, number // 40, 1, 1)
+    if count:
+        box.append(grid)
+    window.set_child(box)
+    window.present()
+    tell("ready")
+
+
+application = Gtk.Application(application_id="org.tavaro.gallery4", flags=Gio.ApplicationFlags.NON_UNIQUE)
+application.connect("activate", activate)
+application.run([])
