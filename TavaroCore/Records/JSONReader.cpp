@@ -293,6 +293,7 @@ std::optional<std::int64_t> JSONReader::wholeNumber() {
     auto const number = scanNumber();
     std::int64_t value = 0;
     if (!number.isWhole || std::from_chars(at_, number.end, value).ec != std::errc{}) return std::nullopt;
+    if (value == 0 && number.isNegative) return std::nullopt; // only a real one is written back with its sign
     at_ = number.end;
     return value;
 }

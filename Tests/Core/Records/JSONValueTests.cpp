@@ -73,6 +73,7 @@ TEST(JSONValue, isWrittenDownInCodeAsInText) {
 }
 
 TEST(JSONValue, aNumberIsTheSameHoweverItIsWritten) {
+    for (auto const* const zero : {"0", "-0"}) EXPECT_EQ(encodeJSON(JSONValue::parse(zero)), zero);
     EXPECT_EQ(JSONValue::parse("[1.0, -0.0, 1e2]"), JSONValue::parse("[1, 0, 100]"));
     for (auto const* const different : {"1.5", "2", "9223372036854775808", "-9223372036854775808", "1e300", "true"})
         EXPECT_NE(JSONValue::parse(different), JSONValue::parse("1")) << different;
