@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Records a real application on a virtual display, polishes the take and exports it: the main job from end to end.
+# Plays performance.json on a virtual display: an agent opens a real application, works it while it is recorded, and
+# polishes and exports the take. The main job from end to end, with nobody at the machine.
 # Usage: demo.sh BIN_FOLDER OUTPUT_FOLDER. Ends everything it started, also on failure or Ctrl-C.
 set -euo pipefail
 
@@ -7,7 +8,6 @@ here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 bin=$(cd "$1" && pwd)
 mkdir -p "$2"
 output=$(cd "$2" && pwd)
-seconds=12
 
 stage=$(mktemp -d "${TMPDIR:-/tmp}/tavaro-demo.XXXXXX")
 started=()
@@ -46,61 +46,57 @@ wait_until() {
     done
 }
 
-# timed NAME COMMAND…
-timed() {
-    local name=$1 from=$EPOCHREALTIME
-    shift
-    "$@"
-    stages+=("$(LC_ALL=C awk -v name="$name" -v a="$from" -v b="$EPOCHREALTIME" 'BEGIN { printf "%-8s %6.1f s", name, b - a }')")
-}
-
+# Everything of the demo's is its own: the display, one session bus for Tavaro and the application, so that each can be
+# seen by the other, and the folders of a user.
 start_display() {
     start display Xvfb -displayfd 3 -screen 0 1920x1080x24 -nolisten tcp 3>"$stage/display-number"
     wait_until "The virtual display" 20 test -s "$stage/display-number"
     export DISPLAY=":$(<"$stage/display-number")"
-    unset WAYLAND_DISPLAY
     start window-manager openbox --config-file "$here/openbox.xml"
+    start bus dbus-daemon --session --nofork --print-address=3 3>"$stage/bus-address"
+    wait_until "The session bus" 20 test -s "$stage/bus-address"
+    export DBUS_SESSION_BUS_ADDRESS="$(<"$stage/bus-address")"
 }
 
-start_application() {
+make_user() {
+    export HOME="$stage/home" XDG_RUNTIME_DIR="$stage/runtime" GTK_THEME=Adwaita GDK_DPI_SCALE=1.35
+    unset WAYLAND_DISPLAY NO_AT_BRIDGE XDG_DATA_HOME XDG_CONFIG_HOME XDG_CACHE_HOME XDG_STATE_HOME
+    mkdir -p "$HOME/.local/share/applications" "$XDG_RUNTIME_DIR"
+    chmod 700 "$XDG_RUNTIME_DIR"
+}
+
+# The application opens the demo's file, with settings of its own, wherever it is opened from.
+install_application() {
     cp -r "$here/geany" "$stage/geany"
     cp "$here/films.py" "$stage/films.py"
-    export GTK_THEME=Adwaita GDK_DPI_SCALE=1.35 NO_AT_BRIDGE=1
-    start application dbus-run-session -- geany -c "$stage/geany" -i -s "$stage/films.py"
-    wait_until "The application's window" 30 xdotool search --onlyvisible --class Geany
-    xdotool mousemove 980 640
-    sleep 1.5 # the window paints its first frames
+    sed "s|^Exec=.*|Exec=geany -c $stage/geany -i -s $stage/films.py|" /usr/share/applications/geany.desktop \
+        >"$HOME/.local/share/applications/geany.desktop"
 }
 
-take_is_running() { [[ -n $(find "$XDG_DATA_HOME/Tavaro/Recordings" -name in-progress.json 2>/dev/null) ]]; }
+# Started here rather than by the first call, so that it ends with the demo.
+start_tavaro() {
+    start tavaro "$bin/tavaro" serve
+    wait_until "Tavaro" 20 answers
+}
 
-# The performance starts when the take does; the recorder ends by itself.
-record() {
-    local recorder performer
-    "$bin/tavaro" record --seconds "$seconds" --no-polish -o "$project" &
-    recorder=$!
-    wait_until "The recording" 20 take_is_running
-    setsid xdotool "$stage/performance" >"$stage/performance.log" 2>&1 &
-    performer=$!
-    started+=("$performer")
-    wait "$recorder"
-    wait "$performer" || fail "the performance stopped: $(tail -n 1 "$stage/performance.log")"
+answers() { "$bin/tavaro" mcp --json | grep -q '"isRunning":true'; }
+
+perform() {
+    sed "s|OUTPUT|$output|" "$here/performance.json" >"$stage/performance.json"
+    "$bin/tavaro" play "$stage/performance.json" -o "$project"
 }
 
 project="$output/demo.recproj"
 movie="$output/demo.mp4"
-stages=()
 rm -rf "$project"
-rm -f "$movie"
-export XDG_DATA_HOME="$stage/data"
+rm -f "$movie" "$output/demo.png"
 
-"$here/act.sh" >"$stage/performance"
+make_user
 start_display
-start_application
-timed record record
-timed polish "$bin/tavaro" polish "$project" --mode desktopApp
-timed export "$bin/tavaro" export "$project" --preset youtube-1080 -o "$movie"
+install_application
+start_tavaro
+perform
+zooms=$("$bin/tavaro" info "$project" | sed -n 's/^zooms  *\([0-9]\)/\1/p')
+((zooms >= 3)) || fail "the film has $zooms zooms; three at least were expected"
 
-echo
-printf '%s\n' "${stages[@]}"
 echo "$movie"
