@@ -91,7 +91,7 @@ void measureGlides(std::string const& display) {
     print("glide.deviation_p95", percentile(deviations, 0.95), "ms");
 }
 
-/// From another's moving the pointer by one pixel to the end of the glide.
+/// From another's moving the pointer by a pixel at a time to the end of the glide.
 void measureStops(std::string const& display) {
     std::vector<double> delays;
     TestClient user(display);
@@ -101,9 +101,13 @@ void measureStops(std::string const& display) {
         std::atomic<Clock::time_point> moved{Clock::now()};
         std::thread mouse([&] {
             std::this_thread::sleep_for(150ms);
-            auto const at = user.connection().ask<xcb_query_pointer, xcb_query_pointer_reply>(user.connection().root());
             moved = Clock::now();
-            user.movePointer(at->root_x - 1, at->root_y);
+            for (int move = 0; move < 5; ++move) { // as often as a mouse tells of a hand's moving it
+                auto const at =
+                    user.connection().ask<xcb_query_pointer, xcb_query_pointer_reply>(user.connection().root());
+                user.movePointer(at->root_x - 1, at->root_y);
+                std::this_thread::sleep_for(8ms);
+            }
         });
         try {
             pointer.glide({1800, 1000}, 2);

@@ -49,7 +49,7 @@ Wheel::Turned Wheel::turn(WheelAxis axis, double pixels) {
     double const wanted = std::abs(pixels), worth = notchPixels();
     bool const isSeen = moved_ > 0;
     auto const reached = [&] { return isSeen ? moved_ : sent_ * worth; };
-    notches(static_cast<int>(std::lround((wanted - reached()) / worth)));
+    notches(static_cast<int>(std::lround((wanted - reached()) / worth)), wanted - worth / 2);
     settle();
     // Programs may take two quick notches for one.
     for (int extra = 0; isSeen && !isStuck() && extra < mostExtraNotches && wanted - moved_ > worth * 0.75; ++extra) {
@@ -86,8 +86,8 @@ bool Wheel::tryNotch() {
     return moved_ > 0 || seen_.changedShare(first_, across_) >= unfollowedShare;
 }
 
-void Wheel::notches(int count) {
-    for (int i = 0; i < count && !isStuck(); ++i) {
+void Wheel::notches(int count, double enough) {
+    for (int i = 0; i < count && moved_ < enough && !isStuck(); ++i) {
         notch();
         watchUntil(InputClock::now() + gapAfter(i, count));
     }

@@ -26,7 +26,8 @@ public:
 private:
     void begin(WheelAxis axis, double pixels);
     void notch();
-    void notches(int count);
+    /// That many, or fewer where what moves shows that its first notch was worth less than the others.
+    void notches(int count, double enough);
     /// Follows the picture for that long.
     void watchUntil(InputClock::time_point end);
     /// Turns it once; whether that moved anything.

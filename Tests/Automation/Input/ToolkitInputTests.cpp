@@ -4,7 +4,15 @@
 #include <TavaroAutomation/Input/Private/Typist.h>
 #include <TavaroCore/Records/Fields.h>
 
+#include <cstdlib>
+
 namespace tavaro {
+
+namespace {
+
+constexpr TypingPace pace{std::chrono::milliseconds(20), std::chrono::milliseconds(0)};
+
+}
 
 /// What programs of real toolkits make of the pointer and the keyboard.
 class ToolkitInputTest : public testing::TestWithParam<SinkToolkit> {
@@ -29,6 +37,21 @@ TEST_P(ToolkitInputTest, noCharacterIsLost) {
     typist.type(text);
     eventually([&] { return sink->text().size() >= text.size(); });
     EXPECT_EQ(sink->text(), text);
+}
+
+TEST_P(ToolkitInputTest, everyLayoutTypesTheSame) {
+    auto const use = [&](std::string const& layout) {
+        return std::system(("setxkbmap -display " + display->name() + " -layout " + layout).c_str()) == 0;
+    };
+    std::string const text = "aZ qwerty 159 +-/@#{}~ éß дом 日\n";
+    std::string expected;
+    for (auto const* const layout : {"de", "fr", "us,ru", "ru"}) {
+        if (!use(layout)) GTEST_SKIP() << "there is no setxkbmap";
+        Typist(display->name(), pace).type(text);
+        expected += text;
+        eventually([&] { return sink->text() == expected; });
+        ASSERT_EQ(sink->text(), expected) << layout;
+    }
 }
 
 TEST_P(ToolkitInputTest, theWheelGoesAsFarAsAskedWithinHalfANotchAndSaysHowFar) {
