@@ -74,7 +74,7 @@ void ProjectTools::show(RunningCall& call, OpenProjects::Opened const& project) 
     auto view = viewOf(project->document());
     auto const summary = fmt::format("{}, {:.2f} s.{}", excerpt(project->document().name),
                                      project->document().duration(), view.leftOut());
-    call.finish(toolResult::ok(summary, view.json));
+    call.finish(toolResult::ok(summary, std::move(view.json)));
 }
 
 void ProjectTools::edit(RunningCall& call, OpenProjects::Opened const& project) {
