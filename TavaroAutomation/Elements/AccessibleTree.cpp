@@ -56,6 +56,7 @@ private:
         int depth = 0;
         bool isKept = false;
         bool isPlaced = false; // its place is known
+        bool isInShownRow = false;
         int childCount = -1;
         std::optional<TitleSource> titleSource;
     };
@@ -82,8 +83,15 @@ private:
         if (states.has(State::defunct)) return false;
         if (visit.depth == 0) return true; // a window that was minimised shows as soon as it is raised
         // GTK 4 says of nothing but windows that it shows.
-        if (toolkit_ == Toolkit::gtk4) return states.has(State::visible);
+        if (toolkit_ == Toolkit::gtk4 || isInShownRow(visit)) return states.has(State::visible);
         return states.has(State::showing);
+    }
+
+    /// GTK 3 takes the place in a row for one in the list, so that of a list that was scrolled no row's contents show.
+    bool isInShownRow(Visit const& visit) const {
+        if (toolkit_ != Toolkit::gtk3 || visit.node.parent < 0) return false;
+        auto const& parent = visits_[visit.node.parent];
+        return parent.isInShownRow || (parent.node.role == Role::listItem && !parent.node.isScrolledAway);
     }
 
     /// Laid out but not shown: something to click, or a label in such.
@@ -98,6 +106,7 @@ private:
         auto& visit = visits_[index];
         auto const& address = visit.node.address;
         bool const isShown = mayShow(visit);
+        visit.isInShownRow = isShown && isInShownRow(visit);
         visit.node.isScrolledAway = !isShown && mayBeScrolledAway(visit);
         visit.isKept = isShown || visit.node.isScrolledAway;
         if (!visit.isKept) return;

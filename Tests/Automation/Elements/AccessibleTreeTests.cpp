@@ -85,6 +85,19 @@ TEST_F(AccessibleTreeTest, whatHasNoNameIsCalledByItsLabelElseByWhatIsSaidOfIt) 
     EXPECT_THAT(names(walk(program)), ElementsAre("Window", "Name:", "Primary menu", ""));
 }
 
+TEST_F(AccessibleTreeTest, whatIsInARowThatShowsIsThereThoughGTK3SaysThatItDoesNotShow) {
+    auto laidOut = [](FakeWidget widget) {
+        widget.states = {State::visible, State::sensitive};
+        return widget;
+    };
+    std::deque<FakeWidget> const widgets{widget(Role::application, "app", {1}), widget(Role::frame, "Window", {2, 5}),
+                                         widget(Role::listItem, "", {3}),       laidOut(widget(Role::panel, "", {4})),
+                                         laidOut(widget(Role::label, "Inbox")), laidOut(widget(Role::panel, "", {6})),
+                                         widget(Role::label, "On another page")};
+    EXPECT_THAT(names(walk(start(widgets, "gtk"))), ElementsAre("Window", "", "", "Inbox"));
+    EXPECT_THAT(names(walk(start(widgets, "Chromium"))), ElementsAre("Window", ""));
+}
+
 TEST_F(AccessibleTreeTest, aSheetOfTwoBillionCellsIsOnlyLookedAtWhereItShows) {
     std::deque<FakeWidget> widgets{widget(Role::application, "app", {1}), widget(Role::frame, "Window", {2}),
                                    widget(Role::table, "Sheet")};
