@@ -83,7 +83,8 @@ void UITools::elements(RunningCall& call) {
         JSONValue::Array elements;
         for (auto const& element : listing.elements) elements.push_back(objectOf(element));
         auto const* const rest = listing.isComplete ? "" : " It was too slow to tell of everything: this is a part.";
-        return toolResult::ok(fmt::format("{} elements in {}.{}", elements.size(), excerpt(request.app), rest),
+        auto const summary = fmt::format("{} elements in {}.{}", elements.size(), excerpt(request.app), rest);
+        return toolResult::ok(summary,
                               JSONValue::Object{{"elements", std::move(elements)}, {"complete", listing.isComplete}});
     });
 }

@@ -84,11 +84,12 @@ void expectNotStopped(std::stop_token const& stop) {
     if (stop.stop_requested()) throw AutomationError(AutomationError::Kind::cancelled, "The action was cancelled.");
 }
 
-bool waitUntil(Deadline deadline, std::stop_token const& stop, std::function<bool()> const& isSo) {
+bool waitUntil(Deadline deadline, std::stop_token const& stop, std::function<bool()> const& isSo,
+               std::chrono::milliseconds pause) {
     while (!isSo()) {
         expectNotStopped(stop);
         if (Clock::now() >= deadline) return false;
-        std::this_thread::sleep_for(5ms);
+        std::this_thread::sleep_for(pause);
     }
     return true;
 }

@@ -21,6 +21,7 @@ using atspi::PlacedElement;
 
 // How long after its window a program's widgets are there: a page's come 0.7 s later, a busy machine's more.
 constexpr auto patience = 2500ms;
+constexpr auto betweenLooks = 40ms; // a program that is asked without a pause gets nothing else done
 
 std::string inQuotes(std::string_view title) { return fmt::format("“{}”", excerpt(title)); }
 
@@ -78,11 +79,14 @@ bool hasOpenMenu(ApplicationListing const& listing) {
 
 UIElementListing TargetSearch::list(std::string const& app, std::stop_token const& stop) {
     OpenApplication application;
-    x11::waitUntil(Clock::now() + patience, stop, [&] {
-        application = applications_.find(app);
-        listing_ = applications_.list(application, stop);
-        return !listing_.elements.empty() || !listing_.isComplete;
-    });
+    x11::waitUntil(
+        Clock::now() + patience, stop,
+        [&] {
+            application = applications_.find(app);
+            listing_ = applications_.list(application, stop);
+            return !listing_.elements.empty() || !listing_.isComplete;
+        },
+        betweenLooks);
     if (!listing_.saysAnything && listing_.isComplete)
         fail(AutomationError::Kind::noElements, saysNothing(application) + " Use ui_screenshot and click by x and y.");
     return {.elements = listing_.asElements(), .isComplete = listing_.isComplete};
@@ -106,14 +110,17 @@ FoundTarget TargetSearch::find(UITarget const& target, Purpose purpose, std::sto
 FoundTarget TargetSearch::look(UITarget const& target, std::stop_token const& stop) {
     OpenApplication application;
     PlacedElement const* found = nullptr;
-    x11::waitUntil(Clock::now() + patience, stop, [&] {
-        application = applications_.find(target.app);
-        listing_ = applications_.list(application, stop);
-        found = matching(target, listing_);
-        // An id is of a listing that was there; it does not come later.
-        bool const isLast = !target.element.empty() && listing_.isComplete;
-        return found || isLast;
-    });
+    x11::waitUntil(
+        Clock::now() + patience, stop,
+        [&] {
+            application = applications_.find(target.app);
+            listing_ = applications_.list(application, stop);
+            found = matching(target, listing_);
+            // An id is of a listing that was there; it does not come later.
+            bool const isLast = !target.element.empty() && listing_.isComplete;
+            return found || isLast;
+        },
+        betweenLooks);
     if (!found) failMissing(target, application, listing_);
     return {.application = std::move(application), .placed = *found};
 }

@@ -13,8 +13,9 @@ using Deadline = std::chrono::steady_clock::time_point;
 
 /// Throws `AutomationError` when stopped.
 void expectNotStopped(std::stop_token const& stop);
-/// Asks every few milliseconds. False when that is not so by the deadline. Throws `AutomationError` when stopped.
-bool waitUntil(Deadline deadline, std::stop_token const& stop, std::function<bool()> const& isSo);
+/// Asks every `pause`. False when that is not so by the deadline. Throws `AutomationError` when stopped.
+bool waitUntil(Deadline deadline, std::stop_token const& stop, std::function<bool()> const& isSo,
+               std::chrono::milliseconds pause = std::chrono::milliseconds(5));
 
 /// Brings the window to the front, also from an icon, and waits until it has the keyboard: keys that are sent before go
 /// elsewhere. False when it has not within a second.

@@ -141,8 +141,10 @@ TEST_F(GTK3Gallery, anApplicationThatIsClosedHasNoWindow) {
 TEST_F(GTK3Gallery, aProgramThatTellsNothingOfItsWidgetsIsASentenceAndWorkedByPoints) {
     TestClient client(desktop->display());
     client.makeWindow({.frame = {20, 30, 200, 100}, .windowClass = "Plain", .title = "Just pixels"});
-    EXPECT_EQ(sentenceOf([&] { automation->elements({.app = "plain"}); }),
-              "plain tells nothing of what is in its windows. Use ui_screenshot and click by x and y.");
+    EXPECT_TRUE(eventually([&] {
+        return sentenceOf([&] { automation->elements({.app = "plain"}); }) ==
+               "plain tells nothing of what is in its windows. Use ui_screenshot and click by x and y.";
+    }));
     EXPECT_THAT(sentenceOf([&] { click({.app = "plain", .title = "Go"}); }),
                 StartsWith("Nothing titled “Go” is in plain. plain tells nothing of what is in its windows."));
     auto const picture = automation->screenshot({.app = "plain"});
