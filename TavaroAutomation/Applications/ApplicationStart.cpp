@@ -98,10 +98,6 @@ OpenWindow inFront(x11::Connection& connection, OpenWindow window, std::stop_tok
 
 }
 
-std::string shownName(DesktopEntry const* entry, std::string const& asked) {
-    return entry ? entry->identity.name : excerpt(asked);
-}
-
 UIAppInfo openApplication(x11::Connection& connection, ApplicationStart const& start) {
     DesktopEntries const entries(DesktopEntries::usualFolders());
     auto const* const entry = entryNamed(entries, start.name);

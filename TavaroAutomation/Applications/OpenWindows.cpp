@@ -77,8 +77,6 @@ std::optional<OpenWindow> openWindow(Connection& connection, xcb_window_t topLev
                       .frame = uiRect(*frame),
                       .isPopup = isPopup,
                       .isMinimized = isIcon,
-                      .isTransient = !connection.cardinals(window, "WM_TRANSIENT_FOR").empty() ||
-                                     hasType(connection, window, {"_NET_WM_WINDOW_TYPE_DIALOG"}),
                       .isSplash = hasType(connection, window, {"_NET_WM_WINDOW_TYPE_SPLASH"})};
     bool const isInstalled = result.application.bundleID != result.windowClass.name;
     if (!isInstalled && result.pid != 0) result.launchedAs = launchedAs(result.pid);

@@ -180,7 +180,6 @@ struct AccessibilityBus::State {
         while (!waiting.empty() && underWay < mostUnderWay) {
             auto question = std::move(waiting.front());
             waiting.pop_front();
-            ++asked;
             auto const left = std::chrono::duration_cast<Microseconds>(deadline - std::chrono::steady_clock::now());
             auto* const raw = question.get();
             open.emplace(raw, std::move(question));
@@ -218,7 +217,6 @@ struct AccessibilityBus::State {
     std::deque<std::unique_ptr<Question>> waiting;
     std::map<Question*, std::unique_ptr<Question>> open;
     std::size_t underWay = 0;
-    std::size_t asked = 0;
 };
 
 AccessibilityBus::AccessibilityBus(std::string const& display) : AccessibilityBus(KnownAddress{busAddress(display)}) {}
@@ -340,7 +338,5 @@ AccessibilityBus::Outcome AccessibilityBus::run(Deadline deadline, std::stop_tok
         if (code == 0) sd_bus_wait(state_->bus.get(), glance.count());
     }
 }
-
-std::size_t AccessibilityBus::asked() const { return state_->asked; }
 
 }

@@ -2,9 +2,7 @@
 
 #include <TavaroAutomation/Applications/Private/OpenWindows.h>
 #include <TavaroAutomation/Applications/UIAppInfo.h>
-#include <TavaroCapture/Sources/DesktopEntries.h>
 
-#include <functional>
 #include <stop_token>
 #include <string>
 
@@ -16,9 +14,6 @@ struct ApplicationStart {
     std::string display; // ":0"; empty for this program's
     std::stop_token stop;
 };
-
-/// What people call it in sentences.
-std::string shownName(DesktopEntry const* entry, std::string const& asked);
 
 /// Brings the application's window to the front, after starting it where it shows none, and waits until the window is
 /// painted and has the keyboard. Splash screens are waited for. Throws `AutomationError` after 30 s without a window.

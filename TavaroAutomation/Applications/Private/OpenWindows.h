@@ -23,8 +23,7 @@ struct OpenWindow {
     UIRect frame;                    // as people see the window
     bool isPopup = false;            // a menu, a list, a tooltip: the window manager leaves it alone
     bool isMinimized = false;
-    bool isTransient = false; // a dialog of another window
-    bool isSplash = false;    // that a program shows while it starts
+    bool isSplash = false; // that a program shows while it starts
 };
 
 /// Frontmost first, popups too; without desktops, docks and tooltips.

@@ -3,7 +3,6 @@
 #include <TavaroAutomation/Elements/Private/Accessible.h>
 
 #include <chrono>
-#include <cstddef>
 #include <functional>
 #include <map>
 #include <memory>
@@ -54,8 +53,6 @@ public:
     enum class Outcome { allAnswered, late, stopped };
     /// Until all is answered, or no later than the deadline: what is still open then is dropped.
     Outcome run(Deadline deadline, std::stop_token const& stop = {});
-
-    std::size_t asked() const;
 
 private:
     struct State;
