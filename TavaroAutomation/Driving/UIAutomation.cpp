@@ -122,7 +122,7 @@ UIPicture UIAutomation::screenshot(UIScreenshotRequest const& request, std::stop
     if (!request.app.empty()) {
         auto const application = state_->search.application(request.app);
         wanted.window = application.front.window;
-        name = fmt::format("{}: “{}”", application.name, excerpt(application.front.title));
+        name = fmt::format("{} — {}", application.name, excerpt(application.front.title));
     }
     x11::expectNotStopped(stop);
     auto picture = takeScreenshot(wanted);

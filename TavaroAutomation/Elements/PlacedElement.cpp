@@ -102,7 +102,7 @@ private:
         Placement placement;
         UIRect clip;
         std::size_t window = 0;
-        bool isInList = false; // that opens from a button
+        std::optional<UIRect> combo; // whose list the node is in, which shows in a window of its own
     };
 
     AccessibleNode const& node(int index) const { return tree_.nodes[static_cast<std::size_t>(index)]; }
@@ -118,7 +118,7 @@ private:
         auto const frame = around.placement.onScreen(node(index).extents);
         add(index, frame, around);
         if (isClipping(node(index), tree_.toolkit)) around.clip = around.clip.intersection(frame);
-        around.isInList = around.isInList || node(index).role == Role::comboBox;
+        if (node(index).role == Role::comboBox) around.combo = frame;
         for (int const child : node(index).children) place(child, around);
     }
 
@@ -135,12 +135,12 @@ private:
                 around.placement.dy = popup.contents.y - node.extents.y * around.placement.scale;
             } else {
                 auto const center = around.placement.onScreen(node.extents).center();
-                bool const mayBe = isOfMenu(node.role) || !around.clip.contains(center);
+                bool const mayBe = isOfMenu(node.role) || around.combo || !around.clip.contains(center);
                 if (!mayBe || !popup.contents.contains(center)) continue;
             }
             around.clip = popup.contents;
             around.window = i;
-            around.isInList = false;
+            around.combo.reset();
             return;
         }
     }
@@ -148,10 +148,11 @@ private:
     void add(int index, UIRect const& frame, Around const& around) {
         auto const& it = node(index);
         auto const role = it.isSearch ? "SearchField" : elementRole(it.role, it.states);
-        if (role.empty() || frame.isEmpty() || isWrapper(index)) return;
+        bool const isInClosedList = around.combo && !around.combo->contains(frame.center());
+        if (role.empty() || frame.isEmpty() || isInClosedList || isWrapper(index)) return;
         auto const shown = frame.intersection(around.clip);
         bool const isInside = !shown.isEmpty() && around.clip.contains(shown.center());
-        bool const isAway = !isInside && !around.isInList && !isOfMenu(it.role) && !around.clip.isEmpty();
+        bool const isAway = !isInside && !around.combo && !isOfMenu(it.role) && !around.clip.isEmpty();
         if (it.isScrolledAway ? !isAway : !isInside && !isAway) return;
         auto const title = titleOf(index);
         bool const isSomewhere = std::abs(frame.x) < farthest && std::abs(frame.y) < farthest;

@@ -135,6 +135,17 @@ TEST(PlacedElement, anOpenMenuOrListShowsInItsOwnWindow) {
     EXPECT_THAT(tree.visible({popup({100, 120, 150, 410}), main}), ElementsAre("File", "Open", "Far down", "Beside"));
 }
 
+TEST(PlacedElement, anOpenListLiesOverItsWindow) {
+    TestTree tree(Toolkit::qt);
+    auto const frame = tree.add(-1, Role::frame, "Main", {100, 100, 400, 300});
+    auto const combo = tree.add(frame, Role::comboBox, "Small", {110, 150, 200, 20});
+    auto const list = tree.add(combo, Role::list, "", {110, 150, 200, 60});
+    tree.add(list, Role::listItem, "Medium", {110, 170, 200, 20});
+    auto const main = window("Main", {100, 100, 400, 300});
+    EXPECT_THAT(tree.visible({popup({110, 150, 200, 60}), main}), ElementsAre("Medium"));
+    EXPECT_THAT(tree.visible({main}), ElementsAre("Small"));
+}
+
 TEST(PlacedElement, aDialogCoversTheWindowBehindIt) {
     TestTree tree(Toolkit::gtk3);
     auto const main = tree.add(-1, Role::frame, "Main", {100, 100, 400, 300});
