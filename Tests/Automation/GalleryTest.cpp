@@ -4,7 +4,7 @@ namespace tavaro {
 
 void GalleryTest::open(std::string const& gallery) {
     if (auto const missing = TestDesktop::missing(); !missing.empty()) GTEST_SKIP() << missing << " is not installed";
-    if (!TestDesktop::canRun(gallery)) GTEST_SKIP() << "python3-gi and its " << gallery << " are not installed";
+    if (!TestDesktop::canRun(gallery)) GTEST_SKIP() << "Python has no " << gallery;
     desktop.emplace();
     desktop->install(app, gallery);
     automation.emplace(desktop->display());

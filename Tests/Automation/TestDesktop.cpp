@@ -43,9 +43,10 @@ std::string TestDesktop::missing() {
 }
 
 bool TestDesktop::canRun(std::string const& gallery) {
-    auto const version = gallery == "gtk3" ? "3.0" : "4.0";
-    auto const script =
-        std::string("import gi; gi.require_version('Gtk', '") + version + "'); from gi.repository import Gtk";
+    std::string const toolkit = gallery == "gtk3" ? "3.0" : "4.0";
+    auto const script = gallery == "qt5"
+                            ? "import PyQt5.QtWidgets"
+                            : "import gi; gi.require_version('Gtk', '" + toolkit + "'); from gi.repository import Gtk";
     pid_t const process = startQuietly({"/usr/bin/python3", "-c", script.c_str()});
     int status = 1;
     return process != 0 && ::waitpid(process, &status, 0) == process && status == 0;

@@ -21,7 +21,7 @@ public:
 
     /// What is not installed here; empty where nothing is missing.
     static std::string missing();
-    /// Whether a program of `Galleries` can run here: "gtk3", "gtk4".
+    /// Whether a program of `Galleries` can run here: "gtk3", "gtk4", "qt5".
     static bool canRun(std::string const& gallery);
 
     std::string const& display() const { return display_->name(); }

@@ -183,4 +183,40 @@ TEST_F(GTK4Gallery, isTypedIntoAndScrolled) {
     EXPECT_TRUE(logsSoon("row 60"));
 }
 
+/// Whose toolkit takes what is scrolled away and closed for showing.
+class Qt5Gallery : public GalleryTest {
+protected:
+    void SetUp() override { open("qt5"); }
+};
+
+TEST_F(Qt5Gallery, saysOnlyWhatShows) {
+    auto const all = elements();
+    EXPECT_EQ(all.at("Row 1").role, "Row");
+    EXPECT_EQ(all.at("First").role, "Tab");
+    EXPECT_FALSE(all.at("Disabled one").isEnabled);
+    for (auto const* const title : {"On the second", "Medium", "Open..."}) EXPECT_FALSE(all.contains(title)) << title;
+    for (auto const& [title, element] : all)
+        EXPECT_EQ(element.frame.intersection(info.frame).isEmpty(), !element.isVisible);
+}
+
+TEST_F(Qt5Gallery, isClickedByTitleInMenusListsAndTabsToo) {
+    clickTitle("Save");
+    EXPECT_TRUE(logsSoon("clicked Save"));
+    clickTitle("File");
+    clickTitle("Export");
+    clickTitle("As Picture");
+    EXPECT_TRUE(logsSoon("chosen Picture"));
+    clickTitle("Small");
+    clickTitle("Large");
+    EXPECT_TRUE(logsSoon("size Large"));
+    clickTitle("Second");
+    clickTitle("On the second");
+    EXPECT_TRUE(logsSoon("clicked On the second"));
+    clickTitle("Row 3");
+    EXPECT_TRUE(logsSoon("row Row 3"));
+    clickTitle("Search notes");
+    automation->keys({.text = "hello", .hold = 0});
+    EXPECT_TRUE(logsSoon("typed hello"));
+}
+
 }

@@ -1,0 +1,64 @@
+#!/usr/bin/python3
+"""A Qt 5 window with widgets that people click, and what was done to them in the file $GALLERY_LOG."""
+
+import os
+import sys
+
+from PyQt5.QtWidgets import (QApplication, QCheckBox, QComboBox, QLineEdit, QListWidget, QMainWindow, QPushButton,
+                             QTabWidget, QVBoxLayout, QWidget)
+
+
+def tell(*words):
+    with open(os.environ["GALLERY_LOG"], "a", encoding="utf-8") as log:
+        print(*words, file=log)
+
+
+def button(label):
+    made = QPushButton(label)
+    made.clicked.connect(lambda: tell("clicked", label))
+    return made
+
+
+def add_menu(window):
+    menu = window.menuBar().addMenu("&File")
+    menu.addAction("&Open...").triggered.connect(lambda: tell("chosen Open"))
+    menu.addMenu("&Export").addAction("As &Picture").triggered.connect(lambda: tell("chosen Picture"))
+
+
+def widgets():
+    check = QCheckBox("&Bold")
+    check.toggled.connect(lambda on: tell("bold", on))
+    field = QLineEdit()
+    field.setPlaceholderText("Search notes")
+    field.textChanged.connect(lambda text: tell("typed", text))
+    sizes = QComboBox()
+    sizes.addItems(["Small", "Medium", "Large"])
+    sizes.currentTextChanged.connect(lambda text: tell("size", text))
+    rows = QListWidget()
+    rows.addItems([f"Row {number}" for number in range(1, 61)])
+    rows.itemClicked.connect(lambda row: tell("row", row.text()))
+    tabs = QTabWidget()
+    tabs.addTab(button("On the first"), "First")
+    tabs.addTab(button("On the second"), "Second")
+    off = button("Disabled one")
+    off.setEnabled(False)
+    return button("Save"), button("Save As…"), off, check, field, sizes, rows, tabs
+
+
+def main():
+    application = QApplication(sys.argv)
+    window = QMainWindow()
+    window.setWindowTitle("Gallery of Qt 5")
+    add_menu(window)
+    content = QWidget()
+    layout = QVBoxLayout(content)
+    for widget in widgets():
+        layout.addWidget(widget)
+    window.setCentralWidget(content)
+    window.resize(500, 520)
+    window.show()
+    tell("ready")
+    application.exec_()
+
+
+main()
