@@ -151,7 +151,7 @@ class BadClients(Crowd):
         ways[number % len(ways)]()
         self.works()
         until("the connections' end", 15, lambda: self.threads() < 40)
-        check(memory(self.process) < before + 250, f"{memory(self.process) - before:.0f} MiB more than before")
+        check(memory(self.process) < before + 500, f"{memory(self.process) - before:.0f} MiB more than before")
 
     def half_lines(self):
         """They wait for ten seconds; others are served meanwhile, and so is one whose line comes in pieces."""
