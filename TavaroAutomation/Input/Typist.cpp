@@ -50,7 +50,7 @@ struct Typist::State {
     void awaitFreeKeyboard(std::stop_token const& stop);
     void strike(KeyStroke const& stroke, std::chrono::milliseconds length, std::stop_token const& stop);
     KeyStroke strokeOf(KeyboardLayout const& layout, std::uint32_t symbol, std::stop_token const& stop);
-    KeyStroke strokeOf(KeyboardLayout const& layout, KeyCombo const& combo);
+    KeyStroke strokeOf(KeyboardLayout const& layout, KeyCombo const& combo, std::stop_token const& stop);
     std::chrono::milliseconds gapAfter(std::uint32_t symbol) const;
 };
 
@@ -85,15 +85,14 @@ KeyStroke Typist::State::strokeOf(KeyboardLayout const& layout, std::uint32_t sy
     return {spare.keyMaking(symbol, stop), {}};
 }
 
-KeyStroke Typist::State::strokeOf(KeyboardLayout const& layout, KeyCombo const& combo) {
+KeyStroke Typist::State::strokeOf(KeyboardLayout const& layout, KeyCombo const& combo, std::stop_token const& stop) {
     auto const* const key = ansiKey(combo.keyCode);
     if (!key) refuseKey("the virtual key code " + std::to_string(combo.keyCode));
+    // Programs know a shortcut by its symbol: where the layout lacks that, a spare key makes it, and only without one
+    // the key at its place.
+    auto const code = spare.codes().empty() ? layout.at(key->place) : std::nullopt;
     auto stroke = layout.making(key->symbol, spare.codes());
-    if (!stroke) {
-        auto const code = layout.at(key->place);
-        if (!code) refuseKey(key->name);
-        stroke = KeyStroke{*code, {}};
-    }
+    if (!stroke) stroke = code ? KeyStroke{*code, {}} : strokeOf(layout, key->symbol, stop);
     for (auto const* const place : modifierPlaces(combo.flags)) {
         auto const code = layout.at(place);
         if (!code) refuseKey("a modifier of this shortcut");
@@ -131,7 +130,7 @@ void Typist::press(KeyCombo const& combo, std::stop_token const& stop) {
     s.awaitFreeKeyboard(stop);
     KeyboardLayout const layout(s.input);
     x11::CapsLockOff const capsLockOff(s.input.connection());
-    auto const stroke = s.strokeOf(layout, combo);
+    auto const stroke = s.strokeOf(layout, combo, stop);
     std::vector<FakeInput::Held> modifiers;
     modifiers.reserve(stroke.modifiers.size());
     for (auto const code : stroke.modifiers) {

@@ -33,7 +33,7 @@ public:
     /// UTF-8. Line ends press Return. Throws `AutomationError` (`invalidRequest`) before the first key for text that
     /// holds what no key can make.
     void type(std::string_view text, std::stop_token const& stop = {});
-    /// By the symbol of the key where the layout has it, else by its place on the keyboard.
+    /// By the symbol of the key, whichever layout is in use.
     void press(KeyCombo const& combo, std::stop_token const& stop = {});
 
 private:
