@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <malloc.h>
 #include <optional>
 #include <utility>
 
@@ -31,6 +32,7 @@ struct FrameDrawer::Easel {
     DrawnFrame drawn(FrameRequest const& request);
     DrawnFrame drawn(FrameRequest const& request, Size2 size);
     void show(FrameRequest const& request, Size2 size);
+    void rest();
 };
 
 void FrameDrawer::Easel::show(FrameRequest const& request, Size2 size) {
@@ -69,6 +71,13 @@ DrawnFrame FrameDrawer::Easel::drawn(FrameRequest const& request) {
     return frame;
 }
 
+/// The allocator would keep for the next painter what this one took, a hundred megabytes.
+void FrameDrawer::Easel::rest() {
+    if (!painter) return;
+    painter.reset();
+    malloc_trim(0);
+}
+
 FrameDrawer::FrameDrawer(MainQueue& queue) : easel_(std::make_shared<Easel>()), side_(queue, "com.tavaro.frames") {}
 
 FrameDrawer::~FrameDrawer() { side_.thread().stopTimer(); }
@@ -84,7 +93,7 @@ FrameDrawer::Interest FrameDrawer::draw(FrameRequest request, std::function<void
         },
         [this, wanted, answer = std::move(answer)](Outcome<DrawnFrame> const& frame) {
             side_.thread().startTimer(mediaClockNow() + keptSeconds, keptSeconds,
-                                      [easel = easel_](double) { easel->painter.reset(); });
+                                      [easel = easel_](double) { easel->rest(); });
             if (!wanted.expired()) answer(frame);
         });
     return interest;
