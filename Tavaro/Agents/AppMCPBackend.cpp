@@ -4,16 +4,21 @@
 #include <Tavaro/Agents/Private/PendingCall.h>
 
 #include <TavaroCore/Errors/Excerpt.h>
+#include <TavaroCore/Records/JSONError.h>
+#include <TavaroCore/Records/JSONReader.h>
 #include <TavaroMCP/Bridge/BridgeServer.h>
 #include <TavaroMCP/Protocol/ToolResult.h>
 
+#include <fmt/format.h>
 #include <spdlog/spdlog.h>
 
 #include <atomic>
 #include <chrono>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <utility>
+#include <variant>
 
 namespace tavaro {
 
@@ -24,6 +29,24 @@ ToolResult interrupted() {
 }
 
 std::string_view outcomeOf(ToolResult const& result) { return result.failure ? nameOf(*result.failure) : "done"; }
+
+constexpr std::uint64_t mostArgumentMemory = std::uint64_t{256} << 20; // a million and a half of numbers
+
+JSONValue::Object treeOf(JSONText const& arguments) {
+    try {
+        JSONReader reader(arguments.text());
+        reader.takeMemory(JSONReader::mostMemory - mostArgumentMemory);
+        JSONValue tree;
+        readJSON(reader, tree);
+        return std::get<JSONValue::Object>(std::move(tree.content));
+    } catch (JSONError const& error) {
+        if (error.kind() == JSONError::Kind::tooLarge)
+            throw MCPToolError(MCPErrorCode::invalidArguments,
+                               "The arguments hold too many values: they would take more than 256 MiB of memory.");
+        throw MCPToolError(MCPErrorCode::invalidArguments,
+                           fmt::format("The arguments cannot be read: {}.", error.what()));
+    }
+}
 
 /// Who called what and how it went; never with what.
 class CallNote {
@@ -59,16 +82,17 @@ public:
     Desk(Desk const&) = delete;
     Desk& operator=(Desk const&) = delete;
 
-    ToolResult answer(BridgeRequest const& request, BridgeClient& client) override;
+    ToolResult answer(BridgeRequest given, BridgeClient& client) override;
 
     void beginToEnd() { isEnding_ = true; }
     std::size_t connections() const { return server_->connections(); }
 
 private:
+    using Request = std::shared_ptr<BridgeRequest const>; // it may be large, and is not copied
     using Pending = std::shared_ptr<PendingCall>;
 
-    void begin(BridgeRequest const& request, Pending const& call);
-    void perform(BridgeRequest const& request, Pending const& call);
+    void begin(Request const& request, Pending const& call);
+    void perform(Request const& request, Pending const& call);
 
     MainQueue& queue_;
     MCPConsent consent_; // the main queue's, as are the next two
@@ -78,33 +102,38 @@ private:
     std::optional<BridgeServer> server_;
 };
 
-ToolResult AppMCPBackend::Desk::answer(BridgeRequest const& request, BridgeClient& client) {
+ToolResult AppMCPBackend::Desk::answer(BridgeRequest given, BridgeClient& client) {
+    auto const request = std::make_shared<BridgeRequest const>(std::move(given));
     auto const call = std::make_shared<PendingCall>(client);
     queue_.async([this, request, call] { begin(request, call); });
-    CallNote const note(request);
+    CallNote const note(*request);
     auto result = call->wait([this] { return isOver_.load(); });
     if (!result) queue_.async([call] { call->abandon(); });
     note.write(result ? *result : interrupted());
     return result ? *std::move(result) : interrupted();
 }
 
-void AppMCPBackend::Desk::begin(BridgeRequest const& request, Pending const& call) {
+void AppMCPBackend::Desk::begin(Request const& request, Pending const& call) {
     if (isEnding_) return call->finish(interrupted());
-    // A name that no tool has is told of to those only who may know what there is.
-    auto const tool = enumNamed<MCPToolName>(request.tool).value_or(MCPToolName::status);
-    consent_.check(request.client, tool, [this, request, call](std::optional<MCPToolError> const& refusal) {
+    // Whether a name is a tool's at all is looked at behind the consent, as the arguments are.
+    auto const tool = enumNamed<MCPToolName>(request->tool).value_or(MCPToolName::status);
+    consent_.check(request->client, tool, [this, request, call](std::optional<MCPToolError> const& refusal) {
         if (refusal) return call->finish(toolResult::failure(refusal->code, refusal->what()));
         if (!call->isAbandoned()) perform(request, call);
     });
 }
 
-void AppMCPBackend::Desk::perform(BridgeRequest const& request, Pending const& call) {
-    call->onAbandoned(tools_.handle(
-        {.tool = request.tool,
-         .arguments = *request.arguments.as<JSONValue::Object>(),
-         .client = request.client,
-         .progress = [call](double fraction, std::string const& message) { call->progress(fraction, message); },
-         .finish = [call](ToolResult const& result) { call->finish(result); }}));
+void AppMCPBackend::Desk::perform(Request const& request, Pending const& call) {
+    try {
+        call->onAbandoned(tools_.handle(
+            {.tool = request->tool,
+             .arguments = treeOf(request->arguments),
+             .client = request->client,
+             .progress = [call](double fraction, std::string const& message) { call->progress(fraction, message); },
+             .finish = [call](ToolResult const& result) { call->finish(result); }}));
+    } catch (MCPToolError const& error) {
+        call->finish(toolResult::failure(error.code, error.what()));
+    }
 }
 
 AppMCPBackend::AppMCPBackend(MainQueue& queue, Application& application, Settings settings)

@@ -28,7 +28,7 @@ public:
     using Progress = std::function<void(double fraction, std::string const& message)>;
     struct Call {
         std::string tool;
-        JSONValue::Object arguments;
+        JSONText arguments = JSONValue::Object{};
         std::string client;
     };
 

@@ -28,8 +28,10 @@ std::string bridgeLine(BridgeReply const& reply) { return encodeJSON(reply) + "\
 
 BridgeRequest requestOf(std::string_view line) {
     auto request = decoded<BridgeRequest>(line, "Bridge request");
+    expectMember(request.id.has_value(), "Bridge request without id.");
+    expectMember(!request.client.empty(), "Bridge request without client.");
     expectMember(!request.tool.empty(), "Bridge request without tool.");
-    expectMember(request.arguments.as<JSONValue::Object>(), "Bridge request without arguments.");
+    expectMember(request.arguments.text().starts_with('{'), "Bridge request without arguments.");
     return request;
 }
 

@@ -12,12 +12,12 @@
 
 namespace tavaro {
 
-/// What the server asks the application for.
+/// What the server asks the application for. All of it has to be there, but no arguments are an empty object.
 struct BridgeRequest {
-    std::int64_t id = 0; // of its connection's requests, only this one's
-    std::string client;  // the name by which the user allows or refuses it
+    std::optional<std::int64_t> id; // of its connection's requests, only this one's
+    std::string client;             // the name by which the user allows or refuses it
     std::string tool;
-    JSONValue arguments = JSONValue::Object{};
+    JSONText arguments = JSONValue::Object{}; // an object; a tree of it is made for a client that may, and not before
 
     static constexpr auto fields = std::tuple{
         field("id", &BridgeRequest::id),

@@ -77,9 +77,9 @@ std::optional<BridgeRequest> readRequest(LineReader& lines, UnixSocket::Patience
     }
 }
 
-ToolResult answerOf(BridgeApplication& application, BridgeRequest const& request, BridgeClient& client) {
+ToolResult answerOf(BridgeApplication& application, BridgeRequest request, BridgeClient& client) {
     try {
-        return application.answer(request, client);
+        return application.answer(std::move(request), client);
     } catch (MCPToolError const& error) {
         return toolResult::failure(error.code, error.what());
     } catch (std::exception const& error) {
@@ -151,9 +151,9 @@ void BridgeServer::State::admit(UnixSocket socket) {
 
 void BridgeServer::State::serve(Connection& connection) {
     LineReader lines(connection.socket, limits.lineBytes);
-    while (auto const request = readRequest(lines, limits.lineTime)) {
-        ConnectedClient client(connection.socket, request->id);
-        if (!client.finish(answerOf(application, *request, client), limits.lineTime)) break;
+    while (auto request = readRequest(lines, limits.lineTime)) {
+        ConnectedClient client(connection.socket, *request->id);
+        if (!client.finish(answerOf(application, *std::move(request), client), limits.lineTime)) break;
     }
     connection.socket.shutDown();
     connection.isOver = true;

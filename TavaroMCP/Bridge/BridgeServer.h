@@ -30,7 +30,7 @@ public:
     /// The tool's result. On the thread of the client's connection, which it may hold for as long as it takes; several
     /// are answered at the same time. `client` lives until it returns. What it throws becomes a failure by its
     /// sentence.
-    virtual ToolResult answer(BridgeRequest const& request, BridgeClient& client) = 0;
+    virtual ToolResult answer(BridgeRequest request, BridgeClient& client) = 0;
 };
 
 struct BridgeLimits {

@@ -2,6 +2,7 @@
 
 #include <TavaroCore/Records/JSONError.h>
 #include <TavaroMCP/Catalogue/MCPToolCatalog.h>
+#include <TavaroMCP/Protocol/Private/IncomingMessage.h>
 #include <TavaroMCP/Protocol/Private/JSONRPC.h>
 #include <TavaroMCP/Protocol/Private/Turnstile.h>
 #include <TavaroMCP/Protocol/ToolResult.h>
@@ -25,11 +26,6 @@ constexpr std::string_view instructions =
 constexpr double longestSilence = 0.7; // seconds; with the time between two beats it stays under one
 constexpr double quietStep = 1e-6;     // the protocol wants each progress of a call above the one before
 
-std::string_view textAt(JSONValue const& message, std::string_view key) {
-    auto const* const text = message.find<std::string>(key);
-    return text ? std::string_view(*text) : "";
-}
-
 JSONValue::Object initialized(std::string const& version) {
     return {{"protocolVersion", protocolVersion},
             {"capabilities", JSONValue::Object{{"tools", JSONValue::Object{{"listChanged", false}}}}},
@@ -45,15 +41,6 @@ struct PendingCall {
 
 double fractionOf(double given) { return given > 0 ? std::min(given, 1.0) : 0; } // also of what is no number
 
-std::optional<JSONValue> parsedObject(std::string_view line) {
-    try {
-        auto message = JSONValue::parse(line);
-        if (message.as<JSONValue::Object>()) return message;
-    } catch (JSONError const&) { // the client is told so by one code for all
-    }
-    return std::nullopt;
-}
-
 }
 
 struct MCPSession::State : std::enable_shared_from_this<State> {
@@ -65,55 +52,52 @@ struct MCPSession::State : std::enable_shared_from_this<State> {
 
     explicit State(Surroundings surroundings) : around(std::move(surroundings)) {}
 
-    void dispatch(std::string_view method, JSONValue const& message, JSONValue const& id);
-    void meet(JSONValue const& params);
-    void startCall(JSONValue const& params, JSONValue const& id);
+    void dispatch(IncomingMessage const& message);
+    void meet(IncomingMessage const& message);
+    void startCall(IncomingMessage const& message);
     void run(std::uint64_t number, ToolCall call);
     void report(std::uint64_t number, double fraction, std::string const& message);
     void finish(std::uint64_t number, JSONText result);
     void reply(JSONText result, JSONValue const& id) { around.write(jsonRPC::result(std::move(result), id)); }
 };
 
-void MCPSession::State::dispatch(std::string_view method, JSONValue const& message, JSONValue const& id) {
-    static JSONValue const nothing;
-    auto const* const given = message.find("params");
-    auto const& params = given ? *given : nothing;
+void MCPSession::State::dispatch(IncomingMessage const& message) {
+    auto const& [id, method, params] = message;
     if (method == "initialize") {
-        meet(params);
-        reply(initialized(around.version), id);
+        meet(message);
+        reply(initialized(around.version), *id);
     } else if (method == "ping") {
-        reply(JSONValue::Object{}, id);
+        reply(JSONValue::Object{}, *id);
     } else if (method == "tools/list") {
-        reply(toolCatalog::listJSON(), id);
+        reply(toolCatalog::listJSON(), *id);
     } else if (method == "tools/call") {
-        startCall(params, id);
+        startCall(message);
     } else {
-        auto const sentence = "Method not found: " + std::string(method);
-        around.write(jsonRPC::error(jsonRPC::ErrorCode::methodNotFound, sentence, id));
+        around.write(jsonRPC::error(jsonRPC::ErrorCode::methodNotFound, "Method not found: " + method, *id));
     }
 }
 
-void MCPSession::State::meet(JSONValue const& params) {
-    auto const* const client = params.find("clientInfo");
-    auto const name = client ? textAt(*client, "name") : "";
-    if (!name.empty()) clientName = name;
+void MCPSession::State::meet(IncomingMessage const& message) {
+    auto name = nameOfClient(message);
+    if (!name.empty()) clientName = std::move(name);
 }
 
-void MCPSession::State::startCall(JSONValue const& params, JSONValue const& id) {
-    auto const name = textAt(params, "name");
-    if (name.empty()) {
-        return around.write(jsonRPC::error(jsonRPC::ErrorCode::invalidParams, "tools/call needs params.name", id));
+void MCPSession::State::startCall(IncomingMessage const& message) {
+    auto given = CallParameters::of(message);
+    if (given.name.empty()) {
+        return around.write(
+            jsonRPC::error(jsonRPC::ErrorCode::invalidParams, "tools/call needs params.name", *message.id));
     }
-    if (!toolCatalog::named(name)) return reply(toolResult::unknownTool(name), id);
-    ToolCall call{std::string(name), {}, clientName};
-    if (auto const* const arguments = params.find<JSONValue::Object>("arguments")) call.arguments = *arguments;
-    PendingCall pending{.id = id, .heardAt = around.now()};
-    auto const* const meta = params.find("_meta");
-    if (auto const* const token = meta ? meta->find("progressToken") : nullptr)
-        pending.progress = {.token = *token, .message = "Waiting for the call before it."};
+    if (!toolCatalog::named(given.name)) return reply(toolResult::unknownTool(given.name), *message.id);
+    PendingCall pending{.id = *message.id, .heardAt = around.now()};
+    if (given.progressToken)
+        pending.progress = {.token = *std::move(given.progressToken), .message = "Waiting for the call before it."};
     auto const number = ++callCount;
     calls.emplace(number, std::move(pending));
-    turnstile.enter([this, number, call = std::move(call)]() mutable { run(number, std::move(call)); });
+    // A task is copied with the function that holds it, and arguments may be large.
+    auto const call =
+        std::make_shared<ToolCall>(ToolCall{std::move(given.name), std::move(given.arguments), clientName});
+    turnstile.enter([this, number, call] { run(number, std::move(*call)); });
 }
 
 void MCPSession::State::run(std::uint64_t number, ToolCall call) {
@@ -164,12 +148,16 @@ MCPSession::MCPSession(Surroundings surroundings) : state_(std::make_shared<Stat
 MCPSession::~MCPSession() = default;
 
 void MCPSession::receive(std::string_view line) {
-    auto const message = parsedObject(line);
+    auto const message = IncomingMessage::of(line);
     if (!message) return state_->around.write(jsonRPC::error(jsonRPC::ErrorCode::parseError, "Parse error", {}));
-    auto const method = textAt(*message, "method");
-    auto const* const id = message->find("id");
-    bool const isNotification = method.starts_with("notifications/") || !id;
-    if (!isNotification) state_->dispatch(method, *message, *id);
+    bool const isNotification = message->method.starts_with("notifications/") || !message->id;
+    if (isNotification) return;
+    try {
+        state_->dispatch(*message);
+    } catch (JSONError const& error) {
+        auto const sentence = std::string("The parameters cannot be read: ") + error.what();
+        state_->around.write(jsonRPC::error(jsonRPC::ErrorCode::invalidParams, sentence, *message->id));
+    }
 }
 
 bool MCPSession::isBusy() const { return !state_->calls.empty(); }

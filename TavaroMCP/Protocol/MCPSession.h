@@ -15,7 +15,7 @@ class MCPSession {
 public:
     struct ToolCall {
         std::string tool;
-        JSONValue::Object arguments;
+        JSONText arguments = JSONValue::Object{}; // an object, as the client spelled it
         std::string client; // by the name that it gave itself
     };
     using Progress = std::function<void(double fraction, std::string const& message)>;

@@ -25,10 +25,12 @@ protected:
                                                .socket = socket});
     }
 
-    std::future<std::string> calling(std::string const& tool, std::string const& client = "tester") {
-        return std::async(std::launch::async, [this, tool, client] {
+    std::future<std::string> calling(std::string const& tool, std::string const& client = "tester",
+                                     JSONText const& arguments = JSONValue::Object{}) {
+        return std::async(std::launch::async, [this, tool, client, arguments] {
             auto const result =
-                BridgeCaller({.socket = socket, .command = {}}).call({tool, {}, client}, [](auto, auto const&) {});
+                BridgeCaller({.socket = socket, .command = {}}).call({tool, arguments, client}, [](auto, auto const&) {
+                });
             return *result.value().find<JSONValue::Array>("content")->back().find<std::string>("text");
         });
     }
@@ -77,6 +79,24 @@ TEST_F(AppMCPBackendTest, aClientThatLeavesWhileTheUserThinksStartsNothing) {
     runUntil([&] { return agents->connections() == 0; });
     queue.runPending();
     answers[0](true);
+    EXPECT_EQ(answered(calling("status")), "Tavaro status");
+}
+
+TEST_F(AppMCPBackendTest, argumentsAreReadOfAClientThatMayAndOnlyInTheirLimits) {
+    std::string zeros = "0"; // two million and more of them, which are 8 MiB of text and far more as values
+    while (zeros.size() < 8u << 20) zeros += ",0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0";
+    auto const many = JSONText::written("{\"x\":[" + zeros + "]}");
+    auto const deep = JSONText::written("{\"x\":" + std::string(100, '[') + std::string(100, ']') + "}");
+    auto refused = calling("status", "stranger", many);
+    runUntil([&] { return answers.size() == 1; });
+    answers[0](false);
+    EXPECT_NE(answered(std::move(refused)).find("isn't allowed"), std::string::npos);
+    auto first = calling("status");
+    runUntil([&] { return answers.size() == 2; });
+    answers[1](true);
+    EXPECT_EQ(answered(std::move(first)), "Tavaro status");
+    EXPECT_NE(answered(calling("status", "tester", many)).find("too many values"), std::string::npos);
+    EXPECT_NE(answered(calling("status", "tester", deep)).find("nested too deeply"), std::string::npos);
     EXPECT_EQ(answered(calling("status")), "Tavaro status");
 }
 

@@ -24,7 +24,7 @@ namespace {
 /// Writes down what it is asked for. `busy` fails, `slow` waits until its client is gone.
 class NotingApplication final : public BridgeApplication {
 public:
-    ToolResult answer(BridgeRequest const& request, BridgeClient& client) override {
+    ToolResult answer(BridgeRequest request, BridgeClient& client) override {
         note(request.client + " " + request.tool + " " + encodeJSON(request.arguments));
         client.progress(0.5, "half");
         if (request.tool == busy) return toolResult::failure(MCPErrorCode::busy, "It is busy.");

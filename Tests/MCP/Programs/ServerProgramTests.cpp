@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
+#include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <optional>
@@ -75,6 +76,15 @@ public:
     }
     void endInput() { toInput_.close(); }
     void send(int signal) const { kill(process_, signal); }
+    /// The most memory that it has had, in MiB.
+    std::size_t peakMemory() const {
+        std::ifstream status("/proc/" + std::to_string(process_) + "/status");
+        std::string word;
+        std::size_t kilobytes = 0;
+        while (status >> word)
+            if (word == "VmHWM:") status >> kilobytes;
+        return kilobytes >> 10;
+    }
     /// Its exit code, 128 and more for a signal; none where it runs for longer.
     std::optional<int> endsWithin(std::chrono::milliseconds time) {
         auto const deadline = Clock::now() + time;
@@ -100,7 +110,7 @@ struct SlowApplication final : BridgeApplication {
     std::atomic<bool> mayAnswer = false;
     std::atomic<int> begun = 0, abandoned = 0;
 
-    ToolResult answer(BridgeRequest const& request, BridgeClient& client) override {
+    ToolResult answer(BridgeRequest request, BridgeClient& client) override {
         ++begun;
         while (!mayAnswer && client.isConnected()) std::this_thread::sleep_for(std::chrono::milliseconds(5));
         if (!mayAnswer) ++abandoned;
@@ -204,6 +214,21 @@ TEST_F(ServerProgram, aLineOfAnyLengthCostsOneAnswer) {
     server.say(ping);
     EXPECT_THAT(server.hear(), HasSubstr("-32700"));
     EXPECT_EQ(server.hear(), pong);
+}
+
+TEST_F(ServerProgram, aLineCostsItsLengthAFewTimesAndNoTreeOfWhatItHolds) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "The sanitizer's own memory counts, too.";
+#endif
+    application.mayAnswer = true;
+    ServerProcess server;
+    std::string zeros = "0"; // 12 MiB of them
+    while (zeros.size() < 12u << 20) zeros += ",0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0";
+    server.say(R"({"id":7,"method":"ping","params":{"x":[)" + zeros + "]}}");
+    EXPECT_EQ(server.hear(), pong);
+    server.say(R"({"id":1,"method":"tools/call","params":{"name":"status","arguments":{"x":[)" + zeros + "]}}}");
+    EXPECT_THAT(server.hear(), HasSubstr("MCP client status"));
+    EXPECT_LT(server.peakMemory(), 150);
 }
 
 TEST_F(ServerProgram, whenTheApplicationGoesMidCallTheServerSaysSoAndGoesOn) {
