@@ -88,7 +88,6 @@ void MCPSession::State::startCall(IncomingMessage const& message) {
         return around.write(
             jsonRPC::error(jsonRPC::ErrorCode::invalidParams, "tools/call needs params.name", *message.id));
     }
-    if (!toolCatalog::named(given.name)) return reply(toolResult::unknownTool(given.name), *message.id);
     PendingCall pending{.id = *message.id, .heardAt = around.now()};
     if (given.progressToken)
         pending.progress = {.token = *std::move(given.progressToken), .message = "Waiting for the call before it."};
@@ -101,6 +100,7 @@ void MCPSession::State::startCall(IncomingMessage const& message) {
 }
 
 void MCPSession::State::run(std::uint64_t number, ToolCall call) {
+    if (!toolCatalog::named(call.tool)) return finish(number, toolResult::unknownTool(call.tool));
     if (auto& progress = calls.at(number).progress) progress->message = call.tool + " is at work.";
     // What was started may outlive the session.
     auto const alive = weak_from_this();

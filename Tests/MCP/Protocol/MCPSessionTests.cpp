@@ -141,6 +141,27 @@ TEST(MCPSession, anUnknownToolIsAFailedCallAndNoProtocolError) {
     EXPECT_THAT(client.started, IsEmpty());
 }
 
+TEST(MCPSession, anUnknownToolIsAnsweredInItsTurn) {
+    Conversation client;
+    client.say(call(1));
+    EXPECT_THAT(client.say(R"({"id":2,"method":"tools/call","params":{"name":"nonsense"}})"), IsEmpty());
+    client.started.at(0).finish(toolResult::ok("ok"));
+    EXPECT_THAT(client.heard(), ElementsAre(HasSubstr(R"("id":1)"), HasSubstr(R"("code":"not_found")")));
+    EXPECT_EQ(client.started.size(), 1u);
+    EXPECT_FALSE(client.session->isBusy());
+}
+
+TEST(MCPSession, anyNumberOfCallsThatAreOverAtOnceGoOneBehindTheOther) {
+    constexpr int count = 100'000;
+    Conversation client;
+    client.say(call(1));
+    for (int id = 2; id <= count; ++id) {
+        client.say(R"({"id":)" + std::to_string(id) + R"(,"method":"tools/call","params":{"name":"nonsense"}})");
+    }
+    client.started.at(0).finish(toolResult::ok("ok"));
+    EXPECT_EQ(client.heard().size(), count);
+}
+
 TEST(MCPSession, oneCallRunsAtATimeAndOtherRequestsDoNotWait) {
     Conversation client;
     EXPECT_THAT(client.say(call(1, R"(,"arguments":{"limit":3})")), IsEmpty());
