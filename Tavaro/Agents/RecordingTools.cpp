@@ -124,6 +124,7 @@ void RecordingTools::recordFor(RunningCall& call) {
     record(call, request, {});
     auto& recorder = application_.recorder();
     auto const tell = call.later([seconds = *request.seconds](RunningCall& here, RecorderState const& state) {
+        if (state.phase == RecorderPhase::idle) return; // it is over, and the result comes next
         here.progress(std::min(state.take.seconds / seconds, 1.0), std::string(nameOf(state.phase)));
     });
     call.keep(std::make_shared<RecordingController::Observation>(recorder.observe(tell)));

@@ -24,7 +24,9 @@ constexpr std::string_view instructions =
     "record_for → get_project → edit_project / run_action → render_frame to check → export.";
 
 constexpr double longestSilence = 0.7; // seconds; with the time between two beats it stays under one
+constexpr double briefest = 0.25;      // seconds between two of a call; what is new in between goes with a beat
 constexpr double quietStep = 1e-6;     // the protocol wants each progress of a call above the one before
+constexpr double mostUnderWay = 0.999; // the whole is reached with the result
 
 JSONValue::Object initialized(std::string const& version) {
     return {{"protocolVersion", protocolVersion},
@@ -36,10 +38,20 @@ JSONValue::Object initialized(std::string const& version) {
 struct PendingCall {
     JSONValue id;
     std::optional<jsonRPC::Progress> progress; // the last that was sent, where the client wants any
-    double heardAt = 0;                        // when it was
+    double heardAt = 0;                        // when it was, or when the call came
+    bool isHeard = false;                      // something was sent
+    bool hasNews = false;                      // that were not
+    double reported = 0;                       // the newest fraction
 };
 
-double fractionOf(double given) { return given > 0 ? std::min(given, 1.0) : 0; } // also of what is no number
+double fractionOf(double given) { return given > 0 ? std::min(given, mostUnderWay) : 0; } // also of what is no number
+
+/// Where nothing moves, or goes back, a little above the last one; always below 1.
+double nextFraction(PendingCall const& call) {
+    double const last = call.progress->fraction;
+    double const step = std::min(quietStep, (1 - last) / 1000);
+    return call.isHeard ? std::max(last + step, call.reported) : call.reported;
+}
 
 }
 
@@ -57,6 +69,7 @@ struct MCPSession::State : std::enable_shared_from_this<State> {
     void startCall(IncomingMessage const& message);
     void run(std::uint64_t number, ToolCall call);
     void report(std::uint64_t number, double fraction, std::string const& message);
+    void send(PendingCall& call);
     void finish(std::uint64_t number, JSONText result);
     void reply(JSONText result, JSONValue const& id) { around.write(jsonRPC::result(std::move(result), id)); }
 };
@@ -121,9 +134,17 @@ void MCPSession::State::report(std::uint64_t number, double fraction, std::strin
     auto const found = calls.find(number);
     if (found == calls.end() || !found->second.progress) return;
     auto& call = found->second;
-    call.progress->fraction = fractionOf(fraction);
+    call.reported = fractionOf(fraction);
     call.progress->message = message;
+    call.hasNews = true;
+    if (!call.isHeard || around.now() - call.heardAt >= briefest) send(call);
+}
+
+void MCPSession::State::send(PendingCall& call) {
+    call.progress->fraction = nextFraction(call);
     call.heardAt = around.now();
+    call.isHeard = true;
+    call.hasNews = false;
     around.write(jsonRPC::progress(*call.progress));
 }
 
@@ -165,10 +186,7 @@ bool MCPSession::isBusy() const { return !state_->calls.empty(); }
 void MCPSession::beat() {
     auto const now = state_->around.now();
     for (auto& [number, call] : state_->calls) {
-        if (!call.progress || now - call.heardAt < longestSilence) continue;
-        call.progress->fraction = std::min(call.progress->fraction + quietStep, 1.0);
-        call.heardAt = now;
-        state_->around.write(jsonRPC::progress(*call.progress));
+        if (call.progress && now - call.heardAt >= (call.hasNews ? briefest : longestSilence)) state_->send(call);
     }
 }
 

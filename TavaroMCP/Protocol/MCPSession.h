@@ -42,7 +42,8 @@ public:
     /// Whether a call is at work or waits for its turn.
     bool isBusy() const;
     /// Clients give up on a call that is silent. Call this every quarter of a second while one is busy: each call sends
-    /// progress at least once a second, also when nothing moves.
+    /// progress at least once a second, also when nothing moves. It rises each time, stays below 1, and comes no more
+    /// often than that either: of what is reported in between, the newest is sent.
     void beat();
 
     /// Clients read no longer lines than 10 MiB. Of a result that would be longer, the client gets a failure.

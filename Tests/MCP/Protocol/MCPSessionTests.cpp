@@ -4,6 +4,7 @@
 
 #include <TavaroCore/Records/JSON.h>
 
+#include <cmath>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <optional>
@@ -216,11 +217,9 @@ TEST(MCPSession, progressGoesToWhoAskedForItUntilTheReply) {
     Conversation client;
     client.say(call(1, withToken));
     client.started[0].progress(0.25, "a/b");
-    client.started[0].progress(7, "more than all");
     EXPECT_THAT(client.heard(),
                 ElementsAre(R"({"jsonrpc":"2.0","method":"notifications/progress","params":{"message":"a/b",)"
-                            R"("progress":0.25,"progressToken":"t/1","total":1}})",
-                            HasSubstr(R"("progress":1,)")));
+                            R"("progress":0.25,"progressToken":"t/1","total":1}})"));
     client.started[0].finish(toolResult::ok("ok"));
     client.heard();
     client.started[0].progress(0.5, "late");
@@ -230,6 +229,36 @@ TEST(MCPSession, progressGoesToWhoAskedForItUntilTheReply) {
     client.say(call(2));
     client.started[1].progress(0.5, "nobody asked");
     EXPECT_THAT(client.beat(60), IsEmpty());
+}
+
+TEST(MCPSession, progressRisesBelowOneAndComesFourTimesASecondAtMost) {
+    Conversation client;
+    client.say(call(1, withToken));
+    double const reports[] = {0, 0.3, 0.3, 0.2, 1, 7, 0.5, std::nan(""), -1, 1};
+    double const begin = client.now;
+    double last = -1;
+    std::string message;
+    std::size_t count = 0;
+    for (int i = 0; i < 1000; ++i) {
+        client.started[0].progress(reports[i * std::size(reports) / 1000], std::to_string(i));
+        auto lines = client.heard();
+        if (i % 10 == 9) lines = client.beat(0.2);
+        client.now += 0.01;
+        for (auto const& line : lines) {
+            auto const params = *JSONValue::parse(line).find("params");
+            auto const* const real = params.find<double>("progress");
+            double const fraction = real ? *real : static_cast<double>(*params.find<std::int64_t>("progress"));
+            EXPECT_GT(fraction, last);
+            EXPECT_LT(fraction, 1);
+            last = fraction;
+            message = *params.find<std::string>("message");
+            ++count;
+        }
+    }
+    EXPECT_GT(last, 0.99);
+    EXPECT_LE(static_cast<double>(count), (client.now - begin) / 0.25);
+    EXPECT_GE(static_cast<double>(count), client.now - begin);
+    EXPECT_GT(std::stoi(message), 970) << "the newest is sent";
 }
 
 TEST(MCPSession, noCallIsSilentForLongerThanASecond) {
