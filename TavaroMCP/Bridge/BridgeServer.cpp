@@ -28,7 +28,10 @@ namespace {
 /// The client of one request.
 class ConnectedClient final : public BridgeClient {
 public:
-    ConnectedClient(UnixSocket const& socket, std::int64_t request) : socket_(socket), request_(request) {}
+    ConnectedClient(UnixSocket const& socket, std::int64_t request, std::atomic<bool> const& isEnding)
+        : socket_(socket)
+        , request_(request)
+        , isEnding_(isEnding) {}
 
     void progress(double fraction, std::string_view message) override {
         std::unique_lock const lock(mutex_, std::try_to_lock);
@@ -40,7 +43,7 @@ public:
         sendUnsent();
     }
 
-    bool isConnected() const override { return socket_.isConnected(); }
+    bool isConnected() const override { return !isEnding_ && socket_.isConnected(); }
 
     /// False where the client does not take it in time.
     bool finish(JSONText result, UnixSocket::Patience patience) {
@@ -54,6 +57,7 @@ private:
 
     UnixSocket const& socket_;
     std::int64_t const request_;
+    std::atomic<bool> const& isEnding_; // the server is
     std::mutex mutex_;
     std::string unsent_; // of a line that has gone in part
 };
@@ -152,7 +156,7 @@ void BridgeServer::State::admit(UnixSocket socket) {
 void BridgeServer::State::serve(Connection& connection) {
     LineReader lines(connection.socket, limits.lineBytes);
     while (auto request = readRequest(lines, limits.lineTime)) {
-        ConnectedClient client(connection.socket, *request->id);
+        ConnectedClient client(connection.socket, *request->id, isEnding);
         if (!client.finish(answerOf(application, *std::move(request), client), limits.lineTime)) break;
     }
     connection.socket.shutDown();

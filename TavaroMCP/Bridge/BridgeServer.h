@@ -18,7 +18,8 @@ public:
 
     /// Any thread. Never waits: a client that does not read misses some.
     virtual void progress(double fraction, std::string_view message) = 0;
-    /// Any thread. Once it is false, nobody gets the answer any more.
+    /// Any thread. Once it is false, nobody waits for the answer any more: the client is gone, or the server ends,
+    /// which still sends what it gets at once.
     virtual bool isConnected() const = 0;
 };
 

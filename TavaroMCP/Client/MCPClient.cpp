@@ -23,6 +23,10 @@ MCPClientError ended() {
     return {MCPClientError::Kind::ended, "The server of the tools ended in the middle of the conversation."};
 }
 
+MCPClientError tooLong() {
+    return {MCPClientError::Kind::misspoken, "The server of the tools sent a line of more than 16 MiB."};
+}
+
 void reportProgress(JSONValue const& message, MCPClient::Watch const& watch) {
     auto const* const parameters = message.find("params");
     if (!parameters || !watch.progress) return;
@@ -90,9 +94,9 @@ JSONValue MCPClient::nextMessage(Watch const& watch) {
 
 std::string_view MCPClient::nextLine(Watch const& watch) {
     while (true) {
-        bool const mayHaveMore = process_.socket().isConnected(); // asked before reading: last words count
         if (auto const line = lines_.next(glance)) return *line;
-        if (!mayHaveMore) throw ended();
+        if (lines_.hasEnded()) throw ended();
+        if (lines_.isTooLong()) throw tooLong();
         if (watch.isCancelled && watch.isCancelled())
             throw MCPClientError(MCPClientError::Kind::cancelled, "The call was cancelled.");
     }

@@ -16,7 +16,7 @@ public:
     struct ToolCall {
         std::string tool;
         JSONText arguments = JSONValue::Object{}; // an object, as the client spelled it
-        std::string client; // by the name that it gave itself
+        std::string client;                       // by the name that it gave itself
     };
     using Progress = std::function<void(double fraction, std::string const& message)>;
     using Finish = std::function<void(JSONText result)>;

@@ -32,6 +32,7 @@ std::optional<std::string_view> LineReader::next(UnixSocket::Patience patience) 
         if (auto const line = lines_.next()) return line;
         if (lines_.isTooLong()) return std::nullopt;
         auto const receipt = socket_.receive(room_, deadline.left());
+        hasEnded_ = receipt.what == UnixSocket::Received::end;
         if (receipt.what != UnixSocket::Received::bytes) return std::nullopt;
         lines_.feed({room_.data(), receipt.count});
     }

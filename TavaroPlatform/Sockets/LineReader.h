@@ -18,6 +18,9 @@ public:
     /// Waits for a whole line, which is good until the next call. None where the connection ends, the line is too long,
     /// or is not complete after so long.
     std::optional<std::string_view> next(UnixSocket::Patience patience);
+    /// Of the line that comes in: then none comes any more.
+    bool isTooLong() const { return lines_.isTooLong(); }
+    bool hasEnded() const { return hasEnded_; }
 
 private:
     static constexpr std::size_t pieceBytes = std::size_t{64} << 10;
@@ -25,6 +28,7 @@ private:
     UnixSocket const& socket_;
     LineSplitter lines_;
     std::vector<char> room_;
+    bool hasEnded_ = false;
 };
 
 }

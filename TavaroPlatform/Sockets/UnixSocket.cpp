@@ -82,7 +82,7 @@ std::optional<std::size_t> UnixSocket::sendNow(std::string_view bytes) const {
 }
 
 bool UnixSocket::isConnected() const {
-    return (eventsOf(descriptor_.get(), POLLRDHUP, Patience(0)) & (POLLRDHUP | POLLHUP | POLLERR)) == 0;
+    return (eventsOf(descriptor_.get(), 0, Patience(0)) & (POLLHUP | POLLERR)) == 0;
 }
 
 void UnixSocket::endInput() const { ::shutdown(descriptor_.get(), SHUT_RD); }

@@ -36,7 +36,7 @@ public:
     /// Sends what goes at once. None where the other end is gone.
     std::optional<std::size_t> sendNow(std::string_view bytes) const;
 
-    /// Whether the other end is there still, as far as one knows.
+    /// Whether the other end is there still, as far as one knows. One that only sends no more is: it may read.
     bool isConnected() const;
     /// Any thread. Whoever waits for bytes here gets the end, while what is sent still goes.
     void endInput() const;

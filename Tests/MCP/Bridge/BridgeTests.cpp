@@ -3,6 +3,7 @@
 #include <TavaroMCP/Bridge/BridgeServer.h>
 #include <TavaroMCP/Protocol/ToolResult.h>
 
+#include <TavaroCore/Files/FileDescriptor.h>
 #include <TavaroCore/Records/JSONError.h>
 #include <TavaroPlatform/Sockets/LineReader.h>
 #include <TavaroPlatform/Sockets/UnixSocketListener.h>
@@ -15,6 +16,8 @@
 #include <optional>
 #include <poll.h>
 #include <string>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <thread>
 #include <vector>
 
@@ -168,6 +171,25 @@ TEST_F(BridgeTest, aClientThatDoesNotReadHoldsNeitherTheToolNorTheOthers) {
     EXPECT_TRUE(becomesTrue([&] { return answered == 1; }));
     EXPECT_EQ(call(), toolResult::ok("Ann"));
     EXPECT_TRUE(becomesTrue([&] { return server->connections() == 0; }));
+}
+
+TEST_F(BridgeTest, aClientThatSendsNoMoreStillGetsItsAnswer) {
+    application.answering = [](auto&, BridgeClient& client) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(50)); // for what it sees of its client
+        return toolResult::ok(client.isConnected() ? "here" : "gone");
+    };
+    serve();
+    int const descriptor = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    UnixSocket const client{FileDescriptor(descriptor)};
+    sockaddr_un address{.sun_family = AF_UNIX, .sun_path = {}};
+    path.native().copy(address.sun_path, sizeof address.sun_path - 1);
+    ASSERT_EQ(::connect(descriptor, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+    ASSERT_TRUE(client.sendAll(bridgeLine(BridgeRequest{.id = 1, .client = "Ann", .tool = "status"}), patience));
+    ::shutdown(descriptor, SHUT_WR);
+    LineReader lines(client, longestBridgeLine);
+    EXPECT_EQ(replyOf(lines.next(patience).value()).result, toolResult::ok("here").json);
+    EXPECT_FALSE(lines.next(patience));
+    EXPECT_TRUE(lines.hasEnded());
 }
 
 TEST_F(BridgeTest, theApplicationSeesThatItsClientIsGoneAndTheServerEndsWithIt) {

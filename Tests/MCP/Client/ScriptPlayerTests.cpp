@@ -11,6 +11,8 @@
 #include <atomic>
 #include <chrono>
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <gmock/gmock.h>
 #include <mutex>
 #include <thread>
@@ -133,6 +135,15 @@ TEST_F(ScriptPlayerTest, picturesAreSavedAndNothingIsOverwritten) {
     EXPECT_THAT(failureOf(frame), HasSubstr("steps[0], render_frame: Could not write “" + file));
     EXPECT_EQ(failureOf(R"({"tool": "status", "save": "x.png"})"),
               "steps[0], status: The result has no picture that could be saved.");
+}
+
+TEST_F(ScriptPlayerTest, aServerWhoseLineDoesNotEndIsNotWaitedFor) {
+    server = (folder / "endless").string();
+    std::ofstream(server) << "#!/bin/sh\nhead -c 17000000 /dev/zero | tr '\\0' x\nexec sleep 5\n";
+    std::filesystem::permissions(server, std::filesystem::perms::owner_all);
+    auto const begun = std::chrono::steady_clock::now();
+    isCancelled = [&] { return std::chrono::steady_clock::now() - begun > std::chrono::seconds(4); };
+    EXPECT_THAT(failureOf(R"({"tool": "status"})"), HasSubstr("sent a line of more than 16 MiB"));
 }
 
 TEST_F(ScriptPlayerTest, aServerThatIsNoneIsASentence) {

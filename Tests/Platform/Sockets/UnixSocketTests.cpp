@@ -123,12 +123,14 @@ TEST_F(UnixSocketTest, linesArriveWholeAndEndWithTheConnection) {
     ASSERT_TRUE(far->sendAll("one\ntw", patience));
     EXPECT_EQ(lines.next(patience), "one");
     EXPECT_FALSE(lines.next(std::chrono::milliseconds(20))) << "half a line is none";
+    EXPECT_FALSE(lines.hasEnded());
     ASSERT_TRUE(far->sendAll("o\n", patience));
     EXPECT_EQ(lines.next(patience), "two");
     EXPECT_TRUE(near.isConnected());
     far.reset();
     EXPECT_FALSE(near.isConnected());
     EXPECT_FALSE(lines.next(patience));
+    EXPECT_TRUE(lines.hasEnded());
     EXPECT_FALSE(near.sendAll("nobody reads this\n", patience)) << "and no signal ends the program";
 }
 
