@@ -71,7 +71,10 @@ void StandardStreams::readInput(Owner const& owner) {
 }
 
 void StandardStreams::deliver(Owner const& owner) {
-    while (auto const line = lines_.next()) owner.receive(*line);
+    while (auto const line = lines_.next()) {
+        auto const beginning = lines_.tooLongBeginning();
+        beginning.empty() ? owner.receive(*line) : owner.refuse(beginning);
+    }
     if (!unwritten_.empty()) writeOutput();
 }
 

@@ -18,7 +18,8 @@ namespace tavaro {
 class StandardStreams {
 public:
     struct Owner {
-        std::function<void(std::string_view line)> receive; // of one that is too long, an empty text
+        std::function<void(std::string_view line)> receive;
+        std::function<void(std::string_view beginning)> refuse; // a line of more than 16 MiB, which is dropped
         std::function<void()> woken;
         std::function<bool()> isBusy; // then `beat` is called every quarter of a second
         std::function<void()> beat;

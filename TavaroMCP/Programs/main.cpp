@@ -58,6 +58,7 @@ void Server::start(MCPSession::ToolCall call, MCPSession::Progress progress, MCP
 void Server::run() {
     main_.onPending([this] { streams_.wake(); });
     streams_.run({.receive = [this](auto line) { session_.receive(line); },
+                  .refuse = [this](auto beginning) { session_.refuseTooLong(beginning); },
                   .woken = [this] { main_.runPending(); },
                   .isBusy = [this] { return session_.isBusy(); },
                   .beat = [this] { session_.beat(); }});

@@ -62,6 +62,8 @@ std::optional<IncomingMessage> IncomingMessage::of(std::string_view line) {
 }
 
 std::optional<JSONValue> IncomingMessage::idIn(std::string_view beginning) {
+    constexpr auto isCutCharacter = [](char c) { return (static_cast<unsigned char>(c) & 0x80u) != 0; };
+    while (!beginning.empty() && isCutCharacter(beginning.back())) beginning.remove_suffix(1);
     std::string const closed = std::string(beginning) + '}'; // the reader takes no other end
     std::optional<JSONValue> id;
     try {

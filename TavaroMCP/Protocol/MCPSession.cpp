@@ -181,6 +181,13 @@ void MCPSession::receive(std::string_view line) {
     }
 }
 
+void MCPSession::refuseTooLong(std::string_view beginning) {
+    auto const id = IncomingMessage::idIn(beginning);
+    auto const code = id ? jsonRPC::ErrorCode::invalidRequest : jsonRPC::ErrorCode::parseError;
+    state_->around.write(
+        jsonRPC::error(code, "The line is longer than the 16 MiB that are read", id.value_or(JSONValue())));
+}
+
 bool MCPSession::isBusy() const { return !state_->calls.empty(); }
 
 void MCPSession::beat() {

@@ -38,6 +38,8 @@ public:
 
     /// A line that came in, without its newline.
     void receive(std::string_view line);
+    /// Answers a line that was too long to be kept, by its beginning: the client waits for an answer with its id.
+    void refuseTooLong(std::string_view beginning);
 
     /// Whether a call is at work or waits for its turn.
     bool isBusy() const;

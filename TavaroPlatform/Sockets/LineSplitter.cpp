@@ -1,5 +1,8 @@
 #include <TavaroPlatform/Sockets/LineSplitter.h>
 
+#include <algorithm>
+#include <utility>
+
 namespace tavaro {
 
 void LineSplitter::feed(std::string_view bytes) {
@@ -13,8 +16,10 @@ std::optional<std::string_view> LineSplitter::next() {
     searched_ = isWhole ? end + 1 : text_.size();
     bool const isTooLong = isTooLong_ || (isWhole ? end : text_.size()) - begin_ > longest_;
     std::string_view const line = isTooLong ? "" : std::string_view(text_).substr(begin_, end - begin_);
+    if (isTooLong && !isTooLong_) beginning_ = text_.substr(begin_, std::min(keptBytes, longest_));
     if (isWhole || isTooLong) begin_ = searched_;
     isTooLong_ = isTooLong && !isWhole;
+    if (isWhole) given_ = std::exchange(beginning_, {});
     return isWhole ? std::optional(line) : std::nullopt;
 }
 

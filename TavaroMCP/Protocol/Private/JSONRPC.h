@@ -8,7 +8,7 @@
 /// The messages that go out, each as the text of one line without its newline: keys sorted, slashes as they are.
 namespace tavaro::jsonRPC {
 
-enum class ErrorCode { parseError = -32700, invalidParams = -32602, methodNotFound = -32601 };
+enum class ErrorCode { parseError = -32700, invalidRequest = -32600, invalidParams = -32602, methodNotFound = -32601 };
 
 std::string result(JSONText result, JSONValue const& id);
 std::string error(ErrorCode code, std::string_view message, JSONValue const& id);

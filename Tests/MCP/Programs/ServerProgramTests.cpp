@@ -214,6 +214,10 @@ TEST_F(ServerProgram, aLineOfAnyLengthCostsOneAnswer) {
     server.say(ping);
     EXPECT_THAT(server.hear(), HasSubstr("-32700"));
     EXPECT_EQ(server.hear(), pong);
+    server.say(R"({"id":5,"method":"ping","params":{"x":")" + std::string(17 << 20, 'x') + "\"}}");
+    server.say(ping);
+    EXPECT_THAT(server.hear(), HasSubstr(R"("id":5)"));
+    EXPECT_EQ(server.hear(), pong);
 }
 
 TEST_F(ServerProgram, aLineCostsItsLengthAFewTimesAndNoTreeOfWhatItHolds) {

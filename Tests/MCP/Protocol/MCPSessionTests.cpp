@@ -126,6 +126,28 @@ TEST(MCPSession, answersOrIgnoresEachKindOfLine) {
     EXPECT_THAT(client.started, IsEmpty());
 }
 
+TEST(MCPSession, aLineThatWasTooLongIsAnsweredByTheIdInItsBeginning) {
+    std::string const refusal = R"("message":"The line is longer than the 16 MiB that are read"},)";
+    std::pair<std::string, std::string> const cases[] = {
+        {R"({"jsonrpc":"2.0","id":"a}","method":"tools/call","params":{"id":3,"x":"yyy)", R"("id":"a}")"},
+        {R"({"id":17,"method")", R"("id":17)"},
+        {R"( { "params":{"id":3}, "id" : 17 , "x":[[[)", R"("id":17)"},
+        {"{\"id\":17,\"x\":\"\xe2\x82", R"("id":17)"},
+        {R"({"method":"ping","id":17)", R"("id":null)"},
+        {R"({"method":"ping","id":"17)", R"("id":null)"},
+        {R"({"params":{"id":3,"x":")", R"("id":null)"},
+        {R"([{"id":3,"x":")", R"("id":null)"},
+        {"[[[[", R"("id":null)"},
+        {"\"id", R"("id":null)"},
+    };
+    Conversation client;
+    for (auto const& [beginning, id] : cases) {
+        client.session->refuseTooLong(beginning);
+        auto const code = id == R"("id":null)" ? "-32700" : "-32600";
+        EXPECT_THAT(client.heard(), ElementsAre(testing::AllOf(HasSubstr(refusal + id), HasSubstr(code)))) << beginning;
+    }
+}
+
 TEST(MCPSession, listsTheCatalogue) {
     Conversation client;
     auto const lines = client.say(R"({"id":1,"method":"tools/list","params":{"cursor":"x"}})");

@@ -49,7 +49,9 @@ TEST(LineSplitter, knowsALineThatIsTooLongBeforeItEnds) {
     EXPECT_TRUE(splitter.isTooLong());
     splitter.feed("\nnext\n");
     EXPECT_EQ(splitter.next(), "");
+    EXPECT_EQ(splitter.tooLongBeginning(), "12345678");
     EXPECT_EQ(splitter.next(), "next");
+    EXPECT_EQ(splitter.tooLongBeginning(), "");
     EXPECT_FALSE(splitter.isTooLong());
 }
 
