@@ -62,10 +62,15 @@ private:
     std::string unsent_; // of a line that has gone in part
 };
 
+using Clock = std::chrono::steady_clock;
+
 struct Connection {
+    static constexpr Clock::time_point never = Clock::time_point::max();
+
     explicit Connection(UnixSocket accepted) : socket(std::move(accepted)) {}
 
     UnixSocket socket;
+    std::atomic<Clock::time_point> silentSince = Clock::now(); // while it has not begun to ask
     std::atomic<bool> isOver = false;
     SerialQueue queue{"com.tavaro.mcp.client"}; // ends before what it uses
 };
@@ -111,17 +116,21 @@ struct BridgeServer::State {
     void listen();
     void rest() const;
     void removeEnded();
+    void sendSilentAway();
+    std::optional<BridgeRequest> nextRequest(Connection& connection, LineReader& lines) const;
     void admit(UnixSocket socket);
     void serve(Connection& connection);
     void sendLastAnswers();
 };
 
 void BridgeServer::State::listen() {
+    constexpr int betweenLooks = 100; // milliseconds, in a full house
     while (!isEnding) {
         bool const isFull = connections.size() >= limits.connections;
         pollfd waiting[] = {{bell.descriptor(), POLLIN, 0}, {isFull ? -1 : listener.descriptor(), POLLIN, 0}};
-        ::poll(waiting, std::size(waiting), -1);
+        ::poll(waiting, std::size(waiting), isFull ? betweenLooks : -1);
         bell.hush();
+        if (isFull) sendSilentAway();
         removeEnded();
         if (waiting[1].revents == 0) continue;
         if (auto socket = listener.accept())
@@ -136,6 +145,12 @@ void BridgeServer::State::rest() const {
     constexpr int milliseconds = 50;
     pollfd waiting{bell.descriptor(), POLLIN, 0};
     ::poll(&waiting, 1, milliseconds);
+}
+
+void BridgeServer::State::sendSilentAway() {
+    auto const since = Clock::now() - limits.silence;
+    for (auto const& connection : connections)
+        if (connection.silentSince.load() < since) connection.socket.shutDown();
 }
 
 void BridgeServer::State::removeEnded() {
@@ -153,9 +168,16 @@ void BridgeServer::State::admit(UnixSocket socket) {
     }
 }
 
+std::optional<BridgeRequest> BridgeServer::State::nextRequest(Connection& connection, LineReader& lines) const {
+    connection.silentSince = Clock::now();
+    bool const speaks = lines.awaitBeginning(limits.lineTime);
+    connection.silentSince = Connection::never;
+    return speaks ? readRequest(lines, limits.lineTime) : std::nullopt;
+}
+
 void BridgeServer::State::serve(Connection& connection) {
     LineReader lines(connection.socket, limits.lineBytes);
-    while (auto request = readRequest(lines, limits.lineTime)) {
+    while (auto request = nextRequest(connection, lines)) {
         ConnectedClient client(connection.socket, *request->id, isEnding);
         if (!client.finish(answerOf(application, *std::move(request), client), limits.lineTime)) break;
     }

@@ -39,6 +39,7 @@ struct BridgeLimits {
     std::chrono::milliseconds lineTime{10'000}; // for a request to come in, and for a client to take more of a result
     std::chrono::milliseconds lastWords{1'000}; // for answers under way when the server ends
     std::size_t connections = 128;              // more wait until one ends
+    std::chrono::milliseconds silence{2'000};   // of a client that holds its place while others wait
 };
 
 /// The application's side of the bridge: a thread that lets clients in ("com.tavaro.mcp.listen"), and one for each

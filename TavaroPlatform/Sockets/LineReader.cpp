@@ -38,4 +38,8 @@ std::optional<std::string_view> LineReader::next(UnixSocket::Patience patience) 
     }
 }
 
+bool LineReader::awaitBeginning(UnixSocket::Patience patience) const {
+    return !lines_.rest().empty() || socket_.awaitInput(patience);
+}
+
 }

@@ -18,6 +18,8 @@ public:
     /// Waits for a whole line, which is good until the next call. None where the connection ends, the line is too long,
     /// or is not complete after so long.
     std::optional<std::string_view> next(UnixSocket::Patience patience);
+    /// Waits until something of the next line is there, or the end. False where neither comes for so long.
+    bool awaitBeginning(UnixSocket::Patience patience) const;
     /// Of the line that comes in: then none comes any more.
     bool isTooLong() const { return lines_.isTooLong(); }
     bool hasEnded() const { return hasEnded_; }

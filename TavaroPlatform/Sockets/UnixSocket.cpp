@@ -64,6 +64,8 @@ UnixSocket::Receipt UnixSocket::receive(std::span<char> room, Patience patience)
     }
 }
 
+bool UnixSocket::awaitInput(Patience patience) const { return eventsOf(descriptor_.get(), POLLIN, patience) != 0; }
+
 bool UnixSocket::sendAll(std::string_view bytes, Patience patience) const {
     while (!bytes.empty()) {
         auto const count = sendNow(bytes);

@@ -31,6 +31,9 @@ public:
     /// that breaks ends.
     Receipt receive(std::span<char> room, Patience patience) const;
 
+    /// Waits for bytes or the end, and takes nothing. False where neither comes for so long.
+    bool awaitInput(Patience patience) const;
+
     /// False where the other end is gone, or takes nothing for so long.
     bool sendAll(std::string_view bytes, Patience patience) const;
     /// Sends what goes at once. None where the other end is gone.

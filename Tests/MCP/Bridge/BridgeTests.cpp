@@ -8,6 +8,7 @@
 #include <TavaroPlatform/Sockets/LineReader.h>
 #include <TavaroPlatform/Sockets/UnixSocketListener.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstdlib>
 #include <functional>
@@ -105,6 +106,17 @@ TEST_F(BridgeTest, aCallArrivesWithItsProgressFirstAndItsResultLast) {
     EXPECT_TRUE(becomesTrue([&] { return server->connections() == 0; }));
 }
 
+TEST_F(BridgeTest, requestsThatComeTogetherAreAnsweredInTurnAtOnce) {
+    serve({.lineTime = 2 * patience});
+    auto const client = UnixSocket::connect(path).value();
+    BridgeRequest const first{.id = 1, .client = "Ann", .tool = "status"},
+        second{.id = 2, .client = "Ann", .tool = "t"};
+    ASSERT_TRUE(client.sendAll(bridgeLine(first) + bridgeLine(second), patience));
+    LineReader lines(client, longestBridgeLine);
+    EXPECT_EQ(replyOf(lines.next(patience).value()).id, 1);
+    EXPECT_EQ(replyOf(lines.next(patience).value_or("")).id, 2);
+}
+
 TEST_F(BridgeTest, whatTheApplicationThrowsIsAFailure) {
     serve();
     application.answering = [](auto&, auto&) -> ToolResult { throw MCPToolError(MCPErrorCode::busy, "Not now."); };
@@ -140,6 +152,22 @@ TEST_F(BridgeTest, moreThanFitWaitForTheirTurn) {
     std::vector<std::future<JSONText>> results;
     for (int i = 0; i < 10; ++i) results.push_back(std::async(std::launch::async, [&] { return call(); }));
     for (auto& result : results) EXPECT_EQ(codeOf(result.get()), "none");
+}
+
+TEST_F(BridgeTest, whoSaysNothingInAFullHouseMakesRoom) {
+    constexpr std::chrono::milliseconds silence(100);
+    serve({.lineTime = 2 * patience, .connections = 3, .silence = silence});
+    std::vector<UnixSocket> silent;
+    auto const enter = [&] { silent.push_back(UnixSocket::connect(path).value()); };
+    auto const isThere = [](UnixSocket const& client) { return client.isConnected(); };
+    enter(), enter();
+    std::this_thread::sleep_for(2 * silence);
+    EXPECT_TRUE(std::ranges::all_of(silent, isThere)) << "there is room";
+    enter(), enter();
+    auto const begun = std::chrono::steady_clock::now();
+    EXPECT_EQ(codeOf(call()), "none");
+    EXPECT_LT(std::chrono::steady_clock::now() - begun, patience);
+    EXPECT_FALSE(std::ranges::all_of(silent, isThere));
 }
 
 TEST_F(BridgeTest, aClientThatDoesWrongLosesItsConnectionAndNobodyElseDoes) {
