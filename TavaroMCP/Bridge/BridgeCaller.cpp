@@ -4,7 +4,6 @@
 #include <TavaroMCP/Bridge/BridgeMessages.h>
 #include <TavaroMCP/Protocol/ToolResult.h>
 #include <TavaroPlatform/Processes/DesktopSession.h>
-#include <TavaroPlatform/Processes/DetachedProcess.h>
 #include <TavaroPlatform/Sockets/LineReader.h>
 #include <TavaroPlatform/Sockets/SocketError.h>
 #include <TavaroPlatform/Sockets/UnixSocket.h>
@@ -26,24 +25,26 @@ std::optional<DetachedProcess> startApplication(std::vector<std::string> const& 
 
 /// Tries until the application listens. None where it does not in time. One that fails may have found another that is
 /// about to listen.
-std::optional<UnixSocket> connectToStarted(BridgeCaller::Settings const& settings) {
-    auto application = startApplication(settings.command);
-    if (!application) return std::nullopt;
+std::optional<UnixSocket> connectToStarted(BridgeCaller::Settings const& settings,
+                                           std::vector<DetachedProcess>& started) {
+    auto const process = startApplication(settings.command);
+    if (!process) return std::nullopt;
+    auto& application = started.emplace_back(*process);
     auto deadline = std::chrono::steady_clock::now() + settings.timeToStart;
     bool hasFailed = false;
     while (std::chrono::steady_clock::now() < deadline) {
         std::this_thread::sleep_for(settings.betweenTries);
         if (auto socket = UnixSocket::connect(settings.socket)) return socket;
-        if (hasFailed || !application->hasFailed()) continue;
+        if (hasFailed || !application.hasFailed()) continue;
         hasFailed = true;
         deadline = std::min(deadline, std::chrono::steady_clock::now() + settings.timeAfterFailure);
     }
     return std::nullopt;
 }
 
-UnixSocket connectTo(BridgeCaller::Settings const& settings) {
+UnixSocket connectTo(BridgeCaller::Settings const& settings, std::vector<DetachedProcess>& started) {
     auto socket = UnixSocket::connect(settings.socket);
-    if (!socket) socket = connectToStarted(settings);
+    if (!socket) socket = connectToStarted(settings, started);
     if (socket) return *std::move(socket);
     throw MCPToolError(MCPErrorCode::appUnreachable,
                        "Couldn't reach Tavaro. Make sure it is installed in /Applications and opens normally.");
@@ -77,10 +78,11 @@ std::vector<std::string> applicationCommand() {
     return {};
 }
 
-JSONText BridgeCaller::call(Call call, Progress const& progress) const {
+JSONText BridgeCaller::call(Call call, Progress const& progress) {
+    forgetEnded();
     BridgeRequest const request{1, std::move(call.client), std::move(call.tool), std::move(call.arguments)};
     try {
-        return resultOver(connectTo(settings_), request, progress);
+        return resultOver(connectTo(settings_, started_), request, progress);
     } catch (MCPToolError const& error) {
         return toolResult::failure(error.code, error.what());
     } catch (SocketError const& error) {
@@ -88,6 +90,10 @@ JSONText BridgeCaller::call(Call call, Progress const& progress) const {
     } catch (std::exception const& error) {
         return toolResult::failure(MCPErrorCode::failed, error.what());
     }
+}
+
+void BridgeCaller::forgetEnded() {
+    std::erase_if(started_, [](DetachedProcess& process) { return process.hasEnded(); });
 }
 
 }

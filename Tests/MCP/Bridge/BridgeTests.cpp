@@ -10,7 +10,9 @@
 
 #include <algorithm>
 #include <atomic>
+#include <csignal>
 #include <cstdlib>
+#include <fstream>
 #include <functional>
 #include <future>
 #include <gtest/gtest.h>
@@ -289,6 +291,21 @@ TEST_F(BridgeTest, theFirstCallStartsTheApplication) {
     });
     auto const result = callStarting({"/bin/sh", "-c", "touch " + mark.string() + "; sleep 5"}, patience);
     EXPECT_EQ(codeOf(result), "none");
+}
+
+TEST_F(BridgeTest, anApplicationThatHasEndedLeavesNothingBehind) {
+    auto const mark = root / "started";
+    BridgeCaller caller({.socket = path,
+                         .command = {"/bin/sh", "-c", "echo $$ > " + mark.string() + "; exec sleep 0.4"},
+                         .timeToStart = std::chrono::milliseconds(200)});
+    caller.call({"status", JSONValue::Object{}, "Ann"}, [](double, std::string const&) {});
+    pid_t process = 0;
+    std::ifstream(mark) >> process;
+    ASSERT_GT(process, 0);
+    EXPECT_TRUE(becomesTrue([&] {
+        caller.forgetEnded();
+        return ::kill(process, 0) != 0;
+    }));
 }
 
 TEST_F(BridgeTest, anApplicationThatGivesWayToAnotherIsNoFailure) {
