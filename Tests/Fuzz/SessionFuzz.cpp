@@ -41,7 +41,8 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
     splitter.feed({reinterpret_cast<char const*>(data), size});
     splitter.feed("\n");
     while (auto const line = splitter.next()) {
-        session.receive(*line);
+        auto const beginning = splitter.tooLongBeginning();
+        beginning.empty() ? session.receive(*line) : session.refuseTooLong(beginning);
         session.beat();
         now += 0.5;
         if (++lines % 3 != 0 || calls.empty()) continue;
