@@ -1,6 +1,7 @@
 #include <TavaroCapture/Pulse/Private/PulseServer.h>
 
 #include <string_view>
+#include <utility>
 
 namespace tavaro::pulse {
 
@@ -74,6 +75,19 @@ std::vector<SourceInfo> Server::sources() {
     };
     finish(pa_context_get_source_info_list(get(), take, &result));
     return result;
+}
+
+bool Server::hasOtherOutputs() {
+    if (outputs_ == Watch::none) {
+        auto const note = [](pa_context*, pa_subscription_event_type_t, std::uint32_t, void* into) {
+            *static_cast<Watch*>(into) = Watch::changed;
+        };
+        pa_context_set_subscribe_callback(get(), note, &outputs_);
+        auto const mask = static_cast<pa_subscription_mask_t>(PA_SUBSCRIPTION_MASK_SERVER | PA_SUBSCRIPTION_MASK_SINK);
+        Operation const asked(pa_context_subscribe(get(), mask, nullptr, nullptr));
+        outputs_ = Watch::quiet;
+    }
+    return std::exchange(outputs_, Watch::quiet) == Watch::changed;
 }
 
 std::string Server::monitorOf(std::string const& sink) {

@@ -56,10 +56,11 @@ std::string sourceNamed(PulseSound::Options const& options) {
 
 }
 
-PulseSound::PulseSound(Options options)
+PulseSound::PulseSound(Options const& options)
     : server_(options.server)
-    , source_(sourceNamed(options))
     , role_(options.role)
+    , source_(sourceNamed(options))
+    , followsDefault_(options.role == StreamRole::systemSound && options.source.empty())
     , queue_(fmt::format("com.tavaro.capture.{}", nameOf(role_)), SerialQueue::Urgency::prompt) {}
 
 PulseSound::~PulseSound() { stop(); }
@@ -96,6 +97,7 @@ void PulseSound::run() {
 
 void PulseSound::record(Server& server, ServerInfo const& info) {
     while (server.isAlive() && !isEnding_) {
+        findOutput(server);
         if (has(server.sources(), source_) && listen(server, info)) return;
         noteGone();
         idle(server);
@@ -116,8 +118,24 @@ bool PulseSound::listen(Server& server, ServerInfo const& info) {
         server.run(turn);
         stream.tend();
         if (isDone(stream.deliveredUntil())) return true;
+        if (isElsewhere(server)) return false;
     }
     return false;
+}
+
+void PulseSound::findOutput(Server& server) {
+    if (!followsDefault_) return;
+    server.hasOtherOutputs(); // what comes from here on is news
+    auto const info = server.info();
+    auto const monitor = info ? server.monitorOf(info->defaultSink) : std::string();
+    if (!monitor.empty()) source_ = monitor;
+}
+
+bool PulseSound::isElsewhere(Server& server) {
+    if (!followsDefault_ || !server.hasOtherOutputs()) return false;
+    auto const info = server.info();
+    auto const monitor = info ? server.monitorOf(info->defaultSink) : std::string();
+    return !monitor.empty() && monitor != source_;
 }
 
 void PulseSound::idle(Server& server) const {

@@ -2,6 +2,8 @@
 
 #include <TavaroPlatform/Clocks/MediaClock.h>
 
+#include <algorithm>
+
 namespace tavaro::pulse {
 
 namespace {
@@ -48,13 +50,25 @@ RecordStream::~RecordStream() {
 
 bool RecordStream::isLive() const {
     if (!stream_ || !PA_STREAM_IS_GOOD(pa_stream_get_state(stream_.get()))) return false;
-    double const now = mediaClockNow();
-    return lastDataAt_ > 0 ? now - lastDataAt_ < longestSilenceOfDevice : now - openedAt_ < longestStart;
+    return quiet_ < (firstDataAt_ > 0 ? longestSilenceOfDevice : longestStart);
 }
 
 void RecordStream::tend() {
-    if (timing_ == Timing::arrivals || !stream_ || pa_stream_get_state(stream_.get()) != PA_STREAM_READY) return;
     double const now = mediaClockNow();
+    noteQuiet(now);
+    askForLatencies(now);
+}
+
+/// A thread that did not run for a while has not seen what came meanwhile.
+void RecordStream::noteQuiet(double now) {
+    constexpr double usualTurn = 0.05;
+    bool const hasHeard = lastDataAt_ > lastTendedAt_;
+    quiet_ = hasHeard ? 0 : quiet_ + std::min(now - std::max(lastTendedAt_, openedAt_), usualTurn);
+    lastTendedAt_ = now;
+}
+
+void RecordStream::askForLatencies(double now) {
+    if (timing_ == Timing::arrivals || !stream_ || pa_stream_get_state(stream_.get()) != PA_STREAM_READY) return;
     double const interval = now - openedAt_ < learningSeconds ? learningAsking : usualAsking;
     bool const isAsking = asking_ && pa_operation_get_state(asking_.get()) == PA_OPERATION_RUNNING;
     if (isAsking || now - lastAskedAt_ < interval) return;
@@ -75,6 +89,8 @@ void RecordStream::noteLatencies(pa_timing_info const& info) {
 }
 
 void RecordStream::noteArrival(double now) {
+    constexpr double backlog = 0.1; // what comes first was captured before, and comes too early for its number
+    if (now - firstDataAt_ < backlog) return;
     auto const sample = sound_.samplesAdded();
     auto const lateness = [](std::int64_t number, double moment) {
         return moment - static_cast<double>(number) / audioRate;
@@ -96,6 +112,7 @@ void RecordStream::read() {
     std::size_t bytes = 0;
     while (pa_stream_readable_size(stream_.get()) > 0 && pa_stream_peek(stream_.get(), &data, &bytes) >= 0 && bytes) {
         lastDataAt_ = mediaClockNow();
+        if (firstDataAt_ == 0) firstDataAt_ = lastDataAt_;
         auto const count = bytes / sizeof(StereoSample);
         if (data)
             sound_.append({static_cast<StereoSample const*>(data), count});

@@ -58,7 +58,7 @@ void SoundStream::take(SoundBlock const& block) {
 void SoundStream::noteGap(SoundBlock const& block) {
     constexpr double rounding = 0.001;
     double const gap = block.capturedAt - heardUntil_;
-    if (heardUntil_ > 0 && gap > rounding && clock_.time(heardUntil_)) lostSeconds_ = lostSeconds_ + gap;
+    if (heardUntil_ > 0 && gap > rounding && clock_.place(heardUntil_)) lostSeconds_ = lostSeconds_ + gap;
     heardUntil_ = block.capturedAt + static_cast<double>(block.samples.size()) / audioRate;
 }
 

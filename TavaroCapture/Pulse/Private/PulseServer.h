@@ -65,10 +65,15 @@ public:
     std::vector<SourceInfo> sources();
     /// The source that lets hear what a sink plays; empty when there is none.
     std::string monitorOf(std::string const& sink);
+    /// From now on, whether outputs or what is the default came, went or changed since the last time that this was
+    /// asked.
+    bool hasOtherOutputs();
 
 private:
     bool finish(pa_operation* operation);
 
+    enum class Watch { none, quiet, changed };
+    Watch outputs_ = Watch::none;
     Loop loop_;
     Context context_;
 };

@@ -12,8 +12,10 @@
 
 namespace tavaro::pulse {
 
-/// A microphone of a session's sound server, or what its output plays. The device is open from `start` to `stop`. When
-/// it is unplugged, or the server ends, it is looked for until it is there again: the same device by its name.
+/// A microphone of a session's sound server, or what its default output plays. The device is open from `start` to
+/// `stop`. When it is unplugged, or the server ends, it is looked for until it is there again: the same microphone by
+/// its name. Another output that becomes the default is followed, as the ears of the user follow it; that counts as an
+/// absence, too.
 class PulseSound final : public SoundSource {
 public:
     struct Options {
@@ -24,7 +26,7 @@ public:
 
     /// Finds the device, and does not open it. Throws `CaptureError` (`noSound`) where there is no such device, and
     /// when no server answers.
-    explicit PulseSound(Options options);
+    explicit PulseSound(Options const& options);
     ~PulseSound() override;
 
     void start(SoundHandlers handlers) override;
@@ -35,14 +37,17 @@ private:
     void run();
     void record(Server& server, ServerInfo const& info);
     bool listen(Server& server, ServerInfo const& info);
+    void findOutput(Server& server);
+    bool isElsewhere(Server& server);
     void idle(Server& server) const;
     void noteBegun();
     void noteGone();
     bool isDone(double deliveredUntil) const;
 
     std::string const server_;
-    std::string const source_;
     StreamRole const role_;
+    std::string source_; // the queue's once it runs
+    bool const followsDefault_;
     SoundHandlers handlers_;
     std::atomic<bool> isEnding_ = false;
     std::atomic<double> endsAt_ = 0; // moment of the media clock; once it is ending

@@ -40,13 +40,18 @@ private:
     static void onReadable(pa_stream*, std::size_t, void* self) { static_cast<RecordStream*>(self)->read(); }
     static void onTiming(pa_stream*, int success, void* self);
     void read();
+    void noteQuiet(double now);
+    void askForLatencies(double now);
     void noteLatencies(pa_timing_info const& info);
     void noteArrival(double now);
 
     Timing const timing_;
     double const openedAt_;
+    double firstDataAt_ = 0; // moments of the media clock; 0: not yet
     double lastDataAt_ = 0;
+    double lastTendedAt_ = 0;
     double lastAskedAt_ = 0;
+    double quiet_ = 0; // seconds without data, in which this thread was there to see it
     bool hasBegun_ = false;
     double deliveredUntil_ = 0;
     ClockedSound sound_;

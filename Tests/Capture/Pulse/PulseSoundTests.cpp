@@ -128,6 +128,35 @@ TEST_F(PulseSoundTest, anUnpluggedMicrophoneIsSilentUntilItIsBackAndNeverAnother
     EXPECT_EQ(listener.overlaps(), 0);
 }
 
+TEST_F(PulseSoundTest, whatIsPlayedElsewhereIsFollowedAndStaysInStep) {
+    Listener listener(output());
+    {
+        PlayedClicks const clicks(server->address());
+        EXPECT_TRUE(listener.hears(4));
+    }
+    server->order("load-module module-null-sink sink_name=phones rate=48000");
+    EXPECT_EQ(listener.lostAt, 0) << "an output that nobody chose changes nothing";
+    server->order("set-default-sink phones");
+    EXPECT_TRUE(eventually([&] { return listener.returnedAt > 0; }));
+    EXPECT_LE(listener.lostAt, listener.returnedAt);
+    auto const before = listener.heard().size();
+    PlayedClicks const clicks(server->address());
+    EXPECT_TRUE(listener.hears(before + 10));
+    listener.stop();
+    auto const heard = listener.heard();
+    ASSERT_GE(heard.size(), 10u);
+    expectInStep({heard.end() - 5, heard.end()}, clicks.moments());
+    EXPECT_EQ(listener.overlaps(), 0);
+}
+
+TEST_F(PulseSoundTest, aMicrophoneWithAClockOfItsOwnStaysInStep) {
+    SpokenClicks const clicks(server->microphonePipe(), 500);
+    Listener listener(microphone());
+    EXPECT_TRUE(listener.hears(24));
+    listener.stop();
+    expectInStep(listener.heard(), clicks.moments());
+}
+
 TEST_F(PulseSoundTest, aServerThatDiesAndComesBackCostsOnlyTheTimeBetween) {
     SpokenClicks const clicks(server->microphonePipe());
     Listener listener(microphone());
