@@ -34,7 +34,8 @@ struct Options {
     double seconds = 0;
     int fps = 60;
     CLI::Option const* microphone = nullptr; // given, with an id or without
-    bool recordsSystemAudio = false;
+    CLI::Option const* systemAudio = nullptr;
+    std::string systemAudioOf;
     std::string microphoneID;
     bool logsNoKeys = false;
     bool isRaw = false;
@@ -68,7 +69,7 @@ std::string stateOf(RecorderProgress const& progress) {
 RecorderOptions recorderOptions(Options const& options) {
     RecorderOptions result{.source = sourceOf(options), .fps = options.fps, .logsKeystrokes = !options.logsNoKeys};
     if (options.microphone->count() > 0) result.microphone = MicrophoneSource{options.microphoneID};
-    if (options.recordsSystemAudio) result.systemSound = SystemSoundSource{};
+    if (options.systemAudio->count() > 0) result.systemSound = SystemSoundSource{options.systemAudioOf};
     return result;
 }
 
@@ -136,7 +137,12 @@ void addRecord(CLI::App& app) {
                                            "record the default microphone, or one by its id in `tavaro sources`")
                               ->expected(0, 1)
                               ->type_name("[ID]");
-    command->add_flag("--system-audio", options->recordsSystemAudio, "record what the machine plays");
+    options->systemAudio =
+        command
+            ->add_option("--system-audio", options->systemAudioOf,
+                         "record what the machine plays, or one application only, by its name in `tavaro sources`")
+            ->expected(0, 1)
+            ->type_name("[APP]");
     command->add_option("--seconds", options->seconds, "end the take after that long; else Ctrl-C ends it")
         ->check(secondsFrom(0.1, 86'400));
     command->add_option("--fps", options->fps, "frames a second")->check(CLI::Range(1, 120))->capture_default_str();

@@ -30,6 +30,9 @@ void print(SourceListing const& list) {
         terminal::say("{:<16} {:<24} {}{}\n", microphone.id, "microphone", microphone.name,
                       microphone.isDefault ? " (default)" : "");
     if (list.systemAudio) terminal::say("{:<16} {:<24} {}\n", "system audio", "what is played", list.systemAudio->name);
+    if (list.systemAudio)
+        for (auto const& application : list.systemAudio->applications)
+            terminal::say("{:<16} {:<24} {}\n", "system audio", "what one plays", application);
     if (list.microphones.empty() && !list.systemAudio)
         terminal::tell("No sound can be recorded: no sound server answers.\n");
 }

@@ -1,5 +1,6 @@
 #include <TavaroCapture/Devices/Private/OpenSources.h>
 
+#include <TavaroCapture/Pulse/Private/ApplicationSound.h>
 #include <TavaroCapture/Pulse/Private/PulseSound.h>
 #include <TavaroCapture/X11/Private/InputMonitor.h>
 #include <TavaroCapture/X11/Private/ScreenGrabber.h>
@@ -19,7 +20,8 @@ std::unique_ptr<SoundSource> openMicrophone(MicrophoneSource const& source, std:
         pulse::PulseSound::Options{.server = server, .source = source.id, .role = StreamRole::microphone});
 }
 
-std::unique_ptr<SoundSource> openSystemSound(SystemSoundSource const&, std::string const& server) {
+std::unique_ptr<SoundSource> openSystemSound(SystemSoundSource const& source, std::string const& server) {
+    if (!source.application.empty()) return std::make_unique<pulse::ApplicationSound>(server, source.application);
     return std::make_unique<pulse::PulseSound>(
         pulse::PulseSound::Options{.server = server, .role = StreamRole::systemSound});
 }

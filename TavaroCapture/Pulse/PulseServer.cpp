@@ -1,5 +1,7 @@
 #include <TavaroCapture/Pulse/Private/PulseServer.h>
 
+#include <algorithm>
+#include <map>
 #include <string_view>
 #include <utility>
 
@@ -13,6 +15,15 @@ constexpr auto longestAnswer = 1s;
 
 std::string textOf(char const* text) { return text ? text : ""; }
 
+bool isSame(std::string_view a, std::string_view b) {
+    auto const lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
+    return std::ranges::equal(a, b, [&](char x, char y) { return lower(x) == lower(y); });
+}
+
+}
+
+bool Playback::isOf(std::string_view name) const {
+    return isSame(name, application) || isSame(name, program) || isSame(name, id);
 }
 
 Server::Server(std::string const& address)
@@ -75,6 +86,32 @@ std::vector<SourceInfo> Server::sources() {
     };
     finish(pa_context_get_source_info_list(get(), take, &result));
     return result;
+}
+
+std::vector<Playback> Server::playbacks() {
+    struct Found {
+        std::vector<Playback> playbacks;
+        std::vector<std::uint32_t> sinks; // on which they play
+        std::map<std::uint32_t, std::string> monitors;
+    } found;
+    auto const takePlayback = [](pa_context*, pa_sink_input_info const* info, int, void* into) {
+        if (!info) return;
+        auto const property = [info](char const* name) { return textOf(pa_proplist_gets(info->proplist, name)); };
+        auto& result = *static_cast<Found*>(into);
+        result.playbacks.push_back({.number = info->index,
+                                    .application = property(PA_PROP_APPLICATION_NAME),
+                                    .program = property(PA_PROP_APPLICATION_PROCESS_BINARY),
+                                    .id = property(PA_PROP_APPLICATION_ID)});
+        result.sinks.push_back(info->sink);
+    };
+    auto const takeSink = [](pa_context*, pa_sink_info const* info, int, void* into) {
+        if (info) static_cast<Found*>(into)->monitors[info->index] = textOf(info->monitor_source_name);
+    };
+    finish(pa_context_get_sink_input_info_list(get(), takePlayback, &found));
+    finish(pa_context_get_sink_info_list(get(), takeSink, &found));
+    for (std::size_t i = 0; i < found.playbacks.size(); ++i)
+        found.playbacks[i].monitor = found.monitors[found.sinks[i]];
+    return std::move(found.playbacks);
 }
 
 bool Server::hasOtherOutputs() {

@@ -2,9 +2,20 @@
 
 #include <TavaroCapture/Pulse/Private/PulseServer.h>
 
-#include <algorithm>
+#include <set>
 
 namespace tavaro::pulse {
+
+namespace {
+
+std::vector<std::string> applicationsOf(std::vector<Playback> const& playbacks) {
+    std::set<std::string> names;
+    for (auto const& playback : playbacks) names.insert(playback.application);
+    names.erase("");
+    return {names.begin(), names.end()};
+}
+
+}
 
 SoundDevices soundDevices(std::string const& address) {
     Server server(address);
@@ -16,7 +27,7 @@ SoundDevices soundDevices(std::string const& address) {
         if (!source.isMonitor)
             result.microphones.push_back({source.name, source.description, source.name == info->defaultSource});
         else if (source.name == output)
-            result.systemSound = SystemSoundInfo{source.description};
+            result.systemSound = SystemSoundInfo{source.description, applicationsOf(server.playbacks())};
     }
     return result;
 }

@@ -70,8 +70,10 @@ struct MicrophoneSource {
     bool operator==(MicrophoneSource const&) const = default;
 };
 
-/// What the default output plays when the take begins.
+/// What the machine plays by its default output, whichever that is at the time; or what one application plays, by its
+/// name, its program or its id.
 struct SystemSoundSource {
+    std::string application; // empty: all of them
     bool operator==(SystemSoundSource const&) const = default;
 };
 

@@ -38,7 +38,8 @@ struct MicrophoneInfo {
 };
 
 struct SystemSoundInfo {
-    std::string name; // of what plays it: "Monitor of Built-in Audio Analog Stereo"
+    std::string name;                      // of what plays it: "Monitor of Built-in Audio Analog Stereo"
+    std::vector<std::string> applications; // that play something now, each once
     bool operator==(SystemSoundInfo const&) const = default;
 };
 

@@ -19,7 +19,8 @@ SourceListing listingOf(SourceList const& sources) {
             {window.id(), window.application, window.bundleID, window.title, listed(window.frame), window.isMinimized});
     for (auto const& microphone : sources.microphones)
         listing.microphones.push_back({microphone.id, microphone.name, microphone.isDefault});
-    if (sources.systemSound) listing.systemAudio = ListedSystemAudio{sources.systemSound->name};
+    if (sources.systemSound)
+        listing.systemAudio = ListedSystemAudio{sources.systemSound->name, sources.systemSound->applications};
     return listing;
 }
 

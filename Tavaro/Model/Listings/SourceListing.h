@@ -79,8 +79,10 @@ static_assert(listsEveryField<ListedMicrophone>);
 
 struct ListedSystemAudio {
     std::string name;
+    std::vector<std::string> applications; // that play something now
 
-    static constexpr auto fields = std::tuple{field("name", &ListedSystemAudio::name)};
+    static constexpr auto fields =
+        std::tuple{field("name", &ListedSystemAudio::name), field("applications", &ListedSystemAudio::applications)};
     bool operator==(ListedSystemAudio const&) const = default;
 };
 static_assert(listsEveryField<ListedSystemAudio>);

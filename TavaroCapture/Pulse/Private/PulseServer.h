@@ -6,6 +6,7 @@
 #include <optional>
 #include <pulse/pulseaudio.h>
 #include <string>
+#include <string_view>
 #include <vector>
 
 /// The handles of libpulse and a connection to a sound server. For the sources of this library only.
@@ -38,6 +39,18 @@ struct ServerInfo {
     bool isPipeWire = false; // speaks for a PipeWire server, which knows no latencies
 };
 
+/// Something that an application plays.
+struct Playback {
+    std::uint32_t number = 0;
+    std::string monitor; // the source that lets hear the output on which it plays
+    std::string application;
+    std::string program;
+    std::string id; // of the application's desktop entry, where it says
+
+    /// Whether it is that application's, whichever of the three it is called by, in whichever case.
+    bool isOf(std::string_view name) const;
+};
+
 /// A connection to the sound server of a session, PulseAudio's own or PipeWire's. It never starts one. It runs on the
 /// thread that calls it, and only during the calls; streams that are made on it report then, too.
 class Server {
@@ -65,6 +78,7 @@ public:
     std::vector<SourceInfo> sources();
     /// The source that lets hear what a sink plays; empty when there is none.
     std::string monitorOf(std::string const& sink);
+    std::vector<Playback> playbacks();
     /// From now on, whether outputs or what is the default came, went or changed since the last time that this was
     /// asked.
     bool hasOtherOutputs();

@@ -1,6 +1,7 @@
 #include "../TestDisplay.h"
 #include "../TestSoundServer.h"
 
+#include <TavaroCapture/Pulse/Private/ApplicationSound.h>
 #include <TavaroCapture/Pulse/Private/PulseSound.h>
 #include <TavaroCapture/Sources/CaptureError.h>
 #include <TavaroPlatform/Clocks/MediaClock.h>
@@ -20,13 +21,15 @@ constexpr double told = 0.5;
 /// What a source reports, and when.
 class Listener {
 public:
-    explicit Listener(pulse::PulseSound::Options const& options) : source_(options) {
-        source_.start({.block = [this](SoundBlock const& block) { hear(block); },
-                       .lost = [this] { lostAt = mediaClockNow(); },
-                       .returned = [this] { returnedAt = mediaClockNow(); }});
+    explicit Listener(pulse::PulseSound::Options const& options)
+        : Listener(std::make_unique<pulse::PulseSound>(options)) {}
+    explicit Listener(std::unique_ptr<SoundSource> source) : source_(std::move(source)) {
+        source_->start({.block = [this](SoundBlock const& block) { hear(block); },
+                        .lost = [this] { lostAt = mediaClockNow(); },
+                        .returned = [this] { returnedAt = mediaClockNow(); }});
     }
-    ~Listener() { source_.stop(); }
-    void stop() { source_.stop(); }
+    ~Listener() { source_->stop(); }
+    void stop() { source_->stop(); }
 
     /// Moments of the clicks that were heard.
     std::vector<double> heard() const {
@@ -57,7 +60,7 @@ private:
     std::vector<double> heard_; // guarded by lock_
     double end_ = 0;
     std::atomic<int> overlaps_ = 0;
-    pulse::PulseSound source_;
+    std::unique_ptr<SoundSource> source_;
 };
 
 /// Every click that was heard was made, at the moment of its stamp.
@@ -147,6 +150,21 @@ TEST_F(PulseSoundTest, whatIsPlayedElsewhereIsFollowedAndStaysInStep) {
     ASSERT_GE(heard.size(), 10u);
     expectInStep({heard.end() - 5, heard.end()}, clicks.moments());
     EXPECT_EQ(listener.overlaps(), 0);
+}
+
+TEST_F(PulseSoundTest, ofOneApplicationNothingElseIsHeardAndAllOfIt) {
+    PlayedClicks const others(server->address(), "Music");
+    Listener listener(std::make_unique<pulse::ApplicationSound>(server->address(), "demo"));
+    for (std::size_t heard = 0; heard < 16; heard += 8) { // one playback after the other
+        PlayedClicks const clicks(server->address(), "Demo");
+        EXPECT_TRUE(listener.hears(heard + 8));
+        auto last = listener.heard();
+        last.erase(last.begin(), last.end() - 4);
+        expectInStep(last, clicks.moments());
+    }
+    listener.stop();
+    EXPECT_EQ(listener.overlaps(), 0);
+    EXPECT_EQ(listener.lostAt, 0);
 }
 
 TEST_F(PulseSoundTest, aMicrophoneWithAClockOfItsOwnStaysInStep) {
