@@ -155,7 +155,8 @@ TEST_F(RecordedSound, whatIsThereIsListedAndWhatIsNotIsRefusedBeforeAnythingIsRe
     EXPECT_THAT(tavaro({"sources"}).out, HasSubstr("mic              microphone               Desk (default)\n"));
     EXPECT_THAT(
         tavaro({"sources", "--json"}).out,
-        HasSubstr(R"("microphones":[{"id":"mic","isDefault":true,"name":"Desk"}],"systemAudio":{"name":"Monitor of )"));
+        HasSubstr(
+            R"("microphones":[{"id":"mic","isDefault":true,"name":"Desk"}],"systemAudio":{"applications":[],"name":"Monitor of )"));
     auto const refused = tavaro({"record", "--microphone", "tuba", "-o", path("take.recproj")});
     EXPECT_EQ(refused.exitCode, 1);
     EXPECT_EQ(refused.error, "There is no microphone “tuba”. `tavaro sources` lists those there are.\n");
