@@ -1,6 +1,6 @@
 #include <Tavaro/Agents/Private/ExportPaths.h>
 
-#include <TavaroCore/Errors/Excerpt.h>
+#include <TavaroCore/Export/ExportFile.h>
 #include <TavaroCore/Export/ExportPreset.h>
 #include <TavaroCore/Project/DemoProject.h>
 #include <TavaroMCP/Protocol/MCPToolError.h>
@@ -16,18 +16,12 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// Also without what the file systems of other machines refuse. Short enough that the preset, a number and the ending
-/// fit behind it.
-std::string fileNamePart(std::string_view name) {
-    constexpr std::size_t mostBytes = 180;
-    auto part = excerpt(name, mostBytes);
+/// Also without what the file systems of other machines refuse.
+std::string portableNamePart(std::string_view name) {
+    auto part = fileNamePart(name);
     std::ranges::replace_if(
-        part, [](char c) { return std::string_view("/\\:*?\"<>|").find(c) != std::string_view::npos; }, '-');
-    auto const first = part.find_first_not_of(" \t");
-    part.erase(0, first);
-    part.erase(part.find_last_not_of(" \t") + 1);
-    if (part.starts_with('.')) part.front() = '-';
-    return part.empty() ? "Export" : part;
+        part, [](char c) { return std::string_view("\\*?\"<>|").find(c) != std::string_view::npos; }, '-');
+    return part;
 }
 
 std::string_view presetName(ExportSettings const& settings) {
@@ -43,7 +37,7 @@ fs::path given(std::string const& path) {
 }
 
 std::string fileName(std::string_view project, ExportSettings const& settings) {
-    return fmt::format("{} — {}.{}", fileNamePart(project), fileNamePart(presetName(settings)),
+    return fmt::format("{} — {}.{}", portableNamePart(project), portableNamePart(presetName(settings)),
                        fileExtension(settings.container));
 }
 

@@ -1,6 +1,8 @@
 #include <TavaroCore/Export/ExportFile.h>
 
+#include <TavaroCore/Errors/Excerpt.h>
 #include <TavaroCore/Export/ExportSettings.h>
+#include <TavaroCore/Files/FileError.h>
 #include <TavaroCore/Files/PendingFile.h>
 
 #include <algorithm>
@@ -10,9 +12,12 @@
 
 namespace tavaro {
 
+namespace fs = std::filesystem;
+
 namespace {
 
-constexpr std::size_t longestProjectName = 180; // bytes; file systems take 255
+constexpr std::size_t longestNamePart = 180;   // bytes; file systems take 255
+constexpr std::size_t certainNameLength = 143; // bytes that every file system takes, also one that encrypts names
 
 // Blanks that a person's typing or pasting leaves at the ends of a name, in UTF-8.
 constexpr std::array<std::string_view, 10> blanks{
@@ -37,20 +42,6 @@ std::string_view trimmed(std::string_view text) {
     return text;
 }
 
-std::string fileNamePart(std::string_view projectName) {
-    auto name = trimmed(projectName);
-    if (name.size() > longestProjectName) {
-        auto end = longestProjectName;
-        while (end > 0 && (static_cast<unsigned char>(name[end]) & 0xC0) == 0x80) --end; // whole characters only
-        name = trimmed(name.substr(0, end));
-    }
-    if (name.empty()) return "Export";
-    std::string part{name};
-    std::ranges::replace_if(
-        part, [](char c) { return c == '/' || c == ':' || c == '\0'; }, '-');
-    return part;
-}
-
 std::string qualityLabel(Size2 size) {
     auto const side = std::min(size.width, size.height);
     return side == 2160 ? "4K" : std::to_string(side) + "p";
@@ -65,6 +56,33 @@ std::string_view codecSuffix(VideoCodecChoice codec) {
     return "";
 }
 
+/// A name that cannot be looked at is neither free nor taken: the next one would be no better, and so on for ever.
+bool isTaken(fs::path const& file) {
+    std::error_code code;
+    auto const type = fs::symlink_status(file, code).type();
+    if (type == fs::file_type::none) throw FileError::writing(file, code.value());
+    return type != fs::file_type::not_found;
+}
+
+/// "Tour 2.mp4"; the stem is cut where the name would be longer than the taken one, which its file system takes.
+fs::path numbered(fs::path const& file, std::uint64_t number) {
+    auto const stem = file.stem().string();
+    auto const ending = fmt::format(" {}{}", number, file.extension().string());
+    auto const most = std::max(file.filename().string().size(), certainNameLength);
+    auto const left = most - std::min(most, ending.size());
+    auto candidate = file;
+    return candidate.replace_filename(std::string(wholeCharacters(stem, left)) + ending);
+}
+
+}
+
+std::string fileNamePart(std::string_view text) {
+    std::string part(trimmed(wholeCharacters(trimmed(text), longestNamePart)));
+    if (part.empty()) return "Export";
+    auto const isRefused = [](unsigned char c) { return c == '/' || c == ':' || c < 0x20 || c == 0x7F; };
+    std::ranges::replace_if(part, isRefused, '-');
+    if (part.starts_with('.')) part.front() = '-';
+    return part;
 }
 
 std::int64_t estimatedFileSize(ExportSettings const& settings, double duration) {
@@ -98,21 +116,13 @@ std::string suggestedFileName(ExportSettings const& settings, std::string_view p
     return name;
 }
 
-std::filesystem::path unusedFile(std::filesystem::path const& file) {
-    std::error_code ignored;
-    auto const isTaken = [&](std::filesystem::path const& candidate) {
-        return std::filesystem::symlink_status(candidate, ignored).type() != std::filesystem::file_type::not_found;
-    };
-    if (!isTaken(file)) return file;
-    auto const stem = file.stem().string();
-    for (std::uint64_t number = 2;; ++number) {
-        auto candidate = file;
-        candidate.replace_filename(stem + " " + std::to_string(number) + file.extension().string());
-        if (!isTaken(candidate)) return candidate;
-    }
+fs::path unusedFile(fs::path const& file) {
+    auto candidate = file;
+    for (std::uint64_t number = 2; isTaken(candidate); ++number) candidate = numbered(file, number);
+    return candidate;
 }
 
-std::filesystem::path commitUnderUnusedName(PendingFile& pending, std::filesystem::path const& wanted) {
+fs::path commitUnderUnusedName(PendingFile& pending, fs::path const& wanted) {
     while (true) {
         auto const file = unusedFile(wanted);
         if (pending.commitUnlessTaken(file)) return file;

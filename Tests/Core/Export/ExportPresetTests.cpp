@@ -1,5 +1,8 @@
+#include "../Package/TemporaryFolder.h"
+
 #include <TavaroCore/Export/ExportFile.h>
 #include <TavaroCore/Export/ExportPreset.h>
+#include <TavaroCore/Files/FileError.h>
 
 #include <gtest/gtest.h>
 
@@ -86,6 +89,36 @@ TEST(ExportFile, anExistingFileIsLeftAloneByTakingTheNextNumber) {
     std::filesystem::create_symlink("nowhere", folder / "Tour 1080p 3.mp4");
     EXPECT_EQ(unusedFile(file), folder / "Tour 1080p 4.mp4") << "writing through a dangling link would make its target";
     std::filesystem::remove_all(folder);
+}
+
+TEST(ExportFile, aNameThatIsTakenAndAsLongAsNamesCanBeIsCutForItsNumber) {
+    TemporaryFolder const folder;
+    std::string stem = "xx";
+    while (stem.size() < 251) stem += "€"; // three bytes: the cut would go through one
+    auto const file = folder / (stem + ".mp4");
+    std::ofstream(file) << "taken";
+    auto const second = unusedFile(file);
+    EXPECT_EQ(second.filename().string(), stem.substr(0, 248) + " 2.mp4");
+    std::ofstream(second) << "taken too";
+    EXPECT_EQ(unusedFile(file).filename().string(), stem.substr(0, 248) + " 3.mp4");
+    auto const allEnding = folder / ("x." + std::string(253, 'y'));
+    std::ofstream(allEnding) << "taken";
+    EXPECT_THROW(unusedFile(allEnding), FileError);
+}
+
+TEST(ExportFile, aNameThatCannotBeLookedAtIsRefused) {
+    TemporaryFolder const folder;
+    std::filesystem::create_symlink("loop", folder / "loop");
+    for (auto const& file : {folder / (std::string(300, 'x') + ".mp4"), folder / "loop" / "film.mp4"})
+        EXPECT_THROW(unusedFile(file), FileError) << file;
+    EXPECT_EQ(unusedFile(folder / "loop"), folder / "loop 2");
+    EXPECT_EQ(unusedFile(folder / "none" / "film.mp4"), folder / "none" / "film.mp4");
+}
+
+TEST(ExportFile, aNamePartIsNeverHiddenAndHoldsNoControlCharacters) {
+    EXPECT_EQ(fileNamePart(".hidden"), "-hidden");
+    EXPECT_EQ(fileNamePart("one\ntwo\x7F"), "one-two-");
+    EXPECT_EQ(fileNamePart("../.."), "-.-..");
 }
 
 }

@@ -7,6 +7,7 @@
 #include <Tavaro/Model/Recording/UnfinishedRecording.h>
 
 #include <TavaroCapture/Sources/CaptureError.h>
+#include <TavaroCore/Files/FileError.h>
 
 #include <cstdlib>
 
@@ -40,6 +41,12 @@ protected:
                              .preferences = folder / "config/preferences.json"}};
 };
 
+}
+
+TEST_F(ApplicationTest, aLibraryThatCannotBeEnteredIsToldOfBeforeARecordingBegins) {
+    fs::create_symlink("Movies", folder / "Movies");
+    EXPECT_THROW(application.record(request(), {}), FileError);
+    EXPECT_FALSE(application.isBusy());
 }
 
 TEST_F(ApplicationTest, aTakeIsInTheLibraryByItsIdAndCanBeEditedDrawnAndExported) {
