@@ -50,6 +50,23 @@ StepOutcome commitPolish(OpenProject& project, std::string const& client, DemoPr
     });
 }
 
+void patch(RunningCall& call, OpenProject& project) {
+    Operation const patch = projectPatch(call.arguments());
+    std::string summary;
+    auto const step = commitFor(project, call.client(), infoOf(patch).title, [&](DemoProject& edited) {
+        summary = perform(edited, patch).summary;
+    });
+    call.finish(toolResult::ok(summary + ".", editResult(step)));
+}
+
+void changeTimeline(RunningCall& call, OpenProject& project) {
+    project.refresh();
+    auto const title = infoOf(timelineOp(call.arguments(), project.document())).title;
+    auto const step = commitFor(project, call.client(), title,
+                                [&](DemoProject& edited) { perform(edited, timelineOp(call.arguments(), edited)); });
+    call.finish(toolResult::ok(fmt::format("Timeline edited. Now {:.2f} s.", step.duration), editResult(step)));
+}
+
 }
 
 void ProjectTools::list(RunningCall& call) {
@@ -78,22 +95,18 @@ void ProjectTools::show(RunningCall& call, OpenProjects::Opened const& project) 
 }
 
 void ProjectTools::edit(RunningCall& call, OpenProjects::Opened const& project) {
-    auto const patch = projectPatch(call.arguments());
-    std::string summary;
-    auto const step = commitFor(*project, call.client(), operations::Patch::info.title,
-                                [&](DemoProject& edited) { summary = perform(edited, patch).summary; });
-    call.finish(toolResult::ok(summary + ".", editResult(step)));
+    locked_.perform(call, [project](RunningCall& here) { patch(here, *project); });
 }
 
 void ProjectTools::editTimeline(RunningCall& call, OpenProjects::Opened const& project) {
-    project->refresh();
-    auto const title = infoOf(timelineOp(call.arguments(), project->document())).title;
-    auto const step = commitFor(*project, call.client(), title,
-                                [&](DemoProject& edited) { perform(edited, timelineOp(call.arguments(), edited)); });
-    call.finish(toolResult::ok(fmt::format("Timeline edited. Now {:.2f} s.", step.duration), editResult(step)));
+    locked_.perform(call, [project](RunningCall& here) { changeTimeline(here, *project); });
 }
 
 void ProjectTools::runAction(RunningCall& call, OpenProjects::Opened const& project) {
+    locked_.perform(call, [this, project](RunningCall& here) { act(here, project); });
+}
+
+void ProjectTools::act(RunningCall& call, OpenProjects::Opened const& project) {
     project->refresh();
     auto const action = projectAction(call.arguments(), project->document());
     if (auto const* const missing = std::get_if<ProjectAction::Missing>(&action.work))
@@ -116,17 +129,22 @@ void ProjectTools::polish(RunningCall& call, OpenProjects::Opened const& project
     call.progress(polishing.tries * 1.0 / mostTries, "Auto Polish is at work.");
     call.keep(job);
     job->onFinished(call.later([this, project, polishing, &job = *job](RunningCall& here) {
-        auto const polished = std::move(job.result());
-        try {
-            auto const step = commitPolish(*project, here.client(), polished.project, polishing.revision);
-            auto const report = polished.report.summaryLines();
-            here.finish(toolResult::ok(fmt::format("Auto Polish done: {}", fmt::join(report, " ")), editResult(step)));
-        } catch (ChangedMeanwhile const&) {
-            if (polishing.tries + 1 == mostTries) throw;
-            polish(here, project, {.options = polishing.options, .tries = polishing.tries + 1});
-        }
+        auto const polished = std::make_shared<PolishedProject const>(std::move(job.result()));
+        locked_.perform(here, [=, this](RunningCall& later) { keepPolished(later, project, polishing, *polished); });
     }));
     job->start();
+}
+
+void ProjectTools::keepPolished(RunningCall& call, OpenProjects::Opened const& project, Polishing const& polishing,
+                                PolishedProject const& polished) {
+    try {
+        auto const step = commitPolish(*project, call.client(), polished.project, polishing.revision);
+        auto const report = polished.report.summaryLines();
+        call.finish(toolResult::ok(fmt::format("Auto Polish done: {}", fmt::join(report, " ")), editResult(step)));
+    } catch (ChangedMeanwhile const&) {
+        if (polishing.tries + 1 == mostTries) throw;
+        polish(call, project, {.options = polishing.options, .tries = polishing.tries + 1});
+    }
 }
 
 }

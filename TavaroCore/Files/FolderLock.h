@@ -13,6 +13,8 @@ namespace tavaro {
 class FolderLock {
 public:
     explicit FolderLock(std::filesystem::path const& folder);
+    /// The same without waiting: none when another has it.
+    static std::optional<FolderLock> unlessTaken(std::filesystem::path const& folder);
     /// The lock without waiting: none when another has it, the folder is missing, or there are no locks here.
     static std::optional<FolderLock> ifFree(std::filesystem::path const& folder);
 

@@ -127,6 +127,10 @@ fs::path ProjectPackage::folderToLock() const {
 
 FolderLock ProjectPackage::lockForEditing() const { return FolderLock(folderToLock()); }
 
+std::optional<FolderLock> ProjectPackage::lockForEditingUnlessTaken() const {
+    return FolderLock::unlessTaken(folderToLock());
+}
+
 SavedDocument ProjectPackage::save(DemoProject const& project, std::optional<SavedDocument> const& before) const {
     DocumentText document(project);
     if (before && before->log == project.metadata.shared()) {

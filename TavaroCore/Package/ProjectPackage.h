@@ -47,6 +47,8 @@ public:
     /// The lock that an edit holds from loading to saving, so that edits of several processes follow each other; waits
     /// for it. A project without a folder for assets gets one.
     FolderLock lockForEditing() const;
+    /// The same without waiting: none when another has it.
+    std::optional<FolderLock> lockForEditingUnlessTaken() const;
 
     /// Makes the package's folders, with those above it.
     void createDirectories() const;

@@ -14,6 +14,7 @@
 #include <cstdlib>
 
 using namespace tavaro;
+using ::testing::AllOf;
 using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
@@ -172,6 +173,22 @@ TEST_F(MCPToolHandlerTest, aProjectThatIsEditedWhileItIsPolishedIsPolishedAgain)
     most = 100;
     EXPECT_EQ(called("run_action", polish), "failed: The project was changed meanwhile. Run auto_polish again.");
     EXPECT_LT(edits, 10);
+}
+
+TEST_F(MCPToolHandlerTest, aProjectThatAnotherProgramEditsHoldsUpNobodyElse) {
+    record();
+    std::optional lock = project().package().lockForEditing();
+    static_cast<void>(begin("edit_project", withID(R"(,"patch":{"name":"Tour"})")));
+    queue.runUntil([tries = 0]() mutable { return ++tries == 10; });
+    EXPECT_FALSE(result);
+    EXPECT_EQ(called("status"), "Tavaro status");
+    lock.reset();
+    result.reset();
+    EXPECT_EQ(end(), "Changed name.");
+    EXPECT_EQ(project().package().load().name, "Tour");
+    lock = project().package().lockForEditing();
+    EXPECT_THAT(called("edit_timeline", withID(R"(,"op":"trim","start":0,"end":0.5)")),
+                AllOf(StartsWith("failed: Could not save"), EndsWith("another program is editing it.")));
 }
 
 TEST_F(MCPToolHandlerTest, ordersToTheRecorderAnswerForWhatTheyFind) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <Tavaro/Agents/Private/LockedProjects.h>
 #include <Tavaro/Agents/Private/RunningCall.h>
 #include <Tavaro/Model/Project/OpenProjects.h>
 
@@ -11,12 +12,16 @@ namespace tavaro {
 
 class Application;
 class MainQueue;
+struct PolishedProject;
 
 /// The tools that look at projects and edit them. Each edit is one step with the client's name, and on the disk before
 /// it is answered for.
 class ProjectTools {
 public:
-    ProjectTools(MainQueue& queue, Application& application) : queue_(queue), application_(application) {}
+    ProjectTools(MainQueue& queue, Application& application)
+        : queue_(queue)
+        , application_(application)
+        , locked_(queue) {}
 
     void list(RunningCall& call);
     void open(RunningCall& call, OpenProjects::Opened const& project);
@@ -37,9 +42,14 @@ private:
     };
     /// Where the project was edited meanwhile, it is polished again as it is then, a few times.
     void polish(RunningCall& call, OpenProjects::Opened const& project, Polishing polishing);
+    void keepPolished(RunningCall& call, OpenProjects::Opened const& project, Polishing const& polishing,
+                      PolishedProject const& polished);
+
+    void act(RunningCall& call, OpenProjects::Opened const& project);
 
     MainQueue& queue_;
     Application& application_;
+    LockedProjects locked_;
     OpenProjects::Opened opened_;
 };
 

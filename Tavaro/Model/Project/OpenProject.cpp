@@ -1,6 +1,7 @@
 #include <Tavaro/Model/Project/OpenProject.h>
 
 #include <Tavaro/Model/Project/PackagePath.h>
+#include <Tavaro/Model/Project/ProjectInUse.h>
 #include <Tavaro/Model/Project/StoredProject.h>
 
 #include <TavaroCore/Files/FileError.h>
@@ -44,7 +45,12 @@ OpenProject::OpenProject(ProjectPackage package, LockHolding holding)
     show(readDocument(package_));
 }
 
-OpenProject::OpenProject(ReadProject read) : package_(read.package), history_(DemoProject{}) { show(std::move(read)); }
+OpenProject::OpenProject(ReadProject read)
+    : package_(read.package)
+    , waiting_(LockWaiting::never)
+    , history_(DemoProject{}) {
+    show(std::move(read));
+}
 
 void OpenProject::show(ReadProject read) {
     stamp_ = read.stamp;
@@ -65,7 +71,13 @@ OpenProject::~OpenProject() {
 void OpenProject::expectOwnThread() const { assert(thread_ == std::this_thread::get_id()); }
 
 void OpenProject::lockIfNeeded(Lock& lock) const {
-    if (!lock_) lock.emplace(package_.lockForEditing());
+    if (lock_) return;
+    if (waiting_ == LockWaiting::asLongAsItTakes) {
+        lock.emplace(package_.lockForEditing());
+    } else {
+        lock = package_.lockForEditingUnlessTaken();
+        if (!lock) throw ProjectInUse(package_.url());
+    }
 }
 
 StepOutcome OpenProject::edit(std::string_view step, FunctionRef<void(DemoProject&)> change, EditGroup group) {

@@ -84,7 +84,8 @@ public:
     /// Opens "NAME.recproj"; the ending may be missing. With `whileOpen` it waits for the lock first. Throws
     /// `FileError` with the project's name in the sentence.
     explicit OpenProject(std::filesystem::path const& given, LockHolding holding = LockHolding::whileSaving);
-    /// As `whileSaving`. What others saved since it was read is taken in by the first edit, as later too.
+    /// As `whileSaving`, for a thread that must not wait: where another has the lock, `save` and `commit` throw
+    /// `ProjectInUse`. What others saved since it was read is taken in by the first edit, as later too.
     explicit OpenProject(ReadProject read);
     /// Keeps the editor's state; unsaved changes of the document are dropped.
     ~OpenProject();
@@ -131,6 +132,7 @@ public:
 
 private:
     using Lock = std::optional<FolderLock>;
+    enum class LockWaiting { asLongAsItTakes, never };
 
     OpenProject(ProjectPackage package, LockHolding holding);
     void show(ReadProject read);
@@ -145,6 +147,7 @@ private:
 
     std::thread::id thread_ = std::this_thread::get_id();
     ProjectPackage package_;
+    LockWaiting waiting_ = LockWaiting::asLongAsItTakes;
     Lock lock_;                          // held while open
     std::optional<FileStamp> stamp_;     // of the document's file as it was last read or written
     std::optional<SavedDocument> saved_; // the last one from here

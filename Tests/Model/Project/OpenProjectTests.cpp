@@ -3,6 +3,7 @@
 
 #include <Tavaro/Model/Operations/Perform.h>
 #include <Tavaro/Model/Project/OpenProject.h>
+#include <Tavaro/Model/Project/ProjectInUse.h>
 
 #include <TavaroCore/Editing/ClipEdits.h>
 #include <TavaroCore/Editing/RangeEdits.h>
@@ -261,6 +262,22 @@ TEST_F(OpenProjectTest, twoProcessesThatCommitAtTheSameTimeLoseNothing) {
     ASSERT_EQ(waitpid(child, &status, 0), child);
     EXPECT_EQ(status, 0);
     EXPECT_EQ(package.load().name, std::to_string(2 * each));
+}
+
+TEST_F(OpenProjectTest, whoMustNotWaitForAnotherProgramIsToldThatItHasTheLock) {
+    OpenProject open(readProject(package.url()));
+    auto const before = encodeProject(open.document());
+    auto const change = [](DemoProject& project) { rename(project, "mine"); };
+    {
+        auto const theirs = package.lockForEditing();
+        EXPECT_THROW(open.commit("Rename", change), ProjectInUse);
+        EXPECT_EQ(encodeProject(open.document()), before);
+        open.edit("Rename", change);
+        EXPECT_THROW(open.save(), ProjectInUse);
+        EXPECT_TRUE(open.hasUnsavedChanges());
+    }
+    EXPECT_EQ(open.save(), SaveOutcome::saved);
+    EXPECT_EQ(package.load().name, "mine");
 }
 
 TEST_F(OpenProjectTest, whatIsUnsavedWhenAnotherProgramSavesIsOneUndoAway) {
