@@ -10,7 +10,9 @@ operations::Patch projectPatch(ToolArguments const& arguments) {
                            "\"cameraFaces\" is not a project field. Check get_project for the names.");
     }
     auto patch = *given;
-    patch.erase("duration"); // follows from the timeline; a view that comes back changed has it, too
+    // A view that comes back changed has these, too: one follows from the timeline, the other from saving.
+    patch.erase("duration");
+    patch.erase("modifiedAt");
     return {patch};
 }
 

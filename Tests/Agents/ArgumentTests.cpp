@@ -185,10 +185,13 @@ TEST(ProjectPatch, takesAViewThatComesBackAndRefusesWhatIsNotShown) {
         EXPECT_EQ(patchRefusal(none), "invalid_arguments: patch must be a JSON object.");
     EXPECT_EQ(patchRefusal(R"({"patch":{"cameraFaces":[]}})"),
               "invalid_patch: \"cameraFaces\" is not a project field. Check get_project for the names.");
-    auto const given = JSONValue::parse(R"({"patch":{"duration":3,"name":"Tour"}})");
+    auto const given =
+        JSONValue::parse(R"({"patch":{"duration":3,"modifiedAt":"2026-01-01T00:00:00Z","name":"Tour"}})");
     auto project = film();
+    auto const modified = project.modifiedAt;
     perform(project, projectPatch(ToolArguments(std::get<JSONValue::Object>(given.content))));
     EXPECT_EQ(project.name, "Tour");
+    EXPECT_EQ(project.modifiedAt, modified);
     EXPECT_EQ(project.duration(), 10);
 }
 
