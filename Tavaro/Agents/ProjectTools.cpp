@@ -21,9 +21,11 @@ namespace tavaro {
 
 namespace {
 
+constexpr std::size_t mostNameBytes = 1000; // a document from elsewhere may have any
+
 JSONValue::Object listedProject(LibraryItem const& item) {
     return {{"id", item.id ? item.id->text() : std::string()},
-            {"name", item.name},
+            {"name", excerpt(item.name, mostNameBytes)},
             {"duration", item.duration},
             {"modified", JSONValue::parse(encodeJSON(item.modified))},
             {"path", item.path.string()}};
@@ -54,7 +56,7 @@ void patch(RunningCall& call, OpenProject& project) {
     Operation const patch = projectPatch(call.arguments());
     std::string summary;
     auto const step = commitFor(project, call.client(), infoOf(patch).title, [&](DemoProject& edited) {
-        summary = perform(edited, patch).summary;
+        summary = perform(edited, patch, project.package()).summary;
     });
     call.finish(toolResult::ok(summary + ".", editResult(step)));
 }

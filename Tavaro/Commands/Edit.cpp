@@ -45,7 +45,8 @@ void runEdit(EditOptions const& options, Operation const& operation) {
     OpenProject open(options.package, LockHolding::whileOpen);
     EditReport report;
     try {
-        open.commit(infoOf(operation).title, [&](DemoProject& project) { report = perform(project, operation); });
+        open.commit(infoOf(operation).title,
+                    [&](DemoProject& project) { report = perform(project, operation, open.package()); });
     } catch (OperationError const& error) {
         throw Error(error.withoutTools);
     }

@@ -5,6 +5,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cmath>
 #include <map>
 #include <type_traits>
@@ -155,6 +156,17 @@ private:
     }
 };
 
+/// Lists and sentences show it whole.
+void lookAtName(std::string const& name, std::set<std::string>& problems) {
+    constexpr std::size_t mostCharacters = 1000;
+    auto const isControl = [](unsigned char c) { return c < 0x20 || c == 0x7F; };
+    auto const beginsCharacter = [](unsigned char c) { return (c & 0xC0) != 0x80; };
+    if (std::ranges::any_of(name, isControl)) problems.insert("name: expected no line breaks or control characters");
+    auto const characters = std::ranges::count_if(name, beginsCharacter);
+    if (static_cast<std::size_t>(characters) <= mostCharacters) return;
+    problems.insert(fmt::format("name: expected at most {} characters, found {}", mostCharacters, characters));
+}
+
 }
 
 std::set<std::string> valueProblems(DemoProject const& project, std::set<std::string_view> const& fields) {
@@ -162,6 +174,7 @@ std::set<std::string> valueProblems(DemoProject const& project, std::set<std::st
     forEachField<DemoProject>([&](auto const& field) {
         if (fields.contains(field.name)) problems.look(project.*field.member, {}, std::string(field.name));
     });
+    if (fields.contains("name")) lookAtName(project.name, problems.found);
     return problems.found;
 }
 

@@ -6,6 +6,8 @@
 
 namespace tavaro {
 
+class ProjectPackage;
+
 /// What an operation did.
 struct EditReport {
     std::string operation; // its name
@@ -26,5 +28,7 @@ static_assert(listsEveryField<EditReport>);
 /// Checks the operation's parameters and makes it. Refuses what would leave nothing of the video. Throws
 /// `OperationError` and what the edits of the document throw; the document is then as it was.
 EditReport perform(DemoProject& project, Operation const& operation);
+/// The same for a document of that package: also refuses to name media files that the package does not have.
+EditReport perform(DemoProject& project, Operation const& operation, ProjectPackage const& package);
 
 }

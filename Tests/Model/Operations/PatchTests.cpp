@@ -1,8 +1,10 @@
+#include "../../Core/Package/TemporaryFolder.h"
 #include "../../Core/Records/MergePatch.h"
 #include "../../Core/Records/RandomRecord.h"
 
 #include <Tavaro/Model/Operations/Perform.h>
 
+#include <TavaroCore/Package/ProjectPackage.h>
 #include <TavaroCore/Project/DemoProject.h>
 #include <TavaroCore/Records/JSON.h>
 #include <TavaroCore/Style/BackgroundPreset.h>
@@ -10,6 +12,7 @@
 #include <gmock/gmock.h>
 
 #include <cmath>
+#include <fstream>
 
 using namespace tavaro;
 using ::testing::StartsWith;
@@ -130,6 +133,46 @@ TEST(Patch, aBadValueThatWasThereBeforeDoesNotStopAnother) {
     EXPECT_EQ(project.zoomEvents[1].scale, 3);
     EXPECT_EQ(afterSetting(project, {"zoomEvents.1.duration=-3"}),
               "zoomEvents[1].duration: expected a number from 0 to 10000000, found -3.");
+}
+
+TEST(Patch, aNameIsALineThatCanBeShown) {
+    std::string longest;
+    while (longest.size() < 2000) longest += "ü";
+    DemoProject project;
+    EXPECT_EQ(afterSetting(project, {"name=" + longest}), "Changed name");
+    EXPECT_EQ(afterSetting(project, {"name=" + longest + "ü"}), "name: expected at most 1000 characters, found 1001.");
+    EXPECT_EQ(refusal(R"({"name":"one\ntwo"})"), "name: expected no line breaks or control characters.");
+    EXPECT_EQ(project.name, longest);
+}
+
+TEST(Patch, mediaFilesThatItNamesAreInThePackage) {
+    TemporaryFolder const folder;
+    ProjectPackage const package(folder / "take.recproj");
+    package.createDirectories();
+    std::ofstream(package.assetURL("here.mov")) << "bytes";
+    DemoProject project;
+    auto const after = [&](std::string const& patch) {
+        try {
+            return perform(project, operations::Patch{JSONValue::parse(patch)}, package).summary;
+        } catch (OperationError const& error) {
+            return std::string(error.what());
+        }
+    };
+    auto const before = project;
+    EXPECT_EQ(after(R"({"cameraAsset":"gone.mov"})"), "cameraAsset: the project has no media file “gone.mov”.");
+    EXPECT_EQ(after(R"({"cameraAsset":""})"), "cameraAsset: the project has no media file “”.");
+    EXPECT_EQ(after(R"({"camera":{"lutAsset":"gone.cube"}})"),
+              "camera.lutAsset: the project has no media file “gone.cube”.");
+    EXPECT_EQ(after(R"({"background":{"imageFile":{"assetName":"gone.png"}}})"),
+              "background.imageFile.assetName: the project has no media file “gone.png”.");
+    EXPECT_EQ(after(R"({"audioTracks":[{"clips":[{"asset":"here.mov"},{"asset":"gone.wav"}]}]})"),
+              "audioTracks[0].clips[1].asset: the project has no media file “gone.wav”.");
+    EXPECT_EQ(after(R"({"voiceover":{"segments":[{"audioAsset":"gone.wav"}]}})"),
+              "voiceover.segments[0].audioAsset: the project has no media file “gone.wav”.");
+    EXPECT_EQ(project, before);
+    EXPECT_EQ(after(R"({"cameraAsset":"here.mov"})"), "Changed cameraAsset");
+    project.cameraAsset = "lost.mov";
+    EXPECT_EQ(after(R"({"name":"Tour","cameraAsset":"lost.mov"})"), "Changed name");
 }
 
 TEST(Patch, itemsOfAListKeepIdentitiesOfTheirOwn) {
