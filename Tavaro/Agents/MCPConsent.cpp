@@ -44,7 +44,10 @@ bool MCPConsent::needsClicking(MCPToolName tool) {
     return tool == MCPToolName::uiClick || tool == MCPToolName::uiScroll || tool == MCPToolName::uiKeys;
 }
 
-MCPConsent::MCPConsent(Preferences& preferences, Ask ask) : preferences_(preferences), ask_(std::move(ask)) {}
+MCPConsent::MCPConsent(Preferences& preferences, Ask ask)
+    : preferences_(preferences)
+    , ask_(std::move(ask))
+    , observation_(preferences.observe([this] { settleDecided(); })) {}
 
 MCPConsent::Decision MCPConsent::decision(std::string const& client) {
     if (contains(preferences_.get(agentsDenied), client)) return Decision::denied;
@@ -68,9 +71,10 @@ Names MCPConsent::clients() {
 
 void MCPConsent::allow(std::string const& client, Clicking clicking) {
     if (clicking == Clicking::denied) remove(preferences_, agentsClicking, client);
+    // First, since whoever waits is answered by what counts once it is allowed; before then clicks mean nothing.
+    if (clicking == Clicking::allowed) add(preferences_, agentsClicking, client);
     add(preferences_, agentsAllowed, client);
     remove(preferences_, agentsDenied, client);
-    if (clicking == Clicking::allowed) add(preferences_, agentsClicking, client);
 }
 
 void MCPConsent::deny(std::string const& client) {
@@ -84,35 +88,56 @@ void MCPConsent::forget(std::string const& client) {
 }
 
 void MCPConsent::check(std::string const& client, MCPToolName tool, Answer answer) {
-    if (!preferences_.get(agentsEnabled))
-        return answer(MCPToolError(MCPErrorCode::mcpDisabled, "MCP is switched off in Tavaro → Settings → MCP."));
-    if (decision(client) != Decision::none) return answer(refusal(client, tool));
-    auto& waiting = waiting_[client];
-    waiting.push_back({tool, std::move(answer)});
-    if (waiting.size() == 1) ask(client);
+    if (!isOpen(client)) return answer(refusal(client, tool));
+    auto& calls = questions_[client].calls;
+    calls.push_back({tool, std::move(answer)});
+    if (calls.size() == 1) ask(client);
 }
 
 void MCPConsent::ask(std::string const& client) {
     if (!ask_) return decide(client, std::nullopt);
-    ask_(promptFor(client), [this, client, here = std::weak_ptr(isHere_)](std::optional<bool> isAllowed) {
-        if (here.lock()) decide(client, isAllowed);
+    auto withdraw = ask_(promptFor(client), [this, client, here = std::weak_ptr(isHere_)](std::optional<bool> said) {
+        if (here.lock()) decide(client, said);
     });
+    auto const question = questions_.find(client);
+    if (question != questions_.end()) question->second.withdraw = std::move(withdraw);
 }
 
 void MCPConsent::decide(std::string const& client, std::optional<bool> isAllowed) {
-    auto const waiting = waiting_.extract(client);
-    if (waiting.empty()) return; // answered already
+    auto const question = questions_.extract(client);
+    if (question.empty()) return; // answered already
+    auto const& calls = question.mapped().calls;
     try {
-        if (isAllowed) *isAllowed ? allow(client) : deny(client);
+        if (isAllowed && isOpen(client)) *isAllowed ? allow(client) : deny(client);
     } catch (Error const& error) {
         MCPToolError const failure(MCPErrorCode::failed, error.what());
-        for (auto const& each : waiting.mapped()) each.answer(failure);
+        for (auto const& each : calls) each.answer(failure);
         return;
     }
-    for (auto const& each : waiting.mapped()) each.answer(refusal(client, each.tool));
+    for (auto const& each : calls) each.answer(refusal(client, each.tool));
+}
+
+void MCPConsent::settleDecided() {
+    Names asked; // each look at the preferences may come back here
+    for (auto const& each : questions_) asked.push_back(each.first);
+    for (auto const& client : asked) {
+        if (isOpen(client)) continue;
+        auto const question = questions_.find(client);
+        if (question == questions_.end()) continue;
+        auto const withdraw = question->second.withdraw;
+        decide(client, std::nullopt);
+        if (withdraw) withdraw();
+    }
+}
+
+/// Whether it is for the user to say what the client may.
+bool MCPConsent::isOpen(std::string const& client) {
+    return preferences_.get(agentsEnabled) && decision(client) == Decision::none;
 }
 
 std::optional<MCPToolError> MCPConsent::refusal(std::string const& client, MCPToolName tool) {
+    if (!preferences_.get(agentsEnabled))
+        return MCPToolError(MCPErrorCode::mcpDisabled, "MCP is switched off in Tavaro → Settings → MCP.");
     if (decision(client) != Decision::allowed) return denied(client, "control Tavaro");
     bool const mayClick = !needsClicking(tool) || clicking(client) == Clicking::allowed;
     return mayClick ? std::nullopt : std::optional(denied(client, "click and type in other apps"));

@@ -13,8 +13,8 @@
 
 namespace tavaro {
 
-/// Absent is on: every client is asked for before it may do anything.
-inline Preference<bool> const agentsEnabled{"com.tavaro.mcp.enabled", true};
+/// Absent is on: every client is asked for before it may do anything. What is neither true nor false is off.
+inline Preference<bool> const agentsEnabled{"com.tavaro.mcp.enabled", true, false};
 /// Names of clients.
 inline Preference<std::vector<std::string>> const agentsAllowed{"com.tavaro.mcp.allowed"};
 inline Preference<std::vector<std::string>> const agentsDenied{"com.tavaro.mcp.denied"};
@@ -34,8 +34,10 @@ public:
     /// Whether an allowed client may also click and type in other applications.
     enum class Clicking { denied, allowed };
     static bool needsClicking(MCPToolName tool);
+    /// Takes a question back that is decided otherwise; an answer that comes yet is not heard. May be empty.
+    using Withdraw = std::function<void()>;
     /// Asks the user, and answers at once or later; none: there is nobody to ask, now.
-    using Ask = std::function<void(ConsentPrompt const& prompt, std::function<void(std::optional<bool>)> answer)>;
+    using Ask = std::function<Withdraw(ConsentPrompt const& prompt, std::function<void(std::optional<bool>)> answer)>;
     /// Gets why not, or nothing.
     using Answer = std::function<void(std::optional<MCPToolError> const&)>;
 
@@ -57,7 +59,8 @@ public:
     void forget(std::string const& client);
 
     /// Whether the client may call the tool. A client of whom nothing is known is asked for, once for all its calls,
-    /// and what the user says is stored; where nobody says anything it is refused and stays unknown.
+    /// and what the user says is stored; where nobody says anything it is refused and stays unknown. What is decided
+    /// elsewhere meanwhile counts at once, and is not overruled by what the user says then.
     void check(std::string const& client, MCPToolName tool, Answer answer);
 
 private:
@@ -65,14 +68,21 @@ private:
         MCPToolName tool;
         Answer answer;
     };
+    struct Question {
+        std::vector<Waiting> calls;
+        Withdraw withdraw;
+    };
 
     void ask(std::string const& client);
     void decide(std::string const& client, std::optional<bool> isAllowed);
+    void settleDecided();
+    bool isOpen(std::string const& client);
     std::optional<MCPToolError> refusal(std::string const& client, MCPToolName tool);
 
     Preferences& preferences_;
     Ask const ask_;
-    std::map<std::string, std::vector<Waiting>> waiting_; // for the user's answer, by client
+    std::map<std::string, Question> questions_; // that the user has not answered, by client
+    Preferences::Observation const observation_;
     std::shared_ptr<bool> const isHere_ = std::make_shared<bool>(true);
 };
 

@@ -38,11 +38,13 @@ struct AgentAccess {
     std::optional<std::string> problem;
     std::vector<AllowedAgent> allowed;
     std::vector<std::string> refused;
+    std::vector<std::string> damaged; // files of preferences that count no more
 
     static constexpr auto fields = std::tuple{
         field("isOn", &AgentAccess::isOn),       field("socket", &AgentAccess::socket),
         field("problem", &AgentAccess::problem), field("isRunning", &AgentAccess::isRunning),
         field("allowed", &AgentAccess::allowed), field("refused", &AgentAccess::refused),
+        field("damaged", &AgentAccess::damaged),
     };
 };
 static_assert(listsEveryField<AgentAccess>);
@@ -67,6 +69,7 @@ AgentAccess agentAccess(Preferences& preferences) {
         else
             access.refused.push_back(client);
     }
+    for (auto const& file : preferences.damagedFiles()) access.damaged.push_back(file.string());
     return access;
 }
 
@@ -83,6 +86,10 @@ void print(AgentAccess const& access) {
     for (auto const& client : access.refused) terminal::say("Refused: {}\n", excerpt(client));
     if (access.allowed.empty() && access.refused.empty())
         terminal::say("No client is known yet; each is asked for when it first calls.\n");
+    for (auto const& file : access.damaged)
+        terminal::say("Damaged: “{}”; what was chosen there, also “off”, counts no more. Remove it once you have "
+                      "looked.\n",
+                      file);
 }
 
 /// What the commands have in common.

@@ -52,6 +52,7 @@ void run(MainQueue& queue, Application& application, AppMCPBackend& agents, Idle
     bool isEnding = false;
     queue.runUntil(
         [&] {
+            application.preferences().refresh(); // what is decided elsewhere answers whoever waits for it
             bool const isUsed = agents.connections() > 0 || application.isBusy();
             if (!isEnding && (interruption.isRequested() || idle.isOver(isUsed))) {
                 isEnding = true;
@@ -65,8 +66,8 @@ void run(MainQueue& queue, Application& application, AppMCPBackend& agents, Idle
 
 MCPConsent::Ask askAt(TerminalPrompt& terminal) {
     return [&terminal](ConsentPrompt const& prompt, TerminalPrompt::Answer answer) {
-        terminal.ask({prompt.title, prompt.text + " Without windows, these settings are `tavaro mcp`."},
-                     std::move(answer));
+        return terminal.ask({prompt.title, prompt.text + " Without windows, these settings are `tavaro mcp`."},
+                            std::move(answer));
     };
 }
 

@@ -14,6 +14,7 @@
 #include <csignal>
 #include <fcntl.h>
 #include <iterator>
+#include <memory>
 #include <poll.h>
 #include <string_view>
 #include <termios.h>
@@ -48,8 +49,13 @@ private:
 /// One question at the terminal.
 class Conversation {
 public:
-    Conversation(Bell const& end, Clock::time_point deadline)
-        : end_(end)
+    struct Bells {
+        Bell const& end;       // of the program
+        Bell const& withdrawn; // of this question
+    };
+
+    Conversation(Bells bells, Clock::time_point deadline)
+        : bells_(bells)
         , deadline_(deadline)
         , terminal_(::open("/dev/tty", O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC)) {}
 
@@ -61,7 +67,7 @@ public:
         while (true) {
             show("Allow it? [y/N] ");
             auto const line = nextLine();
-            if (!line) show("\nNot answered; it is refused for now.\n");
+            if (!line) show(isWithdrawn_ ? "\nDecided otherwise.\n" : "\nNot answered; it is refused for now.\n");
             if (!line) return std::nullopt;
             if (auto const meant = meaning(*line)) return meant;
         }
@@ -87,13 +93,16 @@ private:
         }
     }
 
-    bool waitForInput() const {
+    bool waitForInput() {
         while (true) {
             auto const left = std::chrono::ceil<std::chrono::milliseconds>(deadline_ - Clock::now()).count();
-            pollfd waiting[] = {{terminal_.get(), POLLIN, 0}, {end_.descriptor(), POLLIN, 0}};
+            pollfd waiting[] = {{terminal_.get(), POLLIN, 0},
+                                {bells_.end.descriptor(), POLLIN, 0},
+                                {bells_.withdrawn.descriptor(), POLLIN, 0}};
             int const ready = ::poll(waiting, std::size(waiting), static_cast<int>(std::max<std::int64_t>(left, 0)));
             if (ready < 0 && errno == EINTR) continue;
-            return ready > 0 && waiting[1].revents == 0;
+            isWithdrawn_ = ready > 0 && waiting[2].revents != 0;
+            return ready > 0 && waiting[1].revents == 0 && !isWithdrawn_;
         }
     }
 
@@ -118,8 +127,9 @@ private:
 
     static constexpr std::size_t longestLine = 4096; // as long as a terminal gives one
 
-    Bell const& end_;
+    Bells const bells_;
     Clock::time_point const deadline_;
+    bool isWithdrawn_ = false;
     FileDescriptor terminal_;
     LineSplitter lines_{longestLine};
 };
@@ -135,14 +145,23 @@ TerminalPrompt::~TerminalPrompt() {
     end_.ring();
 }
 
-void TerminalPrompt::ask(Question question, Answer answer) {
+TerminalPrompt::Withdraw TerminalPrompt::ask(Question question, Answer answer) {
+    struct Withdrawal {
+        Bell bell;
+        std::atomic<bool> isMade = false;
+    };
+    auto const withdrawal = std::make_shared<Withdrawal>();
     if (!questions_) questions_.emplace("com.tavaro.prompt");
-    questions_->async([this, question = std::move(question), answer = std::move(answer)]() mutable {
-        if (isEnding_) return;
+    questions_->async([this, withdrawal, question = std::move(question), answer = std::move(answer)]() mutable {
+        if (isEnding_ || withdrawal->isMade) return;
         WithoutStops const withoutStops;
-        auto const said = Conversation(end_, Clock::now() + patience_).ask(question);
-        if (!isEnding_) queue_.async([answer = std::move(answer), said] { answer(said); });
+        auto const said = Conversation({end_, withdrawal->bell}, Clock::now() + patience_).ask(question);
+        if (!isEnding_ && !withdrawal->isMade) queue_.async([answer = std::move(answer), said] { answer(said); });
     });
+    return [withdrawal] {
+        withdrawal->isMade = true;
+        withdrawal->bell.ring();
+    };
 }
 
 }

@@ -17,7 +17,7 @@ namespace tavaro::commands {
 ///
 ///     TerminalPrompt prompt(queue);
 ///     MCPConsent::Ask const ask = [&](ConsentPrompt const& about, TerminalPrompt::Answer answer) {
-///         prompt.ask({about.title, about.text}, std::move(answer));
+///         return prompt.ask({about.title, about.text}, std::move(answer));
 ///     };
 ///
 /// It belongs to the main queue. What was typed before a question was shown is no answer to it. Ctrl-C stays a signal.
@@ -31,6 +31,8 @@ public:
     /// anything: there is no terminal, the program runs in its background, it is closed or at its end, or `patience` is
     /// over.
     using Answer = std::function<void(std::optional<bool>)>;
+    /// Takes a question back: it is not shown any more, and never answered. Any thread, also after the answer.
+    using Withdraw = std::function<void()>;
 
     static constexpr std::chrono::minutes usualPatience{2};
 
@@ -40,7 +42,7 @@ public:
     TerminalPrompt(TerminalPrompt const&) = delete;
     TerminalPrompt& operator=(TerminalPrompt const&) = delete;
 
-    void ask(Question question, Answer answer);
+    Withdraw ask(Question question, Answer answer);
 
 private:
     MainQueue& queue_;

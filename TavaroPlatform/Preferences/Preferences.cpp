@@ -11,6 +11,7 @@
 #include <fmt/format.h>
 #include <spdlog/spdlog.h>
 
+#include <algorithm>
 #include <utility>
 
 namespace tavaro {
@@ -20,6 +21,7 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr std::uint64_t mostBytes = 1 << 20;
+constexpr auto damagedEnding = ".damaged";
 constexpr auto ownerOnly = fs::perms::owner_read | fs::perms::owner_write;
 
 void logged(std::string const& sentence) { spdlog::warn("{}", sentence); }
@@ -102,11 +104,23 @@ Preferences::Values Preferences::readUnderLock() {
 }
 
 void Preferences::moveAside() {
-    auto const wanted = file_.parent_path() / fs::path(file_.stem()).concat(".damaged.json");
+    auto const wanted = file_.parent_path() / fs::path(file_.stem()).concat(damagedEnding).concat(".json");
     auto aside = unusedFile(wanted);
     while (!moveUnlessTaken(file_, aside)) aside = unusedFile(wanted);
     remark_(
         fmt::format("Your preferences were damaged and start anew; what there was is kept in “{}”.", aside.string()));
+}
+
+std::vector<fs::path> Preferences::damagedFiles() const {
+    auto const beginning = fs::path(file_.stem()).concat(damagedEnding).string();
+    std::vector<fs::path> found;
+    std::error_code code;
+    for (auto entry = fs::directory_iterator(file_.parent_path(), code); !code && entry != fs::directory_iterator();
+         entry.increment(code)) {
+        if (entry->path().filename().string().starts_with(beginning)) found.push_back(entry->path());
+    }
+    std::ranges::sort(found);
+    return found;
 }
 
 void Preferences::write(Values const& values) {
@@ -129,31 +143,31 @@ void Preferences::notify(Values const& before) {
     observers_.notify();
 }
 
-bool Preferences::valueOf(JSONValue const& stored, bool unset) {
+bool Preferences::valueOf(JSONValue const& stored, bool other) {
     auto const* const value = stored.as<bool>();
-    return value ? *value : unset;
+    return value ? *value : other;
 }
 
-std::int64_t Preferences::valueOf(JSONValue const& stored, std::int64_t unset) {
+std::int64_t Preferences::valueOf(JSONValue const& stored, std::int64_t other) {
     auto const* const value = stored.as<std::int64_t>();
-    return value ? *value : unset;
+    return value ? *value : other;
 }
 
-double Preferences::valueOf(JSONValue const& stored, double unset) {
+double Preferences::valueOf(JSONValue const& stored, double other) {
     if (auto const* const whole = stored.as<std::int64_t>()) return static_cast<double>(*whole);
     auto const* const value = stored.as<double>();
-    return value ? *value : unset;
+    return value ? *value : other;
 }
 
-std::string Preferences::valueOf(JSONValue const& stored, std::string const& unset) {
+std::string Preferences::valueOf(JSONValue const& stored, std::string const& other) {
     auto const* const value = stored.as<std::string>();
-    return value ? *value : unset;
+    return value ? *value : other;
 }
 
 /// What is no text in a list is left out.
-std::vector<std::string> Preferences::valueOf(JSONValue const& stored, std::vector<std::string> const& unset) {
+std::vector<std::string> Preferences::valueOf(JSONValue const& stored, std::vector<std::string> const& other) {
     auto const* const entries = stored.as<JSONValue::Array>();
-    if (!entries) return unset;
+    if (!entries) return other;
     std::vector<std::string> texts;
     for (auto const& entry : *entries) {
         if (auto const* const text = entry.as<std::string>()) texts.push_back(*text);

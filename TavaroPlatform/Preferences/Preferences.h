@@ -23,7 +23,8 @@ namespace tavaro {
 ///     inline Preference<bool> const agentsEnabled{"com.tavaro.mcp.enabled", true};
 template<class Value> struct Preference {
     std::string_view key; // reverse-DNS form, below "com.tavaro."
-    Value unset{};        // what counts as long as nobody chose, or the file holds something else there
+    Value unset{};        // what counts as long as nobody chose
+    Value other = unset;  // and where the file holds a value of another kind
 };
 
 /// What the user chose: one JSON file, an object of those keys. Several programs may use it at once: each change is
@@ -47,6 +48,8 @@ public:
     Preferences& operator=(Preferences const&) = delete;
 
     std::filesystem::path const& file() const { return file_; }
+    /// The damaged files that lie aside, sorted.
+    std::vector<std::filesystem::path> damagedFiles() const;
 
     /// Costs one `stat` where nothing changed.
     template<class Value> Value get(Preference<Value> const& preference) {
@@ -93,13 +96,13 @@ private:
 
     template<class Value> static Value chosen(Preference<Value> const& preference, Values const& values) {
         auto const found = values.find(preference.key);
-        return found == values.end() ? preference.unset : valueOf(found->second, preference.unset);
+        return found == values.end() ? preference.unset : valueOf(found->second, preference.other);
     }
-    static bool valueOf(JSONValue const& stored, bool unset);
-    static std::int64_t valueOf(JSONValue const& stored, std::int64_t unset);
-    static double valueOf(JSONValue const& stored, double unset);
-    static std::string valueOf(JSONValue const& stored, std::string const& unset);
-    static std::vector<std::string> valueOf(JSONValue const& stored, std::vector<std::string> const& unset);
+    static bool valueOf(JSONValue const& stored, bool other);
+    static std::int64_t valueOf(JSONValue const& stored, std::int64_t other);
+    static double valueOf(JSONValue const& stored, double other);
+    static std::string valueOf(JSONValue const& stored, std::string const& other);
+    static std::vector<std::string> valueOf(JSONValue const& stored, std::vector<std::string> const& other);
     template<class Value> static JSONValue jsonOf(Value const& value) { return {value}; }
     static JSONValue jsonOf(std::vector<std::string> const& texts);
 

@@ -21,7 +21,11 @@ protected:
     AppMCPBackendTest() {
         agents.emplace(queue, application,
                        AppMCPBackend::Settings{.version = "1.2",
-                                               .ask = [this](auto const&, auto answer) { answers.push_back(answer); },
+                                               .ask =
+                                                   [this](auto const&, auto answer) {
+                                                       answers.push_back(answer);
+                                                       return MCPConsent::Withdraw();
+                                                   },
                                                .socket = socket});
     }
 

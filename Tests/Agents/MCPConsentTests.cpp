@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
 #include <memory>
 
 using namespace tavaro;
@@ -26,6 +27,7 @@ protected:
         return [this](ConsentPrompt const& prompt, auto answer) {
             prompts.push_back(prompt);
             answers.push_back(answer);
+            return [this] { ++withdrawn; };
         };
     }
 
@@ -33,6 +35,7 @@ protected:
     Preferences preferences{folder / "preferences.json"};
     std::string lastAnswer; // also one that came later
     std::vector<ConsentPrompt> prompts;
+    int withdrawn = 0;
     std::vector<std::function<void(std::optional<bool>)>> answers;
 };
 
@@ -76,6 +79,54 @@ TEST_F(MCPConsentTest, whereNobodyCanBeAskedTheCallIsRefusedAndNothingIsStored) 
     EXPECT_FALSE(std::filesystem::exists(folder / "preferences.json"));
     alone.allow("tester");
     EXPECT_EQ(asked(alone, "tester"), "allowed");
+}
+
+TEST_F(MCPConsentTest, whatIsDecidedElsewhereWhileTheUserThinksIsNotOverruled) {
+    auto const off = "mcp_disabled: MCP is switched off in Tavaro → Settings → MCP.";
+    Preferences elsewhere(folder / "preferences.json");
+    MCPConsent decider(elsewhere);
+    struct Case {
+        std::function<void()> decide;
+        std::string answer;
+    };
+    std::vector<Case> const cases{
+        {[&] { decider.deny("tester"); }, refused},
+        {[&] { decider.allow("tester", MCPConsent::Clicking::allowed); }, "allowed"},
+        {[&] { elsewhere.set(agentsEnabled, false); }, off},
+    };
+    for (auto const& [decide, answer] : cases) {
+        for (bool const isNoticed : {true, false}) { // before the user answers
+            elsewhere.forget(agentsEnabled);
+            decider.forget("tester");
+            withdrawn = 0;
+            MCPConsent consent(preferences, asks());
+            ASSERT_EQ(asked(consent, "tester", MCPToolName::uiClick), "");
+            ASSERT_EQ(asked(consent, "other"), "");
+            lastAnswer.clear();
+            decide();
+            if (isNoticed) preferences.refresh();
+            EXPECT_EQ(withdrawn, isNoticed ? answer == off ? 2 : 1 : 0);
+            if (isNoticed) {
+                EXPECT_EQ(lastAnswer, answer);
+            }
+            answers[answers.size() - 2](answer != "allowed");
+            EXPECT_EQ(lastAnswer, answer);
+            EXPECT_EQ(consent.decision("other"), MCPConsent::Decision::none);
+            auto const known = answer == off ? std::vector<std::string>{} : std::vector<std::string>{"tester"};
+            EXPECT_EQ(consent.clients(), known);
+        }
+    }
+}
+
+TEST_F(MCPConsentTest, onlyWhatIsTrueIsOn) {
+    for (std::string const value : {R"("off")", "0", "null", "false", "[]", R"("true")"}) {
+        preferences.set(agentsEnabled, true);
+        ASSERT_TRUE(preferences.get(agentsEnabled));
+        std::ofstream(folder / "preferences.json") << R"({"com.tavaro.mcp.enabled":)" << value << "}";
+        EXPECT_FALSE(preferences.get(agentsEnabled)) << value;
+    }
+    preferences.forget(agentsEnabled);
+    EXPECT_TRUE(preferences.get(agentsEnabled));
 }
 
 TEST_F(MCPConsentTest, allowingTakesBackARefusalAndTheOtherWayRound) {

@@ -9,6 +9,7 @@
 #include <gmock/gmock.h>
 
 #include <cstdlib>
+#include <fstream>
 #include <optional>
 
 using namespace tavaro;
@@ -85,6 +86,18 @@ TEST_F(MCPCommand, showsWhatIsDecidedAndWhetherAnApplicationAnswers) {
                   mcpSocketPath().string() + "”.\nAllowed: A, also to click and type\nAllowed: B\nRefused: C\n");
     EXPECT_THAT(mcp({"allow", "B"}).out, HasSubstr("Agent control is off, though."));
     EXPECT_THAT(mcp({"on", "--json"}).out, HasSubstr(R"("isOn":true,"isRunning":true)"));
+}
+
+TEST_F(MCPCommand, aSwitchThatWasOffInADamagedFileIsSaidEachTime) {
+    mcp({"off"});
+    auto const file = Preferences::usualFile();
+    std::ofstream(file, std::ios::app) << "}";
+    EXPECT_THAT(mcp({}).error, HasSubstr("Your preferences were damaged"));
+    auto const aside = (file.parent_path() / "preferences.damaged.json").string();
+    EXPECT_THAT(mcp({}).out, HasSubstr("Damaged: “" + aside + "”; what was chosen there, also “off”, counts no more."));
+    EXPECT_THAT(mcp({"--json"}).out, HasSubstr("\"damaged\":[\"" + aside + "\"]"));
+    fs::remove(aside);
+    EXPECT_THAT(mcp({}).out, Not(HasSubstr("Damaged")));
 }
 
 TEST_F(MCPCommand, aSocketThatCannotBeThereIsSaid) {

@@ -72,6 +72,33 @@ TEST(TerminalPrompt, whatWasTypedBeforeAQuestionIsNoAnswerToIt) {
     EXPECT_THAT(terminal.shownUntil(">"), testing::EndsWith("<no no>"));
 }
 
+TEST(TerminalPrompt, aQuestionThatIsTakenBackMakesRoomForTheNext) {
+    TestTerminal terminal([] {
+        static volatile std::sig_atomic_t isDecided = 0;
+        std::signal(SIGQUIT, [](int) { isDecided = 1; });
+        MainQueue queue;
+        TerminalPrompt prompt(queue, 1min);
+        std::string said;
+        auto const ask = [&](std::string const& name) {
+            return prompt.ask({name, ""}, [&, name](std::optional<bool> answer) { said += name + textOf(answer); });
+        };
+        auto const withdrawA = ask("A"), withdrawB = ask("B");
+        ask("C");
+        queue.runUntil([] { return isDecided != 0; });
+        withdrawB();
+        withdrawA();
+        queue.runUntil([&] { return !said.empty(); });
+        withdrawA();
+        _exit(said == "Cyes" ? 0 : 2);
+    });
+    terminal.shownUntil(question);
+    terminal.type("\x1c"); // Ctrl-\, while A's question is shown
+    EXPECT_THAT(terminal.shownUntil(question),
+                testing::EndsWith("Decided otherwise.\r\n\r\nC.\r\n\r\nAllow it? [y/N] "));
+    terminal.type("y\n");
+    EXPECT_EQ(terminal.exitCode(), 0);
+}
+
 TEST(TerminalPrompt, nothingThatIsShownSteersTheTerminal) {
     TestTerminal terminal([] { askFor({"\x1b[2J\rgood\n"}, 1min); });
     EXPECT_THAT(terminal.shownUntil(question), testing::HasSubstr("\r\n�[2J�good� wants in.\r\n"));
