@@ -61,7 +61,7 @@ template<RecordType R> Members membersOf(R const& record, std::initializer_list<
 }
 
 /// The keys are names of fields, which need no escaping.
-std::string objectOf(Members const& members) {
+std::string objectText(Members const& members) {
     std::string text = "{";
     for (auto const& [key, value] : members) text.append("\"").append(key).append("\":").append(value).append(",");
     text.back() = '}';
@@ -71,10 +71,10 @@ std::string objectOf(Members const& members) {
 std::string shownText(DemoProject const& project, std::size_t events) {
     auto members = membersOf(project, {"cameraFaces", "metadata", "transcript"});
     auto const log = shownLog(*project.metadata, events);
-    members.emplace("metadata", objectOf(membersOf(log, {"cursorSamples", "rawCursorSamples", "micLevels"})));
-    if (project.transcript) members.emplace("transcript", objectOf(membersOf(**project.transcript, {"envelope"})));
+    members.emplace("metadata", objectText(membersOf(log, {"cursorSamples", "rawCursorSamples", "micLevels"})));
+    if (project.transcript) members.emplace("transcript", objectText(membersOf(**project.transcript, {"envelope"})));
     members.emplace("duration", encodeJSON(project.duration()));
-    return objectOf(members);
+    return objectText(members);
 }
 
 /// A list of the view that can be shortened.
