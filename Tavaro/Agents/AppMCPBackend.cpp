@@ -86,6 +86,7 @@ public:
 
     void beginToEnd() { isEnding_ = true; }
     std::size_t connections() const { return server_->connections(); }
+    bool isPerforming() const { return tools_.isPerforming(); }
 
 private:
     using Request = std::shared_ptr<BridgeRequest const>; // it may be large, and is not copied
@@ -144,5 +145,7 @@ AppMCPBackend::~AppMCPBackend() = default;
 void AppMCPBackend::beginToEnd() { desk_->beginToEnd(); }
 
 std::size_t AppMCPBackend::connections() const { return desk_->connections(); }
+
+bool AppMCPBackend::isPerforming() const { return desk_->isPerforming(); }
 
 }

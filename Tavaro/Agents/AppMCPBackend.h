@@ -35,6 +35,8 @@ public:
     /// No call is begun any more, while those under way go on.
     void beginToEnd();
     std::size_t connections() const;
+    /// Whether something that a client asked for is under way, which goes on without the client. The main queue's.
+    bool isPerforming() const;
 
 private:
     class Desk;

@@ -5,6 +5,7 @@
 
 #include <fmt/format.h>
 
+#include <filesystem>
 #include <utility>
 
 namespace tavaro {
@@ -67,6 +68,15 @@ void MCPToolHandler::dispatch(RunningCall& call, MCPToolName tool) {
     }
 }
 
+namespace {
+
+bool isThere(ProjectPackage const& package) {
+    std::error_code ignored;
+    return std::filesystem::exists(package.projectFileURL(), ignored);
+}
+
+}
+
 template<class Tools> void MCPToolHandler::withProject(RunningCall& call, Tools& tools, WithProject<Tools> work) {
     auto const text = call.arguments().requiredText("project_id");
     auto const unknown = [text] {
@@ -89,14 +99,16 @@ template<class Tools> void MCPToolHandler::withProject(RunningCall& call, Tools&
 
 void MCPToolHandler::status(RunningCall& call) {
     auto const& recorder = application_.recorder().state();
+    bool const isIdle = application_.recorder().isIdle();
     JSONValue::Object structured{{"version", version_},
                                  {"permissions", "An X11 desktop asks for none."},
                                  {"recorder", JSONValue::Object{{"phase", nameOf(recorder.phase)},
                                                                 {"countdown", recorder.countdown},
-                                                                {"seconds", recorder.take.seconds}}},
+                                                                {"seconds", isIdle ? 0.0 : recorder.take.seconds}}},
                                  {"exporting", application_.exporter().isExporting()},
                                  {"project", JSONValue{}}};
-    if (auto const& opened = projects_.opened()) {
+    if (auto const untold = recording_.untold()) structured["unreported"] = *untold;
+    if (auto const& opened = projects_.opened(); opened && isThere(opened->package())) {
         structured["project"] = JSONValue::Object{{"id", opened->document().id.text()},
                                                   {"name", opened->document().name},
                                                   {"duration", opened->document().duration()}};

@@ -68,27 +68,51 @@ RecorderOptions recorderOptions(RecordRequest const& request, Preferences& prefe
 }
 
 /// Why there is no project, or nothing.
-void expectSaved(RecordingOutcome const& outcome, RecordRequest const* request) {
+void expectSaved(RecordingOutcome const& outcome, RecordRequest const& request) {
     if (!outcome.failure) return;
     try {
         std::rethrow_exception(outcome.failure);
     } catch (CaptureError const& error) {
-        if (request && error.kind == CaptureError::Kind::noSuchSource) throw unknownSource(*request);
+        if (error.kind == CaptureError::Kind::noSuchSource) throw unknownSource(request);
+        bool const isArea = std::holds_alternative<RecordRequest::Area>(request.target);
+        if (isArea && error.kind == CaptureError::Kind::badSource) refuseArguments(error.what());
     } catch (Error const&) { // its sentence is in the outcome's
     }
     throw MCPToolError(MCPErrorCode::failed, outcome.sentence());
 }
 
-ToolResult savedResult(RecordingOutcome const& outcome) {
+JSONValue::Object savedObject(RecordingOutcome const& outcome) {
     auto const& made = *outcome.made;
-    auto const id = made.id.text();
-    JSONValue::Object structured{
-        {"project_id", id}, {"path", made.made.path}, {"duration", made.made.duration}, {"health", made.health}};
+    JSONValue::Object structured{{"project_id", made.id.text()},
+                                 {"path", made.made.path},
+                                 {"duration", made.made.duration},
+                                 {"health", made.health}};
     JSONValue::Array remarks;
     for (auto const& remark : outcome.remarks) remarks.emplace_back(remark);
     if (!remarks.empty()) structured.emplace("remarks", std::move(remarks));
-    return toolResult::ok(fmt::format("Saved as project {} ({:.1f} s). Auto Polish has run.", id, made.made.duration),
-                          structured);
+    return structured;
+}
+
+/// Why there is less than was asked for, in time or of the area; a blank after each sentence.
+std::string lessThanAsked(RecordingOutcome const& outcome, RecordRequest const& request) {
+    auto const& made = *outcome.made;
+    std::string text;
+    if (made.endedEarly)
+        text += fmt::format("It ended by itself: {} ", *made.endedEarly);
+    else if (request.seconds && outcome.isStopped)
+        text += fmt::format("It was stopped before its {:g} s were over. ", *request.seconds);
+    auto const* const area = std::get_if<RecordRequest::Area>(&request.target);
+    auto const size = made.made.sourceSize;
+    bool const isCut = area && (size.width < area->width - 1.5 || size.height < area->height - 1.5);
+    if (isCut) text += fmt::format("Of the area, {} × {} pixels were recorded. ", size.width, size.height);
+    return text;
+}
+
+ToolResult savedResult(RecordingOutcome const& outcome, RecordRequest const& request) {
+    auto const& made = *outcome.made;
+    return toolResult::ok(fmt::format("{}Saved as project {} ({:.1f} s). Auto Polish has run.",
+                                      lessThanAsked(outcome, request), made.id.text(), made.made.duration),
+                          savedObject(outcome));
 }
 
 }
@@ -102,15 +126,38 @@ void RecordingTools::listSources(RunningCall& call) {
 }
 
 void RecordingTools::record(RunningCall& call, RecordRequest const& request, std::function<void()> begun) {
+    application_.recorder().expectIdle();
     expectNoCamera(request);
-    application_.record(
-        {.recorder = recorderOptions(request, application_.preferences()),
-         .countdown = request.countdown,
-         .seconds = request.seconds.value_or(0)},
-        {.begun = std::move(begun), .over = call.later([request](RunningCall& here, RecordingOutcome const& outcome) {
-             expectSaved(outcome, &request);
-             here.finish(savedResult(outcome));
-         })});
+    auto const take = std::make_shared<Take>(Take{.request = request});
+    auto const answer =
+        call.later([take](RunningCall& here, RecordingOutcome const& outcome) { tell(here, *take, outcome); });
+    application_.record({.recorder = recorderOptions(request, application_.preferences()),
+                         .countdown = request.countdown,
+                         .seconds = request.seconds.value_or(0)},
+                        {.begun = std::move(begun), .over = [take, answer](RecordingOutcome const& outcome) {
+                             take->isOver = true;
+                             bool const isThrownAway = outcome.kind == RecordingOutcome::Kind::discarded;
+                             if (outcome.hasBegun && !isThrownAway) take->untold = outcome;
+                             answer(outcome);
+                         }});
+    take_ = take;
+}
+
+/// What is recorded now; somebody else than an agent may have asked for it.
+std::shared_ptr<RecordingTools::Take> RecordingTools::present() const {
+    return take_->isOver ? std::make_shared<Take>() : take_;
+}
+
+void RecordingTools::tell(RunningCall& call, Take& take, RecordingOutcome const& outcome) {
+    if (!call.isAbandoned()) take.untold.reset();
+    expectSaved(outcome, take.request);
+    call.finish(savedResult(outcome, take.request));
+}
+
+std::optional<JSONValue::Object> RecordingTools::untold() const {
+    if (!take_->untold) return std::nullopt;
+    if (take_->untold->made) return savedObject(*take_->untold);
+    return JSONValue::Object{{"failure", take_->untold->sentence()}};
 }
 
 void RecordingTools::start(RunningCall& call) {
@@ -135,11 +182,11 @@ void RecordingTools::recordFor(RunningCall& call) {
 }
 
 void RecordingTools::stop(RunningCall& call) {
-    application_.recorder().stop();
-    application_.recorder().whenOver(call.later([](RunningCall& here, RecordingOutcome const& outcome) {
-        expectSaved(outcome, nullptr);
-        here.finish(savedResult(outcome));
-    }));
+    auto& recorder = application_.recorder();
+    if (auto const untold = take_->untold; untold && recorder.isIdle()) return tell(call, *take_, *untold);
+    recorder.stop();
+    recorder.whenOver(call.later(
+        [take = present()](RunningCall& here, RecordingOutcome const& outcome) { tell(here, *take, outcome); }));
 }
 
 void RecordingTools::pause(RunningCall& call) {

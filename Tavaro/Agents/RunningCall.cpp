@@ -70,7 +70,13 @@ void RunningCall::finish(ToolResult const& result) {
 
 void RunningCall::fail() { finish(presentFailure()); }
 
+void RunningCall::whenAbandoned(std::function<void()> act) {
+    abandoned_ = std::move(act);
+    if (isAbandoned_) abandon();
+}
+
 void RunningCall::abandon() {
+    isAbandoned_ = true;
     if (auto const act = std::exchange(abandoned_, nullptr); act && !isOver_) attempt(act);
 }
 

@@ -53,7 +53,7 @@ void run(MainQueue& queue, Application& application, AppMCPBackend& agents, Idle
     queue.runUntil(
         [&] {
             application.preferences().refresh(); // what is decided elsewhere answers whoever waits for it
-            bool const isUsed = agents.connections() > 0 || application.isBusy();
+            bool const isUsed = agents.connections() > 0 || agents.isPerforming() || application.isBusy();
             if (!isEnding && (interruption.isRequested() || idle.isOver(isUsed))) {
                 isEnding = true;
                 agents.beginToEnd();

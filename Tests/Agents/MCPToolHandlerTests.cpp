@@ -8,6 +8,7 @@
 #include <TavaroCore/Package/ProjectPackage.h>
 #include <TavaroMCP/Catalogue/MCPToolCatalog.h>
 
+#include <fmt/format.h>
 #include <gmock/gmock.h>
 
 #include <chrono>
@@ -200,13 +201,86 @@ TEST_F(MCPToolHandlerTest, ordersToTheRecorderAnswerForWhatTheyFind) {
     EXPECT_EQ(called("start_recording", R"({"target":{"display":"display-9"},"countdown":0})"),
               "not_found: There is no source \"display-9\". Call list_sources for ids.");
     EXPECT_EQ(called("start_recording", start), "Recording. Call stop_recording to finish.");
-    EXPECT_EQ(called("start_recording", start), "busy: A recording is already in progress.");
+    for (std::string const more : {"", R"(,"camera":true)"})
+        EXPECT_EQ(called("start_recording", R"({"target":{"window":"x"},"countdown":0)" + more + "}"),
+                  "busy: A recording is already in progress.");
     EXPECT_EQ(called("resume_recording"), "not_recording: The recording isn't paused.");
     EXPECT_THAT(called("pause_recording"), StartsWith("Paused."));
     called("status");
     EXPECT_EQ(*structured().find("recorder")->find<std::string>("phase"), "paused");
     EXPECT_EQ(called("cancel_recording"), "Recording thrown away.");
     EXPECT_THAT(called("list_projects"), StartsWith("0 projects"));
+}
+
+TEST_F(MCPToolHandlerTest, aTakeThatEndsByItselfIsReportedOnceToWhoStopsIt) {
+    auto const makeWindow = [&] {
+        return client->makeWindow({.frame = {10, 10, 200, 100}, .windowClass = "demo", .title = "Demo"});
+    };
+    auto const recording = [&](std::uint32_t window, std::string const& rest) {
+        return R"({"countdown":0,"target":{"window":")" + std::to_string(window) + "\"}" + rest + "}";
+    };
+    auto const window = makeWindow();
+    ASSERT_THAT(called("start_recording", recording(window, "")), StartsWith("Recording."));
+    queue.runUntil([&] { return application.recorder().state().take.framesWritten > 3; });
+    client->destroy(window);
+    queue.runUntil([&] { return application.recorder().isIdle(); });
+    called("status");
+    auto const* const unreported = structured().find("unreported");
+    ASSERT_TRUE(unreported);
+    auto const kept = *unreported->find<std::string>("project_id");
+    auto const early = "It ended by itself: What was being recorded went away: the window was closed or the display "
+                       "ended. Saved as project ";
+    EXPECT_THAT(called("stop_recording"), AllOf(StartsWith(early + kept), EndsWith(" s). Auto Polish has run.")));
+    EXPECT_EQ(*structured().find<std::string>("project_id"), kept);
+    called("status");
+    EXPECT_FALSE(structured().find("unreported"));
+    EXPECT_EQ(*structured().find("recorder")->find<double>("seconds"), 0) << "of a recorder that is idle";
+    EXPECT_EQ(called("stop_recording"), "not_recording: Nothing is recording.");
+
+    auto const other = makeWindow();
+    static_cast<void>(begin("record_for", recording(other, R"(,"seconds":60)")));
+    queue.runUntil([&] { return application.recorder().state().take.framesWritten > 3; });
+    client->destroy(other);
+    EXPECT_THAT(end(), StartsWith(early));
+    static_cast<void>(begin("record_for", R"({"target":{"display":"display-1"},"seconds":60,"countdown":0})"));
+    queue.runUntil([&] { return application.recorder().state().take.framesWritten > 3; });
+    application.recorder().stop();
+    EXPECT_THAT(end(), StartsWith("It was stopped before its 60 s were over. Saved as project "));
+    EXPECT_EQ(called("stop_recording"), "not_recording: Nothing is recording.");
+}
+
+TEST_F(MCPToolHandlerTest, anAreaIsCutToItsDisplayAndSaidSo) {
+    auto const areaAt = [](int x, int y) {
+        return fmt::format(R"({{"seconds":1,"countdown":0,"target":{{"area":{{"display":"display-1","x":{},"y":{},)"
+                           R"("width":200,"height":100}}}}}})",
+                           x, y);
+    };
+    EXPECT_EQ(called("record_for", areaAt(700, 0)),
+              "invalid_arguments: The area 700,0,200,100 cannot be recorded: it lies outside display-1.");
+    EXPECT_THAT(called("record_for", areaAt(540, 0)),
+                AllOf(StartsWith("Of the area, 100 × 100 pixels were recorded. Saved as project "),
+                      EndsWith(" s). Auto Polish has run.")));
+    EXPECT_THAT(called("record_for", areaAt(0, 0)), StartsWith("Saved as project "));
+}
+
+TEST_F(MCPToolHandlerTest, aProjectThatIsGoneIsNoOpenOne) {
+    record();
+    called("open_project", withID(""));
+    called("status");
+    EXPECT_EQ(*structured().find("project")->find<std::string>("id"), id);
+    fs::remove_all(project().package().url());
+    called("status");
+    EXPECT_EQ(*structured().find("project"), JSONValue());
+}
+
+TEST_F(MCPToolHandlerTest, whoLeavesWhileTheProjectIsOpenedGetsNoFrameDrawn) {
+    record();
+    ASSERT_FALSE(application.projects().find(*UUID::parse(id)));
+    auto const abandon = begin("render_frame", withID(R"(,"time":0)"));
+    abandon();
+    EXPECT_TRUE(handler.isPerforming());
+    EXPECT_EQ(end(), "interrupted: Dropped.");
+    EXPECT_FALSE(handler.isPerforming());
 }
 
 TEST_F(MCPToolHandlerTest, soundIsRecordedAsItIsAskedForAndElseAsTheApplicationIsSet) {

@@ -30,6 +30,8 @@ public:
     MCPToolHandler& operator=(MCPToolHandler const&) = delete;
 
     [[nodiscard]] Abandon handle(ToolCall call);
+    /// Whether a call is under way, also one whose result nobody waits for.
+    bool isPerforming() const { return !running_.empty(); }
 
 private:
     template<class Tools> using WithProject = void (Tools::*)(RunningCall&, OpenProjects::Opened const&);

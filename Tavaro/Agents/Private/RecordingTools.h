@@ -2,8 +2,11 @@
 
 #include <Tavaro/Agents/Private/RecordRequest.h>
 #include <Tavaro/Agents/Private/RunningCall.h>
+#include <Tavaro/Model/Recording/RecordingController.h>
 
 #include <functional>
+#include <memory>
+#include <optional>
 
 namespace tavaro {
 
@@ -23,10 +26,24 @@ public:
     void resume(RunningCall& call);
     void cancel(RunningCall& call);
 
+    /// What came of a recording that ended without anybody being told of it, for the next `stop`; none after that, and
+    /// after the next start.
+    std::optional<JSONValue::Object> untold() const;
+
 private:
+    /// A recording that an agent asked for.
+    struct Take {
+        RecordRequest request;
+        bool isOver = false;
+        std::optional<RecordingOutcome> untold;
+    };
+
     void record(RunningCall& call, RecordRequest const& request, std::function<void()> begun);
+    std::shared_ptr<Take> present() const;
+    static void tell(RunningCall& call, Take& take, RecordingOutcome const& outcome);
 
     Application& application_;
+    std::shared_ptr<Take> take_ = std::make_shared<Take>(); // the last; before the first, one of nothing
 };
 
 }

@@ -58,9 +58,11 @@ public:
 
     /// What the call waits for, until it is over.
     void keep(std::shared_ptr<void const> needed) { kept_ = std::move(needed); }
-    /// What happens when nobody waits for the result any more; otherwise the call goes on.
-    void whenAbandoned(std::function<void()> act) { abandoned_ = std::move(act); }
+    /// What happens when nobody waits for the result any more, at once where that is so already; otherwise the call
+    /// goes on.
+    void whenAbandoned(std::function<void()> act);
     void abandon();
+    bool isAbandoned() const { return isAbandoned_; }
 
 private:
     void fail();
@@ -69,6 +71,7 @@ private:
     std::function<void(RunningCall&)> over_;
     std::shared_ptr<void const> kept_;
     std::function<void()> abandoned_;
+    bool isAbandoned_ = false;
     bool isOver_ = false;
 };
 

@@ -9,6 +9,7 @@
 
 #include <filesystem>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -35,7 +36,8 @@ struct TakeProject {
 struct MadeTake {
     UUID id; // of the project
     MadeProject made;
-    std::string health; // how well the capture went, in a line
+    std::string health;                         // how well the capture went, in a line
+    std::optional<std::string> endedEarly = {}; // why the take ended by itself, as a sentence
 };
 
 /// Makes a project of the take, polishes it where asked, gives it its thumbnail and removes the working folder. When

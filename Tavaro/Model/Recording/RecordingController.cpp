@@ -43,11 +43,15 @@ std::string RecordingOutcome::sentence() const {
 
 RecordingController::~RecordingController() = default;
 
-void RecordingController::start(RecordingRequest request, RecordingHandlers handlers) {
+void RecordingController::expectIdle() const {
     if (job_) throw RecordingError(RecordingError::Kind::busy, "A recording is already in progress.");
+}
+
+void RecordingController::start(RecordingRequest request, RecordingHandlers handlers) {
+    expectIdle();
     state_ = {.phase = RecorderPhase::countdown, .countdown = request.countdown};
     stage_ = RecordingStage::countdown;
-    hasBegun_ = false;
+    hasBegun_ = isStopped_ = false;
     begun_ = std::move(handlers.begun);
     if (handlers.over) over_.push_back(std::move(handlers.over));
     job_ = std::make_unique<RecordingJob>(queue_, std::move(request));
@@ -92,6 +96,7 @@ void RecordingController::stop() {
     if (state_.phase == RecorderPhase::finishing) return;
     expectTake("stop");
     job_->end(TakeEnd::keep);
+    isStopped_ = true;
     setPhase(RecorderPhase::finishing);
 }
 
@@ -134,7 +139,7 @@ void RecordingController::finish() {
 }
 
 RecordingOutcome RecordingController::outcome() {
-    RecordingOutcome result{.hasBegun = hasBegun_, .remarks = std::exchange(remarks_, {})};
+    RecordingOutcome result{.hasBegun = hasBegun_, .isStopped = isStopped_, .remarks = std::exchange(remarks_, {})};
     try {
         result.made = job_->result();
     } catch (...) {

@@ -49,6 +49,7 @@ struct RecordingOutcome {
     std::optional<MadeTake> made;          // when it was saved
     std::exception_ptr failure;            // when it was not: an `Error`
     bool hasBegun = false;                 // whether there was a take
+    bool isStopped = false;                // by an order, not by its length or by what happened to its source
     std::vector<std::string> remarks = {}; // what the user should know beside the result, as sentences
 
     /// The failure as a sentence for who asked for the recording.
@@ -74,6 +75,8 @@ public:
 
     RecorderState const& state() const { return state_; }
     bool isIdle() const { return state_.phase == RecorderPhase::idle; }
+    /// Throws `RecordingError` while there is a recording: what `start` would do.
+    void expectIdle() const;
     /// Whether there is a take that has begun and that nobody has ended.
     bool isTaking() const { return state_.phase == RecorderPhase::recording || state_.phase == RecorderPhase::paused; }
 
@@ -107,6 +110,7 @@ private:
     std::unique_ptr<RecordingJob> job_; // of the recording in progress
     RecordingStage stage_ = RecordingStage::countdown;
     bool hasBegun_ = false;
+    bool isStopped_ = false;
     std::function<void()> begun_;
     std::vector<std::string> remarks_;
     std::vector<std::function<void(RecordingOutcome const&)>> over_;

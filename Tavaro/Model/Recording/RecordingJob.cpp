@@ -88,8 +88,10 @@ template<class Orders> MadeTake record(RecordingRequest const& request, Orders& 
     auto const take = recorder.stop();
     if (take.endedEarly) reporter.remark(*take.endedEarly);
     reporter.progress({RecordingStage::saving, recorder.progress()});
-    return makeTakeProject({take.movie, take.metadata, take.duration, take.streams, take.warnings}, project,
-                           [&](std::string const& sentence) { reporter.remark(sentence); });
+    auto made = makeTakeProject({take.movie, take.metadata, take.duration, take.streams, take.warnings}, project,
+                                [&](std::string const& sentence) { reporter.remark(sentence); });
+    made.endedEarly = take.endedEarly;
+    return made;
 }
 
 }
