@@ -48,12 +48,11 @@ std::vector<PlayedStep> ScriptPlayer::play(ToolScript const& script) {
     try {
         for (std::size_t i = 0; i < script.steps.size(); ++i) played.push_back(play(script, i));
     } catch (Error const& error) {
-        bool const isThrownAway = mayRecord_ && cancelRecording();
         throw Error(fmt::format("steps[{}], {}: {}{}", played.size(), nameOf(script.steps[played.size()]), error.what(),
-                                isThrownAway ? " The recording was thrown away." : ""));
+                                endRecording()));
     }
-    if (mayRecord_ && cancelRecording())
-        throw Error("The script ended without stop_recording. The recording was thrown away.");
+    if (auto const ended = endRecording(); !ended.empty())
+        throw Error("The script ended without stop_recording." + ended);
     return played;
 }
 
@@ -82,7 +81,9 @@ JSONValue ScriptPlayer::call(ToolScript const& script, std::size_t index) {
     MCPClient::Watch const watch{.progress = watch_.progress, .isCancelled = watch_.isCancelled};
     if (!client_) client_ = std::make_unique<MCPClient>(settings_, watch);
     if (tool == MCPToolName::startRecording) mayRecord_ = true; // also while the call is under way
+    maySave_ = tool == MCPToolName::recordFor;
     auto result = client_->call(tavaro::nameOf(tool), std::move(arguments), watch);
+    maySave_ = false;
     bool const isDone = !isFailure(result);
     noteRecording(tool, isDone);
     if (!isDone) throw StepFailed(textOf(result));
@@ -112,16 +113,33 @@ void ScriptPlayer::savePicture(std::string const& file, JSONValue const& result)
     pending.commit(pictures_);
 }
 
-/// By a conversation of its own, since the one before may be at its end or in the middle of a call.
-bool ScriptPlayer::cancelRecording() {
+/// What became of a recording that was running, as a sentence with a blank before; empty where none was.
+std::string ScriptPlayer::endRecording() {
+    client_.reset();
+    if (maySave_) return saveRecording();
+    return mayRecord_ && cancelRecording() ? " The recording was thrown away." : "";
+}
+
+std::string ScriptPlayer::saveRecording() const {
+    auto const saved = callAfterwards(MCPToolName::stopRecording);
+    auto const* const made = saved ? saved->find("structuredContent") : nullptr;
+    auto const* const path = made ? made->find<std::string>("path") : nullptr;
+    return path ? fmt::format(" What was recorded is kept in “{}”.", *path) : "";
+}
+
+bool ScriptPlayer::cancelRecording() const { return callAfterwards(MCPToolName::cancelRecording).has_value(); }
+
+/// By a conversation of its own, since the one before may be at its end or in the middle of a call. None where it
+/// failed.
+std::optional<JSONValue> ScriptPlayer::callAfterwards(MCPToolName tool) const {
     constexpr std::chrono::seconds patience(20);
     auto const deadline = Clock::now() + patience;
     MCPClient::Watch const watch{.isCancelled = [&] { return Clock::now() > deadline; }};
     try {
-        client_.reset();
-        return !isFailure(MCPClient(settings_, watch).call(tavaro::nameOf(MCPToolName::cancelRecording), {}, watch));
+        auto result = MCPClient(settings_, watch).call(tavaro::nameOf(tool), {}, watch);
+        return isFailure(result) ? std::nullopt : std::optional(std::move(result));
     } catch (Error const&) {
-        return false;
+        return std::nullopt;
     }
 }
 

@@ -54,7 +54,10 @@ private:
     void pause(double seconds) const;
     void noteRecording(MCPToolName tool, bool isDone);
     void savePicture(std::string const& file, JSONValue const& result) const;
-    bool cancelRecording();
+    std::string endRecording();
+    std::string saveRecording() const;
+    bool cancelRecording() const;
+    std::optional<JSONValue> callAfterwards(MCPToolName tool) const;
 
     MCPClient::Settings const settings_;
     Watch const watch_;
@@ -62,6 +65,7 @@ private:
     std::unique_ptr<MCPClient> client_;
     ToolScript::Results results_;
     bool mayRecord_ = false; // a recording that the script began may be running
+    bool maySave_ = false;   // one of a fixed length may be: the application saves it when its client leaves
 };
 
 }

@@ -9,7 +9,9 @@
 
 #include <gmock/gmock.h>
 
+#include <chrono>
 #include <cstdlib>
+#include <thread>
 
 using namespace tavaro;
 using ::testing::HasSubstr;
@@ -141,4 +143,24 @@ TEST_F(PlayCommand, anInterruptionThrowsTheRecordingAwayAndKeepsNoPermission) {
     expectNobodyAllowed();
     EXPECT_THAT(play(R"({"tool": "stop_recording"})").error, HasSubstr("Nothing is recording."));
     EXPECT_THAT(names(path("Movies/Tavaro")), IsEmpty());
+}
+
+TEST_F(PlayCommand, whatARecordingOfAFixedLengthHasByAnInterruptionIsKeptAndSaidWhere) {
+    if (!TestDisplay::isInstalled()) GTEST_SKIP() << "no virtual display";
+    TestDisplay const display(320, 200);
+    setenv("DISPLAY", display.name().c_str(), 1);
+    auto const application = serve();
+    write("script.json", R"({"steps": [{"tool": "record_for", "arguments":
+        {"target": {"display": "display-1"}, "countdown": 0, "seconds": 600}}]})");
+    auto playing = start(TAVARO_PROGRAM, {"play", path("script.json")});
+    EXPECT_TRUE(becomesTrue([&] { return fs::exists(path("data/Tavaro/Recordings")); }));
+    std::this_thread::sleep_for(std::chrono::milliseconds(700));
+    playing.send(SIGINT);
+    auto const outcome = playing.wait();
+    unsetenv("DISPLAY");
+    EXPECT_EQ(outcome.exitCode, 1);
+    auto const kept = names(path("Movies/Tavaro"));
+    ASSERT_EQ(kept.size(), 1u) << outcome.error;
+    EXPECT_THAT(outcome.error, HasSubstr(" What was recorded is kept in “" + path("Movies/Tavaro/" + kept[0]) + "”."));
+    expectNobodyAllowed();
 }
