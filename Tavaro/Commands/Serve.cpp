@@ -12,12 +12,18 @@
 #include <TavaroPlatform/Sockets/SocketError.h>
 
 #include <CLI/CLI.hpp>
+#include <spdlog/sinks/base_sink.h>
 #include <spdlog/spdlog.h>
 
 #include <chrono>
 #include <memory>
+#include <mutex>
 #include <optional>
+#include <string>
+#include <string_view>
+#include <unistd.h>
 #include <utility>
+#include <vector>
 
 namespace tavaro::commands {
 
@@ -64,6 +70,44 @@ void run(MainQueue& queue, Application& application, AppMCPBackend& agents, Idle
         100ms);
 }
 
+/// The log on the terminal, for as long as the object lives: its lines and what is asked there stay apart.
+class LogAround {
+public:
+    explicit LogAround(TerminalPrompt& terminal) : before_(log()) {
+        if (::isatty(STDOUT_FILENO) == 1) log() = {std::make_shared<Lines>(terminal, before_)};
+    }
+    ~LogAround() { log() = before_; }
+    LogAround(LogAround const&) = delete;
+    LogAround& operator=(LogAround const&) = delete;
+
+private:
+    using Sinks = std::vector<spdlog::sink_ptr>;
+
+    class Lines final : public spdlog::sinks::base_sink<std::mutex> {
+    public:
+        Lines(TerminalPrompt& terminal, Sinks sinks) : terminal_(terminal), sinks_(std::move(sinks)) {}
+
+    private:
+        void sink_it_(spdlog::details::log_msg const& line) override {
+            terminal_.interleave([&](std::string_view before) {
+                terminal::say("{}", terminal::Lines{std::string(before)});
+                for (auto const& sink : sinks_) sink->log(line);
+                flush_();
+            });
+        }
+        void flush_() override {
+            for (auto const& sink : sinks_) sink->flush();
+        }
+
+        TerminalPrompt& terminal_;
+        Sinks const sinks_;
+    };
+
+    static Sinks& log() { return spdlog::default_logger()->sinks(); }
+
+    Sinks const before_;
+};
+
 MCPConsent::Ask askAt(TerminalPrompt& terminal) {
     return [&terminal](ConsentPrompt const& prompt, TerminalPrompt::Answer answer) {
         return terminal.ask({prompt.title, prompt.text + " Without windows, these settings are `tavaro mcp`."},
@@ -85,8 +129,9 @@ void serve(IdleTime::Length most) {
     if (!instance) throw Error("Tavaro is already running.");
     logInto(folders::state());
     MainQueue queue;
-    Application application(queue);
     TerminalPrompt terminal(queue);
+    LogAround const log(terminal); // before there is another thread that logs, and until after the last
+    Application application(queue);
     auto agents = openToAgents(queue, application, terminal);
     spdlog::info("Tavaro has begun.");
     terminal::tell("Agents reach Tavaro at “{}”. Ctrl-C ends it.\n", mcpSocketPath().string());

@@ -54,8 +54,9 @@ public:
         Bell const& withdrawn; // of this question
     };
 
-    Conversation(Bells bells, Clock::time_point deadline)
+    Conversation(Bells bells, TerminalPrompt::LastLine& last, Clock::time_point deadline)
         : bells_(bells)
+        , last_(last)
         , deadline_(deadline)
         , terminal_(::open("/dev/tty", O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC)) {}
 
@@ -65,8 +66,9 @@ public:
         show(fmt::format("\n{}.\n{}\n", terminal::harmless(question.title),
                          terminal::harmless(terminal::Lines{question.text})));
         while (true) {
-            show("Allow it? [y/N] ");
+            showQuestion();
             auto const line = nextLine();
+            endQuestion();
             if (!line) show(isWithdrawn_ ? "\nDecided otherwise.\n" : "\nNot answered; it is refused for now.\n");
             if (!line) return std::nullopt;
             if (auto const meant = meaning(*line)) return meant;
@@ -75,6 +77,17 @@ public:
 
 private:
     bool isInForeground() const { return terminal_.get() >= 0 && ::tcgetpgrp(terminal_.get()) == ::getpgrp(); }
+
+    void showQuestion() {
+        std::lock_guard const lock(last_.mutex);
+        show("Allow it? [y/N] ");
+        last_.isQuestion = true;
+    }
+    void endQuestion() {
+        std::lock_guard const lock(last_.mutex);
+        last_.isQuestion = false;
+        last_.buried.hush();
+    }
 
     /// A terminal that takes nothing, as one that is held with Ctrl-S, misses what is shown.
     void show(std::string_view text) const {
@@ -98,9 +111,15 @@ private:
             auto const left = std::chrono::ceil<std::chrono::milliseconds>(deadline_ - Clock::now()).count();
             pollfd waiting[] = {{terminal_.get(), POLLIN, 0},
                                 {bells_.end.descriptor(), POLLIN, 0},
-                                {bells_.withdrawn.descriptor(), POLLIN, 0}};
+                                {bells_.withdrawn.descriptor(), POLLIN, 0},
+                                {last_.buried.descriptor(), POLLIN, 0}};
             int const ready = ::poll(waiting, std::size(waiting), static_cast<int>(std::max<std::int64_t>(left, 0)));
             if (ready < 0 && errno == EINTR) continue;
+            if (ready > 0 && waiting[3].revents != 0) {
+                last_.buried.hush();
+                showQuestion();
+                continue;
+            }
             isWithdrawn_ = ready > 0 && waiting[2].revents != 0;
             return ready > 0 && waiting[1].revents == 0 && !isWithdrawn_;
         }
@@ -128,6 +147,7 @@ private:
     static constexpr std::size_t longestLine = 4096; // as long as a terminal gives one
 
     Bells const bells_;
+    TerminalPrompt::LastLine& last_;
     Clock::time_point const deadline_;
     bool isWithdrawn_ = false;
     FileDescriptor terminal_;
@@ -155,13 +175,20 @@ TerminalPrompt::Withdraw TerminalPrompt::ask(Question question, Answer answer) {
     questions_->async([this, withdrawal, question = std::move(question), answer = std::move(answer)]() mutable {
         if (isEnding_ || withdrawal->isMade) return;
         WithoutStops const withoutStops;
-        auto const said = Conversation({end_, withdrawal->bell}, Clock::now() + patience_).ask(question);
+        auto const said = Conversation({end_, withdrawal->bell}, last_, Clock::now() + patience_).ask(question);
         if (!isEnding_ && !withdrawal->isMade) queue_.async([answer = std::move(answer), said] { answer(said); });
     });
     return [withdrawal] {
         withdrawal->isMade = true;
         withdrawal->bell.ring();
     };
+}
+
+void TerminalPrompt::interleave(FunctionRef<void(std::string_view before)> write) {
+    std::lock_guard const lock(last_.mutex);
+    bool const buries = std::exchange(last_.isQuestion, false);
+    write(buries ? "\n" : "");
+    if (buries) last_.buried.ring();
 }
 
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <TavaroCore/Records/FunctionRef.h>
 #include <TavaroPlatform/Queues/MainQueue.h>
 #include <TavaroPlatform/Queues/SerialQueue.h>
 #include <TavaroPlatform/Sockets/Bell.h>
@@ -7,8 +8,10 @@
 #include <atomic>
 #include <chrono>
 #include <functional>
+#include <mutex>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace tavaro::commands {
 
@@ -43,12 +46,23 @@ public:
     TerminalPrompt& operator=(TerminalPrompt const&) = delete;
 
     Withdraw ask(Question question, Answer answer);
+    /// Any thread. For what others write on the terminal: `write` gets what belongs before it, a line break where a
+    /// question is shown, which is then shown again.
+    void interleave(FunctionRef<void(std::string_view before)> write);
+
+    /// The end of what the terminal shows.
+    struct LastLine {
+        std::mutex mutex; // who holds it may write
+        bool isQuestion = false;
+        Bell const buried; // rings once the question is no more the last line
+    };
 
 private:
     MainQueue& queue_;
     std::chrono::milliseconds const patience_; // for one question
     std::atomic<bool> isEnding_ = false;
     Bell const end_;
+    LastLine last_;
     std::optional<SerialQueue> questions_; // ends before what it uses
 };
 

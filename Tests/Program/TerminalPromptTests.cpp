@@ -99,6 +99,33 @@ TEST(TerminalPrompt, aQuestionThatIsTakenBackMakesRoomForTheNext) {
     EXPECT_EQ(terminal.exitCode(), 0);
 }
 
+TEST(TerminalPrompt, aLineOfSomebodyElseComesBetweenAndTheQuestionAgain) {
+    TestTerminal terminal([] {
+        static volatile std::sig_atomic_t isTime = 0;
+        std::signal(SIGQUIT, [](int) { isTime = 1; });
+        MainQueue queue;
+        TerminalPrompt prompt(queue, 1min);
+        std::string said;
+        auto const tell = [&](std::string const& text) {
+            prompt.interleave([&](std::string_view before) {
+                auto const shown = fmt::format("{}{}\n", before, text);
+                if (::write(STDOUT_FILENO, shown.data(), shown.size()) < 0) _exit(3);
+            });
+        };
+        tell("first");
+        prompt.ask({"A", ""}, [&](std::optional<bool> answer) { said = textOf(answer); });
+        queue.runUntil([] { return isTime != 0; });
+        tell("second");
+        queue.runUntil([&] { return !said.empty(); });
+        tell(said + ">");
+    });
+    EXPECT_THAT(terminal.shownUntil(question), testing::StartsWith("first\r\n"));
+    terminal.type("\x1c"); // Ctrl-\, once the question is shown
+    EXPECT_THAT(terminal.shownUntil(question), testing::EndsWith("\r\nsecond\r\nAllow it? [y/N] "));
+    terminal.type("y\n");
+    EXPECT_EQ(terminal.shownUntil(">"), "y\r\nyes>");
+}
+
 TEST(TerminalPrompt, nothingThatIsShownSteersTheTerminal) {
     TestTerminal terminal([] { askFor({"\x1b[2J\rgood\n"}, 1min); });
     EXPECT_THAT(terminal.shownUntil(question), testing::HasSubstr("\r\n�[2J�good� wants in.\r\n"));
