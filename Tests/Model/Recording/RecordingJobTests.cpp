@@ -55,12 +55,13 @@ TEST_F(RecordingJobTest, aTakeThatIsKeptBecomesAPolishedProjectWhereUnsavedOnesG
     job.setPaused(false);
     job.end(TakeEnd::keep);
     job.end(TakeEnd::discard); // too late
-    auto const& [id, made, health] = job.wait();
+    auto const& taken = job.wait();
+    auto const& made = taken.made;
     ProjectPackage const package(made.path);
     EXPECT_EQ(package.url().parent_path(), folders::unsavedProjects());
     EXPECT_GT(package.load().duration(), 0);
-    EXPECT_EQ(package.load().id, id);
-    EXPECT_TRUE(made.report && !health.empty() && fs::exists(package.thumbnailURL()));
+    EXPECT_EQ(package.load().id, taken.id);
+    EXPECT_TRUE(made.report && !taken.health.empty() && fs::exists(package.thumbnailURL()));
     EXPECT_TRUE(unfinishedRecordings().empty());
 }
 
