@@ -34,7 +34,7 @@ Assets namedAssets(DemoProject const& project) {
     add(assets, project.cameraAsset, "cameraAsset");
     add(assets, project.camera.lutAsset, "camera.lutAsset");
     if (auto const* const image = std::get_if<BackgroundStyle::ImageFile>(&project.background.content))
-        add(assets, image->assetName, "background.imageFile.assetName");
+        add(assets, image->assetName, "background.image.assetName");
     addSounds(assets, project.audioTracks);
     if (project.voiceover) addVoices(assets, *project.voiceover);
     return assets;

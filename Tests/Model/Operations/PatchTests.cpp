@@ -11,6 +11,7 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <cmath>
 #include <fstream>
 
@@ -44,6 +45,8 @@ DemoProject randomProject(unsigned seed) {
     DemoProject project;
     RandomRecord(seed).fill(project);
     Taming::tame(project);
+    std::ranges::replace_if(
+        project.name, [](unsigned char c) { return c < 0x20 || c == 0x7F; }, '-');
     return project;
 }
 
@@ -163,8 +166,8 @@ TEST(Patch, mediaFilesThatItNamesAreInThePackage) {
     EXPECT_EQ(after(R"({"cameraAsset":""})"), "cameraAsset: the project has no media file “”.");
     EXPECT_EQ(after(R"({"camera":{"lutAsset":"gone.cube"}})"),
               "camera.lutAsset: the project has no media file “gone.cube”.");
-    EXPECT_EQ(after(R"({"background":{"imageFile":{"assetName":"gone.png"}}})"),
-              "background.imageFile.assetName: the project has no media file “gone.png”.");
+    EXPECT_EQ(after(R"({"background":{"image":{"assetName":"gone.png"}}})"),
+              "background.image.assetName: the project has no media file “gone.png”.");
     EXPECT_EQ(after(R"({"audioTracks":[{"clips":[{"asset":"here.mov"},{"asset":"gone.wav"}]}]})"),
               "audioTracks[0].clips[1].asset: the project has no media file “gone.wav”.");
     EXPECT_EQ(after(R"({"voiceover":{"segments":[{"audioAsset":"gone.wav"}]}})"),
