@@ -9,8 +9,8 @@
 
 namespace tavaro {
 
-/// Tells what becomes of the sounds of a take while it goes on, so that it can still be helped: each thing once, as soon
-/// as it is so.
+/// Tells what becomes of the sounds of a take while it goes on, so that it can still be helped: each thing once, as
+/// soon as it is so.
 class SoundWatch {
 public:
     void look(std::vector<SoundState> const& sounds, FunctionRef<void(std::string const&)> tell);
