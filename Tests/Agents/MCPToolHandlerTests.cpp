@@ -178,6 +178,7 @@ TEST_F(MCPToolHandlerTest, aProjectThatIsEditedWhileItIsPolishedIsPolishedAgain)
 
 TEST_F(MCPToolHandlerTest, aProjectThatAnotherProgramEditsHoldsUpNobodyElse) {
     record();
+    called("open_project", withID(""));
     std::optional lock = project().package().lockForEditing();
     static_cast<void>(begin("edit_project", withID(R"(,"patch":{"name":"Tour"})")));
     queue.runUntil([tries = 0]() mutable { return ++tries == 10; });
