@@ -94,11 +94,12 @@ JSONValue MCPClient::nextMessage(Watch const& watch) {
 
 std::string_view MCPClient::nextLine(Watch const& watch) {
     while (true) {
+        // First, since a server that reports its progress often always has a line.
+        if (watch.isCancelled && watch.isCancelled())
+            throw MCPClientError(MCPClientError::Kind::cancelled, "The call was cancelled.");
         if (auto const line = lines_.next(glance)) return *line;
         if (lines_.hasEnded()) throw ended();
         if (lines_.isTooLong()) throw tooLong();
-        if (watch.isCancelled && watch.isCancelled())
-            throw MCPClientError(MCPClientError::Kind::cancelled, "The call was cancelled.");
     }
 }
 
