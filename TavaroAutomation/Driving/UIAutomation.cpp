@@ -84,7 +84,8 @@ UIElementListing UIAutomation::elements(UIElementsRequest const& request, std::s
     std::erase_if(result.elements,
                   [&](UIElement const& element) { return !UIMatch::contains(element.title, request.query); });
     // What cannot be seen is for scrolling to; it does not take the room of what can.
-    std::ranges::stable_partition(result.elements, &UIElement::isVisible);
+    std::stable_partition(result.elements.begin(), result.elements.end(),
+                          [](UIElement const& element) { return element.isVisible; });
     if (result.elements.size() > request.limit) result.elements.resize(request.limit);
     return result;
 }

@@ -182,7 +182,7 @@ std::string_view JSONReader::unescaped(char const* begin) {
         out.append(begin, end);
         ++at_;
         if (*end == '"') {
-            takeMemory(sizeof out + out.capacity());
+            takeMemory(sizeof(std::string) + out.capacity());
             return out;
         }
         appendEscape(out);
