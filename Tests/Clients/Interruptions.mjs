@@ -49,7 +49,7 @@ export class Interruptions {
             { project_id: ours.second, preset: "youtube-1080", output_path },
             { signal: given.signal },
         );
-        setTimeout(() => given.abort("changed my mind"), 300);
+        setTimeout(() => given.abort("changed my mind"), 20);
         const outcome = await film.then(
             () => "answered",
             (error) => String(error.message ?? error),
