@@ -53,6 +53,8 @@ start_display() {
     wait_until "The virtual display" 20 test -s "$stage/display-number"
     export DISPLAY=":$(<"$stage/display-number")"
     start window-manager openbox --config-file "$here/openbox.xml"
+    # Popovers and menus with round corners stand on black without it.
+    start compositor picom --backend xrender --config /dev/null
     start bus dbus-daemon --session --nofork --print-address=3 3>"$stage/bus-address"
     wait_until "The session bus" 20 test -s "$stage/bus-address"
     export DBUS_SESSION_BUS_ADDRESS="$(<"$stage/bus-address")"
