@@ -38,6 +38,7 @@ public:
     void role(Address const& of, Then<Role> then);
     void name(Address const& of, Then<std::string> then);
     void description(Address const& of, Then<std::string> then);
+    void parent(Address const& of, Then<Address> then);
     void childCount(Address const& of, Then<int> then);
     void children(Address const& of, Then<std::vector<Address>> then);
     void extents(Address const& of, Then<Extents> then);

@@ -25,7 +25,7 @@ struct Extents {
     int height = 0;
 
     bool isEmpty() const { return width <= 0 || height <= 0; }
-    bool operator==(Extents const&) const = default;
+    auto operator<=>(Extents const&) const = default;
 };
 
 enum class Role : std::uint32_t {

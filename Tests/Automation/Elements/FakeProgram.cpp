@@ -64,6 +64,7 @@ struct FakeProgram::State {
     std::atomic<bool> isOver = false;
     std::mutex mutable mutex;
     std::map<int, int> askedForChildren;
+    int madeAnew = 0;
     std::unique_ptr<SerialQueue> queue;
 
     static int onMessage(sd_bus_message* message, void* data, sd_bus_error* /*error*/) {
@@ -98,6 +99,8 @@ struct FakeProgram::State {
         if (name == "ChildCount")
             sd_bus_message_append(reply, "v", "i",
                                   it.childCount < 0 ? static_cast<int>(it.children.size()) : it.childCount);
+        else if (name == "Parent")
+            sd_bus_message_append(reply, "v", "(so)", this->name.c_str(), pathOf(parentOf(it)).c_str());
         else
             sd_bus_message_append(reply, "v", "s",
                                   name == "ToolkitName"   ? toolkit.c_str()
@@ -124,9 +127,7 @@ struct FakeProgram::State {
         } else if (member == "GetAccessibleAtPoint") {
             int x = 0, y = 0;
             sd_bus_message_read(message, "ii", &x, &y);
-            auto const found = childAt(it, x, y);
-            sd_bus_message_append(reply, "(so)", name.c_str(),
-                                  found < 0 ? "/org/a11y/atspi/null" : pathOf(found).c_str());
+            sd_bus_message_append(reply, "(so)", name.c_str(), pathAt(it, x, y).c_str());
         } else if (member == "GetRelationSet") {
             sd_bus_message_open_container(reply, 'a', "(ua(so))");
             if (!it.labels.empty()) {
@@ -147,12 +148,30 @@ struct FakeProgram::State {
         sd_bus_message_close_container(reply);
     }
 
+    std::string pathAt(FakeWidget const& it, int x, int y) {
+        int found = childAt(it, x, y);
+        for (int inner = found; inner >= 0 && toolkit == "GTK"; inner = childAt(widgets[inner], x, y)) found = inner;
+        if (found < 0) return "/org/a11y/atspi/null";
+        auto const path = pathOf(found);
+        return widgets[found].isMadeAnew ? path + "x" + std::to_string(++madeAnew) : path;
+    }
+
     int childAt(FakeWidget const& it, int x, int y) const {
+        int found = -1;
         for (int const child : it.children) {
             auto const& area = widgets[static_cast<std::size_t>(child)].extents;
-            if (x >= area.x && y >= area.y && x < area.x + area.width && y < area.y + area.height) return child;
+            if (x >= area.x && y >= area.y && x < area.x + area.width && y < area.y + area.height) found = child;
         }
-        return -1;
+        return found;
+    }
+
+    int parentOf(FakeWidget const& it) const {
+        for (std::size_t i = 0; i < widgets.size(); ++i) {
+            for (int const child : widgets[i].children) {
+                if (&widgets[child] == &it) return static_cast<int>(i);
+            }
+        }
+        return 0;
     }
 
     void countChildren(int widget) {
@@ -192,7 +211,7 @@ FakeProgram::~FakeProgram() {
     state_->queue.reset();
 }
 
-atspi::Address FakeProgram::root() const { return {state_->name, pathOf(0)}; }
+atspi::Address FakeProgram::widget(int place) const { return {state_->name, pathOf(place)}; }
 
 int FakeProgram::askedForChildren(int widget) const {
     std::lock_guard const lock(state_->mutex);
