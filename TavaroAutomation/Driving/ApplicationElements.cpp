@@ -140,7 +140,7 @@ ElementPlace ApplicationElements::placeOf(atspi::PlacedElement const& element, s
     bus().name(address, [&](auto const& name) {
         isSame = isSame && name && readableTitle(*name, element.toolkit) == element.ownName;
     });
-    bus().extents(address, [&](auto const& extents) {
+    bus().extents(address, originOf(element.toolkit), [&](auto const& extents) {
         if (extents && !extents->isEmpty()) frame = element.placement.onScreen(*extents);
     });
     auto const outcome = bus().run(Clock::now() + longestAnswer, stop);

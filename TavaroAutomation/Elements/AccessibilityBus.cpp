@@ -295,15 +295,16 @@ void AccessibilityBus::children(Address const& of, Then<std::vector<Address>> th
                 reading<std::vector<Address>>(std::move(then), readAddresses));
 }
 
-void AccessibilityBus::extents(Address const& of, Then<Extents> then) {
+void AccessibilityBus::extents(Address const& of, Origin origin, Then<Extents> then) {
     auto message = state_->call(of, component, "GetExtents");
-    if (message) sd_bus_message_append(message.get(), "u", 0U); // of the screen, as far as the toolkit knows it
+    if (message) sd_bus_message_append(message.get(), "u", static_cast<std::uint32_t>(origin));
     state_->ask(std::move(message), reading<Extents>(std::move(then), readExtents));
 }
 
-void AccessibilityBus::atPoint(Address const& of, int x, int y, Then<Address> then) {
+void AccessibilityBus::atPoint(Address const& of, Place const& place, Then<Address> then) {
     auto message = state_->call(of, component, "GetAccessibleAtPoint");
-    if (message) sd_bus_message_append(message.get(), "iiu", x, y, 0U);
+    if (message)
+        sd_bus_message_append(message.get(), "iiu", place.x, place.y, static_cast<std::uint32_t>(place.origin));
     state_->ask(std::move(message), [then = std::move(then)](auto* answer) {
         auto found = answer ? readAddress(answer) : std::nullopt;
         then(found && !found->isNull() ? std::move(found) : std::nullopt);

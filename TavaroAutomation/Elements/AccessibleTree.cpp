@@ -104,9 +104,11 @@ private:
         return parent.isInShownRow || (parent.node.role == Role::listItem && !parent.node.isScrolledAway);
     }
 
-    /// Laid out but not shown: something to click, or a label in such.
+    /// Laid out but not shown: something to click, or a label in such. Qt takes what is scrolled away in its lists and
+    /// tables for invisible.
     bool mayBeScrolledAway(Visit const& visit) const {
-        if (!visit.node.states.has(State::visible) || isOfMenu(visit.node.role)) return false;
+        bool const isOfQtView = toolkit_ == Toolkit::qt && isRowOrCell(visit.node.role);
+        if ((!visit.node.states.has(State::visible) && !isOfQtView) || isOfMenu(visit.node.role)) return false;
         bool const isIn = visit.node.parent >= 0 && visits_[visit.node.parent].node.isScrolledAway;
         return isIn ? isLabel(visit.node.role) : isClickable(visit.node.role);
     }
@@ -123,7 +125,7 @@ private:
         if (visit.depth == 0 || isClickable(visit.node.role) || isLabel(visit.node.role))
             bus_.name(address, [this, index](auto const& name) { named(index, name.value_or("")); });
         bus_.childCount(address, [this, index](auto const& count) { visits_[index].childCount = count.value_or(0); });
-        bus_.extents(address, [this, index](auto const& extents) {
+        bus_.extents(address, originOf(toolkit_), [this, index](auto const& extents) {
             if (extents) placed(index, *extents);
         });
     }
@@ -199,7 +201,8 @@ private:
     }
 
     void askAt(int index, AreaSearch::Point const& point) {
-        bus_.atPoint(visits_[index].node.address, point.x, point.y, [this, index](auto const& found) {
+        Place const place{point.x, point.y, originOf(toolkit_)};
+        bus_.atPoint(visits_[index].node.address, place, [this, index](auto const& found) {
             if (!found) return;
             // These answer with the innermost widget, which is in the one that is meant.
             if (toolkit_ == Toolkit::gtk4 || toolkit_ == Toolkit::qt) return climb(*found, index, mostDepth);

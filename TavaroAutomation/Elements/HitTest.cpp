@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <ranges>
 #include <utility>
 #include <vector>
 
@@ -14,8 +15,7 @@ namespace {
 constexpr int mostLevels = 80;
 
 bool looksAsThePointerDoes(Toolkit toolkit) {
-    return toolkit == Toolkit::gtk4 || toolkit == Toolkit::qt || toolkit == Toolkit::chromium ||
-           toolkit == Toolkit::gecko;
+    return toolkit == Toolkit::gtk4 || toolkit == Toolkit::chromium || toolkit == Toolkit::gecko;
 }
 
 /// One question after the other, each of which depends on the answer to the one before.
@@ -27,11 +27,11 @@ public:
         , stop_(std::move(stop)) {}
 
     /// Some programs answer with the innermost widget, some with the next one inwards.
-    std::optional<Address> innermost(Address const& root, int x, int y) {
+    std::optional<Address> innermost(Address const& root, Place const& place) {
         std::optional<Address> result;
         std::vector<Address> seen{root};
         while (seen.size() < mostLevels) {
-            auto const found = answer<Address>([&](auto then) { bus_.atPoint(seen.back(), x, y, then); });
+            auto const found = answer<Address>([&](auto then) { bus_.atPoint(seen.back(), place, then); });
             if (!found || std::ranges::find(seen, *found) != seen.end()) break;
             seen.push_back(*found);
             result = found;
@@ -50,9 +50,9 @@ public:
         return result;
     }
 
-    /// Of the innermost that has one: a widget, or what holds it.
+    /// Of the outermost that has one: a dialog says more than its button.
     std::string titleOf(std::vector<Address> const& widgets, Toolkit toolkit) {
-        for (auto const& widget : widgets) {
+        for (auto const& widget : widgets | std::views::reverse) {
             auto const name = answer<std::string>([&](auto then) { bus_.name(widget, then); });
             if (auto title = readableTitle(name.value_or(""), toolkit); !title.empty()) return title;
         }
@@ -90,18 +90,18 @@ std::optional<Cover> coverOf(AccessibilityBus& bus, PlacedElement const& element
     if (!looksAsThePointerDoes(element.toolkit) || element.isInPopup) return std::nullopt;
     HitTest test(bus, deadline, stop);
     auto const place = element.placement.inProgram(point);
-    auto const hit =
-        test.innermost(element.root, static_cast<int>(std::lround(place.x)), static_cast<int>(std::lround(place.y)));
+    auto const hit = test.innermost(element.root, {static_cast<int>(std::lround(place.x)),
+                                                   static_cast<int>(std::lround(place.y)), originOf(element.toolkit)});
     if (!hit || *hit == element.address) return std::nullopt;
     auto over = test.around(*hit, element.root);
     auto const wanted = test.around(element.address, element.root);
     bool const isAround = std::ranges::find(wanted, *hit) != wanted.end();
     bool const isInside = std::ranges::find(over, element.address) != over.end();
     if (isAround || isInside || test.isLate()) return std::nullopt;
-    std::erase_if(over, [&](Address const& each) { return std::ranges::find(wanted, each) != wanted.end(); });
     // Pages draw the label of a box over the box, and a click on it is one on the box.
     bool const isPage = element.toolkit == Toolkit::chromium || element.toolkit == Toolkit::gecko;
     if (isPage && test.hasLabel(over)) return std::nullopt;
+    std::erase_if(over, [&](Address const& each) { return std::ranges::find(wanted, each) != wanted.end(); });
     auto title = test.titleOf(over, element.toolkit);
     return test.isLate() ? std::nullopt : std::optional(Cover{std::move(title)});
 }

@@ -80,10 +80,6 @@ bool isButton(Role role) {
     return role == Role::pushButton || role == Role::toggleButton || role == Role::pushButtonMenu;
 }
 
-bool isRowOrCell(Role role) {
-    return role == Role::listItem || role == Role::tableRow || role == Role::treeItem || role == Role::tableCell;
-}
-
 class Placing {
 public:
     Placing(AccessibleTree const& tree, Windows const& windows, UIRect const& screen)

@@ -28,6 +28,15 @@ struct Extents {
     auto operator<=>(Extents const&) const = default;
 };
 
+/// From where places count.
+enum class Origin : std::uint32_t { screen = 0, window = 1 };
+
+struct Place {
+    int x = 0;
+    int y = 0;
+    Origin origin = Origin::screen;
+};
+
 enum class Role : std::uint32_t {
     checkBox = 7,
     checkMenuItem = 8,
@@ -114,5 +123,9 @@ private:
 };
 
 enum class Toolkit { gtk3, gtk4, qt, chromium, gecko, other };
+
+/// GTK 4 knows of places in its windows only, and complains on the terminal of whoever asks for others. The window's
+/// places of Qt are wrong.
+constexpr Origin originOf(Toolkit toolkit) { return toolkit == Toolkit::gtk4 ? Origin::window : Origin::screen; }
 
 }

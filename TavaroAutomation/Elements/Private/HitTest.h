@@ -15,8 +15,8 @@ struct Cover {
 };
 
 /// Asks the element's program what is at that point of the screen: nothing where that is the element, something in it
-/// or around it, or where the program does not say. Only toolkits that look as the pointer does are asked; GTK 3 and
-/// LibreOffice answer with the first widget of the list that extends there, whatever lies over it.
+/// or around it, or where the program does not say. Only toolkits that look as the pointer does are asked; GTK 3, Qt
+/// and LibreOffice answer with the first widget of their list that extends there, whatever lies over it.
 std::optional<Cover> coverOf(AccessibilityBus& bus, PlacedElement const& element, UIPoint const& point,
                              Deadline deadline, std::stop_token const& stop);
 

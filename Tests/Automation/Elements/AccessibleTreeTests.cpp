@@ -72,7 +72,7 @@ TEST_F(AccessibleTreeTest, holdsWhatShowsParentsFirst) {
     EXPECT_THAT(names(tree), ElementsAre("Window", "", "Save"));
     EXPECT_TRUE(tree.isComplete);
     EXPECT_EQ(tree.nodes.back().parent, 1);
-    EXPECT_EQ(program.askedForChildren(3), 0) << "what does not show holds nothing that does";
+    EXPECT_EQ(program.asked(3, "GetChildren"), 0) << "what does not show holds nothing that does";
 }
 
 TEST_F(AccessibleTreeTest, whatHasNoNameIsCalledByItsLabelElseByWhatIsSaidOfIt) {
@@ -150,7 +150,8 @@ TEST_F(AccessibleTreeTest, aSheetOfTwoBillionCellsIsOnlyLookedAtWhereItShows) {
     auto& program = start(widgets);
     auto const tree = walk(program);
     EXPECT_TRUE(tree.isComplete);
-    EXPECT_EQ(program.askedForChildren(2), 0);
+    EXPECT_EQ(program.asked(2, "GetChildren"), 0);
+    EXPECT_LE(program.asked(2, "GetAccessibleAtPoint"), 2 * static_cast<int>(cells.size()));
     std::vector<std::string> read{"Window", "Sheet"};
     for (int const child : tree.nodes[1].children) read.push_back(tree.nodes[child].name);
     EXPECT_THAT(read, ElementsAreArray(cells)) << "each once, as they are read";

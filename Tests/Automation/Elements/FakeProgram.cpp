@@ -63,7 +63,7 @@ struct FakeProgram::State {
     std::string name;
     std::atomic<bool> isOver = false;
     std::mutex mutable mutex;
-    std::map<int, int> askedForChildren;
+    std::map<std::pair<int, std::string>, int> asked;
     int madeAnew = 0;
     std::unique_ptr<SerialQueue> queue;
 
@@ -80,6 +80,7 @@ struct FakeProgram::State {
         auto const& it = widgets[static_cast<std::size_t>(widget)];
         if (it.isSilent) return 1;
         std::string_view const member = sd_bus_message_get_member(message);
+        count(widget, member);
         sd_bus_message* reply = nullptr;
         sd_bus_message_new_method_return(message, &reply);
         if (member == "Get")
@@ -122,7 +123,6 @@ struct FakeProgram::State {
         } else if (member == "GetExtents") {
             sd_bus_message_append(reply, "(iiii)", it.extents.x, it.extents.y, it.extents.width, it.extents.height);
         } else if (member == "GetChildren") {
-            countChildren(widget);
             appendAll(reply, it.children);
         } else if (member == "GetAccessibleAtPoint") {
             int x = 0, y = 0;
@@ -174,9 +174,9 @@ struct FakeProgram::State {
         return 0;
     }
 
-    void countChildren(int widget) {
+    void count(int widget, std::string_view question) {
         std::lock_guard const lock(mutex);
-        ++askedForChildren[widget];
+        ++asked[{widget, std::string(question)}];
     }
 
     void serve() {
@@ -213,10 +213,10 @@ FakeProgram::~FakeProgram() {
 
 atspi::Address FakeProgram::widget(int place) const { return {state_->name, pathOf(place)}; }
 
-int FakeProgram::askedForChildren(int widget) const {
+int FakeProgram::asked(int widget, std::string const& question) const {
     std::lock_guard const lock(state_->mutex);
-    auto const found = state_->askedForChildren.find(widget);
-    return found == state_->askedForChildren.end() ? 0 : found->second;
+    auto const found = state_->asked.find({widget, question});
+    return found == state_->asked.end() ? 0 : found->second;
 }
 
 }

@@ -53,8 +53,8 @@ public:
 
     atspi::Address root() const { return widget(0); }
     atspi::Address widget(int place) const;
-    /// How often somebody asked for a widget's children, or for what it has at a point.
-    int askedForChildren(int widget) const;
+    /// How often a widget was asked that: "GetChildren", "GetAccessibleAtPoint".
+    int asked(int widget, std::string const& question) const;
 
 private:
     struct State;
