@@ -1,6 +1,7 @@
 #include <TavaroAutomation/Driving/Private/ApplicationElements.h>
 
 #include <TavaroAutomation/Applications/Private/WindowControl.h>
+#include <TavaroAutomation/Elements/Private/ElementTitle.h>
 #include <TavaroAutomation/Elements/Private/UIMatch.h>
 #include <TavaroAutomation/Errors/AutomationError.h>
 #include <TavaroCore/Errors/Excerpt.h>
@@ -21,6 +22,7 @@ using atspi::Address;
 
 constexpr auto longestWalk = 2s;
 constexpr auto longestAnswer = 500ms;
+constexpr auto longestHitTest = 40ms; // a click that waits longer is seen to hesitate
 
 std::set<int> processesOf(std::vector<x11::OpenWindow> const& windows) {
     std::set<int> result;
@@ -28,6 +30,13 @@ std::set<int> processesOf(std::vector<x11::OpenWindow> const& windows) {
         if (window.pid != 0) result.insert(window.pid);
     }
     return result;
+}
+
+/// Asked anew, for displays come and go.
+UIRect screenOf(x11::Connection& connection) {
+    auto const geometry = connection.ask<xcb_get_geometry, xcb_get_geometry_reply>(connection.root());
+    if (!geometry) return {};
+    return {0, 0, static_cast<double>(geometry->width), static_cast<double>(geometry->height)};
 }
 
 std::vector<x11::OpenWindow> ofProcess(std::vector<x11::OpenWindow> const& windows, int process) {
@@ -108,7 +117,7 @@ ApplicationListing ApplicationElements::list(OpenApplication const& application,
     try {
         for (auto const& program : programsOf(application, stop, deadline)) {
             auto const tree = walkTree(bus(), program, deadline, stop);
-            auto placed = placedElements(tree, application.windows);
+            auto placed = placedElements(tree, application.windows, screenOf(connection_));
             listing.isComplete = listing.isComplete && tree.isComplete;
             listing.saysAnything = listing.saysAnything || !tree.nodes.empty();
             std::ranges::move(placed, std::back_inserter(listing.elements));
@@ -121,19 +130,30 @@ ApplicationListing ApplicationElements::list(OpenApplication const& application,
     return listing;
 }
 
-std::optional<UIRect> ApplicationElements::placeOf(atspi::PlacedElement const& element, std::stop_token const& stop) {
-    std::optional<UIRect> result;
-    bool isGone = false;
+ElementPlace ApplicationElements::placeOf(atspi::PlacedElement const& element, std::stop_token const& stop) {
+    std::optional<UIRect> frame;
+    bool isSame = true;
     auto const& address = element.address;
     bus().states(address,
-                 [&](auto const& states) { isGone = !states || states->has(atspi::State::defunct) || isGone; });
-    bus().extents(address, [&](auto const& extents) {
-        if (extents && !extents->isEmpty()) result = element.placement.onScreen(*extents);
+                 [&](auto const& states) { isSame = isSame && states && !states->has(atspi::State::defunct); });
+    bus().role(address, [&](auto const& role) { isSame = isSame && role == element.ownRole; });
+    bus().name(address, [&](auto const& name) {
+        isSame = isSame && name && readableTitle(*name, element.toolkit) == element.ownName;
+    });
+    bus().extents(address, originOf(element.toolkit), [&](auto const& extents) {
+        if (extents && !extents->isEmpty()) frame = element.placement.onScreen(*extents);
     });
     auto const outcome = bus().run(Clock::now() + longestAnswer, stop);
     x11::expectNotStopped(stop);
-    if (outcome != AccessibilityBus::Outcome::allAnswered || isGone) return std::nullopt;
-    return result;
+    if (outcome != AccessibilityBus::Outcome::allAnswered) return {.presence = ElementPlace::Presence::silent};
+    if (!isSame || !frame) return {};
+    return {.presence = ElementPlace::Presence::there, .frame = *frame};
+}
+
+std::optional<atspi::Cover> ApplicationElements::coverOf(atspi::PlacedElement const& element, UIPoint const& point,
+                                                         std::stop_token const& stop) {
+    auto const deadline = Clock::now() + longestHitTest;
+    return atspi::coverOf(bus(), element, point, deadline, stop);
 }
 
 }

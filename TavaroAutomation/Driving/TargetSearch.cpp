@@ -93,10 +93,10 @@ UIElementListing TargetSearch::list(std::string const& app, std::stop_token cons
 }
 
 FoundTarget TargetSearch::find(UITarget const& target, Purpose purpose, std::stop_token const& stop) {
-    auto found = look(target, stop);
+    auto found = look(target, purpose, stop);
     // Each may change what shows, and where.
-    if (closeMenu(found, listing_, stop)) found = look(target, stop);
-    if (bringToFront(found, stop)) found = look(target, stop);
+    if (closeMenu(found, listing_, stop)) found = look(target, purpose, stop);
+    if (bringToFront(found, stop)) found = look(target, purpose, stop);
     auto const& element = found.placed.element;
     if (purpose == Purpose::scroll) return found;
     if (!element.isEnabled) fail(AutomationError::Kind::disabled, nameOf(element) + " is disabled right now.");
@@ -107,7 +107,7 @@ FoundTarget TargetSearch::find(UITarget const& target, Purpose purpose, std::sto
     return found;
 }
 
-FoundTarget TargetSearch::look(UITarget const& target, std::stop_token const& stop) {
+FoundTarget TargetSearch::look(UITarget const& target, Purpose purpose, std::stop_token const& stop) {
     OpenApplication application;
     PlacedElement const* found = nullptr;
     x11::waitUntil(
@@ -122,7 +122,7 @@ FoundTarget TargetSearch::look(UITarget const& target, std::stop_token const& st
         },
         betweenLooks);
     if (!found) failMissing(target, application, listing_);
-    return {.application = std::move(application), .placed = *found};
+    return {.wanted = target, .purpose = purpose, .application = std::move(application), .placed = *found};
 }
 
 /// A menu that is open takes every click beside it for itself, and one that is glided over opens by itself and is
@@ -151,16 +151,31 @@ bool TargetSearch::bringToFront(FoundTarget const& target, std::stop_token const
     return window != windows.end() && x11::bringToFront(connection_, *window, stop);
 }
 
-std::optional<UIPoint> TargetSearch::placeOf(FoundTarget const& target, std::stop_token const& stop) {
+UIPoint TargetSearch::placeOf(FoundTarget& target, std::stop_token const& stop) {
+    if (!target.placed.element.isVisible) return target.point(); // what scrolls it stays where it is
+    auto const now = applications_.placeOf(target.placed, stop);
+    switch (now.presence) {
+    case ElementPlace::Presence::there: break;
+    // Another one with its title may be there: programs make some of their widgets anew, and windows change.
+    case ElementPlace::Presence::gone: target = find(target.wanted, target.purpose, stop); return target.point();
+    case ElementPlace::Presence::silent:
+        fail(AutomationError::Kind::noElements,
+             fmt::format("{} does not answer any more, so nothing was clicked.", target.application.name));
+    }
     auto const point = target.point();
-    if (!target.placed.element.isVisible) return point; // what scrolls it stays where it is
-    auto const frame = applications_.placeOf(target.placed, stop);
-    if (!frame) return std::nullopt;
     auto const& before = target.placed.element.frame;
-    return UIPoint{frame->x + point.x - before.x, frame->y + point.y - before.y};
+    return {now.frame.x + point.x - before.x, now.frame.y + point.y - before.y};
 }
 
-void TargetSearch::expectOnTop(FoundTarget const& target, UIPoint const& point) {
+void TargetSearch::expectNotCovered(FoundTarget const& target, UIPoint const& point, std::stop_token const& stop) {
+    auto const cover = applications_.coverOf(target.placed, point, stop);
+    if (!cover) return;
+    auto const by = cover->title.empty() ? "something else in the window" : inQuotes(cover->title);
+    fail(AutomationError::Kind::notShown,
+         fmt::format("{} is covered by {}: close that, then click.", nameOf(target.placed.element), by));
+}
+
+void TargetSearch::expectWindowOnTop(FoundTarget const& target, UIPoint const& point) {
     for (auto const& window : x11::openWindows(connection_)) {
         if (window.isMinimized || !window.frame.contains(point)) continue;
         bool const isOwn = std::ranges::any_of(target.application.windows, [&](auto const& own) {

@@ -59,10 +59,11 @@ struct UIAutomation::State {
             if (target.point) pointer().glide(*target.point, seconds, stop);
             return {.point = pointer().position()};
         }
-        auto const found = search.find(target, purpose, stop);
+        auto found = search.find(target, purpose, stop);
         pointer().glide(found.point(), seconds, stop, [&] { return search.placeOf(found, stop); });
         auto const point = pointer().position();
-        search.expectOnTop(found, point);
+        search.expectWindowOnTop(found, point);
+        if (purpose == Purpose::click) search.expectNotCovered(found, point, stop);
         return {.point = point, .element = found.placed.element};
     }
 

@@ -103,6 +103,21 @@ std::optional<Address> readAddress(sd_bus_message* answer) {
     return Address{bus, path};
 }
 
+std::optional<Address> readParent(sd_bus_message* answer) {
+    if (sd_bus_message_enter_container(answer, 'v', "(so)") < 0) return std::nullopt;
+    return readAddress(answer);
+}
+
+/// A program that is at fault or hostile may say anything; sums and differences of these have room in an integer.
+Extents readExtents(sd_bus_message* answer) {
+    constexpr int farthest = 1 << 28;
+    Extents extents;
+    sd_bus_message_read(answer, "(iiii)", &extents.x, &extents.y, &extents.width, &extents.height);
+    for (int* const each : {&extents.x, &extents.y, &extents.width, &extents.height})
+        *each = std::clamp(*each, -farthest, farthest);
+    return extents;
+}
+
 std::vector<Address> readAddresses(sd_bus_message* answer) {
     std::vector<Address> result;
     if (sd_bus_message_enter_container(answer, 'a', "(so)") < 0) return result;
@@ -262,6 +277,11 @@ void AccessibilityBus::toolkitName(Address const& of, Then<std::string> then) {
                         [then = std::move(then)](auto* answer) { then(answer ? readText(answer) : std::nullopt); });
 }
 
+void AccessibilityBus::parent(Address const& of, Then<Address> then) {
+    state_->askProperty(of, accessible, "Parent",
+                        [then = std::move(then)](auto* answer) { then(answer ? readParent(answer) : std::nullopt); });
+}
+
 void AccessibilityBus::childCount(Address const& of, Then<int> then) {
     state_->askProperty(of, accessible, "ChildCount", reading<int>(std::move(then), [](auto* answer) {
                             std::int32_t count = 0;
@@ -275,19 +295,16 @@ void AccessibilityBus::children(Address const& of, Then<std::vector<Address>> th
                 reading<std::vector<Address>>(std::move(then), readAddresses));
 }
 
-void AccessibilityBus::extents(Address const& of, Then<Extents> then) {
+void AccessibilityBus::extents(Address const& of, Origin origin, Then<Extents> then) {
     auto message = state_->call(of, component, "GetExtents");
-    if (message) sd_bus_message_append(message.get(), "u", 0U); // of the screen, as far as the toolkit knows it
-    state_->ask(std::move(message), reading<Extents>(std::move(then), [](auto* answer) {
-                    Extents extents;
-                    sd_bus_message_read(answer, "(iiii)", &extents.x, &extents.y, &extents.width, &extents.height);
-                    return extents;
-                }));
+    if (message) sd_bus_message_append(message.get(), "u", static_cast<std::uint32_t>(origin));
+    state_->ask(std::move(message), reading<Extents>(std::move(then), readExtents));
 }
 
-void AccessibilityBus::atPoint(Address const& of, int x, int y, Then<Address> then) {
+void AccessibilityBus::atPoint(Address const& of, Place const& place, Then<Address> then) {
     auto message = state_->call(of, component, "GetAccessibleAtPoint");
-    if (message) sd_bus_message_append(message.get(), "iiu", x, y, 0U);
+    if (message)
+        sd_bus_message_append(message.get(), "iiu", place.x, place.y, static_cast<std::uint32_t>(place.origin));
     state_->ask(std::move(message), [then = std::move(then)](auto* answer) {
         auto found = answer ? readAddress(answer) : std::nullopt;
         then(found && !found->isNull() ? std::move(found) : std::nullopt);

@@ -1,5 +1,6 @@
 #include <TavaroAutomation/Elements/Private/AccessibleTree.h>
 
+#include <TavaroAutomation/Elements/Private/AreaSearch.h>
 #include <TavaroAutomation/Elements/Private/ElementRole.h>
 #include <TavaroAutomation/Elements/Private/ElementTitle.h>
 
@@ -41,7 +42,7 @@ public:
             for (auto const& window : windows.value_or(std::vector<Address>{})) visit(window, -1);
         });
         do isComplete_ = isComplete_ && hasAnswered();
-        while (isComplete_ && sampleCrowds());
+        while (isComplete_ && searchCrowds());
         if (isComplete_) findTitles();
         isComplete_ = isComplete_ && hasAnswered();
         return collected();
@@ -58,6 +59,7 @@ private:
         bool isPlaced = false; // its place is known
         bool isInShownRow = false;
         int childCount = -1;
+        int crowd = -1; // of the list, where its children are found by points
         std::optional<TitleSource> titleSource;
     };
 
@@ -83,20 +85,30 @@ private:
         if (states.has(State::defunct)) return false;
         if (visit.depth == 0) return true; // a window that was minimised shows as soon as it is raised
         // GTK 4 says of nothing but windows that it shows.
-        if (toolkit_ == Toolkit::gtk4 || isInShownRow(visit)) return states.has(State::visible);
+        if (toolkit_ == Toolkit::gtk4 || isInShownRow(visit) || isViewport(visit)) return states.has(State::visible);
         return states.has(State::showing);
     }
 
-    /// GTK 3 takes the place in a row for one in the list, so that of a list that was scrolled no row's contents show.
+    /// GTK 3 looks for the viewport that a widget is in, finds itself where the widget is one, and takes it for
+    /// scrolled away as soon as its contents are scrolled by more than its height.
+    bool isViewport(Visit const& visit) const {
+        return toolkit_ == Toolkit::gtk3 && visit.node.role == Role::viewport && visit.node.parent >= 0 &&
+               !visits_[visit.node.parent].node.isScrolledAway;
+    }
+
+    /// GTK 3 takes the place in a widget with a window of its own, which are in rows, for one in the list, so that none
+    /// of it shows in a list that was scrolled.
     bool isInShownRow(Visit const& visit) const {
         if (toolkit_ != Toolkit::gtk3 || visit.node.parent < 0) return false;
         auto const& parent = visits_[visit.node.parent];
         return parent.isInShownRow || (parent.node.role == Role::listItem && !parent.node.isScrolledAway);
     }
 
-    /// Laid out but not shown: something to click, or a label in such.
+    /// Laid out but not shown: something to click, or a label in such. Qt takes what is scrolled away in its lists and
+    /// tables for invisible.
     bool mayBeScrolledAway(Visit const& visit) const {
-        if (!visit.node.states.has(State::visible) || isOfMenu(visit.node.role)) return false;
+        bool const isOfQtView = toolkit_ == Toolkit::qt && isRowOrCell(visit.node.role);
+        if ((!visit.node.states.has(State::visible) && !isOfQtView) || isOfMenu(visit.node.role)) return false;
         bool const isIn = visit.node.parent >= 0 && visits_[visit.node.parent].node.isScrolledAway;
         return isIn ? isLabel(visit.node.role) : isClickable(visit.node.role);
     }
@@ -111,24 +123,41 @@ private:
         visit.isKept = isShown || visit.node.isScrolledAway;
         if (!visit.isKept) return;
         if (visit.depth == 0 || isClickable(visit.node.role) || isLabel(visit.node.role))
-            bus_.name(address, [this, index](auto const& name) { visits_[index].node.name = name.value_or(""); });
+            bus_.name(address, [this, index](auto const& name) { named(index, name.value_or("")); });
         bus_.childCount(address, [this, index](auto const& count) { visits_[index].childCount = count.value_or(0); });
-        bus_.extents(address, [this, index](auto const& extents) {
+        bus_.extents(address, originOf(toolkit_), [this, index](auto const& extents) {
             if (extents) placed(index, *extents);
         });
+    }
+
+    /// Of a window the name stays as it is, to be compared with its title.
+    void named(int index, std::string const& name) {
+        auto& visit = visits_[index];
+        visit.node.name = visit.depth == 0 ? name : readableTitle(name, toolkit_);
     }
 
     void placed(int index, Extents const& extents) {
         auto& visit = visits_[index];
         visit.node.extents = extents;
         visit.isPlaced = true;
-        // GTK 4 gives what is closed no size; other programs have containers of no size with contents.
-        if (extents.isEmpty() && toolkit_ == Toolkit::gtk4 && visit.depth > 0) visit.isKept = false;
+        if (isViewport(visit) && !visit.node.states.has(State::showing))
+            visit.node.extents = visits_[visit.node.parent].node.extents;
+        if (isClosed(visit) || !joinsCrowd(visit)) visit.isKept = false;
         if (!visit.isKept || visit.childCount <= 0 || !descends(visit)) return;
-        if (visit.childCount > mostChildren) return crowds_.push_back({.index = index});
+        if (visit.childCount > mostChildren) {
+            visit.crowd = static_cast<int>(crowds_.size());
+            return crowds_.push_back({.index = index});
+        }
         bus_.children(visit.node.address, [this, index](auto const& children) {
             for (auto const& child : children.value_or(std::vector<Address>{})) this->visit(child, index);
         });
+    }
+
+    /// GTK 4 gives what is closed no size, LibreOffice its own menu bar where the desktop's replaces it; other programs
+    /// have containers of no size with contents.
+    bool isClosed(Visit const& visit) const {
+        bool const mayBe = toolkit_ == Toolkit::gtk4 ? visit.depth > 0 : visit.node.role == Role::menuBar;
+        return mayBe && visit.node.extents.isEmpty();
     }
 
     /// Of what has a title and holds nothing to click, the parts are of no interest.
@@ -151,58 +180,56 @@ private:
         }
     }
 
-    // What has more children than it may be asked for: a coarse grid of points finds how large they are, a fine one
-    // all.
+    // What has more children than it may be asked for is asked for those at the points of its part that shows.
 
     struct Crowd {
         int index = 0;
-        bool isMeasured = false;
+        std::optional<AreaSearch> search;
+        std::set<Extents> places; // some programs make a new object of a cell whenever they are asked for it
     };
 
     /// Asks for more; false when there is nothing left to ask.
-    bool sampleCrowds() {
-        auto const crowds = std::exchange(crowds_, {});
-        for (auto const& crowd : crowds) {
-            auto const area = shownPart(crowd.index);
-            if (area.isEmpty()) continue;
-            if (crowd.isMeasured)
-                sampleFinely(crowd.index, area);
+    bool searchCrowds() {
+        bool isAsking = false;
+        for (auto& crowd : crowds_) {
+            if (!crowd.search) crowd.search.emplace(shownPart(crowd.index));
+            auto const points = crowd.search->next();
+            isAsking = isAsking || !points.empty();
+            for (auto const& point : points) askAt(crowd.index, point);
+        }
+        return isAsking;
+    }
+
+    void askAt(int index, AreaSearch::Point const& point) {
+        Place const place{point.x, point.y, originOf(toolkit_)};
+        bus_.atPoint(visits_[index].node.address, place, [this, index](auto const& found) {
+            if (!found) return;
+            // These answer with the innermost widget, which is in the one that is meant.
+            if (toolkit_ == Toolkit::gtk4 || toolkit_ == Toolkit::qt) return climb(*found, index, mostDepth);
+            visit(*found, index);
+        });
+    }
+
+    /// Up to the widget that the crowd holds itself.
+    void climb(Address const& from, int index, int levels) {
+        bus_.parent(from, [this, from, index, levels](auto const& parent) {
+            if (!parent || levels == 0) return;
+            if (*parent == visits_[index].node.address)
+                visit(from, index);
             else
-                sampleCoarsely(crowd.index, area);
-        }
-        return !crowds.empty();
+                climb(*parent, index, levels - 1);
+        });
     }
 
-    void sampleCoarsely(int index, Extents const& area) {
-        constexpr int cells = 12;
-        sample(index, area, std::max(area.width / cells, 4), std::max(area.height / cells, 4));
-        crowds_.push_back({.index = index, .isMeasured = true});
-    }
-
-    void sampleFinely(int index, Extents const& area) {
-        constexpr int smallest = 8; // nobody clicks on less
-        constexpr std::int64_t mostPoints = 4000;
-        int across = area.width, down = area.height;
-        for (auto const& visit : visits_) {
-            if (visit.node.parent != index || !visit.isPlaced || visit.node.extents.isEmpty()) continue;
-            across = std::min(across, visit.node.extents.width);
-            down = std::min(down, visit.node.extents.height);
-        }
-        across = std::max(across, smallest);
-        down = std::max(down, smallest);
-        while (std::int64_t{area.width / across + 1} * (area.height / down + 1) > mostPoints) ++down;
-        sample(index, area, across, down);
-    }
-
-    void sample(int index, Extents const& area, int across, int down) {
-        auto const address = visits_[index].node.address;
-        for (int y = area.y + down / 2; y < area.y + area.height; y += down) {
-            for (int x = area.x + across / 2; x < area.x + area.width; x += across) {
-                bus_.atPoint(address, x, y, [this, index](auto const& found) {
-                    if (found) visit(*found, index);
-                });
-            }
-        }
+    /// False where it is there already.
+    bool joinsCrowd(Visit& visit) {
+        int const place = visit.node.parent < 0 ? -1 : visits_[visit.node.parent].crowd;
+        if (place < 0) return true;
+        auto& crowd = crowds_[static_cast<std::size_t>(place)];
+        bool const isNew = crowd.places.insert(visit.node.extents).second;
+        if (isNew) crowd.search->add(visit.node.extents);
+        visit.node.isFoundByPoint = true;
+        return isNew;
     }
 
     // Titles
@@ -213,7 +240,6 @@ private:
         for (std::size_t index = 0; index < visits_.size(); ++index) {
             auto& visit = visits_[index];
             if (!visit.isKept || !isClickable(visit.node.role)) continue;
-            visit.node.name = readableTitle(visit.node.name, toolkit_);
             if (visit.node.name.empty()) askForTitle(index);
             if (isField(visit.node.role) && visit.node.role != Role::passwordText) askWhetherSearch(index);
         }
@@ -263,7 +289,19 @@ private:
             tree.nodes.push_back(std::move(visit.node));
             tree.nodes.back().parent = parent;
         }
+        for (auto const& crowd : crowds_) {
+            if (auto const place = places[static_cast<std::size_t>(crowd.index)]; place >= 0)
+                sortAsRead(tree, tree.nodes[static_cast<std::size_t>(place)].children);
+        }
         return tree;
+    }
+
+    /// Row by row.
+    static void sortAsRead(AccessibleTree const& tree, std::vector<int>& nodes) {
+        std::ranges::sort(nodes, {}, [&](int node) {
+            auto const& extents = tree.nodes[static_cast<std::size_t>(node)].extents;
+            return std::pair(extents.y, extents.x);
+        });
     }
 
     /// The part of the widget that the widgets around it leave.

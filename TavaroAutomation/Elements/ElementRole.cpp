@@ -48,6 +48,10 @@ bool isField(Role role) {
     return role == Role::text || role == Role::entry || role == Role::autocomplete || role == Role::passwordText;
 }
 
+bool isRowOrCell(Role role) {
+    return role == Role::listItem || role == Role::tableRow || role == Role::treeItem || role == Role::tableCell;
+}
+
 bool isOfMenu(Role role) {
     switch (role) {
     case Role::menu:

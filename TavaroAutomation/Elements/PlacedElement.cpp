@@ -6,7 +6,8 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <numeric>
+#include <fmt/format.h>
+#include <map>
 #include <optional>
 #include <tuple>
 
@@ -81,7 +82,10 @@ bool isButton(Role role) {
 
 class Placing {
 public:
-    Placing(AccessibleTree const& tree, Windows const& windows) : tree_(tree), windows_(windows) {}
+    Placing(AccessibleTree const& tree, Windows const& windows, UIRect const& screen)
+        : tree_(tree)
+        , windows_(windows)
+        , screen_(screen) {}
 
     std::vector<PlacedElement> run() {
         auto const matches = matchWindows(tree_, windows_);
@@ -102,6 +106,7 @@ private:
         Placement placement;
         UIRect clip;
         std::size_t window = 0;
+        int root = 0;
         std::optional<UIRect> combo; // whose list the node is in, which shows in a window of its own
     };
 
@@ -109,7 +114,8 @@ private:
 
     void placeWindow(int root, std::size_t window) {
         auto const placement = placementOf(node(root).extents, tree_.toolkit, windows_[window]);
-        Around const around{.placement = placement, .clip = windows_[window].frame, .window = window};
+        auto const clip = windows_[window].frame.intersection(screen_);
+        Around const around{.placement = placement, .clip = clip, .window = window, .root = root};
         for (int const child : node(root).children) place(child, around);
     }
 
@@ -138,7 +144,7 @@ private:
                 bool const mayBe = isOfMenu(node.role) || around.combo || !around.clip.contains(center);
                 if (!mayBe || !popup.contents.contains(center)) continue;
             }
-            around.clip = popup.contents;
+            around.clip = popup.contents.intersection(screen_);
             around.window = i;
             around.combo.reset();
             return;
@@ -149,7 +155,7 @@ private:
         auto const& it = node(index);
         auto const role = it.isSearch ? "SearchField" : elementRole(it.role, it.states);
         bool const isInClosedList = around.combo && !around.combo->contains(frame.center());
-        if (role.empty() || frame.isEmpty() || isInClosedList || isWrapper(index)) return;
+        if (role.empty() || frame.isEmpty() || isInClosedList || isWrapper(index) || isInClosedMenu(it, around)) return;
         auto const shown = frame.intersection(around.clip);
         bool const isInside = !shown.isEmpty() && around.clip.contains(shown.center());
         bool const isAway = !isInside && !around.combo && !isOfMenu(it.role) && !around.clip.isEmpty();
@@ -157,17 +163,42 @@ private:
         auto const title = titleOf(index);
         bool const isSomewhere = std::abs(frame.x) < farthest && std::abs(frame.y) < farthest;
         placed_.push_back(
-            {.element = {.id = elementID(it.address, role, title),
+            {.element = {.id = elementID(lastingAddress(it, role, title), role, title),
                          .role = std::string(role),
                          .title = title,
                          .frame = isSomewhere ? frame : UIRect{around.clip.center().x, around.clip.center().y},
-                         .isEnabled = it.states.has(State::sensitive),
+                         .isEnabled = isEnabled(it),
                          .isVisible = isInside && !isCovered(shown.center(), around.window)},
              .address = it.address,
+             .root = node(around.root).address,
+             .toolkit = tree_.toolkit,
+             .ownRole = it.role,
+             .ownName = it.name,
              .placement = around.placement,
              .window = windows_[around.window].window,
              .isInPopup = windows_[around.window].isPopup,
              .shownPart = isInside ? shown : around.clip});
+    }
+
+    /// These toolkits open every menu in a window of its own, and have no place for what is in one that is closed.
+    bool isInClosedMenu(AccessibleNode const& node, Around const& around) const {
+        if ((tree_.toolkit != Toolkit::gtk3 && tree_.toolkit != Toolkit::qt) || node.parent < 0) return false;
+        auto const parent = this->node(node.parent).role;
+        return (parent == Role::menu || parent == Role::popupMenu) && !windows_[around.window].isPopup;
+    }
+
+    /// LibreOffice does not say of rows and cells that they are sensitive, only that they are enabled.
+    static bool isEnabled(AccessibleNode const& node) {
+        return node.states.has(State::sensitive) || (isRowOrCell(node.role) && node.states.has(State::enabled));
+    }
+
+    /// Programs make some objects anew whenever they are asked for what is at a point: those are told apart by their
+    /// titles, and where several have the same one, by which of them it is.
+    Address lastingAddress(AccessibleNode const& node, std::string_view role, std::string const& title) {
+        if (!node.isFoundByPoint) return node.address;
+        auto const& holder = this->node(node.parent).address;
+        int const place = sameBefore_[{node.parent, std::string(role), title}]++;
+        return {holder.bus, fmt::format("{}/{}", holder.path, place)};
     }
 
     /// A button around the button that takes the clicks.
@@ -198,7 +229,7 @@ private:
         constexpr int deepest = 4;
         std::string result;
         for (int const child : node(index).children) {
-            auto const part = isLabel(node(child).role) ? readableTitle(node(child).name, tree_.toolkit)
+            auto const part = isLabel(node(child).role) ? node(child).name
                               : depth < deepest         ? labelsIn(child, depth + 1)
                                                         : std::string();
             if (!part.empty()) result += (result.empty() ? "" : " ") + part;
@@ -214,7 +245,9 @@ private:
 
     AccessibleTree const& tree_;
     Windows const& windows_;
+    UIRect const screen_;
     std::vector<PlacedElement> placed_;
+    std::map<std::tuple<int, std::string, std::string>, int> sameBefore_;
 };
 
 }
@@ -252,8 +285,8 @@ Placement placementOf(Extents const& root, Toolkit toolkit, x11::OpenWindow cons
             .dy = window.contents.y + top - root.y * scale};
 }
 
-std::vector<PlacedElement> placedElements(AccessibleTree const& tree, Windows const& windows) {
-    return Placing(tree, windows).run();
+std::vector<PlacedElement> placedElements(AccessibleTree const& tree, Windows const& windows, UIRect const& screen) {
+    return Placing(tree, windows, screen).run();
 }
 
 std::string elementID(Address const& address, std::string_view role, std::string_view title) {

@@ -15,7 +15,7 @@ struct UIElement {
     std::string title; // as people read it; empty where nothing names it
     UIRect frame;
     bool isEnabled = true;
-    bool isVisible = true; // false: scrolled out of view, or behind another window of its application
+    bool isVisible = true; // false: scrolled out of view, off the screen, or behind another window of its application
 
     static constexpr auto fields = std::tuple{field("id", &UIElement::id),
                                               field("role", &UIElement::role),

@@ -2,7 +2,7 @@
 
 #include <TavaroAutomation/Applications/Private/ApplicationLookup.h>
 #include <TavaroAutomation/Elements/Private/AccessibilityBus.h>
-#include <TavaroAutomation/Elements/Private/PlacedElement.h>
+#include <TavaroAutomation/Elements/Private/HitTest.h>
 
 #include <memory>
 #include <optional>
@@ -29,6 +29,14 @@ struct ApplicationListing {
     std::vector<UIElement> asElements() const;
 };
 
+/// What has become of an element.
+struct ElementPlace {
+    enum class Presence { there, gone, silent };
+
+    Presence presence = Presence::gone;
+    UIRect frame; // where it is there
+};
+
 /// Asks programs for what is in their windows. One thread.
 class ApplicationElements {
 public:
@@ -41,8 +49,11 @@ public:
     /// What its windows hold, two seconds at most. Throws `AutomationError` where programs cannot be asked.
     ApplicationListing list(OpenApplication const& application, std::stop_token const& stop);
 
-    /// Where it is now, with that role and title still; nothing when it is not there any more.
-    std::optional<UIRect> placeOf(atspi::PlacedElement const& element, std::stop_token const& stop);
+    /// Where it is now, with that role and title still.
+    ElementPlace placeOf(atspi::PlacedElement const& element, std::stop_token const& stop);
+    /// What of its window is over it at that point, as far as its program says so at once.
+    std::optional<atspi::Cover> coverOf(atspi::PlacedElement const& element, UIPoint const& point,
+                                        std::stop_token const& stop);
 
 private:
     atspi::AccessibilityBus& bus();

@@ -14,6 +14,8 @@ enum class Purpose { click, scroll };
 
 /// An element that the pointer can go to.
 struct FoundTarget {
+    UITarget wanted;
+    Purpose purpose = Purpose::click;
     OpenApplication application;
     atspi::PlacedElement placed;
 
@@ -34,13 +36,16 @@ public:
     /// The element, with its window in front and no menu in the way. What is not there yet may come: a page's contents
     /// are later than its window. Throws `AutomationError` with a sentence for what is not there, disabled or hidden.
     FoundTarget find(UITarget const& target, Purpose purpose, std::stop_token const& stop);
-    /// Where to go for it now; nothing when it is gone.
-    std::optional<UIPoint> placeOf(FoundTarget const& target, std::stop_token const& stop);
+    /// Where to go for it now. What was made anew meanwhile is found again. Throws `AutomationError` where it is gone,
+    /// and where its program does not answer.
+    UIPoint placeOf(FoundTarget& target, std::stop_token const& stop);
     /// Throws `AutomationError` where another application's window is at that point.
-    void expectOnTop(FoundTarget const& target, UIPoint const& point);
+    void expectWindowOnTop(FoundTarget const& target, UIPoint const& point);
+    /// Throws `AutomationError` where another widget of its own window is at that point.
+    void expectNotCovered(FoundTarget const& target, UIPoint const& point, std::stop_token const& stop);
 
 private:
-    FoundTarget look(UITarget const& target, std::stop_token const& stop);
+    FoundTarget look(UITarget const& target, Purpose purpose, std::stop_token const& stop);
     bool closeMenu(FoundTarget const& target, ApplicationListing const& listing, std::stop_token const& stop);
     bool bringToFront(FoundTarget const& target, std::stop_token const& stop);
 

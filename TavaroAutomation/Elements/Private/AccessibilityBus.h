@@ -38,11 +38,12 @@ public:
     void role(Address const& of, Then<Role> then);
     void name(Address const& of, Then<std::string> then);
     void description(Address const& of, Then<std::string> then);
+    void parent(Address const& of, Then<Address> then);
     void childCount(Address const& of, Then<int> then);
     void children(Address const& of, Then<std::vector<Address>> then);
-    void extents(Address const& of, Then<Extents> then);
-    /// The innermost that the object itself knows of at that place of its screen.
-    void atPoint(Address const& of, int x, int y, Then<Address> then);
+    void extents(Address const& of, Origin origin, Then<Extents> then);
+    /// What the object knows of itself at that place: the innermost widget, or the next one inwards.
+    void atPoint(Address const& of, Place const& place, Then<Address> then);
     void labels(Address const& of, Then<std::vector<Address>> then);
     void attributes(Address const& of, Then<std::map<std::string, std::string>> then);
     void toolkitName(Address const& of, Then<std::string> then);

@@ -25,7 +25,16 @@ struct Extents {
     int height = 0;
 
     bool isEmpty() const { return width <= 0 || height <= 0; }
-    bool operator==(Extents const&) const = default;
+    auto operator<=>(Extents const&) const = default;
+};
+
+/// From where places count.
+enum class Origin : std::uint32_t { screen = 0, window = 1 };
+
+struct Place {
+    int x = 0;
+    int y = 0;
+    Origin origin = Origin::screen;
 };
 
 enum class Role : std::uint32_t {
@@ -114,5 +123,9 @@ private:
 };
 
 enum class Toolkit { gtk3, gtk4, qt, chromium, gecko, other };
+
+/// GTK 4 knows of places in its windows only, and complains on the terminal of whoever asks for others. The window's
+/// places of Qt are wrong.
+constexpr Origin originOf(Toolkit toolkit) { return toolkit == Toolkit::gtk4 ? Origin::window : Origin::screen; }
 
 }

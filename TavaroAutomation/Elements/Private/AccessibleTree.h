@@ -17,6 +17,7 @@ struct AccessibleNode {
     std::string name;
     std::string title; // beside the name: of a label, the description, the placeholder
     bool isSearch = false;
+    bool isFoundByPoint = false; // its parent was not asked for its children
     bool isScrolledAway = false; // the program says that it does not show, though it is laid out
     std::vector<int> children;
 };

@@ -13,6 +13,7 @@ bool isClickable(Role role);
 /// Text whose only use is to be read: it names what it lies in.
 bool isLabel(Role role);
 bool isField(Role role);
+bool isRowOrCell(Role role);
 /// Menus and what is in them: they show outside of what they belong to.
 bool isOfMenu(Role role);
 

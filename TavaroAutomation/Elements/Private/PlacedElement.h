@@ -15,6 +15,8 @@ struct Placement {
     double dy = 0;
 
     UIRect onScreen(Extents const& extents) const;
+    /// As the program says it.
+    UIPoint inProgram(UIPoint const& point) const { return {(point.x - dx) / scale, (point.y - dy) / scale}; }
     bool operator==(Placement const&) const = default;
 };
 
@@ -22,6 +24,10 @@ struct Placement {
 struct PlacedElement {
     UIElement element;
     Address address;
+    Address root; // the window's own
+    Toolkit toolkit = Toolkit::other;
+    Role ownRole{};      // as its program calls it
+    std::string ownName; // empty where its title is a label's or another text
     Placement placement;
     xcb_window_t window = XCB_NONE; // whose contents it is among
     bool isInPopup = false;         // of an open menu or list
@@ -34,8 +40,10 @@ std::vector<std::optional<std::size_t>> matchWindows(AccessibleTree const& tree,
 Placement placementOf(Extents const& root, Toolkit toolkit, x11::OpenWindow const& window);
 
 /// What people can click in those windows, windows from the front. What a program takes for showing is not believed:
-/// an element has a size, lies in what holds it and in a window, and no other window of its program covers it.
-std::vector<PlacedElement> placedElements(AccessibleTree const& tree, std::vector<x11::OpenWindow> const& windows);
+/// an element has a size, lies in what holds it, in a window and on the screen, and no other window of its program
+/// covers it. Whether a widget of its own window does, is not asked of each: see `coverOf`.
+std::vector<PlacedElement> placedElements(AccessibleTree const& tree, std::vector<x11::OpenWindow> const& windows,
+                                          UIRect const& screen);
 
 /// The id of an element: the same as long as program, object, role and title are.
 std::string elementID(Address const& address, std::string_view role, std::string_view title);

@@ -6,8 +6,10 @@
 
 #include "FakeProgram.h"
 
+#include <fmt/format.h>
 #include <gmock/gmock.h>
-#include <set>
+#include <limits>
+#include <numeric>
 
 namespace tavaro::atspi {
 
@@ -17,7 +19,7 @@ using namespace std::chrono_literals;
 using ::testing::AllOf;
 using ::testing::Contains;
 using ::testing::ElementsAre;
-using ::testing::IsSupersetOf;
+using ::testing::ElementsAreArray;
 using ::testing::Not;
 using ::testing::SizeIs;
 using Clock = std::chrono::steady_clock;
@@ -70,7 +72,7 @@ TEST_F(AccessibleTreeTest, holdsWhatShowsParentsFirst) {
     EXPECT_THAT(names(tree), ElementsAre("Window", "", "Save"));
     EXPECT_TRUE(tree.isComplete);
     EXPECT_EQ(tree.nodes.back().parent, 1);
-    EXPECT_EQ(program.askedForChildren(3), 0) << "what does not show holds nothing that does";
+    EXPECT_EQ(program.asked(3, "GetChildren"), 0) << "what does not show holds nothing that does";
 }
 
 TEST_F(AccessibleTreeTest, whatHasNoNameIsCalledByItsLabelElseByWhatIsSaidOfIt) {
@@ -98,27 +100,77 @@ TEST_F(AccessibleTreeTest, whatIsInARowThatShowsIsThereThoughGTK3SaysThatItDoesN
     EXPECT_THAT(names(walk(start(widgets, "Chromium"))), ElementsAre("Window", ""));
 }
 
-TEST_F(AccessibleTreeTest, aSheetOfTwoBillionCellsIsOnlyLookedAtWhereItShows) {
+TEST_F(AccessibleTreeTest, aScrolledViewportOfGTK3IsWhereItsPaneIs) {
+    constexpr int nowhere = std::numeric_limits<int>::min();
+    auto viewport = widget(Role::viewport, "", {4});
+    viewport.states = {State::visible, State::sensitive};
+    viewport.extents = {nowhere, nowhere, 100, 100};
+    std::deque<FakeWidget> const widgets{widget(Role::application, "app", {1}), widget(Role::frame, "Window", {2}),
+                                         widget(Role::scrollPane, "", {3}), viewport, widget(Role::listItem, "Last")};
+    auto const tree = walk(start(widgets, "gtk"));
+    EXPECT_THAT(names(tree), ElementsAre("Window", "", "", "Last"));
+    EXPECT_EQ(tree.nodes[2].extents, tree.nodes[1].extents);
+    EXPECT_THAT(names(walk(start(widgets, "Qt"))), ElementsAre("Window", ""));
+}
+
+TEST_F(AccessibleTreeTest, aMenuBarOfNoSizeIsReplacedByAnother) {
+    auto replaced = widget(Role::menuBar, "", {4});
+    replaced.extents = {0, 21, 800, 0};
+    auto& program =
+        start({widget(Role::application, "app", {1}), widget(Role::frame, "Window", {2, 3}),
+               widget(Role::menuBar, "", {5}), replaced, widget(Role::menu, "File"), widget(Role::menu, "File")});
+    EXPECT_THAT(names(walk(program)), ElementsAre("Window", "", "File"));
+}
+
+/// Rows of cells as high and as wide as that; the first row is one cell.
+std::deque<FakeWidget> sheet(std::vector<int> const& widths, std::vector<int> const& heights) {
     std::deque<FakeWidget> widgets{widget(Role::application, "app", {1}), widget(Role::frame, "Window", {2}),
                                    widget(Role::table, "Sheet")};
-    widgets[1].extents = {0, 0, 800, 600};
-    widgets[2].extents = {0, 0, 800, 600};
-    widgets[2].childCount = 2'147'483'647;
-    std::set<std::string> cells;
-    for (int row = 0; row < 30; ++row) {
-        for (int column = 0; column < 10; ++column) {
-            auto cell = widget(Role::tableCell, std::string(1, static_cast<char>('A' + column)) + std::to_string(row));
-            cell.extents = {column * 80, row * 20, 80, 20};
-            cells.insert(cell.name);
+    int const width = std::accumulate(widths.begin(), widths.end(), 0);
+    widgets[1].extents = widgets[2].extents = {40, 30, width, std::accumulate(heights.begin(), heights.end(), 0)};
+    widgets[2].childCount = std::numeric_limits<int>::max();
+    int y = 30;
+    for (std::size_t row = 0; row < heights.size(); y += heights[row++]) {
+        int x = 40;
+        for (std::size_t column = 0; column < (row == 0 ? 1 : widths.size()); x += widths[column++]) {
+            auto cell = widget(Role::tableCell, fmt::format("{:02}:{:02}", row, column));
+            cell.extents = {x, y, row == 0 ? width : widths[column], heights[row]};
+            cell.isMadeAnew = true;
             widgets[2].children.push_back(static_cast<int>(widgets.size()));
             widgets.push_back(cell);
         }
     }
-    auto& program = start(std::move(widgets));
+    return widgets;
+}
+
+TEST_F(AccessibleTreeTest, aSheetOfTwoBillionCellsIsOnlyLookedAtWhereItShows) {
+    auto const widgets = sheet({80, 80, 12, 300, 80, 7, 80, 80}, {20, 20, 9, 20, 20, 60, 20, 20, 20, 20, 20});
+    std::vector<std::string> cells{"Window", "Sheet"};
+    for (std::size_t i = 3; i < widgets.size(); ++i) cells.push_back(widgets[i].name);
+    auto& program = start(widgets);
     auto const tree = walk(program);
-    EXPECT_THAT(names(tree), IsSupersetOf(cells));
     EXPECT_TRUE(tree.isComplete);
-    EXPECT_EQ(program.askedForChildren(2), 0);
+    EXPECT_EQ(program.asked(2, "GetChildren"), 0);
+    EXPECT_LE(program.asked(2, "GetAccessibleAtPoint"), 2 * static_cast<int>(cells.size()));
+    std::vector<std::string> read{"Window", "Sheet"};
+    for (int const child : tree.nodes[1].children) read.push_back(tree.nodes[child].name);
+    EXPECT_THAT(read, ElementsAreArray(cells)) << "each once, as they are read";
+}
+
+TEST_F(AccessibleTreeTest, whereAPointFindsTheInnermostTheWidgetAroundItIsMeant) {
+    auto widgets = sheet({100, 100, 100}, {40, 40, 40});
+    auto const cells = widgets.size() - 3;
+    for (std::size_t i = 3; i < 3 + cells; ++i) {
+        auto label = widget(Role::label, "in " + widgets[i].name);
+        auto const& place = widgets[i].extents;
+        label.extents = {place.x + 20, place.y + 5, place.width - 40, place.height - 10};
+        widgets[i].isMadeAnew = false;
+        widgets[i].children.push_back(static_cast<int>(widgets.size()));
+        widgets.push_back(label);
+    }
+    auto const tree = walk(start(widgets, "GTK"));
+    EXPECT_THAT(tree.nodes[1].children, SizeIs(cells));
+    for (int const child : tree.nodes[1].children) EXPECT_EQ(tree.nodes[child].role, Role::tableCell);
 }
 
 TEST_F(AccessibleTreeTest, aHundredThousandRowsAreThoseThatShow) {

@@ -63,7 +63,8 @@ struct FakeProgram::State {
     std::string name;
     std::atomic<bool> isOver = false;
     std::mutex mutable mutex;
-    std::map<int, int> askedForChildren;
+    std::map<std::pair<int, std::string>, int> asked;
+    int madeAnew = 0;
     std::unique_ptr<SerialQueue> queue;
 
     static int onMessage(sd_bus_message* message, void* data, sd_bus_error* /*error*/) {
@@ -79,6 +80,7 @@ struct FakeProgram::State {
         auto const& it = widgets[static_cast<std::size_t>(widget)];
         if (it.isSilent) return 1;
         std::string_view const member = sd_bus_message_get_member(message);
+        count(widget, member);
         sd_bus_message* reply = nullptr;
         sd_bus_message_new_method_return(message, &reply);
         if (member == "Get")
@@ -98,6 +100,8 @@ struct FakeProgram::State {
         if (name == "ChildCount")
             sd_bus_message_append(reply, "v", "i",
                                   it.childCount < 0 ? static_cast<int>(it.children.size()) : it.childCount);
+        else if (name == "Parent")
+            sd_bus_message_append(reply, "v", "(so)", this->name.c_str(), pathOf(parentOf(it)).c_str());
         else
             sd_bus_message_append(reply, "v", "s",
                                   name == "ToolkitName"   ? toolkit.c_str()
@@ -119,14 +123,11 @@ struct FakeProgram::State {
         } else if (member == "GetExtents") {
             sd_bus_message_append(reply, "(iiii)", it.extents.x, it.extents.y, it.extents.width, it.extents.height);
         } else if (member == "GetChildren") {
-            countChildren(widget);
             appendAll(reply, it.children);
         } else if (member == "GetAccessibleAtPoint") {
             int x = 0, y = 0;
             sd_bus_message_read(message, "ii", &x, &y);
-            auto const found = childAt(it, x, y);
-            sd_bus_message_append(reply, "(so)", name.c_str(),
-                                  found < 0 ? "/org/a11y/atspi/null" : pathOf(found).c_str());
+            sd_bus_message_append(reply, "(so)", name.c_str(), pathAt(it, x, y).c_str());
         } else if (member == "GetRelationSet") {
             sd_bus_message_open_container(reply, 'a', "(ua(so))");
             if (!it.labels.empty()) {
@@ -147,17 +148,35 @@ struct FakeProgram::State {
         sd_bus_message_close_container(reply);
     }
 
-    int childAt(FakeWidget const& it, int x, int y) const {
-        for (int const child : it.children) {
-            auto const& area = widgets[static_cast<std::size_t>(child)].extents;
-            if (x >= area.x && y >= area.y && x < area.x + area.width && y < area.y + area.height) return child;
-        }
-        return -1;
+    std::string pathAt(FakeWidget const& it, int x, int y) {
+        int found = childAt(it, x, y);
+        for (int inner = found; inner >= 0 && toolkit == "GTK"; inner = childAt(widgets[inner], x, y)) found = inner;
+        if (found < 0) return "/org/a11y/atspi/null";
+        auto const path = pathOf(found);
+        return widgets[found].isMadeAnew ? path + "x" + std::to_string(++madeAnew) : path;
     }
 
-    void countChildren(int widget) {
+    int childAt(FakeWidget const& it, int x, int y) const {
+        int found = -1;
+        for (int const child : it.children) {
+            auto const& area = widgets[static_cast<std::size_t>(child)].extents;
+            if (x >= area.x && y >= area.y && x < area.x + area.width && y < area.y + area.height) found = child;
+        }
+        return found;
+    }
+
+    int parentOf(FakeWidget const& it) const {
+        for (std::size_t i = 0; i < widgets.size(); ++i) {
+            for (int const child : widgets[i].children) {
+                if (&widgets[child] == &it) return static_cast<int>(i);
+            }
+        }
+        return 0;
+    }
+
+    void count(int widget, std::string_view question) {
         std::lock_guard const lock(mutex);
-        ++askedForChildren[widget];
+        ++asked[{widget, std::string(question)}];
     }
 
     void serve() {
@@ -192,12 +211,12 @@ FakeProgram::~FakeProgram() {
     state_->queue.reset();
 }
 
-atspi::Address FakeProgram::root() const { return {state_->name, pathOf(0)}; }
+atspi::Address FakeProgram::widget(int place) const { return {state_->name, pathOf(place)}; }
 
-int FakeProgram::askedForChildren(int widget) const {
+int FakeProgram::asked(int widget, std::string const& question) const {
     std::lock_guard const lock(state_->mutex);
-    auto const found = state_->askedForChildren.find(widget);
-    return found == state_->askedForChildren.end() ? 0 : found->second;
+    auto const found = state_->asked.find({widget, question});
+    return found == state_->asked.end() ? 0 : found->second;
 }
 
 }

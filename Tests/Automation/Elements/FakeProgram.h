@@ -38,19 +38,23 @@ struct FakeWidget {
     bool endsProgram = false;  // when it is asked for its name
     bool isSilent = false;     // answers nothing
     std::vector<int> labels;   // it is labelled by
+    bool isMadeAnew = false;   // has another object each time that it is found by a point
 };
 
 /// A program on the bus that answers for its widgets, the first of which is the program itself.
 class FakeProgram {
 public:
+    /// By a point GTK 4 finds the innermost widget, the others the next one inwards. Of two at one place, the last is
+    /// on top.
     FakeProgram(TestBus const& bus, std::string toolkit, std::deque<FakeWidget> widgets);
     ~FakeProgram();
     FakeProgram(FakeProgram const&) = delete;
     FakeProgram& operator=(FakeProgram const&) = delete;
 
-    atspi::Address root() const;
-    /// How often somebody asked for a widget's children, or for what it has at a point.
-    int askedForChildren(int widget) const;
+    atspi::Address root() const { return widget(0); }
+    atspi::Address widget(int place) const;
+    /// How often a widget was asked that: "GetChildren", "GetAccessibleAtPoint".
+    int asked(int widget, std::string const& question) const;
 
 private:
     struct State;

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 #include <gmock/gmock.h>
 #include <map>
+#include <set>
 
 namespace tavaro::atspi {
 
@@ -47,7 +48,7 @@ struct TestTree {
 
     std::vector<UIElement> placed(std::vector<x11::OpenWindow> const& windows) const {
         std::vector<UIElement> result;
-        for (auto const& each : placedElements(tree, windows)) result.push_back(each.element);
+        for (auto const& each : placedElements(tree, windows, {0, 0, 4000, 3000})) result.push_back(each.element);
         return result;
     }
     std::vector<std::string> visible(std::vector<x11::OpenWindow> const& windows) const {
@@ -120,6 +121,40 @@ TEST(PlacedElement, whatIsCutOffOrInNoWindowIsNotVisible) {
         if (!each.isVisible) away.push_back(each.title);
     }
     EXPECT_THAT(away, ElementsAre("Below")) << "one can scroll there";
+}
+
+TEST(PlacedElement, whatIsOffTheScreenIsNotVisible) {
+    TestTree tree(Toolkit::gtk3);
+    auto const frame = tree.add(-1, Role::frame, "Main", {3800, 100, 400, 300});
+    tree.add(frame, Role::pushButton, "On", {3900, 110, 50, 20});
+    tree.add(frame, Role::pushButton, "Off", {4050, 110, 50, 20});
+    auto const main = window("Main", {3800, 100, 400, 300});
+    EXPECT_THAT(tree.visible({main}), ElementsAre("On"));
+    EXPECT_EQ(tree.placed({main}).size(), 2U);
+}
+
+TEST(PlacedElement, anItemOfAClosedMenuIsNotThereWhateverItsPlace) {
+    for (auto const toolkit : {Toolkit::gtk3, Toolkit::qt}) {
+        TestTree tree(toolkit);
+        auto const frame = tree.add(-1, Role::frame, "Main", {0, 0, 400, 300});
+        auto const bar = tree.add(frame, Role::menuBar, "", {0, 20, 400, 20});
+        auto const sheet = tree.add(bar, Role::menu, "Sheet", {0, 20, 40, 20});
+        tree.add(sheet, Role::menuItem, "Insert Rows", {0, 0, 90, 20});
+        auto const main = window("Main", {0, 0, 400, 300});
+        EXPECT_THAT(tree.visible({main}), ElementsAre("Sheet"));
+        EXPECT_EQ(tree.placed({main}).size(), 1U);
+    }
+}
+
+TEST(PlacedElement, rowsAndCellsAreEnabledThoughNotSensitive) {
+    TestTree tree(Toolkit::gtk3);
+    auto const frame = tree.add(-1, Role::frame, "Main", {0, 0, 400, 300});
+    auto const enabled = statesOf({State::showing, State::visible, State::enabled});
+    for (auto const role : {Role::tableCell, Role::tableRow, Role::listItem, Role::treeItem, Role::pushButton})
+        tree.add(frame, role, role == Role::pushButton ? "Button" : "Row", {0, 0, 100, 20}, enabled);
+    tree.add(frame, Role::listItem, "Disabled row", {0, 30, 100, 20}, statesOf({State::showing, State::visible}));
+    for (auto const& each : tree.placed({window("Main", {0, 0, 400, 300})}))
+        EXPECT_EQ(each.isEnabled, each.title == "Row") << each.role << " " << each.title;
 }
 
 TEST(PlacedElement, anOpenMenuOrListShowsInItsOwnWindow) {
@@ -199,6 +234,25 @@ TEST(PlacedElement, withoutAWindowThereIsNothing) {
     tree.add(frame, Role::pushButton, "Save", {10, 10, 50, 20});
     EXPECT_THAT(tree.placed({}), IsEmpty());
     EXPECT_THAT(tree.placed({window("Another", {0, 0, 40, 30})}), IsEmpty());
+}
+
+TEST(PlacedElement, anIdLastsThoughItsObjectIsMadeAnew) {
+    auto const ids = [](std::string const& generation) {
+        TestTree tree(Toolkit::gtk3);
+        auto const frame = tree.add(-1, Role::frame, "Main", {0, 0, 400, 300});
+        auto const table = tree.add(frame, Role::table, "", {0, 0, 400, 300});
+        for (auto const* const name : {"A1", "B1", "A1"}) {
+            auto const cell = tree.add(table, Role::tableCell, name, {0, 0, 90, 20});
+            tree.tree.nodes[cell].isFoundByPoint = true;
+            tree.tree.nodes[cell].address.path += generation;
+        }
+        std::vector<std::string> result;
+        for (auto const& each : tree.placed({window("Main", {0, 0, 400, 300})})) result.push_back(each.id);
+        return result;
+    };
+    EXPECT_EQ(ids("x1"), ids("x2"));
+    auto const all = ids("");
+    EXPECT_EQ(std::set(all.begin(), all.end()).size(), 3U) << "each has its own";
 }
 
 TEST(PlacedElement, anIdIsOfThatObjectWithThatRoleAndTitle) {

@@ -31,6 +31,15 @@ def menu_button(application):
     return Gtk.MenuButton(label="Options", menu_model=menu)
 
 
+def notice_over(overlay):
+    notice = Gtk.Frame(halign=Gtk.Align.START, valign=Gtk.Align.START)
+    notice.set_size_request(60, 40)
+    notice.set_child(Gtk.Label(label="Please wait"))
+    made = Gtk.Button(label="Notice")
+    made.connect("clicked", lambda _: overlay.add_overlay(notice))
+    return made
+
+
 def rows():
     box = Gtk.ListBox()
     for number in range(1, 61):
@@ -52,7 +61,8 @@ def activate(application):
     entry.connect("changed", lambda it: tell("typed", it.get_text()))
     check = Gtk.CheckButton(label="Bold")
     check.connect("toggled", lambda it: tell("bold", it.get_active()))
-    for each in (button("Save"), button("_Inform"), off, menu_button(application), check, entry):
+    overlay = Gtk.Overlay(child=box)
+    for each in (button("Save"), button("_Inform"), off, menu_button(application), notice_over(overlay), check, entry):
         line.append(each)
     box.append(line)
     box.append(rows())
@@ -62,7 +72,7 @@ def activate(application):
         grid.attach(button(f"Button {number}"), number % 40, number // 40, 1, 1)
     if count:
         box.append(grid)
-    window.set_child(box)
+    window.set_child(overlay)
     window.present()
     tell("ready")
 

@@ -1,0 +1,109 @@
+#include <TavaroAutomation/Elements/Private/HitTest.h>
+
+#include <TavaroAutomation/Elements/Private/ElementTitle.h>
+
+#include <algorithm>
+#include <cmath>
+#include <ranges>
+#include <utility>
+#include <vector>
+
+namespace tavaro::atspi {
+
+namespace {
+
+constexpr int mostLevels = 80;
+
+bool looksAsThePointerDoes(Toolkit toolkit) {
+    return toolkit == Toolkit::gtk4 || toolkit == Toolkit::chromium || toolkit == Toolkit::gecko;
+}
+
+/// One question after the other, each of which depends on the answer to the one before.
+class HitTest {
+public:
+    HitTest(AccessibilityBus& bus, Deadline deadline, std::stop_token stop)
+        : bus_(bus)
+        , deadline_(deadline)
+        , stop_(std::move(stop)) {}
+
+    /// Some programs answer with the innermost widget, some with the next one inwards.
+    std::optional<Address> innermost(Address const& root, Place const& place) {
+        std::optional<Address> result;
+        std::vector<Address> seen{root};
+        while (seen.size() < mostLevels) {
+            auto const found = answer<Address>([&](auto then) { bus_.atPoint(seen.back(), place, then); });
+            if (!found || std::ranges::find(seen, *found) != seen.end()) break;
+            seen.push_back(*found);
+            result = found;
+        }
+        return result;
+    }
+
+    /// The widget itself, then what is around it, outermost last.
+    std::vector<Address> around(Address const& widget, Address const& root) {
+        std::vector<Address> result{widget};
+        while (result.back() != root && result.size() < mostLevels) {
+            auto const parent = answer<Address>([&](auto then) { bus_.parent(result.back(), then); });
+            if (!parent || parent->isNull()) break;
+            result.push_back(*parent);
+        }
+        return result;
+    }
+
+    /// Of the outermost that has one: a dialog says more than its button.
+    std::string titleOf(std::vector<Address> const& widgets, Toolkit toolkit) {
+        for (auto const& widget : widgets | std::views::reverse) {
+            auto const name = answer<std::string>([&](auto then) { bus_.name(widget, then); });
+            if (auto title = readableTitle(name.value_or(""), toolkit); !title.empty()) return title;
+        }
+        return {};
+    }
+
+    bool hasLabel(std::vector<Address> const& widgets) {
+        return std::ranges::any_of(widgets, [this](Address const& widget) {
+            return answer<Role>([&](auto then) { bus_.role(widget, then); }) == Role::label;
+        });
+    }
+
+    bool isLate() const { return isLate_; }
+
+private:
+    template<class T, class Ask> std::optional<T> answer(Ask ask) {
+        std::optional<T> result;
+        if (isLate_) return result;
+        ask([&](std::optional<T> const& said) { result = said; });
+        isLate_ = bus_.run(deadline_, stop_) != AccessibilityBus::Outcome::allAnswered;
+        return result;
+    }
+
+    AccessibilityBus& bus_;
+    Deadline const deadline_;
+    std::stop_token const stop_;
+    bool isLate_ = false;
+};
+
+}
+
+std::optional<Cover> coverOf(AccessibilityBus& bus, PlacedElement const& element, UIPoint const& point,
+                             Deadline deadline, std::stop_token const& stop) {
+    // What is in a popup is over everything, and in a window of its own, about which the root knows nothing.
+    if (!looksAsThePointerDoes(element.toolkit) || element.isInPopup) return std::nullopt;
+    HitTest test(bus, deadline, stop);
+    auto const place = element.placement.inProgram(point);
+    auto const hit = test.innermost(element.root, {static_cast<int>(std::lround(place.x)),
+                                                   static_cast<int>(std::lround(place.y)), originOf(element.toolkit)});
+    if (!hit || *hit == element.address) return std::nullopt;
+    auto over = test.around(*hit, element.root);
+    auto const wanted = test.around(element.address, element.root);
+    bool const isAround = std::ranges::find(wanted, *hit) != wanted.end();
+    bool const isInside = std::ranges::find(over, element.address) != over.end();
+    if (isAround || isInside || test.isLate()) return std::nullopt;
+    // Pages draw the label of a box over the box, and a click on it is one on the box.
+    bool const isPage = element.toolkit == Toolkit::chromium || element.toolkit == Toolkit::gecko;
+    if (isPage && test.hasLabel(over)) return std::nullopt;
+    std::erase_if(over, [&](Address const& each) { return std::ranges::find(wanted, each) != wanted.end(); });
+    auto title = test.titleOf(over, element.toolkit);
+    return test.isLate() ? std::nullopt : std::optional(Cover{std::move(title)});
+}
+
+}
