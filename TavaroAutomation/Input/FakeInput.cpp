@@ -4,9 +4,10 @@
 #include <TavaroCapture/Sources/CaptureError.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdlib>
+#include <ctime>
 #include <string_view>
-#include <thread>
 #include <xcb/randr.h>
 #include <xcb/xinput.h>
 #include <xcb/xtest.h>
@@ -16,6 +17,16 @@ namespace tavaro::x11 {
 namespace {
 
 constexpr std::chrono::milliseconds longestSleep{20};
+
+/// To a time, not for a length: what passes between reading the clock and sleeping adds nothing.
+void sleepUntil(InputClock::time_point end) {
+    using std::chrono::duration_cast, std::chrono::nanoseconds, std::chrono::seconds;
+    auto const since = end.time_since_epoch();
+    auto const whole = duration_cast<seconds>(since);
+    timespec const due{.tv_sec = whole.count(), .tv_nsec = duration_cast<nanoseconds>(since - whole).count()};
+    while (clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &due, nullptr) == EINTR) {
+    }
+}
 
 bool isWaylandSession() {
     char const* const socket = std::getenv("WAYLAND_DISPLAY");
@@ -71,12 +82,27 @@ void restUntil(InputClock::time_point end, std::stop_token const& stop) {
         if (stop.stop_requested()) throw AutomationError(AutomationError::Kind::cancelled, "The action was cancelled.");
         auto const now = InputClock::now();
         if (now >= end) return;
-        std::this_thread::sleep_until(std::min(end, now + longestSleep));
+        sleepUntil(std::min(end, now + longestSleep));
     }
 }
 
 void rest(std::chrono::microseconds length, std::stop_token const& stop) {
     restUntil(InputClock::now() + length, stop);
+}
+
+PointerQuery::PointerQuery(Connection& connection)
+    : connection_(connection)
+    , cookie_(xcb_query_pointer(connection.get(), connection.root())) {}
+
+PointerQuery::~PointerQuery() {
+    if (!isTaken_) xcb_discard_reply(connection_.get(), cookie_.sequence);
+}
+
+PixelPoint PointerQuery::answer() {
+    isTaken_ = true;
+    auto const pointer = own(xcb_query_pointer_reply(connection_.get(), cookie_, nullptr));
+    if (!pointer) throw AutomationError(AutomationError::Kind::failed, "The display went away.");
+    return {pointer->root_x, pointer->root_y};
 }
 
 FakeInput::FakeInput(std::string const& display) try : connection_(reachable(display)) {
@@ -110,11 +136,11 @@ void FakeInput::findDevices() {
 void FakeInput::send(std::uint8_t type, std::uint8_t code, PixelPoint at) {
     xcb_test_fake_input(connection_.get(), type, code, XCB_CURRENT_TIME, connection_.root(),
                         static_cast<std::int16_t>(at.x), static_cast<std::int16_t>(at.y), 0);
-    xcb_flush(connection_.get());
 }
 
 void FakeInput::release(Device device, std::uint8_t code) {
     send(device == Device::keyboard ? XCB_KEY_RELEASE : XCB_BUTTON_RELEASE, code);
+    xcb_flush(connection_.get());
 }
 
 FakeInput::Held::Held(FakeInput& input, Device device, std::uint8_t code)
@@ -123,22 +149,16 @@ FakeInput::Held::Held(FakeInput& input, Device device, std::uint8_t code)
     , code_(code) {
     if (!input.connection_.isAlive()) throw AutomationError(AutomationError::Kind::failed, "The display went away.");
     input.send(device == Device::keyboard ? XCB_KEY_PRESS : XCB_BUTTON_PRESS, code);
+    xcb_flush(input.connection_.get());
 }
 
 FakeInput::Held::~Held() {
     if (input_) input_->release(device_, code_);
 }
 
-PixelPoint FakeInput::move(PixelPoint to) {
-    send(XCB_MOTION_NOTIFY, 0, to);
-    return pointer();
-}
+void FakeInput::move(PixelPoint to) { send(XCB_MOTION_NOTIFY, 0, to); }
 
-PixelPoint FakeInput::pointer() {
-    auto const pointer = connection_.ask<xcb_query_pointer, xcb_query_pointer_reply>(connection_.root());
-    if (!pointer) throw AutomationError(AutomationError::Kind::failed, "The display went away.");
-    return {pointer->root_x, pointer->root_y};
-}
+PixelPoint FakeInput::pointer() { return PointerQuery(connection_).answer(); }
 
 std::vector<std::uint8_t> FakeInput::leftPressed(Device device) {
     std::vector<std::uint8_t> result;

@@ -18,6 +18,23 @@ using InputClock = std::chrono::steady_clock;
 void restUntil(InputClock::time_point end, std::stop_token const& stop);
 void rest(std::chrono::microseconds length, std::stop_token const& stop);
 
+/// Where the pointer is, asked for when this is made; the answer may be taken later.
+class PointerQuery {
+public:
+    explicit PointerQuery(Connection& connection);
+    ~PointerQuery();
+    PointerQuery(PointerQuery const&) = delete;
+    PointerQuery& operator=(PointerQuery const&) = delete;
+
+    /// Waits for it; once. Throws `AutomationError` (`failed`) when the server is gone.
+    PixelPoint answer();
+
+private:
+    Connection& connection_;
+    xcb_query_pointer_cookie_t cookie_;
+    bool isTaken_ = false;
+};
+
 /// The server's test extension. Whatever it presses it also releases: the last of its own to go is the object itself.
 class FakeInput {
 public:
@@ -48,8 +65,8 @@ public:
         std::uint8_t code_;
     };
 
-    /// Places the pointer, and says where the server put it: inside of its screens.
-    PixelPoint move(PixelPoint to);
+    /// Places the pointer, inside of its screens, with the next flush.
+    void move(PixelPoint to);
     PixelPoint pointer();
 
     /// Keys, or buttons, that an earlier program pressed by the same extension and left so when it was killed.
