@@ -78,6 +78,10 @@ struct Pointer::State {
         auto const at = input.pointer();
         return {static_cast<double>(at.x), static_cast<double>(at.y)};
     }
+    void begin(std::stop_token const& stop) {
+        input.releaseOrphans(FakeInput::Device::mouse, stop); // it would make a drag of the way
+        user.forget();
+    }
     void follow(Glide const& path, double seconds, std::stop_token const& stop);
     void press(std::uint8_t button, int count, std::stop_token const& stop);
     void glideTo(UIPoint const& to, double seconds, std::stop_token const& stop);
@@ -120,7 +124,7 @@ Pointer::~Pointer() = default;
 UIPoint Pointer::position() { return state_->position(); }
 
 void Pointer::glide(UIPoint const& to, double seconds, std::stop_token const& stop, PlaceOfTarget const& place) {
-    state_->user.forget();
+    state_->begin(stop);
     state_->glideTo(to, seconds, stop);
     for (int i = 0; i < mostCorrections && place; ++i) {
         auto const now = place();
@@ -131,16 +135,14 @@ void Pointer::glide(UIPoint const& to, double seconds, std::stop_token const& st
 }
 
 void Pointer::click(UIMouseButton button, int count, std::stop_token const& stop) {
-    auto& input = state_->input;
-    auto const code = physical(input.connection(), button);
-    // A button that a killed program holds would make a drag of every click.
-    for (auto const left : input.leftPressed(FakeInput::Device::mouse)) input.release(FakeInput::Device::mouse, left);
-    state_->user.forget();
+    state_->begin(stop);
+    auto& connection = state_->input.connection();
+    auto const code = physical(connection, button);
     state_->hand.sync([&] { state_->press(code, count, stop); });
-    input.connection().synchronize();
 }
 
 Pointer::Scrolled Pointer::scroll(Distance const& distance, std::stop_token const& stop) {
+    state_->begin(stop);
     x11::Wheel wheel(state_->input, state_->user, stop);
     auto const down = wheel.turn(x11::WheelAxis::vertical, distance.down);
     auto const right = wheel.turn(x11::WheelAxis::horizontal, distance.right);

@@ -57,8 +57,8 @@ void UserMotion::takeAnswers() {
     auto const before = before_->answer(), after = after_->answer();
     before_.reset();
     // Only where there is no screen does the server choose another place; on one, it is the user who was quicker.
-    auto const wasExpected = std::exchange(expected_, isOnAScreen(target_) ? target_ : after);
-    if (before != wasExpected) refuse();
+    auto const wasExpected = std::exchange(expected_, isOnAScreen(target_) ? target_ : after.at);
+    if (before.at != wasExpected || before.isPressed) refuse();
 }
 
 void UserMotion::expectNoneSoFar() {

@@ -7,8 +7,8 @@
 
 namespace tavaro::x11 {
 
-/// Notices that somebody else moves the pointer: a device of the user's reports motion, or, since other programs move
-/// it by the same extension as this one does, it is no longer exactly where it was put.
+/// Notices that somebody else has the mouse: a device of the user's reports motion, or, since other programs move it by
+/// the same extension as this one does, it is no longer exactly where it was put; or a button is held on the way.
 class UserMotion {
 public:
     explicit UserMotion(FakeInput& input);
