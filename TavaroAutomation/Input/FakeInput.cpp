@@ -4,9 +4,10 @@
 #include <TavaroCapture/Sources/CaptureError.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdlib>
+#include <ctime>
 #include <string_view>
-#include <thread>
 #include <xcb/randr.h>
 #include <xcb/xinput.h>
 #include <xcb/xtest.h>
@@ -16,6 +17,18 @@ namespace tavaro::x11 {
 namespace {
 
 constexpr std::chrono::milliseconds longestSleep{20};
+constexpr std::chrono::seconds longestHold{1};
+constexpr std::chrono::milliseconds betweenAsking{10};
+
+/// To a time, not for a length: what passes between reading the clock and sleeping adds nothing.
+void sleepUntil(InputClock::time_point end) {
+    using std::chrono::duration_cast, std::chrono::nanoseconds, std::chrono::seconds;
+    auto const since = end.time_since_epoch();
+    auto const whole = duration_cast<seconds>(since);
+    timespec const due{.tv_sec = whole.count(), .tv_nsec = duration_cast<nanoseconds>(since - whole).count()};
+    while (clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &due, nullptr) == EINTR) {
+    }
+}
 
 bool isWaylandSession() {
     char const* const socket = std::getenv("WAYLAND_DISPLAY");
@@ -64,6 +77,14 @@ bool isInsideWayland(Connection& connection) {
     return false;
 }
 
+std::uint8_t pressOf(FakeInput::Device device) {
+    return device == FakeInput::Device::keyboard ? XCB_KEY_PRESS : XCB_BUTTON_PRESS;
+}
+
+std::uint8_t releaseOf(FakeInput::Device device) {
+    return device == FakeInput::Device::keyboard ? XCB_KEY_RELEASE : XCB_BUTTON_RELEASE;
+}
+
 }
 
 void restUntil(InputClock::time_point end, std::stop_token const& stop) {
@@ -71,12 +92,28 @@ void restUntil(InputClock::time_point end, std::stop_token const& stop) {
         if (stop.stop_requested()) throw AutomationError(AutomationError::Kind::cancelled, "The action was cancelled.");
         auto const now = InputClock::now();
         if (now >= end) return;
-        std::this_thread::sleep_until(std::min(end, now + longestSleep));
+        sleepUntil(std::min(end, now + longestSleep));
     }
 }
 
 void rest(std::chrono::microseconds length, std::stop_token const& stop) {
     restUntil(InputClock::now() + length, stop);
+}
+
+PointerQuery::PointerQuery(Connection& connection)
+    : connection_(connection)
+    , cookie_(xcb_query_pointer(connection.get(), connection.root())) {}
+
+PointerQuery::~PointerQuery() {
+    if (!isTaken_) xcb_discard_reply(connection_.get(), cookie_.sequence);
+}
+
+PointerState PointerQuery::answer() {
+    isTaken_ = true;
+    auto const pointer = own(xcb_query_pointer_reply(connection_.get(), cookie_, nullptr));
+    if (!pointer) throw AutomationError(AutomationError::Kind::failed, "The display went away.");
+    constexpr std::uint16_t buttons = XCB_KEY_BUT_MASK_BUTTON_1 | XCB_KEY_BUT_MASK_BUTTON_2 | XCB_KEY_BUT_MASK_BUTTON_3;
+    return {{pointer->root_x, pointer->root_y}, (pointer->mask & buttons) != 0};
 }
 
 FakeInput::FakeInput(std::string const& display) try : connection_(reachable(display)) {
@@ -110,37 +147,41 @@ void FakeInput::findDevices() {
 void FakeInput::send(std::uint8_t type, std::uint8_t code, PixelPoint at) {
     xcb_test_fake_input(connection_.get(), type, code, XCB_CURRENT_TIME, connection_.root(),
                         static_cast<std::int16_t>(at.x), static_cast<std::int16_t>(at.y), 0);
-    xcb_flush(connection_.get());
 }
 
-void FakeInput::release(Device device, std::uint8_t code) {
-    send(device == Device::keyboard ? XCB_KEY_RELEASE : XCB_BUTTON_RELEASE, code);
+void FakeInput::expectAlive() const {
+    if (!connection_.isAlive()) throw AutomationError(AutomationError::Kind::failed, "The display went away.");
+}
+
+void FakeInput::tap(Device device, std::uint8_t code, std::vector<std::uint8_t> const& modifiers) {
+    expectAlive();
+    for (auto const modifier : modifiers) send(XCB_KEY_PRESS, modifier);
+    send(pressOf(device), code);
+    send(releaseOf(device), code);
+    for (auto held = modifiers.rbegin(); held != modifiers.rend(); ++held) send(XCB_KEY_RELEASE, *held);
+    xcb_flush(connection_.get());
 }
 
 FakeInput::Held::Held(FakeInput& input, Device device, std::uint8_t code)
     : input_(&input)
     , device_(device)
     , code_(code) {
-    if (!input.connection_.isAlive()) throw AutomationError(AutomationError::Kind::failed, "The display went away.");
-    input.send(device == Device::keyboard ? XCB_KEY_PRESS : XCB_BUTTON_PRESS, code);
+    input.expectAlive();
+    input.send(pressOf(device), code);
+    xcb_flush(input.connection_.get());
 }
 
 FakeInput::Held::~Held() {
-    if (input_) input_->release(device_, code_);
+    if (!input_) return;
+    input_->send(releaseOf(device_), code_);
+    input_->connection_.synchronize();
 }
 
-PixelPoint FakeInput::move(PixelPoint to) {
-    send(XCB_MOTION_NOTIFY, 0, to);
-    return pointer();
-}
+void FakeInput::move(PixelPoint to) { send(XCB_MOTION_NOTIFY, 0, to); }
 
-PixelPoint FakeInput::pointer() {
-    auto const pointer = connection_.ask<xcb_query_pointer, xcb_query_pointer_reply>(connection_.root());
-    if (!pointer) throw AutomationError(AutomationError::Kind::failed, "The display went away.");
-    return {pointer->root_x, pointer->root_y};
-}
+PixelPoint FakeInput::pointer() { return PointerQuery(connection_).answer().at; }
 
-std::vector<std::uint8_t> FakeInput::leftPressed(Device device) {
+std::vector<std::uint8_t> FakeInput::pressed(Device device) {
     std::vector<std::uint8_t> result;
     if (deviceID(device) == 0) return result;
     auto const state = connection_.ask<xcb_input_query_device_state, xcb_input_query_device_state_reply>(
@@ -156,6 +197,17 @@ std::vector<std::uint8_t> FakeInput::leftPressed(Device device) {
         }
     }
     return result;
+}
+
+void FakeInput::releaseOrphans(Device device, std::stop_token const& stop) {
+    auto const start = InputClock::now();
+    for (auto held = pressed(device); !held.empty(); held = pressed(device)) {
+        if (InputClock::now() - start > longestHold) {
+            for (auto const code : held) send(releaseOf(device), code);
+            return connection_.synchronize();
+        }
+        rest(betweenAsking, stop);
+    }
 }
 
 }

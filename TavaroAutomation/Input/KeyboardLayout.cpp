@@ -23,12 +23,9 @@ struct FreeContext {
     void operator()(xkb_context* context) const { xkb_context_unref(context); }
 };
 
-Reply<xcb_xkb_get_state_reply_t> stateOf(Connection& connection) {
-    if (!connection.extension(xcb_xkb_id)) return nullptr;
-    // The server answers only clients that have said so.
-    connection.ask<xcb_xkb_use_extension, xcb_xkb_use_extension_reply>(std::uint16_t{XCB_XKB_MAJOR_VERSION},
-                                                                       std::uint16_t{XCB_XKB_MINOR_VERSION});
-    return connection.ask<xcb_xkb_get_state, xcb_xkb_get_state_reply>(coreKeyboard);
+[[noreturn]] void refuseKeyboard() {
+    throw AutomationError(AutomationError::Kind::failed,
+                          "Keys cannot be typed: the X server tells nothing of its keyboard.");
 }
 
 void setCapsLock(Connection& connection, std::uint8_t mask) {
@@ -45,7 +42,20 @@ struct KeyboardLayout::Level {
 
 void KeyboardLayout::FreeKeymap::operator()(xkb_keymap* keymap) const { xkb_keymap_unref(keymap); }
 
-KeyboardLayout::KeyboardLayout(FakeInput& input) {
+KeyboardWatch::KeyboardWatch(Connection& connection) : connection_(connection) {
+    if (!connection.extension(xcb_xkb_id)) refuseKeyboard();
+    // The server answers only clients that have said so.
+    connection.ask<xcb_xkb_use_extension, xcb_xkb_use_extension_reply>(std::uint16_t{XCB_XKB_MAJOR_VERSION},
+                                                                       std::uint16_t{XCB_XKB_MINOR_VERSION});
+}
+
+KeyboardState KeyboardWatch::now() {
+    auto const state = connection_.ask<xcb_xkb_get_state, xcb_xkb_get_state_reply>(coreKeyboard);
+    if (!state) refuseKeyboard();
+    return {.held = state->baseMods, .isCapsLocked = (state->lockedMods & lock) != 0, .group = state->group};
+}
+
+KeyboardLayout::KeyboardLayout(FakeInput& input, std::uint8_t group) : group_(group) {
     auto& connection = input.connection();
     std::unique_ptr<xkb_context, FreeContext> const context(xkb_context_new(XKB_CONTEXT_NO_FLAGS));
     bool const hasKeyboard =
@@ -58,11 +68,7 @@ KeyboardLayout::KeyboardLayout(FakeInput& input) {
         keymap_.reset(xkb_x11_keymap_new_from_device(context.get(), connection.get(),
                                                      own ? own : xkb_x11_get_core_keyboard_device_id(connection.get()),
                                                      XKB_KEYMAP_COMPILE_NO_FLAGS));
-    auto const state = keymap_ ? stateOf(connection) : nullptr;
-    if (!state)
-        throw AutomationError(AutomationError::Kind::failed,
-                              "Keys cannot be typed: the X server tells nothing of its keyboard.");
-    group_ = state->group;
+    if (!keymap_) refuseKeyboard();
 }
 
 KeyboardLayout::~KeyboardLayout() = default;
@@ -119,15 +125,10 @@ std::optional<std::uint8_t> KeyboardLayout::at(char const* place) const {
     return static_cast<std::uint8_t>(code);
 }
 
-std::uint8_t KeyboardLayout::heldModifiers(FakeInput& input) {
-    auto const state = stateOf(input.connection());
-    return state ? state->baseMods : 0;
-}
-
-CapsLockOff::CapsLockOff(Connection& connection) : connection_(connection) {
-    auto const state = stateOf(connection);
-    wasOn_ = state && (state->lockedMods & lock) != 0;
-    if (wasOn_) setCapsLock(connection, 0);
+void CapsLockOff::ensure(KeyboardState const& state) {
+    if (!state.isCapsLocked) return;
+    wasOn_ = true;
+    setCapsLock(connection_, 0);
 }
 
 CapsLockOff::~CapsLockOff() {

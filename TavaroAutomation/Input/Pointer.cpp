@@ -4,6 +4,7 @@
 #include <TavaroAutomation/Input/Private/Glide.h>
 #include <TavaroAutomation/Input/Private/UserMotion.h>
 #include <TavaroAutomation/Input/Private/Wheel.h>
+#include <TavaroPlatform/Queues/SerialQueue.h>
 
 #include <algorithm>
 #include <cmath>
@@ -68,6 +69,8 @@ std::uint8_t physical(x11::Connection& connection, UIMouseButton button) {
 struct Pointer::State {
     FakeInput input;
     x11::UserMotion user;
+    // What is seen of a hand's motion is its timing. Nothing else is done on this thread.
+    SerialQueue hand{"com.tavaro.automation.pointer", SerialQueue::Urgency::prompt};
 
     explicit State(std::string const& display) : input(display), user(input) {}
 
@@ -75,7 +78,12 @@ struct Pointer::State {
         auto const at = input.pointer();
         return {static_cast<double>(at.x), static_cast<double>(at.y)};
     }
+    void begin(std::stop_token const& stop) {
+        input.releaseOrphans(FakeInput::Device::mouse, stop); // it would make a drag of the way
+        user.forget();
+    }
     void follow(Glide const& path, double seconds, std::stop_token const& stop);
+    void press(std::uint8_t button, int count, std::stop_token const& stop);
     void glideTo(UIPoint const& to, double seconds, std::stop_token const& stop);
 };
 
@@ -89,14 +97,25 @@ void Pointer::State::follow(Glide const& path, double seconds, std::stop_token c
         // On a busy machine steps whose time is over are left out: the hand does not hurry to catch up in one jump.
         double const elapsed = Seconds(InputClock::now() - start).count();
         if (seconds > 0) step = std::clamp(static_cast<int>(elapsed / seconds * steps), step, steps);
-        user.expectNone();
+        user.expectNoneSoFar();
         user.move(pixel(path.at(static_cast<double>(step) / steps)));
+    }
+    user.expectNone();
+}
+
+void Pointer::State::press(std::uint8_t button, int count, std::stop_token const& stop) {
+    for (int i = 0; i < count; ++i) {
+        if (i > 0) x11::rest(betweenClicks, stop);
+        user.expectNone();
+        FakeInput::Held const held(input, FakeInput::Device::mouse, button);
+        x11::rest(pressTime, stop);
     }
 }
 
 void Pointer::State::glideTo(UIPoint const& to, double seconds, std::stop_token const& stop) {
     auto const from = position();
-    follow(Glide(from, to, entryOfPopup(input.connection(), pixel(from), pixel(to))), seconds, stop);
+    Glide const path(from, to, entryOfPopup(input.connection(), pixel(from), pixel(to)));
+    hand.sync([&] { follow(path, seconds, stop); });
 }
 
 Pointer::Pointer(std::string const& display) : state_(std::make_unique<State>(display)) {}
@@ -105,7 +124,7 @@ Pointer::~Pointer() = default;
 UIPoint Pointer::position() { return state_->position(); }
 
 void Pointer::glide(UIPoint const& to, double seconds, std::stop_token const& stop, PlaceOfTarget const& place) {
-    state_->user.forget();
+    state_->begin(stop);
     state_->glideTo(to, seconds, stop);
     for (int i = 0; i < mostCorrections && place; ++i) {
         auto const now = place();
@@ -116,21 +135,14 @@ void Pointer::glide(UIPoint const& to, double seconds, std::stop_token const& st
 }
 
 void Pointer::click(UIMouseButton button, int count, std::stop_token const& stop) {
-    auto& input = state_->input;
-    auto const code = physical(input.connection(), button);
-    // A button that a killed program holds would make a drag of every click.
-    for (auto const left : input.leftPressed(FakeInput::Device::mouse)) input.release(FakeInput::Device::mouse, left);
-    state_->user.forget();
-    for (int i = 0; i < count; ++i) {
-        if (i > 0) x11::rest(betweenClicks, stop);
-        state_->user.expectNone();
-        FakeInput::Held const held(input, FakeInput::Device::mouse, code);
-        x11::rest(pressTime, stop);
-    }
-    input.connection().synchronize();
+    state_->begin(stop);
+    auto& connection = state_->input.connection();
+    auto const code = physical(connection, button);
+    state_->hand.sync([&] { state_->press(code, count, stop); });
 }
 
 Pointer::Scrolled Pointer::scroll(Distance const& distance, std::stop_token const& stop) {
+    state_->begin(stop);
     x11::Wheel wheel(state_->input, state_->user, stop);
     auto const down = wheel.turn(x11::WheelAxis::vertical, distance.down);
     auto const right = wheel.turn(x11::WheelAxis::horizontal, distance.right);

@@ -7,6 +7,7 @@
 #include <TavaroAutomation/Input/Private/TextSymbols.h>
 
 #include <algorithm>
+#include <optional>
 #include <vector>
 
 namespace tavaro {
@@ -18,10 +19,8 @@ using x11::KeyStroke;
 
 namespace {
 
-constexpr auto longestPress = 20ms;
 constexpr auto betweenModifiers = 15ms;
-constexpr auto longestHeld = 5s;   // by the user, before typing gives up
-constexpr auto longestOrphan = 1s; // by the test extension, before the key is known to be a killed program's
+constexpr auto longestHeld = 5s; // by the user, before typing gives up
 constexpr auto betweenAsking = 10ms;
 
 /// The keys that a combination holds. Control once, where both it and Command are given.
@@ -44,40 +43,65 @@ struct Typist::State {
     FakeInput input;
     TypingPace pace;
     x11::SpareKeys spare;
+    x11::KeyboardWatch keyboard;
 
-    State(std::string const& display, TypingPace const& pace) : input(display), pace(pace), spare(input.connection()) {}
+    State(std::string const& display, TypingPace const& pace)
+        : input(display)
+        , pace(pace)
+        , spare(input.connection())
+        , keyboard(input.connection()) {}
 
-    void awaitFreeKeyboard(std::stop_token const& stop);
-    void strike(KeyStroke const& stroke, std::chrono::milliseconds length, std::stop_token const& stop);
+    x11::KeyboardState freeKeyboard(std::stop_token const& stop);
+    void type(std::vector<std::uint32_t> const& symbols, std::stop_token const& stop);
+    void press(KeyCombo const& combo, std::stop_token const& stop);
     KeyStroke strokeOf(KeyboardLayout const& layout, std::uint32_t symbol, std::stop_token const& stop);
     KeyStroke strokeOf(KeyboardLayout const& layout, KeyCombo const& combo, std::stop_token const& stop);
     std::chrono::milliseconds gapAfter(std::uint32_t symbol) const;
 };
 
 /// A modifier that the user still holds, as after a shortcut that started this, would change what is typed.
-void Typist::State::awaitFreeKeyboard(std::stop_token const& stop) {
+x11::KeyboardState Typist::State::freeKeyboard(std::stop_token const& stop) {
     auto const start = x11::InputClock::now();
-    while (KeyboardLayout::heldModifiers(input) != 0) {
-        auto const waited = x11::InputClock::now() - start;
-        if (waited > longestHeld)
+    while (true) {
+        auto const state = keyboard.now();
+        if (state.held == 0) return state;
+        if (x11::InputClock::now() - start > longestHeld)
             throw AutomationError(AutomationError::Kind::failed,
-                                  "Nothing was typed: a modifier key, such as Shift or Control, is being held down.");
-        if (waited > longestOrphan)
-            for (auto const code : input.leftPressed(FakeInput::Device::keyboard))
-                input.release(FakeInput::Device::keyboard, code);
+                                  "Typing stopped: a modifier key, such as Shift or Control, is being held down.");
         x11::rest(betweenAsking, stop);
     }
 }
 
-void Typist::State::strike(KeyStroke const& stroke, std::chrono::milliseconds length, std::stop_token const& stop) {
+/// The user may hold a modifier, change the layout or press Caps Lock in the middle of the text.
+void Typist::State::type(std::vector<std::uint32_t> const& symbols, std::stop_token const& stop) {
+    x11::CapsLockOff capsLockOff(input.connection());
+    std::optional<KeyboardLayout> layout;
+    for (auto const symbol : symbols) {
+        auto const due = x11::InputClock::now() + gapAfter(symbol);
+        auto const state = freeKeyboard(stop);
+        capsLockOff.ensure(state);
+        if (!layout || layout->group() != state.group) layout.emplace(input, state.group);
+        auto const stroke = strokeOf(*layout, symbol, stop);
+        input.tap(FakeInput::Device::keyboard, stroke.code, stroke.modifiers);
+        x11::restUntil(due, stop);
+    }
+}
+
+void Typist::State::press(KeyCombo const& combo, std::stop_token const& stop) {
+    auto const state = freeKeyboard(stop);
+    x11::CapsLockOff capsLockOff(input.connection());
+    capsLockOff.ensure(state);
+    auto const stroke = strokeOf(KeyboardLayout(input, state.group), combo, stop);
     std::vector<FakeInput::Held> modifiers;
     modifiers.reserve(stroke.modifiers.size());
-    for (auto const code : stroke.modifiers) modifiers.emplace_back(input, FakeInput::Device::keyboard, code);
-    {
-        FakeInput::Held const key(input, FakeInput::Device::keyboard, stroke.code);
-        x11::rest(length, stop);
+    for (auto const code : stroke.modifiers) {
+        modifiers.emplace_back(input, FakeInput::Device::keyboard, code);
+        x11::rest(betweenModifiers, stop);
     }
+    input.tap(FakeInput::Device::keyboard, stroke.code);
+    x11::rest(betweenModifiers, stop);
     while (!modifiers.empty()) modifiers.pop_back();
+    x11::rest(pace.key, stop);
 }
 
 KeyStroke Typist::State::strokeOf(KeyboardLayout const& layout, std::uint32_t symbol, std::stop_token const& stop) {
@@ -112,35 +136,14 @@ Typist::~Typist() = default;
 
 void Typist::type(std::string_view text, std::stop_token const& stop) {
     auto const symbols = textSymbols(text);
-    auto& s = *state_;
-    s.awaitFreeKeyboard(stop);
-    KeyboardLayout const layout(s.input);
-    x11::CapsLockOff const capsLockOff(s.input.connection());
-    for (auto const symbol : symbols) {
-        auto const due = x11::InputClock::now() + s.gapAfter(symbol);
-        s.strike(s.strokeOf(layout, symbol, stop), std::min(s.pace.key / 2, std::chrono::milliseconds(longestPress)),
-                 stop);
-        x11::restUntil(due, stop);
-    }
-    s.input.connection().synchronize();
+    state_->input.releaseOrphans(FakeInput::Device::keyboard, stop);
+    state_->type(symbols, stop);
+    state_->input.connection().synchronize();
 }
 
 void Typist::press(KeyCombo const& combo, std::stop_token const& stop) {
-    auto& s = *state_;
-    s.awaitFreeKeyboard(stop);
-    KeyboardLayout const layout(s.input);
-    x11::CapsLockOff const capsLockOff(s.input.connection());
-    auto const stroke = s.strokeOf(layout, combo, stop);
-    std::vector<FakeInput::Held> modifiers;
-    modifiers.reserve(stroke.modifiers.size());
-    for (auto const code : stroke.modifiers) {
-        modifiers.emplace_back(s.input, FakeInput::Device::keyboard, code);
-        x11::rest(betweenModifiers, stop);
-    }
-    s.strike({stroke.code, {}}, longestPress, stop);
-    while (!modifiers.empty()) modifiers.pop_back();
-    x11::rest(s.pace.key, stop);
-    s.input.connection().synchronize();
+    state_->input.releaseOrphans(FakeInput::Device::keyboard, stop);
+    state_->press(combo, stop);
 }
 
 }

@@ -4,9 +4,16 @@
 #include <TavaroCapture/X11/Desktop.h>
 
 #include <algorithm>
+#include <utility>
 #include <xcb/xinput.h>
 
 namespace tavaro::x11 {
+
+namespace {
+
+[[noreturn]] void refuse() { throw AutomationError(AutomationError::Kind::userMoved, "Stopped: the mouse was moved."); }
+
+}
 
 UserMotion::UserMotion(FakeInput& input) : input_(input) {
     auto& connection = input.connection();
@@ -24,14 +31,19 @@ UserMotion::UserMotion(FakeInput& input) : input_(input) {
 }
 
 void UserMotion::forget() {
+    before_.reset();
     expected_ = input_.pointer();
     hasForeignEvent();
 }
 
-/// Only where there is no screen does the server choose another place; on one, it is the user who was quicker.
+/// The server gets the three at once, so that hardly anybody's motion comes between them.
 void UserMotion::move(PixelPoint to) {
-    auto const placed = input_.move(to);
-    expected_ = isOnAScreen(to) ? to : placed;
+    auto& connection = input_.connection();
+    target_ = to;
+    before_.emplace(connection);
+    input_.move(to);
+    after_.emplace(connection);
+    xcb_flush(connection.get());
 }
 
 bool UserMotion::isOnAScreen(PixelPoint at) const {
@@ -40,10 +52,23 @@ bool UserMotion::isOnAScreen(PixelPoint at) const {
     });
 }
 
+void UserMotion::takeAnswers() {
+    if (!before_) return;
+    auto const before = before_->answer(), after = after_->answer();
+    before_.reset();
+    // Only where there is no screen does the server choose another place; on one, it is the user who was quicker.
+    auto const wasExpected = std::exchange(expected_, isOnAScreen(target_) ? target_ : after.at);
+    if (before.at != wasExpected || before.isPressed) refuse();
+}
+
+void UserMotion::expectNoneSoFar() {
+    takeAnswers();
+    if (hasForeignEvent()) refuse();
+}
+
 void UserMotion::expectNone() {
-    bool const isElsewhere = input_.pointer() != expected_;
-    if (!hasForeignEvent() && !isElsewhere) return;
-    throw AutomationError(AutomationError::Kind::userMoved, "Stopped: the mouse was moved.");
+    expectNoneSoFar();
+    if (input_.pointer() != expected_) refuse();
 }
 
 /// Takes in all that came so far.

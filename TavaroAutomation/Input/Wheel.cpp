@@ -75,8 +75,7 @@ void Wheel::begin(WheelAxis axis, double pixels) {
 void Wheel::notch() {
     std::uint8_t const first = axis_ == WheelAxis::vertical ? 4 : 6;
     user_.expectNone();
-    FakeInput::Held const held(input_, FakeInput::Device::mouse,
-                               static_cast<std::uint8_t>(first + (sign_ > 0 ? 1 : 0)));
+    input_.tap(FakeInput::Device::mouse, static_cast<std::uint8_t>(first + (sign_ > 0 ? 1 : 0)));
     ++sent_;
 }
 

@@ -18,6 +18,28 @@ using InputClock = std::chrono::steady_clock;
 void restUntil(InputClock::time_point end, std::stop_token const& stop);
 void rest(std::chrono::microseconds length, std::stop_token const& stop);
 
+struct PointerState {
+    PixelPoint at;
+    bool isPressed = false; // any button, by anybody
+};
+
+/// The pointer's state, asked for when this is made; the answer may be taken later.
+class PointerQuery {
+public:
+    explicit PointerQuery(Connection& connection);
+    ~PointerQuery();
+    PointerQuery(PointerQuery const&) = delete;
+    PointerQuery& operator=(PointerQuery const&) = delete;
+
+    /// Waits for it; once. Throws `AutomationError` (`failed`) when the server is gone.
+    PointerState answer();
+
+private:
+    Connection& connection_;
+    xcb_query_pointer_cookie_t cookie_;
+    bool isTaken_ = false;
+};
+
 /// The server's test extension. Whatever it presses it also releases: the last of its own to go is the object itself.
 class FakeInput {
 public:
@@ -30,7 +52,7 @@ public:
     Connection& connection() { return connection_; }
 
     enum class Device { keyboard, mouse };
-    /// One key or button, pressed while the object lives.
+    /// One key or button, pressed while the object lives. When that ends, the server has it released.
     class Held {
     public:
         /// Throws `AutomationError` (`failed`) when the server is gone.
@@ -48,20 +70,26 @@ public:
         std::uint8_t code_;
     };
 
-    /// Places the pointer, and says where the server put it: inside of its screens.
-    PixelPoint move(PixelPoint to);
+    /// Places the pointer, inside of its screens, with the next flush.
+    void move(PixelPoint to);
     PixelPoint pointer();
 
-    /// Keys, or buttons, that an earlier program pressed by the same extension and left so when it was killed.
-    std::vector<std::uint8_t> leftPressed(Device device);
-    void release(Device device, std::uint8_t code);
+    /// Presses and releases it at once, with those modifier keys around it: what ends this program in the middle of a
+    /// text leaves nothing down, and however late it runs, no key repeats.
+    void tap(Device device, std::uint8_t code, std::vector<std::uint8_t> const& modifiers = {});
+
+    /// Releases what an earlier program pressed by the same extension and left so when it was killed: keys, or buttons,
+    /// that nobody releases for a second.
+    void releaseOrphans(Device device, std::stop_token const& stop);
 
     /// The extension's own device; 0 where the server does not tell.
     std::uint16_t deviceID(Device device) const { return device == Device::keyboard ? keyboard_ : mouse_; }
 
 private:
+    void expectAlive() const;
     void send(std::uint8_t type, std::uint8_t code, PixelPoint at = {});
     void findDevices();
+    std::vector<std::uint8_t> pressed(Device device);
 
     Connection connection_;
     std::uint16_t keyboard_ = 0;

@@ -17,20 +17,36 @@ struct KeyStroke {
     std::vector<std::uint8_t> modifiers; // keys, in the order of pressing
 };
 
+/// What the user may change while something is typed.
+struct KeyboardState {
+    std::uint8_t held = 0; // modifiers, by core bits
+    bool isCapsLocked = false;
+    std::uint8_t group = 0; // of the layouts, the one in use
+};
+
+/// Asks the server for it, one round trip a time.
+class KeyboardWatch {
+public:
+    /// Throws `AutomationError` (`failed`) where the server has no usable keyboard.
+    explicit KeyboardWatch(Connection& connection);
+    KeyboardState now();
+
+private:
+    Connection& connection_;
+};
+
 /// The server's keyboard as it is when this object is made: which key makes what.
 class KeyboardLayout {
 public:
     /// Throws `AutomationError` (`failed`) where the server has no usable keyboard.
-    explicit KeyboardLayout(FakeInput& input);
+    KeyboardLayout(FakeInput& input, std::uint8_t group);
     ~KeyboardLayout();
 
     /// The key that makes that keysym in the layout in use, by itself or with Shift or AltGr.
     std::optional<KeyStroke> making(std::uint32_t symbol, std::set<std::uint8_t> const& without) const;
     /// By XKB's name of the place on the keyboard: "AC01".
     std::optional<std::uint8_t> at(char const* place) const;
-
-    /// Of modifier keys held down, by core bits.
-    static std::uint8_t heldModifiers(FakeInput& input);
+    std::uint8_t group() const { return group_; }
 
 private:
     struct FreeKeymap {
@@ -41,16 +57,19 @@ private:
     std::optional<KeyStroke> stroke(std::uint32_t code, Level const& level) const;
 
     std::unique_ptr<xkb_keymap, FreeKeymap> keymap_;
-    std::uint32_t group_ = 0;
+    std::uint8_t group_ = 0;
 };
 
-/// Takes Caps Lock off while it lives, without a key press.
+/// Caps Lock, which would turn everything round: off while this types, without a key press.
 class CapsLockOff {
 public:
-    explicit CapsLockOff(Connection& connection);
+    explicit CapsLockOff(Connection& connection) : connection_(connection) {}
+    /// Puts it back.
     ~CapsLockOff();
     CapsLockOff(CapsLockOff const&) = delete;
     CapsLockOff& operator=(CapsLockOff const&) = delete;
+
+    void ensure(KeyboardState const& state);
 
 private:
     Connection& connection_;

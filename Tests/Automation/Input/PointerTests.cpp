@@ -137,6 +137,14 @@ TEST_F(PointerTest, theUsersMouseStopsAGlideAtOnce) {
     EXPECT_EQ(place(), (PixelPoint{300, 300})) << "the next one works";
 }
 
+TEST_F(PointerTest, aButtonThatTheUserHoldsStopsAGlideToo) {
+    pointer->glide({10, 10}, 0);
+    auto const [kind, seconds] = disturbed([&] { pointer->glide({600, 400}, 5); }, [&] { client->button(1, true); });
+    EXPECT_EQ(kind, AutomationError::Kind::userMoved);
+    EXPECT_LT(seconds, 0.05);
+    client->button(1, false);
+}
+
 TEST_F(PointerTest, cancellingStopsAGlide) {
     pointer->glide({10, 10}, 0);
     std::stop_source stop;
@@ -180,12 +188,14 @@ TEST_F(PointerTest, noButtonStaysPressedAfterWhateverEndsAClick) {
         EXPECT_THROW(clicking.get(), AutomationError);
         EXPECT_EQ(buttonsHeld(), 0) << delay.count();
     }
-    client->button(1, true); // as a program leaves it that is killed in the middle
+    for (int i = 0; i < 2; ++i) {
+        client->button(1, true); // as a program leaves it that is killed in the middle
+        i == 0 ? pointer->click(UIMouseButton::left, 1) : pointer->glide({200, 200}, 0.1);
+        EXPECT_EQ(buttonsHeld(), 0);
+    }
     presses();
-    seen.clear();
-    pointer->click(UIMouseButton::left, 1);
-    EXPECT_EQ(presses(), (std::vector<std::string>{"release 1", "press 1", "release 1"}));
-    EXPECT_EQ(buttonsHeld(), 0);
+    EXPECT_EQ(std::vector(seen.end() - 6, seen.end()),
+              (std::vector<std::string>{"press 1", "release 1", "press 1", "release 1", "press 1", "release 1"}));
 }
 
 TEST_F(PointerTest, aDisplayThatGoesAwayEndsAGlideWithASentence) {

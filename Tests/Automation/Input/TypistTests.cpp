@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <future>
+#include <thread>
 
 namespace tavaro {
 
@@ -39,6 +40,10 @@ protected:
         auto const at =
             client->connection().ask<xcb_query_pointer, xcb_query_pointer_reply>(client->connection().root());
         return at->mask & 0xff;
+    }
+    bool isAnyKeyDown() {
+        auto const keys = client->connection().ask<xcb_query_keymap, xcb_query_keymap_reply>();
+        return std::any_of(std::begin(keys->keys), std::end(keys->keys), [](auto bits) { return bits != 0; });
     }
     /// Keycodes that make nothing.
     int spareCodes() {
@@ -112,11 +117,29 @@ TEST_F(TypistTest, aModifierThatTheUserHoldsIsWaitedFor) {
     EXPECT_EQ(typed(1), Keys{"a"});
 }
 
-TEST_F(TypistTest, aModifierThatAKilledProgramLeftIsReleased) {
-    client->key("Control_L", true); // by the same extension, and never released
-    Typist(display->name(), quick).type("a");
-    EXPECT_EQ(typed(1), Keys{"a"});
-    EXPECT_EQ(modifiersHeld(), 0);
+TEST_F(TypistTest, whatTheUserDoesToTheKeyboardInTheMiddleOfATextChangesNothingOfIt) {
+    Typist typist(display->name(), {50ms, 0ms});
+    auto typing = std::async(std::launch::async, [&] { typist.type("abcdefghijkl"); });
+    // Each right after a key, when the next is not due for long.
+    EXPECT_EQ(typed(2).size(), 2u);
+    client->key("Control_L", true);
+    std::this_thread::sleep_for(150ms);
+    client->key("Control_L", false);
+    EXPECT_EQ(typed(4).size(), 4u);
+    client->tap("Caps_Lock");
+    typing.get();
+    EXPECT_EQ(typed(12), (Keys{"a", "b", "c", "d", "e", "f", "g", "h", "i", "j", "k", "l"}));
+    EXPECT_EQ(modifiersHeld(), XCB_MOD_MASK_LOCK) << "the user's own, put back";
+}
+
+TEST_F(TypistTest, keysThatAKilledProgramLeftAreReleased) {
+    for (auto const* const left : {"Control_L", "q"}) {
+        client->key(left, true); // by the same extension, and never released
+        Typist(display->name(), quick).type("a");
+        EXPECT_EQ(typed(1).back(), "a");
+        EXPECT_EQ(modifiersHeld(), 0);
+        EXPECT_FALSE(isAnyKeyDown()) << left;
+    }
 }
 
 TEST_F(TypistTest, spareKeysThatAKilledProgramLeftAreTakenBack) {
@@ -142,8 +165,7 @@ TEST_F(TypistTest, nothingStaysPressedWhateverEndsTyping) {
         stop.request_stop();
         EXPECT_THROW(typing.get(), AutomationError);
         EXPECT_EQ(modifiersHeld(), 0) << delay.count();
-        auto const keys = client->connection().ask<xcb_query_keymap, xcb_query_keymap_reply>();
-        EXPECT_TRUE(std::all_of(std::begin(keys->keys), std::end(keys->keys), [](auto bits) { return bits == 0; }));
+        EXPECT_FALSE(isAnyKeyDown());
     }
 }
 
