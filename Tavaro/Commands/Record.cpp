@@ -38,6 +38,7 @@ struct Options {
     std::string systemAudioOf;
     std::string microphoneID;
     bool logsNoKeys = false;
+    bool logsNoTyping = false;
     bool isRaw = false;
     bool asJSON = false;
     std::string mode = "website";
@@ -66,8 +67,13 @@ std::string stateOf(RecorderProgress const& progress) {
     return state + ". Ctrl-C ends the take.";
 }
 
+KeyLogging keyLogging(Options const& options) {
+    if (options.logsNoKeys) return KeyLogging::none;
+    return options.logsNoTyping ? KeyLogging::shortcuts : KeyLogging::all;
+}
+
 RecorderOptions recorderOptions(Options const& options) {
-    RecorderOptions result{.source = sourceOf(options), .fps = options.fps, .logsKeystrokes = !options.logsNoKeys};
+    RecorderOptions result{.source = sourceOf(options), .fps = options.fps, .keys = keyLogging(options)};
     if (options.microphone->count() > 0) result.microphone = MicrophoneSource{options.microphoneID};
     if (options.systemAudio->count() > 0) result.systemSound = SystemSoundSource{options.systemAudioOf};
     return result;
@@ -146,7 +152,11 @@ void addRecord(CLI::App& app) {
     command->add_option("--seconds", options->seconds, "end the take after that long; else Ctrl-C ends it")
         ->check(secondsFrom(0.1, 86'400));
     command->add_option("--fps", options->fps, "frames a second")->check(CLI::Range(1, 120))->capture_default_str();
-    command->add_flag("--no-keys", options->logsNoKeys, "log no keystrokes");
+    auto* const noKeys = command->add_flag("--no-keys", options->logsNoKeys, "log no keystrokes");
+    command
+        ->add_flag("--no-typing", options->logsNoTyping,
+                   "log no keystrokes but shortcuts: what is pressed with Ctrl, Alt or Super")
+        ->excludes(noKeys);
     command->add_option("--mode", options->mode, "what kind of demo it is")->check(modeNames())->capture_default_str();
     command->add_flag("--no-polish", options->isRaw, "leave the take as it was recorded");
     command->add_option("-o,--output", options->output, "the project to make, NAME.recproj")->check(notEmpty);

@@ -1,11 +1,11 @@
 #include <TavaroAutomation/Elements/Private/AccessibilityBus.h>
 
 #include <TavaroAutomation/Errors/AutomationError.h>
-#include <TavaroCapture/Sources/CaptureError.h>
-#include <TavaroCapture/X11/Connection.h>
+#include <TavaroCapture/Accessibility/BusConnection.h>
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstdint>
 #include <cstring>
 #include <deque>
@@ -23,18 +23,12 @@ constexpr char const* application = "org.a11y.atspi.Application";
 constexpr char const* properties = "org.freedesktop.DBus.Properties";
 constexpr char const* rootPath = "/org/a11y/atspi/accessible/root";
 
-struct CloseBus {
-    void operator()(sd_bus* bus) const { sd_bus_close_unref(bus); }
-};
-using Bus = std::unique_ptr<sd_bus, CloseBus>;
 struct FreeMessage {
     void operator()(sd_bus_message* message) const { sd_bus_message_unref(message); }
 };
 using Message = std::unique_ptr<sd_bus_message, FreeMessage>;
 
 using Microseconds = std::chrono::duration<std::uint64_t, std::micro>;
-// Longer than a loaded machine takes to start a bus, short enough for who waits.
-constexpr Microseconds connecting = std::chrono::seconds(2);
 
 [[noreturn]] void failToConnect(std::string const& reason) {
     throw AutomationError(
@@ -47,44 +41,13 @@ constexpr Microseconds connecting = std::chrono::seconds(2);
 std::string errorText(int code) { return std::strerror(-code); }
 
 Bus opened(std::string const& address) {
-    sd_bus* raw = nullptr;
-    sd_bus_new(&raw);
-    Bus bus(raw);
-    sd_bus_set_address(raw, address.c_str());
-    sd_bus_set_bus_client(raw, 1);
-    sd_bus_set_method_call_timeout(raw, connecting.count());
-    if (int const code = sd_bus_start(raw); code < 0)
-        failToConnect(fmt::format("the accessibility bus does not answer ({}).", errorText(code)));
+    auto bus = openBus(address);
+    if (!bus) failToConnect(fmt::format("the accessibility bus does not answer ({}).", errorText(-errno)));
     return bus;
 }
 
-/// Starts the accessibility bus where it is not running yet.
-std::string addressFromSession() {
-    sd_bus* raw = nullptr;
-    if (sd_bus_open_user(&raw) < 0) return {};
-    Bus const session(raw);
-    sd_bus_set_method_call_timeout(raw, connecting.count());
-    sd_bus_message* answer = nullptr;
-    char const* address = "";
-    if (sd_bus_call_method(raw, "org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress", nullptr, &answer, "") <
-        0)
-        return {};
-    Message const owner(answer);
-    return sd_bus_message_read(answer, "s", &address) < 0 ? std::string() : address;
-}
-
-std::string addressFromDisplay(std::string const& display) {
-    try {
-        x11::Connection connection(display);
-        return connection.text(connection.root(), "AT_SPI_BUS");
-    } catch (CaptureError const&) {
-        return {};
-    }
-}
-
-std::string busAddress(std::string const& display) {
-    auto address = addressFromSession();
-    if (address.empty()) address = addressFromDisplay(display);
+std::string knownAddress(std::string const& display) {
+    auto address = busAddress(display);
     if (address.empty()) failToConnect("there is no accessibility bus.");
     return address;
 }
@@ -234,7 +197,8 @@ struct AccessibilityBus::State {
     std::size_t underWay = 0;
 };
 
-AccessibilityBus::AccessibilityBus(std::string const& display) : AccessibilityBus(KnownAddress{busAddress(display)}) {}
+AccessibilityBus::AccessibilityBus(std::string const& display)
+    : AccessibilityBus(KnownAddress{knownAddress(display)}) {}
 AccessibilityBus::AccessibilityBus(KnownAddress const& known) : state_(std::make_unique<State>(known.address)) {}
 AccessibilityBus::~AccessibilityBus() = default;
 

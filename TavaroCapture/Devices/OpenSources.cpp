@@ -2,6 +2,7 @@
 
 #include <TavaroCapture/Pulse/Private/ApplicationSound.h>
 #include <TavaroCapture/Pulse/Private/PulseSound.h>
+#include <TavaroCapture/Secrets/Private/GuardedEvents.h>
 #include <TavaroCapture/X11/Private/InputMonitor.h>
 #include <TavaroCapture/X11/Private/ScreenGrabber.h>
 
@@ -12,7 +13,7 @@ std::unique_ptr<ScreenSource> openScreen(CaptureSource const& source, std::strin
 }
 
 std::unique_ptr<EventSource> openEvents(std::string const& display, KeyLogging keys) {
-    return std::make_unique<x11::InputMonitor>(display, keys);
+    return guarded(std::make_unique<x11::InputMonitor>(display, keys), keys, display);
 }
 
 std::unique_ptr<SoundSource> openMicrophone(MicrophoneSource const& source, std::string const& server) {

@@ -78,8 +78,16 @@ void EventLog::noteKey(double t, Chord const& chord) {
     stroke.t = notBefore(log_.keystrokes, t);
     stroke.keys = chord.names();
     stroke.isShortcut = chord.isShortcut();
-    if (frontmost_) stroke.application = frontmost_->name;
+    stroke.application = applicationAt(stroke.t);
     log_.keystrokes.push_back(std::move(stroke));
+}
+
+std::optional<std::string> EventLog::applicationAt(double t) const {
+    if (t >= spanStart_) return frontmost_ ? std::optional(frontmost_->name) : std::nullopt;
+    auto const span = std::find_if(log_.appSpans.rbegin(), log_.appSpans.rend(),
+                                   [&](AppFocusSpan const& span) { return span.t <= t; });
+    bool const isIn = span != log_.appSpans.rend() && t < span->t + span->duration;
+    return isIn ? std::optional(span->name) : std::nullopt;
 }
 
 void EventLog::noteFrontmostApplication(double t, std::optional<ApplicationIdentity> application) {

@@ -62,10 +62,10 @@ EventHandlers EventRecorder::State::handlers() {
         record(at, [chord = std::move(chord)](EventLog& log, double t) { log.noteKey(t, chord); });
     };
     result.cursor = [this](CursorKind kind) { cursor = kind; };
-    result.frontmost = [this](std::optional<ApplicationIdentity> application) {
+    result.frontmost = [this](FrontWindow const& window) {
         // The front application may change in a pause; the span then starts where the take goes on.
         double const t = clock.elapsed(mediaClockNow());
-        sampleQueue.async([this, t, application = std::move(application)] {
+        sampleQueue.async([this, t, application = window.application] {
             if (!isClosed) log.noteFrontmostApplication(t, application);
         });
     };

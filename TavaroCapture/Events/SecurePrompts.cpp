@@ -1,7 +1,11 @@
 #include <TavaroCapture/Events/Private/SecurePrompts.h>
 
+#include <TavaroCore/Files/FileDescriptor.h>
+
 #include <algorithm>
-#include <string>
+#include <array>
+#include <fmt/format.h>
+#include <string_view>
 
 namespace tavaro {
 
@@ -11,22 +15,53 @@ namespace {
 constexpr std::string_view parts[] = {"pinentry", "askpass",     "polkit",       "policykit",    "gcr-prompter",
                                       "kwallet",  "screensaver", "screenlock",   "light-locker", "xsecurelock",
                                       "i3lock",   "greeter",     "gnome-keyring"};
-constexpr std::string_view wholes[] = {"xlock", "slock", "xlockmore", "physlock", "gksu", "gksudo", "kdesu", "kdesudo"};
+constexpr std::string_view wholes[] = {"xlock", "slock",   "xlockmore", "physlock", "gksu",  "gksudo",
+                                       "kdesu", "kdesudo", "lxqt-sudo", "lxsu",     "lxsudo"};
+// Dialogs of scripts, which ask for a password where their command says so.
+constexpr std::string_view dialogs[] = {"zenity", "yad", "kdialog", "qarma", "matedialog"};
+constexpr std::string_view hiding[] = {"--password", "--newpassword", "--add-password", "--hide-text"};
 
-bool names(std::string_view text) {
+std::string lowered(std::string_view text) {
     std::string lower(text);
     for (char& c : lower) {
         if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
     }
-    return std::any_of(std::begin(parts), std::end(parts),
-                       [&](std::string_view part) { return lower.find(part) != std::string::npos; }) ||
-           std::find(std::begin(wholes), std::end(wholes), lower) != std::end(wholes);
+    return lower;
+}
+
+bool isOneOf(std::string_view text, auto const& all) { return std::ranges::find(all, text) != std::end(all); }
+
+bool isPrompt(std::string const& name) {
+    return isOneOf(name, wholes) ||
+           std::ranges::any_of(parts, [&](std::string_view part) { return name.find(part) != std::string::npos; });
+}
+
+bool hidesText(std::vector<std::string> const& command) {
+    return std::ranges::any_of(command,
+                               [](std::string_view word) { return isOneOf(word.substr(0, word.find('=')), hiding); });
 }
 
 }
 
-bool isSecurePrompt(std::string_view instance, std::string_view windowClass) {
-    return names(instance) || names(windowClass);
+bool isSecurePrompt(PromptWindow const& window) {
+    auto const instance = lowered(window.instance), name = lowered(window.windowClass);
+    bool const isDialog = isOneOf(instance, dialogs) || isOneOf(name, dialogs);
+    return isPrompt(instance) || isPrompt(name) || (isDialog && hidesText(window.command));
+}
+
+std::vector<std::string> commandOf(int process) {
+    std::vector<std::string> words;
+    auto const file = FileDescriptor::open(fmt::format("/proc/{}/cmdline", process), FileDescriptor::Opening::reading);
+    std::array<std::byte, 4096> bytes{};
+    auto const count = process > 0 && file.isOpen() ? file.read(bytes) : 0;
+    std::string_view rest(reinterpret_cast<char const*>(bytes.data()),
+                          static_cast<std::size_t>(std::max<std::ptrdiff_t>(count, 0)));
+    while (!rest.empty()) {
+        auto const end = std::min(rest.find('\0'), rest.size());
+        words.emplace_back(rest.substr(0, end));
+        rest.remove_prefix(std::min(end + 1, rest.size()));
+    }
+    return words;
 }
 
 }

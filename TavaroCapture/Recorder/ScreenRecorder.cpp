@@ -20,7 +20,7 @@ void requireSound(RecorderOptions const& options) {
 TakeSources openSources(RecorderOptions const& options) {
     TakeSources result;
     result.screen = openScreen(options.source, options.display);
-    result.events = openEvents(options.display, options.logsKeystrokes ? KeyLogging::on : KeyLogging::off);
+    result.events = openEvents(options.display, options.keys);
     if (options.microphone) result.microphone = openMicrophone(*options.microphone, options.soundServer);
     if (options.systemSound) result.systemSound = openSystemSound(*options.systemSound, options.soundServer);
     return result;

@@ -3,6 +3,7 @@
 #include <TavaroCapture/Segments/TakeStream.h>
 #include <TavaroCapture/Sources/CaptureError.h>
 #include <TavaroCapture/Sources/CaptureSource.h>
+#include <TavaroCapture/Sources/KeyLogging.h>
 #include <TavaroCapture/Sources/SoundState.h>
 #include <TavaroCore/Recording/RecordingMetadata.h>
 
@@ -23,7 +24,7 @@ struct RecorderOptions {
     CaptureSource source = DisplaySource{};
     std::string display; // X server to record; empty means `$DISPLAY`
     int fps = 60;        // 1…120
-    bool logsKeystrokes = true;
+    KeyLogging keys = KeyLogging::all;
     std::optional<MicrophoneSource> microphone;   // none: not recorded
     std::optional<SystemSoundSource> systemSound; // none: not recorded
     std::string soundServer;                      // as in `$PULSE_SERVER`; empty means that, or the session's own

@@ -221,7 +221,7 @@ CaptureHealth ScreenRecorder::Take::health() const {
     result.droppedFrames = droppedFrames_;
     result.writerRejectedFrames = writer_->writerRejectedFrames();
     result.repeatedFrames = repeatedFrames_;
-    result.keyboardCaptured = options_.logsKeystrokes && events_->keyboardCaptured();
+    result.keyboardCaptured = options_.keys != KeyLogging::none && events_->keyboardCaptured();
     result.interruptions = std::ssize(interruptedAt_);
     result.interruptedAt = interruptedAt_;
     auto const early = ending();

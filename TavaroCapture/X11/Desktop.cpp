@@ -47,20 +47,19 @@ std::string titleOf(Connection& connection, xcb_window_t window) {
 
 /// The file name of the program that says the window is its; empty where that is unknown.
 std::string programOf(Connection& connection, xcb_window_t window) {
-    auto const pid = connection.cardinals(window, "_NET_WM_PID");
-    if (pid.empty()) return {};
+    int const process = processOf(connection, window);
+    if (process == 0) return {};
     std::error_code code;
-    return std::filesystem::read_symlink(fmt::format("/proc/{}/exe", pid[0]), code).filename().string();
+    return std::filesystem::read_symlink(fmt::format("/proc/{}/exe", process), code).filename().string();
 }
 
 WindowInfo describe(Connection& connection, xcb_window_t window, PixelRect const& frame) {
     auto const identity = applicationOf(connection, window);
-    auto const pid = connection.cardinals(window, "_NET_WM_PID");
     return {.window = window,
             .title = titleOf(connection, window),
             .application = identity.name,
             .bundleID = identity.bundleID,
-            .pid = pid.empty() ? 0 : static_cast<int>(pid[0]),
+            .pid = processOf(connection, window),
             .frame = frame,
             .isMinimized = isMinimized(connection, window)};
 }
@@ -185,6 +184,11 @@ std::vector<WindowInfo> windows(Connection& connection) {
             result.push_back(describe(connection, *window, *frame));
     }
     return result;
+}
+
+int processOf(Connection& connection, xcb_window_t window) {
+    auto const pid = connection.cardinals(window, "_NET_WM_PID");
+    return pid.empty() ? 0 : static_cast<int>(pid[0]);
 }
 
 ApplicationIdentity applicationOf(Connection& connection, xcb_window_t window) {

@@ -10,6 +10,8 @@ namespace tavaro::x11 {
 std::vector<DisplayInfo> displays(Connection& connection);
 /// Frontmost first, without desktops, docks and popups.
 std::vector<WindowInfo> windows(Connection& connection);
+/// 0 where the window does not say.
+int processOf(Connection& connection, xcb_window_t window);
 ApplicationIdentity applicationOf(Connection& connection, xcb_window_t window);
 
 /// What a source comes down to: an area of the root, or a top-level window (and its application's other windows).

@@ -47,7 +47,7 @@ InputMonitor::InputMonitor(std::string const& display, KeyLogging keys)
         throw CaptureError(CaptureError::Kind::unsupported,
                            "Clicks and keys cannot be recorded: this X server lacks XInput 2.1.");
     connection_.ask<xcb_xfixes_query_version, xcb_xfixes_query_version_reply>(4u, 0u);
-    if (keys == KeyLogging::on) keyboard_ = Keyboard::open(connection_);
+    if (keys != KeyLogging::none) keyboard_ = Keyboard::open(connection_);
     readButtonMapping();
     selectEvents();
     findPrompts();
@@ -177,13 +177,19 @@ void InputMonitor::reportFrontmost() {
     front_ = active;
     if (active == XCB_NONE) {
         isFrontSecure_ = false;
-        return handlers_.frontmost(std::nullopt);
+        return handlers_.frontmost({});
     }
-    auto const names = windowClass(connection_, active);
-    isFrontSecure_ = isSecurePrompt(names.instance, names.name);
+    isFrontSecure_ = asksForSecret(active);
+    FrontWindow window{.process = processOf(connection_, active)};
     auto identity = applicationOf(connection_, active);
-    if (identity.name.empty()) return handlers_.frontmost(std::nullopt);
-    handlers_.frontmost(std::move(identity));
+    if (!identity.name.empty()) window.application = std::move(identity);
+    handlers_.frontmost(std::move(window));
+}
+
+bool InputMonitor::asksForSecret(xcb_window_t window) {
+    auto const names = windowClass(connection_, window);
+    return isSecurePrompt(
+        {.instance = names.instance, .windowClass = names.name, .command = commandOf(processOf(connection_, window))});
 }
 
 void InputMonitor::watchForPrompt(xcb_window_t window, bool isMapped) {
@@ -191,8 +197,7 @@ void InputMonitor::watchForPrompt(xcb_window_t window, bool isMapped) {
         std::erase(prompts_, window);
         return;
     }
-    auto const names = windowClass(connection_, clientWindow(connection_, window));
-    if (isSecurePrompt(names.instance, names.name)) prompts_.push_back(window);
+    if (asksForSecret(clientWindow(connection_, window))) prompts_.push_back(window);
 }
 
 void InputMonitor::findPrompts() {

@@ -38,6 +38,7 @@ public:
     void notePointer(double t, PixelPoint point, UnitPoint2 position, CursorKind kind);
     void notePress(double t, Press press);
     void noteRelease(double t, MouseButton button, PixelPoint point);
+    /// A key may be reported a while after it was pressed, when another application is in front.
     void noteKey(double t, Chord const& chord);
     /// Closes the open span and opens one for the application now in front; none when nothing is.
     void noteFrontmostApplication(double t, std::optional<ApplicationIdentity> application);
@@ -63,6 +64,7 @@ private:
         PixelPoint point;
     };
     void noteTravel(PixelPoint point, OpenPress const& press);
+    std::optional<std::string> applicationAt(double t) const;
 
     RecordingMetadata log_;
     std::optional<OpenPress> open_[3]; // by button

@@ -1,12 +1,22 @@
 #pragma once
 
-#include <string_view>
+#include <string>
+#include <vector>
 
 namespace tavaro {
 
-/// Whether windows of this class ask for secrets: passphrase and password prompts, authorisation agents, screen locks
-/// and log-in screens. No key is logged while one is mapped or in front. X does not tell which field of an ordinary
-/// window is a password's, so what is typed into a web page's or a terminal's prompt is logged as any other key.
-bool isSecurePrompt(std::string_view instance, std::string_view windowClass);
+struct PromptWindow {
+    std::string instance; // the first word of its class
+    std::string windowClass;
+    std::vector<std::string> command; // of its program; empty where that is unknown
+};
+
+/// Whether a window is known to ask for secrets: passphrase and password prompts, authorisation agents, screen locks
+/// and log-in screens, and dialogs that a script shows for a password. No key is logged while one is mapped or in
+/// front.
+bool isSecurePrompt(PromptWindow const& window);
+
+/// The words of a process's command; empty where it has ended or is another user's.
+std::vector<std::string> commandOf(int process);
 
 }

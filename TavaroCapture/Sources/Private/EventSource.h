@@ -2,6 +2,7 @@
 
 #include <TavaroCapture/Sources/CaptureSource.h>
 #include <TavaroCapture/Sources/DesktopEntries.h>
+#include <TavaroCapture/Sources/KeyLogging.h>
 #include <TavaroCore/Recording/RecordingMetadata.h>
 
 #include <functional>
@@ -24,6 +25,12 @@ struct Chord {
     bool isShortcut() const { return control || option || command; }
 };
 
+/// The window that has the keyboard.
+struct FrontWindow {
+    std::optional<ApplicationIdentity> application; // none where there is no window, or nobody says whose it is
+    int process = 0;                                // 0: unknown
+};
+
 /// What the user does on the desktop, reported on the source's own thread as it happens. `at` is the moment on the
 /// media clock.
 struct EventHandlers {
@@ -35,12 +42,11 @@ struct EventHandlers {
     };
     std::function<void(double at, ButtonPress)> press;
     std::function<void(double at, MouseButton, PixelPoint)> release;
-    std::function<void(double at, Chord)> key; // never one that is typed into a known prompt for secrets
+    std::function<void(double at, Chord)>
+        key; // never one that is typed into a prompt for secrets that is known as such
     std::function<void(CursorKind)> cursor;
-    std::function<void(std::optional<ApplicationIdentity>)> frontmost;
+    std::function<void(FrontWindow)> frontmost;
 };
-
-enum class KeyLogging { on, off };
 
 /// A desktop that can tell what the user does on it.
 class EventSource {

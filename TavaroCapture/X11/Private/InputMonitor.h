@@ -36,6 +36,7 @@ private:
     void readButtonMapping();
     void reportCursor(xcb_atom_t name);
     void reportFrontmost();
+    bool asksForSecret(xcb_window_t window);
     void watchForPrompt(xcb_window_t window, bool isMapped);
     void findPrompts();
 

@@ -1,30 +1,15 @@
 #pragma once
 
+#include "../../Capture/TestBus.h"
+
 #include <TavaroAutomation/Elements/Private/Accessible.h>
 
 #include <deque>
 #include <memory>
 #include <string>
-#include <sys/types.h>
 #include <vector>
 
 namespace tavaro {
-
-/// A message bus of its own, for as long as the object lives. `address` is empty where none can be started.
-class TestBus {
-public:
-    TestBus();
-    ~TestBus();
-    TestBus(TestBus const&) = delete;
-    TestBus& operator=(TestBus const&) = delete;
-
-    std::string const& address() const { return address_; }
-    void kill();
-
-private:
-    std::string address_;
-    pid_t process_ = 0;
-};
 
 /// A widget that a test makes up.
 struct FakeWidget {

@@ -7,6 +7,7 @@
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 #include <map>
+#include <unistd.h>
 
 namespace tavaro {
 
@@ -108,6 +109,20 @@ TEST(EventLog, spansFollowTheFrontApplicationWithoutGaps) {
     EXPECT_TRUE(all.keystrokes.empty());
 }
 
+TEST(EventLog, aKeyThatIsReportedLateBelongsToWhatWasInFrontWhenItWasPressed) {
+    EventLog log;
+    log.noteFrontmostApplication(1, ApplicationIdentity{"a", "A"});
+    log.noteFrontmostApplication(2, ApplicationIdentity{"b", "B"});
+    log.noteFrontmostApplication(3, std::nullopt);
+    log.noteFrontmostApplication(4, ApplicationIdentity{"c", "C"});
+    std::string applications;
+    for (double const t : {0.5, 1.5, 2.0, 3.5, 4.5}) {
+        log.noteKey(t, {.key = "x"});
+        applications += log.since({}, 5).keystrokes.back().application.value_or("-");
+    }
+    EXPECT_EQ(applications, "-AB-C");
+}
+
 TEST(EventLog, whatIsSettledNeverChangesAgain) {
     EventLog log;
     click(log, 1, 10, 10);
@@ -182,11 +197,15 @@ TEST(KeyNames, keysWithoutCharactersKeepAReadableName) {
 TEST(SecurePrompts, promptsAreKnownByAnyOfTheirNamesAndOrdinaryWindowsAreNot) {
     for (auto const* name : {"pinentry-gtk-2", "Pinentry-gnome3", "Gcr-prompter", "lxqt-openssh-askpass", "i3lock",
                              "Polkit-gnome-authentication-agent-1", "xfce4-screensaver", "Lightdm-gtk-greeter"}) {
-        EXPECT_TRUE(isSecurePrompt(name, "")) << name;
-        EXPECT_TRUE(isSecurePrompt("x", name)) << name;
+        EXPECT_TRUE(isSecurePrompt({.instance = name})) << name;
+        EXPECT_TRUE(isSecurePrompt({"x", name, {}})) << name;
     }
     for (auto const* name : {"", "Mousepad", "firefox", "Gnome-terminal", "Clocks"})
-        EXPECT_FALSE(isSecurePrompt(name, name)) << name;
+        EXPECT_FALSE(isSecurePrompt({name, name, {"/usr/bin/x", "--password"}})) << name;
+    for (auto const* option : {"--password", "--add-password=PIN"})
+        EXPECT_TRUE(isSecurePrompt({"zenity", "Zenity", {"zenity", option}})) << option;
+    EXPECT_FALSE(isSecurePrompt({"zenity", "Zenity", {"zenity", "--info", "--text=--password"}}));
+    EXPECT_EQ(commandOf(getpid()).size(), testing::internal::GetArgvs().size());
 }
 
 }

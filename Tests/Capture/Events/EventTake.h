@@ -15,7 +15,7 @@ class EventTake : public DisplayTest {
 protected:
     void begin() {
         clock.start(mediaClockNow());
-        recorder.emplace(openEvents(display->name(), KeyLogging::on), PixelRect{100, 100, 400, 200}, clock, queue);
+        recorder.emplace(openEvents(display->name(), KeyLogging::all), PixelRect{100, 100, 400, 200}, clock, queue);
         recorder->start();
     }
     RecordingMetadata log() { return recorder->metadata(1000); }

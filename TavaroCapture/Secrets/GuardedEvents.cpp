@@ -1,0 +1,126 @@
+#include <TavaroCapture/Secrets/Private/GuardedEvents.h>
+
+#include <TavaroPlatform/Clocks/MediaClock.h>
+
+#include <algorithm>
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <utility>
+
+namespace tavaro {
+
+namespace {
+
+/// How long a program usually takes to handle the keys before this one.
+constexpr double settlingSeconds = 0.06;
+/// At the take's end, keys that nobody could place by then are left out.
+constexpr double patienceAtEnd = 0.3;
+
+}
+
+GuardedEvents::GuardedEvents(std::unique_ptr<EventSource> source, KeyLogging keys, std::unique_ptr<FieldFocus> focus)
+    : source_(std::move(source))
+    , keys_(keys)
+    , wake_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))
+    , focus_(std::move(focus)) {}
+
+GuardedEvents::~GuardedEvents() { stop(); }
+
+void GuardedEvents::start(EventHandlers handlers) {
+    handlers_ = std::move(handlers);
+    auto passedOn = handlers_;
+    passedOn.frontmost = [this](FrontWindow window) {
+        front_ = window.process;
+        handlers_.frontmost(std::move(window));
+    };
+    passedOn.key = [this](double at, Chord chord) {
+        if (keys_ == KeyLogging::shortcuts && !chord.isShortcut()) return;
+        std::lock_guard const lock(arriving_);
+        arrived_.push_back({at, std::move(chord), front_, mediaClockNow()});
+        eventfd_write(wake_.get(), 1);
+    };
+    source_->start(std::move(passedOn));
+    queue_.async([this] { run(); });
+}
+
+void GuardedEvents::stop() {
+    source_->stop();
+    if (endedAt_ == 0) endedAt_ = mediaClockNow();
+    eventfd_write(wake_.get(), 1);
+    queue_.sync([] {});
+}
+
+bool GuardedEvents::isOver() const {
+    return endedAt_ > 0 && (held_.empty() || mediaClockNow() > endedAt_ + patienceAtEnd);
+}
+
+void GuardedEvents::run() {
+    do {
+        waitForNews();
+        takeArrived();
+        if (focus_ && !focus_->listen()) focus_.reset();
+        noteSecrets();
+        askForOldest();
+    } while (!isOver());
+}
+
+void GuardedEvents::waitForNews() {
+    constexpr int lookAgain = 20; // milliseconds, while keys are held
+    int patience = held_.empty() ? -1 : lookAgain;
+    pollfd watched[] = {{wake_.get(), POLLIN, 0}, {-1, 0, 0}};
+    if (focus_) {
+        watched[1] = {focus_->descriptor(), focus_->awaited(), 0};
+        int const due = focus_->patience();
+        if (due >= 0) patience = patience < 0 ? due : std::min(patience, due);
+    }
+    poll(watched, std::size(watched), patience);
+    eventfd_t ignored = 0;
+    eventfd_read(wake_.get(), &ignored);
+}
+
+void GuardedEvents::takeArrived() {
+    std::lock_guard const lock(arriving_);
+    std::ranges::move(arrived_, std::back_inserter(held_));
+    arrived_.clear();
+}
+
+/// Keys that are held while a secret is asked for are part of it, or near enough.
+void GuardedEvents::noteSecrets() {
+    bool const isSecret = focus_ && focus_->takeSecret();
+    int process = 0;
+    bool asks = false; // its terminal
+    for (auto& key : held_) {
+        if (std::exchange(process, key.process) != key.process) asks = terminals_.asksForSecret(process);
+        key.isSecret = key.isSecret || isSecret || asks;
+    }
+}
+
+void GuardedEvents::askForOldest() {
+    if (asked_ > 0 || (focus_ && focus_->isSearching())) return;
+    double const now = mediaClockNow();
+    auto const firstYoung =
+        std::ranges::find_if(held_, [&](HeldKey const& key) { return now < key.arrivedAt + settlingSeconds; });
+    asked_ = static_cast<std::size_t>(firstYoung - held_.begin());
+    if (asked_ == 0) return;
+    if (!focus_) return settle(FieldFocus::Content::open);
+    focus_->ask([this](FieldFocus::Content content) { settle(content); });
+}
+
+void GuardedEvents::settle(FieldFocus::Content content) {
+    noteSecrets();
+    for (; asked_ > 0; --asked_) {
+        auto key = std::move(held_.front());
+        held_.pop_front();
+        if (!key.isSecret && content == FieldFocus::Content::open) handlers_.key(key.at, std::move(key.chord));
+    }
+}
+
+std::unique_ptr<EventSource> guarded(std::unique_ptr<EventSource> source, KeyLogging keys, std::string const& display) {
+    if (keys == KeyLogging::none) return source;
+    auto const address = atspi::busAddress(display);
+    auto bus = address.empty() ? nullptr : atspi::openBus(address);
+    auto focus = bus ? std::make_unique<FieldFocus>(std::move(bus)) : nullptr;
+    return std::make_unique<GuardedEvents>(std::move(source), keys, std::move(focus));
+}
+
+}

@@ -1,0 +1,71 @@
+#pragma once
+
+#include <TavaroCapture/Secrets/Private/FieldFocus.h>
+#include <TavaroCapture/Secrets/Private/TerminalPrompts.h>
+#include <TavaroCapture/Sources/Private/EventSource.h>
+#include <TavaroCore/Files/FileDescriptor.h>
+#include <TavaroPlatform/Queues/SerialQueue.h>
+
+#include <atomic>
+#include <deque>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+namespace tavaro {
+
+/// What another source reports, less the keys that go into a password field or a terminal's prompt. Where a key goes is
+/// known only when the program in front has got round to it, which may have been given keys before that move its focus.
+/// So each key is held back: for a moment, and until that program has answered a question that it was asked after it.
+/// Where a password field had the keyboard at any time in between, or the program does not answer, nobody learns of the
+/// key. All other reports go through at once.
+class GuardedEvents final : public EventSource {
+public:
+    /// `focus` is none where programs tell nothing of their widgets.
+    GuardedEvents(std::unique_ptr<EventSource> source, KeyLogging keys, std::unique_ptr<FieldFocus> focus);
+    ~GuardedEvents() override;
+
+    void start(EventHandlers handlers) override;
+    void stop() override;
+    bool hasKeyboard() const override { return source_->hasKeyboard(); }
+    std::optional<PixelPoint> pointer() override { return source_->pointer(); }
+
+private:
+    struct HeldKey {
+        double at;
+        Chord chord;
+        int process; // in front; 0: unknown
+        double arrivedAt;
+        bool isSecret = false;
+    };
+
+    void run();
+    void waitForNews();
+    void takeArrived();
+    void noteSecrets();
+    void askForOldest();
+    void settle(FieldFocus::Content content);
+    bool isOver() const;
+
+    std::unique_ptr<EventSource> const source_;
+    KeyLogging const keys_;
+    EventHandlers handlers_;
+    std::atomic<int> front_ = 0; // process
+    std::mutex arriving_;
+    std::vector<HeldKey> arrived_; // guarded by arriving_
+    FileDescriptor wake_;
+    std::atomic<double> endedAt_ = 0; // moment of the media clock; 0: not yet
+
+    // The queue's.
+    std::unique_ptr<FieldFocus> focus_;
+    TerminalPrompts terminals_;
+    std::deque<HeldKey> held_;
+    std::size_t asked_ = 0; // of the held ones, for which the program's answer is awaited
+
+    SerialQueue queue_{"com.tavaro.capture.keys"}; // runs one task from `start` to `stop`
+};
+
+/// The source as it is where no keys are logged, else guarded by all that can be known on `display`.
+std::unique_ptr<EventSource> guarded(std::unique_ptr<EventSource> source, KeyLogging keys, std::string const& display);
+
+}
