@@ -77,6 +77,13 @@ struct SystemSoundSource {
     bool operator==(SystemSoundSource const&) const = default;
 };
 
+/// A camera, by its id as listed, its name or its node; an empty id is the default camera.
+struct CameraDeviceSource {
+    std::string id;
+    double lag = 0; // seconds by which it tells a picture's moment too late
+    bool operator==(CameraDeviceSource const&) const = default;
+};
+
 /// What a take's marker calls it: "display", "window", "application" or "area".
 std::string_view recordingMode(CaptureSource const& source);
 
