@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <map>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -80,7 +81,7 @@ struct SystemSoundSource {
 /// A camera, by its id as listed, its name or its node; an empty id is the default camera.
 struct CameraDeviceSource {
     std::string id;
-    double lag = 0; // seconds by which it tells a picture's moment too late
+    std::map<std::string, double> lags = {}; // of cameras, by id: seconds by which they tell a moment too late
     bool operator==(CameraDeviceSource const&) const = default;
 };
 

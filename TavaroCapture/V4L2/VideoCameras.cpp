@@ -102,12 +102,13 @@ std::unique_ptr<CameraSource> openCamera(std::shared_ptr<VideoSystem const> syst
     if (!camera) fail(fmt::format("There is no camera “{}”. `tavaro sources` lists those there are.", source.id));
     auto const mode = modeOf(*camera);
     Identity const identity{camera->node.id, camera->description.name, camera->description.bus};
+    auto const lag = source.lags.find(identity.id);
     auto const tried = streamOf(std::move(*camera), mode);
     return std::make_unique<ReopenedCamera>(
         ReopenedCamera::Options{.open = [system, identity, mode] { return reopened(*system, identity, mode); },
                                 .size = ReopenedCamera::filmedSize(tried->format()),
                                 .fps = std::clamp(static_cast<int>(std::lround(tried->fps())), 1, 120),
-                                .lag = source.lag});
+                                .lag = lag == source.lags.end() ? 0 : lag->second});
 }
 
 }

@@ -59,7 +59,7 @@ protected:
     std::shared_ptr<FakeVideo> machine() { return std::make_shared<FakeVideo>(std::vector{camera, other}); }
     static std::string refusal(std::shared_ptr<FakeVideo> const& video, std::string const& id) {
         try {
-            openCamera(video, {id});
+            openCamera(video, {.id = id});
             return "";
         } catch (CaptureError const& error) {
             EXPECT_EQ(error.kind, CaptureError::Kind::noCamera);
@@ -106,8 +106,8 @@ TEST_F(VideoCamerasTest, everyPictureIsStampedWithTheMomentThatItShows) {
     }
 }
 
-TEST_F(VideoCamerasTest, aLagIsTakenFromTheStamps) {
-    auto const source = openCamera(machine(), {.lag = 0.12});
+TEST_F(VideoCamerasTest, theLagOfACameraIsTakenFromItsStamps) {
+    auto const source = openCamera(machine(), {.lags = {{"usb-Desk-index0", 0.12}, {"video2", 0.3}}});
     source->start(seen.handlers());
     source->stop();
     EXPECT_NEAR(seen.worst(), 0.12, 1e-6);
@@ -133,7 +133,7 @@ TEST_F(VideoCamerasTest, damagedAndSkippedPicturesAreLeftOutAndCounted) {
 
 TEST_F(VideoCamerasTest, anUnpluggedCameraIsToldOfAndOnlyItselfComesBack) {
     auto const video = machine();
-    auto const source = openCamera(video, {"Desk camera"});
+    auto const source = openCamera(video, {.id = "Desk camera"});
     source->start(seen.handlers());
     ASSERT_GT(seen.count(), 0u);
     camera->isPlugged = false;
@@ -155,7 +155,7 @@ TEST_F(VideoCamerasTest, anUnpluggedCameraIsToldOfAndOnlyItselfComesBack) {
 
 TEST_F(VideoCamerasTest, aCameraWithoutALastingIdIsKnownByItsPlug) {
     auto const video = machine();
-    auto const source = openCamera(video, {"video2"});
+    auto const source = openCamera(video, {.id = "video2"});
     source->start(seen.handlers());
     other->isPlugged = false;
     ASSERT_TRUE(eventually([&] { return seen.lostAt > 0; }));
