@@ -53,16 +53,12 @@ CaptureSource sourceOf(RecordRequest const& request) {
     }
 }
 
-void expectNoCamera(RecordRequest const& request) {
-    if (request.camera.value_or(false))
-        throw MCPToolError(MCPErrorCode::failed,
-                           "This version of Tavaro cannot record the camera. Record with camera: false.");
-}
-
 RecorderOptions recorderOptions(RecordRequest const& request, Preferences& preferences) {
     RecorderOptions options{.source = sourceOf(request)};
     if (request.microphone.value_or(preferences.get(microphoneRecorded)))
         options.microphone = MicrophoneSource{preferences.get(microphoneChosen)};
+    if (request.camera.value_or(preferences.get(cameraRecorded)))
+        options.camera = cameraSource(preferences.get(cameraChosen), preferences);
     if (request.systemAudio.value_or(preferences.get(systemAudioRecorded))) options.systemSound = SystemSoundSource{};
     return options;
 }
@@ -119,15 +115,12 @@ ToolResult savedResult(RecordingOutcome const& outcome, RecordRequest const& req
 
 void RecordingTools::listSources(RunningCall& call) {
     application_.sources(call.later([](RunningCall& here, auto const& sources) {
-        auto structured = objectOf(listingOf(sources.value()));
-        structured.emplace("cameras", JSONValue::Array{});
-        here.finish(toolResult::ok("Recordable sources", structured));
+        here.finish(toolResult::ok("Recordable sources", objectOf(listingOf(sources.value()))));
     }));
 }
 
 void RecordingTools::record(RunningCall& call, RecordRequest const& request, std::function<void()> begun) {
     application_.recorder().expectIdle();
-    expectNoCamera(request);
     auto const take = std::make_shared<Take>(Take{.request = request});
     auto const answer =
         call.later([take](RunningCall& here, RecordingOutcome const& outcome) { tell(here, *take, outcome); });

@@ -8,6 +8,7 @@
 #include <Tavaro/Commands/Terminal.h>
 #include <Tavaro/Model/Project/PackagePath.h>
 #include <Tavaro/Model/Recording/RecordingController.h>
+#include <Tavaro/Model/Recording/RecordingPreferences.h>
 #include <Tavaro/Model/Recording/TakeNames.h>
 
 #include <TavaroCore/Values/Timecode.h>
@@ -37,6 +38,8 @@ struct Options {
     CLI::Option const* systemAudio = nullptr;
     std::string systemAudioOf;
     std::string microphoneID;
+    CLI::Option const* camera = nullptr;
+    std::string cameraID;
     bool logsNoKeys = false;
     bool logsNoTyping = false;
     bool isRaw = false;
@@ -63,6 +66,7 @@ std::string stateOf(RecorderProgress const& progress) {
     auto state = Timecode::format(progress.seconds);
     for (auto const& sound : progress.sounds)
         state += fmt::format(", {} {}", spokenName(sound.role), sound.isAway ? "away" : meter(sound.level));
+    if (progress.isCameraAway) state += ", camera away";
     if (progress.droppedFrames > 0) state += fmt::format(", {} frames dropped", progress.droppedFrames);
     return state + ". Ctrl-C ends the take.";
 }
@@ -76,6 +80,10 @@ RecorderOptions recorderOptions(Options const& options) {
     RecorderOptions result{.source = sourceOf(options), .fps = options.fps, .keys = keyLogging(options)};
     if (options.microphone->count() > 0) result.microphone = MicrophoneSource{options.microphoneID};
     if (options.systemAudio->count() > 0) result.systemSound = SystemSoundSource{options.systemAudioOf};
+    if (options.camera->count() > 0) {
+        Preferences preferences;
+        result.camera = cameraSource(options.cameraID, preferences);
+    }
     return result;
 }
 
@@ -143,6 +151,11 @@ void addRecord(CLI::App& app) {
                                            "record the default microphone, or one by its id in `tavaro sources`")
                               ->expected(0, 1)
                               ->type_name("[ID]");
+    options->camera = command
+                          ->add_option("--camera", options->cameraID,
+                                       "film with the default camera, or one by its id in `tavaro sources`")
+                          ->expected(0, 1)
+                          ->type_name("[ID]");
     options->systemAudio =
         command
             ->add_option("--system-audio", options->systemAudioOf,

@@ -26,6 +26,8 @@ void print(SourceListing const& list) {
         terminal::say("{:<16} {:<24} {}: {}{}\n", window.id, place(window.frame), window.application, window.title,
                       window.isMinimized ? " (minimised)" : "");
     }
+    for (auto const& camera : list.cameras)
+        terminal::say("{:<16} {:<24} {}{}\n", camera.id, "camera", camera.name, camera.isDefault ? " (default)" : "");
     for (auto const& microphone : list.microphones)
         terminal::say("{:<16} {:<24} {}{}\n", microphone.id, "microphone", microphone.name,
                       microphone.isDefault ? " (default)" : "");
@@ -41,8 +43,8 @@ void print(SourceListing const& list) {
 
 void addSources(CLI::App& app) {
     auto asJSON = std::make_shared<bool>(false);
-    auto* command =
-        app.add_subcommand("sources", "Lists the displays, windows, microphones and other sound that can be recorded");
+    auto* command = app.add_subcommand(
+        "sources", "Lists the displays, windows, cameras, microphones and other sound that can be recorded");
     command->add_flag("--json", *asJSON, "print them as JSON");
     command->callback([asJSON] {
         auto const list = listingOf(listSources());

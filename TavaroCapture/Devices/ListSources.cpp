@@ -1,6 +1,7 @@
 #include <TavaroCapture/Devices/ListSources.h>
 
 #include <TavaroCapture/Pulse/Private/SoundDevices.h>
+#include <TavaroCapture/V4L2/Private/VideoCameras.h>
 #include <TavaroCapture/X11/Connection.h>
 #include <TavaroCapture/X11/Desktop.h>
 
@@ -10,7 +11,7 @@ SourceList listSources(std::string const& display, std::string const& soundServe
     x11::Connection connection(display);
     auto sound = pulse::soundDevices(soundServer);
     return {x11::displays(connection), x11::windows(connection), std::move(sound.microphones),
-            std::move(sound.systemSound)};
+            std::move(sound.systemSound), v4l2::cameras(*v4l2::kernelVideo())};
 }
 
 }

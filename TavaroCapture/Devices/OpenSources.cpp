@@ -3,6 +3,7 @@
 #include <TavaroCapture/Pulse/Private/ApplicationSound.h>
 #include <TavaroCapture/Pulse/Private/PulseSound.h>
 #include <TavaroCapture/Secrets/Private/GuardedEvents.h>
+#include <TavaroCapture/V4L2/Private/VideoCameras.h>
 #include <TavaroCapture/X11/Private/InputMonitor.h>
 #include <TavaroCapture/X11/Private/ScreenGrabber.h>
 
@@ -25,6 +26,10 @@ std::unique_ptr<SoundSource> openSystemSound(SystemSoundSource const& source, st
     if (!source.application.empty()) return std::make_unique<pulse::ApplicationSound>(server, source.application);
     return std::make_unique<pulse::PulseSound>(
         pulse::PulseSound::Options{.server = server, .role = StreamRole::systemSound});
+}
+
+std::unique_ptr<CameraSource> openCamera(CameraDeviceSource const& source) {
+    return v4l2::openCamera(v4l2::kernelVideo(), source);
 }
 
 }

@@ -31,17 +31,18 @@ std::optional<std::string> Absences::sentence(StreamRole role) const {
     std::lock_guard const guard(lock_);
     if (absences_.empty()) return std::nullopt;
     auto const name = spokenName(role);
+    auto const instead = isSound(role) ? "there is silence" : "its last picture stays";
     auto const& last = absences_.back();
     if (absences_.size() == 1 && last.to)
-        return fmt::format("The {} was away from {:.1f} to {:.1f} seconds into the take; there is silence.", name,
-                           last.from, *last.to);
+        return fmt::format("The {} was away from {:.1f} to {:.1f} seconds into the take; {}.", name, last.from,
+                           *last.to, instead);
     if (absences_.size() == 1) return fmt::format("The {} went away {:.1f} seconds into the take.", name, last.from);
     double away = 0;
     for (auto const& absence : absences_)
         if (absence.to) away += *absence.to - absence.from;
     auto const rest = last.to ? "" : fmt::format(" It went for good {:.1f} seconds into it.", last.from);
-    return fmt::format("The {} was away {} times in the take, for {:.1f} seconds in all; there is silence.{}", name,
-                       absences_.size() - (last.to ? 0 : 1), away, rest);
+    return fmt::format("The {} was away {} times in the take, for {:.1f} seconds in all; {}.{}", name,
+                       absences_.size() - (last.to ? 0 : 1), away, instead, rest);
 }
 
 }

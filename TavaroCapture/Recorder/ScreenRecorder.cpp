@@ -21,6 +21,7 @@ TakeSources openSources(RecorderOptions const& options) {
     TakeSources result;
     result.screen = openScreen(options.source, options.display);
     result.events = openEvents(options.display, options.keys);
+    if (options.camera) result.camera = openCamera(*options.camera);
     if (options.microphone) result.microphone = openMicrophone(*options.microphone, options.soundServer);
     if (options.systemSound) result.systemSound = openSystemSound(*options.systemSound, options.soundServer);
     return result;

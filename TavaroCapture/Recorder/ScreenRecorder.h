@@ -27,6 +27,7 @@ struct RecorderOptions {
     KeyLogging keys = KeyLogging::all;
     std::optional<MicrophoneSource> microphone;   // none: not recorded
     std::optional<SystemSoundSource> systemSound; // none: not recorded
+    std::optional<CameraDeviceSource> camera;     // none: not recorded
     std::string soundServer;                      // as in `$PULSE_SERVER`; empty means that, or the session's own
     std::filesystem::path recordingsFolder; // where the working folder is made; empty means `folders::recordings()`
     double segmentSeconds = 10;
@@ -45,6 +46,7 @@ struct RecorderProgress {
     std::int64_t repeatedFrames = 0; // of those written, how many stand for an unchanged screen
     bool isPaused = false;
     std::vector<SoundState> sounds; // those that are recorded
+    bool isCameraAway = false;      // one that is recorded gives no pictures
 };
 
 /// A take that is over: one movie, and the log of what happened in it.
@@ -80,7 +82,7 @@ public:
 
     /// Returns when the first frame's time has come: once the sounds that are wanted come in, for which it waits two
     /// seconds each at most. Throws `CaptureError`: no display, a source that is missing, empty or off-screen, no such
-    /// microphone or no sound server, a folder that cannot be written.
+    /// microphone or camera, no sound server, a folder that cannot be written.
     void start();
     void setPaused(bool paused);
     /// Throws `CaptureError` before `start`.

@@ -210,8 +210,10 @@ RecorderProgress ScreenRecorder::Take::progressNow() const {
                               .droppedFrames = droppedFrames_,
                               .repeatedFrames = repeatedFrames_,
                               .isPaused = clock_.isPaused()};
-    for (auto const& stream : sideStreams_)
+    for (auto const& stream : sideStreams_) {
         if (auto const sound = stream->sound()) progress.sounds.push_back(*sound);
+        progress.isCameraAway = progress.isCameraAway || stream->isCameraAway();
+    }
     return progress;
 }
 

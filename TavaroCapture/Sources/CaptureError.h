@@ -13,6 +13,7 @@ public:
         noSuchSource,   // no display, window or application is what was named
         badSource,      // the source is malformed, empty, hidden or off-screen
         noSound,        // no sound server answers, or it has no such device
+        noCamera,       // no such camera, or it cannot be used now
         captureLost,    // the source or the server went away
         writeFailed,    // the take cannot be written: disk full, folder unwritable
         notRecording,   // an operation needs a take in progress

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <map>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -75,6 +76,13 @@ struct MicrophoneSource {
 struct SystemSoundSource {
     std::string application; // empty: all of them
     bool operator==(SystemSoundSource const&) const = default;
+};
+
+/// A camera, by its id as listed, its name or its node; an empty id is the default camera.
+struct CameraDeviceSource {
+    std::string id;
+    std::map<std::string, double> lags = {}; // of cameras, by id: seconds by which they tell a moment too late
+    bool operator==(CameraDeviceSource const&) const = default;
 };
 
 /// What a take's marker calls it: "display", "window", "application" or "area".

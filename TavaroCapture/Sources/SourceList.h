@@ -43,12 +43,20 @@ struct SystemSoundInfo {
     bool operator==(SystemSoundInfo const&) const = default;
 };
 
+struct CameraInfo {
+    std::string id;   // the same whenever it is plugged in, where the system knows one; else its node, "video0"
+    std::string name; // "HD Webcam C525"
+    bool isDefault = false;
+    bool operator==(CameraInfo const&) const = default;
+};
+
 /// What can be recorded of a desktop.
 struct SourceList {
     std::vector<DisplayInfo> displays; // never empty
     std::vector<WindowInfo> windows;   // frontmost first
     std::vector<MicrophoneInfo> microphones;
     std::optional<SystemSoundInfo> systemSound; // none: nothing here plays sound
+    std::vector<CameraInfo> cameras;
 };
 
 }

@@ -198,8 +198,9 @@ TEST_F(MCPToolHandlerTest, ordersToTheRecorderAnswerForWhatTheyFind) {
     for (auto const* const order : {"stop_recording", "pause_recording", "resume_recording", "cancel_recording"})
         EXPECT_EQ(called(order), "not_recording: Nothing is recording.");
     auto const start = R"({"target":{"display":"display-1"},"countdown":0})";
+    application.preferences().set(cameraChosen, "tuba");
     EXPECT_EQ(called("start_recording", R"({"target":{"display":"display-1"},"camera":true})"),
-              "failed: This version of Tavaro cannot record the camera. Record with camera: false.");
+              "failed: Recording didn't start. There is no camera “tuba”. `tavaro sources` lists those there are.");
     EXPECT_EQ(called("start_recording", R"({"target":{"display":"display-9"},"countdown":0})"),
               "not_found: There is no source \"display-9\". Call list_sources for ids.");
     EXPECT_EQ(called("start_recording", start), "Recording. Call stop_recording to finish.");

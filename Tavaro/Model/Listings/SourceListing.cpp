@@ -17,6 +17,7 @@ SourceListing listingOf(SourceList const& sources) {
     for (auto const& window : sources.windows)
         listing.windows.push_back(
             {window.id(), window.application, window.bundleID, window.title, listed(window.frame), window.isMinimized});
+    for (auto const& camera : sources.cameras) listing.cameras.push_back({camera.id, camera.name, camera.isDefault});
     for (auto const& microphone : sources.microphones)
         listing.microphones.push_back({microphone.id, microphone.name, microphone.isDefault});
     if (sources.systemSound)

@@ -77,6 +77,20 @@ struct ListedMicrophone {
 };
 static_assert(listsEveryField<ListedMicrophone>);
 
+struct ListedCamera {
+    std::string id;
+    std::string name;
+    bool isDefault = false;
+
+    static constexpr auto fields = std::tuple{
+        field("id", &ListedCamera::id),
+        field("name", &ListedCamera::name),
+        field("isDefault", &ListedCamera::isDefault),
+    };
+    bool operator==(ListedCamera const&) const = default;
+};
+static_assert(listsEveryField<ListedCamera>);
+
 struct ListedSystemAudio {
     std::string name;
     std::vector<std::string> applications; // that play something now
@@ -91,13 +105,13 @@ static_assert(listsEveryField<ListedSystemAudio>);
 struct SourceListing {
     std::vector<ListedDisplay> displays;
     std::vector<ListedWindow> windows; // frontmost first
+    std::vector<ListedCamera> cameras;
     std::vector<ListedMicrophone> microphones;
     std::optional<ListedSystemAudio> systemAudio; // none: nothing plays sound
 
     static constexpr auto fields = std::tuple{
-        field("displays", &SourceListing::displays),
-        field("windows", &SourceListing::windows),
-        field("microphones", &SourceListing::microphones),
+        field("displays", &SourceListing::displays),       field("windows", &SourceListing::windows),
+        field("cameras", &SourceListing::cameras),         field("microphones", &SourceListing::microphones),
         field("systemAudio", &SourceListing::systemAudio),
     };
     bool operator==(SourceListing const&) const = default;

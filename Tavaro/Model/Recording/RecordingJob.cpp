@@ -1,6 +1,7 @@
 #include <Tavaro/Model/Recording/RecordingJob.h>
 
 #include <Tavaro/Model/Project/PackagePath.h>
+#include <Tavaro/Model/Recording/Private/CameraWatch.h>
 #include <Tavaro/Model/Recording/Private/SoundWatch.h>
 #include <Tavaro/Model/Recording/TakeNames.h>
 
@@ -60,6 +61,7 @@ template<class Orders> TakeEnd runTake(ScreenRecorder& recorder, double seconds,
     using namespace std::chrono_literals;
     bool isPaused = false;
     SoundWatch sounds;
+    CameraWatch camera;
     while (true) {
         reporter.stopIfCancelled(cancelled);
         if (auto const end = orders.wantedEnd()) return *end;
@@ -67,6 +69,7 @@ template<class Orders> TakeEnd runTake(ScreenRecorder& recorder, double seconds,
         auto const progress = recorder.progress();
         reporter.progress({RecordingStage::recording, progress});
         sounds.look(progress.sounds, [&](std::string const& sentence) { reporter.remark(sentence); });
+        if (auto const sentence = camera.look(progress.isCameraAway)) reporter.remark(*sentence);
         if (seconds > 0 && progress.seconds >= seconds) return TakeEnd::keep;
         if (recorder.waitForEnd(20ms)) return TakeEnd::keep;
     }

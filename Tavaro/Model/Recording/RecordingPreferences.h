@@ -1,8 +1,11 @@
 #pragma once
 
+#include <TavaroCapture/Sources/CaptureSource.h>
 #include <TavaroPlatform/Preferences/Preferences.h>
 
+#include <map>
 #include <string>
+#include <vector>
 
 /// What a recording takes in where nothing else is asked for.
 namespace tavaro {
@@ -11,5 +14,17 @@ inline Preference<bool> const microphoneRecorded{"com.tavaro.recorder.microphone
 /// As `tavaro sources` lists it; empty: the default one.
 inline Preference<std::string> const microphoneChosen{"com.tavaro.recorder.microphoneID"};
 inline Preference<bool> const systemAudioRecorded{"com.tavaro.recorder.systemAudio", false};
+inline Preference<bool> const cameraRecorded{"com.tavaro.recorder.camera", false};
+/// As `tavaro sources` lists it; empty: the default one.
+inline Preference<std::string> const cameraChosen{"com.tavaro.recorder.cameraID"};
+/// By how much cameras tell the moments of their pictures too late: "ID=SECONDS" each.
+inline Preference<std::vector<std::string>> const cameraLags{"com.tavaro.recorder.cameraLags"};
+
+inline constexpr double longestCameraLag = 0.5; // seconds, either way
+
+/// A camera with what is known of the lags of all; an empty id is the default one.
+CameraDeviceSource cameraSource(std::string id, Preferences& preferences);
+/// Keeps the lag of a camera. Throws `FileError`.
+void keepCameraLag(Preferences& preferences, std::string const& id, double seconds);
 
 }

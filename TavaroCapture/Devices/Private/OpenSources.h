@@ -21,4 +21,8 @@ std::unique_ptr<EventSource> openEvents(std::string const& display, KeyLogging k
 std::unique_ptr<SoundSource> openMicrophone(MicrophoneSource const& source, std::string const& server);
 std::unique_ptr<SoundSource> openSystemSound(SystemSoundSource const& source, std::string const& server);
 
+/// Throws `CaptureError` (`noCamera`) when there is none, and when it cannot be used. It is open only while it is
+/// filmed.
+std::unique_ptr<CameraSource> openCamera(CameraDeviceSource const& source);
+
 }

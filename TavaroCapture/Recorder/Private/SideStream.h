@@ -34,6 +34,8 @@ public:
     virtual StreamReport finish() = 0;
     /// Any thread. None of pictures.
     virtual std::optional<SoundState> sound() const { return std::nullopt; }
+    /// Any thread. Whether this is a camera that gives no pictures now.
+    virtual bool isCameraAway() const { return false; }
 };
 
 struct SideStreamOptions {

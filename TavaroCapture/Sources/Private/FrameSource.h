@@ -4,6 +4,7 @@
 #include <TavaroCore/Values/Geometry.h>
 #include <TavaroMedia/Frames/EncoderPicture.h>
 
+#include <cstdint>
 #include <functional>
 
 namespace tavaro {
@@ -39,8 +40,10 @@ struct CapturedPicture {
 
 /// What a camera reports, on a thread of its own.
 struct CameraHandlers {
-    std::function<void(CapturedPicture const&)> picture; // good during the call
-    std::function<void()> lost;                          // no more pictures come
+    std::function<void(CapturedPicture const&)> picture;            // good during the call
+    std::function<void()> lost;                                     // no pictures come until it is back
+    std::function<void()> returned = [] {};                         // it is back, itself and never another one
+    std::function<void(std::int64_t)> missed = [](std::int64_t) {}; // so many that it took were damaged or never came
 };
 
 /// A camera: pictures come when it takes them.
@@ -48,6 +51,7 @@ class CameraSource : public FrameSource {
 public:
     /// Pictures a second, as the camera promises.
     virtual int fps() const = 0;
+    /// Returns when pictures come, or after two seconds without any.
     virtual void start(CameraHandlers handlers) = 0;
     /// No handler runs after it.
     virtual void stop() = 0;

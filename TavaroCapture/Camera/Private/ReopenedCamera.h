@@ -1,0 +1,63 @@
+#pragma once
+
+#include <TavaroCapture/Camera/Private/CameraFeed.h>
+#include <TavaroCapture/Sources/Private/FrameSource.h>
+#include <TavaroPlatform/Queues/SerialQueue.h>
+
+#include <condition_variable>
+#include <functional>
+#include <memory>
+#include <mutex>
+
+namespace tavaro {
+
+/// A camera that is open from `start` to `stop`, and is opened again whenever it is lost: unplugged, frozen, or giving
+/// nothing but damaged pictures. Everything that may wait for the device happens on a thread of its own.
+class ReopenedCamera final : public CameraSource {
+public:
+    struct Options {
+        /// Opens the one camera that is meant, never another one. Throws `CaptureError` while that cannot be.
+        std::function<std::unique_ptr<CameraFeed>()> open;
+        Size2 size; // of its pictures; a camera that comes back with another one counts as away
+        int fps = 30;
+        double lag = 0; // seconds by which its stamps are later than the exposure
+    };
+
+    /// Both sides even, as films want them.
+    static Size2 filmedSize(DeviceFormat const& format);
+
+    explicit ReopenedCamera(Options options);
+    ~ReopenedCamera() override;
+
+    Size2 size() const override { return options_.size; }
+    int fps() const override { return options_.fps; }
+    void start(CameraHandlers handlers) override;
+    void stop() override;
+
+private:
+    enum class State { idle, filming, ending };
+
+    // The queue's, all of them.
+    void run();
+    std::unique_ptr<CameraFeed> opened() const;
+    void film(CameraFeed& feed);
+    bool take(DevicePictures& pictures, FedPicture const& fed);
+    void noteBegun();
+    void noteGone();
+    void idle();
+
+    bool isEnding() const;
+    void enter(State state);
+
+    Options const options_;
+    CameraHandlers handlers_;
+    bool isAway_ = false; // the queue's
+
+    std::mutex mutable mutex_;
+    std::condition_variable changed_;
+    State state_ = State::idle; // guarded by mutex_, as the next
+    bool hasBegun_ = false;
+    SerialQueue queue_{"com.tavaro.capture.cameraDevice", SerialQueue::Urgency::raised};
+};
+
+}

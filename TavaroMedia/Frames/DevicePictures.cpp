@@ -1,0 +1,219 @@
+#include <TavaroMedia/Frames/DevicePictures.h>
+
+#include <TavaroMedia/FFmpeg/Private/Failures.h>
+#include <TavaroMedia/FFmpeg/Private/Handles.h>
+#include <TavaroMedia/Frames/FrameConverter.h>
+#include <TavaroMedia/Frames/Private/DecodedPicture.h>
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+#include <vector>
+
+namespace tavaro {
+
+namespace {
+
+bool isRGB(DeviceLayout layout) { return layout == DeviceLayout::bgrx || layout == DeviceLayout::rgbx; }
+
+/// Bytes of a row of the first plane that pixels are in.
+std::ptrdiff_t rowBytes(DeviceFormat const& format) {
+    std::ptrdiff_t const width = format.width;
+    switch (format.layout) {
+    case DeviceLayout::yuyv:
+    case DeviceLayout::uyvy: return (width + 1) / 2 * 4;
+    case DeviceLayout::bgrx:
+    case DeviceLayout::rgbx: return width * 4;
+    case DeviceLayout::nv12:
+    case DeviceLayout::yuv420:
+    case DeviceLayout::jpeg: break;
+    }
+    return width;
+}
+
+/// The least that a picture has; the last row of each plane may lack what lies between the rows.
+std::size_t leastBytes(DeviceFormat const& format) {
+    std::ptrdiff_t const chromaRows = (format.height + 1) / 2;
+    std::ptrdiff_t const chromaWidth = (format.width + 1) / 2;
+    auto const first = format.stride * (format.height - 1) + rowBytes(format);
+    auto const plane = format.stride * format.height;
+    switch (format.layout) {
+    case DeviceLayout::nv12:
+        return static_cast<std::size_t>(plane + format.stride * (chromaRows - 1) + 2 * chromaWidth);
+    case DeviceLayout::yuv420:
+        return static_cast<std::size_t>(plane + (format.stride + 1) / 2 * (2 * chromaRows - 1) + chromaWidth);
+    case DeviceLayout::jpeg: return 1;
+    default: return static_cast<std::size_t>(first);
+    }
+}
+
+DeviceFormat withStride(DeviceFormat format) {
+    if (format.stride < rowBytes(format)) format.stride = rowBytes(format);
+    return format;
+}
+
+/// Separates the samples of two rows of 4:2:2; their chroma becomes one row, between the two.
+void takeApart422(std::uint8_t const* const rows[2], int lumaAt, int width, std::uint8_t* const luma[2],
+                  std::uint8_t* cb, std::uint8_t* cr) {
+    int const chromaAt = 1 - lumaAt;
+    for (int row = 0; row < 2; ++row)
+        for (int x = 0; x < width; ++x) luma[row][x] = rows[row][2 * x + lumaAt];
+    for (int x = 0; x < (width + 1) / 2; ++x) {
+        auto const at = 4 * x + chromaAt;
+        cb[x] = static_cast<std::uint8_t>((rows[0][at] + rows[1][at] + 1) / 2);
+        cr[x] = static_cast<std::uint8_t>((rows[0][at + 2] + rows[1][at + 2] + 1) / 2);
+    }
+}
+
+ffmpeg::Frame newFrame() {
+    ffmpeg::Frame frame(av_frame_alloc());
+    if (!frame) throw std::bad_alloc();
+    return frame;
+}
+
+ffmpeg::CodecContext jpegDecoder() {
+    ffmpeg::prepareLibraries();
+    ffmpeg::CodecContext decoder(avcodec_alloc_context3(avcodec_find_decoder(AV_CODEC_ID_MJPEG)));
+    if (!decoder) throw std::bad_alloc();
+    decoder->thread_count = 1;
+    decoder->max_pixels = std::int64_t{1} << 27;
+    decoder->err_recognition = AV_EF_EXPLODE; // or the rest of a damaged picture is grey
+    if (avcodec_open2(decoder.get(), nullptr, nullptr) < 0) return nullptr;
+    return decoder;
+}
+
+}
+
+struct DevicePictures::State {
+    DeviceFormat const format;
+    ffmpeg::CodecContext decoder; // of JPEGs; none where this FFmpeg has none
+    ffmpeg::Packet packet{av_packet_alloc()};
+    std::vector<std::uint8_t> planes; // Y, Cb, Cr of what comes in another layout
+    Image image;
+    FrameConverter converter;
+
+    explicit State(DeviceFormat const& format) : format(withStride(format)) {
+        if (format.layout == DeviceLayout::jpeg) decoder = jpegDecoder();
+        if (!packet) throw std::bad_alloc();
+    }
+
+    int chromaWidth() const { return (format.width + 1) / 2; }
+    int chromaRows() const { return (format.height + 1) / 2; }
+    ffmpeg::Frame decoded(std::span<std::uint8_t const> bytes);
+    ffmpeg::Frame wrapped(std::span<std::uint8_t const> bytes);
+    ffmpeg::Frame tagged(ffmpeg::Frame frame) const;
+    void pointAtPlanes(AVFrame& frame);
+    void separateChroma(std::uint8_t const* pairs, AVFrame& frame) const;
+    void takeApart(std::uint8_t const* bytes, AVFrame& frame) const;
+    DevicePicture converted(ffmpeg::Frame frame);
+};
+
+DevicePictures::DevicePictures(DeviceFormat const& format) : state_(std::make_unique<State>(format)) {}
+DevicePictures::~DevicePictures() = default;
+
+DeviceFormat const& DevicePictures::format() const { return state_->format; }
+
+std::optional<DevicePicture> DevicePictures::read(std::span<std::uint8_t const> bytes) {
+    auto& s = *state_;
+    auto const& format = s.format;
+    if (format.width <= 0 || format.height <= 0 || bytes.size() < leastBytes(format)) return std::nullopt;
+    if (isRGB(format.layout))
+        return DevicePicture{{bytes.data(), format.width, format.height, format.stride},
+                             format.layout == DeviceLayout::bgrx ? PixelOrder::bgra : PixelOrder::rgba};
+    auto frame = format.layout == DeviceLayout::jpeg ? s.decoded(bytes) : s.wrapped(bytes);
+    if (!frame) return std::nullopt;
+    return s.converted(std::move(frame));
+}
+
+/// None for what is damaged.
+ffmpeg::Frame DevicePictures::State::decoded(std::span<std::uint8_t const> bytes) {
+    if (!decoder || av_new_packet(packet.get(), static_cast<int>(bytes.size())) < 0) return nullptr;
+    std::memcpy(packet->data, bytes.data(), bytes.size());
+    int const sent = avcodec_send_packet(decoder.get(), packet.get());
+    av_packet_unref(packet.get());
+    auto frame = newFrame();
+    bool const isGood = sent >= 0 && avcodec_receive_frame(decoder.get(), frame.get()) >= 0 &&
+                        !(frame->flags & AV_FRAME_FLAG_CORRUPT) && frame->decode_error_flags == 0;
+    if (!isGood) avcodec_flush_buffers(decoder.get());
+    bool const fits = isGood && frame->width == format.width && frame->height == format.height;
+    return fits ? std::move(frame) : nullptr;
+}
+
+ffmpeg::Frame DevicePictures::State::tagged(ffmpeg::Frame frame) const {
+    frame->format = AV_PIX_FMT_YUV420P;
+    frame->width = format.width;
+    frame->height = format.height;
+    frame->color_range = format.range == DeviceRange::full ? AVCOL_RANGE_JPEG : AVCOL_RANGE_MPEG;
+    frame->colorspace = format.matrix == DeviceMatrix::bt709 ? AVCOL_SPC_BT709 : AVCOL_SPC_SMPTE170M;
+    frame->chroma_location = AVCHROMA_LOC_LEFT;
+    return frame;
+}
+
+/// The device's own bytes as far as they lie as they should. The frame does not own them.
+ffmpeg::Frame DevicePictures::State::wrapped(std::span<std::uint8_t const> bytes) {
+    auto frame = tagged(newFrame());
+    auto* const first = const_cast<std::uint8_t*>(bytes.data()); // nobody writes to it
+    auto const stride = static_cast<int>(format.stride);
+    auto* const second = first + format.stride * format.height;
+    if (format.layout == DeviceLayout::yuv420) {
+        frame->data[1] = second;
+        frame->data[2] = second + std::ptrdiff_t{(stride + 1) / 2} * chromaRows();
+        frame->linesize[1] = frame->linesize[2] = (stride + 1) / 2;
+    } else {
+        pointAtPlanes(*frame);
+        if (format.layout != DeviceLayout::nv12) {
+            takeApart(first, *frame);
+            return frame;
+        }
+        separateChroma(second, *frame);
+    }
+    frame->data[0] = first;
+    frame->linesize[0] = stride;
+    return frame;
+}
+
+void DevicePictures::State::pointAtPlanes(AVFrame& frame) {
+    auto const luma = static_cast<std::size_t>(format.width) * static_cast<std::size_t>(format.height);
+    auto const chroma = static_cast<std::size_t>(chromaWidth()) * static_cast<std::size_t>(chromaRows());
+    planes.resize(luma + 2 * chroma);
+    frame.data[0] = planes.data();
+    frame.data[1] = planes.data() + luma;
+    frame.data[2] = frame.data[1] + chroma;
+    frame.linesize[0] = format.width;
+    frame.linesize[1] = frame.linesize[2] = chromaWidth();
+}
+
+void DevicePictures::State::separateChroma(std::uint8_t const* pairs, AVFrame& frame) const {
+    for (int y = 0; y < chromaRows(); ++y) {
+        auto const* const row = pairs + y * format.stride;
+        auto* const cb = frame.data[1] + std::ptrdiff_t{y} * chromaWidth();
+        auto* const cr = frame.data[2] + std::ptrdiff_t{y} * chromaWidth();
+        for (int x = 0; x < chromaWidth(); ++x) {
+            cb[x] = row[2 * x];
+            cr[x] = row[2 * x + 1];
+        }
+    }
+}
+
+void DevicePictures::State::takeApart(std::uint8_t const* bytes, AVFrame& frame) const {
+    int const lumaAt = format.layout == DeviceLayout::yuyv ? 0 : 1;
+    for (int k = 0; k < chromaRows(); ++k) {
+        int const upper = 2 * k, lower = std::min(2 * k + 1, format.height - 1);
+        std::uint8_t const* const rows[] = {bytes + upper * format.stride, bytes + lower * format.stride};
+        std::uint8_t* const luma[] = {frame.data[0] + std::ptrdiff_t{upper} * format.width,
+                                      frame.data[0] + std::ptrdiff_t{lower} * format.width};
+        takeApart422(rows, lumaAt, format.width, luma, frame.data[1] + std::ptrdiff_t{k} * chromaWidth(),
+                     frame.data[2] + std::ptrdiff_t{k} * chromaWidth());
+    }
+}
+
+DevicePicture DevicePictures::State::converted(ffmpeg::Frame frame) {
+    auto const picture = std::make_shared<VideoFrame::Picture>();
+    picture->frame = std::move(frame);
+    picture->uprightWidth = format.width;
+    picture->uprightHeight = format.height;
+    converter.convert(VideoFrame(picture), image);
+    return {image.view(), PixelOrder::rgba};
+}
+
+}
