@@ -2,44 +2,28 @@
 
 #include <TavaroCore/Records/JSON.h>
 
-#include <fcntl.h>
 #include <fmt/format.h>
-#include <span>
 #include <stdexcept>
-#include <sys/wait.h>
-#include <unistd.h>
+#include <utility>
 
 namespace tavaro {
 
-ServerProcess::ServerProcess() {
-    int input[2], output[2];
-    if (pipe2(input, O_CLOEXEC) != 0 || pipe2(output, O_CLOEXEC) != 0) throw std::runtime_error("There are no pipes.");
-    process_ = fork();
-    if (process_ == 0) {
-        dup2(input[0], STDIN_FILENO);
-        dup2(output[1], STDOUT_FILENO);
-        execl(TAVARO_MCP, "tavaro-mcp", nullptr);
-        _exit(127);
-    }
-    close(input[0]);
-    close(output[1]);
-    in_ = FileDescriptor(input[1]);
-    out_ = FileDescriptor(output[0]);
+namespace {
+
+ConnectedProcess startServer() {
+    auto process = ConnectedProcess::start({TAVARO_MCP});
+    if (!process) throw std::runtime_error("tavaro-mcp cannot be started.");
+    return *std::move(process);
 }
 
-ServerProcess::~ServerProcess() {
-    in_.close();
-    waitpid(process_, nullptr, 0);
 }
+
+ServerProcess::ServerProcess() : process_(startServer()) {}
 
 std::string_view ServerProcess::ask(std::string const& line) {
-    if (in_.write(std::as_bytes(std::span(line))) != 0) throw std::runtime_error("tavaro-mcp takes nothing.");
-    while (true) {
-        if (auto const answer = lines_.next()) return *answer;
-        auto const count = read(out_.get(), room_.data(), room_.size());
-        if (count <= 0) throw std::runtime_error("tavaro-mcp ended.");
-        lines_.feed({room_.data(), static_cast<std::size_t>(count)});
-    }
+    if (!process_.socket().sendAll(line, UnixSocket::forever)) throw std::runtime_error("tavaro-mcp takes nothing.");
+    if (auto const answer = lines_.next(UnixSocket::forever)) return *answer;
+    throw std::runtime_error("tavaro-mcp ended.");
 }
 
 void ServerProcess::expect(std::string const& line, std::string_view part) {

@@ -9,13 +9,10 @@
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
-#include <fcntl.h>
 #include <fmt/format.h>
 #include <fstream>
 #include <stdexcept>
-#include <sys/wait.h>
 #include <thread>
-#include <unistd.h>
 
 namespace tavaro {
 
@@ -29,12 +26,11 @@ void moveInto(std::filesystem::path const& home) {
     MCPConsent(preferences).allow("bench");
 }
 
-[[noreturn]] void becomeApplication() {
-    int const nothing = open("/dev/null", O_RDWR);
-    for (int const stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) dup2(nothing, stream);
-    setsid(); // nobody can be asked
-    execl(TAVARO_PROGRAM, "tavaro", "serve", nullptr);
-    _exit(127);
+/// Without a terminal, so nobody can be asked.
+DetachedProcess startApplication() {
+    auto const process = DetachedProcess::start({TAVARO_PROGRAM, "serve"});
+    if (!process) throw std::runtime_error("tavaro serve cannot be started.");
+    return *process;
 }
 
 void waitUntilItListens() {
@@ -48,21 +44,19 @@ void waitUntilItListens() {
 
 }
 
-ServingApplication::ServingApplication(std::filesystem::path const& home) {
-    moveInto(home);
-    process_ = fork();
-    if (process_ == 0) becomeApplication();
+ServingApplication::ServingApplication(std::filesystem::path const& home)
+    : process_((moveInto(home), startApplication())) {
     waitUntilItListens();
 }
 
 ServingApplication::~ServingApplication() {
-    kill(process_, SIGTERM);
-    waitpid(process_, nullptr, 0);
+    kill(process_.process(), SIGTERM);
+    while (!process_.hasEnded()) std::this_thread::sleep_for(std::chrono::milliseconds(10));
 }
 
 MemoryUse ServingApplication::memory() const {
     constexpr double kibibytes = 1024;
-    std::ifstream status(fmt::format("/proc/{}/smaps_rollup", process_));
+    std::ifstream status(fmt::format("/proc/{}/smaps_rollup", process_.process()));
     MemoryUse use;
     std::string heading;
     std::getline(status, heading);

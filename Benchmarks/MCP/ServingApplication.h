@@ -1,8 +1,8 @@
 #pragma once
 
+#include <TavaroPlatform/Processes/DetachedProcess.h>
+
 #include <filesystem>
-#include <string>
-#include <sys/types.h>
 
 namespace tavaro {
 
@@ -27,7 +27,7 @@ public:
     static std::filesystem::path library(std::filesystem::path const& home) { return home / "Movies/Tavaro"; }
 
 private:
-    pid_t process_ = 0;
+    DetachedProcess process_;
 };
 
 }

@@ -25,7 +25,8 @@ namespace tavaro {
 namespace {
 
 ToolResult interrupted() {
-    return toolResult::failure(MCPErrorCode::interrupted, "Tavaro closed the connection mid-call.");
+    auto const error = MCPToolError::interrupted();
+    return toolResult::failure(error.code, error.what());
 }
 
 std::string_view outcomeOf(ToolResult const& result) { return result.failure ? nameOf(*result.failure) : "done"; }

@@ -2,13 +2,31 @@
 
 #include <TavaroCore/Errors/Excerpt.h>
 #include <TavaroMCP/Protocol/ToolResult.h>
+#include <TavaroPlatform/Processes/DesktopSession.h>
 
 #include <fmt/format.h>
 
 #include <filesystem>
+#include <string_view>
 #include <utility>
 
 namespace tavaro {
+
+namespace {
+
+/// There is nothing to be granted on any of them.
+std::string_view permissions() {
+    switch (desktopKind()) {
+    case DesktopKind::none: return "There is no display, so no screen can be recorded and no application driven.";
+    case DesktopKind::x11: return "An X11 desktop asks for none.";
+    case DesktopKind::wayland:
+        return "A Wayland desktop lets Tavaro neither record its screens nor drive applications: log in to a session "
+               "“on Xorg”.";
+    }
+    return {};
+}
+
+}
 
 MCPToolHandler::MCPToolHandler(MainQueue& queue, Application& application, std::string version)
     : queue_(queue)
@@ -101,7 +119,7 @@ void MCPToolHandler::status(RunningCall& call) {
     auto const& recorder = application_.recorder().state();
     bool const isIdle = application_.recorder().isIdle();
     JSONValue::Object structured{{"version", version_},
-                                 {"permissions", "An X11 desktop asks for none."},
+                                 {"permissions", permissions()},
                                  {"recorder", JSONValue::Object{{"phase", nameOf(recorder.phase)},
                                                                 {"countdown", recorder.countdown},
                                                                 {"seconds", isIdle ? 0.0 : recorder.take.seconds}}},

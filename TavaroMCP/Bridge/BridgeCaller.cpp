@@ -4,6 +4,7 @@
 #include <TavaroMCP/Bridge/BridgeMessages.h>
 #include <TavaroMCP/Protocol/ToolResult.h>
 #include <TavaroPlatform/Processes/DesktopSession.h>
+#include <TavaroPlatform/Processes/DetachedProcess.h>
 #include <TavaroPlatform/Sockets/LineReader.h>
 #include <TavaroPlatform/Sockets/SocketError.h>
 #include <TavaroPlatform/Sockets/UnixSocket.h>
@@ -25,41 +26,37 @@ std::optional<DetachedProcess> startApplication(std::vector<std::string> const& 
 
 /// Tries until the application listens. None where it does not in time. One that fails may have found another that is
 /// about to listen.
-std::optional<UnixSocket> connectToStarted(BridgeCaller::Settings const& settings,
-                                           std::vector<DetachedProcess>& started) {
-    auto const process = startApplication(settings.command);
-    if (!process) return std::nullopt;
-    auto& application = started.emplace_back(*process);
+std::optional<UnixSocket> connectToStarted(BridgeCaller::Settings const& settings) {
+    auto application = startApplication(settings.command);
+    if (!application) return std::nullopt;
     auto deadline = std::chrono::steady_clock::now() + settings.timeToStart;
     bool hasFailed = false;
     while (std::chrono::steady_clock::now() < deadline) {
         std::this_thread::sleep_for(settings.betweenTries);
         if (auto socket = UnixSocket::connect(settings.socket)) return socket;
-        if (hasFailed || !application.hasFailed()) continue;
+        if (hasFailed || !application->hasFailed()) continue;
         hasFailed = true;
         deadline = std::min(deadline, std::chrono::steady_clock::now() + settings.timeAfterFailure);
     }
     return std::nullopt;
 }
 
-UnixSocket connectTo(BridgeCaller::Settings const& settings, std::vector<DetachedProcess>& started) {
+UnixSocket connectTo(BridgeCaller::Settings const& settings) {
     auto socket = UnixSocket::connect(settings.socket);
-    if (!socket) socket = connectToStarted(settings, started);
+    if (!socket) socket = connectToStarted(settings);
     if (socket) return *std::move(socket);
     throw MCPToolError(MCPErrorCode::appUnreachable,
                        "Couldn't reach Tavaro. Make sure it is installed in /Applications and opens normally.");
 }
 
-MCPToolError interrupted() { return {MCPErrorCode::interrupted, "Tavaro closed the connection mid-call."}; }
-
 BridgeReply nextReply(LineReader& lines) {
     auto const line = lines.next(UnixSocket::forever);
-    if (!line) throw interrupted();
+    if (!line) throw MCPToolError::interrupted();
     return replyOf(*line);
 }
 
 JSONText resultOver(UnixSocket const& socket, BridgeRequest const& request, BridgeCaller::Progress const& progress) {
-    if (!socket.sendAll(bridgeLine(request), UnixSocket::forever)) throw interrupted();
+    if (!socket.sendAll(bridgeLine(request), UnixSocket::forever)) throw MCPToolError::interrupted();
     LineReader lines(socket, longestBridgeLine);
     while (true) {
         auto reply = nextReply(lines);
@@ -78,11 +75,10 @@ std::vector<std::string> applicationCommand() {
     return {};
 }
 
-JSONText BridgeCaller::call(Call call, Progress const& progress) {
-    forgetEnded();
+JSONText BridgeCaller::call(Call call, Progress const& progress) const {
     BridgeRequest const request{1, std::move(call.client), std::move(call.tool), std::move(call.arguments)};
     try {
-        return resultOver(connectTo(settings_, started_), request, progress);
+        return resultOver(connectTo(settings_), request, progress);
     } catch (MCPToolError const& error) {
         return toolResult::failure(error.code, error.what());
     } catch (SocketError const& error) {
@@ -90,10 +86,6 @@ JSONText BridgeCaller::call(Call call, Progress const& progress) {
     } catch (std::exception const& error) {
         return toolResult::failure(MCPErrorCode::failed, error.what());
     }
-}
-
-void BridgeCaller::forgetEnded() {
-    std::erase_if(started_, [](DetachedProcess& process) { return process.hasEnded(); });
 }
 
 }

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <TavaroCore/Records/JSONText.h>
-#include <TavaroPlatform/Processes/DetachedProcess.h>
 
 #include <chrono>
 #include <filesystem>
@@ -36,14 +35,10 @@ public:
     explicit BridgeCaller(Settings settings) : settings_(std::move(settings)) {}
 
     /// One thread, which it holds until the result is there. What goes wrong is a result too.
-    JSONText call(Call call, Progress const& progress);
-    /// Lets go of the applications that were started here and have ended; until then the system keeps their numbers.
-    /// Not while a call is under way.
-    void forgetEnded();
+    JSONText call(Call call, Progress const& progress) const;
 
 private:
     Settings settings_;
-    std::vector<DetachedProcess> started_;
 };
 
 }

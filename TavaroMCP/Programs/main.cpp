@@ -13,8 +13,6 @@
 #include <spdlog/sinks/stdout_color_sinks.h>
 #include <spdlog/spdlog.h>
 
-#include <atomic>
-#include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -28,23 +26,12 @@ namespace tavaro {
 
 namespace {
 
-StandardStreams const* awakened = nullptr; // by an application that was started and has ended
-std::atomic<bool> hasChildEnded = false;
-
-extern "C" void noteEndedChild(int) {
-    int const before = errno;
-    hasChildEnded = true;
-    awakened->wake();
-    errno = before;
-}
-
 class Server {
 public:
     void run();
 
 private:
     void start(MCPSession::ToolCall call, MCPSession::Progress progress, MCPSession::Finish finish);
-    void wake();
 
     StandardStreams streams_;
     MainQueue main_;
@@ -69,19 +56,12 @@ void Server::start(MCPSession::ToolCall call, MCPSession::Progress progress, MCP
     });
 }
 
-/// A call's news, its end, or that of an application that was started.
-void Server::wake() {
-    main_.runPending();
-    if (hasChildEnded.exchange(false) && calls_) calls_->async([this] { bridge_.forgetEnded(); });
-}
-
 void Server::run() {
-    awakened = &streams_;
-    std::signal(SIGCHLD, noteEndedChild);
+    std::signal(SIGCHLD, SIG_IGN); // an application that was started and ends leaves nothing behind
     main_.onPending([this] { streams_.wake(); });
     streams_.run({.receive = [this](auto line) { session_.receive(line); },
                   .refuse = [this](auto beginning) { session_.refuseTooLong(beginning); },
-                  .woken = [this] { wake(); },
+                  .woken = [this] { main_.runPending(); },
                   .isBusy = [this] { return session_.isBusy(); },
                   .beat = [this] { session_.beat(); }});
 }

@@ -35,6 +35,8 @@ class MCPToolError : public Error {
 public:
     MCPToolError(MCPErrorCode code, std::string const& sentence) : Error(sentence), code(code) {}
 
+    static MCPToolError interrupted() { return {MCPErrorCode::interrupted, "Tavaro closed the connection mid-call."}; }
+
     MCPErrorCode const code;
 };
 

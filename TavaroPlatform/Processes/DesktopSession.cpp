@@ -110,12 +110,13 @@ std::vector<std::string> desktopSessionVariables(fs::path const& processes) {
     return lines;
 }
 
-bool hasDisplay() {
+DesktopKind desktopKind() {
     auto const isSet = [](char const* name) {
         char const* const value = std::getenv(name);
         return value && *value;
     };
-    return isSet("DISPLAY") || isSet("WAYLAND_DISPLAY");
+    if (isSet("WAYLAND_DISPLAY")) return DesktopKind::wayland;
+    return isSet("DISPLAY") ? DesktopKind::x11 : DesktopKind::none;
 }
 
 }

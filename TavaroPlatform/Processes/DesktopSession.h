@@ -12,7 +12,11 @@ namespace tavaro {
 /// display, and then of the one with the most programs. Empty where none runs. Costs about 20 µs a process of the user.
 std::vector<std::string> desktopSessionVariables(std::filesystem::path const& processes = "/proc");
 
-/// Whether this process has a display of its own.
-bool hasDisplay();
+enum class DesktopKind { none, x11, wayland };
+
+/// What this process shows its windows on. A Wayland desktop often has an X server too, for the windows of programs that
+/// know no other.
+DesktopKind desktopKind();
+inline bool hasDisplay() { return desktopKind() != DesktopKind::none; }
 
 }

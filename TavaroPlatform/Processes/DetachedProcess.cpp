@@ -3,6 +3,7 @@
 #include <TavaroPlatform/Processes/Private/ProgramStart.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdlib>
 #include <fcntl.h>
 #include <string_view>
@@ -27,6 +28,8 @@ std::vector<char*> environmentWith(std::vector<std::string> const& more) {
     variables.push_back(nullptr);
     return variables;
 }
+
+constexpr int unknown = -1; // no status of a process
 
 bool isProgram(std::filesystem::path const& file) {
     std::error_code code;
@@ -62,8 +65,11 @@ std::optional<DetachedProcess> DetachedProcess::start(std::vector<std::string> c
 }
 
 bool DetachedProcess::hasEnded() {
+    if (status_) return true;
     int status = 0;
-    if (!status_ && ::waitpid(process_, &status, WNOHANG) == process_) status_ = status;
+    auto const process = ::waitpid(process_, &status, WNOHANG);
+    if (process == process_) status_ = status;
+    if (process < 0 && errno == ECHILD) status_ = unknown;
     return status_.has_value();
 }
 

@@ -25,14 +25,15 @@ public:
     /// Its number, which is that of its session too: of all that it starts.
     pid_t process() const { return process_; }
     bool hasEnded();
-    /// Whether it has ended, and not well.
+    /// Whether it has ended, and not well. How it has is not known where this program ignores the end of what it starts
+    /// (SIGCHLD); then any end is a failure.
     bool hasFailed();
 
 private:
     explicit DetachedProcess(pid_t process) : process_(process) {}
 
     pid_t process_;
-    std::optional<int> status_; // once it has ended
+    std::optional<int> status_; // once it has ended; -1 where it is not known how
 };
 
 }

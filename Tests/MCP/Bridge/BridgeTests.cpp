@@ -293,21 +293,6 @@ TEST_F(BridgeTest, theFirstCallStartsTheApplication) {
     EXPECT_EQ(codeOf(result), "none");
 }
 
-TEST_F(BridgeTest, anApplicationThatHasEndedLeavesNothingBehind) {
-    auto const mark = root / "started";
-    BridgeCaller caller({.socket = path,
-                         .command = {"/bin/sh", "-c", "echo $$ > " + mark.string() + "; exec sleep 0.4"},
-                         .timeToStart = std::chrono::milliseconds(200)});
-    caller.call({"status", JSONValue::Object{}, "Ann"}, [](double, std::string const&) {});
-    pid_t process = 0;
-    std::ifstream(mark) >> process;
-    ASSERT_GT(process, 0);
-    EXPECT_TRUE(becomesTrue([&] {
-        caller.forgetEnded();
-        return ::kill(process, 0) != 0;
-    }));
-}
-
 TEST_F(BridgeTest, anApplicationThatGivesWayToAnotherIsNoFailure) {
     auto const mark = root / "started";
     auto const application = std::async(std::launch::async, [&] {

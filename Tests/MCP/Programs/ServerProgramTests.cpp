@@ -38,14 +38,14 @@ constexpr std::chrono::milliseconds patience(10'000);
 /// The real program with a pipe to its input and one from its output.
 class ServerProcess {
 public:
-    ServerProcess() {
+    explicit ServerProcess(fs::path const& program = TAVARO_MCP) {
         int input[2], output[2];
         if (pipe2(input, O_CLOEXEC) != 0 || pipe2(output, O_CLOEXEC) != 0) throw std::runtime_error("no pipes");
         process_ = fork();
         if (process_ == 0) {
             dup2(input[0], STDIN_FILENO);
             dup2(output[1], STDOUT_FILENO);
-            execl(TAVARO_MCP, "tavaro-mcp", nullptr);
+            execl(program.c_str(), "tavaro-mcp", nullptr);
             _exit(127);
         }
         close(input[0]);
@@ -245,6 +245,26 @@ TEST_F(ServerProgram, whenTheApplicationGoesMidCallTheServerSaysSoAndGoesOn) {
     EXPECT_THAT(line, HasSubstr(R"("code":"interrupted")"));
     server.say(ping);
     EXPECT_EQ(server.hear(), pong);
+}
+
+/// The server looks beside itself for the application. This one ends long after the call.
+TEST_F(ServerProgram, anApplicationThatItStartedAndThatHasEndedLeavesNothingBehind) {
+    bridge.reset();
+    application.mayAnswer = true;
+    auto const mark = folder / "started";
+    fs::copy_file(TAVARO_MCP, folder / "tavaro-mcp");
+    std::ofstream(folder / "tavaro") << "#!/bin/sh\necho $$ > " << mark.string() << ".new; mv " << mark.string()
+                                     << ".new " << mark.string() << "; exec sleep 2\n";
+    fs::permissions(folder / "tavaro", fs::perms::owner_all);
+    ServerProcess server(folder / "tavaro-mcp");
+    server.say(R"({"id":1,"method":"tools/call","params":{"name":"status"}})");
+    ASSERT_TRUE(becomesTrue([&] { return fs::exists(mark); }));
+    bridge.emplace(folder / "Tavaro/mcp.sock", application);
+    EXPECT_THAT(server.hear(), HasSubstr("MCP client status"));
+    pid_t process = 0;
+    std::ifstream(mark) >> process;
+    ASSERT_EQ(kill(process, 0), 0);
+    EXPECT_TRUE(becomesTrue([&] { return kill(process, 0) != 0; })) << "it would stay until the server ends";
 }
 
 }
