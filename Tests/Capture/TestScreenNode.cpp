@@ -1,0 +1,196 @@
+#include "TestScreenNode.h"
+
+#include "TestDisplay.h"
+
+#include <TavaroPlatform/Clocks/MediaClock.h>
+
+#include <array>
+#include <cstring>
+#include <spa/param/video/format-utils.h>
+#include <stdexcept>
+#include <utility>
+
+namespace tavaro {
+
+using namespace std::chrono_literals;
+
+TestScreenNode::TestScreenNode(int width, int height, int silentBeginnings)
+    : silentBeginnings_(silentBeginnings)
+    , width_(width)
+    , height_(height) {
+    thread_ = std::thread([this] { run(); });
+    if (!eventually([this] { return id_ != PW_ID_ANY; })) throw std::runtime_error("the screen's node did not start");
+}
+
+TestScreenNode::~TestScreenNode() {
+    isEnding_ = true;
+    thread_.join();
+}
+
+double TestScreenNode::show(std::uint8_t grey) {
+    double const moment = mediaClockNow();
+    add({.grey = grey, .moment = moment});
+    return moment;
+}
+
+void TestScreenNode::begin() {
+    constexpr double untilRepaint = 0.016;
+    showsAgainAt_ = mediaClockNow() + untilRepaint;
+    if (silentBeginnings_-- <= 0) return;
+    showsAgainAt_ = 0;
+    std::lock_guard const guard(lock_);
+    if (!orders_.empty()) shown_ = orders_.back();
+    orders_.clear();
+}
+
+/// To whoever began to look.
+void TestScreenNode::showAgain() {
+    if (showsAgainAt_ == 0 || mediaClockNow() < showsAgainAt_) return;
+    showsAgainAt_ = 0;
+    std::lock_guard const guard(lock_);
+    if (orders_.empty() && shown_) orders_.push_back(*shown_);
+}
+
+void TestScreenNode::movePointer(PixelPoint point) { add({.pointer = point, .moment = mediaClockNow()}); }
+
+void TestScreenNode::resize(int width, int height) {
+    std::lock_guard const guard(lock_);
+    newSize_ = {width, height};
+}
+
+void TestScreenNode::add(Order order) {
+    std::lock_guard const guard(lock_);
+    orders_.push_back(order);
+}
+
+void TestScreenNode::run() {
+    connect();
+    while (!isEnding_ && connection_.isAlive()) {
+        connection_.run(2ms);
+        if (stream_ && id_ == PW_ID_ANY) id_ = pw_stream_get_node_id(stream_.get());
+        showAgain();
+        std::optional<std::pair<int, int>> size;
+        bool hasOrders = false;
+        {
+            std::lock_guard const guard(lock_);
+            size = std::exchange(newSize_, std::nullopt);
+            hasOrders = !orders_.empty();
+        }
+        if (size) {
+            std::tie(width_, height_) = *size;
+            offerSize();
+        }
+        if (hasOrders && isStreaming_) pw_stream_trigger_process(stream_.get());
+    }
+    stream_.reset();
+}
+
+namespace {
+
+struct Spare {
+    std::array<std::uint8_t, 2048> bytes{};
+    spa_pod_builder builder = SPA_POD_BUILDER_INIT(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
+};
+
+spa_pod const* formatOf(spa_pod_builder& builder, int width, int height) {
+    spa_rectangle const size{static_cast<std::uint32_t>(width), static_cast<std::uint32_t>(height)};
+    constexpr spa_fraction variable{0, 1}, slowest{1, 1}, fastest{60, 1};
+    return static_cast<spa_pod const*>(spa_pod_builder_add_object(
+        &builder, SPA_TYPE_OBJECT_Format, SPA_PARAM_EnumFormat, SPA_FORMAT_mediaType, SPA_POD_Id(SPA_MEDIA_TYPE_video),
+        SPA_FORMAT_mediaSubtype, SPA_POD_Id(SPA_MEDIA_SUBTYPE_raw), SPA_FORMAT_VIDEO_format,
+        SPA_POD_Id(SPA_VIDEO_FORMAT_BGRx), SPA_FORMAT_VIDEO_size, SPA_POD_Rectangle(&size), SPA_FORMAT_VIDEO_framerate,
+        SPA_POD_Fraction(&variable), SPA_FORMAT_VIDEO_maxFramerate,
+        SPA_POD_CHOICE_RANGE_Fraction(&fastest, &slowest, &fastest)));
+}
+
+}
+
+void TestScreenNode::connect() {
+    static constexpr pw_stream_events events{.version = PW_VERSION_STREAM_EVENTS,
+                                             .state_changed = onState,
+                                             .param_changed = onParameter,
+                                             .process = onProcess};
+    if (!connection_.isAlive()) return;
+    stream_.reset(
+        pw_stream_new(connection_.core(), "screen",
+                      pw_properties_new(PW_KEY_MEDIA_CLASS, "Video/Source", PW_KEY_NODE_NAME, "test-screen", nullptr)));
+    pw_stream_add_listener(stream_.get(), &hook_, &events, this);
+    Spare spare;
+    spa_pod const* format = formatOf(spare.builder, width_, height_);
+    pw_stream_connect(stream_.get(), PW_DIRECTION_OUTPUT, PW_ID_ANY,
+                      static_cast<pw_stream_flags>(PW_STREAM_FLAG_DRIVER | PW_STREAM_FLAG_MAP_BUFFERS), &format, 1);
+}
+
+void TestScreenNode::onState(void* self, pw_stream_state /*old*/, pw_stream_state state, char const* /*error*/) {
+    auto& here = *static_cast<TestScreenNode*>(self);
+    here.isStreaming_ = state == PW_STREAM_STATE_STREAMING;
+    if (here.isStreaming_) here.begin();
+}
+
+void TestScreenNode::onParameter(void* self, std::uint32_t id, spa_pod const* parameter) {
+    if (id == SPA_PARAM_Format && parameter) static_cast<TestScreenNode*>(self)->offerBuffers();
+}
+
+void TestScreenNode::offerSize() {
+    Spare spare;
+    spa_pod const* format = formatOf(spare.builder, width_, height_);
+    pw_stream_update_params(stream_.get(), &format, 1);
+}
+
+void TestScreenNode::offerBuffers() {
+    Spare spare;
+    auto* const builder = &spare.builder;
+    auto const pod = [](void* made) { return static_cast<spa_pod const*>(made); };
+    std::array<spa_pod const*, 3> const wanted{
+        pod(spa_pod_builder_add_object(
+            builder, SPA_TYPE_OBJECT_ParamBuffers, SPA_PARAM_Buffers, SPA_PARAM_BUFFERS_buffers,
+            SPA_POD_CHOICE_RANGE_Int(4, 2, 16), SPA_PARAM_BUFFERS_blocks, SPA_POD_Int(1), SPA_PARAM_BUFFERS_size,
+            SPA_POD_Int(width_ * 4 * height_), SPA_PARAM_BUFFERS_stride, SPA_POD_Int(width_ * 4))),
+        pod(spa_pod_builder_add_object(builder, SPA_TYPE_OBJECT_ParamMeta, SPA_PARAM_Meta, SPA_PARAM_META_type,
+                                       SPA_POD_Id(SPA_META_Header), SPA_PARAM_META_size,
+                                       SPA_POD_Int(sizeof(spa_meta_header)))),
+        pod(spa_pod_builder_add_object(builder, SPA_TYPE_OBJECT_ParamMeta, SPA_PARAM_Meta, SPA_PARAM_META_type,
+                                       SPA_POD_Id(SPA_META_Cursor), SPA_PARAM_META_size,
+                                       SPA_POD_Int(sizeof(spa_meta_cursor) + sizeof(spa_meta_bitmap) + 64)))};
+    pw_stream_update_params(stream_.get(), const_cast<spa_pod const**>(wanted.data()), wanted.size());
+}
+
+void TestScreenNode::onProcess(void* self) { static_cast<TestScreenNode*>(self)->send(); }
+
+void TestScreenNode::send() {
+    auto* const buffer = pw_stream_dequeue_buffer(stream_.get());
+    if (!buffer) return;
+    auto& data = buffer->buffer->datas[0];
+    Order order;
+    {
+        std::lock_guard const guard(lock_);
+        if (!orders_.empty()) {
+            order = orders_.front();
+            orders_.erase(orders_.begin());
+            if (order.grey) shown_ = order;
+        }
+    }
+    auto const stride = static_cast<std::size_t>(width_) * 4;
+    auto const bytes = stride * static_cast<std::size_t>(height_);
+    bool const fits = data.data && data.maxsize >= bytes;
+    data.chunk->offset = 0;
+    data.chunk->stride = static_cast<std::int32_t>(stride);
+    data.chunk->size = order.grey && fits ? static_cast<std::uint32_t>(bytes) : 0;
+    data.chunk->flags = 0;
+    if (data.chunk->size > 0) {
+        std::memset(data.data, *order.grey, bytes);
+        std::memset(data.data, 255, 4);
+        std::memset(static_cast<std::uint8_t*>(data.data) + bytes - 4, 255, 4);
+    }
+    if (auto* const header = static_cast<spa_meta_header*>(
+            spa_buffer_find_meta_data(buffer->buffer, SPA_META_Header, sizeof(spa_meta_header))))
+        *header = {.flags = 0, .offset = 0, .pts = static_cast<std::int64_t>(order.moment * 1e9)};
+    if (auto* const cursor = static_cast<spa_meta_cursor*>(
+            spa_buffer_find_meta_data(buffer->buffer, SPA_META_Cursor, sizeof(spa_meta_cursor)))) {
+        *cursor = {};
+        if (order.pointer) *cursor = {.id = 1, .position = {order.pointer->x, order.pointer->y}};
+    }
+    pw_stream_queue_buffer(stream_.get(), buffer);
+}
+
+}
