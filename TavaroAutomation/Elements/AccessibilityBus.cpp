@@ -52,12 +52,13 @@ std::string knownAddress(std::string const& display) {
     return address;
 }
 
+// A title of megabytes is an attack or a fault; nobody reads more than a line of it.
+constexpr std::size_t longestText = 1U << 14;
+
 std::optional<std::string> readText(sd_bus_message* answer) {
     char const* text = nullptr;
     if (sd_bus_message_read(answer, "v", "s", &text) < 0) return std::nullopt;
-    // A title of megabytes is an attack or a fault; nobody reads more than a line of it.
-    constexpr std::size_t most = 1U << 14;
-    return std::string(text, ::strnlen(text, most));
+    return std::string(text, ::strnlen(text, longestText));
 }
 
 std::optional<Address> readAddress(sd_bus_message* answer) {
@@ -100,6 +101,41 @@ std::optional<States> readStates(sd_bus_message* answer) {
     return States(std::uint64_t{words[1]} << 32U | words[0]);
 }
 
+/// One of two forms: newer libraries say the number of children, older ones all of them.
+std::optional<std::pair<Address, Widget>> readWidget(sd_bus_message* answer, bool isOlder) {
+    if (sd_bus_message_enter_container(answer, 'r', isOlder ? "(so)(so)(so)a(so)assusau" : "(so)(so)(so)iiassusau") <=
+        0)
+        return std::nullopt;
+    auto address = readAddress(answer);
+    sd_bus_message_skip(answer, "(so)(so)"); // its program and its parent
+    Widget widget;
+    std::int32_t place = 0, childCount = 0;
+    if (isOlder)
+        childCount = static_cast<std::int32_t>(readAddresses(answer).size());
+    else
+        sd_bus_message_read(answer, "ii", &place, &childCount);
+    sd_bus_message_skip(answer, "as"); // its interfaces
+    char const* name = "";
+    std::uint32_t role = 0;
+    sd_bus_message_read(answer, "su", &name, &role);
+    sd_bus_message_skip(answer, "s"); // its description
+    auto const states = readStates(answer);
+    sd_bus_message_exit_container(answer);
+    if (!address || !states) return std::nullopt;
+    return std::pair(std::move(*address), Widget{.role = Role{role},
+                                                 .states = *states,
+                                                 .name = std::string(name, ::strnlen(name, longestText)),
+                                                 .childCount = childCount});
+}
+
+std::map<Address, Widget> readWidgets(sd_bus_message* answer) {
+    std::map<Address, Widget> result;
+    bool const isOlder = sd_bus_message_has_signature(answer, "a((so)(so)(so)a(so)assusau)") != 0;
+    if (sd_bus_message_enter_container(answer, 'a', nullptr) < 0) return result;
+    while (auto widget = readWidget(answer, isOlder)) result.insert(std::move(*widget));
+    return result;
+}
+
 std::vector<Address> readLabels(sd_bus_message* answer) {
     constexpr std::uint32_t labelledBy = 2;
     std::vector<Address> result;
@@ -130,6 +166,7 @@ struct AccessibilityBus::State {
         Message message;
         Answered answered;
         State* state;
+        std::chrono::microseconds patience;
     };
 
     explicit State(std::string const& busAddress) : address(busAddress), bus(opened(address)) {}
@@ -141,9 +178,11 @@ struct AccessibilityBus::State {
         return Message(message);
     }
 
-    void ask(Message message, Answered answered) {
+    void ask(Message message, Answered answered,
+             std::chrono::microseconds patience = std::chrono::microseconds::max()) {
         if (!message) return answered(nullptr);
-        waiting.push_back(std::make_unique<Question>(Question{std::move(message), std::move(answered), this}));
+        waiting.push_back(
+            std::make_unique<Question>(Question{std::move(message), std::move(answered), this, patience}));
     }
 
     void askProperty(Address const& of, char const* interface, char const* property, Answered answered) {
@@ -158,12 +197,12 @@ struct AccessibilityBus::State {
         while (!waiting.empty() && underWay < mostUnderWay) {
             auto question = std::move(waiting.front());
             waiting.pop_front();
-            auto const left = std::chrono::duration_cast<Microseconds>(deadline - std::chrono::steady_clock::now());
+            auto const left = duration_cast<std::chrono::microseconds>(deadline - std::chrono::steady_clock::now());
             auto* const raw = question.get();
             open.emplace(raw, std::move(question));
             ++underWay;
             if (sd_bus_call_async(bus.get(), nullptr, raw->message.get(), onAnswer, raw,
-                                  std::max<std::uint64_t>(left.count(), 1)) < 0)
+                                  std::clamp<std::int64_t>(left.count(), 1, raw->patience.count())) < 0)
                 finish(raw, nullptr);
         }
     }
@@ -273,6 +312,11 @@ void AccessibilityBus::atPoint(Address const& of, Place const& place, Then<Addre
         auto found = answer ? readAddress(answer) : std::nullopt;
         then(found && !found->isNull() ? std::move(found) : std::nullopt);
     });
+}
+
+void AccessibilityBus::allWidgets(Address const& program, Then<std::map<Address, Widget>> then) {
+    state_->ask(state_->call({program.bus, "/org/a11y/atspi/cache"}, "org.a11y.atspi.Cache", "GetItems"),
+                reading<std::map<Address, Widget>>(std::move(then), readWidgets), std::chrono::milliseconds(500));
 }
 
 void AccessibilityBus::labels(Address const& of, Then<std::vector<Address>> then) {

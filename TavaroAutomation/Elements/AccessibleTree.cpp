@@ -6,7 +6,9 @@
 
 #include <algorithm>
 #include <deque>
+#include <map>
 #include <memory>
+#include <optional>
 #include <set>
 #include <utility>
 
@@ -15,8 +17,9 @@ namespace tavaro::atspi {
 namespace {
 
 // Programs make an object of each child that is asked for, so that thousands take them seconds.
-constexpr int mostChildren = 500;
+constexpr int mostChildren = 1500;
 constexpr int mostDepth = 80;
+constexpr std::size_t manyNodes = 300;
 constexpr std::size_t mostNodes = 20'000;
 
 Toolkit toolkitNamed(std::string const& name) {
@@ -35,6 +38,7 @@ public:
         , stop_(std::move(stop)) {}
 
     AccessibleTree run(Address const& program) {
+        program_ = program;
         bus_.toolkitName(program, [this](auto const& name) { toolkit_ = toolkitNamed(name.value_or("")); });
         isComplete_ = hasAnswered();
         bus_.children(program, [this](auto const& windows) {
@@ -58,8 +62,8 @@ private:
         bool isKept = false;
         bool isPlaced = false; // its place is known
         bool isInShownRow = false;
-        int childCount = -1;
-        int crowd = -1; // of the list, where its children are found by points
+        Widget const* known = nullptr; // what the program said of it together with all others
+        int crowd = -1;                // of the list, where its children are found by points
         std::optional<TitleSource> titleSource;
     };
 
@@ -71,6 +75,32 @@ private:
         if (depth > mostDepth || visits_.size() >= mostNodes || !seen_.insert(address).second) return;
         int const index = static_cast<int>(visits_.size());
         visits_.push_back({.node = {.address = address, .parent = parent}, .depth = depth});
+        if (visits_.size() == manyNodes) askForAll();
+        if (isAskingForAll_)
+            held_.push_back(index);
+        else
+            ask(index);
+    }
+
+    /// A program with many widgets says them faster at once.
+    void askForAll() {
+        isAskingForAll_ = true;
+        bus_.allWidgets(program_, [this](auto all) {
+            isAskingForAll_ = false;
+            if (all) all_ = std::move(*all);
+            for (int const index : std::exchange(held_, {})) ask(index);
+        });
+    }
+
+    void ask(int index) {
+        auto& visit = visits_[index];
+        auto const& address = visit.node.address;
+        if (auto const known = all_.find(address); known != all_.end()) {
+            visit.known = &known->second;
+            visit.node.states = visit.known->states;
+            visit.node.role = visit.known->role;
+            return described(index);
+        }
         bus_.states(address, [this, index](auto const& states) {
             if (states) visits_[index].node.states = *states;
         });
@@ -122,9 +152,10 @@ private:
         visit.node.isScrolledAway = !isShown && mayBeScrolledAway(visit);
         visit.isKept = isShown || visit.node.isScrolledAway;
         if (!visit.isKept) return;
-        if (visit.depth == 0 || isClickable(visit.node.role) || isLabel(visit.node.role))
+        if (visit.known)
+            named(index, visit.known->name);
+        else if (visit.depth == 0 || isClickable(visit.node.role) || isLabel(visit.node.role))
             bus_.name(address, [this, index](auto const& name) { named(index, name.value_or("")); });
-        bus_.childCount(address, [this, index](auto const& count) { visits_[index].childCount = count.value_or(0); });
         bus_.extents(address, originOf(toolkit_), [this, index](auto const& extents) {
             if (extents) placed(index, *extents);
         });
@@ -143,8 +174,15 @@ private:
         if (isViewport(visit) && !visit.node.states.has(State::showing))
             visit.node.extents = visits_[visit.node.parent].node.extents;
         if (isClosed(visit) || !joinsCrowd(visit)) visit.isKept = false;
-        if (!visit.isKept || visit.childCount <= 0 || !descends(visit)) return;
-        if (visit.childCount > mostChildren) {
+        if (!visit.isKept || !descends(visit)) return;
+        if (visit.known) return descend(index, visit.known->childCount);
+        bus_.childCount(visit.node.address, [this, index](auto const& count) { descend(index, count.value_or(0)); });
+    }
+
+    void descend(int index, int childCount) {
+        auto& visit = visits_[index];
+        if (childCount <= 0) return;
+        if (childCount > mostChildren) {
             visit.crowd = static_cast<int>(crowds_.size());
             return crowds_.push_back({.index = index});
         }
@@ -167,6 +205,8 @@ private:
         case Role::passwordText:
         case Role::slider:
         case Role::scrollBar:
+        case Role::label:
+        case Role::staticText:
         case Role::entry:
         case Role::text: return false;
         case Role::checkBox:
@@ -324,9 +364,13 @@ private:
     Deadline const deadline_;
     std::stop_token const stop_;
     Toolkit toolkit_ = Toolkit::other;
+    Address program_;
     std::deque<Visit> visits_; // visits stay where they are while others are added
     std::set<Address> seen_;
     std::vector<Crowd> crowds_;
+    std::map<Address, Widget> all_; // where the program was asked for all
+    std::vector<int> held_;         // visits that wait for them
+    bool isAskingForAll_ = false;
     bool isComplete_ = true;
 };
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
 
 namespace tavaro::atspi {
 
@@ -15,19 +16,25 @@ bool isClassName(std::string_view name) {
     });
 }
 
+/// What a tag becomes: a space where it ends a line; nothing for what is no tag of rich text.
+std::optional<std::string_view> insteadOf(std::string_view tag) {
+    constexpr std::array<std::string_view, 8> blocks{"p", "br", "div", "html", "body", "center", "hr", "li"};
+    constexpr std::array<std::string_view, 16> inlines{"b",   "i",   "u",   "s",    "a",    "qt",    "em",   "tt",
+                                                       "big", "sub", "sup", "span", "font", "small", "code", "strong"};
+    if (tag.starts_with('/')) tag.remove_prefix(1);
+    auto const name = tag.substr(0, tag.find_first_of(" /"));
+    if (std::ranges::find(blocks, name) != blocks.end()) return " ";
+    return std::ranges::find(inlines, name) != inlines.end() ? std::optional<std::string_view>("") : std::nullopt;
+}
+
 std::string withoutMarkup(std::string_view text) {
     constexpr std::size_t longestTag = 200;
-    if (!text.starts_with('<')) return std::string(text);
     std::string result;
-    while (!text.empty()) {
-        auto const end = text.front() == '<' ? text.substr(0, longestTag).find('>') : std::string_view::npos;
-        if (end == std::string_view::npos) {
-            result += text.front();
-            text.remove_prefix(1);
-        } else {
-            result += ' ';
-            text.remove_prefix(end + 1);
-        }
+    for (std::size_t at = 0; at < text.size();) {
+        auto const end = text[at] == '<' ? text.substr(at, longestTag).find('>') : std::string_view::npos;
+        auto const instead = end == std::string_view::npos ? std::nullopt : insteadOf(text.substr(at + 1, end - 1));
+        result += instead ? *instead : text.substr(at, 1);
+        at += instead ? end + 1 : 1;
     }
     return result;
 }
@@ -67,7 +74,9 @@ std::string shortened(std::string text) {
 }
 
 std::string readableTitle(std::string_view name, Toolkit toolkit) {
-    auto title = onOneLine(withoutMarkup(name));
+    // Of Qt's widgets the names are what they draw as rich text; others have markup in descriptions alone.
+    bool const isMarkup = toolkit == Toolkit::qt || name.starts_with('<');
+    auto title = onOneLine(isMarkup ? withoutMarkup(name) : std::string(name));
     if (toolkit == Toolkit::gtk4) title = isClassName(title) ? "" : saidOnce(title);
     return shortened(std::move(title));
 }

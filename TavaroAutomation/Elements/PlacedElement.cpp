@@ -105,6 +105,7 @@ private:
     struct Around {
         Placement placement;
         UIRect clip;
+        UIRect view; // the last of those around it that shows: what scrolls it
         std::size_t window = 0;
         int root = 0;
         std::optional<UIRect> combo; // whose list the node is in, which shows in a window of its own
@@ -123,6 +124,7 @@ private:
         enterPopup(node(index), around);
         auto const frame = around.placement.onScreen(node(index).extents);
         add(index, frame, around);
+        if (!around.clip.isEmpty()) around.view = around.clip;
         if (isClipping(node(index), tree_.toolkit)) around.clip = around.clip.intersection(frame);
         if (node(index).role == Role::comboBox) around.combo = frame;
         for (int const child : node(index).children) place(child, around);
@@ -158,26 +160,26 @@ private:
         if (role.empty() || frame.isEmpty() || isInClosedList || isWrapper(index) || isInClosedMenu(it, around)) return;
         auto const shown = frame.intersection(around.clip);
         bool const isInside = !shown.isEmpty() && around.clip.contains(shown.center());
-        bool const isAway = !isInside && !around.combo && !isOfMenu(it.role) && !around.clip.isEmpty();
+        auto const& view = around.clip.isEmpty() ? around.view : around.clip;
+        bool const isAway = !isInside && !around.combo && !isOfMenu(it.role) && !view.isEmpty();
         if (it.isScrolledAway ? !isAway : !isInside && !isAway) return;
         auto const title = titleOf(index);
         bool const isSomewhere = std::abs(frame.x) < farthest && std::abs(frame.y) < farthest;
-        placed_.push_back(
-            {.element = {.id = elementID(lastingAddress(it, role, title), role, title),
-                         .role = std::string(role),
-                         .title = title,
-                         .frame = isSomewhere ? frame : UIRect{around.clip.center().x, around.clip.center().y},
-                         .isEnabled = isEnabled(it),
-                         .isVisible = isInside && !isCovered(shown.center(), around.window)},
-             .address = it.address,
-             .root = node(around.root).address,
-             .toolkit = tree_.toolkit,
-             .ownRole = it.role,
-             .ownName = it.name,
-             .placement = around.placement,
-             .window = windows_[around.window].window,
-             .isInPopup = windows_[around.window].isPopup,
-             .shownPart = isInside ? shown : around.clip});
+        placed_.push_back({.element = {.id = elementID(lastingAddress(it, role, title), role, title),
+                                       .role = std::string(role),
+                                       .title = title,
+                                       .frame = isSomewhere ? frame : UIRect{view.center().x, view.center().y},
+                                       .isEnabled = isEnabled(it),
+                                       .isVisible = isInside && !isCovered(shown.center(), around.window)},
+                           .address = it.address,
+                           .root = node(around.root).address,
+                           .toolkit = tree_.toolkit,
+                           .ownRole = it.role,
+                           .ownName = it.name,
+                           .placement = around.placement,
+                           .window = windows_[around.window].window,
+                           .isInPopup = windows_[around.window].isPopup,
+                           .shownPart = isInside ? shown : view});
     }
 
     /// These toolkits open every menu in a window of its own, and have no place for what is in one that is closed.
@@ -192,10 +194,12 @@ private:
         return node.states.has(State::sensitive) || (isRowOrCell(node.role) && node.states.has(State::enabled));
     }
 
-    /// Programs make some objects anew whenever they are asked for what is at a point: those are told apart by their
-    /// titles, and where several have the same one, by which of them it is.
+    /// Programs make some objects anew whenever they are asked for what is at a point, Qt those of its lists and tables
+    /// whenever it is asked: they are told apart by their titles, and where several have the same one, by which of them
+    /// it is.
     Address lastingAddress(AccessibleNode const& node, std::string_view role, std::string const& title) {
-        if (!node.isFoundByPoint) return node.address;
+        bool const isMadeAnew = node.isFoundByPoint || (tree_.toolkit == Toolkit::qt && isRowOrCell(node.role));
+        if (!isMadeAnew || node.parent < 0) return node.address;
         auto const& holder = this->node(node.parent).address;
         int const place = sameBefore_[{node.parent, std::string(role), title}]++;
         return {holder.bus, fmt::format("{}/{}", holder.path, place)};

@@ -44,6 +44,8 @@ public:
     void extents(Address const& of, Origin origin, Then<Extents> then);
     /// What the object knows of itself at that place: the innermost widget, or the next one inwards.
     void atPoint(Address const& of, Place const& place, Then<Address> then);
+    /// All widgets that the program has made objects of, at once; not every toolkit can say, nor at all times.
+    void allWidgets(Address const& program, Then<std::map<Address, Widget>> then);
     void labels(Address const& of, Then<std::vector<Address>> then);
     void attributes(Address const& of, Then<std::map<std::string, std::string>> then);
     void toolkitName(Address const& of, Then<std::string> then);

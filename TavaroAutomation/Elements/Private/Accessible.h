@@ -122,6 +122,14 @@ private:
     std::uint64_t bits_ = 0;
 };
 
+/// What a program says of a widget at once; not its place.
+struct Widget {
+    Role role{};
+    States states;
+    std::string name;
+    int childCount = 0;
+};
+
 enum class Toolkit { gtk3, gtk4, qt, chromium, gecko, other };
 
 /// GTK 4 knows of places in its windows only, and complains on the terminal of whoever asks for others. The window's

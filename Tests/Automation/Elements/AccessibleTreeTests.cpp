@@ -242,7 +242,10 @@ TEST_F(AccessibleTreeTest, whenTheBusGoesASentenceSaysSo) {
 TEST(ElementTitle, isOneReadableLine) {
     EXPECT_EQ(readableTitle(" New\n\tTab ", Toolkit::gtk3), "New Tab");
     EXPECT_EQ(readableTitle("a < b > c", Toolkit::qt), "a < b > c");
-    EXPECT_EQ(readableTitle("<span>Pi</span> [Ctrl+P]", Toolkit::qt), "Pi [Ctrl+P]");
+    EXPECT_EQ(readableTitle("<span style='x'>Pi</span> [Ctrl+P]", Toolkit::qt), "Pi [Ctrl+P]");
+    EXPECT_EQ(readableTitle("x<sup>3</sup><br/>cubed <x", Toolkit::qt), "x3 cubed <x");
+    EXPECT_EQ(readableTitle("<None>", Toolkit::qt), "<None>");
+    EXPECT_EQ(readableTitle("vector<b>", Toolkit::gtk3), "vector<b>");
     auto const text = readableTitle(std::string(10'240, 'x') + "ä", Toolkit::gtk3);
     EXPECT_EQ(text, std::string(200, 'x') + "…");
     for (auto const* const name : {"GtkButton", "AdwGizmo", "EditorStatusbar"}) {

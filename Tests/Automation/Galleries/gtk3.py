@@ -91,10 +91,15 @@ def rows():
 
 
 def buttons(count):
-    grid = Gtk.Grid()
-    for number in range(count):
-        grid.attach(button(f"Button {number}"), number % 40, number // 40, 1, 1)
-    return grid
+    lines = Gtk.Box(orientation=Gtk.Orientation.VERTICAL)
+    for first in range(0, count, 40):
+        line = Gtk.Box()
+        for number in range(first, min(first + 40, count)):
+            line.pack_start(button(f"Button {number}"), False, False, 0)
+        lines.pack_start(line, False, False, 0)
+    scrolled = Gtk.ScrolledWindow(min_content_height=100)
+    scrolled.add(lines)
+    return scrolled
 
 
 def main():

@@ -50,6 +50,16 @@ def rows():
     return scrolled
 
 
+def buttons(count):
+    lines = Gtk.Box(orientation=Gtk.Orientation.VERTICAL)
+    for first in range(0, count, 40):
+        line = Gtk.Box()
+        for number in range(first, min(first + 40, count)):
+            line.append(button(f"Button {number}"))
+        lines.append(line)
+    return Gtk.ScrolledWindow(child=lines, min_content_height=100)
+
+
 def activate(application):
     window = Gtk.ApplicationWindow(application=application, title="Gallery of GTK 4")
     window.set_default_size(600, 420)
@@ -67,11 +77,8 @@ def activate(application):
     box.append(line)
     box.append(rows())
     count = int(sys.argv[1]) if len(sys.argv) > 1 else 0
-    grid = Gtk.Grid()
-    for number in range(count):
-        grid.attach(button(f"Button {number}"), number % 40, number // 40, 1, 1)
     if count:
-        box.append(grid)
+        box.append(buttons(count))
     window.set_child(overlay)
     window.present()
     tell("ready")

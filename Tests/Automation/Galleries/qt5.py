@@ -4,8 +4,8 @@
 import os
 import sys
 
-from PyQt5.QtWidgets import (QApplication, QCheckBox, QComboBox, QLineEdit, QListWidget, QMainWindow, QPushButton,
-                             QTabWidget, QVBoxLayout, QWidget)
+from PyQt5.QtWidgets import (QApplication, QCheckBox, QComboBox, QHBoxLayout, QLineEdit, QListWidget, QMainWindow,
+                             QPushButton, QScrollArea, QTabWidget, QVBoxLayout, QWidget)
 
 
 def tell(*words):
@@ -17,6 +17,20 @@ def button(label):
     made = QPushButton(label)
     made.clicked.connect(lambda: tell("clicked", label))
     return made
+
+
+def buttons(count):
+    grid = QWidget()
+    lines = QVBoxLayout(grid)
+    for first in range(0, count, 40):
+        line = QWidget()
+        row = QHBoxLayout(line)
+        for number in range(first, min(first + 40, count)):
+            row.addWidget(button(f"Button {number}"))
+        lines.addWidget(line)
+    scrolled = QScrollArea()
+    scrolled.setWidget(grid)
+    return scrolled
 
 
 def add_menu(window):
@@ -52,7 +66,8 @@ def main():
     add_menu(window)
     content = QWidget()
     layout = QVBoxLayout(content)
-    for widget in widgets():
+    count = int(sys.argv[1]) if len(sys.argv) > 1 else 0
+    for widget in widgets() + ((buttons(count),) if count else ()):
         layout.addWidget(widget)
     window.setCentralWidget(content)
     window.resize(500, 520)
