@@ -237,6 +237,9 @@ void measurePointer() {
 
 void measureKeyboard() {
     measureEachToolkit([](SinkToolkit toolkit) { measureTyping(toolkit, ""); });
+}
+
+void measureBusyKeyboard() {
     BusyLoops const load(2);
     measureEachToolkit([](SinkToolkit toolkit) { measureTyping(toolkit, ".busy"); });
 }
@@ -252,6 +255,7 @@ int main(int argc, char** argv) {
     std::pair<std::string, std::function<void()>> const parts[] = {{"pointer", measurePointer},
                                                                    {"wheel", [] { measureEachToolkit(measureWheel); }},
                                                                    {"keyboard", measureKeyboard},
+                                                                   {"busy-keyboard", measureBusyKeyboard},
                                                                    {"elements", benchElements}};
     for (auto const& [name, measure] : parts) {
         if (wanted.empty() || std::ranges::find(wanted, name) != wanted.end()) measure();

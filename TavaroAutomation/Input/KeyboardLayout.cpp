@@ -96,6 +96,19 @@ std::optional<KeyStroke> KeyboardLayout::keyMaking(std::uint32_t symbol, std::ui
     return std::nullopt;
 }
 
+std::optional<std::uint8_t> KeyboardLayout::makingElsewhere(std::uint32_t symbol,
+                                                            std::set<std::uint8_t> const& without) const {
+    for (xkb_layout_index_t layout = 0; layout < xkb_keymap_num_layouts(keymap_.get()); ++layout) {
+        for (auto code = xkb_keymap_min_keycode(keymap_.get()); code < 256; ++code) {
+            if (without.contains(static_cast<std::uint8_t>(code))) continue;
+            xkb_keysym_t const* symbols = nullptr;
+            int const count = xkb_keymap_key_get_syms_by_level(keymap_.get(), code, layout, 0, &symbols);
+            if (count == 1 && symbols[0] == symbol) return static_cast<std::uint8_t>(code);
+        }
+    }
+    return std::nullopt;
+}
+
 /// Nothing where the level needs more than a held Shift or AltGr.
 std::optional<KeyStroke> KeyboardLayout::stroke(std::uint32_t code, Level const& level) const {
     std::array<xkb_mod_mask_t, 8> masks{};

@@ -112,11 +112,14 @@ KeyStroke Typist::State::strokeOf(KeyboardLayout const& layout, std::uint32_t sy
 KeyStroke Typist::State::strokeOf(KeyboardLayout const& layout, KeyCombo const& combo, std::stop_token const& stop) {
     auto const* const key = ansiKey(combo.keyCode);
     if (!key) refuseKey("the virtual key code " + std::to_string(combo.keyCode));
-    // Programs know a shortcut by its symbol: where the layout lacks that, a spare key makes it, and only without one
-    // the key at its place.
-    auto const code = spare.codes().empty() ? layout.at(key->place) : std::nullopt;
     auto stroke = layout.making(key->symbol, spare.codes());
-    if (!stroke) stroke = code ? KeyStroke{*code, {}} : strokeOf(layout, key->symbol, stop);
+    if (!stroke) {
+        // Programs know a shortcut by its symbol: in the user's other layouts, else on a key that is made to mean it,
+        // and only without one by its place.
+        auto code = layout.makingElsewhere(key->symbol, spare.codes());
+        if (!code && spare.codes().empty()) code = layout.at(key->place);
+        stroke = code ? KeyStroke{*code, {}} : strokeOf(layout, key->symbol, stop);
+    }
     for (auto const* const place : modifierPlaces(combo.flags)) {
         auto const code = layout.at(place);
         if (!code) refuseKey("a modifier of this shortcut");

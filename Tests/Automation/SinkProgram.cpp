@@ -15,9 +15,15 @@ namespace {
 constexpr char const* python = "/usr/bin/python3";
 
 std::string importing(SinkToolkit toolkit) {
+    if (toolkit == SinkToolkit::chromium) return "import shutil, sys; sys.exit(not shutil.which(\"chromium\"))";
     if (toolkit == SinkToolkit::qt5) return "import PyQt5.QtWidgets";
     std::string const version = toolkit == SinkToolkit::gtk3 ? "3.0" : "4.0";
     return "import gi; gi.require_version(\"Gtk\", \"" + version + "\"); from gi.repository import Gtk";
+}
+
+char const* scriptOf(SinkToolkit toolkit) {
+    if (toolkit == SinkToolkit::chromium) return "chromium.py";
+    return toolkit == SinkToolkit::qt5 ? "qt.py" : "gtk.py";
 }
 
 xcb_window_t windowTitled(x11::Connection& connection, std::string const& title) {
@@ -50,18 +56,15 @@ SinkProgram::SinkProgram(TestDisplay const& display, SinkToolkit toolkit) {
         setenv("GDK_BACKEND", "x11", 1);
         setenv("NO_AT_BRIDGE", "1", 1); // these tests need no accessibility bus
         unsetenv("WAYLAND_DISPLAY");
-        std::string const folder = std::string(TAVARO_TESTS) + "/Automation/Sinks/";
-        if (toolkit == SinkToolkit::qt5)
-            execl(python, python, (folder + "qt.py").c_str(), nullptr);
-        else
-            execl(python, python, (folder + "gtk.py").c_str(), toolkit == SinkToolkit::gtk3 ? "3" : "4", nullptr);
+        std::string const script = std::string(TAVARO_TESTS) + "/Automation/Sinks/" + scriptOf(toolkit);
+        execl(python, python, script.c_str(), toolkit == SinkToolkit::gtk3 ? "3" : "4", nullptr);
         _exit(127);
     }
     fcntl(output_.get(), F_SETFL, O_NONBLOCK);
 }
 
 SinkProgram::~SinkProgram() {
-    ::kill(process_, SIGKILL);
+    ::kill(process_, SIGTERM);
     waitpid(process_, nullptr, 0);
 }
 

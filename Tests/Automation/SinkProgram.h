@@ -12,9 +12,9 @@
 
 namespace tavaro {
 
-enum class SinkToolkit { gtk3, gtk4, qt5 };
+enum class SinkToolkit { gtk3, gtk4, qt5, chromium };
 
-constexpr std::array<std::string_view, 3> namesOf(SinkToolkit) { return {"GTK 3", "GTK 4", "Qt 5"}; }
+constexpr std::array<std::string_view, 4> namesOf(SinkToolkit) { return {"GTK 3", "GTK 4", "Qt 5", "Chromium"}; }
 
 /// A program of that toolkit with a text to type into, which has the keyboard, and a long list below it to scroll; it
 /// says what reaches it. One a display, in its top-left corner.

@@ -12,6 +12,11 @@
 #include <xcb/xtest.h>
 #include <xkbcommon/xkbcommon.h>
 
+// The generated header names a field `explicit`, a word of this language.
+#define explicit explicit_
+#include <xcb/xkb.h>
+#undef explicit
+
 namespace tavaro {
 
 TestDisplay::TestDisplay(int width, int height) {
@@ -153,6 +158,13 @@ void TestClient::key(std::string const& symbol, bool isPressed) {
         return;
     }
     FAIL() << "no key makes " << symbol;
+}
+
+void TestClient::useLayout(int number) {
+    connection_.ask<xcb_xkb_use_extension, xcb_xkb_use_extension_reply>(std::uint16_t{1}, std::uint16_t{0});
+    xcb_xkb_latch_lock_state(connection_.get(), XCB_XKB_ID_USE_CORE_KBD, 0, 0, true, static_cast<std::uint8_t>(number),
+                             0, false, 0);
+    connection_.synchronize();
 }
 
 bool eventually(std::function<bool()> const& isSo) {

@@ -59,6 +59,8 @@ public:
     /// `symbol` on a US keyboard: "a", "Return", "Control_L".
     void key(std::string const& symbol, bool isPressed);
     void tap(std::string const& symbol) { key(symbol, true), key(symbol, false); }
+    /// Of the keyboard's layouts, as the user changes between them.
+    void useLayout(int number);
 
 private:
     x11::Connection connection_;

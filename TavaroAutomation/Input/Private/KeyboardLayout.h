@@ -44,6 +44,9 @@ public:
 
     /// The key that makes that keysym in the layout in use, by itself or with Shift or AltGr.
     std::optional<KeyStroke> making(std::uint32_t symbol, std::set<std::uint8_t> const& without) const;
+    /// The key that makes that keysym, by itself, in another of the user's layouts: with it shortcuts are pressed where
+    /// the one in use has another alphabet.
+    std::optional<std::uint8_t> makingElsewhere(std::uint32_t symbol, std::set<std::uint8_t> const& without) const;
     /// By XKB's name of the place on the keyboard: "AC01".
     std::optional<std::uint8_t> at(char const* place) const;
     std::uint8_t group() const { return group_; }
