@@ -15,6 +15,7 @@ public:
         noSound,        // no sound server answers, or it has no such device
         captureLost,    // the source or the server went away
         writeFailed,    // the take cannot be written: disk full, folder unwritable
+        diskFull,       // the take was ended before its disk is full
         notRecording,   // an operation needs a take in progress
         recoveryFailed, // a found take cannot be brought back
     };
