@@ -31,7 +31,7 @@ struct RecorderOptions {
     std::string soundServer;                      // as in `$PULSE_SERVER`; empty means that, or the session's own
     std::filesystem::path recordingsFolder; // where the working folder is made; empty means `folders::recordings()`
     double segmentSeconds = 10;
-    double checkpointSeconds = 2;
+    double checkpointSeconds = 0.5;
 };
 
 /// Throws what `ScreenRecorder::start` would throw now, of the options and of the screen, and records nothing: for who
@@ -45,8 +45,9 @@ struct RecorderProgress {
     std::int64_t droppedFrames = 0;  // frames that could not be taken or written in time
     std::int64_t repeatedFrames = 0; // of those written, how many stand for an unchanged screen
     bool isPaused = false;
-    std::vector<SoundState> sounds; // those that are recorded
-    bool isCameraAway = false;      // one that is recorded gives no pictures
+    std::optional<double> roomSeconds; // that the disk has room for; none before that can be told
+    std::vector<SoundState> sounds;    // those that are recorded
+    bool isCameraAway = false;         // one that is recorded gives no pictures
 };
 
 /// A take that is over: one movie, and the log of what happened in it.

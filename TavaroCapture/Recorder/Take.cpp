@@ -5,6 +5,7 @@
 #include <TavaroCapture/Segments/Private/JoinStreams.h>
 #include <TavaroCapture/Segments/Private/StreamSegments.h>
 #include <TavaroCore/Errors/SystemReason.h>
+#include <TavaroCore/Files/FileDescriptor.h>
 #include <TavaroCore/Recording/SettledRecording.h>
 #include <TavaroMedia/Errors/MediaError.h>
 #include <TavaroPlatform/Clocks/MediaClock.h>
@@ -19,6 +20,13 @@
 namespace tavaro {
 
 namespace fs = std::filesystem;
+
+namespace {
+
+/// With fragments of half a second, and the time that a disk takes, less than a second can be lost.
+constexpr double syncSeconds = 0.25;
+
+}
 
 ScreenRecorder::Take::Take(RecorderOptions const& options, TakeSources sources) : options_(options) {
     screen_ = std::move(sources.screen);
@@ -56,6 +64,12 @@ void ScreenRecorder::Take::prepareFolder() {
         throw CaptureError(CaptureError::Kind::writeFailed,
                            fmt::format("Could not write the recording: “{}” cannot be made{}.", directory_.string(),
                                        error ? " (" + systemReason(error.value()) + ")" : ""));
+    FileDescriptor::syncFolderOf(directory_);
+    lookAtRoom();
+    if (!room_.isUsedUp()) return;
+    removeWorkingFolder(directory_);
+    throw CaptureError(CaptureError::Kind::writeFailed,
+                       fmt::format("Could not write the recording: the disk of “{}” is full.", recordings.string()));
 }
 
 /// The writers of all streams, and the marker of a take in progress.
@@ -96,6 +110,8 @@ void ScreenRecorder::Take::start() {
     events_->start();
     checkpoints_ = std::make_unique<MetadataCheckpoints>(directory_, options_.checkpointSeconds,
                                                          [this](EventCounts const& after) { return snapshot(after); });
+    streamSync_ = std::make_unique<StreamSync>(manifest_);
+    diskQueue_.startTimer(now + syncSeconds, syncSeconds, [this](double) { keepOnDisk(); });
     startTicks(now);
     screenQueue_.sync([] {}); // the first tick is due now, so even the shortest take has a frame
 }
@@ -115,6 +131,30 @@ void ScreenRecorder::Take::startSideStreams() {
 
 void ScreenRecorder::Take::startTicks(double mediaTime) {
     screenQueue_.startTimer(mediaTime, 1.0 / options_.fps, [this](double scheduled) { tick(scheduled); });
+}
+
+void ScreenRecorder::Take::keepOnDisk() {
+    streamSync_->sync();
+    constexpr int looksEvery = 4;
+    if (++syncs_ % looksEvery == 0) lookAtRoom();
+    if (isEnding_ || !room_.isUsedUp()) return;
+    endEarly({CaptureError::Kind::diskFull,
+              fmt::format("The disk of “{}” is nearly full. The take was ended while there was room to save it.",
+                          directory_.parent_path().string())});
+}
+
+void ScreenRecorder::Take::lookAtRoom() {
+    std::error_code error;
+    auto const disk = fs::space(directory_, error);
+    if (error) return;
+    std::uintmax_t written = 0;
+    for (auto const& entry : fs::directory_iterator(directory_, error)) {
+        std::error_code gone;
+        auto const size = entry.file_size(gone);
+        if (!gone) written += size;
+    }
+    room_.note({clock_.elapsed(mediaClockNow()), written, disk.available, disk.capacity});
+    roomSeconds_ = room_.seconds().value_or(-1);
 }
 
 void ScreenRecorder::Take::setPaused(bool paused) {
@@ -210,6 +250,7 @@ RecorderProgress ScreenRecorder::Take::progressNow() const {
                               .droppedFrames = droppedFrames_,
                               .repeatedFrames = repeatedFrames_,
                               .isPaused = clock_.isPaused()};
+    if (double const room = roomSeconds_; room >= 0) progress.roomSeconds = room;
     for (auto const& stream : sideStreams_) {
         if (auto const sound = stream->sound()) progress.sounds.push_back(*sound);
         progress.isCameraAway = progress.isCameraAway || stream->isCameraAway();
@@ -231,7 +272,7 @@ CaptureHealth ScreenRecorder::Take::health() const {
     return result;
 }
 
-/// On the checkpoint queue. Copies what came since the last seal, at most a minute or so of events, while the sample
+/// On the checkpoint queue. Copies what came since the last seal, half a minute of events at most, while the sample
 /// queue waits; everything slow happens outside it.
 MetadataCheckpoints::Snapshot ScreenRecorder::Take::snapshot(EventCounts const& after) {
     MetadataCheckpoints::Snapshot result;
@@ -254,9 +295,12 @@ void ScreenRecorder::Take::stopStreams() {
     isStopped_ = true;
     screenQueue_.stopTimer();
     for (auto const& stream : sideStreams_) stream->stop();
-    checkpoints_.reset();
     sampleQueue_.sync([] {});
     if (writer_) events_->stop(writer_->duration());
+    // All of the log, whatever happens to the process until the project has it.
+    if (checkpoints_) checkpoints_->writeNow();
+    checkpoints_.reset();
+    diskQueue_.stopTimer();
 }
 
 /// A take that could not be written to its end still has what was written.

@@ -12,7 +12,7 @@ namespace tavaro {
 
 namespace {
 
-constexpr std::size_t sealedSamples = 3600; // a minute of pointer samples: about 300 KB
+constexpr std::size_t sealedSamples = 1200; // 20 seconds of pointer samples: about 100 KB
 constexpr std::uint64_t maxBytes = 256 << 20;
 
 /// "metadata.json": how many sealed files come before it, and the rest of the log.

@@ -16,6 +16,7 @@ public:
         noCamera,       // no such camera, or it cannot be used now
         captureLost,    // the source or the server went away
         writeFailed,    // the take cannot be written: disk full, folder unwritable
+        diskFull,       // the take was ended before its disk is full
         notRecording,   // an operation needs a take in progress
         recoveryFailed, // a found take cannot be brought back
     };

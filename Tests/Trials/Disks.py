@@ -7,7 +7,8 @@ import signal
 import subprocess
 import time
 
-from Stage import check, leftovers, read
+from Display import VirtualDisplay
+from Stage import Fault, check, leftovers, read
 
 
 def mount(*arguments):
@@ -105,8 +106,7 @@ class PowerCut:
         self.name = wanted
 
     def name_after_the_cut(self):
-        place = self.stage.path("after")
-        os.makedirs(place, exist_ok=True)
+        place = stage_place(self.stage)
         mount("-o", "loop", self.copy, place)
         try:
             project = os.path.join(place, "tour.recproj")
@@ -119,3 +119,88 @@ class PowerCut:
 
     def end(self):
         unmount(self.disk)
+
+
+class PowerCutRecording:
+    """A take on a machine that loses its power loses its last second at most, of the picture, the sound and the log. The
+    disk is an ext4 image that is copied while the recorder stands still: what it had not brought to the disk is lost."""
+
+    def __init__(self, stage):
+        self.stage = stage
+        self.image, self.copy, self.disk = stage.path("disk.img"), stage.path("copy.img"), stage.path("disk")
+        os.mkdir(self.disk)
+        with open(self.image, "wb") as file:
+            file.truncate(96 << 20)
+        subprocess.run(["mkfs.ext4", "-q", "-J", "size=4", self.image], check=True)
+        mount("-o", "loop", self.image, self.disk)
+        self.display = VirtualDisplay(stage)
+        self.sound = self.sound_server() if shutil.which("pulseaudio") else None
+
+    def sound_server(self):
+        folder = self.stage.path("sound")
+        os.mkdir(folder, 0o700)
+        self.stage.environment["PULSE_SERVER"] = f"unix:{folder}/native"
+        return subprocess.Popen(
+            ["pulseaudio", "-n", "--exit-idle-time=-1", "-L", f"module-native-protocol-unix socket={folder}/native",
+             "-L", "module-null-sink sink_name=out rate=48000", "-L", "module-sine sink=out"],
+            env={**self.stage.environment, "XDG_RUNTIME_DIR": folder, "HOME": folder}, stderr=subprocess.DEVNULL)
+
+    def round(self, _):
+        stage = self.stage
+        shutil.rmtree(os.path.join(self.disk, "data"), ignore_errors=True)
+        os.sync()
+        stage.environment["XDG_DATA_HOME"] = os.path.join(self.disk, "data")
+        sound = ["--system-audio"] if self.sound else []
+        take = stage.start("record", "--no-polish", *sound, "-o", os.path.join(self.disk, "take.recproj"))
+        try:
+            began = self.first_frame_time(take)
+            time.sleep(stage.random.uniform(1.5, 14))
+            take.send_signal(signal.SIGSTOP)
+            lived = time.monotonic() - began
+            subprocess.run(["cp", "--sparse=always", self.image, self.copy], check=True)
+        finally:
+            take.kill()
+            take.communicate()
+        self.judge(lived)
+
+    def first_frame_time(self, take):
+        """By its first fragment, of half a second: devices take their time to begin, after the file was made."""
+        empty, until = None, time.monotonic() + 20
+        while time.monotonic() < until and take.poll() is None:
+            sizes = [os.path.getsize(os.path.join(folder, name)) for folder, _, files in os.walk(os.path.join(self.disk, "data"))
+                     for name in files if name.startswith("segment")]
+            if sizes and sizes[0] > 0:
+                empty = empty or sizes[0]
+                if sizes[0] > empty:
+                    return time.monotonic() - 0.5
+            time.sleep(0.005)
+        raise Fault("the take did not start")
+
+    def judge(self, lived):
+        stage, place = self.stage, stage_place(self.stage)
+        mount("-o", "loop", self.copy, place)
+        try:
+            stage.environment["XDG_DATA_HOME"] = os.path.join(place, "data")
+            made = os.path.join(place, "recovered.recproj")
+            stage.run("recover", "last", "--no-polish", "-o", made)
+            document = json.loads(read(os.path.join(made, "project.json")))
+            for name, length in document["assetDurations"].items():
+                check(length > lived - 1, f"cut after {lived:.2f} s of film, {length:.2f} s of {name} are left")
+            check(len(document["assetDurations"]) == (2 if self.sound else 1), "a stream is missing")
+            last = document["metadata"]["cursorSamples"][-1]["t"]
+            check(last > lived - 1, f"cut after {lived:.2f} s of film, {last:.2f} s of the log are left")
+        finally:
+            unmount(place)
+
+    def end(self):
+        self.display.end()
+        if self.sound:
+            self.sound.terminate()
+            self.sound.wait()
+        unmount(self.disk)
+
+
+def stage_place(stage):
+    place = stage.path("after")
+    os.makedirs(place, exist_ok=True)
+    return place

@@ -2,12 +2,14 @@
 
 #include <TavaroCapture/Events/Private/EventRecorder.h>
 #include <TavaroCapture/Events/Private/TakeClock.h>
+#include <TavaroCapture/Recorder/Private/DiskRoom.h>
 #include <TavaroCapture/Recorder/Private/SideStream.h>
 #include <TavaroCapture/Recorder/Private/TakeSources.h>
 #include <TavaroCapture/Recorder/ScreenRecorder.h>
 #include <TavaroCapture/Recovery/Private/MetadataCheckpoints.h>
 #include <TavaroCapture/Recovery/Private/WorkingFolderClaim.h>
 #include <TavaroCapture/Segments/Private/SegmentWriter.h>
+#include <TavaroCapture/Segments/Private/StreamSync.h>
 #include <TavaroPlatform/Queues/SerialQueue.h>
 
 #include <atomic>
@@ -21,6 +23,7 @@ namespace tavaro {
 /// - the screen queue: the screen, `lastIndex`; 60 times a second it grabs, converts, and hands a frame on;
 /// - the sample queue: appending to the writer, the event log;
 /// - the checkpoint queue: the checkpoint files;
+/// - the disk queue: waiting until what was written is on the disk, and how much room that has;
 /// - the streams beside the screen: threads of their own;
 /// - any thread: the clock, the counters (atomic), `ending` and the last progress (their lock).
 /// Frames go from the screen to the sample queue through a short line, `framesUnderWay`; when the encoder falls behind
@@ -52,6 +55,8 @@ private:
     void prepareCamera(std::unique_ptr<CameraSource> source, SideStreamOptions const& options);
     void startSideStreams();
     void startTicks(double mediaTime);
+    void keepOnDisk();
+    void lookAtRoom();
     void tick(double scheduled);
     void handOn(double time, bool isRepeated);
     void append(EncoderPicture picture, double time, bool isRepeated);
@@ -99,6 +104,11 @@ private:
     std::vector<double> interruptedAt_;     // seconds of the take; of the streams beside the screen
     std::shared_ptr<LevelLog> micLevels_ = std::make_shared<LevelLog>();
     std::unique_ptr<MetadataCheckpoints> checkpoints_;
+    std::unique_ptr<StreamSync> streamSync_; // the disk queue's, as the room
+    DiskRoom room_;
+    std::int64_t syncs_ = 0;
+    std::atomic<double> roomSeconds_ = -1; // below 0: not known yet
+    SerialQueue diskQueue_{"com.tavaro.capture.disk"};
     SerialQueue screenQueue_{"com.tavaro.capture.screen", SerialQueue::Urgency::prompt};
 };
 

@@ -9,8 +9,8 @@
 
 namespace tavaro {
 
-/// Saves a take's log while it is recorded. The log of an hour is tens of megabytes, so what is older than a minute or
-/// so is sealed into numbered files ("metadata-000.json") that are never written again, and each checkpoint
+/// Saves a take's log while it is recorded. The log of an hour is tens of megabytes, so what is older than 20 seconds
+/// or so is sealed into numbered files ("metadata-000.json") that are never written again, and each checkpoint
 /// ("metadata.json") holds only the rest: its cost does not grow with the take.
 class MetadataCheckpoints {
 public:

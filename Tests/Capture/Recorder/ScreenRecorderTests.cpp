@@ -3,6 +3,7 @@
 
 #include <TavaroCapture/Recorder/ScreenRecorder.h>
 #include <TavaroCapture/Recovery/RecoveryStore.h>
+#include <TavaroCore/Files/AtomicFile.h>
 #include <TavaroMedia/Frames/FrameConverter.h>
 #include <TavaroMedia/Movie/MovieReader.h>
 #include <TavaroPlatform/Clocks/MediaClock.h>
@@ -93,6 +94,9 @@ TEST_F(ScreenRecorderTest, aTakeShowsWhatHappenedWhenItHappened) {
     EXPECT_GT(health.repeatedFrames, health.framesWritten / 2) << "the screen changed once";
     EXPECT_EQ(health.keyboardCaptured, true);
     EXPECT_TRUE(readManifest(take.directory)->isComplete);
+    auto const kept = RecoveryStore::findRecoverable(recordings.path()).at(0).metadata.value();
+    EXPECT_EQ(kept.cursorSamples.back(), log.cursorSamples.back()) << "all of the log outlives the process at once";
+    EXPECT_EQ(kept.clicks, log.clicks);
     EXPECT_EQ(RecoveryStore::findRecoverable(recordings.path()).size(), 1u)
         << "a program that dies before the movie is in a project has lost nothing";
     RecoveryStore::removeWorkingDirectory(take.movie);
@@ -143,35 +147,84 @@ TEST_F(ScreenRecorderTest, aServerThatDiesEndsTheTakeAndKeepsIt) {
     EXPECT_NEAR(MovieReader(take.movie).info().duration, take.duration, 1e-3);
 }
 
-TEST_F(ScreenRecorderTest, aFullDiskEndsTheTakeWithASentenceAndKeepsWhatWasThere) {
-    auto const disk = recordings.path() / "disk";
-    std::filesystem::create_directory(disk);
-    if (mount("tmpfs", disk.c_str(), "tmpfs", 0, "size=1500k") != 0) GTEST_SKIP() << "no right to mount a small disk";
+/// A disk of its own for as long as the object lives.
+class SmallDisk {
+public:
+    SmallDisk(std::filesystem::path place, char const* size) : place_(std::move(place)) {
+        std::filesystem::create_directory(place_);
+        isMounted_ = mount("tmpfs", place_.c_str(), "tmpfs", 0, size) == 0;
+    }
+    ~SmallDisk() {
+        if (isMounted_) umount2(place_.c_str(), MNT_DETACH);
+    }
+    SmallDisk(SmallDisk const&) = delete;
+    SmallDisk& operator=(SmallDisk const&) = delete;
+
+    bool isMounted() const { return isMounted_; }
+    /// Leaves that many bytes of room.
+    void fill(std::uintmax_t room) const {
+        std::string const bytes(std::filesystem::space(place_).available - room, ' ');
+        writeFileAtomically(place_ / "filler", bytes);
+    }
+
+private:
+    std::filesystem::path const place_;
+    bool isMounted_ = false;
+};
+
+TEST_F(ScreenRecorderTest, aDiskThatRunsFullEndsTheTakeWhileItCanBeSaved) {
+    auto small = options();
+    small.recordingsFolder = recordings.path() / "disk";
+    SmallDisk const disk(small.recordingsFolder, "size=24m");
+    if (!disk.isMounted()) GTEST_SKIP() << "no right to mount a small disk";
     auto const window = client->makeWindow({.frame = {0, 0, 640, 480}});
-    auto full = options();
-    full.recordingsFolder = disk;
+    std::mt19937 random(3);
+    ScreenRecorder recorder(small);
+    recorder.start();
+    std::optional<double> toldRoom;
+    EXPECT_TRUE(eventually([&] { // noise that no encoder makes small
+        for (int i = 0; i < 200; ++i)
+            client->fill(window, {static_cast<int>(random() % 420), static_cast<int>(random() % 290), 8, 8}, random());
+        if (auto const room = recorder.progress().roomSeconds) toldRoom = room;
+        return recorder.waitForEnd(0ms);
+    })) << "it grows by some megabytes a second";
+    EXPECT_LT(toldRoom.value_or(1e9), 60);
+    auto const take = recorder.stop();
+    EXPECT_NE(take.endedEarly.value_or("").find("is nearly full"), std::string::npos) << take.endedEarly.value_or("");
+    EXPECT_FALSE(take.metadata.health.captureLost);
+    EXPECT_NEAR(MovieReader(take.movie).info().duration, take.duration, 1e-3);
+    disk.fill(1 << 20);
+    EXPECT_THROW(ScreenRecorder(small).start(), CaptureError) << "what is recorded now could not be saved";
+}
+
+TEST_F(ScreenRecorderTest, aDiskThatOthersFillEndsTheTakeWithASentenceAndKeepsWhatWasThere) {
+    auto small = options();
+    small.recordingsFolder = recordings.path() / "disk";
+    SmallDisk const disk(small.recordingsFolder, "size=12m");
+    if (!disk.isMounted()) GTEST_SKIP() << "no right to mount a small disk";
+    auto const window = client->makeWindow({.frame = {0, 0, 640, 480}});
     std::mt19937 random(3);
     {
-        ScreenRecorder recorder(full);
+        ScreenRecorder recorder(small);
         recorder.start();
-        EXPECT_TRUE(eventually([&] { // noise that no encoder makes small
+        recordUntil(recorder, 1);
+        disk.fill(100'000);
+        EXPECT_TRUE(eventually([&] {
             for (int i = 0; i < 200; ++i)
                 client->fill(window, {static_cast<int>(random() % 420), static_cast<int>(random() % 290), 8, 8},
                              random());
             return recorder.waitForEnd(0ms);
         }));
         try {
-            auto const take = recorder.stop();
-            EXPECT_NE(take.endedEarly.value_or("").find("Could not write the recording: "), std::string::npos);
+            EXPECT_TRUE(recorder.stop().endedEarly);
         } catch (CaptureError const& error) {
             EXPECT_EQ(error.kind, CaptureError::Kind::writeFailed);
-            EXPECT_TRUE(std::string(error.what()).starts_with("Could not write the recording: ")) << error.what();
+            EXPECT_NE(std::string(error.what()).find(" full"), std::string::npos) << error.what();
         }
     }
-    auto const takes = RecoveryStore::findRecoverable(disk);
+    auto const takes = RecoveryStore::findRecoverable(small.recordingsFolder);
     ASSERT_EQ(takes.size(), 1u) << "what fitted can be recovered once there is room";
     EXPECT_GT(takes[0].estimatedDuration, 0);
-    umount2(disk.c_str(), MNT_DETACH);
 }
 
 TEST_F(ScreenRecorderTest, whatCannotBeRecordedFailsAtOnceAndLeavesNothing) {

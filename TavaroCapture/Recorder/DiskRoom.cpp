@@ -1,0 +1,43 @@
+#include <TavaroCapture/Recorder/Private/DiskRoom.h>
+
+#include <algorithm>
+
+namespace tavaro {
+
+namespace {
+
+constexpr double longest = 30; // seconds
+constexpr double shortest = 3;
+constexpr double lookAhead = 3; // seconds: what is written before the take has ended
+
+}
+
+void DiskRoom::note(State const& state) {
+    states_.push_back(state);
+    while (states_.front().at < state.at - longest) states_.pop_front();
+}
+
+double DiskRoom::rate() const {
+    auto const &first = states_.front(), &last = states_.back();
+    double const seconds = last.at - first.at;
+    return seconds <= 0
+               ? 0
+               : std::max(static_cast<double>(last.written) - static_cast<double>(first.written), 0.0) / seconds;
+}
+
+/// The document, the thumbnail and the next save have to fit too.
+double DiskRoom::room() const {
+    constexpr double kept = 8 << 20, leastShare = 0.125;
+    auto const& last = states_.back();
+    double const reserve = std::min(kept, static_cast<double>(last.size) * leastShare);
+    return (static_cast<double>(last.free) - static_cast<double>(last.written) - reserve) / 2;
+}
+
+std::optional<double> DiskRoom::seconds() const {
+    if (states_.empty() || states_.back().at - states_.front().at < shortest || rate() <= 0) return std::nullopt;
+    return std::max(room(), 0.0) / rate();
+}
+
+bool DiskRoom::isUsedUp() const { return !states_.empty() && room() <= rate() * lookAhead; }
+
+}
