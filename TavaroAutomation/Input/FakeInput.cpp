@@ -68,7 +68,7 @@ bool isInsideWayland(Connection& connection) {
 
 void restUntil(InputClock::time_point end, std::stop_token const& stop) {
     while (true) {
-        if (stop.stop_requested()) throw AutomationError(AutomationError::Kind::cancelled, "The action was cancelled.");
+        expectNotStopped(stop);
         auto const now = InputClock::now();
         if (now >= end) return;
         std::this_thread::sleep_until(std::min(end, now + longestSleep));
