@@ -56,7 +56,7 @@ std::optional<bool> ToolArguments::flag(std::string_view name) const {
 std::optional<double> ToolArguments::number(std::string_view name) const {
     auto const* const value = find(name);
     if (!value) return std::nullopt;
-    if (auto const number = numberOf(*value)) return number;
+    if (auto const number = numberOf(*value); number && std::isfinite(*number)) return number;
     refuseType(name, "a number");
 }
 

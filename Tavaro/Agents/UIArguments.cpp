@@ -28,6 +28,14 @@ UITarget target(ToolArguments const& arguments) {
             .element = arguments.text("element").value_or("")};
 }
 
+[[noreturn]] void refuseWithoutApp() { refuseArguments("app is required: its name, e.g. \"Mossfile\", or bundle id."); }
+
+/// An element is nowhere without its application; it is not left out for a point or the pointer's place.
+void expectApp(UITarget const& target) {
+    bool const isNamed = !target.title.empty() || !target.element.empty();
+    if (isNamed && target.app.empty()) refuseWithoutApp();
+}
+
 std::string shortcut(JSONValue const& key) try {
     auto const* const text = key.as<std::string>();
     parseShortcut(text ? *text : "");
@@ -40,7 +48,7 @@ std::string shortcut(JSONValue const& key) try {
 
 std::string app(JSONValue::Object const& arguments) {
     auto const app = ToolArguments(arguments).text("app");
-    if (!app || app->empty()) refuseArguments("app is required: its name, e.g. \"Mossfile\", or bundle id.");
+    if (!app || app->empty()) refuseWithoutApp();
     return *app;
 }
 
@@ -56,6 +64,7 @@ UIClickRequest click(JSONValue::Object const& given) {
     UIClickRequest request{.target = target(arguments)};
     if (!request.target.isElement() && !arguments.has("x") && !arguments.has("y"))
         refuseArguments("Say what to click: title (with app), element (with app), or x and y.");
+    expectApp(request.target);
     request.button = arguments.oneOf<UIMouseButton>("button").value_or(request.button);
     request.count = static_cast<int>(arguments.integer("count", {1, 3}).value_or(request.count));
     request.target.point = point(arguments);
@@ -71,6 +80,7 @@ UIScrollRequest scroll(JSONValue::Object const& given) {
                             .down = arguments.number("down", pixels).value_or(0),
                             .right = arguments.number("right", pixels).value_or(0)};
     if (request.down == 0 && request.right == 0) refuseArguments("Give down and/or right, in pixels.");
+    expectApp(request.target);
     request.target.point = point(arguments);
     request.glide = arguments.number("glide", glideSeconds).value_or(request.glide);
     request.hold = arguments.number("hold", holdSeconds).value_or(request.hold);

@@ -57,6 +57,7 @@ void UITools::perform(RunningCall& call, Work work) {
 ToolResult UITools::worked(Work const& work, std::stop_source& stop) {
     std::stop_callback const whenAllStop(stop_.get_token(), [&] { stop.request_stop(); });
     try {
+        expectNotStopped(stop.get_token()); // it may have waited long for its turn
         if (!automation_) automation_ = std::make_unique<UIAutomation>(display_);
         return work(*automation_, stop.get_token());
     } catch (AutomationError const& error) {

@@ -2,6 +2,8 @@
 
 #include <TavaroCore/Errors/Error.h>
 
+#include <stop_token>
+
 namespace tavaro {
 
 /// Another application cannot be looked at or controlled as asked.
@@ -25,5 +27,10 @@ public:
     AutomationError(Kind kind, std::string const& sentence) : Error(sentence), kind(kind) {}
     Kind const kind;
 };
+
+/// Throws `AutomationError` (`cancelled`) where whoever asked for an action has taken that back.
+inline void expectNotStopped(std::stop_token const& stop) {
+    if (stop.stop_requested()) throw AutomationError(AutomationError::Kind::cancelled, "The action was cancelled.");
+}
 
 }

@@ -89,7 +89,7 @@ std::uint8_t releaseOf(FakeInput::Device device) {
 
 void restUntil(InputClock::time_point end, std::stop_token const& stop) {
     while (true) {
-        if (stop.stop_requested()) throw AutomationError(AutomationError::Kind::cancelled, "The action was cancelled.");
+        expectNotStopped(stop);
         auto const now = InputClock::now();
         if (now >= end) return;
         sleepUntil(std::min(end, now + longestSleep));

@@ -14,6 +14,7 @@
 
 #include <chrono>
 #include <cstdlib>
+#include <fstream>
 
 using namespace tavaro;
 using ::testing::AllOf;
@@ -111,6 +112,20 @@ TEST_F(MCPToolHandlerTest, whatNobodyWaitsForStopsInTheMiddle) {
     EXPECT_EQ(end(), "failed: The action was cancelled.");
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
     EXPECT_THAT(called("ui_screenshot"), HasSubstr("To click a pixel (px, py): x = "));
+}
+
+TEST_F(MCPToolHandlerTest, whatNobodyWaitsForAnyMoreDoesNotBegin) {
+    fs::create_directories(folder / "applications");
+    std::ofstream(folder / "applications/marker.desktop")
+        << "[Desktop Entry]\nType=Application\nName=Marker\nExec=touch " << (folder / "mark").string() << "\n";
+    auto const abandonFirst = begin("ui_click", R"({"x":5,"y":5,"glide":0,"hold":60})");
+    auto const abandonSecond = begin("ui_open_app", R"({"app":"Marker"})");
+    abandonSecond();
+    abandonFirst();
+    end();
+    result.reset();
+    EXPECT_EQ(end(), "failed: The action was cancelled.");
+    EXPECT_FALSE(fs::exists(folder / "mark"));
 }
 
 TEST_F(MCPToolHandlerTest, aSessionFromTheSourcesToTheFilm) {

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+
 using namespace tavaro;
 
 namespace {
@@ -31,6 +33,10 @@ TEST(UIArguments, sayWhichOneCannotBeUsed) {
          {"{}", R"({"title":"a"})", R"({"app":"a"})", R"({"element":"e1"})", R"({"app":"a","title":""})"})
         EXPECT_EQ(refused(click, arguments), needsTarget) << arguments;
     EXPECT_EQ(refused(click, R"({"x":1})"), "x and y go together.");
+    EXPECT_EQ(refused(click, R"({"x":1,"y":1,"title":"a"})"), needsApp) << "it would be left out";
+    EXPECT_EQ(refused(scroll, R"({"down":1,"element":"e1"})"), needsApp);
+    auto const endless = std::numeric_limits<double>::infinity();
+    EXPECT_THROW(click({{"x", endless}, {"y", 1.0}}), MCPToolError) << "as a command's option may be";
     EXPECT_EQ(refused(click, R"({"x":1,"y":1,"button":"middle"})"), "button must be left or right.");
     EXPECT_EQ(refused(click, R"({"x":1,"y":1,"count":4})"), "count must be 1–3.");
     EXPECT_EQ(refused(click, R"({"x":1,"y":1,"glide":6})"), "glide must be 0–5.");
