@@ -80,10 +80,6 @@ bool isMuchOther(std::vector<std::uint32_t> const& before, std::vector<std::uint
 
 }
 
-void expectNotStopped(std::stop_token const& stop) {
-    if (stop.stop_requested()) throw AutomationError(AutomationError::Kind::cancelled, "The action was cancelled.");
-}
-
 bool waitUntil(Deadline deadline, std::stop_token const& stop, std::function<bool()> const& isSo,
                std::chrono::milliseconds pause) {
     while (!isSo()) {

@@ -126,7 +126,7 @@ ApplicationListing ApplicationElements::list(OpenApplication const& application,
         bus_.reset(); // it may be another one the next time
         throw;
     }
-    x11::expectNotStopped(stop);
+    expectNotStopped(stop);
     return listing;
 }
 
@@ -144,7 +144,7 @@ ElementPlace ApplicationElements::placeOf(atspi::PlacedElement const& element, s
         if (extents && !extents->isEmpty()) frame = element.placement.onScreen(*extents);
     });
     auto const outcome = bus().run(Clock::now() + longestAnswer, stop);
-    x11::expectNotStopped(stop);
+    expectNotStopped(stop);
     if (outcome != AccessibilityBus::Outcome::allAnswered) return {.presence = ElementPlace::Presence::silent};
     if (!isSame || !frame) return {};
     return {.presence = ElementPlace::Presence::there, .frame = *frame};

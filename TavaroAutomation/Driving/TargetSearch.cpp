@@ -175,16 +175,24 @@ void TargetSearch::expectNotCovered(FoundTarget const& target, UIPoint const& po
          fmt::format("{} is covered by {}: close that, then click.", nameOf(target.placed.element), by));
 }
 
-void TargetSearch::expectWindowOnTop(FoundTarget const& target, UIPoint const& point) {
-    for (auto const& window : x11::openWindows(connection_)) {
-        if (window.isMinimized || !window.frame.contains(point)) continue;
-        bool const isOwn = std::ranges::any_of(target.application.windows, [&](auto const& own) {
-            return own.window == window.window || (own.pid != 0 && own.pid == window.pid);
-        });
-        if (isOwn) return;
+/// The server knows who would get a click: windows may have any shape, and let clicks through.
+void TargetSearch::expectWindowUnderPointer(FoundTarget const& target) {
+    auto const pointer = connection_.ask<xcb_query_pointer, xcb_query_pointer_reply>(connection_.root());
+    auto const topLevel = pointer ? pointer->child : XCB_NONE;
+    auto const window = topLevel != XCB_NONE ? x11::openWindow(connection_, topLevel) : std::nullopt;
+    auto const& own = target.application.windows;
+    bool const isOwn = window && std::ranges::any_of(own, [&](x11::OpenWindow const& each) {
+                           return each.window == window->window || (each.pid != 0 && each.pid == window->pid);
+                       });
+    if (isOwn) return;
+    auto const name = nameOf(target.placed.element);
+    if (topLevel == XCB_NONE) {
         fail(AutomationError::Kind::notShown,
-             fmt::format("{} is covered by a window of {}.", nameOf(target.placed.element), window.application.name));
+             name + " is not there any more: its window was moved, minimised or closed.");
     }
+    auto const other = window ? window->application.name : std::string();
+    fail(AutomationError::Kind::notShown, other.empty() ? name + " is covered by another window."
+                                                        : fmt::format("{} is covered by a window of {}.", name, other));
 }
 
 }

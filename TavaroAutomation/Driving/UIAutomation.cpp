@@ -62,7 +62,7 @@ struct UIAutomation::State {
         auto found = search.find(target, purpose, stop);
         pointer().glide(found.point(), seconds, stop, [&] { return search.placeOf(found, stop); });
         auto const point = pointer().position();
-        search.expectWindowOnTop(found, point);
+        search.expectWindowUnderPointer(found);
         if (purpose == Purpose::click) search.expectNotCovered(found, point, stop);
         return {.point = point, .element = found.placed.element};
     }
@@ -126,7 +126,7 @@ UIPicture UIAutomation::screenshot(UIScreenshotRequest const& request, std::stop
         wanted.window = application.front.window;
         name = fmt::format("{} — {}", application.name, excerpt(application.front.title));
     }
-    x11::expectNotStopped(stop);
+    expectNotStopped(stop);
     auto picture = takeScreenshot(wanted);
     return {.png = std::move(picture.png),
             .caption = picture.caption(name),

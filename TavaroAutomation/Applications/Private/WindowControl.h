@@ -11,8 +11,6 @@ namespace tavaro::x11 {
 
 using Deadline = std::chrono::steady_clock::time_point;
 
-/// Throws `AutomationError` when stopped.
-void expectNotStopped(std::stop_token const& stop);
 /// Asks every `pause`. False when that is not so by the deadline. Throws `AutomationError` when stopped.
 bool waitUntil(Deadline deadline, std::stop_token const& stop, std::function<bool()> const& isSo,
                std::chrono::milliseconds pause = std::chrono::milliseconds(5));

@@ -39,8 +39,8 @@ public:
     /// Where to go for it now. What was made anew meanwhile is found again. Throws `AutomationError` where it is gone,
     /// and where its program does not answer.
     UIPoint placeOf(FoundTarget& target, std::stop_token const& stop);
-    /// Throws `AutomationError` where another application's window is at that point.
-    void expectWindowOnTop(FoundTarget const& target, UIPoint const& point);
+    /// Throws `AutomationError` where a click would not go to a window of the target's application.
+    void expectWindowUnderPointer(FoundTarget const& target);
     /// Throws `AutomationError` where another widget of its own window is at that point.
     void expectNotCovered(FoundTarget const& target, UIPoint const& point, std::stop_token const& stop);
 

@@ -4,7 +4,10 @@
 
 #include <chrono>
 #include <csignal>
+#include <future>
 #include <gmock/gmock.h>
+#include <thread>
+#include <xcb/xfixes.h>
 
 namespace tavaro {
 
@@ -15,6 +18,29 @@ using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::Not;
 using ::testing::StartsWith;
+
+void letClicksThrough(x11::Connection& connection, xcb_window_t window) {
+    auto const nothing = xcb_generate_id(connection.get());
+    connection.ask<xcb_xfixes_query_version, xcb_xfixes_query_version_reply>(5U, 0U);
+    xcb_xfixes_create_region(connection.get(), nothing, 0, nullptr);
+    xcb_xfixes_set_window_shape_region(connection.get(), window, XCB_SHAPE_SK_INPUT, 0, 0, nothing);
+    connection.synchronize();
+}
+
+/// As a window manager's button does.
+void minimise(x11::Connection& connection, xcb_window_t window) {
+    constexpr std::uint32_t iconic = 3;
+    xcb_client_message_event_t const event{.response_type = XCB_CLIENT_MESSAGE,
+                                           .format = 32,
+                                           .sequence = 0,
+                                           .window = window,
+                                           .type = connection.atom("WM_CHANGE_STATE"),
+                                           .data = {.data32 = {iconic, 0, 0, 0, 0}}};
+    xcb_send_event(connection.get(), 0, connection.root(),
+                   XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
+                   reinterpret_cast<char const*>(&event));
+    connection.synchronize();
+}
 
 }
 
@@ -116,6 +142,26 @@ TEST_F(GTK3Gallery, whatCannotBeClickedIsASentence) {
     EXPECT_THAT(missing, EndsWith("Custom-drawn areas aren't listed: use ui_screenshot and click by x and y."));
     EXPECT_THAT(sentenceOf([&] { click({.app = app, .element = "e12345"}); }),
                 EndsWith(" any more — the window changed. Call ui_elements again."));
+}
+
+TEST_F(GTK3Gallery, aClickGoesToNoOtherWindowThanItsElements) {
+    TestClient client(desktop->display());
+    auto const overlay = client.makeWindow({.frame = {0, 0, 4000, 4000}, .isPopup = true});
+    EXPECT_EQ(sentenceOf([&] { clickTitle("Save"); }), "“Save” is covered by another window.");
+    letClicksThrough(client.connection(), overlay);
+    clickTitle("Save");
+    EXPECT_TRUE(logsSoon("clicked Save"));
+    client.destroy(overlay);
+
+    auto const minimised = std::async(std::launch::async, [&] {
+        std::this_thread::sleep_for(200ms);
+        minimise(client.connection(), x11::activeWindow(client.connection()));
+    });
+    auto const outcome =
+        sentenceOf([&] { automation->click({.target = {.app = app, .title = "Café"}, .glide = 0.8, .hold = 0}); });
+    EXPECT_TRUE(outcome == "“Café” is not there any more: its window was moved, minimised or closed." ||
+                (outcome == "done" && logsSoon("clicked Café")))
+        << outcome;
 }
 
 TEST_F(GTK3Gallery, aProgramThatHangsCostsTwoSecondsAndThenSaysSo) {
