@@ -3,6 +3,8 @@
 #include <array>
 #include <atomic>
 #include <csignal>
+#include <cstdint>
+#include <ctime>
 #include <unistd.h>
 
 namespace tavaro {
@@ -14,14 +16,26 @@ static_assert(std::atomic<bool>::is_always_lock_free);
 constexpr std::array<int, 3> signals{SIGINT, SIGTERM, SIGHUP};
 std::array<struct sigaction, signals.size()> before{};
 
+// Milliseconds of the monotonic clock, before which another signal does nothing; set before `requested`.
+std::atomic<std::int64_t> graceEnds = 0;
+std::int64_t graceMilliseconds = 0; // of the present interruption
+
+std::int64_t now() {
+    timespec time{};
+    clock_gettime(CLOCK_MONOTONIC, &time); // which a signal may ask, too
+    return std::int64_t{time.tv_sec} * 1000 + time.tv_nsec / 1'000'000;
+}
+
 void note(int signal) {
-    if (requested.exchange(true)) _exit(128 + signal);
+    if (!requested) graceEnds = now() + graceMilliseconds;
+    if (requested.exchange(true) && now() >= graceEnds) _exit(128 + signal);
 }
 
 }
 
-Interruption::Interruption() {
+Interruption::Interruption(std::chrono::milliseconds grace) {
     requested = false;
+    graceMilliseconds = grace.count();
     struct sigaction action {};
     action.sa_handler = note;
     action.sa_flags = SA_RESTART;

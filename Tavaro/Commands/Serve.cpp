@@ -54,7 +54,8 @@ private:
 /// A signal ends it: what is recorded is saved first. A second one ends the program at once.
 void run(MainQueue& queue, Application& application, AppMCPBackend& agents, IdleTime idle) {
     using namespace std::chrono_literals;
-    Interruption const interruption;
+    constexpr std::chrono::seconds letsGoWithin{3}; // of keys and buttons that an agent's call holds
+    Interruption const interruption(letsGoWithin);
     bool isEnding = false;
     queue.runUntil(
         [&] {

@@ -60,7 +60,8 @@ template<class Read> auto request(Read read, ToolOptions const& options) {
 template<class Work> auto interruptibly(Work work) {
     using Result = std::invoke_result_t<Work, UIAutomation&, std::stop_token const&>;
     MainQueue queue;
-    Interruption const interruption;
+    constexpr std::chrono::seconds letsGoWithin{3};
+    Interruption const interruption(letsGoWithin);
     std::stop_source stop;
     std::optional<Result> result;
     std::exception_ptr failure;
