@@ -25,7 +25,7 @@ constexpr int mostCorrections = 3;
 constexpr int margin = 4; // inside of a menu, where it is entered
 
 PixelPoint pixel(UIPoint const& point) {
-    // Where something is asked for outside of any screen, the server keeps the pointer on them.
+    // On the way from one screen to another there may be none; the server keeps the pointer on them.
     auto const clamped = [](double value) {
         return static_cast<int>(std::lround(std::clamp(value, -32768.0, 32767.0)));
     };
@@ -125,6 +125,7 @@ UIPoint Pointer::position() { return state_->position(); }
 
 void Pointer::glide(UIPoint const& to, double seconds, std::stop_token const& stop, PlaceOfTarget const& place) {
     state_->begin(stop);
+    state_->user.expectOnAScreen(pixel(to));
     state_->glideTo(to, seconds, stop);
     for (int i = 0; i < mostCorrections && place; ++i) {
         auto const now = place();

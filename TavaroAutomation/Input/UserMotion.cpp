@@ -4,6 +4,9 @@
 #include <TavaroCapture/X11/Desktop.h>
 
 #include <algorithm>
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+#include <string>
 #include <utility>
 #include <xcb/xinput.h>
 
@@ -26,11 +29,12 @@ UserMotion::UserMotion(FakeInput& input) : input_(input) {
         raw.mask = XCB_INPUT_XI_EVENT_MASK_RAW_MOTION;
         xcb_input_xi_select_events(connection.get(), connection.root(), 1, &raw.head);
     }
-    for (auto const& display : displays(connection)) screens_.push_back(display.frame);
     forget();
 }
 
 void UserMotion::forget() {
+    screens_.clear(); // they come and go
+    for (auto const& display : displays(input_.connection())) screens_.push_back(display.frame);
     before_.reset();
     expected_ = input_.pointer();
     hasForeignEvent();
@@ -69,6 +73,18 @@ void UserMotion::expectNoneSoFar() {
 void UserMotion::expectNone() {
     expectNoneSoFar();
     if (input_.pointer() != expected_) refuse();
+}
+
+void UserMotion::expectOnAScreen(PixelPoint at) const {
+    if (isOnAScreen(at)) return;
+    std::vector<std::string> frames;
+    for (auto const& screen : screens_) {
+        frames.push_back(fmt::format("x {}–{}, y {}–{}", screen.x, screen.x + screen.width - 1, screen.y,
+                                     screen.y + screen.height - 1));
+    }
+    throw AutomationError(
+        AutomationError::Kind::invalidRequest,
+        fmt::format("{}, {} is on no display. Displays cover {}.", at.x, at.y, fmt::join(frames, " and ")));
 }
 
 /// Takes in all that came so far.

@@ -17,6 +17,8 @@ public:
     void forget();
     /// Moves the pointer for us. Returns at once.
     void move(PixelPoint to);
+    /// Throws `AutomationError` where no display shows that place: the server would put the pointer somewhere else.
+    void expectOnAScreen(PixelPoint at) const;
     /// Both throw `AutomationError` (`userMoved`): by what the server has answered and reported so far, which lags a
     /// step behind; and by asking it.
     void expectNoneSoFar();

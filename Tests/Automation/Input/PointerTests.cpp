@@ -6,6 +6,7 @@
 #include <chrono>
 #include <cmath>
 #include <future>
+#include <gmock/gmock.h>
 #include <thread>
 
 namespace tavaro {
@@ -13,6 +14,7 @@ namespace tavaro {
 namespace {
 
 using namespace std::chrono_literals;
+using ::testing::ThrowsMessage;
 using Clock = std::chrono::steady_clock;
 
 double secondsSince(Clock::time_point start) { return std::chrono::duration<double>(Clock::now() - start).count(); }
@@ -84,8 +86,22 @@ TEST_F(PointerTest, aGlideEndsOnItsTargetInItsTime) {
         EXPECT_EQ(place(), (PixelPoint{static_cast<int>(to.x), static_cast<int>(to.y)}));
         EXPECT_GE(secondsSince(start), 0.2);
     }
-    pointer->glide({5000, -90}, 0.05);
-    EXPECT_EQ(place(), (PixelPoint{639, 0})) << "outside of the screens: at their edge";
+}
+
+TEST_F(PointerTest, whatIsOnNoDisplayIsRefusedAsTheDisplaysAreNow) {
+    pointer->glide({20, 30}, 0);
+    EXPECT_THAT(
+        [&] {
+            pointer->glide({5000, -90}, 0.05);
+        },
+        ThrowsMessage<AutomationError>(std::string("5000, -90 is on no display. Displays cover x 0–639, y 0–479.")));
+    client->resizeDesktop(400, 300);
+    EXPECT_THAT(
+        [&] {
+            pointer->glide({500, 20}, 0.05);
+        },
+        ThrowsMessage<AutomationError>(std::string("500, 20 is on no display. Displays cover x 0–399, y 0–299.")));
+    EXPECT_EQ(place(), (PixelPoint{20, 30}));
 }
 
 TEST_F(PointerTest, whatMovedMeanwhileIsFollowed) {
