@@ -118,11 +118,14 @@ template<class Tools> void MCPToolHandler::withProject(RunningCall& call, Tools&
 void MCPToolHandler::status(RunningCall& call) {
     auto const& recorder = application_.recorder().state();
     bool const isIdle = application_.recorder().isIdle();
+    JSONValue::Object recording{{"phase", nameOf(recorder.phase)},
+                                {"countdown", recorder.countdown},
+                                {"seconds", isIdle ? 0.0 : recorder.take.seconds}};
+    if (!isIdle && recorder.take.roomSeconds)
+        recording["minutesOfRoom"] = static_cast<std::int64_t>(*recorder.take.roomSeconds / 60);
     JSONValue::Object structured{{"version", version_},
                                  {"permissions", permissions()},
-                                 {"recorder", JSONValue::Object{{"phase", nameOf(recorder.phase)},
-                                                                {"countdown", recorder.countdown},
-                                                                {"seconds", isIdle ? 0.0 : recorder.take.seconds}}},
+                                 {"recorder", std::move(recording)},
                                  {"exporting", application_.exporter().isExporting()},
                                  {"project", JSONValue{}}};
     if (auto const untold = recording_.untold()) structured["unreported"] = *untold;

@@ -2,6 +2,7 @@
 
 #include <Tavaro/Commands/Terminal.h>
 #include <Tavaro/Model/Listings/LibraryListing.h>
+#include <Tavaro/Model/Recording/UnfinishedRecording.h>
 
 #include <TavaroCore/Records/JSON.h>
 #include <TavaroCore/Values/Timecode.h>
@@ -55,6 +56,7 @@ void addLibrary(CLI::App& app) {
         if (options->asJSON) return terminal::sayJSON(encodeJSON(items));
         for (auto const& item : items) printLine(item);
         if (items.empty()) terminal::say("There are no projects there.\n");
+        if (auto const offer = unfinishedOffer()) terminal::tell("{}\n", *offer);
     });
 }
 

@@ -4,12 +4,15 @@
 #include <Tavaro/Commands/Interruption.h>
 #include <Tavaro/Commands/MadeTakeText.h>
 #include <Tavaro/Commands/Names.h>
+#include <Tavaro/Commands/PauseSignal.h>
 #include <Tavaro/Commands/ProgressLine.h>
+#include <Tavaro/Commands/TakeKeys.h>
 #include <Tavaro/Commands/Terminal.h>
 #include <Tavaro/Model/Project/PackagePath.h>
 #include <Tavaro/Model/Recording/RecordingController.h>
 #include <Tavaro/Model/Recording/RecordingPreferences.h>
 #include <Tavaro/Model/Recording/TakeNames.h>
+#include <Tavaro/Model/Recording/UnfinishedRecording.h>
 
 #include <TavaroCore/Values/Timecode.h>
 
@@ -22,6 +25,7 @@
 #include <ctime>
 #include <exception>
 #include <optional>
+#include <utility>
 
 namespace tavaro::commands {
 
@@ -33,6 +37,7 @@ struct Options {
     std::string application;
     std::string area;
     double seconds = 0;
+    int countdown = 0;
     int fps = 60;
     CLI::Option const* microphone = nullptr; // given, with an id or without
     CLI::Option const* systemAudio = nullptr;
@@ -62,13 +67,17 @@ std::string_view meter(float level) {
     return bars[static_cast<std::size_t>(std::ceil(std::clamp(share, 0.0, 1.0) * (bars.size() - 1)))];
 }
 
-std::string stateOf(RecorderProgress const& progress) {
-    auto state = Timecode::format(progress.seconds);
+std::string stateOf(RecorderState const& recorder) {
+    constexpr double ample = 3600; // seconds
+    auto const& progress = recorder.take;
+    auto state = (recorder.phase == RecorderPhase::paused ? "paused at " : "") + Timecode::format(progress.seconds);
     for (auto const& sound : progress.sounds)
         state += fmt::format(", {} {}", spokenName(sound.role), sound.isAway ? "away" : meter(sound.level));
     if (progress.isCameraAway) state += ", camera away";
     if (progress.droppedFrames > 0) state += fmt::format(", {} frames dropped", progress.droppedFrames);
-    return state + ". Ctrl-C ends the take.";
+    if (progress.roomSeconds && *progress.roomSeconds < ample)
+        state += fmt::format(", room for {:.0f} min", std::floor(*progress.roomSeconds / 60));
+    return state + ".";
 }
 
 KeyLogging keyLogging(Options const& options) {
@@ -90,44 +99,111 @@ RecorderOptions recorderOptions(Options const& options) {
 RecordingRequest requestOf(Options const& options) {
     return {
         .recorder = recorderOptions(options),
+        .countdown = options.countdown,
         .seconds = options.seconds,
         .project = {.package = packagePath(options.output.empty() ? recordingName(std::time(nullptr)) : options.output),
                     .mode = modeNamed(options.mode),
                     .firstEdit = options.isRaw ? FirstEdit::raw : FirstEdit::polished}};
 }
 
-/// While the take lasts, Ctrl-C ends it; later, the program.
-RecordingOutcome recorded(RecordingRequest request) {
-    MainQueue queue;
-    RecordingController recorder(queue);
-    std::optional<Interruption> interruption(std::in_place);
-    std::optional<ProgressLine> line(std::in_place, "Recording");
-    std::optional<RecordingOutcome> outcome;
-    auto const observation = recorder.observe([&](RecorderState const& state) {
-        if (state.phase == RecorderPhase::recording && line) line->text(stateOf(state.take));
-        if (state.phase != RecorderPhase::finishing) return;
-        line.reset();
-        interruption.reset();
-    });
-    auto const tell = [&line](std::string const& remark) {
-        bool const isBetween = line.has_value();
-        line.reset();
+/// A recording that somebody watches on a terminal, and orders about from there. What was shown of it there and what
+/// was taken of the terminal ends with the take; then Ctrl-C ends the program.
+class WatchedRecording {
+public:
+    explicit WatchedRecording(MainQueue& queue)
+        : recorder_(queue)
+        , observation_(recorder_.observe([this](RecorderState const& state) { show(state); })) {}
+
+    RecordingOutcome run(MainQueue& queue, RecordingRequest request) {
+        std::optional<RecordingOutcome> outcome;
+        recorder_.start(std::move(request), {.remark = [this](std::string const& remark) { tell(remark); },
+                                             .over =
+                                                 [&](RecordingOutcome const& over) {
+                                                     leaveTerminal();
+                                                     outcome = over;
+                                                 }});
+        queue.runUntil([&] {
+            followOrders();
+            return outcome.has_value();
+        });
+        return *outcome;
+    }
+
+private:
+    void followOrders() {
+        if (!interruption_) return;
+        bool const isEnd = interruption_->isRequested();
+        if (isEnd && recorder_.isTaking()) return recorder_.stop();
+        if (isEnd && recorder_.state().phase == RecorderPhase::countdown) return recorder_.cancel();
+        if (pause_.take()) togglePause();
+        while (auto const key = keys_ ? keys_->next() : std::nullopt) follow(*key);
+    }
+
+    void follow(char key) {
+        if (std::exchange(asksToDiscard_, false)) {
+            if (key == 'y' || key == 'Y') recorder_.cancel();
+            return;
+        }
+        if (key == ' ') togglePause();
+        asksToDiscard_ = key == 'x';
+        if (key != 'q') return;
+        if (recorder_.isTaking())
+            recorder_.stop();
+        else if (recorder_.state().phase == RecorderPhase::countdown)
+            recorder_.cancel();
+    }
+
+    void togglePause() {
+        if (recorder_.state().phase == RecorderPhase::paused)
+            recorder_.resume();
+        else if (recorder_.isTaking())
+            recorder_.pause();
+    }
+
+    void show(RecorderState const& state) {
+        if (state.phase == RecorderPhase::finishing || state.phase == RecorderPhase::idle) return leaveTerminal();
+        if (!line_) return;
+        if (asksToDiscard_)
+            line_->text("goes on. Throw this take away? y does, any other key does not.");
+        else if (state.phase == RecorderPhase::countdown)
+            line_->text(state.countdown > 0 ? fmt::format("begins in {}.", state.countdown) : "begins.");
+        else
+            line_->text(stateOf(state) + (keys_ && keys_->areThere() ? orders(state) : " Ctrl-C ends the take."));
+    }
+
+    static std::string orders(RecorderState const& state) {
+        return fmt::format(" Space {}, q ends, x throws away.",
+                           state.phase == RecorderPhase::paused ? "goes on" : "pauses");
+    }
+
+    void leaveTerminal() {
+        keys_.reset();
+        line_.reset();
+        interruption_.reset();
+    }
+
+    void tell(std::string const& remark) {
+        bool const isBetween = line_.has_value();
+        line_.reset();
         terminal::tell("{}\n", remark);
-        if (isBetween) line.emplace("Recording");
-    };
-    recorder.start(std::move(request), {.remark = tell, .over = [&](RecordingOutcome const& over) {
-                                            line.reset();
-                                            outcome = over;
-                                        }});
-    queue.runUntil([&] {
-        if (interruption && interruption->isRequested() && recorder.isTaking()) recorder.stop();
-        return outcome.has_value();
-    });
-    return *outcome;
-}
+        if (isBetween) line_.emplace("Recording");
+    }
+
+    std::optional<Interruption> interruption_{std::in_place};
+    PauseSignal pause_;
+    std::optional<TakeKeys> keys_{std::in_place};
+    std::optional<ProgressLine> line_{std::in_place, "Recording"};
+    bool asksToDiscard_ = false;
+    RecordingController recorder_;
+    RecordingController::Observation observation_;
+};
 
 void record(Options const& options) {
-    auto const outcome = recorded(requestOf(options));
+    if (auto const offer = unfinishedOffer()) terminal::tell("{}\n", *offer);
+    MainQueue queue;
+    auto const outcome = WatchedRecording(queue).run(queue, requestOf(options));
+    if (outcome.kind == RecordingOutcome::Kind::discarded && outcome.hasBegun)
+        return terminal::tell("{}\n", outcome.sentence());
     if (outcome.failure) std::rethrow_exception(outcome.failure);
     print(*outcome.made, options.asJSON ? TakeOutput::json : TakeOutput::lines);
 }
@@ -162,8 +238,10 @@ void addRecord(CLI::App& app) {
                          "record what the machine plays, or one application only, by its name in `tavaro sources`")
             ->expected(0, 1)
             ->type_name("[APP]");
-    command->add_option("--seconds", options->seconds, "end the take after that long; else Ctrl-C ends it")
+    command->add_option("--seconds", options->seconds, "end the take after that long; else q or Ctrl-C does")
         ->check(secondsFrom(0.1, 86'400));
+    command->add_option("--countdown", options->countdown, "whole seconds to wait before the take begins")
+        ->check(CLI::Range(0, 60));
     command->add_option("--fps", options->fps, "frames a second")->check(CLI::Range(1, 120))->capture_default_str();
     auto* const noKeys = command->add_flag("--no-keys", options->logsNoKeys, "log no keystrokes");
     command

@@ -7,7 +7,7 @@ namespace tavaro {
 namespace {
 
 constexpr double longest = 30; // seconds
-constexpr double shortest = 3;
+constexpr double shortest = 1;
 constexpr double lookAhead = 3; // seconds: what is written before the take has ended
 
 }

@@ -136,7 +136,10 @@ void ScreenRecorder::Take::startTicks(double mediaTime) {
 void ScreenRecorder::Take::keepOnDisk() {
     streamSync_->sync();
     constexpr int looksEvery = 4;
-    if (++syncs_ % looksEvery == 0) lookAtRoom();
+    if (++syncs_ % looksEvery == 0) {
+        lookAtRoom();
+        memory_.look();
+    }
     if (isEnding_ || !room_.isUsedUp()) return;
     endEarly({CaptureError::Kind::diskFull,
               fmt::format("The disk of “{}” is nearly full. The take was ended while there was room to save it.",
@@ -176,7 +179,9 @@ void ScreenRecorder::Take::tick(double scheduled) {
     // The first frame is the take's time 0, however late it comes.
     std::int64_t const index = lastIndex_ < 0 ? 0 : std::llround(clock_.elapsed(scheduled) * options_.fps);
     if (index <= lastIndex_) return;
-    droppedFrames_ += index - lastIndex_ - 1; // ticks that had to be left out because the one before took too long
+    std::int64_t const missed = index - lastIndex_ - 1; // because the tick before took too long
+    droppedFrames_ += missed;
+    if (missed >= options_.fps) noteStall(lastIndex_ + 1, index);
     lastIndex_ = index;
 
     auto const outcome = screen_->grab(mediaClockNow());
@@ -185,6 +190,12 @@ void ScreenRecorder::Take::tick(double scheduled) {
                          "What was being recorded went away: the window was closed or the display ended."});
     events_->setFrame(screen_->frame());
     handOn(static_cast<double>(index) / options_.fps, outcome == ScreenSource::Outcome::unchanged);
+}
+
+/// A second or more without a picture is more than lost frames: it is a spot to look at.
+void ScreenRecorder::Take::noteStall(std::int64_t from, std::int64_t to) {
+    screenStalls_.begin(static_cast<double>(from) / options_.fps);
+    screenStalls_.end(static_cast<double>(to) / options_.fps);
 }
 
 void ScreenRecorder::Take::handOn(double time, bool isRepeated) {
@@ -265,8 +276,11 @@ CaptureHealth ScreenRecorder::Take::health() const {
     result.writerRejectedFrames = writer_->writerRejectedFrames();
     result.repeatedFrames = repeatedFrames_;
     result.keyboardCaptured = options_.keys != KeyLogging::none && events_->keyboardCaptured();
-    result.interruptions = std::ssize(interruptedAt_);
-    result.interruptedAt = interruptedAt_;
+    result.interruptedAt = screenStalls_.interruptions();
+    result.interruptedAt.insert(result.interruptedAt.end(), interruptedAt_.begin(), interruptedAt_.end());
+    std::ranges::sort(result.interruptedAt);
+    result.interruptions = std::ssize(result.interruptedAt);
+    result.memoryPressureEvents = memory_.events();
     auto const early = ending();
     result.captureLost = early && early->kind == CaptureError::Kind::captureLost;
     return result;
@@ -310,7 +324,6 @@ void ScreenRecorder::Take::finishSegments() {
         std::ranges::move(report.warnings, std::back_inserter(sideFailures_));
         std::ranges::move(report.interruptedAt, std::back_inserter(interruptedAt_));
     }
-    std::ranges::sort(interruptedAt_);
     sideStreams_.clear(); // finished once, however often joining is tried
     try {
         writer_->finish();

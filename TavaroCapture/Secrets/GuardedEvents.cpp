@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <poll.h>
-#include <sys/eventfd.h>
 #include <utility>
 
 namespace tavaro {
@@ -21,7 +20,6 @@ constexpr double patienceAtEnd = 0.3;
 GuardedEvents::GuardedEvents(std::unique_ptr<EventSource> source, KeyLogging keys, std::unique_ptr<FieldFocus> focus)
     : source_(std::move(source))
     , keys_(keys)
-    , wake_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))
     , focus_(std::move(focus)) {}
 
 GuardedEvents::~GuardedEvents() { stop(); }
@@ -37,7 +35,7 @@ void GuardedEvents::start(EventHandlers handlers) {
         if (keys_ == KeyLogging::shortcuts && !chord.isShortcut()) return;
         std::lock_guard const lock(arriving_);
         arrived_.push_back({at, std::move(chord), front_, mediaClockNow()});
-        eventfd_write(wake_.get(), 1);
+        wake_.ring();
     };
     source_->start(std::move(passedOn));
     queue_.async([this] { run(); });
@@ -46,7 +44,7 @@ void GuardedEvents::start(EventHandlers handlers) {
 void GuardedEvents::stop() {
     source_->stop();
     if (endedAt_ == 0) endedAt_ = mediaClockNow();
-    eventfd_write(wake_.get(), 1);
+    wake_.ring();
     queue_.sync([] {});
 }
 
@@ -67,15 +65,14 @@ void GuardedEvents::run() {
 void GuardedEvents::waitForNews() {
     constexpr int lookAgain = 20; // milliseconds, while keys are held
     int patience = held_.empty() ? -1 : lookAgain;
-    pollfd watched[] = {{wake_.get(), POLLIN, 0}, {-1, 0, 0}};
+    pollfd watched[] = {{wake_.descriptor(), POLLIN, 0}, {-1, 0, 0}};
     if (focus_) {
         watched[1] = {focus_->descriptor(), focus_->awaited(), 0};
         int const due = focus_->patience();
         if (due >= 0) patience = patience < 0 ? due : std::min(patience, due);
     }
     poll(watched, std::size(watched), patience);
-    eventfd_t ignored = 0;
-    eventfd_read(wake_.get(), &ignored);
+    wake_.hush();
 }
 
 void GuardedEvents::takeArrived() {

@@ -2,11 +2,14 @@
 
 #include <TavaroCapture/Sources/CaptureError.h>
 #include <TavaroCapture/X11/Private/DamageReport.h>
+#include <TavaroPlatform/Clocks/MediaClock.h>
 
+#include <algorithm>
 #include <cstring>
 #include <map>
 #include <optional>
 #include <set>
+#include <span>
 #include <utility>
 #include <vector>
 #include <xcb/composite.h>
@@ -107,7 +110,11 @@ public:
     }
 
     PixelRect frame() const override { return frame_; }
-    bool isLost() const override { return isLost_; }
+    /// An application may close its last window before it opens the next, as those with a splash screen do.
+    bool isLost() const override {
+        constexpr double patience = 3; // seconds
+        return goneAt_ && (!wholeApplication_ || mediaClockNow() > *goneAt_ + patience);
+    }
     bool isDamaged() const override {
         return isRearranged_ || std::any_of(layers_.begin(), layers_.end(),
                                             [](auto const& layer) { return layer->report().isDamaged(); });
@@ -117,7 +124,7 @@ public:
         for (auto const& layer : layers_) layer->report().handle(event);
         switch (event.response_type & 0x7f) {
         case XCB_DESTROY_NOTIFY:
-            isLost_ |= reinterpret_cast<xcb_destroy_notify_event_t const&>(event).window == main_;
+            if (reinterpret_cast<xcb_destroy_notify_event_t const&>(event).window == main_) noteLoss();
             kin_.erase(reinterpret_cast<xcb_destroy_notify_event_t const&>(event).window);
             isRearranged_ = true;
             break;
@@ -167,11 +174,18 @@ private:
     bool draw(Layer const& layer, Rows rows, SharedPicture& picture);
     void blend(PixelRect const& part, SharedPicture& picture) const;
     void arrange();
+    void arrange(std::vector<xcb_window_t> const& shown);
+    std::vector<xcb_window_t> shownOf(std::span<xcb_window_t const> children);
+    void follow(xcb_window_t window);
+    void followNext(std::span<xcb_window_t const> children);
+    void noteLoss() {
+        if (!goneAt_) goneAt_ = mediaClockNow();
+    }
     bool belongs(xcb_window_t window);
 
     Connection& connection_;
-    xcb_window_t const main_;
-    xcb_window_t const client_;
+    xcb_window_t main_;
+    xcb_window_t client_;
     bool const wholeApplication_;
     Kinship const kinship_;
     PixelRect frame_;
@@ -180,7 +194,7 @@ private:
     std::vector<std::unique_ptr<Layer>> layers_; // bottom to top; the main window first
     std::map<xcb_window_t, bool> kin_;           // what belongs() found, for windows on show
     bool isRearranged_ = true;
-    bool isLost_ = false;
+    std::optional<double> goneAt_; // moment of the media clock at which the main window went
 };
 
 bool WindowTarget::draw(Layer const& layer, Rows rows, SharedPicture& picture) {
@@ -219,22 +233,26 @@ void WindowTarget::blend(PixelRect const& part, SharedPicture& picture) const {
     }
 }
 
-/// Lists the windows to show, bottom to top, and takes their places.
+/// Lists the windows to show, bottom to top, and takes their places. Without any, the last picture stays.
 void WindowTarget::arrange() {
     auto const tree = connection_.ask<xcb_query_tree, xcb_query_tree_reply>(connection_.root());
     if (!tree) return;
-    auto const* const children = xcb_query_tree_children(tree.get());
+    std::span<xcb_window_t const> const children(xcb_query_tree_children(tree.get()),
+                                                 static_cast<std::size_t>(xcb_query_tree_children_length(tree.get())));
+    if (std::ranges::find(children, main_) == children.end()) noteLoss();
+    if (goneAt_ && wholeApplication_) followNext(children);
+    if (!goneAt_) arrange(shownOf(children));
+}
+
+std::vector<xcb_window_t> WindowTarget::shownOf(std::span<xcb_window_t const> children) {
     std::vector<xcb_window_t> shown;
-    for (int i = 0; i < xcb_query_tree_children_length(tree.get()); ++i) {
-        if (children[i] == main_)
-            shown.push_back(main_);
-        else if (!shown.empty() && belongs(children[i]))
-            shown.push_back(children[i]);
+    for (xcb_window_t const child : children) {
+        if (child == main_ || (!shown.empty() && belongs(child))) shown.push_back(child);
     }
-    if (shown.empty()) {
-        isLost_ = true;
-        return;
-    }
+    return shown;
+}
+
+void WindowTarget::arrange(std::vector<xcb_window_t> const& shown) {
     std::vector<std::unique_ptr<Layer>> arranged;
     for (xcb_window_t const window : shown) {
         auto const geometry = connection_.ask<xcb_get_geometry, xcb_get_geometry_reply>(window);
@@ -245,12 +263,26 @@ void WindowTarget::arrange() {
         arranged.back()->place(*geometry);
     }
     layers_ = std::move(arranged);
-    if (layers_.empty() || layers_.front()->window() != main_) {
-        isLost_ = true;
-        return;
-    }
+    if (layers_.empty() || layers_.front()->window() != main_) return noteLoss();
     frame_.x = layers_.front()->frame().x + margin_.x;
     frame_.y = layers_.front()->frame().y + margin_.y;
+}
+
+/// The picture keeps its size, whatever that of the window.
+void WindowTarget::follow(xcb_window_t window) {
+    main_ = window;
+    client_ = clientWindow(connection_, window);
+    auto const whole = frameOf(connection_, window), shown = shownFrameOf(connection_, window);
+    margin_ = whole && shown ? PixelPoint{shown->x - whole->x, shown->y - whole->y} : PixelPoint{};
+    goneAt_.reset();
+}
+
+/// The frontmost of the windows that the application has left, or has got since.
+void WindowTarget::followNext(std::span<xcb_window_t const> children) {
+    auto const next = std::find_if(children.rbegin(), children.rend(), [this](xcb_window_t window) {
+        return belongs(window) && !kinshipOf(connection_, window).isPopup;
+    });
+    if (next != children.rend()) follow(*next);
 }
 
 bool WindowTarget::belongs(xcb_window_t window) {

@@ -1,10 +1,12 @@
 #include "ProcessFixture.h"
+#include "TestTerminal.h"
 
 #include <TavaroCore/Package/ProjectPackage.h>
 #include <TavaroCore/Project/DemoProject.h>
 #include <TavaroMedia/Movie/MovieReader.h>
 
 #include <gmock/gmock.h>
+#include <unistd.h>
 
 using namespace tavaro;
 using ::testing::ElementsAre;
@@ -43,6 +45,76 @@ private:
     RunningProcess display_;
 };
 
+/// A take that is ordered about from its terminal, in a shell that says whether it got that back as it was.
+class TakeOnTerminal {
+public:
+    explicit TakeOnTerminal(std::string const& output)
+        : terminal_([&] {
+            execl("/bin/sh", "sh", "-c",
+                  "\"$0\" record --no-polish -o \"$1\"; stty -a | grep -q -e ' -echo ' && exit 9; exit 0",
+                  TAVARO_PROGRAM, output.c_str(), nullptr);
+        }) {}
+
+    std::string shownUntil(std::string const& end) const { return terminal_.shownUntil(end); }
+    void type(std::string const& keys) const { terminal_.type(keys); }
+    int exitCode() { return terminal_.exitCode(); }
+
+private:
+    TestTerminal terminal_;
+};
+
+}
+
+TEST_F(RecordCommand, keysOfTheTerminalPauseATakeAndEndIt) {
+    TakeOnTerminal take(path("take.recproj"));
+    EXPECT_THAT(take.shownUntil("Space pauses, q ends, x throws away."), HasSubstr("Recording 0:00"));
+    take.type(" ");
+    EXPECT_THAT(take.shownUntil("Space goes on, q ends, x throws away."), HasSubstr("paused at 0:0"));
+    take.type(" ");
+    take.shownUntil("Space pauses, q ends, x throws away.");
+    take.type("x");
+    take.shownUntil("any other key does not.");
+    take.type("n");
+    take.shownUntil("Space pauses, q ends, x throws away.");
+    take.type("q");
+    EXPECT_THAT(take.shownUntil(path("take.recproj") + "\r\n"), HasSubstr("640×360"));
+    EXPECT_EQ(take.exitCode(), 0);
+    EXPECT_GT(ProjectPackage(path("take.recproj")).load().duration(), 0.05);
+}
+
+TEST_F(RecordCommand, aTakeIsThrownAwayFromTheTerminalAfterAQuestion) {
+    TakeOnTerminal take(path("take.recproj"));
+    take.shownUntil("x throws away.");
+    take.type("xy");
+    take.shownUntil("The recording was discarded.\r\n");
+    EXPECT_EQ(take.exitCode(), 0);
+    EXPECT_FALSE(fs::exists(path("take.recproj")));
+    EXPECT_THAT(names(recordings()), ElementsAre());
+}
+
+TEST_F(RecordCommand, aSignalPausesATakeAndACountdownComesBeforeIt) {
+    auto running = start(TAVARO_PROGRAM, {"record", "--countdown", "1", "-o", path("take.recproj")});
+    ASSERT_TRUE(becomesTrue([&] { return hasWritten(); }));
+    running.send(SIGUSR1);
+    auto const size = [&] {
+        std::uintmax_t bytes = 0;
+        for (auto const& entry : fs::recursive_directory_iterator(recordings()))
+            if (entry.path().extension() == ".mov") bytes += entry.file_size();
+        return bytes;
+    };
+    auto const stands = [&] {
+        auto const before = size();
+        auto const until = std::chrono::steady_clock::now() + std::chrono::milliseconds(1200);
+        becomesTrue([&] { return std::chrono::steady_clock::now() > until; });
+        return size() == before;
+    };
+    EXPECT_TRUE(becomesTrue(stands)) << "nothing is written in a pause";
+    running.send(SIGUSR1);
+    EXPECT_TRUE(becomesTrue([&] { return !stands(); }));
+    running.send(SIGINT);
+    auto const outcome = running.wait();
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.error;
+    EXPECT_THAT(outcome.error, HasSubstr("Recording begins in 1."));
 }
 
 TEST_F(RecordCommand, aTakeOfSomeSecondsBecomesAProject) {
@@ -79,6 +151,8 @@ TEST_F(RecordCommand, aTakeWhoseProgramDiedIsBroughtBack) {
         EXPECT_EQ(modeOf(take.path() / "segment-000.mov"), fs::perms(0600));
     }
     EXPECT_THAT(tavaro({"recover"}).out, HasSubstr("(display)"));
+    for (Arguments const& work : {Arguments{"library"}, Arguments{"record", "--seconds", "0.2", "-o", path("next")}})
+        EXPECT_THAT(tavaro(work).error, HasSubstr("We found an unfinished recording of 20")) << work[0];
     EXPECT_THAT(tavaro({"recover", "--json"}).out, HasSubstr("\"mode\":\"display\""));
     auto const outcome = tavaro({"recover", "last", "-o", path("take.recproj")});
     ASSERT_EQ(outcome.exitCode, 0) << outcome.error;
@@ -89,6 +163,7 @@ TEST_F(RecordCommand, aTakeWhoseProgramDiedIsBroughtBack) {
     EXPECT_EQ(modeOf(path("take.recproj")), fs::perms(0700));
     EXPECT_THAT(tavaro({"recover"}).out, HasSubstr("no unfinished recording"));
     EXPECT_EQ(tavaro({"recover", "--json"}).out, "[]\n");
+    EXPECT_EQ(tavaro({"library"}).error, "");
 }
 
 TEST_F(RecordCommand, whoeverDiscardsARecordingReadsWhatIsGone) {

@@ -9,6 +9,7 @@
 #include <TavaroCore/Direction/SmartDirector.h>
 #include <TavaroCore/Errors/Error.h>
 #include <TavaroCore/Package/ProjectPackage.h>
+#include <TavaroCore/Recording/LostSpots.h>
 
 #include <fmt/format.h>
 
@@ -62,6 +63,7 @@ MadeTake makeTakeProject(TakeMovie const& take, TakeProject const& wanted,
         project = open.document();
     }
     writeThumbnail(target, project);
+    if (auto const spots = lostSpots(log.health)) remark(*spots);
     return {project.id, made, log.health.summary()};
 }
 

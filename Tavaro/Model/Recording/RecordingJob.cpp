@@ -2,6 +2,7 @@
 
 #include <Tavaro/Model/Project/PackagePath.h>
 #include <Tavaro/Model/Recording/Private/CameraWatch.h>
+#include <Tavaro/Model/Recording/Private/RoomWatch.h>
 #include <Tavaro/Model/Recording/Private/SoundWatch.h>
 #include <Tavaro/Model/Recording/TakeNames.h>
 
@@ -62,14 +63,17 @@ template<class Orders> TakeEnd runTake(ScreenRecorder& recorder, double seconds,
     bool isPaused = false;
     SoundWatch sounds;
     CameraWatch camera;
+    RoomWatch room;
+    auto const tell = [&](std::string const& sentence) { reporter.remark(sentence); };
     while (true) {
         reporter.stopIfCancelled(cancelled);
         if (auto const end = orders.wantedEnd()) return *end;
         if (bool const wanted = orders.wantsPause(); wanted != isPaused) recorder.setPaused(isPaused = wanted);
         auto const progress = recorder.progress();
         reporter.progress({RecordingStage::recording, progress});
-        sounds.look(progress.sounds, [&](std::string const& sentence) { reporter.remark(sentence); });
-        if (auto const sentence = camera.look(progress.isCameraAway)) reporter.remark(*sentence);
+        sounds.look(progress.sounds, tell);
+        if (auto const sentence = camera.look(progress.isCameraAway)) tell(*sentence);
+        room.look(progress.roomSeconds, tell);
         if (seconds > 0 && progress.seconds >= seconds) return TakeEnd::keep;
         if (recorder.waitForEnd(20ms)) return TakeEnd::keep;
     }

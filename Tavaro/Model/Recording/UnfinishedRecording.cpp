@@ -4,6 +4,7 @@
 #include <Tavaro/Model/Recording/TakeNames.h>
 
 #include <TavaroCapture/Sources/CaptureError.h>
+#include <TavaroCore/Values/Timecode.h>
 
 #include <fmt/format.h>
 
@@ -38,6 +39,17 @@ std::vector<UnfinishedRecording> unfinishedRecordings() {
     std::vector<UnfinishedRecording> recordings;
     for (auto const& take : RecoveryStore::findRecoverable()) recordings.push_back(listed(take));
     return recordings;
+}
+
+std::optional<std::string> unfinishedOffer() {
+    auto const found = unfinishedRecordings();
+    if (found.empty()) return std::nullopt;
+    if (found.size() > 1)
+        return fmt::format("We found {} unfinished recordings. `tavaro recover` lists them.", found.size());
+    auto const& one = found.front();
+    return fmt::format("We found an unfinished recording of {}, {} long. `tavaro recover last` brings it back, `tavaro "
+                       "recover last --discard` removes it.",
+                       one.startedAt.text(), Timecode::format(one.estimatedDuration));
 }
 
 Recoverable unfinishedRecording(std::string const& id) {

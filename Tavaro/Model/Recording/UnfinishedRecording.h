@@ -8,6 +8,7 @@
 #include <TavaroCore/Records/Fields.h>
 #include <TavaroCore/Records/UUID.h>
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -34,6 +35,9 @@ UnfinishedRecording listed(RecoveryStore::Recoverable const& take);
 
 /// The newest first.
 std::vector<UnfinishedRecording> unfinishedRecordings();
+
+/// What to offer somebody who starts to work, as sentences; none where nothing is unfinished.
+std::optional<std::string> unfinishedOffer();
 
 /// The one of that id, or the newest for “last”. Throws `CaptureError` where there is none.
 RecoveryStore::Recoverable unfinishedRecording(std::string const& id);

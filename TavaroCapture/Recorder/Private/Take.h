@@ -2,7 +2,9 @@
 
 #include <TavaroCapture/Events/Private/EventRecorder.h>
 #include <TavaroCapture/Events/Private/TakeClock.h>
+#include <TavaroCapture/Recorder/Private/Absences.h>
 #include <TavaroCapture/Recorder/Private/DiskRoom.h>
+#include <TavaroCapture/Recorder/Private/MemoryPressure.h>
 #include <TavaroCapture/Recorder/Private/SideStream.h>
 #include <TavaroCapture/Recorder/Private/TakeSources.h>
 #include <TavaroCapture/Recorder/ScreenRecorder.h>
@@ -58,6 +60,7 @@ private:
     void keepOnDisk();
     void lookAtRoom();
     void tick(double scheduled);
+    void noteStall(std::int64_t from, std::int64_t to);
     void handOn(double time, bool isRepeated);
     void append(EncoderPicture picture, double time, bool isRepeated);
     void endEarly(Ending ending);
@@ -102,10 +105,12 @@ private:
     std::vector<std::unique_ptr<SideStream>> sideStreams_;
     std::vector<std::string> sideFailures_; // sentences
     std::vector<double> interruptedAt_;     // seconds of the take; of the streams beside the screen
+    Absences screenStalls_;
     std::shared_ptr<LevelLog> micLevels_ = std::make_shared<LevelLog>();
     std::unique_ptr<MetadataCheckpoints> checkpoints_;
     std::unique_ptr<StreamSync> streamSync_; // the disk queue's, as the room
     DiskRoom room_;
+    MemoryPressure memory_;
     std::int64_t syncs_ = 0;
     std::atomic<double> roomSeconds_ = -1; // below 0: not known yet
     SerialQueue diskQueue_{"com.tavaro.capture.disk"};

@@ -3,8 +3,8 @@
 #include <TavaroCapture/Secrets/Private/FieldFocus.h>
 #include <TavaroCapture/Secrets/Private/TerminalPrompts.h>
 #include <TavaroCapture/Sources/Private/EventSource.h>
-#include <TavaroCore/Files/FileDescriptor.h>
 #include <TavaroPlatform/Queues/SerialQueue.h>
+#include <TavaroPlatform/Sockets/Bell.h>
 
 #include <atomic>
 #include <deque>
@@ -53,7 +53,7 @@ private:
     std::atomic<int> front_ = 0; // process
     std::mutex arriving_;
     std::vector<HeldKey> arrived_; // guarded by arriving_
-    FileDescriptor wake_;
+    Bell wake_;
     std::atomic<double> endedAt_ = 0; // moment of the media clock; 0: not yet
 
     // The queue's.

@@ -11,9 +11,10 @@ namespace tavaro::x11 {
 ///
 /// The picture's size is fixed when the grabber is made: the source's size then, each side rounded down to even. A
 /// display or an area is read from the root window. A window is read from its own off-screen pixmap, so what covers it
-/// does not show; its menus and dialogs do. An application shows all its windows above and over its frontmost one. When
-/// the window moves, the picture follows; when it grows it is cropped on the right and at the bottom, when it shrinks
-/// the rest is black; minimised, it keeps its last picture.
+/// does not show; its menus and dialogs do. An application shows all its windows above and over its frontmost one; when
+/// that is closed, the next one that it has or opens within three seconds takes its place. When the window moves, the
+/// picture follows; when it grows it is cropped on the right and at the bottom, when it shrinks the rest is black;
+/// minimised, it keeps its last picture.
 ///
 /// The server reports what is drawn, and only rows that changed are read again; an unchanged screen costs almost
 /// nothing. The report is checked four times a second against the whole picture, and no longer trusted once it missed

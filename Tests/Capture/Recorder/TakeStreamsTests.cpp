@@ -79,6 +79,41 @@ TEST_F(TakeStreamsTest, allStreamsOfATakeAreInStep) {
         EXPECT_GE(stream.segments.size(), 3u) << nameOf(stream.role) << " rotates on its own";
 }
 
+namespace {
+
+/// Hangs once, for longer than a second.
+class HangingScreen final : public ScreenSource {
+public:
+    explicit HangingScreen(std::unique_ptr<ScreenSource> screen) : screen_(std::move(screen)) {}
+    Size2 size() const override { return screen_->size(); }
+    PixelRect frame() const override { return screen_->frame(); }
+    double scaleFactor() const override { return 1; }
+    ImageView picture() const override { return screen_->picture(); }
+    Outcome grab(double now) override {
+        if (++grabs_ == 31) eventually([&] { return mediaClockNow() > now + 1.3; });
+        return screen_->grab(now);
+    }
+
+private:
+    std::unique_ptr<ScreenSource> const screen_;
+    int grabs_ = 0;
+};
+
+}
+
+TEST_F(TakeStreamsTest, aScreenThatHangsIsAnInterruptionWhereItHung) {
+    auto hanging = sources();
+    hanging.screen = std::make_unique<HangingScreen>(std::move(hanging.screen));
+    ScreenRecorder recorder(options(), std::move(hanging));
+    recorder.start();
+    recordUntil(recorder, 2.2);
+    auto const health = recorder.stop().metadata.health;
+    ASSERT_EQ(health.interruptions, 1);
+    EXPECT_NEAR(health.interruptedAt.at(0), 0.5, 0.3);
+    EXPECT_GE(health.droppedFrames, 60);
+    EXPECT_FALSE(health.captureLost);
+}
+
 TEST_F(TakeStreamsTest, aPauseIsInNoStream) {
     ScreenRecorder recorder(options(), sources());
     recorder.start();

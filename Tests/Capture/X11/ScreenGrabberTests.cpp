@@ -145,6 +145,28 @@ TEST_F(ScreenGrabberTest, anApplicationShowsItsDialogsOverItsWindow) {
     EXPECT_TRUE(eventually([&] { return grabber.grab(0), pixel(grabber, 60, 50) == 0x123456u; }));
 }
 
+TEST_F(ScreenGrabberTest, anApplicationIsFilmedAsLongAsItHasAWindow) {
+    auto const shows = [](ScreenGrabber& grabber, std::uint32_t color) {
+        return eventually([&] { return grabber.grab(0), pixel(grabber, 60, 50) == color; });
+    };
+    auto const behind = client->makeWindow({.frame = {300, 40, 200, 100}, .windowClass = "Filmed", .color = 0xff0000});
+    client->makeWindow({.frame = {50, 40, 200, 100}, .windowClass = "Other", .color = 0x999999});
+    auto const front = client->makeWindow({.frame = {50, 40, 200, 100}, .windowClass = "Filmed", .color = 0x00ff00});
+    ScreenGrabber grabber(ApplicationSource{"filmed"}, display->name());
+    EXPECT_TRUE(shows(grabber, 0x00ff00));
+    client->destroy(front);
+    EXPECT_TRUE(shows(grabber, 0xff0000)) << "another of its windows, wherever that is";
+    EXPECT_EQ(grabber.frame(), (PixelRect{300, 40, 200, 100}));
+    client->destroy(behind);
+    EXPECT_NE(grabber.grab(0), Outcome::lost);
+    EXPECT_EQ(pixel(grabber, 60, 50), 0xff0000u) << "the last picture stays";
+    auto const next = client->makeWindow({.frame = {10, 10, 100, 80}, .windowClass = "Filmed", .color = 0x0000ff});
+    EXPECT_TRUE(shows(grabber, 0x0000ff));
+    EXPECT_EQ(pixel(grabber, 150, 90), 0u) << "smaller than the picture: the rest is black";
+    client->destroy(next);
+    EXPECT_TRUE(eventually([&] { return grabber.grab(0) == Outcome::lost; }));
+}
+
 TEST_F(ScreenGrabberTest, aDrawingThatNobodyReportsIsSeenByTheCheck) {
     client->makeWindow({.frame = {0, 0, 640, 480}, .color = 0x808080});
     ScreenGrabber grabber(DisplaySource{}, display->name());
