@@ -21,7 +21,7 @@ struct TakeSources;
 
 struct RecorderOptions {
     CaptureSource source = DisplaySource{};
-    std::string display; // X server to record; empty means `$DISPLAY`
+    std::string display; // X server to record; empty means this desktop: `$DISPLAY`, or what a Wayland one shares
     int fps = 60;        // 1…120
     bool logsKeystrokes = true;
     std::optional<MicrophoneSource> microphone;   // none: not recorded
@@ -32,10 +32,6 @@ struct RecorderOptions {
     double segmentSeconds = 10;
     double checkpointSeconds = 2;
 };
-
-/// Throws what `ScreenRecorder::start` would throw now, of the options and of the screen, and records nothing: for who
-/// waits before a take begins.
-void expectRecordable(RecorderOptions const& options);
 
 /// A take so far, for a progress line.
 struct RecorderProgress {
@@ -79,6 +75,13 @@ public:
     ScreenRecorder(ScreenRecorder const&) = delete;
     ScreenRecorder& operator=(ScreenRecorder const&) = delete;
 
+    /// Throws what `start` would throw now, and records nothing: for who waits before a take begins. A desktop that
+    /// asks the user what to share does so here, and `start` records the answer.
+    void prepare();
+    /// Whether `start` or `prepare` will ask.
+    bool asksUser() const;
+    /// After `prepare`, as sentences: what the desktop does not tell of what the user does, so the log will lack it.
+    std::vector<std::string> const& limits() const { return limits_; }
     /// Returns when the first frame's time has come: once the sounds that are wanted come in, for which it waits two
     /// seconds each at most. Throws `CaptureError`: no display, a source that is missing, empty or off-screen, no such
     /// microphone or camera, no sound server, a folder that cannot be written.
@@ -107,6 +110,7 @@ private:
 
     RecorderOptions options_;
     std::unique_ptr<TakeSources> sources_;
+    std::vector<std::string> limits_;
     std::mutex mutable lock_;
     std::shared_ptr<Take> take_; // guarded by lock_; kept when the take is over
     bool isOver_ = false;

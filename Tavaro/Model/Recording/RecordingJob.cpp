@@ -47,7 +47,6 @@ constexpr char const* discarded = "The recording was discarded.";
 /// Until the take is due.
 template<class Orders> void countDown(RecordingRequest const& request, Orders& orders, Reporter& reporter) {
     if (request.countdown <= 0) return;
-    expectRecordable(request.recorder);
     auto const due = std::chrono::steady_clock::now() + std::chrono::seconds(request.countdown);
     for (int left = request.countdown; left > 0; --left) {
         reporter.progress({.stage = RecordingStage::countdown, .countdown = left});
@@ -80,8 +79,10 @@ template<class Orders> MadeTake record(RecordingRequest const& request, Orders& 
     if (project.package.empty()) project.package = unsavedPackagePath(recordingName(std::time(nullptr)));
     expectPlaceFor(project.package);
     for (auto const& problem : RecoveryStore::pruneOldRecordings().problems) reporter.remark(problem);
-    countDown(request, orders, reporter);
     ScreenRecorder recorder(request.recorder);
+    if (request.countdown > 0 || recorder.asksUser()) recorder.prepare();
+    for (auto const& limit : recorder.limits()) reporter.remark(limit);
+    countDown(request, orders, reporter);
     recorder.start();
     if (runTake(recorder, request.seconds, orders, reporter) == TakeEnd::discard) {
         recorder.cancel();

@@ -9,6 +9,21 @@
 
 namespace tavaro {
 
+enum class DesktopAccess {
+    open,  // everything can be recorded at once
+    asked, // the user is asked what to share when it is opened
+};
+/// How the desktop is reached: what was started on a Wayland one sees no other, but a named X server is one in any
+/// case.
+DesktopAccess desktopAccess(std::string const& display);
+
+struct DesktopSources {
+    std::unique_ptr<ScreenSource> screen;
+    std::unique_ptr<EventSource> events;
+};
+/// Asks the user what to share, where they have not said so before. Throws `CaptureError`.
+DesktopSources openSharedDesktop(CaptureSource const& source, int fps);
+
 /// Opens a source of the desktop on the X server `display` (empty means `$DISPLAY`). Throws `CaptureError` for a source
 /// that cannot be recorded, and when no server answers.
 std::unique_ptr<ScreenSource> openScreen(CaptureSource const& source, std::string const& display);
