@@ -99,6 +99,7 @@ RecordingOutcome recorded(RecordingRequest request) {
     std::optional<RecordingOutcome> outcome;
     auto const observation = recorder.observe([&](RecorderState const& state) {
         if (state.phase == RecorderPhase::recording && line) line->text(stateOf(state.take));
+        if (state.isAsking && line) line->text("the desktop asks what to share. Ctrl-C gives up.");
         if (state.phase != RecorderPhase::finishing) return;
         line.reset();
         interruption.reset();
@@ -114,7 +115,10 @@ RecordingOutcome recorded(RecordingRequest request) {
                                             outcome = over;
                                         }});
     queue.runUntil([&] {
-        if (interruption && interruption->isRequested() && recorder.isTaking()) recorder.stop();
+        bool const isRequested = interruption && interruption->isRequested();
+        if (isRequested && recorder.isTaking()) recorder.stop();
+        if (isRequested && recorder.state().isAsking && recorder.state().phase == RecorderPhase::countdown)
+            recorder.cancel();
         return outcome.has_value();
     });
     return *outcome;

@@ -15,8 +15,8 @@ DesktopAccess desktopAccess(std::string const& display) {
     return isWayland ? DesktopAccess::asked : DesktopAccess::open;
 }
 
-DesktopSources openSharedDesktop(CaptureSource const& source, int fps) {
-    auto shared = wayland::shareDesktop(source, fps);
+DesktopSources openSharedDesktop(CaptureSource const& source, int fps, std::function<bool()> const& isGivenUp) {
+    auto shared = wayland::shareDesktop(source, fps, isGivenUp);
     return {std::move(shared.screen), std::move(shared.events)};
 }
 

@@ -19,7 +19,7 @@ void requireSound(RecorderOptions const& options) {
 
 bool isAsked(RecorderOptions const& options) { return desktopAccess(options.display) == DesktopAccess::asked; }
 
-TakeSources openSources(RecorderOptions const& options) {
+TakeSources openSources(RecorderOptions const& options, std::function<bool()> const& isGivenUp = {}) {
     TakeSources result;
     if (!isAsked(options)) {
         result.screen = openScreen(options.source, options.display);
@@ -30,7 +30,7 @@ TakeSources openSources(RecorderOptions const& options) {
     if (options.systemSound) result.systemSound = openSystemSound(*options.systemSound, options.soundServer);
     if (!isAsked(options)) return result;
     // Last: the user is asked for a take that nothing else stands in the way of.
-    auto shared = openSharedDesktop(options.source, options.fps);
+    auto shared = openSharedDesktop(options.source, options.fps, isGivenUp);
     result.screen = std::move(shared.screen);
     result.events = std::move(shared.events);
     return result;
@@ -46,10 +46,10 @@ ScreenRecorder::~ScreenRecorder() = default;
 
 bool ScreenRecorder::asksUser() const { return !sources_ && isAsked(options_); }
 
-void ScreenRecorder::prepare() {
+void ScreenRecorder::prepare(std::function<bool()> const& isGivenUp) {
     requireSound(options_);
     if (take() || sources_) return;
-    auto sources = openSources(options_);
+    auto sources = openSources(options_, isGivenUp);
     limits_ = sources.events->limits();
     if (asksUser()) sources_ = std::make_unique<TakeSources>(std::move(sources));
 }

@@ -9,6 +9,7 @@
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -76,8 +77,8 @@ public:
     ScreenRecorder& operator=(ScreenRecorder const&) = delete;
 
     /// Throws what `start` would throw now, and records nothing: for who waits before a take begins. A desktop that
-    /// asks the user what to share does so here, and `start` records the answer.
-    void prepare();
+    /// asks the user what to share does so here, until `isGivenUp`, and `start` records the answer.
+    void prepare(std::function<bool()> const& isGivenUp = {});
     /// Whether `start` or `prepare` will ask.
     bool asksUser() const;
     /// After `prepare`, as sentences: what the desktop does not tell of what the user does, so the log will lack it.

@@ -80,9 +80,10 @@ private:
 
 }
 
-SharedDesktop shareDesktop(CaptureSource const& source, int fps) {
+SharedDesktop shareDesktop(CaptureSource const& source, int fps, std::function<bool()> const& isGivenUp) {
     auto options = optionsOf(source);
     options.fps = fps;
+    if (isGivenUp) options.isGivenUp = isGivenUp;
     auto const shared = std::make_shared<SharedScreen>(options);
     return {std::make_unique<Screen>(shared), std::make_unique<Events>(shared)};
 }

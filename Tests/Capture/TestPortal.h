@@ -15,7 +15,7 @@ namespace tavaro {
 class TestPortal {
 public:
     struct Answers {
-        int answer = 0;      // 1: no, 2: gave up
+        int answer = 0;      // 1: no, 2: gave up, 3: none yet
         int kind = 1;        // of what is shared: 1 a monitor, 2 a window
         int kinds = 3;       // that can be shared
         int pointers = 7;    // modes of the pointer

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 """The part of a desktop that answers what to share, for xdg-desktop-portal: asks nobody, and does what a file says.
-portal-backend.py FILE    a JSON object: node, answer (0 yes, 1 no, 2 otherwise), kind, kinds, pointers; read anew each
+portal-backend.py FILE    a JSON object: node, answer (0 yes, 1 no, 2 otherwise, 3 none), kind, kinds, pointers; read anew each
 time. Each question goes to FILE.log, a line of JSON each: what was asked, and what was restored."""
 import json
 import sys
@@ -55,7 +55,10 @@ class Backend:
 
     def call(self, bus, sender, path, interface, method, parameters, invocation):
         given = parameters.unpack()
-        code, results = getattr(self, method)(*given)
+        answer = getattr(self, method)(*given)
+        if answer is None:
+            return
+        code, results = answer
         invocation.return_value(GLib.Variant("(ua{sv})", (code, results)))
         if method == "Start" and self.orders().get("closes"):
             self.bus.emit_signal(None, given[1], "org.freedesktop.impl.portal.Session", "Closed", None)
@@ -80,6 +83,8 @@ class Backend:
         with open(self.file + ".log", "a", encoding="utf-8") as log:
             line = {key: asked.get(key) for key in ("types", "cursor_mode", "persist_mode")}
             log.write(json.dumps(line | {"restored": restored[2] if restored else None}) + "\n")
+        if orders["answer"] == 3:
+            return None
         if orders["answer"]:
             return orders["answer"], {}
         about = {"size": GLib.Variant("(ii)", (160, 100)), "source_type": GLib.Variant("u", orders["kind"])}

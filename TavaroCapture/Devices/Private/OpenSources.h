@@ -4,6 +4,7 @@
 #include <TavaroCapture/Sources/Private/FrameSource.h>
 #include <TavaroCapture/Sources/Private/SoundSource.h>
 
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -21,8 +22,8 @@ struct DesktopSources {
     std::unique_ptr<ScreenSource> screen;
     std::unique_ptr<EventSource> events;
 };
-/// Asks the user what to share, where they have not said so before. Throws `CaptureError`.
-DesktopSources openSharedDesktop(CaptureSource const& source, int fps);
+/// Asks the user what to share, where they have not said so before, until `isGivenUp`. Throws `CaptureError`.
+DesktopSources openSharedDesktop(CaptureSource const& source, int fps, std::function<bool()> const& isGivenUp);
 
 /// Opens a source of the desktop on the X server `display` (empty means `$DISPLAY`). Throws `CaptureError` for a source
 /// that cannot be recorded, and when no server answers.

@@ -3,6 +3,7 @@
 #include <TavaroCore/Files/FileDescriptor.h>
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -30,6 +31,7 @@ struct ShareRequest {
     ShareKind kind = ShareKind::monitor;
     PointerMode pointer = PointerMode::metadata;
     std::string token; // of an earlier answer, which then counts again; empty: the user is asked
+    std::function<bool()> isGivenUp = [] { return false; }; // asked all the time while the user is
 };
 
 /// The user's answer.
@@ -52,7 +54,8 @@ public:
     ScreenCastPortal& operator=(ScreenCastPortal const&) = delete;
 
     PortalAbilities const& abilities() const;
-    /// Once. Waits for the user, two minutes at most. Throws `CaptureError`: `refused` where the answer is no.
+    /// Once. Waits for the user, two minutes at most. Throws `CaptureError`: `refused` where the answer is no, and
+    /// where it is given up.
     SharedSource share(ShareRequest const& request);
     /// Whether the desktop still shares it; lets the bus's news in.
     bool isOpen();

@@ -4,6 +4,7 @@
 #include <TavaroCapture/Sources/Private/FrameSource.h>
 #include <TavaroCapture/Sources/SourceList.h>
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -16,8 +17,8 @@ struct SharedDesktop {
     std::unique_ptr<EventSource> events;
 };
 
-/// Asks the user, unless an earlier answer for that source still counts. Throws `CaptureError`.
-SharedDesktop shareDesktop(CaptureSource const& source, int fps);
+/// Asks the user, unless an earlier answer for that source still counts, until `isGivenUp`. Throws `CaptureError`.
+SharedDesktop shareDesktop(CaptureSource const& source, int fps, std::function<bool()> const& isGivenUp = {});
 
 struct Shareable {
     std::vector<DisplayInfo> displays;

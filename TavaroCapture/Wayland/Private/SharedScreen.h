@@ -8,6 +8,7 @@
 #include <TavaroPlatform/Queues/SerialQueue.h>
 
 #include <atomic>
+#include <functional>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -24,9 +25,10 @@ class SharedScreen {
 public:
     struct Options {
         ShareKind kind = ShareKind::monitor;
-        std::string source;             // as listed: "display-1"
-        std::optional<AreaSource> area; // of it; none: all of it
-        int fps = 60;                   // no more are wanted
+        std::string source;                                     // as listed: "display-1"
+        std::optional<AreaSource> area;                         // of it; none: all of it
+        int fps = 60;                                           // no more are wanted
+        std::function<bool()> isGivenUp = [] { return false; }; // asked all the time while the user is
     };
 
     /// Asks the user, unless an earlier answer still counts, and waits for the first picture. Throws `CaptureError`.

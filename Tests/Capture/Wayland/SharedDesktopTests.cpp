@@ -107,6 +107,15 @@ TEST_F(SharedDesktopTest, whatCannotBeSharedIsRefusedWithASentence) {
                 HasSubstr("outside the shared screen of 320 × 200"));
 }
 
+TEST_F(SharedDesktopTest, whoGivesUpWaitingForTheAnswerGoesOnAtOnce) {
+    portal->answer({.answer = 3});
+    double const asked = mediaClockNow();
+    ScreenRecorder recorder({.source = WindowSource{1}});
+    EXPECT_THROW(recorder.prepare([&] { return mediaClockNow() - asked > 0.3; }), CaptureError);
+    EXPECT_LT(mediaClockNow() - asked, 1);
+    EXPECT_TRUE(recorder.asksUser());
+}
+
 TEST_F(SharedDesktopTest, aScreenThatSendsNoPictureIsReportedAndOneThatGotLostIsAskedForAgain) {
     portal->showScreen(320, 200, 1);
     EXPECT_NO_THROW(shareDesktop(DisplaySource{}, 60));
