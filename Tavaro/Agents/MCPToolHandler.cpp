@@ -14,14 +14,15 @@ namespace tavaro {
 
 namespace {
 
-/// There is nothing to be granted on any of them.
+/// What there is to be granted, and by whom.
 std::string_view permissions() {
     switch (desktopKind()) {
     case DesktopKind::none: return "There is no display, so no screen can be recorded and no application driven.";
     case DesktopKind::x11: return "An X11 desktop asks for none.";
     case DesktopKind::wayland:
-        return "A Wayland desktop lets Tavaro neither record its screens nor drive applications: log in to a session "
-               "“on Xorg”.";
+        return "A Wayland desktop asks the user which screen or window to share when it is first recorded, and tells "
+               "nothing of clicks and keys: list_sources says what it cannot give. It lets nobody drive other "
+               "applications: for that, log in to a session “on Xorg”.";
     }
     return {};
 }

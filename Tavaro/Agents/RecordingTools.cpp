@@ -70,6 +70,8 @@ void expectSaved(RecordingOutcome const& outcome, RecordRequest const& request) 
         std::rethrow_exception(outcome.failure);
     } catch (CaptureError const& error) {
         if (error.kind == CaptureError::Kind::noSuchSource) throw unknownSource(request);
+        if (error.kind == CaptureError::Kind::refused)
+            throw MCPToolError(MCPErrorCode::permissionMissing, outcome.sentence());
         bool const isArea = std::holds_alternative<RecordRequest::Area>(request.target);
         if (isArea && error.kind == CaptureError::Kind::badSource) refuseArguments(error.what());
     } catch (Error const&) { // its sentence is in the outcome's

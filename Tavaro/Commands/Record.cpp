@@ -165,6 +165,8 @@ private:
         if (!line_) return;
         if (asksToDiscard_)
             line_->text("goes on. Throw this take away? y does, any other key does not.");
+        else if (state.isAsking)
+            line_->text("the desktop asks what to share. Ctrl-C gives up.");
         else if (state.phase == RecorderPhase::countdown)
             line_->text(state.countdown > 0 ? fmt::format("begins in {}.", state.countdown) : "begins.");
         else

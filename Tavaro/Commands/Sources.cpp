@@ -13,7 +13,9 @@ namespace tavaro::commands {
 
 namespace {
 
+/// None before the user has chosen what is shared.
 std::string place(ListedFrame const& frame) {
+    if (frame.width == 0) return "shared when asked";
     return fmt::format("{}×{} at {},{}", frame.width, frame.height, frame.x, frame.y);
 }
 
@@ -37,6 +39,7 @@ void print(SourceListing const& list) {
             terminal::say("{:<16} {:<24} {}\n", "system audio", "what one plays", application);
     if (list.microphones.empty() && !list.systemAudio)
         terminal::tell("No sound can be recorded: no sound server answers.\n");
+    for (auto const& limit : list.limits) terminal::tell("{}\n", limit);
 }
 
 }

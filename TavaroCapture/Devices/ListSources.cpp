@@ -1,17 +1,39 @@
 #include <TavaroCapture/Devices/ListSources.h>
 
+#include <TavaroCapture/Devices/Private/OpenSources.h>
 #include <TavaroCapture/Pulse/Private/SoundDevices.h>
 #include <TavaroCapture/V4L2/Private/VideoCameras.h>
+#include <TavaroCapture/Wayland/Private/SharedDesktop.h>
 #include <TavaroCapture/X11/Connection.h>
 #include <TavaroCapture/X11/Desktop.h>
 
 namespace tavaro {
 
-SourceList listSources(std::string const& display, std::string const& soundServer) {
+namespace {
+
+void listDesktop(SourceList& list, std::string const& display) {
+    if (desktopAccess(display) == DesktopAccess::asked) {
+        auto shareable = wayland::shareable();
+        list.displays = std::move(shareable.displays);
+        list.windows = std::move(shareable.windows);
+        list.limits = std::move(shareable.limits);
+        return;
+    }
     x11::Connection connection(display);
+    list.displays = x11::displays(connection);
+    list.windows = x11::windows(connection);
+}
+
+}
+
+SourceList listSources(std::string const& display, std::string const& soundServer) {
+    SourceList list;
+    listDesktop(list, display);
     auto sound = pulse::soundDevices(soundServer);
-    return {x11::displays(connection), x11::windows(connection), std::move(sound.microphones),
-            std::move(sound.systemSound), v4l2::cameras(*v4l2::kernelVideo())};
+    list.microphones = std::move(sound.microphones);
+    list.systemSound = std::move(sound.systemSound);
+    list.cameras = v4l2::cameras(*v4l2::kernelVideo());
+    return list;
 }
 
 }

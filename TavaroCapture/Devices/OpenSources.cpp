@@ -4,10 +4,22 @@
 #include <TavaroCapture/Pulse/Private/PulseSound.h>
 #include <TavaroCapture/Secrets/Private/GuardedEvents.h>
 #include <TavaroCapture/V4L2/Private/VideoCameras.h>
+#include <TavaroCapture/Wayland/Private/SharedDesktop.h>
 #include <TavaroCapture/X11/Private/InputMonitor.h>
 #include <TavaroCapture/X11/Private/ScreenGrabber.h>
+#include <TavaroPlatform/Processes/DesktopSession.h>
 
 namespace tavaro {
+
+DesktopAccess desktopAccess(std::string const& display) {
+    bool const isWayland = display.empty() && desktopKind() == DesktopKind::wayland;
+    return isWayland ? DesktopAccess::asked : DesktopAccess::open;
+}
+
+DesktopSources openSharedDesktop(CaptureSource const& source, int fps, std::function<bool()> const& isGivenUp) {
+    auto shared = wayland::shareDesktop(source, fps, isGivenUp);
+    return {std::move(shared.screen), std::move(shared.events)};
+}
 
 std::unique_ptr<ScreenSource> openScreen(CaptureSource const& source, std::string const& display) {
     return std::make_unique<x11::ScreenGrabber>(source, display);
@@ -31,5 +43,4 @@ std::unique_ptr<SoundSource> openSystemSound(SystemSoundSource const& source, st
 std::unique_ptr<CameraSource> openCamera(CameraDeviceSource const& source) {
     return v4l2::openCamera(v4l2::kernelVideo(), source);
 }
-
 }

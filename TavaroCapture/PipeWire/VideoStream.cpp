@@ -14,6 +14,7 @@ namespace tavaro::pipewire {
 namespace {
 
 constexpr double longestPause = 1; // seconds
+constexpr double longestRestart = 0.2;
 // A stamp this far off is of another clock.
 constexpr double farthestStamp = 10;
 
@@ -162,7 +163,10 @@ bool VideoStream::isLive() const {
 
 void VideoStream::restart() {
     if (!stream_) return;
+    double const end = mediaClockNow() + longestRestart;
     pw_stream_set_active(stream_.get(), false);
+    // Both ends must have seen the pause, or nothing begins anew.
+    while (state_ == PW_STREAM_STATE_STREAMING && mediaClockNow() < end) connection_.run(std::chrono::milliseconds(10));
     connection_.settle(std::chrono::milliseconds(100));
     pw_stream_set_active(stream_.get(), true);
     pausedAt_ = 0;

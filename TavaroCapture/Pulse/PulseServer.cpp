@@ -71,6 +71,7 @@ std::optional<ServerInfo> Server::info() {
         auto& result = *static_cast<ServerInfo*>(into);
         result.defaultSource = textOf(info->default_source_name);
         result.defaultSink = textOf(info->default_sink_name);
+        result.cookie = info->cookie;
         result.isPipeWire = std::string_view(textOf(info->server_name)).find("PipeWire") != std::string_view::npos;
     };
     if (!finish(pa_context_get_server_info(get(), take, &result))) return std::nullopt;

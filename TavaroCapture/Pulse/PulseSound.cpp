@@ -1,5 +1,6 @@
 #include <TavaroCapture/Pulse/Private/PulseSound.h>
 
+#include <TavaroCapture/PipeWire/Private/SoundInput.h>
 #include <TavaroCapture/Sources/CaptureError.h>
 #include <TavaroCore/Records/Fields.h>
 #include <TavaroPlatform/Clocks/MediaClock.h>
@@ -106,14 +107,10 @@ void PulseSound::record(Server& server, ServerInfo const& info) {
 
 /// True when the end has come, false when the device is gone.
 bool PulseSound::listen(Server& server, ServerInfo const& info) {
-    RecordStream stream(server,
-                        {.source = source_,
-                         .title = role_ == StreamRole::microphone ? "Microphone" : "System audio",
-                         .timing = info.isPipeWire ? Timing::arrivals : Timing::latencies},
-                        [this](SoundBlock const& block) {
-                            noteBegun();
-                            handlers_.block(block);
-                        });
+    if (auto const connection = connectionTo(info)) return listen(server, *connection);
+    RecordStream stream(
+        server, {.source = source_, .title = title(), .timing = info.isPipeWire ? Timing::arrivals : Timing::latencies},
+        [this](SoundBlock const& block) { handOn(block); });
     while (stream.isLive()) {
         server.run(turn);
         stream.tend();
@@ -122,6 +119,40 @@ bool PulseSound::listen(Server& server, ServerInfo const& info) {
     }
     return false;
 }
+
+/// None where it is no PipeWire server, or not the one of this session: on another machine, say.
+std::unique_ptr<pipewire::Connection> PulseSound::connectionTo(ServerInfo const& info) const {
+    if (!info.isPipeWire) return nullptr;
+    auto connection = std::make_unique<pipewire::Connection>();
+    bool const isSame = connection->settle(longestConnect) && connection->cookie() == info.cookie;
+    return isSame ? std::move(connection) : nullptr;
+}
+
+bool PulseSound::listen(Server& server, pipewire::Connection& connection) {
+    constexpr std::string_view monitor = ".monitor"; // which PulseAudio's protocol adds to an output's name
+    bool const isOutput = source_.ends_with(monitor);
+    auto const kind = isOutput ? pipewire::SoundInput::Kind::output : pipewire::SoundInput::Kind::microphone;
+    pipewire::SoundInput input(connection,
+                               {.node = isOutput ? source_.substr(0, source_.size() - monitor.size()) : source_,
+                                .kind = kind,
+                                .title = title()},
+                               [this](SoundBlock const& block) { handOn(block); });
+    while (input.isLive() && server.isAlive()) {
+        server.run(turn);
+        connection.run(0ms);
+        input.tend();
+        if (isDone(input.deliveredUntil())) return true;
+        if (isElsewhere(server)) return false;
+    }
+    return false;
+}
+
+void PulseSound::handOn(SoundBlock const& block) {
+    noteBegun();
+    handlers_.block(block);
+}
+
+std::string PulseSound::title() const { return role_ == StreamRole::microphone ? "Microphone" : "System audio"; }
 
 void PulseSound::findOutput(Server& server) {
     if (!followsDefault_) return;

@@ -17,21 +17,25 @@ void requireSound(RecorderOptions const& options) {
         throw CaptureError(CaptureError::Kind::badSource, "Segments and checkpoints need a length above 0 seconds.");
 }
 
-TakeSources openSources(RecorderOptions const& options) {
+bool isAsked(RecorderOptions const& options) { return desktopAccess(options.display) == DesktopAccess::asked; }
+
+TakeSources openSources(RecorderOptions const& options, std::function<bool()> const& isGivenUp = {}) {
     TakeSources result;
-    result.screen = openScreen(options.source, options.display);
-    result.events = openEvents(options.display, options.keys);
+    if (!isAsked(options)) {
+        result.screen = openScreen(options.source, options.display);
+        result.events = openEvents(options.display, options.keys);
+    }
     if (options.camera) result.camera = openCamera(*options.camera);
     if (options.microphone) result.microphone = openMicrophone(*options.microphone, options.soundServer);
     if (options.systemSound) result.systemSound = openSystemSound(*options.systemSound, options.soundServer);
+    if (!isAsked(options)) return result;
+    // Last: the user is asked for a take that nothing else stands in the way of.
+    auto shared = openSharedDesktop(options.source, options.fps, isGivenUp);
+    result.screen = std::move(shared.screen);
+    result.events = std::move(shared.events);
     return result;
 }
 
-}
-
-void expectRecordable(RecorderOptions const& options) {
-    requireSound(options);
-    openSources(options);
 }
 
 ScreenRecorder::ScreenRecorder(RecorderOptions options) : options_(std::move(options)) {}
@@ -39,6 +43,16 @@ ScreenRecorder::ScreenRecorder(RecorderOptions options, TakeSources sources)
     : options_(std::move(options))
     , sources_(std::make_unique<TakeSources>(std::move(sources))) {}
 ScreenRecorder::~ScreenRecorder() = default;
+
+bool ScreenRecorder::asksUser() const { return !sources_ && isAsked(options_); }
+
+void ScreenRecorder::prepare(std::function<bool()> const& isGivenUp) {
+    requireSound(options_);
+    if (take() || sources_) return;
+    auto sources = openSources(options_, isGivenUp);
+    limits_ = sources.events->limits();
+    if (asksUser()) sources_ = std::make_unique<TakeSources>(std::move(sources));
+}
 
 void ScreenRecorder::start() {
     if (take()) throw CaptureError(CaptureError::Kind::notRecording, "This recorder has already recorded its take.");

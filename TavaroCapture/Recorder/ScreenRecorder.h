@@ -10,6 +10,7 @@
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -22,7 +23,7 @@ struct TakeSources;
 
 struct RecorderOptions {
     CaptureSource source = DisplaySource{};
-    std::string display; // X server to record; empty means `$DISPLAY`
+    std::string display; // X server to record; empty means this desktop: `$DISPLAY`, or what a Wayland one shares
     int fps = 60;        // 1…120
     KeyLogging keys = KeyLogging::all;
     std::optional<MicrophoneSource> microphone;   // none: not recorded
@@ -33,10 +34,6 @@ struct RecorderOptions {
     double segmentSeconds = 10;
     double checkpointSeconds = 0.5;
 };
-
-/// Throws what `ScreenRecorder::start` would throw now, of the options and of the screen, and records nothing: for who
-/// waits before a take begins.
-void expectRecordable(RecorderOptions const& options);
 
 /// A take so far, for a progress line.
 struct RecorderProgress {
@@ -81,6 +78,13 @@ public:
     ScreenRecorder(ScreenRecorder const&) = delete;
     ScreenRecorder& operator=(ScreenRecorder const&) = delete;
 
+    /// Throws what `start` would throw now, and records nothing: for who waits before a take begins. A desktop that
+    /// asks the user what to share does so here, until `isGivenUp`, and `start` records the answer.
+    void prepare(std::function<bool()> const& isGivenUp = {});
+    /// Whether `start` or `prepare` will ask.
+    bool asksUser() const;
+    /// After `prepare`, as sentences: what the desktop does not tell of what the user does, so the log will lack it.
+    std::vector<std::string> const& limits() const { return limits_; }
     /// Returns when the first frame's time has come: once the sounds that are wanted come in, for which it waits two
     /// seconds each at most. Throws `CaptureError`: no display, a source that is missing, empty or off-screen, no such
     /// microphone or camera, no sound server, a folder that cannot be written.
@@ -109,6 +113,7 @@ private:
 
     RecorderOptions options_;
     std::unique_ptr<TakeSources> sources_;
+    std::vector<std::string> limits_;
     std::mutex mutable lock_;
     std::shared_ptr<Take> take_; // guarded by lock_; kept when the take is over
     bool isOver_ = false;

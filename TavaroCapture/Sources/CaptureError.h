@@ -14,6 +14,7 @@ public:
         badSource,      // the source is malformed, empty, hidden or off-screen
         noSound,        // no sound server answers, or it has no such device
         noCamera,       // no such camera, or it cannot be used now
+        refused,        // the user does not want it recorded
         captureLost,    // the source or the server went away
         writeFailed,    // the take cannot be written: disk full, folder unwritable
         diskFull,       // the take was ended before its disk is full

@@ -52,11 +52,12 @@ struct CameraInfo {
 
 /// What can be recorded of a desktop.
 struct SourceList {
-    std::vector<DisplayInfo> displays; // never empty
+    std::vector<DisplayInfo> displays; // empty only where a desktop shares none
     std::vector<WindowInfo> windows;   // frontmost first
     std::vector<MicrophoneInfo> microphones;
     std::optional<SystemSoundInfo> systemSound; // none: nothing here plays sound
     std::vector<CameraInfo> cameras;
+    std::vector<std::string> limits; // sentences: what the desktop cannot give
 };
 
 }

@@ -76,6 +76,7 @@ void TestScreenNode::run() {
             size = std::exchange(newSize_, std::nullopt);
             hasOrders = !orders_.empty();
         }
+        if (isPausing_.exchange(false)) pw_stream_set_active(stream_.get(), false);
         if (size) {
             std::tie(width_, height_) = *size;
             offerSize();

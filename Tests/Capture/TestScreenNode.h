@@ -26,6 +26,8 @@ public:
     /// The moment of the media clock that the picture is stamped with.
     double show(std::uint8_t grey);
     void resize(int width, int height);
+    /// Sends nothing any more, and says nothing.
+    void pause() { isPausing_ = true; }
     /// Without a picture.
     void movePointer(PixelPoint point);
 
@@ -60,6 +62,7 @@ private:
     int width_;                                  // the thread's, as the next
     int height_;
     std::atomic<std::uint32_t> id_ = PW_ID_ANY;
+    std::atomic<bool> isPausing_ = false;
     std::atomic<bool> isEnding_ = false;
     std::thread thread_;
 };

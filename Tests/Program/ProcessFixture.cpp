@@ -68,6 +68,7 @@ ProcessFixture::ProcessFixture() {
     setenv("XDG_DATA_HOME", (folder / "data").c_str(), 1);
     setenv("XDG_STATE_HOME", (folder / "state").c_str(), 1);
     setenv("HOME", folder.c_str(), 1);
+    unsetenv("WAYLAND_DISPLAY"); // of who runs the tests
 }
 
 ProcessFixture::~ProcessFixture() { fs::remove_all(folder); }

@@ -22,6 +22,7 @@ SourceListing listingOf(SourceList const& sources) {
         listing.microphones.push_back({microphone.id, microphone.name, microphone.isDefault});
     if (sources.systemSound)
         listing.systemAudio = ListedSystemAudio{sources.systemSound->name, sources.systemSound->applications};
+    listing.limits = sources.limits;
     return listing;
 }
 

@@ -108,11 +108,12 @@ struct SourceListing {
     std::vector<ListedCamera> cameras;
     std::vector<ListedMicrophone> microphones;
     std::optional<ListedSystemAudio> systemAudio; // none: nothing plays sound
+    std::vector<std::string> limits;              // sentences: what the desktop cannot give
 
     static constexpr auto fields = std::tuple{
         field("displays", &SourceListing::displays),       field("windows", &SourceListing::windows),
         field("cameras", &SourceListing::cameras),         field("microphones", &SourceListing::microphones),
-        field("systemAudio", &SourceListing::systemAudio),
+        field("systemAudio", &SourceListing::systemAudio), field("limits", &SourceListing::limits),
     };
     bool operator==(SourceListing const&) const = default;
 };

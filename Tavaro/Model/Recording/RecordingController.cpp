@@ -120,6 +120,7 @@ void RecordingController::follow(RecordingProgress const& progress) {
     stage_ = progress.stage;
     state_.countdown = progress.countdown;
     state_.take = progress.take;
+    state_.isAsking = stage_ == RecordingStage::asking;
     hasBegun_ |= stage_ == RecordingStage::recording;
     bool const begins = hasBegun_ && state_.phase == RecorderPhase::countdown;
     if (begins) state_.phase = RecorderPhase::recording;

@@ -33,6 +33,7 @@ struct RecorderState {
     RecorderPhase phase = RecorderPhase::idle;
     int countdown = 0;     // whole seconds left of it
     RecorderProgress take; // so far
+    bool isAsking = false; // the desktop asks the user what to share; before the countdown
 };
 
 /// What came of a recording.

@@ -45,10 +45,24 @@ using Reporter = JobReporter<RecordingProgress>;
 constexpr char const* cancelled = "The recording was cancelled. `tavaro recover last` brings back what there is of it.";
 constexpr char const* discarded = "The recording was discarded.";
 
+/// What cannot be recorded fails here, before the countdown; the user may be asked what to share.
+template<class Orders>
+void prepare(ScreenRecorder& recorder, RecordingRequest const& request, Orders& orders, Reporter& reporter) {
+    if (request.countdown <= 0 && !recorder.asksUser()) return;
+    if (recorder.asksUser()) reporter.progress({.stage = RecordingStage::asking, .countdown = request.countdown});
+    auto const isGivenUp = [&] { return orders.wantedEnd().has_value() || reporter.isCancelled(); };
+    try {
+        recorder.prepare(isGivenUp);
+    } catch (CaptureError const&) {
+        if (isGivenUp()) throw JobCancelled(discarded);
+        throw;
+    }
+    for (auto const& limit : recorder.limits()) reporter.remark(limit);
+}
+
 /// Until the take is due.
 template<class Orders> void countDown(RecordingRequest const& request, Orders& orders, Reporter& reporter) {
     if (request.countdown <= 0) return;
-    expectRecordable(request.recorder);
     auto const due = std::chrono::steady_clock::now() + std::chrono::seconds(request.countdown);
     for (int left = request.countdown; left > 0; --left) {
         reporter.progress({.stage = RecordingStage::countdown, .countdown = left});
@@ -84,8 +98,9 @@ template<class Orders> MadeTake record(RecordingRequest const& request, Orders& 
     if (project.package.empty()) project.package = unsavedPackagePath(recordingName(std::time(nullptr)));
     expectPlaceFor(project.package);
     for (auto const& problem : RecoveryStore::pruneOldRecordings().problems) reporter.remark(problem);
-    countDown(request, orders, reporter);
     ScreenRecorder recorder(request.recorder);
+    prepare(recorder, request, orders, reporter);
+    countDown(request, orders, reporter);
     recorder.start();
     if (runTake(recorder, request.seconds, orders, reporter) == TakeEnd::discard) {
         recorder.cancel();

@@ -18,6 +18,7 @@ struct RecordingRequest {
 };
 
 enum class RecordingStage {
+    asking, // the user, what to share
     countdown,
     recording,
     joining, // the take's segments into its movie

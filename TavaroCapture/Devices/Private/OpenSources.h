@@ -4,10 +4,26 @@
 #include <TavaroCapture/Sources/Private/FrameSource.h>
 #include <TavaroCapture/Sources/Private/SoundSource.h>
 
+#include <functional>
 #include <memory>
 #include <string>
 
 namespace tavaro {
+
+enum class DesktopAccess {
+    open,  // everything can be recorded at once
+    asked, // the user is asked what to share when it is opened
+};
+/// How the desktop is reached: what was started on a Wayland one sees no other, but a named X server is one in any
+/// case.
+DesktopAccess desktopAccess(std::string const& display);
+
+struct DesktopSources {
+    std::unique_ptr<ScreenSource> screen;
+    std::unique_ptr<EventSource> events;
+};
+/// Asks the user what to share, where they have not said so before, until `isGivenUp`. Throws `CaptureError`.
+DesktopSources openSharedDesktop(CaptureSource const& source, int fps, std::function<bool()> const& isGivenUp);
 
 /// Opens a source of the desktop on the X server `display` (empty means `$DISPLAY`). Throws `CaptureError` for a source
 /// that cannot be recorded, and when no server answers.

@@ -36,7 +36,8 @@ struct SourceInfo {
 struct ServerInfo {
     std::string defaultSource;
     std::string defaultSink;
-    bool isPipeWire = false; // speaks for a PipeWire server, which knows no latencies
+    bool isPipeWire = false;  // speaks for a PipeWire server, which knows no latencies
+    std::uint32_t cookie = 0; // of the server, that one's where it speaks for it
 };
 
 /// Something that an application plays.

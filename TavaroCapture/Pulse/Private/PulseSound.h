@@ -1,5 +1,6 @@
 #pragma once
 
+#include <TavaroCapture/PipeWire/Private/Connection.h>
 #include <TavaroCapture/Pulse/Private/RecordStream.h>
 #include <TavaroCapture/Sources/Private/SoundSource.h>
 #include <TavaroCapture/Sources/StreamRole.h>
@@ -12,7 +13,8 @@
 
 namespace tavaro::pulse {
 
-/// A microphone of a session's sound server, or what its default output plays. The device is open from `start` to
+/// A microphone of a session's sound server, or what its default output plays. Where that server is a PipeWire server,
+/// the sound itself comes from there, with exact moments. The device is open from `start` to
 /// `stop`. When it is unplugged, or the server ends, it is looked for until it is there again: the same microphone by
 /// its name. Another output that becomes the default is followed, as the ears of the user follow it; that counts as an
 /// absence, too.
@@ -37,6 +39,10 @@ private:
     void run();
     void record(Server& server, ServerInfo const& info);
     bool listen(Server& server, ServerInfo const& info);
+    std::unique_ptr<pipewire::Connection> connectionTo(ServerInfo const& info) const;
+    bool listen(Server& server, pipewire::Connection& connection);
+    void handOn(SoundBlock const& block);
+    std::string title() const;
     void findOutput(Server& server);
     bool isElsewhere(Server& server);
     void idle(Server& server) const;

@@ -59,6 +59,8 @@ public:
 
     /// Whether keys can be read, and are.
     virtual bool hasKeyboard() const = 0;
+    /// Sentences: what of all this it cannot tell.
+    virtual std::vector<std::string> limits() const { return {}; }
     /// Where the pointer is; none where that cannot be known. Always from one thread, which may be another than the
     /// rest.
     virtual std::optional<PixelPoint> pointer() = 0;

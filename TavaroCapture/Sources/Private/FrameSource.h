@@ -16,8 +16,8 @@ public:
     virtual Size2 size() const = 0;
 };
 
-/// A screen, a part of it or a window, without the pointer: it has a picture at any time, and the take asks for it at
-/// the take's own rate. One thread.
+/// A screen, a part of it or a window, without the pointer wherever it can be had so: it has a picture at any time, and
+/// the take asks for it at the take's own rate. One thread.
 class ScreenSource : public FrameSource {
 public:
     /// What the picture shows, on the desktop, as of the last grab; a window may move.

@@ -118,6 +118,15 @@ TEST_F(VideoStreamTest, aStillScreenIsNotLostAndOneWhoseProgramIsKilledIsWithinT
     EXPECT_LT(mediaClockNow() - gone, 2);
 }
 
+TEST_F(VideoStreamTest, aStreamThatPausesByItselfIsLostAfterASecond) {
+    ASSERT_TRUE(shows(40));
+    screen->pause();
+    double const paused = mediaClockNow();
+    EXPECT_TRUE(comes([&] { return !stream->isLive(); })) << stream->state();
+    EXPECT_GT(mediaClockNow() - paused, 0.9);
+    EXPECT_LT(mediaClockNow() - paused, 2);
+}
+
 TEST_F(VideoStreamTest, itEndsWithTheServer) {
     ASSERT_TRUE(shows(40));
     session->killServer();

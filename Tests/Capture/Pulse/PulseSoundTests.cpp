@@ -1,3 +1,4 @@
+#include "../SoundListener.h"
 #include "../TestDisplay.h"
 #include "../TestSoundServer.h"
 
@@ -15,67 +16,7 @@ namespace tavaro {
 
 namespace {
 
-constexpr double mostError = 0.010; // of a stamp, on a machine that does much else
 constexpr double told = 0.5;
-
-/// What a source reports, and when.
-class Listener {
-public:
-    explicit Listener(pulse::PulseSound::Options const& options)
-        : Listener(std::make_unique<pulse::PulseSound>(options)) {}
-    explicit Listener(std::unique_ptr<SoundSource> source) : source_(std::move(source)) {
-        source_->start({.block = [this](SoundBlock const& block) { hear(block); },
-                        .lost = [this] { lostAt = mediaClockNow(); },
-                        .returned = [this] { returnedAt = mediaClockNow(); }});
-    }
-    ~Listener() { source_->stop(); }
-    void stop() { source_->stop(); }
-
-    /// Moments of the clicks that were heard.
-    std::vector<double> heard() const {
-        std::lock_guard const guard(lock_);
-        return heard_;
-    }
-    bool hears(std::size_t count) const {
-        return eventually([&] { return heard().size() >= count; });
-    }
-    int overlaps() const { return overlaps_; }
-
-    std::atomic<double> lostAt = 0;
-    std::atomic<double> returnedAt = 0;
-
-private:
-    void hear(SoundBlock const& block) {
-        if (block.capturedAt < end_ - 1e-6) ++overlaps_;
-        end_ = block.capturedAt + static_cast<double>(block.samples.size()) / audioRate;
-        std::lock_guard const guard(lock_);
-        for (std::size_t i = 0; i < block.samples.size(); ++i) {
-            double const at = block.capturedAt + static_cast<double>(i) / audioRate;
-            bool const isNew = heard_.empty() || at > heard_.back() + Clicks::apart / 2;
-            if (block.samples[i].left > 0.45f && isNew) heard_.push_back(at);
-        }
-    }
-
-    std::mutex mutable lock_;
-    std::vector<double> heard_; // guarded by lock_
-    double end_ = 0;
-    std::atomic<int> overlaps_ = 0;
-    std::unique_ptr<SoundSource> source_;
-};
-
-/// Every click that was heard was made, at the moment of its stamp.
-void expectInStep(std::vector<double> const& heard, std::vector<double> const& made) {
-    double worst = 0;
-    for (double const at : heard) {
-        double nearest = 1;
-        for (double const moment : made)
-            if (std::abs(at - moment) < std::abs(nearest)) nearest = at - moment;
-        if (std::abs(nearest) > std::abs(worst)) worst = nearest;
-        EXPECT_NEAR(nearest, 0, mostError);
-    }
-    testing::Test::RecordProperty("worstStampMicroseconds", static_cast<int>(worst * 1e6));
-    if (getenv("TAVARO_TELL")) std::printf("worst stamp of %zu: %+.3f ms\n", heard.size(), worst * 1e3);
-}
 
 class PulseSoundTest : public SoundServerTest {
 protected:
@@ -87,7 +28,7 @@ protected:
 
 TEST_F(PulseSoundTest, whatAMicrophoneHearsIsStampedWithTheMomentAtWhichItWasSaid) {
     SpokenClicks const clicks(server->microphonePipe());
-    Listener listener(microphone());
+    SoundListener listener(std::make_unique<pulse::PulseSound>(microphone()));
     EXPECT_TRUE(listener.hears(12));
     listener.stop();
     expectInStep(listener.heard(), clicks.moments());
@@ -96,7 +37,7 @@ TEST_F(PulseSoundTest, whatAMicrophoneHearsIsStampedWithTheMomentAtWhichItWasSai
 }
 
 TEST_F(PulseSoundTest, whatAnOutputPlaysIsStampedWithTheMomentAtWhichItIsHeard) {
-    Listener listener(output());
+    SoundListener listener(std::make_unique<pulse::PulseSound>(output()));
     PlayedClicks const clicks(server->address());
     EXPECT_TRUE(listener.hears(12));
     listener.stop();
@@ -110,7 +51,7 @@ TEST_F(PulseSoundTest, whatAnOutputPlaysIsStampedWithTheMomentAtWhichItIsHeard) 
 TEST_F(PulseSoundTest, anUnpluggedMicrophoneIsSilentUntilItIsBackAndNeverAnotherOne) {
     std::optional<SpokenClicks> clicks(std::in_place, server->microphonePipe());
     PlayedClicks const music(server->address()); // what the default source hears once the microphone is gone
-    Listener listener(microphone());
+    SoundListener listener(std::make_unique<pulse::PulseSound>(microphone()));
     EXPECT_TRUE(listener.hears(4));
     double const unplugged = mediaClockNow();
     server->unplugMicrophone();
@@ -132,7 +73,7 @@ TEST_F(PulseSoundTest, anUnpluggedMicrophoneIsSilentUntilItIsBackAndNeverAnother
 }
 
 TEST_F(PulseSoundTest, whatIsPlayedElsewhereIsFollowedAndStaysInStep) {
-    Listener listener(output());
+    SoundListener listener(std::make_unique<pulse::PulseSound>(output()));
     {
         PlayedClicks const clicks(server->address());
         EXPECT_TRUE(listener.hears(4));
@@ -154,7 +95,7 @@ TEST_F(PulseSoundTest, whatIsPlayedElsewhereIsFollowedAndStaysInStep) {
 
 TEST_F(PulseSoundTest, ofOneApplicationNothingElseIsHeardAndAllOfIt) {
     PlayedClicks const others(server->address(), "Music");
-    Listener listener(std::make_unique<pulse::ApplicationSound>(server->address(), "demo"));
+    SoundListener listener(std::make_unique<pulse::ApplicationSound>(server->address(), "demo"));
     for (std::size_t heard = 0; heard < 16; heard += 8) { // one playback after the other
         PlayedClicks const clicks(server->address(), "Demo");
         EXPECT_TRUE(listener.hears(heard + 8));
@@ -169,7 +110,7 @@ TEST_F(PulseSoundTest, ofOneApplicationNothingElseIsHeardAndAllOfIt) {
 
 TEST_F(PulseSoundTest, aMicrophoneWithAClockOfItsOwnStaysInStep) {
     SpokenClicks const clicks(server->microphonePipe(), 500);
-    Listener listener(microphone());
+    SoundListener listener(std::make_unique<pulse::PulseSound>(microphone()));
     EXPECT_TRUE(listener.hears(24));
     listener.stop();
     expectInStep(listener.heard(), clicks.moments());
@@ -177,7 +118,7 @@ TEST_F(PulseSoundTest, aMicrophoneWithAClockOfItsOwnStaysInStep) {
 
 TEST_F(PulseSoundTest, aServerThatDiesAndComesBackCostsOnlyTheTimeBetween) {
     SpokenClicks const clicks(server->microphonePipe());
-    Listener listener(microphone());
+    SoundListener listener(std::make_unique<pulse::PulseSound>(microphone()));
     EXPECT_TRUE(listener.hears(4));
     double const killed = mediaClockNow();
     server->kill();

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <TavaroCapture/Sources/Private/EventSource.h>
+#include <TavaroCapture/Sources/Private/FrameSource.h>
+#include <TavaroCapture/Sources/SourceList.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+/// The sources of a Wayland desktop: what the user shares of it, when asked.
+namespace tavaro::wayland {
+
+struct SharedDesktop {
+    std::unique_ptr<ScreenSource> screen;
+    std::unique_ptr<EventSource> events;
+};
+
+/// Asks the user, unless an earlier answer for that source still counts, until `isGivenUp`. Throws `CaptureError`.
+SharedDesktop shareDesktop(CaptureSource const& source, int fps, std::function<bool()> const& isGivenUp = {});
+
+struct Shareable {
+    std::vector<DisplayInfo> displays;
+    std::vector<WindowInfo> windows;
+    std::vector<std::string> limits; // sentences
+};
+
+/// What may be asked for, and what the desktop cannot give; without a portal that, in place of displays.
+Shareable shareable();
+
+}

@@ -1,0 +1,107 @@
+#include <TavaroCapture/Wayland/Private/SharedDesktop.h>
+
+#include <TavaroCapture/Sources/CaptureError.h>
+#include <TavaroCapture/Wayland/Private/SharedScreen.h>
+
+#include <algorithm>
+#include <cctype>
+#include <fmt/format.h>
+
+namespace tavaro::wayland {
+
+namespace {
+
+/// The source without its kind, where only a number can follow: "2" of "display-2" and of "2".
+std::string numberOf(std::string const& id) {
+    auto const number = id.starts_with("display-") ? id.substr(8) : id;
+    auto const isDigit = [](unsigned char c) { return std::isdigit(c) != 0; };
+    bool const isNumber = number.size() <= 3 && std::ranges::all_of(number, isDigit);
+    if (id.empty()) return "1";
+    if (isNumber && !number.empty()) return number;
+    throw CaptureError(CaptureError::Kind::noSuchSource,
+                       fmt::format("There is no display “{}”. On a Wayland desktop you choose the screen when asked; "
+                                   "“display-1” is the first choice that is remembered.",
+                                   id));
+}
+
+SharedScreen::Options optionsOf(CaptureSource const& source) {
+    if (auto const* const display = std::get_if<DisplaySource>(&source))
+        return {.kind = ShareKind::monitor, .source = "display-" + numberOf(display->id)};
+    if (auto const* const area = std::get_if<AreaSource>(&source))
+        return {.kind = ShareKind::monitor, .source = "display-" + numberOf(area->display), .area = *area};
+    if (auto const* const window = std::get_if<WindowSource>(&source))
+        return {.kind = ShareKind::window, .source = fmt::format("window-{}", window->id)};
+    throw CaptureError(CaptureError::Kind::unsupported,
+                       fmt::format("“{}” cannot be recorded by its name: a Wayland desktop does not tell which window "
+                                   "belongs to which application. Record “window-1” and choose it when asked.",
+                                   std::get<ApplicationSource>(source).name));
+}
+
+std::vector<std::string> limitsOf(PointerMode pointer) {
+    std::vector<std::string> result{"This Wayland desktop does not tell of clicks and keys, nor which application is "
+                                    "in front: the take has none, and no zoom follows them."};
+    if (pointer == PointerMode::hidden)
+        result.emplace_back("It does not tell where the pointer is: the take does not show it.");
+    if (pointer == PointerMode::embedded)
+        result.emplace_back("It does not tell where the pointer is: it is a part of the picture, as it was.");
+    return result;
+}
+
+class Screen final : public ScreenSource {
+public:
+    explicit Screen(std::shared_ptr<SharedScreen> shared)
+        : shared_(std::move(shared))
+        , picture_(shared_->frame().width, shared_->frame().height) {}
+
+    Size2 size() const override { return {frame().width, frame().height}; }
+    PixelRect frame() const override { return shared_->frame(); }
+    double scaleFactor() const override { return shared_->scaleFactor(); }
+    Outcome grab(double /*now*/) override { return shared_->take(picture_); }
+    ImageView picture() const override { return picture_.view(); }
+
+private:
+    std::shared_ptr<SharedScreen> const shared_;
+    Image picture_;
+};
+
+class Events final : public EventSource {
+public:
+    explicit Events(std::shared_ptr<SharedScreen> shared) : shared_(std::move(shared)) {}
+
+    void start(EventHandlers /*handlers*/) override {}
+    void stop() override {}
+    bool hasKeyboard() const override { return false; }
+    std::optional<PixelPoint> pointer() override { return shared_->pointer(); }
+    std::vector<std::string> limits() const override { return limitsOf(shared_->pointerMode()); }
+
+private:
+    std::shared_ptr<SharedScreen> const shared_;
+};
+
+}
+
+SharedDesktop shareDesktop(CaptureSource const& source, int fps, std::function<bool()> const& isGivenUp) {
+    auto options = optionsOf(source);
+    options.fps = fps;
+    if (isGivenUp) options.isGivenUp = isGivenUp;
+    auto const shared = std::make_shared<SharedScreen>(options);
+    return {std::make_unique<Screen>(shared), std::make_unique<Events>(shared)};
+}
+
+Shareable shareable() {
+    Shareable result;
+    try {
+        auto const abilities = ScreenCastPortal().abilities();
+        if (abilities.has(ShareKind::monitor))
+            result.displays.push_back({.id = "display-1", .name = "chosen when you are asked", .isMain = true});
+        if (abilities.has(ShareKind::window))
+            result.windows.push_back({.window = 1, .title = "chosen when you are asked", .application = "a window"});
+        result.limits = limitsOf(abilities.bestPointerMode());
+        if (!abilities.has(ShareKind::window)) result.limits.emplace_back("It shares no single windows.");
+    } catch (CaptureError const& error) {
+        result.limits = {error.what()};
+    }
+    return result;
+}
+
+}

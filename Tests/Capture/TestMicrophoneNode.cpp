@@ -1,0 +1,69 @@
+#include "TestMicrophoneNode.h"
+
+#include "TestDisplay.h"
+
+#include <TavaroMedia/Audio/StereoSample.h>
+
+#include <algorithm>
+#include <array>
+#include <spa/param/audio/format-utils.h>
+#include <span>
+
+namespace tavaro {
+
+TestMicrophoneNode::TestMicrophoneNode() : thread_([this] { run(); }) {}
+
+TestMicrophoneNode::~TestMicrophoneNode() {
+    isEnding_ = true;
+    thread_.join();
+}
+
+void TestMicrophoneNode::run() {
+    static constexpr pw_stream_events events{.version = PW_VERSION_STREAM_EVENTS, .process = onProcess};
+    if (!connection_.isAlive()) return;
+    stream_.reset(pw_stream_new(connection_.core(), name,
+                                pw_properties_new(PW_KEY_MEDIA_CLASS, "Audio/Source", PW_KEY_NODE_NAME, name,
+                                                  PW_KEY_NODE_DESCRIPTION, "Desk", nullptr)));
+    pw_stream_add_listener(stream_.get(), &hook_, &events, this);
+    std::array<std::uint8_t, 1024> bytes{};
+    spa_pod_builder builder = SPA_POD_BUILDER_INIT(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
+    spa_audio_info_raw format{};
+    format.format = SPA_AUDIO_FORMAT_F32;
+    format.rate = audioRate;
+    format.channels = 2;
+    spa_pod const* offered = spa_format_audio_raw_build(&builder, SPA_PARAM_EnumFormat, &format);
+    pw_stream_connect(stream_.get(), PW_DIRECTION_OUTPUT, PW_ID_ANY,
+                      static_cast<pw_stream_flags>(PW_STREAM_FLAG_MAP_BUFFERS | PW_STREAM_FLAG_RT_PROCESS), &offered,
+                      1);
+    while (!isEnding_ && connection_.isAlive()) connection_.run(std::chrono::milliseconds(20));
+    pw_stream_disconnect(stream_.get());
+    stream_.reset();
+}
+
+void TestMicrophoneNode::speak() {
+    constexpr auto between = static_cast<std::int64_t>(apart * audioRate);
+    constexpr std::int64_t click = audioRate / 1000;
+    auto* const buffer = pw_stream_dequeue_buffer(stream_.get());
+    if (!buffer) return;
+    pw_time time{};
+    pw_stream_get_time_n(stream_.get(), &time, sizeof time);
+    auto& data = buffer->buffer->datas[0];
+    auto const count =
+        std::min<std::uint64_t>(buffer->requested ? buffer->requested : 1024, data.maxsize / sizeof(StereoSample));
+    std::span const samples(static_cast<StereoSample*>(data.data), count);
+    bool const isLost = lost_ > 0 && lost_-- > 0;
+    double const begun = static_cast<double>(time.now) * 1e-9 - static_cast<double>(count) / audioRate;
+    for (auto& sample : samples) {
+        auto const place = frame_ % between - between / 2;
+        bool const isClick = !isLost && place >= 0 && place < click;
+        sample = isClick ? StereoSample{0.9f, 0.9f} : StereoSample{};
+        if (isClick && place == 0) note(begun + static_cast<double>(&sample - samples.data()) / audioRate);
+        ++frame_;
+    }
+    data.chunk->offset = 0;
+    data.chunk->stride = sizeof(StereoSample);
+    data.chunk->size = isLost ? 0 : static_cast<std::uint32_t>(count * sizeof(StereoSample));
+    pw_stream_queue_buffer(stream_.get(), buffer);
+}
+
+}
