@@ -72,7 +72,11 @@ private:
     void visit(Address const& address, int parent) {
         int const depth = parent < 0 ? 0 : visits_[parent].depth + 1;
         // An object that is its own descendant would never end.
-        if (depth > mostDepth || visits_.size() >= mostNodes || !seen_.insert(address).second) return;
+        if (depth > mostDepth || !seen_.insert(address).second) return;
+        if (visits_.size() >= mostNodes) {
+            isCutShort_ = true;
+            return;
+        }
         int const index = static_cast<int>(visits_.size());
         visits_.push_back({.node = {.address = address, .parent = parent}, .depth = depth});
         if (visits_.size() == manyNodes) askForAll();
@@ -317,7 +321,7 @@ private:
     }
 
     AccessibleTree collected() {
-        AccessibleTree tree{.toolkit = toolkit_, .isComplete = isComplete_};
+        AccessibleTree tree{.toolkit = toolkit_, .isComplete = isComplete_ && !isCutShort_};
         std::vector<int> places(visits_.size(), -1);
         for (std::size_t index = 0; index < visits_.size(); ++index) {
             auto& visit = visits_[index];
@@ -371,6 +375,7 @@ private:
     std::map<Address, Widget> all_; // where the program was asked for all
     std::vector<int> held_;         // visits that wait for them
     bool isAskingForAll_ = false;
+    bool isCutShort_ = false; // there are more than anybody could use
     bool isComplete_ = true;
 };
 
