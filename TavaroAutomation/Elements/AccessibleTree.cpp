@@ -147,10 +147,18 @@ private:
         return isIn ? isLabel(visit.node.role) : isClickable(visit.node.role);
     }
 
+    /// The rows of a list are labels in Java.
+    bool isChoice(Visit const& visit) const {
+        if (visit.node.role != Role::label || visit.node.parent < 0) return false;
+        return visit.node.states.has(State::selectable) && visits_[visit.node.parent].node.role == Role::list;
+    }
+
     /// A program answers in order, so the states are there when the role is.
     void described(int index) {
         auto& visit = visits_[index];
         auto const& address = visit.node.address;
+        visit.node.ownRole = visit.node.role;
+        if (isChoice(visit)) visit.node.role = Role::listItem;
         bool const isShown = mayShow(visit);
         visit.isInShownRow = isShown && isInShownRow(visit);
         visit.node.isScrolledAway = !isShown && mayBeScrolledAway(visit);

@@ -113,6 +113,18 @@ TEST_F(AccessibleTreeTest, aScrolledViewportOfGTK3IsWhereItsPaneIs) {
     EXPECT_THAT(names(walk(start(widgets, "Qt"))), ElementsAre("Window", ""));
 }
 
+TEST_F(AccessibleTreeTest, aLabelThatCanBeChosenFromAListIsARow) {
+    auto choice = widget(Role::label, "Choice");
+    choice.states.push_back(State::selectable);
+    auto const tree = walk(start({widget(Role::application, "app", {1}), widget(Role::frame, "Window", {2, 3}),
+                                  widget(Role::list, "", {4, 5}), widget(Role::panel, "", {6}), choice,
+                                  widget(Role::label, "Heading"), choice}));
+    std::vector<Role> roles;
+    for (auto const& node : tree.nodes) roles.push_back(node.role);
+    EXPECT_THAT(roles, ElementsAre(Role::frame, Role::list, Role::panel, Role::listItem, Role::label, Role::label));
+    EXPECT_EQ(tree.nodes[3].ownRole, Role::label);
+}
+
 TEST_F(AccessibleTreeTest, aMenuBarOfNoSizeIsReplacedByAnother) {
     auto replaced = widget(Role::menuBar, "", {4});
     replaced.extents = {0, 21, 800, 0};
