@@ -107,7 +107,7 @@ std::vector<Address> ApplicationElements::programsOf(OpenApplication const& appl
             });
         }
     });
-    bus().run(deadline, stop);
+    bus().runOnBus(deadline, stop);
     return result;
 }
 

@@ -156,8 +156,7 @@ UIPoint TargetSearch::placeOf(FoundTarget& target, std::stop_token const& stop) 
     auto const now = applications_.placeOf(target.placed, stop);
     switch (now.presence) {
     case ElementPlace::Presence::there: break;
-    // Another one with its title may be there: programs make some of their widgets anew, and windows change.
-    case ElementPlace::Presence::gone: target = find(target.wanted, target.purpose, stop); return target.point();
+    case ElementPlace::Presence::gone: target = foundAgain(target, stop); return target.point();
     case ElementPlace::Presence::silent:
         fail(AutomationError::Kind::noElements,
              fmt::format("{} does not answer any more, so nothing was clicked.", target.application.name));
@@ -165,6 +164,18 @@ UIPoint TargetSearch::placeOf(FoundTarget& target, std::stop_token const& stop) 
     auto const point = target.point();
     auto const& before = target.placed.element.frame;
     return {now.frame.x + point.x - before.x, now.frame.y + point.y - before.y};
+}
+
+/// Programs make some of their widgets anew. What only resembles the target was not meant.
+FoundTarget TargetSearch::foundAgain(FoundTarget const& target, std::stop_token const& stop) {
+    auto again = find(target.wanted, target.purpose, stop);
+    auto const& before = target.placed.element;
+    auto const& now = again.placed.element;
+    if (now.title != before.title || now.role != before.role) {
+        fail(AutomationError::Kind::noSuchElement,
+             nameOf(before) + " is gone: the window changed while the pointer went there. Call ui_elements again.");
+    }
+    return again;
 }
 
 void TargetSearch::expectNotCovered(FoundTarget const& target, UIPoint const& point, std::stop_token const& stop) {

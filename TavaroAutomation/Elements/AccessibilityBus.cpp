@@ -364,4 +364,8 @@ AccessibilityBus::Outcome AccessibilityBus::run(Deadline deadline, std::stop_tok
     }
 }
 
+void AccessibilityBus::runOnBus(Deadline deadline, std::stop_token const& stop) {
+    if (run(deadline, stop) == Outcome::late) failToConnect("the accessibility bus does not answer.");
+}
+
 }

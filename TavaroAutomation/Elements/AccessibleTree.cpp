@@ -72,7 +72,11 @@ private:
     void visit(Address const& address, int parent) {
         int const depth = parent < 0 ? 0 : visits_[parent].depth + 1;
         // An object that is its own descendant would never end.
-        if (depth > mostDepth || visits_.size() >= mostNodes || !seen_.insert(address).second) return;
+        if (depth > mostDepth || !seen_.insert(address).second) return;
+        if (visits_.size() >= mostNodes) {
+            isCutShort_ = true;
+            return;
+        }
         int const index = static_cast<int>(visits_.size());
         visits_.push_back({.node = {.address = address, .parent = parent}, .depth = depth});
         if (visits_.size() == manyNodes) askForAll();
@@ -143,10 +147,18 @@ private:
         return isIn ? isLabel(visit.node.role) : isClickable(visit.node.role);
     }
 
+    /// The rows of a list are labels in Java.
+    bool isChoice(Visit const& visit) const {
+        if (visit.node.role != Role::label || visit.node.parent < 0) return false;
+        return visit.node.states.has(State::selectable) && visits_[visit.node.parent].node.role == Role::list;
+    }
+
     /// A program answers in order, so the states are there when the role is.
     void described(int index) {
         auto& visit = visits_[index];
         auto const& address = visit.node.address;
+        visit.node.ownRole = visit.node.role;
+        if (isChoice(visit)) visit.node.role = Role::listItem;
         bool const isShown = mayShow(visit);
         visit.isInShownRow = isShown && isInShownRow(visit);
         visit.node.isScrolledAway = !isShown && mayBeScrolledAway(visit);
@@ -317,7 +329,7 @@ private:
     }
 
     AccessibleTree collected() {
-        AccessibleTree tree{.toolkit = toolkit_, .isComplete = isComplete_};
+        AccessibleTree tree{.toolkit = toolkit_, .isComplete = isComplete_ && !isCutShort_};
         std::vector<int> places(visits_.size(), -1);
         for (std::size_t index = 0; index < visits_.size(); ++index) {
             auto& visit = visits_[index];
@@ -371,6 +383,7 @@ private:
     std::map<Address, Widget> all_; // where the program was asked for all
     std::vector<int> held_;         // visits that wait for them
     bool isAskingForAll_ = false;
+    bool isCutShort_ = false; // there are more than anybody could use
     bool isComplete_ = true;
 };
 

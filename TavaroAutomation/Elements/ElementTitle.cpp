@@ -39,14 +39,25 @@ std::string withoutMarkup(std::string_view text) {
     return result;
 }
 
+/// How many bytes a space or a control character there has; 0 for any other.
+std::size_t spaceAt(std::string_view text, std::size_t at) {
+    auto const byte = [&](std::size_t place) {
+        return place < text.size() ? static_cast<unsigned char>(text[place]) : 0U;
+    };
+    constexpr unsigned del = 0x7F, twoBytes = 0xC2, firstC1 = 0x80, noBreakSpace = 0xA0;
+    if (byte(at) <= ' ' || byte(at) == del) return 1;
+    return byte(at) == twoBytes && byte(at + 1) >= firstC1 && byte(at + 1) <= noBreakSpace ? 2 : 0;
+}
+
 std::string onOneLine(std::string_view text) {
     std::string result;
-    for (char const c : text) {
-        bool const isSpace = static_cast<unsigned char>(c) <= ' ';
-        if (!isSpace)
-            result += c;
+    for (std::size_t at = 0; at < text.size();) {
+        auto const space = spaceAt(text, at);
+        if (space == 0)
+            result += text[at];
         else if (!result.empty() && result.back() != ' ')
             result += ' ';
+        at += std::max<std::size_t>(space, 1);
     }
     if (result.ends_with(' ')) result.pop_back();
     return result;

@@ -8,6 +8,7 @@
 #include <cmath>
 #include <fmt/format.h>
 #include <map>
+#include <numeric>
 #include <optional>
 #include <tuple>
 
@@ -36,17 +37,26 @@ std::tuple<double, double, UIRect> bestFit(Extents const& root, x11::OpenWindow 
     return best;
 }
 
-double mismatch(AccessibleNode const& root, x11::OpenWindow const& window) {
+/// Java knows better where a window's contents are than where the window is.
+Extents windowExtents(AccessibleTree const& tree, AccessibleNode const& root) {
+    for (int const child : root.children) {
+        auto const& inside = tree.nodes[static_cast<std::size_t>(child)];
+        if (inside.role == Role::rootPane) return inside.extents;
+    }
+    return root.extents;
+}
+
+double mismatch(AccessibleTree const& tree, AccessibleNode const& root, x11::OpenWindow const& window) {
     constexpr double otherTitle = 100; // in points of size
     bool const isSame = root.name == window.title;
-    return std::get<0>(bestFit(root.extents, window)) + (isSame ? 0 : otherTitle);
+    return std::get<0>(bestFit(windowExtents(tree, root), window)) + (isSame ? 0 : otherTitle);
 }
 
 /// GTK 4 asks for room for a shadow that its own sizes leave out, on every side.
 constexpr double widestMargin = 160;
 
-bool isPlausible(AccessibleNode const& root, x11::OpenWindow const& window) {
-    auto const [difference, scale, rect] = bestFit(root.extents, window);
+bool isPlausible(AccessibleTree const& tree, AccessibleNode const& root, x11::OpenWindow const& window) {
+    auto const [difference, scale, rect] = bestFit(windowExtents(tree, root), window);
     return root.name == window.title || difference < (window.isPopup ? 2 * rounding : 2 * widestMargin);
 }
 
@@ -71,6 +81,11 @@ bool isClipping(AccessibleNode const& node, Toolkit toolkit) {
     }
     bool const isLaidOut = !isClickable(node.role) && !isOfMenu(node.role) && node.role != Role::menuBar;
     return isLaidOut && (toolkit == Toolkit::qt || toolkit == Toolkit::gtk4);
+}
+
+Extents united(Extents const& a, Extents const& b) {
+    int const x = std::min(a.x, b.x), y = std::min(a.y, b.y);
+    return {x, y, std::max(a.x + a.width, b.x + b.width) - x, std::max(a.y + a.height, b.y + b.height) - y};
 }
 
 // GTK 3 has no place for what it does not show.
@@ -114,7 +129,7 @@ private:
     AccessibleNode const& node(int index) const { return tree_.nodes[static_cast<std::size_t>(index)]; }
 
     void placeWindow(int root, std::size_t window) {
-        auto const placement = placementOf(node(root).extents, tree_.toolkit, windows_[window]);
+        auto const placement = placementOf(windowExtents(tree_, node(root)), tree_.toolkit, windows_[window]);
         auto const clip = windows_[window].frame.intersection(screen_);
         Around const around{.placement = placement, .clip = clip, .window = window, .root = root};
         for (int const child : node(root).children) place(child, around);
@@ -127,6 +142,7 @@ private:
         if (!around.clip.isEmpty()) around.view = around.clip;
         if (isClipping(node(index), tree_.toolkit)) around.clip = around.clip.intersection(frame);
         if (node(index).role == Role::comboBox) around.combo = frame;
+        if (node(index).role == Role::popupMenu) moveIntoMenu(index, around.placement);
         for (int const child : node(index).children) place(child, around);
     }
 
@@ -153,6 +169,18 @@ private:
         }
     }
 
+    /// Java places the items of an open menu as if it hung at another place, the menu itself rightly.
+    void moveIntoMenu(int menu, Placement& placement) const {
+        auto const& children = node(menu).children;
+        if (tree_.toolkit != Toolkit::other || children.empty()) return;
+        auto const all =
+            std::accumulate(children.begin(), children.end(), node(children[0]).extents,
+                            [this](Extents const& sum, int child) { return united(sum, node(child).extents); });
+        auto const outer = placement.onScreen(node(menu).extents).center(), inner = placement.onScreen(all).center();
+        placement.dx += outer.x - inner.x;
+        placement.dy += outer.y - inner.y;
+    }
+
     void add(int index, UIRect const& frame, Around const& around) {
         auto const& it = node(index);
         auto const role = it.isSearch ? "SearchField" : elementRole(it.role, it.states);
@@ -174,7 +202,7 @@ private:
                            .address = it.address,
                            .root = node(around.root).address,
                            .toolkit = tree_.toolkit,
-                           .ownRole = it.role,
+                           .ownRole = it.ownRole,
                            .ownName = it.name,
                            .placement = around.placement,
                            .window = windows_[around.window].window,
@@ -267,8 +295,8 @@ std::vector<std::optional<std::size_t>> matchWindows(AccessibleTree const& tree,
         if (root.parent >= 0) continue;
         std::optional<std::size_t> best;
         for (std::size_t i = 0; i < windows.size(); ++i) {
-            if (isTaken[i] || !isPlausible(root, windows[i])) continue;
-            if (!best || mismatch(root, windows[i]) < mismatch(root, windows[*best])) best = i;
+            if (isTaken[i] || !isPlausible(tree, root, windows[i])) continue;
+            if (!best || mismatch(tree, root, windows[i]) < mismatch(tree, root, windows[*best])) best = i;
         }
         if (best) isTaken[*best] = true;
         result.push_back(best);

@@ -46,6 +46,7 @@ public:
 
 private:
     FoundTarget look(UITarget const& target, Purpose purpose, std::stop_token const& stop);
+    FoundTarget foundAgain(FoundTarget const& target, std::stop_token const& stop);
     bool closeMenu(FoundTarget const& target, ApplicationListing const& listing, std::stop_token const& stop);
     bool bringToFront(FoundTarget const& target, std::stop_token const& stop);
 

@@ -56,6 +56,8 @@ public:
     enum class Outcome { allAnswered, late, stopped };
     /// Until all is answered, or no later than the deadline: what is still open then is dropped.
     Outcome run(Deadline deadline, std::stop_token const& stop = {});
+    /// As `run`, for questions to the bus itself. Throws `AutomationError` where it is late.
+    void runOnBus(Deadline deadline, std::stop_token const& stop = {});
 
 private:
     struct State;

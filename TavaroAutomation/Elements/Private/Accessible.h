@@ -102,6 +102,7 @@ enum class State : unsigned {
     expanded = 10,
     focusable = 11,
     multiLine = 17,
+    selectable = 22,
     sensitive = 24,
     showing = 25,
     visible = 30,

@@ -164,6 +164,24 @@ TEST_F(GTK3Gallery, aClickGoesToNoOtherWindowThanItsElements) {
         << outcome;
 }
 
+TEST_F(GTK3Gallery, whatChangesWhileThePointerIsOnItsWayIsFollowedOrASentence) {
+    auto const clickSlowly = [this] {
+        automation->click({.target = {.app = app, .title = "Save", .role = "Button"}, .glide = 0.8, .hold = 0.05});
+    };
+    clickTitle("Move later");
+    clickSlowly();
+    EXPECT_TRUE(logsSoon("clicked Save"));
+    clickTitle("Rename later");
+    EXPECT_THAT(sentenceOf(clickSlowly), StartsWith("“Save” is gone")) << "though “Save As…” contains it";
+    clickTitle("Quit later");
+    automation->click({.target = {.app = app, .title = "Café"}, .glide = 0, .hold = 0});
+    auto const lateClick = [this] {
+        automation->click({.target = {.app = app, .title = "Café"}, .glide = 0.8, .hold = 0.05});
+    };
+    EXPECT_EQ(sentenceOf(lateClick), "Widget Gallery shows no window. Open it with ui_open_app.");
+    EXPECT_THAT(desktop->log(), Not(HasSubstr("clicked Save As…")));
+}
+
 TEST_F(GTK3Gallery, aProgramThatHangsCostsTwoSecondsAndThenSaysSo) {
     clickTitle("Freeze");
     ASSERT_TRUE(logsSoon("frozen"));

@@ -113,6 +113,18 @@ TEST_F(AccessibleTreeTest, aScrolledViewportOfGTK3IsWhereItsPaneIs) {
     EXPECT_THAT(names(walk(start(widgets, "Qt"))), ElementsAre("Window", ""));
 }
 
+TEST_F(AccessibleTreeTest, aLabelThatCanBeChosenFromAListIsARow) {
+    auto choice = widget(Role::label, "Choice");
+    choice.states.push_back(State::selectable);
+    auto const tree = walk(start({widget(Role::application, "app", {1}), widget(Role::frame, "Window", {2, 3}),
+                                  widget(Role::list, "", {4, 5}), widget(Role::panel, "", {6}), choice,
+                                  widget(Role::label, "Heading"), choice}));
+    std::vector<Role> roles;
+    for (auto const& node : tree.nodes) roles.push_back(node.role);
+    EXPECT_THAT(roles, ElementsAre(Role::frame, Role::list, Role::panel, Role::listItem, Role::label, Role::label));
+    EXPECT_EQ(tree.nodes[3].ownRole, Role::label);
+}
+
 TEST_F(AccessibleTreeTest, aMenuBarOfNoSizeIsReplacedByAnother) {
     auto replaced = widget(Role::menuBar, "", {4});
     replaced.extents = {0, 21, 800, 0};
@@ -189,6 +201,52 @@ TEST_F(AccessibleTreeTest, aHundredThousandRowsAreThoseThatShow) {
     EXPECT_THAT(tree.nodes, SizeIs(3 + 15));
     EXPECT_THAT(names(tree), AllOf(Contains("Row 100"), Contains("Row 114"), Not(Contains("Row 115"))));
     EXPECT_TRUE(tree.isComplete);
+}
+
+/// Lines of buttons, some of them closed, in panels.
+std::deque<FakeWidget> manyButtons(int lines, int inALine) {
+    std::deque<FakeWidget> widgets{widget(Role::application, "app", {1}), widget(Role::frame, "Window")};
+    for (int line = 0; line < lines; ++line) {
+        auto const panel = static_cast<int>(widgets.size());
+        widgets[1].children.push_back(panel);
+        widgets.push_back(line % 7 == 3 ? hidden(widget(Role::panel, "")) : widget(Role::panel, ""));
+        for (int i = 0; i < inALine; ++i) {
+            widgets[panel].children.push_back(static_cast<int>(widgets.size()));
+            widgets.push_back(widget(Role::pushButton, fmt::format("Button {}.{}", line, i)));
+        }
+    }
+    return widgets;
+}
+
+TEST_F(AccessibleTreeTest, aProgramThatSaysAllAtOnceIsReadAsOneThatDoesNot) {
+    auto widgets = manyButtons(30, 40);
+    auto const tree = walk(start(widgets));
+    widgets[0].saysAllAtOnce = true;
+    auto& program = start(widgets);
+    EXPECT_EQ(names(walk(program)), names(tree));
+    auto const last = static_cast<int>(widgets.size()) - 1;
+    EXPECT_EQ(program.asked(last, "GetExtents"), 1);
+    EXPECT_EQ(program.asked(last, "GetState") + program.asked(last, "Get"), 0);
+}
+
+TEST_F(AccessibleTreeTest, aHundredThousandWidgetsAreCutShortInTime) {
+    auto& program = start(manyButtons(100, 1000));
+    auto const tree = walk(program);
+    EXPECT_FALSE(tree.isComplete);
+    EXPECT_GT(tree.nodes.size(), 100U);
+    EXPECT_LT(took, 2500ms);
+}
+
+TEST_F(AccessibleTreeTest, aProgramThatTalksNonsenseIsReadAsFarAsItMakesSense) {
+    auto widgets = manyButtons(12, 6);
+    widgets[0].saysAllAtOnce = true;
+    for (std::size_t i = 4; i < widgets.size(); i += 3) widgets[i].talksNonsense = true;
+    auto& program = start(widgets);
+    for (int round = 0; round < 30; ++round) {
+        auto const tree = walk(program);
+        EXPECT_THAT(names(tree), Contains("Button 0.0"));
+        EXPECT_LT(took, 1s);
+    }
 }
 
 TEST_F(AccessibleTreeTest, aProgramThatHangsCostsNoMoreThanTheTimeGivenAndTheNextAnswers) {

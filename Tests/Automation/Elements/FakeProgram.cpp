@@ -4,9 +4,11 @@
 
 #include <array>
 #include <atomic>
+#include <climits>
 #include <cstdlib>
 #include <map>
 #include <mutex>
+#include <random>
 #include <string_view>
 #include <systemd/sd-bus.h>
 
@@ -35,6 +37,7 @@ struct FakeProgram::State {
     std::mutex mutable mutex;
     std::map<std::pair<int, std::string>, int> asked;
     int madeAnew = 0;
+    std::mt19937 random{1};
     std::unique_ptr<SerialQueue> queue;
 
     static int onMessage(sd_bus_message* message, void* data, sd_bus_error* /*error*/) {
@@ -45,6 +48,8 @@ struct FakeProgram::State {
     }
 
     int answer(sd_bus_message* message) {
+        bool const isForAll = sd_bus_message_is_method_call(message, "org.a11y.atspi.Cache", "GetItems") > 0;
+        if (isForAll && widgets[0].saysAllAtOnce) return sayAll(message);
         int const widget = widgetAt(sd_bus_message_get_path(message));
         if (widget < 0 || widget >= static_cast<int>(widgets.size())) return 0;
         auto const& it = widgets[static_cast<std::size_t>(widget)];
@@ -53,7 +58,9 @@ struct FakeProgram::State {
         count(widget, member);
         sd_bus_message* reply = nullptr;
         sd_bus_message_new_method_return(message, &reply);
-        if (member == "Get")
+        if (it.talksNonsense)
+            appendNonsense(reply);
+        else if (member == "Get")
             property(message, reply, it);
         else
             method(member, message, reply, widget);
@@ -62,14 +69,61 @@ struct FakeProgram::State {
         return 1;
     }
 
+    int sayAll(sd_bus_message* message) {
+        sd_bus_message* reply = nullptr;
+        sd_bus_message_new_method_return(message, &reply);
+        sd_bus_message_open_container(reply, 'a', "((so)(so)(so)iiassusau)");
+        for (int i = 0; i < static_cast<int>(widgets.size()); ++i) {
+            auto const& it = widgets[static_cast<std::size_t>(i)];
+            sd_bus_message_open_container(reply, 'r', "(so)(so)(so)iiassusau");
+            for (int const each : {i, 0, 0}) sd_bus_message_append(reply, "(so)", name.c_str(), pathOf(each).c_str());
+            sd_bus_message_append(reply, "ii", 0, childCountOf(it));
+            sd_bus_message_append(reply, "as", 1, "org.a11y.atspi.Accessible");
+            sd_bus_message_append(reply, "sus", it.name.c_str(), static_cast<std::uint32_t>(it.role), "");
+            appendStates(reply, it);
+            sd_bus_message_close_container(reply);
+        }
+        sd_bus_message_close_container(reply);
+        sd_bus_send(bus, reply, nullptr);
+        sd_bus_message_unref(reply);
+        return 1;
+    }
+
+    static int childCountOf(FakeWidget const& it) {
+        return it.childCount < 0 ? static_cast<int>(it.children.size()) : it.childCount;
+    }
+
+    static void appendStates(sd_bus_message* reply, FakeWidget const& it) {
+        std::array<std::uint32_t, 2> words{};
+        for (auto const state : it.states) {
+            auto const bit = static_cast<unsigned>(state);
+            words[bit / 32] |= 1U << bit % 32;
+        }
+        sd_bus_message_append_array(reply, 'u', words.data(), sizeof words);
+    }
+
+    void appendNonsense(sd_bus_message* reply) {
+        switch (random() % 10) {
+        case 0: break;
+        case 1: sd_bus_message_append(reply, "s", "nonsense"); break;
+        case 2: sd_bus_message_append(reply, "i", INT_MIN); break;
+        case 3: sd_bus_message_append(reply, "(iiii)", INT_MAX, INT_MIN, INT_MAX, INT_MAX); break;
+        case 4: sd_bus_message_append(reply, "a(so)", 2, "not a bus", "/a", ":1.999", "/org/a11y/atspi/null"); break;
+        case 5: sd_bus_message_append(reply, "au", 3, UINT_MAX, UINT_MAX, UINT_MAX); break;
+        case 6: sd_bus_message_append(reply, "u", static_cast<std::uint32_t>(random() % 140)); break;
+        case 7: sd_bus_message_append(reply, "v", "i", static_cast<int>(random() % 4000) - 2000); break;
+        case 8: sd_bus_message_append(reply, "(so)", name.c_str(), pathOf(random() % widgets.size()).c_str()); break;
+        default: appendAll(reply, {0, 1, static_cast<int>(random() % widgets.size())}); break;
+        }
+    }
+
     void property(sd_bus_message* message, sd_bus_message* reply, FakeWidget const& it) {
         char const *interface = nullptr, *key = nullptr;
         sd_bus_message_read(message, "ss", &interface, &key);
         std::string_view const name = key;
         if (name == "Name" && it.endsProgram) isOver = true;
         if (name == "ChildCount")
-            sd_bus_message_append(reply, "v", "i",
-                                  it.childCount < 0 ? static_cast<int>(it.children.size()) : it.childCount);
+            sd_bus_message_append(reply, "v", "i", childCountOf(it));
         else if (name == "Parent")
             sd_bus_message_append(reply, "v", "(so)", this->name.c_str(), pathOf(parentOf(it)).c_str());
         else
@@ -82,12 +136,7 @@ struct FakeProgram::State {
     void method(std::string_view member, sd_bus_message* message, sd_bus_message* reply, int widget) {
         auto const& it = widgets[static_cast<std::size_t>(widget)];
         if (member == "GetState") {
-            std::array<std::uint32_t, 2> words{};
-            for (auto const state : it.states) {
-                auto const bit = static_cast<unsigned>(state);
-                words[bit / 32] |= 1U << bit % 32;
-            }
-            sd_bus_message_append_array(reply, 'u', words.data(), sizeof words);
+            appendStates(reply, it);
         } else if (member == "GetRole") {
             sd_bus_message_append(reply, "u", static_cast<std::uint32_t>(it.role));
         } else if (member == "GetExtents") {

@@ -18,12 +18,14 @@ struct FakeWidget {
     atspi::Extents extents{0, 0, 100, 100};
     std::vector<atspi::State> states{atspi::State::showing, atspi::State::visible, atspi::State::sensitive};
     std::string description;
-    std::vector<int> children; // places in the program's list
-    int childCount = -1;       // what it says; as many as it has where negative
-    bool endsProgram = false;  // when it is asked for its name
-    bool isSilent = false;     // answers nothing
-    std::vector<int> labels;   // it is labelled by
-    bool isMadeAnew = false;   // has another object each time that it is found by a point
+    std::vector<int> children;  // places in the program's list
+    int childCount = -1;        // what it says; as many as it has where negative
+    bool endsProgram = false;   // when it is asked for its name
+    bool isSilent = false;      // answers nothing
+    std::vector<int> labels;    // it is labelled by
+    bool talksNonsense = false; // answers with values of any type but the right one, or with none
+    bool saysAllAtOnce = false; // as the program itself
+    bool isMadeAnew = false;    // has another object each time that it is found by a point
 };
 
 /// A program on the bus that answers for its widgets, the first of which is the program itself.

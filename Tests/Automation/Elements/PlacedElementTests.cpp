@@ -39,6 +39,7 @@ struct TestTree {
         tree.nodes.push_back({.address = {":1.1", fmt::format("/{}", index)},
                               .parent = parent,
                               .role = role,
+                              .ownRole = role,
                               .states = states,
                               .extents = extents,
                               .name = std::move(name)});
@@ -181,6 +182,21 @@ TEST(PlacedElement, anOpenListLiesOverItsWindow) {
     auto const main = window("Main", {100, 100, 400, 300});
     EXPECT_THAT(tree.visible({popup({110, 150, 200, 60}), main}), ElementsAre("Medium"));
     EXPECT_THAT(tree.visible({main}), ElementsAre("Small"));
+}
+
+TEST(PlacedElement, ofJavaTheContentsOfAWindowAndTheMenuAreBelievedNotTheWindowAndTheItems) {
+    TestTree tree(Toolkit::other);
+    auto const dialog = tree.add(-1, Role::dialog, "Sure?", {814, 490, 264, 113});
+    auto const contents = tree.add(dialog, Role::rootPane, "", {515, 312, 262, 90});
+    tree.add(contents, Role::pushButton, "Yes", {559, 362, 54, 27});
+    auto const menu = tree.add(contents, Role::popupMenu, "", {515, 333, 100, 46});
+    tree.add(menu, Role::menuItem, "First", {516, 315, 98, 21});
+    tree.add(menu, Role::menuItem, "Second", {516, 336, 98, 21});
+    std::map<std::string, UIRect> frames;
+    for (auto const& each : tree.placed({window("Sure?", {515, 312, 262, 90})})) frames[each.title] = each.frame;
+    EXPECT_EQ(frames["Yes"], (UIRect{559, 362, 54, 27}));
+    EXPECT_EQ(frames["First"], (UIRect{516, 335, 98, 21}));
+    EXPECT_EQ(frames["Second"], (UIRect{516, 356, 98, 21}));
 }
 
 TEST(PlacedElement, aDialogCoversTheWindowBehindIt) {

@@ -48,6 +48,23 @@ def ask(window):
     dialog.show_all()
 
 
+def later(line):
+    """What changes a moment after it was asked for: Save moves or is renamed, or the program ends."""
+
+    def act(change):
+        return lambda _: GLib.timeout_add(300, lambda: change() and False)
+
+    save = line.get_children()[0]
+    box = Gtk.Box(spacing=6)
+    for label, change in (
+        ("Move later", lambda: line.reorder_child(save, -1)),
+        ("Rename later", lambda: save.set_label("Store")),
+        ("Quit later", lambda: os._exit(0)),
+    ):
+        box.pack_start(button(label, act(change)), False, False, 0)
+    return box
+
+
 def fields():
     box = Gtk.Box(spacing=6)
     label = Gtk.Label(label="_Name:", use_underline=True)
@@ -115,7 +132,7 @@ def main():
         line.pack_start(each, False, False, 0)
     freeze = button("Freeze", lambda _: GLib.timeout_add(50, hang))
     line.pack_start(freeze, False, False, 0)
-    for each in (menus(), line, fields(), choices(), rows()) + ((buttons(count),) if count else ()):
+    for each in (menus(), line, later(line), fields(), choices(), rows()) + ((buttons(count),) if count else ()):
         box.pack_start(each, False, False, 0)
     window.add(box)
     window.show_all()
