@@ -36,6 +36,13 @@ void expectApp(UITarget const& target) {
     if (isNamed && target.app.empty()) refuseWithoutApp();
 }
 
+/// Of a click or a scroll; the point is read after what is its own.
+template<class Request> void readMotion(Request& request, ToolArguments const& arguments) {
+    request.target.point = point(arguments);
+    request.glide = arguments.number("glide", glideSeconds).value_or(request.glide);
+    request.hold = arguments.number("hold", holdSeconds).value_or(request.hold);
+}
+
 std::string shortcut(JSONValue const& key) try {
     auto const* const text = key.as<std::string>();
     parseShortcut(text ? *text : "");
@@ -67,9 +74,7 @@ UIClickRequest click(JSONValue::Object const& given) {
     expectApp(request.target);
     request.button = arguments.oneOf<UIMouseButton>("button").value_or(request.button);
     request.count = static_cast<int>(arguments.integer("count", {1, 3}).value_or(request.count));
-    request.target.point = point(arguments);
-    request.glide = arguments.number("glide", glideSeconds).value_or(request.glide);
-    request.hold = arguments.number("hold", holdSeconds).value_or(request.hold);
+    readMotion(request, arguments);
     return request;
 }
 
@@ -81,9 +86,7 @@ UIScrollRequest scroll(JSONValue::Object const& given) {
                             .right = arguments.number("right", pixels).value_or(0)};
     if (request.down == 0 && request.right == 0) refuseArguments("Give down and/or right, in pixels.");
     expectApp(request.target);
-    request.target.point = point(arguments);
-    request.glide = arguments.number("glide", glideSeconds).value_or(request.glide);
-    request.hold = arguments.number("hold", holdSeconds).value_or(request.hold);
+    readMotion(request, arguments);
     return request;
 }
 

@@ -1,8 +1,12 @@
 #include <TavaroAutomation/Applications/Private/ApplicationLookup.h>
 
+#include <TavaroAutomation/Applications/Private/LaunchCommand.h>
+#include <TavaroAutomation/Applications/Private/ProgramFile.h>
+
 #include <algorithm>
 #include <set>
 #include <string>
+#include <tuple>
 #include <unicode/unistr.h>
 
 namespace tavaro {
@@ -27,6 +31,7 @@ enum class NameFit { id, name, localizedName, windowClass, lastPart, program, no
 
 NameFit fitOf(DesktopEntry const& entry, std::string_view name) {
     std::string_view const id = entry.identity.bundleID;
+    if (isProgramFile(name)) return startsOnly(entry, name) ? NameFit::program : NameFit::none;
     if (isSame(id, withoutEnding(name))) return NameFit::id;
     if (isSame(entry.identity.name, name)) return NameFit::name;
     if (std::ranges::any_of(entry.localizedNames, [&](auto const& each) { return isSame(each, name); }))
@@ -36,24 +41,35 @@ NameFit fitOf(DesktopEntry const& entry, std::string_view name) {
     return isSame(programNamed(entry.exec), name) ? NameFit::program : NameFit::none;
 }
 
+bool isOf(x11::OpenWindow const& window, DesktopEntry const& entry) {
+    // The window of a terminal that an application runs in says that it is the terminal's.
+    bool const isKnownByLaunch = window.launch.isOwn || !window.isOfInstalled();
+    return window.application == entry.identity || (isKnownByLaunch && window.launch.entry == entry.identity.bundleID);
+}
+
 bool isOf(x11::OpenWindow const& window, DesktopEntry const* entry, std::string_view name) {
-    if (entry) return window.application == entry->identity || window.launchedAs == entry->identity.bundleID;
+    if (entry) return isOf(window, *entry);
+    if (isProgramFile(name)) return window.pid != 0 && runsFile(window.pid, name);
     auto const& names = window.windowClass;
     return isSame(window.application.name, name) || isSame(window.application.bundleID, withoutEnding(name)) ||
-           isSame(names.name, name) || isSame(window.launchedAs, withoutEnding(name)) || isSame(names.instance, name) ||
-           isSame(window.gtkApplicationID, name);
+           isSame(names.name, name) || isSame(window.launch.entry, withoutEnding(name)) ||
+           isSame(names.instance, name) || isSame(window.gtkApplicationID, name);
 }
 
 }
 
-DesktopEntry const* entryNamed(DesktopEntries const& entries, std::string_view name) {
+DesktopEntry const* entryNamed(DesktopEntries const& entries, std::string_view name,
+                               std::vector<x11::OpenWindow> const& open) {
     DesktopEntry const* best = nullptr;
-    std::pair bestFit{NameFit::none, true};
+    std::tuple bestRank{NameFit::none, true, true};
     for (auto const& entry : entries.all()) {
-        std::pair const fit{fitOf(entry, name), entry.isHidden};
-        if (fit.first == NameFit::none || (best && !(fit < bestFit))) continue;
+        auto const fit = fitOf(entry, name);
+        if (fit == NameFit::none) continue;
+        bool const isOpen = std::ranges::any_of(open, [&](auto const& window) { return isOf(window, entry); });
+        std::tuple const rank{fit, entry.isHidden, !isOpen};
+        if (best && !(rank < bestRank)) continue;
         best = &entry;
-        bestFit = fit;
+        bestRank = rank;
     }
     return best;
 }

@@ -2,12 +2,13 @@
 
 #include <TavaroAutomation/Applications/Private/ApplicationLookup.h>
 #include <TavaroAutomation/Applications/Private/LaunchCommand.h>
+#include <TavaroAutomation/Applications/Private/ProgramFile.h>
 #include <TavaroAutomation/Applications/Private/WindowControl.h>
 #include <TavaroAutomation/Errors/AutomationError.h>
 #include <TavaroCore/Errors/Excerpt.h>
 #include <TavaroPlatform/Processes/DetachedProcess.h>
 
-#include <algorithm>
+#include <filesystem>
 #include <fmt/format.h>
 #include <set>
 #include <unistd.h>
@@ -21,8 +22,9 @@ using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
 using x11::OpenWindow;
 
-// An office suite on a busy machine takes ten seconds the first time.
-constexpr auto longestStart = 30s;
+[[noreturn]] void failStart(std::string const& sentence) {
+    throw AutomationError(AutomationError::Kind::notStarted, sentence);
+}
 
 UIAppInfo infoOf(OpenWindow const& window, DesktopEntry const* entry) {
     auto const& identity = entry ? entry->identity : window.application;
@@ -39,27 +41,41 @@ public:
         for (auto const& window : x11::openWindows(connection)) known_.insert(window.window);
         auto const command = launchCommand(entry, start.display);
         process_ = DetachedProcess::start(command.words, command.variables, command.folder);
-        if (!process_) fail(fmt::format("{} could not be started.", entry.identity.name));
+        if (!process_) failStart(fmt::format("{} could not be started.", entry.identity.name));
     }
+    ~Starting() { start_.programs.add(*process_); }
+    Starting(Starting const&) = delete;
+    Starting& operator=(Starting const&) = delete;
 
     OpenWindow window() {
         std::optional<OpenWindow> found;
-        x11::waitUntil(Clock::now() + longestStart, start_.stop, [&] {
+        x11::waitUntil(Clock::now() + start_.longest, start_.stop, [&] {
             found = newWindow();
-            return found || hasFailed();
+            return found || process_->hasFailed() || hasGone();
         });
         if (found) return *found;
-        if (hasFailed()) fail(fmt::format("{} ended before it showed a window.", entry_.identity.name));
-        fail(fmt::format("{} was started but has shown no window for {} seconds.", entry_.identity.name,
-                         longestStart.count()));
+        failStart(whatCameOfIt());
     }
 
 private:
-    [[noreturn]] static void fail(std::string const& sentence) {
-        throw AutomationError(AutomationError::Kind::notStarted, sentence);
+    std::string whatCameOfIt() {
+        auto const& name = entry_.identity.name;
+        if (process_->hasFailed()) return fmt::format("{} ended before it showed a window.", name);
+        if (endedAt_) {
+            return fmt::format("{} ended without a window, as a program does that runs already: on another display, "
+                               "or without one.",
+                               name);
+        }
+        return fmt::format("{} was started but has shown no window for {} seconds.", name, start_.longest / 1.0s);
     }
 
-    bool hasFailed() { return process_->hasFailed(); }
+    /// Whether all of it has ended, for longer than another that it may have told takes to show a window.
+    bool hasGone() {
+        bool const isOver = process_->hasEnded() && !isSessionAlive(process_->process());
+        if (!isOver) endedAt_.reset();
+        if (isOver && !endedAt_) endedAt_ = Clock::now();
+        return isOver && Clock::now() - *endedAt_ > start_.longestAfterEnd;
+    }
 
     std::optional<OpenWindow> newWindow() {
         auto const all = x11::openWindows(connection_);
@@ -82,6 +98,7 @@ private:
     ApplicationStart const& start_;
     std::set<xcb_window_t> known_;
     std::optional<DetachedProcess> process_;
+    std::optional<Clock::time_point> endedAt_;
 };
 
 /// A window may grow or be replaced while its program starts; what is in front then counts.
@@ -89,30 +106,37 @@ OpenWindow inFront(x11::Connection& connection, OpenWindow window, std::stop_tok
     for (int attempt = 0; attempt < 3 && !x11::bringToFront(connection, window, stop); ++attempt) {
         std::vector<OpenWindow> own;
         for (auto const& other : x11::openWindows(connection)) {
-            if (other.pid == window.pid) own.push_back(other);
+            if (other.window == window.window || (other.pid != 0 && other.pid == window.pid)) own.push_back(other);
         }
         if (auto const front = frontWindow(own)) window = *front;
     }
     return x11::openWindow(connection, x11::topLevel(connection, window.window)).value_or(window);
 }
 
+/// What is to be started.
+DesktopEntry entryToStart(DesktopEntry const* installed, std::string const& name) {
+    if (installed) return *installed;
+    std::error_code code;
+    if (isProgramFile(name) && std::filesystem::is_regular_file(name, code))
+        return entryOfFile(std::filesystem::absolute(name, code));
+    throw AutomationError(AutomationError::Kind::noSuchProgram,
+                          fmt::format("There is no application “{}”: give its name as menus show it, or its desktop "
+                                      "id, such as org.gnome.TextEditor.",
+                                      excerpt(name)));
+}
+
 }
 
 UIAppInfo openApplication(x11::Connection& connection, ApplicationStart const& start) {
     DesktopEntries const entries(DesktopEntries::usualFolders());
-    auto const* const entry = entryNamed(entries, start.name);
-    if (auto const open = frontWindow(windowsOf(x11::openWindows(connection), entry, start.name)))
-        return infoOf(inFront(connection, *open, start.stop), entry);
-    if (!entry) {
-        throw AutomationError(
-            AutomationError::Kind::noSuchProgram,
-            fmt::format("There is no application “{}”: give its name as menus show it, or its desktop "
-                        "id, such as org.gnome.TextEditor.",
-                        excerpt(start.name)));
-    }
-    auto const window = Starting(connection, *entry, start).window();
+    auto const open = x11::openWindows(connection);
+    auto const* const installed = entryNamed(entries, start.name, open);
+    if (auto const front = frontWindow(windowsOf(open, installed, start.name)))
+        return infoOf(inFront(connection, *front, start.stop), installed);
+    auto const entry = entryToStart(installed, start.name);
+    auto const window = Starting(connection, entry, start).window();
     x11::waitUntilPainted(connection, window.window, start.stop);
-    return infoOf(inFront(connection, window, start.stop), entry);
+    return infoOf(inFront(connection, window, start.stop), installed);
 }
 
 }

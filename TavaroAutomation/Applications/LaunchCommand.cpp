@@ -31,8 +31,21 @@ bool isBrowser(fs::path const& file) {
     for (auto const& name : {file.filename().string(), program.filename().string()}) {
         if (name.starts_with("chrom") || name.starts_with("google-chrome")) return true;
     }
+    auto const hasResources = [&](fs::path const& folder) {
+        return fs::exists(folder / "chrome_crashpad_handler", code) ||
+               fs::exists(folder / "chrome_100_percent.pak", code);
+    };
     auto const folder = program.parent_path();
-    return fs::exists(folder / "chrome_crashpad_handler", code) || fs::exists(folder / "chrome_100_percent.pak", code);
+    return hasResources(folder) || hasResources(folder.parent_path()); // a script that starts it may be in bin
+}
+
+/// The place of the program among the words of a command: after "env" and the variables that it sets.
+std::size_t programPlace(std::vector<std::string> const& words) {
+    if (fs::path(words.front()).filename() != "env") return 0;
+    auto const program = std::find_if(words.begin() + 1, words.end(), [](std::string const& word) {
+        return word.find('=') == std::string::npos && !word.starts_with('-');
+    });
+    return program == words.end() ? 0 : static_cast<std::size_t>(program - words.begin());
 }
 
 [[noreturn]] void failMissing(DesktopEntry const& entry, std::string const& program) {
@@ -46,6 +59,18 @@ fs::path terminalProgram(DesktopEntry const& entry) {
         if (auto file = findProgram(name)) return *file;
     }
     failMissing(entry, "xterm");
+}
+
+/// Puts the program's file for its name, and the flag that it needs after it.
+void findPrograms(std::vector<std::string>& words, DesktopEntry const& entry) {
+    auto const place = programPlace(words);
+    for (auto const each : {std::size_t{0}, place}) {
+        auto const file = fileOf(words[each]);
+        if (!file) failMissing(entry, words[each]);
+        words[each] = file->string();
+    }
+    if (isBrowser(words[place]))
+        words.insert(words.begin() + static_cast<std::ptrdiff_t>(place) + 1, "--force-renderer-accessibility");
 }
 
 std::vector<std::string> variablesFor(DesktopEntry const& entry, std::string const& display) {
@@ -101,14 +126,28 @@ std::vector<std::string> wordsOfExec(std::string_view exec) {
     return isQuoted ? std::vector<std::string>() : words;
 }
 
+DesktopEntry entryOfFile(fs::path const& file) {
+    std::string quoted;
+    for (char const c : file.string()) {
+        if (std::string_view("\"`$\\").find(c) != std::string_view::npos) quoted += '\\';
+        quoted += c == '%' ? "%%" : std::string(1, c);
+    }
+    auto const name = file.filename().string();
+    return {.identity = {name, name}, .exec = '"' + quoted + '"'};
+}
+
+bool startsOnly(DesktopEntry const& entry, fs::path const& file) {
+    auto const words = wordsOfExec(entry.exec);
+    auto const program = words.size() == 1 ? fileOf(words.front()) : std::nullopt;
+    std::error_code code;
+    return program && fs::equivalent(*program, file, code);
+}
+
 LaunchCommand launchCommand(DesktopEntry const& entry, std::string const& display) {
     if (!entry.tryExec.empty() && !fileOf(entry.tryExec)) failMissing(entry, entry.tryExec);
     LaunchCommand command{.words = wordsOfExec(entry.exec), .variables = variablesFor(entry, display)};
     if (command.words.empty()) failMissing(entry, "");
-    auto const file = fileOf(command.words.front());
-    if (!file) failMissing(entry, command.words.front());
-    command.words.front() = file->string();
-    if (isBrowser(*file)) command.words.insert(command.words.begin() + 1, "--force-renderer-accessibility");
+    findPrograms(command.words, entry);
     if (entry.isInTerminal) command.words.insert(command.words.begin(), {terminalProgram(entry).string(), "-e"});
     if (!entry.folder.empty()) command.folder = entry.folder;
     return command;

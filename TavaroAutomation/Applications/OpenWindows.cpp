@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <unistd.h>
 
 namespace tavaro::x11 {
 
@@ -33,16 +34,19 @@ std::string titleOf(Connection& connection, xcb_window_t window) {
     return title.empty() ? connection.text(window, "WM_NAME") : title;
 }
 
-/// Launchers leave the entry's name in the variables of what they start.
-std::string launchedAs(int pid) {
+/// Launchers leave the entry's name, and for which process, in the variables of what they start. Whatever that starts
+/// has them too. A program that was started here is the first of its session.
+OpenWindow::Launch launchOf(int pid) {
     constexpr std::size_t most = 1U << 20;
-    constexpr std::string_view variable = "GIO_LAUNCHED_DESKTOP_FILE=";
+    constexpr std::string_view entry = "GIO_LAUNCHED_DESKTOP_FILE=", process = "GIO_LAUNCHED_DESKTOP_FILE_PID=";
     std::ifstream file("/proc/" + std::to_string(pid) + "/environ", std::ios::binary);
+    OpenWindow::Launch result{.isOwn = ::getsid(pid) == pid};
     std::string each;
     for (std::size_t read = 0; read < most && std::getline(file, each, '\0'); read += each.size() + 1) {
-        if (each.starts_with(variable)) return std::filesystem::path(each.substr(variable.size())).stem().string();
+        if (each.starts_with(entry)) result.entry = std::filesystem::path(each.substr(entry.size())).stem().string();
+        if (each.starts_with(process) && each.substr(process.size()) == std::to_string(pid)) result.isOwn = true;
     }
-    return {};
+    return result;
 }
 
 bool isMinimized(Connection& connection, xcb_window_t window) {
@@ -78,8 +82,7 @@ std::optional<OpenWindow> openWindow(Connection& connection, xcb_window_t topLev
                       .isPopup = isPopup,
                       .isMinimized = isIcon,
                       .isSplash = hasType(connection, window, {"_NET_WM_WINDOW_TYPE_SPLASH"})};
-    bool const isInstalled = result.application.bundleID != result.windowClass.name;
-    if (!isInstalled && result.pid != 0) result.launchedAs = launchedAs(result.pid);
+    if (result.pid != 0) result.launch = launchOf(result.pid);
     return result;
 }
 

@@ -8,6 +8,7 @@
 #include <cstring>
 #include <set>
 #include <thread>
+#include <utility>
 
 namespace tavaro::x11 {
 
@@ -40,6 +41,16 @@ void raise(Connection& connection, OpenWindow const& window) {
     std::uint32_t const above = XCB_STACK_MODE_ABOVE;
     xcb_configure_window(connection.get(), window.topLevel, XCB_CONFIG_WINDOW_STACK_MODE, &above);
     xcb_set_input_focus(connection.get(), XCB_INPUT_FOCUS_PARENT, window.window, XCB_CURRENT_TIME);
+}
+
+/// Window managers grow a window from its icon step by step.
+void waitUntilStill(Connection& connection, xcb_window_t window, std::stop_token const& stop) {
+    std::optional<PixelRect> before;
+    auto const isStill = [&] {
+        auto const now = frameOf(connection, topLevel(connection, window));
+        return std::exchange(before, now) == now && now;
+    };
+    waitUntil(Clock::now() + 1s, stop, isStill, 80ms);
 }
 
 /// The pixels of some of its rows; empty when it is gone or not shown.
@@ -96,10 +107,12 @@ bool bringToFront(Connection& connection, OpenWindow const& window, std::stop_to
     else
         askToActivate(connection, window.window);
     connection.synchronize();
-    return waitUntil(Clock::now() + 1s, stop, [&] {
+    bool const isActive = waitUntil(Clock::now() + 1s, stop, [&] {
         auto const active = activeWindow(connection);
         return active == window.window || active == window.topLevel;
     });
+    if (window.isMinimized) waitUntilStill(connection, window.window, stop);
+    return isActive;
 }
 
 void waitUntilPainted(Connection& connection, xcb_window_t window, std::stop_token const& stop) {

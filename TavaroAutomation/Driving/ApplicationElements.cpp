@@ -60,7 +60,7 @@ AccessibilityBus& ApplicationElements::bus() {
 
 OpenApplication ApplicationElements::find(std::string const& app) {
     auto const all = x11::openWindows(connection_);
-    auto const* const entry = entryNamed(DesktopEntries::installed(), app);
+    auto const* const entry = entryNamed(DesktopEntries::installed(), app, all);
     auto own = windowsOf(all, entry, app);
     if (!frontWindow(own)) own = windowsOf(all, nullptr, app);
     auto const name = entry ? entry->identity.name : excerpt(app);

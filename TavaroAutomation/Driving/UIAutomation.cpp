@@ -70,6 +70,7 @@ struct UIAutomation::State {
     std::string display;
     x11::Connection connection;
     TargetSearch search;
+    StartedPrograms programs;
     std::unique_ptr<Pointer> pointer_;
 };
 
@@ -77,7 +78,8 @@ UIAutomation::UIAutomation(std::string const& display) : state_(std::make_unique
 UIAutomation::~UIAutomation() = default;
 
 UIAppInfo UIAutomation::openApp(std::string const& app, std::stop_token const& stop) {
-    return openApplication(state_->connection, {.name = app, .display = state_->display, .stop = stop});
+    return openApplication(state_->connection,
+                           {.name = app, .display = state_->display, .programs = state_->programs, .stop = stop});
 }
 
 UIElementListing UIAutomation::elements(UIElementsRequest const& request, std::stop_token const& stop) {
@@ -123,6 +125,11 @@ UIPicture UIAutomation::screenshot(UIScreenshotRequest const& request, std::stop
     std::string name;
     if (!request.app.empty()) {
         auto const application = state_->search.application(request.app);
+        if (application.front.isMinimized) {
+            throw AutomationError(
+                AutomationError::Kind::noWindow,
+                fmt::format("The window of {} is minimised. Call ui_open_app to bring it back.", application.name));
+        }
         wanted.window = application.front.window;
         name = fmt::format("{} — {}", application.name, excerpt(application.front.title));
     }

@@ -19,6 +19,11 @@ struct LaunchCommand {
     std::filesystem::path folder = "/";
 };
 
+/// The entry of a program that is named by its file, as if it were installed.
+DesktopEntry entryOfFile(std::filesystem::path const& file);
+/// Whether the entry's command is that program and nothing else.
+bool startsOnly(DesktopEntry const& entry, std::filesystem::path const& file);
+
 /// Throws `AutomationError` where the program is not there. `display` (":0") is given to it unless empty.
 LaunchCommand launchCommand(DesktopEntry const& entry, std::string const& display);
 

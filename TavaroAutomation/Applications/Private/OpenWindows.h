@@ -11,6 +11,13 @@
 namespace tavaro::x11 {
 
 struct OpenWindow {
+    /// By which desktop id its program was started; empty where nobody left that. What is not its own may be that of
+    /// a terminal that it was started from.
+    struct Launch {
+        std::string entry;
+        bool isOwn = false;
+    };
+
     xcb_window_t window = XCB_NONE;   // its contents
     xcb_window_t topLevel = XCB_NONE; // with the window manager's frame
     int pid = 0;                      // 0 where it does not say
@@ -18,12 +25,15 @@ struct OpenWindow {
     WindowClass windowClass;
     ApplicationIdentity application; // as the desktop calls it
     std::string gtkApplicationID;    // what a GTK program calls itself: "org.gnome.TextEditor"
-    std::string launchedAs;          // the desktop id that its program was started by, where nothing else tells
-    UIRect contents;                 // without the window manager's frame
-    UIRect frame;                    // as people see the window
-    bool isPopup = false;            // a menu, a list, a tooltip: the window manager leaves it alone
+    Launch launch;
+    UIRect contents;      // without the window manager's frame
+    UIRect frame;         // as people see the window
+    bool isPopup = false; // a menu, a list, a tooltip: the window manager leaves it alone
     bool isMinimized = false;
     bool isSplash = false; // that a program shows while it starts
+
+    /// Whether the desktop has an entry for what the window says of itself.
+    bool isOfInstalled() const { return application.bundleID != windowClass.name; }
 };
 
 /// Frontmost first, popups too; without desktops, docks and tooltips.

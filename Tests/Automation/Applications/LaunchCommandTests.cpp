@@ -3,6 +3,7 @@
 #include <TavaroAutomation/Applications/Private/ApplicationLookup.h>
 #include <TavaroAutomation/Applications/Private/LaunchCommand.h>
 #include <TavaroAutomation/Errors/AutomationError.h>
+#include <TavaroPlatform/Processes/DetachedProcess.h>
 
 #include <fstream>
 #include <gmock/gmock.h>
@@ -34,7 +35,7 @@ protected:
     }
     std::string named(std::string const& name) const {
         DesktopEntries const entries({folder.path() / "entries"});
-        auto const* const found = entryNamed(entries, name);
+        auto const* const found = entryNamed(entries, name, {});
         return found ? found->identity.bundleID : "none";
     }
 
@@ -65,6 +66,11 @@ TEST_F(InstalledPrograms, areStartedSoThatTheyTellOfTheirWidgets) {
     EXPECT_THAT(launchCommand({.exec = plain + " --new"}, "").words, ElementsAre(plain, "--new"));
     EXPECT_THAT(launchCommand({.exec = browser + " x"}, "").words, ElementsAre(browser, flag, "x"));
     EXPECT_THAT(launchCommand({.exec = chromium}, "").words, ElementsAre(chromium, flag));
+    EXPECT_THAT(launchCommand({.exec = "env A=b C=d " + chromium + " %U"}, "").words,
+                ElementsAre(findProgram("env")->string(), "A=b", "C=d", chromium, flag));
+    program("suite/chrome_100_percent.pak");
+    auto const script = program("suite/bin/code");
+    EXPECT_THAT(launchCommand({.exec = script}, "").words, ElementsAre(script, flag)) << "a script beside the browser";
     auto const command = launchCommand({.exec = plain, .folder = "/opt"}, ":7");
     EXPECT_EQ(command.folder, "/opt");
     EXPECT_THAT(command.variables, Contains("DISPLAY=:7"));
@@ -92,10 +98,41 @@ TEST_F(InstalledPrograms, areFoundByEachOfTheirNames) {
     EXPECT_EQ(named(""), "none");
 }
 
+TEST_F(InstalledPrograms, areFoundByTheirFileWhereAnEntryStartsNothingElse) {
+    auto const editor = program("bin/my \"editor\" 100%"), office = program("bin/office");
+    entry("office-writer", "Name=Words\nExec=" + office + " --writer");
+    entry("office-start", "Name=Office\nExec=" + office + " %U");
+    EXPECT_EQ(named(office), "office-start");
+    EXPECT_EQ(named(editor), "none");
+    EXPECT_THAT(launchCommand(entryOfFile(editor), "").words, ElementsAre(editor)) << "as it is, whatever is in it";
+}
+
+TEST_F(InstalledPrograms, ofOneNameTheOpenOneIsMeant) {
+    entry("first", "Name=Twin\nExec=a");
+    entry("second", "Name=Twin\nExec=b");
+    DesktopEntries const entries({folder.path() / "entries"});
+    std::string const byDefault = entryNamed(entries, "Twin", {})->identity.bundleID;
+    std::string const other = byDefault == "first" ? "second" : "first";
+    EXPECT_EQ(entryNamed(entries, "Twin", {window(5, "Win", {other, "Twin"})})->identity.bundleID, other);
+}
+
+TEST_F(InstalledPrograms, haveTheWindowsOfTheTerminalTheyRunIn) {
+    entry("monitor", "Name=Monitor\nExec=mon\nTerminal=true");
+    DesktopEntries const entries({folder.path() / "entries"});
+    auto const* const monitor = entryNamed(entries, "Monitor", {});
+    auto terminal = window(5, "XTerm", {"xterm", "Terminal"});
+    terminal.launch = {.entry = "monitor", .isOwn = true};
+    auto startedInside = window(6, "Editor", {"org.editor", "Editor"});
+    startedInside.launch = {.entry = "monitor"}; // by its variables, which it has from the terminal
+    auto const own = windowsOf({startedInside, terminal}, monitor, "Monitor");
+    ASSERT_EQ(own.size(), 1u);
+    EXPECT_EQ(own.front().pid, 5);
+}
+
 TEST_F(InstalledPrograms, haveTheWindowsOfTheirProcesses) {
     entry("org.text.Writer", "Name=Text Writer\nExec=/opt/wordy %U");
     DesktopEntries const entries({folder.path() / "entries"});
-    auto const* const writer = entryNamed(entries, "Text Writer");
+    auto const* const writer = entryNamed(entries, "Text Writer", {});
     auto menu = window(5, "", {});
     menu.isPopup = true;
     auto splash = window(5, "Wordy", writer->identity);
@@ -110,7 +147,7 @@ TEST_F(InstalledPrograms, haveTheWindowsOfTheirProcesses) {
     EXPECT_TRUE(frontWindow({menu, splash, icon})->isMinimized) << "an icon is a window that can be raised";
     EXPECT_FALSE(frontWindow({menu, splash}));
     auto started = window(7, "script.py", {"script.py", "script.py"});
-    started.launchedAs = "org.text.Writer";
+    started.launch.entry = "org.text.Writer";
     EXPECT_EQ(windowsOf({started}, writer, "Text Writer").size(), 1u);
     EXPECT_EQ(windowsOf(all, nullptr, "OTHER").size(), 1u);
     EXPECT_THAT(windowsOf(all, nullptr, "none"), IsEmpty());
