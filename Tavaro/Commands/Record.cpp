@@ -167,9 +167,9 @@ private:
             line_->text("goes on. Throw this take away? y does, any other key does not.");
         else if (state.isAsking)
             line_->text("the desktop asks what to share. Ctrl-C gives up.");
-        else if (state.phase == RecorderPhase::countdown)
-            line_->text(state.countdown > 0 ? fmt::format("begins in {}.", state.countdown) : "begins.");
-        else
+        else if (state.countdown > 0)
+            line_->text(fmt::format("begins in {}.", state.countdown));
+        else if (state.phase != RecorderPhase::countdown)
             line_->text(stateOf(state) + (keys_ && keys_->areThere() ? orders(state) : " Ctrl-C ends the take."));
     }
 
