@@ -54,7 +54,7 @@ std::vector<UIElement> ApplicationListing::asElements() const {
 }
 
 AccessibilityBus& ApplicationElements::bus() {
-    if (!bus_) bus_ = std::make_unique<AccessibilityBus>(display_);
+    if (!bus_ || !bus_->isOpen()) bus_ = std::make_unique<AccessibilityBus>(display_);
     return *bus_;
 }
 
@@ -114,17 +114,12 @@ std::vector<Address> ApplicationElements::programsOf(OpenApplication const& appl
 ApplicationListing ApplicationElements::list(OpenApplication const& application, std::stop_token const& stop) {
     auto const deadline = Clock::now() + longestWalk;
     ApplicationListing listing;
-    try {
-        for (auto const& program : programsOf(application, stop, deadline)) {
-            auto const tree = walkTree(bus(), program, deadline, stop);
-            auto placed = placedElements(tree, application.windows, screenOf(connection_));
-            listing.isComplete = listing.isComplete && tree.isComplete;
-            listing.saysAnything = listing.saysAnything || !tree.nodes.empty();
-            std::ranges::move(placed, std::back_inserter(listing.elements));
-        }
-    } catch (AutomationError const&) {
-        bus_.reset(); // it may be another one the next time
-        throw;
+    for (auto const& program : programsOf(application, stop, deadline)) {
+        auto const tree = walkTree(bus(), program, deadline, stop);
+        auto placed = placedElements(tree, application.windows, screenOf(connection_));
+        listing.isComplete = listing.isComplete && tree.isComplete;
+        listing.saysAnything = listing.saysAnything || !tree.nodes.empty();
+        std::ranges::move(placed, std::back_inserter(listing.elements));
     }
     expectNotStopped(stop);
     return listing;

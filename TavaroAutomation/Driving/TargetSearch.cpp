@@ -10,6 +10,7 @@
 #include <chrono>
 #include <fmt/format.h>
 #include <fmt/ranges.h>
+#include <set>
 
 namespace tavaro {
 
@@ -21,6 +22,8 @@ using atspi::PlacedElement;
 
 // How long after its window a program's widgets are there: a page's come 0.7 s later, a busy machine's more.
 constexpr auto patience = 2500ms;
+constexpr auto layingOut = 700ms;   // that a window takes which was an icon
+constexpr auto closing = 500ms;     // that a menu takes on a busy machine
 constexpr auto betweenLooks = 40ms; // a program that is asked without a pause gets nothing else done
 
 std::string inQuotes(std::string_view title) { return fmt::format("“{}”", excerpt(title)); }
@@ -28,6 +31,19 @@ std::string inQuotes(std::string_view title) { return fmt::format("“{}”", ex
 /// What a sentence calls an element.
 std::string nameOf(UIElement const& element) {
     return element.title.empty() ? fmt::format("The {} {}", element.role, element.id) : inQuotes(element.title);
+}
+
+/// Whoever holds it gets all clicks: menus do that, and drags.
+bool isPointerGrabbed(x11::Connection& connection) {
+    auto const grab = connection.ask<xcb_grab_pointer, xcb_grab_pointer_reply>(
+        std::uint8_t{0}, connection.root(), std::uint16_t{0}, std::uint8_t{XCB_GRAB_MODE_ASYNC},
+        std::uint8_t{XCB_GRAB_MODE_ASYNC}, xcb_window_t{XCB_NONE}, xcb_cursor_t{XCB_NONE},
+        xcb_timestamp_t{XCB_CURRENT_TIME});
+    if (grab && grab->status == XCB_GRAB_STATUS_SUCCESS) {
+        xcb_ungrab_pointer(connection.get(), XCB_CURRENT_TIME);
+        connection.synchronize();
+    }
+    return grab && grab->status == XCB_GRAB_STATUS_ALREADY_GRABBED;
 }
 
 [[noreturn]] void fail(AutomationError::Kind kind, std::string const& sentence) {
@@ -69,10 +85,12 @@ PlacedElement const* matching(UITarget const& target, ApplicationListing const& 
     return found == all.end() ? nullptr : &*found;
 }
 
-bool hasOpenMenu(ApplicationListing const& listing) {
-    return std::ranges::any_of(listing.elements, [](PlacedElement const& each) {
-        return each.isInPopup && each.element.isVisible && each.element.role == "MenuItem";
-    });
+std::set<xcb_window_t> menusIn(ApplicationListing const& listing) {
+    std::set<xcb_window_t> result;
+    for (auto const& each : listing.elements) {
+        if (each.isInPopup && each.element.isVisible && each.element.role == "MenuItem") result.insert(each.window);
+    }
+    return result;
 }
 
 }
@@ -95,8 +113,16 @@ UIElementListing TargetSearch::list(std::string const& app, std::stop_token cons
 FoundTarget TargetSearch::find(UITarget const& target, Purpose purpose, std::stop_token const& stop) {
     auto found = look(target, purpose, stop);
     // Each may change what shows, and where.
-    if (closeMenu(found, listing_, stop)) found = look(target, purpose, stop);
-    if (bringToFront(found, stop)) found = look(target, purpose, stop);
+    if (closeMenus(found, stop)) found = look(target, purpose, stop);
+    if (bringToFront(found, stop)) {
+        x11::waitUntil(
+            Clock::now() + layingOut, stop,
+            [&] {
+                found = look(target, purpose, stop);
+                return found.placed.element.isVisible;
+            },
+            betweenLooks);
+    }
     auto const& element = found.placed.element;
     if (purpose == Purpose::scroll) return found;
     if (!element.isEnabled) fail(AutomationError::Kind::disabled, nameOf(element) + " is disabled right now.");
@@ -125,22 +151,29 @@ FoundTarget TargetSearch::look(UITarget const& target, Purpose purpose, std::sto
     return {.wanted = target, .purpose = purpose, .application = std::move(application), .placed = *found};
 }
 
-/// A menu that is open takes every click beside it for itself, and one that is glided over opens by itself and is
-/// closed by the click.
-bool TargetSearch::closeMenu(FoundTarget const& target, ApplicationListing const& listing,
-                             std::stop_token const& stop) {
-    if (target.placed.isInPopup || !hasOpenMenu(listing)) return false;
+/// A menu that is open, of whichever program, takes every click beside it for itself, and one that is glided over opens
+/// by itself and is closed by the click.
+bool TargetSearch::closeMenus(FoundTarget const& target, std::stop_token const& stop) {
+    if (target.placed.isInPopup) return false;
+    auto const menus = menusIn(listing_);
+    auto const isOpen = [&] {
+        return isPointerGrabbed(connection_) ||
+               std::ranges::any_of(menus, [&](auto menu) { return x11::isViewable(connection_, menu); });
+    };
+    if (!isOpen()) return false;
+    auto const popups = [&] { return std::ranges::count_if(x11::openWindows(connection_), &x11::OpenWindow::isPopup); };
     constexpr int mostLevels = 4;
     Typist typist(display_);
     for (int level = 0; level < mostLevels; ++level) {
+        auto const before = popups();
         typist.press(parseShortcut("esc"), stop);
-        bool const isClosed = x11::waitUntil(Clock::now() + 150ms, stop, [&] {
-            auto const windows = applications_.find(target.application.asked).windows;
-            return std::ranges::none_of(windows, &x11::OpenWindow::isPopup);
-        });
-        if (isClosed) break;
+        // One level at a time: what is pressed too often goes to the window behind.
+        x11::waitUntil(Clock::now() + closing, stop, [&] { return !isOpen() || popups() < before; });
+        if (!isOpen()) return true;
     }
-    return true;
+    fail(AutomationError::Kind::notShown,
+         fmt::format("{} cannot be clicked while a menu or another program holds the pointer: close that, then click.",
+                     nameOf(target.placed.element)));
 }
 
 bool TargetSearch::bringToFront(FoundTarget const& target, std::stop_token const& stop) {

@@ -220,13 +220,17 @@ struct AccessibilityBus::State {
         question->answered(answer);
     }
 
-    /// Answers that come later find nobody.
+    /// Answers that come later find nobody, and what was not asked yet is not asked any more.
     void dropAll() {
         waiting.clear();
         bus.reset();
         open.clear();
         underWay = 0;
-        bus = opened(address);
+    }
+
+    [[noreturn]] void lose(std::string const& reason) {
+        dropAll();
+        failToConnect(reason);
     }
 
     std::string address;
@@ -344,22 +348,25 @@ void AccessibilityBus::programs(Then<std::vector<Address>> then) {
     children({"org.a11y.atspi.Registry", rootPath}, std::move(then));
 }
 
+bool AccessibilityBus::isOpen() const { return state_->bus && sd_bus_is_open(state_->bus.get()) > 0; }
+
 AccessibilityBus::Outcome AccessibilityBus::run(Deadline deadline, std::stop_token const& stop) {
     constexpr Microseconds glance = std::chrono::milliseconds(20); // how soon a stop is seen
     while (true) {
         state_->send(deadline);
         if (state_->underWay == 0 && state_->waiting.empty()) {
             // A bus that goes away answers all that is open by a failure.
-            if (sd_bus_is_open(state_->bus.get()) <= 0) failToConnect("the accessibility bus went away.");
+            if (sd_bus_is_open(state_->bus.get()) <= 0) state_->lose("the accessibility bus went away.");
             return Outcome::allAnswered;
         }
         bool const isStopped = stop.stop_requested();
         if (isStopped || std::chrono::steady_clock::now() >= deadline) {
             state_->dropAll();
+            state_->bus = opened(state_->address);
             return isStopped ? Outcome::stopped : Outcome::late;
         }
         int const code = sd_bus_process(state_->bus.get(), nullptr);
-        if (code < 0) failToConnect(fmt::format("the accessibility bus went away ({}).", errorText(code)));
+        if (code < 0) state_->lose(fmt::format("the accessibility bus went away ({}).", errorText(code)));
         if (code == 0) sd_bus_wait(state_->bus.get(), glance.count());
     }
 }

@@ -39,16 +39,7 @@ public:
 
     AccessibleTree run(Address const& program) {
         program_ = program;
-        bus_.toolkitName(program, [this](auto const& name) { toolkit_ = toolkitNamed(name.value_or("")); });
-        isComplete_ = hasAnswered();
-        bus_.children(program, [this](auto const& windows) {
-            if (!windows) isComplete_ = false;
-            for (auto const& window : windows.value_or(std::vector<Address>{})) visit(window, -1);
-        });
-        do isComplete_ = isComplete_ && hasAnswered();
-        while (isComplete_ && searchCrowds());
-        if (isComplete_) findTitles();
-        isComplete_ = isComplete_ && hasAnswered();
+        isAnswered_ = walk();
         return collected();
     }
 
@@ -66,6 +57,22 @@ private:
         int crowd = -1;                // of the list, where its children are found by points
         std::optional<TitleSource> titleSource;
     };
+
+    /// False as soon as the program is late. Nothing may be asked then: the answer would find nobody.
+    bool walk() {
+        bus_.toolkitName(program_, [this](auto const& name) { toolkit_ = toolkitNamed(name.value_or("")); });
+        if (!hasAnswered()) return false;
+        bus_.children(program_, [this](auto const& windows) {
+            if (!windows) isCutShort_ = true;
+            for (auto const& window : windows.value_or(std::vector<Address>{})) visit(window, -1);
+        });
+        if (!hasAnswered()) return false;
+        while (searchCrowds()) {
+            if (!hasAnswered()) return false;
+        }
+        findTitles();
+        return hasAnswered();
+    }
 
     bool hasAnswered() { return bus_.run(deadline_, stop_) == AccessibilityBus::Outcome::allAnswered; }
 
@@ -329,7 +336,7 @@ private:
     }
 
     AccessibleTree collected() {
-        AccessibleTree tree{.toolkit = toolkit_, .isComplete = isComplete_ && !isCutShort_};
+        AccessibleTree tree{.toolkit = toolkit_, .isComplete = isAnswered_ && !isCutShort_};
         std::vector<int> places(visits_.size(), -1);
         for (std::size_t index = 0; index < visits_.size(); ++index) {
             auto& visit = visits_[index];
@@ -383,8 +390,8 @@ private:
     std::map<Address, Widget> all_; // where the program was asked for all
     std::vector<int> held_;         // visits that wait for them
     bool isAskingForAll_ = false;
-    bool isCutShort_ = false; // there are more than anybody could use
-    bool isComplete_ = true;
+    bool isAnswered_ = false;
+    bool isCutShort_ = false; // the program keeps its windows to itself, or has more than anybody could use
 };
 
 }

@@ -47,7 +47,7 @@ public:
 private:
     FoundTarget look(UITarget const& target, Purpose purpose, std::stop_token const& stop);
     FoundTarget foundAgain(FoundTarget const& target, std::stop_token const& stop);
-    bool closeMenu(FoundTarget const& target, ApplicationListing const& listing, std::stop_token const& stop);
+    bool closeMenus(FoundTarget const& target, std::stop_token const& stop);
     bool bringToFront(FoundTarget const& target, std::stop_token const& stop);
 
     x11::Connection& connection_;

@@ -53,8 +53,12 @@ public:
     /// The programs that tell of their widgets.
     void programs(Then<std::vector<Address>> then);
 
+    /// False once the bus is gone: another one may be there for the next call.
+    bool isOpen() const;
+
     enum class Outcome { allAnswered, late, stopped };
-    /// Until all is answered, or no later than the deadline: what is still open then is dropped.
+    /// Until all is answered, or no later than the deadline: what is still open then is dropped. Throws
+    /// `AutomationError` where the bus goes away.
     Outcome run(Deadline deadline, std::stop_token const& stop = {});
     /// As `run`, for questions to the bus itself. Throws `AutomationError` where it is late.
     void runOnBus(Deadline deadline, std::stop_token const& stop = {});

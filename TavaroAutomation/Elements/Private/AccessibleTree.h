@@ -11,8 +11,8 @@ namespace tavaro::atspi {
 struct AccessibleNode {
     Address address;
     int parent = -1; // index in the tree
-    Role role{};    // of a label that can be chosen from a list: a row
-    Role ownRole{}; // as its program says it
+    Role role{};     // of a label that can be chosen from a list: a row
+    Role ownRole{};  // as its program says it
     States states;
     Extents extents;
     std::string name;

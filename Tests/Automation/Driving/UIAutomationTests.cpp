@@ -110,6 +110,40 @@ TEST_F(GTK3Gallery, aMenuItemTwoLevelsDeepIsChosenAndAnOpenMenuIsClosedFirst) {
     EXPECT_TRUE(logsSoon("clicked Save")) << "with a menu open";
 }
 
+TEST_F(GTK3Gallery, toCloseAMenuNoMoreIsPressedThanTheMenuTakes) {
+    clickTitle("Toast");
+    clickTitle("File");
+    clickTitle("Export");
+    ASSERT_TRUE(elements().contains("As Picture"));
+    clickTitle("Save", "Button");
+    EXPECT_TRUE(logsSoon("clicked Save"));
+    EXPECT_THAT(desktop->log(), Not(HasSubstr("key Escape"))) << "the toast is a popup that stays";
+}
+
+TEST_F(GTK3Gallery, whileAnotherProgramHoldsThePointerNothingIsClicked) {
+    TestClient client(desktop->display());
+    auto& connection = client.connection();
+    auto const grab = connection.ask<xcb_grab_pointer, xcb_grab_pointer_reply>(
+        std::uint8_t{0}, connection.root(), std::uint16_t{0}, std::uint8_t{XCB_GRAB_MODE_ASYNC},
+        std::uint8_t{XCB_GRAB_MODE_ASYNC}, xcb_window_t{XCB_NONE}, xcb_cursor_t{XCB_NONE},
+        xcb_timestamp_t{XCB_CURRENT_TIME});
+    ASSERT_EQ(grab->status, XCB_GRAB_STATUS_SUCCESS);
+    EXPECT_EQ(sentenceOf([&] { clickTitle("Café"); }),
+              "“Café” cannot be clicked while a menu or another program holds the pointer: close that, then click.");
+    xcb_ungrab_pointer(connection.get(), XCB_CURRENT_TIME);
+    connection.synchronize();
+    clickTitle("Café");
+    EXPECT_TRUE(logsSoon("clicked Café"));
+}
+
+TEST_F(GTK3Gallery, anIconIsClickedOnceItIsAWindowAgain) {
+    x11::Connection connection(desktop->display());
+    for (int round = 0; round < 4; ++round) {
+        minimise(connection, x11::activeWindow(connection));
+        EXPECT_EQ(sentenceOf([&] { clickTitle("Café"); }), "done") << round;
+    }
+}
+
 TEST_F(GTK3Gallery, aDialogAnswersAndHidesWhatIsBehindIt) {
     clickTitle("Ask");
     ASSERT_TRUE(eventually([&] { return elements().contains("Do it"); }));

@@ -263,6 +263,16 @@ TEST_F(AccessibleTreeTest, aProgramThatHangsCostsNoMoreThanTheTimeGivenAndTheNex
     EXPECT_TRUE(walk(sound).isComplete);
 }
 
+TEST_F(AccessibleTreeTest, ofAProgramThatHungNothingIsAskedAfterwards) {
+    auto& program = start({widget(Role::application, "app", {1}), widget(Role::frame, "Window")});
+    program.hang(true);
+    EXPECT_TRUE(walk(program, 100ms).nodes.empty());
+    program.hang(false);
+    EXPECT_EQ(bus->run(Clock::now() + 1s), AccessibilityBus::Outcome::allAnswered);
+    EXPECT_EQ(program.asked(0, "GetChildren"), 0) << "who asked is gone";
+    EXPECT_THAT(names(walk(program)), ElementsAre("Window"));
+}
+
 TEST_F(AccessibleTreeTest, aProgramThatDiesInTheMiddleEndsTheWalk) {
     auto deadly = widget(Role::pushButton, "Crash");
     deadly.endsProgram = true;
@@ -294,6 +304,7 @@ TEST_F(AccessibleTreeTest, whenTheBusGoesASentenceSaysSo) {
     auto& program = start({widget(Role::application, "app", {1}), widget(Role::frame, "Window")});
     testBus.kill();
     EXPECT_THROW(walk(program), AutomationError);
+    EXPECT_FALSE(bus->isOpen());
     EXPECT_THROW(AccessibilityBus(AccessibilityBus::KnownAddress{testBus.address()}), AutomationError);
 }
 

@@ -34,6 +34,7 @@ struct FakeProgram::State {
     sd_bus* bus = nullptr;
     std::string name;
     std::atomic<bool> isOver = false;
+    std::atomic<bool> isHanging = false;
     std::mutex mutable mutex;
     std::map<std::pair<int, std::string>, int> asked;
     int madeAnew = 0;
@@ -53,7 +54,7 @@ struct FakeProgram::State {
         int const widget = widgetAt(sd_bus_message_get_path(message));
         if (widget < 0 || widget >= static_cast<int>(widgets.size())) return 0;
         auto const& it = widgets[static_cast<std::size_t>(widget)];
-        if (it.isSilent) return 1;
+        if (it.isSilent || isHanging) return 1;
         std::string_view const member = sd_bus_message_get_member(message);
         count(widget, member);
         sd_bus_message* reply = nullptr;
@@ -231,6 +232,8 @@ FakeProgram::~FakeProgram() {
 }
 
 atspi::Address FakeProgram::widget(int place) const { return {state_->name, pathOf(place)}; }
+
+void FakeProgram::hang(bool isHanging) { state_->isHanging = isHanging; }
 
 int FakeProgram::asked(int widget, std::string const& question) const {
     std::lock_guard const lock(state_->mutex);

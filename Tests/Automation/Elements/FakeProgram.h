@@ -40,6 +40,8 @@ public:
 
     atspi::Address root() const { return widget(0); }
     atspi::Address widget(int place) const;
+    /// Whether nothing answers any more.
+    void hang(bool isHanging);
     /// How often a widget was asked that: "GetChildren", "GetAccessibleAtPoint".
     int asked(int widget, std::string const& question) const;
 

@@ -65,6 +65,13 @@ def later(line):
     return box
 
 
+def toast(_):
+    notice = Gtk.Window(type=Gtk.WindowType.POPUP)
+    notice.add(Gtk.Label(label="Saved"))
+    notice.move(20, 20)
+    notice.show_all()
+
+
 def fields():
     box = Gtk.Box(spacing=6)
     label = Gtk.Label(label="_Name:", use_underline=True)
@@ -124,14 +131,15 @@ def main():
     window = Gtk.Window(title="Gallery of GTK 3")
     window.set_default_size(700, 480)
     window.connect("destroy", Gtk.main_quit)
+    window.connect("key-press-event", lambda _, event: tell("key", Gtk.accelerator_name(event.keyval, 0)))
     box = Gtk.Box(orientation=Gtk.Orientation.VERTICAL, spacing=6)
     line = Gtk.Box(spacing=6)
     off = button("Disabled one")
     off.set_sensitive(False)
-    for each in (button("Save"), button("Save As…"), button("Café"), button("Ask", lambda _: ask(window)), off):
-        line.pack_start(each, False, False, 0)
+    ask_first = button("Ask", lambda _: ask(window))
     freeze = button("Freeze", lambda _: GLib.timeout_add(50, hang))
-    line.pack_start(freeze, False, False, 0)
+    for each in (button("Save"), button("Save As…"), button("Café"), ask_first, off, freeze, button("Toast", toast)):
+        line.pack_start(each, False, False, 0)
     for each in (menus(), line, later(line), fields(), choices(), rows()) + ((buttons(count),) if count else ()):
         box.pack_start(each, False, False, 0)
     window.add(box)
