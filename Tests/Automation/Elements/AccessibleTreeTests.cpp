@@ -3,13 +3,18 @@
 #include <TavaroAutomation/Elements/Private/ElementRole.h>
 #include <TavaroAutomation/Elements/Private/ElementTitle.h>
 #include <TavaroAutomation/Errors/AutomationError.h>
+#include <TavaroCore/Files/FileDescriptor.h>
 
+#include "../../Core/Package/TemporaryFolder.h"
 #include "FakeProgram.h"
 
+#include <cstdlib>
 #include <fmt/format.h>
 #include <gmock/gmock.h>
 #include <limits>
 #include <numeric>
+#include <sys/socket.h>
+#include <sys/un.h>
 
 namespace tavaro::atspi {
 
@@ -306,6 +311,37 @@ TEST_F(AccessibleTreeTest, whenTheBusGoesASentenceSaysSo) {
     EXPECT_THROW(walk(program), AutomationError);
     EXPECT_FALSE(bus->isOpen());
     EXPECT_THROW(AccessibilityBus(AccessibilityBus::KnownAddress{testBus.address()}), AutomationError);
+}
+
+/// Takes connections and says nothing.
+struct SilentBus {
+    SilentBus() {
+        sockaddr_un place{.sun_family = AF_UNIX, .sun_path = {}};
+        path.copy(place.sun_path, sizeof place.sun_path - 1);
+        EXPECT_EQ(::bind(listening.get(), reinterpret_cast<sockaddr*>(&place), sizeof place), 0);
+        EXPECT_EQ(::listen(listening.get(), 5), 0);
+    }
+
+    TemporaryFolder const folder;
+    std::string const path = (folder.path() / "bus").string();
+    FileDescriptor const listening{::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)};
+};
+
+TEST(AccessibilityBus, aSessionThatIsSilentOrNotThereIsASentenceInTime) {
+    SilentBus const silent;
+    for (auto const& session : {silent.path, silent.path + "-missing"}) {
+        setenv("DBUS_SESSION_BUS_ADDRESS", ("unix:path=" + session).c_str(), 1);
+        auto const start = Clock::now();
+        EXPECT_THROW(AccessibilityBus(std::string(":9999")), AutomationError) << session;
+        EXPECT_LT(Clock::now() - start, 4s) << session;
+    }
+}
+
+TEST(AccessibilityBus, aBusThatIsSilentIsASentenceInTime) {
+    SilentBus const silent;
+    AccessibilityBus bus(AccessibilityBus::KnownAddress{"unix:path=" + silent.path});
+    bus.programs([](auto const&) {});
+    EXPECT_THROW(bus.runOnBus(Clock::now() + 200ms), AutomationError);
 }
 
 TEST(ElementTitle, isOneReadableLine) {
