@@ -8,6 +8,7 @@
 #include <TavaroCore/Errors/Excerpt.h>
 #include <TavaroPlatform/Processes/DetachedProcess.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fmt/format.h>
 #include <set>
@@ -101,16 +102,27 @@ private:
     std::optional<Clock::time_point> endedAt_;
 };
 
-/// A window may grow or be replaced while its program starts; what is in front then counts.
+std::vector<OpenWindow> windowsBeside(x11::Connection& connection, OpenWindow const& window) {
+    auto result = x11::openWindows(connection);
+    std::erase_if(result, [&](OpenWindow const& other) {
+        return other.window != window.window && (other.pid == 0 || other.pid != window.pid);
+    });
+    return result;
+}
+
+/// A window may grow, be replaced or be covered by a dialog while its program starts; what is in front then counts.
 OpenWindow inFront(x11::Connection& connection, OpenWindow window, std::stop_token const& stop) {
-    for (int attempt = 0; attempt < 3 && !x11::bringToFront(connection, window, stop); ++attempt) {
-        std::vector<OpenWindow> own;
-        for (auto const& other : x11::openWindows(connection)) {
-            if (other.window == window.window || (other.pid != 0 && other.pid == window.pid)) own.push_back(other);
-        }
+    for (int attempt = 0; attempt < 3; ++attempt) {
+        if (x11::bringToFront(connection, window, stop))
+            return x11::openWindow(connection, x11::topLevel(connection, window.window)).value_or(window);
+        auto const own = windowsBeside(connection, window);
+        auto const active = std::ranges::find(own, x11::activeWindow(connection), &OpenWindow::window);
+        if (active != own.end() && !active->isMinimized) return *active;
         if (auto const front = frontWindow(own)) window = *front;
     }
-    return x11::openWindow(connection, x11::topLevel(connection, window.window)).value_or(window);
+    failStart(
+        fmt::format("The window “{}” does not come to the front: the window manager does not give it the keyboard.",
+                    excerpt(window.title)));
 }
 
 /// What is to be started.

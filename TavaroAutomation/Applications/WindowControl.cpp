@@ -17,20 +17,40 @@ namespace {
 using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
 
-/// A pager's request, since window managers refuse a program's own to keep focus from being stolen.
-void askToActivate(Connection& connection, xcb_window_t window) {
-    constexpr std::uint32_t pager = 2;
+/// A request to the window manager about a window, or about the desktop where it is the root.
+void ask(Connection& connection, xcb_window_t window, char const* what, std::uint32_t value) {
     xcb_client_message_event_t event{};
     event.response_type = XCB_CLIENT_MESSAGE;
     event.format = 32;
     event.window = window;
-    event.type = connection.atom("_NET_ACTIVE_WINDOW");
-    event.data.data32[0] = pager;
+    event.type = connection.atom(what);
+    event.data.data32[0] = value;
     std::array<char, 32> bytes{};
     static_assert(sizeof event == bytes.size());
     std::memcpy(bytes.data(), &event, bytes.size());
     xcb_send_event(connection.get(), 0, connection.root(),
                    XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT, bytes.data());
+}
+
+/// A pager's request, since window managers refuse a program's own to keep focus from being stolen.
+void askToActivate(Connection& connection, xcb_window_t window) {
+    constexpr std::uint32_t pager = 2;
+    ask(connection, window, "_NET_ACTIVE_WINDOW", pager);
+}
+
+std::optional<std::uint32_t> cardinal(Connection& connection, xcb_window_t window, char const* property) {
+    auto const values = connection.cardinals(window, property);
+    return values.empty() ? std::nullopt : std::optional(values[0]);
+}
+
+/// Some window managers only mark a window on another desktop as one that wants attention.
+void showDesktopOf(Connection& connection, xcb_window_t window, std::stop_token const& stop) {
+    constexpr std::uint32_t onAll = 0xFFFFFFFF;
+    auto const wanted = cardinal(connection, window, "_NET_WM_DESKTOP");
+    auto const isShown = [&] { return cardinal(connection, connection.root(), "_NET_CURRENT_DESKTOP") == wanted; };
+    if (!wanted || *wanted == onAll || isShown()) return;
+    ask(connection, connection.root(), "_NET_CURRENT_DESKTOP", *wanted);
+    waitUntil(Clock::now() + 1s, stop, isShown);
 }
 
 bool hasWindowManager(Connection& connection) {
@@ -43,7 +63,7 @@ void raise(Connection& connection, OpenWindow const& window) {
     xcb_set_input_focus(connection.get(), XCB_INPUT_FOCUS_PARENT, window.window, XCB_CURRENT_TIME);
 }
 
-/// Window managers grow a window from its icon step by step.
+/// Window managers grow a window from its icon step by step, and programs lay it out anew.
 void waitUntilStill(Connection& connection, xcb_window_t window, std::stop_token const& stop) {
     std::optional<PixelRect> before;
     auto const isStill = [&] {
@@ -102,17 +122,20 @@ bool waitUntil(Deadline deadline, std::stop_token const& stop, std::function<boo
 }
 
 bool bringToFront(Connection& connection, OpenWindow const& window, std::stop_token const& stop) {
-    if (!hasWindowManager(connection))
-        raise(connection, window);
-    else
+    bool const wasShown = isViewable(connection, window.window);
+    if (hasWindowManager(connection)) {
+        showDesktopOf(connection, window.window, stop);
         askToActivate(connection, window.window);
+    } else {
+        raise(connection, window);
+    }
     connection.synchronize();
-    bool const isActive = waitUntil(Clock::now() + 1s, stop, [&] {
+    bool const isInFront = waitUntil(Clock::now() + 1s, stop, [&] {
         auto const active = activeWindow(connection);
-        return active == window.window || active == window.topLevel;
+        return (active == window.window || active == window.topLevel) && isViewable(connection, window.window);
     });
-    if (window.isMinimized) waitUntilStill(connection, window.window, stop);
-    return isActive;
+    if (!wasShown) waitUntilStill(connection, window.window, stop);
+    return isInFront;
 }
 
 void waitUntilPainted(Connection& connection, xcb_window_t window, std::stop_token const& stop) {

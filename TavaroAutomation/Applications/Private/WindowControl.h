@@ -15,8 +15,8 @@ using Deadline = std::chrono::steady_clock::time_point;
 bool waitUntil(Deadline deadline, std::stop_token const& stop, std::function<bool()> const& isSo,
                std::chrono::milliseconds pause = std::chrono::milliseconds(5));
 
-/// Brings the window to the front, also from an icon, and waits until it has the keyboard and its place: keys that are
-/// sent before go elsewhere. False when it has not the keyboard within a second.
+/// Brings the window to the front, also from an icon and another desktop, and waits until it has the keyboard and its
+/// place: keys that are sent before go elsewhere. False when it does not show, or has not the keyboard, in a second.
 bool bringToFront(Connection& connection, OpenWindow const& window, std::stop_token const& stop);
 /// Waits until something is drawn in the window and no more than a caret changes, three seconds at most.
 void waitUntilPainted(Connection& connection, xcb_window_t window, std::stop_token const& stop);

@@ -49,6 +49,19 @@ protected:
     } catch (AutomationError const& error) {
         return error.what();
     }
+    /// Asks the window manager, about a window or the root.
+    void ask(xcb_window_t window, char const* what, std::uint32_t value) {
+        xcb_client_message_event_t message{};
+        message.response_type = XCB_CLIENT_MESSAGE;
+        message.format = 32;
+        message.window = window;
+        message.type = connection->atom(what);
+        message.data.data32[0] = value;
+        std::array<char, 32> bytes{};
+        std::memcpy(bytes.data(), &message, bytes.size());
+        xcb_send_event(connection->get(), 0, connection->root(),
+                       XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT, bytes.data());
+    }
     x11::OpenWindow window(std::string const& title) {
         auto const all = x11::openWindows(*connection);
         auto const found = std::ranges::find(all, title, &x11::OpenWindow::title);
@@ -81,18 +94,18 @@ TEST_F(ApplicationStartTest, aProgramThatIsNamedByItsFileIsStartedOnce) {
 TEST_F(ApplicationStartTest, aMinimisedWindowIsBackWhereItWas) {
     desktop->install("Widget Gallery", "gtk3");
     auto const info = open("Widget Gallery");
-    xcb_client_message_event_t iconify{};
-    iconify.response_type = XCB_CLIENT_MESSAGE;
-    iconify.format = 32;
-    iconify.window = window(info.title).window;
-    iconify.type = connection->atom("WM_CHANGE_STATE");
-    iconify.data.data32[0] = 3;
-    std::array<char, 32> bytes{};
-    std::memcpy(bytes.data(), &iconify, bytes.size());
-    xcb_send_event(connection->get(), 0, connection->root(),
-                   XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT, bytes.data());
+    ask(window(info.title).window, "WM_CHANGE_STATE", 3);
     ASSERT_TRUE(eventually([&] { return window(info.title).isMinimized; }));
     EXPECT_EQ(open("Widget Gallery"), info) << "although it grows from its icon step by step";
+}
+
+TEST_F(ApplicationStartTest, aWindowOnAnotherDesktopIsShown) {
+    desktop->install("Widget Gallery", "gtk3");
+    auto const info = open("Widget Gallery");
+    ask(connection->root(), "_NET_CURRENT_DESKTOP", 1);
+    ASSERT_TRUE(eventually([&] { return !x11::isViewable(*connection, window(info.title).window); }));
+    EXPECT_EQ(open("Widget Gallery"), info);
+    EXPECT_TRUE(x11::isViewable(*connection, window(info.title).window));
 }
 
 TEST(StartedPrograms, aProgramThatHasEndedIsGone) {
