@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace tavaro::x11 {
 
@@ -10,14 +11,24 @@ using namespace std::chrono_literals;
 namespace {
 
 constexpr auto betweenLooks = 16ms;
-constexpr auto longestAnswer = 500ms; // of a program to a notch: browsers begin after 50 ms, busy ones later
-constexpr auto quiet = 120ms;         // after which what moved has come to rest
-constexpr auto longestRest = 1500ms;  // some pictures never rest: a blinking caret, a film
+constexpr auto longestAnswer = 700ms; // of a program to a notch: browsers begin after 50 ms, busy ones later
+constexpr auto leastPatience = 150ms; // until what moved has come to rest, or will not move
+constexpr int answersToWait = 3;      // more where a program is slow to answer
+constexpr auto longestRest = 2s;      // some pictures never rest: a film
+constexpr auto wholeAfter = 50ms;     // a picture that does not change is not being painted
+constexpr auto paintTime = 6ms;       // of most programs, at most
+constexpr double mostAtOnce = 0.4;    // of a picture may go until the next: the rest is compared
 constexpr double usualNotch = 53;     // pixels, of what could not be followed
 /// Of the picture around the pointer, when something moved that could not be followed, as a map does. Less is a glow at
 /// a page's end, or what the pointer does by being there.
 constexpr double unfollowedShare = 0.3;
-constexpr int mostExtraNotches = 4;
+/// A finger turns a wheel in flicks. The first is short, and shows whether quick notches are worth what slow ones are:
+/// Scintilla's text views take them for up to three times as much.
+constexpr int firstFlick = 2;
+constexpr int mostFlicks = 16;
+constexpr double leastAcceleration = 1.3;
+constexpr double mostAcceleration = 1.5;   // of a flick beside the one before it
+constexpr auto betweenSlowNotches = 300ms; // that count for no more than the first
 
 /// Slower at both ends, as a finger turns a wheel.
 std::chrono::milliseconds gapAfter(int notch, int count) {
@@ -46,50 +57,77 @@ Wheel::Turned Wheel::turn(WheelAxis axis, double pixels) {
     begin(axis, pixels);
     // Some programs take the first notch for the pointer's arrival only.
     if (!tryNotch() && !tryNotch()) return {.isAtEnd = true};
-    double const wanted = std::abs(pixels), worth = notchPixels();
-    bool const isSeen = moved_ > 0;
-    auto const reached = [&] { return isSeen ? moved_ : sent_ * worth; };
-    notches(static_cast<int>(std::lround((wanted - reached()) / worth)), wanted - worth / 2);
-    settle();
-    // Programs may take two quick notches for one.
-    for (int extra = 0; isSeen && !isStuck() && extra < mostExtraNotches && wanted - moved_ > worth * 0.75; ++extra) {
-        notch();
+    double const wanted = std::abs(pixels);
+    if (moved_ > 0) return follow(wanted);
+    flick(static_cast<int>(std::lround(wanted / usualNotch)) - 1, INFINITY);
+    return {.pixels = sign_ * sent_ * usualNotch, .isSeen = false};
+}
+
+Wheel::Turned Wheel::follow(double wanted) {
+    double const worth = worth_ = moved_; // of a notch that comes alone
+    double quick = worth;                 // of one that comes right after another
+    int longest = firstFlick;
+    for (int flicks = 0; flicks < mostFlicks && wanted - moved_ > worth / 2 && !isStuck(); ++flicks) {
+        double const rest = wanted - moved_, before = moved_;
+        bool const isAccelerated = quick > worth * leastAcceleration;
+        int const count = isAccelerated ? static_cast<int>(rest / (quick * mostAcceleration))
+                                        : std::min(static_cast<int>(std::lround(rest / worth)), longest);
+        if (isAccelerated && count <= 1) watchUntil(InputClock::now() + betweenSlowNotches);
+        int const sent = flick(std::max(1, count), wanted - worth / 2);
         settle();
+        if (sent < 2) continue;
+        quick = (moved_ - before) / sent;
+        longest = std::numeric_limits<int>::max();
     }
-    return {.pixels = sign_ * reached(), .isAtEnd = isSeen && isStuck(), .isSeen = isSeen};
+    return {.pixels = sign_ * moved_, .isAtEnd = isStuck(), .isSeen = isSeen_};
 }
 
 void Wheel::begin(WheelAxis axis, double pixels) {
     axis_ = axis;
     sign_ = pixels > 0 ? 1 : -1;
-    moved_ = 0;
+    moved_ = worth_ = 0;
+    isSeen_ = true;
+    answer_.reset();
     sent_ = sentAtChange_ = 0;
     area_ = windowUnderPointer(input_.connection());
     auto const pointer = input_.pointer();
     across_ = axis == WheelAxis::vertical ? pointer.x - area_.x : pointer.y - area_.y;
     user_.forget();
-    first_ = seen_ = picture();
+    first_ = whole_ = seen_ = picture();
+    sinceWhole_ = 0;
     changedAt_ = movedAt_ = InputClock::now();
 }
 
 void Wheel::notch() {
     std::uint8_t const first = axis_ == WheelAxis::vertical ? 4 : 6;
     user_.expectNone();
+    if (sent_ == sentAtChange_) notchedAt_ = InputClock::now();
     input_.tap(FakeInput::Device::mouse, static_cast<std::uint8_t>(first + (sign_ > 0 ? 1 : 0)));
     ++sent_;
 }
 
 bool Wheel::tryNotch() {
+    sent_ = 0;
     notch();
     settle();
     return moved_ > 0 || seen_.changedShare(first_, across_) >= unfollowedShare;
 }
 
-void Wheel::notches(int count, double enough) {
-    for (int i = 0; i < count && moved_ < enough && !isStuck(); ++i) {
+int Wheel::flick(int count, double enough) {
+    int sent = 0;
+    for (; sent < count && moved_ < enough && !isStuck(); ++sent) {
         notch();
-        watchUntil(InputClock::now() + gapAfter(i, count));
+        watchUntil(InputClock::now() + gapAfter(sent, count));
+        awaitAnswers();
     }
+    return sent;
+}
+
+/// What a slow program paints at once is still to be followed, so it does not get far behind.
+void Wheel::awaitAnswers() {
+    auto const start = InputClock::now();
+    auto const isBehind = [&] { return moved_ > 0 && sent_ * worth_ - moved_ > length() * mostAtOnce; };
+    while (isBehind() && InputClock::now() - start < patience()) watchUntil(InputClock::now() + betweenLooks);
 }
 
 void Wheel::watchUntil(InputClock::time_point end) {
@@ -102,23 +140,67 @@ void Wheel::watchUntil(InputClock::time_point end) {
 void Wheel::settle() {
     auto const start = InputClock::now();
     auto const isOver = [&](InputClock::time_point now) {
-        if (now - start > longestRest) return true;
-        return changedAt_ < start ? now - start > longestAnswer : now - changedAt_ > quiet;
+        auto const last = std::max(start, movedAt_);
+        return now - start > longestRest || now - last > patience();
     };
     while (!isOver(InputClock::now())) watchUntil(InputClock::now() + betweenLooks);
 }
 
+InputClock::duration Wheel::patience() const {
+    return answer_ ? std::clamp<InputClock::duration>(*answer_ * answersToWait, leastPatience, longestAnswer)
+                   : longestAnswer;
+}
+
+/// Pictures are compared with one that is known whole while most of it is still there, so that what a program paints in
+/// parts is not counted twice.
 void Wheel::look() {
     user_.expectNone();
-    auto now = picture();
-    if (now == seen_) return;
-    changedAt_ = InputClock::now();
-    if (auto const shift = now.movedSince(seen_, sign_)) {
-        moved_ += *shift;
-        movedAt_ = changedAt_;
-        sentAtChange_ = sent_;
+    auto now = paintedPicture();
+    auto const time = InputClock::now();
+    if (now == seen_) {
+        if (time - changedAt_ > wholeAfter) startFrom(seen_);
+        return;
+    }
+    changedAt_ = time;
+    if (sinceWhole_ > length() * mostAtOnce) startFrom(seen_);
+    auto const shift = now.movedSince(whole_, sign_);
+    if (shift && *shift >= sinceWhole_) {
+        count(moved_ - sinceWhole_ + *shift, time);
+        sinceWhole_ = *shift;
+    } else if (auto const further = now.movedSince(seen_, sign_)) {
+        count(moved_ + *further, time);
+        startFrom(now);
+    } else if (worth_ > 0 && now.changedShare(seen_, across_) >= unfollowedShare) {
+        // So much at once that none of it is there any more.
+        count(std::max(moved_, sent_ * worth_), time);
+        isSeen_ = false;
+        startFrom(now);
     }
     seen_ = std::move(now);
+}
+
+/// A program may be caught in the middle of painting: what has changed is looked at once more.
+PictureLines Wheel::paintedPicture() {
+    auto now = picture();
+    if (now == seen_) return now;
+    rest(paintTime, stop_);
+    return picture();
+}
+
+int Wheel::length() const { return axis_ == WheelAxis::vertical ? area_.height : area_.width; }
+
+void Wheel::count(double moved, InputClock::time_point at) {
+    if (moved == moved_) return;
+    moved_ = moved;
+    movedAt_ = at;
+    if (sent_ > sentAtChange_) answer_ = std::max(answer_.value_or(0s), at - notchedAt_);
+    sentAtChange_ = sent_;
+}
+
+void Wheel::startFrom(PictureLines const& picture) {
+    if (sinceWhole_ == 0 && picture == whole_) return;
+    whole_ = picture;
+    sinceWhole_ = 0;
 }
 
 PictureLines Wheel::picture() {
@@ -137,7 +219,5 @@ PictureLines Wheel::picture() {
 bool Wheel::isStuck() const {
     return moved_ > 0 && sent_ - sentAtChange_ >= 2 && InputClock::now() - movedAt_ > longestAnswer;
 }
-
-double Wheel::notchPixels() const { return moved_ > 0 ? std::max(1.0, moved_ / sent_) : usualNotch; }
 
 }

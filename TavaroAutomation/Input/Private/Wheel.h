@@ -3,6 +3,7 @@
 #include <TavaroAutomation/Input/Private/PixelShift.h>
 #include <TavaroAutomation/Input/Private/UserMotion.h>
 
+#include <optional>
 #include <stop_token>
 
 namespace tavaro::x11 {
@@ -26,18 +27,27 @@ public:
 private:
     void begin(WheelAxis axis, double pixels);
     void notch();
-    /// That many, or fewer where what moves shows that its first notch was worth less than the others.
-    void notches(int count, double enough);
+    /// That many quick ones, or fewer where so much has moved already; how many.
+    int flick(int count, double enough);
+    void awaitAnswers();
+    /// Goes on until that much has moved, as near as notches come.
+    Turned follow(double wanted);
     /// Follows the picture for that long.
     void watchUntil(InputClock::time_point end);
     /// Turns it once; whether that moved anything.
     bool tryNotch();
     /// Follows the picture until it rests.
     void settle();
+    /// How long to wait for something to move.
+    InputClock::duration patience() const;
     void look();
+    void count(double moved, InputClock::time_point at);
+    void startFrom(PictureLines const& picture);
+    /// Pixels of the picture along what moves.
+    int length() const;
+    PictureLines paintedPicture();
     PictureLines picture();
     bool isStuck() const;
-    double notchPixels() const;
 
     FakeInput& input_;
     UserMotion& user_;
@@ -45,15 +55,21 @@ private:
 
     WheelAxis axis_ = WheelAxis::vertical;
     int sign_ = 1;
-    PixelRect area_;       // of the screen, that is compared
-    int across_ = 0;       // where the pointer is in it, across what moves
-    PictureLines first_;   // before the first notch
-    PictureLines seen_;    // the latest
-    double moved_ = 0;     // pixels, as seen so far
-    int sent_ = 0;         // notches
-    int sentAtChange_ = 0; // when the picture moved last
+    PixelRect area_;                   // of the screen, that is compared
+    int across_ = 0;                   // where the pointer is in it, across what moves
+    PictureLines first_;               // before the first notch
+    PictureLines seen_;                // the latest
+    PictureLines whole_;               // the latest that was not being painted
+    double sinceWhole_ = 0;            // pixels that moved from there to the latest
+    double moved_ = 0;                 // pixels, as seen so far
+    double worth_ = 0;                 // of one notch, once it is known
+    bool isSeen_ = true;               // false once something moved that could not be followed
+    int sent_ = 0;                     // notches
+    int sentAtChange_ = 0;             // when the picture moved last
+    InputClock::time_point notchedAt_; // the first that is not answered yet
     InputClock::time_point changedAt_;
     InputClock::time_point movedAt_;
+    std::optional<InputClock::duration> answer_; // of the program to a notch: the slowest
 };
 
 }
