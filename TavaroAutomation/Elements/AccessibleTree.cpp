@@ -150,8 +150,10 @@ private:
     bool mayBeScrolledAway(Visit const& visit) const {
         bool const isOfQtView = toolkit_ == Toolkit::qt && isRowOrCell(visit.node.role);
         if ((!visit.node.states.has(State::visible) && !isOfQtView) || isOfMenu(visit.node.role)) return false;
-        bool const isIn = visit.node.parent >= 0 && visits_[visit.node.parent].node.isScrolledAway;
-        return isIn ? isLabel(visit.node.role) : isClickable(visit.node.role);
+        if (mayHoldField(visit)) return true;
+        auto const* const parent = visit.node.parent < 0 ? nullptr : &visits_[visit.node.parent];
+        bool const isPart = parent && parent->node.isScrolledAway && !mayHoldField(*parent);
+        return isPart ? isLabel(visit.node.role) : isClickable(visit.node.role);
     }
 
     /// The rows of a list are labels in Java.
@@ -217,8 +219,12 @@ private:
         return mayBe && visit.node.extents.isEmpty();
     }
 
+    /// Pages have their fields in the labels that name them.
+    bool mayHoldField(Visit const& visit) const { return isOfPages(toolkit_) && visit.node.role == Role::label; }
+
     /// Of what has a title and holds nothing to click, the parts are of no interest.
     bool descends(Visit const& visit) const {
+        if (mayHoldField(visit)) return true;
         if (visit.node.isScrolledAway) return visit.node.name.empty() && !isLabel(visit.node.role);
         switch (visit.node.role) {
         case Role::passwordText:
@@ -319,7 +325,7 @@ private:
     }
 
     void askWhetherSearch(std::size_t index) {
-        if (toolkit_ != Toolkit::chromium && toolkit_ != Toolkit::gecko) return;
+        if (!isOfPages(toolkit_)) return;
         bus_.attributes(visits_[index].node.address, [this, index](auto const& attributes) {
             if (attributes && attributes->contains("text-input-type"))
                 visits_[index].node.isSearch = attributes->at("text-input-type") == "search";

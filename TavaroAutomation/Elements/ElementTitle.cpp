@@ -84,6 +84,11 @@ std::string shortened(std::string text) {
 
 }
 
+bool isBullet(std::string_view title) {
+    constexpr std::array<std::string_view, 3> bullets{"•", "◦", "▪"};
+    return std::ranges::find(bullets, title) != bullets.end();
+}
+
 std::string readableTitle(std::string_view name, Toolkit toolkit) {
     // Of Qt's widgets the names are what they draw as rich text; others have markup in descriptions alone.
     bool const isMarkup = toolkit == Toolkit::qt || name.starts_with('<');

@@ -14,9 +14,7 @@ namespace {
 
 constexpr int mostLevels = 80;
 
-bool looksAsThePointerDoes(Toolkit toolkit) {
-    return toolkit == Toolkit::gtk4 || toolkit == Toolkit::chromium || toolkit == Toolkit::gecko;
-}
+bool looksAsThePointerDoes(Toolkit toolkit) { return toolkit == Toolkit::gtk4 || isOfPages(toolkit); }
 
 /// One question after the other, each of which depends on the answer to the one before.
 class HitTest {
@@ -99,8 +97,7 @@ std::optional<Cover> coverOf(AccessibilityBus& bus, PlacedElement const& element
     bool const isInside = std::ranges::find(over, element.address) != over.end();
     if (isAround || isInside || test.isLate()) return std::nullopt;
     // Pages draw the label of a box over the box, and a click on it is one on the box.
-    bool const isPage = element.toolkit == Toolkit::chromium || element.toolkit == Toolkit::gecko;
-    if (isPage && test.hasLabel(over)) return std::nullopt;
+    if (isOfPages(element.toolkit) && test.hasLabel(over)) return std::nullopt;
     std::erase_if(over, [&](Address const& each) { return std::ranges::find(wanted, each) != wanted.end(); });
     auto title = test.titleOf(over, element.toolkit);
     return test.isLate() ? std::nullopt : std::optional(Cover{std::move(title)});

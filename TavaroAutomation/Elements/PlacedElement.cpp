@@ -261,10 +261,11 @@ private:
         constexpr int deepest = 4;
         std::string result;
         for (int const child : node(index).children) {
-            auto const part = isLabel(node(child).role) ? node(child).name
-                              : depth < deepest         ? labelsIn(child, depth + 1)
-                                                        : std::string();
-            if (!part.empty()) result += (result.empty() ? "" : " ") + part;
+            auto const& label = node(child);
+            auto const part = isLabel(label.role) && !label.name.empty() ? label.name
+                              : depth < deepest                          ? labelsIn(child, depth + 1)
+                                                                         : std::string();
+            if (!part.empty() && !isBullet(part)) result += (result.empty() ? "" : " ") + part;
         }
         return result;
     }

@@ -133,6 +133,8 @@ struct Widget {
 
 enum class Toolkit { gtk3, gtk4, qt, chromium, gecko, other };
 
+constexpr bool isOfPages(Toolkit toolkit) { return toolkit == Toolkit::chromium || toolkit == Toolkit::gecko; }
+
 /// GTK 4 knows of places in its windows only, and complains on the terminal of whoever asks for others. The window's
 /// places of Qt are wrong.
 constexpr Origin originOf(Toolkit toolkit) { return toolkit == Toolkit::gtk4 ? Origin::window : Origin::screen; }

@@ -11,4 +11,7 @@ namespace tavaro::atspi {
 /// what has no name by its class, and says a label twice, once with its mnemonic.
 std::string readableTitle(std::string_view name, Toolkit toolkit);
 
+/// Whether it is only the sign that pages draw before an item of a list.
+bool isBullet(std::string_view title);
+
 }

@@ -118,6 +118,25 @@ TEST_F(AccessibleTreeTest, aScrolledViewportOfGTK3IsWhereItsPaneIs) {
     EXPECT_THAT(names(walk(start(widgets, "Qt"))), ElementsAre("Window", ""));
 }
 
+TEST_F(AccessibleTreeTest, aPageHasItsFieldsInLabels) {
+    auto const away = [](FakeWidget widget) {
+        widget.states = {State::visible, State::sensitive};
+        return widget;
+    };
+    std::deque<FakeWidget> const widgets{widget(Role::application, "app", {1}), widget(Role::frame, "Window", {2, 3}),
+                                         widget(Role::label, "", {4, 5}),       away(widget(Role::label, "", {6, 7})),
+                                         widget(Role::staticText, "City "),     widget(Role::entry, "City"),
+                                         away(widget(Role::panel, "Above")),    away(widget(Role::comboBox, "Color"))};
+    for (auto const* const toolkit : {"Chromium", "Gecko"}) {
+        auto const tree = walk(start(widgets, toolkit));
+        EXPECT_THAT(names(tree), ElementsAre("Window", "", "", "City", "City", "Color"));
+        EXPECT_TRUE(tree.nodes.back().isScrolledAway);
+    }
+    auto& program = start(widgets, "Qt");
+    EXPECT_THAT(names(walk(program)), ElementsAre("Window", ""));
+    EXPECT_EQ(program.asked(2, "GetChildren"), 0);
+}
+
 TEST_F(AccessibleTreeTest, aLabelThatCanBeChosenFromAListIsARow) {
     auto choice = widget(Role::label, "Choice");
     choice.states.push_back(State::selectable);

@@ -243,7 +243,11 @@ TEST(PlacedElement, aRowIsCalledByWhatIsInIt) {
     tree.add(box, Role::label, "3 new", {100, 0, 100, 30});
     auto const field = tree.add(frame, Role::entry, "", {0, 50, 100, 20});
     tree.add(field, Role::label, "what was typed", {0, 50, 100, 20});
-    EXPECT_THAT(tree.visible({window("Main", {0, 0, 400, 300})}), ElementsAre("Inbox 3 new", ""));
+    auto const item = tree.add(frame, Role::listItem, "", {0, 80, 400, 30});
+    tree.add(item, Role::staticText, "•", {0, 80, 10, 30});
+    auto const label = tree.add(item, Role::label, "", {20, 80, 300, 30});
+    tree.add(label, Role::staticText, "City", {20, 80, 50, 30});
+    EXPECT_THAT(tree.visible({window("Main", {0, 0, 400, 300})}), ElementsAre("Inbox 3 new", "", "City"));
 }
 
 TEST(PlacedElement, withoutAWindowThereIsNothing) {
