@@ -2,9 +2,9 @@
 
 #include <TavaroAutomation/Elements/Private/ElementRole.h>
 #include <TavaroAutomation/Elements/Private/ElementTitle.h>
+#include <TavaroAutomation/Elements/Private/WindowScales.h>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <fmt/format.h>
 #include <map>
@@ -18,46 +18,53 @@ namespace {
 
 using Windows = std::vector<x11::OpenWindow>;
 
-constexpr std::array<double, 6> scales{1, 1.25, 1.5, 1.75, 2, 3};
-constexpr double rounding = 3; // points that a program's sizes may be off by
-
-double sizeDifference(Extents const& extents, double scale, UIRect const& rect) {
-    return std::abs(extents.width * scale - rect.width) + std::abs(extents.height * scale - rect.height);
-}
-
-/// Of a window the program may mean its contents or its frame.
-std::tuple<double, double, UIRect> bestFit(Extents const& root, x11::OpenWindow const& window) {
-    std::tuple<double, double, UIRect> best{INFINITY, 1, window.contents};
-    for (double const scale : scales) {
-        for (auto const& rect : {window.contents, window.frame}) {
-            double const difference = sizeDifference(root, scale, rect);
-            if (difference < std::get<0>(best)) best = {difference, scale, rect};
-        }
-    }
-    return best;
-}
-
-/// Java knows better where a window's contents are than where the window is.
-Extents windowExtents(AccessibleTree const& tree, AccessibleNode const& root) {
-    for (int const child : root.children) {
-        auto const& inside = tree.nodes[static_cast<std::size_t>(child)];
-        if (inside.role == Role::rootPane) return inside.extents;
-    }
-    return root.extents;
-}
-
-double mismatch(AccessibleTree const& tree, AccessibleNode const& root, x11::OpenWindow const& window) {
+double mismatch(AccessibleNode const& root, WindowFit const& fit, x11::OpenWindow const& window) {
     constexpr double otherTitle = 100; // in points of size
     bool const isSame = root.name == window.title;
-    return std::get<0>(bestFit(windowExtents(tree, root), window)) + (isSame ? 0 : otherTitle);
+    return fit.difference + (isSame ? 0 : otherTitle);
 }
 
 /// GTK 4 asks for room for a shadow that its own sizes leave out, on every side.
 constexpr double widestMargin = 160;
 
-bool isPlausible(AccessibleTree const& tree, AccessibleNode const& root, x11::OpenWindow const& window) {
-    auto const [difference, scale, rect] = bestFit(windowExtents(tree, root), window);
-    return root.name == window.title || difference < (window.isPopup ? 2 * rounding : 2 * widestMargin);
+bool isPlausible(AccessibleNode const& root, WindowFit const& fit, x11::OpenWindow const& window) {
+    return root.name == window.title || fit.difference < (window.isPopup ? 2 * rounding : 2 * widestMargin);
+}
+
+/// The places of windows that tell of themselves: of every root of the tree, none for those that no window shows.
+std::vector<std::optional<std::size_t>> matchWindows(AccessibleTree const& tree, WindowScales const& scales,
+                                                     Windows const& windows) {
+    std::vector<std::optional<std::size_t>> result;
+    std::vector<bool> isTaken(windows.size());
+    for (auto const& root : tree.nodes) {
+        if (root.parent >= 0) continue;
+        std::optional<std::size_t> best;
+        double least = 0;
+        for (std::size_t i = 0; i < windows.size(); ++i) {
+            auto const fit = scales.bestFit(windowExtents(tree, root), windows[i]);
+            if (isTaken[i] || !isPlausible(root, fit, windows[i])) continue;
+            double const difference = mismatch(root, fit, windows[i]);
+            if (best && difference >= least) continue;
+            best = i;
+            least = difference;
+        }
+        if (best) isTaken[*best] = true;
+        result.push_back(best);
+    }
+    return result;
+}
+
+Placement placementOf(Extents const& root, WindowFit const& fit, Toolkit toolkit, x11::OpenWindow const& window) {
+    double const scale = fit.scale;
+    bool const isThere = std::abs(root.x * scale - fit.rect.x) + std::abs(root.y * scale - fit.rect.y) <= 2 * rounding;
+    if (toolkit != Toolkit::gtk4 && (isThere || fit.difference > 2 * rounding)) return {.scale = scale};
+    // The program does not know where its window is: what it says counts from inside of the margin for the shadow.
+    auto const margin = [](double outer, double inner) { return std::max(outer - inner, 0.0) / 2; };
+    double const left = margin(window.contents.width, root.width * scale);
+    double const top = margin(window.contents.height, root.height * scale);
+    return {.scale = scale,
+            .dx = window.contents.x + left - root.x * scale,
+            .dy = window.contents.y + top - root.y * scale};
 }
 
 /// What cuts off its contents: everything that is laid out around them, but not what opens a menu or a list.
@@ -100,10 +107,11 @@ public:
     Placing(AccessibleTree const& tree, Windows const& windows, UIRect const& screen)
         : tree_(tree)
         , windows_(windows)
+        , scales_(tree, windows)
         , screen_(screen) {}
 
     std::vector<PlacedElement> run() {
-        auto const matches = matchWindows(tree_, windows_);
+        auto const matches = matchWindows(tree_, scales_, windows_);
         std::vector<std::pair<std::size_t, int>> roots; // by the place of the window
         std::size_t root = 0;
         for (int i = 0; i < static_cast<int>(tree_.nodes.size()); ++i) {
@@ -129,7 +137,9 @@ private:
     AccessibleNode const& node(int index) const { return tree_.nodes[static_cast<std::size_t>(index)]; }
 
     void placeWindow(int root, std::size_t window) {
-        auto const placement = placementOf(windowExtents(tree_, node(root)), tree_.toolkit, windows_[window]);
+        auto const extents = windowExtents(tree_, node(root));
+        auto const fit = scales_.bestFit(extents, windows_[window]);
+        auto const placement = placementOf(extents, fit, tree_.toolkit, windows_[window]);
         auto const clip = windows_[window].frame.intersection(screen_);
         Around const around{.placement = placement, .clip = clip, .window = window, .root = root};
         for (int const child : node(root).children) place(child, around);
@@ -278,6 +288,7 @@ private:
 
     AccessibleTree const& tree_;
     Windows const& windows_;
+    WindowScales const scales_;
     UIRect const screen_;
     std::vector<PlacedElement> placed_;
     std::map<std::tuple<int, std::string, std::string>, int> sameBefore_;
@@ -287,35 +298,6 @@ private:
 
 UIRect Placement::onScreen(Extents const& extents) const {
     return {extents.x * scale + dx, extents.y * scale + dy, extents.width * scale, extents.height * scale};
-}
-
-std::vector<std::optional<std::size_t>> matchWindows(AccessibleTree const& tree, Windows const& windows) {
-    std::vector<std::optional<std::size_t>> result;
-    std::vector<bool> isTaken(windows.size());
-    for (auto const& root : tree.nodes) {
-        if (root.parent >= 0) continue;
-        std::optional<std::size_t> best;
-        for (std::size_t i = 0; i < windows.size(); ++i) {
-            if (isTaken[i] || !isPlausible(tree, root, windows[i])) continue;
-            if (!best || mismatch(tree, root, windows[i]) < mismatch(tree, root, windows[*best])) best = i;
-        }
-        if (best) isTaken[*best] = true;
-        result.push_back(best);
-    }
-    return result;
-}
-
-Placement placementOf(Extents const& root, Toolkit toolkit, x11::OpenWindow const& window) {
-    auto const [difference, scale, rect] = bestFit(root, window);
-    bool const isThere = std::abs(root.x * scale - rect.x) + std::abs(root.y * scale - rect.y) <= 2 * rounding;
-    if (toolkit != Toolkit::gtk4 && (isThere || difference > 2 * rounding)) return {.scale = scale};
-    // The program does not know where its window is: what it says counts from inside of the margin for the shadow.
-    auto const margin = [](double outer, double inner) { return std::max(outer - inner, 0.0) / 2; };
-    double const left = margin(window.contents.width, root.width * scale);
-    double const top = margin(window.contents.height, root.height * scale);
-    return {.scale = scale,
-            .dx = window.contents.x + left - root.x * scale,
-            .dy = window.contents.y + top - root.y * scale};
 }
 
 std::vector<PlacedElement> placedElements(AccessibleTree const& tree, Windows const& windows, UIRect const& screen) {

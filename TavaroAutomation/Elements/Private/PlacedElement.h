@@ -34,11 +34,6 @@ struct PlacedElement {
     UIRect shownPart;               // of its frame; where it is scrolled away, the part of what scrolls it
 };
 
-/// The places of windows that tell of themselves: of every root of the tree, none for those that no window shows.
-std::vector<std::optional<std::size_t>> matchWindows(AccessibleTree const& tree,
-                                                     std::vector<x11::OpenWindow> const& windows);
-Placement placementOf(Extents const& root, Toolkit toolkit, x11::OpenWindow const& window);
-
 /// What people can click in those windows, windows from the front. What a program takes for showing is not believed:
 /// an element has a size, lies in what holds it, in a window and on the screen, and no other window of its program
 /// covers it. Whether a widget of its own window does, is not asked of each: see `coverOf`.

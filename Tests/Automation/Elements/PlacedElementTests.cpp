@@ -1,5 +1,6 @@
 #include <TavaroAutomation/Elements/Private/PlacedElement.h>
 
+#include <cmath>
 #include <fmt/format.h>
 #include <gmock/gmock.h>
 #include <map>
@@ -86,6 +87,31 @@ TEST(PlacedElement, atAScaleOfTwoEverythingIsTwiceAsFarAndAsLarge) {
         auto const elements = tree.placed({window("Main", {40 * scale, 80 * scale, 400 * scale, 300 * scale})});
         ASSERT_EQ(elements.size(), 1u) << scale;
         EXPECT_EQ(elements[0].frame, (UIRect{80 * scale, 120 * scale, 40 * scale, 20 * scale})) << scale;
+    }
+}
+
+TEST(PlacedElement, anyScaleIsKnownByTheShapeOfAWindow) {
+    for (auto const toolkit : {Toolkit::qt, Toolkit::chromium, Toolkit::gecko}) {
+        for (double const scale : {0.8, 1.1, 1.35, 1.4375, 2.25, 2.7}) {
+            auto const said = [&](UIRect const& rect) {
+                return Extents{static_cast<int>(rect.x / scale), static_cast<int>(rect.y / scale),
+                               static_cast<int>(rect.width / scale), static_cast<int>(rect.height / scale)};
+            };
+            UIRect const main{861, 435, 677, 729}, list{900, 500, 200, 900};
+            std::map<std::string, UIRect> const places{{"Save", {1050, 470, 290, 40}}, {"Open", {905, 1300, 190, 35}}};
+            TestTree tree(toolkit);
+            auto const frame = tree.add(-1, Role::frame, "Letter", said(main));
+            tree.add(frame, Role::pushButton, "Save", said(places.at("Save")));
+            auto const menu = tree.add(frame, Role::popupMenu, "", said(list));
+            tree.add(menu, Role::menuItem, "Open", said(places.at("Open")));
+            auto const placed = tree.placed({popup(list), window("Letter — Editor", main)});
+            ASSERT_EQ(placed.size(), 2U) << scale;
+            for (auto const& each : placed) {
+                auto const at = each.frame.center(), expected = places.at(each.title).center();
+                EXPECT_LT(std::hypot(at.x - expected.x, at.y - expected.y), 4) << each.title << scale;
+                EXPECT_TRUE(each.isVisible) << each.title << scale;
+            }
+        }
     }
 }
 
