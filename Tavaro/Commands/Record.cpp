@@ -14,6 +14,7 @@
 #include <Tavaro/Model/Recording/TakeNames.h>
 #include <Tavaro/Model/Recording/UnfinishedRecording.h>
 
+#include <TavaroCapture/X11/GlobalKey.h>
 #include <TavaroCore/Values/Timecode.h>
 
 #include <CLI/CLI.hpp>
@@ -38,6 +39,7 @@ struct Options {
     std::string area;
     double seconds = 0;
     int countdown = 0;
+    std::string pauseKey;
     int fps = 60;
     CLI::Option const* microphone = nullptr; // given, with an id or without
     CLI::Option const* systemAudio = nullptr;
@@ -114,7 +116,15 @@ public:
         : recorder_(queue)
         , observation_(recorder_.observe([this](RecorderState const& state) { show(state); })) {}
 
-    RecordingOutcome run(MainQueue& queue, RecordingRequest request) {
+    RecordingOutcome run(MainQueue& queue, RecordingRequest request, std::string const& pauseKey) {
+        if (!pauseKey.empty()) {
+            pauseKey_.emplace(pauseKey, request.recorder.display, [this, &queue] {
+                queue.async([this] {
+                    if (interruption_) togglePause();
+                });
+            });
+            request.recorder.ownShortcut = pauseKey_->chord();
+        }
         std::optional<RecordingOutcome> outcome;
         recorder_.start(std::move(request), {.remark = [this](std::string const& remark) { tell(remark); },
                                              .over =
@@ -193,6 +203,7 @@ private:
 
     std::optional<Interruption> interruption_{std::in_place};
     PauseSignal pause_;
+    std::optional<x11::GlobalKey> pauseKey_;
     std::optional<TakeKeys> keys_{std::in_place};
     std::optional<ProgressLine> line_{std::in_place, "Recording"};
     bool asksToDiscard_ = false;
@@ -203,7 +214,7 @@ private:
 void record(Options const& options) {
     if (auto const offer = unfinishedOffer()) terminal::tell("{}\n", *offer);
     MainQueue queue;
-    auto const outcome = WatchedRecording(queue).run(queue, requestOf(options));
+    auto const outcome = WatchedRecording(queue).run(queue, requestOf(options), options.pauseKey);
     if (outcome.kind == RecordingOutcome::Kind::discarded && outcome.hasBegun)
         return terminal::tell("{}\n", outcome.sentence());
     if (outcome.failure) std::rethrow_exception(outcome.failure);
@@ -244,6 +255,8 @@ void addRecord(CLI::App& app) {
         ->check(secondsFrom(0.1, 86'400));
     command->add_option("--countdown", options->countdown, "whole seconds to wait before the take begins")
         ->check(CLI::Range(0, 60));
+    command->add_option("--pause-key", options->pauseKey,
+                        "a shortcut that pauses the take from anywhere and lets it go on, like ctrl+alt+p");
     command->add_option("--fps", options->fps, "frames a second")->check(CLI::Range(1, 120))->capture_default_str();
     auto* const noKeys = command->add_flag("--no-keys", options->logsNoKeys, "log no keystrokes");
     command

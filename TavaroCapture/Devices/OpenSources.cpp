@@ -2,7 +2,6 @@
 
 #include <TavaroCapture/Pulse/Private/ApplicationSound.h>
 #include <TavaroCapture/Pulse/Private/PulseSound.h>
-#include <TavaroCapture/Secrets/Private/GuardedEvents.h>
 #include <TavaroCapture/V4L2/Private/VideoCameras.h>
 #include <TavaroCapture/Wayland/Private/SharedDesktop.h>
 #include <TavaroCapture/X11/Private/InputMonitor.h>
@@ -25,8 +24,8 @@ std::unique_ptr<ScreenSource> openScreen(CaptureSource const& source, std::strin
     return std::make_unique<x11::ScreenGrabber>(source, display);
 }
 
-std::unique_ptr<EventSource> openEvents(std::string const& display, KeyLogging keys) {
-    return guarded(std::make_unique<x11::InputMonitor>(display, keys), keys, display);
+std::unique_ptr<EventSource> openEvents(std::string const& display, LoggedKeys const& keys) {
+    return guarded(std::make_unique<x11::InputMonitor>(display, keys.logging), keys, display);
 }
 
 std::unique_ptr<SoundSource> openMicrophone(MicrophoneSource const& source, std::string const& server) {

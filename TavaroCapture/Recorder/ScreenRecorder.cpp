@@ -23,7 +23,7 @@ TakeSources openSources(RecorderOptions const& options, std::function<bool()> co
     TakeSources result;
     if (!isAsked(options)) {
         result.screen = openScreen(options.source, options.display);
-        result.events = openEvents(options.display, options.keys);
+        result.events = openEvents(options.display, {options.keys, options.ownShortcut});
     }
     if (options.camera) result.camera = openCamera(*options.camera);
     if (options.microphone) result.microphone = openMicrophone(*options.microphone, options.soundServer);

@@ -3,6 +3,7 @@
 #include <TavaroCapture/Segments/TakeStream.h>
 #include <TavaroCapture/Sources/CaptureError.h>
 #include <TavaroCapture/Sources/CaptureSource.h>
+#include <TavaroCapture/Sources/Chord.h>
 #include <TavaroCapture/Sources/KeyLogging.h>
 #include <TavaroCapture/Sources/SoundState.h>
 #include <TavaroCore/Recording/RecordingMetadata.h>
@@ -26,6 +27,7 @@ struct RecorderOptions {
     std::string display; // X server to record; empty means this desktop: `$DISPLAY`, or what a Wayland one shares
     int fps = 60;        // 1…120
     KeyLogging keys = KeyLogging::all;
+    std::optional<Chord> ownShortcut;             // that works the recorder; never logged
     std::optional<MicrophoneSource> microphone;   // none: not recorded
     std::optional<SystemSoundSource> systemSound; // none: not recorded
     std::optional<CameraDeviceSource> camera;     // none: not recorded

@@ -17,9 +17,9 @@ constexpr double patienceAtEnd = 0.3;
 
 }
 
-GuardedEvents::GuardedEvents(std::unique_ptr<EventSource> source, KeyLogging keys, std::unique_ptr<FieldFocus> focus)
+GuardedEvents::GuardedEvents(std::unique_ptr<EventSource> source, LoggedKeys keys, std::unique_ptr<FieldFocus> focus)
     : source_(std::move(source))
-    , keys_(keys)
+    , keys_(std::move(keys))
     , focus_(std::move(focus)) {}
 
 GuardedEvents::~GuardedEvents() { stop(); }
@@ -32,7 +32,7 @@ void GuardedEvents::start(EventHandlers handlers) {
         handlers_.frontmost(std::move(window));
     };
     passedOn.key = [this](double at, Chord chord) {
-        if (keys_ == KeyLogging::shortcuts && !chord.isShortcut()) return;
+        if ((keys_.logging == KeyLogging::shortcuts && !chord.isShortcut()) || chord == keys_.never) return;
         std::lock_guard const lock(arriving_);
         arrived_.push_back({at, std::move(chord), front_, mediaClockNow()});
         wake_.ring();
@@ -112,8 +112,9 @@ void GuardedEvents::settle(FieldFocus::Content content) {
     }
 }
 
-std::unique_ptr<EventSource> guarded(std::unique_ptr<EventSource> source, KeyLogging keys, std::string const& display) {
-    if (keys == KeyLogging::none) return source;
+std::unique_ptr<EventSource> guarded(std::unique_ptr<EventSource> source, LoggedKeys const& keys,
+                                     std::string const& display) {
+    if (keys.logging == KeyLogging::none) return source;
     auto const address = atspi::busAddress(display);
     auto bus = address.empty() ? nullptr : atspi::openBus(address);
     auto focus = bus ? std::make_unique<FieldFocus>(std::move(bus)) : nullptr;

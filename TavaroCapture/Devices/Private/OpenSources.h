@@ -1,5 +1,6 @@
 #pragma once
 
+#include <TavaroCapture/Secrets/Private/GuardedEvents.h>
 #include <TavaroCapture/Sources/Private/EventSource.h>
 #include <TavaroCapture/Sources/Private/FrameSource.h>
 #include <TavaroCapture/Sources/Private/SoundSource.h>
@@ -30,7 +31,7 @@ DesktopSources openSharedDesktop(CaptureSource const& source, int fps, std::func
 std::unique_ptr<ScreenSource> openScreen(CaptureSource const& source, std::string const& display);
 
 /// Throws `CaptureError` when no server answers, or one that does not tell of clicks and keys.
-std::unique_ptr<EventSource> openEvents(std::string const& display, KeyLogging keys);
+std::unique_ptr<EventSource> openEvents(std::string const& display, LoggedKeys const& keys);
 
 /// Finds a device of the sound server, given as in `$PULSE_SERVER` (empty means that, or the session's own). It is open
 /// only while it is recorded. Throws `CaptureError` when there is none, and when no server answers.

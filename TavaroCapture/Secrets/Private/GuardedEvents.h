@@ -10,9 +10,16 @@
 #include <deque>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <vector>
 
 namespace tavaro {
+
+/// Which keys are for the log.
+struct LoggedKeys {
+    KeyLogging logging = KeyLogging::all;
+    std::optional<Chord> never = {}; // the recorder's own shortcut
+};
 
 /// What another source reports, less the keys that go into a password field or a terminal's prompt. Where a key goes is
 /// known only when the program in front has got round to it, which may have been given keys before that move its focus.
@@ -22,7 +29,7 @@ namespace tavaro {
 class GuardedEvents final : public EventSource {
 public:
     /// `focus` is none where programs tell nothing of their widgets.
-    GuardedEvents(std::unique_ptr<EventSource> source, KeyLogging keys, std::unique_ptr<FieldFocus> focus);
+    GuardedEvents(std::unique_ptr<EventSource> source, LoggedKeys keys, std::unique_ptr<FieldFocus> focus);
     ~GuardedEvents() override;
 
     void start(EventHandlers handlers) override;
@@ -48,7 +55,7 @@ private:
     bool isOver() const;
 
     std::unique_ptr<EventSource> const source_;
-    KeyLogging const keys_;
+    LoggedKeys const keys_;
     EventHandlers handlers_;
     std::atomic<int> front_ = 0; // process
     std::mutex arriving_;
@@ -66,6 +73,7 @@ private:
 };
 
 /// The source as it is where no keys are logged, else guarded by all that can be known on `display`.
-std::unique_ptr<EventSource> guarded(std::unique_ptr<EventSource> source, KeyLogging keys, std::string const& display);
+std::unique_ptr<EventSource> guarded(std::unique_ptr<EventSource> source, LoggedKeys const& keys,
+                                     std::string const& display);
 
 }

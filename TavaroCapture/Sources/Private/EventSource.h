@@ -1,6 +1,7 @@
 #pragma once
 
 #include <TavaroCapture/Sources/CaptureSource.h>
+#include <TavaroCapture/Sources/Chord.h>
 #include <TavaroCapture/Sources/DesktopEntries.h>
 #include <TavaroCapture/Sources/KeyLogging.h>
 #include <TavaroCore/Recording/RecordingMetadata.h>
@@ -11,19 +12,6 @@
 #include <vector>
 
 namespace tavaro {
-
-/// Keys held for one key press.
-struct Chord {
-    bool control = false;
-    bool option = false;
-    bool shift = false;
-    bool command = false;
-    std::string key;
-
-    /// "⌃", "⌥", "⇧", "⌘" in this order, then the key.
-    std::vector<std::string> names() const;
-    bool isShortcut() const { return control || option || command; }
-};
 
 /// The window that has the keyboard.
 struct FrontWindow {

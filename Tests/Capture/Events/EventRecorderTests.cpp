@@ -1,5 +1,10 @@
 #include "EventTake.h"
 
+#include <TavaroCapture/Sources/CaptureError.h>
+#include <TavaroCapture/X11/GlobalKey.h>
+
+#include <atomic>
+
 namespace tavaro {
 
 namespace {
@@ -80,6 +85,26 @@ TEST_F(EventRecorderTest, noKeyIsLoggedWhileASecretIsAskedFor) {
     client->tap("c");
     ASSERT_TRUE(sees([](auto const& log) { return log.keystrokes.size() >= 3; }));
     EXPECT_EQ(log().keystrokes[2].keys, Keys{"c"});
+}
+
+TEST_F(EventRecorderTest, theRecordersOwnShortcutWorksWhateverLocksAreOnAndIsNotLogged) {
+    std::atomic<int> presses = 0;
+    x11::GlobalKey const pause("ctrl+Shift+p", display->name(), [&] { ++presses; });
+    EXPECT_EQ(pause.chord().names(), (Keys{"⌃", "⇧", "p"}));
+    EXPECT_THROW(x11::GlobalKey("ctrl+shift+P", display->name(), [] {}), CaptureError) << "it is taken";
+    EXPECT_THROW(x11::GlobalKey("ctrl+nokey", display->name(), [] {}), CaptureError);
+    ownShortcut = pause.chord();
+    begin();
+    for (auto const& lock : {"Caps_Lock", "Num_Lock"}) {
+        client->tap(lock);
+        client->key("Control_L", true), client->key("Shift_L", true);
+        client->tap("p");
+        client->key("Shift_L", false), client->key("Control_L", false);
+    }
+    EXPECT_TRUE(eventually([&] { return presses == 2; })) << presses;
+    client->tap("q");
+    ASSERT_TRUE(sees([](auto const& log) { return !log.keystrokes.empty(); }));
+    EXPECT_EQ(log().keystrokes.at(0).keys, Keys{"q"});
 }
 
 TEST_F(EventRecorderTest, spansTellWhichApplicationWasInFront) {

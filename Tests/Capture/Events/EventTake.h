@@ -15,7 +15,8 @@ class EventTake : public DisplayTest {
 protected:
     void begin() {
         clock.start(mediaClockNow());
-        recorder.emplace(openEvents(display->name(), KeyLogging::all), PixelRect{100, 100, 400, 200}, clock, queue);
+        recorder.emplace(openEvents(display->name(), {KeyLogging::all, ownShortcut}), PixelRect{100, 100, 400, 200},
+                         clock, queue);
         recorder->start();
     }
     RecordingMetadata log() { return recorder->metadata(1000); }
@@ -29,6 +30,7 @@ protected:
         return eventually([&] { return isSo(log()); });
     }
 
+    std::optional<Chord> ownShortcut;
     TakeClock clock;
     SerialQueue queue{"test.samples"};
     std::optional<EventRecorder> recorder;

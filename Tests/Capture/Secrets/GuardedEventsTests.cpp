@@ -38,7 +38,7 @@ protected:
     void showForm() { form.emplace(bus, std::vector<FakeForm::Field>{{}, {.isPassword = true}}); }
     void begin(KeyLogging keys = KeyLogging::all) {
         auto focus = std::make_unique<FieldFocus>(atspi::openBus(bus.address()));
-        events.emplace(std::make_unique<TypedKeys>(keyboard), keys, std::move(focus));
+        events.emplace(std::make_unique<TypedKeys>(keyboard), LoggedKeys{keys}, std::move(focus));
         events->start({.key = [this](double at, Chord const& chord) {
             std::lock_guard const lock(mutex);
             EXPECT_TRUE(lastAt <= at);

@@ -1,4 +1,4 @@
-#include <TavaroCapture/Sources/Private/EventSource.h>
+#include <TavaroCapture/Sources/Chord.h>
 
 namespace tavaro {
 
