@@ -14,7 +14,7 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr auto turn = 20ms;
-constexpr auto betweenTries = 100ms;
+constexpr auto betweenTries = 250ms;
 constexpr auto longestStart = 2s;
 // Some cameras need seconds to wake up; one that is awake does not stop for so many pictures.
 constexpr double wakingPatience = 4;
@@ -93,7 +93,7 @@ void ReopenedCamera::film(CameraFeed& feed) {
 
 /// False for a picture that cannot be seen.
 bool ReopenedCamera::take(DevicePictures& pictures, FedPicture const& fed) {
-    auto const picture = fed.isDamaged ? std::nullopt : pictures.read(fed.bytes);
+    auto const picture = fed.isDamaged ? std::nullopt : pictures.read(fed.bytes, fed.stride);
     if (auto const missed = fed.missedBefore + (picture ? 0 : 1); missed > 0) handlers_.missed(missed);
     if (!picture) return false;
     if (std::exchange(isAway_, false)) handlers_.returned();

@@ -1,6 +1,7 @@
 #include <TavaroCapture/Devices/ListSources.h>
 
 #include <TavaroCapture/Devices/Private/OpenSources.h>
+#include <TavaroCapture/PipeWire/Private/PipeWireCameras.h>
 #include <TavaroCapture/Pulse/Private/SoundDevices.h>
 #include <TavaroCapture/V4L2/Private/VideoCameras.h>
 #include <TavaroCapture/Wayland/Private/SharedDesktop.h>
@@ -10,6 +11,15 @@
 namespace tavaro {
 
 namespace {
+
+std::vector<CameraInfo> camerasOfAllKinds() {
+    auto result = v4l2::cameras(*v4l2::kernelVideo());
+    for (auto& camera : pipewire::cameras()) {
+        camera.isDefault = result.empty();
+        result.push_back(std::move(camera));
+    }
+    return result;
+}
 
 void listDesktop(SourceList& list, std::string const& display) {
     if (desktopAccess(display) == DesktopAccess::asked) {
@@ -32,7 +42,7 @@ SourceList listSources(std::string const& display, std::string const& soundServe
     auto sound = pulse::soundDevices(soundServer);
     list.microphones = std::move(sound.microphones);
     list.systemSound = std::move(sound.systemSound);
-    list.cameras = v4l2::cameras(*v4l2::kernelVideo());
+    list.cameras = camerasOfAllKinds();
     return list;
 }
 

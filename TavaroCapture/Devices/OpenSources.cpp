@@ -1,12 +1,17 @@
 #include <TavaroCapture/Devices/Private/OpenSources.h>
 
+#include <TavaroCapture/PipeWire/Private/PipeWireCameras.h>
 #include <TavaroCapture/Pulse/Private/ApplicationSound.h>
 #include <TavaroCapture/Pulse/Private/PulseSound.h>
+#include <TavaroCapture/Secrets/Private/GuardedEvents.h>
+#include <TavaroCapture/Sources/CaptureError.h>
 #include <TavaroCapture/V4L2/Private/VideoCameras.h>
 #include <TavaroCapture/Wayland/Private/SharedDesktop.h>
 #include <TavaroCapture/X11/Private/InputMonitor.h>
 #include <TavaroCapture/X11/Private/ScreenGrabber.h>
 #include <TavaroPlatform/Processes/DesktopSession.h>
+
+#include <fmt/format.h>
 
 namespace tavaro {
 
@@ -40,6 +45,11 @@ std::unique_ptr<SoundSource> openSystemSound(SystemSoundSource const& source, st
 }
 
 std::unique_ptr<CameraSource> openCamera(CameraDeviceSource const& source) {
-    return v4l2::openCamera(v4l2::kernelVideo(), source);
+    if (auto kernels = v4l2::openCamera(v4l2::kernelVideo(), source)) return kernels;
+    if (auto servers = pipewire::openCamera(source)) return servers;
+    if (source.id.empty()) throw CaptureError(CaptureError::Kind::noCamera, "There is no camera.");
+    throw CaptureError(CaptureError::Kind::noCamera,
+                       fmt::format("There is no camera “{}”. `tavaro sources` lists those there are.", source.id));
 }
+
 }

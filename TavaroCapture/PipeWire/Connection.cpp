@@ -77,6 +77,12 @@ std::vector<Node> Connection::nodes() const {
     return result;
 }
 
+NodeProxy Connection::bind(std::uint32_t node) const {
+    if (!isAlive() || !registry_) return nullptr;
+    auto* const proxy = pw_registry_bind(registry_, node, PW_TYPE_INTERFACE_Node, PW_VERSION_NODE, 0);
+    return NodeProxy(static_cast<pw_node*>(proxy));
+}
+
 void Connection::onInfo(void* self, pw_core_info const* info) {
     static_cast<Connection*>(self)->cookie_ = info->cookie;
 }
@@ -97,6 +103,7 @@ void Connection::onGlobal(void* self, std::uint32_t id, std::uint32_t /*permissi
                                                   .name = valueOf(*properties, PW_KEY_NODE_NAME),
                                                   .description = valueOf(*properties, PW_KEY_NODE_DESCRIPTION),
                                                   .mediaClass = valueOf(*properties, PW_KEY_MEDIA_CLASS),
+                                                  .role = valueOf(*properties, PW_KEY_MEDIA_ROLE),
                                                   .path = valueOf(*properties, PW_KEY_OBJECT_PATH)};
 }
 

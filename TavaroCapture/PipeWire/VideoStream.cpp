@@ -65,8 +65,13 @@ spa_pod const* offer(spa_pod_builder& builder, VideoStream::Options const& optio
     spa_pod_builder_add(&builder, SPA_FORMAT_mediaType, SPA_POD_Id(SPA_MEDIA_TYPE_video), SPA_FORMAT_mediaSubtype,
                         SPA_POD_Id(subtype), 0);
     if (subtype == SPA_MEDIA_SUBTYPE_raw) addFormats(builder, options.layouts);
-    spa_pod_builder_add(&builder, SPA_FORMAT_VIDEO_size, SPA_POD_CHOICE_RANGE_Rectangle(&usual, &smallest, &largest),
-                        SPA_FORMAT_VIDEO_framerate, SPA_POD_CHOICE_RANGE_Fraction(&most, &variable, &fastest), 0);
+    if (options.size == VideoStream::Options::Size::exact)
+        spa_pod_builder_add(&builder, SPA_FORMAT_VIDEO_size, SPA_POD_Rectangle(&usual), 0);
+    else
+        spa_pod_builder_add(&builder, SPA_FORMAT_VIDEO_size,
+                            SPA_POD_CHOICE_RANGE_Rectangle(&usual, &smallest, &largest), 0);
+    spa_pod_builder_add(&builder, SPA_FORMAT_VIDEO_framerate, SPA_POD_CHOICE_RANGE_Fraction(&most, &variable, &fastest),
+                        0);
     if (limit == Rate::limited)
         spa_pod_builder_add(&builder, SPA_FORMAT_VIDEO_maxFramerate,
                             SPA_POD_CHOICE_RANGE_Fraction(&most, &slowest, &most), 0);
@@ -261,6 +266,7 @@ void VideoStream::takePicture(spa_buffer& buffer) const {
                          .isDamaged = (data.chunk->flags & SPA_CHUNK_FLAG_CORRUPTED) != 0 ||
                                       (header && (header->flags & SPA_META_HEADER_FLAG_CORRUPTED) != 0)};
     picture.format.stride = data.chunk->stride;
+    if (header) picture.sequence = header->seq;
     handlers_.picture(picture);
 }
 

@@ -88,18 +88,9 @@ std::vector<CameraInfo> cameras(VideoSystem const& system) {
     return result;
 }
 
-bool has(VideoSystem const& system, std::string const& id) {
-    return std::ranges::any_of(system.nodes(), [&](VideoNode const& node) {
-        if (isNamed(node, id)) return true;
-        auto const camera = looked(system, node);
-        return camera && camera->description.name == id;
-    });
-}
-
 std::unique_ptr<CameraSource> openCamera(std::shared_ptr<VideoSystem const> system, CameraDeviceSource const& source) {
     auto camera = found(*system, source.id);
-    if (!camera && source.id.empty()) fail("There is no camera.");
-    if (!camera) fail(fmt::format("There is no camera “{}”. `tavaro sources` lists those there are.", source.id));
+    if (!camera) return nullptr;
     auto const mode = modeOf(*camera);
     Identity const identity{camera->node.id, camera->description.name, camera->description.bus};
     auto const lag = source.lags.find(identity.id);

@@ -85,14 +85,15 @@ ffmpeg::CodecContext jpegDecoder() {
 }
 
 struct DevicePictures::State {
-    DeviceFormat const format;
+    DeviceFormat format; // with the stride of the present picture
+    std::ptrdiff_t const usualStride;
     ffmpeg::CodecContext decoder; // of JPEGs; none where this FFmpeg has none
     ffmpeg::Packet packet{av_packet_alloc()};
     std::vector<std::uint8_t> planes; // Y, Cb, Cr of what comes in another layout
     Image image;
     FrameConverter converter;
 
-    explicit State(DeviceFormat const& format) : format(withStride(format)) {
+    explicit State(DeviceFormat const& format) : format(withStride(format)), usualStride(this->format.stride) {
         if (format.layout == DeviceLayout::jpeg) decoder = jpegDecoder();
         if (!packet) throw std::bad_alloc();
     }
@@ -113,9 +114,10 @@ DevicePictures::~DevicePictures() = default;
 
 DeviceFormat const& DevicePictures::format() const { return state_->format; }
 
-std::optional<DevicePicture> DevicePictures::read(std::span<std::uint8_t const> bytes) {
+std::optional<DevicePicture> DevicePictures::read(std::span<std::uint8_t const> bytes, std::ptrdiff_t stride) {
     auto& s = *state_;
     auto const& format = s.format;
+    s.format.stride = stride > 0 ? std::max(stride, rowBytes(format)) : s.usualStride;
     if (format.width <= 0 || format.height <= 0 || bytes.size() < leastBytes(format)) return std::nullopt;
     if (isRGB(format.layout))
         return DevicePicture{{bytes.data(), format.width, format.height, format.stride},

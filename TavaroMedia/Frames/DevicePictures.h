@@ -52,8 +52,8 @@ public:
 
     DeviceFormat const& format() const;
     /// Good as long as the bytes, and until the next call. None where they hold no whole picture of the format: too few
-    /// of them, a JPEG of another size or one that is damaged anywhere.
-    std::optional<DevicePicture> read(std::span<std::uint8_t const> bytes);
+    /// of them, a JPEG of another size or one that is damaged anywhere. `stride` is this picture's; 0: the format's.
+    std::optional<DevicePicture> read(std::span<std::uint8_t const> bytes, std::ptrdiff_t stride = 0);
 
 private:
     struct State;

@@ -12,6 +12,7 @@ namespace tavaro {
 /// What a camera handed over for a picture.
 struct FedPicture {
     std::span<std::uint8_t const> bytes; // good during the call
+    std::ptrdiff_t stride = 0;           // bytes a row of the first plane; 0: as the format says
     double capturedAt = 0;               // moment of its exposure on the media clock
     std::int64_t missedBefore = 0;       // pictures that the camera took since the one before, and nobody got
     bool isDamaged = false;              // as the camera itself says

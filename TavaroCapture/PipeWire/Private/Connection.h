@@ -22,6 +22,10 @@ using Loop = std::unique_ptr<pw_loop, Release<pw_loop_destroy>>;
 using Context = std::unique_ptr<pw_context, Release<pw_context_destroy>>;
 using Core = std::unique_ptr<pw_core, Release<pw_core_disconnect>>;
 using Stream = std::unique_ptr<pw_stream, Release<pw_stream_destroy>>;
+struct ReleaseProxy {
+    void operator()(auto* handle) const { pw_proxy_destroy(reinterpret_cast<pw_proxy*>(handle)); }
+};
+using NodeProxy = std::unique_ptr<pw_node, ReleaseProxy>;
 
 /// Something that pictures or sound come from, or go to.
 struct Node {
@@ -29,6 +33,7 @@ struct Node {
     std::string name; // the same whenever the device is plugged in
     std::string description;
     std::string mediaClass; // "Video/Source", "Audio/Source", "Audio/Sink"
+    std::string role;       // "Camera"
     std::string path;       // of what it stands for: "v4l2:/dev/video0"
     bool operator==(Node const&) const = default;
 };
@@ -61,6 +66,9 @@ public:
 
     /// Those that there are now; good once the connection has settled.
     std::vector<Node> nodes() const;
+    bool has(std::uint32_t node) const { return nodes_.contains(node); }
+    /// To ask the node itself. None where it cannot be.
+    NodeProxy bind(std::uint32_t node) const;
     /// What tells one run of a server from all others; 0 before it has settled.
     std::uint32_t cookie() const { return cookie_; }
 

@@ -22,8 +22,9 @@ struct VideoFormat {
 struct VideoPicture {
     DeviceFormat format; // with its stride
     std::span<std::uint8_t const> bytes;
-    double capturedAt = 0;  // moment of the media clock
-    bool isDamaged = false; // its device says so
+    double capturedAt = 0;                      // moment of the media clock
+    bool isDamaged = false;                     // its device says so
+    std::optional<std::uint64_t> sequence = {}; // of its device's pictures, where it counts them
 };
 
 /// Pictures of one node: a camera's, or a screen's that somebody shares. It is never moved to another node. All its
@@ -35,7 +36,9 @@ public:
         Role role = Role::screen;
         std::uint32_t node = PW_ID_ANY;    // its id
         std::vector<DeviceLayout> layouts; // the best first
-        int width = 1920;                  // where the node leaves the choice
+        enum class Size { usual, exact };  // where the node leaves the choice, or nothing else
+        Size size = Size::usual;
+        int width = 1920;
         int height = 1080;
         int fps = 60; // at most
     };

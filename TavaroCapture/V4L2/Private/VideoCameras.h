@@ -15,11 +15,8 @@ namespace tavaro::v4l2 {
 /// The cameras that can be opened now, in the system's order; the first is the default one.
 std::vector<CameraInfo> cameras(VideoSystem const& system);
 
-/// Whether an id or a name is that of a camera that is listed, or the path of a node.
-bool has(VideoSystem const& system, std::string const& id);
-
-/// The camera of that id, name or node; an empty one is the default camera. It is open only while it is filmed. Throws
-/// `CaptureError` (`noCamera`) where there is none, and where it cannot be used.
+/// The camera of that id, name or node; an empty one is the default camera. It is open only while it is filmed. None
+/// where there is no such camera; throws `CaptureError` (`noCamera`) where it cannot be used.
 std::unique_ptr<CameraSource> openCamera(std::shared_ptr<VideoSystem const> system, CameraDeviceSource const& source);
 
 }

@@ -109,6 +109,12 @@ TEST_F(DevicePicturesTest, rowsMayBeFartherApartThanTheirPixelsNeed) {
     auto const picture = pictures.read(apart);
     ASSERT_TRUE(picture);
     EXPECT_LE(difference(soft.view(), *picture), 1);
+    DevicePictures others({DeviceLayout::yuyv, width, height});
+    for (auto const& [bytes, told] : {std::pair(apart, stride), std::pair(packed, std::size_t{0})}) {
+        auto const same = others.read(bytes, static_cast<std::ptrdiff_t>(told));
+        ASSERT_TRUE(same) << told;
+        EXPECT_LE(difference(soft.view(), *same), 1) << told;
+    }
 }
 
 TEST_F(DevicePicturesTest, aJPEGIsTakenWholeOrNotAtAll) {

@@ -1,0 +1,141 @@
+#include "TestCameraNode.h"
+
+#include "Camera/Timecode.h"
+
+#include <TavaroCapture/PipeWire/Private/VideoStream.h>
+#include <TavaroPlatform/Clocks/MediaClock.h>
+
+#include <array>
+#include <cmath>
+#include <spa/param/buffers.h>
+#include <spa/param/param.h>
+#include <spa/param/video/format-utils.h>
+
+namespace tavaro {
+
+using namespace std::chrono_literals;
+using namespace pipewire;
+
+namespace {
+
+constexpr int width = 640;
+constexpr int height = 480;
+constexpr double fps = 30;
+
+/// The camera's side of a stream.
+class Sender {
+public:
+    Sender(Connection& connection, TestCameraNode& camera, std::string const& name, std::string const& description)
+        : camera_(camera)
+        , stream_(pw_stream_new(connection.core(), name.c_str(),
+                                pw_properties_new(PW_KEY_MEDIA_CLASS, "Video/Source", PW_KEY_MEDIA_ROLE, "Camera",
+                                                  PW_KEY_NODE_NAME, name.c_str(), PW_KEY_NODE_DESCRIPTION,
+                                                  description.c_str(), nullptr))) {
+        static pw_stream_events const events{.version = PW_VERSION_STREAM_EVENTS,
+                                             .state_changed = onState,
+                                             .param_changed = onParameter,
+                                             .process = onProcess};
+        pw_stream_add_listener(stream_.get(), &hook_, &events, this);
+        std::array<std::uint8_t, 1024> room{};
+        auto builder = SPA_POD_BUILDER_INIT(room.data(), room.size());
+        spa_rectangle const size{width, height}, other{320, 240};
+        spa_fraction const rate{30, 1};
+        std::array<spa_pod const*, 2> forms{};
+        for (std::size_t i = 0; i < forms.size(); ++i) // the better one last
+            forms[i] = static_cast<spa_pod const*>(spa_pod_builder_add_object(
+                &builder, SPA_TYPE_OBJECT_Format, SPA_PARAM_EnumFormat, SPA_FORMAT_mediaType,
+                SPA_POD_Id(SPA_MEDIA_TYPE_video), SPA_FORMAT_mediaSubtype, SPA_POD_Id(SPA_MEDIA_SUBTYPE_raw),
+                SPA_FORMAT_VIDEO_format, SPA_POD_Id(SPA_VIDEO_FORMAT_YUY2), SPA_FORMAT_VIDEO_size,
+                SPA_POD_Rectangle(i == 0 ? &other : &size), SPA_FORMAT_VIDEO_framerate, SPA_POD_Fraction(&rate)));
+        auto const flags = static_cast<pw_stream_flags>(PW_STREAM_FLAG_DRIVER | PW_STREAM_FLAG_MAP_BUFFERS);
+        pw_stream_connect(stream_.get(), PW_DIRECTION_OUTPUT, PW_ID_ANY, flags, forms.data(), forms.size());
+    }
+    ~Sender() { spa_hook_remove(&hook_); }
+
+    void tick() {
+        if (isStreaming_ && !camera_.isFrozen) pw_stream_trigger_process(stream_.get());
+    }
+
+private:
+    static void onState(void* self, pw_stream_state, pw_stream_state now, char const*) {
+        static_cast<Sender*>(self)->isStreaming_ = now == PW_STREAM_STATE_STREAMING;
+    }
+    static void onParameter(void* self, std::uint32_t id, spa_pod const* parameter) {
+        auto& here = *static_cast<Sender*>(self);
+        spa_video_info_raw given{};
+        if (id != SPA_PARAM_Format || !parameter || spa_format_video_raw_parse(parameter, &given) < 0) return;
+        here.width_ = static_cast<int>(given.size.width);
+        here.height_ = static_cast<int>(given.size.height);
+        std::array<std::uint8_t, 1024> room{};
+        auto builder = SPA_POD_BUILDER_INIT(room.data(), room.size());
+        int const stride = 2 * here.width_;
+        std::array<spa_pod const*, 2> wanted{
+            static_cast<spa_pod const*>(spa_pod_builder_add_object(
+                &builder, SPA_TYPE_OBJECT_ParamBuffers, SPA_PARAM_Buffers, SPA_PARAM_BUFFERS_buffers,
+                SPA_POD_CHOICE_RANGE_Int(8, 2, 16), SPA_PARAM_BUFFERS_blocks, SPA_POD_Int(1), SPA_PARAM_BUFFERS_size,
+                SPA_POD_Int(stride * here.height_), SPA_PARAM_BUFFERS_stride, SPA_POD_Int(stride))),
+            static_cast<spa_pod const*>(spa_pod_builder_add_object(
+                &builder, SPA_TYPE_OBJECT_ParamMeta, SPA_PARAM_Meta, SPA_PARAM_META_type, SPA_POD_Id(SPA_META_Header),
+                SPA_PARAM_META_size, SPA_POD_Int(static_cast<int>(sizeof(spa_meta_header)))))};
+        pw_stream_update_params(here.stream_.get(), wanted.data(), wanted.size());
+    }
+    static void onProcess(void* self) { static_cast<Sender*>(self)->send(); }
+
+    void send() {
+        auto* const buffer = pw_stream_dequeue_buffer(stream_.get());
+        if (!buffer) return;
+        auto& data = buffer->buffer->datas[0];
+        auto* const pixels = static_cast<std::uint8_t*>(data.data);
+        auto const microseconds = std::llround(mediaClockNow() * 1e6);
+        for (int i = 0; i < width_ * height_; ++i) {
+            int const square = timecode::squareAt(i % width_, i / width_);
+            pixels[2 * i] = square < 0 ? 100 : timecode::isWhite(microseconds, square) ? 235 : 16;
+            pixels[2 * i + 1] = 128;
+        }
+        auto* const header = static_cast<spa_meta_header*>(
+            spa_buffer_find_meta_data(buffer->buffer, SPA_META_Header, sizeof(spa_meta_header)));
+        if (header)
+            *header = {.flags = 0, .offset = 0, .pts = microseconds * 1000, .dts_offset = 0, .seq = sequence_++};
+        data.chunk->offset = 0;
+        data.chunk->stride = camera_.saysNoStride ? 0 : 2 * width_;
+        data.chunk->size = static_cast<std::uint32_t>(2 * width_ * height_);
+        pw_stream_queue_buffer(stream_.get(), buffer);
+        ++camera_.sent;
+    }
+
+    TestCameraNode& camera_;
+    int width_ = 0;
+    int height_ = 0;
+    bool isStreaming_ = false;
+    std::uint64_t sequence_ = 0;
+    spa_hook hook_{};
+    Stream stream_;
+};
+
+}
+
+TestCameraNode::TestCameraNode(std::string name, std::string description)
+    : name_(std::move(name))
+    , description_(std::move(description))
+    , thread_([this] { film(); }) {}
+
+TestCameraNode::~TestCameraNode() {
+    isEnding_ = true;
+    thread_.join();
+}
+
+/// Until the end, or that of the server.
+void TestCameraNode::film() {
+    Connection connection;
+    if (!connection.settle(1s)) return;
+    Sender sender(connection, *this, name_, description_);
+    double next = mediaClockNow();
+    while (!isEnding_ && connection.isAlive()) {
+        connection.run(1ms);
+        if (mediaClockNow() < next) continue;
+        sender.tick();
+        next += 1 / fps;
+    }
+}
+
+}

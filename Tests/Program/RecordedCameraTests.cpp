@@ -1,0 +1,121 @@
+#include "../Capture/Camera/Timecode.h"
+#include "../Capture/TestCameraNode.h"
+#include "../Capture/TestDisplay.h"
+#include "../Capture/TestSession.h"
+#include "ProcessFixture.h"
+
+#include <TavaroCore/Package/ProjectPackage.h>
+#include <TavaroCore/Project/DemoProject.h>
+#include <TavaroMedia/Frames/FrameConverter.h>
+#include <TavaroMedia/Movie/MovieReader.h>
+#include <TavaroPlatform/Clocks/MediaClock.h>
+
+#include <cstdlib>
+#include <functional>
+#include <gmock/gmock.h>
+#include <unistd.h>
+
+using namespace tavaro;
+using ::testing::HasSubstr;
+
+namespace {
+
+constexpr int width = 640;
+constexpr int height = 360;
+
+/// Takes of a virtual display and of a camera that shows its moments.
+class RecordedCamera : public ProcessFixture {
+protected:
+    void SetUp() override {
+        if (!TestDisplay::isInstalled() || !TestSession::isInstalled()) GTEST_SKIP() << "no Xvfb or no pipewire";
+        display_.emplace(width, height);
+        client_.emplace(display_->name());
+        window_ = client_->makeWindow({.frame = {0, 0, width, height}});
+        session_.emplace();
+        setenv("DISPLAY", display_->name().c_str(), 1);
+        camera.emplace();
+        ASSERT_TRUE(becomesTrue([&] { return tavaro({"sources"}).out.find("desk") != std::string::npos; }));
+    }
+    ~RecordedCamera() override { unsetenv("DISPLAY"); }
+
+    RunningProcess startRecording(std::string const& seconds) {
+        auto running = start(TAVARO_PROGRAM, {"record", "--camera", "desk", "--seconds", seconds, "--no-polish", "-o",
+                                              path("take.recproj")});
+        EXPECT_TRUE(becomesTrue([&] { return camera->sent > 30; }));
+        return running;
+    }
+    /// Black until now, and white from now on: the moment of the media clock.
+    double flash() {
+        client_->fill(window_, {0, 0, width, height}, 0xffffff);
+        return mediaClockNow();
+    }
+    void plug() { camera.emplace(); }
+
+    std::optional<TestCameraNode> camera;
+
+private:
+    std::optional<TestDisplay> display_;
+    std::optional<TestClient> client_;
+    std::optional<TestSession> session_;
+    std::uint32_t window_ = 0;
+};
+
+/// Tells of each picture of a movie and of when it is shown.
+void eachPicture(std::filesystem::path const& movie, std::function<void(double at, ImageView)> const& tell) {
+    MovieReader reader(movie);
+    FrameConverter converter;
+    Image image;
+    double last = -1;
+    for (double at = 0; at < reader.info().duration; at += 1.0 / 240) {
+        auto const frame = reader.frame(at);
+        if (frame.presentationTime() <= last) continue;
+        last = frame.presentationTime();
+        converter.convert(frame, image);
+        tell(last, image.view());
+    }
+}
+
+}
+
+TEST_F(RecordedCamera, isInStepWithTheScreen) {
+    EXPECT_THAT(tavaro({"sources"}).out, HasSubstr("desk             camera                   Desk camera"));
+    EXPECT_THAT(tavaro({"sources", "--json"}).out, HasSubstr(R"("name":"Desk camera"})"));
+    auto running = startRecording("3");
+    double const flashed = flash();
+    auto const recorded = running.wait();
+    ASSERT_EQ(recorded.exitCode, 0) << recorded.error;
+    auto const project = ProjectPackage(path("take.recproj")).load();
+    ASSERT_TRUE(project.cameraAsset);
+    EXPECT_EQ(project.metadata->health.cameraLost, false);
+
+    double white = -1;
+    eachPicture(path("take.recproj/assets/" + project.timeline.clips[0].asset), [&](double at, ImageView picture) {
+        if (white < 0 && picture.row(height / 3)[4 * (width / 3)] > 128) white = at;
+    });
+    ASSERT_GT(white, 0);
+    double const began = flashed - white; // up to a frame early
+    int pictures = 0;
+    eachPicture(path("take.recproj/assets/" + *project.cameraAsset), [&](double at, ImageView picture) {
+        auto const moment = timecode::read(picture);
+        ASSERT_TRUE(moment);
+        EXPECT_NEAR(*moment, began + at - project.cameraOffset, 1.0 / 60 + 0.01) << at;
+        ++pictures;
+    });
+    EXPECT_GE(pictures, 80);
+}
+
+TEST_F(RecordedCamera, isToldOfWhenItGoesAndOneThatIsNotThereIsRefusedBeforeAnythingIsRecorded) {
+    auto const refused = tavaro({"record", "--camera", "tuba", "-o", path("take.recproj")});
+    EXPECT_EQ(refused.exitCode, 1);
+    EXPECT_EQ(refused.error, "There is no camera “tuba”. `tavaro sources` lists those there are.\n");
+    auto running = startRecording("4");
+    camera.reset();
+    usleep(600'000);
+    plug();
+    auto const recorded = running.wait();
+    EXPECT_EQ(recorded.exitCode, 0);
+    EXPECT_THAT(recorded.error, HasSubstr("No pictures come from the camera; its last one stays until they do.\n"));
+    EXPECT_THAT(recorded.error, HasSubstr("Pictures come from the camera again.\n"));
+    EXPECT_THAT(recorded.error, HasSubstr("; its last picture stays.\n"));
+    EXPECT_THAT(recorded.out, HasSubstr(": The capture was interrupted 1 time and recovered.\n"));
+}
