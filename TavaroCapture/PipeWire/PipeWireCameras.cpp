@@ -68,6 +68,7 @@ std::unique_ptr<CameraSource> openCamera(CameraDeviceSource const& source) {
     auto const lag = source.lags.find(id);
     DeviceFormat const format{.layout = mode->layout, .width = mode->width, .height = mode->height};
     ReopenedCamera::Options options{.open = [id, mode = *mode] { return reopened(id, mode); },
+                                    .id = id,
                                     .size = ReopenedCamera::filmedSize(format)};
     if (mode->fps > 0) options.fps = std::clamp(static_cast<int>(std::lround(mode->fps)), 1, 120);
     if (lag != source.lags.end()) options.lag = lag->second;

@@ -15,6 +15,7 @@ public:
         noSound,        // no sound server answers, or it has no such device
         noCamera,       // no such camera, or it cannot be used now
         refused,        // the user does not want it recorded
+        unclear,        // what was captured does not tell what it was captured for
         captureLost,    // the source or the server went away
         writeFailed,    // the take cannot be written: disk full, folder unwritable
         diskFull,       // the take was ended before its disk is full

@@ -88,7 +88,8 @@ std::vector<CameraInfo> cameras(VideoSystem const& system) {
     return result;
 }
 
-std::unique_ptr<CameraSource> openCamera(std::shared_ptr<VideoSystem const> system, CameraDeviceSource const& source) {
+std::unique_ptr<CameraSource> openCamera(std::shared_ptr<VideoSystem const> const& system,
+                                         CameraDeviceSource const& source) {
     auto camera = found(*system, source.id);
     if (!camera) return nullptr;
     auto const mode = modeOf(*camera);
@@ -97,6 +98,7 @@ std::unique_ptr<CameraSource> openCamera(std::shared_ptr<VideoSystem const> syst
     auto const tried = streamOf(std::move(*camera), mode);
     return std::make_unique<ReopenedCamera>(
         ReopenedCamera::Options{.open = [system, identity, mode] { return reopened(*system, identity, mode); },
+                                .id = identity.id,
                                 .size = ReopenedCamera::filmedSize(tried->format()),
                                 .fps = std::clamp(static_cast<int>(std::lround(tried->fps())), 1, 120),
                                 .lag = lag == source.lags.end() ? 0 : lag->second});

@@ -1,4 +1,4 @@
-#include <TavaroMedia/Audio/Private/Attacks.h>
+#include <TavaroMedia/Audio/Attacks.h>
 
 #include <algorithm>
 #include <cmath>

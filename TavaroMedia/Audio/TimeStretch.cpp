@@ -5,7 +5,7 @@
 #include <numbers>
 #include <vector>
 
-#include <TavaroMedia/Audio/Private/Attacks.h>
+#include <TavaroMedia/Audio/Attacks.h>
 
 namespace tavaro {
 

@@ -87,9 +87,11 @@ private:
         auto& data = buffer->buffer->datas[0];
         auto* const pixels = static_cast<std::uint8_t*>(data.data);
         auto const microseconds = std::llround(mediaClockNow() * 1e6);
+        double const lit = static_cast<double>(microseconds) * 1e-6 - camera_.flashAt;
+        std::uint8_t const grey = lit >= 0 && lit < 0.3 ? 200 : 100;
         for (int i = 0; i < width_ * height_; ++i) {
             int const square = timecode::squareAt(i % width_, i / width_);
-            pixels[2 * i] = square < 0 ? 100 : timecode::isWhite(microseconds, square) ? 235 : 16;
+            pixels[2 * i] = square < 0 ? grey : timecode::isWhite(microseconds, square) ? 235 : 16;
             pixels[2 * i + 1] = 128;
         }
         auto* const header = static_cast<spa_meta_header*>(

@@ -15,7 +15,8 @@ public:
 
     std::atomic<bool> isFrozen = false;
     std::atomic<bool> saysNoStride = false;
-    std::atomic<int> sent = 0; // pictures
+    std::atomic<double> flashAt = 0; // moment of the media clock from which on it sees a light for a while
+    std::atomic<int> sent = 0;       // pictures
 
 private:
     void film();

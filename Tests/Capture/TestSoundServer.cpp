@@ -91,8 +91,10 @@ std::string TestSoundServer::order(std::string const& words) const {
 void TestSoundServer::plugMicrophone() { order("load-module " + microphoneModule(microphonePipe())); }
 void TestSoundServer::unplugMicrophone() { order("unload-module module-pipe-source"); }
 
-SpokenClicks::SpokenClicks(std::string pipe, double ppm)
-    : thread_([this, pipe = std::move(pipe), ppm] { speak(pipe, audioRate * (1 + ppm * 1e-6)); }) {}
+SpokenClicks::SpokenClicks(std::string pipe, double ppm, double every)
+    : thread_([this, pipe = std::move(pipe), ppm, every] {
+        speak(pipe, audioRate * (1 + ppm * 1e-6), static_cast<std::int64_t>(every * audioRate));
+    }) {}
 
 SpokenClicks::~SpokenClicks() {
     isEnding_ = true;
@@ -100,7 +102,7 @@ SpokenClicks::~SpokenClicks() {
 }
 
 /// A millisecond at a time. What nobody reads is lost, as it is on a microphone.
-void SpokenClicks::speak(std::string const& pipe, double rate) {
+void SpokenClicks::speak(std::string const& pipe, double rate, std::int64_t gap) {
     constexpr std::int64_t block = audioRate / 1000;
     signal(SIGPIPE, SIG_IGN);
     int end = -1;
@@ -109,11 +111,11 @@ void SpokenClicks::speak(std::string const& pipe, double rate) {
         double const due = start + static_cast<double>(frame + block) / rate; // when its last sample was said
         if (double const wait = due - mediaClockNow(); wait > 0) usleep(static_cast<useconds_t>(wait * 1e6));
         std::array<StereoSample, block> samples{};
-        auto const first = frame % between;
-        if (first == between / 2) samples.fill({loudness, loudness});
+        auto const first = frame % gap;
+        if (first == gap / 2) samples.fill({loudness, loudness});
         if (end < 0) end = open(pipe.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC);
         bool const isHeard = end >= 0 && write(end, samples.data(), sizeof samples) == ssize_t{sizeof samples};
-        if (isHeard && first == between / 2) note(start + static_cast<double>(frame) / rate);
+        if (isHeard && first == gap / 2) note(start + static_cast<double>(frame) / rate);
         if (isHeard || end < 0) continue;
         close(end);
         end = -1;

@@ -63,14 +63,14 @@ private:
     std::vector<double> moments_; // guarded by lock_
 };
 
-/// Says clicks into a microphone's pipe, by a clock that is `ppm` fast.
+/// Says clicks into a microphone's pipe, so many seconds apart, by a clock that is `ppm` fast.
 class SpokenClicks : public Clicks {
 public:
-    explicit SpokenClicks(std::string pipe, double ppm = 0);
+    explicit SpokenClicks(std::string pipe, double ppm = 0, double every = apart);
     ~SpokenClicks() override;
 
 private:
-    void speak(std::string const& pipe, double rate);
+    void speak(std::string const& pipe, double rate, std::int64_t gap);
     std::atomic<bool> isEnding_ = false;
     std::thread thread_;
 };

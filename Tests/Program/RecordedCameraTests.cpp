@@ -2,7 +2,10 @@
 #include "../Capture/TestCameraNode.h"
 #include "../Capture/TestDisplay.h"
 #include "../Capture/TestSession.h"
+#include "../Capture/TestSoundServer.h"
 #include "ProcessFixture.h"
+
+#include <Tavaro/Model/Recording/RecordingPreferences.h>
 
 #include <TavaroCore/Package/ProjectPackage.h>
 #include <TavaroCore/Project/DemoProject.h>
@@ -32,11 +35,15 @@ protected:
         client_.emplace(display_->name());
         window_ = client_->makeWindow({.frame = {0, 0, width, height}});
         session_.emplace();
+        setenv("XDG_CONFIG_HOME", path("config").c_str(), 1);
         setenv("DISPLAY", display_->name().c_str(), 1);
         camera.emplace();
         ASSERT_TRUE(becomesTrue([&] { return tavaro({"sources"}).out.find("desk") != std::string::npos; }));
     }
-    ~RecordedCamera() override { unsetenv("DISPLAY"); }
+    ~RecordedCamera() override {
+        unsetenv("XDG_CONFIG_HOME");
+        unsetenv("DISPLAY");
+    }
 
     RunningProcess startRecording(std::string const& seconds) {
         auto running = start(TAVARO_PROGRAM, {"record", "--camera", "desk", "--seconds", seconds, "--no-polish", "-o",
@@ -118,4 +125,26 @@ TEST_F(RecordedCamera, isToldOfWhenItGoesAndOneThatIsNotThereIsRefusedBeforeAnyt
     EXPECT_THAT(recorded.error, HasSubstr("Pictures come from the camera again.\n"));
     EXPECT_THAT(recorded.error, HasSubstr("; its last picture stays.\n"));
     EXPECT_THAT(recorded.out, HasSubstr(": The capture was interrupted 1 time and recovered.\n"));
+}
+
+TEST_F(RecordedCamera, thatIsBehindTheSoundIsFoundOutByClapsAndKept) {
+    if (!TestSoundServer::isInstalled()) GTEST_SKIP() << "no pulseaudio";
+    constexpr double lag = 0.15;
+    TestSoundServer const sound;
+    setenv("PULSE_SERVER", sound.address().c_str(), 1);
+    SpokenClicks const said(sound.microphonePipe(), 0, 0.9);
+    auto running = start(TAVARO_PROGRAM, {"sync-camera", "--camera", "Desk camera", "--seconds", "7", "--json"});
+    for (std::size_t seen = 0; running.isRunning(); usleep(5'000)) {
+        auto const moments = said.moments();
+        if (moments.size() > seen) camera->flashAt = moments.back() + lag;
+        seen = moments.size();
+    }
+    auto const found = running.wait();
+    unsetenv("PULSE_SERVER");
+    ASSERT_EQ(found.exitCode, 0) << found.error;
+    auto const report = JSONValue::parse(found.out);
+    EXPECT_EQ(*report.find<std::string>("camera"), "desk");
+    EXPECT_NEAR(*report.find<double>("lag"), lag, 0.03);
+    Preferences preferences(folder / "config/Tavaro/preferences.json");
+    EXPECT_NEAR(cameraSource("", preferences).lags["desk"], *report.find<double>("lag"), 0.001);
 }

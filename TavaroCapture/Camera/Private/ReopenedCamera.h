@@ -8,6 +8,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <string>
 
 namespace tavaro {
 
@@ -18,7 +19,8 @@ public:
     struct Options {
         /// Opens the one camera that is meant, never another one. Throws `CaptureError` while that cannot be.
         std::function<std::unique_ptr<CameraFeed>()> open;
-        Size2 size; // of its pictures; a camera that comes back with another one counts as away
+        std::string id; // as listed
+        Size2 size;     // of its pictures; a camera that comes back with another one counts as away
         int fps = 30;
         double lag = 0; // seconds by which its stamps are later than the exposure
     };
@@ -30,6 +32,7 @@ public:
     ~ReopenedCamera() override;
 
     Size2 size() const override { return options_.size; }
+    std::string id() const override { return options_.id; }
     int fps() const override { return options_.fps; }
     void start(CameraHandlers handlers) override;
     void stop() override;

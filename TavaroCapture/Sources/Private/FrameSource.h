@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <string>
 
 namespace tavaro {
 
@@ -49,6 +50,8 @@ struct CameraHandlers {
 /// A camera: pictures come when it takes them.
 class CameraSource : public FrameSource {
 public:
+    /// As listed; empty for one that is not.
+    virtual std::string id() const { return {}; }
     /// Pictures a second, as the camera promises.
     virtual int fps() const = 0;
     /// Returns when pictures come, or after two seconds without any.

@@ -17,6 +17,7 @@ std::vector<CameraInfo> cameras(VideoSystem const& system);
 
 /// The camera of that id, name or node; an empty one is the default camera. It is open only while it is filmed. None
 /// where there is no such camera; throws `CaptureError` (`noCamera`) where it cannot be used.
-std::unique_ptr<CameraSource> openCamera(std::shared_ptr<VideoSystem const> system, CameraDeviceSource const& source);
+std::unique_ptr<CameraSource> openCamera(std::shared_ptr<VideoSystem const> const& system,
+                                         CameraDeviceSource const& source);
 
 }
