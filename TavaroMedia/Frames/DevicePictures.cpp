@@ -65,6 +65,10 @@ void takeApart422(std::uint8_t const* const rows[2], int lumaAt, int width, std:
     }
 }
 
+void average(std::uint8_t const* a, std::uint8_t const* b, int width, std::uint8_t* to) {
+    for (int x = 0; x < width; ++x) to[x] = static_cast<std::uint8_t>((a[x] + b[x] + 1) / 2);
+}
+
 ffmpeg::Frame newFrame() {
     ffmpeg::Frame frame(av_frame_alloc());
     if (!frame) throw std::bad_alloc();
@@ -101,6 +105,7 @@ struct DevicePictures::State {
     int chromaWidth() const { return (format.width + 1) / 2; }
     int chromaRows() const { return (format.height + 1) / 2; }
     ffmpeg::Frame decoded(std::span<std::uint8_t const> bytes);
+    void simplify(AVFrame& frame);
     ffmpeg::Frame wrapped(std::span<std::uint8_t const> bytes);
     ffmpeg::Frame tagged(ffmpeg::Frame frame) const;
     void pointAtPlanes(AVFrame& frame);
@@ -138,7 +143,31 @@ ffmpeg::Frame DevicePictures::State::decoded(std::span<std::uint8_t const> bytes
                         !(frame->flags & AV_FRAME_FLAG_CORRUPT) && frame->decode_error_flags == 0;
     if (!isGood) avcodec_flush_buffers(decoder.get());
     bool const fits = isGood && frame->width == format.width && frame->height == format.height;
+    if (fits) simplify(*frame);
     return fits ? std::move(frame) : nullptr;
+}
+
+/// The usual JPEGs of cameras as the quick converter takes them: 4:2:2 as 4:2:0, and chroma as if it were sited left,
+/// half a pixel beside where it may be.
+void DevicePictures::State::simplify(AVFrame& frame) {
+    bool const is422 = frame.format == AV_PIX_FMT_YUVJ422P || frame.format == AV_PIX_FMT_YUV422P;
+    bool const is420 = frame.format == AV_PIX_FMT_YUVJ420P || frame.format == AV_PIX_FMT_YUV420P;
+    if (!is422 && !is420) return;
+    frame.chroma_location = AVCHROMA_LOC_LEFT;
+    if (is420) return;
+    planes.resize(2 * static_cast<std::size_t>(chromaWidth()) * static_cast<std::size_t>(chromaRows()));
+    for (int plane = 1; plane < 3; ++plane) {
+        auto* const to = planes.data() + std::ptrdiff_t{plane - 1} * chromaWidth() * chromaRows();
+        for (int k = 0; k < chromaRows(); ++k) {
+            auto const* const upper = frame.data[plane] + std::ptrdiff_t{2 * k} * frame.linesize[plane];
+            auto const* const lower = 2 * k + 1 < format.height ? upper + frame.linesize[plane] : upper;
+            average(upper, lower, chromaWidth(), to + std::ptrdiff_t{k} * chromaWidth());
+        }
+        frame.data[plane] = to;
+        frame.linesize[plane] = chromaWidth();
+    }
+    if (frame.format == AV_PIX_FMT_YUVJ422P) frame.color_range = AVCOL_RANGE_JPEG; // as its name alone may say
+    frame.format = AV_PIX_FMT_YUV420P;
 }
 
 ffmpeg::Frame DevicePictures::State::tagged(ffmpeg::Frame frame) const {
