@@ -214,8 +214,11 @@ TEST_F(MCPToolHandlerTest, ordersToTheRecorderAnswerForWhatTheyFind) {
         EXPECT_EQ(called(order), "not_recording: Nothing is recording.");
     auto const start = R"({"target":{"display":"display-1"},"countdown":0})";
     application.preferences().set(cameraChosen, "tuba");
-    EXPECT_EQ(called("start_recording", R"({"target":{"display":"display-1"},"camera":true})"),
-              "failed: Recording didn't start. There is no camera “tuba”. `tavaro sources` lists those there are.");
+    application.preferences().set(cameraRecorded, true);
+    for (std::string const camera : {"", R"(,"camera":true)"})
+        EXPECT_EQ(called("start_recording", R"({"target":{"display":"display-1"})" + camera + "}"),
+                  "failed: Recording didn't start. There is no camera “tuba”. `tavaro sources` lists those there are.");
+    application.preferences().set(cameraRecorded, false);
     EXPECT_EQ(called("start_recording", R"({"target":{"display":"display-9"},"countdown":0})"),
               "not_found: There is no source \"display-9\". Call list_sources for ids.");
     EXPECT_EQ(called("start_recording", start), "Recording. Call stop_recording to finish.");
