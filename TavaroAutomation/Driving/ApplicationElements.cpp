@@ -79,7 +79,7 @@ std::optional<OpenApplication> ApplicationElements::findByOwnName(std::string co
         auto& bus = this->bus();
         auto const ask = [&](Address const& program) {
             bus.name(program, [&, program](auto const& name) {
-                if (!name || name->size() != app.size() || !UIMatch::contains(*name, app)) return;
+                if (!name || !UIMatch::isSame(*name, app)) return;
                 bus.processOf(program.bus, [&](auto const& process) { found = process; });
             });
         };

@@ -57,6 +57,8 @@ std::string saysNothing(OpenApplication const& application) {
 
 [[noreturn]] void failMissing(UITarget const& target, OpenApplication const& application,
                               ApplicationListing const& listing) {
+    if (!listing.isComplete && !listing.saysAnything)
+        fail(AutomationError::Kind::noElements, application.name + " does not answer.");
     if (!target.element.empty()) {
         fail(AutomationError::Kind::noSuchElement,
              fmt::format("{} has no element {} any more — the window changed. Call ui_elements again.",
@@ -78,7 +80,10 @@ PlacedElement const* matching(UITarget const& target, ApplicationListing const& 
     auto const& all = listing.elements;
     if (target.element.empty()) {
         auto const place = UIMatch::find(listing.asElements(), {.title = target.title, .role = target.role});
-        return place ? &all[*place] : nullptr;
+        if (!place) return nullptr;
+        // What is meant may be among the elements that are missing.
+        bool const isMeant = listing.isComplete || UIMatch::isSame(all[*place].element.title, target.title);
+        return isMeant ? &all[*place] : nullptr;
     }
     auto const found =
         std::ranges::find_if(all, [&](PlacedElement const& each) { return each.element.id == target.element; });
@@ -123,6 +128,7 @@ FoundTarget TargetSearch::find(UITarget const& target, Purpose purpose, std::sto
             },
             betweenLooks);
     }
+    if (purpose == Purpose::click) expectNoDialog(found);
     auto const& element = found.placed.element;
     if (purpose == Purpose::scroll) return found;
     if (!element.isEnabled) fail(AutomationError::Kind::disabled, nameOf(element) + " is disabled right now.");
@@ -131,6 +137,18 @@ FoundTarget TargetSearch::find(UITarget const& target, Purpose purpose, std::sto
              nameOf(element) + " is out of view: scroll to it with ui_scroll, or close what covers it, then click.");
     }
     return found;
+}
+
+/// A modal dialog has the keyboard, and takes the clicks for its application's other windows.
+void TargetSearch::expectNoDialog(FoundTarget const& target) {
+    auto const active = x11::activeWindow(connection_);
+    auto const& windows = target.application.windows;
+    auto const dialog = std::ranges::find(windows, active, &x11::OpenWindow::window);
+    if (target.placed.isInPopup || dialog == windows.end() || active == target.placed.window) return;
+    auto const states = connection_.cardinals(active, "_NET_WM_STATE");
+    if (std::ranges::find(states, connection_.atom("_NET_WM_STATE_MODAL")) == states.end()) return;
+    fail(AutomationError::Kind::notShown, fmt::format("{} is behind the dialog {}: answer that first.",
+                                                      nameOf(target.placed.element), inQuotes(dialog->title)));
 }
 
 FoundTarget TargetSearch::look(UITarget const& target, Purpose purpose, std::stop_token const& stop) {
@@ -142,9 +160,8 @@ FoundTarget TargetSearch::look(UITarget const& target, Purpose purpose, std::sto
             application = applications_.find(target.app);
             listing_ = applications_.list(application, stop);
             found = matching(target, listing_);
-            // An id is of a listing that was there; it does not come later.
-            bool const isLast = !target.element.empty() && listing_.isComplete;
-            return found || isLast;
+            // An id is of a listing that was there; it does not come later. Who was too slow once is not faster soon.
+            return found || !target.element.empty() || !listing_.isComplete;
         },
         betweenLooks);
     if (!found) failMissing(target, application, listing_);

@@ -70,6 +70,10 @@ private:
         while (searchCrowds()) {
             if (!hasAnswered()) return false;
         }
+        // Who has thousands of children and none at any point does not find them.
+        isCutShort_ = isCutShort_ || std::ranges::any_of(crowds_, [this](Crowd const& crowd) {
+                          return crowd.places.empty() && !shownPart(crowd.index).isEmpty();
+                      });
         findTitles();
         return hasAnswered();
     }
@@ -397,7 +401,7 @@ private:
     std::vector<int> held_;         // visits that wait for them
     bool isAskingForAll_ = false;
     bool isAnswered_ = false;
-    bool isCutShort_ = false; // the program keeps its windows to itself, or has more than anybody could use
+    bool isCutShort_ = false; // something keeps its contents to itself, or has more of them than anybody could use
 };
 
 }

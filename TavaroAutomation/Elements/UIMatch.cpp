@@ -150,6 +150,10 @@ std::optional<std::size_t> UIMatch::find(std::vector<UIElement> const& elements,
     return best;
 }
 
+bool UIMatch::isSame(std::string_view title, std::string_view other) {
+    return Title(title).fit(Title(other)) <= Fit::loose;
+}
+
 bool UIMatch::contains(std::string_view title, std::string_view part) {
     Title const wanted(part);
     return wanted.exact.isEmpty() || Title(title).fit(wanted) != Fit::none;

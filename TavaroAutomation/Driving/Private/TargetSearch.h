@@ -47,6 +47,7 @@ public:
 private:
     FoundTarget look(UITarget const& target, Purpose purpose, std::stop_token const& stop);
     FoundTarget foundAgain(FoundTarget const& target, std::stop_token const& stop);
+    void expectNoDialog(FoundTarget const& target);
     bool closeMenus(FoundTarget const& target, std::stop_token const& stop);
     bool bringToFront(FoundTarget const& target, std::stop_token const& stop);
 

@@ -25,6 +25,8 @@ struct UIMatch {
 
     /// The place in the list of what is meant; none where no title contains the text.
     static std::optional<std::size_t> find(std::vector<UIElement> const& elements, Wanted const& wanted);
+    /// Whether people read the same: not only a part of it.
+    static bool isSame(std::string_view title, std::string_view other);
     /// Compared in the same way; nothing is a part of every title.
     static bool contains(std::string_view title, std::string_view part);
     /// Titles that are there, at most eight, those first that are most alike.

@@ -209,6 +209,13 @@ TEST_F(AccessibleTreeTest, whereAPointFindsTheInnermostTheWidgetAroundItIsMeant)
     for (int const child : tree.nodes[1].children) EXPECT_EQ(tree.nodes[child].role, Role::tableCell);
 }
 
+TEST_F(AccessibleTreeTest, whatHasThousandsOfChildrenAndFindsNoneIsNotCalledWhole) {
+    auto table = widget(Role::table, "Sheet");
+    table.childCount = 5000;
+    EXPECT_FALSE(
+        walk(start({widget(Role::application, "app", {1}), widget(Role::frame, "Window", {2}), table})).isComplete);
+}
+
 TEST_F(AccessibleTreeTest, aHundredThousandRowsAreThoseThatShow) {
     std::deque<FakeWidget> widgets{widget(Role::application, "app", {1}), widget(Role::frame, "Window", {2}),
                                    widget(Role::scrollPane, "", {3}), widget(Role::list, "Long list")};
