@@ -1,6 +1,7 @@
 #include <TavaroAutomation/Driving/UIAutomation.h>
 
 #include <TavaroAutomation/Applications/Private/ApplicationStart.h>
+#include <TavaroAutomation/Applications/Private/AutomatedDesktop.h>
 #include <TavaroAutomation/Applications/Private/WindowControl.h>
 #include <TavaroAutomation/Driving/Private/ApplicationElements.h>
 #include <TavaroAutomation/Driving/Private/TargetSearch.h>
@@ -9,12 +10,10 @@
 #include <TavaroAutomation/Input/Private/Pointer.h>
 #include <TavaroAutomation/Input/Private/Typist.h>
 #include <TavaroAutomation/Pictures/Private/UIScreenshot.h>
-#include <TavaroCapture/Sources/CaptureError.h>
 #include <TavaroCore/Errors/Excerpt.h>
 
 #include <algorithm>
 #include <chrono>
-#include <cstdlib>
 #include <fmt/format.h>
 #include <utility>
 
@@ -31,22 +30,13 @@ void hold(double seconds, std::stop_token const& stop) {
     x11::waitUntil(end, stop, [] { return false; });
 }
 
-x11::Connection connected(std::string const& display) {
-    try {
-        return x11::Connection(display);
-    } catch (CaptureError const& error) {
-        char const* const wayland = std::getenv("WAYLAND_DISPLAY");
-        if (!wayland || !*wayland) throw AutomationError(AutomationError::Kind::noDisplay, error.what());
-        throw AutomationError(AutomationError::Kind::noDisplay,
-                              "A Wayland desktop lets no program look at or control others, and no X server answers. "
-                              "Log in to an X11 session, or use a virtual display: Xvfb.");
-    }
-}
-
 }
 
 struct UIAutomation::State {
-    explicit State(std::string const& name) : display(name), connection(connected(name)), search(connection, name) {}
+    explicit State(std::string const& name)
+        : display(name)
+        , connection(x11::automatedDesktop(name))
+        , search(connection, name) {}
 
     Pointer& pointer() {
         if (!pointer_) pointer_ = std::make_unique<Pointer>(display);

@@ -1,11 +1,10 @@
 #include <TavaroAutomation/Input/Private/FakeInput.h>
 
+#include <TavaroAutomation/Applications/Private/AutomatedDesktop.h>
 #include <TavaroAutomation/Errors/AutomationError.h>
-#include <TavaroCapture/Sources/CaptureError.h>
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdlib>
 #include <ctime>
 #include <string_view>
 #include <xcb/randr.h>
@@ -28,34 +27,6 @@ void sleepUntil(InputClock::time_point end) {
     timespec const due{.tv_sec = whole.count(), .tv_nsec = duration_cast<nanoseconds>(since - whole).count()};
     while (clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &due, nullptr) == EINTR) {
     }
-}
-
-bool isWaylandSession() {
-    char const* const socket = std::getenv("WAYLAND_DISPLAY");
-    return socket && *socket;
-}
-
-[[noreturn]] void refuseDesktop(std::string const& reason) {
-    throw AutomationError(AutomationError::Kind::noDisplay,
-                          "Other applications cannot be clicked, typed into or pictured here: " + reason);
-}
-
-[[noreturn]] void refuseWayland() {
-    refuseDesktop("a Wayland session lets no program move the pointer or press keys for others. Log in to a session "
-                  "“on Xorg”, or run Tavaro and the application on a virtual display (Xvfb).");
-}
-
-std::string shown(std::string const& display) {
-    if (!display.empty()) return display;
-    char const* const set = std::getenv("DISPLAY");
-    return set ? set : "";
-}
-
-std::string const& reachable(std::string const& display) {
-    if (!shown(display).empty()) return display;
-    if (isWaylandSession()) refuseWayland();
-    refuseDesktop("DISPLAY is not set, so no X server is known. Start Tavaro in the desktop's session, or on a virtual "
-                  "display (Xvfb).");
 }
 
 /// An X server inside of a Wayland desktop has no say over that desktop's pointer; its monitors are named after it.
@@ -116,7 +87,7 @@ PointerState PointerQuery::answer() {
     return {{pointer->root_x, pointer->root_y}, (pointer->mask & buttons) != 0};
 }
 
-FakeInput::FakeInput(std::string const& display) try : connection_(reachable(display)) {
+FakeInput::FakeInput(std::string const& display) : connection_(automatedDesktop(display)) {
     if (isInsideWayland(connection_)) refuseWayland();
     auto const version =
         connection_.extension(xcb_test_id)
@@ -124,8 +95,6 @@ FakeInput::FakeInput(std::string const& display) try : connection_(reachable(dis
             : nullptr;
     if (!version) refuseDesktop("this X server lacks the XTEST extension.");
     findDevices();
-} catch (CaptureError const& error) {
-    throw AutomationError(AutomationError::Kind::noDisplay, error.what());
 }
 
 FakeInput::~FakeInput() = default;

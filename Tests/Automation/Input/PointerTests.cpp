@@ -1,5 +1,6 @@
 #include "../../Capture/TestDisplay.h"
 
+#include <TavaroAutomation/Driving/UIAutomation.h>
 #include <TavaroAutomation/Errors/AutomationError.h>
 #include <TavaroAutomation/Input/Private/Pointer.h>
 
@@ -222,16 +223,21 @@ TEST_F(PointerTest, aDisplayThatGoesAwayEndsAGlideWithASentence) {
     EXPECT_THROW(gliding.get(), AutomationError);
 }
 
-TEST(PointerWithoutDisplay, saysWhatIsMissingAndWhatToUse) {
+TEST(WithoutDisplay, pointerAndApplicationsSayWhatIsMissingAndWhatToUse) {
     for (auto const* const name : {"DISPLAY", "WAYLAND_DISPLAY"}) unsetenv(name);
-    auto const sentence = [] {
+    auto const sentenceOf = [](auto begin) {
         try {
-            Pointer const pointer;
+            begin();
         } catch (AutomationError const& error) {
             EXPECT_EQ(error.kind, AutomationError::Kind::noDisplay);
             return std::string(error.what());
         }
         return std::string("it works");
+    };
+    auto const sentence = [&] {
+        auto const ofPointer = sentenceOf([] { Pointer const pointer; });
+        EXPECT_EQ(sentenceOf([] { UIAutomation const automation; }), ofPointer);
+        return ofPointer;
     };
     EXPECT_NE(sentence().find("DISPLAY is not set"), std::string::npos) << sentence();
     setenv("WAYLAND_DISPLAY", "wayland-0", 1);
