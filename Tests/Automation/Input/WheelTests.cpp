@@ -110,7 +110,7 @@ TEST_F(WheelTest, goesAsFarAsNotchesComeWhateverTheProgramMakesOfThem) {
             int const before = window.offset();
             auto const scrolled = pointer.scroll({.down = asked});
             int const went = window.offset() - before;
-            EXPECT_NEAR(went, asked, habits.notch / 2 + 1) << habits.name;
+            EXPECT_NEAR(went, asked, habits.notch * 0.5 + 1) << habits.name;
             EXPECT_EQ(scrolled.went.down, went) << habits.name << " " << asked;
             EXPECT_FALSE(scrolled.isAtEnd) << habits.name << " " << asked;
         }
