@@ -114,6 +114,7 @@ struct FieldFocus::State {
     void noteFocus(Widget const& field, bool isFocused);
     void noteRole(Widget const& field, sd_bus_message* answer);
     void noteActive(Widget const& window, bool isActive);
+    void checkSecrets();
     void forget(std::string const& program);
     void search();
     void lookFor(Widget const& of, char const* member, std::function<void(sd_bus_message*)> found);
@@ -182,6 +183,7 @@ void FieldFocus::State::noteFocus(Widget const& field, bool isFocused) {
     }
     if (program.field != field) program = {.field = field};
     current = field;
+    checkSecrets();
     ask(field, accessible, "GetRole", [this, field](sd_bus_message* answer) { noteRole(field, answer); });
 }
 
@@ -198,10 +200,25 @@ void FieldFocus::State::noteRole(Widget const& field, sd_bus_message* answer) {
 /// A field keeps its state in a window that is no longer in front, and gets it anew with the window.
 void FieldFocus::State::noteActive(Widget const& window, bool isActive) {
     if (isActive) {
+        checkSecrets();
         if (!current || current->program != window.program) current = window;
         return;
     }
     forget(window.program);
+}
+
+/// Dialogs are closed and programs end without a word of what had the keyboard. Takes effect with the answers.
+void FieldFocus::State::checkSecrets() {
+    for (auto const& [name, program] : programs) {
+        if (!program.isSecret) continue;
+        ask(program.field, accessible, "GetState", [this, field = program.field](sd_bus_message* answer) {
+            if (!answer || sd_bus_message_is_method_error(answer, SD_BUS_ERROR_NO_REPLY)) return;
+            bool const isGone = sd_bus_message_is_method_error(answer, nullptr) != 0;
+            auto const found = programs.find(field.program);
+            if (found == programs.end() || found->second.field != field) return;
+            if (isGone || !has(readTraits(answer), Trait::focused)) found->second = {};
+        });
+    }
 }
 
 void FieldFocus::State::forget(std::string const& program) {
@@ -296,6 +313,7 @@ bool FieldFocus::takeSecret() {
 
 void FieldFocus::ask(std::function<void(Content)> answered) {
     auto& state = *state_;
+    if (!state.isGone) state.checkSecrets();
     if (!state.current || state.isGone) return answered(Content::open);
     constexpr int enough = 64; // characters
     auto message = state.call(*state.current, "org.a11y.atspi.Text", "GetText");

@@ -10,10 +10,13 @@ namespace tavaro {
 
 namespace {
 
-/// How long a program usually takes to handle the keys before this one.
-constexpr double settlingSeconds = 0.06;
+/// How long a program usually takes to handle the keys before this one: some handle them with their next frame only,
+/// and answer questions before that.
+constexpr double settlingSeconds = 0.3;
+/// How soon a field shows what was typed, which it may lose again by the key that ends its dialog.
+constexpr double showingSeconds = 0.06;
 /// At the take's end, keys that nobody could place by then are left out.
-constexpr double patienceAtEnd = 0.3;
+constexpr double patienceAtEnd = 0.6;
 
 }
 
@@ -56,10 +59,17 @@ void GuardedEvents::run() {
     do {
         waitForNews();
         takeArrived();
-        if (focus_ && !focus_->listen()) focus_.reset();
+        if (focus_ && !focus_->listen()) loseFocus();
         noteSecrets();
+        lookForDots();
         askForOldest();
     } while (!isOver());
+}
+
+/// From here on only windows and terminals tell.
+void GuardedEvents::loseFocus() {
+    focus_.reset();
+    settle(FieldFocus::Content::unknown);
 }
 
 void GuardedEvents::waitForNews() {
@@ -90,6 +100,20 @@ void GuardedEvents::noteSecrets() {
         if (std::exchange(process, key.process) != key.process) asks = terminals_.asksForSecret(process);
         key.isSecret = key.isSecret || isSecret || asks;
     }
+}
+
+void GuardedEvents::lookForDots() {
+    double const now = mediaClockNow();
+    bool isDue = false;
+    for (auto& key : held_) {
+        if (now < key.arrivedAt + showingSeconds) break;
+        isDue = !std::exchange(key.isLookedAt, true) || isDue;
+    }
+    if (!isDue || !focus_) return;
+    focus_->ask([this](FieldFocus::Content content) {
+        if (content != FieldFocus::Content::hidden) return;
+        for (auto& key : held_) key.isSecret = true;
+    });
 }
 
 void GuardedEvents::askForOldest() {

@@ -75,7 +75,7 @@ class Secrets:
                 for key in stroke["keys"]]
         leaked = [key for key in keys if key in SECRET]
         check(not leaked, f"{name}, {gap} ms between keys: {leaked} of the password are in the log {keys}")
-        check(name == "zenity" or all(key in keys for key in OPEN[:3]), f"{name}, {gap} ms: the log lacks open keys: {keys}")
+        check(all(key in keys for key in OPEN[:3]), f"{name}, {gap} ms: the log lacks open keys: {keys}")
 
     def begin_take(self, made):
         take = self.stage.start("record", "--no-polish", "-o", made)
@@ -113,7 +113,12 @@ class Secrets:
         self.type(OPEN[:3], gap)
 
     def prompt(self, gap):
+        """Whoever answers a prompt goes on in another program."""
         self.type(SECRET, gap)
+        self.press("Return")
+        self.launch("/usr/bin/python3", FORM, "gtk3")
+        time.sleep(2)
+        self.type(OPEN, gap)
 
     def terminal(self, gap):
         self.type(SECRET, gap)

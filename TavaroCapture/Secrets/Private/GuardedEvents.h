@@ -44,12 +44,15 @@ private:
         int process; // in front; 0: unknown
         double arrivedAt;
         bool isSecret = false;
+        bool isLookedAt = false; // what its field shows
     };
 
     void run();
+    void loseFocus();
     void waitForNews();
     void takeArrived();
     void noteSecrets();
+    void lookForDots();
     void askForOldest();
     void settle(FieldFocus::Content content);
     bool isOver() const;

@@ -152,6 +152,10 @@ void FakeForm::activate(bool isActive) {
     });
 }
 
+void FakeForm::leave() {
+    soon([](State& state) { state.focused = -1; });
+}
+
 void FakeForm::fill(int field, std::string const& text) {
     soon([field, text](State& state) { state.fields[static_cast<std::size_t>(field)].text = text; });
 }

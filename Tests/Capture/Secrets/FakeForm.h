@@ -25,6 +25,8 @@ public:
     /// What happens in the program, each once it gets round to it.
     void focus(int field);
     void activate(bool isActive);
+    /// No field has the keyboard any more, and nobody is told.
+    void leave();
     void fill(int field, std::string const& text);
 
     /// Does nothing and answers nobody until it goes on: first with what happened, then with the questions.

@@ -151,6 +151,28 @@ TEST_F(GuardedEventsTest, aPasswordFieldCountsOnlyWhileItsWindowHasTheKeyboardAn
     EXPECT_EQ(loggedUntil('b'), "ab");
 }
 
+TEST_F(GuardedEventsTest, aPromptThatIsGoneWithoutAWordKeepsNothingOutOfTheLog) {
+    showForm();
+    begin();
+    form->focus(1);
+    settle();
+    FakeForm other(bus, {{}});
+    other.focus(0); // nobody says that the window of the first is no longer in front
+    type("secret");
+    for (int i = 0; i < 3; ++i) settle();
+    form->leave();
+    EXPECT_EQ(loggedUntil('a'), "a");
+    form->focus(1);
+    settle();
+    other.focus(0);
+    type("secret");
+    for (int i = 0; i < 3; ++i) settle();
+    form.reset();
+    EXPECT_EQ(loggedUntil('b'), "ab");
+    bus.kill();
+    EXPECT_EQ(loggedUntil('d'), "abd") << "windows and terminals still tell";
+}
+
 TEST_F(GuardedEventsTest, theEndOfTheTakeWaitsForNobodyAndKeepsWhatIsUnknownOut) {
     showForm();
     form->focus(0);
