@@ -32,8 +32,10 @@ constexpr std::array<LayoutName, 8> layoutNames{{{DeviceLayout::bgrx, SPA_VIDEO_
                                                  {DeviceLayout::yuv420, SPA_VIDEO_FORMAT_I420}}};
 
 struct Spare {
+    Spare() { spa_pod_builder_init(&builder, bytes.data(), static_cast<std::uint32_t>(bytes.size())); }
+
     std::array<std::uint8_t, 4096> bytes{};
-    spa_pod_builder builder = SPA_POD_BUILDER_INIT(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
+    spa_pod_builder builder{};
 };
 
 void addFormats(spa_pod_builder& builder, std::vector<DeviceLayout> const& layouts) {
@@ -275,5 +277,4 @@ void VideoStream::takePointer(spa_buffer& buffer) const {
     auto const* const cursor = metaOf<spa_meta_cursor>(buffer, SPA_META_Cursor);
     if (cursor && spa_meta_cursor_is_valid(cursor)) handlers_.pointer({cursor->position.x, cursor->position.y});
 }
-
 }

@@ -21,8 +21,8 @@ constexpr char const* backendEntry = "[portal]\nDBusName=org.freedesktop.impl.po
 
 bool answers() {
     try {
-        wayland::ScreenCastPortal();
-        return true;
+        wayland::ScreenCastPortal const portal;
+        return portal.abilities().version > 0;
     } catch (CaptureError const&) {
         return false;
     }

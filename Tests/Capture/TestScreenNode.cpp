@@ -89,8 +89,10 @@ void TestScreenNode::run() {
 namespace {
 
 struct Spare {
+    Spare() { spa_pod_builder_init(&builder, bytes.data(), static_cast<std::uint32_t>(bytes.size())); }
+
     std::array<std::uint8_t, 2048> bytes{};
-    spa_pod_builder builder = SPA_POD_BUILDER_INIT(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
+    spa_pod_builder builder{};
 };
 
 spa_pod const* formatOf(spa_pod_builder& builder, int width, int height) {
@@ -193,5 +195,4 @@ void TestScreenNode::send() {
     }
     pw_stream_queue_buffer(stream_.get(), buffer);
 }
-
 }
