@@ -147,6 +147,7 @@ private:
 
     void place(int index, Around around) {
         enterPopup(node(index), around);
+        if (isInPixels(node(index))) around.placement.scale = 1;
         auto const frame = around.placement.onScreen(node(index).extents);
         add(index, frame, around);
         if (!around.clip.isEmpty()) around.view = around.clip;
@@ -154,6 +155,11 @@ private:
         if (node(index).role == Role::comboBox) around.combo = frame;
         if (node(index).role == Role::popupMenu) moveIntoMenu(index, around.placement);
         for (int const child : node(index).children) place(child, around);
+    }
+
+    /// Chromium scales the places of its own widgets, but not those of what is on a page.
+    bool isInPixels(AccessibleNode const& node) const {
+        return tree_.toolkit == Toolkit::chromium && node.role == Role::documentWeb;
     }
 
     /// Menus and lists open in windows of their own.

@@ -115,6 +115,18 @@ TEST(PlacedElement, anyScaleIsKnownByTheShapeOfAWindow) {
     }
 }
 
+TEST(PlacedElement, whatIsOnAPageIsInPixelsThoughTheBrowserIsScaled) {
+    TestTree tree(Toolkit::chromium);
+    auto const frame = tree.add(-1, Role::frame, "Page", {10, 20, 640, 400});
+    tree.add(frame, Role::pushButton, "Reload", {30, 40, 20, 20});
+    auto const page = tree.add(frame, Role::documentWeb, "Page", {20, 140, 1280, 700});
+    tree.add(page, Role::link, "More", {900, 600, 50, 20});
+    std::map<std::string, UIRect> frames;
+    for (auto const& each : tree.placed({window("Page", {20, 40, 1280, 800})})) frames[each.title] = each.frame;
+    EXPECT_EQ(frames["Reload"], (UIRect{60, 80, 40, 40}));
+    EXPECT_EQ(frames["More"], (UIRect{900, 600, 50, 20}));
+}
+
 TEST(PlacedElement, gtk4CountsFromInsideOfTheShadowAndInPopupsFromTheirCorner) {
     TestTree tree(Toolkit::gtk4);
     auto const frame = tree.add(-1, Role::frame, "Main", {0, 0, 400, 300});
