@@ -87,7 +87,10 @@ std::optional<Cover> coverOf(AccessibilityBus& bus, PlacedElement const& element
     // What is in a popup is over everything, and in a window of its own, about which the root knows nothing.
     if (!looksAsThePointerDoes(element.toolkit) || element.isInPopup) return std::nullopt;
     HitTest test(bus, deadline, stop);
-    auto const place = element.placement.inProgram(point);
+    auto placement = element.placement;
+    // Chromium takes pixels here, though it scales the places of its own widgets.
+    if (element.toolkit == Toolkit::chromium) placement.scale = 1;
+    auto const place = placement.inProgram(point);
     auto const hit = test.innermost(element.root, {static_cast<int>(std::lround(place.x)),
                                                    static_cast<int>(std::lround(place.y)), originOf(element.toolkit)});
     if (!hit || *hit == element.address) return std::nullopt;

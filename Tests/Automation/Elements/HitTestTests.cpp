@@ -43,9 +43,10 @@ protected:
                 .toolkit = toolkit,
                 .placement = {.scale = 2, .dx = 1000, .dy = 500}};
     }
-    /// At a point of the program: what covers it, "nothing", or "something".
+    /// At a point of the program, which is a pixel in Chromium at any scale: what covers it, "nothing", or "something".
     std::string cover(PlacedElement const& element, double x, double y) {
-        auto const cover = coverOf(*bus, element, {x * 2 + 1000, y * 2 + 500}, Clock::now() + 200ms, {});
+        double const scale = element.toolkit == Toolkit::chromium ? 1 : 2;
+        auto const cover = coverOf(*bus, element, {x * scale + 1000, y * scale + 500}, Clock::now() + 200ms, {});
         if (!cover) return "nothing";
         return cover->title.empty() ? "something" : cover->title;
     }
