@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <ranges>
 #include <utility>
 #include <vector>
 
@@ -50,8 +49,8 @@ public:
 
     /// Of the outermost that has one: a dialog says more than its button.
     std::string titleOf(std::vector<Address> const& widgets, Toolkit toolkit) {
-        for (auto const& widget : widgets | std::views::reverse) {
-            auto const name = answer<std::string>([&](auto then) { bus_.name(widget, then); });
+        for (std::size_t i = widgets.size(); i-- > 0;) {
+            auto const name = answer<std::string>([&](auto then) { bus_.name(widgets[i], then); });
             if (auto title = readableTitle(name.value_or(""), toolkit); !title.empty()) return title;
         }
         return {};
