@@ -1,5 +1,6 @@
 #include <TavaroAutomation/Input/Private/Pointer.h>
 
+#include <TavaroAutomation/Errors/AutomationError.h>
 #include <TavaroAutomation/Input/Private/FakeInput.h>
 #include <TavaroAutomation/Input/Private/Glide.h>
 #include <TavaroAutomation/Input/Private/UserMotion.h>
@@ -79,7 +80,9 @@ struct Pointer::State {
         return {static_cast<double>(at.x), static_cast<double>(at.y)};
     }
     void begin(std::stop_token const& stop) {
-        input.releaseOrphans(FakeInput::Device::mouse, stop); // it would make a drag of the way
+        // They would make a drag of the way, or another click of the click.
+        input.releaseOrphans(FakeInput::Device::mouse, stop);
+        input.releaseOrphans(FakeInput::Device::keyboard, stop);
         user.forget();
     }
     void follow(Glide const& path, double seconds, std::stop_token const& stop);
@@ -106,10 +109,12 @@ void Pointer::State::follow(Glide const& path, double seconds, std::stop_token c
 void Pointer::State::press(std::uint8_t button, int count, std::stop_token const& stop) {
     for (int i = 0; i < count; ++i) {
         if (i > 0) x11::rest(betweenClicks, stop);
+        expectNotStopped(stop);
         user.expectNone();
         FakeInput::Held const held(input, FakeInput::Device::mouse, button);
         x11::rest(pressTime, stop);
     }
+    user.expectNoneSoFar(); // it became a drag
 }
 
 void Pointer::State::glideTo(UIPoint const& to, double seconds, std::stop_token const& stop) {
@@ -136,7 +141,6 @@ void Pointer::glide(UIPoint const& to, double seconds, std::stop_token const& st
 }
 
 void Pointer::click(UIMouseButton button, int count, std::stop_token const& stop) {
-    state_->begin(stop);
     auto& connection = state_->input.connection();
     auto const code = physical(connection, button);
     state_->hand.sync([&] { state_->press(code, count, stop); });

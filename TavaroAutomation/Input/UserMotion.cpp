@@ -72,7 +72,8 @@ void UserMotion::expectNoneSoFar() {
 
 void UserMotion::expectNone() {
     expectNoneSoFar();
-    if (input_.pointer() != expected_) refuse();
+    auto const now = PointerQuery(input_.connection()).answer();
+    if (now.at != expected_ || now.isPressed) refuse();
 }
 
 void UserMotion::expectOnAScreen(PixelPoint at) const {

@@ -31,7 +31,7 @@ public:
     /// three times.
     void glide(UIPoint const& to, double seconds, std::stop_token const& stop = {}, PlaceOfTarget const& place = {});
 
-    /// 1 to 3 times, where the pointer is.
+    /// 1 to 3 times, where the last glide ended; `userMoved` where the pointer is no longer there.
     void click(UIMouseButton button, int count, std::stop_token const& stop = {});
 
     /// Pixels that the wheel is to move what is under the pointer; negative ones up and to the left.
