@@ -110,7 +110,7 @@ std::vector<int> AreaSearch::edges(int Extents::*begin, int Extents::*length) co
         if (gap.halvings < mostHalvings) add(gap.area.*begin + gap.area.*length / 2);
     }
     std::ranges::sort(result);
-    result.erase(std::ranges::unique(result).begin(), result.end());
+    result.erase(std::unique(result.begin(), result.end()), result.end());
     return result;
 }
 
