@@ -4,6 +4,7 @@
 #include <TavaroAutomation/Applications/Private/ProgramFile.h>
 
 #include <algorithm>
+#include <iterator>
 #include <set>
 #include <string>
 #include <tuple>
@@ -56,6 +57,18 @@ bool isOf(x11::OpenWindow const& window, DesktopEntry const* entry, std::string_
            isSame(names.instance, name) || isSame(window.gtkApplicationID, name);
 }
 
+/// The window that a dialog, or a dialog of that, belongs to; itself where it belongs to none.
+x11::OpenWindow const& ownerOf(std::vector<x11::OpenWindow> const& all, x11::OpenWindow const& window) {
+    constexpr int deepest = 8; // windows may belong to each other
+    auto const* owner = &window;
+    for (int depth = 0; depth < deepest; ++depth) {
+        auto const next = std::ranges::find(all, owner->transientFor, &x11::OpenWindow::window);
+        if (owner->transientFor == XCB_NONE || next == all.end()) break;
+        owner = &*next;
+    }
+    return *owner;
+}
+
 }
 
 DesktopEntry const* entryNamed(DesktopEntries const& entries, std::string_view name,
@@ -77,14 +90,21 @@ DesktopEntry const* entryNamed(DesktopEntries const& entries, std::string_view n
 std::vector<x11::OpenWindow> windowsOf(std::vector<x11::OpenWindow> const& all, DesktopEntry const* entry,
                                        std::string_view name) {
     std::set<int> processes;
+    std::set<xcb_window_t> own;
     for (auto const& window : all) {
-        if (!window.isPopup && window.pid != 0 && isOf(window, entry, name)) processes.insert(window.pid);
+        if (window.isPopup || !isOf(window, entry, name)) continue;
+        own.insert(window.window);
+        if (window.pid != 0) processes.insert(window.pid);
     }
     std::vector<x11::OpenWindow> result;
-    for (auto const& window : all) {
+    std::ranges::copy_if(all, std::back_inserter(result), [&](x11::OpenWindow const& window) {
         // Popups often have no class of their own.
-        if (processes.contains(window.pid) || (!window.isPopup && isOf(window, entry, name))) result.push_back(window);
-    }
+        if (own.contains(window.window) || !processes.contains(window.pid)) return own.contains(window.window);
+        if (window.isPopup) return true;
+        // Several applications may share a process: of an office suite, of a browser.
+        auto const& owner = ownerOf(all, window);
+        return own.contains(owner.window) || !owner.isOfInstalled();
+    });
     return result;
 }
 

@@ -1,5 +1,7 @@
 #include <TavaroAutomation/Applications/Private/OpenWindows.h>
 
+#include <TavaroAutomation/Errors/AutomationError.h>
+
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
@@ -49,6 +51,12 @@ OpenWindow::Launch launchOf(int pid) {
     return result;
 }
 
+/// The window that a dialog belongs to.
+xcb_window_t transientFor(Connection& connection, xcb_window_t window) {
+    auto const other = connection.cardinals(window, "WM_TRANSIENT_FOR");
+    return other.empty() ? XCB_NONE : other[0];
+}
+
 bool isMinimized(Connection& connection, xcb_window_t window) {
     constexpr std::uint32_t iconic = 3;
     auto const state = connection.cardinals(window, "WM_STATE");
@@ -76,6 +84,7 @@ std::optional<OpenWindow> openWindow(Connection& connection, xcb_window_t topLev
                       .title = titleOf(connection, window),
                       .windowClass = windowClass(connection, window),
                       .application = applicationOf(connection, window),
+                      .transientFor = transientFor(connection, window),
                       .gtkApplicationID = connection.text(window, "_GTK_APPLICATION_ID"),
                       .contents = contentsOf(connection, window),
                       .frame = uiRect(*frame),
@@ -89,7 +98,7 @@ std::optional<OpenWindow> openWindow(Connection& connection, xcb_window_t topLev
 std::vector<OpenWindow> openWindows(Connection& connection) {
     std::vector<OpenWindow> result;
     auto const tree = connection.ask<xcb_query_tree, xcb_query_tree_reply>(connection.root());
-    if (!tree) return result;
+    if (!tree) throw AutomationError(AutomationError::Kind::failed, "The display went away.");
     auto const* const bottom = xcb_query_tree_children(tree.get());
     for (int i = xcb_query_tree_children_length(tree.get()) - 1; i >= 0; --i) {
         if (auto window = openWindow(connection, bottom[i])) result.push_back(std::move(*window));

@@ -23,8 +23,9 @@ struct OpenWindow {
     int pid = 0;                      // 0 where it does not say
     std::string title;
     WindowClass windowClass;
-    ApplicationIdentity application; // as the desktop calls it
-    std::string gtkApplicationID;    // what a GTK program calls itself: "org.gnome.TextEditor"
+    ApplicationIdentity application;      // as the desktop calls it
+    xcb_window_t transientFor = XCB_NONE; // of a dialog
+    std::string gtkApplicationID;         // what a GTK program calls itself: "org.gnome.TextEditor"
     Launch launch;
     UIRect contents;      // without the window manager's frame
     UIRect frame;         // as people see the window
@@ -36,7 +37,7 @@ struct OpenWindow {
     bool isOfInstalled() const { return application.bundleID != windowClass.name; }
 };
 
-/// Frontmost first, popups too; without desktops, docks and tooltips.
+/// Frontmost first, popups too; without desktops, docks and tooltips. Throws `AutomationError` when the server is gone.
 std::vector<OpenWindow> openWindows(Connection& connection);
 /// Nothing when it is gone.
 std::optional<OpenWindow> openWindow(Connection& connection, xcb_window_t topLevel);

@@ -43,7 +43,8 @@ protected:
 };
 
 x11::OpenWindow window(int pid, std::string const& windowClass, ApplicationIdentity const& application) {
-    return {.pid = pid, .windowClass = {windowClass, windowClass}, .application = application};
+    static xcb_window_t last = 1000;
+    return {.window = ++last, .pid = pid, .windowClass = {windowClass, windowClass}, .application = application};
 }
 
 }
@@ -114,6 +115,26 @@ TEST_F(InstalledPrograms, ofOneNameTheOpenOneIsMeant) {
     std::string const byDefault = entryNamed(entries, "Twin", {})->identity.bundleID;
     std::string const other = byDefault == "first" ? "second" : "first";
     EXPECT_EQ(entryNamed(entries, "Twin", {window(5, "Win", {other, "Twin"})})->identity.bundleID, other);
+}
+
+TEST_F(InstalledPrograms, shareAProcessAndHaveWindowsOfTheirOwn) {
+    entry("suite-words", "Name=Words\nExec=suite --words");
+    entry("suite-sums", "Name=Sums\nExec=suite --sums");
+    DesktopEntries const entries({folder.path() / "entries"});
+    auto const* const words = entryNamed(entries, "Words", {});
+    auto const make = [&](xcb_window_t id, ApplicationIdentity const& identity, xcb_window_t transientFor) {
+        auto made = window(5, "Suite", identity);
+        made.window = id;
+        made.transientFor = transientFor;
+        return made;
+    };
+    ApplicationIdentity const sums{"suite-sums", "Sums"}, unknown{"Suite", "Suite"};
+    std::vector<x11::OpenWindow> const all{
+        make(1, sums, 0),    make(2, unknown, 1), make(3, unknown, 4), make(4, words->identity, 0),
+        make(5, unknown, 0), make(6, unknown, 3), make(7, unknown, 2), make(8, unknown, 99)};
+    std::vector<xcb_window_t> own;
+    for (auto const& each : windowsOf(all, words, "Words")) own.push_back(each.window);
+    EXPECT_THAT(own, ElementsAre(3, 4, 5, 6, 8)) << "its own, its dialogs, and what says nothing of itself";
 }
 
 TEST_F(InstalledPrograms, haveTheWindowsOfTheTerminalTheyRunIn) {
