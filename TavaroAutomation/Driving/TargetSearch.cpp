@@ -237,21 +237,32 @@ void TargetSearch::expectNotCovered(FoundTarget const& target, UIPoint const& po
 }
 
 /// The server knows who would get a click: windows may have any shape, and let clicks through.
-void TargetSearch::expectWindowUnderPointer(FoundTarget const& target) {
+x11::OpenWindow TargetSearch::windowUnderPointer() {
     auto const pointer = connection_.ask<xcb_query_pointer, xcb_query_pointer_reply>(connection_.root());
-    auto const topLevel = pointer ? pointer->child : XCB_NONE;
-    auto const window = topLevel != XCB_NONE ? x11::openWindow(connection_, topLevel) : std::nullopt;
-    auto const& own = target.application.windows;
-    bool const isOwn = window && std::ranges::any_of(own, [&](x11::OpenWindow const& each) {
-                           return each.window == window->window || (each.pid != 0 && each.pid == window->pid);
-                       });
-    if (isOwn) return;
+    x11::OpenWindow const unknown{.topLevel = pointer ? pointer->child : XCB_NONE};
+    return unknown.topLevel == XCB_NONE ? unknown : x11::openWindow(connection_, unknown.topLevel).value_or(unknown);
+}
+
+/// A tooltip goes when the pointer moves, but not at once.
+void TargetSearch::expectWindowUnderPointer(FoundTarget const& target, std::stop_token const& stop) {
+    x11::OpenWindow under;
+    auto const isOwn = [&](x11::OpenWindow const& own) {
+        return own.window == under.window || (own.pid != 0 && own.pid == under.pid);
+    };
+    bool const isThere = x11::waitUntil(
+        Clock::now() + 1s, stop,
+        [&] {
+            under = windowUnderPointer();
+            return under.topLevel == XCB_NONE || std::ranges::any_of(target.application.windows, isOwn);
+        },
+        betweenLooks);
+    if (isThere && under.topLevel != XCB_NONE) return;
     auto const name = nameOf(target.placed.element);
-    if (topLevel == XCB_NONE) {
+    auto const& other = under.application.name;
+    if (under.topLevel == XCB_NONE) {
         fail(AutomationError::Kind::notShown,
              name + " is not there any more: its window was moved, minimised or closed.");
     }
-    auto const other = window ? window->application.name : std::string();
     fail(AutomationError::Kind::notShown, other.empty() ? name + " is covered by another window."
                                                         : fmt::format("{} is covered by a window of {}.", name, other));
 }

@@ -52,7 +52,7 @@ struct UIAutomation::State {
         auto found = search.find(target, purpose, stop);
         pointer().glide(found.point(), seconds, stop, [&] { return search.placeOf(found, stop); });
         auto const point = pointer().position();
-        search.expectWindowUnderPointer(found);
+        search.expectWindowUnderPointer(found, stop);
         if (purpose == Purpose::click) search.expectNotCovered(found, point, stop);
         return {.point = point, .element = found.placed.element};
     }

@@ -40,11 +40,12 @@ public:
     /// and where its program does not answer.
     UIPoint placeOf(FoundTarget& target, std::stop_token const& stop);
     /// Throws `AutomationError` where a click would not go to a window of the target's application.
-    void expectWindowUnderPointer(FoundTarget const& target);
+    void expectWindowUnderPointer(FoundTarget const& target, std::stop_token const& stop);
     /// Throws `AutomationError` where another widget of its own window is at that point.
     void expectNotCovered(FoundTarget const& target, UIPoint const& point, std::stop_token const& stop);
 
 private:
+    x11::OpenWindow windowUnderPointer();
     FoundTarget look(UITarget const& target, Purpose purpose, std::stop_token const& stop);
     FoundTarget foundAgain(FoundTarget const& target, std::stop_token const& stop);
     void expectNoDialog(FoundTarget const& target);
