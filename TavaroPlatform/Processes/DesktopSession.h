@@ -14,8 +14,8 @@ std::vector<std::string> desktopSessionVariables(std::filesystem::path const& pr
 
 enum class DesktopKind { none, x11, wayland };
 
-/// What this process shows its windows on. A Wayland desktop often has an X server too, for the windows of programs that
-/// know no other.
+/// What this process shows its windows on. A Wayland desktop often has an X server too, for the windows of programs
+/// that know no other.
 DesktopKind desktopKind();
 inline bool hasDisplay() { return desktopKind() != DesktopKind::none; }
 

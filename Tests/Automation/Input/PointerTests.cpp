@@ -217,7 +217,8 @@ TEST_F(PointerTest, noButtonStaysPressedAfterWhateverEndsAClick) {
 }
 
 TEST_F(PointerTest, whoTakesTheMouseBetweenTheGlideAndTheEndOfTheClickStopsIt) {
-    auto const stopped = Throws<AutomationError>(::testing::Field(&AutomationError::kind, AutomationError::Kind::userMoved));
+    auto const stopped =
+        Throws<AutomationError>(::testing::Field(&AutomationError::kind, AutomationError::Kind::userMoved));
     pointer->glide({100, 100}, 0);
     client->movePointer(150, 120);
     EXPECT_THAT([&] { pointer->click(UIMouseButton::left, 1); }, stopped);
