@@ -239,7 +239,7 @@ void TargetSearch::expectNotCovered(FoundTarget const& target, UIPoint const& po
 /// The server knows who would get a click: windows may have any shape, and let clicks through.
 x11::OpenWindow TargetSearch::windowUnderPointer() {
     auto const pointer = connection_.ask<xcb_query_pointer, xcb_query_pointer_reply>(connection_.root());
-    x11::OpenWindow const unknown{.topLevel = pointer ? pointer->child : XCB_NONE};
+    x11::OpenWindow const unknown{.topLevel = pointer ? pointer->child : xcb_window_t{XCB_NONE}};
     return unknown.topLevel == XCB_NONE ? unknown : x11::openWindow(connection_, unknown.topLevel).value_or(unknown);
 }
 

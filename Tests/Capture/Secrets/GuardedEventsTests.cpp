@@ -16,7 +16,7 @@ public:
     explicit TypedKeys(EventHandlers& handlers) : handlers_(handlers) {}
     void start(EventHandlers handlers) override { handlers_ = std::move(handlers); }
     void stop() override {
-        handlers_.key = [](double, Chord) {};
+        handlers_.key = [](double, Chord const&) {};
     }
     bool hasKeyboard() const override { return true; }
     std::optional<PixelPoint> pointer() override { return std::nullopt; }
