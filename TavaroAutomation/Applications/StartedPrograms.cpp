@@ -2,14 +2,12 @@
 
 #include <TavaroPlatform/Clocks/MediaClock.h>
 
-#include <utility>
-
 namespace tavaro {
 
 void StartedPrograms::add(DetachedProcess program) {
     constexpr double seconds = 1;
     if (!thread_) thread_ = std::make_unique<SerialQueue>("com.tavaro.automation.programs");
-    thread_->async([this, program = std::move(program)] {
+    thread_->async([this, program] {
         if (running_.empty()) thread_->startTimer(mediaClockNow(), seconds, [this](double) { forgetEnded(); });
         running_.push_back(program);
     });

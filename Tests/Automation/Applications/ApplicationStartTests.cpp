@@ -114,7 +114,7 @@ TEST(StartedPrograms, aProgramThatHasEndedIsGone) {
     for (auto& process : started) {
         auto program = DetachedProcess::start({findProgram("true")->string()});
         process = program->process();
-        programs.add(std::move(*program));
+        programs.add(*program);
     }
     for (auto const process : started) EXPECT_TRUE(eventually([&] { return ::kill(process, 0) != 0; }));
 }

@@ -196,7 +196,7 @@ TEST_F(ScreenGrabberTest, sourcesThatCannotBeRecordedSayWhy) {
     };
     for (auto const& [source, part, kind] : cases) {
         try {
-            ScreenGrabber(source, display->name());
+            ScreenGrabber const grabber(source, display->name());
             ADD_FAILURE() << "recordable: " << part;
         } catch (CaptureError const& error) {
             EXPECT_EQ(error.kind, kind) << part;
