@@ -3,7 +3,9 @@
 #include <TavaroAutomation/Elements/Private/ElementTitle.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -81,8 +83,10 @@ private:
 
 }
 
-std::optional<Cover> coverOf(AccessibilityBus& bus, PlacedElement const& element, UIPoint const& point,
-                             Deadline deadline, std::stop_token const& stop) {
+namespace {
+
+std::optional<Cover> coverNow(AccessibilityBus& bus, PlacedElement const& element, UIPoint const& point,
+                              Deadline deadline, std::stop_token const& stop) {
     // What is in a popup is over everything, and in a window of its own, about which the root knows nothing.
     if (!looksAsThePointerDoes(element.toolkit) || element.isInPopup) return std::nullopt;
     HitTest test(bus, deadline, stop);
@@ -103,6 +107,23 @@ std::optional<Cover> coverOf(AccessibilityBus& bus, PlacedElement const& element
     std::erase_if(over, [&](Address const& each) { return std::ranges::find(wanted, each) != wanted.end(); });
     auto title = test.titleOf(over, element.toolkit);
     return test.isLate() ? std::nullopt : std::optional(Cover{std::move(title)});
+}
+
+}
+
+std::optional<Cover> coverOf(AccessibilityBus& bus, PlacedElement const& element, UIPoint const& point,
+                             Deadline deadline, std::stop_token const& stop) {
+    using Clock = std::chrono::steady_clock;
+    constexpr auto looking = std::chrono::milliseconds(150), pause = std::chrono::milliseconds(15);
+    auto cover = coverNow(bus, element, point, deadline, stop);
+    // Chromium answers from what it drew before, and then looks: what is over an element stays there.
+    constexpr auto answering = std::chrono::milliseconds(40);
+    auto const begin = Clock::now();
+    while (cover && element.toolkit == Toolkit::chromium && Clock::now() < begin + looking && !stop.stop_requested()) {
+        std::this_thread::sleep_for(pause);
+        cover = coverNow(bus, element, point, Clock::now() + answering, stop);
+    }
+    return cover;
 }
 
 }

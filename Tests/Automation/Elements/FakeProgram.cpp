@@ -169,18 +169,22 @@ struct FakeProgram::State {
     }
 
     std::string pathAt(FakeWidget const& it, int x, int y) {
-        int found = childAt(it, x, y);
+        bool const isGuess = widgets[0].guesses > 0 && widgets[0].guesses-- > 0;
+        int found = childAt(it, x, y, isGuess ? Layer::lowest : Layer::top);
         for (int inner = found; inner >= 0 && toolkit == "GTK"; inner = childAt(widgets[inner], x, y)) found = inner;
         if (found < 0) return "/org/a11y/atspi/null";
         auto const path = pathOf(found);
         return widgets[found].isMadeAnew ? path + "x" + std::to_string(++madeAnew) : path;
     }
 
-    int childAt(FakeWidget const& it, int x, int y) const {
+    enum class Layer { top, lowest };
+
+    int childAt(FakeWidget const& it, int x, int y, Layer layer = Layer::top) const {
         int found = -1;
         for (int const child : it.children) {
             auto const& area = widgets[static_cast<std::size_t>(child)].extents;
             if (x >= area.x && y >= area.y && x < area.x + area.width && y < area.y + area.height) found = child;
+            if (layer == Layer::lowest && found >= 0) break;
         }
         return found;
     }

@@ -24,6 +24,7 @@ struct FakeWidget {
     bool isSilent = false;      // answers nothing
     std::vector<int> labels;    // it is labelled by
     bool talksNonsense = false; // answers with values of any type but the right one, or with none
+    int guesses = 0;            // as the program itself: how often it answers with what lies lowest at a point
     bool saysAllAtOnce = false; // as the program itself
     bool isMadeAnew = false;    // has another object each time that it is found by a point
 };

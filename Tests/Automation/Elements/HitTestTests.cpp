@@ -78,6 +78,14 @@ TEST_F(HitTestTest, onAPageALabelDoesNotCoverItsBox) {
     EXPECT_EQ(cover(element(window4, save, Toolkit::gtk4), 15, 110), "something");
 }
 
+TEST_F(HitTestTest, whatChromiumSaysBeforeItLookedIsAskedAgain) {
+    auto widgets = window();
+    widgets[0].guesses = 6;
+    FakeProgram const program(testBus, "Chromium", widgets);
+    EXPECT_EQ(cover(element(program, close, Toolkit::chromium), 90, 15), "nothing");
+    EXPECT_EQ(cover(element(program, save, Toolkit::chromium), 90, 15), "Cookies") << "it stays there";
+}
+
 TEST_F(HitTestTest, aToolkitThatDoesNotKnowWhatIsOnTopIsNotAsked) {
     FakeProgram const program(testBus, "gtk", window());
     EXPECT_EQ(cover(element(program, save, Toolkit::gtk3), 90, 15), "nothing");
