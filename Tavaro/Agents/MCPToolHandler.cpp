@@ -27,6 +27,11 @@ std::string_view permissions() {
     return {};
 }
 
+bool isThere(ProjectPackage const& package) {
+    std::error_code ignored;
+    return std::filesystem::exists(package.projectFileURL(), ignored);
+}
+
 }
 
 MCPToolHandler::MCPToolHandler(MainQueue& queue, Application& application, std::string version)
@@ -85,15 +90,6 @@ void MCPToolHandler::dispatch(RunningCall& call, MCPToolName tool) {
     case MCPToolName::uiKeys: return others_.keys(call);
     case MCPToolName::uiScreenshot: return others_.screenshot(call);
     }
-}
-
-namespace {
-
-bool isThere(ProjectPackage const& package) {
-    std::error_code ignored;
-    return std::filesystem::exists(package.projectFileURL(), ignored);
-}
-
 }
 
 template<class Tools> void MCPToolHandler::withProject(RunningCall& call, Tools& tools, WithProject<Tools> work) {
