@@ -30,6 +30,16 @@ pw_properties* propertiesOf(SoundInput::Options const& options) {
     return properties;
 }
 
+void append(std::vector<StereoSample>& samples, spa_data const& data) {
+    if (!data.data || !data.chunk) return;
+    auto const offset = std::min(data.chunk->offset, data.maxsize);
+    auto const count = std::min(data.chunk->size, data.maxsize - offset) / sizeof(StereoSample);
+    auto const before = samples.size();
+    samples.resize(before + count);
+    std::memcpy(samples.data() + before, static_cast<std::uint8_t const*>(data.data) + offset,
+                count * sizeof(StereoSample));
+}
+
 }
 
 SoundInput::SoundInput(Connection& connection, Options const& options, std::function<void(SoundBlock const&)> block)
@@ -72,30 +82,29 @@ void SoundInput::onState(void* self, pw_stream_state /*old*/, pw_stream_state st
     static_cast<SoundInput*>(self)->state_ = state;
 }
 
-/// On the server's thread, at its cycle: only there is the cycle's time that of the samples.
+/// On the server's thread, at its cycle: only there is the cycle's time that of the samples. After a cycle that was
+/// missed there are several buffers, of which the last ends at that time.
 void SoundInput::onProcess(void* self) {
     auto& here = *static_cast<SoundInput*>(self);
+    std::vector<StereoSample> samples;
     while (auto* const buffer = pw_stream_dequeue_buffer(here.stream_.get())) {
-        if (buffer->buffer->n_datas > 0) here.take(buffer->buffer->datas[0]);
+        if (buffer->buffer->n_datas > 0) append(samples, buffer->buffer->datas[0]);
         pw_stream_queue_buffer(here.stream_.get(), buffer);
     }
+    if (!samples.empty()) here.take(std::move(samples));
 }
 
 /// What a cycle hands over was captured before it began.
-void SoundInput::take(spa_data const& data) {
-    if (!data.data || !data.chunk) return;
-    auto const offset = std::min(data.chunk->offset, data.maxsize);
-    auto const count = std::min(data.chunk->size, data.maxsize - offset) / sizeof(StereoSample);
+void SoundInput::take(std::vector<StereoSample> samples) {
     pw_time time{};
     pw_stream_get_time_n(stream_.get(), &time, sizeof time);
-    if (count == 0 || time.now <= 0 || time.rate.denom == 0) return;
+    if (time.now <= 0 || time.rate.denom == 0) return;
     double const delay = static_cast<double>(time.delay) * time.rate.num / time.rate.denom;
-    Cycle cycle{.samples = std::vector<StereoSample>(count),
+    auto const count = samples.size();
+    Cycle cycle{.samples = std::move(samples),
                 .moment = static_cast<double>(time.now) * 1e-9 - delay -
                           static_cast<double>(count + time.buffered) / audioRate,
                 .lost = lostBefore(time, count)};
-    std::memcpy(cycle.samples.data(), static_cast<std::uint8_t const*>(data.data) + offset,
-                count * sizeof(StereoSample));
     std::lock_guard const guard(lock_);
     cycles_.push_back(std::move(cycle));
 }

@@ -3,6 +3,7 @@
 #include "TestDisplay.h"
 
 #include <TavaroMedia/Audio/StereoSample.h>
+#include <TavaroPlatform/Clocks/MediaClock.h>
 
 #include <algorithm>
 #include <array>
@@ -52,7 +53,9 @@ void TestMicrophoneNode::speak() {
         std::min<std::uint64_t>(buffer->requested ? buffer->requested : 1024, data.maxsize / sizeof(StereoSample));
     std::span const samples(static_cast<StereoSample*>(data.data), count);
     bool const isLost = lost_ > 0 && lost_-- > 0;
-    double const begun = static_cast<double>(time.now) * 1e-9 - static_cast<double>(count) / audioRate;
+    double const length = static_cast<double>(count) / audioRate;
+    double const begun = static_cast<double>(time.now) * 1e-9 - length;
+    if (mediaClockNow() > static_cast<double>(time.now) * 1e-9 + length / 4) ++lateTurns_;
     for (auto& sample : samples) {
         auto const place = frame_ % between - between / 2;
         bool const isClick = !isLost && place >= 0 && place < click;

@@ -44,7 +44,7 @@ private:
     static void onState(void* self, pw_stream_state old, pw_stream_state state, char const* error);
     static void onProcess(void* self);
     void connect();
-    void take(spa_data const& data);
+    void take(std::vector<StereoSample> samples);
     std::size_t lostBefore(pw_time const& time, std::size_t count);
 
     Connection& connection_;
