@@ -7,8 +7,8 @@ import signal
 import subprocess
 import time
 
-from Display import VirtualDisplay
-from Stage import Fault, check, leftovers, read
+from Stage import check, leftovers, read
+from Takes import Desk, note_most, print_most, times_shown
 
 
 def mount(*arguments):
@@ -122,7 +122,7 @@ class PowerCut:
 
 
 class PowerCutRecording:
-    """A take on a machine that loses its power loses its last second at most, of the picture, the sound and the log. The
+    """A take on a machine that loses its power loses its last second at most, of the picture, the sounds and the log. The
     disk is an ext4 image that is copied while the recorder stands still: what it had not brought to the disk is lost."""
 
     def __init__(self, stage):
@@ -133,70 +133,68 @@ class PowerCutRecording:
             file.truncate(96 << 20)
         subprocess.run(["mkfs.ext4", "-q", "-J", "size=4", self.image], check=True)
         mount("-o", "loop", self.image, self.disk)
-        self.display = VirtualDisplay(stage)
-        self.sound = self.sound_server() if shutil.which("pulseaudio") else None
-
-    def sound_server(self):
-        folder = self.stage.path("sound")
-        os.mkdir(folder, 0o700)
-        self.stage.environment["PULSE_SERVER"] = f"unix:{folder}/native"
-        return subprocess.Popen(
-            ["pulseaudio", "-n", "--exit-idle-time=-1", "-L", f"module-native-protocol-unix socket={folder}/native",
-             "-L", "module-null-sink sink_name=out rate=48000", "-L", "module-sine sink=out"],
-            env={**self.stage.environment, "XDG_RUNTIME_DIR": folder, "HOME": folder}, stderr=subprocess.DEVNULL)
+        self.desk = Desk(stage)
+        self.lost = {}
 
     def round(self, _):
         stage = self.stage
-        shutil.rmtree(os.path.join(self.disk, "data"), ignore_errors=True)
+        recordings = os.path.join(self.disk, "data")
+        shutil.rmtree(recordings, ignore_errors=True)
         os.sync()
-        stage.environment["XDG_DATA_HOME"] = os.path.join(self.disk, "data")
-        sound = ["--system-audio"] if self.sound else []
-        take = stage.start("record", "--no-polish", *sound, "-o", os.path.join(self.disk, "take.recproj"))
+        stage.environment["XDG_DATA_HOME"] = recordings
+        take = stage.start(*self.desk.arguments(os.path.join(self.disk, "take.recproj")))
         try:
-            began = self.first_frame_time(take)
-            time.sleep(stage.random.uniform(1.5, 14))
+            self.desk.await_film(take, recordings)
+            time.sleep(stage.random.uniform(1, 14))
             take.send_signal(signal.SIGSTOP)
-            lived = time.monotonic() - began
+            stopped = time.monotonic()
             subprocess.run(["cp", "--sparse=always", self.image, self.copy], check=True)
         finally:
             take.kill()
             take.communicate()
-        self.judge(lived)
+        self.judge(stopped)
 
-    def first_frame_time(self, take):
-        """By its first fragment, of half a second: devices take their time to begin, after the file was made."""
-        empty, until = None, time.monotonic() + 20
-        while time.monotonic() < until and take.poll() is None:
-            sizes = [os.path.getsize(os.path.join(folder, name)) for folder, _, files in os.walk(os.path.join(self.disk, "data"))
-                     for name in files if name.startswith("segment")]
-            if sizes and sizes[0] > 0:
-                empty = empty or sizes[0]
-                if sizes[0] > empty:
-                    return time.monotonic() - 0.5
-            time.sleep(0.005)
-        raise Fault("the take did not start")
-
-    def judge(self, lived):
+    def judge(self, stopped):
         stage, place = self.stage, stage_place(self.stage)
         mount("-o", "loop", self.copy, place)
         try:
             stage.environment["XDG_DATA_HOME"] = os.path.join(place, "data")
             made = os.path.join(place, "recovered.recproj")
             stage.run("recover", "last", "--no-polish", "-o", made)
-            document = json.loads(read(os.path.join(made, "project.json")))
-            for name, length in document["assetDurations"].items():
-                check(length > lived - 1, f"cut after {lived:.2f} s of film, {length:.2f} s of {name} are left")
-            check(len(document["assetDurations"]) == (2 if self.sound else 1), "a stream is missing")
-            last = document["metadata"]["cursorSamples"][-1]["t"]
-            check(last > lived - 1, f"cut after {lived:.2f} s of film, {last:.2f} s of the log are left")
+            note_most(self.lost, self.desk.judge(made, stopped))
         finally:
             unmount(place)
 
     def end(self):
-        self.display.end()
-        if self.sound:
-            self.sound.terminate()
-            self.sound.wait()
+        self.desk.end()
+        print_most(self.lost)
+        unmount(self.disk)
+
+
+class FullDiskRecording:
+    """A take ends with a sentence before its disk of 64 MB is full, and plays to its end."""
+
+    def __init__(self, stage):
+        self.stage = stage
+        self.disk = stage.path("disk")
+        os.mkdir(self.disk)
+        mount("-t", "tmpfs", "-o", "size=64m", "none", self.disk)
+        stage.environment["XDG_DATA_HOME"] = os.path.join(self.disk, "data")
+        self.desk = Desk(stage, noise=True)
+        self.project = os.path.join(self.disk, "take.recproj")
+
+    def round(self, _):
+        shutil.rmtree(self.project, ignore_errors=True)
+        ended = self.stage.run(*self.desk.arguments(self.project), limit=300)
+        check("is nearly full" in ended.said, f"the sentence does not name the reason: {ended.said[-300:]}")
+        shown = times_shown(os.path.join(self.project, "assets", "recording.mov"), time.monotonic())
+        check(shown == sorted(shown), "frames are out of order")
+        self.stage.run("edit", self.project, "set", "name=there is room for a save")
+        self.stage.run("export", self.project, "--size", "320x180", "-o", self.stage.path("film.mp4"))
+        check(json.loads(self.stage.run("recover", "--json").output) == [], "the take counts as unfinished")
+
+    def end(self):
+        self.desk.end()
         unmount(self.disk)
 
 

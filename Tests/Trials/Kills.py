@@ -3,11 +3,12 @@
 import json
 import os
 import shutil
+import signal
 import time
 import zipfile
 
-from Display import VirtualDisplay
-from Stage import Fault, check, leftovers, read
+from Stage import check, leftovers, read
+from Takes import Desk, note_most, print_most
 
 
 class Saving:
@@ -105,38 +106,64 @@ class Making:
 
 
 class Recording:
-    """A recorder killed at any instant loses its last second at most. Needs a display: Xvfb is started."""
+    """A recorder killed at any instant loses its last second at most, of the picture, the sounds and the log; what there
+    is comes back by what a user is told. It is killed in the take, while it begins, and while it ends."""
 
     def __init__(self, stage):
         self.stage = stage
-        self.display = VirtualDisplay(stage)
+        self.desk = Desk(stage)
+        self.take, self.made = stage.path("take.recproj"), stage.path("recovered.recproj")
+        self.recordings = os.path.join(stage.home, "data", "Tavaro", "Recordings")
+        self.lost = {}
 
-    def round(self, _):
-        stage = self.stage
-        seconds = stage.random.uniform(2, 5)
-        take = stage.start("record", "--no-polish", "-o", stage.path("take.recproj"))
-        began = self.first_frame_time(take)
-        time.sleep(seconds)
-        take.kill()
-        lived = time.monotonic() - began
-        take.communicate()
-        made = stage.path("recovered.recproj")
-        shutil.rmtree(made, ignore_errors=True)
-        stage.run("recover", "last", "--no-polish", "-o", made)
-        length = max(stage.document(made)["assetDurations"].values())
-        check(length > lived - 1.05, f"killed after {lived:.2f} s of film, {length:.2f} s are left")
-        check(json.loads(stage.run("recover", "--json").output) == [], "the take is still unfinished after its recovery")
+    def round(self, number):
+        for project in (self.take, self.made):
+            shutil.rmtree(project, ignore_errors=True)
+        moments = {0: self.killed_at_its_begin, 1: self.killed_at_its_end}
+        moments.get(number % 5, self.killed_in_the_take)()
+        check(json.loads(self.stage.run("recover", "--json").output) == [], "the take is still unfinished afterwards")
 
-    def first_frame_time(self, take):
-        recordings = os.path.join(self.stage.home, "data", "Tavaro", "Recordings")
-        until = time.monotonic() + 20
-        while time.monotonic() < until and take.poll() is None:
-            for folder, _, files in os.walk(recordings):
-                if any(name.startswith("segment") and os.path.getsize(os.path.join(folder, name)) > 0 for name in files):
-                    return time.monotonic()
-            time.sleep(0.01)
-        take.kill()
-        raise Fault("the take did not start: " + take.communicate()[1].decode(errors="replace"))
+    def killed_in_the_take(self):
+        process = self.stage.start(*self.desk.arguments(self.take))
+        self.desk.await_film(process, self.recordings)
+        time.sleep(self.stage.random.uniform(0.5, 12))
+        self.judge_recovered(self.kill(process))
+
+    def killed_at_its_begin(self):
+        process = self.stage.start(*self.desk.arguments(self.take))
+        time.sleep(self.stage.random.uniform(0, 2))
+        self.kill(process)
+        if json.loads(self.stage.run("recover", "--json").output):
+            self.stage.run("recover", "last", "--no-polish", "-o", self.made)
+
+    def killed_at_its_end(self):
+        """There is the project or, until it is whole, the unfinished take."""
+        process = self.stage.start(*self.desk.arguments(self.take))
+        self.desk.await_film(process, self.recordings)
+        time.sleep(self.stage.random.uniform(0.5, 3))
+        process.send_signal(signal.SIGINT)
+        ended = time.monotonic()
+        time.sleep(self.stage.random.uniform(0, 0.6))
+        self.kill(process)
+        if not os.path.exists(self.take):
+            return self.judge_recovered(ended)
+        note_most(self.lost, self.desk.judge(self.take, ended))
+        if json.loads(self.stage.run("recover", "--json").output):
+            self.stage.run("recover", "last", "--discard")
+
+    def judge_recovered(self, moment):
+        offered = self.stage.run("library").said
+        check("We found an unfinished recording" in offered, f"the take is not offered: {offered}")
+        self.stage.run("recover", "last", "--no-polish", "-o", self.made)
+        note_most(self.lost, self.desk.judge(self.made, moment))
+
+    @staticmethod
+    def kill(process):
+        process.kill()
+        killed = time.monotonic()
+        process.communicate()
+        return killed
 
     def end(self):
-        self.display.end()
+        self.desk.end()
+        print_most(self.lost)
