@@ -1,10 +1,10 @@
 // Recording a 1080p screen at 60 frames a second, beside FFmpeg's screen grabber with the same encoder settings, on a
 // virtual display where something always moves. Prints one line a figure: name, value, unit.
 
+#include "MovingScreen.h"
+
 #include <TavaroCapture/Recorder/ScreenRecorder.h>
-#include <TavaroCapture/X11/Connection.h>
 #include <TavaroMedia/Movie/MovieReader.h>
-#include <TavaroPlatform/Clocks/MediaClock.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -14,15 +14,12 @@
 #include <signal.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
-#include <thread>
 #include <unistd.h>
 
 using namespace tavaro;
 
 namespace {
 
-constexpr int width = 1920;
-constexpr int height = 1080;
 constexpr double takeSeconds = 11; // one change of segments
 
 pid_t inProcess(std::function<void()> const& job) {
@@ -58,7 +55,7 @@ pid_t startServer(std::string& display) {
     if (pipe(ends) != 0) std::exit(1);
     pid_t const server = inProcess([&] {
         dup2(open("/dev/null", O_WRONLY), 2);
-        auto const screen = fmt::format("{}x{}x24", width, height);
+        auto const screen = fmt::format("{}x{}x24", movingScreenWidth, movingScreenHeight);
         execlp("Xvfb", "Xvfb", "-displayfd", std::to_string(ends[1]).c_str(), "-screen", "0", screen.c_str(),
                "-nolisten", "tcp", "-noreset", nullptr);
         throw std::runtime_error("Xvfb is not installed");
@@ -69,45 +66,6 @@ pid_t startServer(std::string& display) {
     close(ends[0]);
     if (display.size() < 2) std::exit(1);
     return server;
-}
-
-/// A page of text-like strokes that scrolls in most of the screen, and a box that crosses it, 60 times a second.
-void paintForever(std::string const& display) {
-    x11::Connection connection(display);
-    auto* const c = connection.get();
-    std::uint32_t const window = xcb_generate_id(c);
-    std::uint32_t const values[] = {0xffffff, 1};
-    xcb_create_window(c, XCB_COPY_FROM_PARENT, window, connection.root(), 0, 0, width, height, 0,
-                      XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, XCB_CW_BACK_PIXEL | XCB_CW_OVERRIDE_REDIRECT,
-                      values);
-    xcb_map_window(c, window);
-    std::uint32_t const pen = xcb_generate_id(c);
-    xcb_create_gc(c, pen, window, 0, nullptr);
-    auto const fill = [&](int x, int y, int w, int h, std::uint32_t color) {
-        xcb_change_gc(c, pen, XCB_GC_FOREGROUND, &color);
-        xcb_rectangle_t const area{static_cast<std::int16_t>(x), static_cast<std::int16_t>(y),
-                                   static_cast<std::uint16_t>(w), static_cast<std::uint16_t>(h)};
-        xcb_poly_fill_rectangle(c, window, pen, 1, &area);
-    };
-    unsigned random = 1;
-    auto const next = [&](int limit) {
-        return static_cast<int>((random = random * 1664525u + 1013904223u) >> 16) % limit;
-    };
-    double const start = mediaClockNow();
-    for (long frame = 0;; ++frame) {
-        constexpr int scroll = 3;
-        xcb_copy_area(c, window, window, pen, 100, 100 + scroll, 100, 100, 1400, 880 - scroll);
-        fill(100, 980 - scroll, 1400, scroll, 0xffffff);
-        if (frame % 7 < 4) {
-            for (int i = 0; i < 120; ++i) fill(110 + next(1380), 980 - scroll, 1 + next(8), scroll, 0x202020);
-        }
-        fill(1540 + static_cast<int>((frame - 1) % 300), 300, 60, 60, 0xffffff);
-        fill(1540 + static_cast<int>(frame % 300), 300, 60, 60, 0x3070e0);
-        connection.synchronize();
-        if (!connection.isAlive()) return;
-        std::this_thread::sleep_for(
-            std::chrono::duration<double>(start + static_cast<double>(frame + 1) / 60 - mediaClockNow()));
-    }
 }
 
 struct Counts {
@@ -126,7 +84,7 @@ void record(std::string const& display, std::filesystem::path const& folder, int
 
 void grabWithFFmpeg(std::string const& display, std::filesystem::path const& folder) {
     auto const movie = (folder / "grabbed.mov").string();
-    auto const size = fmt::format("{}x{}", width, height);
+    auto const size = fmt::format("{}x{}", movingScreenWidth, movingScreenHeight);
     auto const seconds = fmt::format("{}", takeSeconds);
     execlp("ffmpeg", "ffmpeg", "-y", "-loglevel", "error", "-f", "x11grab", "-draw_mouse", "0", "-framerate", "60",
            "-video_size", size.c_str(), "-t", seconds.c_str(), "-i", display.c_str(), "-c:v", "libx264", "-preset",

@@ -5,6 +5,7 @@
 #include <TavaroCapture/PipeWire/Private/VideoStream.h>
 #include <TavaroPlatform/Clocks/MediaClock.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <spa/param/buffers.h>
@@ -18,19 +19,17 @@ using namespace pipewire;
 
 namespace {
 
-constexpr int width = 640;
-constexpr int height = 480;
 constexpr double fps = 30;
 
 /// The camera's side of a stream.
 class Sender {
 public:
-    Sender(Connection& connection, TestCameraNode& camera, std::string const& name, std::string const& description)
+    Sender(Connection& connection, TestCameraNode& camera, TestCameraNode::Options const& options)
         : camera_(camera)
-        , stream_(pw_stream_new(connection.core(), name.c_str(),
+        , stream_(pw_stream_new(connection.core(), options.name.c_str(),
                                 pw_properties_new(PW_KEY_MEDIA_CLASS, "Video/Source", PW_KEY_MEDIA_ROLE, "Camera",
-                                                  PW_KEY_NODE_NAME, name.c_str(), PW_KEY_NODE_DESCRIPTION,
-                                                  description.c_str(), nullptr))) {
+                                                  PW_KEY_NODE_NAME, options.name.c_str(), PW_KEY_NODE_DESCRIPTION,
+                                                  options.description.c_str(), nullptr))) {
         static pw_stream_events const events{.version = PW_VERSION_STREAM_EVENTS,
                                              .state_changed = onState,
                                              .param_changed = onParameter,
@@ -38,7 +37,8 @@ public:
         pw_stream_add_listener(stream_.get(), &hook_, &events, this);
         std::array<std::uint8_t, 1024> room{};
         auto builder = SPA_POD_BUILDER_INIT(room.data(), room.size());
-        spa_rectangle const size{width, height}, other{320, 240};
+        spa_rectangle const size{static_cast<std::uint32_t>(options.width), static_cast<std::uint32_t>(options.height)};
+        spa_rectangle const other{320, 240};
         spa_fraction const rate{30, 1};
         std::array<spa_pod const*, 2> forms{};
         for (std::size_t i = 0; i < forms.size(); ++i) // the better one last
@@ -85,24 +85,20 @@ private:
         auto* const buffer = pw_stream_dequeue_buffer(stream_.get());
         if (!buffer) return;
         auto& data = buffer->buffer->datas[0];
-        auto* const pixels = static_cast<std::uint8_t*>(data.data);
+        auto const bytes = static_cast<std::size_t>(2 * width_ * height_);
         auto const microseconds = std::llround(mediaClockNow() * 1e6);
         double const lit = static_cast<double>(microseconds) * 1e-6 - camera_.flashAt;
         std::uint8_t const grey = lit >= 0 && lit < 0.3 ? 200 : 100;
-        for (int i = 0; i < width_ * height_; ++i) {
-            int const square = timecode::squareAt(i % width_, i / width_);
-            pixels[2 * i] = square < 0 ? grey : timecode::isWhite(microseconds, square) ? 235 : 16;
-            pixels[2 * i + 1] = 128;
-        }
+        paintTimecode({static_cast<std::uint8_t*>(data.data), bytes}, width_, microseconds, grey);
         auto* const header = static_cast<spa_meta_header*>(
             spa_buffer_find_meta_data(buffer->buffer, SPA_META_Header, sizeof(spa_meta_header)));
         if (header)
             *header = {.flags = 0, .offset = 0, .pts = microseconds * 1000, .dts_offset = 0, .seq = sequence_++};
         data.chunk->offset = 0;
         data.chunk->stride = camera_.saysNoStride ? 0 : 2 * width_;
-        data.chunk->size = static_cast<std::uint32_t>(2 * width_ * height_);
+        data.chunk->size = static_cast<std::uint32_t>(bytes);
         pw_stream_queue_buffer(stream_.get(), buffer);
-        ++camera_.sent;
+        camera_.note(static_cast<double>(microseconds) * 1e-6);
     }
 
     TestCameraNode& camera_;
@@ -116,10 +112,28 @@ private:
 
 }
 
-TestCameraNode::TestCameraNode(std::string name, std::string description)
-    : name_(std::move(name))
-    , description_(std::move(description))
-    , thread_([this] { film(); }) {}
+void paintTimecode(std::span<std::uint8_t> pixels, int width, std::int64_t microseconds, std::uint8_t grey) {
+    constexpr std::uint8_t noColor = 128, black = 16, white = 235;
+    for (std::size_t i = 0; i + 1 < pixels.size(); i += 2) pixels[i] = grey, pixels[i + 1] = noColor;
+    int const columns = std::min(width, timecode::squaresInARow * timecode::side);
+    for (int y = 0; y < timecode::squares / timecode::squaresInARow * timecode::side; ++y)
+        for (int x = 0; x < columns; ++x)
+            pixels[static_cast<std::size_t>(2 * (y * width + x))] =
+                timecode::isWhite(microseconds, timecode::squareAt(x, y)) ? white : black;
+}
+
+std::vector<double> TestCameraNode::moments() const {
+    std::lock_guard const guard(lock_);
+    return moments_;
+}
+
+void TestCameraNode::note(double moment) {
+    std::lock_guard const guard(lock_);
+    moments_.push_back(moment);
+    ++sent;
+}
+
+TestCameraNode::TestCameraNode(Options options) : options_(std::move(options)), thread_([this] { film(); }) {}
 
 TestCameraNode::~TestCameraNode() {
     isEnding_ = true;
@@ -130,7 +144,7 @@ TestCameraNode::~TestCameraNode() {
 void TestCameraNode::film() {
     Connection connection;
     if (!connection.settle(1s)) return;
-    Sender sender(connection, *this, name_, description_);
+    Sender sender(connection, *this, options_);
     double next = mediaClockNow();
     while (!isEnding_ && connection.isAlive()) {
         connection.run(1ms);

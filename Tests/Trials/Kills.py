@@ -157,11 +157,10 @@ class Recording:
         self.stage.run("recover", "last", "--no-polish", "-o", self.made)
         note_most(self.lost, self.desk.judge(self.made, moment))
 
-    @staticmethod
-    def kill(process):
+    def kill(self, process):
         process.kill()
         killed = time.monotonic()
-        process.communicate()
+        self.desk.said = process.communicate()[1].decode(errors="replace")
         return killed
 
     def end(self):

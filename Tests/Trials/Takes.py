@@ -23,6 +23,7 @@ class Desk:
 
     def __init__(self, stage, noise=False):
         self.stage = stage
+        self.said = ""  # by the last take, for who reads of a fault
         self.display = VirtualDisplay(stage)
         self.running = [self.launch(sys.executable, os.path.join(HERE, "ClockWindow.py"), *["--noise"] * noise)]
         self.sounds = ["microphone", "system-audio"] if shutil.which("pulseaudio") else []
@@ -83,7 +84,8 @@ class Desk:
             lengths[track["role"]] = clip["start"] + document["assetDurations"][clip["asset"]] - clip["sourceStart"]
         check(len(lengths) == 2 + len(self.sounds), f"a stream is missing: there are {', '.join(lengths)}")
         for name, length in lengths.items():
-            check(length > lived - MOST_LOST - LATENESS, f"of {lived:.2f} s, {length:.2f} s of the {name} are left")
+            check(length > lived - MOST_LOST - LATENESS,
+                  f"of {lived:.2f} s, {length:.2f} s of the {name} are left. The take said: {self.said[-1000:]}")
         return {name: lived - length for name, length in lengths.items()}
 
 

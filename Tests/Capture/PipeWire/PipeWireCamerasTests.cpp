@@ -83,7 +83,7 @@ TEST_F(PipeWireCamerasTest, aCameraThatGoesOrFreezesIsToldOfAndOnlyItselfComesBa
     ASSERT_TRUE(source);
     source->start(seen.handlers());
     ASSERT_TRUE(eventually([&] { return seen.count > 0; }));
-    TestCameraNode const other("door", "Door camera");
+    TestCameraNode const other({.name = "door", .description = "Door camera"});
     ASSERT_TRUE(eventually([&] { return cameras().size() == 2; }));
     double const unplugged = mediaClockNow();
     camera.reset();

@@ -1,5 +1,5 @@
 #include "../SoundListener.h"
-#include "../TestMicrophoneNode.h"
+#include "../TestClicksNode.h"
 #include "../TestSession.h"
 
 #include <TavaroCapture/Pulse/Private/PulseSound.h>
@@ -38,7 +38,7 @@ protected:
     }
     std::unique_ptr<SoundSource> microphone() const {
         return std::make_unique<pulse::PulseSound>(
-            pulse::PulseSound::Options{address(), TestMicrophoneNode::name, StreamRole::microphone});
+            pulse::PulseSound::Options{address(), TestClicksNode::microphone, StreamRole::microphone});
     }
     std::unique_ptr<SoundSource> output() const {
         return std::make_unique<pulse::PulseSound>(pulse::PulseSound::Options{address(), {}, StreamRole::systemSound});
@@ -52,7 +52,7 @@ protected:
     /// That of the stand counts where the machine keeps it from its turns.
     double mostError() const { return clicks->isInTime() ? 0.005 : 0.035; }
     std::optional<TestSession> session;
-    std::optional<TestMicrophoneNode> clicks;
+    std::optional<TestClicksNode> clicks;
 };
 
 TEST_F(PipeWireSoundTest, whatAMicrophoneHearsHasItsMomentFromTheServerItself) {
