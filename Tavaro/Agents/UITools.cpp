@@ -32,6 +32,14 @@ JSONValue::Object structured(UIActionReport const& report) {
     return result;
 }
 
+std::string summary(UIElementListing const& listing, std::string const& app) {
+    bool const isLimited = listing.elements.size() < listing.count;
+    auto const part = isLimited ? fmt::format("{} of ", listing.elements.size()) : "";
+    return fmt::format("{}{} elements in {}{}.{}", part, listing.count, excerpt(app),
+                       isLimited ? "; give query or limit for the others" : "",
+                       listing.isComplete ? "" : " It did not tell of everything: this is a part.");
+}
+
 std::string went(UIActionReport const& report) {
     auto text = fmt::format("{:g} pixels down", report.wentDown);
     if (report.wentRight != 0) text += fmt::format(" and {:g} right", report.wentRight);
@@ -78,16 +86,15 @@ void UITools::openApp(RunningCall& call) {
 }
 
 void UITools::elements(RunningCall& call) {
-    perform(call, [request = uiArguments::elements(call.arguments().all())](UIAutomation& automation,
-                                                                            auto const& stop) {
-        auto const listing = automation.elements(request, stop);
-        JSONValue::Array elements;
-        for (auto const& element : listing.elements) elements.push_back(objectOf(element));
-        auto const* const rest = listing.isComplete ? "" : " It was too slow to tell of everything: this is a part.";
-        auto const summary = fmt::format("{} elements in {}.{}", elements.size(), excerpt(request.app), rest);
-        return toolResult::ok(summary,
-                              JSONValue::Object{{"elements", std::move(elements)}, {"complete", listing.isComplete}});
-    });
+    perform(
+        call, [request = uiArguments::elements(call.arguments().all())](UIAutomation& automation, auto const& stop) {
+            auto const listing = automation.elements(request, stop);
+            JSONValue::Array elements;
+            for (auto const& element : listing.elements) elements.push_back(objectOf(element));
+            return toolResult::ok(summary(listing, request.app), JSONValue::Object{{"elements", std::move(elements)},
+                                                                                   {"count", listing.count},
+                                                                                   {"complete", listing.isComplete}});
+        });
 }
 
 void UITools::click(RunningCall& call) {

@@ -108,7 +108,11 @@ void print(UIElementListing const& listing) {
         terminal::say("{}  {:<12} {:<22} {}{}{}\n", element.id, element.role, place(element.frame), element.title,
                       element.isEnabled ? "" : " (disabled)", element.isVisible ? "" : " (out of view)");
     }
-    if (!listing.isComplete) terminal::tell("The application was too slow to tell of everything.\n");
+    if (listing.elements.size() < listing.count) {
+        terminal::tell("These are {} of {} elements: --query and --limit show others.\n", listing.elements.size(),
+                       listing.count);
+    }
+    if (!listing.isComplete) terminal::tell("The application did not tell of everything.\n");
 }
 
 void addElements(CLI::App& ui) {

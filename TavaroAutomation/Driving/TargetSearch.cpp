@@ -71,7 +71,7 @@ std::string saysNothing(OpenApplication const& application) {
         titles.push_back(inQuotes(title));
     if (!titles.empty()) sentence += fmt::format(" Titles there include {}.", fmt::join(titles, ", "));
     if (!listing.saysAnything) sentence += " " + saysNothing(application);
-    if (!listing.isComplete) sentence += " It was too slow to tell of everything: try again.";
+    if (!listing.isComplete) sentence += " It did not tell of everything: try again.";
     fail(AutomationError::Kind::noSuchElement,
          sentence + " Custom-drawn areas aren't listed: use ui_screenshot and click by x and y.");
 }
@@ -112,7 +112,7 @@ UIElementListing TargetSearch::list(std::string const& app, std::stop_token cons
         betweenLooks);
     if (!listing_.saysAnything && listing_.isComplete)
         fail(AutomationError::Kind::noElements, saysNothing(application) + " Use ui_screenshot and click by x and y.");
-    return {.elements = listing_.asElements(), .isComplete = listing_.isComplete};
+    return {.elements = listing_.asElements(), .count = listing_.elements.size(), .isComplete = listing_.isComplete};
 }
 
 FoundTarget TargetSearch::find(UITarget const& target, Purpose purpose, std::stop_token const& stop) {

@@ -79,7 +79,8 @@ UIElementListing UIAutomation::elements(UIElementsRequest const& request, std::s
     // What cannot be seen is for scrolling to; it does not take the room of what can.
     std::stable_partition(result.elements.begin(), result.elements.end(),
                           [](UIElement const& element) { return element.isVisible; });
-    if (result.elements.size() > request.limit) result.elements.resize(request.limit);
+    result.count = result.elements.size();
+    if (result.count > request.limit) result.elements.resize(request.limit);
     return result;
 }
 

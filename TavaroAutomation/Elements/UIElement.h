@@ -3,6 +3,7 @@
 #include <TavaroAutomation/Values/UIRect.h>
 #include <TavaroCore/Records/Fields.h>
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -30,10 +31,12 @@ static_assert(listsEveryField<UIElement>);
 /// What an application's windows hold now, as far as there was time to ask.
 struct UIElementListing {
     std::vector<UIElement> elements; // windows from the front, each in reading order of its program
-    bool isComplete = true;          // false: the program was too slow to say everything
+    std::size_t count = 0;           // with those that a limit leaves out
+    bool isComplete = true;          // false: the program was too slow to say everything, or keeps some of it to itself
 
     static constexpr auto fields =
-        std::tuple{field("elements", &UIElementListing::elements), field("complete", &UIElementListing::isComplete)};
+        std::tuple{field("elements", &UIElementListing::elements), field("count", &UIElementListing::count),
+                   field("complete", &UIElementListing::isComplete)};
     bool operator==(UIElementListing const&) const = default;
 };
 static_assert(listsEveryField<UIElementListing>);

@@ -78,6 +78,16 @@ TEST_F(GTK3Gallery, saysWhatCanBeClickedAndWhere) {
     for (auto const& [title, element] : all) EXPECT_THAT(title, Not(HasSubstr("hunter2")));
 }
 
+TEST_F(GTK3Gallery, aLimitIsNotSilentAndLeavesOutWhatIsOutOfViewFirst) {
+    auto const rows = automation->elements({.app = app, .query = "Row ", .limit = 1000});
+    EXPECT_EQ(rows.count, 60U);
+    EXPECT_EQ(rows.elements.size(), 60U);
+    auto const some = automation->elements({.app = app, .query = "Row ", .limit = 3});
+    EXPECT_EQ(some.count, 60U);
+    ASSERT_EQ(some.elements.size(), 3U);
+    for (auto const& row : some.elements) EXPECT_TRUE(row.isVisible) << row.title;
+}
+
 TEST_F(GTK3Gallery, isClickedByTitleAndByIdAndByPoint) {
     auto const all = elements();
     clickTitle("save");
