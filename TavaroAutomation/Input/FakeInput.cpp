@@ -131,6 +131,13 @@ void FakeInput::tap(Device device, std::uint8_t code, std::vector<std::uint8_t> 
     xcb_flush(connection_.get());
 }
 
+void FakeInput::touchKeyboard() {
+    expectAlive();
+    // No keyboard has a key there, and what is not pressed is not released; the server notes who was asked to.
+    send(XCB_KEY_RELEASE, xcb_get_setup(connection_.get())->max_keycode);
+    connection_.synchronize();
+}
+
 FakeInput::Held::Held(FakeInput& input, Device device, std::uint8_t code)
     : input_(&input)
     , device_(device)

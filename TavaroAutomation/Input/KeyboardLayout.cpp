@@ -19,6 +19,9 @@ constexpr xkb_mod_mask_t lock = 1U << 1;
 constexpr xkb_mod_mask_t level3 = 1U << 7; // Mod5, where every layout has AltGr
 constexpr std::uint16_t coreKeyboard = XCB_XKB_ID_USE_CORE_KBD;
 
+constexpr std::chrono::seconds longestHeld{5};
+constexpr std::chrono::milliseconds betweenAsking{10};
+
 struct FreeContext {
     void operator()(xkb_context* context) const { xkb_context_unref(context); }
 };
@@ -53,6 +56,44 @@ KeyboardState KeyboardWatch::now() {
     auto const state = connection_.ask<xcb_xkb_get_state, xcb_xkb_get_state_reply>(coreKeyboard);
     if (!state) refuseKeyboard();
     return {.held = state->baseMods, .isCapsLocked = (state->lockedMods & lock) != 0, .group = state->group};
+}
+
+KeyboardState KeyboardWatch::whenFree(std::stop_token const& stop) {
+    auto const start = InputClock::now();
+    while (true) {
+        auto const state = now();
+        if (state.held == 0) return state;
+        if (InputClock::now() - start > longestHeld)
+            throw AutomationError(AutomationError::Kind::failed,
+                                  "Stopped: a modifier key, such as Shift or Control, is being held down.");
+        rest(betweenAsking, stop);
+    }
+}
+
+KeyboardChanges::KeyboardChanges(Connection& connection, std::set<std::uint8_t> const& without)
+    : connection_(connection)
+    , without_(without) {
+    auto const* const extension = connection.extension(xcb_xkb_id);
+    if (!extension) refuseKeyboard();
+    ownEvents_ = extension->first_event;
+    constexpr std::uint16_t events = XCB_XKB_EVENT_TYPE_NEW_KEYBOARD_NOTIFY | XCB_XKB_EVENT_TYPE_MAP_NOTIFY;
+    constexpr std::uint16_t parts = XCB_XKB_MAP_PART_KEY_TYPES | XCB_XKB_MAP_PART_KEY_SYMS;
+    xcb_xkb_select_events(connection.get(), coreKeyboard, events, 0, events, parts, parts, nullptr);
+}
+
+int KeyboardChanges::countSoFar() {
+    while (auto const event = connection_.poll()) count_ += isChange(*event) ? 1 : 0;
+    return count_;
+}
+
+bool KeyboardChanges::isChange(xcb_generic_event_t const& event) const {
+    if ((event.response_type & 0x7f) != ownEvents_) return false;
+    auto const& change = reinterpret_cast<xcb_xkb_map_notify_event_t const&>(event);
+    if (change.xkbType != XCB_XKB_MAP_NOTIFY) return change.xkbType == XCB_XKB_NEW_KEYBOARD_NOTIFY;
+    for (int code = change.firstKeySym; code < change.firstKeySym + change.nKeySyms; ++code) {
+        if (!without_.contains(static_cast<std::uint8_t>(code))) return true;
+    }
+    return false;
 }
 
 KeyboardLayout::KeyboardLayout(FakeInput& input, std::uint8_t group) : group_(group) {

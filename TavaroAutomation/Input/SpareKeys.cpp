@@ -3,6 +3,7 @@
 #include <TavaroAutomation/Errors/AutomationError.h>
 
 #include <algorithm>
+#include <map>
 #include <thread>
 
 namespace tavaro::x11 {
@@ -25,20 +26,26 @@ bool isSpare(xcb_keysym_t const* symbols, int count) {
 
 }
 
-SpareKeys::SpareKeys(Connection& connection) : connection_(connection) {
-    auto const* const setup = xcb_get_setup(connection.get());
+SpareKeys::SpareKeys(Connection& connection) : connection_(connection) { lookAgain(); }
+
+void SpareKeys::lookAgain() {
+    auto const* const setup = xcb_get_setup(connection_.get());
     auto const first = setup->min_keycode;
     auto const count = static_cast<std::uint8_t>(setup->max_keycode - first + 1);
-    auto const mapping = connection.ask<xcb_get_keyboard_mapping, xcb_get_keyboard_mapping_reply>(first, count);
+    auto const mapping = connection_.ask<xcb_get_keyboard_mapping, xcb_get_keyboard_mapping_reply>(first, count);
     if (!mapping) return;
     symbolsPerKey_ = mapping->keysyms_per_keycode;
     auto const* const symbols = xcb_get_keyboard_mapping_keysyms(mapping.get());
+    std::map<std::uint8_t, xcb_keysym_t> spare;
     for (int i = 0; i < count; ++i) {
-        if (!isSpare(symbols + i * symbolsPerKey_, symbolsPerKey_)) continue;
-        auto const code = static_cast<std::uint8_t>(first + i);
-        keys_.push_back({code, symbols[i * symbolsPerKey_], {}});
-        codes_.insert(code);
+        auto const* const own = symbols + i * symbolsPerKey_;
+        if (isSpare(own, symbolsPerKey_)) spare.emplace(static_cast<std::uint8_t>(first + i), own[0]);
     }
+    std::erase_if(keys_, [&](Key const& key) { return !spare.contains(key.code); });
+    for (auto& key : keys_) key.symbol = spare.extract(key.code).mapped();
+    for (auto const& [code, symbol] : spare) keys_.push_front({code, symbol, {}});
+    codes_.clear();
+    for (auto const& key : keys_) codes_.insert(key.code);
 }
 
 SpareKeys::~SpareKeys() {

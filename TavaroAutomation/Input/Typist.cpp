@@ -2,6 +2,7 @@
 
 #include <TavaroAutomation/Errors/AutomationError.h>
 #include <TavaroAutomation/Input/Private/ANSIKeys.h>
+#include <TavaroAutomation/Input/Private/DesktopShortcuts.h>
 #include <TavaroAutomation/Input/Private/KeyboardLayout.h>
 #include <TavaroAutomation/Input/Private/SpareKeys.h>
 #include <TavaroAutomation/Input/Private/TextSymbols.h>
@@ -20,8 +21,6 @@ using x11::KeyStroke;
 namespace {
 
 constexpr auto betweenModifiers = 15ms;
-constexpr auto longestHeld = 5s; // by the user, before typing gives up
-constexpr auto betweenAsking = 10ms;
 
 /// The keys that a combination holds. Control once, where both it and Command are given.
 std::vector<char const*> modifierPlaces(std::uint64_t flags) {
@@ -44,14 +43,17 @@ struct Typist::State {
     TypingPace pace;
     x11::SpareKeys spare;
     x11::KeyboardWatch keyboard;
+    x11::KeyboardChanges changes;
+    x11::DesktopShortcuts shortcuts;
 
     State(std::string const& display, TypingPace const& pace)
         : input(display)
         , pace(pace)
         , spare(input.connection())
-        , keyboard(input.connection()) {}
+        , keyboard(input.connection())
+        , changes(input.connection(), spare.codes())
+        , shortcuts(input, changes) {}
 
-    x11::KeyboardState freeKeyboard(std::stop_token const& stop);
     void type(std::vector<std::uint32_t> const& symbols, std::stop_token const& stop);
     void press(KeyCombo const& combo, std::stop_token const& stop);
     KeyStroke strokeOf(KeyboardLayout const& layout, std::uint32_t symbol, std::stop_token const& stop);
@@ -59,28 +61,21 @@ struct Typist::State {
     std::chrono::milliseconds gapAfter(std::uint32_t symbol) const;
 };
 
-/// A modifier that the user still holds, as after a shortcut that started this, would change what is typed.
-x11::KeyboardState Typist::State::freeKeyboard(std::stop_token const& stop) {
-    auto const start = x11::InputClock::now();
-    while (true) {
-        auto const state = keyboard.now();
-        if (state.held == 0) return state;
-        if (x11::InputClock::now() - start > longestHeld)
-            throw AutomationError(AutomationError::Kind::failed,
-                                  "Typing stopped: a modifier key, such as Shift or Control, is being held down.");
-        x11::rest(betweenAsking, stop);
-    }
-}
-
 /// The user may hold a modifier, change the layout or press Caps Lock in the middle of the text.
 void Typist::State::type(std::vector<std::uint32_t> const& symbols, std::stop_token const& stop) {
     x11::CapsLockOff capsLockOff(input.connection());
     std::optional<KeyboardLayout> layout;
+    input.touchKeyboard();
+    int changesRead = changes.countSoFar();
     for (auto const symbol : symbols) {
         auto const due = x11::InputClock::now() + gapAfter(symbol);
-        auto const state = freeKeyboard(stop);
+        auto const state = keyboard.whenFree(stop);
         capsLockOff.ensure(state);
-        if (!layout || layout->group() != state.group) layout.emplace(input, state.group);
+        int const changesNow = changes.countSoFar();
+        bool const isRead = layout && layout->group() == state.group && changesRead == changesNow;
+        if (!isRead) layout.emplace(input, state.group);
+        if (changesRead != changesNow) spare.lookAgain();
+        changesRead = changesNow;
         auto const stroke = strokeOf(*layout, symbol, stop);
         input.tap(FakeInput::Device::keyboard, stroke.code, stroke.modifiers);
         x11::restUntil(due, stop);
@@ -88,10 +83,11 @@ void Typist::State::type(std::vector<std::uint32_t> const& symbols, std::stop_to
 }
 
 void Typist::State::press(KeyCombo const& combo, std::stop_token const& stop) {
-    auto const state = freeKeyboard(stop);
+    auto const state = keyboard.whenFree(stop);
     x11::CapsLockOff capsLockOff(input.connection());
     capsLockOff.ensure(state);
     auto const stroke = strokeOf(KeyboardLayout(input, state.group), combo, stop);
+    shortcuts.settle(stop);
     std::vector<FakeInput::Held> modifiers;
     modifiers.reserve(stroke.modifiers.size());
     for (auto const code : stroke.modifiers) {

@@ -144,7 +144,7 @@ void TestClient::button(int number, bool isPressed) {
     connection_.synchronize();
 }
 
-void TestClient::key(std::string const& symbol, bool isPressed) {
+std::uint8_t TestClient::codeOf(std::string const& symbol) {
     auto const wanted = xkb_keysym_from_name(symbol.c_str(), XKB_KEYSYM_NO_FLAGS);
     auto const* const setup = xcb_get_setup(connection_.get());
     auto const count = static_cast<std::uint8_t>(setup->max_keycode - setup->min_keycode + 1);
@@ -152,13 +152,18 @@ void TestClient::key(std::string const& symbol, bool isPressed) {
         connection_.ask<xcb_get_keyboard_mapping, xcb_get_keyboard_mapping_reply>(setup->min_keycode, count);
     auto const* const symbols = xcb_get_keyboard_mapping_keysyms(mapping.get());
     for (int i = 0; i < count; ++i) {
-        if (symbols[i * mapping->keysyms_per_keycode] != wanted) continue;
-        xcb_test_fake_input(connection_.get(), isPressed ? XCB_KEY_PRESS : XCB_KEY_RELEASE,
-                            static_cast<std::uint8_t>(setup->min_keycode + i), XCB_CURRENT_TIME, XCB_NONE, 0, 0, 0);
-        connection_.synchronize();
-        return;
+        if (symbols[i * mapping->keysyms_per_keycode] == wanted)
+            return static_cast<std::uint8_t>(setup->min_keycode + i);
     }
-    FAIL() << "no key makes " << symbol;
+    return 0;
+}
+
+void TestClient::key(std::string const& symbol, bool isPressed) {
+    auto const code = codeOf(symbol);
+    ASSERT_NE(code, 0) << "no key makes " << symbol;
+    xcb_test_fake_input(connection_.get(), isPressed ? XCB_KEY_PRESS : XCB_KEY_RELEASE, code, XCB_CURRENT_TIME,
+                        XCB_NONE, 0, 0, 0);
+    connection_.synchronize();
 }
 
 void TestClient::useLayout(int number) {

@@ -56,6 +56,8 @@ public:
 
     void movePointer(int x, int y);
     void button(int number, bool isPressed);
+    /// Of the key that makes that symbol on a US keyboard; 0 where none does.
+    std::uint8_t codeOf(std::string const& symbol);
     /// `symbol` on a US keyboard: "a", "Return", "Control_L".
     void key(std::string const& symbol, bool isPressed);
     void tap(std::string const& symbol) { key(symbol, true), key(symbol, false); }

@@ -78,6 +78,9 @@ public:
     /// text leaves nothing down, and however late it runs, no key repeats.
     void tap(Device device, std::uint8_t code, std::vector<std::uint8_t> const& modifiers = {});
 
+    /// Makes the extension's keyboard the one in use, which a key would do too, but without one that anybody sees.
+    void touchKeyboard();
+
     /// Releases what an earlier program pressed by the same extension and left so when it was killed: keys, or buttons,
     /// that nobody releases for a second.
     void releaseOrphans(Device device, std::stop_token const& stop);

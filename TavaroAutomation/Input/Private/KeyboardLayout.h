@@ -30,9 +30,29 @@ public:
     /// Throws `AutomationError` (`failed`) where the server has no usable keyboard.
     explicit KeyboardWatch(Connection& connection);
     KeyboardState now();
+    /// Once the user holds no modifier key any more, which would change what is pressed. Throws `AutomationError`
+    /// (`failed`) where that takes longer than five seconds.
+    KeyboardState whenFree(std::stop_token const& stop);
 
 private:
     Connection& connection_;
+};
+
+/// Counts how often what the keys make has changed, or another keyboard than before was used. Takes all events of its
+/// connection.
+class KeyboardChanges {
+public:
+    /// Meanings of those codes do not count.
+    KeyboardChanges(Connection& connection, std::set<std::uint8_t> const& without);
+    int countSoFar();
+
+private:
+    bool isChange(xcb_generic_event_t const& event) const;
+
+    Connection& connection_;
+    std::set<std::uint8_t> const& without_;
+    std::uint8_t ownEvents_ = 0; // of the keyboard extension
+    int count_ = 0;
 };
 
 /// The server's keyboard as it is when this object is made: which key makes what.

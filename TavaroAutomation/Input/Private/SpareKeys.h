@@ -23,6 +23,8 @@ public:
     /// Throws `AutomationError` (`failed`) where every code has a meaning of its own.
     std::uint8_t keyMaking(std::uint32_t symbol, std::stop_token const& stop);
     std::set<std::uint8_t> const& codes() const { return codes_; }
+    /// After somebody else changed the keyboard, whose keys may mean nothing now, or something of their own.
+    void lookAgain();
 
 private:
     struct Key {

@@ -18,6 +18,53 @@ constexpr TypingPace quick{4ms, 0ms};
 
 }
 
+/// A window that has the keyboard, and sees the keys in one order with changes of what they make.
+class KeySink {
+public:
+    explicit KeySink(TestClient& client) : client_(client) {
+        auto const window = client.makeWindow({.frame = {0, 0, 100, 100}, .windowClass = "Keys"});
+        std::uint32_t const mask = XCB_EVENT_MASK_KEY_PRESS;
+        xcb_change_window_attributes(connection(), window, XCB_CW_EVENT_MASK, &mask);
+        xcb_set_input_focus(connection(), XCB_INPUT_FOCUS_POINTER_ROOT, window, XCB_CURRENT_TIME);
+        client.connection().synchronize();
+    }
+    std::vector<std::uint8_t> const& codes() {
+        client_.connection().synchronize();
+        while (auto const event = client_.connection().poll()) {
+            if ((event->response_type & 0x7f) == XCB_KEY_PRESS) codes_.push_back(event->pad0);
+            if ((event->response_type & 0x7f) == XCB_MAPPING_NOTIFY && isSwapping_) codesBeforeSwap_ = codes_.size();
+        }
+        return codes_;
+    }
+    std::optional<std::size_t> codesBeforeSwap() const { return codesBeforeSwap_; }
+    std::uint8_t codeOf(std::string const& symbol) { return client_.codeOf(symbol); }
+    /// Each makes what the other made.
+    void swap(std::uint8_t one, std::uint8_t other) {
+        codes();
+        isSwapping_ = true;
+        auto const ofOne =
+            client_.connection().ask<xcb_get_keyboard_mapping, xcb_get_keyboard_mapping_reply>(one, std::uint8_t{1});
+        auto const ofOther =
+            client_.connection().ask<xcb_get_keyboard_mapping, xcb_get_keyboard_mapping_reply>(other, std::uint8_t{1});
+        xcb_grab_server(connection());
+        xcb_change_keyboard_mapping(connection(), 1, one, ofOther->keysyms_per_keycode,
+                                    xcb_get_keyboard_mapping_keysyms(ofOther.get()));
+        xcb_change_keyboard_mapping(connection(), 1, other, ofOne->keysyms_per_keycode,
+                                    xcb_get_keyboard_mapping_keysyms(ofOne.get()));
+        xcb_ungrab_server(connection());
+        codes();
+        isSwapping_ = false;
+    }
+
+private:
+    xcb_connection_t* connection() { return client_.connection().get(); }
+
+    TestClient& client_;
+    std::vector<std::uint8_t> codes_;
+    bool isSwapping_ = false;
+    std::optional<std::size_t> codesBeforeSwap_;
+};
+
 /// What a take's log says of what is typed.
 class TypistTest : public EventTake {
 protected:
@@ -129,6 +176,22 @@ TEST_F(TypistTest, whatTheUserDoesToTheKeyboardInTheMiddleOfATextChangesNothingO
     typing.get();
     EXPECT_EQ(typed(12), (Keys{"a", "b", "c", "d", "e", "f", "g", "h", "i", "j", "k", "l"}));
     EXPECT_EQ(modifiersHeld(), XCB_MOD_MASK_LOCK) << "the user's own, put back";
+}
+
+TEST_F(TypistTest, whenKeysAreMadeToMeanSomethingElseInTheMiddleOfATextOthersAreTyped) {
+    KeySink sink(*client);
+    auto const y = sink.codeOf("y"), z = sink.codeOf("z");
+    Typist typist(display->name(), {20ms, 0ms});
+    constexpr std::size_t length = 80;
+    auto typing = std::async(std::launch::async, [&] { typist.type(std::string(length, 'z')); });
+    ASSERT_TRUE(eventually([&] { return sink.codes().size() >= 3; }));
+    sink.swap(y, z);
+    typing.get();
+    ASSERT_TRUE(eventually([&] { return sink.codes().size() >= length; }));
+    auto const swapped = sink.codes().begin() + static_cast<std::ptrdiff_t>(sink.codesBeforeSwap().value());
+    EXPECT_EQ(std::count(sink.codes().begin(), swapped, z), swapped - sink.codes().begin());
+    EXPECT_GT(sink.codes().end() - swapped, 1);
+    EXPECT_LE(std::count(swapped, sink.codes().end(), z), 1) << "which was under way";
 }
 
 TEST_F(TypistTest, keysThatAKilledProgramLeftAreReleased) {
