@@ -176,7 +176,7 @@ private:
         if (asksToDiscard_)
             line_->text("goes on. Throw this take away? y does, any other key does not.");
         else if (state.isAsking)
-            line_->text("the desktop asks what to share. Ctrl-C gives up.");
+            line_->text("waits: the desktop asks what to share. Ctrl-C gives up.");
         else if (state.countdown > 0)
             line_->text(fmt::format("begins in {}.", state.countdown));
         else if (state.phase != RecorderPhase::countdown)

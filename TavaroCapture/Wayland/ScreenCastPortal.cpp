@@ -103,9 +103,9 @@ enum class Response : std::uint32_t { yes = 0, no = 1, other = 2 };
 }
 
 PointerMode PortalAbilities::bestPointerMode() const {
-    for (auto const mode : {PointerMode::metadata, PointerMode::hidden})
+    for (auto const mode : {PointerMode::metadata, PointerMode::embedded})
         if (has(mode)) return mode;
-    return PointerMode::embedded;
+    return PointerMode::hidden;
 }
 
 struct ScreenCastPortal::State {

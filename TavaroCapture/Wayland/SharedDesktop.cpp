@@ -43,7 +43,9 @@ std::vector<std::string> limitsOf(PointerMode pointer) {
     if (pointer == PointerMode::hidden)
         result.emplace_back("It does not tell where the pointer is: the take does not show it.");
     if (pointer == PointerMode::embedded)
-        result.emplace_back("It does not tell where the pointer is: it is a part of the picture, as it was.");
+        result.emplace_back(
+            "It does not tell where the pointer is: the pointer is a part of the picture, as it was, and "
+            "cannot be smoothed, enlarged or hidden.");
     return result;
 }
 

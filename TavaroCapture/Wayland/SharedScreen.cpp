@@ -17,7 +17,8 @@ using namespace std::chrono_literals;
 
 constexpr auto turn = 20ms;
 constexpr auto longestStart = 2s;
-constexpr double patience = 0.5; // seconds after which a picture that does not come is asked for again
+constexpr double patience = 0.5;  // seconds after which a picture that does not come is asked for again
+constexpr double stillness = 0.1; // after which it is taken for one of a screen on which nothing changes
 
 void copyRow(std::uint8_t* to, std::uint8_t const* from, int pixels, DeviceLayout layout) {
     std::memcpy(to, from, static_cast<std::size_t>(pixels) * 4);
@@ -46,7 +47,7 @@ bool isWhole(pipewire::VideoPicture const& picture) {
     return picture.bytes.size() >= stride * static_cast<std::size_t>(format.height - 1) + row;
 }
 
-std::string_view nameOf(ShareKind kind) { return kind == ShareKind::monitor ? "a whole screen" : "a window"; }
+std::string_view nameOf(ShareKind kind) { return kind == ShareKind::monitor ? "whole screen" : "window"; }
 
 PixelRect evenFrame(PixelRect frame) {
     frame.width -= frame.width % 2;
@@ -86,15 +87,17 @@ SharedSource SharedScreen::share() {
     return shared;
 }
 
-/// Some desktops let the user choose something else than was asked for.
+/// Some desktops let the user choose something else than was asked for. One that shares no windows cannot have shared
+/// one, whatever it says: the portal of wlroots calls its screens so.
 void SharedScreen::checkKind(SharedSource const& shared) const {
-    bool const isOther = shared.kind != 0 && (shared.kind & static_cast<std::uint32_t>(options_.kind)) == 0;
-    if (!isOther) return;
     auto const other = options_.kind == ShareKind::monitor ? ShareKind::window : ShareKind::monitor;
-    throw CaptureError(CaptureError::Kind::badSource,
-                       fmt::format("{} was to be recorded as “{}”, but {} was shared. Share the other when the desktop "
-                                   "asks, or record the other.",
-                                   nameOf(options_.kind), options_.source, nameOf(other)));
+    bool const isOther = shared.kind != 0 && (shared.kind & static_cast<std::uint32_t>(options_.kind)) == 0;
+    if (!isOther || !portal_.abilities().has(other)) return;
+    throw CaptureError(
+        CaptureError::Kind::badSource,
+        fmt::format("A {} was to be recorded as “{}”, but a {} was shared. Share the other when the desktop "
+                    "asks, or record the other.",
+                    nameOf(options_.kind), options_.source, nameOf(other)));
 }
 
 void SharedScreen::openStream(std::uint32_t node) {
@@ -124,9 +127,14 @@ void SharedScreen::awaitFirstPicture() {
     if (!isThere()) failWithoutPicture();
 }
 
-/// For the picture of a still screen that got lost while a format was agreed on.
+/// For the picture of a still screen that is sent only when something changes, or that got lost while a format was
+/// agreed on.
 void SharedScreen::askAgain() {
-    if (formatSince_ == 0 || mediaClockNow() - formatSince_ < patience) return;
+    if (formatSince_ == 0) return repaint_.reset();
+    double const waited = mediaClockNow() - formatSince_;
+    if (waited > stillness && !repaint_) repaint_.emplace();
+    if (repaint_) repaint_->again();
+    if (waited < patience) return;
     stream_->restart();
     formatSince_ = mediaClockNow();
 }

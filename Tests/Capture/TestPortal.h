@@ -1,5 +1,6 @@
 #pragma once
 
+#include "TestPortalProgram.h"
 #include "TestScreenNode.h"
 #include "TestSession.h"
 
@@ -38,14 +39,11 @@ public:
 private:
     TestSession session_;
     ScopedVariable wayland_{"WAYLAND_DISPLAY", "wayland-test"};
-    ScopedVariable desktop_{"XDG_CURRENT_DESKTOP", "tavaro"};
-    ScopedVariable folder_;
     ScopedVariable x11_{"DISPLAY", ":4711"}; // as of the X server for programs that know no other: never asked
     std::optional<TestScreenNode> screen_;
     Answers answers_;
-    std::optional<TestProcess> store_;
     std::optional<TestProcess> backend_;
-    std::optional<TestProcess> portal_;
+    std::optional<TestPortalProgram> portal_;
 };
 
 }

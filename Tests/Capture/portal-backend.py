@@ -38,11 +38,7 @@ class Backend:
         self.bus.register_object(
             "/org/freedesktop/portal/desktop", self.info.interfaces[0], self.call, self.property, None
         )
-        Gio.bus_own_name_on_connection(self.bus, "org.freedesktop.impl.portal.desktop.tavaro", 0, self.begun, None)
-
-    def begun(self, bus, name):
-        with open(self.file + ".ready", "w", encoding="utf-8"):
-            pass
+        Gio.bus_own_name_on_connection(self.bus, "org.freedesktop.impl.portal.desktop.tavaro", 0, None, None)
 
     def orders(self):
         with open(self.file, encoding="utf-8") as file:

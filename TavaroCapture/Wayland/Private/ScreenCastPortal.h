@@ -23,7 +23,8 @@ struct PortalAbilities {
 
     bool has(ShareKind kind) const { return (kinds & static_cast<std::uint32_t>(kind)) != 0; }
     bool has(PointerMode mode) const { return (pointerModes & static_cast<std::uint32_t>(mode)) != 0; }
-    /// The one that a film can do most with.
+    /// The one that a film can do most with: where the pointer is told, else as a part of the picture, since nothing
+    /// else here tells where it is, and a film without any is hard to follow.
     PointerMode bestPointerMode() const;
 };
 

@@ -3,6 +3,7 @@
 #include <TavaroCapture/PipeWire/Private/VideoStream.h>
 #include <TavaroCapture/Sources/CaptureSource.h>
 #include <TavaroCapture/Sources/Private/FrameSource.h>
+#include <TavaroCapture/Wayland/Private/Repaint.h>
 #include <TavaroCapture/Wayland/Private/ScreenCastPortal.h>
 #include <TavaroMedia/Frames/Image.h>
 #include <TavaroPlatform/Queues/SerialQueue.h>
@@ -66,7 +67,8 @@ private:
     PointerMode const pointerMode_;
     std::optional<pipewire::Connection> connection_;
     std::optional<pipewire::VideoStream> stream_;
-    double formatSince_ = 0; // moment of the media clock; 0: a picture of it has come
+    std::optional<Repaint> repaint_; // while a picture is waited for
+    double formatSince_ = 0;         // moment of the media clock; 0: a picture of it has come
     double logicalWidth_ = 0;
     std::optional<DeviceFormat> outside_; // a picture without the area
     Image incoming_;

@@ -165,14 +165,14 @@ TEST_F(SharedDesktopTest, whatIsListedIsWhatTheDesktopCanShare) {
     EXPECT_THAT(all.limits, ElementsAre(HasSubstr("clicks and keys")));
 
     portal.reset();
-    portal.emplace(TestPortal::Answers{.kinds = 1, .pointers = 3});
+    portal.emplace(TestPortal::Answers{.kind = 2, .kinds = 1, .pointers = 3}); // calls its screens windows
     auto const fewer = listSources();
     EXPECT_THAT(fewer.windows, testing::IsEmpty());
-    EXPECT_THAT(fewer.limits, ElementsAre(HasSubstr("clicks and keys"), HasSubstr("does not show it"),
+    EXPECT_THAT(fewer.limits, ElementsAre(HasSubstr("clicks and keys"), HasSubstr("part of the picture"),
                                           HasSubstr("no single windows")));
     EXPECT_THAT(failureOf(WindowSource{1}, CaptureError::Kind::unsupported), HasSubstr("single windows"));
     shareDesktop(DisplaySource{}, 60);
-    EXPECT_THAT(portal->questions().back(), HasSubstr(R"("cursor_mode": 1)"));
+    EXPECT_THAT(portal->questions().back(), HasSubstr(R"("cursor_mode": 2)"));
 }
 
 /// When the picture of a movie first is as bright as that.
