@@ -1,8 +1,10 @@
 #include <Tavaro/Commands/Checks.h>
 
 #include <Tavaro/Model/Operations/Parameter.h>
+#include <Tavaro/Model/Project/PackagePath.h>
 
 #include <TavaroCore/Files/FileError.h>
+#include <TavaroCore/Package/ProjectPackage.h>
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -13,6 +15,14 @@
 namespace tavaro::commands {
 
 std::string notEmpty(std::string const& text) { return text.empty() ? "the name is empty" : ""; }
+
+std::string projectName(std::string const& text) {
+    if (text.empty()) return notEmpty(text);
+    auto const name = packagePath(text).stem().string();
+    bool const isNone = name.empty() || name == "/" || std::ranges::all_of(name, [](char c) { return c == '.'; });
+    return isNone || name == ProjectPackage::directoryExtension ? fmt::format("“{}” is no name for a project", text)
+                                                                : "";
+}
 
 std::string endingOf(std::filesystem::path const& file) {
     auto ending = file.extension().string();

@@ -17,6 +17,8 @@ namespace tavaro::commands {
 using Check = std::function<std::string(std::string const&)>;
 
 std::string notEmpty(std::string const& text);
+/// Of a project that is to be made: ".", ".." and "/" name folders, and ".recproj" would be hidden.
+std::string projectName(std::string const& text);
 
 /// A file name's ending in lower case, ".mp4"; empty where it has none.
 std::string endingOf(std::filesystem::path const& file);

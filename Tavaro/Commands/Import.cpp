@@ -86,7 +86,7 @@ void addImport(CLI::App& app) {
     command->add_option("--mode", options->mode, "what kind of demo it is")->check(modeNames())->capture_default_str();
     command->add_option("-o,--output", options->output, "the project to make, NAME.recproj")
         ->required()
-        ->check(notEmpty);
+        ->check(projectName);
     command->add_flag("--json", options->asJSON, "print what was made as JSON");
     command->callback([options] { import(*options); });
 }

@@ -19,6 +19,7 @@ std::array<struct sigaction, signals.size()> before{};
 // Milliseconds of the monotonic clock, before which another signal does nothing; set before `requested`.
 std::atomic<std::int64_t> graceEnds = 0;
 std::int64_t graceMilliseconds = 0; // of the present interruption
+std::string_view farewell;          // the same
 
 std::int64_t now() {
     timespec time{};
@@ -28,14 +29,17 @@ std::int64_t now() {
 
 void note(int signal) {
     if (!requested) graceEnds = now() + graceMilliseconds;
-    if (requested.exchange(true) && now() >= graceEnds) _exit(128 + signal);
+    if (!requested.exchange(true) || signal == SIGHUP || now() < graceEnds) return;
+    [[maybe_unused]] auto const told = write(STDERR_FILENO, farewell.data(), farewell.size());
+    _exit(128 + signal);
 }
 
 }
 
-Interruption::Interruption(std::chrono::milliseconds grace) {
+Interruption::Interruption(Options const& options) {
     requested = false;
-    graceMilliseconds = grace.count();
+    graceMilliseconds = options.grace.count();
+    farewell = options.farewell;
     struct sigaction action {};
     action.sa_handler = note;
     action.sa_flags = SA_RESTART;

@@ -187,7 +187,7 @@ void addPlay(CLI::App& app) {
     command
         ->add_option("-o,--output", options->output,
                      "where the recording goes, NAME.recproj; else it stays with the application's projects")
-        ->check(notEmpty);
+        ->check(projectName);
     addOverwriting(*command, options->ifTaken);
     command->add_flag("--json", options->asJSON, "print what each step came to as JSON");
     command->footer(

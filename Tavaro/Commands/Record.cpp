@@ -16,6 +16,7 @@
 
 #include <TavaroCapture/X11/GlobalKey.h>
 #include <TavaroCore/Values/Timecode.h>
+#include <TavaroPlatform/Processes/DesktopSession.h>
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -23,6 +24,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <csignal>
 #include <ctime>
 #include <exception>
 #include <optional>
@@ -76,7 +78,8 @@ std::string stateOf(RecorderState const& recorder) {
     for (auto const& sound : progress.sounds)
         state += fmt::format(", {} {}", spokenName(sound.role), sound.isAway ? "away" : meter(sound.level));
     if (progress.isCameraAway) state += ", camera away";
-    if (progress.droppedFrames > 0) state += fmt::format(", {} frames dropped", progress.droppedFrames);
+    if (auto const dropped = progress.droppedFrames; dropped > 0)
+        state += fmt::format(", {} {} dropped", dropped, dropped == 1 ? "frame" : "frames");
     if (progress.roomSeconds && *progress.roomSeconds < ample)
         state += fmt::format(", room for {:.0f} min", std::floor(*progress.roomSeconds / 60));
     return state + ".";
@@ -99,18 +102,39 @@ RecorderOptions recorderOptions(Options const& options) {
 }
 
 RecordingRequest requestOf(Options const& options) {
-    return {
-        .recorder = recorderOptions(options),
-        .countdown = options.countdown,
-        .seconds = options.seconds,
-        .project = {.package = packagePath(options.output.empty() ? recordingName(std::time(nullptr)) : options.output),
-                    .mode = modeNamed(options.mode),
-                    .firstEdit = options.isRaw ? FirstEdit::raw : FirstEdit::polished}};
+    bool const isNamed = !options.output.empty();
+    return {.recorder = recorderOptions(options),
+            .countdown = options.countdown,
+            .seconds = options.seconds,
+            .project = {.package = packagePath(isNamed ? options.output : recordingName(std::time(nullptr))),
+                        .mode = modeNamed(options.mode),
+                        .firstEdit = options.isRaw ? FirstEdit::raw : FirstEdit::polished,
+                        .nameTaken = isNamed ? NameTaken::fails : NameTaken::isNumbered}};
+}
+
+void expectShortcuts() {
+    if (desktopKind() != DesktopKind::wayland) return;
+    throw CaptureError(CaptureError::Kind::noDisplay,
+                       "A Wayland desktop gives programs no shortcuts of their own. Give it one in its settings that "
+                       "runs `pkill -USR1 -f \"tavaro record\"`, which pauses the take and lets it go on.");
 }
 
 /// A recording that somebody watches on a terminal, and orders about from there. What was shown of it there and what
-/// was taken of the terminal ends with the take; then Ctrl-C ends the program.
+/// was taken of the terminal ends with the take. While that is saved a first Ctrl-C is answered, another one ends the
+/// program.
 class WatchedRecording {
+    /// A reader of what is told that ends, as `head` does, does not end the take.
+    class ReadersMayGo {
+    public:
+        ReadersMayGo() : before_(std::signal(SIGPIPE, SIG_IGN)) {}
+        ~ReadersMayGo() { std::signal(SIGPIPE, before_); }
+        ReadersMayGo(ReadersMayGo const&) = delete;
+        ReadersMayGo& operator=(ReadersMayGo const&) = delete;
+
+    private:
+        void (*before_)(int);
+    };
+
 public:
     explicit WatchedRecording(MainQueue& queue)
         : recorder_(queue)
@@ -118,11 +142,9 @@ public:
 
     RecordingOutcome run(MainQueue& queue, RecordingRequest request, std::string const& pauseKey) {
         if (!pauseKey.empty()) {
-            pauseKey_.emplace(pauseKey, request.recorder.display, [this, &queue] {
-                queue.async([this] {
-                    if (interruption_) togglePause();
-                });
-            });
+            expectShortcuts();
+            pauseKey_.emplace(pauseKey, request.recorder.display,
+                              [this, &queue] { queue.async([this] { togglePause(); }); });
             request.recorder.ownShortcut = pauseKey_->chord();
         }
         std::optional<RecordingOutcome> outcome;
@@ -141,10 +163,12 @@ public:
 
 private:
     void followOrders() {
-        if (!interruption_) return;
-        bool const isEnd = interruption_->isRequested();
+        auto const phase = recorder_.state().phase;
+        bool const isEnd = interruption_.isRequested();
+        if (isEnd && !std::exchange(wasEnded_, true) && phase == RecorderPhase::finishing)
+            tell("The take is being saved. Another Ctrl-C ends that; `tavaro recover last` brings the take back then.");
         if (isEnd && recorder_.isTaking()) return recorder_.stop();
-        if (isEnd && recorder_.state().phase == RecorderPhase::countdown) return recorder_.cancel();
+        if (isEnd && phase == RecorderPhase::countdown) return recorder_.cancel();
         if (pause_.take()) togglePause();
         while (auto const key = keys_ ? keys_->next() : std::nullopt) follow(*key);
     }
@@ -191,7 +215,6 @@ private:
     void leaveTerminal() {
         keys_.reset();
         line_.reset();
-        interruption_.reset();
     }
 
     void tell(std::string const& remark) {
@@ -201,7 +224,10 @@ private:
         if (isBetween) line_.emplace("Recording");
     }
 
-    std::optional<Interruption> interruption_{std::in_place};
+    ReadersMayGo readersMayGo_;
+    Interruption interruption_{
+        {.farewell = "\nEnded before the take was saved. `tavaro recover last` brings it back.\n"}};
+    bool wasEnded_ = false;
     PauseSignal pause_;
     std::optional<x11::GlobalKey> pauseKey_;
     std::optional<TakeKeys> keys_{std::in_place};
@@ -228,11 +254,13 @@ void addRecord(CLI::App& app) {
     auto* command =
         app.add_subcommand("record", "Records a display, a window, an application or an area of the screen");
     auto* sources = command->add_option_group("source", "What to record; the main display where none is given");
-    sources->add_option("--display", options->display, "a display, by its id in `tavaro sources`");
+    sources->add_option("--display", options->display, "a display, by its id in `tavaro sources`")->check(notEmpty);
     sources->add_option("--window", options->window, "a window, by its id in `tavaro sources`")
+        ->check(notEmpty)
         ->check(readableBy(parseWindowSource));
-    sources->add_option("--app", options->application, "the frontmost window of an application, by name");
+    sources->add_option("--app", options->application, "all windows of an application, by name")->check(notEmpty);
     sources->add_option("--area", options->area, "X,Y,W,H in pixels of the desktop")
+        ->check(notEmpty)
         ->check(readableBy(parseAreaSource));
     sources->require_option(0, 1);
     options->microphone = command
@@ -255,8 +283,10 @@ void addRecord(CLI::App& app) {
         ->check(secondsFrom(0.1, 86'400));
     command->add_option("--countdown", options->countdown, "whole seconds to wait before the take begins")
         ->check(CLI::Range(0, 60));
-    command->add_option("--pause-key", options->pauseKey,
-                        "a shortcut that pauses the take from anywhere and lets it go on, like ctrl+alt+p");
+    command
+        ->add_option("--pause-key", options->pauseKey,
+                     "a shortcut that pauses the take from anywhere and lets it go on, like ctrl+alt+p")
+        ->check(notEmpty);
     command->add_option("--fps", options->fps, "frames a second")->check(CLI::Range(1, 120))->capture_default_str();
     auto* const noKeys = command->add_flag("--no-keys", options->logsNoKeys, "log no keystrokes");
     command
@@ -265,7 +295,7 @@ void addRecord(CLI::App& app) {
         ->excludes(noKeys);
     command->add_option("--mode", options->mode, "what kind of demo it is")->check(modeNames())->capture_default_str();
     command->add_flag("--no-polish", options->isRaw, "leave the take as it was recorded");
-    command->add_option("-o,--output", options->output, "the project to make, NAME.recproj")->check(notEmpty);
+    command->add_option("-o,--output", options->output, "the project to make, NAME.recproj")->check(projectName);
     command->add_flag("--json", options->asJSON, "print what was made as JSON");
     command->callback([options] { record(*options); });
 }

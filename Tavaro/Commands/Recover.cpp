@@ -87,7 +87,7 @@ void addRecover(CLI::App& app) {
     command->add_flag("--discard", options->discards, "remove it instead");
     command->add_option("--mode", options->mode, "what kind of demo it is")->check(modeNames())->capture_default_str();
     command->add_flag("--no-polish", options->isRaw, "leave the take as it was recorded");
-    command->add_option("-o,--output", options->output, "the project to make, NAME.recproj")->check(notEmpty);
+    command->add_option("-o,--output", options->output, "the project to make, NAME.recproj")->check(projectName);
     command->add_flag("--json", options->asJSON, "print the list, or what was made, as JSON");
     command->callback([options] { recover(*options); });
 }

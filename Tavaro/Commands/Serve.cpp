@@ -55,7 +55,7 @@ private:
 void run(MainQueue& queue, Application& application, AppMCPBackend& agents, IdleTime idle) {
     using namespace std::chrono_literals;
     constexpr std::chrono::seconds letsGoWithin{3}; // of keys and buttons that an agent's call holds
-    Interruption const interruption(letsGoWithin);
+    Interruption const interruption({.grace = letsGoWithin});
     bool isEnding = false;
     queue.runUntil(
         [&] {

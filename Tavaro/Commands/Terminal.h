@@ -37,9 +37,10 @@ template<class Value> using Shown = decltype(shown(std::declval<Value const&>())
 template<class... Values> void say(fmt::format_string<Shown<Values>...> format, Values const&... values) {
     fmt::print(stdout, format, shown(values)...);
 }
-/// For who watches, on standard error.
+/// For who watches, on standard error. Work does not fail where nobody does any more.
 template<class... Values> void tell(fmt::format_string<Shown<Values>...> format, Values const&... values) {
-    fmt::print(stderr, format, shown(values)...);
+    auto const text = fmt::format(format, shown(values)...);
+    std::fwrite(text.data(), 1, text.size(), stderr);
 }
 
 /// A result for programs. What is harmless only within JSON is escaped.

@@ -61,7 +61,7 @@ template<class Work> auto interruptibly(Work work) {
     using Result = std::invoke_result_t<Work, UIAutomation&, std::stop_token const&>;
     MainQueue queue;
     constexpr std::chrono::seconds letsGoWithin{3};
-    Interruption const interruption(letsGoWithin);
+    Interruption const interruption({.grace = letsGoWithin});
     std::stop_source stop;
     std::optional<Result> result;
     std::exception_ptr failure;

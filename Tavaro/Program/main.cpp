@@ -12,12 +12,15 @@
 
 #include <algorithm>
 #include <csignal>
+#include <cstdlib>
 #include <exception>
+#include <fcntl.h>
 #include <memory>
 #include <mutex>
 #include <new>
 #include <sstream>
 #include <string_view>
+#include <unistd.h>
 
 namespace {
 
@@ -62,6 +65,12 @@ class LogLines : public spdlog::sinks::base_sink<std::mutex> {
     void flush_() override {}
 };
 
+/// What is opened first would get the number of a standard stream that is closed, and be printed into.
+void openStandardStreams() {
+    for (int number = STDIN_FILENO; number <= STDERR_FILENO; ++number)
+        if (fcntl(number, F_GETFD) < 0 && open("/dev/null", O_RDWR) != number) std::abort();
+}
+
 int fail(char const* sentence) {
     tavaro::terminal::tell("{}\n", sentence);
     return failed;
@@ -70,6 +79,7 @@ int fail(char const* sentence) {
 }
 
 int main(int argc, char** argv) {
+    openStandardStreams();
     std::signal(SIGXFSZ, SIG_IGN); // a limit on the size of files is told as a full disk is, after cleaning up
     // Standard output is for results.
     spdlog::default_logger()->sinks() = {std::make_shared<LogLines>()};

@@ -41,8 +41,9 @@ std::optional<std::string> Absences::sentence(StreamRole role) const {
     for (auto const& absence : absences_)
         if (absence.to) away += *absence.to - absence.from;
     auto const rest = last.to ? "" : fmt::format(" It went for good {:.1f} seconds into it.", last.from);
-    return fmt::format("The {} was away {} times in the take, for {:.1f} seconds in all; {}.{}", name,
-                       absences_.size() - (last.to ? 0 : 1), away, instead, rest);
+    auto const returns = absences_.size() - (last.to ? 0 : 1);
+    return fmt::format("The {} was away {} in the take, for {:.1f} seconds in all; {}.{}", name,
+                       returns == 1 ? "once" : fmt::format("{} times", returns), away, instead, rest);
 }
 
 }

@@ -1,6 +1,7 @@
 #include <TavaroCapture/Recorder/ScreenRecorder.h>
 
 #include <TavaroCapture/Devices/Private/OpenSources.h>
+#include <TavaroCapture/Recorder/Private/RecordingsFolder.h>
 #include <TavaroCapture/Recorder/Private/Take.h>
 
 #include <fmt/format.h>
@@ -49,6 +50,7 @@ bool ScreenRecorder::asksUser() const { return !sources_ && isAsked(options_); }
 void ScreenRecorder::prepare(std::function<bool()> const& isGivenUp) {
     requireSound(options_);
     if (take() || sources_) return;
+    recordingsFolderFor(options_.recordingsFolder);
     auto sources = openSources(options_, isGivenUp);
     limits_ = sources.events->limits();
     if (asksUser()) sources_ = std::make_unique<TakeSources>(std::move(sources));

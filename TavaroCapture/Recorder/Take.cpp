@@ -1,5 +1,6 @@
 #include <TavaroCapture/Recorder/Private/Take.h>
 
+#include <TavaroCapture/Recorder/Private/RecordingsFolder.h>
 #include <TavaroCapture/Recovery/Private/WorkingFolderRemoval.h>
 #include <TavaroCapture/Recovery/RecoveryStore.h>
 #include <TavaroCapture/Segments/Private/JoinStreams.h>
@@ -9,7 +10,6 @@
 #include <TavaroCore/Recording/SettledRecording.h>
 #include <TavaroMedia/Errors/MediaError.h>
 #include <TavaroPlatform/Clocks/MediaClock.h>
-#include <TavaroPlatform/Folders/Folders.h>
 
 #include <algorithm>
 #include <cmath>
@@ -53,8 +53,7 @@ ScreenRecorder::Take::~Take() {
 }
 
 void ScreenRecorder::Take::prepareFolder() {
-    auto const recordings = options_.recordingsFolder.empty() ? folders::recordings() : options_.recordingsFolder;
-    directory_ = fs::absolute(recordings) / recordingID_.text();
+    directory_ = recordingsFolderFor(options_.recordingsFolder) / recordingID_.text();
     std::error_code error;
     fs::create_directories(directory_, error);
     // What was on the screen and which keys were pressed is for nobody else, whatever file of it is made.
@@ -66,10 +65,6 @@ void ScreenRecorder::Take::prepareFolder() {
                                        error ? " (" + systemReason(error.value()) + ")" : ""));
     FileDescriptor::syncFolderOf(directory_);
     lookAtRoom();
-    if (!room_.isUsedUp()) return;
-    removeWorkingFolder(directory_);
-    throw CaptureError(CaptureError::Kind::writeFailed,
-                       fmt::format("Could not write the recording: the disk of “{}” is full.", recordings.string()));
 }
 
 /// The writers of all streams, and the marker of a take in progress.

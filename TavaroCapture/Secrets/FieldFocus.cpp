@@ -117,6 +117,7 @@ struct FieldFocus::State {
     void checkSecrets();
     void forget(std::string const& program);
     void search();
+    bool isSearching() const { return searching > 0 && !isGone && mediaClockNow() < searchedUntil; }
     void lookFor(Widget const& of, char const* member, std::function<void(sd_bus_message*)> found);
     void searchWindow(Widget const& window);
     void searchIn(Widget const& widget);
@@ -170,7 +171,11 @@ int FieldFocus::State::onChange(sd_bus_message* signal, void* data, sd_bus_error
     std::int32_t isSet = 0;
     auto const *const sender = sd_bus_message_get_sender(signal), *const path = sd_bus_message_get_path(signal);
     if (!sender || !path || sd_bus_message_read(signal, "si", &name, &isSet) < 0) return 0;
-    if (std::string_view(name) == "focused") state.noteFocus({sender, path}, isSet != 0);
+    if (std::string_view(name) == "focused") {
+        // Where the keyboard was before is not found any more.
+        state.wasSecret = state.wasSecret || state.isSearching();
+        state.noteFocus({sender, path}, isSet != 0);
+    }
     if (std::string_view(name) == "active") state.noteActive({sender, path}, isSet != 0);
     return 0;
 }
@@ -302,9 +307,7 @@ bool FieldFocus::listen() {
     return !state.isGone;
 }
 
-bool FieldFocus::isSearching() const {
-    return state_->searching > 0 && !state_->isGone && mediaClockNow() < state_->searchedUntil;
-}
+bool FieldFocus::isSearching() const { return state_->isSearching(); }
 
 bool FieldFocus::takeSecret() {
     bool const isSecret = std::ranges::any_of(state_->programs, [](auto const& one) { return one.second.isSecret; });

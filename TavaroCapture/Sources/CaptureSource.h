@@ -42,7 +42,7 @@ struct WindowSource {
     bool operator==(WindowSource const&) const = default;
 };
 
-/// The frontmost window of an application, by the application's name, its window class or its desktop id.
+/// All windows of an application, by the application's name, its window class or its desktop id.
 struct ApplicationSource {
     std::string name;
     bool operator==(ApplicationSource const&) const = default;

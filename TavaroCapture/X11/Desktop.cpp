@@ -141,13 +141,16 @@ ResolvedSource resolveApplication(Connection& connection, ApplicationSource cons
             return std::tolower(static_cast<unsigned char>(x)) == std::tolower(static_cast<unsigned char>(y));
         });
     };
+    bool isMinimized = false;
     for (auto const& window : windows(connection)) {
-        if (window.isMinimized) continue;
         auto const names = windowClass(connection, window.window);
         for (std::string const& name : {window.application, window.bundleID, names.name, names.instance}) {
-            if (!name.empty() && isSame(name, source.name)) return resolveWindow(connection, window.window, true);
+            if (name.empty() || !isSame(name, source.name)) continue;
+            if (!window.isMinimized) return resolveWindow(connection, window.window, true);
+            isMinimized = true;
         }
     }
+    if (isMinimized) fail(fmt::format("The application “{}” cannot be recorded: it is minimised.", source.name));
     failMissing(fmt::format("No application “{}” has a window to record.", source.name));
 }
 

@@ -66,6 +66,9 @@ Shortcut parse(std::string const& text) {
     std::array<char, 64> name{}, characters{};
     xkb_keysym_get_name(shortcut.symbol, name.data(), name.size());
     xkb_keysym_to_utf8(shortcut.symbol, characters.data(), characters.size());
+    // Programs no longer get a key that is grabbed.
+    if (!shortcut.chord.isShortcut() && characters.front() != '\0')
+        fail(fmt::format("“{}” is a key that one types with; give a shortcut like ctrl+alt+p, or F9.", text));
     shortcut.chord.key = keyName(virtualKeyCode(shortcut.symbol), characters.data(), name.data());
     return shortcut;
 }

@@ -5,6 +5,7 @@
 #include <TavaroCore/Project/DemoProject.h>
 #include <TavaroMedia/Movie/MovieReader.h>
 
+#include <fstream>
 #include <gmock/gmock.h>
 #include <unistd.h>
 
@@ -137,6 +138,46 @@ TEST_F(RecordCommand, interruptingARecordingKeepsTheTake) {
     auto const outcome = running.wait();
     EXPECT_EQ(outcome.exitCode, 0) << outcome.error;
     EXPECT_GT(ProjectPackage(path("take.recproj")).load().duration(), 0.2);
+}
+
+/// As `timeout` and a terminal that is closed end a program: two signals at once.
+TEST_F(RecordCommand, twoSignalsAtOnceEndATakeAndNotTheProgram) {
+    for (int const signal : {SIGTERM, SIGHUP}) {
+        auto const project = path("take-" + std::to_string(signal) + ".recproj");
+        auto running = start(TAVARO_PROGRAM, {"record", "-o", project});
+        ASSERT_TRUE(becomesTrue([&] { return hasWritten(); }));
+        for (int i = 0; i < 2; ++i) running.send(signal);
+        EXPECT_EQ(running.wait().exitCode, 0);
+        EXPECT_GT(ProjectPackage(project).load().duration(), 0.2);
+    }
+}
+
+TEST_F(RecordCommand, nobodyHasToReadWhatIsTold) {
+    for (std::string const reader : {"2>&1 | head -c 1", "2>&-", "<&- >&- 2>&-"}) {
+        fs::remove_all(path("take.recproj"));
+        start("sh", {"-c", "\"$0\" record --no-polish --seconds 0.5 -o \"$1\" " + reader, TAVARO_PROGRAM, path("take")})
+            .wait();
+        EXPECT_TRUE(fs::exists(path("take.recproj/project.json"))) << reader;
+    }
+}
+
+TEST_F(RecordCommand, whatCannotBeDoneIsSaidBeforeTheTake) {
+    auto const file = path("file");
+    std::ofstream(file) << "x";
+    for (Arguments const& wrong : std::vector<Arguments>{
+             {"--app", ""}, {"--display", ""}, {"--pause-key", ""}, {"-o", ".."}, {"-o", "/"}, {"-o", ".recproj"}}) {
+        auto const outcome = tavaro({"record", "--seconds", "0.5", wrong[0], wrong[1]});
+        EXPECT_EQ(outcome.exitCode, 2) << wrong[0] << " " << wrong[1] << ": " << outcome.out;
+    }
+    for (Arguments const& impossible : std::vector<Arguments>{{"-o", path(std::string(300, 'x'))},
+                                                              {"-o", "/proc/x"},
+                                                              {"-o", file + "/x"},
+                                                              {"--pause-key", "p"},
+                                                              {"--pause-key", "shift+Return"}}) {
+        auto const outcome = tavaro({"record", "--seconds", "0.5", impossible[0], impossible[1]});
+        EXPECT_EQ(outcome.exitCode, 1) << impossible[1];
+        EXPECT_FALSE(fs::exists(recordings()) && !fs::is_empty(recordings())) << impossible[1];
+    }
 }
 
 TEST_F(RecordCommand, aTakeWhoseProgramDiedIsBroughtBack) {

@@ -25,12 +25,15 @@ struct TakeMovie {
 };
 
 enum class FirstEdit { polished, raw };
+/// What becomes of a name that something else has by the time the project is made.
+enum class NameTaken { fails, isNumbered };
 
 /// The project that a take is to become.
 struct TakeProject {
     std::filesystem::path package; // empty: the folder of unsaved projects, under a name that tells when
     DemoMode mode = DemoMode::website;
     FirstEdit firstEdit = FirstEdit::polished;
+    NameTaken nameTaken = NameTaken::fails; // isNumbered: "NAME 2.recproj", or the first that is free
 };
 
 struct MadeTake {

@@ -8,7 +8,12 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <climits>
+#include <optional>
+#include <string>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace tavaro {
@@ -20,6 +25,26 @@ fs::path packagePath(fs::path const& given) {
     if (!path.has_filename()) path = path.parent_path(); // "take.recproj/"
     if (path.extension() != ProjectPackage::directoryExtension) path += ProjectPackage::directoryExtension;
     return path;
+}
+
+namespace {
+
+/// Why the first of the folders that are to be made in that one cannot be. A name can be too long, and there are
+/// folders that take none whatever their permissions say: known by trying, under a hidden name of the same length.
+std::optional<std::string> refusal(fs::path const& folder, fs::path const& package) {
+    auto const relative = fs::absolute(package).lexically_normal().lexically_relative(folder.lexically_normal());
+    auto const isTooLong = [](fs::path const& name) { return name.native().size() > NAME_MAX; };
+    if (std::ranges::any_of(relative, isTooLong)) return systemReason(ENAMETOOLONG);
+    auto name = relative.begin()->native();
+    name.front() = '.';
+    auto const tried = folder / name;
+    if (mkdir(tried.c_str(), S_IRWXU) == 0) {
+        rmdir(tried.c_str());
+        return std::nullopt;
+    }
+    return errno == EEXIST ? std::nullopt : std::optional(systemReason(errno));
+}
+
 }
 
 void expectPlaceFor(fs::path const& package) {
@@ -34,6 +59,7 @@ void expectPlaceFor(fs::path const& package) {
     if (!fs::is_directory(folder, ignored)) fail(fmt::format("“{}” is not a folder", folder.string()));
     if (access(folder.c_str(), W_OK | X_OK) != 0)
         fail(fmt::format("nothing can be written into “{}” ({})", folder.string(), systemReason(errno)));
+    if (auto const reason = refusal(folder, package)) fail(*reason);
 }
 
 fs::path unsavedPackagePath(std::string_view name) {

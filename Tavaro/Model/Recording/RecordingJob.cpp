@@ -7,7 +7,9 @@
 #include <Tavaro/Model/Recording/TakeNames.h>
 
 #include <TavaroCapture/Recovery/RecoveryStore.h>
+#include <TavaroCore/Export/ExportFile.h>
 
+#include <algorithm>
 #include <chrono>
 #include <condition_variable>
 #include <ctime>
@@ -89,13 +91,17 @@ template<class Orders> TakeEnd runTake(ScreenRecorder& recorder, double seconds,
         if (auto const sentence = camera.look(progress.isCameraAway)) tell(*sentence);
         room.look(progress.roomSeconds, tell);
         if (seconds > 0 && progress.seconds >= seconds) return TakeEnd::keep;
-        if (recorder.waitForEnd(20ms)) return TakeEnd::keep;
+        auto const left = std::chrono::duration<double>(seconds > 0 ? seconds - progress.seconds : 1);
+        auto const next = std::min<std::chrono::milliseconds>(20ms, std::chrono::ceil<std::chrono::milliseconds>(left));
+        if (recorder.waitForEnd(next)) return TakeEnd::keep;
     }
 }
 
 template<class Orders> MadeTake record(RecordingRequest const& request, Orders& orders, Reporter& reporter) {
     auto project = request.project;
     if (project.package.empty()) project.package = unsavedPackagePath(recordingName(std::time(nullptr)));
+    auto const wanted = project.package;
+    if (project.nameTaken == NameTaken::isNumbered) project.package = unusedFile(wanted);
     expectPlaceFor(project.package);
     for (auto const& problem : RecoveryStore::pruneOldRecordings().problems) reporter.remark(problem);
     ScreenRecorder recorder(request.recorder);
@@ -110,6 +116,7 @@ template<class Orders> MadeTake record(RecordingRequest const& request, Orders& 
     auto const take = recorder.stop();
     if (take.endedEarly) reporter.remark(*take.endedEarly);
     reporter.progress({RecordingStage::saving, recorder.progress()});
+    if (project.nameTaken == NameTaken::isNumbered) project.package = unusedFile(wanted);
     auto made = makeTakeProject({take.movie, take.metadata, take.duration, take.streams, take.warnings}, project,
                                 [&](std::string const& sentence) { reporter.remark(sentence); });
     made.endedEarly = take.endedEarly;

@@ -25,7 +25,7 @@ public:
 
     /// Until it is known where the keyboard was when this began; a second at most.
     bool isSearching() const;
-    /// Whether a password field has the keyboard, or had it since the last call.
+    /// Whether a password field has the keyboard, or had it, or may have had it, since the last call.
     bool takeSecret();
 
     /// What is in the field that has the keyboard.

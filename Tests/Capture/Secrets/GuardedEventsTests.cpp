@@ -104,6 +104,19 @@ TEST_F(GuardedEventsTest, aFieldThatHasTheKeyboardBeforeTheTakeIsFound) {
     EXPECT_EQ(loggedUntil('a'), "a");
 }
 
+TEST_F(GuardedEventsTest, aFieldThatLosesTheKeyboardBeforeItIsFoundMayHaveBeenAPasswords) {
+    showForm();
+    form->focus(1);
+    settle();
+    form->stall();
+    begin();
+    type("secret");
+    form->focus(0);
+    settle();
+    form->goOn();
+    EXPECT_EQ(loggedUntil('a'), "a");
+}
+
 TEST_F(GuardedEventsTest, whatIsTypedAheadOfABusyProgramWaitsUntilItIsKnownWhereItGoes) {
     showForm();
     form->focus(0);
