@@ -79,16 +79,29 @@ void expectSaved(RecordingOutcome const& outcome, RecordRequest const& request) 
     throw MCPToolError(MCPErrorCode::failed, outcome.sentence());
 }
 
+void addRemarks(JSONValue::Object& structured, std::vector<std::string> const& remarks) {
+    JSONValue::Array sentences;
+    for (auto const& remark : remarks) sentences.emplace_back(remark);
+    if (!sentences.empty()) structured.emplace("remarks", std::move(sentences));
+}
+
 JSONValue::Object savedObject(RecordingOutcome const& outcome) {
     auto const& made = *outcome.made;
     JSONValue::Object structured{{"project_id", made.id.text()},
                                  {"path", made.made.path},
                                  {"duration", made.made.duration},
                                  {"health", made.health}};
-    JSONValue::Array remarks;
-    for (auto const& remark : outcome.remarks) remarks.emplace_back(remark);
-    if (!remarks.empty()) structured.emplace("remarks", std::move(remarks));
+    addRemarks(structured, outcome.remarks);
     return structured;
+}
+
+/// An unfinished recording is offered here: the agent cannot bring it back, but the user can.
+ToolResult begunResult(std::vector<std::string> const& remarks) {
+    std::string text = "Recording. Call stop_recording to finish.";
+    for (auto const& remark : remarks) text += " " + remark;
+    JSONValue::Object structured;
+    addRemarks(structured, remarks);
+    return structured.empty() ? toolResult::ok(text) : toolResult::ok(text, std::move(structured));
 }
 
 /// Why there is less than was asked for, in time or of the area; a blank after each sentence.
@@ -121,7 +134,8 @@ void RecordingTools::listSources(RunningCall& call) {
     }));
 }
 
-void RecordingTools::record(RunningCall& call, RecordRequest const& request, std::function<void()> begun) {
+void RecordingTools::record(RunningCall& call, RecordRequest const& request,
+                            std::function<void(std::vector<std::string>)> begun) {
     application_.recorder().expectIdle();
     auto const take = std::make_shared<Take>(Take{.request = request});
     auto const answer =
@@ -129,12 +143,18 @@ void RecordingTools::record(RunningCall& call, RecordRequest const& request, std
     application_.record({.recorder = recorderOptions(request, application_.preferences()),
                          .countdown = request.countdown,
                          .seconds = request.seconds.value_or(0)},
-                        {.begun = std::move(begun), .over = [take, answer](RecordingOutcome const& outcome) {
-                             take->isOver = true;
-                             bool const isThrownAway = outcome.kind == RecordingOutcome::Kind::discarded;
-                             if (outcome.hasBegun && !isThrownAway) take->untold = outcome;
-                             answer(outcome);
-                         }});
+                        {.begun =
+                             [take, begun = std::move(begun)] {
+                                 if (begun) begun(take->remarks);
+                             },
+                         .remark = [take](std::string const& remark) { take->remarks.push_back(remark); },
+                         .over =
+                             [take, answer](RecordingOutcome const& outcome) {
+                                 take->isOver = true;
+                                 bool const isThrownAway = outcome.kind == RecordingOutcome::Kind::discarded;
+                                 if (outcome.hasBegun && !isThrownAway) take->untold = outcome;
+                                 answer(outcome);
+                             }});
     take_ = take;
 }
 
@@ -156,9 +176,9 @@ std::optional<JSONValue::Object> RecordingTools::untold() const {
 }
 
 void RecordingTools::start(RunningCall& call) {
-    record(call, recordRequest(call.arguments(), RecordingLength::open), call.later([](RunningCall& here) {
-        here.finish(toolResult::ok("Recording. Call stop_recording to finish."));
-    }));
+    record(call, recordRequest(call.arguments(), RecordingLength::open),
+           call.later(
+               [](RunningCall& here, std::vector<std::string> const& remarks) { here.finish(begunResult(remarks)); }));
 }
 
 void RecordingTools::recordFor(RunningCall& call) {

@@ -6,7 +6,7 @@
 #include <Tavaro/Commands/TimelineDrawing.h>
 #include <Tavaro/Model/Project/StoredProject.h>
 
-#include <TavaroCore/Recording/LostSpots.h>
+#include <TavaroCore/Recording/HealthRemarks.h>
 #include <TavaroCore/Values/Timecode.h>
 
 #include <CLI/CLI.hpp>
@@ -108,7 +108,7 @@ void printFacts(DemoProject const& project) {
     if (project.cameraAsset) terminal::say("camera      {}, {}\n", *project.cameraAsset, nameOf(project.camera.shape));
     if (log.health != CaptureHealth{})
         terminal::say("capture     {}\n", log.health.summary()); // imported movies have none
-    if (auto const spots = lostSpots(log.health)) terminal::say("            {}\n", *spots);
+    for (auto const& remark : healthRemarks(log.health)) terminal::say("            {}\n", remark);
     terminal::say("log         {}, {}, {}\n", counted(log.cursorSamples.size(), "pointer sample"),
                   counted(log.clicks.size(), "click"), counted(log.keystrokes.size(), "key"));
     if (project.transcript) terminal::say("transcript  {}\n", counted((*project.transcript)->words.size(), "word"));

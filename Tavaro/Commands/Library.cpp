@@ -35,6 +35,11 @@ void printLine(ListedProject const& item) {
                   size(item.size), displayName(item.mode), item.name, item.path);
 }
 
+void print(std::vector<ListedProject> const& items) {
+    for (auto const& item : items) printLine(item);
+    if (items.empty()) terminal::say("There are no projects there.\n");
+}
+
 }
 
 void addLibrary(CLI::App& app) {
@@ -53,9 +58,8 @@ void addLibrary(CLI::App& app) {
                                  ? usualProjectFolders()
                                  : std::vector<fs::path>(options->folders.begin(), options->folders.end());
         auto const items = listProjects(folders);
-        if (options->asJSON) return terminal::sayJSON(encodeJSON(items));
-        for (auto const& item : items) printLine(item);
-        if (items.empty()) terminal::say("There are no projects there.\n");
+        if (options->asJSON) terminal::sayJSON(encodeJSON(items));
+        if (!options->asJSON) print(items);
         if (auto const offer = unfinishedOffer()) terminal::tell("{}\n", *offer);
     });
 }

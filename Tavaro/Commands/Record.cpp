@@ -12,7 +12,6 @@
 #include <Tavaro/Model/Recording/RecordingController.h>
 #include <Tavaro/Model/Recording/RecordingPreferences.h>
 #include <Tavaro/Model/Recording/TakeNames.h>
-#include <Tavaro/Model/Recording/UnfinishedRecording.h>
 
 #include <TavaroCapture/X11/GlobalKey.h>
 #include <TavaroCore/Values/Timecode.h>
@@ -238,7 +237,6 @@ private:
 };
 
 void record(Options const& options) {
-    if (auto const offer = unfinishedOffer()) terminal::tell("{}\n", *offer);
     MainQueue queue;
     auto const outcome = WatchedRecording(queue).run(queue, requestOf(options), options.pauseKey);
     if (outcome.kind == RecordingOutcome::Kind::discarded && outcome.hasBegun)

@@ -7,6 +7,7 @@
 #include <Tavaro/Model/Application/Application.h>
 #include <Tavaro/Model/Application/ApplicationInstance.h>
 #include <Tavaro/Model/Application/ApplicationLog.h>
+#include <Tavaro/Model/Recording/UnfinishedRecording.h>
 
 #include <TavaroPlatform/Folders/Folders.h>
 #include <TavaroPlatform/Sockets/SocketError.h>
@@ -135,6 +136,7 @@ void serve(IdleTime::Length most) {
     Application application(queue);
     auto agents = openToAgents(queue, application, terminal);
     spdlog::info("Tavaro has begun.");
+    if (auto const offer = unfinishedOffer()) terminal::tell("{}\n", *offer);
     terminal::tell("Agents reach Tavaro at “{}”. Ctrl-C ends it.\n", mcpSocketPath().string());
     run(queue, application, agents, IdleTime(most));
     spdlog::info("Tavaro has ended.");

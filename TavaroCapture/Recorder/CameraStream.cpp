@@ -102,7 +102,7 @@ StreamReport CameraStream::finish() {
     });
     if (failure_) return {.warnings = {fmt::format("The {} ended early. {}", spokenName(role_), *failure_)}};
     if (writer_.framesWritten() == 0) return {}; // the take's health says so
-    StreamReport report{.interruptedAt = absences_.interruptions()};
+    StreamReport report{.interruptedAt = interruptions()};
     for (auto const& sentence : {absences_.sentence(role_), lossSentence()})
         if (sentence) report.warnings.push_back(*sentence);
     return report;

@@ -103,7 +103,7 @@ StreamReport SoundStream::finish() {
     });
     auto const name = spokenName(role_);
     if (failure_) return {.warnings = {fmt::format("The {} ended early. {}", name, *failure_)}};
-    StreamReport report{.interruptedAt = absences_.interruptions()};
+    StreamReport report{.interruptedAt = interruptions()};
     auto const away = writer_.samplesWritten() > 0 ? absences_.sentence(role_) : std::nullopt;
     if (away) report.warnings.push_back(*away);
     if (lostSeconds_ >= leastLoss)

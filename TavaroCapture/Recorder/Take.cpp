@@ -273,6 +273,8 @@ CaptureHealth ScreenRecorder::Take::health() const {
     result.keyboardCaptured = options_.keys != KeyLogging::none && events_->keyboardCaptured();
     result.interruptedAt = screenStalls_.interruptions();
     result.interruptedAt.insert(result.interruptedAt.end(), interruptedAt_.begin(), interruptedAt_.end());
+    for (auto const& stream : sideStreams_)
+        std::ranges::copy(stream->interruptions(), back_inserter(result.interruptedAt));
     std::ranges::sort(result.interruptedAt);
     result.interruptions = std::ssize(result.interruptedAt);
     result.memoryPressureEvents = memory_.events();

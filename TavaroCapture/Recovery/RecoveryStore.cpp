@@ -192,6 +192,8 @@ RecoveredTake RecoveryStore::recover(Recoverable const& take) {
         lostStart = joined.start;
         result.duration = joined.duration - lostStart;
         result.metadata.health.framesWritten = joined.frameCount;
+        // Nobody ended it. One that could not be saved was ended before.
+        if (!take.manifest.isComplete) result.metadata.health.captureLost = true;
         beside = joinStreams(directory, take.streams);
     } catch (MediaError const& error) {
         bool const isUnwritable = error.kind() == MediaError::Kind::notWritable;

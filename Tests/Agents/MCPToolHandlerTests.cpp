@@ -5,6 +5,7 @@
 #include <Tavaro/Agents/Private/MCPToolHandler.h>
 #include <Tavaro/Model/Recording/RecordingPreferences.h>
 
+#include <TavaroCapture/Recorder/ScreenRecorder.h>
 #include <TavaroCore/Package/ProjectPackage.h>
 #include <TavaroCore/Records/JSON.h>
 #include <TavaroMCP/Catalogue/MCPToolCatalog.h>
@@ -231,6 +232,21 @@ TEST_F(MCPToolHandlerTest, ordersToTheRecorderAnswerForWhatTheyFind) {
     EXPECT_EQ(*structured().find("recorder")->find<std::string>("phase"), "paused");
     EXPECT_EQ(called("cancel_recording"), "Recording thrown away.");
     EXPECT_THAT(called("list_projects"), StartsWith("0 projects"));
+}
+
+TEST_F(MCPToolHandlerTest, whoStartsARecordingHearsOfOneThatNobodyFinished) {
+    {
+        ScreenRecorder abandoned({.display = display->name()});
+        abandoned.start();
+        ASSERT_TRUE(eventually([&] { return abandoned.progress().framesWritten > 60; }));
+    }
+    auto const offer = HasSubstr("We found an unfinished recording of 20");
+    EXPECT_THAT(called("start_recording", R"({"target":{"display":"display-1"},"countdown":0})"),
+                AllOf(StartsWith("Recording. Call stop_recording to finish. "), offer));
+    EXPECT_THAT(encodeJSON(structured()), offer);
+    EXPECT_EQ(called("cancel_recording"), "Recording thrown away.");
+    record();
+    EXPECT_THAT(encodeJSON(structured()), offer);
 }
 
 TEST_F(MCPToolHandlerTest, aTakeThatEndsByItselfIsReportedOnceToWhoStopsIt) {

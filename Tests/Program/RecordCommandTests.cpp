@@ -192,7 +192,8 @@ TEST_F(RecordCommand, aTakeWhoseProgramDiedIsBroughtBack) {
         EXPECT_EQ(modeOf(take.path() / "segment-000.mov"), fs::perms(0600));
     }
     EXPECT_THAT(tavaro({"recover"}).out, HasSubstr("(display)"));
-    for (Arguments const& work : {Arguments{"library"}, Arguments{"record", "--seconds", "0.2", "-o", path("next")}})
+    for (Arguments const& work : {Arguments{"library"}, Arguments{"library", "--json"},
+                                  Arguments{"record", "--seconds", "0.2", "-o", path("next")}})
         EXPECT_THAT(tavaro(work).error, HasSubstr("We found an unfinished recording of 20")) << work[0];
     EXPECT_THAT(tavaro({"recover", "--json"}).out, HasSubstr("\"mode\":\"display\""));
     auto const outcome = tavaro({"recover", "last", "-o", path("take.recproj")});

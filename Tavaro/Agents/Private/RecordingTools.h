@@ -7,6 +7,8 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <string>
+#include <vector>
 
 namespace tavaro {
 
@@ -34,11 +36,13 @@ private:
     /// A recording that an agent asked for.
     struct Take {
         RecordRequest request;
+        std::vector<std::string> remarks; // so far, as sentences
         bool isOver = false;
         std::optional<RecordingOutcome> untold;
     };
 
-    void record(RunningCall& call, RecordRequest const& request, std::function<void()> begun);
+    /// `begun` gets the remarks so far.
+    void record(RunningCall& call, RecordRequest const& request, std::function<void(std::vector<std::string>)> begun);
     std::shared_ptr<Take> present() const;
     static void tell(RunningCall& call, Take& take, RecordingOutcome const& outcome);
 

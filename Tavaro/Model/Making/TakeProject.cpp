@@ -9,7 +9,7 @@
 #include <TavaroCore/Direction/SmartDirector.h>
 #include <TavaroCore/Errors/Error.h>
 #include <TavaroCore/Package/ProjectPackage.h>
-#include <TavaroCore/Recording/LostSpots.h>
+#include <TavaroCore/Recording/HealthRemarks.h>
 
 #include <fmt/format.h>
 
@@ -63,7 +63,7 @@ MadeTake makeTakeProject(TakeMovie const& take, TakeProject const& wanted,
         project = open.document();
     }
     writeThumbnail(target, project);
-    if (auto const spots = lostSpots(log.health)) remark(*spots);
+    for (auto const& sentence : healthRemarks(log.health)) remark(sentence);
     return {project.id, made, log.health.summary()};
 }
 

@@ -5,6 +5,7 @@
 #include <Tavaro/Model/Recording/Private/RoomWatch.h>
 #include <Tavaro/Model/Recording/Private/SoundWatch.h>
 #include <Tavaro/Model/Recording/TakeNames.h>
+#include <Tavaro/Model/Recording/UnfinishedRecording.h>
 
 #include <TavaroCapture/Recovery/RecoveryStore.h>
 #include <TavaroCore/Export/ExportFile.h>
@@ -98,6 +99,7 @@ template<class Orders> TakeEnd runTake(ScreenRecorder& recorder, double seconds,
 }
 
 template<class Orders> MadeTake record(RecordingRequest const& request, Orders& orders, Reporter& reporter) {
+    if (auto const offer = unfinishedOffer()) reporter.remark(*offer);
     auto project = request.project;
     if (project.package.empty()) project.package = unsavedPackagePath(recordingName(std::time(nullptr)));
     auto const wanted = project.package;

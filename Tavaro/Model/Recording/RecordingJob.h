@@ -34,7 +34,8 @@ struct RecordingProgress {
 enum class TakeEnd { keep, discard };
 
 /// One recording, from the request to the saved project with its first edit. What cannot be recorded fails before the
-/// countdown. A take that ends by itself is saved with what there is, and a remark says why. Fails with `CaptureError`,
+/// countdown. Remarks tell first of recordings that nobody finished, and of a take that ends by itself, which is saved
+/// with what there is, why. Fails with `CaptureError`,
 /// `FileError` and `MediaError`, and with `JobCancelled` for a take that was not kept.
 class RecordingJob : public Job<MadeTake, RecordingProgress> {
 public:

@@ -19,6 +19,7 @@ public:
     void start() override;
     void stop() override;
     StreamReport finish() override;
+    std::vector<double> interruptions() const override { return absences_.interruptions(); }
     bool isCameraAway() const override { return absences_.isAway(); }
 
 private:

@@ -18,7 +18,7 @@ class TakeClock;
 /// How a stream went.
 struct StreamReport {
     std::vector<std::string> warnings; // sentences: what of it is missing
-    std::vector<double> interruptedAt; // seconds of the take at which its device went away, to come back later
+    std::vector<double> interruptedAt; // as `interruptions`
 };
 
 /// A stream that is recorded beside the screen. Its source and the encoder work on threads of their own, so the screen
@@ -32,6 +32,8 @@ public:
     virtual void stop() = 0;
     /// After `stop`: completes the files.
     virtual StreamReport finish() = 0;
+    /// Any thread. Seconds of the take so far at which its device went away, to come back later.
+    virtual std::vector<double> interruptions() const = 0;
     /// Any thread. None of pictures.
     virtual std::optional<SoundState> sound() const { return std::nullopt; }
     /// Any thread. Whether this is a camera that gives no pictures now.

@@ -18,6 +18,7 @@ public:
     void start() override;
     void stop() override;
     StreamReport finish() override;
+    std::vector<double> interruptions() const override { return absences_.interruptions(); }
     std::optional<SoundState> sound() const override;
 
 private:

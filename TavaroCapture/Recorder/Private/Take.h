@@ -104,7 +104,7 @@ private:
     std::unique_ptr<EventRecorder> events_;
     std::vector<std::unique_ptr<SideStream>> sideStreams_;
     std::vector<std::string> sideFailures_; // sentences
-    std::vector<double> interruptedAt_;     // seconds of the take; of the streams beside the screen
+    std::vector<double> interruptedAt_;     // seconds of the take; of the streams that are finished
     Absences screenStalls_;
     std::shared_ptr<LevelLog> micLevels_ = std::make_shared<LevelLog>();
     std::unique_ptr<MetadataCheckpoints> checkpoints_;

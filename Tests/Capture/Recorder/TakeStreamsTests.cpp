@@ -189,6 +189,26 @@ TEST_F(TakeStreamsTest, aMicrophoneThatWasAwayIsSilentThereAndTheTakeSaysSo) {
         << "the levels of the take as it went are those of its file";
 }
 
+TEST_F(TakeStreamsTest, aTakeThatNobodyEndsStillKnowsWhereADeviceWasAway) {
+    double const now = mediaClockNow();
+    double began = 0;
+    {
+        auto some = sources();
+        some.microphone = fakeMicrophone(scene, {.to = now + 0.6, .back = now + 0.9});
+        ScreenRecorder recorder(options(), std::move(some));
+        recorder.start();
+        began = mediaClockNow() - recorder.progress().seconds;
+        recordUntil(recorder, 1.5);
+    }
+    auto const takes = RecoveryStore::findRecoverable(recordings.path());
+    ASSERT_EQ(takes.size(), 1u);
+    auto const health = RecoveryStore::recover(takes[0]).metadata.health;
+    ASSERT_EQ(health.interruptedAt.size(), 1u);
+    EXPECT_NEAR(health.interruptedAt[0], now + 0.6 - began, 0.2);
+    EXPECT_EQ(health.interruptions, 1);
+    EXPECT_TRUE(health.captureLost);
+}
+
 TEST_F(TakeStreamsTest, aStreamThatCannotStartCostsOnlyItself) {
     struct Deaf : SoundSource {
         void start(SoundHandlers) override {

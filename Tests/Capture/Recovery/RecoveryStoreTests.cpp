@@ -90,6 +90,7 @@ TEST_F(RecoveryStoreTest, anAbandonedTakeComesBackAsOneMovieWithItsLog) {
     auto const recovered = RecoveryStore::recover(takes[0]);
     EXPECT_GT(recovered.duration, 100 / 60.0 - 1);
     EXPECT_NEAR(MovieReader(recovered.movie).info().duration, recovered.duration, 1e-3);
+    EXPECT_TRUE(recovered.metadata.health.captureLost);
     EXPECT_EQ(recovered.metadata.cursorSamples.size(), 1u);
     EXPECT_EQ(recovered.metadata.captureSize, (Size2{64, 48}));
     EXPECT_EQ(found().size(), 1u) << "a movie that is nowhere else yet";
