@@ -114,6 +114,7 @@ bool PulseSound::listen(Server& server, ServerInfo const& info) {
     while (stream.isLive()) {
         server.run(turn);
         stream.tend();
+        if (stream.isQuiet()) noteGone();
         if (isDone(stream.deliveredUntil())) return true;
         if (isElsewhere(server)) return false;
     }

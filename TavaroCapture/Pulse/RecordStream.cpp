@@ -20,7 +20,9 @@ constexpr double usualArrivals = 0.25;
 constexpr double learningArrivals = 0.06;
 
 constexpr double longestSilenceOfDevice = 0.4; // without data, not without sound
-constexpr double longestStart = 3;             // an output that was idle may have rendered two seconds ahead
+// An output that nobody listens to may have rendered two seconds ahead: so long a stream may take to begin, and a new
+// one would too, in place of one whose server was only too busy.
+constexpr double longestWait = 3;
 
 double seconds(pa_usec_t time) { return static_cast<double>(time) * 1e-6; }
 
@@ -50,8 +52,10 @@ RecordStream::~RecordStream() {
 
 bool RecordStream::isLive() const {
     if (!stream_ || !PA_STREAM_IS_GOOD(pa_stream_get_state(stream_.get()))) return false;
-    return quiet_ < (firstDataAt_ > 0 ? longestSilenceOfDevice : longestStart);
+    return quiet_ < longestWait;
 }
+
+bool RecordStream::isQuiet() const { return firstDataAt_ > 0 && quiet_ >= longestSilenceOfDevice; }
 
 void RecordStream::tend() {
     double const now = mediaClockNow();

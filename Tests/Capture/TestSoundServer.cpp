@@ -79,6 +79,9 @@ void TestSoundServer::kill() {
     process_ = -1;
 }
 
+void TestSoundServer::freeze() const { ::kill(process_, SIGSTOP); }
+void TestSoundServer::thaw() const { ::kill(process_, SIGCONT); }
+
 std::string TestSoundServer::order(std::string const& words) const {
     std::string const command = "pactl -s " + address() + " " + words + " 2>&1";
     std::string answer;

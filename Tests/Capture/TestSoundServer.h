@@ -29,6 +29,9 @@ public:
 
     void start();
     void kill();
+    /// It answers nobody until `thaw`.
+    void freeze() const;
+    void thaw() const;
     void plugMicrophone();
     void unplugMicrophone();
     /// `pactl`'s words.

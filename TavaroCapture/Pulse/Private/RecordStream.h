@@ -30,8 +30,10 @@ public:
 
     /// To be called some dozens of times a second: keeps up with the server's clock.
     void tend();
-    /// Whether sound comes, or may still begin to.
+    /// Whether sound comes, or may still do so.
     bool isLive() const;
+    /// Whether nothing has come for longer than it takes a device that works.
+    bool isQuiet() const;
     bool hasBegun() const { return hasBegun_; }
     /// The moment of the media clock up to which sound was handed on.
     double deliveredUntil() const { return deliveredUntil_; }

@@ -133,6 +133,26 @@ TEST_F(PulseSoundTest, aServerThatDiesAndComesBackCostsOnlyTheTimeBetween) {
     EXPECT_EQ(listener.overlaps(), 0);
 }
 
+TEST_F(PulseSoundTest, aServerThatHangsCostsHardlyMoreThanTheTimeInWhichItHangs) {
+    SpokenClicks const clicks(server->microphonePipe());
+    server->order("load-module module-sine sink=out"); // which is content with two seconds of latency
+    for (auto const& options : {microphone(), output()}) {
+        SoundListener listener(std::make_unique<pulse::PulseSound>(options));
+        EXPECT_TRUE(listener.hears(1)) << nameOf(options.role);
+        double const begun = mediaClockNow();
+        EXPECT_TRUE(eventually([&] { return mediaClockNow() > begun + 0.5; }));
+        double const frozen = mediaClockNow();
+        server->freeze();
+        EXPECT_TRUE(eventually([&] { return listener.lostAt > 0; }));
+        EXPECT_LT(listener.lostAt - frozen, told);
+        double const thawed = mediaClockNow();
+        server->thaw();
+        EXPECT_TRUE(eventually([&] { return listener.returnedAt > 0; }));
+        EXPECT_LT(listener.returnedAt - thawed, told) << nameOf(options.role);
+        EXPECT_EQ(listener.overlaps(), 0);
+    }
+}
+
 TEST_F(PulseSoundTest, aDeviceIsOpenOnlyWhileItIsAskedFor) {
     auto const isOpen = [&] { return !server->order("list short source-outputs").empty(); };
     SpokenClicks const clicks(server->microphonePipe());
