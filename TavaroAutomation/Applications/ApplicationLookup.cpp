@@ -8,6 +8,7 @@
 #include <set>
 #include <string>
 #include <tuple>
+#include <unicode/normalizer2.h>
 #include <unicode/unistr.h>
 
 namespace tavaro {
@@ -15,8 +16,9 @@ namespace tavaro {
 namespace {
 
 icu::UnicodeString folded(std::string_view text) {
-    auto result = icu::UnicodeString::fromUTF8({text.data(), static_cast<std::int32_t>(text.size())});
-    return result.foldCase().trim();
+    auto const result = icu::UnicodeString::fromUTF8({text.data(), static_cast<std::int32_t>(text.size())});
+    UErrorCode code = U_ZERO_ERROR;
+    return icu::Normalizer2::getNFKCCasefoldInstance(code)->normalize(result, code).trim();
 }
 
 bool isSame(std::string_view a, std::string_view b) { return !a.empty() && folded(a) == folded(b); }
@@ -70,6 +72,8 @@ x11::OpenWindow const& ownerOf(std::vector<x11::OpenWindow> const& all, x11::Ope
 }
 
 }
+
+bool isSameName(std::string_view a, std::string_view b) { return isSame(a, b); }
 
 DesktopEntry const* entryNamed(DesktopEntries const& entries, std::string_view name,
                                std::vector<x11::OpenWindow> const& open) {

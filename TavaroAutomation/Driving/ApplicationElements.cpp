@@ -2,7 +2,6 @@
 
 #include <TavaroAutomation/Applications/Private/WindowControl.h>
 #include <TavaroAutomation/Elements/Private/ElementTitle.h>
-#include <TavaroAutomation/Elements/Private/UIMatch.h>
 #include <TavaroAutomation/Errors/AutomationError.h>
 #include <TavaroCore/Errors/Excerpt.h>
 
@@ -39,9 +38,10 @@ UIRect screenOf(x11::Connection& connection) {
     return {0, 0, static_cast<double>(geometry->width), static_cast<double>(geometry->height)};
 }
 
-std::vector<x11::OpenWindow> ofProcess(std::vector<x11::OpenWindow> const& windows, int process) {
+std::vector<x11::OpenWindow> ofProcesses(std::vector<x11::OpenWindow> const& windows, std::set<int> const& processes) {
     std::vector<x11::OpenWindow> result;
-    std::ranges::copy_if(windows, std::back_inserter(result), [&](auto const& each) { return each.pid == process; });
+    std::ranges::copy_if(windows, std::back_inserter(result),
+                         [&](auto const& each) { return each.pid != 0 && processes.contains(each.pid); });
     return result;
 }
 
@@ -58,7 +58,7 @@ AccessibilityBus& ApplicationElements::bus() {
     return *bus_;
 }
 
-OpenApplication ApplicationElements::find(std::string const& app) {
+OpenApplication ApplicationElements::find(std::string const& app, std::stop_token const& stop) {
     auto const all = x11::openWindows(connection_);
     auto const* const entry = entryNamed(DesktopEntries::installed(), app, all);
     auto own = windowsOf(all, entry, app);
@@ -66,33 +66,35 @@ OpenApplication ApplicationElements::find(std::string const& app) {
     auto const name = entry ? entry->identity.name : excerpt(app);
     if (auto const front = frontWindow(own))
         return {.asked = app, .name = name, .windows = std::move(own), .front = *front};
-    if (auto found = findByOwnName(app, all)) return *found;
+    if (auto found = findByOwnName(app, all, stop)) return *found;
     throw AutomationError(AutomationError::Kind::noWindow,
                           fmt::format("{} shows no window. Open it with ui_open_app.", name));
 }
 
 /// What a program calls itself to those who ask for its widgets may be neither on its entry nor on its windows.
 std::optional<OpenApplication> ApplicationElements::findByOwnName(std::string const& app,
-                                                                  std::vector<x11::OpenWindow> const& windows) {
-    std::optional<int> found;
+                                                                  std::vector<x11::OpenWindow> const& windows,
+                                                                  std::stop_token const& stop) {
+    std::set<int> processes; // a program may run several times, and show windows once
     try {
         auto& bus = this->bus();
         auto const ask = [&](Address const& program) {
             bus.name(program, [&, program](auto const& name) {
-                if (!name || !UIMatch::isSame(*name, app)) return;
-                bus.processOf(program.bus, [&](auto const& process) { found = process; });
+                if (!name || !isSameName(*name, app)) return;
+                bus.processOf(program.bus, [&](auto const& process) { processes.insert(process.value_or(0)); });
             });
         };
         bus.programs([&](auto const& programs) {
             for (auto const& program : programs.value_or(std::vector<Address>{})) ask(program);
         });
-        bus.run(Clock::now() + longestAnswer);
+        bus.run(Clock::now() + longestAnswer, stop);
     } catch (AutomationError const&) {
         return std::nullopt; // nobody tells of widgets, so nobody has a name of that kind
     }
-    auto own = ofProcess(windows, found.value_or(0));
+    expectNotStopped(stop);
+    auto own = ofProcesses(windows, processes);
     auto const front = frontWindow(own);
-    if (!found || !front) return std::nullopt;
+    if (!front) return std::nullopt;
     return OpenApplication{.asked = app, .name = excerpt(app), .windows = std::move(own), .front = *front};
 }
 
@@ -114,9 +116,14 @@ std::vector<Address> ApplicationElements::programsOf(OpenApplication const& appl
 ApplicationListing ApplicationElements::list(OpenApplication const& application, std::stop_token const& stop) {
     auto const deadline = Clock::now() + longestWalk;
     ApplicationListing listing;
+    auto const screen = screenOf(connection_);
     for (auto const& program : programsOf(application, stop, deadline)) {
-        auto const tree = walkTree(bus(), program, deadline, stop);
-        auto placed = placedElements(tree, application.windows, screenOf(connection_));
+        auto const tree =
+            walkTree(bus(), program,
+                     {.deadline = deadline,
+                      .stop = stop,
+                      .screen = atspi::Extents{0, 0, static_cast<int>(screen.width), static_cast<int>(screen.height)}});
+        auto placed = placedElements(tree, application.windows, screen);
         listing.isComplete = listing.isComplete && tree.isComplete;
         listing.saysAnything = listing.saysAnything || !tree.nodes.empty();
         std::ranges::move(placed, std::back_inserter(listing.elements));
@@ -135,7 +142,7 @@ ElementPlace ApplicationElements::placeOf(atspi::PlacedElement const& element, s
     bus().name(address, [&](auto const& name) {
         isSame = isSame && name && readableTitle(*name, element.toolkit) == element.ownName;
     });
-    bus().extents(address, originOf(element.toolkit), [&](auto const& extents) {
+    bus().extents(address, habitsOf(element.toolkit).origin, [&](auto const& extents) {
         if (extents && !extents->isEmpty()) frame = element.placement.onScreen(*extents);
     });
     auto const outcome = bus().run(Clock::now() + longestAnswer, stop);

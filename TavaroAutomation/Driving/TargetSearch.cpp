@@ -105,7 +105,7 @@ UIElementListing TargetSearch::list(std::string const& app, std::stop_token cons
     x11::waitUntil(
         Clock::now() + patience, stop,
         [&] {
-            application = applications_.find(app);
+            application = applications_.find(app, stop);
             listing_ = applications_.list(application, stop);
             return !listing_.elements.empty() || !listing_.isComplete;
         },
@@ -157,7 +157,7 @@ FoundTarget TargetSearch::look(UITarget const& target, Purpose purpose, std::sto
     x11::waitUntil(
         Clock::now() + patience, stop,
         [&] {
-            application = applications_.find(target.app);
+            application = applications_.find(target.app, stop);
             listing_ = applications_.list(application, stop);
             found = matching(target, listing_);
             // An id is of a listing that was there; it does not come later. Who was too slow once is not faster soon.

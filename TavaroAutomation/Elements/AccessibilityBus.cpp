@@ -254,6 +254,14 @@ template<class T, class Read> auto reading(AccessibilityBus::Then<T> then, Read 
     };
 }
 
+/// None where the program has none there.
+auto readingObject(AccessibilityBus::Then<Address> then) {
+    return [then = std::move(then)](sd_bus_message* answer) {
+        auto found = answer ? readAddress(answer) : std::nullopt;
+        then(found && !found->isNull() ? std::move(found) : std::nullopt);
+    };
+}
+
 }
 
 void AccessibilityBus::states(Address const& of, Then<States> then) {
@@ -302,6 +310,20 @@ void AccessibilityBus::children(Address const& of, Then<std::vector<Address>> th
                 reading<std::vector<Address>>(std::move(then), readAddresses));
 }
 
+void AccessibilityBus::childAt(Address const& of, int place, Then<Address> then) {
+    auto message = state_->call(of, accessible, "GetChildAtIndex");
+    if (message) sd_bus_message_append(message.get(), "i", place);
+    state_->ask(std::move(message), readingObject(std::move(then)));
+}
+
+void AccessibilityBus::placeInParent(Address const& of, Then<int> then) {
+    state_->ask(state_->call(of, accessible, "GetIndexInParent"), reading<int>(std::move(then), [](auto* answer) {
+                    std::int32_t place = -1;
+                    sd_bus_message_read(answer, "i", &place);
+                    return place;
+                }));
+}
+
 void AccessibilityBus::extents(Address const& of, Origin origin, Then<Extents> then) {
     auto message = state_->call(of, component, "GetExtents");
     if (message) sd_bus_message_append(message.get(), "u", static_cast<std::uint32_t>(origin));
@@ -312,15 +334,12 @@ void AccessibilityBus::atPoint(Address const& of, Place const& place, Then<Addre
     auto message = state_->call(of, component, "GetAccessibleAtPoint");
     if (message)
         sd_bus_message_append(message.get(), "iiu", place.x, place.y, static_cast<std::uint32_t>(place.origin));
-    state_->ask(std::move(message), [then = std::move(then)](auto* answer) {
-        auto found = answer ? readAddress(answer) : std::nullopt;
-        then(found && !found->isNull() ? std::move(found) : std::nullopt);
-    });
+    state_->ask(std::move(message), readingObject(std::move(then)));
 }
 
 void AccessibilityBus::allWidgets(Address const& program, Then<std::map<Address, Widget>> then) {
     state_->ask(state_->call({program.bus, "/org/a11y/atspi/cache"}, "org.a11y.atspi.Cache", "GetItems"),
-                reading<std::map<Address, Widget>>(std::move(then), readWidgets), std::chrono::milliseconds(500));
+                reading<std::map<Address, Widget>>(std::move(then), readWidgets), std::chrono::milliseconds(800));
 }
 
 void AccessibilityBus::labels(Address const& of, Then<std::vector<Address>> then) {

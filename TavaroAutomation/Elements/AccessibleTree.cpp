@@ -1,8 +1,9 @@
 #include <TavaroAutomation/Elements/Private/AccessibleTree.h>
 
-#include <TavaroAutomation/Elements/Private/AreaSearch.h>
+#include <TavaroAutomation/Elements/Private/CrowdSearch.h>
 #include <TavaroAutomation/Elements/Private/ElementRole.h>
 #include <TavaroAutomation/Elements/Private/ElementTitle.h>
+#include <TavaroAutomation/Elements/Private/TitleSearch.h>
 
 #include <algorithm>
 #include <deque>
@@ -20,22 +21,12 @@ namespace {
 constexpr int mostChildren = 1500;
 constexpr int mostDepth = 80;
 constexpr std::size_t manyNodes = 300;
+constexpr int nowhere = -(1 << 28); // as far as a program can say
 constexpr std::size_t mostNodes = 20'000;
-
-Toolkit toolkitNamed(std::string const& name) {
-    if (name == "gtk") return Toolkit::gtk3;
-    if (name == "GTK") return Toolkit::gtk4;
-    if (name == "Qt") return Toolkit::qt;
-    if (name == "Chromium") return Toolkit::chromium;
-    return name == "Gecko" ? Toolkit::gecko : Toolkit::other;
-}
 
 class TreeWalk {
 public:
-    TreeWalk(AccessibilityBus& bus, Deadline deadline, std::stop_token stop)
-        : bus_(bus)
-        , deadline_(deadline)
-        , stop_(std::move(stop)) {}
+    TreeWalk(AccessibilityBus& bus, WalkLimits const& limits) : bus_(bus), limits_(limits), titles_(bus) {}
 
     AccessibleTree run(Address const& program) {
         program_ = program;
@@ -44,18 +35,16 @@ public:
     }
 
 private:
-    // The best first.
-    enum class TitleSource { label, description, placeholder };
-
     struct Visit {
         AccessibleNode node;
         int depth = 0;
         bool isKept = false;
         bool isPlaced = false; // its place is known
         bool isInShownRow = false;
-        Widget const* known = nullptr; // what the program said of it together with all others
-        int crowd = -1;                // of the list, where its children are found by points
-        std::optional<TitleSource> titleSource;
+        bool isInScroller = false;
+        Widget const* known = nullptr;            // what the program said of it together with all others
+        int crowd = -1;                           // of the list, where its children are found by points
+        std::optional<AreaSearch::Point> askedAt; // found in a crowd
     };
 
     /// False as soon as the program is late. Nothing may be asked then: the answer would find nobody.
@@ -64,33 +53,24 @@ private:
         if (!hasAnswered()) return false;
         bus_.children(program_, [this](auto const& windows) {
             if (!windows) isCutShort_ = true;
-            for (auto const& window : windows.value_or(std::vector<Address>{})) visit(window, -1);
+            for (auto const& window : windows.value_or(std::vector<Address>{})) visit({.address = window});
         });
-        if (!hasAnswered()) return false;
-        while (searchCrowds()) {
-            if (!hasAnswered()) return false;
-        }
-        // Who has thousands of children and none at any point does not find them.
-        isCutShort_ = isCutShort_ || std::ranges::any_of(crowds_, [this](Crowd const& crowd) {
-                          return crowd.places.empty() && !shownPart(crowd.index).isEmpty();
-                      });
-        findTitles();
-        return hasAnswered();
+        return hasAnswered() && findTitles() && findCrowds() && findTitles() && findScrolledAway() && findCrowds() &&
+               findTitles();
     }
 
-    bool hasAnswered() { return bus_.run(deadline_, stop_) == AccessibilityBus::Outcome::allAnswered; }
+    bool hasAnswered() { return bus_.run(limits_.deadline, limits_.stop) == AccessibilityBus::Outcome::allAnswered; }
 
-    void visit(Address const& address, int parent) {
-        int const depth = parent < 0 ? 0 : visits_[parent].depth + 1;
+    void visit(AccessibleNode node, std::optional<AreaSearch::Point> const& askedAt = {}) {
+        int const depth = node.parent < 0 ? 0 : visits_[node.parent].depth + 1;
         // An object that is its own descendant would never end.
-        if (depth > mostDepth || !seen_.insert(address).second) return;
+        if (depth > mostDepth || !seen_.insert(node.address).second) return;
         if (visits_.size() >= mostNodes) {
             isCutShort_ = true;
             return;
         }
         int const index = static_cast<int>(visits_.size());
-        visits_.push_back({.node = {.address = address, .parent = parent}, .depth = depth});
-        if (visits_.size() == manyNodes) askForAll();
+        visits_.push_back({.node = std::move(node), .depth = depth, .askedAt = askedAt});
         if (isAskingForAll_)
             held_.push_back(index);
         else
@@ -98,8 +78,10 @@ private:
     }
 
     /// A program with many widgets says them faster at once.
-    void askForAll() {
-        isAskingForAll_ = true;
+    void expect(int children) {
+        expected_ += static_cast<std::size_t>(children);
+        if (expected_ < manyNodes || hasAskedForAll_) return;
+        hasAskedForAll_ = isAskingForAll_ = true;
         bus_.allWidgets(program_, [this](auto all) {
             isAskingForAll_ = false;
             if (all) all_ = std::move(*all);
@@ -129,35 +111,44 @@ private:
         auto const& states = visit.node.states;
         if (states.has(State::defunct)) return false;
         if (visit.depth == 0) return true; // a window that was minimised shows as soon as it is raised
-        // GTK 4 says of nothing but windows that it shows.
-        if (toolkit_ == Toolkit::gtk4 || isInShownRow(visit) || isViewport(visit)) return states.has(State::visible);
+        if (habits().saysShowingOfWindowsOnly || isInShownRow(visit) || isViewport(visit))
+            return states.has(State::visible);
         return states.has(State::showing);
     }
 
     /// GTK 3 looks for the viewport that a widget is in, finds itself where the widget is one, and takes it for
     /// scrolled away as soon as its contents are scrolled by more than its height.
     bool isViewport(Visit const& visit) const {
-        return toolkit_ == Toolkit::gtk3 && visit.node.role == Role::viewport && visit.node.parent >= 0 &&
+        return habits().losesScrolledViewports && visit.node.role == Role::viewport && visit.node.parent >= 0 &&
                !visits_[visit.node.parent].node.isScrolledAway;
     }
 
     /// GTK 3 takes the place in a widget with a window of its own, which are in rows, for one in the list, so that none
     /// of it shows in a list that was scrolled.
     bool isInShownRow(Visit const& visit) const {
-        if (toolkit_ != Toolkit::gtk3 || visit.node.parent < 0) return false;
+        if (!habits().losesPartsOfRows || visit.node.parent < 0) return false;
         auto const& parent = visits_[visit.node.parent];
         return parent.isInShownRow || (parent.node.role == Role::listItem && !parent.node.isScrolledAway);
     }
 
-    /// Laid out but not shown: something to click, or a label in such. Qt takes what is scrolled away in its lists and
-    /// tables for invisible.
+    /// Laid out but not shown: something to click, a label in such, or what may hold such in what scrolls.
     bool mayBeScrolledAway(Visit const& visit) const {
-        bool const isOfQtView = toolkit_ == Toolkit::qt && isRowOrCell(visit.node.role);
-        if ((!visit.node.states.has(State::visible) && !isOfQtView) || isOfMenu(visit.node.role)) return false;
+        auto const role = visit.node.role;
+        bool const isHiddenRow = habits().hidesScrolledRows && isRowOrCell(role);
+        if ((!visit.node.states.has(State::visible) && !isHiddenRow) || isOfMenu(role)) return false;
         if (mayHoldField(visit)) return true;
         auto const* const parent = visit.node.parent < 0 ? nullptr : &visits_[visit.node.parent];
-        bool const isPart = parent && parent->node.isScrolledAway && !mayHoldField(*parent);
-        return isPart ? isLabel(visit.node.role) : isClickable(visit.node.role);
+        if (parent && parent->node.isScrolledAway && isClickable(parent->node.role)) return isLabel(role);
+        bool const mayHoldMore = !isLabel(role) || (habits().showsPages && role != Role::staticText);
+        return isClickable(role) || (visit.isInScroller && mayHoldMore);
+    }
+
+    /// Whether what does not show in it can be scrolled to. The pages behind a tab are out of view for another reason.
+    bool isInScroller(Visit const& visit) const {
+        if (!habits().saysWhatIsScrolledAway || visit.node.parent < 0 || visit.node.role == Role::pageTab) return false;
+        auto const& parent = visits_[visit.node.parent];
+        auto const role = parent.node.role;
+        return parent.isInScroller || role == Role::viewport || role == Role::scrollPane || role == Role::documentWeb;
     }
 
     /// The rows of a list are labels in Java.
@@ -174,6 +165,7 @@ private:
         if (isChoice(visit)) visit.node.role = Role::listItem;
         bool const isShown = mayShow(visit);
         visit.isInShownRow = isShown && isInShownRow(visit);
+        visit.isInScroller = isInScroller(visit);
         visit.node.isScrolledAway = !isShown && mayBeScrolledAway(visit);
         visit.isKept = isShown || visit.node.isScrolledAway;
         if (!visit.isKept) return;
@@ -181,9 +173,16 @@ private:
             named(index, visit.known->name);
         else if (visit.depth == 0 || isClickable(visit.node.role) || isLabel(visit.node.role))
             bus_.name(address, [this, index](auto const& name) { named(index, name.value_or("")); });
-        bus_.extents(address, originOf(toolkit_), [this, index](auto const& extents) {
+        if (isKnownToBeNowhere(visit)) return placed(index, {nowhere, nowhere, 1, 1});
+        bus_.extents(address, habits().origin, [this, index](auto const& extents) {
             if (extents) placed(index, *extents);
         });
+    }
+
+    /// Something in a container that is scrolled away, whose program has a place only for what shows.
+    bool isKnownToBeNowhere(Visit const& visit) const {
+        if (!habits().placesOnlyWhatShows || !visit.node.isScrolledAway || !isClickable(visit.node.role)) return false;
+        return visit.isInScroller && visits_[visit.node.parent].node.isScrolledAway;
     }
 
     /// Of a window the name stays as it is, to be compared with its title.
@@ -198,38 +197,60 @@ private:
         visit.isPlaced = true;
         if (isViewport(visit) && !visit.node.states.has(State::showing))
             visit.node.extents = visits_[visit.node.parent].node.extents;
-        if (isClosed(visit) || !joinsCrowd(visit)) visit.isKept = false;
+        joinCrowd(visit);
+        if (isClosed(visit)) visit.isKept = false;
         if (!visit.isKept || !descends(visit)) return;
         if (visit.known) return descend(index, visit.known->childCount);
         bus_.childCount(visit.node.address, [this, index](auto const& count) { descend(index, count.value_or(0)); });
     }
 
     void descend(int index, int childCount) {
-        auto& visit = visits_[index];
+        auto const& visit = visits_[index];
         if (childCount <= 0) return;
-        if (childCount > mostChildren) {
-            visit.crowd = static_cast<int>(crowds_.size());
-            return crowds_.push_back({.index = index});
-        }
-        bus_.children(visit.node.address, [this, index](auto const& children) {
-            for (auto const& child : children.value_or(std::vector<Address>{})) this->visit(child, index);
+        if (childCount > mostChildren && shownPart(index).isEmpty()) return;
+        if (childCount > mostChildren) return addCrowd(index, childCount);
+        if (!isFindingScrolledAway_ && (visit.node.isScrolledAway || shownPart(index).isEmpty()))
+            return scrolledAway_.push_back({index, childCount});
+        askForChildren(index, childCount);
+    }
+
+    void askForChildren(int index, int childCount) {
+        expect(childCount);
+        bus_.children(visits_[index].node.address, [this, index](auto const& children) {
+            for (auto const& child : children.value_or(std::vector<Address>{}))
+                this->visit({.address = child, .parent = index});
         });
+    }
+
+    /// What shows comes first, so that it is there where the program is too slow for the rest.
+    bool findScrolledAway() {
+        isFindingScrolledAway_ = true;
+        constexpr std::size_t atOnce = 16;
+        for (std::size_t next = 0; next < scrolledAway_.size();) {
+            for (std::size_t i = 0; i < atOnce && next < scrolledAway_.size(); ++i, ++next)
+                askForChildren(scrolledAway_[next].first, scrolledAway_[next].second);
+            if (!hasAnswered()) return false;
+        }
+        scrolledAway_.clear();
+        return true;
     }
 
     /// GTK 4 gives what is closed no size, LibreOffice its own menu bar where the desktop's replaces it; other programs
     /// have containers of no size with contents.
     bool isClosed(Visit const& visit) const {
-        bool const mayBe = toolkit_ == Toolkit::gtk4 ? visit.depth > 0 : visit.node.role == Role::menuBar;
-        return mayBe && visit.node.extents.isEmpty();
+        bool const mayBe = habits().closesToNoSize ? visit.depth > 0 : visit.node.role == Role::menuBar;
+        auto const& extents = visit.node.extents;
+        // What was never laid out has the size of a point.
+        bool const isLaidOut = extents.width > 1 || extents.height > 1 || isKnownToBeNowhere(visit);
+        return (mayBe && extents.isEmpty()) || (visit.node.isScrolledAway && visit.isInScroller && !isLaidOut);
     }
 
-    /// Pages have their fields in the labels that name them.
-    bool mayHoldField(Visit const& visit) const { return isOfPages(toolkit_) && visit.node.role == Role::label; }
+    bool mayHoldField(Visit const& visit) const { return habits().showsPages && visit.node.role == Role::label; }
 
     /// Of what has a title and holds nothing to click, the parts are of no interest.
     bool descends(Visit const& visit) const {
         if (mayHoldField(visit)) return true;
-        if (visit.node.isScrolledAway) return visit.node.name.empty() && !isLabel(visit.node.role);
+        if (visit.node.isScrolledAway && isClickable(visit.node.role)) return visit.node.name.empty();
         switch (visit.node.role) {
         case Role::passwordText:
         case Role::slider:
@@ -243,106 +264,105 @@ private:
         case Role::link: return visit.node.name.empty();
         case Role::pushButton:
         case Role::toggleButton:
-            // A menu button of GTK 4 is a button around the one that takes the clicks, and around its menu.
-            return visit.node.name.empty() || (toolkit_ == Toolkit::gtk4 && !visit.node.states.has(State::focusable));
+            return visit.node.name.empty() || (habits().wrapsMenuButtons && !visit.node.states.has(State::focusable));
         default: return true;
         }
     }
 
-    // What has more children than it may be asked for is asked for those at the points of its part that shows.
+    // What has more children than it may be asked for is asked for those that show.
 
     struct Crowd {
         int index = 0;
-        std::optional<AreaSearch> search;
-        std::set<Extents> places; // some programs make a new object of a cell whenever they are asked for it
+        CrowdSearch search;
+        // What is there already: some programs make a new object of a cell whenever they are asked for it.
+        std::set<int> places;
+        std::set<Extents> extents; // of what has no place
     };
 
-    /// Asks for more; false when there is nothing left to ask.
-    bool searchCrowds() {
+    void addCrowd(int index, int childCount) {
+        auto& visit = visits_[index];
+        visit.crowd = static_cast<int>(crowds_.size());
+        auto const role = visit.node.role;
+        bool const isGrid = role == Role::table || role == Role::treeTable;
+        CrowdSearch::Crowd const crowd{
+            .count = childCount, .whole = visit.node.extents, .shown = shownPart(index), .isGrid = isGrid};
+        crowds_.push_back({.index = index, .search = CrowdSearch(crowd), .places = {}, .extents = {}});
+    }
+
+    bool findCrowds() {
+        while (askCrowds()) {
+            if (!hasAnswered()) return false;
+        }
+        isCutShort_ =
+            isCutShort_ || std::ranges::any_of(crowds_, [](Crowd const& crowd) { return !crowd.search.isWhole(); });
+        return true;
+    }
+
+    /// False when there is nothing left to ask.
+    bool askCrowds() {
         bool isAsking = false;
-        for (auto& crowd : crowds_) {
-            if (!crowd.search) crowd.search.emplace(shownPart(crowd.index));
-            auto const points = crowd.search->next();
-            isAsking = isAsking || !points.empty();
-            for (auto const& point : points) askAt(crowd.index, point);
+        for (std::size_t i = 0; i < crowds_.size(); ++i) {
+            auto const questions = crowds_[i].search.next();
+            isAsking = isAsking || !questions.isEmpty();
+            for (int const place : questions.places) askForPlace(crowds_[i].index, place);
+            for (auto const& point : questions.points) askAt(crowds_[i].index, point);
         }
         return isAsking;
     }
 
+    void askForPlace(int index, int place) {
+        bus_.childAt(visits_[index].node.address, place, [this, index, place](auto const& found) {
+            if (found) visit({.address = *found, .parent = index, .isOfCrowd = true, .place = place});
+        });
+    }
+
     void askAt(int index, AreaSearch::Point const& point) {
-        Place const place{point.x, point.y, originOf(toolkit_)};
-        bus_.atPoint(visits_[index].node.address, place, [this, index](auto const& found) {
+        Place const place{point.x, point.y, habits().origin};
+        bus_.atPoint(visits_[index].node.address, place, [this, index, point](auto const& found) {
             if (!found) return;
-            // These answer with the innermost widget, which is in the one that is meant.
-            if (toolkit_ == Toolkit::gtk4 || toolkit_ == Toolkit::qt) return climb(*found, index, mostDepth);
-            visit(*found, index);
+            if (habits().pointFindsInnermost) return climb(*found, index, point, mostDepth);
+            join(*found, index, point);
         });
     }
 
     /// Up to the widget that the crowd holds itself.
-    void climb(Address const& from, int index, int levels) {
-        bus_.parent(from, [this, from, index, levels](auto const& parent) {
+    void climb(Address const& from, int index, AreaSearch::Point const& point, int levels) {
+        bus_.parent(from, [this, from, index, point, levels](auto const& parent) {
             if (!parent || levels == 0) return;
             if (*parent == visits_[index].node.address)
-                visit(from, index);
+                join(from, index, point);
             else
-                climb(*parent, index, levels - 1);
+                climb(*parent, index, point, levels - 1);
         });
     }
 
-    /// False where it is there already.
-    bool joinsCrowd(Visit& visit) {
-        int const place = visit.node.parent < 0 ? -1 : visits_[visit.node.parent].crowd;
-        if (place < 0) return true;
-        auto& crowd = crowds_[static_cast<std::size_t>(place)];
-        bool const isNew = crowd.places.insert(visit.node.extents).second;
-        if (isNew) crowd.search->add(visit.node.extents);
-        visit.node.isFoundByPoint = true;
-        return isNew;
+    void join(Address const& found, int index, AreaSearch::Point const& point) {
+        bus_.placeInParent(found, [this, found, index, point](auto const& place) {
+            auto const known = place && *place >= 0 ? place : std::nullopt;
+            visit({.address = found, .parent = index, .isOfCrowd = true, .place = known}, point);
+        });
     }
 
-    // Titles
+    /// It is kept unless it is there already.
+    void joinCrowd(Visit& visit) {
+        int const number = visit.node.parent < 0 ? -1 : visits_[visit.node.parent].crowd;
+        if (number < 0) return;
+        auto& crowd = crowds_[static_cast<std::size_t>(number)];
+        auto const& extents = visit.node.extents;
+        if (visit.askedAt)
+            crowd.search.addAtPoint(*visit.askedAt, extents, visit.node.place);
+        else if (visit.node.place)
+            crowd.search.addAtPlace(*visit.node.place, extents);
+        bool const isNew =
+            visit.node.place ? crowd.places.insert(*visit.node.place).second : crowd.extents.insert(extents).second;
+        visit.isKept = isNew && !extents.intersection(shownPart(visit.node.parent)).isEmpty();
+    }
 
-    /// What has no name of its own may have labels in it or beside it, a description, or a text that it shows while it
-    /// is empty. What was typed into it is not asked for.
-    void findTitles() {
-        for (std::size_t index = 0; index < visits_.size(); ++index) {
-            auto& visit = visits_[index];
-            if (!visit.isKept || !isClickable(visit.node.role)) continue;
-            if (visit.node.name.empty()) askForTitle(index);
-            if (isField(visit.node.role) && visit.node.role != Role::passwordText) askWhetherSearch(index);
+    bool findTitles() {
+        for (; titled_ < visits_.size(); ++titled_) {
+            if (visits_[titled_].isKept) titles_.ask(visits_[titled_].node, toolkit_);
         }
-    }
-
-    void askForTitle(std::size_t index) {
-        auto const address = visits_[index].node.address;
-        bus_.labels(address, [this, index](auto const& labels) {
-            for (auto const& label : labels.value_or(std::vector<Address>{})) {
-                bus_.name(label, [this, index](auto const& name) { offer(index, TitleSource::label, name); });
-            }
-        });
-        bus_.description(address, [this, index](auto const& text) { offer(index, TitleSource::description, text); });
-        bus_.attributes(address, [this, index](auto const& attributes) {
-            if (attributes && attributes->contains("placeholder-text"))
-                offer(index, TitleSource::placeholder, attributes->at("placeholder-text"));
-        });
-    }
-
-    void askWhetherSearch(std::size_t index) {
-        if (!isOfPages(toolkit_)) return;
-        bus_.attributes(visits_[index].node.address, [this, index](auto const& attributes) {
-            if (attributes && attributes->contains("text-input-type"))
-                visits_[index].node.isSearch = attributes->at("text-input-type") == "search";
-        });
-    }
-
-    /// The better source wins, whenever it answers.
-    void offer(std::size_t index, TitleSource source, std::optional<std::string> const& text) {
-        auto& visit = visits_[index];
-        auto readable = readableTitle(text.value_or(""), toolkit_);
-        if (readable.empty() || (visit.titleSource && *visit.titleSource <= source)) return;
-        visit.node.title = std::move(readable);
-        visit.titleSource = source;
+        return hasAnswered();
     }
 
     AccessibleTree collected() {
@@ -373,32 +393,34 @@ private:
         });
     }
 
-    /// The part of the widget that the widgets around it leave.
+    /// The part of the widget that the widgets around it leave, and the screen.
     Extents shownPart(int index) const {
         auto part = visits_[index].node.extents;
         for (int at = visits_[index].node.parent; at >= 0; at = visits_[at].node.parent) {
             auto const& around = visits_[at].node.extents;
-            if (!visits_[at].isPlaced || around.isEmpty()) continue;
-            int const right = std::min(part.x + part.width, around.x + around.width);
-            int const bottom = std::min(part.y + part.height, around.y + around.height);
-            part.x = std::max(part.x, around.x);
-            part.y = std::max(part.y, around.y);
-            part.width = right - part.x;
-            part.height = bottom - part.y;
+            if (visits_[at].isPlaced && !around.isEmpty()) part = part.intersection(around);
         }
-        return part;
+        bool const isOnScreen = limits_.screen && habits().origin == Origin::screen;
+        return isOnScreen ? part.intersection(*limits_.screen) : part;
     }
 
+    ToolkitHabits const& habits() const { return habitsOf(toolkit_); }
+
     AccessibilityBus& bus_;
-    Deadline const deadline_;
-    std::stop_token const stop_;
+    WalkLimits const limits_;
+    TitleSearch titles_;
     Toolkit toolkit_ = Toolkit::other;
     Address program_;
     std::deque<Visit> visits_; // visits stay where they are while others are added
     std::set<Address> seen_;
     std::vector<Crowd> crowds_;
-    std::map<Address, Widget> all_; // where the program was asked for all
-    std::vector<int> held_;         // visits that wait for them
+    std::map<Address, Widget> all_;                 // where the program was asked for all
+    std::vector<int> held_;                         // visits that wait for them
+    std::vector<std::pair<int, int>> scrolledAway_; // whose children were not asked for yet, and how many those are
+    std::size_t expected_ = 0;                      // children of all that were asked for theirs
+    std::size_t titled_ = 0;                        // how many visits were asked for their titles
+    bool isFindingScrolledAway_ = false;
+    bool hasAskedForAll_ = false;
     bool isAskingForAll_ = false;
     bool isAnswered_ = false;
     bool isCutShort_ = false; // something keeps its contents to itself, or has more of them than anybody could use
@@ -406,8 +428,8 @@ private:
 
 }
 
-AccessibleTree walkTree(AccessibilityBus& bus, Address const& program, Deadline deadline, std::stop_token const& stop) {
-    return TreeWalk(bus, deadline, stop).run(program);
+AccessibleTree walkTree(AccessibilityBus& bus, Address const& program, WalkLimits const& limits) {
+    return TreeWalk(bus, limits).run(program);
 }
 
 }

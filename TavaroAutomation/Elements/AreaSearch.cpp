@@ -11,6 +11,7 @@ namespace {
 constexpr int smallest = 4;                 // nobody clicks on less
 constexpr int mostHalvings = 3;             // of a part in which nothing is found
 constexpr std::size_t mostQuestions = 6000; // a screen full of the smallest cells that people can read
+constexpr int mostChanges = 8;              // of what is believed of a program's points
 constexpr std::size_t mostParts = 1U << 20; // of the grid: thousands of scattered things have no common edges
 
 AreaSearch::Point middle(Extents const& part) { return {part.x + part.width / 2, part.y + part.height / 2}; }
@@ -73,25 +74,64 @@ std::vector<AreaSearch::Point> AreaSearch::next() {
     noteGaps();
     if (area_.isEmpty()) return {};
     auto xs = edges(&Extents::x, &Extents::width), ys = edges(&Extents::y, &Extents::height);
-    if (xs.size() * ys.size() > mostParts) return {};
+    isCutShort_ = xs.size() * ys.size() > mostParts;
+    if (isCutShort_) return {};
     Grid grid(std::move(xs), std::move(ys));
     for (auto const& part : known_) grid.raise(part, Grid::closed);
     for (auto const& gap : gaps_) grid.raise(gap.area, gap.halvings < mostHalvings ? gap.halvings : Grid::closed);
     std::vector<Point> result;
     for (auto const& part : grid.open()) {
-        if (questions_ == mostQuestions) break;
+        isCutShort_ = questions_ == mostQuestions;
+        if (isCutShort_) break;
         ++questions_;
         asked_.push_back(part);
-        result.push_back(middle(part.area));
+        auto const point = middle(part.area);
+        result.push_back({point.x - offset(0), point.y - offset(1)});
     }
+    knownBefore_ = known_.size();
+    hasChanged_ = false;
     return result;
 }
 
+void AreaSearch::add(Extents const& part) {
+    if (added_.insert(part).second) known_.push_back(part);
+}
+
+void AreaSearch::learn(Point const& asked, Extents const& found) {
+    std::array const before{offset(0), offset(1)};
+    if (!offsets_) offsets_.emplace();
+    (*offsets_)[0].narrow(found.x - asked.x, found.x - asked.x + found.width - 1);
+    (*offsets_)[1].narrow(found.y - asked.y, found.y - asked.y + found.height - 1);
+    bool const isOther = before != std::array{offset(0), offset(1)};
+    if (isOther && changes_ < mostChanges) {
+        ++changes_;
+        hasChanged_ = true;
+    }
+}
+
+int AreaSearch::offset(std::size_t axis) const { return offsets_ ? (*offsets_)[axis].value() : 0; }
+
+/// What contradicts all before is believed: programs move while they are asked.
+void AreaSearch::Offset::narrow(int first, int last) {
+    bool const isNew = least > most || first > most || last < least;
+    least = isNew ? first : std::max(least, first);
+    most = isNew ? last : std::min(most, last);
+}
+
+/// None, if that can be.
+int AreaSearch::Offset::value() const {
+    return least > most || (least <= 0 && most >= 0) ? 0 : least + (most - least) / 2;
+}
+
+/// A part that something new lies in is divided by its edges, and asked for again like what is asked at a wrong point.
 void AreaSearch::noteGaps() {
     for (auto const& part : std::exchange(asked_, {})) {
         auto const point = middle(part.area);
         bool const isFound = std::ranges::any_of(known_, [&](Extents const& known) { return holds(known, point); });
-        if (!isFound) gaps_.push_back({.area = part.area, .halvings = part.halvings + 1});
+        bool const isDivided =
+            std::any_of(known_.begin() + static_cast<std::ptrdiff_t>(knownBefore_), known_.end(),
+                        [&](Extents const& known) { return !known.intersection(part.area).isEmpty(); });
+        if (!isFound && !isDivided && !hasChanged_) gaps_.push_back({.area = part.area, .halvings = part.halvings + 1});
     }
 }
 

@@ -24,6 +24,7 @@ std::string_view elementRole(Role role, States states) {
         if (!states.has(State::editable)) return "";
         return states.has(State::multiLine) ? "TextArea" : "TextField";
     case Role::entry: return states.has(State::multiLine) ? "TextArea" : "TextField";
+    case Role::documentText: return states.has(State::editable) ? "TextArea" : "";
     case Role::autocomplete:
     case Role::passwordText: return "TextField";
     case Role::slider: return "Slider";
@@ -38,14 +39,17 @@ std::string_view elementRole(Role role, States states) {
     }
 }
 
-bool isClickable(Role role) { return role == Role::text || !elementRole(role, States()).empty(); }
+bool isClickable(Role role) {
+    return role == Role::text || role == Role::documentText || !elementRole(role, States()).empty();
+}
 
 bool isLabel(Role role) {
     return role == Role::label || role == Role::staticText || role == Role::paragraph || role == Role::heading;
 }
 
 bool isField(Role role) {
-    return role == Role::text || role == Role::entry || role == Role::autocomplete || role == Role::passwordText;
+    return role == Role::text || role == Role::documentText || role == Role::entry || role == Role::autocomplete ||
+           role == Role::passwordText;
 }
 
 bool isRowOrCell(Role role) {

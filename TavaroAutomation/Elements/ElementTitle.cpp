@@ -90,10 +90,11 @@ bool isBullet(std::string_view title) {
 }
 
 std::string readableTitle(std::string_view name, Toolkit toolkit) {
-    // Of Qt's widgets the names are what they draw as rich text; others have markup in descriptions alone.
-    bool const isMarkup = toolkit == Toolkit::qt || name.starts_with('<');
+    auto const& habits = habitsOf(toolkit);
+    // Others have markup in descriptions alone.
+    bool const isMarkup = habits.saysNamesInMarkup || name.starts_with('<');
     auto title = onOneLine(isMarkup ? withoutMarkup(name) : std::string(name));
-    if (toolkit == Toolkit::gtk4) title = isClassName(title) ? "" : saidOnce(title);
+    if (habits.namesByClass) title = isClassName(title) ? "" : saidOnce(title);
     return shortened(std::move(title));
 }
 

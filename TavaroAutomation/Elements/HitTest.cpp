@@ -15,8 +15,6 @@ namespace {
 
 constexpr int mostLevels = 80;
 
-bool looksAsThePointerDoes(Toolkit toolkit) { return toolkit == Toolkit::gtk4 || isOfPages(toolkit); }
-
 /// One question after the other, each of which depends on the answer to the one before.
 class HitTest {
 public:
@@ -87,15 +85,15 @@ namespace {
 
 std::optional<Cover> coverNow(AccessibilityBus& bus, PlacedElement const& element, UIPoint const& point,
                               Deadline deadline, std::stop_token const& stop) {
+    auto const& habits = habitsOf(element.toolkit);
     // What is in a popup is over everything, and in a window of its own, about which the root knows nothing.
-    if (!looksAsThePointerDoes(element.toolkit) || element.isInPopup) return std::nullopt;
+    if (!habits.pointSeesWhatCovers || element.isInPopup) return std::nullopt;
     HitTest test(bus, deadline, stop);
     auto placement = element.placement;
-    // Chromium takes pixels here, though it scales the places of its own widgets.
-    if (element.toolkit == Toolkit::chromium) placement.scale = 1;
+    if (habits.hasPagesInPixels) placement.scale = 1;
     auto const place = placement.inProgram(point);
-    auto const hit = test.innermost(element.root, {static_cast<int>(std::lround(place.x)),
-                                                   static_cast<int>(std::lround(place.y)), originOf(element.toolkit)});
+    auto const hit = test.innermost(
+        element.root, {static_cast<int>(std::lround(place.x)), static_cast<int>(std::lround(place.y)), habits.origin});
     if (!hit || *hit == element.address) return std::nullopt;
     auto over = test.around(*hit, element.root);
     auto const wanted = test.around(element.address, element.root);
@@ -103,7 +101,7 @@ std::optional<Cover> coverNow(AccessibilityBus& bus, PlacedElement const& elemen
     bool const isInside = std::ranges::find(over, element.address) != over.end();
     if (isAround || isInside || test.isLate()) return std::nullopt;
     // Pages draw the label of a box over the box, and a click on it is one on the box.
-    if (isOfPages(element.toolkit) && test.hasLabel(over)) return std::nullopt;
+    if (habits.showsPages && test.hasLabel(over)) return std::nullopt;
     std::erase_if(over, [&](Address const& each) { return std::ranges::find(wanted, each) != wanted.end(); });
     auto title = test.titleOf(over, element.toolkit);
     return test.isLate() ? std::nullopt : std::optional(Cover{std::move(title)});
@@ -116,10 +114,11 @@ std::optional<Cover> coverOf(AccessibilityBus& bus, PlacedElement const& element
     using Clock = std::chrono::steady_clock;
     constexpr auto looking = std::chrono::milliseconds(150), pause = std::chrono::milliseconds(15);
     auto cover = coverNow(bus, element, point, deadline, stop);
-    // Chromium answers from what it drew before, and then looks: what is over an element stays there.
+    // What is over an element stays there.
     constexpr auto answering = std::chrono::milliseconds(40);
     auto const begin = Clock::now();
-    while (cover && element.toolkit == Toolkit::chromium && Clock::now() < begin + looking && !stop.stop_requested()) {
+    bool const mayBeOld = habitsOf(element.toolkit).answersFromOldPicture;
+    while (cover && mayBeOld && Clock::now() < begin + looking && !stop.stop_requested()) {
         std::this_thread::sleep_for(pause);
         cover = coverNow(bus, element, point, Clock::now() + answering, stop);
     }

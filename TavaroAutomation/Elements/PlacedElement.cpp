@@ -57,7 +57,7 @@ std::vector<std::optional<std::size_t>> matchWindows(AccessibleTree const& tree,
 Placement placementOf(Extents const& root, WindowFit const& fit, Toolkit toolkit, x11::OpenWindow const& window) {
     double const scale = fit.scale;
     bool const isThere = std::abs(root.x * scale - fit.rect.x) + std::abs(root.y * scale - fit.rect.y) <= 2 * rounding;
-    if (toolkit != Toolkit::gtk4 && (isThere || fit.difference > 2 * rounding)) return {.scale = scale};
+    if (!habitsOf(toolkit).countsFromShadow && (isThere || fit.difference > 2 * rounding)) return {.scale = scale};
     // The program does not know where its window is: what it says counts from inside of the margin for the shadow.
     auto const margin = [](double outer, double inner) { return std::max(outer - inner, 0.0) / 2; };
     double const left = margin(window.contents.width, root.width * scale);
@@ -87,7 +87,7 @@ bool isClipping(AccessibleNode const& node, Toolkit toolkit) {
     default: break;
     }
     bool const isLaidOut = !isClickable(node.role) && !isOfMenu(node.role) && node.role != Role::menuBar;
-    return isLaidOut && (toolkit == Toolkit::qt || toolkit == Toolkit::gtk4);
+    return isLaidOut && habitsOf(toolkit).cutsOffInEveryContainer;
 }
 
 Extents united(Extents const& a, Extents const& b) {
@@ -134,6 +134,7 @@ private:
         std::optional<UIRect> combo; // whose list the node is in, which shows in a window of its own
     };
 
+    ToolkitHabits const& habits() const { return habitsOf(tree_.toolkit); }
     AccessibleNode const& node(int index) const { return tree_.nodes[static_cast<std::size_t>(index)]; }
 
     void placeWindow(int root, std::size_t window) {
@@ -157,9 +158,8 @@ private:
         for (int const child : node(index).children) place(child, around);
     }
 
-    /// Chromium scales the places of its own widgets, but not those of what is on a page.
     bool isInPixels(AccessibleNode const& node) const {
-        return tree_.toolkit == Toolkit::chromium && node.role == Role::documentWeb;
+        return habits().hasPagesInPixels && node.role == Role::documentWeb;
     }
 
     /// Menus and lists open in windows of their own.
@@ -167,7 +167,7 @@ private:
         for (std::size_t i = 0; i < windows_.size(); ++i) {
             auto const& popup = windows_[i];
             if (!popup.isPopup || i == around.window) continue;
-            if (tree_.toolkit == Toolkit::gtk4) {
+            if (habits().countsFromShadow) {
                 // It places what is in a popup from the popup's corner, and gives no other hint of it than the size.
                 auto const fit = sizeDifference(node.extents, around.placement.scale, popup.contents);
                 if (windows_[around.window].isPopup || node.extents.isEmpty() || fit > 1) continue;
@@ -185,10 +185,9 @@ private:
         }
     }
 
-    /// Java places the items of an open menu as if it hung at another place, the menu itself rightly.
     void moveIntoMenu(int menu, Placement& placement) const {
         auto const& children = node(menu).children;
-        if (tree_.toolkit != Toolkit::other || children.empty()) return;
+        if (!habits().misplacesMenuItems || children.empty()) return;
         auto const all =
             std::accumulate(children.begin(), children.end(), node(children[0]).extents,
                             [this](Extents const& sum, int child) { return united(sum, node(child).extents); });
@@ -226,25 +225,25 @@ private:
                            .shownPart = isInside ? shown : view});
     }
 
-    /// These toolkits open every menu in a window of its own, and have no place for what is in one that is closed.
     bool isInClosedMenu(AccessibleNode const& node, Around const& around) const {
-        if ((tree_.toolkit != Toolkit::gtk3 && tree_.toolkit != Toolkit::qt) || node.parent < 0) return false;
+        if (!habits().opensMenusInWindows || node.parent < 0) return false;
         auto const parent = this->node(node.parent).role;
         return (parent == Role::menu || parent == Role::popupMenu) && !windows_[around.window].isPopup;
     }
 
-    /// LibreOffice does not say of rows and cells that they are sensitive, only that they are enabled.
+    /// LibreOffice does not say of documents, rows and cells that they are sensitive, only that they are enabled.
     static bool isEnabled(AccessibleNode const& node) {
-        return node.states.has(State::sensitive) || (isRowOrCell(node.role) && node.states.has(State::enabled));
+        bool const isOfDocument = isRowOrCell(node.role) || node.role == Role::documentText;
+        return node.states.has(State::sensitive) || (isOfDocument && node.states.has(State::enabled));
     }
 
-    /// Programs make some objects anew whenever they are asked for what is at a point, Qt those of its lists and tables
-    /// whenever it is asked: they are told apart by their titles, and where several have the same one, by which of them
-    /// it is.
+    /// What programs make anew is told apart by its place among the children, and where nobody says that, by its title,
+    /// and by which of those of that title it is.
     Address lastingAddress(AccessibleNode const& node, std::string_view role, std::string const& title) {
-        bool const isMadeAnew = node.isFoundByPoint || (tree_.toolkit == Toolkit::qt && isRowOrCell(node.role));
-        if (!isMadeAnew || node.parent < 0) return node.address;
+        bool const isAnew = habits().makesRowsAnew || (habits().makesCellsAnew && node.isOfCrowd);
+        if (!isAnew || !isRowOrCell(node.role) || node.parent < 0) return node.address;
         auto const& holder = this->node(node.parent).address;
+        if (node.place) return {holder.bus, fmt::format("{}/{}", holder.path, *node.place)};
         int const place = sameBefore_[{node.parent, std::string(role), title}]++;
         return {holder.bus, fmt::format("{}/{}", holder.path, place)};
     }

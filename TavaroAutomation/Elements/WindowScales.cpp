@@ -10,9 +10,6 @@ namespace {
 
 constexpr double smallest = 0.5, largest = 4;
 
-/// The room that GTK 4 leaves around a square window for its shadow would be taken for a scale.
-bool hasWholeScales(Toolkit toolkit) { return toolkit == Toolkit::gtk3 || toolkit == Toolkit::gtk4; }
-
 /// Of a window the program may mean its contents or its frame.
 std::array<UIRect, 2> meanings(x11::OpenWindow const& window) { return {window.contents, window.frame}; }
 
@@ -32,7 +29,7 @@ Extents windowExtents(AccessibleTree const& tree, AccessibleNode const& root) {
 
 WindowScales::WindowScales(AccessibleTree const& tree, std::vector<x11::OpenWindow> const& windows)
     : scales_{1, 1.25, 1.5, 1.75, 2, 3} {
-    if (hasWholeScales(tree.toolkit)) return;
+    if (habitsOf(tree.toolkit).hasWholeScales) return;
     for (auto const& node : tree.nodes) {
         if (node.parent < 0) addUnusual(windowExtents(tree, node), windows);
     }

@@ -2,11 +2,11 @@
 
 namespace tavaro {
 
-void GalleryTest::open(std::string const& gallery) {
+void GalleryTest::open(std::string const& gallery, std::string const& arguments) {
     if (auto const missing = TestDesktop::missing(); !missing.empty()) GTEST_SKIP() << missing << " is not installed";
     if (!TestDesktop::canRun(gallery)) GTEST_SKIP() << "Python has no " << gallery;
     desktop.emplace();
-    desktop->install(app, gallery);
+    desktop->install(app, gallery, arguments);
     automation.emplace(desktop->display());
     info = automation->openApp(app);
 }

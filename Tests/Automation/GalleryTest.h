@@ -16,7 +16,7 @@ namespace tavaro {
 class GalleryTest : public testing::Test {
 protected:
     /// Skips the test where the gallery cannot run here.
-    void open(std::string const& gallery);
+    void open(std::string const& gallery, std::string const& arguments = {});
 
     bool logsSoon(std::string const& line) const;
     /// By title.

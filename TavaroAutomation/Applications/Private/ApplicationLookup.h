@@ -9,6 +9,9 @@
 
 namespace tavaro {
 
+/// Whether both are one name to people: case does not count, nor how a character is encoded.
+bool isSameName(std::string_view a, std::string_view b);
+
 /// The installed application that a person means: by its id with or without ".desktop", its name, also in another
 /// language, the class of its windows, the last part of its id, its program, also by the path of that. Case does not
 /// count; what menus hide comes last. Of several with one name, the one that has a window open is meant, else the

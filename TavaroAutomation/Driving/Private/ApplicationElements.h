@@ -45,7 +45,7 @@ public:
         , display_(std::move(display)) {}
 
     /// By any of its names. Throws `AutomationError` where it has no window.
-    OpenApplication find(std::string const& app);
+    OpenApplication find(std::string const& app, std::stop_token const& stop = {});
     /// What its windows hold, two seconds at most. Throws `AutomationError` where programs cannot be asked.
     ApplicationListing list(OpenApplication const& application, std::stop_token const& stop);
 
@@ -59,7 +59,8 @@ private:
     atspi::AccessibilityBus& bus();
     std::vector<atspi::Address> programsOf(OpenApplication const& application, std::stop_token const& stop,
                                            atspi::Deadline deadline);
-    std::optional<OpenApplication> findByOwnName(std::string const& app, std::vector<x11::OpenWindow> const& windows);
+    std::optional<OpenApplication> findByOwnName(std::string const& app, std::vector<x11::OpenWindow> const& windows,
+                                                 std::stop_token const& stop);
 
     x11::Connection& connection_;
     std::string const display_;

@@ -41,6 +41,8 @@ public:
     void parent(Address const& of, Then<Address> then);
     void childCount(Address const& of, Then<int> then);
     void children(Address const& of, Then<std::vector<Address>> then);
+    void childAt(Address const& of, int place, Then<Address> then);
+    void placeInParent(Address const& of, Then<int> then);
     void extents(Address const& of, Origin origin, Then<Extents> then);
     /// What the object knows of itself at that place: the innermost widget, or the next one inwards.
     void atPoint(Address const& of, Place const& place, Then<Address> then);

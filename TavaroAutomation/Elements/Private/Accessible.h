@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <string>
 
@@ -25,6 +26,11 @@ struct Extents {
     int height = 0;
 
     bool isEmpty() const { return width <= 0 || height <= 0; }
+    Extents intersection(Extents const& other) const {
+        int const left = std::max(x, other.x), right = std::min(x + width, other.x + other.width);
+        int const top = std::max(y, other.y), bottom = std::min(y + height, other.y + other.height);
+        return {left, top, std::max(right - left, 0), std::max(bottom - top, 0)};
+    }
     auto operator<=>(Extents const&) const = default;
 };
 
@@ -88,6 +94,7 @@ enum class Role : std::uint32_t {
     link = 88,
     tableRow = 90,
     treeItem = 91,
+    documentText = 94,
     documentWeb = 95,
     listBox = 98,
     staticText = 116,
@@ -130,13 +137,5 @@ struct Widget {
     std::string name;
     int childCount = 0;
 };
-
-enum class Toolkit { gtk3, gtk4, qt, chromium, gecko, other };
-
-constexpr bool isOfPages(Toolkit toolkit) { return toolkit == Toolkit::chromium || toolkit == Toolkit::gecko; }
-
-/// GTK 4 knows of places in its windows only, and complains on the terminal of whoever asks for others. The window's
-/// places of Qt are wrong.
-constexpr Origin originOf(Toolkit toolkit) { return toolkit == Toolkit::gtk4 ? Origin::window : Origin::screen; }
 
 }

@@ -1,7 +1,10 @@
 #pragma once
 
 #include <TavaroAutomation/Elements/Private/AccessibilityBus.h>
+#include <TavaroAutomation/Elements/Private/Toolkit.h>
 
+#include <optional>
+#include <stop_token>
 #include <string>
 #include <vector>
 
@@ -18,7 +21,8 @@ struct AccessibleNode {
     std::string name;
     std::string title; // beside the name: of a label, the description, the placeholder
     bool isSearch = false;
-    bool isFoundByPoint = false; // its parent was not asked for its children
+    bool isOfCrowd = false;      // its parent was not asked for all its children
+    std::optional<int> place;    // among the children of its parent, where it is of a crowd and its program says it
     bool isScrolledAway = false; // the program says that it does not show, though it is laid out
     std::vector<int> children;
 };
@@ -27,13 +31,19 @@ struct AccessibleNode {
 struct AccessibleTree {
     Toolkit toolkit = Toolkit::other;
     std::vector<AccessibleNode> nodes;
-    bool isComplete = true;
+    bool isComplete = true; // all that shows, and what is scrolled away as far as its program lays it out
 };
 
-/// Walks the widgets below the program's root, level by level with many questions under way, and leaves out what does
-/// not show. It asks nobody for more children than a screen can show: a sheet says that it has two billion, and hangs
-/// when it is asked for them; of such it takes what lies under a grid of points. Nothing that was typed is read.
-AccessibleTree walkTree(AccessibilityBus& bus, Address const& program, Deadline deadline,
-                        std::stop_token const& stop = {});
+struct WalkLimits {
+    Deadline deadline;
+    std::stop_token stop;
+    std::optional<Extents> screen; // nothing beyond is looked for
+};
+
+/// Walks the widgets below the program's root, level by level with many questions under way: first what shows, then
+/// what is scrolled away; nothing that is closed. It asks nobody for more children than a screen can show: a sheet says
+/// that it has two billion, and hangs when it is asked for them; of such it takes what shows. What was typed is not
+/// read.
+AccessibleTree walkTree(AccessibilityBus& bus, Address const& program, WalkLimits const& limits);
 
 }

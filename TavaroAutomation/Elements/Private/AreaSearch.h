@@ -2,7 +2,10 @@
 
 #include <TavaroAutomation/Elements/Private/Accessible.h>
 
+#include <array>
 #include <cstddef>
+#include <optional>
+#include <set>
 #include <vector>
 
 namespace tavaro::atspi {
@@ -25,10 +28,16 @@ public:
 
     explicit AreaSearch(Extents const& area) : area_(area) {}
 
-    void add(Extents const& part) { known_.push_back(part); }
+    /// What is there. It may be added more than once.
+    void add(Extents const& part);
+    /// What a question at that point found. Where that does not lie there, the program is off in its points, and is
+    /// asked for others accordingly.
+    void learn(Point const& asked, Extents const& found);
     /// Where to ask now that what was found at the points before is added; nothing when all is known. Where nothing was
     /// found, it is asked for on a finer grid, a few times.
     std::vector<Point> next();
+    /// Whether there was more to ask than anybody could use.
+    bool isCutShort() const { return isCutShort_; }
 
 private:
     struct Part {
@@ -38,14 +47,30 @@ private:
 
     class Grid;
 
+    /// By how much answers are off, along one axis.
+    struct Offset {
+        int least = 1;
+        int most = 0; // less than the least: not known
+
+        void narrow(int first, int last);
+        int value() const;
+    };
+
     void noteGaps();
+    int offset(std::size_t axis) const;
     std::vector<int> edges(int Extents::*begin, int Extents::*length) const;
 
     Extents area_;
     std::vector<Extents> known_;
-    std::vector<Part> gaps_;  // parts with nothing in their middle
-    std::vector<Part> asked_; // for whose middles was asked last
+    std::set<Extents> added_;
+    std::size_t knownBefore_ = 0; // the questions that were asked last
+    std::vector<Part> gaps_;      // parts with nothing in their middle
+    std::vector<Part> asked_;     // for whose middles was asked last
     std::size_t questions_ = 0;
+    std::optional<std::array<Offset, 2>> offsets_; // x, y
+    int changes_ = 0;                              // of the offsets
+    bool hasChanged_ = false;                      // since the questions that were asked last
+    bool isCutShort_ = false;
 };
 
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <TavaroAutomation/Elements/Private/Accessible.h>
+#include <TavaroAutomation/Elements/Private/Toolkit.h>
 
 #include <string>
 #include <string_view>

@@ -4,8 +4,10 @@
 
 #include <chrono>
 #include <csignal>
+#include <fmt/format.h>
 #include <future>
 #include <gmock/gmock.h>
+#include <set>
 #include <thread>
 #include <xcb/xfixes.h>
 
@@ -75,8 +77,28 @@ TEST_F(GTK3Gallery, saysWhatCanBeClickedAndWhere) {
     EXPECT_FALSE(all.at("Disabled one").isEnabled);
     EXPECT_FALSE(all.at("Row 60").isVisible);
     EXPECT_FALSE(all.contains("Open…")) << "of a closed menu";
+}
+
+TEST_F(GalleryTest, whatIsInAContainerThatIsScrolledAwayIsToldApart) {
+    open("gtk3", "1000");
+    auto const all = automation->elements({.app = app, .query = "Button ", .limit = 2000});
+    EXPECT_EQ(all.count, 1000U);
+    EXPECT_TRUE(all.isComplete);
+    EXPECT_TRUE(all.elements.front().isVisible);
+    EXPECT_FALSE(all.elements.back().isVisible);
+}
+
+class Passwords : public GalleryTest, public testing::WithParamInterface<char const*> {};
+
+TEST_P(Passwords, areNeverRead) {
+    open(GetParam());
+    auto const all = elements();
+    ASSERT_TRUE(all.contains("Password"));
+    EXPECT_EQ(all.at("Password").role, "TextField");
     for (auto const& [title, element] : all) EXPECT_THAT(title, Not(HasSubstr("hunter2")));
 }
+
+INSTANTIATE_TEST_SUITE_P(InEachToolkit, Passwords, testing::Values("gtk3", "gtk4", "qt5"));
 
 TEST_F(GTK3Gallery, aLimitIsNotSilentAndLeavesOutWhatIsOutOfViewFirst) {
     auto const rows = automation->elements({.app = app, .query = "Row ", .limit = 1000});
@@ -262,6 +284,62 @@ TEST_F(GTK3Gallery, aProgramThatTellsNothingOfItsWidgetsIsASentenceAndWorkedByPo
     auto const picture = automation->screenshot({.app = "plain"});
     EXPECT_THAT(picture.caption, HasSubstr("Just pixels"));
     click({.point = UIPoint{picture.frame.x + 5, picture.frame.y + 5}});
+}
+
+/// A container with 2,500 lines, of which a dozen show.
+class LongGallery : public GalleryTest {
+protected:
+    /// The numbers of the lines that show, without a hole.
+    std::set<int> lines() {
+        auto const listing = automation->elements({.app = app, .query = "Line ", .limit = 1000});
+        EXPECT_TRUE(listing.isComplete);
+        std::set<int> numbers;
+        double top = 1e6, bottom = 0;
+        for (auto const& line : listing.elements) {
+            if (!line.isVisible) continue;
+            top = std::min(top, line.frame.y);
+            bottom = std::max(bottom, line.frame.y + line.frame.height);
+            numbers.insert(std::stoi(line.title.substr(std::string("Line ").size())));
+        }
+        EXPECT_GE(bottom - top, 200);
+        if (!numbers.empty()) {
+            EXPECT_EQ(static_cast<int>(numbers.size()), *numbers.rbegin() - *numbers.begin() + 1);
+        }
+        return numbers;
+    }
+
+    void expectLinesToBeFoundWhereverTheyAreScrolled() {
+        auto const first = lines();
+        ASSERT_TRUE(first.contains(1));
+        for (double const down : {437.0, 20'000.0}) {
+            automation->scroll({.target = {.app = app, .title = fmt::format("Line {}", *lines().rbegin() - 2)},
+                                .down = down,
+                                .glide = 0.05,
+                                .hold = 0.2});
+            auto const later = lines();
+            EXPECT_FALSE(later.contains(1));
+            EXPECT_LE(first.size(), later.size() + 3);
+        }
+    }
+};
+
+TEST_F(LongGallery, ofATableOfGTK3HasAllLinesThatShowAndTheHeading) {
+    open("gtk3", "2500 table");
+    EXPECT_TRUE(elements().at("Heading").isVisible);
+    expectLinesToBeFoundWhereverTheyAreScrolled();
+    EXPECT_TRUE(elements().at("Heading").isVisible);
+}
+
+TEST_F(LongGallery, ofAColumnOfGTK3HasAllLinesThatShow) {
+    open("gtk3", "2500 column");
+    expectLinesToBeFoundWhereverTheyAreScrolled();
+}
+
+TEST_F(LongGallery, ofAColumnOfGTK4HasAllLinesThatShow) {
+    open("gtk4", "2500 column");
+    expectLinesToBeFoundWhereverTheyAreScrolled();
+    clickTitle(fmt::format("Line {}", *lines().begin() + 2));
+    EXPECT_THAT(desktop->log(), HasSubstr("clicked Line "));
 }
 
 /// Whose toolkit knows places within its windows only.

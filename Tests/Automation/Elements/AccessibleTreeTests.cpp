@@ -27,6 +27,7 @@ using ::testing::ElementsAre;
 using ::testing::ElementsAreArray;
 using ::testing::Not;
 using ::testing::SizeIs;
+using ::testing::UnorderedElementsAre;
 using Clock = std::chrono::steady_clock;
 
 FakeWidget widget(Role role, std::string name, std::vector<int> children = {}) {
@@ -51,7 +52,7 @@ protected:
     }
     AccessibleTree walk(FakeProgram& program, Clock::duration patience = 2s) {
         auto const start = Clock::now();
-        auto tree = walkTree(*bus, program.root(), start + patience);
+        auto tree = walkTree(*bus, program.root(), {.deadline = start + patience, .stop = {}, .screen = {}});
         took = Clock::now() - start;
         return tree;
     }
@@ -90,6 +91,22 @@ TEST_F(AccessibleTreeTest, whatHasNoNameIsCalledByItsLabelElseByWhatIsSaidOfIt) 
     auto& program = start({widget(Role::application, "app", {1}), widget(Role::frame, "Window", {2, 3, 4}), labelled,
                            described, secret, widget(Role::label, "Name:")});
     EXPECT_THAT(names(walk(program)), ElementsAre("Window", "Name:", "Primary menu", ""));
+}
+
+TEST_F(AccessibleTreeTest, whatWasTypedIsAskedOfNobody) {
+    for (auto const* const toolkit : {"gtk", "GTK", "Qt", "Chromium", "Gecko", "J2SE-access-bridge"}) {
+        auto field = widget(Role::entry, "");
+        field.states.push_back(State::editable);
+        auto& program =
+            start({widget(Role::application, "app", {1}), widget(Role::frame, "Window", {2, 3, 4, 5, 6}),
+                   widget(Role::passwordText, ""), field, widget(Role::spinButton, ""),
+                   widget(Role::documentText, "Letter", {7}), widget(Role::slider, ""), widget(Role::paragraph, "")},
+                  toolkit);
+        walk(program);
+        for (int const each : {2, 3, 4, 5, 6, 7})
+            EXPECT_THAT(program.interfacesAsked(each), ElementsAre("Accessible", "Component")) << toolkit << each;
+        EXPECT_EQ(program.asked(2, "GetChildren"), 0) << toolkit;
+    }
 }
 
 TEST_F(AccessibleTreeTest, whatIsInARowThatShowsIsThereThoughGTK3SaysThatItDoesNotShow) {
@@ -234,6 +251,58 @@ TEST_F(AccessibleTreeTest, aHundredThousandRowsAreThoseThatShow) {
     EXPECT_TRUE(tree.isComplete);
 }
 
+TEST_F(AccessibleTreeTest, thousandsThatNoPointFindsAreFoundByTheirPlaces) {
+    std::deque<FakeWidget> widgets{widget(Role::application, "app", {1}), widget(Role::frame, "Window", {2}),
+                                   widget(Role::panel, "Long box")};
+    widgets[1].extents = {0, 0, 400, 300};
+    widgets[2].extents = {0, -25'000, 400, 85'000};
+    widgets[2].findsNoPoint = true;
+    for (int i = 0; i < 2500; ++i) {
+        auto row = widget(Role::pushButton, "Row " + std::to_string(i));
+        row.extents = {17, -25'000 + i * 34 + 5, 366, 24};
+        widgets[2].children.push_back(static_cast<int>(widgets.size()));
+        widgets.push_back(row);
+    }
+    auto const tree = walk(start(std::move(widgets), "GTK"));
+    EXPECT_THAT(names(tree), AllOf(Contains("Row 736"), Contains("Row 743"), Not(Contains("Row 745"))));
+    EXPECT_THAT(tree.nodes[1].children, SizeIs(9));
+    EXPECT_TRUE(tree.isComplete);
+}
+
+TEST_F(AccessibleTreeTest, whatIsBeyondTheScreenIsNotLookedFor) {
+    auto widgets = sheet(std::vector(40, 100), std::vector(40, 50)); // cells, the first row of one
+    auto& program = start(widgets);
+    auto const tree =
+        walkTree(*bus, program.root(), {.deadline = Clock::now() + 2s, .stop = {}, .screen = Extents{0, 0, 240, 130}});
+    EXPECT_THAT(names(tree), UnorderedElementsAre("Window", "", "00:00", "01:00", "01:01"));
+    EXPECT_TRUE(tree.isComplete);
+}
+
+TEST_F(AccessibleTreeTest, whatIsInAContainerThatIsScrolledAwayIsToldApart) {
+    auto const away = [](FakeWidget widget) {
+        widget.states = {State::visible, State::sensitive};
+        return widget;
+    };
+    auto neverLaidOut = away(widget(Role::panel, "", {9}));
+    neverLaidOut.extents = {0, 0, 1, 1};
+    std::deque<FakeWidget> widgets{widget(Role::application, "app", {1}),
+                                   widget(Role::frame, "Window", {2, 6}),
+                                   widget(Role::viewport, "", {3, 8}),
+                                   away(widget(Role::filler, "", {4, 5})),
+                                   away(widget(Role::pushButton, "Far down")),
+                                   hidden(widget(Role::pushButton, "Hidden")),
+                                   widget(Role::pageTab, "Shut", {7}),
+                                   away(widget(Role::filler, "", {4})),
+                                   neverLaidOut,
+                                   away(widget(Role::pushButton, "Folded"))};
+    for (auto const* const toolkit : {"gtk", "Chromium"}) {
+        widgets[2].role = std::string(toolkit) == "gtk" ? Role::viewport : Role::documentWeb;
+        auto const tree = walk(start(widgets, toolkit));
+        EXPECT_THAT(names(tree), ElementsAre("Window", "", "Shut", "", "Far down")) << toolkit;
+        EXPECT_TRUE(tree.nodes.back().isScrolledAway) << toolkit;
+    }
+}
+
 /// Lines of buttons, some of them closed, in panels.
 std::deque<FakeWidget> manyButtons(int lines, int inALine) {
     std::deque<FakeWidget> widgets{widget(Role::application, "app", {1}), widget(Role::frame, "Window")};
@@ -247,6 +316,20 @@ std::deque<FakeWidget> manyButtons(int lines, int inALine) {
         }
     }
     return widgets;
+}
+
+TEST_F(AccessibleTreeTest, whatShowsIsThereThoughThereIsNoTimeForWhatIsScrolledAway) {
+    auto widgets = manyButtons(40, 40);
+    for (std::size_t line = 0; line < widgets[1].children.size(); ++line) {
+        auto& panel = widgets[widgets[1].children[line]];
+        panel.extents.y = static_cast<int>(line) * 100; // the window is as high as one
+        for (int const button : panel.children) widgets[button].extents.y = panel.extents.y;
+    }
+    auto& away = widgets[widgets[widgets[1].children[1]].children[0]];
+    away.isSilent = true;
+    auto const tree = walk(start(widgets, "Qt"), 700ms);
+    EXPECT_FALSE(tree.isComplete);
+    EXPECT_THAT(names(tree), AllOf(Contains("Button 0.0"), Contains("Button 0.39")));
 }
 
 TEST_F(AccessibleTreeTest, aProgramThatSaysAllAtOnceIsReadAsOneThatDoesNot) {
@@ -321,7 +404,8 @@ TEST_F(AccessibleTreeTest, aStopIsSeenAtOnce) {
     std::stop_source stop;
     stop.request_stop();
     auto const start = Clock::now();
-    EXPECT_FALSE(walkTree(*bus, program.root(), start + 5s, stop.get_token()).isComplete);
+    EXPECT_FALSE(
+        walkTree(*bus, program.root(), {.deadline = start + 5s, .stop = stop.get_token(), .screen = {}}).isComplete);
     EXPECT_LT(Clock::now() - start, 200ms);
 }
 

@@ -2,6 +2,7 @@
 
 #include <TavaroPlatform/Queues/SerialQueue.h>
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <climits>
@@ -17,6 +18,7 @@ namespace tavaro {
 namespace {
 
 constexpr std::string_view prefix = "/org/a11y/atspi/accessible/";
+constexpr std::string_view nowhere = "/org/a11y/atspi/null";
 
 std::string pathOf(int widget) { return std::string(prefix) + (widget == 0 ? "root" : std::to_string(widget)); }
 
@@ -37,6 +39,7 @@ struct FakeProgram::State {
     std::atomic<bool> isHanging = false;
     std::mutex mutable mutex;
     std::map<std::pair<int, std::string>, int> asked;
+    std::map<int, std::set<std::string>> interfaces;
     int madeAnew = 0;
     std::mt19937 random{1};
     std::unique_ptr<SerialQueue> queue;
@@ -57,6 +60,7 @@ struct FakeProgram::State {
         if (it.isSilent || isHanging) return 1;
         std::string_view const member = sd_bus_message_get_member(message);
         count(widget, member);
+        noteInterface(widget, member == "Get" ? propertyOf(message).first : sd_bus_message_get_interface(message));
         sd_bus_message* reply = nullptr;
         sd_bus_message_new_method_return(message, &reply);
         if (it.talksNonsense)
@@ -119,9 +123,7 @@ struct FakeProgram::State {
     }
 
     void property(sd_bus_message* message, sd_bus_message* reply, FakeWidget const& it) {
-        char const *interface = nullptr, *key = nullptr;
-        sd_bus_message_read(message, "ss", &interface, &key);
-        std::string_view const name = key;
+        auto const name = propertyOf(message).second;
         if (name == "Name" && it.endsProgram) isOver = true;
         if (name == "ChildCount")
             sd_bus_message_append(reply, "v", "i", childCountOf(it));
@@ -144,6 +146,15 @@ struct FakeProgram::State {
             sd_bus_message_append(reply, "(iiii)", it.extents.x, it.extents.y, it.extents.width, it.extents.height);
         } else if (member == "GetChildren") {
             appendAll(reply, it.children);
+        } else if (member == "GetChildAtIndex") {
+            int place = -1;
+            sd_bus_message_read(message, "i", &place);
+            bool const isThere = place >= 0 && place < static_cast<int>(it.children.size());
+            auto const path = isThere ? pathAnew(it.children[place]) : std::string(nowhere);
+            sd_bus_message_append(reply, "(so)", name.c_str(), path.c_str());
+        } else if (member == "GetIndexInParent") {
+            auto const& siblings = widgets[parentOf(it)].children;
+            sd_bus_message_append(reply, "i", static_cast<int>(std::ranges::find(siblings, widget) - siblings.begin()));
         } else if (member == "GetAccessibleAtPoint") {
             int x = 0, y = 0;
             sd_bus_message_read(message, "ii", &x, &y);
@@ -169,12 +180,16 @@ struct FakeProgram::State {
     }
 
     std::string pathAt(FakeWidget const& it, int x, int y) {
+        if (it.findsNoPoint) return std::string(nowhere);
         bool const isGuess = widgets[0].guesses > 0 && widgets[0].guesses-- > 0;
         int found = childAt(it, x, y, isGuess ? Layer::lowest : Layer::top);
         for (int inner = found; inner >= 0 && toolkit == "GTK"; inner = childAt(widgets[inner], x, y)) found = inner;
-        if (found < 0) return "/org/a11y/atspi/null";
-        auto const path = pathOf(found);
-        return widgets[found].isMadeAnew ? path + "x" + std::to_string(++madeAnew) : path;
+        return found < 0 ? std::string(nowhere) : pathAnew(found);
+    }
+
+    std::string pathAnew(int widget) {
+        auto const path = pathOf(widget);
+        return widgets[widget].isMadeAnew ? path + "x" + std::to_string(++madeAnew) : path;
     }
 
     enum class Layer { top, lowest };
@@ -196,6 +211,18 @@ struct FakeProgram::State {
             }
         }
         return 0;
+    }
+
+    static std::pair<std::string, std::string> propertyOf(sd_bus_message* message) {
+        char const *interface = "", *key = "";
+        sd_bus_message_rewind(message, 1);
+        sd_bus_message_read(message, "ss", &interface, &key);
+        return {interface, key};
+    }
+
+    void noteInterface(int widget, std::string const& interface) {
+        std::lock_guard const lock(mutex);
+        interfaces[widget].insert(interface.substr(interface.rfind('.') + 1));
     }
 
     void count(int widget, std::string_view question) {
@@ -243,6 +270,12 @@ int FakeProgram::asked(int widget, std::string const& question) const {
     std::lock_guard const lock(state_->mutex);
     auto const found = state_->asked.find({widget, question});
     return found == state_->asked.end() ? 0 : found->second;
+}
+
+std::set<std::string> FakeProgram::interfacesAsked(int widget) const {
+    std::lock_guard const lock(state_->mutex);
+    auto const found = state_->interfaces.find(widget);
+    return found == state_->interfaces.end() ? std::set<std::string>() : found->second;
 }
 
 }

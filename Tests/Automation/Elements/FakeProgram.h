@@ -6,6 +6,7 @@
 
 #include <deque>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -26,6 +27,7 @@ struct FakeWidget {
     bool talksNonsense = false; // answers with values of any type but the right one, or with none
     int guesses = 0;            // as the program itself: how often it answers with what lies lowest at a point
     bool saysAllAtOnce = false; // as the program itself
+    bool findsNoPoint = false;  // has nothing at any point
     bool isMadeAnew = false;    // has another object each time that it is found by a point
 };
 
@@ -45,6 +47,8 @@ public:
     void hang(bool isHanging);
     /// How often a widget was asked that: "GetChildren", "GetAccessibleAtPoint".
     int asked(int widget, std::string const& question) const;
+    /// Of which interfaces: "Accessible", "Text".
+    std::set<std::string> interfacesAsked(int widget) const;
 
 private:
     struct State;

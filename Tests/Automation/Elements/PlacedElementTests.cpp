@@ -303,7 +303,7 @@ TEST(PlacedElement, anIdLastsThoughItsObjectIsMadeAnew) {
         auto const table = tree.add(frame, Role::table, "", {0, 0, 400, 300});
         for (auto const* const name : {"A1", "B1", "A1"}) {
             auto const cell = tree.add(table, Role::tableCell, name, {0, 0, 90, 20});
-            tree.tree.nodes[cell].isFoundByPoint = toolkit != Toolkit::qt; // which makes all cells anew
+            tree.tree.nodes[cell].isOfCrowd = toolkit != Toolkit::qt; // which makes all cells anew
             tree.tree.nodes[cell].address.path += generation;
         }
         std::set<std::string> result;

@@ -126,8 +126,29 @@ def buttons(count):
     return scrolled
 
 
+def table(count):
+    store = Gtk.ListStore(str)
+    for number in range(1, count + 1):
+        store.append([f"Line {number}"])
+    view = Gtk.TreeView(model=store)
+    view.append_column(Gtk.TreeViewColumn("Heading", Gtk.CellRendererText(), text=0))
+    scrolled = Gtk.ScrolledWindow(min_content_height=240)
+    scrolled.add(view)
+    return scrolled
+
+
+def column(count):
+    box = Gtk.Box(orientation=Gtk.Orientation.VERTICAL)
+    for number in range(1, count + 1):
+        box.add(button(f"Line {number}"))
+    scrolled = Gtk.ScrolledWindow(min_content_height=240)
+    scrolled.add(box)
+    return scrolled
+
+
 def main():
     count = int(sys.argv[1]) if len(sys.argv) > 1 else 0
+    many = {"table": table, "column": column}.get(sys.argv[2], buttons) if len(sys.argv) > 2 else buttons
     window = Gtk.Window(title="Gallery of GTK 3")
     window.set_default_size(700, 480)
     window.connect("destroy", Gtk.main_quit)
@@ -140,7 +161,7 @@ def main():
     freeze = button("Freeze", lambda _: GLib.timeout_add(50, hang))
     for each in (button("Save"), button("Save As…"), button("Café"), ask_first, off, freeze, button("Toast", toast)):
         line.pack_start(each, False, False, 0)
-    for each in (menus(), line, later(line), fields(), choices(), rows()) + ((buttons(count),) if count else ()):
+    for each in (menus(), line, later(line), fields(), choices(), rows()) + ((many(count),) if count else ()):
         box.pack_start(each, False, False, 0)
     window.add(box)
     window.show_all()

@@ -60,6 +60,13 @@ def buttons(count):
     return Gtk.ScrolledWindow(child=lines, min_content_height=100)
 
 
+def column(count):
+    box = Gtk.Box(orientation=Gtk.Orientation.VERTICAL)
+    for number in range(1, count + 1):
+        box.append(button(f"Line {number}"))
+    return Gtk.ScrolledWindow(child=box, min_content_height=240)
+
+
 def activate(application):
     window = Gtk.ApplicationWindow(application=application, title="Gallery of GTK 4")
     window.set_default_size(600, 420)
@@ -71,14 +78,16 @@ def activate(application):
     entry.connect("changed", lambda it: tell("typed", it.get_text()))
     check = Gtk.CheckButton(label="Bold")
     check.connect("toggled", lambda it: tell("bold", it.get_active()))
+    secret = Gtk.PasswordEntry(text="hunter2", placeholder_text="Password")
     overlay = Gtk.Overlay(child=box)
-    for each in (button("Save"), button("_Inform"), off, menu_button(application), notice_over(overlay), check, entry):
+    for each in (button("Save"), button("_Inform"), off, menu_button(application), notice_over(overlay), check, entry, secret):
         line.append(each)
     box.append(line)
     box.append(rows())
     count = int(sys.argv[1]) if len(sys.argv) > 1 else 0
     if count:
-        box.append(buttons(count))
+        many = column if sys.argv[2:] == ["column"] else buttons
+        box.append(many(count))
     window.set_child(overlay)
     window.present()
     tell("ready")

@@ -45,6 +45,9 @@ def widgets():
     field = QLineEdit()
     field.setPlaceholderText("Search notes")
     field.textChanged.connect(lambda text: tell("typed", text))
+    secret = QLineEdit("hunter2")
+    secret.setEchoMode(QLineEdit.Password)
+    secret.setPlaceholderText("Password")
     sizes = QComboBox()
     sizes.addItems(["Small", "Medium", "Large"])
     sizes.currentTextChanged.connect(lambda text: tell("size", text))
@@ -56,7 +59,7 @@ def widgets():
     tabs.addTab(button("On the second"), "Second")
     off = button("Disabled one")
     off.setEnabled(False)
-    return button("Save"), button("Save As…"), off, check, field, sizes, rows, tabs
+    return button("Save"), button("Save As…"), off, check, field, secret, sizes, rows, tabs
 
 
 def main():
