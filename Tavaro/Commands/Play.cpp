@@ -105,7 +105,7 @@ ToolScript readScript(Options const& options) {
     return script;
 }
 
-/// A line for each step, which stays.
+/// A line for each step, which stays. What is said on the way is overwritten by it, so it is for terminals.
 class StepLines {
 public:
     StepLines(ToolScript const& script, ProgressLine::Output output) : script_(script), output_(output) {}
@@ -113,13 +113,12 @@ public:
     void begin(std::size_t index) {
         auto const& step = script_.steps[index];
         if (!step.say.empty() && output_ != ProgressLine::Output::silent) terminal::tell("{}\n", step.say);
-        title_ = fmt::format("{}/{} {}", index + 1, script_.steps.size(),
-                             step.tool ? nameOf(*step.tool) : std::string_view("wait"));
+        title_ = script_.titleOf(index);
         line_.emplace("", output_);
         line_->stage(title_);
     }
     void progress(double fraction, std::string const& message) {
-        line_->text(fmt::format("{:.0f} % {}", 100 * fraction, excerpt(message)));
+        if (isTerminal_) line_->text(fmt::format("{:.0f} % {}", 100 * fraction, excerpt(message)));
     }
     void end(PlayedStep const& step) {
         constexpr std::size_t longest = 160;
@@ -131,6 +130,7 @@ public:
 private:
     ToolScript const& script_;
     ProgressLine::Output const output_;
+    bool const isTerminal_ = ::isatty(STDERR_FILENO) == 1;
     std::string title_;
     std::optional<ProgressLine> line_; // of the step that is played
 };

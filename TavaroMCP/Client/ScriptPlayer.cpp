@@ -39,8 +39,6 @@ std::optional<Data> pictureOf(JSONValue const& result) {
     return bytes ? Data::fromBase64(*bytes) : std::nullopt;
 }
 
-std::string nameOf(ScriptStep const& step) { return step.tool ? std::string(tavaro::nameOf(*step.tool)) : "wait"; }
-
 }
 
 std::vector<PlayedStep> ScriptPlayer::play(ToolScript const& script) {
@@ -48,8 +46,7 @@ std::vector<PlayedStep> ScriptPlayer::play(ToolScript const& script) {
     try {
         for (std::size_t i = 0; i < script.steps.size(); ++i) played.push_back(play(script, i));
     } catch (Error const& error) {
-        throw Error(fmt::format("steps[{}], {}: {}{}", played.size(), nameOf(script.steps[played.size()]), error.what(),
-                                endRecording()));
+        throw Error(fmt::format("{}: {}{}", script.titleOf(played.size()), error.what(), endRecording()));
     }
     if (auto const ended = endRecording(); !ended.empty())
         throw Error("The script ended without stop_recording." + ended);
@@ -58,7 +55,7 @@ std::vector<PlayedStep> ScriptPlayer::play(ToolScript const& script) {
 
 PlayedStep ScriptPlayer::play(ToolScript const& script, std::size_t index) {
     auto const& step = script.steps[index];
-    PlayedStep played{.tool = nameOf(step)};
+    PlayedStep played{.tool = step.name()};
     auto const begun = Clock::now();
     if (watch_.begins) watch_.begins(index);
     if (step.tool) {

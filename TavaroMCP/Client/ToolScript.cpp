@@ -196,9 +196,13 @@ ToolScript ToolScript::parse(std::string_view text) {
 
 JSONValue::Object ToolScript::arguments(std::size_t step, Results const& results) const {
     auto const value =
-        withTexts(steps[step].arguments, inside(inside("steps", step), "arguments"),
+        withTexts(steps[step].arguments, "arguments",
                   [&](std::string const& path, std::string const& text) { return meaning(path, text, results); });
     return *value.as<JSONValue::Object>();
+}
+
+std::string ToolScript::titleOf(std::size_t step) const {
+    return fmt::format("{}/{} {}", step + 1, steps.size(), steps[step].name());
 }
 
 bool ToolScript::uses(MCPToolName tool) const {

@@ -27,6 +27,8 @@ struct ScriptStep {
     std::string say;                 // for who watches; may be empty, as the next two
     std::string as;                  // what later steps call the result
     std::string save;                // the file that the result's picture becomes
+
+    std::string name() const { return tool ? std::string(nameOf(*tool)) : "wait"; }
 };
 
 /// A list of tool calls, as JSON that a person can write:
@@ -52,9 +54,12 @@ struct ToolScript {
 
     /// Results by the names that steps gave them.
     using Results = std::map<std::string, JSONValue, std::less<>>;
-    /// The step's arguments with what its references mean. Throws `ScriptError` where a result has no such member.
+    /// The step's arguments with what its references mean. Throws `ScriptError` with the path in them where a result
+    /// has no such member.
     JSONValue::Object arguments(std::size_t step, Results const& results) const;
 
+    /// As people who watch it count steps: "3/5 ui_click".
+    std::string titleOf(std::size_t step) const;
     bool uses(MCPToolName tool) const;
 };
 

@@ -45,11 +45,9 @@ TestDisplay::~TestDisplay() { kill(); }
 
 void TestDisplay::kill() {
     if (process_ <= 0) return;
-    ::kill(process_, SIGKILL);
+    // It takes its lock and its socket away itself. Removed by somebody else, they could already be another server's.
+    ::kill(process_, SIGTERM);
     waitpid(process_, nullptr, 0);
-    std::string const lock = "/tmp/.X" + name_.substr(1) + "-lock"; // a killed server leaves these behind
-    unlink(lock.c_str());
-    unlink(("/tmp/.X11-unix/X" + name_.substr(1)).c_str());
     process_ = -1;
 }
 

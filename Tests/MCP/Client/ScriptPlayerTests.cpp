@@ -99,18 +99,17 @@ TEST_F(ScriptPlayerTest, callsComeInTheirOrderWithWhatEarlierOnesGave) {
 TEST_F(ScriptPlayerTest, theFirstFailureEndsItAndThrowsItsRecordingAway) {
     application.busy = "ui_click";
     auto const click = std::string(R"({"tool": "ui_click"}, {"tool": "status"})");
-    EXPECT_EQ(failureOf(start + ", " + click), "steps[1], ui_click: It is busy. The recording was thrown away.");
+    EXPECT_EQ(failureOf(start + ", " + click), "2/3 ui_click: It is busy. The recording was thrown away.");
     EXPECT_THAT(application.noted().back(), HasSubstr("Ann cancel_recording"));
-    EXPECT_EQ(failureOf(start + ", " + stop + ", " + click), "steps[2], ui_click: It is busy.")
-        << "what is saved stays";
+    EXPECT_EQ(failureOf(start + ", " + stop + ", " + click), "3/4 ui_click: It is busy.") << "what is saved stays";
     EXPECT_EQ(failureOf(start), "The script ended without stop_recording. The recording was thrown away.");
     EXPECT_THAT(failureOf(start + ", " + stop + R"(, {"tool": "status", "arguments": {"x": "${take.nothing}"}})"),
-                HasSubstr("steps[2], status: steps[2].arguments.x: the result has no member “nothing”"));
+                HasSubstr("3/3 status: arguments.x: the result has no member “nothing”"));
 }
 
 TEST_F(ScriptPlayerTest, aRecordingOfSomebodyElseIsLeftAlone) {
     application.busy = "start_recording";
-    EXPECT_EQ(failureOf(start), "steps[0], start_recording: It is busy.");
+    EXPECT_EQ(failureOf(start), "1/1 start_recording: It is busy.");
     EXPECT_EQ(application.noted().size(), 1u);
 }
 
@@ -132,9 +131,9 @@ TEST_F(ScriptPlayerTest, picturesAreSavedAndNothingIsOverwritten) {
     auto const frame = R"({"tool": "render_frame", "save": ")" + file + "\"}";
     play(frame);
     EXPECT_EQ(readWholeFile(file), std::string("\x01\x02\xff"));
-    EXPECT_THAT(failureOf(frame), HasSubstr("steps[0], render_frame: Could not write “" + file));
+    EXPECT_THAT(failureOf(frame), HasSubstr("1/1 render_frame: Could not write “" + file));
     EXPECT_EQ(failureOf(R"({"tool": "status", "save": "x.png"})"),
-              "steps[0], status: The result has no picture that could be saved.");
+              "1/1 status: The result has no picture that could be saved.");
 }
 
 TEST_F(ScriptPlayerTest, aServerWhoseLineDoesNotEndIsNotWaitedFor) {
@@ -151,7 +150,7 @@ TEST_F(ScriptPlayerTest, aServerThatIsNoneIsASentence) {
         server = program;
         auto const begun = std::chrono::steady_clock::now();
         isCancelled = [&] { return std::chrono::steady_clock::now() - begun > std::chrono::seconds(2); };
-        EXPECT_THAT(failureOf(R"({"tool": "status"})"), testing::StartsWith("steps[0], status: ")) << program;
+        EXPECT_THAT(failureOf(R"({"tool": "status"})"), testing::StartsWith("1/1 status: ")) << program;
         EXPECT_TRUE(application.noted().empty());
     }
 }
