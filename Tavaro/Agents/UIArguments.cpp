@@ -20,7 +20,7 @@ std::optional<UIPoint> point(ToolArguments const& arguments) {
     return x ? std::optional(UIPoint{*x, *y}) : std::nullopt;
 }
 
-/// The point is read last.
+/// Without the point, whose faults are told of after those of all else.
 UITarget target(ToolArguments const& arguments) {
     return {.app = arguments.text("app").value_or(""),
             .title = arguments.text("title").value_or(""),

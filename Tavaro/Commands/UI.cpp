@@ -169,8 +169,8 @@ void addScroll(CLI::App& ui) {
         auto const wanted = request(uiArguments::scroll, *options);
         auto const report =
             interruptibly([&](auto& automation, auto const& stop) { return automation.scroll(wanted, stop); });
-        terminal::say("Scrolled {:g} down, {:g} right{}.\n", report.wentDown, report.wentRight,
-                      report.isAtEnd ? ", as far as it goes" : "");
+        terminal::say("Scrolled {:g} down, {:g} right{}{}.\n", report.wentDown, report.wentRight,
+                      report.isSeen ? "" : ", reckoned by the wheel", report.isAtEnd ? ", as far as it goes" : "");
     });
 }
 

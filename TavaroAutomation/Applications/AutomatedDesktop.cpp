@@ -30,6 +30,10 @@ Connection automatedDesktop(std::string const& display) {
     }
 }
 
+void expectAlive(Connection const& connection) {
+    if (!connection.isAlive()) throw AutomationError(AutomationError::Kind::failed, "The display went away.");
+}
+
 void refuseDesktop(std::string const& reason) {
     throw AutomationError(AutomationError::Kind::noDisplay,
                           "Other applications cannot be clicked, typed into or pictured here: " + reason);

@@ -216,6 +216,12 @@ UIPoint TargetSearch::placeOf(FoundTarget& target, std::stop_token const& stop) 
     return {now.frame.x + point.x - before.x, now.frame.y + point.y - before.y};
 }
 
+std::optional<UIPoint> TargetSearch::cornerOf(FoundTarget const& target, std::stop_token const& stop) {
+    auto const now = applications_.placeOf(target.placed, stop);
+    if (now.presence != ElementPlace::Presence::there) return std::nullopt;
+    return UIPoint{now.frame.x, now.frame.y};
+}
+
 /// Programs make some of their widgets anew. What only resembles the target was not meant.
 FoundTarget TargetSearch::foundAgain(FoundTarget const& target, std::stop_token const& stop) {
     auto again = find(target.wanted, target.purpose, stop);

@@ -2,11 +2,11 @@
 
 #include <TavaroAutomation/Applications/Private/ApplicationStart.h>
 #include <TavaroAutomation/Applications/Private/AutomatedDesktop.h>
-#include <TavaroAutomation/Applications/Private/WindowControl.h>
 #include <TavaroAutomation/Driving/Private/ApplicationElements.h>
 #include <TavaroAutomation/Driving/Private/TargetSearch.h>
 #include <TavaroAutomation/Elements/Private/UIMatch.h>
 #include <TavaroAutomation/Errors/AutomationError.h>
+#include <TavaroAutomation/Input/Private/FakeInput.h>
 #include <TavaroAutomation/Input/Private/Pointer.h>
 #include <TavaroAutomation/Input/Private/Typist.h>
 #include <TavaroAutomation/Pictures/Private/UIScreenshot.h>
@@ -27,7 +27,7 @@ using Clock = std::chrono::steady_clock;
 /// Time for people to see what came of it.
 void hold(double seconds, std::stop_token const& stop) {
     auto const end = Clock::now() + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(seconds));
-    x11::waitUntil(end, stop, [] { return false; });
+    x11::restUntil(end, stop);
 }
 
 }
@@ -43,18 +43,23 @@ struct UIAutomation::State {
         return *pointer_;
     }
 
-    /// Moves the pointer onto the target, and says where it is then.
-    UIActionReport glideTo(UITarget const& target, Purpose purpose, double seconds, std::stop_token const& stop) {
+    /// Where the pointer is, and on what where that was asked for.
+    struct Reached {
+        UIActionReport report;
+        std::optional<FoundTarget> target;
+    };
+    Reached glideTo(UITarget const& target, Purpose purpose, double seconds, std::stop_token const& stop) {
         if (!target.isElement()) {
             if (target.point) pointer().glide(*target.point, seconds, stop);
-            return {.point = pointer().position()};
+            return {.report = {.point = pointer().position()}};
         }
         auto found = search.find(target, purpose, stop);
         pointer().glide(found.point(), seconds, stop, [&] { return search.placeOf(found, stop); });
         auto const point = pointer().position();
         search.expectWindowUnderPointer(found, stop);
         if (purpose == Purpose::click) search.expectNotCovered(found, point, stop);
-        return {.point = point, .element = found.placed.element};
+        UIActionReport const report{.point = point, .element = found.placed.element};
+        return {.report = report, .target = std::move(found)};
     }
 
     std::string display;
@@ -85,15 +90,18 @@ UIElementListing UIAutomation::elements(UIElementsRequest const& request, std::s
 }
 
 UIActionReport UIAutomation::click(UIClickRequest const& request, std::stop_token const& stop) {
-    auto const report = state_->glideTo(request.target, Purpose::click, request.glide, stop);
+    auto const report = state_->glideTo(request.target, Purpose::click, request.glide, stop).report;
     state_->pointer().click(request.button, request.count, stop);
     hold(request.hold, stop);
     return report;
 }
 
 UIActionReport UIAutomation::scroll(UIScrollRequest const& request, std::stop_token const& stop) {
-    auto report = state_->glideTo(request.target, Purpose::scroll, request.glide, stop);
-    auto const scrolled = state_->pointer().scroll({.down = request.down, .right = request.right}, stop);
+    auto reached = state_->glideTo(request.target, Purpose::scroll, request.glide, stop);
+    auto& report = reached.report;
+    PlaceOfTarget place;
+    if (reached.target) place = [&] { return state_->search.cornerOf(*reached.target, stop); };
+    auto const scrolled = state_->pointer().scroll({.down = request.down, .right = request.right}, stop, place);
     report.wentDown = scrolled.went.down;
     report.wentRight = scrolled.went.right;
     report.isAtEnd = scrolled.isAtEnd;

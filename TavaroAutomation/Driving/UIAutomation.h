@@ -12,8 +12,9 @@ namespace tavaro {
 /// Looks at other applications and works them as a person would, with the real pointer and keyboard.
 ///
 /// Every call blocks until it is done, so agents' calls run on a queue of their own: one thread at a time. A stop that
-/// is requested ends a call within 50 ms, in the middle of a glide too, and leaves nothing pressed. All throw
-/// `AutomationError`. Programs get two seconds to answer, so that one that hangs costs no more.
+/// is requested ends all input within 50 ms, in the middle of a glide too, and leaves nothing pressed; the call itself
+/// may end up to a second later, when it has to give keys back that it made to mean what the layout lacks. All throw
+/// `AutomationError`. A listing gives programs two seconds to answer, so that one that hangs costs no more.
 class UIAutomation {
 public:
     /// `display` as in `$DISPLAY`, which an empty one means. Throws where there is no X11 desktop.

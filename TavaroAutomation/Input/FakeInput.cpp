@@ -87,7 +87,7 @@ PointerState PointerQuery::answer() {
     return {{pointer->root_x, pointer->root_y}, (pointer->mask & buttons) != 0};
 }
 
-FakeInput::FakeInput(std::string const& display) : connection_(automatedDesktop(display)) {
+FakeInput::FakeInput(std::string const& display) : display_(display), connection_(automatedDesktop(display)) {
     if (isInsideWayland(connection_)) refuseWayland();
     auto const version =
         connection_.extension(xcb_test_id)
@@ -118,12 +118,8 @@ void FakeInput::send(std::uint8_t type, std::uint8_t code, PixelPoint at) {
                         static_cast<std::int16_t>(at.x), static_cast<std::int16_t>(at.y), 0);
 }
 
-void FakeInput::expectAlive() const {
-    if (!connection_.isAlive()) throw AutomationError(AutomationError::Kind::failed, "The display went away.");
-}
-
 void FakeInput::tap(Device device, std::uint8_t code, std::vector<std::uint8_t> const& modifiers) {
-    expectAlive();
+    expectAlive(connection_);
     for (auto const modifier : modifiers) send(XCB_KEY_PRESS, modifier);
     send(pressOf(device), code);
     send(releaseOf(device), code);
@@ -132,7 +128,7 @@ void FakeInput::tap(Device device, std::uint8_t code, std::vector<std::uint8_t> 
 }
 
 void FakeInput::touchKeyboard() {
-    expectAlive();
+    expectAlive(connection_);
     // No keyboard has a key there, and what is not pressed is not released; the server notes who was asked to.
     send(XCB_KEY_RELEASE, xcb_get_setup(connection_.get())->max_keycode);
     connection_.synchronize();
@@ -142,7 +138,7 @@ FakeInput::Held::Held(FakeInput& input, Device device, std::uint8_t code)
     : input_(&input)
     , device_(device)
     , code_(code) {
-    input.expectAlive();
+    expectAlive(input.connection_);
     input.send(pressOf(device), code);
     xcb_flush(input.connection_.get());
 }

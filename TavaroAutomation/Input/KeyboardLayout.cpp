@@ -1,5 +1,6 @@
 #include <TavaroAutomation/Input/Private/KeyboardLayout.h>
 
+#include <TavaroAutomation/Applications/Private/AutomatedDesktop.h>
 #include <TavaroAutomation/Errors/AutomationError.h>
 
 #include <array>
@@ -26,7 +27,8 @@ struct FreeContext {
     void operator()(xkb_context* context) const { xkb_context_unref(context); }
 };
 
-[[noreturn]] void refuseKeyboard() {
+[[noreturn]] void refuseKeyboard(Connection const& connection) {
+    expectAlive(connection);
     throw AutomationError(AutomationError::Kind::failed,
                           "Keys cannot be typed: the X server tells nothing of its keyboard.");
 }
@@ -46,7 +48,7 @@ struct KeyboardLayout::Level {
 void KeyboardLayout::FreeKeymap::operator()(xkb_keymap* keymap) const { xkb_keymap_unref(keymap); }
 
 KeyboardWatch::KeyboardWatch(Connection& connection) : connection_(connection) {
-    if (!connection.extension(xcb_xkb_id)) refuseKeyboard();
+    if (!connection.extension(xcb_xkb_id)) refuseKeyboard(connection);
     // The server answers only clients that have said so.
     connection.ask<xcb_xkb_use_extension, xcb_xkb_use_extension_reply>(std::uint16_t{XCB_XKB_MAJOR_VERSION},
                                                                        std::uint16_t{XCB_XKB_MINOR_VERSION});
@@ -54,7 +56,7 @@ KeyboardWatch::KeyboardWatch(Connection& connection) : connection_(connection) {
 
 KeyboardState KeyboardWatch::now() {
     auto const state = connection_.ask<xcb_xkb_get_state, xcb_xkb_get_state_reply>(coreKeyboard);
-    if (!state) refuseKeyboard();
+    if (!state) refuseKeyboard(connection_);
     return {.held = state->baseMods, .isCapsLocked = (state->lockedMods & lock) != 0, .group = state->group};
 }
 
@@ -74,7 +76,7 @@ KeyboardChanges::KeyboardChanges(Connection& connection, std::set<std::uint8_t> 
     : connection_(connection)
     , without_(without) {
     auto const* const extension = connection.extension(xcb_xkb_id);
-    if (!extension) refuseKeyboard();
+    if (!extension) refuseKeyboard(connection);
     ownEvents_ = extension->first_event;
     constexpr std::uint16_t events = XCB_XKB_EVENT_TYPE_NEW_KEYBOARD_NOTIFY | XCB_XKB_EVENT_TYPE_MAP_NOTIFY;
     constexpr std::uint16_t parts = XCB_XKB_MAP_PART_KEY_TYPES | XCB_XKB_MAP_PART_KEY_SYMS;
@@ -109,7 +111,7 @@ KeyboardLayout::KeyboardLayout(FakeInput& input, std::uint8_t group) : group_(gr
         keymap_.reset(xkb_x11_keymap_new_from_device(context.get(), connection.get(),
                                                      own ? own : xkb_x11_get_core_keyboard_device_id(connection.get()),
                                                      XKB_KEYMAP_COMPILE_NO_FLAGS));
-    if (!keymap_) refuseKeyboard();
+    if (!keymap_) refuseKeyboard(connection);
 }
 
 KeyboardLayout::~KeyboardLayout() = default;

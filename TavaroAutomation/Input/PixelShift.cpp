@@ -10,6 +10,8 @@ namespace {
 constexpr int bandWidth = 40;      // pixels: a word of text
 constexpr int fewestVotes = 6;     // of cells, for one shift
 constexpr double leastShare = 0.6; // of all votes
+constexpr int nearby = 120;        // lines
+constexpr int fewestCells = 30;    // of content: a word has about 12 in each of its bands
 
 constexpr std::uint32_t colors = 0xffffff;
 
@@ -81,12 +83,29 @@ std::optional<int> PictureLines::movedSince(PictureLines const& before, int sign
     return isClear && best->first > 0 ? std::optional(best->first) : std::nullopt;
 }
 
-double PictureLines::changedShare(PictureLines const& before, int across) const {
+std::pair<int, int> PictureLines::bandsAt(int across) const {
     constexpr int around = 2;
-    if (cells_.size() != before.cells_.size() || across_ == 0) return 1;
     int const middle = std::clamp(across, 0, across_ - 1) * bands_ / across_;
-    auto const begin = static_cast<std::size_t>(std::max(0, middle - around)) * lines_;
-    auto const end = static_cast<std::size_t>(std::min(bands_, middle + around + 1)) * lines_;
+    return {std::max(0, middle - around), std::min(bands_, middle + around + 1)};
+}
+
+bool PictureLines::hasContentAt(int across, int line) const {
+    if (across_ == 0) return false;
+    auto const bands = bandsAt(across);
+    int const begin = std::max(0, line - nearby), end = std::min(lines_, line + nearby);
+    int content = 0;
+    for (int band = bands.first; band < bands.second; ++band) {
+        auto const first = cells_.begin() + static_cast<std::ptrdiff_t>(band) * lines_;
+        content += static_cast<int>(std::count_if(first + begin, first + end, [](auto cell) { return cell != 0; }));
+    }
+    return content >= fewestCells;
+}
+
+double PictureLines::changedShare(PictureLines const& before, int across) const {
+    if (cells_.size() != before.cells_.size() || across_ == 0) return 1;
+    auto const bands = bandsAt(across);
+    auto const begin = static_cast<std::size_t>(bands.first) * lines_;
+    auto const end = static_cast<std::size_t>(bands.second) * lines_;
     int all = 0, changed = 0;
     for (auto cell = begin; cell < end; ++cell) {
         if (cells_[cell] == 0 && before.cells_[cell] == 0) continue;

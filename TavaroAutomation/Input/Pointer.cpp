@@ -3,12 +3,14 @@
 #include <TavaroAutomation/Errors/AutomationError.h>
 #include <TavaroAutomation/Input/Private/FakeInput.h>
 #include <TavaroAutomation/Input/Private/Glide.h>
+#include <TavaroAutomation/Input/Private/KeyboardLayout.h>
 #include <TavaroAutomation/Input/Private/UserMotion.h>
 #include <TavaroAutomation/Input/Private/Wheel.h>
 #include <TavaroPlatform/Queues/SerialQueue.h>
 
 #include <algorithm>
 #include <cmath>
+#include <fmt/format.h>
 
 namespace tavaro {
 
@@ -54,6 +56,20 @@ std::optional<UIPoint> entryOfPopup(x11::Connection& connection, PixelPoint from
     return std::nullopt;
 }
 
+/// The desktop's own is nothing.
+xcb_window_t windowUnderPointer(x11::Connection& connection) {
+    auto const pointer = connection.ask<xcb_query_pointer, xcb_query_pointer_reply>(connection.root());
+    return pointer ? pointer->child : XCB_NONE;
+}
+
+/// What is behind a window is not meant by a second click on it.
+void expectStillThere(x11::Connection& connection, xcb_window_t window, int clicks, int count) {
+    if (window == XCB_NONE || x11::isViewable(connection, window)) return;
+    throw AutomationError(
+        AutomationError::Kind::notShown,
+        fmt::format("The window there went after {} of {} clicks, so no more were made.", clicks, count));
+}
+
 /// The physical button that the server takes for that one.
 std::uint8_t physical(x11::Connection& connection, UIMouseButton button) {
     std::uint8_t const logical = button == UIMouseButton::left ? 1 : 3;
@@ -69,11 +85,12 @@ std::uint8_t physical(x11::Connection& connection, UIMouseButton button) {
 
 struct Pointer::State {
     FakeInput input;
+    x11::KeyboardWatch keyboard;
     x11::UserMotion user;
     // What is seen of a hand's motion is its timing. Nothing else is done on this thread.
     SerialQueue hand{"com.tavaro.automation.pointer", SerialQueue::Urgency::prompt};
 
-    explicit State(std::string const& display) : input(display), user(input) {}
+    explicit State(std::string const& display) : input(display), keyboard(input.connection()), user(input) {}
 
     UIPoint position() {
         auto const at = input.pointer();
@@ -83,6 +100,7 @@ struct Pointer::State {
         // They would make a drag of the way, or another click of the click.
         input.releaseOrphans(FakeInput::Device::mouse, stop);
         input.releaseOrphans(FakeInput::Device::keyboard, stop);
+        keyboard.whenFree(stop);
         user.forget();
     }
     void follow(Glide const& path, double seconds, std::stop_token const& stop);
@@ -107,10 +125,13 @@ void Pointer::State::follow(Glide const& path, double seconds, std::stop_token c
 }
 
 void Pointer::State::press(std::uint8_t button, int count, std::stop_token const& stop) {
+    auto const window = windowUnderPointer(input.connection());
     for (int i = 0; i < count; ++i) {
         if (i > 0) x11::rest(betweenClicks, stop);
+        keyboard.whenFree(stop);
         expectNotStopped(stop);
         user.expectNone();
+        if (i > 0) expectStillThere(input.connection(), window, i, count);
         FakeInput::Held const held(input, FakeInput::Device::mouse, button);
         x11::rest(pressTime, stop);
     }
@@ -146,9 +167,9 @@ void Pointer::click(UIMouseButton button, int count, std::stop_token const& stop
     state_->hand.sync([&] { state_->press(code, count, stop); });
 }
 
-Pointer::Scrolled Pointer::scroll(Distance const& distance, std::stop_token const& stop) {
+Pointer::Scrolled Pointer::scroll(Distance const& distance, std::stop_token const& stop, PlaceOfTarget const& place) {
     state_->begin(stop);
-    x11::Wheel wheel(state_->input, state_->user, stop);
+    x11::Wheel wheel({state_->input, state_->user, state_->keyboard, stop, place});
     auto const down = wheel.turn(x11::WheelAxis::vertical, distance.down);
     auto const right = wheel.turn(x11::WheelAxis::horizontal, distance.right);
     return {.went = {down.pixels, right.pixels},

@@ -1,8 +1,11 @@
 #include <TavaroAutomation/Input/Private/Wheel.h>
 
+#include <TavaroAutomation/Input/Private/AnswerCheck.h>
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 namespace tavaro::x11 {
 
@@ -29,6 +32,7 @@ constexpr int mostFlicks = 16;
 constexpr double leastAcceleration = 1.3;
 constexpr double mostAcceleration = 1.5;   // of a flick beside the one before it
 constexpr auto betweenSlowNotches = 300ms; // that count for no more than the first
+constexpr int unseenNotches = 3;           // until what is scrolled is asked for its place
 
 /// Slower at both ends, as a finger turns a wheel.
 std::chrono::milliseconds gapAfter(int notch, int count) {
@@ -47,20 +51,25 @@ PixelRect windowUnderPointer(Connection& connection) {
 
 }
 
-Wheel::Wheel(FakeInput& input, UserMotion& user, std::stop_token const& stop)
-    : input_(input)
-    , user_(user)
-    , stop_(stop) {}
+Wheel::Wheel(WheelHand hand)
+    : input_(hand.input)
+    , user_(hand.user)
+    , keyboard_(hand.keyboard)
+    , stop_(hand.stop)
+    , place_(std::move(hand.place)) {}
 
 Wheel::Turned Wheel::turn(WheelAxis axis, double pixels) {
     if (pixels == 0) return {};
     begin(axis, pixels);
-    // Some programs take the first notch for the pointer's arrival only.
-    if (!tryNotch() && !tryNotch()) return {.isAtEnd = true};
     double const wanted = std::abs(pixels);
+    // Some programs take the first notch for the pointer's arrival only.
+    if (!tryNotch() && !tryNotch()) {
+        if (placeBefore_ || wouldBeSeen()) return end();
+        sent_ = 2;
+        return turnBlindly(wanted, usualNotch);
+    }
     if (moved_ > 0) return follow(wanted);
-    flick(static_cast<int>(std::lround(wanted / usualNotch)) - 1, INFINITY);
-    return {.pixels = sign_ * sent_ * usualNotch, .isSeen = false};
+    return turnBlindly(wanted, usualNotch);
 }
 
 Wheel::Turned Wheel::follow(double wanted) {
@@ -79,7 +88,69 @@ Wheel::Turned Wheel::follow(double wanted) {
         quick = (moved_ - before) / sent;
         longest = std::numeric_limits<int>::max();
     }
-    return {.pixels = sign_ * moved_, .isAtEnd = isStuck(), .isSeen = isSeen_};
+    if (!isStuck()) return {.pixels = sign_ * moved_, .isSeen = isSeen_};
+    return placeBefore_ || wouldBeSeen() ? end() : turnBlindly(wanted, worth);
+}
+
+/// What was seen to move has left the picture, or never was in it. As far as was seen, and on by what a notch is worth.
+Wheel::Turned Wheel::turnBlindly(double wanted, double worth) {
+    double const unseen = std::max(0, sent_ - sentAtChange_) * worth;
+    double const before = moved_, rest = wanted - before - unseen;
+    int const more = std::max(0, static_cast<int>(std::lround(rest / worth)));
+    for (int sent = 0; sent < more; ++sent) {
+        notch();
+        watchUntil(InputClock::now() + gapAfter(sent, more));
+    }
+    settle();
+    return {.pixels = sign_ * (before + unseen + more * worth), .isSeen = false};
+}
+
+Wheel::Turned Wheel::end() {
+    expectAnswerUnderPointer(input_, stop_);
+    return {.pixels = sign_ * moved_, .isAtEnd = true, .isSeen = isSeen_};
+}
+
+bool Wheel::wouldBeSeen() const { return seen_.hasContentAt(across_, along_); }
+
+std::optional<double> Wheel::placeAlong() {
+    auto const now = place_ ? place_() : std::nullopt;
+    if (!now) return std::nullopt;
+    return axis_ == WheelAxis::vertical ? now->y : now->x;
+}
+
+/// What is gone tells nothing more: lists use what is scrolled away for other rows.
+std::optional<double> Wheel::movedByPlace() {
+    auto const now = placeBefore_ ? placeAlong() : std::nullopt;
+    if (!now) placeBefore_.reset();
+    return now ? std::optional(sign_ * (*placeBefore_ - *now)) : std::nullopt;
+}
+
+void Wheel::correct(double moved) {
+    moved_ = moved;
+    isSeen_ = true;
+    movedAt_ = InputClock::now();
+    sentAtChange_ = sent_;
+    startFrom(seen_);
+}
+
+void Wheel::notePlace() {
+    auto const moved = movedByPlace();
+    if (moved && *moved > moved_) correct(*moved);
+}
+
+/// Programs tell of new places later than they paint, and some step by step.
+void Wheel::awaitPlace() {
+    auto stillSince = InputClock::now();
+    auto moved = movedByPlace();
+    while (moved && std::abs(*moved - moved_) > 1) {
+        if (InputClock::now() - stillSince > (*moved == 0 ? longestAnswer : leastPatience)) break;
+        rest(betweenLooks, stop_);
+        auto const before = std::exchange(moved, movedByPlace());
+        if (moved != before) stillSince = InputClock::now();
+    }
+    if (!moved) return;
+    if (*moved == 0 && moved_ > 0) return placeBefore_.reset(); // it stands beside what is scrolled
+    if (*moved > moved_ || !isSeen_) correct(*moved);
 }
 
 void Wheel::begin(WheelAxis axis, double pixels) {
@@ -91,15 +162,19 @@ void Wheel::begin(WheelAxis axis, double pixels) {
     sent_ = sentAtChange_ = 0;
     area_ = windowUnderPointer(input_.connection());
     auto const pointer = input_.pointer();
-    across_ = axis == WheelAxis::vertical ? pointer.x - area_.x : pointer.y - area_.y;
+    PixelPoint const inside{pointer.x - area_.x, pointer.y - area_.y};
+    across_ = axis == WheelAxis::vertical ? inside.x : inside.y;
+    along_ = axis == WheelAxis::vertical ? inside.y : inside.x;
     user_.forget();
     first_ = whole_ = seen_ = picture();
     sinceWhole_ = 0;
     changedAt_ = movedAt_ = InputClock::now();
+    placeBefore_ = placeAlong();
 }
 
 void Wheel::notch() {
     std::uint8_t const first = axis_ == WheelAxis::vertical ? 4 : 6;
+    keyboard_.whenFree(stop_); // with Control the wheel magnifies, with Shift it goes sideways
     user_.expectNone();
     if (sent_ == sentAtChange_) notchedAt_ = InputClock::now();
     input_.tap(FakeInput::Device::mouse, static_cast<std::uint8_t>(first + (sign_ > 0 ? 1 : 0)));
@@ -119,6 +194,7 @@ int Wheel::flick(int count, double enough) {
         notch();
         watchUntil(InputClock::now() + gapAfter(sent, count));
         awaitAnswers();
+        if (sent_ - sentAtChange_ >= unseenNotches) notePlace();
     }
     return sent;
 }
@@ -144,6 +220,7 @@ void Wheel::settle() {
         return now - start > longestRest || now - last > patience();
     };
     while (!isOver(InputClock::now())) watchUntil(InputClock::now() + betweenLooks);
+    awaitPlace();
 }
 
 InputClock::duration Wheel::patience() const {

@@ -1,5 +1,8 @@
 #include "GalleryTest.h"
 
+#include <algorithm>
+#include <array>
+
 namespace tavaro {
 
 void GalleryTest::open(std::string const& gallery, std::string const& arguments) {
@@ -12,7 +15,11 @@ void GalleryTest::open(std::string const& gallery, std::string const& arguments)
 }
 
 bool GalleryTest::logsSoon(std::string const& line) const {
-    return eventually([&] { return desktop->log().find(line + "\n") != std::string::npos; });
+    return eventually([&] { return hasLogged(line); });
+}
+
+bool GalleryTest::hasLogged(std::string const& line) const {
+    return desktop->log().find(line + "\n") != std::string::npos;
 }
 
 std::map<std::string, UIElement> GalleryTest::elements() {
@@ -29,6 +36,25 @@ UIActionReport GalleryTest::click(UITarget const& target) {
 
 UIActionReport GalleryTest::clickTitle(std::string const& title, std::string const& role) {
     return click({.app = app, .title = title, .role = role});
+}
+
+void GalleryTest::expectWordAndLineSelected(std::string const& text) {
+    automation->click({.target = {.app = app, .title = text}, .count = 2, .glide = 0.05, .hold = 0});
+    auto const isSelected = [&](std::string const& word) { return hasLogged("selected " + word); };
+    EXPECT_TRUE(eventually([&] {
+        return std::ranges::any_of(std::array{"alpha", "beta", "gamma", "delta"}, isSelected);
+    })) << desktop->log();
+    automation->click({.target = {.app = app, .title = text}, .count = 3, .glide = 0.05, .hold = 0});
+    std::string line = "alpha beta gamma delta";
+    for (int i = 1; i < 6; ++i) line += " alpha beta gamma delta";
+    EXPECT_TRUE(logsSoon("selected " + line)) << desktop->log();
+}
+
+void GalleryTest::expectContextMenu(std::string const& title, std::string const& line) {
+    automation->click(
+        {.target = {.app = app, .title = title}, .button = UIMouseButton::right, .glide = 0.05, .hold = 0.05});
+    clickTitle("Inspect");
+    EXPECT_TRUE(logsSoon(line));
 }
 
 }

@@ -65,6 +65,7 @@ SinkProgram::SinkProgram(TestDisplay const& display, SinkToolkit toolkit) {
 
 SinkProgram::~SinkProgram() {
     ::kill(process_, SIGTERM);
+    ::kill(process_, SIGCONT);
     waitpid(process_, nullptr, 0);
 }
 
@@ -80,6 +81,8 @@ bool SinkProgram::awaitReady(TestClient& client) {
     client.connection().synchronize();
     return true;
 }
+
+void SinkProgram::freeze() const { ::kill(process_, SIGSTOP); }
 
 std::string SinkProgram::text() {
     listen();

@@ -29,6 +29,9 @@ public:
     /// Gives it the keyboard once it has painted; false when it does not come.
     bool awaitReady(TestClient& client);
 
+    /// Stops it from answering anything.
+    void freeze() const;
+
     std::string text();
     double scrolled(std::string_view direction); // "down", "right"
 

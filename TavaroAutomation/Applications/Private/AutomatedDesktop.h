@@ -10,6 +10,9 @@ namespace tavaro::x11 {
 /// what is missing here and what helps.
 Connection automatedDesktop(std::string const& display);
 
+/// Throws `AutomationError` (`failed`) where its server is gone.
+void expectAlive(Connection const& connection);
+
 /// Nothing can be worked here, for that reason.
 [[noreturn]] void refuseDesktop(std::string const& reason);
 [[noreturn]] void refuseWayland();

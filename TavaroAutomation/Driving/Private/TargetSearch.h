@@ -39,6 +39,8 @@ public:
     /// Where to go for it now. What was made anew meanwhile is found again. Throws `AutomationError` where it is gone,
     /// and where its program does not answer.
     UIPoint placeOf(FoundTarget& target, std::stop_token const& stop);
+    /// Where its top left corner is now, also where it is scrolled away; nothing where that is not known any more.
+    std::optional<UIPoint> cornerOf(FoundTarget const& target, std::stop_token const& stop);
     /// Throws `AutomationError` where a click would not go to a window of the target's application.
     void expectWindowUnderPointer(FoundTarget const& target, std::stop_token const& stop);
     /// Throws `AutomationError` where another widget of its own window is at that point.

@@ -50,6 +50,7 @@ public:
     FakeInput& operator=(FakeInput const&) = delete;
 
     Connection& connection() { return connection_; }
+    std::string const& display() const { return display_; }
 
     enum class Device { keyboard, mouse };
     /// One key or button, pressed while the object lives. When that ends, the server has it released.
@@ -82,18 +83,19 @@ public:
     void touchKeyboard();
 
     /// Releases what an earlier program pressed by the same extension and left so when it was killed: keys, or buttons,
-    /// that nobody releases for a second.
+    /// that nobody releases for a second. Who works this desktop from another machine may press by it too, and loses
+    /// what is held for longer.
     void releaseOrphans(Device device, std::stop_token const& stop);
 
     /// The extension's own device; 0 where the server does not tell.
     std::uint16_t deviceID(Device device) const { return device == Device::keyboard ? keyboard_ : mouse_; }
 
 private:
-    void expectAlive() const;
     void send(std::uint8_t type, std::uint8_t code, PixelPoint at = {});
     void findDevices();
     std::vector<std::uint8_t> pressed(Device device);
 
+    std::string const display_;
     Connection connection_;
     std::uint16_t keyboard_ = 0;
     std::uint16_t mouse_ = 0;

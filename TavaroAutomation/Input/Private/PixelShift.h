@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <optional>
 #include <span>
+#include <utility>
 #include <vector>
 
 namespace tavaro {
@@ -31,6 +32,9 @@ public:
     /// 0…1: of what is not plain within two bands of that place across the lines, what is no longer as it was.
     double changedShare(PictureLines const& before, int across) const;
 
+    /// Whether near that place there is enough that would be seen to move if it did: a few words.
+    bool hasContentAt(int across, int line) const;
+
     bool operator==(PictureLines const&) const = default;
 
 private:
@@ -40,6 +44,8 @@ private:
     };
     std::vector<Cell> uniqueCells(int band) const;
     bool isAsBefore(PictureLines const& before, std::size_t cell) const;
+    /// The bands within two of that place, from the first to behind the last.
+    std::pair<int, int> bandsAt(int across) const;
 
     int across_ = 0; // pixels of a line
     int bands_ = 0;

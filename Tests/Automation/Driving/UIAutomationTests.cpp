@@ -184,6 +184,11 @@ TEST_F(GTK3Gallery, aDialogAnswersAndHidesWhatIsBehindIt) {
     EXPECT_TRUE(logsSoon("answered 1"));
 }
 
+TEST_F(GTK3Gallery, severalClicksSelectAndTheRightButtonOpensAMenu) {
+    expectWordAndLineSelected("Story");
+    expectContextMenu("Café", "chosen Inspect");
+}
+
 TEST_F(GTK3Gallery, aListOpensAndGivesItsEntries) {
     clickTitle("Small");
     clickTitle("Large");
@@ -274,7 +279,11 @@ TEST_F(GTK3Gallery, anApplicationThatIsClosedHasNoWindow) {
 
 TEST_F(GTK3Gallery, aProgramThatTellsNothingOfItsWidgetsIsASentenceAndWorkedByPoints) {
     TestClient client(desktop->display());
-    client.makeWindow({.frame = {20, 30, 200, 100}, .windowClass = "Plain", .title = "Just pixels"});
+    auto const window =
+        client.makeWindow({.frame = {20, 30, 200, 100}, .windowClass = "Plain", .title = "Just pixels"});
+    std::uint32_t const presses = XCB_EVENT_MASK_BUTTON_PRESS;
+    xcb_change_window_attributes(client.connection().get(), window, XCB_CW_EVENT_MASK, &presses);
+    client.connection().synchronize();
     EXPECT_TRUE(eventually([&] {
         return sentenceOf([&] { automation->elements({.app = "plain"}); }) ==
                "plain tells nothing of what is in its windows. Use ui_screenshot and click by x and y.";
@@ -283,7 +292,15 @@ TEST_F(GTK3Gallery, aProgramThatTellsNothingOfItsWidgetsIsASentenceAndWorkedByPo
                 StartsWith("Nothing titled “Go” is in plain. plain tells nothing of what is in its windows."));
     auto const picture = automation->screenshot({.app = "plain"});
     EXPECT_THAT(picture.caption, HasSubstr("Just pixels"));
-    click({.point = UIPoint{picture.frame.x + 5, picture.frame.y + 5}});
+    UIPoint const point{picture.frame.x + 60, picture.frame.y + 70};
+    click({.point = point});
+    x11::Event press;
+    ASSERT_TRUE(eventually([&] {
+        press = client.connection().poll();
+        return press && (press->response_type & 0x7f) == XCB_BUTTON_PRESS;
+    }));
+    auto const& at = reinterpret_cast<xcb_button_press_event_t const&>(*press);
+    EXPECT_EQ((UIPoint{static_cast<double>(at.root_x), static_cast<double>(at.root_y)}), point);
 }
 
 /// A container with 2,500 lines, of which a dozen show.
@@ -373,6 +390,11 @@ TEST_F(GTK4Gallery, isTypedIntoAndScrolled) {
     EXPECT_TRUE(logsSoon("row 60"));
 }
 
+TEST_F(GTK4Gallery, severalClicksSelectAndTheRightButtonOpensAMenu) {
+    expectWordAndLineSelected("Story");
+    expectContextMenu("Inform", "chosen inspect");
+}
+
 TEST_F(GTK4Gallery, whatAnotherWidgetCoversIsNotClickedThroughIt) {
     clickTitle("Notice");
     EXPECT_TRUE(eventually([&] {
@@ -421,6 +443,15 @@ TEST_F(Qt5Gallery, isClickedByTitleInMenusListsAndTabsToo) {
     clickTitle("Search notes");
     automation->keys({.text = "hello", .hold = 0});
     EXPECT_TRUE(logsSoon("typed hello"));
+}
+
+TEST_F(Qt5Gallery, severalClicksSelectAndTheRightButtonOpensAMenu) {
+    expectWordAndLineSelected("Story");
+    automation->click(
+        {.target = {.app = app, .title = "Save As"}, .button = UIMouseButton::right, .glide = 0.05, .hold = 0.2});
+    // Qt tells of no menu that belongs to no other, so it is worked by keys or points.
+    automation->keys({.keys = {"down", "return"}, .hold = 0});
+    EXPECT_TRUE(logsSoon("chosen Inspect"));
 }
 
 }

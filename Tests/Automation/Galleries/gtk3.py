@@ -6,8 +6,9 @@ import sys
 
 import gi
 
+gi.require_version("Gdk", "3.0")
 gi.require_version("Gtk", "3.0")
-from gi.repository import GLib, Gtk  # noqa: E402
+from gi.repository import Gdk, GLib, Gtk  # noqa: E402
 
 
 def tell(*words):
@@ -85,6 +86,29 @@ def fields():
     return box
 
 
+def story():
+    view = Gtk.TextView()
+    view.get_accessible().set_name("Story")
+    text = view.get_buffer()
+    text.set_text("\n".join([" ".join(["alpha beta gamma delta"] * 6)] * 3))
+
+    def selected(*_):
+        ends = text.get_selection_bounds()
+        if ends:
+            tell("selected", text.get_text(*ends, False).strip())
+
+    view.connect("event-after", lambda _, event: event.type == Gdk.EventType.BUTTON_RELEASE and selected())
+    return view
+
+
+def context_menu(widget):
+    menu = Gtk.Menu()
+    menu.append(menu_item("Inspect"))
+    menu.show_all()
+    widget.connect("button-press-event", lambda _, event: event.button == 3 and (menu.popup_at_pointer(event) or True))
+    return widget
+
+
 def choices():
     box = Gtk.Box(spacing=6)
     check = Gtk.CheckButton(label="Bold")
@@ -159,9 +183,9 @@ def main():
     off.set_sensitive(False)
     ask_first = button("Ask", lambda _: ask(window))
     freeze = button("Freeze", lambda _: GLib.timeout_add(50, hang))
-    for each in (button("Save"), button("Save As…"), button("Café"), ask_first, off, freeze, button("Toast", toast)):
+    for each in (button("Save"), button("Save As…"), context_menu(button("Café")), ask_first, off, freeze, button("Toast", toast)):
         line.pack_start(each, False, False, 0)
-    for each in (menus(), line, later(line), fields(), choices(), rows()) + ((many(count),) if count else ()):
+    for each in (menus(), line, later(line), fields(), choices(), story(), rows()) + ((many(count),) if count else ()):
         box.pack_start(each, False, False, 0)
     window.add(box)
     window.show_all()

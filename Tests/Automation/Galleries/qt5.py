@@ -4,8 +4,9 @@
 import os
 import sys
 
-from PyQt5.QtWidgets import (QApplication, QCheckBox, QComboBox, QHBoxLayout, QLineEdit, QListWidget, QMainWindow,
-                             QPushButton, QScrollArea, QTabWidget, QVBoxLayout, QWidget)
+from PyQt5.QtCore import Qt
+from PyQt5.QtWidgets import (QAction, QApplication, QCheckBox, QComboBox, QHBoxLayout, QLineEdit, QListWidget,
+                             QMainWindow, QPlainTextEdit, QPushButton, QScrollArea, QTabWidget, QVBoxLayout, QWidget)
 
 
 def tell(*words):
@@ -39,6 +40,22 @@ def add_menu(window):
     menu.addMenu("&Export").addAction("As &Picture").triggered.connect(lambda: tell("chosen Picture"))
 
 
+def story():
+    view = QPlainTextEdit("\n".join([" ".join(["alpha beta gamma delta"] * 6)] * 3))
+    view.setAccessibleName("Story")
+    view.setMaximumHeight(70)
+    view.selectionChanged.connect(lambda: tell("selected", view.textCursor().selectedText().strip()))
+    return view
+
+
+def context_menu(widget):
+    action = QAction("Inspect", widget)
+    action.triggered.connect(lambda: tell("chosen Inspect"))
+    widget.addAction(action)
+    widget.setContextMenuPolicy(Qt.ActionsContextMenu)
+    return widget
+
+
 def widgets():
     check = QCheckBox("&Bold")
     check.toggled.connect(lambda on: tell("bold", on))
@@ -59,7 +76,7 @@ def widgets():
     tabs.addTab(button("On the second"), "Second")
     off = button("Disabled one")
     off.setEnabled(False)
-    return button("Save"), button("Save As…"), off, check, field, secret, sizes, rows, tabs
+    return button("Save"), context_menu(button("Save As…")), off, check, field, secret, sizes, story(), rows, tabs
 
 
 def main():
@@ -73,7 +90,7 @@ def main():
     for widget in widgets() + ((buttons(count),) if count else ()):
         layout.addWidget(widget)
     window.setCentralWidget(content)
-    window.resize(500, 520)
+    window.resize(500, 620)
     window.show()
     tell("ready")
     application.exec_()

@@ -1,4 +1,4 @@
-#include "../../Capture/TestDisplay.h"
+#include "UsersKeyboard.h"
 
 #include <TavaroAutomation/Input/Private/Typist.h>
 #include <TavaroPlatform/Queues/SerialQueue.h>
@@ -6,8 +6,6 @@
 #include <atomic>
 #include <cstring>
 #include <thread>
-#include <xcb/xinput.h>
-#include <xcb/xtest.h>
 
 namespace tavaro {
 
@@ -77,37 +75,6 @@ private:
     std::atomic<int> keyboardChanges_ = 0;
     std::atomic<bool> isEnding_ = false;
     SerialQueue thread_{"com.tavaro.shortcuts"};
-};
-
-/// Not by the extension's device but by the server's own, as keys of a person come.
-class UsersKeyboard {
-public:
-    explicit UsersKeyboard(TestClient& client) : client_(client) {
-        auto& connection = client.connection();
-        connection.ask<xcb_input_xi_query_version, xcb_input_xi_query_version_reply>(std::uint16_t{2},
-                                                                                     std::uint16_t{2});
-        auto const devices = connection.ask<xcb_input_xi_query_device, xcb_input_xi_query_device_reply>(
-            xcb_input_device_id_t{XCB_INPUT_DEVICE_ALL});
-        for (auto it = xcb_input_xi_query_device_infos_iterator(devices.get()); it.rem;
-             xcb_input_xi_device_info_next(&it)) {
-            std::string_view const name(xcb_input_xi_device_info_name(it.data), it.data->name_len);
-            if (it.data->type == XCB_INPUT_DEVICE_TYPE_SLAVE_KEYBOARD && name.find("XTEST") == name.npos)
-                device_ = static_cast<std::uint8_t>(it.data->deviceid);
-        }
-    }
-    void tap(std::string const& symbol) {
-        auto& connection = client_.connection();
-        auto const first = connection.extension(xcb_input_id)->first_event;
-        for (auto const type : {XCB_INPUT_DEVICE_KEY_PRESS, XCB_INPUT_DEVICE_KEY_RELEASE}) {
-            xcb_test_fake_input(connection.get(), static_cast<std::uint8_t>(first + type), client_.codeOf(symbol),
-                                XCB_CURRENT_TIME, XCB_NONE, 0, 0, device_);
-        }
-        connection.synchronize();
-    }
-
-private:
-    TestClient& client_;
-    std::uint8_t device_ = 0;
 };
 
 }

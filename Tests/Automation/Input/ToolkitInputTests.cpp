@@ -1,10 +1,12 @@
 #include "../SinkProgram.h"
 
+#include <TavaroAutomation/Errors/AutomationError.h>
 #include <TavaroAutomation/Input/Private/Pointer.h>
 #include <TavaroAutomation/Input/Private/Typist.h>
 #include <TavaroCore/Records/Fields.h>
 
 #include <cstdlib>
+#include <gmock/gmock.h>
 
 namespace tavaro {
 
@@ -96,6 +98,17 @@ TEST_P(ToolkitInputTest, theWheelGoesAsFarAsAskedWithinHalfANotchAndSaysHowFar) 
     EXPECT_NEAR(up.went.down, -at, 3);
     EXPECT_TRUE(pointer.scroll({.down = -100}).isAtEnd);
     EXPECT_EQ(sink->scrolled("down"), 0);
+}
+
+TEST_P(ToolkitInputTest, aProgramThatDoesNotAnswerIsNotAtItsEnd) {
+    if (GetParam() == SinkToolkit::chromium) GTEST_SKIP() << "its windows are another process's, which goes on";
+    Pointer pointer(display->name());
+    pointer.glide({300, 330}, 0.1);
+    EXPECT_TRUE(pointer.scroll({.down = -100}).isAtEnd);
+    sink->freeze();
+    EXPECT_THAT([&] { pointer.scroll({.down = 300}); },
+                ::testing::ThrowsMessage<AutomationError>(std::string(
+                    "The application under the pointer does not answer, so nothing may have been scrolled.")));
 }
 
 TEST_P(ToolkitInputTest, theWheelGoesSidewaysToo) {

@@ -22,6 +22,7 @@ struct Habits {
     std::chrono::milliseconds frame{15}; // between pictures
     bool paintsInHalves = false;
     int length = 100000; // pixels that can be scrolled
+    int filled = 200000; // of its pixels, from the top; what follows is plain
 };
 
 /// A window of such a program, 400 × 300, whose rows are all different.
@@ -72,7 +73,9 @@ private:
         std::vector<std::uint32_t> pixels;
         for (int y = from; y < to; ++y) {
             for (int x = 0; x < width; ++x)
-                pixels.push_back((x / 3 * 31U + 7) * (y + offset_ + 11U) * 2654435761U >> 8);
+                pixels.push_back(y + offset_ < habits_.filled
+                                     ? (x / 3 * 31U + 7) * (y + offset_ + 11U) * 2654435761U >> 8
+                                     : 0xffffff);
         }
         auto& connection = client_.connection();
         xcb_put_image(connection.get(), XCB_IMAGE_FORMAT_Z_PIXMAP, window_, context_, width,
@@ -115,6 +118,27 @@ TEST_F(WheelTest, goesAsFarAsNotchesComeWhateverTheProgramMakesOfThem) {
             EXPECT_FALSE(scrolled.isAtEnd) << habits.name << " " << asked;
         }
     }
+}
+
+TEST_F(WheelTest, whatIsPlainUnderThePointerIsNotTheEnd) {
+    ScrollingWindow const window(*display, {.name = "plain from 120 on", .length = 2600, .filled = 120});
+    Pointer pointer(display->name());
+    pointer.glide({200, 250}, 0);
+    auto const place = [&] { return UIPoint{0, 5000.0 - window.offset()}; };
+    for (double const asked : {1500.0, -300.0}) {
+        int const before = window.offset();
+        auto const scrolled = pointer.scroll({.down = asked}, {}, place);
+        EXPECT_NEAR(scrolled.went.down, asked, 26) << "within half a notch";
+        EXPECT_EQ(scrolled.went.down, window.offset() - before);
+        EXPECT_TRUE(scrolled.isSeen && !scrolled.isAtEnd) << asked;
+    }
+    int const before = window.offset();
+    auto const reckoned = pointer.scroll({.down = 600});
+    EXPECT_FALSE(reckoned.isSeen || reckoned.isAtEnd) << "with nobody to ask";
+    EXPECT_NEAR(window.offset() - before, 600, 60);
+    auto const end = pointer.scroll({.down = 9000}, {}, place);
+    EXPECT_TRUE(end.isSeen && end.isAtEnd);
+    EXPECT_EQ(window.offset(), 2600);
 }
 
 TEST_F(WheelTest, saysThatTheEndIsReachedAndHowFarItWas) {
