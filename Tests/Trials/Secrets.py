@@ -26,6 +26,7 @@ class Secrets:
         stage.environment.pop("NO_AT_BRIDGE", None)
         stage.environment.pop("AT_SPI_BUS_ADDRESS", None)
         self.running = []
+        self.keep_out_portals()
         bus = self.launch("dbus-daemon", "--session", "--nofork", "--print-address=1", stdout=subprocess.PIPE)
         stage.environment["DBUS_SESSION_BUS_ADDRESS"] = bus.stdout.readline().decode().strip()
         self.launch("openbox")
@@ -40,6 +41,14 @@ class Secrets:
                          "--user-data-dir=" + stage.path("browser"), "file://" + page], self.form)
         self.ways = {name: way for name, way in ways.items() if shutil.which(way[0][0])}
         print("secrets: " + ", ".join(self.ways), flush=True)
+
+    def keep_out_portals(self):
+        """What programs would start of an installed desktop portal has no part in this, and leaves a mount behind."""
+        folder = os.path.join(self.stage.environment["XDG_RUNTIME_DIR"], "dbus-1", "services")
+        os.makedirs(folder)
+        for name in ("org.freedesktop.portal.Desktop", "org.freedesktop.portal.Documents"):
+            with open(os.path.join(folder, name + ".service"), "w", encoding="utf-8") as file:
+                file.write(f"[D-BUS Service]\nName={name}\nExec=/bin/false\n")
 
     def launch(self, *command, **options):
         process = subprocess.Popen(command, env={**self.stage.environment, "ACCESSIBILITY_ENABLED": "1", "GDK_BACKEND": "x11"},
