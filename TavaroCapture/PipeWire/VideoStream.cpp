@@ -134,6 +134,20 @@ template<class Meta> Meta* metaOf(spa_buffer& buffer, std::uint32_t type) {
     return static_cast<Meta*>(spa_buffer_find_meta_data(&buffer, type, sizeof(Meta)));
 }
 
+/// Some desktops share a window in pictures as large as the screen, and say where in them it is.
+std::optional<PixelRect> partOf(spa_buffer& buffer, DeviceFormat const& format) {
+    auto const* const crop = metaOf<spa_meta_region>(buffer, SPA_META_VideoCrop);
+    if (!crop || !spa_meta_region_is_valid(crop)) return std::nullopt;
+    auto const& [position, size] = crop->region;
+    constexpr std::uint32_t largest = 1 << 20;
+    PixelRect const said{position.x, position.y, static_cast<int>(std::min(size.width, largest)),
+                         static_cast<int>(std::min(size.height, largest))};
+    if (position.x < 0 || position.y < 0 || position.x > format.width || position.y > format.height)
+        return std::nullopt;
+    auto const part = said.intersection({0, 0, format.width, format.height});
+    return part.isEmpty() ? std::nullopt : std::optional(part);
+}
+
 }
 
 VideoStream::VideoStream(Connection& connection, Options options, Handlers handlers)
@@ -223,11 +237,15 @@ void VideoStream::askForBuffers() {
                                    SPA_POD_CHOICE_FLAGS_Int((1 << SPA_DATA_MemFd) | (1 << SPA_DATA_MemPtr))));
     add(spa_pod_builder_add_object(builder, SPA_TYPE_OBJECT_ParamMeta, SPA_PARAM_Meta, SPA_PARAM_META_type,
                                    SPA_POD_Id(SPA_META_Header), SPA_PARAM_META_size, SPA_POD_Int(headerBytes)));
-    if (options_.role == Options::Role::screen)
+    if (options_.role == Options::Role::screen) {
+        add(spa_pod_builder_add_object(builder, SPA_TYPE_OBJECT_ParamMeta, SPA_PARAM_Meta, SPA_PARAM_META_type,
+                                       SPA_POD_Id(SPA_META_VideoCrop), SPA_PARAM_META_size,
+                                       SPA_POD_Int(static_cast<int>(sizeof(spa_meta_region)))));
         add(spa_pod_builder_add_object(
             builder, SPA_TYPE_OBJECT_ParamMeta, SPA_PARAM_Meta, SPA_PARAM_META_type, SPA_POD_Id(SPA_META_Cursor),
             SPA_PARAM_META_size,
             SPA_POD_CHOICE_RANGE_Int(pointerBytes + usualPicture, pointerBytes, pointerBytes + largestPicture)));
+    }
     pw_stream_update_params(stream_.get(), wanted.data(), static_cast<std::uint32_t>(wanted.size()));
 }
 
@@ -269,6 +287,7 @@ void VideoStream::takePicture(spa_buffer& buffer) const {
                                       (header && (header->flags & SPA_META_HEADER_FLAG_CORRUPTED) != 0)};
     picture.format.stride = data.chunk->stride;
     if (header) picture.sequence = header->seq;
+    picture.part = partOf(buffer, picture.format);
     handlers_.picture(picture);
 }
 

@@ -47,6 +47,19 @@ bool isWhole(pipewire::VideoPicture const& picture) {
     return picture.bytes.size() >= stride * static_cast<std::size_t>(format.height - 1) + row;
 }
 
+/// The part of a whole picture that shows something.
+pipewire::VideoPicture shownPart(pipewire::VideoPicture const& whole) {
+    if (!whole.part) return whole;
+    auto result = whole;
+    auto& format = result.format;
+    if (format.stride == 0) format.stride = std::ptrdiff_t{4} * format.width;
+    format.width = whole.part->width;
+    format.height = whole.part->height;
+    auto const begin = format.stride * whole.part->y + std::ptrdiff_t{4} * whole.part->x;
+    result.bytes = whole.bytes.subspan(static_cast<std::size_t>(begin));
+    return result;
+}
+
 std::string_view nameOf(ShareKind kind) { return kind == ShareKind::monitor ? "whole screen" : "window"; }
 
 PixelRect evenFrame(PixelRect frame) {
@@ -170,8 +183,10 @@ bool SharedScreen::settleSize(DeviceFormat const& format) {
     return true;
 }
 
-void SharedScreen::note(pipewire::VideoPicture const& picture) {
-    if (!isWhole(picture) || (frame_.isEmpty() && !settleSize(picture.format))) return;
+void SharedScreen::note(pipewire::VideoPicture const& whole) {
+    if (!isWhole(whole)) return;
+    auto const picture = shownPart(whole);
+    if (frame_.isEmpty() && !settleSize(picture.format)) return;
     formatSince_ = 0;
     copyPart(incoming_, picture, frame_);
     std::lock_guard const guard(lock_);

@@ -17,16 +17,6 @@ namespace {
 constexpr char const* portalProgram = "/usr/libexec/xdg-desktop-portal";
 constexpr char const* storeProgram = "/usr/libexec/xdg-permission-store";
 
-bool isOnBus(std::string const& name) {
-    sd_bus* bus = nullptr;
-    if (sd_bus_open_user(&bus) < 0) return false;
-    bool const isThere =
-        sd_bus_call_method(bus, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "GetNameOwner",
-                           nullptr, nullptr, "s", name.c_str()) >= 0;
-    sd_bus_flush_close_unref(bus);
-    return isThere;
-}
-
 bool answers() {
     try {
         wayland::ScreenCastPortal const portal;
@@ -39,6 +29,16 @@ bool answers() {
 }
 
 bool TestPortalProgram::isInstalled() { return TestSession::isInstalled() && std::filesystem::exists(portalProgram); }
+
+bool TestPortalProgram::isOnBus(std::string const& name) {
+    sd_bus* bus = nullptr;
+    if (sd_bus_open_user(&bus) < 0) return false;
+    bool const isThere =
+        sd_bus_call_method(bus, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "GetNameOwner",
+                           nullptr, nullptr, "s", name.c_str()) >= 0;
+    sd_bus_flush_close_unref(bus);
+    return isThere;
+}
 
 TestPortalProgram::TestPortalProgram(std::filesystem::path const& folder, std::string const& desktop,
                                      std::string const& name)

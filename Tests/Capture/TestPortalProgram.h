@@ -13,6 +13,8 @@ namespace tavaro {
 class TestPortalProgram {
 public:
     static bool isInstalled();
+    /// Whether a program of that name is on the session's bus.
+    static bool isOnBus(std::string const& name);
 
     /// For the part of that desktop (`$XDG_CURRENT_DESKTOP`), known on the bus by a name, when it is there.
     TestPortalProgram(std::filesystem::path const& folder, std::string const& desktop, std::string const& name);

@@ -58,6 +58,11 @@ void TestScreenNode::resize(int width, int height) {
     newSize_ = {width, height};
 }
 
+void TestScreenNode::crop(PixelRect part) {
+    std::lock_guard const guard(lock_);
+    part_ = part;
+}
+
 void TestScreenNode::add(Order order) {
     std::lock_guard const guard(lock_);
     orders_.push_back(order);
@@ -144,7 +149,7 @@ void TestScreenNode::offerBuffers() {
     Spare spare;
     auto* const builder = &spare.builder;
     auto const pod = [](void* made) { return static_cast<spa_pod const*>(made); };
-    std::array<spa_pod const*, 3> const wanted{
+    std::array<spa_pod const*, 4> const wanted{
         pod(spa_pod_builder_add_object(
             builder, SPA_TYPE_OBJECT_ParamBuffers, SPA_PARAM_Buffers, SPA_PARAM_BUFFERS_buffers,
             SPA_POD_CHOICE_RANGE_Int(4, 2, 16), SPA_PARAM_BUFFERS_blocks, SPA_POD_Int(1), SPA_PARAM_BUFFERS_size,
@@ -152,6 +157,9 @@ void TestScreenNode::offerBuffers() {
         pod(spa_pod_builder_add_object(builder, SPA_TYPE_OBJECT_ParamMeta, SPA_PARAM_Meta, SPA_PARAM_META_type,
                                        SPA_POD_Id(SPA_META_Header), SPA_PARAM_META_size,
                                        SPA_POD_Int(sizeof(spa_meta_header)))),
+        pod(spa_pod_builder_add_object(builder, SPA_TYPE_OBJECT_ParamMeta, SPA_PARAM_Meta, SPA_PARAM_META_type,
+                                       SPA_POD_Id(SPA_META_VideoCrop), SPA_PARAM_META_size,
+                                       SPA_POD_Int(sizeof(spa_meta_region)))),
         pod(spa_pod_builder_add_object(builder, SPA_TYPE_OBJECT_ParamMeta, SPA_PARAM_Meta, SPA_PARAM_META_type,
                                        SPA_POD_Id(SPA_META_Cursor), SPA_PARAM_META_size,
                                        SPA_POD_Int(sizeof(spa_meta_cursor) + sizeof(spa_meta_bitmap) + 64)))};
@@ -165,8 +173,10 @@ void TestScreenNode::send() {
     if (!buffer) return;
     auto& data = buffer->buffer->datas[0];
     Order order;
+    PixelRect part;
     {
         std::lock_guard const guard(lock_);
+        part = part_;
         if (!orders_.empty()) {
             order = orders_.front();
             orders_.erase(orders_.begin());
@@ -188,6 +198,11 @@ void TestScreenNode::send() {
     if (auto* const header = static_cast<spa_meta_header*>(
             spa_buffer_find_meta_data(buffer->buffer, SPA_META_Header, sizeof(spa_meta_header))))
         *header = {.flags = 0, .offset = 0, .pts = static_cast<std::int64_t>(order.moment * 1e9)};
+    if (auto* const crop = static_cast<spa_meta_region*>(
+            spa_buffer_find_meta_data(buffer->buffer, SPA_META_VideoCrop, sizeof(spa_meta_region)))) {
+        crop->region = {{part.x, part.y},
+                        {static_cast<std::uint32_t>(part.width), static_cast<std::uint32_t>(part.height)}};
+    }
     if (auto* const cursor = static_cast<spa_meta_cursor*>(
             spa_buffer_find_meta_data(buffer->buffer, SPA_META_Cursor, sizeof(spa_meta_cursor)))) {
         *cursor = {};

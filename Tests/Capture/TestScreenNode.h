@@ -26,6 +26,8 @@ public:
     /// The moment of the media clock that the picture is stamped with.
     double show(std::uint8_t grey);
     void resize(int width, int height);
+    /// Only that part of its pictures shows something from now on.
+    void crop(PixelRect part);
     /// Sends nothing any more, and says nothing.
     void pause() { isPausing_ = true; }
     /// Without a picture.
@@ -59,6 +61,7 @@ private:
     std::vector<Order> orders_;                  // guarded by lock_
     std::optional<Order> shown_;                 // guarded by lock_
     std::optional<std::pair<int, int>> newSize_; // guarded by lock_
+    PixelRect part_;                             // guarded by lock_; empty: all
     int width_;                                  // the thread's, as the next
     int height_;
     std::atomic<std::uint32_t> id_ = PW_ID_ANY;

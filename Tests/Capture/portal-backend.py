@@ -1,7 +1,10 @@
 #!/usr/bin/env python3
 """The part of a desktop that answers what to share, for xdg-desktop-portal: asks nobody, and does what a file says.
-portal-backend.py FILE    a JSON object: node, answer (0 yes, 1 no, 2 otherwise, 3 none), kind, kinds, pointers; read anew each
-time. Each question goes to FILE.log, a line of JSON each: what was asked, and what was restored."""
+portal-backend.py FILE [mutter]    a JSON object: node, answer (0 yes, 1 no, 2 otherwise, 3 none), kind, kinds, pointers; read anew each
+time. Each question goes to FILE.log, a line of JSON each: what was asked, and what was restored.
+
+With "mutter" it shares what that compositor has, its screen or the window in front, as the real part of its desktop does
+once the user has chosen. The pointer goes where FILE.pointer says, "X Y", of what is shared."""
 import json
 import sys
 
@@ -29,12 +32,60 @@ XML = (
 )
 
 
+CAST, CONTROL = "org.gnome.Mutter.ScreenCast", "org.gnome.Mutter.RemoteDesktop"
+
+
+class Mutter:
+    def __init__(self, bus, file):
+        self.bus = bus
+        self.file = file
+        self.pointer = None
+
+    def call(self, of, path, interface, method, arguments=None):
+        path = path or "/" + of.replace(".", "/")
+        return self.bus.call_sync(of, path, of + interface, method, arguments, None, 0, 5000, None).unpack()
+
+    def share(self, kind, pointer):
+        """The node of the screen (1) or the window in front (2), with the pointer hidden, embedded or told."""
+        control = self.call(CONTROL, None, "", "CreateSession")[0]
+        name = GLib.Variant("(ss)", (CONTROL + ".Session", "SessionId"))
+        known = self.bus.call_sync(CONTROL, control, "org.freedesktop.DBus.Properties", "Get", name, None, 0, 5000, None)
+        joined = {"remote-desktop-session-id": GLib.Variant("s", known.unpack()[0])}
+        session = self.call(CAST, None, "", "CreateSession", GLib.Variant("(a{sv})", (joined,)))[0]
+        modes = {"cursor-mode": GLib.Variant("u", {1: 0, 2: 1, 4: 2}[pointer])}
+        if kind == 1:
+            stream = self.call(CAST, session, ".Session", "RecordMonitor", GLib.Variant("(sa{sv})", ("", modes)))[0]
+        else:
+            stream = self.call(CAST, session, ".Session", "RecordWindow", GLib.Variant("(a{sv})", (modes,)))[0]
+        nodes = []
+        self.bus.signal_subscribe(None, CAST + ".Stream", "PipeWireStreamAdded", stream, None, 0,
+                                  lambda *signal: nodes.append(signal[5].unpack()[0]))
+        self.call(CONTROL, control, ".Session", "Start")
+        while not nodes:
+            GLib.MainContext.default().iteration(True)
+        GLib.timeout_add(20, self.move, control, stream)
+        return nodes[0]
+
+    def move(self, control, stream):
+        try:
+            with open(self.file + ".pointer", encoding="utf-8") as file:
+                wanted = tuple(map(float, file.read().split()))
+        except FileNotFoundError:
+            return True
+        if wanted != self.pointer and len(wanted) == 2:
+            place = GLib.Variant("(sdd)", (stream, *wanted))
+            self.call(CONTROL, control, ".Session", "NotifyPointerMotionAbsolute", place)
+            self.pointer = wanted
+        return True
+
+
 class Backend:
-    def __init__(self, file):
+    def __init__(self, file, desktop):
         self.file = file
         self.sessions = {}
         self.info = Gio.DBusNodeInfo.new_for_xml(XML)
         self.bus = Gio.bus_get_sync(Gio.BusType.SESSION)
+        self.mutter = Mutter(self.bus, file) if desktop == "mutter" else None
         self.bus.register_object(
             "/org/freedesktop/portal/desktop", self.info.interfaces[0], self.call, self.property, None
         )
@@ -83,8 +134,17 @@ class Backend:
             return None
         if orders["answer"]:
             return orders["answer"], {}
-        about = {"size": GLib.Variant("(ii)", (160, 100)), "source_type": GLib.Variant("u", orders["kind"])}
-        results = {"streams": GLib.Variant("a(ua{sv})", [(orders["node"], about)])}
+        about = {"source_type": GLib.Variant("u", orders["kind"])}
+        node = orders["node"]
+        if self.mutter:
+            try:
+                node = self.mutter.share(orders["kind"], asked["cursor_mode"])
+            except GLib.Error as error:
+                print(error.message, flush=True)
+                return 2, {}
+        else:
+            about["size"] = GLib.Variant("(ii)", (160, 100))
+        results = {"streams": GLib.Variant("a(ua{sv})", [(node, about)])}
         if asked.get("persist_mode"):
             results["persist_mode"] = GLib.Variant("u", asked["persist_mode"])
             restore = GLib.Variant("(suv)", ("tavaro", 1, GLib.Variant("s", orders["restore"])))
@@ -92,5 +152,5 @@ class Backend:
         return 0, results
 
 
-backend = Backend(sys.argv[1])
+backend = Backend(sys.argv[1], sys.argv[2] if len(sys.argv) > 2 else None)
 GLib.MainLoop().run()

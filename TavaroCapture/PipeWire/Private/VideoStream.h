@@ -25,6 +25,7 @@ struct VideoPicture {
     double capturedAt = 0;                      // moment of the media clock
     bool isDamaged = false;                     // its device says so
     std::optional<std::uint64_t> sequence = {}; // of its device's pictures, where it counts them
+    std::optional<PixelRect> part = {};         // that shows something, inside of it; none: all of it
 };
 
 /// Pictures of one node: a camera's, or a screen's that somebody shares. It is never moved to another node. All its

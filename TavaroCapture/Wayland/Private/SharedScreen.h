@@ -56,7 +56,7 @@ private:
     void awaitFirstPicture();
     void askAgain();
     bool settleSize(DeviceFormat const& format);
-    void note(pipewire::VideoPicture const& picture);
+    void note(pipewire::VideoPicture const& whole);
     void follow();
     [[noreturn]] void failWithoutPicture() const;
     [[noreturn]] void failOutside(DeviceFormat const& format) const;

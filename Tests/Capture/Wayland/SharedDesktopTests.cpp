@@ -138,6 +138,25 @@ TEST_F(SharedDesktopTest, anAreaIsAPartOfThePictureAlsoWhenTheScreenChangesItsSi
     EXPECT_EQ(greyAt(desktop, 10, 5), 0); // beyond it
 }
 
+TEST_F(SharedDesktopTest, aWindowInAPictureOfTheScreenIsAllThatIsRecorded) {
+    portal->screen().crop({100, 150, 220, 600});
+    portal->answer({.kind = 2});
+    auto const desktop = shareDesktop(WindowSource{1}, 60);
+    EXPECT_EQ(desktop.screen->size(), (Size2{220, 50}));
+    EXPECT_TRUE(shows(desktop, 40));
+    EXPECT_EQ(greyAt(desktop, 0, 0), 40);
+    EXPECT_EQ(greyAt(desktop, 219, 49), 255); // the picture's lower right corner
+    portal->screen().crop({0, 0, 5, 9});      // it is made smaller, and is elsewhere
+    portal->screen().show(70);
+    EXPECT_TRUE(eventually([&] {
+        desktop.screen->grab(mediaClockNow());
+        return greyAt(desktop, 4, 8) == 70;
+    }));
+    EXPECT_EQ(greyAt(desktop, 0, 0), 255);
+    EXPECT_EQ(greyAt(desktop, 5, 8), 0);
+    EXPECT_EQ(greyAt(desktop, 4, 9), 0);
+}
+
 TEST_F(SharedDesktopTest, whatEndsIsLostWithinTwoSecondsAndAStillScreenIsNot) {
     auto const isLost = [](SharedDesktop const& desktop) {
         return [&] { return desktop.screen->grab(mediaClockNow()) == ScreenSource::Outcome::lost; };

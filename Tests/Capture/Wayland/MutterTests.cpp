@@ -1,0 +1,98 @@
+#include <TavaroCapture/Wayland/Private/SharedDesktop.h>
+
+#include "../TestDisplay.h"
+#include "../TestMutter.h"
+
+#include <TavaroCapture/Sources/CaptureError.h>
+#include <TavaroPlatform/Clocks/MediaClock.h>
+
+#include <array>
+#include <gmock/gmock.h>
+#include <unistd.h>
+
+namespace tavaro::wayland {
+
+namespace {
+
+using Color = std::array<int, 3>; // blue, green, red
+
+class MutterTest : public testing::Test {
+protected:
+    void SetUp() override {
+        if (!TestMutter::isInstalled()) GTEST_SKIP() << "mutter, a portal or PipeWire is not installed";
+        mutter.emplace(320, 200);
+    }
+
+    static SharedDesktop shared(CaptureSource const& source) {
+        auto result = shareDesktop(source, 60);
+        result.screen->grab(mediaClockNow());
+        return result;
+    }
+    static Color at(SharedDesktop const& desktop, int x, int y) {
+        auto const* const pixel = desktop.screen->picture().row(y) + std::ptrdiff_t{4} * x;
+        return {pixel[0], pixel[1], pixel[2]};
+    }
+    static bool shows(SharedDesktop const& desktop, int x, int y, Color const& color) {
+        return eventually([&] {
+            desktop.screen->grab(mediaClockNow());
+            return at(desktop, x, y) == color;
+        });
+    }
+    /// Whether the desktop says within a second that it is there.
+    bool leadsPointerTo(SharedDesktop const& desktop, PixelPoint point) const {
+        mutter->movePointer(point);
+        double const end = mediaClockNow() + 1;
+        while (desktop.events->pointer() != point && mediaClockNow() < end) usleep(5000);
+        return desktop.events->pointer() == point;
+    }
+    /// A window is drawn smaller while it comes up, and a loaded machine is late.
+    bool leadsPointerAlong(SharedDesktop const& desktop, PixelPoint point) const {
+        int tries = 0;
+        return eventually([&] { return leadsPointerTo(desktop, {point.x, point.y + tries++ % 8}); });
+    }
+
+    static constexpr Color red{0, 0, 255};
+    std::optional<TestMutter> mutter;
+};
+
+TEST_F(MutterTest, thePointerOfAStillScreenIsToldAndNotInThePicture) {
+    auto const desktop = shared(DisplaySource{});
+    EXPECT_EQ(desktop.screen->size(), (Size2{320, 200}));
+    auto const ground = at(desktop, 150, 90);
+    for (auto const point : {PixelPoint{10, 20}, PixelPoint{148, 88}, PixelPoint{300, 190}, PixelPoint{148, 88}})
+        EXPECT_TRUE(leadsPointerAlong(desktop, point));
+    desktop.screen->grab(mediaClockNow());
+    EXPECT_EQ(at(desktop, 150, 90), ground);
+    EXPECT_THAT(desktop.events->limits(), testing::ElementsAre(testing::HasSubstr("clicks and keys")));
+}
+
+TEST_F(MutterTest, aWindowIsSharedByItselfWithThePointerInItsOwnPixels) {
+    mutter->showWindow(120, 80, "#ff0000");
+    mutter->share(2);
+    // There is none to share before it has come up.
+    std::optional<SharedDesktop> window;
+    ASSERT_TRUE(eventually([&] {
+        try {
+            window = shared(WindowSource{1});
+        } catch (CaptureError const&) {
+        }
+        return window.has_value();
+    }));
+    EXPECT_TRUE(shows(*window, 60, 40, red));
+    EXPECT_EQ(window->screen->size(), (Size2{120, 80}));
+    EXPECT_TRUE(leadsPointerAlong(*window, {30, 20}));
+}
+
+TEST_F(MutterTest, whatChangesIsSeenAlsoInAnAreaAndADeadCompositorIsALostScreen) {
+    auto const area = shared(AreaSource{.rect = {100, 60, 120, 80}, .shape = AreaShape::free});
+    EXPECT_NE(at(area, 60, 40), red);
+    mutter->showWindow(320, 200, "#ff0000");
+    EXPECT_TRUE(shows(area, 60, 40, red));
+    EXPECT_EQ(area.screen->size(), (Size2{120, 80}));
+    mutter->kill();
+    EXPECT_TRUE(eventually([&] { return area.screen->grab(mediaClockNow()) == ScreenSource::Outcome::lost; }));
+}
+
+}
+
+}
