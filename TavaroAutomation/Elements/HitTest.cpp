@@ -62,6 +62,21 @@ public:
         });
     }
 
+    /// How far above the rest of a page something of these is drawn by habit: a menu above a list, that above text.
+    int height(std::vector<Address> const& widgets) {
+        int highest = 0;
+        for (auto const& widget : widgets) {
+            switch (answer<Role>([&](auto then) { bus_.role(widget, then); }).value_or(Role::panel)) {
+            case Role::dialog:
+            case Role::menu:
+            case Role::popupMenu: return 2;
+            case Role::listBox: highest = 1; break;
+            default: break;
+            }
+        }
+        return highest;
+    }
+
     bool isLate() const { return isLate_; }
 
 private:
@@ -83,6 +98,14 @@ private:
 
 namespace {
 
+/// Without what is around both.
+void leaveWhatDiffers(std::vector<Address>& one, std::vector<Address>& other) {
+    while (!one.empty() && !other.empty() && one.back() == other.back()) {
+        one.pop_back();
+        other.pop_back();
+    }
+}
+
 std::optional<Cover> coverNow(AccessibilityBus& bus, PlacedElement const& element, UIPoint const& point,
                               Deadline deadline, std::stop_token const& stop) {
     auto const& habits = habitsOf(element.toolkit);
@@ -96,13 +119,15 @@ std::optional<Cover> coverNow(AccessibilityBus& bus, PlacedElement const& elemen
         element.root, {static_cast<int>(std::lround(place.x)), static_cast<int>(std::lround(place.y)), habits.origin});
     if (!hit || *hit == element.address) return std::nullopt;
     auto over = test.around(*hit, element.root);
-    auto const wanted = test.around(element.address, element.root);
+    auto wanted = test.around(element.address, element.root);
     bool const isAround = std::ranges::find(wanted, *hit) != wanted.end();
     bool const isInside = std::ranges::find(over, element.address) != over.end();
     if (isAround || isInside || test.isLate()) return std::nullopt;
     // Pages draw the label of a box over the box, and a click on it is one on the box.
     if (habits.showsPages && test.hasLabel(over)) return std::nullopt;
-    std::erase_if(over, [&](Address const& each) { return std::ranges::find(wanted, each) != wanted.end(); });
+    leaveWhatDiffers(over, wanted);
+    // A menu may come before what it opens over.
+    if (habits.pointGoesByOrder && test.height(wanted) > test.height(over)) return std::nullopt;
     auto title = test.titleOf(over, element.toolkit);
     return test.isLate() ? std::nullopt : std::optional(Cover{std::move(title)});
 }

@@ -34,6 +34,7 @@ constexpr ToolkitHabits ofQt{.cutsOffInEveryContainer = true,
 constexpr ToolkitHabits ofChromium{.hasPagesInPixels = true,
                                    .pointFindsInnermost = true,
                                    .pointSeesWhatCovers = true,
+                                   .pointGoesByOrder = true,
                                    .answersFromOldPicture = true,
                                    .saysWhatIsScrolledAway = true,
                                    .showsPages = true};

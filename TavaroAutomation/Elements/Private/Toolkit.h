@@ -22,6 +22,7 @@ struct ToolkitHabits {
     bool cutsOffInEveryContainer = false; // what shows is told only by what is around it
     bool pointFindsInnermost = false;     // and not the next widget inwards
     bool pointSeesWhatCovers = false;     // as the pointer does
+    bool pointGoesByOrder = false;        // of a page, and not by what is drawn over what
     bool answersFromOldPicture = false;   // when it is asked what is at a point, and looks then
 
     // States

@@ -81,9 +81,29 @@ TEST_F(HitTestTest, onAPageALabelDoesNotCoverItsBox) {
 TEST_F(HitTestTest, whatChromiumSaysBeforeItLookedIsAskedAgain) {
     auto widgets = window();
     widgets[0].guesses = 6;
+    widgets[dialog].role = Role::panel;
     FakeProgram const program(testBus, "Chromium", widgets);
     EXPECT_EQ(cover(element(program, close, Toolkit::chromium), 90, 15), "nothing");
     EXPECT_EQ(cover(element(program, save, Toolkit::chromium), 90, 15), "Cookies") << "it stays there";
+}
+
+TEST_F(HitTestTest, aMenuOfAPageOpensOverWhatComesAfterIt) {
+    constexpr int page = 2, menu = 3, item = 4, list = 5, row = 6;
+    std::deque<FakeWidget> widgets{widget(Role::application, "app", {}, {frame}),
+                                   widget(Role::frame, "Window", {0, 0, 400, 300}, {page}),
+                                   widget(Role::documentWeb, "Page", {0, 0, 400, 300}, {menu, list}),
+                                   widget(Role::menu, "", {0, 100, 80, 40}, {item}),
+                                   widget(Role::menuItem, "Export", {0, 100, 80, 20}),
+                                   widget(Role::listBox, "Choices", {0, 90, 400, 100}, {row}),
+                                   widget(Role::listItem, "Choice 1", {0, 100, 400, 20})};
+    FakeProgram const program(testBus, "Chromium", widgets);
+    EXPECT_EQ(cover(element(program, item, Toolkit::chromium), 40, 110), "nothing");
+    widgets[list].role = Role::dialog;
+    FakeProgram const other(testBus, "Chromium", widgets);
+    EXPECT_EQ(cover(element(other, item, Toolkit::chromium), 40, 110), "Choices") << "a dialog is over a menu";
+    widgets[menu].role = Role::panel;
+    FakeProgram const plain(testBus, "Chromium", widgets);
+    EXPECT_EQ(cover(element(plain, item, Toolkit::chromium), 40, 110), "Choices");
 }
 
 TEST_F(HitTestTest, aToolkitThatDoesNotKnowWhatIsOnTopIsNotAsked) {
