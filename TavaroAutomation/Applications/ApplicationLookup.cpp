@@ -59,6 +59,13 @@ bool isOf(x11::OpenWindow const& window, DesktopEntry const* entry, std::string_
            isSame(names.instance, name) || isSame(window.gtkApplicationID, name);
 }
 
+/// Whether the window may be of another application that shares its process: of an office suite, of a browser.
+bool isOfOther(x11::OpenWindow const& window, DesktopEntry const* entry) {
+    bool const isAskedByOther =
+        entry && window.launch.isOwn && !window.launch.entry.empty() && window.launch.entry != entry->identity.bundleID;
+    return window.isOfInstalled() || isAskedByOther;
+}
+
 /// The window that a dialog, or a dialog of that, belongs to; itself where it belongs to none.
 x11::OpenWindow const& ownerOf(std::vector<x11::OpenWindow> const& all, x11::OpenWindow const& window) {
     constexpr int deepest = 8; // windows may belong to each other
@@ -105,9 +112,8 @@ std::vector<x11::OpenWindow> windowsOf(std::vector<x11::OpenWindow> const& all, 
         // Popups often have no class of their own.
         if (own.contains(window.window) || !processes.contains(window.pid)) return own.contains(window.window);
         if (window.isPopup) return true;
-        // Several applications may share a process: of an office suite, of a browser.
         auto const& owner = ownerOf(all, window);
-        return own.contains(owner.window) || !owner.isOfInstalled();
+        return own.contains(owner.window) || !isOfOther(owner, entry);
     });
     return result;
 }

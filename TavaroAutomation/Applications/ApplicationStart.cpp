@@ -5,6 +5,7 @@
 #include <TavaroAutomation/Applications/Private/ProgramFile.h>
 #include <TavaroAutomation/Applications/Private/WindowControl.h>
 #include <TavaroAutomation/Errors/AutomationError.h>
+#include <TavaroCapture/Sources/InstalledEntries.h>
 #include <TavaroCore/Errors/Excerpt.h>
 #include <TavaroPlatform/Processes/DetachedProcess.h>
 
@@ -50,10 +51,13 @@ public:
 
     OpenWindow window() {
         std::optional<OpenWindow> found;
-        x11::waitUntil(Clock::now() + start_.longest, start_.stop, [&] {
-            found = newWindow();
-            return found || process_->hasFailed() || hasGone();
-        });
+        x11::waitUntil(
+            Clock::now() + start_.longest, start_.stop,
+            [&] {
+                found = newWindow();
+                return found || process_->hasFailed() || hasGone();
+            },
+            x11::betweenLooksAtWindows);
         if (found) return *found;
         failStart(whatCameOfIt());
     }
@@ -80,13 +84,22 @@ private:
 
     std::optional<OpenWindow> newWindow() {
         auto const all = x11::openWindows(connection_);
-        std::vector<OpenWindow> own;
-        for (auto const& window : all) {
-            if (!known_.contains(window.window) && isOwn(window)) own.push_back(window);
-        }
+        auto fresh = all;
+        std::erase_if(fresh, [&](OpenWindow const& window) { return known_.contains(window.window); });
+        auto own = fresh;
+        std::erase_if(own, [&](OpenWindow const& window) { return !isOwn(window); });
         // A program that runs already may only raise its old window.
         if (own.empty() && process_->hasEnded()) own = windowsOf(all, &entry_, entry_.identity.bundleID);
-        return frontWindow(own);
+        auto const found = frontWindow(own);
+        return found || !endedAt_ ? found : handedOver(fresh);
+    }
+
+    /// A program that runs already may show a window that bears the name of another entry of its.
+    std::optional<OpenWindow> handedOver(std::vector<OpenWindow> fresh) {
+        std::erase_if(fresh, [](OpenWindow const& window) { return window.transientFor != XCB_NONE; });
+        auto const found = frontWindow(fresh);
+        if (found) x11::markLaunch(connection_, found->window, entry_.identity.bundleID);
+        return found;
     }
 
     bool isOwn(OpenWindow const& window) const {
@@ -112,6 +125,8 @@ std::vector<OpenWindow> windowsBeside(x11::Connection& connection, OpenWindow co
 
 /// A window may grow, be replaced or be covered by a dialog while its program starts; what is in front then counts.
 OpenWindow inFront(x11::Connection& connection, OpenWindow window, std::stop_token const& stop) {
+    // One that was on a display which is gone, or was moved away, is on none.
+    x11::bringOnDisplay(connection, window, window.frame, stop);
     for (int attempt = 0; attempt < 3; ++attempt) {
         if (x11::bringToFront(connection, window, stop))
             return x11::openWindow(connection, x11::topLevel(connection, window.window)).value_or(window);
@@ -140,9 +155,9 @@ DesktopEntry entryToStart(DesktopEntry const* installed, std::string const& name
 }
 
 UIAppInfo openApplication(x11::Connection& connection, ApplicationStart const& start) {
-    DesktopEntries const entries(DesktopEntries::usualFolders());
+    auto const entries = InstalledEntries::usual(InstalledEntries::Freshness::now);
     auto const open = x11::openWindows(connection);
-    auto const* const installed = entryNamed(entries, start.name, open);
+    auto const* const installed = entryNamed(*entries, start.name, open);
     if (auto const front = frontWindow(windowsOf(open, installed, start.name)))
         return infoOf(inFront(connection, *front, start.stop), installed);
     auto const entry = entryToStart(installed, start.name);

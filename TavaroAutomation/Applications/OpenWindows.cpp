@@ -11,11 +11,6 @@ namespace tavaro::x11 {
 
 namespace {
 
-UIRect uiRect(PixelRect const& rect) {
-    return {static_cast<double>(rect.x), static_cast<double>(rect.y), static_cast<double>(rect.width),
-            static_cast<double>(rect.height)};
-}
-
 bool hasType(Connection& connection, xcb_window_t window, std::initializer_list<char const*> types) {
     auto const own = connection.cardinals(window, "_NET_WM_WINDOW_TYPE");
     return std::ranges::any_of(
@@ -29,11 +24,6 @@ UIRect contentsOf(Connection& connection, xcb_window_t window) {
         window, connection.root(), std::int16_t{0}, std::int16_t{0});
     if (!geometry || !place) return {};
     return uiRect({place->dst_x, place->dst_y, geometry->width, geometry->height});
-}
-
-std::string titleOf(Connection& connection, xcb_window_t window) {
-    auto title = connection.text(window, "_NET_WM_NAME");
-    return title.empty() ? connection.text(window, "WM_NAME") : title;
 }
 
 /// Launchers leave the entry's name, and for which process, in the variables of what they start. Whatever that starts
@@ -51,6 +41,14 @@ OpenWindow::Launch launchOf(int pid) {
     return result;
 }
 
+constexpr char const* launchMark = "_TAVARO_DESKTOP_ENTRY";
+
+OpenWindow::Launch launchOf(Connection& connection, xcb_window_t window, int pid) {
+    if (auto marked = connection.text(window, launchMark); !marked.empty())
+        return {.entry = std::move(marked), .isOwn = true};
+    return pid == 0 ? OpenWindow::Launch{} : launchOf(pid);
+}
+
 /// The window that a dialog belongs to.
 xcb_window_t transientFor(Connection& connection, xcb_window_t window) {
     auto const other = connection.cardinals(window, "WM_TRANSIENT_FOR");
@@ -65,6 +63,11 @@ bool isMinimized(Connection& connection, xcb_window_t window) {
 
 }
 
+UIRect uiRect(PixelRect const& rect) {
+    return {static_cast<double>(rect.x), static_cast<double>(rect.y), static_cast<double>(rect.width),
+            static_cast<double>(rect.height)};
+}
+
 std::optional<OpenWindow> openWindow(Connection& connection, xcb_window_t topLevel) {
     auto const about = connection.ask<xcb_get_window_attributes, xcb_get_window_attributes_reply>(topLevel);
     auto const frame = shownFrameOf(connection, topLevel);
@@ -77,22 +80,33 @@ std::optional<OpenWindow> openWindow(Connection& connection, xcb_window_t topLev
         hasType(connection, window,
                 {"_NET_WM_WINDOW_TYPE_DESKTOP", "_NET_WM_WINDOW_TYPE_DOCK", "_NET_WM_WINDOW_TYPE_TOOLTIP"}))
         return std::nullopt;
-    auto const pid = connection.cardinals(window, "_NET_WM_PID");
-    OpenWindow result{.window = window,
+    auto const pid = processOf(connection, window);
+    auto const states = connection.cardinals(window, "_NET_WM_STATE");
+    auto const is = [&](char const* state) {
+        return std::ranges::find(states, connection.atom(state)) != states.end();
+    };
+    return OpenWindow{.window = window,
                       .topLevel = topLevel,
-                      .pid = pid.empty() ? 0 : static_cast<int>(pid[0]),
-                      .title = titleOf(connection, window),
+                      .pid = pid,
+                      .title = windowTitle(connection, window),
                       .windowClass = windowClass(connection, window),
                       .application = applicationOf(connection, window),
                       .transientFor = transientFor(connection, window),
                       .gtkApplicationID = connection.text(window, "_GTK_APPLICATION_ID"),
+                      .launch = launchOf(connection, window, pid),
                       .contents = contentsOf(connection, window),
                       .frame = uiRect(*frame),
                       .isPopup = isPopup,
                       .isMinimized = isIcon,
+                      .isShaded = is("_NET_WM_STATE_SHADED"),
+                      .isModal = is("_NET_WM_STATE_MODAL"),
                       .isSplash = hasType(connection, window, {"_NET_WM_WINDOW_TYPE_SPLASH"})};
-    if (result.pid != 0) result.launch = launchOf(result.pid);
-    return result;
+}
+
+void markLaunch(Connection& connection, xcb_window_t window, std::string const& entry) {
+    xcb_change_property(connection.get(), XCB_PROP_MODE_REPLACE, window, connection.atom(launchMark),
+                        connection.atom("UTF8_STRING"), 8, static_cast<std::uint32_t>(entry.size()), entry.data());
+    connection.synchronize();
 }
 
 std::vector<OpenWindow> openWindows(Connection& connection) {

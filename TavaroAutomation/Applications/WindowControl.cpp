@@ -1,10 +1,12 @@
 #include <TavaroAutomation/Applications/Private/WindowControl.h>
 
 #include <TavaroAutomation/Errors/AutomationError.h>
+#include <TavaroCapture/X11/Desktop.h>
 
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <cmath>
 #include <cstring>
 #include <set>
 #include <thread>
@@ -17,14 +19,16 @@ namespace {
 using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
 
+constexpr std::uint32_t pager = 2; // who asks
+
 /// A request to the window manager about a window, or about the desktop where it is the root.
-void ask(Connection& connection, xcb_window_t window, char const* what, std::uint32_t value) {
+void ask(Connection& connection, xcb_window_t window, char const* what, std::array<std::uint32_t, 5> const& values) {
     xcb_client_message_event_t event{};
     event.response_type = XCB_CLIENT_MESSAGE;
     event.format = 32;
     event.window = window;
     event.type = connection.atom(what);
-    event.data.data32[0] = value;
+    std::ranges::copy(values, event.data.data32);
     std::array<char, 32> bytes{};
     static_assert(sizeof event == bytes.size());
     std::memcpy(bytes.data(), &event, bytes.size());
@@ -34,8 +38,7 @@ void ask(Connection& connection, xcb_window_t window, char const* what, std::uin
 
 /// A pager's request, since window managers refuse a program's own to keep focus from being stolen.
 void askToActivate(Connection& connection, xcb_window_t window) {
-    constexpr std::uint32_t pager = 2;
-    ask(connection, window, "_NET_ACTIVE_WINDOW", pager);
+    ask(connection, window, "_NET_ACTIVE_WINDOW", {pager});
 }
 
 std::optional<std::uint32_t> cardinal(Connection& connection, xcb_window_t window, char const* property) {
@@ -49,8 +52,14 @@ void showDesktopOf(Connection& connection, xcb_window_t window, std::stop_token 
     auto const wanted = cardinal(connection, window, "_NET_WM_DESKTOP");
     auto const isShown = [&] { return cardinal(connection, connection.root(), "_NET_CURRENT_DESKTOP") == wanted; };
     if (!wanted || *wanted == onAll || isShown()) return;
-    ask(connection, connection.root(), "_NET_CURRENT_DESKTOP", *wanted);
+    ask(connection, connection.root(), "_NET_CURRENT_DESKTOP", {*wanted});
     waitUntil(Clock::now() + 1s, stop, isShown);
+}
+
+void unroll(Connection& connection, OpenWindow const& window) {
+    constexpr std::uint32_t remove = 0;
+    if (window.isShaded)
+        ask(connection, window.window, "_NET_WM_STATE", {remove, connection.atom("_NET_WM_STATE_SHADED"), 0, pager});
 }
 
 bool hasWindowManager(Connection& connection) {
@@ -71,6 +80,58 @@ void waitUntilStill(Connection& connection, xcb_window_t window, std::stop_token
         return std::exchange(before, now) == now && now;
     };
     waitUntil(Clock::now() + 1s, stop, isStill, 80ms);
+}
+
+bool isOnDisplay(std::vector<UIRect> const& displays, UIPoint const& point) {
+    return std::ranges::any_of(displays, [&](UIRect const& display) { return display.contains(point); });
+}
+
+/// Without the room that panels keep, where the window manager says so.
+std::vector<UIRect> roomOnDisplays(Connection& connection) {
+    auto const room = connection.cardinals(connection.root(), "_NET_WORKAREA"); // x, y, width, height of each desktop
+    std::vector<UIRect> result;
+    for (auto const& display : displays(connection)) {
+        auto const whole = uiRect(display.frame);
+        auto const free = room.size() < 4
+                              ? whole
+                              : whole.intersection({static_cast<double>(room[0]), static_cast<double>(room[1]),
+                                                    static_cast<double>(room[2]), static_cast<double>(room[3])});
+        result.push_back(free.isEmpty() ? whole : free);
+    }
+    return result;
+}
+
+/// That which shows most of the window, else the first.
+UIRect const& displayOf(std::vector<UIRect> const& displays, UIRect const& window) {
+    auto const shown = [&](UIRect const& display) {
+        auto const part = display.intersection(window);
+        return part.width * part.height;
+    };
+    return *std::ranges::max_element(displays, {}, shown);
+}
+
+/// By how much a stretch has to move to be within the room; 0 where it does not fit.
+double shiftInto(double begin, double length, double room, double roomLength) {
+    if (length > roomLength) return 0;
+    return std::clamp(begin, room, room + roomLength - length) - begin;
+}
+
+/// The whole window where there is room, else the part.
+UIPoint shiftOnto(UIRect const& display, UIRect const& window, UIRect const& part) {
+    auto const& wide = window.width <= display.width ? window : part;
+    auto const& high = window.height <= display.height ? window : part;
+    return {shiftInto(wide.x, wide.width, display.x, display.width),
+            shiftInto(high.y, high.height, display.y, display.height)};
+}
+
+void moveTo(Connection& connection, OpenWindow const& window, UIPoint const& corner) {
+    constexpr std::uint32_t ownCorner = 10, hasX = 1U << 8, hasY = 1U << 9, asPager = pager << 12;
+    auto const x = static_cast<std::uint32_t>(std::lround(corner.x)),
+               y = static_cast<std::uint32_t>(std::lround(corner.y));
+    if (hasWindowManager(connection))
+        return ask(connection, window.window, "_NET_MOVERESIZE_WINDOW", {ownCorner | hasX | hasY | asPager, x, y});
+    std::array<std::uint32_t, 2> const place{x, y};
+    xcb_configure_window(connection.get(), window.topLevel, XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y, place.data());
 }
 
 /// The pixels of some of its rows; empty when it is gone or not shown.
@@ -122,9 +183,10 @@ bool waitUntil(Deadline deadline, std::stop_token const& stop, std::function<boo
 }
 
 bool bringToFront(Connection& connection, OpenWindow const& window, std::stop_token const& stop) {
-    bool const wasShown = isViewable(connection, window.window);
+    bool const wasShown = isViewable(connection, window.window) && !window.isShaded;
     if (hasWindowManager(connection)) {
         showDesktopOf(connection, window.window, stop);
+        unroll(connection, window);
         askToActivate(connection, window.window);
     } else {
         raise(connection, window);
@@ -136,6 +198,20 @@ bool bringToFront(Connection& connection, OpenWindow const& window, std::stop_to
     });
     if (!wasShown) waitUntilStill(connection, window.window, stop);
     return isInFront;
+}
+
+bool bringOnDisplay(Connection& connection, OpenWindow const& window, UIRect const& part, std::stop_token const& stop) {
+    auto const displays = roomOnDisplays(connection);
+    if (isOnDisplay(displays, part.center())) return false;
+    auto const before = frameOf(connection, topLevel(connection, window.window));
+    auto const shift = shiftOnto(displayOf(displays, window.frame), window.frame, part);
+    if (shift == UIPoint{}) return false;
+    moveTo(connection, window, {window.contents.x + shift.x, window.contents.y + shift.y});
+    connection.synchronize();
+    waitUntil(Clock::now() + 1s, stop,
+              [&] { return frameOf(connection, topLevel(connection, window.window)) != before; });
+    waitUntilStill(connection, window.window, stop);
+    return true;
 }
 
 void waitUntilPainted(Connection& connection, xcb_window_t window, std::stop_token const& stop) {

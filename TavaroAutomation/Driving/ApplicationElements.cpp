@@ -3,6 +3,7 @@
 #include <TavaroAutomation/Applications/Private/WindowControl.h>
 #include <TavaroAutomation/Elements/Private/ElementTitle.h>
 #include <TavaroAutomation/Errors/AutomationError.h>
+#include <TavaroCapture/Sources/InstalledEntries.h>
 #include <TavaroCore/Errors/Excerpt.h>
 
 #include <algorithm>
@@ -60,7 +61,8 @@ AccessibilityBus& ApplicationElements::bus() {
 
 OpenApplication ApplicationElements::find(std::string const& app, std::stop_token const& stop) {
     auto const all = x11::openWindows(connection_);
-    auto const* const entry = entryNamed(DesktopEntries::installed(), app, all);
+    auto const entries = InstalledEntries::usual();
+    auto const* const entry = entryNamed(*entries, app, all);
     auto own = windowsOf(all, entry, app);
     if (!frontWindow(own)) own = windowsOf(all, nullptr, app);
     auto const name = entry ? entry->identity.name : excerpt(app);

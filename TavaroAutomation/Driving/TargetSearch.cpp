@@ -90,6 +90,13 @@ PlacedElement const* matching(UITarget const& target, ApplicationListing const& 
     return found == all.end() ? nullptr : &*found;
 }
 
+/// The window that it is in; none of what is in a menu.
+x11::OpenWindow const* windowOf(FoundTarget const& target) {
+    auto const& windows = target.application.windows;
+    auto const found = std::ranges::find(windows, target.placed.window, &x11::OpenWindow::window);
+    return target.placed.isInPopup || found == windows.end() ? nullptr : &*found;
+}
+
 std::set<xcb_window_t> menusIn(ApplicationListing const& listing) {
     std::set<xcb_window_t> result;
     for (auto const& each : listing.elements) {
@@ -119,15 +126,8 @@ FoundTarget TargetSearch::find(UITarget const& target, Purpose purpose, std::sto
     auto found = look(target, purpose, stop);
     // Each may change what shows, and where.
     if (closeMenus(found, stop)) found = look(target, purpose, stop);
-    if (bringToFront(found, stop)) {
-        x11::waitUntil(
-            Clock::now() + layingOut, stop,
-            [&] {
-                found = look(target, purpose, stop);
-                return found.placed.element.isVisible;
-            },
-            betweenLooks);
-    }
+    if (bringToFront(found, stop)) lookUntilVisible(found, stop);
+    if (bringOnDisplay(found, stop)) lookUntilVisible(found, stop);
     if (purpose == Purpose::click) expectNoDialog(found);
     auto const& element = found.placed.element;
     if (purpose == Purpose::scroll) return found;
@@ -139,14 +139,23 @@ FoundTarget TargetSearch::find(UITarget const& target, Purpose purpose, std::sto
     return found;
 }
 
-/// A modal dialog has the keyboard, and takes the clicks for its application's other windows.
+/// A modal dialog takes the clicks for the window that it belongs to; with the keyboard, for all of its application's.
 void TargetSearch::expectNoDialog(FoundTarget const& target) {
+    auto const own = target.placed.window;
+    if (target.placed.isInPopup) return;
     auto const active = x11::activeWindow(connection_);
-    auto const& windows = target.application.windows;
-    auto const dialog = std::ranges::find(windows, active, &x11::OpenWindow::window);
-    if (target.placed.isInPopup || dialog == windows.end() || active == target.placed.window) return;
-    auto const states = connection_.cardinals(active, "_NET_WM_STATE");
-    if (std::ranges::find(states, connection_.atom("_NET_WM_STATE_MODAL")) == states.end()) return;
+    auto const isOfApplication = [&](x11::OpenWindow const& window) {
+        return std::ranges::any_of(target.application.windows, [&](auto const& each) {
+            return each.window == window.window || (each.pid != 0 && each.pid == window.pid);
+        });
+    };
+    auto const blocks = [&](x11::OpenWindow const& window) {
+        return window.isModal && !window.isMinimized && window.window != own &&
+               (window.transientFor == own || (window.window == active && isOfApplication(window)));
+    };
+    auto const open = x11::openWindows(connection_);
+    auto const dialog = std::ranges::find_if(open, blocks);
+    if (dialog == open.end()) return;
     fail(AutomationError::Kind::notShown, fmt::format("{} is behind the dialog {}: answer that first.",
                                                       nameOf(target.placed.element), inQuotes(dialog->title)));
 }
@@ -168,10 +177,20 @@ FoundTarget TargetSearch::look(UITarget const& target, Purpose purpose, std::sto
     return {.wanted = target, .purpose = purpose, .application = std::move(application), .placed = *found};
 }
 
+void TargetSearch::lookUntilVisible(FoundTarget& target, std::stop_token const& stop) {
+    x11::waitUntil(
+        Clock::now() + layingOut, stop,
+        [&] {
+            target = look(target.wanted, target.purpose, stop);
+            return target.placed.element.isVisible;
+        },
+        betweenLooks);
+}
+
 /// A menu that is open, of whichever program, takes every click beside it for itself, and one that is glided over opens
 /// by itself and is closed by the click.
 bool TargetSearch::closeMenus(FoundTarget const& target, std::stop_token const& stop) {
-    if (target.placed.isInPopup) return false;
+    if (target.placed.isInPopup || target.placed.isInMenu) return false;
     auto const menus = menusIn(listing_);
     auto const isOpen = [&] {
         return isPointerGrabbed(connection_) ||
@@ -185,7 +204,8 @@ bool TargetSearch::closeMenus(FoundTarget const& target, std::stop_token const& 
         auto const before = popups();
         typist.press(parseShortcut("esc"), stop);
         // One level at a time: what is pressed too often goes to the window behind.
-        x11::waitUntil(Clock::now() + closing, stop, [&] { return !isOpen() || popups() < before; });
+        x11::waitUntil(
+            Clock::now() + closing, stop, [&] { return !isOpen() || popups() < before; }, x11::betweenLooksAtWindows);
         if (!isOpen()) return true;
     }
     fail(AutomationError::Kind::notShown,
@@ -194,11 +214,18 @@ bool TargetSearch::closeMenus(FoundTarget const& target, std::stop_token const& 
 }
 
 bool TargetSearch::bringToFront(FoundTarget const& target, std::stop_token const& stop) {
+    auto const* const window = windowOf(target);
     // To make a window active that has a menu open closes the menu.
-    if (target.placed.isInPopup || x11::activeWindow(connection_) == target.placed.window) return false;
-    auto const& windows = target.application.windows;
-    auto const window = std::ranges::find(windows, target.placed.window, &x11::OpenWindow::window);
-    return window != windows.end() && x11::bringToFront(connection_, *window, stop);
+    if (!window || (x11::activeWindow(connection_) == window->window && !window->isShaded)) return false;
+    return x11::bringToFront(connection_, *window, stop);
+}
+
+/// A person moves a window to where its widgets can be reached; a wheel does not bring them.
+bool TargetSearch::bringOnDisplay(FoundTarget const& target, std::stop_token const& stop) {
+    auto const* const window = windowOf(target);
+    auto const& element = target.placed.element;
+    if (!window || element.isVisible || element.frame.intersection(window->contents).isEmpty()) return false;
+    return x11::bringOnDisplay(connection_, *window, element.frame, stop);
 }
 
 UIPoint TargetSearch::placeOf(FoundTarget& target, std::stop_token const& stop) {
@@ -262,7 +289,10 @@ void TargetSearch::expectWindowUnderPointer(FoundTarget const& target, std::stop
             return under.topLevel == XCB_NONE || std::ranges::any_of(target.application.windows, isOwn);
         },
         betweenLooks);
-    if (isThere && under.topLevel != XCB_NONE) return;
+    if (isThere && under.topLevel != XCB_NONE) {
+        if (target.purpose == Purpose::click) expectNoDialog(target); // it may have come meanwhile
+        return;
+    }
     auto const name = nameOf(target.placed.element);
     auto const& other = under.application.name;
     if (under.topLevel == XCB_NONE) {

@@ -18,17 +18,20 @@ namespace {
 
 using Windows = std::vector<x11::OpenWindow>;
 
+bool isTitled(x11::OpenWindow const& window, AccessibleNode const& root) {
+    return x11::readableTitle(root.name) == window.title;
+}
+
 double mismatch(AccessibleNode const& root, WindowFit const& fit, x11::OpenWindow const& window) {
     constexpr double otherTitle = 100; // in points of size
-    bool const isSame = root.name == window.title;
-    return fit.difference + (isSame ? 0 : otherTitle);
+    return fit.difference + (isTitled(window, root) ? 0 : otherTitle);
 }
 
 /// GTK 4 asks for room for a shadow that its own sizes leave out, on every side.
 constexpr double widestMargin = 160;
 
 bool isPlausible(AccessibleNode const& root, WindowFit const& fit, x11::OpenWindow const& window) {
-    return root.name == window.title || fit.difference < (window.isPopup ? 2 * rounding : 2 * widestMargin);
+    return isTitled(window, root) || fit.difference < (window.isPopup ? 2 * rounding : 2 * widestMargin);
 }
 
 /// The places of windows that tell of themselves: of every root of the tree, none for those that no window shows.
@@ -131,6 +134,7 @@ private:
         UIRect view; // the last of those around it that shows: what scrolls it
         std::size_t window = 0;
         int root = 0;
+        bool isInMenu = false;       // one that is open
         std::optional<UIRect> combo; // whose list the node is in, which shows in a window of its own
     };
 
@@ -154,7 +158,10 @@ private:
         if (!around.clip.isEmpty()) around.view = around.clip;
         if (isClipping(node(index), tree_.toolkit)) around.clip = around.clip.intersection(frame);
         if (node(index).role == Role::comboBox) around.combo = frame;
-        if (node(index).role == Role::popupMenu) moveIntoMenu(index, around.placement);
+        if (node(index).role == Role::popupMenu) {
+            moveIntoMenu(index, around.placement);
+            around.isInMenu = around.isInMenu || !frame.isEmpty();
+        }
         for (int const child : node(index).children) place(child, around);
     }
 
@@ -222,6 +229,7 @@ private:
                            .placement = around.placement,
                            .window = windows_[around.window].window,
                            .isInPopup = windows_[around.window].isPopup,
+                           .isInMenu = around.isInMenu,
                            .shownPart = isInside ? shown : view});
     }
 

@@ -141,11 +141,6 @@ std::vector<std::filesystem::path> DesktopEntries::usualFolders() {
     return result;
 }
 
-DesktopEntries const& DesktopEntries::installed() {
-    static DesktopEntries const entries(usualFolders());
-    return entries;
-}
-
 void DesktopEntries::add(DesktopEntry entry) {
     auto const place = entries_.size();
     auto const id = lowered(entry.identity.bundleID);
@@ -179,12 +174,6 @@ DesktopEntry const* DesktopEntries::ownerOf(WindowOwner const& window) const {
     }
     if (auto const* const entry = in(byProgram_, window.program)) return entry;
     return in(byName_, window.windowClass);
-}
-
-ApplicationIdentity identifyApplication(WindowOwner const& window, std::string const& fallback) {
-    if (auto const* const entry = DesktopEntries::installed().ownerOf(window)) return entry->identity;
-    std::string const& own = !window.windowClass.empty() ? window.windowClass : window.instance;
-    return own.empty() ? ApplicationIdentity{fallback, fallback} : ApplicationIdentity{own, own};
 }
 
 }

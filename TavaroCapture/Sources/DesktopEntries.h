@@ -48,8 +48,7 @@ class DesktopEntries {
 public:
     /// Reads those of the folders; of two with one id, that of the earlier folder counts. Unreadable ones are left out.
     explicit DesktopEntries(std::vector<std::filesystem::path> const& folders);
-    /// Those of the user and the system, read once. Any thread.
-    static DesktopEntries const& installed();
+    /// Of the user and the system.
     static std::vector<std::filesystem::path> usualFolders();
 
     std::vector<DesktopEntry> const& all() const { return entries_; }
@@ -71,8 +70,5 @@ private:
     Index byProgram_; // of those whose program starts no other entry's
     Index byName_;
 };
-
-/// Without an installed application, the class names the window's; with neither, `fallback` (a window's title) does.
-ApplicationIdentity identifyApplication(WindowOwner const& window, std::string const& fallback);
 
 }

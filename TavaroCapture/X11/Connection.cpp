@@ -1,6 +1,7 @@
 #include <TavaroCapture/X11/Connection.h>
 
 #include <TavaroCapture/Sources/CaptureError.h>
+#include <TavaroCore/Errors/Excerpt.h>
 
 #include <fmt/format.h>
 
@@ -81,8 +82,18 @@ std::string Connection::text(xcb_window_t window, std::string const& property) {
 WindowClass windowClass(Connection& connection, xcb_window_t window) {
     std::string const both = connection.text(window, "WM_CLASS"); // two texts, each ended by a zero byte
     auto const end = both.find('\0');
-    if (end == std::string::npos) return {both, both};
-    return {both.substr(0, end), both.substr(end + 1, both.find('\0', end + 1) - end - 1)};
+    if (end == std::string::npos) return {excerpt(both), excerpt(both)};
+    return {excerpt(both.substr(0, end)), excerpt(both.substr(end + 1, both.find('\0', end + 1) - end - 1))};
+}
+
+std::string windowTitle(Connection& connection, xcb_window_t window) {
+    auto const title = connection.text(window, "_NET_WM_NAME");
+    return readableTitle(title.empty() ? connection.text(window, "WM_NAME") : title);
+}
+
+std::string readableTitle(std::string_view title) {
+    constexpr std::size_t longest = 400; // bytes
+    return excerpt(title, longest);
 }
 
 xcb_window_t topLevel(Connection& connection, xcb_window_t window) {

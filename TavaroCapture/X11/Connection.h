@@ -65,7 +65,11 @@ struct WindowClass {
     std::string instance; // "mousepad"
     std::string name;     // "Mousepad"
 };
+/// Whoever made a window chose its names. These are on one line, and not too long for a sentence.
 WindowClass windowClass(Connection& connection, xcb_window_t window);
+std::string windowTitle(Connection& connection, xcb_window_t window);
+/// A title as `windowTitle` has it.
+std::string readableTitle(std::string_view title);
 
 /// The window's ancestor (or itself) whose parent is the root: the window manager's frame where there is one.
 xcb_window_t topLevel(Connection& connection, xcb_window_t window);

@@ -1,12 +1,14 @@
 #include <TavaroCapture/X11/Desktop.h>
 
 #include <TavaroCapture/Sources/CaptureError.h>
+#include <TavaroCapture/Sources/InstalledEntries.h>
 
 #include <algorithm>
 #include <cctype>
 #include <filesystem>
 #include <fmt/format.h>
 #include <xcb/randr.h>
+#include <xcb/res.h>
 
 namespace tavaro::x11 {
 
@@ -40,11 +42,6 @@ bool isMinimized(Connection& connection, xcb_window_t window) {
     return !state.empty() && state[0] == 3; // IconicState
 }
 
-std::string titleOf(Connection& connection, xcb_window_t window) {
-    std::string title = connection.text(window, "_NET_WM_NAME");
-    return title.empty() ? connection.text(window, "WM_NAME") : title;
-}
-
 /// The file name of the program that says the window is its; empty where that is unknown.
 std::string programOf(Connection& connection, xcb_window_t window) {
     int const process = processOf(connection, window);
@@ -53,10 +50,26 @@ std::string programOf(Connection& connection, xcb_window_t window) {
     return std::filesystem::read_symlink(fmt::format("/proc/{}/exe", process), code).filename().string();
 }
 
+/// The process whose connection made the window, as the server sees it. 0 where it is on another machine.
+int processOfClient(Connection& connection, xcb_window_t window) {
+    if (!connection.extension(xcb_res_id)) return 0;
+    auto const version =
+        connection.ask<xcb_res_query_version, xcb_res_query_version_reply>(std::uint8_t{1}, std::uint8_t{2});
+    if (!version ||
+        std::pair(version->server_major, version->server_minor) < std::pair<std::uint16_t, std::uint16_t>(1, 2))
+        return 0;
+    xcb_res_client_id_spec_t const wanted{.client = window, .mask = XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID};
+    auto const reply = connection.ask<xcb_res_query_client_ids, xcb_res_query_client_ids_reply>(1U, &wanted);
+    if (!reply) return 0;
+    auto const first = xcb_res_query_client_ids_ids_iterator(reply.get());
+    bool const isThere = first.rem > 0 && xcb_res_client_id_value_value_length(first.data) > 0;
+    return isThere ? static_cast<int>(*xcb_res_client_id_value_value(first.data)) : 0;
+}
+
 WindowInfo describe(Connection& connection, xcb_window_t window, PixelRect const& frame) {
     auto const identity = applicationOf(connection, window);
     return {.window = window,
-            .title = titleOf(connection, window),
+            .title = windowTitle(connection, window),
             .application = identity.name,
             .bundleID = identity.bundleID,
             .pid = processOf(connection, window),
@@ -191,7 +204,7 @@ std::vector<WindowInfo> windows(Connection& connection) {
 
 int processOf(Connection& connection, xcb_window_t window) {
     auto const pid = connection.cardinals(window, "_NET_WM_PID");
-    return pid.empty() ? 0 : static_cast<int>(pid[0]);
+    return pid.empty() ? processOfClient(connection, window) : static_cast<int>(pid[0]);
 }
 
 ApplicationIdentity applicationOf(Connection& connection, xcb_window_t window) {
@@ -200,7 +213,7 @@ ApplicationIdentity applicationOf(Connection& connection, xcb_window_t window) {
                                 .windowClass = names.name,
                                 .gtkApplicationID = connection.text(window, "_GTK_APPLICATION_ID"),
                                 .program = programOf(connection, window)},
-                               titleOf(connection, window));
+                               windowTitle(connection, window));
 }
 
 ResolvedSource resolve(Connection& connection, CaptureSource const& source) {

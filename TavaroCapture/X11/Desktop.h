@@ -10,7 +10,7 @@ namespace tavaro::x11 {
 std::vector<DisplayInfo> displays(Connection& connection);
 /// Frontmost first, without desktops, docks and popups.
 std::vector<WindowInfo> windows(Connection& connection);
-/// 0 where the window does not say.
+/// As the window says, else the server; 0 where neither does.
 int processOf(Connection& connection, xcb_window_t window);
 ApplicationIdentity applicationOf(Connection& connection, xcb_window_t window);
 

@@ -74,7 +74,7 @@ TestDesktop::TestDesktop() {
 TestDesktop::~TestDesktop() {
     x11::Connection connection(display());
     for (auto const& window : x11::openWindows(connection)) {
-        if (window.pid > 1) ::kill(window.pid, SIGKILL);
+        if (window.pid > 1 && window.pid != ::getpid()) ::kill(window.pid, SIGKILL);
     }
     if (windowManager_ == 0) return;
     ::kill(windowManager_, SIGKILL);

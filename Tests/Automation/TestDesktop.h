@@ -11,7 +11,7 @@
 namespace tavaro {
 
 /// A desktop of its own: a display, a window manager, a session with its bus, and the galleries of widgets installed as
-/// applications. One a process, whose variables it sets: what is installed is read once. Its programs end with it.
+/// applications. One at a time in a process, whose variables it sets. Its programs end with it.
 class TestDesktop {
 public:
     TestDesktop();

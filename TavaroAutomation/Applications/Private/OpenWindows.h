@@ -10,9 +10,11 @@
 /// The windows of the desktop as their programs and the window manager describe them.
 namespace tavaro::x11 {
 
+UIRect uiRect(PixelRect const& rect);
+
 struct OpenWindow {
-    /// By which desktop id its program was started; empty where nobody left that. What is not its own may be that of
-    /// a terminal that it was started from.
+    /// By which desktop id its program was started, or asked for the window; empty where nobody left that. What is not
+    /// its own may be that of a terminal that it was started from.
     struct Launch {
         std::string entry;
         bool isOwn = false;
@@ -31,6 +33,8 @@ struct OpenWindow {
     UIRect frame;         // as people see the window
     bool isPopup = false; // a menu, a list, a tooltip: the window manager leaves it alone
     bool isMinimized = false;
+    bool isShaded = false; // rolled up to its title bar
+    bool isModal = false;  // a dialog that has to be answered first
     bool isSplash = false; // that a program shows while it starts
 
     /// Whether the desktop has an entry for what the window says of itself.
@@ -39,6 +43,9 @@ struct OpenWindow {
 
 /// Frontmost first, popups too; without desktops, docks and tooltips. Throws `AutomationError` when the server is gone.
 std::vector<OpenWindow> openWindows(Connection& connection);
+/// Writes on the window which entry asked its program for it, for a program may have shown windows of other entries
+/// before.
+void markLaunch(Connection& connection, xcb_window_t window, std::string const& entry);
 /// Nothing when it is gone.
 std::optional<OpenWindow> openWindow(Connection& connection, xcb_window_t topLevel);
 

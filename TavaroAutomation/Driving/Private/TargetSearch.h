@@ -41,7 +41,7 @@ public:
     UIPoint placeOf(FoundTarget& target, std::stop_token const& stop);
     /// Where its top left corner is now, also where it is scrolled away; nothing where that is not known any more.
     std::optional<UIPoint> cornerOf(FoundTarget const& target, std::stop_token const& stop);
-    /// Throws `AutomationError` where a click would not go to a window of the target's application.
+    /// Throws `AutomationError` where a click would not go to a window of the target's application, or to a dialog.
     void expectWindowUnderPointer(FoundTarget const& target, std::stop_token const& stop);
     /// Throws `AutomationError` where another widget of its own window is at that point.
     void expectNotCovered(FoundTarget const& target, UIPoint const& point, std::stop_token const& stop);
@@ -49,10 +49,12 @@ public:
 private:
     x11::OpenWindow windowUnderPointer();
     FoundTarget look(UITarget const& target, Purpose purpose, std::stop_token const& stop);
+    void lookUntilVisible(FoundTarget& target, std::stop_token const& stop);
     FoundTarget foundAgain(FoundTarget const& target, std::stop_token const& stop);
     void expectNoDialog(FoundTarget const& target);
     bool closeMenus(FoundTarget const& target, std::stop_token const& stop);
     bool bringToFront(FoundTarget const& target, std::stop_token const& stop);
+    bool bringOnDisplay(FoundTarget const& target, std::stop_token const& stop);
 
     x11::Connection& connection_;
     std::string const display_;

@@ -31,6 +31,7 @@ struct PlacedElement {
     Placement placement;
     xcb_window_t window = XCB_NONE; // whose contents it is among
     bool isInPopup = false;         // of an open menu or list
+    bool isInMenu = false;          // also of one that Java draws within its window
     UIRect shownPart;               // of its frame; where it is scrolled away, the part of what scrolls it
 };
 

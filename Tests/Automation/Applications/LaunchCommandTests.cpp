@@ -135,6 +135,12 @@ TEST_F(InstalledPrograms, shareAProcessAndHaveWindowsOfTheirOwn) {
     std::vector<xcb_window_t> own;
     for (auto const& each : windowsOf(all, words, "Words")) own.push_back(each.window);
     EXPECT_THAT(own, ElementsAre(3, 4, 5, 6, 8)) << "its own, its dialogs, and what says nothing of itself";
+    auto asked = make(9, unknown, 0), first = make(10, unknown, 0);
+    asked.launch = {.entry = "suite-sums", .isOwn = true};
+    first.launch = {.entry = "suite-words", .isOwn = true};
+    auto const ofWords = windowsOf({asked, first}, words, "Words");
+    ASSERT_EQ(ofWords.size(), 1u) << "not what another entry asked for";
+    EXPECT_EQ(ofWords[0].window, 10u);
 }
 
 TEST_F(InstalledPrograms, haveTheWindowsOfTheTerminalTheyRunIn) {

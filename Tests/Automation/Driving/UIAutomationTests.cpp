@@ -1,5 +1,6 @@
 #include "../GalleryTest.h"
 
+#include <TavaroAutomation/Applications/Private/OpenWindows.h>
 #include <TavaroAutomation/Errors/AutomationError.h>
 
 #include <chrono>
@@ -187,6 +188,29 @@ TEST_F(GTK3Gallery, aDialogAnswersAndHidesWhatIsBehindIt) {
 TEST_F(GTK3Gallery, severalClicksSelectAndTheRightButtonOpensAMenu) {
     expectWordAndLineSelected("Story");
     expectContextMenu("Café", "chosen Inspect");
+}
+
+TEST_F(GTK3Gallery, aDialogThatComesWhileThePointerIsOnItsWayIsNotClickedThrough) {
+    clickTitle("Ask later");
+    EXPECT_EQ(sentenceOf([&] { automation->click({.target = {.app = app, .title = "Café"}, .glide = 2, .hold = 0}); }),
+              "“Café” is behind the dialog “Question”: answer that first.");
+    EXPECT_THAT(desktop->log(), Not(HasSubstr("clicked Café")));
+}
+
+TEST_F(GTK3Gallery, whatIsOffTheDisplayIsClickedOnceItsWindowIsMoved) {
+    TestClient client(desktop->display());
+    auto const id = x11::activeWindow(client.connection());
+    struct Case {
+        PixelRect frame;
+        std::string title;
+    };
+    for (auto const& [frame, title] : {Case{{-400, 100, 700, 480}, "Save"}, Case{{300, 770, 700, 480}, "Café"}}) {
+        client.move(id, frame);
+        ASSERT_TRUE(eventually([&] { return !elements().at(title).isVisible; })) << title;
+        clickTitle(title);
+        EXPECT_TRUE(logsSoon("clicked " + title));
+    }
+    EXPECT_THAT(sentenceOf([&] { clickTitle("Row 60"); }), HasSubstr("out of view"));
 }
 
 TEST_F(GTK3Gallery, aListOpensAndGivesItsEntries) {

@@ -49,8 +49,8 @@ def ask(window):
     dialog.show_all()
 
 
-def later(line):
-    """What changes a moment after it was asked for: Save moves or is renamed, or the program ends."""
+def later(window, line):
+    """What changes a moment after it was asked for: Save moves or is renamed, a dialog comes, or the program ends."""
 
     def act(change):
         return lambda _: GLib.timeout_add(300, lambda: change() and False)
@@ -60,6 +60,7 @@ def later(line):
     for label, change in (
         ("Move later", lambda: line.reorder_child(save, -1)),
         ("Rename later", lambda: save.set_label("Store")),
+        ("Ask later", lambda: ask(window)),
         ("Quit later", lambda: os._exit(0)),
     ):
         box.pack_start(button(label, act(change)), False, False, 0)
@@ -185,7 +186,7 @@ def main():
     freeze = button("Freeze", lambda _: GLib.timeout_add(50, hang))
     for each in (button("Save"), button("Save As…"), context_menu(button("Café")), ask_first, off, freeze, button("Toast", toast)):
         line.pack_start(each, False, False, 0)
-    for each in (menus(), line, later(line), fields(), choices(), story(), rows()) + ((many(count),) if count else ()):
+    for each in (menus(), line, later(window, line), fields(), choices(), story(), rows()) + ((many(count),) if count else ()):
         box.pack_start(each, False, False, 0)
     window.add(box)
     window.show_all()
