@@ -106,30 +106,37 @@ void leaveWhatDiffers(std::vector<Address>& one, std::vector<Address>& other) {
     }
 }
 
-std::optional<Cover> coverNow(AccessibilityBus& bus, PlacedElement const& element, UIPoint const& point,
-                              Deadline deadline, std::stop_token const& stop) {
+struct View {
+    std::optional<Cover> cover;
+    bool isLate = false; // the program did not say
+};
+
+View viewNow(AccessibilityBus& bus, PlacedElement const& element, UIPoint const& point, Deadline deadline,
+             std::stop_token const& stop) {
     auto const& habits = habitsOf(element.toolkit);
     // What is in a popup is over everything, and in a window of its own, about which the root knows nothing.
-    if (!habits.pointSeesWhatCovers || element.isInPopup) return std::nullopt;
+    if (!habits.pointSeesWhatCovers || element.isInPopup) return {};
     HitTest test(bus, deadline, stop);
     auto placement = element.placement;
     if (habits.hasPagesInPixels) placement.scale = 1;
     auto const place = placement.inProgram(point);
     auto const hit = test.innermost(
         element.root, {static_cast<int>(std::lround(place.x)), static_cast<int>(std::lround(place.y)), habits.origin});
-    if (!hit || *hit == element.address) return std::nullopt;
+    if (!hit || *hit == element.address) return {.isLate = test.isLate()};
     auto over = test.around(*hit, element.root);
     auto wanted = test.around(element.address, element.root);
     bool const isAround = std::ranges::find(wanted, *hit) != wanted.end();
     bool const isInside = std::ranges::find(over, element.address) != over.end();
-    if (isAround || isInside || test.isLate()) return std::nullopt;
+    if (isAround || isInside || test.isLate()) return {.isLate = test.isLate()};
     // Pages draw the label of a box over the box, and a click on it is one on the box.
-    if (habits.showsPages && test.hasLabel(over)) return std::nullopt;
+    if (habits.showsPages && test.hasLabel(over)) return {};
     leaveWhatDiffers(over, wanted);
     // A menu may come before what it opens over.
-    if (habits.pointGoesByOrder && test.height(wanted) > test.height(over)) return std::nullopt;
+    bool const isAbove = habits.pointGoesByOrder && test.height(wanted) > test.height(over);
+    if (isAbove && !test.isLate()) return {};
     auto title = test.titleOf(over, element.toolkit);
-    return test.isLate() ? std::nullopt : std::optional(Cover{std::move(title)});
+    if (test.isLate()) return {.isLate = true};
+    return {.cover = Cover{std::move(title)}};
 }
 
 }
@@ -137,17 +144,25 @@ std::optional<Cover> coverNow(AccessibilityBus& bus, PlacedElement const& elemen
 std::optional<Cover> coverOf(AccessibilityBus& bus, PlacedElement const& element, UIPoint const& point,
                              Deadline deadline, std::stop_token const& stop) {
     using Clock = std::chrono::steady_clock;
-    constexpr auto looking = std::chrono::milliseconds(150), pause = std::chrono::milliseconds(15);
-    auto cover = coverNow(bus, element, point, deadline, stop);
+    constexpr auto looking = std::chrono::milliseconds(150), longest = std::chrono::milliseconds(2000);
+    constexpr auto answering = std::chrono::milliseconds(40), pause = std::chrono::milliseconds(15);
+    constexpr int enough = 8; // answers; on a busy machine they take longer
+    auto view = viewNow(bus, element, point, deadline, stop);
     // What is over an element stays there.
-    constexpr auto answering = std::chrono::milliseconds(40);
-    auto const begin = Clock::now();
     bool const mayBeOld = habitsOf(element.toolkit).answersFromOldPicture;
-    while (cover && mayBeOld && Clock::now() < begin + looking && !stop.stop_requested()) {
+    auto const begin = Clock::now();
+    auto const isSettled = [&](int answers) {
+        auto const passed = Clock::now() - begin;
+        return (passed >= looking && answers >= enough) || passed >= longest || stop.stop_requested();
+    };
+    for (int answers = 0; view.cover && mayBeOld && !isSettled(answers);) {
         std::this_thread::sleep_for(pause);
-        cover = coverNow(bus, element, point, Clock::now() + answering, stop);
+        auto now = viewNow(bus, element, point, Clock::now() + answering, stop);
+        if (now.isLate) continue;
+        ++answers;
+        view = std::move(now);
     }
-    return cover;
+    return view.cover;
 }
 
 }

