@@ -91,7 +91,12 @@ JSONValue::Object savedObject(RecordingOutcome const& outcome) {
                                  {"path", made.made.path},
                                  {"duration", made.made.duration},
                                  {"health", made.health}};
-    addRemarks(structured, outcome.remarks);
+    auto const limits = made.made.limits.value_or(std::vector<std::string>());
+    auto remarks = outcome.remarks;
+    std::erase_if(remarks,
+                  [&](std::string const& remark) { return std::ranges::find(limits, remark) != limits.end(); });
+    if (!limits.empty()) structured.emplace("limits", JSONValue::Array(limits.begin(), limits.end()));
+    addRemarks(structured, remarks);
     return structured;
 }
 

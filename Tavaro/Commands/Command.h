@@ -13,7 +13,8 @@ using Declaration = void(CLI::App& app);
 // In the order of the help.
 #define TAVARO_COMMANDS                                                                                                \
     addRecord, addRecover, addImport, addPolish, addEdit, addFrame, addExport, addCaptions, addInfo, addLibrary,       \
-        addArchive, addRestore, addPresets, addScanText, addSources, addSyncCamera, addUI, addServe, addMCP, addPlay
+        addArchive, addRestore, addPresets, addScanText, addSources, addSyncCamera, addInput, addUI, addServe, addMCP, \
+        addPlay
 
 Declaration TAVARO_COMMANDS;
 inline constexpr Declaration* all[] = {TAVARO_COMMANDS};

@@ -1,12 +1,16 @@
 #include <TavaroCapture/Devices/ListSources.h>
 
 #include <TavaroCapture/Devices/Private/OpenSources.h>
+#include <TavaroCapture/Input/Private/OpenInput.h>
 #include <TavaroCapture/PipeWire/Private/PipeWireCameras.h>
 #include <TavaroCapture/Pulse/Private/SoundDevices.h>
 #include <TavaroCapture/V4L2/Private/VideoCameras.h>
 #include <TavaroCapture/Wayland/Private/SharedDesktop.h>
 #include <TavaroCapture/X11/Connection.h>
 #include <TavaroCapture/X11/Desktop.h>
+
+#include <algorithm>
+#include <iterator>
 
 namespace tavaro {
 
@@ -24,9 +28,12 @@ std::vector<CameraInfo> camerasOfAllKinds() {
 void listDesktop(SourceList& list, std::string const& display) {
     if (desktopAccess(display) == DesktopAccess::asked) {
         auto shareable = wayland::shareable();
+        if (!shareable.displays.empty() || !shareable.windows.empty())
+            list.limits = input::inputLimits(
+                {inputConsent(), shareable.tellsPointer ? input::DesktopPointer::told : input::DesktopPointer::untold});
         list.displays = std::move(shareable.displays);
         list.windows = std::move(shareable.windows);
-        list.limits = std::move(shareable.limits);
+        std::ranges::move(shareable.limits, std::back_inserter(list.limits));
         return;
     }
     x11::Connection connection(display);

@@ -1,5 +1,6 @@
 #include <TavaroCapture/Devices/Private/OpenSources.h>
 
+#include <TavaroCapture/Input/Private/OpenInput.h>
 #include <TavaroCapture/PipeWire/Private/PipeWireCameras.h>
 #include <TavaroCapture/Pulse/Private/ApplicationSound.h>
 #include <TavaroCapture/Pulse/Private/PulseSound.h>
@@ -20,9 +21,12 @@ DesktopAccess desktopAccess(std::string const& display) {
     return isWayland ? DesktopAccess::asked : DesktopAccess::open;
 }
 
-DesktopSources openSharedDesktop(CaptureSource const& source, int fps, std::function<bool()> const& isGivenUp) {
-    auto shared = wayland::shareDesktop(source, fps, isGivenUp);
-    return {std::move(shared.screen), std::move(shared.events)};
+DesktopSources openSharedDesktop(SharedDesktopOptions const& options, std::function<bool()> const& isGivenUp) {
+    auto shared = wayland::shareDesktop(options.source, options.fps, isGivenUp);
+    auto const pointer = shared.tellsPointer ? input::DesktopPointer::told : input::DesktopPointer::untold;
+    auto const consent = inputConsent();
+    auto events = input::withInput(std::move(shared.events), {consent, pointer, options.keys.logging});
+    return {std::move(shared.screen), consent ? guarded(std::move(events), options.keys, {}) : std::move(events)};
 }
 
 std::unique_ptr<ScreenSource> openScreen(CaptureSource const& source, std::string const& display) {

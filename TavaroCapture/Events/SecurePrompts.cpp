@@ -21,6 +21,12 @@ constexpr std::string_view wholes[] = {"xlock", "slock",   "xlockmore", "physloc
 constexpr std::string_view dialogs[] = {"zenity", "yad", "kdialog", "qarma", "matedialog"};
 constexpr std::string_view hiding[] = {"--password", "--newpassword", "--add-password", "--hide-text"};
 
+// Programs that run only as long as they ask, unlike agents that wait for their turn. The kernel cuts names to 15
+// bytes.
+constexpr std::string_view askers[] = {"pinentry", "askpass",     "gcr-prompter", "kscreenlocker_g",
+                                       "swaylock", "gtklock",     "waylock",      "hyprlock",
+                                       "i3lock",   "xsecurelock", "slock",        "lxqt-sudo"};
+
 std::string lowered(std::string_view text) {
     std::string lower(text);
     for (char& c : lower) {
@@ -62,6 +68,12 @@ std::vector<std::string> commandOf(int process) {
         rest.remove_prefix(std::min(end + 1, rest.size()));
     }
     return words;
+}
+
+bool isSecureProgram(std::string_view name, int process) {
+    bool const isAsker =
+        std::ranges::any_of(askers, [&](std::string_view asker) { return name.find(asker) != std::string_view::npos; });
+    return isAsker || (isOneOf(name, dialogs) && hidesText(commandOf(process)));
 }
 
 }

@@ -31,7 +31,7 @@ TakeSources openSources(RecorderOptions const& options, std::function<bool()> co
     if (options.systemSound) result.systemSound = openSystemSound(*options.systemSound, options.soundServer);
     if (!isAsked(options)) return result;
     // Last: the user is asked for a take that nothing else stands in the way of.
-    auto shared = openSharedDesktop(options.source, options.fps, isGivenUp);
+    auto shared = openSharedDesktop({options.source, options.fps, {options.keys, options.ownShortcut}}, isGivenUp);
     result.screen = std::move(shared.screen);
     result.events = std::move(shared.events);
     return result;

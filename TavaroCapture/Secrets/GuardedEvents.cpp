@@ -20,10 +20,12 @@ constexpr double patienceAtEnd = 0.6;
 
 }
 
-GuardedEvents::GuardedEvents(std::unique_ptr<EventSource> source, LoggedKeys keys, std::unique_ptr<FieldFocus> focus)
+GuardedEvents::GuardedEvents(std::unique_ptr<EventSource> source, LoggedKeys keys, std::unique_ptr<FieldFocus> focus,
+                             TerminalPrompts terminals)
     : source_(std::move(source))
     , keys_(std::move(keys))
-    , focus_(std::move(focus)) {}
+    , focus_(std::move(focus))
+    , terminals_(std::move(terminals)) {}
 
 GuardedEvents::~GuardedEvents() { stop(); }
 
@@ -94,12 +96,17 @@ void GuardedEvents::takeArrived() {
 /// Keys that are held while a secret is asked for are part of it, or near enough.
 void GuardedEvents::noteSecrets() {
     bool const isSecret = focus_ && focus_->takeSecret();
-    int process = 0;
+    int process = -1;
     bool asks = false; // its terminal
     for (auto& key : held_) {
-        if (std::exchange(process, key.process) != key.process) asks = terminals_.asksForSecret(process);
+        if (std::exchange(process, key.process) != key.process) asks = terminalAsks(process);
         key.isSecret = key.isSecret || isSecret || asks;
     }
+}
+
+/// Where the window in front is a guess, any prompt may be what the keys go to.
+bool GuardedEvents::terminalAsks(int process) {
+    return source_->knowsFront() ? terminals_.asksForSecret(process) : terminals_.anyoneAsks();
 }
 
 void GuardedEvents::lookForDots() {

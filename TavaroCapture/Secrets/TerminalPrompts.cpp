@@ -1,5 +1,6 @@
 #include <TavaroCapture/Secrets/Private/TerminalPrompts.h>
 
+#include <TavaroCapture/Events/Private/SecurePrompts.h>
 #include <TavaroCore/Files/FileDescriptor.h>
 #include <TavaroPlatform/Clocks/MediaClock.h>
 
@@ -12,7 +13,9 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <sys/stat.h>
 #include <termios.h>
+#include <unistd.h>
 
 namespace tavaro {
 
@@ -81,11 +84,21 @@ std::vector<Process const*> startedBy(int process, std::vector<Process> const& a
     return result;
 }
 
+bool isPinentry(Process const& process) { return process.name.starts_with("pinentry-"); }
+
 /// Programs whose prompts show a star for each key: sudo, until it runs what it is to run; a window for terminals.
 bool showsStars(Process const& process, std::vector<Process> const& all) {
-    if (process.name.starts_with("pinentry-")) return true;
+    if (isPinentry(process)) return true;
     return process.name == "sudo" && process.group == process.foreground &&
            std::ranges::none_of(all, [&](Process const& other) { return other.parent == process.id; });
+}
+
+/// Of this user: others' show their windows elsewhere.
+bool isPromptProgram(Process const& process, fs::path const& processes) {
+    struct stat status {};
+    auto const folder = processes / std::to_string(process.id);
+    bool const isOwn = ::stat(folder.c_str(), &status) == 0 && status.st_uid == ::getuid();
+    return isOwn && isSecureProgram(process.name, process.id);
 }
 
 bool asks(TerminalPrompts::Terminal const& terminal) {
@@ -110,14 +123,35 @@ void TerminalPrompts::lookForTerminals(int process) {
     auto const itself = std::ranges::find(all, process, &Process::id);
     int const own = itself == all.end() ? -1 : itself->terminal; // the one that it was started from
     // A window for terminals belongs to a program of its own, which no terminal started.
-    bool const isPinentryOpen =
-        std::ranges::any_of(all, [](auto const& one) { return one.name.starts_with("pinentry-"); });
-    for (auto const* const one : startedBy(process, all)) {
-        if (one->terminal < 0 || one->terminal == own) continue;
-        auto const known = std::ranges::find(terminals_, one->terminal, &Terminal::number);
-        auto& terminal = known != terminals_.end() ? *known : terminals_.emplace_back(Terminal{one->terminal});
-        terminal.isOfPrompt = terminal.isOfPrompt || isPinentryOpen || showsStars(*one, all);
-    }
+    bool const isPinentryOpen = std::ranges::any_of(all, isPinentry);
+    for (auto const* const one : startedBy(process, all))
+        if (one->terminal >= 0 && one->terminal != own)
+            noteTerminal(one->terminal, isPinentryOpen || showsStars(*one, all));
+}
+
+void TerminalPrompts::noteTerminal(int number, bool isOfPrompt) {
+    auto const known = std::ranges::find(terminals_, number, &Terminal::number);
+    auto& terminal = known != terminals_.end() ? *known : terminals_.emplace_back(Terminal{number});
+    terminal.isOfPrompt = terminal.isOfPrompt || isOfPrompt;
+}
+
+void TerminalPrompts::lookEverywhere() {
+    double const now = mediaClockNow();
+    constexpr int everywhere = -1;
+    if (process_ == everywhere && now - lookedAt_ < lookSeconds) return;
+    process_ = everywhere;
+    lookedAt_ = now;
+    terminals_.clear();
+    auto const all = runningProcesses(processes_);
+    isPromptOpen_ = std::ranges::any_of(all, [&](Process const& one) { return isPromptProgram(one, processes_); });
+    bool const isPinentryOpen = std::ranges::any_of(all, isPinentry);
+    for (auto const& one : all)
+        if (one.terminal >= 0) noteTerminal(one.terminal, isPinentryOpen || showsStars(one, all));
+}
+
+bool TerminalPrompts::anyoneAsks() {
+    lookEverywhere();
+    return isPromptOpen_ || std::ranges::any_of(terminals_, asks);
 }
 
 bool TerminalPrompts::asksForSecret(int process) {

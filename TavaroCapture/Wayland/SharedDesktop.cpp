@@ -38,8 +38,7 @@ SharedScreen::Options optionsOf(CaptureSource const& source) {
 }
 
 std::vector<std::string> limitsOf(PointerMode pointer) {
-    std::vector<std::string> result{"This Wayland desktop does not tell of clicks and keys, nor which application is "
-                                    "in front: the take has none, and no zoom follows them."};
+    std::vector<std::string> result{"It does not tell which application is in front."};
     if (pointer == PointerMode::hidden)
         result.emplace_back("It does not tell where the pointer is: the take does not show it.");
     if (pointer == PointerMode::embedded)
@@ -87,7 +86,8 @@ SharedDesktop shareDesktop(CaptureSource const& source, int fps, std::function<b
     options.fps = fps;
     if (isGivenUp) options.isGivenUp = isGivenUp;
     auto const shared = std::make_shared<SharedScreen>(options);
-    return {std::make_unique<Screen>(shared), std::make_unique<Events>(shared)};
+    return {std::make_unique<Screen>(shared), std::make_unique<Events>(shared),
+            shared->pointerMode() == PointerMode::metadata};
 }
 
 Shareable shareable() {
@@ -98,6 +98,7 @@ Shareable shareable() {
             result.displays.push_back({.id = "display-1", .name = "chosen when you are asked", .isMain = true});
         if (abilities.has(ShareKind::window))
             result.windows.push_back({.window = 1, .title = "chosen when you are asked", .application = "a window"});
+        result.tellsPointer = abilities.bestPointerMode() == PointerMode::metadata;
         result.limits = limitsOf(abilities.bestPointerMode());
         if (!abilities.has(ShareKind::window)) result.limits.emplace_back("It shares no single windows.");
     } catch (CaptureError const& error) {

@@ -1,6 +1,6 @@
 #include <TavaroCapture/X11/Private/Keyboard.h>
 
-#include <TavaroCapture/Events/Private/KeyNames.h>
+#include <TavaroCapture/Events/Private/KeyChord.h>
 
 #include <xkbcommon/xkbcommon-x11.h>
 #include <xkbcommon/xkbcommon.h>
@@ -11,25 +11,6 @@
 #undef explicit
 
 namespace tavaro::x11 {
-
-namespace {
-
-/// Key symbols of the number pad, which NumLock turns from keys that move into digits.
-bool isKeypad(std::uint32_t symbol) { return symbol >= 0xff80 && symbol <= 0xffbd; }
-
-std::string text(xkb_keysym_t symbol) {
-    char characters[8] = {};
-    xkb_keysym_to_utf8(symbol, characters, sizeof characters);
-    return characters;
-}
-
-std::string symbolName(xkb_keysym_t symbol) {
-    char name[64] = {};
-    xkb_keysym_get_name(symbol, name, sizeof name);
-    return name;
-}
-
-}
 
 void Keyboard::FreeKeymap::operator()(xkb_context* context) const { xkb_context_unref(context); }
 void Keyboard::FreeKeymap::operator()(xkb_keymap* keymap) const { xkb_keymap_unref(keymap); }
@@ -96,28 +77,6 @@ bool Keyboard::handle(xcb_generic_event_t const& event) {
     return true;
 }
 
-bool Keyboard::isHeld(char const* modifier) const {
-    return xkb_state_mod_name_is_active(state_.get(), modifier, XKB_STATE_MODS_EFFECTIVE) > 0;
-}
-
-/// The key's own symbol, without modifiers. What AltGr makes of a key is a character of its own, and NumLock decides
-/// what the number pad is.
-std::uint32_t Keyboard::symbol(std::uint32_t keycode) const {
-    auto const layout = xkb_state_key_get_layout(state_.get(), keycode);
-    xkb_keysym_t const* symbols = nullptr;
-    int const count = xkb_keymap_key_get_syms_by_level(keymap_.get(), keycode, layout, 0, &symbols);
-    xkb_keysym_t const plain = count > 0 ? symbols[0] : XKB_KEY_NoSymbol;
-    bool const takesEffective = isKeypad(plain) || isHeld("LevelThree") || isHeld("Mod5");
-    return takesEffective ? xkb_state_key_get_one_sym(state_.get(), keycode) : plain;
-}
-
-std::optional<Chord> Keyboard::chord(std::uint32_t keycode) const {
-    auto const found = symbol(keycode);
-    if (found == XKB_KEY_NoSymbol || isModifierKey(found)) return std::nullopt;
-    std::string name = keyName(virtualKeyCode(found), text(found), symbolName(found));
-    if (name.empty()) return std::nullopt;
-    return Chord{isHeld(XKB_MOD_NAME_CTRL), isHeld(XKB_MOD_NAME_ALT), isHeld(XKB_MOD_NAME_SHIFT),
-                 isHeld(XKB_MOD_NAME_LOGO), std::move(name)};
-}
+std::optional<Chord> Keyboard::chord(std::uint32_t keycode) const { return chordOf(*state_, keycode); }
 
 }

@@ -32,9 +32,10 @@ TEST_F(SharedDesktopCommand, aTakeSaysWhatItLacksBeforeItBeginsAndAsksOnce) {
 
     portal->screen().movePointer({160, 100});
     for (auto const* const name : {"first.recproj", "second.recproj"}) {
-        auto const taken = tavaro({"record", "--seconds", "0.5", "--no-polish", "-o", path(name)});
+        auto const taken = tavaro({"record", "--seconds", "0.5", "--no-polish", "--json", "-o", path(name)});
         EXPECT_EQ(taken.exitCode, 0) << taken.error;
         EXPECT_THAT(taken.error, HasSubstr("does not tell of clicks and keys"));
+        EXPECT_THAT(taken.out, HasSubstr(R"("limits":["This Wayland desktop does not tell of clicks)"));
         auto const project = ProjectPackage(path(name)).load();
         EXPECT_EQ(project.sourceSize, (Size2{320, 200}));
         EXPECT_EQ(project.metadata->health.keyboardCaptured, false);
@@ -43,6 +44,15 @@ TEST_F(SharedDesktopCommand, aTakeSaysWhatItLacksBeforeItBeginsAndAsksOnce) {
     ASSERT_EQ(questions.size(), 2u);
     EXPECT_THAT(questions[0], HasSubstr(R"("restored": null)"));
     EXPECT_THAT(questions[1], HasSubstr(R"("restored": "chosen")"));
+}
+
+TEST_F(SharedDesktopCommand, withTheUsersConsentNobodyIsSentForItAnyMore) {
+    EXPECT_THAT(tavaro({"sources"}).error, HasSubstr("`tavaro input allow`"));
+    tavaro({"input", "allow", "--yes"});
+    EXPECT_THAT(tavaro({"sources"}).error, Not(HasSubstr("`tavaro input allow`")));
+    auto const taken = tavaro({"record", "--seconds", "0.5", "--no-polish", "-o", path("take.recproj")});
+    EXPECT_EQ(taken.exitCode, 0) << taken.error;
+    EXPECT_THAT(taken.error, Not(HasSubstr("`tavaro input allow`")));
 }
 
 TEST_F(SharedDesktopCommand, aTakeThatIsRefusedOrGivenUpLeavesNothing) {

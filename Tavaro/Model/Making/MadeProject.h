@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace tavaro {
 
@@ -17,8 +18,9 @@ struct MadeProject {
     Size2 sourceSize;    // pixels
     std::int64_t clicks = 0;
     std::int64_t keystrokes = 0;
-    std::optional<std::int64_t> droppedFrames; // of a recording
-    std::optional<DirectorReport> report;      // when it was polished
+    std::optional<std::int64_t> droppedFrames;      // of a recording
+    std::optional<DirectorReport> report;           // when it was polished
+    std::optional<std::vector<std::string>> limits; // of a recording: sentences, what its desktop could not give
 
     static constexpr auto fields = std::tuple{
         field("path", &MadeProject::path),
@@ -28,6 +30,7 @@ struct MadeProject {
         field("keystrokes", &MadeProject::keystrokes),
         field("droppedFrames", &MadeProject::droppedFrames),
         field("report", &MadeProject::report),
+        field("limits", &MadeProject::limits),
     };
 };
 static_assert(listsEveryField<MadeProject>);

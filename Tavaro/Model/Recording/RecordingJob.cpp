@@ -122,6 +122,7 @@ template<class Orders> MadeTake record(RecordingRequest const& request, Orders& 
     auto made = makeTakeProject({take.movie, take.metadata, take.duration, take.streams, take.warnings}, project,
                                 [&](std::string const& sentence) { reporter.remark(sentence); });
     made.endedEarly = take.endedEarly;
+    if (!recorder.limits().empty()) made.made.limits = recorder.limits();
     return made;
 }
 

@@ -23,8 +23,13 @@ struct DesktopSources {
     std::unique_ptr<ScreenSource> screen;
     std::unique_ptr<EventSource> events;
 };
+struct SharedDesktopOptions {
+    CaptureSource source;
+    int fps = 60;
+    LoggedKeys keys;
+};
 /// Asks the user what to share, where they have not said so before, until `isGivenUp`. Throws `CaptureError`.
-DesktopSources openSharedDesktop(CaptureSource const& source, int fps, std::function<bool()> const& isGivenUp);
+DesktopSources openSharedDesktop(SharedDesktopOptions const& options, std::function<bool()> const& isGivenUp);
 
 /// Opens a source of the desktop on the X server `display` (empty means `$DISPLAY`). Throws `CaptureError` for a source
 /// that cannot be recorded, and when no server answers.

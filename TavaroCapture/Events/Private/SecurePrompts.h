@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace tavaro {
@@ -15,6 +16,9 @@ struct PromptWindow {
 /// and log-in screens, and dialogs that a script shows for a password. No key is logged while one is mapped or in
 /// front.
 bool isSecurePrompt(PromptWindow const& window);
+
+/// The same by a running program alone, for desktops that do not tell of windows.
+bool isSecureProgram(std::string_view name, int process);
 
 /// The words of a process's command; empty where it has ended or is another user's.
 std::vector<std::string> commandOf(int process);

@@ -29,12 +29,14 @@ struct LoggedKeys {
 class GuardedEvents final : public EventSource {
 public:
     /// `focus` is none where programs tell nothing of their widgets.
-    GuardedEvents(std::unique_ptr<EventSource> source, LoggedKeys keys, std::unique_ptr<FieldFocus> focus);
+    GuardedEvents(std::unique_ptr<EventSource> source, LoggedKeys keys, std::unique_ptr<FieldFocus> focus,
+                  TerminalPrompts terminals = TerminalPrompts());
     ~GuardedEvents() override;
 
     void start(EventHandlers handlers) override;
     void stop() override;
     bool hasKeyboard() const override { return source_->hasKeyboard(); }
+    std::vector<std::string> limits() const override { return source_->limits(); }
     std::optional<PixelPoint> pointer() override { return source_->pointer(); }
 
 private:
@@ -52,6 +54,7 @@ private:
     void waitForNews();
     void takeArrived();
     void noteSecrets();
+    bool terminalAsks(int process);
     void lookForDots();
     void askForOldest();
     void settle(FieldFocus::Content content);

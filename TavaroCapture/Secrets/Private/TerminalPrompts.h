@@ -14,6 +14,9 @@ public:
     /// Of the terminals in which programs run that this one started, also through others. Some 15 µs a process of the
     /// machine, four times a second at most.
     bool asksForSecret(int process);
+    /// Of all terminals of this user; and whether one of the programs runs that do so only to ask for a secret, in
+    /// windows of their own. Costs the same.
+    bool anyoneAsks();
 
     struct Terminal {
         int number = 0;          // of /dev/pts
@@ -23,11 +26,14 @@ public:
 
 private:
     void lookForTerminals(int process);
+    void lookEverywhere();
+    void noteTerminal(int number, bool isOfPrompt);
 
     std::filesystem::path const processes_;
     std::vector<Terminal> terminals_; // of the process
-    int process_ = 0;
-    double lookedAt_ = 0; // moment of the media clock
+    int process_ = 0;                 // below 0: everywhere
+    bool isPromptOpen_ = false;       // in a window
+    double lookedAt_ = 0;             // moment of the media clock
 };
 
 }

@@ -47,10 +47,11 @@ public:
 
     /// Whether keys can be read, and are.
     virtual bool hasKeyboard() const = 0;
+    /// Whether the window that it reports is surely the one that the keys go to.
+    virtual bool knowsFront() const { return true; }
     /// Sentences: what of all this it cannot tell.
     virtual std::vector<std::string> limits() const { return {}; }
-    /// Where the pointer is; none where that cannot be known. Always from one thread, which may be another than the
-    /// rest.
+    /// Where the pointer is; none where that cannot be known. Any thread.
     virtual std::optional<PixelPoint> pointer() = 0;
 };
 

@@ -15,6 +15,7 @@ namespace tavaro::wayland {
 struct SharedDesktop {
     std::unique_ptr<ScreenSource> screen;
     std::unique_ptr<EventSource> events;
+    bool tellsPointer = false; // where it is
 };
 
 /// Asks the user, unless an earlier answer for that source still counts, until `isGivenUp`. Throws `CaptureError`.
@@ -23,6 +24,7 @@ SharedDesktop shareDesktop(CaptureSource const& source, int fps, std::function<b
 struct Shareable {
     std::vector<DisplayInfo> displays;
     std::vector<WindowInfo> windows;
+    bool tellsPointer = false;       // where it is
     std::vector<std::string> limits; // sentences
 };
 

@@ -33,8 +33,6 @@ private:
     explicit Keyboard(Connection& connection) : connection_(connection) {}
     bool load();
     void selectEvents();
-    std::uint32_t symbol(std::uint32_t keycode) const;
-    bool isHeld(char const* modifier) const;
 
     Connection& connection_;
     std::unique_ptr<xkb_context, FreeKeymap> context_;

@@ -1,7 +1,11 @@
 #include <TavaroCapture/Secrets/Private/TerminalPrompts.h>
 
+#include "../TemporaryFolder.h"
+
 #include <cstdlib>
 #include <fcntl.h>
+#include <filesystem>
+#include <fstream>
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/ioctl.h>
@@ -40,6 +44,13 @@ public:
         close(master_);
     }
 
+    /// As /proc shows a program that runs there.
+    std::string shown(std::string const& name) const {
+        int number = 0;
+        ioctl(master_, TIOCGPTN, &number);
+        int const device = 136 << 8 | number; // of one of the first 256
+        return "1 (" + name + ") S 0 1 1 " + std::to_string(device) + " 1 0";
+    }
     void set(tcflag_t flags) {
         termios settings{};
         tcgetattr(master_, &settings);
@@ -67,6 +78,34 @@ TEST(TerminalPrompts, aLineThatShowsNothingIsASecretsAndAFullScreenProgramsIsNot
     other.set(ICANON | ECHO);
     EXPECT_FALSE(prompts.asksForSecret(getpid()));
     EXPECT_FALSE(prompts.asksForSecret(0));
+}
+
+TEST(TerminalPrompts, whereNobodySaysWhatIsInFrontAnyPromptMayBe) {
+    TemporaryFolder const processes;
+    auto const run = [&](std::string const& process, std::string const& shown) {
+        std::filesystem::create_directories(processes.path() / process);
+        std::ofstream(processes.path() / process / "stat") << shown;
+    };
+    auto const asks = [&] { return TerminalPrompts(processes.path()).anyoneAsks(); };
+    TestTerminal terminal, other;
+    run("1", terminal.shown("bash"));
+    run("2", other.shown("ssh"));
+    EXPECT_FALSE(asks());
+    other.set(ICANON);
+    EXPECT_TRUE(asks());
+    other.set(0);
+    EXPECT_FALSE(asks());
+    run("2", other.shown("sudo"));
+    EXPECT_TRUE(asks()) << "it shows stars";
+    run("2", other.shown("bash"));
+    for (auto const* const prompt : {"pinentry-gnome3", "swaylock", "ksshaskpass", "gcr-prompter"}) {
+        run("3", std::string("3 (") + prompt + ") S 1 3 3 0 -1 0");
+        EXPECT_TRUE(asks()) << prompt;
+    }
+    for (auto const* const waiting : {"polkitd", "gnome-keyring-d", "zenity", "firefox"}) {
+        run("3", std::string("3 (") + waiting + ") S 1 3 3 0 -1 0");
+        EXPECT_FALSE(asks()) << waiting;
+    }
 }
 
 }
