@@ -183,8 +183,11 @@ void ScreenRecorder::Take::tick(double scheduled) {
     if (outcome == ScreenSource::Outcome::lost)
         return endEarly({CaptureError::Kind::captureLost,
                          "What was being recorded went away: the window was closed or the display ended."});
+    double const time = static_cast<double>(index) / options_.fps;
+    bool const isAway = outcome == ScreenSource::Outcome::away;
+    isAway ? screenAbsences_.begin(time) : screenAbsences_.end(time);
     events_->setFrame(screen_->frame());
-    handOn(static_cast<double>(index) / options_.fps, outcome == ScreenSource::Outcome::unchanged);
+    handOn(time, isAway || outcome == ScreenSource::Outcome::unchanged);
 }
 
 /// A second or more without a picture is more than lost frames: it is a spot to look at.
@@ -272,6 +275,8 @@ CaptureHealth ScreenRecorder::Take::health() const {
     result.repeatedFrames = repeatedFrames_;
     result.keyboardCaptured = options_.keys != KeyLogging::none && events_->keyboardCaptured();
     result.interruptedAt = screenStalls_.interruptions();
+    auto const absences = screenAbsences_.interruptions();
+    result.interruptedAt.insert(result.interruptedAt.end(), absences.begin(), absences.end());
     result.interruptedAt.insert(result.interruptedAt.end(), interruptedAt_.begin(), interruptedAt_.end());
     for (auto const& stream : sideStreams_)
         std::ranges::copy(stream->interruptions(), back_inserter(result.interruptedAt));
@@ -333,6 +338,7 @@ void ScreenRecorder::Take::finishSegments() {
 
 void ScreenRecorder::Take::joinInto(FinishedTake& result) {
     result.duration = joinScreen(directory_, writer_->segments()).duration;
+    screenAbsences_.end(result.duration); // one that is not over is as long as the film
     auto const wanted = manifest_->record().streams;
     auto beside = joinStreams(directory_, wanted);
     result.metadata = events_->metadata(result.duration);
@@ -343,7 +349,9 @@ void ScreenRecorder::Take::joinInto(FinishedTake& result) {
     result.metadata.health = health();
     noteLostStreams(result.metadata.health, wanted, beside);
     result.streams = std::move(beside.streams);
-    result.warnings = sideFailures_;
+    if (auto const absence = screenAbsences_.sentence(StreamRole::screen)) result.warnings.push_back(*absence);
+    if (auto const remark = screen_->remark()) result.warnings.push_back(*remark);
+    result.warnings.insert(result.warnings.end(), sideFailures_.begin(), sideFailures_.end());
     result.warnings.insert(result.warnings.end(), beside.warnings.begin(), beside.warnings.end());
 }
 

@@ -27,6 +27,19 @@ bool hasMonitors(Connection& connection) {
     return version && (version->major_version > 1 || version->minor_version >= 5);
 }
 
+std::vector<DisplayInfo> monitors(Connection& connection) {
+    std::vector<DisplayInfo> result;
+    if (!hasMonitors(connection)) return result;
+    auto const all = connection.ask<xcb_randr_get_monitors, xcb_randr_get_monitors_reply>(connection.root(), true);
+    if (!all) return result;
+    for (auto it = xcb_randr_get_monitors_monitors_iterator(all.get()); it.rem; xcb_randr_monitor_info_next(&it)) {
+        auto const& m = *it.data;
+        result.push_back({fmt::format("display-{}", result.size() + 1), connection.atomName(m.name),
+                          PixelRect{m.x, m.y, m.width, m.height}, m.primary != 0});
+    }
+    return result;
+}
+
 /// Window types that nobody records or clicks "into": the desktop's own furniture.
 bool isFurniture(Connection& connection, xcb_window_t window) {
     for (xcb_atom_t const type : connection.cardinals(window, "_NET_WM_WINDOW_TYPE")) {
@@ -116,9 +129,14 @@ DisplayInfo displayOf(Connection& connection, std::string const& id) {
                             all.front().id, all.size() == 1 ? "" : " to " + all.back().id));
 }
 
+/// By which it is found again when displays change; empty where the server has none by name.
+std::string lastingName(Connection& connection, DisplayInfo const& display) {
+    return monitors(connection).empty() ? "" : display.name;
+}
+
 ResolvedSource resolveDisplay(Connection& connection, DisplaySource const& source) {
     auto const display = displayOf(connection, source.id);
-    return {visible(connection, display.frame, "The display " + display.id)};
+    return {visible(connection, display.frame, "The display " + display.id), lastingName(connection, display)};
 }
 
 /// `what` names the area in a sentence.
@@ -133,7 +151,9 @@ PixelRect onDesktop(Connection& connection, AreaSource const& area, std::string 
 ResolvedSource resolveArea(Connection& connection, AreaSource const& source) {
     auto const& rect = source.rect;
     auto const what = fmt::format("The area {},{},{},{}", rect.x, rect.y, rect.width, rect.height);
-    return {shaped(visible(connection, onDesktop(connection, source, what), what), source.shape)};
+    auto const frame = shaped(visible(connection, onDesktop(connection, source, what), what), source.shape);
+    if (source.display.empty()) return {frame};
+    return {frame, lastingName(connection, displayOf(connection, source.display))};
 }
 
 ResolvedSource resolveWindow(Connection& connection, xcb_window_t window, bool wholeApplication) {
@@ -145,7 +165,7 @@ ResolvedSource resolveWindow(Connection& connection, xcb_window_t window, bool w
     auto const frame = shownFrameOf(connection, top);
     if (!frame) failMissing(fmt::format("There is no window {}; it may have been closed.", window));
     visible(connection, *frame, what);
-    return {*frame, top, wholeApplication};
+    return {*frame, {}, top, wholeApplication};
 }
 
 ResolvedSource resolveApplication(Connection& connection, ApplicationSource const& source) {
@@ -170,19 +190,7 @@ ResolvedSource resolveApplication(Connection& connection, ApplicationSource cons
 }
 
 std::vector<DisplayInfo> displays(Connection& connection) {
-    std::vector<DisplayInfo> result;
-    if (hasMonitors(connection)) {
-        auto const monitors =
-            connection.ask<xcb_randr_get_monitors, xcb_randr_get_monitors_reply>(connection.root(), true);
-        if (monitors) {
-            for (auto it = xcb_randr_get_monitors_monitors_iterator(monitors.get()); it.rem;
-                 xcb_randr_monitor_info_next(&it)) {
-                auto const& m = *it.data;
-                result.push_back({fmt::format("display-{}", result.size() + 1), connection.atomName(m.name),
-                                  PixelRect{m.x, m.y, m.width, m.height}, m.primary != 0});
-            }
-        }
-    }
+    auto result = monitors(connection);
     if (result.empty()) result.push_back({"display-1", "screen", rootFrame(connection), true});
     if (std::none_of(result.begin(), result.end(), [](DisplayInfo const& d) { return d.isMain; }))
         result.front().isMain = true;

@@ -17,6 +17,7 @@ ApplicationIdentity applicationOf(Connection& connection, xcb_window_t window);
 /// What a source comes down to: an area of the root, or a top-level window (and its application's other windows).
 struct ResolvedSource {
     PixelRect frame;                  // on the desktop now
+    std::string display = {};         // the name of the one that the area belongs to, wherever that is; empty: none
     xcb_window_t topLevel = XCB_NONE; // for windows and applications
     bool wholeApplication = false;
 };

@@ -73,9 +73,10 @@ ScreenGrabber::ScreenGrabber(CaptureSource const& source, std::string const& dis
     state_->scaleFactor = readScaleFactor(connection);
     ResolvedSource const resolved = resolve(connection, source);
     PixelRect const& frame = resolved.frame;
-    state_->target = resolved.topLevel == XCB_NONE
-                         ? makeRootTarget(connection, {frame.x, frame.y, frame.width & ~1, frame.height & ~1})
-                         : makeWindowTarget(connection, resolved);
+    state_->target =
+        resolved.topLevel == XCB_NONE
+            ? makeRootTarget(connection, {frame.x, frame.y, frame.width & ~1, frame.height & ~1}, resolved.display)
+            : makeWindowTarget(connection, resolved);
     std::size_t const bytes = std::size_t{4} * size().width * size().height;
     state_->picture = std::make_unique<SharedPicture>(connection, bytes);
     state_->check = std::make_unique<SharedPicture>(connection, bytes);
@@ -86,6 +87,7 @@ ScreenGrabber::~ScreenGrabber() = default;
 Size2 ScreenGrabber::size() const { return {state_->target->frame().width, state_->target->frame().height}; }
 PixelRect ScreenGrabber::frame() const { return state_->target->frame(); }
 double ScreenGrabber::scaleFactor() const { return state_->scaleFactor; }
+std::optional<std::string> ScreenGrabber::remark() const { return state_->target->remark(); }
 
 ImageView ScreenGrabber::picture() const {
     auto const frame = state_->target->frame();
@@ -98,6 +100,7 @@ ScreenGrabber::Outcome ScreenGrabber::grab(double now) {
     Rows rows = s.target->takeDamage();
     if (!s.hasPicture || !s.trustsReport) rows = s.allRows();
     if (!s.connection.isAlive() || s.target->isLost()) return Outcome::lost;
+    if (s.target->isAway()) return s.hasPicture = false, Outcome::away;
     if (rows.isEmpty())
         return now - s.verifiedAt >= verifySeconds ? (s.verifiedAt = now, s.verify()) : Outcome::unchanged;
     if (s.target->fetch(rows, *s.picture)) {

@@ -4,10 +4,12 @@
 #include <fcntl.h>
 #include <signal.h>
 #include <stdexcept>
+#include <sys/uio.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 #include <xcb/randr.h>
+#include <xcb/xcbext.h>
 #include <xcb/xfixes.h>
 #include <xcb/xtest.h>
 #include <xkbcommon/xkbcommon.h>
@@ -115,6 +117,53 @@ void TestClient::resizeDesktop(int width, int height) {
         static_cast<xcb_randr_output_t const*>(nullptr));
     xcb_randr_set_screen_size(connection_.get(), connection_.root(), static_cast<std::uint16_t>(width),
                               static_cast<std::uint16_t>(height), 300, 200);
+    connection_.synchronize();
+}
+
+namespace {
+
+/// `xcb_randr_set_monitor` cannot send a monitor with outputs.
+void setMonitor(x11::Connection& connection, xcb_randr_monitor_info_t const& info, xcb_randr_output_t output) {
+    struct {
+        xcb_randr_set_monitor_request_t head;
+        xcb_randr_monitor_info_t info;
+        xcb_randr_output_t output;
+    } request{.head = {.window = connection.root()}, .info = info, .output = output};
+    std::size_t const length = sizeof request - (info.nOutput == 0 ? sizeof output : 0);
+    xcb_protocol_request_t const kind{.count = 1, .ext = &xcb_randr_id, .opcode = XCB_RANDR_SET_MONITOR, .isvoid = 1};
+    iovec parts[4] = {{}, {}, {&request, length}, {}}; // XCB uses the two before
+    xcb_send_request(connection.get(), 0, parts + 2, &kind);
+}
+
+}
+
+void TestClient::setDisplays(std::map<std::string, PixelRect> const& displays) {
+    auto* const c = connection_.get();
+    connection_.ask<xcb_randr_query_version, xcb_randr_query_version_reply>(1u, 5u);
+    auto const resources =
+        connection_.ask<xcb_randr_get_screen_resources, xcb_randr_get_screen_resources_reply>(connection_.root());
+    auto const isKept = [&](auto const& display) {
+        auto const found = displays.find(display.first);
+        return found != displays.end() && found->second == display.second;
+    };
+    for (auto const& each : displays_)
+        if (!isKept(each)) xcb_randr_delete_monitor(c, connection_.root(), connection_.atom(each.first));
+    std::erase_if(displays_, std::not_fn(isKept));
+    for (auto const& [name, frame] : displays) {
+        if (displays_.contains(name)) continue;
+        bool const isFirst = name == displays.begin()->first; // it takes the place of the server's only output
+        auto const output = xcb_randr_get_screen_resources_outputs(resources.get())[0];
+        setMonitor(connection_,
+                   {.name = connection_.atom(name),
+                    .primary = isFirst,
+                    .nOutput = static_cast<std::uint16_t>(isFirst ? 1 : 0),
+                    .x = static_cast<std::int16_t>(frame.x),
+                    .y = static_cast<std::int16_t>(frame.y),
+                    .width = static_cast<std::uint16_t>(frame.width),
+                    .height = static_cast<std::uint16_t>(frame.height)},
+                   output);
+    }
+    displays_ = displays;
     connection_.synchronize();
 }
 

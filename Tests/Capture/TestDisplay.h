@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <functional>
 #include <gtest/gtest.h>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -52,6 +53,8 @@ public:
     void destroy(std::uint32_t window);
     void setActive(std::uint32_t window);
     void resizeDesktop(int width, int height);
+    /// The desktop's displays from here on, by name.
+    void setDisplays(std::map<std::string, PixelRect> const& displays);
     void setCursor(std::uint32_t window, std::string const& name);
 
     void movePointer(int x, int y);
@@ -66,6 +69,7 @@ public:
 
 private:
     x11::Connection connection_;
+    std::map<std::string, PixelRect> displays_;
 };
 
 /// Asks again and again, without sleeping, until the answer is yes; false after ten seconds.

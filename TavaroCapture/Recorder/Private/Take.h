@@ -106,6 +106,7 @@ private:
     std::vector<std::string> sideFailures_; // sentences
     std::vector<double> interruptedAt_;     // seconds of the take; of the streams that are finished
     Absences screenStalls_;
+    Absences screenAbsences_;
     std::shared_ptr<LevelLog> micLevels_ = std::make_shared<LevelLog>();
     std::unique_ptr<MetadataCheckpoints> checkpoints_;
     std::unique_ptr<StreamSync> streamSync_; // the disk queue's, as the room

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 
 namespace tavaro {
@@ -26,11 +27,18 @@ public:
     /// Pixels per point, from the resolution that the desktop's settings give its text.
     virtual double scaleFactor() const = 0;
 
-    enum class Outcome { changed, unchanged, lost };
+    enum class Outcome {
+        changed,
+        unchanged,
+        away, // not there now, but it may come back; its last picture stays
+        lost,
+    };
     /// Brings the picture up to date at the time `now` of the media clock.
     virtual Outcome grab(double now) = 0;
     /// BGRX pixels; good until the next `grab`.
     virtual ImageView picture() const = 0;
+    /// A sentence: in what it is no longer what it was when it was opened. None: it is as it was.
+    virtual std::optional<std::string> remark() const { return std::nullopt; }
 };
 
 struct CapturedPicture {

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <memory>
+#include <optional>
+#include <string>
 
 namespace tavaro::x11 {
 
@@ -37,6 +39,10 @@ public:
     virtual bool fetch(Rows rows, SharedPicture& picture) = 0;
     /// The source is gone for good.
     virtual bool isLost() const = 0;
+    /// It is not there now, but may come back.
+    virtual bool isAway() const { return false; }
+    /// A sentence: in what it is no longer what the picture was made for.
+    virtual std::optional<std::string> remark() const { return std::nullopt; }
 };
 
 }

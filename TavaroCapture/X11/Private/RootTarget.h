@@ -4,7 +4,8 @@
 
 namespace tavaro::x11 {
 
-/// Shows an area of the desktop.
-std::unique_ptr<GrabTarget> makeRootTarget(Connection& connection, PixelRect const& frame);
+/// Shows an area of the desktop. One that belongs to a display, by its name, follows it, ends where it does, and is
+/// away as long as it is.
+std::unique_ptr<GrabTarget> makeRootTarget(Connection& connection, PixelRect const& frame, std::string const& display);
 
 }

@@ -103,6 +103,42 @@ TEST_F(ScreenRecorderTest, aTakeShowsWhatHappenedWhenItHappened) {
     EXPECT_TRUE(RecoveryStore::findRecoverable(recordings.path()).empty());
 }
 
+TEST_F(ScreenRecorderTest, aTakeOutlastsItsDisplayAndFindsItAgainWhereItIsPut) {
+    PixelRect const left{0, 0, 320, 480}, right{320, 0, 320, 480};
+    client->makeWindow({.frame = left, .color = 0x2040c0});
+    client->makeWindow({.frame = right, .color = 0xe0a020});
+    client->setDisplays({{"A", left}, {"B", right}});
+    ScreenRecorder recorder(
+        {.source = DisplaySource{"B"}, .display = display->name(), .recordingsFolder = recordings.path()});
+    recorder.start();
+    auto const click = [&](int x) { client->movePointer(x, 240), client->button(1, true), client->button(1, false); };
+    recordUntil(recorder, 0.4);
+    click(400);
+    recordUntil(recorder, 0.6);
+    client->setDisplays({{"A", left}});
+    double const unplugged = recorder.progress().seconds;
+    recordUntil(recorder, unplugged + 0.5);
+    client->setDisplays({{"A", right}, {"B", left}});
+    recordUntil(recorder, unplugged + 1);
+    click(80);
+    double const clicked = recorder.progress().seconds;
+    recordUntil(recorder, clicked + 0.3);
+    auto const take = recorder.stop();
+
+    EXPECT_FALSE(take.endedEarly);
+    MovieReader reader(take.movie);
+    EXPECT_NEAR(reader.info().duration, take.duration, 1e-3);
+    EXPECT_TRUE(isNear(pixel(reader, unplugged + 0.25, 100, 100), 0xe0a020)) << "its last picture stays";
+    EXPECT_TRUE(isNear(pixel(reader, clicked, 100, 100), 0x2040c0));
+    ASSERT_EQ(take.metadata.clicks.size(), 2u);
+    for (auto const& each : take.metadata.clicks) EXPECT_EQ(each.position, (UnitPoint2{0.25, 0.5}));
+    auto const& health = take.metadata.health;
+    EXPECT_TRUE(std::ranges::any_of(health.interruptedAt, [&](double at) { return std::abs(at - unplugged) < 0.3; }));
+    EXPECT_FALSE(health.captureLost);
+    ASSERT_EQ(take.warnings.size(), 1u);
+    EXPECT_EQ(take.warnings[0].find("The screen was away from"), 0u) << take.warnings[0];
+}
+
 TEST_F(ScreenRecorderTest, aPauseIsNeitherInTheMovieNorInTheLog) {
     auto const window = client->makeWindow({.frame = {0, 0, 640, 480}, .color = 0x2040c0});
     ScreenRecorder recorder(options());

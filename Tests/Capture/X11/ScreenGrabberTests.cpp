@@ -137,6 +137,44 @@ TEST_F(ScreenGrabberTest, anAreaOfADisplayEndsWithItAndHasTheShapeThatWasAsked) 
     EXPECT_EQ(frameOf({{10, 20, 320, 400}, "display-1", AreaShape::square}), (PixelRect{10, 20, 320, 320}));
 }
 
+TEST_F(ScreenGrabberTest, aDisplayIsFollowedToWhereItIsPutAndAwayWhileItIsNotThere) {
+    client->makeWindow({.frame = {0, 0, 320, 480}, .color = 0xff0000});
+    client->makeWindow({.frame = {320, 0, 320, 480}, .color = 0x00ff00});
+    PixelRect const left{0, 0, 320, 480}, right{320, 0, 320, 480};
+    client->setDisplays({{"A", left}, {"B", right}});
+    ScreenGrabber grabber(DisplaySource{"B"}, display->name());
+    ScreenGrabber area(AreaSource{{10, 20, 100, 100}, "B"}, display->name());
+    ScreenGrabber place(AreaSource{{330, 20, 100, 100}}, display->name());
+    auto const shows = [&](std::uint32_t color) {
+        return eventually([&] {
+            return grabber.grab(0), area.grab(0), place.grab(0),
+                   pixel(grabber, 50, 50) == color && pixel(area, 50, 50) == color;
+        });
+    };
+    EXPECT_TRUE(shows(0x00ff00));
+
+    client->setDisplays({{"A", left}});
+    EXPECT_TRUE(eventually([&] { return grabber.grab(0) == Outcome::away && area.grab(0) == Outcome::away; }));
+    EXPECT_EQ(pixel(grabber, 50, 50), 0x00ff00u) << "the last picture stays";
+    EXPECT_NE(place.grab(0), Outcome::away) << "an area of the desktop belongs to no display";
+
+    client->setDisplays({{"A", right}, {"B", left}});
+    EXPECT_TRUE(shows(0xff0000));
+    EXPECT_EQ(grabber.frame(), left);
+    EXPECT_EQ(area.frame(), (PixelRect{10, 20, 100, 100}));
+    EXPECT_EQ(place.frame(), (PixelRect{330, 20, 100, 100}));
+    EXPECT_EQ(grabber.remark(), std::nullopt);
+
+    client->setDisplays({{"A", right}, {"B", {0, 0, 200, 480}}});
+    EXPECT_TRUE(eventually([&] { return grabber.grab(0), pixel(grabber, 250, 50) == 0; }));
+    EXPECT_EQ(pixel(grabber, 199, 50), 0xff0000u);
+    EXPECT_EQ(grabber.size(), (Size2{320, 480}));
+    EXPECT_EQ(grabber.remark(),
+              "The display became 200 × 480 pixels while it was filmed; the film keeps its 320 × 480, "
+              "and what is missing is black.");
+    EXPECT_EQ(area.remark(), std::nullopt);
+}
+
 TEST_F(ScreenGrabberTest, anApplicationShowsItsDialogsOverItsWindow) {
     client->makeWindow({.frame = {50, 40, 200, 100}, .windowClass = "Filmed", .color = 0x00ff00});
     ScreenGrabber grabber(ApplicationSource{"filmed"}, display->name());
