@@ -76,6 +76,7 @@ std::string stateOf(RecorderState const& recorder) {
     auto state = (recorder.phase == RecorderPhase::paused ? "paused at " : "") + Timecode::format(progress.seconds);
     for (auto const& sound : progress.sounds)
         state += fmt::format(", {} {}", spokenName(sound.role), sound.isAway ? "away" : meter(sound.level));
+    if (progress.isScreenAway) state += ", screen away";
     if (progress.isCameraAway) state += ", camera away";
     if (auto const dropped = progress.droppedFrames; dropped > 0)
         state += fmt::format(", {} {} dropped", dropped, dropped == 1 ? "frame" : "frames");

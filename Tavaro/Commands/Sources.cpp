@@ -4,6 +4,7 @@
 #include <Tavaro/Model/Listings/SourceListing.h>
 
 #include <TavaroCapture/Devices/ListSources.h>
+#include <TavaroCapture/Sources/CaptureError.h>
 #include <TavaroCore/Records/JSON.h>
 
 #include <CLI/CLI.hpp>
@@ -37,9 +38,25 @@ void print(SourceListing const& list) {
     if (list.systemAudio)
         for (auto const& application : list.systemAudio->applications)
             terminal::say("{:<16} {:<24} {}\n", "system audio", "what one plays", application);
-    if (list.microphones.empty() && !list.systemAudio)
-        terminal::tell("No sound can be recorded: no sound server answers.\n");
+    if (list.cameras.empty()) terminal::tell("There is no camera.\n");
     for (auto const& limit : list.limits) terminal::tell("{}\n", limit);
+}
+
+void show(SourceListing const& list, bool asJSON) {
+    if (asJSON)
+        terminal::sayJSON(encodeJSON(list));
+    else
+        print(list);
+}
+
+/// Without a display there is nothing to record, but what else there is may be what somebody wants to know.
+void listAll(bool asJSON) {
+    try {
+        show(listingOf(listSources()), asJSON);
+    } catch (CaptureError const& error) {
+        if (error.kind == CaptureError::Kind::noDisplay) show(listingOf(listDevices()), asJSON);
+        throw;
+    }
 }
 
 }
@@ -49,13 +66,7 @@ void addSources(CLI::App& app) {
     auto* command = app.add_subcommand(
         "sources", "Lists the displays, windows, cameras, microphones and other sound that can be recorded");
     command->add_flag("--json", *asJSON, "print them as JSON");
-    command->callback([asJSON] {
-        auto const list = listingOf(listSources());
-        if (*asJSON)
-            terminal::sayJSON(encodeJSON(list));
-        else
-            print(list);
-    });
+    command->callback([asJSON] { listAll(*asJSON); });
 }
 
 }

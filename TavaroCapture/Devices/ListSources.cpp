@@ -43,13 +43,25 @@ void listDesktop(SourceList& list, std::string const& display) {
 
 }
 
-SourceList listSources(std::string const& display, std::string const& soundServer) {
+SourceList listDevices(std::string const& soundServer) {
     SourceList list;
-    listDesktop(list, display);
     auto sound = pulse::soundDevices(soundServer);
     list.microphones = std::move(sound.microphones);
     list.systemSound = std::move(sound.systemSound);
     list.cameras = camerasOfAllKinds();
+    if (list.microphones.empty() && !list.systemSound)
+        list.limits.emplace_back("No sound can be recorded: no sound server answers.");
+    return list;
+}
+
+SourceList listSources(std::string const& display, std::string const& soundServer) {
+    SourceList list;
+    listDesktop(list, display);
+    auto devices = listDevices(soundServer);
+    list.microphones = std::move(devices.microphones);
+    list.systemSound = std::move(devices.systemSound);
+    list.cameras = std::move(devices.cameras);
+    std::ranges::move(devices.limits, std::back_inserter(list.limits));
     return list;
 }
 

@@ -9,5 +9,7 @@ namespace tavaro {
 /// Throws `CaptureError` when no server answers. Sound is that of the server `soundServer`, as in `$PULSE_SERVER`,
 /// which an empty one means; without one there is none.
 SourceList listSources(std::string const& display = {}, std::string const& soundServer = {});
+/// The same without a desktop: cameras and sound.
+SourceList listDevices(std::string const& soundServer = {});
 
 }

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdarg>
 #include <cstring>
 #include <poll.h>
 #include <string_view>
@@ -134,6 +135,7 @@ bool CompositorKeymap::State::listen(int milliseconds) const {
 }
 
 std::unique_ptr<CompositorKeymap> CompositorKeymap::open() {
+    wl_log_set_handler_client([](char const*, va_list) {}); // what fails is seen by its result
     auto state = std::make_unique<State>();
     if (!state->display || !state->ask()) return nullptr;
     return std::unique_ptr<CompositorKeymap>(new CompositorKeymap(std::move(state)));

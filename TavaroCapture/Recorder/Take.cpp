@@ -258,7 +258,8 @@ RecorderProgress ScreenRecorder::Take::progressNow() const {
                               .framesWritten = writer_->framesWritten(),
                               .droppedFrames = droppedFrames_,
                               .repeatedFrames = repeatedFrames_,
-                              .isPaused = clock_.isPaused()};
+                              .isPaused = clock_.isPaused(),
+                              .isScreenAway = screenAbsences_.isAway()};
     if (double const room = roomSeconds_; room >= 0) progress.roomSeconds = room;
     for (auto const& stream : sideStreams_) {
         if (auto const sound = stream->sound()) progress.sounds.push_back(*sound);

@@ -160,13 +160,21 @@ TEST_F(RecordedSound, whatIsThereIsListedAndWhatIsNotIsRefusedBeforeAnythingIsRe
     auto const refused = tavaro({"record", "--microphone", "tuba", "-o", path("take.recproj")});
     EXPECT_EQ(refused.exitCode, 1);
     EXPECT_EQ(refused.error, "There is no microphone “tuba”. `tavaro sources` lists those there are.\n");
+    std::string const display = std::getenv("DISPLAY");
+    setenv("DISPLAY", "", 1);
+    auto const blind = tavaro({"sources"});
+    EXPECT_EQ(blind.exitCode, 1);
+    EXPECT_THAT(blind.out, HasSubstr("Desk (default)\n")) << "what else there is";
+    EXPECT_THAT(blind.error, HasSubstr("There is no display to record"));
+    setenv("DISPLAY", display.c_str(), 1);
     server->kill();
     EXPECT_THAT(tavaro({"record", "--system-audio", "-o", path("take.recproj")}).error,
                 HasSubstr("The system's sound cannot be recorded: no sound server answers ("));
     EXPECT_FALSE(fs::exists(path("take.recproj")));
     auto const none = tavaro({"sources"});
     EXPECT_EQ(none.exitCode, 0);
-    EXPECT_EQ(none.error, "No sound can be recorded: no sound server answers.\n");
+    EXPECT_THAT(none.error, HasSubstr("No sound can be recorded: no sound server answers.\n"));
+    EXPECT_THAT(tavaro({"sources", "--json"}).out, HasSubstr(R"("limits":["No sound can be recorded)"));
 }
 
 TEST_F(RecordedSound, anUnpluggedMicrophoneIsToldOfWhileTheTakeGoesOnAndAtItsEnd) {

@@ -1,7 +1,7 @@
 #include <Tavaro/Model/Recording/RecordingJob.h>
 
 #include <Tavaro/Model/Project/PackagePath.h>
-#include <Tavaro/Model/Recording/Private/CameraWatch.h>
+#include <Tavaro/Model/Recording/Private/PictureWatch.h>
 #include <Tavaro/Model/Recording/Private/RoomWatch.h>
 #include <Tavaro/Model/Recording/Private/SoundWatch.h>
 #include <Tavaro/Model/Recording/TakeNames.h>
@@ -79,7 +79,7 @@ template<class Orders> TakeEnd runTake(ScreenRecorder& recorder, double seconds,
     using namespace std::chrono_literals;
     bool isPaused = false;
     SoundWatch sounds;
-    CameraWatch camera;
+    PictureWatch screen(StreamRole::screen), camera(StreamRole::camera);
     RoomWatch room;
     auto const tell = [&](std::string const& sentence) { reporter.remark(sentence); };
     while (true) {
@@ -89,6 +89,7 @@ template<class Orders> TakeEnd runTake(ScreenRecorder& recorder, double seconds,
         auto const progress = recorder.progress();
         reporter.progress({RecordingStage::recording, progress});
         sounds.look(progress.sounds, tell);
+        if (auto const sentence = screen.look(progress.isScreenAway)) tell(*sentence);
         if (auto const sentence = camera.look(progress.isCameraAway)) tell(*sentence);
         room.look(progress.roomSeconds, tell);
         if (seconds > 0 && progress.seconds >= seconds) return TakeEnd::keep;

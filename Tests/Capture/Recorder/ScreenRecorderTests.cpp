@@ -117,9 +117,11 @@ TEST_F(ScreenRecorderTest, aTakeOutlastsItsDisplayAndFindsItAgainWhereItIsPut) {
     recordUntil(recorder, 0.6);
     client->setDisplays({{"A", left}});
     double const unplugged = recorder.progress().seconds;
+    EXPECT_TRUE(eventually([&] { return recorder.progress().isScreenAway; }));
     recordUntil(recorder, unplugged + 0.5);
     client->setDisplays({{"A", right}, {"B", left}});
-    recordUntil(recorder, unplugged + 1);
+    EXPECT_TRUE(eventually([&] { return !recorder.progress().isScreenAway; }));
+    recordUntil(recorder, recorder.progress().seconds + 0.3);
     click(80);
     double const clicked = recorder.progress().seconds;
     recordUntil(recorder, clicked + 0.3);

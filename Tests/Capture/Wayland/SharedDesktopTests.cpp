@@ -181,14 +181,16 @@ TEST_F(SharedDesktopTest, whatIsListedIsWhatTheDesktopCanShare) {
     ASSERT_EQ(all.windows.size(), 1u);
     EXPECT_EQ(all.displays[0].id, "display-1");
     EXPECT_EQ(all.windows[0].id(), "window-1");
-    EXPECT_THAT(all.limits, ElementsAre(HasSubstr("clicks and keys"), HasSubstr("in front")));
+    EXPECT_THAT(all.limits, ElementsAre(HasSubstr("clicks and keys"), HasSubstr("in front"),
+                                        HasSubstr("No sound can be recorded")));
 
     portal.reset();
     portal.emplace(TestPortal::Answers{.kind = 2, .kinds = 1, .pointers = 3}); // calls its screens windows
     auto const fewer = listSources();
     EXPECT_THAT(fewer.windows, testing::IsEmpty());
-    EXPECT_THAT(fewer.limits, ElementsAre(HasSubstr("clicks and keys"), HasSubstr("in front"),
-                                          HasSubstr("part of the picture"), HasSubstr("no single windows")));
+    EXPECT_THAT(fewer.limits,
+                ElementsAre(HasSubstr("clicks and keys"), HasSubstr("in front"), HasSubstr("part of the picture"),
+                            HasSubstr("no single windows"), HasSubstr("No sound can be recorded")));
     EXPECT_THAT(failureOf(WindowSource{1}, CaptureError::Kind::unsupported), HasSubstr("single windows"));
     shareDesktop(DisplaySource{}, 60);
     EXPECT_THAT(portal->questions().back(), HasSubstr(R"("cursor_mode": 2)"));
