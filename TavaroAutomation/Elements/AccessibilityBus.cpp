@@ -8,8 +8,8 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstring>
-#include <deque>
 #include <fmt/format.h>
+#include <list>
 #include <systemd/sd-bus.h>
 #include <utility>
 
@@ -216,8 +216,11 @@ struct AccessibilityBus::State {
 
     void finish(Question* question, sd_bus_message* answer) {
         --underWay;
-        auto const kept = open.extract(question); // answering may ask more
+        auto const kept = open.extract(question);
+        // What an answer leads to comes first: of a program that is too slow, some widgets are known whole.
+        auto before = std::exchange(waiting, {});
         question->answered(answer);
+        waiting.splice(waiting.end(), before);
     }
 
     /// Answers that come later find nobody, and what was not asked yet is not asked any more.
@@ -235,7 +238,7 @@ struct AccessibilityBus::State {
 
     std::string address;
     Bus bus;
-    std::deque<std::unique_ptr<Question>> waiting;
+    std::list<std::unique_ptr<Question>> waiting;
     std::map<Question*, std::unique_ptr<Question>> open;
     std::size_t underWay = 0;
 };

@@ -21,7 +21,6 @@ namespace {
 constexpr int mostChildren = 1500;
 constexpr int mostDepth = 80;
 constexpr std::size_t manyNodes = 300;
-constexpr int nowhere = -(1 << 28); // as far as a program can say
 constexpr std::size_t mostNodes = 20'000;
 
 class TreeWalk {
@@ -147,8 +146,7 @@ private:
     bool isInScroller(Visit const& visit) const {
         if (!habits().saysWhatIsScrolledAway || visit.node.parent < 0 || visit.node.role == Role::pageTab) return false;
         auto const& parent = visits_[visit.node.parent];
-        auto const role = parent.node.role;
-        return parent.isInScroller || role == Role::viewport || role == Role::scrollPane || role == Role::documentWeb;
+        return parent.isInScroller || isScroller(parent);
     }
 
     /// The rows of a list are labels in Java.
@@ -169,20 +167,48 @@ private:
         visit.node.isScrolledAway = !isShown && mayBeScrolledAway(visit);
         visit.isKept = isShown || visit.node.isScrolledAway;
         if (!visit.isKept) return;
-        if (visit.known)
+        bool const waitsForName = !visit.known && isSomewhereAway(visit);
+        if (visit.known) {
             named(index, visit.known->name);
-        else if (visit.depth == 0 || isClickable(visit.node.role) || isLabel(visit.node.role))
-            bus_.name(address, [this, index](auto const& name) { named(index, name.value_or("")); });
-        if (isKnownToBeNowhere(visit)) return placed(index, {nowhere, nowhere, 1, 1});
-        bus_.extents(address, habits().origin, [this, index](auto const& extents) {
+        } else if (visit.depth == 0 || isClickable(visit.node.role) || isLabel(visit.node.role)) {
+            bus_.name(address, [this, index, waitsForName](auto const& name) {
+                named(index, name.value_or(""));
+                if (waitsForName) askForPlace(index);
+            });
+        }
+        if (!waitsForName) askForPlace(index);
+    }
+
+    void askForPlace(int index) {
+        auto const& visit = visits_[index];
+        if (isSomewhereAway(visit) && !descends(visit)) return placed(index, visits_[visit.node.parent].node.extents);
+        bus_.extents(visit.node.address, habits().origin, [this, index](auto const& extents) {
             if (extents) placed(index, *extents);
         });
     }
 
-    /// Something in a container that is scrolled away, whose program has a place only for what shows.
-    bool isKnownToBeNowhere(Visit const& visit) const {
-        if (!habits().placesOnlyWhatShows || !visit.node.isScrolledAway || !isClickable(visit.node.role)) return false;
-        return visit.isInScroller && visits_[visit.node.parent].node.isScrolledAway;
+    /// Something to click in a container of which nothing shows: where that is says enough of its place, and thousands
+    /// need not be asked.
+    bool isSomewhereAway(Visit const& visit) const {
+        if (!isFindingScrolledAway_ || !isClickable(visit.node.role)) return false;
+        bool const isTold = visit.node.isScrolledAway || habits().cutsOffInEveryContainer;
+        return isTold && isOfScroller(visit) && shownPart(visit.node.parent).isEmpty();
+    }
+
+    /// Menus and lists that open are elsewhere than what they are of.
+    bool isOfScroller(Visit const& visit) const {
+        for (int at = visit.node.parent; at >= 0; at = visits_[at].node.parent) {
+            auto const& around = visits_[at];
+            if (!around.isPlaced || around.node.extents.isEmpty()) return false;
+            if (isClickable(around.node.role) || isOfMenu(around.node.role)) return false;
+            if (isScroller(around)) return true;
+        }
+        return habits().scrollsInAnything;
+    }
+
+    static bool isScroller(Visit const& visit) {
+        auto const role = visit.node.role;
+        return role == Role::viewport || role == Role::scrollPane || role == Role::documentWeb;
     }
 
     /// Of a window the name stays as it is, to be compared with its title.
@@ -241,7 +267,7 @@ private:
         bool const mayBe = habits().closesToNoSize ? visit.depth > 0 : visit.node.role == Role::menuBar;
         auto const& extents = visit.node.extents;
         // What was never laid out has the size of a point.
-        bool const isLaidOut = extents.width > 1 || extents.height > 1 || isKnownToBeNowhere(visit);
+        bool const isLaidOut = extents.width > 1 || extents.height > 1;
         return (mayBe && extents.isEmpty()) || (visit.node.isScrolledAway && visit.isInScroller && !isLaidOut);
     }
 
@@ -304,13 +330,13 @@ private:
         for (std::size_t i = 0; i < crowds_.size(); ++i) {
             auto const questions = crowds_[i].search.next();
             isAsking = isAsking || !questions.isEmpty();
-            for (int const place : questions.places) askForPlace(crowds_[i].index, place);
+            for (int const place : questions.places) askForChild(crowds_[i].index, place);
             for (auto const& point : questions.points) askAt(crowds_[i].index, point);
         }
         return isAsking;
     }
 
-    void askForPlace(int index, int place) {
+    void askForChild(int index, int place) {
         bus_.childAt(visits_[index].node.address, place, [this, index, place](auto const& found) {
             if (found) visit({.address = *found, .parent = index, .isOfCrowd = true, .place = place});
         });

@@ -203,16 +203,32 @@ private:
         placement.dy += outer.y - inner.y;
     }
 
-    void add(int index, UIRect const& frame, Around const& around) {
-        auto const& it = node(index);
-        auto const role = it.isSearch ? "SearchField" : elementRole(it.role, it.states);
+    /// What can be seen of an element, or where it can be scrolled to.
+    struct Seen {
+        bool isInside = false;
+        UIRect shown;
+        UIRect view; // what scrolls it
+    };
+
+    /// None of what is closed, nor of what is said to be scrolled away though it lies where it would show: that is
+    /// hidden for another reason.
+    std::optional<Seen> seen(AccessibleNode const& it, UIRect const& frame, Around const& around) const {
         bool const isInClosedList = around.combo && !around.combo->contains(frame.center());
-        if (role.empty() || frame.isEmpty() || isInClosedList || isWrapper(index) || isInClosedMenu(it, around)) return;
+        if (frame.isEmpty() || isInClosedList || isInClosedMenu(it, around)) return std::nullopt;
         auto const shown = frame.intersection(around.clip);
         bool const isInside = !shown.isEmpty() && around.clip.contains(shown.center());
         auto const& view = around.clip.isEmpty() ? around.view : around.clip;
         bool const isAway = !isInside && !around.combo && !isOfMenu(it.role) && !view.isEmpty();
-        if (it.isScrolledAway ? !isAway : !isInside && !isAway) return;
+        if (!isAway && (it.isScrolledAway || !isInside)) return std::nullopt;
+        return Seen{.isInside = isInside, .shown = shown, .view = view};
+    }
+
+    void add(int index, UIRect const& frame, Around const& around) {
+        auto const& it = node(index);
+        auto const role = it.isSearch ? "SearchField" : elementRole(it.role, it.states);
+        auto const part = seen(it, frame, around);
+        if (role.empty() || !part || isWrapper(index)) return;
+        auto const& [isInside, shown, view] = *part;
         auto const title = titleOf(index);
         bool const isSomewhere = std::abs(frame.x) < farthest && std::abs(frame.y) < farthest;
         placed_.push_back({.element = {.id = elementID(lastingAddress(it, role, title), role, title),

@@ -8,7 +8,6 @@ constexpr ToolkitHabits ofGTK3{.hasWholeScales = true,
                                .losesScrolledViewports = true,
                                .losesPartsOfRows = true,
                                .saysWhatIsScrolledAway = true,
-                               .placesOnlyWhatShows = true,
                                .opensMenusInWindows = true,
                                .makesCellsAnew = true};
 
@@ -25,6 +24,7 @@ constexpr ToolkitHabits ofGTK4{.origin = Origin::window,
                                .namesByClass = true};
 
 constexpr ToolkitHabits ofQt{.cutsOffInEveryContainer = true,
+                             .scrollsInAnything = true,
                              .pointFindsInnermost = true,
                              .hidesScrolledRows = true,
                              .opensMenusInWindows = true,

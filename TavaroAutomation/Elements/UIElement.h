@@ -14,7 +14,7 @@ struct UIElement {
     std::string id;    // of this element with this role and title: another one has another
     std::string role;  // "Button", "MenuItem", "TextField"
     std::string title; // as people read it; empty where nothing names it
-    UIRect frame;
+    UIRect frame;      // out of view: of what it is in, where its program says no more
     bool isEnabled = true;
     bool isVisible = true; // false: scrolled out of view, off the screen, or behind another window of its application
 

@@ -20,6 +20,7 @@ struct ToolkitHabits {
     bool hasPagesInPixels = false;        // what is on a page is not scaled, and a point is not either
     bool misplacesMenuItems = false;      // but not the menu
     bool cutsOffInEveryContainer = false; // what shows is told only by what is around it
+    bool scrollsInAnything = false;       // and says of nothing that it scrolls
     bool pointFindsInnermost = false;     // and not the next widget inwards
     bool pointSeesWhatCovers = false;     // as the pointer does
     bool pointGoesByOrder = false;        // of a page, and not by what is drawn over what
@@ -31,11 +32,10 @@ struct ToolkitHabits {
     bool losesPartsOfRows = false;       // says that what is in a row that shows does not
     bool hidesScrolledRows = false;      // says that they are invisible
     bool saysWhatIsScrolledAway = false; // by the state: what is laid out there does not show
-    bool placesOnlyWhatShows = false;
-    bool opensMenusInWindows = false; // and has no place for what is in a closed one
-    bool closesToNoSize = false;      // what is closed has none
-    bool makesCellsAnew = false;      // when it is asked for one by a point or a place
-    bool makesRowsAnew = false;       // whenever it is asked for any
+    bool opensMenusInWindows = false;    // and has no place for what is in a closed one
+    bool closesToNoSize = false;         // what is closed has none
+    bool makesCellsAnew = false;         // when it is asked for one by a point or a place
+    bool makesRowsAnew = false;          // whenever it is asked for any
 
     // What holds what
     bool wrapsMenuButtons = false; // in a button that takes no clicks

@@ -2,12 +2,15 @@
 
 #include <TavaroAutomation/Elements/Private/ElementRole.h>
 #include <TavaroAutomation/Elements/Private/ElementTitle.h>
+#include <TavaroAutomation/Elements/Private/PlacedElement.h>
 #include <TavaroAutomation/Errors/AutomationError.h>
 #include <TavaroCore/Files/FileDescriptor.h>
 
 #include "../../Core/Package/TemporaryFolder.h"
+#include "ChanceProgram.h"
 #include "FakeProgram.h"
 
+#include <cmath>
 #include <cstdlib>
 #include <fmt/format.h>
 #include <gmock/gmock.h>
@@ -327,7 +330,7 @@ TEST_F(AccessibleTreeTest, whatShowsIsThereThoughThereIsNoTimeForWhatIsScrolledA
     }
     auto& away = widgets[widgets[widgets[1].children[1]].children[0]];
     away.isSilent = true;
-    auto const tree = walk(start(widgets, "Qt"), 700ms);
+    auto const tree = walk(start(widgets, "Qt"), 1s);
     EXPECT_FALSE(tree.isComplete);
     EXPECT_THAT(names(tree), AllOf(Contains("Button 0.0"), Contains("Button 0.39")));
 }
@@ -361,6 +364,50 @@ TEST_F(AccessibleTreeTest, aProgramThatTalksNonsenseIsReadAsFarAsItMakesSense) {
         EXPECT_THAT(names(tree), Contains("Button 0.0"));
         EXPECT_LT(took, 1s);
     }
+}
+
+/// What people can click in it, and what follows for every listing.
+void expectSound(AccessibleTree const& tree) {
+    std::vector<x11::OpenWindow> const windows{{.window = 1, .title = "Save", .contents = {0, 0, 400, 300}},
+                                               {.window = 2, .contents = {50, 50, 100, 90}, .isPopup = true}};
+    for (std::size_t i = 0; i < tree.nodes.size(); ++i) {
+        auto const& node = tree.nodes[i];
+        EXPECT_LT(node.parent, static_cast<int>(i));
+        for (int const child : node.children) EXPECT_EQ(tree.nodes[static_cast<std::size_t>(child)].parent, i);
+    }
+    for (auto const& each : placedElements(tree, windows, {0, 0, 1000, 800})) {
+        auto const& [element, place] = std::pair(each.element, each.shownPart);
+        EXPECT_FALSE(element.role.empty());
+        EXPECT_LE(element.title.size(), 4 * 201U);
+        EXPECT_EQ(element.title.find_first_of("\n\t\x1b"), std::string::npos);
+        EXPECT_TRUE(std::isfinite(element.frame.x + element.frame.y + place.x + place.y));
+        EXPECT_TRUE(!element.isVisible || !place.intersection({0, 0, 1000, 800}).isEmpty());
+    }
+}
+
+TEST_F(AccessibleTreeTest, aProgramThatAnswersByChanceIsReadInTimeAndLeavesTheBusSound) {
+    ChanceProgram program(testBus);
+    auto& sound = start({widget(Role::application, "app", {1}), widget(Role::frame, "Other")});
+    auto const* const wanted = std::getenv("TAVARO_CHANCE_ROUNDS");
+    unsigned const rounds = wanted ? static_cast<unsigned>(std::atoi(wanted)) : 300;
+    std::vector<Clock::duration> times;
+    std::size_t nodes = 0;
+    for (unsigned seed = 0; seed < rounds; ++seed) {
+        SCOPED_TRACE(fmt::format("seed {}", seed));
+        program.begin(seed);
+        auto const start = Clock::now();
+        auto const tree =
+            walkTree(*bus, program.root(), {.deadline = start + 50ms, .stop = {}, .screen = Extents{0, 0, 1000, 800}});
+        times.push_back(Clock::now() - start);
+        nodes += tree.nodes.size();
+        expectSound(tree);
+        if (seed % 50 == 0) {
+            EXPECT_THAT(names(walk(sound)), ElementsAre("Other"));
+        }
+    }
+    EXPECT_GT(nodes, rounds) << "it says something, too";
+    std::ranges::sort(times);
+    EXPECT_LT(times[times.size() / 2], 200ms);
 }
 
 TEST_F(AccessibleTreeTest, aProgramThatHangsCostsNoMoreThanTheTimeGivenAndTheNextAnswers) {

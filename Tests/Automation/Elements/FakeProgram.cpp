@@ -1,6 +1,6 @@
 #include "FakeProgram.h"
 
-#include <TavaroPlatform/Queues/SerialQueue.h>
+#include "AnsweringConnection.h"
 
 #include <algorithm>
 #include <array>
@@ -33,31 +33,22 @@ int widgetAt(std::string_view path) {
 struct FakeProgram::State {
     std::string toolkit;
     std::deque<FakeWidget> widgets;
-    sd_bus* bus = nullptr;
-    std::string name;
-    std::atomic<bool> isOver = false;
     std::atomic<bool> isHanging = false;
     std::mutex mutable mutex;
     std::map<std::pair<int, std::string>, int> asked;
     std::map<int, std::set<std::string>> interfaces;
     int madeAnew = 0;
     std::mt19937 random{1};
-    std::unique_ptr<SerialQueue> queue;
+    AnsweringConnection* connection = nullptr; // of the call that is answered
+    std::unique_ptr<AnsweringConnection> owned;
 
-    static int onMessage(sd_bus_message* message, void* data, sd_bus_error* /*error*/) {
-        auto* const self = static_cast<State*>(data);
-        std::uint8_t type = 0;
-        sd_bus_message_get_type(message, &type);
-        return type == SD_BUS_MESSAGE_METHOD_CALL ? self->answer(message) : 0;
-    }
-
-    int answer(sd_bus_message* message) {
+    bool answer(sd_bus_message* message) {
         bool const isForAll = sd_bus_message_is_method_call(message, "org.a11y.atspi.Cache", "GetItems") > 0;
         if (isForAll && widgets[0].saysAllAtOnce) return sayAll(message);
         int const widget = widgetAt(sd_bus_message_get_path(message));
-        if (widget < 0 || widget >= static_cast<int>(widgets.size())) return 0;
+        if (widget < 0 || widget >= static_cast<int>(widgets.size())) return false;
         auto const& it = widgets[static_cast<std::size_t>(widget)];
-        if (it.isSilent || isHanging) return 1;
+        if (it.isSilent || isHanging) return true;
         std::string_view const member = sd_bus_message_get_member(message);
         count(widget, member);
         noteInterface(widget, member == "Get" ? propertyOf(message).first : sd_bus_message_get_interface(message));
@@ -69,19 +60,19 @@ struct FakeProgram::State {
             property(message, reply, it);
         else
             method(member, message, reply, widget);
-        sd_bus_send(bus, reply, nullptr);
-        sd_bus_message_unref(reply);
-        return 1;
+        connection->send(reply);
+        return true;
     }
 
-    int sayAll(sd_bus_message* message) {
+    bool sayAll(sd_bus_message* message) {
         sd_bus_message* reply = nullptr;
         sd_bus_message_new_method_return(message, &reply);
         sd_bus_message_open_container(reply, 'a', "((so)(so)(so)iiassusau)");
         for (int i = 0; i < static_cast<int>(widgets.size()); ++i) {
             auto const& it = widgets[static_cast<std::size_t>(i)];
             sd_bus_message_open_container(reply, 'r', "(so)(so)(so)iiassusau");
-            for (int const each : {i, 0, 0}) sd_bus_message_append(reply, "(so)", name.c_str(), pathOf(each).c_str());
+            for (int const each : {i, 0, 0})
+                sd_bus_message_append(reply, "(so)", connection->name().c_str(), pathOf(each).c_str());
             sd_bus_message_append(reply, "ii", 0, childCountOf(it));
             sd_bus_message_append(reply, "as", 1, "org.a11y.atspi.Accessible");
             sd_bus_message_append(reply, "sus", it.name.c_str(), static_cast<std::uint32_t>(it.role), "");
@@ -89,9 +80,8 @@ struct FakeProgram::State {
             sd_bus_message_close_container(reply);
         }
         sd_bus_message_close_container(reply);
-        sd_bus_send(bus, reply, nullptr);
-        sd_bus_message_unref(reply);
-        return 1;
+        connection->send(reply);
+        return true;
     }
 
     static int childCountOf(FakeWidget const& it) {
@@ -117,18 +107,20 @@ struct FakeProgram::State {
         case 5: sd_bus_message_append(reply, "au", 3, UINT_MAX, UINT_MAX, UINT_MAX); break;
         case 6: sd_bus_message_append(reply, "u", static_cast<std::uint32_t>(random() % 140)); break;
         case 7: sd_bus_message_append(reply, "v", "i", static_cast<int>(random() % 4000) - 2000); break;
-        case 8: sd_bus_message_append(reply, "(so)", name.c_str(), pathOf(random() % widgets.size()).c_str()); break;
+        case 8:
+            sd_bus_message_append(reply, "(so)", connection->name().c_str(), pathOf(random() % widgets.size()).c_str());
+            break;
         default: appendAll(reply, {0, 1, static_cast<int>(random() % widgets.size())}); break;
         }
     }
 
     void property(sd_bus_message* message, sd_bus_message* reply, FakeWidget const& it) {
         auto const name = propertyOf(message).second;
-        if (name == "Name" && it.endsProgram) isOver = true;
+        if (name == "Name" && it.endsProgram) connection->end();
         if (name == "ChildCount")
             sd_bus_message_append(reply, "v", "i", childCountOf(it));
         else if (name == "Parent")
-            sd_bus_message_append(reply, "v", "(so)", this->name.c_str(), pathOf(parentOf(it)).c_str());
+            sd_bus_message_append(reply, "v", "(so)", connection->name().c_str(), pathOf(parentOf(it)).c_str());
         else
             sd_bus_message_append(reply, "v", "s",
                                   name == "ToolkitName"   ? toolkit.c_str()
@@ -151,14 +143,14 @@ struct FakeProgram::State {
             sd_bus_message_read(message, "i", &place);
             bool const isThere = place >= 0 && place < static_cast<int>(it.children.size());
             auto const path = isThere ? pathAnew(it.children[place]) : std::string(nowhere);
-            sd_bus_message_append(reply, "(so)", name.c_str(), path.c_str());
+            sd_bus_message_append(reply, "(so)", connection->name().c_str(), path.c_str());
         } else if (member == "GetIndexInParent") {
             auto const& siblings = widgets[parentOf(it)].children;
             sd_bus_message_append(reply, "i", static_cast<int>(std::ranges::find(siblings, widget) - siblings.begin()));
         } else if (member == "GetAccessibleAtPoint") {
             int x = 0, y = 0;
             sd_bus_message_read(message, "ii", &x, &y);
-            sd_bus_message_append(reply, "(so)", name.c_str(), pathAt(it, x, y).c_str());
+            sd_bus_message_append(reply, "(so)", connection->name().c_str(), pathAt(it, x, y).c_str());
         } else if (member == "GetRelationSet") {
             sd_bus_message_open_container(reply, 'a', "(ua(so))");
             if (!it.labels.empty()) {
@@ -175,7 +167,8 @@ struct FakeProgram::State {
 
     void appendAll(sd_bus_message* reply, std::vector<int> const& all) {
         sd_bus_message_open_container(reply, 'a', "(so)");
-        for (int const each : all) sd_bus_message_append(reply, "(so)", name.c_str(), pathOf(each).c_str());
+        for (int const each : all)
+            sd_bus_message_append(reply, "(so)", connection->name().c_str(), pathOf(each).c_str());
         sd_bus_message_close_container(reply);
     }
 
@@ -229,40 +222,22 @@ struct FakeProgram::State {
         std::lock_guard const lock(mutex);
         ++asked[{widget, std::string(question)}];
     }
-
-    void serve() {
-        while (!isOver) {
-            int const code = sd_bus_process(bus, nullptr);
-            if (code < 0) break;
-            constexpr std::uint64_t glance = 5'000;
-            if (code == 0) sd_bus_wait(bus, glance);
-        }
-        sd_bus_flush_close_unref(bus);
-    }
 };
 
 FakeProgram::FakeProgram(TestBus const& bus, std::string toolkit, std::deque<FakeWidget> widgets)
     : state_(std::make_unique<State>()) {
     state_->toolkit = std::move(toolkit);
     state_->widgets = std::move(widgets);
-    sd_bus_new(&state_->bus);
-    sd_bus_set_address(state_->bus, bus.address().c_str());
-    sd_bus_set_bus_client(state_->bus, 1);
-    sd_bus_start(state_->bus);
-    char const* name = "";
-    sd_bus_get_unique_name(state_->bus, &name);
-    state_->name = name;
-    sd_bus_add_filter(state_->bus, nullptr, State::onMessage, state_.get());
-    state_->queue = std::make_unique<SerialQueue>("com.tavaro.test.program");
-    state_->queue->async([state = state_.get()] { state->serve(); });
+    auto const answer = [state = state_.get()](AnsweringConnection& connection, sd_bus_message* call) {
+        state->connection = &connection;
+        return state->answer(call);
+    };
+    state_->owned = std::make_unique<AnsweringConnection>(bus, answer);
 }
 
-FakeProgram::~FakeProgram() {
-    state_->isOver = true;
-    state_->queue.reset();
-}
+FakeProgram::~FakeProgram() { state_->owned.reset(); }
 
-atspi::Address FakeProgram::widget(int place) const { return {state_->name, pathOf(place)}; }
+atspi::Address FakeProgram::widget(int place) const { return {state_->owned->name(), pathOf(place)}; }
 
 void FakeProgram::hang(bool isHanging) { state_->isHanging = isHanging; }
 

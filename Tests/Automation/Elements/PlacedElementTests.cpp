@@ -164,6 +164,29 @@ TEST(PlacedElement, whatIsCutOffOrInNoWindowIsNotVisible) {
     EXPECT_THAT(away, ElementsAre("Below", "Far below")) << "one can scroll there";
 }
 
+TEST(PlacedElement, whatIsScrolledAwayIsWhereItScrollsAndWhatIsHiddenThereIsNot) {
+    for (auto const toolkit : {Toolkit::gtk3, Toolkit::chromium}) {
+        TestTree tree(toolkit);
+        auto const frame = tree.add(-1, Role::frame, "Main", {100, 100, 400, 300});
+        auto const pane = tree.add(frame, Role::scrollPane, "", {100, 150, 400, 100});
+        constexpr int nowhere = -(1 << 28);
+        for (auto const& [name, extents] : std::map<std::string, Extents>{{"Below", {110, 500, 80, 20}},
+                                                                          {"Hidden", {110, 160, 80, 20}},
+                                                                          {"Nowhere", {nowhere, nowhere, 80, 20}}}) {
+            auto const button = tree.add(pane, Role::pushButton, name, extents);
+            tree.tree.nodes[button].isScrolledAway = true;
+        }
+        auto const placed = placedElements(tree.tree, {window("Main", {100, 100, 400, 300})}, {0, 0, 4000, 3000});
+        ASSERT_EQ(placed.size(), 2U);
+        for (auto const& each : placed) {
+            EXPECT_FALSE(each.element.isVisible);
+            EXPECT_EQ(each.shownPart, (UIRect{100, 150, 400, 100})) << "where the wheel brings it";
+        }
+        EXPECT_EQ(placed[0].element.frame, (UIRect{110, 500, 80, 20}));
+        EXPECT_EQ(placed[1].element.frame.center(), (UIPoint{300, 200}));
+    }
+}
+
 TEST(PlacedElement, whatIsOffTheScreenIsNotVisible) {
     TestTree tree(Toolkit::gtk3);
     auto const frame = tree.add(-1, Role::frame, "Main", {3800, 100, 400, 300});

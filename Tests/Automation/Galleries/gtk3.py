@@ -140,6 +140,8 @@ def rows():
 
 
 def buttons(count):
+    if len(sys.argv) > 2:
+        return {"table": table, "column": column}[sys.argv[2]](count)
     lines = Gtk.Box(orientation=Gtk.Orientation.VERTICAL)
     for first in range(0, count, 40):
         line = Gtk.Box()
@@ -173,7 +175,6 @@ def column(count):
 
 def main():
     count = int(sys.argv[1]) if len(sys.argv) > 1 else 0
-    many = {"table": table, "column": column}.get(sys.argv[2], buttons) if len(sys.argv) > 2 else buttons
     window = Gtk.Window(title="Gallery of GTK 3")
     window.set_default_size(700, 480)
     window.connect("destroy", Gtk.main_quit)
@@ -186,7 +187,7 @@ def main():
     freeze = button("Freeze", lambda _: GLib.timeout_add(50, hang))
     for each in (button("Save"), button("Save As…"), context_menu(button("Café")), ask_first, off, freeze, button("Toast", toast)):
         line.pack_start(each, False, False, 0)
-    for each in (menus(), line, later(window, line), fields(), choices(), story(), rows()) + ((many(count),) if count else ()):
+    for each in (menus(), line, later(window, line), fields(), choices(), story(), rows()) + ((buttons(count),) if count else ()):
         box.pack_start(each, False, False, 0)
     window.add(box)
     window.show_all()
