@@ -107,10 +107,9 @@ def activate(application):
     entry.connect("changed", lambda it: tell("typed", it.get_text()))
     check = Gtk.CheckButton(label="Bold")
     check.connect("toggled", lambda it: tell("bold", it.get_active()))
-    secret = Gtk.PasswordEntry(text="hunter2", placeholder_text="Password")
     overlay = Gtk.Overlay(child=box)
     context_menu(application, line)
-    for each in (button("Save"), button("_Inform"), off, menu_button(application), notice_over(overlay), check, entry, secret):
+    for each in (button("Save"), button("_Inform"), off, menu_button(application), notice_over(overlay), check, entry):
         line.append(each)
     box.append(line)
     box.append(story())
@@ -119,6 +118,7 @@ def activate(application):
     if count:
         many = column if sys.argv[2:] == ["column"] else buttons
         box.append(many(count))
+    box.append(Gtk.PasswordEntry(text="hunter2", placeholder_text="Password"))
     window.set_child(overlay)
     window.present()
     tell("ready")

@@ -34,6 +34,13 @@ def buttons(count):
     return scrolled
 
 
+def password():
+    secret = QLineEdit("hunter2")
+    secret.setEchoMode(QLineEdit.Password)
+    secret.setPlaceholderText("Password")
+    return secret
+
+
 def add_menu(window):
     menu = window.menuBar().addMenu("&File")
     menu.addAction("&Open...").triggered.connect(lambda: tell("chosen Open"))
@@ -62,9 +69,6 @@ def widgets():
     field = QLineEdit()
     field.setPlaceholderText("Search notes")
     field.textChanged.connect(lambda text: tell("typed", text))
-    secret = QLineEdit("hunter2")
-    secret.setEchoMode(QLineEdit.Password)
-    secret.setPlaceholderText("Password")
     sizes = QComboBox()
     sizes.addItems(["Small", "Medium", "Large"])
     sizes.currentTextChanged.connect(lambda text: tell("size", text))
@@ -76,7 +80,7 @@ def widgets():
     tabs.addTab(button("On the second"), "Second")
     off = button("Disabled one")
     off.setEnabled(False)
-    return button("Save"), context_menu(button("Save As…")), off, check, field, secret, sizes, story(), rows, tabs
+    return button("Save"), context_menu(button("Save As…")), off, check, field, sizes, story(), rows, tabs
 
 
 def main():
@@ -89,6 +93,7 @@ def main():
     count = int(sys.argv[1]) if len(sys.argv) > 1 else 0
     for widget in widgets() + ((buttons(count),) if count else ()):
         layout.addWidget(widget)
+    layout.addWidget(password())
     window.setCentralWidget(content)
     window.resize(500, 620)
     window.show()
