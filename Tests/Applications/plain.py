@@ -119,7 +119,7 @@ class Swing(Application):
         self.expect_window("Choice 3")
 
     def far_element(self):
-        self.click_element(self.bring("Choice 70", over=center(self.one("Choice 4").frame)))
+        self.click_element(self.bring("Choice 70", over=center(self.one("Choice 4").frame), down=100))
         self.expect_window("Choice 70")
 
 

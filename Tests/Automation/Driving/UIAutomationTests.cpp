@@ -204,11 +204,11 @@ TEST_F(GTK3Gallery, whatIsOffTheDisplayIsClickedOnceItsWindowIsMoved) {
         PixelRect frame;
         std::string title;
     };
-    for (auto const& [frame, title] : {Case{{-400, 100, 700, 480}, "Save"}, Case{{300, 770, 700, 480}, "Café"}}) {
-        client.move(id, frame);
-        ASSERT_TRUE(eventually([&] { return !elements().at(title).isVisible; })) << title;
-        clickTitle(title);
-        EXPECT_TRUE(logsSoon("clicked " + title));
+    for (auto const& each : {Case{{-400, 100, 700, 480}, "Save"}, Case{{300, 770, 700, 480}, "Café"}}) {
+        client.move(id, each.frame);
+        ASSERT_TRUE(eventually([&] { return !elements().at(each.title).isVisible; })) << each.title;
+        clickTitle(each.title);
+        EXPECT_TRUE(logsSoon("clicked " + each.title));
     }
     EXPECT_THAT(sentenceOf([&] { clickTitle("Row 60"); }), HasSubstr("out of view"));
 }
