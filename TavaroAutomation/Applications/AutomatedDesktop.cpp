@@ -31,8 +31,10 @@ Connection automatedDesktop(std::string const& display) {
 }
 
 void expectAlive(Connection const& connection) {
-    if (!connection.isAlive()) throw AutomationError(AutomationError::Kind::failed, "The display went away.");
+    if (!connection.isAlive()) refuseGone();
 }
+
+void refuseGone() { throw AutomationError(AutomationError::Kind::failed, "The display went away."); }
 
 void refuseDesktop(std::string const& reason) {
     throw AutomationError(AutomationError::Kind::noDisplay,

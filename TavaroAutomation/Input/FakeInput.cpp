@@ -82,7 +82,7 @@ PointerQuery::~PointerQuery() {
 PointerState PointerQuery::answer() {
     isTaken_ = true;
     auto const pointer = own(xcb_query_pointer_reply(connection_.get(), cookie_, nullptr));
-    if (!pointer) throw AutomationError(AutomationError::Kind::failed, "The display went away.");
+    if (!pointer) refuseGone();
     constexpr std::uint16_t buttons = XCB_KEY_BUT_MASK_BUTTON_1 | XCB_KEY_BUT_MASK_BUTTON_2 | XCB_KEY_BUT_MASK_BUTTON_3;
     return {{pointer->root_x, pointer->root_y}, (pointer->mask & buttons) != 0};
 }

@@ -1,5 +1,6 @@
 #include <TavaroAutomation/Input/Private/UserMotion.h>
 
+#include <TavaroAutomation/Applications/Private/AutomatedDesktop.h>
 #include <TavaroAutomation/Errors/AutomationError.h>
 #include <TavaroCapture/X11/Desktop.h>
 
@@ -14,7 +15,12 @@ namespace tavaro::x11 {
 
 namespace {
 
-[[noreturn]] void refuse() { throw AutomationError(AutomationError::Kind::userMoved, "Stopped: the mouse was moved."); }
+/// They come and go.
+std::vector<PixelRect> screensOf(Connection& connection) {
+    std::vector<PixelRect> result;
+    for (auto const& display : displays(connection)) result.push_back(display.frame);
+    return result;
+}
 
 }
 
@@ -33,8 +39,7 @@ UserMotion::UserMotion(FakeInput& input) : input_(input) {
 }
 
 void UserMotion::forget() {
-    screens_.clear(); // they come and go
-    for (auto const& display : displays(input_.connection())) screens_.push_back(display.frame);
+    screens_ = screensOf(input_.connection());
     before_.reset();
     expected_ = input_.pointer();
     hasForeignEvent();
@@ -48,6 +53,14 @@ void UserMotion::move(PixelPoint to) {
     input_.move(to);
     after_.emplace(connection);
     xcb_flush(connection.get());
+}
+
+/// The server moves the pointer itself when the display goes that it was on.
+void UserMotion::refuse() {
+    expectAlive(input_.connection());
+    if (screensOf(input_.connection()) != screens_)
+        throw AutomationError(AutomationError::Kind::failed, "Stopped: the displays changed.");
+    throw AutomationError(AutomationError::Kind::userMoved, "Stopped: the mouse was moved.");
 }
 
 bool UserMotion::isOnAScreen(PixelPoint at) const {

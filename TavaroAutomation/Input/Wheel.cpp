@@ -194,7 +194,6 @@ int Wheel::flick(int count, double enough) {
         notch();
         watchUntil(InputClock::now() + gapAfter(sent, count));
         awaitAnswers();
-        if (sent_ - sentAtChange_ >= unseenNotches) notePlace();
     }
     return sent;
 }
@@ -202,7 +201,10 @@ int Wheel::flick(int count, double enough) {
 /// What a slow program paints at once is still to be followed, so it does not get far behind.
 void Wheel::awaitAnswers() {
     auto const start = InputClock::now();
-    auto const isBehind = [&] { return moved_ > 0 && sent_ * worth_ - moved_ > length() * mostAtOnce; };
+    auto const isBehind = [&] {
+        if (sent_ - sentAtChange_ >= unseenNotches) notePlace();
+        return moved_ > 0 && sent_ * worth_ - moved_ > length() * mostAtOnce;
+    };
     while (isBehind() && InputClock::now() - start < patience()) watchUntil(InputClock::now() + betweenLooks);
 }
 

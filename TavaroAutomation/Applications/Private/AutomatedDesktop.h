@@ -12,6 +12,7 @@ Connection automatedDesktop(std::string const& display);
 
 /// Throws `AutomationError` (`failed`) where its server is gone.
 void expectAlive(Connection const& connection);
+[[noreturn]] void refuseGone();
 
 /// Nothing can be worked here, for that reason.
 [[noreturn]] void refuseDesktop(std::string const& reason);

@@ -19,12 +19,13 @@ public:
     void move(PixelPoint to);
     /// Throws `AutomationError` where no display shows that place: the server would put the pointer somewhere else.
     void expectOnAScreen(PixelPoint at) const;
-    /// Both throw `AutomationError` (`userMoved`): by what the server has answered and reported so far, which lags a
+    /// Both throw `AutomationError` (`userMoved`, or `failed` where displays came or went): by what the server has answered and reported so far, which lags a
     /// step behind; and by asking it.
     void expectNoneSoFar();
     void expectNone();
 
 private:
+    [[noreturn]] void refuse();
     void takeAnswers();
     bool hasForeignEvent();
     bool isOnAScreen(PixelPoint at) const;

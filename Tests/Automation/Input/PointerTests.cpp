@@ -121,6 +121,16 @@ TEST_F(PointerTest, whatIsOnNoDisplayIsRefusedAsTheDisplaysAreNow) {
     EXPECT_EQ(place(), (PixelPoint{20, 30}));
 }
 
+TEST_F(PointerTest, aDisplayThatGoesDuringAGlideIsNoMotionOfTheUsers) {
+    pointer->glide({10, 10}, 0);
+    auto gliding = std::async(std::launch::async, [&] { pointer->glide({600, 400}, 5); });
+    ASSERT_TRUE(eventually([&] { return place().x > 20; }));
+    client->resizeDesktop(200, 150);
+    EXPECT_THAT([&] { gliding.get(); }, ThrowsMessage<AutomationError>(std::string("Stopped: the displays changed.")));
+    pointer->glide({100, 100}, 0.05);
+    EXPECT_EQ(place(), (PixelPoint{100, 100})) << "the next one works";
+}
+
 TEST_F(PointerTest, whatMovedMeanwhileIsFollowed) {
     int asked = 0;
     pointer->glide({100, 100}, 0.05, {}, [&]() -> std::optional<UIPoint> {

@@ -112,9 +112,11 @@ TEST_F(WheelTest, goesAsFarAsNotchesComeWhateverTheProgramMakesOfThem) {
             std::this_thread::sleep_for(300ms); // the program does not take it for more of the one before
             int const before = window.offset();
             auto const scrolled = pointer.scroll({.down = asked});
-            int const went = window.offset() - before;
-            EXPECT_NEAR(went, asked, habits.notch * 0.5 + 1) << habits.name;
-            EXPECT_EQ(scrolled.went.down, went) << habits.name << " " << asked;
+            // On a busy machine the program still has notches to take.
+            EXPECT_TRUE(eventually([&] { return window.offset() - before == scrolled.went.down; }))
+                << habits.name << " " << asked << ": went " << window.offset() - before << ", says "
+                << scrolled.went.down;
+            EXPECT_NEAR(scrolled.went.down, asked, habits.notch * 0.5 + 1) << habits.name;
             EXPECT_FALSE(scrolled.isAtEnd) << habits.name << " " << asked;
         }
     }
@@ -129,7 +131,7 @@ TEST_F(WheelTest, whatIsPlainUnderThePointerIsNotTheEnd) {
         int const before = window.offset();
         auto const scrolled = pointer.scroll({.down = asked}, {}, place);
         EXPECT_NEAR(scrolled.went.down, asked, 26) << "within half a notch";
-        EXPECT_EQ(scrolled.went.down, window.offset() - before);
+        EXPECT_TRUE(eventually([&] { return window.offset() - before == scrolled.went.down; }));
         EXPECT_TRUE(scrolled.isSeen && !scrolled.isAtEnd) << asked;
     }
     int const before = window.offset();
