@@ -63,7 +63,7 @@ TEST_F(MutterTest, thePointerOfAStillScreenIsToldAndNotInThePicture) {
         EXPECT_TRUE(leadsPointerAlong(desktop, point));
     desktop.screen->grab(mediaClockNow());
     EXPECT_EQ(at(desktop, 150, 90), ground);
-    EXPECT_THAT(desktop.events->limits(), testing::ElementsAre(testing::HasSubstr("clicks and keys")));
+    EXPECT_THAT(desktop.events->limits(), testing::Not(testing::Contains(testing::HasSubstr("where the pointer is"))));
 }
 
 TEST_F(MutterTest, aWindowIsSharedByItselfWithThePointerInItsOwnPixels) {

@@ -15,7 +15,7 @@ namespace tavaro::wayland {
 
 namespace {
 
-using testing::ElementsAre;
+using testing::Contains;
 using testing::HasSubstr;
 
 using Color = std::array<int, 3>; // blue, green, red
@@ -85,7 +85,7 @@ TEST_F(SwayTest, thePointerIsAPartOfThePictureAndTheTakeSaysSo) {
         return at(desktop, 160, 100) != ground;
     }));
     EXPECT_EQ(desktop.events->pointer(), std::nullopt);
-    EXPECT_THAT(desktop.events->limits(), ElementsAre(HasSubstr("clicks and keys"), HasSubstr("part of the picture")));
+    EXPECT_THAT(desktop.events->limits(), Contains(HasSubstr("part of the picture")));
 }
 
 TEST_F(SwayTest, aScreenThatChangesItsSizeGoesOnAndOneWhoseCompositorDiesIsLost) {
@@ -106,8 +106,8 @@ TEST_F(SwayTest, whatItCannotGiveIsListed) {
     auto const all = listSources();
     ASSERT_EQ(all.displays.size(), 1u);
     EXPECT_THAT(all.windows, testing::IsEmpty());
-    EXPECT_THAT(all.limits, ElementsAre(HasSubstr("clicks and keys"), HasSubstr("part of the picture"),
-                                        HasSubstr("no single windows")));
+    EXPECT_THAT(all.limits, Contains(HasSubstr("part of the picture")));
+    EXPECT_THAT(all.limits, Contains(HasSubstr("no single windows")));
     EXPECT_THROW(shareDesktop(WindowSource{1}, 60), CaptureError);
 }
 
