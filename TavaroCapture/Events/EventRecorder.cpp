@@ -1,6 +1,7 @@
 #include <TavaroCapture/Events/Private/EventRecorder.h>
 
 #include <TavaroCapture/Events/Private/TakeClock.h>
+#include <TavaroCapture/Sources/Private/Patience.h>
 #include <TavaroCore/Recording/SettledRecording.h>
 #include <TavaroPlatform/Clocks/MediaClock.h>
 #include <TavaroPlatform/Queues/SerialQueue.h>
@@ -44,6 +45,7 @@ struct EventRecorder::State {
     }
     EventHandlers handlers();
     void samplePointer();
+    void stopSource();
 };
 
 EventHandlers EventRecorder::State::handlers() {
@@ -80,13 +82,19 @@ void EventRecorder::State::samplePointer() {
            [=, kind = cursor.load()](EventLog& log, double t) { log.notePointer(t, *point, position, kind); });
 }
 
+void EventRecorder::State::stopSource() {
+    pointerQueue.async([this] { pointerQueue.stopTimer(); });
+    if (!pointerQueue.settles(answerPatience)) source->giveUp();
+    pointerQueue.sync([] {});
+    source->stop();
+}
+
 EventRecorder::EventRecorder(std::unique_ptr<EventSource> source, PixelRect const& frame, TakeClock const& clock,
                              SerialQueue& sampleQueue)
     : state_(std::make_unique<State>(std::move(source), frame, clock, sampleQueue)) {}
 
 EventRecorder::~EventRecorder() {
-    state_->pointerQueue.stopTimer();
-    state_->source->stop();
+    state_->stopSource();
     state_->sampleQueue.sync([] {}); // what is on its way to the log needs it
 }
 
@@ -97,13 +105,14 @@ void EventRecorder::start() {
 }
 
 void EventRecorder::stop(double t) {
-    state_->pointerQueue.stopTimer();
-    state_->source->stop();
+    state_->stopSource();
     state_->sampleQueue.sync([&] {
         if (!state_->isClosed) state_->log.close(t);
         state_->isClosed = true;
     });
 }
+
+void EventRecorder::giveUp() { state_->source->giveUp(); }
 
 void EventRecorder::setFrame(PixelRect const& frame) {
     std::lock_guard const lock(state_->frameLock);

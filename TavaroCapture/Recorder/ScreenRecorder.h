@@ -46,7 +46,7 @@ struct RecorderProgress {
     bool isPaused = false;
     std::optional<double> roomSeconds; // that the disk has room for; none before that can be told
     std::vector<SoundState> sounds;    // those that are recorded
-    bool isScreenAway = false;         // the display that is recorded is not there
+    bool isScreenAway = false;         // it is not there, or has given no pictures for a second
     bool isCameraAway = false;         // one that is recorded gives no pictures
 };
 

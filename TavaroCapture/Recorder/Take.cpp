@@ -5,6 +5,7 @@
 #include <TavaroCapture/Recovery/RecoveryStore.h>
 #include <TavaroCapture/Segments/Private/JoinStreams.h>
 #include <TavaroCapture/Segments/Private/StreamSegments.h>
+#include <TavaroCapture/Sources/Private/Patience.h>
 #include <TavaroCore/Errors/SystemReason.h>
 #include <TavaroCore/Files/FileDescriptor.h>
 #include <TavaroCore/Recording/SettledRecording.h>
@@ -155,22 +156,21 @@ void ScreenRecorder::Take::lookAtRoom() {
     roomSeconds_ = room_.seconds().value_or(-1);
 }
 
+/// By the screen's own queue, which a display that hangs may keep for long.
 void ScreenRecorder::Take::setPaused(bool paused) {
     clock_.setPaused(paused, mediaClockNow());
-    if (paused) {
-        screenQueue_.stopTimer();
-        return;
-    }
-    // Frames stay on the grid of whole frame times: the first one is the next that the timeline has no frame for.
-    std::int64_t next = 0;
-    screenQueue_.sync([&] { next = lastIndex_ + 1; });
+    screenQueue_.async([this, paused] { paused ? screenQueue_.stopTimer() : resumeTicks(); });
+}
+
+/// Frames stay on the grid of whole frame times: the first one is the next that the timeline has no frame for.
+void ScreenRecorder::Take::resumeTicks() {
     double const elapsed = clock_.elapsed(mediaClockNow());
-    next = std::max(next, static_cast<std::int64_t>(std::ceil(elapsed * options_.fps)));
+    auto const next = std::max(lastIndex_ + 1, static_cast<std::int64_t>(std::ceil(elapsed * options_.fps)));
     startTicks(clock_.mediaTime(static_cast<double>(next) / options_.fps));
 }
 
 void ScreenRecorder::Take::tick(double scheduled) {
-    if (isEnding_ || clock_.isPaused()) return;
+    if (isEnding_ || isGivenUp_ || clock_.isPaused()) return;
     // The first frame is the take's time 0, however late it comes.
     std::int64_t const index = lastIndex_ < 0 ? 0 : std::llround(clock_.elapsed(scheduled) * options_.fps);
     if (index <= lastIndex_) return;
@@ -180,6 +180,10 @@ void ScreenRecorder::Take::tick(double scheduled) {
     lastIndex_ = index;
 
     auto const outcome = screen_->grab(mediaClockNow());
+    if (isGivenUp_) {
+        ++droppedFrames_;
+        return;
+    }
     if (outcome == ScreenSource::Outcome::lost)
         return endEarly({CaptureError::Kind::captureLost,
                          "What was being recorded went away: the window was closed or the display ended."});
@@ -259,13 +263,19 @@ RecorderProgress ScreenRecorder::Take::progressNow() const {
                               .droppedFrames = droppedFrames_,
                               .repeatedFrames = repeatedFrames_,
                               .isPaused = clock_.isPaused(),
-                              .isScreenAway = screenAbsences_.isAway()};
+                              .isScreenAway = isScreenAway()};
     if (double const room = roomSeconds_; room >= 0) progress.roomSeconds = room;
     for (auto const& stream : sideStreams_) {
         if (auto const sound = stream->sound()) progress.sounds.push_back(*sound);
         progress.isCameraAway = progress.isCameraAway || stream->isCameraAway();
     }
     return progress;
+}
+
+bool ScreenRecorder::Take::isScreenAway() const {
+    constexpr double longest = 1.25; // seconds; such a stall is one that is noted, too
+    double const behind = clock_.elapsed(mediaClockNow()) * options_.fps - static_cast<double>(lastIndex_);
+    return screenAbsences_.isAway() || (!isEnding_ && behind > longest * options_.fps);
 }
 
 CaptureHealth ScreenRecorder::Take::health() const {
@@ -306,11 +316,35 @@ MetadataCheckpoints::Snapshot ScreenRecorder::Take::snapshot(EventCounts const& 
     return result;
 }
 
+void ScreenRecorder::Take::stopScreen() {
+    double const end = clock_.elapsed(mediaClockNow());
+    screenQueue_.async([this] { screenQueue_.stopTimer(); });
+    if (!screenQueue_.settles(answerPatience)) {
+        isGivenUp_ = true;
+        screen_->giveUp();
+        events_->giveUp();
+    }
+    screenQueue_.sync([&] { holdLastPicture(end); });
+}
+
+/// What came last of a screen that hangs stays until the end, for the sake of all that is beside it.
+void ScreenRecorder::Take::holdLastPicture(double end) {
+    std::int64_t const last = static_cast<std::int64_t>(end * options_.fps) - 1, from = lastIndex_ + 1;
+    if (isEnding_ || from == 0 || last - from < options_.fps) return;
+    double const stall = static_cast<double>(from) / options_.fps;
+    screenStalls_.begin(stall);
+    sideFailures_.push_back(
+        fmt::format("No pictures came from the screen after {:.1f} seconds of the take; its last one stays.", stall));
+    droppedFrames_ += last - from;
+    lastIndex_ = last;
+    handOn(static_cast<double>(last) / options_.fps, true);
+}
+
 /// Ends every source of frames and events, and lets what is under way arrive.
 void ScreenRecorder::Take::stopStreams() {
     if (isStopped_) return;
     isStopped_ = true;
-    screenQueue_.stopTimer();
+    stopScreen();
     for (auto const& stream : sideStreams_) stream->stop();
     sampleQueue_.sync([] {});
     if (writer_) events_->stop(writer_->duration());

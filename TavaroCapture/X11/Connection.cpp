@@ -6,6 +6,7 @@
 #include <fmt/format.h>
 
 #include <mutex>
+#include <sys/socket.h>
 
 namespace tavaro::x11 {
 
@@ -40,6 +41,9 @@ Connection::Connection(std::string const& display) {
 }
 
 Connection::~Connection() { xcb_disconnect(connection_); }
+
+/// Who waits then reads the end of the connection. Only reading is ended: to write to a closed one is a signal.
+void Connection::giveUp() { ::shutdown(xcb_get_file_descriptor(connection_), SHUT_RD); }
 
 void Connection::synchronize() { ask<xcb_get_input_focus, xcb_get_input_focus_reply>(); }
 

@@ -36,6 +36,8 @@ public:
     xcb_window_t root() const { return screen_->root; }
     xcb_screen_t const& screen() const { return *screen_; }
     bool isAlive() const { return xcb_connection_has_error(connection_) == 0; }
+    /// Any thread. What waits for the server, and all that is asked from here on, fails as if it had ended.
+    void giveUp();
     /// Waits until the server has done everything asked so far.
     void synchronize();
 

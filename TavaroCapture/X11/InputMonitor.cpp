@@ -3,6 +3,7 @@
 #include <TavaroCapture/Events/Private/CursorNames.h>
 #include <TavaroCapture/Events/Private/SecurePrompts.h>
 #include <TavaroCapture/Sources/CaptureError.h>
+#include <TavaroCapture/Sources/Private/Patience.h>
 #include <TavaroCapture/X11/Desktop.h>
 #include <TavaroCapture/X11/Private/Keyboard.h>
 #include <TavaroPlatform/Clocks/MediaClock.h>
@@ -59,7 +60,13 @@ InputMonitor::~InputMonitor() { stop(); }
 void InputMonitor::stop() {
     isEnding_ = true;
     eventfd_write(wake_.get(), 1);
+    if (!queue_.settles(answerPatience)) giveUp();
     queue_.sync([] {});
+}
+
+void InputMonitor::giveUp() {
+    connection_.giveUp();
+    pointerConnection_.giveUp();
 }
 
 void InputMonitor::start(EventHandlers handlers) {

@@ -112,6 +112,8 @@ ScreenGrabber::Outcome ScreenGrabber::grab(double now) {
     return Outcome::unchanged;
 }
 
+void ScreenGrabber::giveUp() { state_->connection.giveUp(); }
+
 /// Reads everything though nothing was reported. A difference that no report explains, not even a later one, means that
 /// this screen draws past the reports.
 ScreenGrabber::Outcome ScreenGrabber::State::verify() {

@@ -141,6 +141,13 @@ void SerialQueue::sync(Task const& task) {
     done.get();
 }
 
+bool SerialQueue::settles(std::chrono::milliseconds atMost) {
+    auto const reached = std::make_shared<std::promise<void>>();
+    auto const done = reached->get_future();
+    async([reached] { reached->set_value(); });
+    return done.wait_for(atMost) == std::future_status::ready;
+}
+
 void SerialQueue::startTimer(double start, double seconds, std::function<void(double)> tick) {
     {
         std::lock_guard const lock(state_->mutex);

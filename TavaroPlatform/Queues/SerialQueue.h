@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <string>
@@ -33,6 +34,8 @@ public:
     /// Any thread but the queue's own. Runs the task after everything queued before it; its exception reaches the
     /// caller.
     void sync(Task const& task);
+    /// Any thread but the queue's own. Waits until everything queued so far has run; false where that takes longer.
+    bool settles(std::chrono::milliseconds atMost);
 
     /// Runs `tick(scheduled)` every `seconds`, the first time at `start` on the media clock; `scheduled` is the time
     /// the tick was due, start + n × seconds, so lateness does not add up. Ticks whose time passed while a task ran are

@@ -53,6 +53,9 @@ void TestDisplay::kill() {
     process_ = -1;
 }
 
+void TestDisplay::freeze() const { ::kill(process_, SIGSTOP); }
+void TestDisplay::thaw() const { ::kill(process_, SIGCONT); }
+
 bool TestDisplay::isInstalled() { return std::system("command -v Xvfb >/dev/null 2>&1") == 0; }
 
 std::uint32_t TestClient::makeWindow(WindowOptions const& options) {

@@ -25,6 +25,9 @@ public:
     static bool isInstalled();
     std::string const& name() const { return name_; }
     void kill();
+    /// It keeps its clients waiting until it is thawed.
+    void freeze() const;
+    void thaw() const;
 
 private:
     std::string name_;

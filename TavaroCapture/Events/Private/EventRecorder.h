@@ -28,6 +28,8 @@ public:
     void start();
     /// Ends monitoring and closes what is open at that time of the take. Once it returns, nothing more is logged.
     void stop(double t);
+    /// Any thread: the desktop does not answer, so that `stop` need not wait for it.
+    void giveUp();
 
     /// Any thread: the captured area moved.
     void setFrame(PixelRect const& frame);

@@ -22,12 +22,12 @@
 namespace tavaro {
 
 /// A take from its first frame to its joined streams. Who owns what:
-/// - the screen queue: the screen, `lastIndex`; 60 times a second it grabs, converts, and hands a frame on;
+/// - the screen queue: the screen; 60 times a second it grabs, converts, and hands a frame on;
 /// - the sample queue: appending to the writer, the event log;
 /// - the checkpoint queue: the checkpoint files;
 /// - the disk queue: waiting until what was written is on the disk, and how much room that has;
 /// - the streams beside the screen: threads of their own;
-/// - any thread: the clock, the counters (atomic), `ending` and the last progress (their lock).
+/// - any thread: the clock, `lastIndex` and the counters (atomic), `ending` and the last progress (their lock).
 /// Frames go from the screen to the sample queue through a short line, `framesUnderWay`; when the encoder falls behind
 /// and the line is full, a frame is dropped and counted, and memory stays bounded.
 class ScreenRecorder::Take {
@@ -57,6 +57,7 @@ private:
     void prepareCamera(std::unique_ptr<CameraSource> source, SideStreamOptions const& options);
     void startSideStreams();
     void startTicks(double mediaTime);
+    void resumeTicks();
     void keepOnDisk();
     void lookAtRoom();
     void tick(double scheduled);
@@ -66,6 +67,9 @@ private:
     void endEarly(Ending ending);
     std::optional<Ending> ending() const;
     void stopStreams();
+    void stopScreen();
+    void holdLastPicture(double end);
+    bool isScreenAway() const;
     void finishSegments();
     void joinInto(FinishedTake& result);
     RecorderProgress progressNow() const;
@@ -84,7 +88,8 @@ private:
     Size2 size_;
     int mostFramesUnderWay_ = 0;
     double scaleFactor_ = 1;
-    std::int64_t lastIndex_ = -1;
+    std::atomic<std::int64_t> lastIndex_ = -1; // of the frame that was asked for last; the screen queue writes it
+    std::atomic<bool> isGivenUp_ = false;      // the screen, which does not answer
 
     std::shared_ptr<TakeManifest> manifest_;
     std::unique_ptr<SegmentWriter> writer_;

@@ -35,6 +35,7 @@ public:
 
     void start(EventHandlers handlers) override;
     void stop() override;
+    void giveUp() override { source_->giveUp(); }
     bool hasKeyboard() const override { return source_->hasKeyboard(); }
     std::vector<std::string> limits() const override { return source_->limits(); }
     std::optional<PixelPoint> pointer() override { return source_->pointer(); }

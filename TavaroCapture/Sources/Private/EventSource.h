@@ -44,6 +44,8 @@ public:
     virtual void start(EventHandlers handlers) = 0;
     /// No handler runs after it.
     virtual void stop() = 0;
+    /// Any thread. Ends all waiting for a desktop that does not answer; it tells nothing from then on.
+    virtual void giveUp() {}
 
     /// Whether keys can be read, and are.
     virtual bool hasKeyboard() const = 0;

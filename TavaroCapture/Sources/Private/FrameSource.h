@@ -35,6 +35,8 @@ public:
     };
     /// Brings the picture up to date at the time `now` of the media clock.
     virtual Outcome grab(double now) = 0;
+    /// Any thread. Ends a `grab` that waits for a desktop that does not answer; each one from then on is lost.
+    virtual void giveUp() {}
     /// BGRX pixels; good until the next `grab`.
     virtual ImageView picture() const = 0;
     /// A sentence: in what it is no longer what it was when it was opened. None: it is as it was.

@@ -23,6 +23,7 @@ public:
 
     void start(EventHandlers handlers) override;
     void stop() override;
+    void giveUp() override;
     bool hasKeyboard() const override;
     std::optional<PixelPoint> pointer() override;
 

@@ -32,6 +32,7 @@ public:
     PixelRect frame() const override;
     double scaleFactor() const override;
     Outcome grab(double now) override;
+    void giveUp() override;
     ImageView picture() const override;
     std::optional<std::string> remark() const override;
 

@@ -185,6 +185,33 @@ TEST_F(ScreenRecorderTest, aServerThatDiesEndsTheTakeAndKeepsIt) {
     EXPECT_NEAR(MovieReader(take.movie).info().duration, take.duration, 1e-3);
 }
 
+TEST_F(ScreenRecorderTest, aServerThatHangsIsToldOfAndHoldsUpNeitherPausesNorTheEnd) {
+    ScreenRecorder recorder(options());
+    recorder.start();
+    recordUntil(recorder, 0.3);
+    EXPECT_FALSE(recorder.progress().isScreenAway);
+    display->freeze();
+    EXPECT_TRUE(eventually([&] { return recorder.progress().isScreenAway; }));
+    display->thaw();
+    EXPECT_TRUE(eventually([&] { return !recorder.progress().isScreenAway; }));
+    double const again = recorder.progress().seconds;
+    display->freeze();
+    EXPECT_TRUE(eventually([&] { return recorder.progress().isScreenAway; }));
+    recorder.setPaused(true);
+    recorder.setPaused(false);
+    double const end = recorder.progress().seconds;
+    auto const take = recorder.stop();
+    EXPECT_GT(take.duration, end - 0.05) << "the last picture stays";
+    EXPECT_NEAR(MovieReader(take.movie).info().duration, take.duration, 1e-3);
+    EXPECT_FALSE(take.endedEarly);
+    auto const& health = take.metadata.health;
+    ASSERT_EQ(health.interruptedAt.size(), 2u);
+    EXPECT_NEAR(health.interruptedAt[1], again, 0.5);
+    EXPECT_NEAR(static_cast<double>(health.framesWritten + health.droppedFrames), take.duration * 60, 0.1);
+    ASSERT_EQ(take.warnings.size(), 1u);
+    EXPECT_TRUE(take.warnings[0].starts_with("No pictures came from the screen after ")) << take.warnings[0];
+}
+
 /// A disk of its own for as long as the object lives.
 class SmallDisk {
 public:

@@ -28,6 +28,16 @@ TEST(SerialQueue, aFailureReachesWhoWaitsAndStopsNobodyElse) {
     EXPECT_TRUE(isRun);
 }
 
+TEST(SerialQueue, whoWaitsForAWhileOnlyLearnsWhetherAllHasRun) {
+    std::promise<void> end;
+    SerialQueue queue("test.settles");
+    EXPECT_TRUE(queue.settles(std::chrono::seconds(10)));
+    queue.async([isOver = end.get_future().share()] { isOver.wait(); });
+    EXPECT_FALSE(queue.settles(std::chrono::milliseconds(1)));
+    end.set_value();
+    EXPECT_TRUE(queue.settles(std::chrono::seconds(10)));
+}
+
 TEST(SerialQueue, theTimerKeepsToItsGridAndLeavesOutWhatASlowTickMissed) {
     double const start = mediaClockNow();
     double const interval = 0.002;
