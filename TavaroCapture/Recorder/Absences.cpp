@@ -19,11 +19,10 @@ bool Absences::isAway() const {
     return !absences_.empty() && !absences_.back().to;
 }
 
-std::vector<double> Absences::interruptions() const {
+std::vector<double> Absences::beginnings() const {
     std::lock_guard const guard(lock_);
     std::vector<double> result;
-    for (auto const& absence : absences_)
-        if (absence.to) result.push_back(absence.from);
+    for (auto const& absence : absences_) result.push_back(absence.from);
     return result;
 }
 

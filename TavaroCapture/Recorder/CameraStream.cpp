@@ -92,7 +92,11 @@ std::optional<std::string> CameraStream::lossSentence() const {
                        missed, spokenName(role_), 100 * missed / all);
 }
 
-StreamReport CameraStream::finish() {
+std::vector<double> CameraStream::interruptedAt() const {
+    return writer_.framesWritten() > 0 ? absences_.beginnings() : std::vector<double>();
+}
+
+std::vector<std::string> CameraStream::finish() {
     queue_.sync([this] {
         try {
             if (!failure_) writer_.finish();
@@ -100,12 +104,12 @@ StreamReport CameraStream::finish() {
             failure_ = error.what();
         }
     });
-    if (failure_) return {.warnings = {fmt::format("The {} ended early. {}", spokenName(role_), *failure_)}};
+    if (failure_) return {fmt::format("The {} ended early. {}", spokenName(role_), *failure_)};
     if (writer_.framesWritten() == 0) return {}; // the take's health says so
-    StreamReport report{.interruptedAt = interruptions()};
+    std::vector<std::string> warnings;
     for (auto const& sentence : {absences_.sentence(role_), lossSentence()})
-        if (sentence) report.warnings.push_back(*sentence);
-    return report;
+        if (sentence) warnings.push_back(*sentence);
+    return warnings;
 }
 
 }

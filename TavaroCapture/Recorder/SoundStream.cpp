@@ -92,7 +92,11 @@ std::optional<SoundState> SoundStream::sound() const {
     return state;
 }
 
-StreamReport SoundStream::finish() {
+std::vector<double> SoundStream::interruptedAt() const {
+    return lastLoud_ > 0 ? absences_.beginnings() : std::vector<double>();
+}
+
+std::vector<std::string> SoundStream::finish() {
     constexpr double leastLoss = 0.02;
     queue_.sync([this] {
         try {
@@ -102,14 +106,14 @@ StreamReport SoundStream::finish() {
         }
     });
     auto const name = spokenName(role_);
-    if (failure_) return {.warnings = {fmt::format("The {} ended early. {}", name, *failure_)}};
-    StreamReport report{.interruptedAt = interruptions()};
+    if (failure_) return {fmt::format("The {} ended early. {}", name, *failure_)};
+    std::vector<std::string> warnings;
     auto const away = writer_.samplesWritten() > 0 ? absences_.sentence(role_) : std::nullopt;
-    if (away) report.warnings.push_back(*away);
+    if (away) warnings.push_back(*away);
     if (lostSeconds_ >= leastLoss)
-        report.warnings.push_back(
+        warnings.push_back(
             fmt::format("{:.2f} seconds of the {} were lost; there is silence.", lostSeconds_.load(), name));
-    return report;
+    return warnings;
 }
 
 }

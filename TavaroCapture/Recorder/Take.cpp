@@ -278,6 +278,20 @@ bool ScreenRecorder::Take::isScreenAway() const {
     return screenAbsences_.isAway() || (!isEnding_ && behind > longest * options_.fps);
 }
 
+/// What several streams suffer at nearly the same time is one event: a server that ends takes all of its devices along.
+std::vector<double> ScreenRecorder::Take::interruptedAt() const {
+    constexpr double together = 1; // seconds
+    auto moments = interruptedAt_;
+    for (auto const* const absences : {&screenStalls_, &screenAbsences_})
+        std::ranges::move(absences->beginnings(), std::back_inserter(moments));
+    for (auto const& stream : sideStreams_) std::ranges::move(stream->interruptedAt(), std::back_inserter(moments));
+    std::ranges::sort(moments);
+    std::vector<double> result;
+    for (double const moment : moments)
+        if (result.empty() || moment - result.back() >= together) result.push_back(moment);
+    return result;
+}
+
 CaptureHealth ScreenRecorder::Take::health() const {
     CaptureHealth result;
     result.framesWritten = writer_->framesWritten();
@@ -285,13 +299,7 @@ CaptureHealth ScreenRecorder::Take::health() const {
     result.writerRejectedFrames = writer_->writerRejectedFrames();
     result.repeatedFrames = repeatedFrames_;
     result.keyboardCaptured = options_.keys != KeyLogging::none && events_->keyboardCaptured();
-    result.interruptedAt = screenStalls_.interruptions();
-    auto const absences = screenAbsences_.interruptions();
-    result.interruptedAt.insert(result.interruptedAt.end(), absences.begin(), absences.end());
-    result.interruptedAt.insert(result.interruptedAt.end(), interruptedAt_.begin(), interruptedAt_.end());
-    for (auto const& stream : sideStreams_)
-        std::ranges::copy(stream->interruptions(), back_inserter(result.interruptedAt));
-    std::ranges::sort(result.interruptedAt);
+    result.interruptedAt = interruptedAt();
     result.interruptions = std::ssize(result.interruptedAt);
     result.memoryPressureEvents = memory_.events();
     auto const early = ending();
@@ -357,9 +365,8 @@ void ScreenRecorder::Take::stopStreams() {
 /// A take that could not be written to its end still has what was written.
 void ScreenRecorder::Take::finishSegments() {
     for (auto const& stream : sideStreams_) {
-        auto report = stream->finish();
-        std::ranges::move(report.warnings, std::back_inserter(sideFailures_));
-        std::ranges::move(report.interruptedAt, std::back_inserter(interruptedAt_));
+        std::ranges::move(stream->finish(), std::back_inserter(sideFailures_));
+        std::ranges::move(stream->interruptedAt(), std::back_inserter(interruptedAt_));
     }
     sideStreams_.clear(); // finished once, however often joining is tried
     try {

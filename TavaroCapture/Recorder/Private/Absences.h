@@ -16,8 +16,8 @@ public:
     void end(double time);
     bool isAway() const;
 
-    /// When those began that are over.
-    std::vector<double> interruptions() const;
+    /// When they began, also one that lasts.
+    std::vector<double> beginnings() const;
     /// What to tell of them; none when there were none.
     std::optional<std::string> sentence(StreamRole role) const;
 

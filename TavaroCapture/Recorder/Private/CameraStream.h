@@ -18,8 +18,8 @@ public:
 
     void start() override;
     void stop() override;
-    StreamReport finish() override;
-    std::vector<double> interruptions() const override { return absences_.interruptions(); }
+    std::vector<std::string> finish() override;
+    std::vector<double> interruptedAt() const override;
     bool isCameraAway() const override { return absences_.isAway(); }
 
 private:

@@ -15,12 +15,6 @@ namespace tavaro {
 
 class TakeClock;
 
-/// How a stream went.
-struct StreamReport {
-    std::vector<std::string> warnings; // sentences: what of it is missing
-    std::vector<double> interruptedAt; // as `interruptions`
-};
-
 /// A stream that is recorded beside the screen. Its source and the encoder work on threads of their own, so the screen
 /// never waits for it; when it is lost or cannot be written, the take goes on without the rest of it.
 /// `start`, `stop` and `finish` belong to one thread.
@@ -30,10 +24,10 @@ public:
     virtual void start() = 0;
     /// Ends the source, and lets what is under way arrive.
     virtual void stop() = 0;
-    /// After `stop`: completes the files.
-    virtual StreamReport finish() = 0;
-    /// Any thread. Seconds of the take so far at which its device went away, to come back later.
-    virtual std::vector<double> interruptions() const = 0;
+    /// After `stop`: completes the files. Returns sentences: what of the stream is missing.
+    virtual std::vector<std::string> finish() = 0;
+    /// Any thread. Seconds of the take at which its device went away; none of one that has not given anything yet.
+    virtual std::vector<double> interruptedAt() const = 0;
     /// Any thread. None of pictures.
     virtual std::optional<SoundState> sound() const { return std::nullopt; }
     /// Any thread. Whether this is a camera that gives no pictures now.

@@ -17,8 +17,8 @@ public:
 
     void start() override;
     void stop() override;
-    StreamReport finish() override;
-    std::vector<double> interruptions() const override { return absences_.interruptions(); }
+    std::vector<std::string> finish() override;
+    std::vector<double> interruptedAt() const override;
     std::optional<SoundState> sound() const override;
 
 private:

@@ -75,6 +75,7 @@ private:
     RecorderProgress progressNow() const;
     void end();
     void release();
+    std::vector<double> interruptedAt() const;
     CaptureHealth health() const;
     MetadataCheckpoints::Snapshot snapshot(EventCounts const& after);
 
