@@ -37,9 +37,12 @@ struct EventRecorder::State {
     }
     /// Hands what happened at a moment of the media clock to the log, unless the take was paused then.
     template<class Note> void record(double at, Note note) {
-        auto const t = clock.time(at);
-        if (!t) return;
-        sampleQueue.async([this, t = *t, note = std::move(note)] {
+        if (auto const t = clock.time(at)) handOn(*t, std::move(note));
+    }
+    /// Hands on what ends or begins something that lasts: what of it lies in a pause counts as happening at its start.
+    template<class Note> void recordChange(double at, Note note) { handOn(clock.elapsed(at), std::move(note)); }
+    template<class Note> void handOn(double t, Note note) {
+        sampleQueue.async([this, t, note = std::move(note)] {
             if (!isClosed) note(log, t);
         });
     }
@@ -58,17 +61,15 @@ EventHandlers EventRecorder::State::handlers() {
         record(at, [press = std::move(press)](EventLog& log, double t) { log.notePress(t, press); });
     };
     result.release = [this](double at, MouseButton button, PixelPoint point) {
-        record(at, [=](EventLog& log, double t) { log.noteRelease(t, button, point); });
+        recordChange(at, [=](EventLog& log, double t) { log.noteRelease(t, button, point); });
     };
     result.key = [this](double at, Chord chord) {
         record(at, [chord = std::move(chord)](EventLog& log, double t) { log.noteKey(t, chord); });
     };
     result.cursor = [this](CursorKind kind) { cursor = kind; };
     result.frontmost = [this](FrontWindow const& window) {
-        // The front application may change in a pause; the span then starts where the take goes on.
-        double const t = clock.elapsed(mediaClockNow());
-        sampleQueue.async([this, t, application = window.application] {
-            if (!isClosed) log.noteFrontmostApplication(t, application);
+        recordChange(mediaClockNow(), [application = window.application](EventLog& log, double t) {
+            log.noteFrontmostApplication(t, application);
         });
     };
     return result;

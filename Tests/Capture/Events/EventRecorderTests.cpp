@@ -130,6 +130,30 @@ TEST_F(EventRecorderTest, spansTellWhichApplicationWasInFront) {
     EXPECT_NEAR(spans[2].t + spans[2].duration, 900, 1e-9);
 }
 
+TEST_F(EventRecorderTest, aButtonThatIsLetGoInAPauseIsNotHeldWhenTheTakeGoesOn) {
+    client->movePointer(200, 200);
+    begin();
+    client->button(1, true);
+    ASSERT_TRUE(sees([](auto const& log) { return log.clicks.size() == 1; }));
+    clock.setPaused(true, mediaClockNow());
+    double const soon = mediaClockNow() + 0.01; // the server stamps events in whole milliseconds
+    eventually([&] { return mediaClockNow() > soon; });
+    client->button(1, false);
+    clock.setPaused(false, mediaClockNow());
+    ASSERT_TRUE(eventually([&] {
+        EventCounts settled;
+        queue.sync([&] { settled = recorder->settled(); });
+        return settled.clicks == 1;
+    })) << "nothing more becomes of the click";
+    client->movePointer(400, 200);
+    ASSERT_TRUE(sees([](auto const& log) {
+        return !log.cursorSamples.empty() && log.cursorSamples.back().position == UnitPoint2{0.75, 0.5};
+    }));
+    recorder->stop(900);
+    EXPECT_FALSE(log().clicks.at(0).isDrag);
+    EXPECT_FALSE(log().clicks.at(0).dragEnd);
+}
+
 TEST_F(EventRecorderTest, samplesFollowThePointerAndItsShapeButNotIntoAPause) {
     auto const window = client->makeWindow({.frame = {100, 100, 200, 200}});
     client->makeWindow({.frame = {300, 100, 200, 200}});
