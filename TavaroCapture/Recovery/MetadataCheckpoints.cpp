@@ -5,14 +5,17 @@
 #include <TavaroPlatform/Clocks/MediaClock.h>
 #include <TavaroPlatform/Queues/SerialQueue.h>
 
+#include <algorithm>
+#include <cstdio>
 #include <fmt/format.h>
 #include <spdlog/spdlog.h>
+#include <utility>
 
 namespace tavaro {
 
 namespace {
 
-constexpr std::size_t sealedSamples = 1200; // 20 seconds of pointer samples: about 100 KB
+constexpr std::size_t sealedEvents = 1200; // 20 seconds of pointer samples: about 100 KB
 constexpr std::uint64_t maxBytes = 256 << 20;
 
 /// "metadata.json": how many sealed files come before it, and the rest of the log.
@@ -25,6 +28,12 @@ struct MetadataCheckpoint {
 };
 static_assert(listsEveryField<MetadataCheckpoint>);
 
+std::size_t total(EventCounts const& counts) {
+    std::size_t result = 0;
+    forEachEventList([&](std::size_t count) { result += count; }, counts);
+    return result;
+}
+
 std::filesystem::path sealedPath(std::filesystem::path const& directory, std::int64_t part) {
     return directory / fmt::format("metadata-{:03}.json", part);
 }
@@ -36,6 +45,7 @@ struct MetadataCheckpoints::State {
     TakeSnapshot take;
     EventCounts sealed; // in the sealed files
     std::int64_t sealedParts = 0;
+    bool hasFailed = false; // the last time
     SerialQueue queue{"com.tavaro.capture.checkpoint"};
 
     State(std::filesystem::path directory, TakeSnapshot take)
@@ -60,9 +70,11 @@ void MetadataCheckpoints::writeNow() {
 void MetadataCheckpoints::State::write() {
     Snapshot snapshot = take(sealed);
     try {
-        if (snapshot.log.cursorSamples.size() >= sealedSamples) seal(snapshot);
+        if (total(snapshot.settled - sealed) >= sealedEvents) seal(snapshot);
         writeFileAtomically(path(directory), encodeJSON(MetadataCheckpoint{sealedParts, std::move(snapshot.log)}));
+        hasFailed = false;
     } catch (Error const& error) {
+        if (std::exchange(hasFailed, true)) return;
         spdlog::warn("The recording's log could not be saved: {}", error.what());
     }
 }
@@ -80,28 +92,56 @@ std::filesystem::path MetadataCheckpoints::path(std::filesystem::path const& dir
     return directory / "metadata.json";
 }
 
-std::optional<RecordingMetadata> MetadataCheckpoints::read(std::filesystem::path const& directory) {
+namespace {
+
+/// What a file holds; none where it is missing or damaged.
+template<class Record> std::optional<Record> readRecord(std::filesystem::path const& file) {
     try {
-        auto const text = readWholeFile(path(directory), maxBytes);
-        if (!text) return std::nullopt;
-        auto checkpoint = decodeJSON<MetadataCheckpoint>(*text);
-        RecordingMetadata whole;
-        for (std::int64_t part = 0; part < checkpoint.sealedParts; ++part) {
-            auto const sealedText = readWholeFile(sealedPath(directory, part), maxBytes);
-            if (!sealedText) break; // the rest still tells what happened last
-            auto const sealed = decodeJSON<RecordingMetadata>(*sealedText);
-            appendEvents(whole, sealed);
-        }
-        RecordingMetadata const& last = checkpoint.metadata;
-        appendEvents(whole, last);
-        whole.captureSize = last.captureSize;
-        whole.scaleFactor = last.scaleFactor;
-        whole.health = last.health;
-        return whole;
+        auto const text = readWholeFile(file, maxBytes);
+        return text ? std::optional(decodeJSON<Record>(*text)) : std::nullopt;
     } catch (Error const& error) {
         spdlog::warn("The log of an unfinished recording could not be read: {}", error.what());
         return std::nullopt;
     }
+}
+
+/// The numbers of the sealed files that there are, in order.
+std::vector<std::int64_t> sealedOnDisk(std::filesystem::path const& directory) {
+    std::vector<std::int64_t> result;
+    std::error_code ignored;
+    for (auto const& entry : std::filesystem::directory_iterator(directory, ignored)) {
+        int part = 0;
+        bool const isNumbered = std::sscanf(entry.path().filename().c_str(), "metadata-%d.json", &part) == 1;
+        if (isNumbered && part >= 0 && entry.path() == sealedPath(directory, part)) result.push_back(part);
+    }
+    std::ranges::sort(result);
+    return result;
+}
+
+}
+
+/// Each file that is damaged or missing costs only what it held.
+std::optional<MetadataCheckpoints::SavedLog> MetadataCheckpoints::read(std::filesystem::path const& directory) {
+    auto const parts = sealedOnDisk(directory);
+    std::error_code ignored;
+    if (parts.empty() && !std::filesystem::exists(path(directory), ignored)) return std::nullopt;
+    auto const checkpoint = readRecord<MetadataCheckpoint>(path(directory));
+    SavedLog result{.isWhole = checkpoint.has_value()};
+    std::int64_t counted = 0;
+    for (auto const part : parts) {
+        if (checkpoint && part >= checkpoint->sealedParts) continue; // the checkpoint holds it, too
+        auto const sealed = readRecord<RecordingMetadata>(sealedPath(directory, part));
+        if (sealed) appendEvents(result.log, *sealed);
+        counted += sealed ? 1 : 0;
+    }
+    if (!checkpoint) return result;
+    RecordingMetadata const& last = checkpoint->metadata;
+    appendEvents(result.log, last);
+    result.log.captureSize = last.captureSize;
+    result.log.scaleFactor = last.scaleFactor;
+    result.log.health = last.health;
+    result.isWhole = counted == checkpoint->sealedParts;
+    return result;
 }
 
 }

@@ -16,6 +16,7 @@
 #include <cmath>
 #include <cstdio>
 #include <fmt/format.h>
+#include <iterator>
 
 namespace tavaro {
 
@@ -115,6 +116,14 @@ void addStreams(RecoveryStore::Recoverable& take) {
     }
 }
 
+void addLog(RecoveryStore::Recoverable& take) {
+    auto saved = MetadataCheckpoints::read(take.directory());
+    if (!saved) return;
+    take.metadata = std::move(saved->log);
+    if (!saved->isWhole)
+        take.warnings.emplace_back("Parts of the log are damaged; there the pointer, clicks and keys are missing.");
+}
+
 std::optional<RecoveryStore::Recoverable> examine(fs::path const& directory) {
     std::error_code ignored;
     if (!fs::exists(markerPath(directory), ignored)) return std::nullopt;
@@ -126,8 +135,26 @@ std::optional<RecoveryStore::Recoverable> examine(fs::path const& directory) {
     addScreen(take);
     if (take.segments.empty()) return std::nullopt;
     addStreams(take);
-    take.metadata = MetadataCheckpoints::read(directory);
+    addLog(take);
     return take;
+}
+
+/// Of a take that ended before anything of it could be read. What is larger may be worth a repair by hand.
+bool hasNothing(fs::path const& directory, RecordingManifest const& manifest) {
+    constexpr std::uintmax_t worthKeeping = 1 << 20;
+    std::uintmax_t bytes = 0;
+    std::error_code error;
+    for (auto const& entry : fs::recursive_directory_iterator(directory, error)) {
+        std::error_code gone;
+        if (entry.is_regular_file(gone)) bytes += entry.file_size(gone);
+    }
+    RecoveryStore::Recoverable take{.marker = {.directory = directory.string()}, .manifest = manifest};
+    addScreen(take);
+    addStreams(take);
+    bool const isReadable = !take.segments.empty() || std::ranges::any_of(take.streams, [](StreamRecord const& stream) {
+        return !stream.segments.empty();
+    });
+    return !error && !isReadable && bytes < worthKeeping;
 }
 
 /// Levels that end before the sound does would call its end silent; without them they are measured in the sound.
@@ -208,7 +235,8 @@ RecoveredTake RecoveryStore::recover(Recoverable const& take) {
     noteLostStreams(result.metadata.health, take.streams, beside);
     result.streams = std::move(beside.streams);
     for (auto& stream : result.streams) stream.offset -= lostStart;
-    result.warnings = std::move(beside.warnings);
+    result.warnings = take.warnings;
+    std::ranges::move(beside.warnings, std::back_inserter(result.warnings));
     auto manifest = take.manifest;
     manifest.segments = take.segments;
     manifest.streams = take.streams;
@@ -235,9 +263,11 @@ PrunedRecordings RecoveryStore::pruneOldRecordings(double olderThanSeconds, fs::
     for (auto const& directory : foldersIn(recordings)) {
         std::error_code ignored;
         auto const manifest = readManifest(directory);
-        if (!manifest || !manifest->isComplete || fs::exists(markerPath(directory), ignored)) continue;
+        bool const isUnfinished = fs::exists(markerPath(directory), ignored);
+        if (!manifest || (!manifest->isComplete && !isUnfinished)) continue;
         double const age = static_cast<double>(Date::now().milliseconds - manifest->createdAt.milliseconds) / 1000;
         if (age <= olderThanSeconds || !WorkingFolderClaim::take(directory)) continue;
+        if (isUnfinished && !hasNothing(directory, *manifest)) continue;
         auto const error = removeWorkingFolder(directory);
         if (error) pruned.problems.push_back(removalProblem(directory, error));
         if (!error) ++pruned.removed;

@@ -37,10 +37,11 @@ public:
         RecordingMarker marker;
         RecordingManifest manifest;
         std::vector<std::filesystem::path> mediaFiles; // segments of the screen, in order; the last may lack its end
-        std::optional<RecordingMetadata> metadata;     // the last checkpoint
+        std::optional<RecordingMetadata> metadata;     // up to the last checkpoint, as far as it can be read
         std::vector<SegmentRecord> segments;           // one for each media file
         std::vector<StreamRecord> streams;             // beside the screen, with the segments on disk
         double estimatedDuration = 0;                  // seconds
+        std::vector<std::string> warnings;             // sentences: what of it cannot be read
 
         std::filesystem::path directory() const { return marker.directory; }
     };
@@ -66,7 +67,8 @@ public:
     /// Removes the working folder that holds `file`, once a project has taken the file over. Refuses a folder that is
     /// no working folder of a take.
     static void removeWorkingDirectory(std::filesystem::path const& file);
-    /// Removes complete, unclaimed working folders whose take is older, and what interrupted removals left.
+    /// Removes unclaimed working folders whose take is older and either complete or one of which nothing can be read,
+    /// and what interrupted removals left.
     static PrunedRecordings pruneOldRecordings(double olderThanSeconds = 14 * 86400.0,
                                                std::filesystem::path const& recordings = defaultDirectory());
 };

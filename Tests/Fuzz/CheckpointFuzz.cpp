@@ -53,6 +53,6 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
     auto const border = bytes.find('\0');
     write(MetadataCheckpoints::path(folder.path), bytes.substr(0, border));
     write(folder.path / "metadata-000.json", border == bytes.npos ? std::string_view{} : bytes.substr(border + 1));
-    if (auto const log = MetadataCheckpoints::read(folder.path)) expectUsable(*log);
+    if (auto const log = MetadataCheckpoints::read(folder.path)) expectUsable(log->log);
     return 0;
 }

@@ -10,7 +10,8 @@
 namespace tavaro {
 
 /// Saves a take's log while it is recorded. The log of an hour is tens of megabytes, so what is older than 20 seconds
-/// or so is sealed into numbered files ("metadata-000.json") that are never written again, and each checkpoint
+/// or so (where there is no pointer, two minutes) is sealed into numbered files ("metadata-000.json") that are never
+/// written again, and each checkpoint
 /// ("metadata.json") holds only the rest: its cost does not grow with the take.
 class MetadataCheckpoints {
 public:
@@ -21,7 +22,8 @@ public:
     using TakeSnapshot = std::function<Snapshot(EventCounts const& after)>;
 
     /// Calls `take` every `interval` seconds on a queue labelled "com.tavaro.capture.checkpoint", and writes what it
-    /// gives. A checkpoint that cannot be written is logged, and tried again the next time.
+    /// gives. A checkpoint that cannot be written is tried again the next time; the first of several in a row is
+    /// logged.
     MetadataCheckpoints(std::filesystem::path directory, double interval, TakeSnapshot take);
     /// Ends the timer.
     ~MetadataCheckpoints();
@@ -29,9 +31,15 @@ public:
     /// Writes a checkpoint now. Any thread but the checkpoint queue's and the log's.
     void writeNow();
 
+    struct SavedLog {
+        RecordingMetadata log; // up to the last checkpoint, as far as it can be read
+        bool isWhole = true;   // nothing before the last checkpoint is missing
+        bool operator==(SavedLog const&) const = default;
+    };
+
     static std::filesystem::path path(std::filesystem::path const& directory);
-    /// The whole log up to the last checkpoint; none when there is none that can be read.
-    static std::optional<RecordingMetadata> read(std::filesystem::path const& directory);
+    /// None where nothing was saved.
+    static std::optional<SavedLog> read(std::filesystem::path const& directory);
 
 private:
     struct State;

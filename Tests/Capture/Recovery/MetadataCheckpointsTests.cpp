@@ -61,12 +61,27 @@ TEST(MetadataCheckpoints, theSealedPartsAndTheRestAreTheWholeLogAtEveryCheckpoin
         t += length;
         heard.levels.micLevels.resize(static_cast<std::size_t>(t * 10), static_cast<float>(round));
         checkpoints.writeNow();
-        ASSERT_EQ(MetadataCheckpoints::read(folder.path()), heard.since(log, {}, t))
+        ASSERT_EQ(MetadataCheckpoints::read(folder.path()), MetadataCheckpoints::SavedLog{heard.since(log, {}, t)})
             << "seed " << seed << ", round " << round;
         auto const size = std::filesystem::file_size(MetadataCheckpoints::path(folder.path()));
         ASSERT_LT(size, 1500000u) << "a checkpoint's cost must not grow with the take";
     }
     EXPECT_TRUE(std::filesystem::exists(folder.path() / "metadata-001.json"));
+}
+
+TEST(MetadataCheckpoints, whereThereIsNoPointerTheCostDoesNotGrowEither) {
+    TemporaryFolder folder;
+    EventLog const log;
+    Heard heard;
+    MetadataCheckpoints checkpoints(folder.path(), never, [&](EventCounts const& after) {
+        return MetadataCheckpoints::Snapshot{heard.since(log, after, 0), heard.settled(log)};
+    });
+    for (int minute = 1; minute <= 60; ++minute) {
+        heard.levels.micLevels.resize(static_cast<std::size_t>(minute) * 600, 0.123456f);
+        checkpoints.writeNow();
+        ASSERT_LT(std::filesystem::file_size(MetadataCheckpoints::path(folder.path())), 30000u) << minute;
+    }
+    EXPECT_EQ(MetadataCheckpoints::read(folder.path()), MetadataCheckpoints::SavedLog{heard.since(log, {}, 0)});
 }
 
 TEST(MetadataCheckpoints, damageGivesNoLogOrAShorterOneButNoFailure) {
@@ -76,11 +91,13 @@ TEST(MetadataCheckpoints, damageGivesNoLogOrAShorterOneButNoFailure) {
         std::ofstream(MetadataCheckpoints::path(folder.path()), std::ios::trunc) << text;
         return MetadataCheckpoints::read(folder.path());
     };
+    MetadataCheckpoints::SavedLog const nothing{.isWhole = false};
     for (auto const* text : {"", "{", "[]", "{\"sealedParts\":\"x\"}", "{\"metadata\":{\"clicks\":7}}"})
-        EXPECT_EQ(write(text), std::nullopt) << text;
+        EXPECT_EQ(write(text), nothing) << text;
     auto const missingParts = write("{\"sealedParts\":1000000000000,\"metadata\":{\"scaleFactor\":2}}");
     ASSERT_TRUE(missingParts);
-    EXPECT_EQ(missingParts->scaleFactor, 2);
+    EXPECT_EQ(missingParts->log.scaleFactor, 2);
+    EXPECT_FALSE(missingParts->isWhole);
 }
 
 }

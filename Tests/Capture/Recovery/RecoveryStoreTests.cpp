@@ -158,6 +158,27 @@ TEST_F(RecoveryStoreTest, aTakeOfTheTimeWhenThereWasOnlyAScreenComesBack) {
     EXPECT_FALSE(recovered.metadata.health.cameraLost);
 }
 
+TEST_F(RecoveryStoreTest, aDamagedLogCostsOnlyItsOwnPartAndTheTakeSaysSo) {
+    auto const directory = makeTake(End::abandoned);
+    EventLog log;
+    MetadataCheckpoints checkpoints(directory, 1e6, [&](auto const& mark) {
+        return MetadataCheckpoints::Snapshot{log.since(mark, 1), log.settled()};
+    });
+    for (int part = 0; part < 3; ++part) {
+        log.notePress(0.4 * part, {MouseButton::left, {1, 1}, {0.1, 0.1}});
+        log.noteRelease(0.4 * part, MouseButton::left, {1, 1});
+        for (int i = 0; i < 1200; ++i) log.notePointer(0.4 * part, {1, 1}, {0.1, 0.1}, CursorKind::arrow);
+        checkpoints.writeNow();
+    }
+    EXPECT_TRUE(found().at(0).warnings.empty());
+    std::ofstream(directory / "metadata-001.json", std::ios::trunc) << "rubbish";
+    auto const recovered = RecoveryStore::recover(found().at(0));
+    ASSERT_EQ(recovered.warnings.size(), 1u);
+    EXPECT_TRUE(recovered.warnings[0].starts_with("Parts of the log are damaged")) << recovered.warnings[0];
+    ASSERT_EQ(recovered.metadata.clicks.size(), 2u);
+    EXPECT_EQ(recovered.metadata.clicks[1].t, 0.8);
+}
+
 TEST_F(RecoveryStoreTest, aFolderWithoutAReadableSegmentIsNoTake) {
     auto const directory = makeTake(End::abandoned);
     for (int i = 0; i < 4; ++i) fs::resize_file(directory / segmentFileName(i), 10);
@@ -166,7 +187,7 @@ TEST_F(RecoveryStoreTest, aFolderWithoutAReadableSegmentIsNoTake) {
     EXPECT_TRUE(RecoveryStore::findRecoverable(recordings.path() / "missing").empty());
 }
 
-TEST_F(RecoveryStoreTest, onlyOldCompleteUnclaimedTakesArePruned) {
+TEST_F(RecoveryStoreTest, onlyOldUnclaimedTakesThatAreCompleteOrEmptyArePruned) {
     auto const age = [](fs::path const& directory, double seconds) {
         auto manifest = *readManifest(directory);
         manifest.createdAt.milliseconds -= static_cast<std::int64_t>(seconds * 1000);
@@ -176,14 +197,25 @@ TEST_F(RecoveryStoreTest, onlyOldCompleteUnclaimedTakesArePruned) {
     auto const old = makeTake(End::finished);
     auto const claimed = makeTake(End::finished);
     auto const unfinished = makeTake(End::abandoned);
-    for (auto const& directory : {old, claimed, unfinished}) age(directory, 15 * 86400);
+    auto const heard = makeTake(End::abandoned), empty = makeTake(End::abandoned);
+    for (auto const& directory : {heard, empty}) { // killed before the first picture was on the disk
+        for (int i = 0; i < 4; ++i) fs::resize_file(directory / segmentFileName(i), 10);
+        auto manifest = *readManifest(directory);
+        manifest.segments.clear();
+        writeManifest(directory, manifest);
+    }
+    AudioFileWriter sound(heard / segmentFileName(0, StreamRole::microphone), AudioFileFormat::whole16);
+    sound.append(std::vector<StereoSample>(audioRate));
+    sound.finish();
+    for (auto const& directory : {old, claimed, unfinished, heard, empty}) age(directory, 15 * 86400);
     fs::create_directory(recordings.path() / "somebody's folder");
     auto const claim = WorkingFolderClaim::take(claimed);
     auto const pruned = RecoveryStore::pruneOldRecordings(14 * 86400, recordings.path());
-    EXPECT_EQ(pruned.removed, 1);
+    EXPECT_EQ(pruned.removed, 2);
     EXPECT_TRUE(pruned.problems.empty());
     EXPECT_FALSE(fs::exists(old));
-    for (auto const& kept : {young, claimed, unfinished, recordings.path() / "somebody's folder"})
+    EXPECT_FALSE(fs::exists(empty)) << "it ended before it had a picture";
+    for (auto const& kept : {young, claimed, unfinished, heard, recordings.path() / "somebody's folder"})
         EXPECT_TRUE(fs::exists(kept)) << kept;
 }
 
