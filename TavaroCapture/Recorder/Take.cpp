@@ -145,6 +145,9 @@ void ScreenRecorder::Take::keepOnDisk() {
 void ScreenRecorder::Take::lookAtRoom() {
     std::error_code error;
     auto const disk = fs::space(directory_, error);
+    if (error == std::errc::no_such_file_or_directory)
+        endEarly({CaptureError::Kind::writeFailed,
+                  fmt::format("Could not write the recording: its folder “{}” was removed.", directory_.string())});
     if (error) return;
     std::uintmax_t written = 0;
     for (auto const& entry : fs::directory_iterator(directory_, error)) {
@@ -409,8 +412,10 @@ FinishedTake ScreenRecorder::Take::finish() {
     } catch (MediaError const& error) {
         auto const early = ending();
         std::string const sentence = early ? early->sentence : "segment join failed: " + error.detail() + ".";
+        std::error_code ignored;
+        bool const isKept = fs::exists(directory_, ignored);
         throw CaptureError(CaptureError::Kind::writeFailed,
-                           fmt::format("{} What was recorded is kept in “{}”.", sentence, directory_.string()));
+                           sentence + (isKept ? " What was recorded is kept in “" + directory_.string() + "”." : ""));
     }
     if (auto const early = ending()) result.endedEarly = early->sentence;
     release();

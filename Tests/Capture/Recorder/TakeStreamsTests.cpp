@@ -210,6 +210,22 @@ TEST_F(TakeStreamsTest, devicesThatGoTogetherForGoodAreOneLostSpotAlsoInATakeTha
     EXPECT_NEAR(health.interruptedAt[0], lost, 0.1);
 }
 
+TEST_F(TakeStreamsTest, aTakeWhoseFolderIsRemovedEndsAndSaysWhy) {
+    auto whole = options();
+    whole.segmentSeconds = 60;
+    ScreenRecorder recorder(whole, sources());
+    recorder.start();
+    recordUntil(recorder, 0.3);
+    for (auto const& entry : fs::directory_iterator(recordings.path())) fs::remove_all(entry.path());
+    EXPECT_TRUE(eventually([&] { return recorder.waitForEnd(5ms); }));
+    try {
+        recorder.stop();
+        ADD_FAILURE() << "there is nothing to hand back";
+    } catch (CaptureError const& error) {
+        EXPECT_THAT(error.what(), testing::EndsWith("was removed.")) << "and nothing is kept";
+    }
+}
+
 TEST_F(TakeStreamsTest, aStreamThatCannotStartCostsOnlyItself) {
     struct Deaf : SoundSource {
         void start(SoundHandlers) override {
