@@ -89,6 +89,7 @@ void ApplicationSound::follow(Server& server, Timing timing) {
     std::erase_if(streams_, [&](auto const& known) { return !isThere(known.first) || !known.second->isLive(); });
     for (auto const& playback : playbacks) {
         if (streams_.contains(playback.number) || !playback.isOf(application_)) continue;
+        hasPlayed_ = true;
         RecordStream::Options const options{
             .source = playback.monitor, .title = "System audio", .timing = timing, .playback = playback.number};
         streams_.emplace(playback.number, std::make_unique<RecordStream>(

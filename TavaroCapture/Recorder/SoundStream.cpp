@@ -2,6 +2,7 @@
 
 #include <TavaroCapture/Events/Private/TakeClock.h>
 #include <TavaroCapture/Sources/CaptureError.h>
+#include <TavaroCore/Errors/Excerpt.h>
 #include <TavaroPlatform/Clocks/MediaClock.h>
 
 #include <algorithm>
@@ -85,7 +86,8 @@ void SoundStream::write(Run const& run) {
 }
 
 std::optional<SoundState> SoundStream::sound() const {
-    SoundState state{.role = role_, .level = levels_->latest(), .isAway = absences_.isAway()};
+    SoundState state{
+        .role = role_, .level = levels_->latest(), .isAway = absences_.isAway(), .awaited = source_->awaited()};
     double const lastLoud = lastLoud_;
     if (!state.isAway && lastLoud > 0) state.silentSeconds = std::max(mediaClockNow() - lastLoud, 0.0);
     if (state.isAway) state.level = 0;
@@ -110,6 +112,8 @@ std::vector<std::string> SoundStream::finish() {
     std::vector<std::string> warnings;
     auto const away = writer_.samplesWritten() > 0 ? absences_.sentence(role_) : std::nullopt;
     if (away) warnings.push_back(*away);
+    if (auto const awaited = source_->awaited(); !awaited.empty())
+        warnings.push_back(fmt::format("“{}” has not played anything; the {} is silent.", excerpt(awaited), name));
     if (lostSeconds_ >= leastLoss)
         warnings.push_back(
             fmt::format("{:.2f} seconds of the {} were lost; there is silence.", lostSeconds_.load(), name));

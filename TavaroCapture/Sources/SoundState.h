@@ -2,6 +2,8 @@
 
 #include <TavaroCapture/Sources/StreamRole.h>
 
+#include <string>
+
 namespace tavaro {
 
 /// One of the sounds of a take at this moment.
@@ -10,6 +12,7 @@ struct SoundState {
     float level = 0;          // of the last tenth of a second, as in the log's `micLevels`
     bool isAway = false;      // its device is gone: silence until it is back
     double silentSeconds = 0; // how long there has been not even noise, up to now
+    std::string awaited = {}; // the application that is to be heard and has not played anything yet
 };
 
 }

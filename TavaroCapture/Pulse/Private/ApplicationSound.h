@@ -23,6 +23,7 @@ public:
 
     void start(SoundHandlers handlers) override;
     void stop() override;
+    std::string awaited() const override { return hasPlayed_ ? std::string() : application_; }
 
 private:
     // The queue's, all of them.
@@ -35,7 +36,8 @@ private:
     std::string const application_;
     SoundHandlers handlers_;
     std::atomic<bool> isEnding_ = false;
-    std::atomic<double> endsAt_ = 0; // moment of the media clock; once it is ending
+    std::atomic<bool> hasPlayed_ = false; // there has been a playback of the application
+    std::atomic<double> endsAt_ = 0;      // moment of the media clock; once it is ending
     SoundMix mix_;
     std::map<std::uint32_t, std::unique_ptr<RecordStream>> streams_; // by the server's number of the playback
     SerialQueue queue_{"com.tavaro.capture.systemSound", SerialQueue::Urgency::prompt};

@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <span>
+#include <string>
 
 namespace tavaro {
 
@@ -29,6 +30,9 @@ public:
     virtual void start(SoundHandlers handlers) = 0;
     /// No handler runs after it.
     virtual void stop() = 0;
+    /// Any thread. The application that is to be heard, as long as it has not played anything; empty where there is
+    /// none.
+    virtual std::string awaited() const { return {}; }
 };
 
 }

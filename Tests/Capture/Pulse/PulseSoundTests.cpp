@@ -95,10 +95,14 @@ TEST_F(PulseSoundTest, whatIsPlayedElsewhereIsFollowedAndStaysInStep) {
 
 TEST_F(PulseSoundTest, ofOneApplicationNothingElseIsHeardAndAllOfIt) {
     PlayedClicks const others(server->address(), "Music");
-    SoundListener listener(std::make_unique<pulse::ApplicationSound>(server->address(), "demo"));
+    auto source = std::make_unique<pulse::ApplicationSound>(server->address(), "demo");
+    auto const& sound = *source;
+    SoundListener listener(std::move(source));
+    EXPECT_EQ(sound.awaited(), "demo");
     for (std::size_t heard = 0; heard < 16; heard += 8) { // one playback after the other
         PlayedClicks const clicks(server->address(), "Demo");
         EXPECT_TRUE(listener.hears(heard + 8));
+        EXPECT_EQ(sound.awaited(), "");
         auto last = listener.heard();
         last.erase(last.begin(), last.end() - 4);
         expectInStep(last, clicks.moments());

@@ -245,6 +245,25 @@ TEST_F(TakeStreamsTest, aStreamThatCannotStartCostsOnlyItself) {
     EXPECT_EQ(take.warnings, std::vector<std::string>{"The microphone is in use."});
 }
 
+TEST_F(TakeStreamsTest, anApplicationThatNeverPlayedIsNamed) {
+    struct Awaiting : SoundSource {
+        void start(SoundHandlers handlers) override {
+            std::vector<StereoSample> const silence(audioRate / 2);
+            handlers.block({silence, mediaClockNow()});
+        }
+        void stop() override {}
+        std::string awaited() const override { return "Music"; }
+    };
+    auto some = sources();
+    some.systemSound = std::make_unique<Awaiting>();
+    ScreenRecorder recorder(options(), std::move(some));
+    recorder.start();
+    recordUntil(recorder, 0.3);
+    EXPECT_EQ(recorder.progress().sounds.at(1).awaited, "Music");
+    EXPECT_THAT(recorder.stop().warnings,
+                testing::Contains("“Music” has not played anything; the system's sound is silent."));
+}
+
 TEST_F(TakeStreamsTest, aCameraWhosePicturesCannotBeEncodedCostsOnlyItself) {
     struct Vast : CameraSource {
         Size2 size() const override { return {100'000, 100'000}; }

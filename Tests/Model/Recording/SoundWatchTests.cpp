@@ -26,6 +26,8 @@ TEST(SoundWatch, tellsEachThingOnceAndAsSoonAsItIsSo) {
 
     SoundState const quiet{.role = StreamRole::systemSound, .silentSeconds = 100};
     EXPECT_THAT(told({}, quiet), ElementsAre()) << "a machine may play nothing";
+    EXPECT_THAT(told({}, {.role = StreamRole::systemSound, .silentSeconds = 5, .awaited = "Music"}),
+                ElementsAre("“Music” has not played anything for 5 seconds. `tavaro sources` lists what plays."));
     EXPECT_THAT(told({}, {.role = StreamRole::systemSound, .isAway = true}),
                 ElementsAre("No sound comes from the system's sound; the take is silent until it does."));
 }
