@@ -16,7 +16,6 @@ namespace {
 namespace fs = std::filesystem;
 using testing::ContainsRegex;
 using testing::HasSubstr;
-using testing::IsEmpty;
 
 constexpr char const* keyboardKeys = "1000000000007 ff9f207ac14057ff febeffdfffefffff fffffffffffffffe\n";
 constexpr char const* mouseKeys = "ff0000 0 0 0 0\n"; // bits 272 to 279
