@@ -72,6 +72,8 @@ public:
     std::vector<double> heardMoments() const { return heard_->moments(); }
     std::vector<double> playedMoments() const { return played_->moments(); }
     std::vector<double> cameraMoments() const { return camera_->moments(); }
+    /// Whether what clicks got the processor whenever it was due; else the clicks are late, whoever records them.
+    bool isInTime() const { return heard_->isInTime() && played_->isInTime(); }
 
 private:
     std::filesystem::path flashes() const { return session_.folder() / "flashes"; }
@@ -237,6 +239,7 @@ void tellFilm(Desk const& desk, std::filesystem::path const& package, std::files
     fmt::print("take.camera.frames_lost {} frames of {}\n", missing(desk.cameraMoments(), taken, begin, length),
                codes.size());
     fmt::print("take.interruptions {}\n", health.interruptions);
+    fmt::print("take.clicks_were_in_time {}\n", desk.isInTime() ? "yes" : "no");
     fmt::print("take.microphone.clicks_lost {} of {}\n", missing(desk.heardMoments(), left, heardBegin, length),
                left.size());
     fmt::print("take.system_audio.clicks_lost {} of {}\n", missing(desk.playedMoments(), right, heardBegin, length),
