@@ -54,7 +54,7 @@ struct RecorderProgress {
 struct FinishedTake {
     UUID recordingID;
     std::filesystem::path directory;       // the working folder; `RecoveryStore::removeWorkingDirectory` clears it
-    std::filesystem::path movie;           // in the working folder; H.264, a frame for each slot of the rate but for those dropped
+    std::filesystem::path movie;           // in the working folder; H.264, a frame for each slot of the rate
     double duration = 0;                   // seconds
     std::vector<TakeStream> streams;       // beside the screen
     RecordingMetadata metadata;            // with its honest `health`

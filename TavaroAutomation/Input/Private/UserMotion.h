@@ -19,8 +19,8 @@ public:
     void move(PixelPoint to);
     /// Throws `AutomationError` where no display shows that place: the server would put the pointer somewhere else.
     void expectOnAScreen(PixelPoint at) const;
-    /// Both throw `AutomationError` (`userMoved`, or `failed` where displays came or went): by what the server has answered and reported so far, which lags a
-    /// step behind; and by asking it.
+    /// Both throw `AutomationError` (`userMoved`, or `failed` where displays came or went): by what the server has
+    /// answered and reported so far, which lags a step behind; and by asking it.
     void expectNoneSoFar();
     void expectNone();
 
