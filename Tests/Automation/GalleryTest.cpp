@@ -39,7 +39,8 @@ UIActionReport GalleryTest::clickTitle(std::string const& title, std::string con
 }
 
 void GalleryTest::expectWordAndLineSelected(std::string const& text) {
-    automation->click({.target = {.app = app, .title = text}, .count = 2, .glide = 0.05, .hold = 0});
+    constexpr double apart = 0.6; // seconds, or the clicks that follow count on
+    automation->click({.target = {.app = app, .title = text}, .count = 2, .glide = 0.05, .hold = apart});
     auto const isSelected = [&](std::string const& word) { return hasLogged("selected " + word); };
     EXPECT_TRUE(eventually([&] {
         return std::ranges::any_of(std::array{"alpha", "beta", "gamma", "delta"}, isSelected);

@@ -414,11 +414,6 @@ TEST_F(GTK4Gallery, isTypedIntoAndScrolled) {
     EXPECT_TRUE(logsSoon("row 60"));
 }
 
-TEST_F(GTK4Gallery, severalClicksSelectAndTheRightButtonOpensAMenu) {
-    expectWordAndLineSelected("Story");
-    expectContextMenu("Inform", "chosen inspect");
-}
-
 TEST_F(GTK4Gallery, whatAnotherWidgetCoversIsNotClickedThroughIt) {
     clickTitle("Notice");
     EXPECT_TRUE(eventually([&] {

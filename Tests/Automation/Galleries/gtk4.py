@@ -40,35 +40,6 @@ def notice_over(overlay):
     return made
 
 
-def story():
-    view = Gtk.TextView()
-    view.update_property([Gtk.AccessibleProperty.LABEL], ["Story"])
-    text = view.get_buffer()
-    text.set_text("\n".join([" ".join(["alpha beta gamma delta"] * 6)] * 3))
-
-    def selected():
-        ends = text.get_selection_bounds()
-        if ends:
-            tell("selected", text.get_text(*ends, False).strip())
-        return True
-
-    GLib.timeout_add(20, selected)
-    return view
-
-
-def context_menu(application, widget):
-    action = Gio.SimpleAction.new("inspect", None)
-    action.connect("activate", lambda it, _: tell("chosen", it.get_name()))
-    application.add_action(action)
-    menu = Gio.Menu()
-    menu.append("Inspect", "app.inspect")
-    popover = Gtk.PopoverMenu.new_from_model(menu)
-    popover.set_parent(widget)
-    click = Gtk.GestureClick(button=3)
-    click.connect("pressed", lambda *_: popover.popup())
-    widget.add_controller(click)
-
-
 def rows():
     box = Gtk.ListBox()
     for number in range(1, 61):
@@ -108,11 +79,9 @@ def activate(application):
     check = Gtk.CheckButton(label="Bold")
     check.connect("toggled", lambda it: tell("bold", it.get_active()))
     overlay = Gtk.Overlay(child=box)
-    context_menu(application, line)
     for each in (button("Save"), button("_Inform"), off, menu_button(application), notice_over(overlay), check, entry):
         line.append(each)
     box.append(line)
-    box.append(story())
     box.append(rows())
     count = int(sys.argv[1]) if len(sys.argv) > 1 else 0
     if count:
