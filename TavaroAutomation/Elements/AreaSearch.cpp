@@ -99,9 +99,8 @@ void AreaSearch::add(Extents const& part) {
 
 void AreaSearch::learn(Point const& asked, Extents const& found) {
     std::array const before{offset(0), offset(1)};
-    if (!offsets_) offsets_.emplace();
-    (*offsets_)[0].narrow(found.x - asked.x, found.x - asked.x + found.width - 1);
-    (*offsets_)[1].narrow(found.y - asked.y, found.y - asked.y + found.height - 1);
+    offsets_[0].narrow(found.x - asked.x, found.x - asked.x + found.width - 1);
+    offsets_[1].narrow(found.y - asked.y, found.y - asked.y + found.height - 1);
     bool const isOther = before != std::array{offset(0), offset(1)};
     if (isOther && changes_ < mostChanges) {
         ++changes_;
@@ -109,7 +108,7 @@ void AreaSearch::learn(Point const& asked, Extents const& found) {
     }
 }
 
-int AreaSearch::offset(std::size_t axis) const { return offsets_ ? (*offsets_)[axis].value() : 0; }
+int AreaSearch::offset(std::size_t axis) const { return offsets_.at(axis).value(); }
 
 /// What contradicts all before is believed: programs move while they are asked.
 void AreaSearch::Offset::narrow(int first, int last) {

@@ -4,7 +4,6 @@
 
 #include <array>
 #include <cstddef>
-#include <optional>
 #include <set>
 #include <vector>
 
@@ -67,9 +66,9 @@ private:
     std::vector<Part> gaps_;      // parts with nothing in their middle
     std::vector<Part> asked_;     // for whose middles was asked last
     std::size_t questions_ = 0;
-    std::optional<std::array<Offset, 2>> offsets_; // x, y
-    int changes_ = 0;                              // of the offsets
-    bool hasChanged_ = false;                      // since the questions that were asked last
+    std::array<Offset, 2> offsets_; // x, y
+    int changes_ = 0;               // of the offsets
+    bool hasChanged_ = false;       // since the questions that were asked last
     bool isCutShort_ = false;
 };
 
