@@ -13,8 +13,8 @@ using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::SizeIs;
 
-UIElement element(std::string role, std::string title) {
-    return {.id = role + ":" + title, .role = std::move(role), .title = std::move(title), .frame = {0, 0, 10, 10}};
+UIElement element(std::string const& role, std::string const& title) {
+    return {.id = role + ":" + title, .role = role, .title = title, .frame = {0, 0, 10, 10}};
 }
 
 UIElement hidden(UIElement element) {
