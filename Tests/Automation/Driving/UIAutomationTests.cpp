@@ -270,7 +270,6 @@ TEST_F(GTK3Gallery, whatChangesWhileThePointerIsOnItsWayIsFollowedOrASentence) {
     clickTitle("Rename later");
     EXPECT_THAT(sentenceOf(clickSlowly), StartsWith("“Save” is gone")) << "though “Save As…” contains it";
     clickTitle("Quit later");
-    automation->click({.target = {.app = app, .title = "Café"}, .glide = 0, .hold = 0});
     auto const lateClick = [this] {
         automation->click({.target = {.app = app, .title = "Café"}, .glide = 0.8, .hold = 0.05});
     };

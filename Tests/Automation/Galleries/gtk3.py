@@ -50,10 +50,18 @@ def ask(window):
 
 
 def later(window, line):
-    """What changes a moment after it was asked for: Save moves or is renamed, a dialog comes, or the program ends."""
+    """What changes once the pointer leaves the button: Save moves or is renamed, a dialog comes, or the program ends."""
 
-    def act(change):
-        return lambda _: GLib.timeout_add(300, lambda: change() and False)
+    def armed(change):
+        def on_leave(it, event):
+            if event.mode == Gdk.CrossingMode.NORMAL and it.is_armed:
+                it.is_armed = False
+                GLib.idle_add(lambda: change() and False)
+
+        made = button(label, lambda it: setattr(it, "is_armed", True))
+        made.is_armed = False
+        made.connect("leave-notify-event", on_leave)
+        return made
 
     save = line.get_children()[0]
     box = Gtk.Box(spacing=6)
@@ -63,7 +71,7 @@ def later(window, line):
         ("Ask later", lambda: ask(window)),
         ("Quit later", lambda: os._exit(0)),
     ):
-        box.pack_start(button(label, act(change)), False, False, 0)
+        box.pack_start(armed(change), False, False, 0)
     return box
 
 
