@@ -41,7 +41,7 @@ constexpr ToolkitHabits ofChromium{.hasPagesInPixels = true,
 
 constexpr ToolkitHabits ofGecko{.pointSeesWhatCovers = true, .saysWhatIsScrolledAway = true, .showsPages = true};
 
-constexpr ToolkitHabits ofOthers{.misplacesMenuItems = true, .makesCellsAnew = true};
+constexpr ToolkitHabits ofOthers{.misplacesMenuItems = true, .makesCellsAnew = true, .makesRowsAnew = true};
 
 }
 

@@ -49,6 +49,7 @@ void TestDisplay::kill() {
     if (process_ <= 0) return;
     // It takes its lock and its socket away itself. Removed by somebody else, they could already be another server's.
     ::kill(process_, SIGTERM);
+    thaw();
     waitpid(process_, nullptr, 0);
     process_ = -1;
 }

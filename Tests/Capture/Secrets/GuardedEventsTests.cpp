@@ -82,6 +82,7 @@ private:
 TEST_F(GuardedEventsTest, keysAreLoggedInOpenFieldsOnly) {
     showForm();
     form->focus(0);
+    settle();
     begin();
     type("ab");
     EXPECT_EQ(loggedUntil('.'), "ab.");
