@@ -1,5 +1,6 @@
 #include <TavaroAutomation/Applications/Private/WindowControl.h>
 
+#include <TavaroAutomation/Applications/Private/WindowManager.h>
 #include <TavaroAutomation/Errors/AutomationError.h>
 #include <TavaroCapture/X11/Desktop.h>
 
@@ -21,24 +22,9 @@ using Clock = std::chrono::steady_clock;
 
 constexpr std::uint32_t pager = 2; // who asks
 
-/// A request to the window manager about a window, or about the desktop where it is the root.
-void ask(Connection& connection, xcb_window_t window, char const* what, std::array<std::uint32_t, 5> const& values) {
-    xcb_client_message_event_t event{};
-    event.response_type = XCB_CLIENT_MESSAGE;
-    event.format = 32;
-    event.window = window;
-    event.type = connection.atom(what);
-    std::ranges::copy(values, event.data.data32);
-    std::array<char, 32> bytes{};
-    static_assert(sizeof event == bytes.size());
-    std::memcpy(bytes.data(), &event, bytes.size());
-    xcb_send_event(connection.get(), 0, connection.root(),
-                   XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT, bytes.data());
-}
-
 /// A pager's request, since window managers refuse a program's own to keep focus from being stolen.
 void askToActivate(Connection& connection, xcb_window_t window) {
-    ask(connection, window, "_NET_ACTIVE_WINDOW", {pager});
+    askWindowManager(connection, window, "_NET_ACTIVE_WINDOW", {pager});
 }
 
 std::optional<std::uint32_t> cardinal(Connection& connection, xcb_window_t window, char const* property) {
@@ -52,18 +38,15 @@ void showDesktopOf(Connection& connection, xcb_window_t window, std::stop_token 
     auto const wanted = cardinal(connection, window, "_NET_WM_DESKTOP");
     auto const isShown = [&] { return cardinal(connection, connection.root(), "_NET_CURRENT_DESKTOP") == wanted; };
     if (!wanted || *wanted == onAll || isShown()) return;
-    ask(connection, connection.root(), "_NET_CURRENT_DESKTOP", {*wanted});
+    askWindowManager(connection, connection.root(), "_NET_CURRENT_DESKTOP", {*wanted});
     waitUntil(Clock::now() + 1s, stop, isShown);
 }
 
 void unroll(Connection& connection, OpenWindow const& window) {
     constexpr std::uint32_t remove = 0;
     if (window.isShaded)
-        ask(connection, window.window, "_NET_WM_STATE", {remove, connection.atom("_NET_WM_STATE_SHADED"), 0, pager});
-}
-
-bool hasWindowManager(Connection& connection) {
-    return !connection.cardinals(connection.root(), "_NET_SUPPORTING_WM_CHECK").empty();
+        askWindowManager(connection, window.window, "_NET_WM_STATE",
+                         {remove, connection.atom("_NET_WM_STATE_SHADED"), 0, pager});
 }
 
 void raise(Connection& connection, OpenWindow const& window) {
@@ -129,7 +112,8 @@ void moveTo(Connection& connection, OpenWindow const& window, UIPoint const& cor
     auto const x = static_cast<std::uint32_t>(std::lround(corner.x)),
                y = static_cast<std::uint32_t>(std::lround(corner.y));
     if (hasWindowManager(connection))
-        return ask(connection, window.window, "_NET_MOVERESIZE_WINDOW", {ownCorner | hasX | hasY | asPager, x, y});
+        return askWindowManager(connection, window.window, "_NET_MOVERESIZE_WINDOW",
+                                {ownCorner | hasX | hasY | asPager, x, y});
     std::array<std::uint32_t, 2> const place{x, y};
     xcb_configure_window(connection.get(), window.topLevel, XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y, place.data());
 }

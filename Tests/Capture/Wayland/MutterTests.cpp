@@ -1,12 +1,10 @@
-#include <TavaroCapture/Wayland/Private/SharedDesktop.h>
+#include "SharedPictures.h"
 
-#include "../TestDisplay.h"
 #include "../TestMutter.h"
 
 #include <TavaroCapture/Sources/CaptureError.h>
 #include <TavaroPlatform/Clocks/MediaClock.h>
 
-#include <array>
 #include <gmock/gmock.h>
 #include <unistd.h>
 
@@ -14,30 +12,13 @@ namespace tavaro::wayland {
 
 namespace {
 
-using Color = std::array<int, 3>; // blue, green, red
-
-class MutterTest : public testing::Test {
+class MutterTest : public testing::Test, public SharedPictures {
 protected:
     void SetUp() override {
         if (!TestMutter::isInstalled()) GTEST_SKIP() << "mutter, a portal or PipeWire is not installed";
         mutter.emplace(320, 200);
     }
 
-    static SharedDesktop shared(CaptureSource const& source) {
-        auto result = shareDesktop(source, 60);
-        result.screen->grab(mediaClockNow());
-        return result;
-    }
-    static Color at(SharedDesktop const& desktop, int x, int y) {
-        auto const* const pixel = desktop.screen->picture().row(y) + std::ptrdiff_t{4} * x;
-        return {pixel[0], pixel[1], pixel[2]};
-    }
-    static bool shows(SharedDesktop const& desktop, int x, int y, Color const& color) {
-        return eventually([&] {
-            desktop.screen->grab(mediaClockNow());
-            return at(desktop, x, y) == color;
-        });
-    }
     /// Whether the desktop says within a second that it is there.
     bool leadsPointerTo(SharedDesktop const& desktop, PixelPoint point) const {
         mutter->movePointer(point);
@@ -51,7 +32,6 @@ protected:
         return eventually([&] { return leadsPointerTo(desktop, {point.x, point.y + tries++ % 8}); });
     }
 
-    static constexpr Color red{0, 0, 255};
     std::optional<TestMutter> mutter;
 };
 

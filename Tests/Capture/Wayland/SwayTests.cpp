@@ -1,6 +1,5 @@
-#include <TavaroCapture/Wayland/Private/SharedDesktop.h>
+#include "SharedPictures.h"
 
-#include "../TestDisplay.h"
 #include "../TestMouse.h"
 #include "../TestSway.h"
 
@@ -8,7 +7,6 @@
 #include <TavaroCapture/Sources/CaptureError.h>
 #include <TavaroPlatform/Clocks/MediaClock.h>
 
-#include <array>
 #include <gmock/gmock.h>
 
 namespace tavaro::wayland {
@@ -18,32 +16,13 @@ namespace {
 using testing::Contains;
 using testing::HasSubstr;
 
-using Color = std::array<int, 3>; // blue, green, red
-
-class SwayTest : public testing::Test {
+class SwayTest : public testing::Test, public SharedPictures {
 protected:
     void SetUp() override {
         if (!TestSway::isInstalled()) GTEST_SKIP() << "sway, its portal or PipeWire is not installed";
         sway.emplace(320, 200);
     }
 
-    static SharedDesktop shared(CaptureSource const& source) {
-        auto result = shareDesktop(source, 60);
-        result.screen->grab(mediaClockNow());
-        return result;
-    }
-    static Color at(SharedDesktop const& desktop, int x, int y) {
-        auto const* const pixel = desktop.screen->picture().row(y) + std::ptrdiff_t{4} * x;
-        return {pixel[0], pixel[1], pixel[2]};
-    }
-    static bool shows(SharedDesktop const& desktop, int x, int y, Color const& color) {
-        return eventually([&] {
-            desktop.screen->grab(mediaClockNow());
-            return at(desktop, x, y) == color;
-        });
-    }
-
-    static constexpr Color red{0, 0, 255}, green{0, 255, 0};
     std::optional<TestSway> sway;
 };
 
