@@ -15,13 +15,13 @@ constexpr std::int64_t mostSamples = std::int64_t{120} * audioRate;
 
 void ClapSession::start() {
     start_ = mediaClockNow();
-    microphone_.start({.block = [this](SoundBlock const& block) { hear(block); }, .lost = [] {}});
+    microphone_.start({.block = [this](SoundBlock const& block) { hear(block); }, .lost = [](double) {}});
     camera_.start({.picture =
                        [this](CapturedPicture const& picture) {
                            std::lock_guard const guard(lock_);
                            motion_.add(picture);
                        },
-                   .lost = [] {}});
+                   .lost = [](double) {}});
 }
 
 void ClapSession::stop() {

@@ -35,7 +35,8 @@ ApplicationSound::~ApplicationSound() { stop(); }
 
 void ApplicationSound::start(SoundHandlers handlers) {
     handlers_ = std::move(handlers);
-    mix_.begin(mediaClockNow());
+    heardUntil_ = mediaClockNow();
+    mix_.begin(heardUntil_);
     queue_.async([this] { run(); });
 }
 
@@ -48,17 +49,18 @@ void ApplicationSound::stop() {
 void ApplicationSound::run() {
     bool isAway = false;
     while (!isEnding_) {
-        Server server(server_);
-        bool const isThere = server.connect(longestConnect, [this] { return isEnding_.load(); });
+        Server server(server_, [this] { return isEnding_.load(); });
+        bool const isThere = server.connect(longestConnect);
         if (auto const info = isThere ? server.info() : std::nullopt) {
             if (std::exchange(isAway, false)) {
-                mix_.begin(mediaClockNow());
-                handlers_.returned();
+                heardUntil_ = mediaClockNow();
+                mix_.begin(heardUntil_);
+                handlers_.returned(heardUntil_);
             }
             record(server, info->isPipeWire ? Timing::arrivals : Timing::latencies);
         }
         if (isEnding_) return;
-        if (!std::exchange(isAway, true)) handlers_.lost();
+        if (!std::exchange(isAway, true)) handlers_.lost(heardUntil_);
         server.run(betweenLooks);
     }
 }
@@ -68,7 +70,7 @@ void ApplicationSound::record(Server& server, Timing timing) {
     auto looksAgain = Server::Clock::now();
     auto const isOver = [this] { return isEnding_ && mediaClockNow() - endsAt_ > patience / 2; };
     while (server.isAlive() && !isOver()) {
-        if (Server::Clock::now() >= looksAgain) {
+        if (!isEnding_ && Server::Clock::now() >= looksAgain) {
             follow(server, timing);
             looksAgain = Server::Clock::now() + betweenLooks;
         }
@@ -77,7 +79,7 @@ void ApplicationSound::record(Server& server, Timing timing) {
         handOn(mediaClockNow() - patience);
     }
     streams_.clear();
-    if (isEnding_) handOn(endsAt_);
+    handOn(isEnding_ ? endsAt_.load() : mediaClockNow());
 }
 
 /// Streams for the playbacks that there are.
@@ -97,6 +99,9 @@ void ApplicationSound::follow(Server& server, Timing timing) {
     }
 }
 
-void ApplicationSound::handOn(double until) { mix_.take(until, handlers_.block); }
+void ApplicationSound::handOn(double until) {
+    mix_.take(until, handlers_.block);
+    heardUntil_ = std::max(heardUntil_, until);
+}
 
 }

@@ -26,18 +26,19 @@ bool Playback::isOf(std::string_view name) const {
     return isSame(name, application) || isSame(name, program) || isSame(name, id);
 }
 
-Server::Server(std::string const& address)
-    : loop_(pa_mainloop_new())
+Server::Server(std::string const& address, std::function<bool()> isOver)
+    : isOver_(std::move(isOver))
+    , loop_(pa_mainloop_new())
     , context_(pa_context_new(pa_mainloop_get_api(loop_.get()), "Tavaro")) {
     pa_context_connect(context_.get(), address.empty() ? nullptr : address.c_str(), PA_CONTEXT_NOAUTOSPAWN, nullptr);
 }
 
 Server::~Server() = default;
 
-bool Server::connect(std::chrono::milliseconds atMost, std::function<bool()> const& isOver) {
+bool Server::connect(std::chrono::milliseconds atMost) {
     auto const end = Clock::now() + atMost;
     while (isAlive() && pa_context_get_state(get()) != PA_CONTEXT_READY) {
-        if (Clock::now() >= end || (isOver && isOver())) return false;
+        if (Clock::now() >= end || isOver_()) return false;
         run(20ms);
     }
     return isAlive();
@@ -56,8 +57,8 @@ void Server::run(std::chrono::milliseconds atMost) {
 bool Server::finish(pa_operation* operation) {
     Operation const owned(operation);
     auto const end = Clock::now() + longestAnswer;
-    while (owned && isAlive() && pa_operation_get_state(operation) == PA_OPERATION_RUNNING && Clock::now() < end)
-        run(20ms);
+    auto const mayWait = [&] { return isAlive() && !isOver_() && Clock::now() < end; };
+    while (owned && pa_operation_get_state(operation) == PA_OPERATION_RUNNING && mayWait()) run(20ms);
     if (!owned) return false;
     bool const isDone = pa_operation_get_state(operation) == PA_OPERATION_DONE;
     if (!isDone) pa_operation_cancel(operation); // or it would answer into what is gone

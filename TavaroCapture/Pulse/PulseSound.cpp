@@ -68,6 +68,7 @@ PulseSound::~PulseSound() { stop(); }
 
 void PulseSound::start(SoundHandlers handlers) {
     handlers_ = std::move(handlers);
+    heardUntil_ = mediaClockNow();
     queue_.async([this] { run(); });
     std::unique_lock lock(mutex_);
     begun_.wait_for(lock, longestStart, [this] { return hasBegun_; });
@@ -87,8 +88,8 @@ bool PulseSound::isDone(double deliveredUntil) const {
 /// Until the end, whatever happens to server and device.
 void PulseSound::run() {
     while (!isEnding_) {
-        Server server(server_);
-        bool const isThere = server.connect(longestConnect, [this] { return isEnding_.load(); });
+        Server server(server_, [this] { return isEnding_.load(); });
+        bool const isThere = server.connect(longestConnect);
         if (auto const info = isThere ? server.info() : std::nullopt) record(server, *info);
         if (isEnding_) return;
         noteGone();
@@ -100,6 +101,7 @@ void PulseSound::record(Server& server, ServerInfo const& info) {
     while (server.isAlive() && !isEnding_) {
         findOutput(server);
         if (has(server.sources(), source_) && listen(server, info)) return;
+        if (isEnding_) return;
         noteGone();
         idle(server);
     }
@@ -149,8 +151,9 @@ bool PulseSound::listen(Server& server, pipewire::Connection& connection) {
 }
 
 void PulseSound::handOn(SoundBlock const& block) {
-    noteBegun();
+    noteBegun(block.capturedAt);
     handlers_.block(block);
+    heardUntil_ = block.capturedAt + static_cast<double>(block.samples.size()) / audioRate;
 }
 
 std::string PulseSound::title() const { return role_ == StreamRole::microphone ? "Microphone" : "System audio"; }
@@ -175,15 +178,15 @@ void PulseSound::idle(Server& server) const {
     while (!isEnding_ && Server::Clock::now() < end) server.run(turn);
 }
 
-void PulseSound::noteBegun() {
-    if (std::exchange(isAway_, false)) handlers_.returned();
+void PulseSound::noteBegun(double at) {
+    if (std::exchange(isAway_, false)) handlers_.returned(at);
     std::lock_guard const guard(mutex_);
     hasBegun_ = true;
     begun_.notify_all();
 }
 
 void PulseSound::noteGone() {
-    if (!std::exchange(isAway_, true)) handlers_.lost();
+    if (!std::exchange(isAway_, true)) handlers_.lost(heardUntil_);
 }
 
 }

@@ -11,7 +11,10 @@ void Absences::begin(double time) {
 
 void Absences::end(double time) {
     std::lock_guard const guard(lock_);
-    if (!absences_.empty() && !absences_.back().to) absences_.back().to = time;
+    constexpr double shortest = 0.05; // seconds
+    if (absences_.empty() || absences_.back().to) return;
+    absences_.back().to = time;
+    if (time - absences_.back().from < shortest) absences_.pop_back();
 }
 
 bool Absences::isAway() const {

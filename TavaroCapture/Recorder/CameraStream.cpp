@@ -27,12 +27,10 @@ CameraStream::CameraStream(std::unique_ptr<CameraSource> source, TakeClock const
     writer_.prepare();
 }
 
-double CameraStream::now() const { return clock_.elapsed(mediaClockNow()); }
-
 void CameraStream::start() {
     source_->start({.picture = [this](CapturedPicture const& picture) { take(picture); },
-                    .lost = [this] { absences_.begin(now()); },
-                    .returned = [this] { absences_.end(now()); },
+                    .lost = [this](double since) { absences_.begin(clock_.elapsed(since)); },
+                    .returned = [this](double at) { absences_.end(clock_.elapsed(at)); },
                     .missed = [this](std::int64_t count) { noteMissed(count); }});
 }
 

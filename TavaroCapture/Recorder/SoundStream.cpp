@@ -18,15 +18,13 @@ SoundStream::SoundStream(std::unique_ptr<SoundSource> source, TakeClock const& c
     , levels_(options.levels)
     , writer_({options.manifest, options.role, options.segmentSeconds}) {}
 
-double SoundStream::now() const { return clock_.elapsed(mediaClockNow()); }
-
 void SoundStream::start() {
     source_->start({.block = [this](SoundBlock const& block) { take(block); },
-                    .lost = [this] { absences_.begin(now()); },
+                    .lost = [this](double since) { absences_.begin(clock_.elapsed(since)); },
                     .returned =
-                        [this] {
+                        [this](double at) {
                             heardUntil_ = 0; // what is missing is no loss of a device that is there
-                            absences_.end(now());
+                            absences_.end(clock_.elapsed(at));
                         }});
 }
 

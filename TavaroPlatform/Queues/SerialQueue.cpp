@@ -105,9 +105,9 @@ void SerialQueue::State::run() {
     }
 }
 
-SerialQueue::SerialQueue(std::string label, Urgency urgency) : state_(std::make_unique<State>()) {
+SerialQueue::SerialQueue(std::string label, Urgency urgency) : state_(std::make_shared<State>()) {
     state_->label = std::move(label);
-    state_->thread = std::thread([state = state_.get(), urgency] {
+    state_->thread = std::thread([state = state_, urgency] {
         setUrgency(urgency);
         nameThisThread(state->label);
         state->run();
@@ -121,7 +121,19 @@ SerialQueue::~SerialQueue() {
         state_->timer.reset();
     }
     state_->wake.notify_all();
-    state_->thread.join();
+    if (state_->thread.joinable()) state_->thread.join();
+}
+
+void SerialQueue::leave() {
+    std::deque<Task> dropped; // outside the lock: what they hold may be large
+    {
+        std::lock_guard const lock(state_->mutex);
+        state_->isEnding = true;
+        state_->timer.reset();
+        dropped.swap(state_->tasks);
+    }
+    state_->wake.notify_all();
+    state_->thread.detach();
 }
 
 std::string const& SerialQueue::label() const { return state_->label; }

@@ -45,9 +45,13 @@ public:
     /// Any thread. After it returns no further tick starts; called elsewhere than on the queue, none is running.
     void stopTimer();
 
+    /// Any thread but the queue's own. Ends the queue without waiting, for a task that hangs: its thread is left to
+    /// that task, which must own all that it uses. What was queued behind it never runs, and nothing more may be asked.
+    void leave();
+
 private:
     struct State;
-    std::unique_ptr<State> state_;
+    std::shared_ptr<State> state_; // the thread's, too
 };
 
 }

@@ -74,7 +74,7 @@ private:
     void expose(double at) {
         if (at < life_.from || isLost_) return;
         isLost_ = at >= life_.to;
-        if (isLost_) return handlers_.lost();
+        if (isLost_) return handlers_.lost(life_.to);
         picture_.show(at >= scene_.flashAt);
         handlers_.picture({picture_.view(), PixelOrder::rgba, at});
     }
@@ -101,7 +101,7 @@ private:
     void hear(double until) {
         if (isLost_ && until < life_.back) return;
         if (isLost_) {
-            handlers_.returned();
+            handlers_.returned(life_.back);
             heardUntil_ = life_.back;
             life_.to = std::numeric_limits<double>::infinity();
         }
@@ -115,7 +115,7 @@ private:
         if (!samples.empty()) handlers_.block({samples, heardUntil_});
         heardUntil_ += static_cast<double>(samples.size()) / audioRate;
         isLost_ = until >= life_.to;
-        if (isLost_) handlers_.lost();
+        if (isLost_) handlers_.lost(life_.to);
     }
 
     FakeScene const scene_;

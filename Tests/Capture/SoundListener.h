@@ -24,8 +24,12 @@ class SoundListener {
 public:
     explicit SoundListener(std::unique_ptr<SoundSource> source) : source_(std::move(source)) {
         source_->start({.block = [this](SoundBlock const& block) { hear(block); },
-                        .lost = [this] { lostAt = mediaClockNow(); },
-                        .returned = [this] { returnedAt = mediaClockNow(); }});
+                        .lost =
+                            [this](double since) {
+                                missingSince = since;
+                                lostAt = mediaClockNow();
+                            },
+                        .returned = [this](double) { returnedAt = mediaClockNow(); }});
     }
     ~SoundListener() { source_->stop(); }
     void stop() { source_->stop(); }
@@ -40,7 +44,8 @@ public:
     }
     int overlaps() const { return overlaps_; }
 
-    std::atomic<double> lostAt = 0;
+    std::atomic<double> lostAt = 0;       // when it was told
+    std::atomic<double> missingSince = 0; // what it said then
     std::atomic<double> returnedAt = 0;
 
 private:

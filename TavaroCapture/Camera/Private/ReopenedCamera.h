@@ -4,16 +4,15 @@
 #include <TavaroCapture/Sources/Private/FrameSource.h>
 #include <TavaroPlatform/Queues/SerialQueue.h>
 
-#include <condition_variable>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <string>
 
 namespace tavaro {
 
 /// A camera that is open from `start` to `stop`, and is opened again whenever it is lost: unplugged, frozen, or giving
-/// nothing but damaged pictures. Everything that may wait for the device happens on a thread of its own.
+/// nothing but damaged pictures. Everything that may wait for the device happens on a thread of its own. A driver that
+/// does not return from a call counts as frozen; `stop` leaves that thread, and the device with it, to the call.
 class ReopenedCamera final : public CameraSource {
 public:
     struct Options {
@@ -38,28 +37,12 @@ public:
     void stop() override;
 
 private:
-    enum class State { idle, filming, ending };
-
-    // The queue's, all of them.
-    void run();
-    std::unique_ptr<CameraFeed> opened() const;
-    void film(CameraFeed& feed);
-    bool take(DevicePictures& pictures, FedPicture const& fed);
-    void noteBegun();
-    void noteGone();
-    void idle();
-
-    bool isEnding() const;
-    void enter(State state);
+    class Filming;
 
     Options const options_;
-    CameraHandlers handlers_;
-    bool isAway_ = false; // the queue's
-
-    std::mutex mutable mutex_;
-    std::condition_variable changed_;
-    State state_ = State::idle; // guarded by mutex_, as the next
-    bool hasBegun_ = false;
+    std::shared_ptr<Filming> const filming_; // the thread's, too
+    bool isStopped_ = false;
+    SerialQueue watch_{"com.tavaro.capture.cameraWatch"};
     SerialQueue queue_{"com.tavaro.capture.cameraDevice", SerialQueue::Urgency::raised};
 };
 

@@ -38,6 +38,7 @@ private:
     std::atomic<bool> isEnding_ = false;
     std::atomic<bool> hasPlayed_ = false; // there has been a playback of the application
     std::atomic<double> endsAt_ = 0;      // moment of the media clock; once it is ending
+    double heardUntil_ = 0;               // moment of the media clock
     SoundMix mix_;
     std::map<std::uint32_t, std::unique_ptr<RecordStream>> streams_; // by the server's number of the playback
     SerialQueue queue_{"com.tavaro.capture.systemSound", SerialQueue::Urgency::prompt};

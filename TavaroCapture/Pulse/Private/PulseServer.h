@@ -58,15 +58,17 @@ class Server {
 public:
     using Clock = std::chrono::steady_clock;
 
-    /// `address` as in `$PULSE_SERVER`; an empty one means that, or the session's own.
-    explicit Server(std::string const& address);
+    /// `address` as in `$PULSE_SERVER`; an empty one means that, or the session's own. Nothing here waits any longer
+    /// once `isOver` says so.
+    explicit Server(
+        std::string const& address, std::function<bool()> isOver = [] { return false; });
     ~Server();
     Server(Server const&) = delete;
     Server& operator=(Server const&) = delete;
 
     pa_context* get() const { return context_.get(); }
-    /// Waits for the server; false when none answers, or `isOver` says so.
-    bool connect(std::chrono::milliseconds atMost, std::function<bool()> const& isOver = {});
+    /// Waits for the server; false when none answers.
+    bool connect(std::chrono::milliseconds atMost);
     bool isAlive() const;
     /// Why the last thing asked for was not done.
     std::string reason() const;
@@ -88,6 +90,7 @@ private:
     bool finish(pa_operation* operation);
 
     enum class Watch { none, quiet, changed };
+    std::function<bool()> const isOver_;
     Watch outputs_ = Watch::none;
     Loop loop_;
     Context context_;

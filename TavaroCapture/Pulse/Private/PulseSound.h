@@ -46,7 +46,7 @@ private:
     void findOutput(Server& server);
     bool isElsewhere(Server& server);
     void idle(Server& server) const;
-    void noteBegun();
+    void noteBegun(double at);
     void noteGone();
     bool isDone(double deliveredUntil) const;
 
@@ -62,7 +62,8 @@ private:
     std::condition_variable begun_;
     bool hasBegun_ = false; // guarded by mutex_
 
-    bool isAway_ = false; // the queue's
+    bool isAway_ = false;   // the queue's
+    double heardUntil_ = 0; // moment of the media clock; the queue's
     SerialQueue queue_;
 };
 

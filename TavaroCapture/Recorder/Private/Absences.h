@@ -13,6 +13,7 @@ namespace tavaro {
 class Absences {
 public:
     void begin(double time);
+    /// One in which nothing is missing, as of a device that only was late, is none.
     void end(double time);
     bool isAway() const;
 

@@ -29,7 +29,6 @@ private:
 
     void write(EncoderPicture picture, double time);
     void append(EncoderPicture picture, double time);
-    double now() const;
     std::optional<std::string> lossSentence() const;
 
     std::unique_ptr<CameraSource> const source_;

@@ -35,7 +35,6 @@ private:
     void append(Run run);
 
     void write(Run const& run);
-    double now() const;
 
     std::unique_ptr<SoundSource> const source_;
     TakeClock const& clock_;

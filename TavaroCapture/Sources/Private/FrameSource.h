@@ -49,11 +49,11 @@ struct CapturedPicture {
     double capturedAt = 0; // moment of its exposure on the media clock
 };
 
-/// What a camera reports, on a thread of its own.
+/// What a camera reports, on threads of its own, one call at a time.
 struct CameraHandlers {
     std::function<void(CapturedPicture const&)> picture;            // good during the call
-    std::function<void()> lost;                                     // no pictures come until it is back
-    std::function<void()> returned = [] {};                         // it is back, itself and never another one
+    std::function<void(double since)> lost;                         // pictures are missing from that moment on
+    std::function<void(double at)> returned = [](double) {};        // it is back, itself and never another one
     std::function<void(std::int64_t)> missed = [](std::int64_t) {}; // so many that it took were damaged or never came
 };
 
@@ -66,7 +66,7 @@ public:
     virtual int fps() const = 0;
     /// Returns when pictures come, or after two seconds without any.
     virtual void start(CameraHandlers handlers) = 0;
-    /// No handler runs after it.
+    /// No handler runs after it. Returns within seconds, whatever the camera does.
     virtual void stop() = 0;
 };
 

@@ -18,8 +18,8 @@ struct SoundBlock {
 /// What a source of sound reports, on a thread of its own.
 struct SoundHandlers {
     std::function<void(SoundBlock const&)> block; // good during the call
-    std::function<void()> lost;                   // the device went away; no sound comes until it is back
-    std::function<void()> returned = [] {};       // it is back, itself and never another one
+    std::function<void(double since)> lost;       // the device went away; sound is missing from that moment on
+    std::function<void(double at)> returned = [](double) {}; // it is back, itself and never another one
 };
 
 /// A microphone, or what the machine plays.
@@ -28,7 +28,7 @@ public:
     virtual ~SoundSource() = default;
     /// Returns when sound comes, or after two seconds without any.
     virtual void start(SoundHandlers handlers) = 0;
-    /// No handler runs after it.
+    /// No handler runs after it. Returns within seconds, whatever the device does.
     virtual void stop() = 0;
     /// Any thread. The application that is to be heard, as long as it has not played anything; empty where there is
     /// none.

@@ -27,8 +27,12 @@ struct Seen {
                         if (count++ == 0) first = picture.capturedAt;
                         last = picture.capturedAt;
                     },
-                .lost = [this] { lostAt = mediaClockNow(); },
-                .returned = [this] { returnedAt = mediaClockNow(); },
+                .lost =
+                    [this](double since) {
+                        missingSince = since;
+                        lostAt = mediaClockNow();
+                    },
+                .returned = [this](double) { returnedAt = mediaClockNow(); },
                 .missed = [this](std::int64_t more) { missed += more; }};
     }
 
@@ -37,7 +41,8 @@ struct Seen {
     std::atomic<std::int64_t> missed = 0;
     std::atomic<double> first = 0;
     std::atomic<double> last = 0;
-    std::atomic<double> lostAt = 0;
+    std::atomic<double> lostAt = 0;       // when it was told
+    std::atomic<double> missingSince = 0; // what it said then
     std::atomic<double> returnedAt = 0;
 };
 
@@ -98,6 +103,7 @@ TEST_F(PipeWireCamerasTest, aCameraThatGoesOrFreezesIsToldOfAndOnlyItselfComesBa
     seen.lostAt = seen.returnedAt = 0;
     camera->isFrozen = true;
     ASSERT_TRUE(eventually([&] { return seen.lostAt > 0; }));
+    EXPECT_NEAR(seen.missingSince, seen.last, 0.1) << "not when it was noticed";
     camera->isFrozen = false;
     EXPECT_TRUE(eventually([&] { return seen.returnedAt > 0; }));
     source->stop();

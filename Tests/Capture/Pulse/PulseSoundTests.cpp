@@ -162,7 +162,7 @@ TEST_F(PulseSoundTest, aDeviceIsOpenOnlyWhileItIsAskedFor) {
     SpokenClicks const clicks(server->microphonePipe());
     pulse::PulseSound source(microphone());
     EXPECT_FALSE(isOpen());
-    source.start({.block = [](SoundBlock const&) {}, .lost = [] {}});
+    source.start({.block = [](SoundBlock const&) {}, .lost = [](double) {}});
     EXPECT_TRUE(isOpen());
     source.stop();
     EXPECT_TRUE(eventually([&] { return !isOpen(); }));

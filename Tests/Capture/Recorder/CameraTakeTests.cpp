@@ -113,6 +113,20 @@ TEST_F(CameraTake, anUnpluggedCameraCostsOnlyItsOwnPictures) {
     EXPECT_THAT(take.warnings[0], testing::EndsWith(" seconds into the take; its last picture stays."));
 }
 
+TEST_F(CameraTake, theSpotThatIsMarkedIsWhereThePicturesStoppedNotWhereThatWasNoticed) {
+    record();
+    recordUntil(0.6);
+    camera->isFrozen = true;
+    double const frozen = recorder->progress().seconds;
+    EXPECT_TRUE(eventually([&] { return recorder->progress().isCameraAway; }));
+    double const noticed = recorder->progress().seconds;
+    EXPECT_GT(noticed, frozen + 0.4);
+    auto const take = recorder->stop();
+    auto const& spots = take.metadata.health.interruptedAt;
+    ASSERT_EQ(spots.size(), 1u);
+    EXPECT_NEAR(spots[0], frozen, 0.2);
+}
+
 TEST_F(CameraTake, aCameraThatGivesOnlyDamagedPicturesIsLostAndOneThatGivesSomeIsToldOf) {
     camera->modes = {{DeviceLayout::jpeg, 640, 480, 60}};
     camera->cutEvery = 4;

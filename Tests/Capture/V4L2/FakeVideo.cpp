@@ -211,6 +211,7 @@ int Device::fill(v4l2_buffer& buffer) {
 }
 
 int Device::control(unsigned long request, void* argument) {
+    while (camera_->hangs) std::this_thread::sleep_for(std::chrono::milliseconds(1));
     if (!camera_->isPlugged) return failing(ENODEV);
     switch (request) {
     case VIDIOC_QUERYCAP: {

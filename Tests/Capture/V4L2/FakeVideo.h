@@ -25,6 +25,7 @@ struct FakeCamera {
 
     std::atomic<bool> isPlugged = true;
     std::atomic<bool> isFrozen = false;
+    std::atomic<bool> hangs = false;    // calls do not return
     std::atomic<bool> isTaken = false;  // by another program
     std::atomic<bool> isBarred = false; // to this user
     std::atomic<int> flawedEvery = 0;   // marked as damaged by the camera

@@ -27,8 +27,16 @@ public:
                         stamps_.push_back(picture.capturedAt);
                         errors_.push_back(shown ? picture.capturedAt - *shown : 1e9);
                     },
-                .lost = [this] { lostAt = mediaClockNow(); },
-                .returned = [this] { returnedAt = mediaClockNow(); },
+                .lost =
+                    [this](double since) {
+                        missingSince = since;
+                        lostAt = mediaClockNow();
+                    },
+                .returned =
+                    [this](double at) {
+                        backSince = at;
+                        returnedAt = mediaClockNow();
+                    },
                 .missed = [this](std::int64_t count) { missed += count; }};
     }
     std::vector<double> stamps() const {
@@ -44,7 +52,9 @@ public:
         return worst;
     }
 
-    std::atomic<double> lostAt = 0;
+    std::atomic<double> lostAt = 0;       // when it was told
+    std::atomic<double> missingSince = 0; // what it said then
+    std::atomic<double> backSince = 0;
     std::atomic<double> returnedAt = 0;
     std::atomic<std::int64_t> missed = 0;
 
@@ -185,6 +195,32 @@ TEST_F(VideoCamerasTest, aFrozenCameraIsOpenedAnew) {
     source->stop();
     EXPECT_LT(mediaClockNow() - ends, 0.5) << "nobody waits for a frozen camera";
     EXPECT_EQ(camera->streams, 0);
+}
+
+TEST_F(VideoCamerasTest, aDriverThatDoesNotReturnIsToldOfAndKeepsNobodyWaiting) {
+    {
+        auto const source = openCamera(machine(), {});
+        source->start(seen.handlers());
+        ASSERT_TRUE(eventually([&] { return seen.count() >= 5; }));
+        camera->hangs = true;
+        ASSERT_TRUE(eventually([&] { return seen.lostAt > 0; }));
+        double const last = seen.stamps().back();
+        EXPECT_NEAR(seen.missingSince, last + 1 / 30.0, 1e-6) << "not when it was noticed";
+        auto const missed = seen.missed.load();
+        camera->hangs = false;
+        ASSERT_TRUE(eventually([&] { return seen.returnedAt > 0; }));
+        EXPECT_GT(seen.backSince, last + 0.3);
+        EXPECT_EQ(seen.missed, missed) << "a camera that is away loses nothing";
+        camera->hangs = true;
+        double const ends = mediaClockNow();
+        source->stop();
+        EXPECT_LT(mediaClockNow() - ends, 4);
+    }
+    auto const count = seen.count();
+    EXPECT_EQ(camera->streams, 1) << "the device is left to the call";
+    camera->hangs = false;
+    EXPECT_TRUE(eventually([&] { return camera->streams == 0; }));
+    EXPECT_EQ(seen.count(), count);
 }
 
 TEST_F(VideoCamerasTest, whatIsNoCameraIsNotListedAndWhatCannotBeUsedIsRefusedInASentence) {

@@ -1,9 +1,11 @@
 #include <TavaroPlatform/Clocks/MediaClock.h>
 #include <TavaroPlatform/Queues/SerialQueue.h>
 
+#include <atomic>
 #include <cmath>
 #include <future>
 #include <gtest/gtest.h>
+#include <memory>
 #include <stdexcept>
 #include <vector>
 
@@ -36,6 +38,27 @@ TEST(SerialQueue, whoWaitsForAWhileOnlyLearnsWhetherAllHasRun) {
     EXPECT_FALSE(queue.settles(std::chrono::milliseconds(1)));
     end.set_value();
     EXPECT_TRUE(queue.settles(std::chrono::seconds(10)));
+}
+
+TEST(SerialQueue, whatHangsIsLeftToItselfAndWhatWaitsBehindItNeverRuns) {
+    auto const runs = std::make_shared<std::atomic<int>>(0);
+    std::promise<void> begun, hang, isOver;
+    {
+        SerialQueue queue("test.left");
+        queue.async([&begun, hang = hang.get_future().share(), runs, &isOver] {
+            begun.set_value();
+            hang.wait();
+            ++*runs;
+            isOver.set_value();
+        });
+        queue.async([runs] { *runs += 100; });
+        begun.get_future().wait();
+        queue.leave();
+    }
+    EXPECT_EQ(*runs, 0) << "nobody waited";
+    hang.set_value();
+    isOver.get_future().wait();
+    EXPECT_EQ(*runs, 1);
 }
 
 TEST(SerialQueue, theTimerKeepsToItsGridAndLeavesOutWhatASlowTickMissed) {
