@@ -172,14 +172,26 @@ void InputMonitor::handleButton(double at, std::uint32_t detail, bool isPress) {
 }
 
 void InputMonitor::handleKey(double at, std::uint32_t keycode) {
-    if (!keyboard_ || isFrontSecure_ || !prompts_.empty()) return;
+    if (!keyboard_) return;
+    if (followsPointer_) reportFrontmost();
+    if (isFrontSecure_ || !prompts_.empty()) return;
     if (auto chord = keyboard_->chord(keycode)) handlers_.key(at, std::move(*chord));
 }
 
 void InputMonitor::reportCursor(xcb_atom_t name) { handlers_.cursor(cursorKind(connection_.atomName(name))); }
 
-void InputMonitor::reportFrontmost() {
+/// Without a window manager the keyboard usually is in the window under the pointer.
+xcb_window_t InputMonitor::keyboardWindow() {
     xcb_window_t const active = activeWindow(connection_);
+    auto const focus = active == XCB_NONE ? connection_.ask<xcb_get_input_focus, xcb_get_input_focus_reply>() : nullptr;
+    followsPointer_ = focus && (focus->focus == XCB_INPUT_FOCUS_POINTER_ROOT || focus->focus == connection_.root());
+    if (!followsPointer_) return active;
+    auto const pointer = connection_.ask<xcb_query_pointer, xcb_query_pointer_reply>(connection_.root());
+    return pointer && pointer->child != XCB_NONE ? clientWindow(connection_, pointer->child) : xcb_window_t{XCB_NONE};
+}
+
+void InputMonitor::reportFrontmost() {
+    xcb_window_t const active = keyboardWindow();
     if (active == front_) return;
     front_ = active;
     if (active == XCB_NONE) {

@@ -36,6 +36,7 @@ private:
     void selectEvents();
     void readButtonMapping();
     void reportCursor(xcb_atom_t name);
+    xcb_window_t keyboardWindow();
     void reportFrontmost();
     bool asksForSecret(xcb_window_t window);
     void watchForPrompt(xcb_window_t window, bool isMapped);
@@ -48,6 +49,7 @@ private:
     std::string buttonMapping_; // logical button of each physical one
     std::optional<xcb_window_t> front_;
     bool isFrontSecure_ = false;
+    bool followsPointer_ = false; // the keyboard: nobody announces where it goes
     std::vector<xcb_window_t> prompts_;
     FileDescriptor wake_;
     std::atomic<bool> isEnding_ = false;

@@ -130,6 +130,22 @@ TEST_F(EventRecorderTest, spansTellWhichApplicationWasInFront) {
     EXPECT_NEAR(spans[2].t + spans[2].duration, 900, 1e-9);
 }
 
+TEST_F(EventRecorderTest, withoutAWindowManagerTheWindowUnderThePointerIsInFront) {
+    client->makeWindow({.frame = {100, 100, 50, 50}, .windowClass = "First"});
+    client->makeWindow({.frame = {300, 100, 50, 50}, .windowClass = "Second"});
+    client->movePointer(120, 120);
+    begin();
+    ASSERT_TRUE(sees([](auto const& log) { return log.appSpans.size() == 1; }));
+    EXPECT_EQ(log().appSpans[0].name, "First");
+    client->movePointer(320, 120);
+    client->tap("a");
+    ASSERT_TRUE(sees([](auto const& log) { return log.keystrokes.size() == 1; }));
+    auto const after = log();
+    ASSERT_EQ(after.appSpans.size(), 2u) << "known before the key is, whose window decides whether it is logged";
+    EXPECT_EQ(after.appSpans[1].name, "Second");
+    EXPECT_LE(after.appSpans[1].t, after.keystrokes[0].t + 0.05);
+}
+
 TEST_F(EventRecorderTest, aButtonThatIsLetGoInAPauseIsNotHeldWhenTheTakeGoesOn) {
     client->movePointer(200, 200);
     begin();
