@@ -3,6 +3,7 @@
 #include <TavaroCapture/Recovery/Private/MetadataCheckpoints.h>
 #include <TavaroCapture/Recovery/Private/WorkingFolderClaim.h>
 #include <TavaroCapture/Recovery/Private/WorkingFolderRemoval.h>
+#include <TavaroCapture/Segments/Private/DarkScreen.h>
 #include <TavaroCapture/Segments/Private/JoinStreams.h>
 #include <TavaroCapture/Sources/CaptureError.h>
 #include <TavaroCore/Recording/EventLists.h>
@@ -17,6 +18,7 @@
 #include <cstdio>
 #include <fmt/format.h>
 #include <iterator>
+#include <spdlog/spdlog.h>
 
 namespace tavaro {
 
@@ -124,18 +126,42 @@ void addLog(RecoveryStore::Recoverable& take) {
         take.warnings.emplace_back("Parts of the log are damaged; there the pointer, clicks and keys are missing.");
 }
 
+/// When the last of what was recorded beside the screen ends, in seconds of the take.
+template<class Streams, class LengthOf> double endOf(Streams const& streams, LengthOf lengthOf) {
+    double end = 0;
+    for (auto const& stream : streams) end = std::max(end, stream.offset + lengthOf(stream));
+    return end;
+}
+
+double lengthBeside(RecoveryStore::Recoverable const& take) {
+    return endOf(take.streams, [](StreamRecord const& stream) {
+        return stream.segments.empty() ? -stream.offset
+                                       : stream.segments.back().start + stream.segments.back().duration;
+    });
+}
+
+/// What of a take can be read, without its log. None of one that ended before there was any picture and more than a
+/// moment of sound.
+std::optional<RecoveryStore::Recoverable> readable(fs::path const& directory, RecordingMarker marker,
+                                                   RecordingManifest manifest) {
+    constexpr double shortest = 0.5; // seconds
+    RecoveryStore::Recoverable take{.marker = std::move(marker), .manifest = std::move(manifest)};
+    take.marker.directory = directory.string(); // the folder may have been moved since
+    addScreen(take);
+    addStreams(take);
+    if (take.segments.empty()) take.estimatedDuration = lengthBeside(take);
+    if (take.segments.empty() && take.estimatedDuration < shortest) return std::nullopt;
+    return take;
+}
+
 std::optional<RecoveryStore::Recoverable> examine(fs::path const& directory) {
     std::error_code ignored;
     if (!fs::exists(markerPath(directory), ignored)) return std::nullopt;
-    RecoveryStore::Recoverable take;
-    take.marker = readMarker(directory).value_or(RecordingMarker{});
-    take.marker.directory = directory.string(); // the folder may have been moved since
-    take.manifest = readManifest(directory).value_or(RecordingManifest{});
-    take.id = take.marker.recordingID == UUID{} ? take.manifest.recordingID : take.marker.recordingID;
-    addScreen(take);
-    if (take.segments.empty()) return std::nullopt;
-    addStreams(take);
-    addLog(take);
+    auto take = readable(directory, readMarker(directory).value_or(RecordingMarker{}),
+                         readManifest(directory).value_or(RecordingManifest{}));
+    if (!take) return std::nullopt;
+    take->id = take->marker.recordingID == UUID{} ? take->manifest.recordingID : take->marker.recordingID;
+    addLog(*take);
     return take;
 }
 
@@ -148,18 +174,38 @@ bool hasNothing(fs::path const& directory, RecordingManifest const& manifest) {
         std::error_code gone;
         if (entry.is_regular_file(gone)) bytes += entry.file_size(gone);
     }
-    RecoveryStore::Recoverable take{.marker = {.directory = directory.string()}, .manifest = manifest};
-    addScreen(take);
-    addStreams(take);
-    bool const isReadable = !take.segments.empty() || std::ranges::any_of(take.streams, [](StreamRecord const& stream) {
-        return !stream.segments.empty();
-    });
-    return !error && !isReadable && bytes < worthKeeping;
+    return !error && bytes < worthKeeping && !readable(directory, {}, manifest);
+}
+
+/// The screen's movie, or a dark one where only what was recorded beside it can be read.
+JoinedMovie joinedScreen(RecoveryStore::Recoverable const& take, JoinedStreams& beside) {
+    try {
+        return joinScreen(take.directory(), take.segments);
+    } catch (MediaError const& error) {
+        double const length = endOf(beside.streams, [](TakeStream const& stream) { return stream.duration; });
+        if (error.kind() != MediaError::Kind::unreadable || length <= 0) throw;
+        beside.warnings.emplace_back("What the screen recorded cannot be read: the film is dark, with what was "
+                                     "recorded beside the screen.");
+        return writeDarkScreen(joinedStreamPath(take.directory(), StreamRole::screen),
+                               {take.manifest.width, take.manifest.height}, length);
+    }
 }
 
 /// Levels that end before the sound does would call its end silent; without them they are measured in the sound.
 void dropShortLevels(RecordingMetadata& log, double duration) {
     if (std::ssize(log.micLevels) < std::llround(duration / micLevelSeconds)) log.micLevels.clear();
+}
+
+/// Of a take that was recovered, which nobody ended: it is so until a project has it, however often that is tried.
+void completeManifest(fs::path const& directory) {
+    auto manifest = readManifest(directory);
+    if (!manifest || manifest->isComplete) return;
+    manifest->isComplete = true;
+    try {
+        writeManifest(directory, *manifest);
+    } catch (Error const& error) {
+        spdlog::warn("The working folder of a recording could not be marked as done: {}", error.what());
+    }
 }
 
 WorkingFolderClaim claim(fs::path const& directory) {
@@ -190,6 +236,7 @@ void RecoveryStore::markInProgress(fs::path const& directory, UUID const& record
 }
 
 void RecoveryStore::markComplete(fs::path const& directory) {
+    completeManifest(directory);
     std::error_code ignored; // clearing twice is fine
     fs::remove(markerPath(directory), ignored);
 }
@@ -215,13 +262,13 @@ RecoveredTake RecoveryStore::recover(Recoverable const& take) {
     double lostStart = 0; // a movie's time 0 is its first picture, so all else moves up to it
     JoinedStreams beside;
     try {
-        auto const joined = joinScreen(directory, take.segments);
+        beside = joinStreams(directory, take.streams);
+        auto const joined = joinedScreen(take, beside);
         lostStart = joined.start;
         result.duration = joined.duration - lostStart;
         result.metadata.health.framesWritten = joined.frameCount;
         // Nobody ended it. One that could not be saved was ended before.
         if (!take.manifest.isComplete) result.metadata.health.captureLost = true;
-        beside = joinStreams(directory, take.streams);
     } catch (MediaError const& error) {
         bool const isUnwritable = error.kind() == MediaError::Kind::notWritable;
         failRecovery((isUnwritable ? "could not create export session: " : "segment join failed: ") + error.detail() +
@@ -240,7 +287,6 @@ RecoveredTake RecoveryStore::recover(Recoverable const& take) {
     auto manifest = take.manifest;
     manifest.segments = take.segments;
     manifest.streams = take.streams;
-    manifest.isComplete = true;
     writeManifest(directory, manifest);
     return result;
 }

@@ -40,7 +40,7 @@ public:
         std::optional<RecordingMetadata> metadata;     // up to the last checkpoint, as far as it can be read
         std::vector<SegmentRecord> segments;           // one for each media file
         std::vector<StreamRecord> streams;             // beside the screen, with the segments on disk
-        double estimatedDuration = 0;                  // seconds
+        double estimatedDuration = 0;                  // seconds, of the screen, or where there is none of the rest
         std::vector<std::string> warnings;             // sentences: what of it cannot be read
 
         std::filesystem::path directory() const { return marker.directory; }
@@ -56,9 +56,11 @@ public:
     /// Clears the marker: the take is safe elsewhere.
     static void markComplete(std::filesystem::path const& directory);
 
-    /// Every unfinished, unclaimed take, the newest first. A folder with nothing readable in it is left out.
+    /// Every unfinished, unclaimed take, the newest first. A folder with nothing readable in it, or with hardly any
+    /// sound only, is left out.
     static std::vector<Recoverable> findRecoverable(std::filesystem::path const& recordings = defaultDirectory());
-    /// Joins the segments of each stream into one file beside them. The take stays among the recoverable ones until
+    /// Joins the segments of each stream into one file beside them. Where nothing of the screen can be read, its movie
+    /// is a dark one as long as what was recorded beside it. The take stays among the recoverable ones until
     /// `markComplete` or `removeWorkingDirectory`. Throws `CaptureError` "segment join failed" with the reason.
     static RecoveredTake recover(Recoverable const& take);
     /// Removes the take's working folder.

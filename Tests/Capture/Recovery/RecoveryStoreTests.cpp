@@ -64,6 +64,18 @@ protected:
         }
         return directory;
     }
+    static void hear(fs::path const& directory, double seconds) {
+        AudioFileWriter sound(directory / segmentFileName(0, StreamRole::microphone), AudioFileFormat::whole16);
+        sound.append(std::vector<StereoSample>(static_cast<std::size_t>(seconds * audioRate)));
+        sound.finish();
+    }
+    /// Of an abandoned take, as where it ended before the first picture was on the disk.
+    static void loseScreen(fs::path const& directory) {
+        for (int i = 0; i < 4; ++i) fs::resize_file(directory / segmentFileName(i), 10);
+        auto manifest = *readManifest(directory);
+        manifest.segments.clear();
+        writeManifest(directory, manifest);
+    }
     auto found() { return RecoveryStore::findRecoverable(recordings.path()); }
 
     TemporaryFolder recordings;
@@ -94,6 +106,9 @@ TEST_F(RecoveryStoreTest, anAbandonedTakeComesBackAsOneMovieWithItsLog) {
     EXPECT_EQ(recovered.metadata.cursorSamples.size(), 1u);
     EXPECT_EQ(recovered.metadata.captureSize, (Size2{64, 48}));
     EXPECT_EQ(found().size(), 1u) << "a movie that is nowhere else yet";
+    EXPECT_TRUE(RecoveryStore::recover(found().at(0)).metadata.health.captureLost) << "however often it is tried";
+    RecoveryStore::markComplete(directory);
+    EXPECT_TRUE(readManifest(directory)->isComplete);
     RecoveryStore::removeWorkingDirectory(recovered.movie);
     EXPECT_TRUE(found().empty());
     EXPECT_FALSE(fs::exists(directory));
@@ -127,9 +142,7 @@ TEST_F(RecoveryStoreTest, aDamagedManifestOrSegmentCostsOnlyItself) {
 
 TEST_F(RecoveryStoreTest, aStreamThatCannotBeWrittenLeavesTheTakeForLater) {
     auto const directory = makeTake(End::abandoned);
-    AudioFileWriter sound(directory / segmentFileName(0, StreamRole::microphone), AudioFileFormat::whole16);
-    sound.append(std::vector<StereoSample>(audioRate));
-    sound.finish();
+    hear(directory, 1);
     auto const place = joinedStreamPath(directory, StreamRole::microphone);
     fs::create_directories(place / "in the way");
     auto const takes = found();
@@ -187,6 +200,37 @@ TEST_F(RecoveryStoreTest, aFolderWithoutAReadableSegmentIsNoTake) {
     EXPECT_TRUE(RecoveryStore::findRecoverable(recordings.path() / "missing").empty());
 }
 
+TEST_F(RecoveryStoreTest, aTakeOfWhichOnlyTheSoundIsLeftComesBackWithADarkFilm) {
+    for (bool const isListed : {false, true}) {
+        auto const directory = makeTake(End::abandoned);
+        EventLog log;
+        log.notePress(2.5, {MouseButton::left, {1, 1}, {0.1, 0.1}});
+        log.noteRelease(2.6, MouseButton::left, {1, 1});
+        MetadataCheckpoints(directory, 1e6, [&](auto const& mark) {
+            return MetadataCheckpoints::Snapshot{log.since(mark, 3), log.settled()};
+        }).writeNow();
+        hear(directory, 3.25);
+        auto const manifest = *readManifest(directory);
+        loseScreen(directory);
+        if (isListed) writeManifest(directory, manifest);
+        auto const takes = found();
+        ASSERT_EQ(takes.size(), 1u);
+        if (!isListed) EXPECT_NEAR(takes[0].estimatedDuration, 3.25, 0.01);
+        auto const recovered = RecoveryStore::recover(takes[0]);
+        EXPECT_NEAR(recovered.duration, 3.25, 0.01);
+        auto const info = MovieReader(recovered.movie).info();
+        EXPECT_NEAR(info.duration, 3.25, 0.01);
+        EXPECT_EQ((Size2{info.width, info.height}), (Size2{64, 48})) << "the clicks are where they were";
+        EXPECT_FALSE(info.isCutShort);
+        EXPECT_EQ(recovered.metadata.clicks.size(), 1u);
+        EXPECT_EQ(recovered.streams.size(), 1u);
+        ASSERT_EQ(recovered.warnings.size(), 1u);
+        EXPECT_TRUE(recovered.warnings[0].starts_with("What the screen recorded cannot be read"));
+        RecoveryStore::discard(takes[0]);
+        EXPECT_TRUE(found().empty());
+    }
+}
+
 TEST_F(RecoveryStoreTest, onlyOldUnclaimedTakesThatAreCompleteOrEmptyArePruned) {
     auto const age = [](fs::path const& directory, double seconds) {
         auto manifest = *readManifest(directory);
@@ -197,24 +241,18 @@ TEST_F(RecoveryStoreTest, onlyOldUnclaimedTakesThatAreCompleteOrEmptyArePruned) 
     auto const old = makeTake(End::finished);
     auto const claimed = makeTake(End::finished);
     auto const unfinished = makeTake(End::abandoned);
-    auto const heard = makeTake(End::abandoned), empty = makeTake(End::abandoned);
-    for (auto const& directory : {heard, empty}) { // killed before the first picture was on the disk
-        for (int i = 0; i < 4; ++i) fs::resize_file(directory / segmentFileName(i), 10);
-        auto manifest = *readManifest(directory);
-        manifest.segments.clear();
-        writeManifest(directory, manifest);
-    }
-    AudioFileWriter sound(heard / segmentFileName(0, StreamRole::microphone), AudioFileFormat::whole16);
-    sound.append(std::vector<StereoSample>(audioRate));
-    sound.finish();
-    for (auto const& directory : {old, claimed, unfinished, heard, empty}) age(directory, 15 * 86400);
+    auto const heard = makeTake(End::abandoned), begun = makeTake(End::abandoned), empty = makeTake(End::abandoned);
+    for (auto const& directory : {heard, begun, empty}) loseScreen(directory);
+    hear(heard, 1);
+    hear(begun, 0.2);
+    for (auto const& directory : {old, claimed, unfinished, heard, begun, empty}) age(directory, 15 * 86400);
     fs::create_directory(recordings.path() / "somebody's folder");
     auto const claim = WorkingFolderClaim::take(claimed);
     auto const pruned = RecoveryStore::pruneOldRecordings(14 * 86400, recordings.path());
-    EXPECT_EQ(pruned.removed, 2);
+    EXPECT_EQ(pruned.removed, 3);
     EXPECT_TRUE(pruned.problems.empty());
     EXPECT_FALSE(fs::exists(old));
-    EXPECT_FALSE(fs::exists(empty)) << "it ended before it had a picture";
+    for (auto const& nothing : {begun, empty}) EXPECT_FALSE(fs::exists(nothing)) << "it ended before it had a picture";
     for (auto const& kept : {young, claimed, unfinished, heard, recordings.path() / "somebody's folder"})
         EXPECT_TRUE(fs::exists(kept)) << kept;
 }
