@@ -30,7 +30,8 @@ double DiskRoom::room() const {
     constexpr double kept = 8 << 20, leastShare = 0.125;
     auto const& last = states_.back();
     double const reserve = std::min(kept, static_cast<double>(last.size) * leastShare);
-    return (static_cast<double>(last.free) - static_cast<double>(last.written) - reserve) / 2;
+    double const spare = static_cast<double>(last.free) - static_cast<double>(last.written) - reserve;
+    return use_ == Use::working ? spare / 2 : spare;
 }
 
 std::optional<double> DiskRoom::seconds() const {

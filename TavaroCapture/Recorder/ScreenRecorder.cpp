@@ -3,6 +3,7 @@
 #include <TavaroCapture/Devices/Private/OpenSources.h>
 #include <TavaroCapture/Recorder/Private/RecordingsFolder.h>
 #include <TavaroCapture/Recorder/Private/Take.h>
+#include <TavaroCapture/Recorder/Private/TakeRoom.h>
 
 #include <fmt/format.h>
 
@@ -51,6 +52,7 @@ void ScreenRecorder::prepare(std::function<bool()> const& isGivenUp) {
     requireSound(options_);
     if (take() || sources_) return;
     recordingsFolderFor(options_.recordingsFolder);
+    expectRoomFor(options_.projectFolder);
     auto sources = openSources(options_, isGivenUp);
     limits_ = sources.events->limits();
     if (asksUser()) sources_ = std::make_unique<TakeSources>(std::move(sources));

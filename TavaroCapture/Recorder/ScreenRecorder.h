@@ -33,6 +33,8 @@ struct RecorderOptions {
     std::optional<CameraDeviceSource> camera;     // none: not recorded
     std::string soundServer;                      // as in `$PULSE_SERVER`; empty means that, or the session's own
     std::filesystem::path recordingsFolder; // where the working folder is made; empty means `folders::recordings()`
+    std::filesystem::path projectFolder;    // where the take's project will be made, as far as that is known: its disk
+                                            // needs room, too
     double segmentSeconds = 10;
     double checkpointSeconds = 0.5;
 };
@@ -44,7 +46,7 @@ struct RecorderProgress {
     std::int64_t droppedFrames = 0;  // frames that could not be taken or written in time
     std::int64_t repeatedFrames = 0; // of those written, how many stand for an unchanged screen
     bool isPaused = false;
-    std::optional<double> roomSeconds; // that the disk has room for; none before that can be told
+    std::optional<double> roomSeconds; // that its disks have room for; none before that can be told
     std::vector<SoundState> sounds;    // those that are recorded
     bool isScreenAway = false;         // it is not there, or has given no pictures for a second
     bool isCameraAway = false;         // one that is recorded gives no pictures

@@ -55,6 +55,7 @@ ScreenRecorder::Take::~Take() {
 
 void ScreenRecorder::Take::prepareFolder() {
     directory_ = recordingsFolderFor(options_.recordingsFolder) / recordingID_.text();
+    expectRoomFor(options_.projectFolder);
     std::error_code error;
     fs::create_directories(directory_, error);
     // What was on the screen and which keys were pressed is for nobody else, whatever file of it is made.
@@ -65,6 +66,7 @@ void ScreenRecorder::Take::prepareFolder() {
                            fmt::format("Could not write the recording: “{}” cannot be made{}.", directory_.string(),
                                        error ? " (" + systemReason(error.value()) + ")" : ""));
     FileDescriptor::syncFolderOf(directory_);
+    room_.emplace(directory_, options_.projectFolder);
     lookAtRoom();
 }
 
@@ -136,27 +138,17 @@ void ScreenRecorder::Take::keepOnDisk() {
         lookAtRoom();
         memory_.look();
     }
-    if (isEnding_ || !room_.isUsedUp()) return;
+    auto const full = isEnding_ ? std::nullopt : room_->usedUp();
+    if (!full) return;
     endEarly({CaptureError::Kind::diskFull,
               fmt::format("The disk of “{}” is nearly full. The take was ended while there was room to save it.",
-                          directory_.parent_path().string())});
+                          full->string())});
 }
 
 void ScreenRecorder::Take::lookAtRoom() {
-    std::error_code error;
-    auto const disk = fs::space(directory_, error);
-    if (error == std::errc::no_such_file_or_directory)
-        endEarly({CaptureError::Kind::writeFailed,
-                  fmt::format("Could not write the recording: its folder “{}” was removed.", directory_.string())});
-    if (error) return;
-    std::uintmax_t written = 0;
-    for (auto const& entry : fs::directory_iterator(directory_, error)) {
-        std::error_code gone;
-        auto const size = entry.file_size(gone);
-        if (!gone) written += size;
-    }
-    room_.note({clock_.elapsed(mediaClockNow()), written, disk.available, disk.capacity});
-    roomSeconds_ = room_.seconds().value_or(-1);
+    if (room_->look(clock_.elapsed(mediaClockNow()))) return;
+    endEarly({CaptureError::Kind::writeFailed,
+              fmt::format("Could not write the recording: its folder “{}” was removed.", directory_.string())});
 }
 
 /// By the screen's own queue, which a display that hangs may keep for long.
@@ -266,8 +258,8 @@ RecorderProgress ScreenRecorder::Take::progressNow() const {
                               .droppedFrames = droppedFrames_,
                               .repeatedFrames = repeatedFrames_,
                               .isPaused = clock_.isPaused(),
+                              .roomSeconds = room_->seconds(),
                               .isScreenAway = isScreenAway()};
-    if (double const room = roomSeconds_; room >= 0) progress.roomSeconds = room;
     for (auto const& stream : sideStreams_) {
         if (auto const sound = stream->sound()) progress.sounds.push_back(*sound);
         progress.isCameraAway = progress.isCameraAway || stream->isCameraAway();

@@ -19,6 +19,8 @@
 
 namespace tavaro {
 
+namespace fs = std::filesystem;
+
 /// What those who started the recording want of it next.
 struct RecordingJob::Orders {
     std::mutex mutex;
@@ -107,7 +109,9 @@ template<class Orders> MadeTake record(RecordingRequest const& request, Orders& 
     if (project.nameTaken == NameTaken::isNumbered) project.package = unusedFile(wanted);
     expectPlaceFor(project.package);
     for (auto const& problem : RecoveryStore::pruneOldRecordings().problems) reporter.remark(problem);
-    ScreenRecorder recorder(request.recorder);
+    auto options = request.recorder;
+    options.projectFolder = fs::absolute(project.package).parent_path();
+    ScreenRecorder recorder(options);
     prepare(recorder, request, orders, reporter);
     countDown(request, orders, reporter);
     recorder.start();

@@ -6,10 +6,16 @@
 
 namespace tavaro {
 
-/// How long a take can go on until its disk is too full to save it. Its streams are joined into files of their own
-/// before the segments go, so all that was written is needed once more.
+/// How long a take can go on until a disk is too full to save it.
 class DiskRoom {
 public:
+    enum class Use {
+        working, // it is recorded there: streams are joined into files of their own before the segments go, so all that
+                 // was written is needed once more
+        keeping, // it comes there when it is over: all that was written is needed there
+    };
+    explicit DiskRoom(Use use = Use::working) : use_(use) {}
+
     struct State {
         double at = 0;             // seconds of recording, pauses left out
         std::uint64_t written = 0; // by the take, in bytes
@@ -29,6 +35,7 @@ private:
     double room() const;
     double rate() const;
 
+    Use use_;
     std::deque<State> states_; // of the last half minute
 };
 

@@ -3,9 +3,9 @@
 #include <TavaroCapture/Events/Private/EventRecorder.h>
 #include <TavaroCapture/Events/Private/TakeClock.h>
 #include <TavaroCapture/Recorder/Private/Absences.h>
-#include <TavaroCapture/Recorder/Private/DiskRoom.h>
 #include <TavaroCapture/Recorder/Private/MemoryPressure.h>
 #include <TavaroCapture/Recorder/Private/SideStream.h>
+#include <TavaroCapture/Recorder/Private/TakeRoom.h>
 #include <TavaroCapture/Recorder/Private/TakeSources.h>
 #include <TavaroCapture/Recorder/ScreenRecorder.h>
 #include <TavaroCapture/Recovery/Private/MetadataCheckpoints.h>
@@ -116,10 +116,9 @@ private:
     std::shared_ptr<LevelLog> micLevels_ = std::make_shared<LevelLog>();
     std::unique_ptr<MetadataCheckpoints> checkpoints_;
     std::unique_ptr<StreamSync> streamSync_; // the disk queue's, as the room
-    DiskRoom room_;
+    std::optional<TakeRoom> room_;
     MemoryPressure memory_;
     std::int64_t syncs_ = 0;
-    std::atomic<double> roomSeconds_ = -1; // below 0: not known yet
     SerialQueue diskQueue_{"com.tavaro.capture.disk"};
     SerialQueue screenQueue_{"com.tavaro.capture.screen", SerialQueue::Urgency::prompt};
 };

@@ -22,6 +22,16 @@ TEST(DiskRoom, whatWasWrittenIsNeededOnceMore) {
     EXPECT_TRUE(room.isUsedUp()) << "two and a half seconds before the last that could be saved";
 }
 
+TEST(DiskRoom, onTheDiskThatATakeIsMovedToItIsNeededOnce) {
+    DiskRoom room(DiskRoom::Use::keeping);
+    for (std::uint64_t second = 0; second <= 100; ++second)
+        room.note({static_cast<double>(second), second * megabyte, 208 * megabyte, 1024 * megabyte});
+    EXPECT_NEAR(room.seconds().value_or(0), 100, 1);
+    EXPECT_FALSE(room.isUsedUp());
+    room.note({101, 198 * megabyte, 208 * megabyte, 1024 * megabyte});
+    EXPECT_TRUE(room.isUsedUp());
+}
+
 TEST(DiskRoom, aScreenThatNeverChangesAndATakeThatIsPausedHaveRoomEnough) {
     DiskRoom room;
     for (int i = 0; i < 3; ++i) room.note({10, megabyte, 100 * megabyte, 1024 * megabyte});

@@ -262,6 +262,29 @@ TEST_F(ScreenRecorderTest, aDiskThatRunsFullEndsTheTakeWhileItCanBeSaved) {
     EXPECT_THROW(ScreenRecorder(small).start(), CaptureError) << "what is recorded now could not be saved";
 }
 
+TEST_F(ScreenRecorderTest, theDiskThatTheProjectComesToEndsTheTakeTooAndIsNamed) {
+    auto away = options();
+    auto const place = recordings.path() / "stick";
+    away.projectFolder = place / "made later";
+    SmallDisk const disk(place, "size=24m");
+    if (!disk.isMounted()) GTEST_SKIP() << "no right to mount a small disk";
+    {
+        ScreenRecorder recorder(away);
+        recorder.start();
+        recordUntil(recorder, 0.5);
+        EXPECT_FALSE(recorder.waitForEnd(0ms));
+        disk.fill(1 << 20);
+        EXPECT_TRUE(eventually([&] { return recorder.waitForEnd(5ms); }));
+        auto const take = recorder.stop();
+        EXPECT_NE(take.endedEarly.value_or("").find("The disk of “" + away.projectFolder.string() + "” is nearly full"),
+                  std::string::npos)
+            << take.endedEarly.value_or("");
+        EXPECT_GT(take.duration, 0.4);
+    }
+    EXPECT_THROW(ScreenRecorder(away).prepare(), CaptureError);
+    EXPECT_THROW(ScreenRecorder(away).start(), CaptureError);
+}
+
 TEST_F(ScreenRecorderTest, aDiskThatOthersFillEndsTheTakeWithASentenceAndKeepsWhatWasThere) {
     auto small = options();
     small.recordingsFolder = recordings.path() / "disk";
