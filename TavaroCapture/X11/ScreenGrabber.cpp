@@ -7,6 +7,7 @@
 
 #include <charconv>
 #include <cstring>
+#include <fmt/format.h>
 
 namespace tavaro::x11 {
 
@@ -87,7 +88,18 @@ ScreenGrabber::~ScreenGrabber() = default;
 Size2 ScreenGrabber::size() const { return {state_->target->frame().width, state_->target->frame().height}; }
 PixelRect ScreenGrabber::frame() const { return state_->target->frame(); }
 double ScreenGrabber::scaleFactor() const { return state_->scaleFactor; }
-std::optional<std::string> ScreenGrabber::remark() const { return state_->target->remark(); }
+
+/// A film has one scale.
+std::optional<std::string> ScreenGrabber::remark() const {
+    auto& s = *state_;
+    auto const remark = s.target->remark();
+    double const now = s.connection.isAlive() ? readScaleFactor(s.connection) : s.scaleFactor;
+    if (now == s.scaleFactor) return remark;
+    auto const scaled = fmt::format("The desktop's scale went from {:.3g} to {:.3g} while it was filmed; the film's "
+                                    "pointer has the size that it had at the start.",
+                                    s.scaleFactor, now);
+    return remark ? *remark + " " + scaled : scaled;
+}
 
 ImageView ScreenGrabber::picture() const {
     auto const frame = state_->target->frame();

@@ -175,6 +175,26 @@ TEST_F(ScreenGrabberTest, aDisplayIsFollowedToWhereItIsPutAndAwayWhileItIsNotThe
     EXPECT_EQ(area.remark(), std::nullopt);
 }
 
+TEST_F(ScreenGrabberTest, aDesktopThatIsScaledAnewWhileItIsFilmedIsSaid) {
+    auto const scale = [&](std::string const& resources) {
+        auto& connection = client->connection();
+        xcb_change_property(connection.get(), XCB_PROP_MODE_REPLACE, connection.root(), XCB_ATOM_RESOURCE_MANAGER,
+                            XCB_ATOM_STRING, 8, static_cast<std::uint32_t>(resources.size()), resources.data());
+        connection.synchronize();
+    };
+    scale("Xft.dpi:\t96\n");
+    ScreenGrabber grabber(DisplaySource{}, display->name());
+    EXPECT_EQ(grabber.remark(), std::nullopt);
+    scale("Xft.dpi:\t144\n");
+    EXPECT_EQ(grabber.remark(),
+              "The desktop's scale went from 1 to 1.5 while it was filmed; the film's pointer has the "
+              "size that it had at the start.");
+    EXPECT_EQ(grabber.scaleFactor(), 1);
+    display->kill();
+    EXPECT_TRUE(eventually([&] { return grabber.grab(0) == Outcome::lost; }));
+    EXPECT_EQ(grabber.remark(), std::nullopt) << "a display that is gone tells nothing";
+}
+
 TEST_F(ScreenGrabberTest, anApplicationShowsItsDialogsOverItsWindow) {
     client->makeWindow({.frame = {50, 40, 200, 100}, .windowClass = "Filmed", .color = 0x00ff00});
     ScreenGrabber grabber(ApplicationSource{"filmed"}, display->name());
