@@ -108,11 +108,13 @@ private:
 /// An application whose calls take until it is let go, or their client is gone.
 struct SlowApplication final : BridgeApplication {
     std::atomic<bool> mayAnswer = false;
+    std::atomic<bool> isStuck = false; // it does not see that the client is gone
     std::atomic<int> begun = 0, abandoned = 0;
 
     ToolResult answer(BridgeRequest request, BridgeClient& client) override {
         ++begun;
         while (!mayAnswer && client.isConnected()) std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        while (isStuck) std::this_thread::sleep_for(std::chrono::milliseconds(5));
         if (!mayAnswer) ++abandoned;
         return toolResult::ok(request.client + " " + request.tool);
     }
@@ -238,10 +240,13 @@ TEST_F(ServerProgram, aLineCostsItsLengthAFewTimesAndNoTreeOfWhatItHolds) {
 TEST_F(ServerProgram, whenTheApplicationGoesMidCallTheServerSaysSoAndGoesOn) {
     ServerProcess server;
     beginCall(server);
-    bridge.reset();
+    application.isStuck = true; // or it would have the time to answer
+    std::thread going([&] { bridge.reset(); });
     std::string line;
     while ((line = server.hear()).find("progressToken") != line.npos) {
     }
+    application.isStuck = false;
+    going.join();
     EXPECT_THAT(line, HasSubstr(R"("code":"interrupted")"));
     server.say(ping);
     EXPECT_EQ(server.hear(), pong);
