@@ -2,6 +2,7 @@
 
 #include <TavaroAutomation/Errors/AutomationError.h>
 #include <TavaroCapture/Accessibility/BusConnection.h>
+#include <TavaroCore/Files/ReleaseWith.h>
 
 #include <algorithm>
 #include <array>
@@ -23,10 +24,7 @@ constexpr char const* application = "org.a11y.atspi.Application";
 constexpr char const* properties = "org.freedesktop.DBus.Properties";
 constexpr char const* rootPath = "/org/a11y/atspi/accessible/root";
 
-struct FreeMessage {
-    void operator()(sd_bus_message* message) const { sd_bus_message_unref(message); }
-};
-using Message = std::unique_ptr<sd_bus_message, FreeMessage>;
+using Message = std::unique_ptr<sd_bus_message, ReleaseWith<sd_bus_message_unref>>;
 
 using Microseconds = std::chrono::duration<std::uint64_t, std::micro>;
 

@@ -18,10 +18,6 @@ using Microseconds = std::chrono::duration<std::uint64_t, std::micro>;
 constexpr Microseconds connecting = std::chrono::seconds(2);
 constexpr Microseconds glance = std::chrono::milliseconds(50);
 
-struct FreeMessage {
-    void operator()(sd_bus_message* message) const { sd_bus_message_unref(message); }
-};
-
 int onAddress(sd_bus_message* answer, void* data, sd_bus_error* /*error*/) {
     auto& address = *static_cast<std::optional<std::string>*>(data);
     char const* text = "";

@@ -1,5 +1,6 @@
 #include <TavaroCapture/Secrets/Private/FieldFocus.h>
 
+#include <TavaroCore/Files/ReleaseWith.h>
 #include <TavaroPlatform/Clocks/MediaClock.h>
 
 #include <algorithm>
@@ -27,10 +28,7 @@ constexpr double searchSeconds = 1;
 constexpr int mostSearched = 3000; // widgets
 constexpr int mostChildren = 500;  // a table may say that it has billions
 
-struct FreeMessage {
-    void operator()(sd_bus_message* message) const { sd_bus_message_unref(message); }
-};
-using Message = std::unique_ptr<sd_bus_message, FreeMessage>;
+using Message = std::unique_ptr<sd_bus_message, ReleaseWith<sd_bus_message_unref>>;
 
 /// A widget, by its program's name on the bus and its own path.
 struct Widget {

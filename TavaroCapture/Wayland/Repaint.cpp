@@ -2,6 +2,7 @@
 
 #include <TavaroCapture/Wayland/Private/LayerShell.h>
 #include <TavaroCore/Files/FileDescriptor.h>
+#include <TavaroCore/Files/ReleaseWith.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -15,16 +16,13 @@ namespace tavaro::wayland {
 
 namespace {
 
-template<auto release> struct Release {
-    void operator()(auto* handle) const { release(handle); }
-};
-using Display = std::unique_ptr<wl_display, Release<wl_display_disconnect>>;
-using Registry = std::unique_ptr<wl_registry, Release<wl_registry_destroy>>;
-using Compositor = std::unique_ptr<wl_compositor, Release<wl_compositor_destroy>>;
-using SharedMemory = std::unique_ptr<wl_shm, Release<wl_shm_destroy>>;
-using Output = std::unique_ptr<wl_output, Release<wl_output_destroy>>;
-using Buffer = std::unique_ptr<wl_buffer, Release<wl_buffer_destroy>>;
-using Surface = std::unique_ptr<wl_surface, Release<wl_surface_destroy>>;
+using Display = std::unique_ptr<wl_display, ReleaseWith<wl_display_disconnect>>;
+using Registry = std::unique_ptr<wl_registry, ReleaseWith<wl_registry_destroy>>;
+using Compositor = std::unique_ptr<wl_compositor, ReleaseWith<wl_compositor_destroy>>;
+using SharedMemory = std::unique_ptr<wl_shm, ReleaseWith<wl_shm_destroy>>;
+using Output = std::unique_ptr<wl_output, ReleaseWith<wl_output_destroy>>;
+using Buffer = std::unique_ptr<wl_buffer, ReleaseWith<wl_buffer_destroy>>;
+using Surface = std::unique_ptr<wl_surface, ReleaseWith<wl_surface_destroy>>;
 struct DestroyLayer {
     void operator()(auto* handle) const { layerShell::destroy(handle); }
 };

@@ -2,6 +2,7 @@
 
 #include <TavaroCapture/Sources/CaptureError.h>
 #include <TavaroCore/Errors/SystemReason.h>
+#include <TavaroCore/Files/ReleaseWith.h>
 
 #include <algorithm>
 #include <chrono>
@@ -26,12 +27,9 @@ constexpr char const* screenCast = "org.freedesktop.portal.ScreenCast";
 constexpr auto longestCall = 10s; // a portal that is not running is started first
 constexpr auto longestAnswer = 120s;
 
-template<auto release> struct Release {
-    void operator()(auto* handle) const { release(handle); }
-};
-using Bus = std::unique_ptr<sd_bus, Release<sd_bus_close_unref>>;
-using Message = std::unique_ptr<sd_bus_message, Release<sd_bus_message_unref>>;
-using Slot = std::unique_ptr<sd_bus_slot, Release<sd_bus_slot_unref>>;
+using Bus = std::unique_ptr<sd_bus, ReleaseWith<sd_bus_close_unref>>;
+using Message = std::unique_ptr<sd_bus_message, ReleaseWith<sd_bus_message_unref>>;
+using Slot = std::unique_ptr<sd_bus_slot, ReleaseWith<sd_bus_slot_unref>>;
 
 [[noreturn]] void fail(std::string const& reason) {
     throw CaptureError(CaptureError::Kind::unsupported,

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <TavaroCore/Files/FileDescriptor.h>
+#include <TavaroCore/Files/ReleaseWith.h>
 
 #include <chrono>
 #include <cstdint>
@@ -15,13 +16,10 @@
 /// The handles of libpipewire and a connection to a PipeWire server. For the sources of this library only.
 namespace tavaro::pipewire {
 
-template<auto release> struct Release {
-    void operator()(auto* handle) const { release(handle); }
-};
-using Loop = std::unique_ptr<pw_loop, Release<pw_loop_destroy>>;
-using Context = std::unique_ptr<pw_context, Release<pw_context_destroy>>;
-using Core = std::unique_ptr<pw_core, Release<pw_core_disconnect>>;
-using Stream = std::unique_ptr<pw_stream, Release<pw_stream_destroy>>;
+using Loop = std::unique_ptr<pw_loop, ReleaseWith<pw_loop_destroy>>;
+using Context = std::unique_ptr<pw_context, ReleaseWith<pw_context_destroy>>;
+using Core = std::unique_ptr<pw_core, ReleaseWith<pw_core_disconnect>>;
+using Stream = std::unique_ptr<pw_stream, ReleaseWith<pw_stream_destroy>>;
 struct ReleaseProxy {
     void operator()(auto* handle) const { pw_proxy_destroy(reinterpret_cast<pw_proxy*>(handle)); }
 };

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <TavaroCore/Files/ReleaseWith.h>
+
 #include <chrono>
 #include <functional>
 #include <memory>
@@ -12,19 +14,16 @@
 /// The handles of libpulse and a connection to a sound server. For the sources of this library only.
 namespace tavaro::pulse {
 
-template<auto release> struct Release {
-    void operator()(auto* handle) const { release(handle); }
-};
 template<auto part, auto release> struct PartAndRelease {
     void operator()(auto* handle) const {
         part(handle);
         release(handle);
     }
 };
-using Loop = std::unique_ptr<pa_mainloop, Release<pa_mainloop_free>>;
+using Loop = std::unique_ptr<pa_mainloop, ReleaseWith<pa_mainloop_free>>;
 using Context = std::unique_ptr<pa_context, PartAndRelease<pa_context_disconnect, pa_context_unref>>;
 using Stream = std::unique_ptr<pa_stream, PartAndRelease<pa_stream_disconnect, pa_stream_unref>>;
-using Operation = std::unique_ptr<pa_operation, Release<pa_operation_unref>>;
+using Operation = std::unique_ptr<pa_operation, ReleaseWith<pa_operation_unref>>;
 
 /// A source of the server: a microphone, or what one of its outputs plays.
 struct SourceInfo {

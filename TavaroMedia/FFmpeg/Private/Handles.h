@@ -1,5 +1,7 @@
 #pragma once
 
+#include <TavaroCore/Files/ReleaseWith.h>
+
 #include <memory>
 
 extern "C" {
@@ -17,12 +19,9 @@ namespace tavaro::ffmpeg {
 template<auto release> struct ReleaseByAddress {
     void operator()(auto* handle) const { release(&handle); }
 };
-template<auto release> struct Release {
-    void operator()(auto* handle) const { release(handle); }
-};
 
 using Input = std::unique_ptr<AVFormatContext, ReleaseByAddress<avformat_close_input>>;
-using Output = std::unique_ptr<AVFormatContext, Release<avformat_free_context>>;
+using Output = std::unique_ptr<AVFormatContext, ReleaseWith<avformat_free_context>>;
 using CodecContext = std::unique_ptr<AVCodecContext, ReleaseByAddress<avcodec_free_context>>;
 using Frame = std::unique_ptr<AVFrame, ReleaseByAddress<av_frame_free>>;
 using Packet = std::unique_ptr<AVPacket, ReleaseByAddress<av_packet_free>>;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <TavaroCore/Files/ReleaseWith.h>
+
 #include <archive.h>
 #include <archive_entry.h>
 
@@ -10,9 +12,6 @@
 /// The handles of libarchive; for sources of this folder only.
 namespace tavaro {
 
-template<auto release> struct ReleaseWith {
-    void operator()(auto* handle) const { release(handle); }
-};
 using ArchiveWriter = std::unique_ptr<archive, ReleaseWith<archive_write_free>>;
 using ArchiveReader = std::unique_ptr<archive, ReleaseWith<archive_read_free>>;
 using ArchiveEntry = std::unique_ptr<archive_entry, ReleaseWith<archive_entry_free>>;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <TavaroCore/Files/ReleaseWith.h>
+
 #include <memory>
 
 #include <cairo.h>
@@ -8,20 +10,16 @@
 /// Owned handles of Cairo and Pango. For the sources of this library alone.
 namespace tavaro {
 
-template<auto release> struct ReleaseHandle {
-    void operator()(auto* handle) const { release(handle); }
-};
-
-using CairoContext = std::unique_ptr<cairo_t, ReleaseHandle<cairo_destroy>>;
-using CairoSurface = std::unique_ptr<cairo_surface_t, ReleaseHandle<cairo_surface_destroy>>;
-using CairoPattern = std::unique_ptr<cairo_pattern_t, ReleaseHandle<cairo_pattern_destroy>>;
-using CairoFontOptions = std::unique_ptr<cairo_font_options_t, ReleaseHandle<cairo_font_options_destroy>>;
-using PangoMap = std::unique_ptr<PangoFontMap, ReleaseHandle<g_object_unref>>;
-using PangoContextHandle = std::unique_ptr<PangoContext, ReleaseHandle<g_object_unref>>;
-using PangoLayoutHandle = std::unique_ptr<PangoLayout, ReleaseHandle<g_object_unref>>;
-using PangoFontHandle = std::unique_ptr<PangoFont, ReleaseHandle<g_object_unref>>;
-using PangoDescription = std::unique_ptr<PangoFontDescription, ReleaseHandle<pango_font_description_free>>;
-using PangoAttributes = std::unique_ptr<PangoAttrList, ReleaseHandle<pango_attr_list_unref>>;
-using PangoLines = std::unique_ptr<PangoLayoutIter, ReleaseHandle<pango_layout_iter_free>>;
+using CairoContext = std::unique_ptr<cairo_t, ReleaseWith<cairo_destroy>>;
+using CairoSurface = std::unique_ptr<cairo_surface_t, ReleaseWith<cairo_surface_destroy>>;
+using CairoPattern = std::unique_ptr<cairo_pattern_t, ReleaseWith<cairo_pattern_destroy>>;
+using CairoFontOptions = std::unique_ptr<cairo_font_options_t, ReleaseWith<cairo_font_options_destroy>>;
+using PangoMap = std::unique_ptr<PangoFontMap, ReleaseWith<g_object_unref>>;
+using PangoContextHandle = std::unique_ptr<PangoContext, ReleaseWith<g_object_unref>>;
+using PangoLayoutHandle = std::unique_ptr<PangoLayout, ReleaseWith<g_object_unref>>;
+using PangoFontHandle = std::unique_ptr<PangoFont, ReleaseWith<g_object_unref>>;
+using PangoDescription = std::unique_ptr<PangoFontDescription, ReleaseWith<pango_font_description_free>>;
+using PangoAttributes = std::unique_ptr<PangoAttrList, ReleaseWith<pango_attr_list_unref>>;
+using PangoLines = std::unique_ptr<PangoLayoutIter, ReleaseWith<pango_layout_iter_free>>;
 
 }
