@@ -1,22 +1,17 @@
 #include <TavaroCapture/Input/Private/CompositorKeymap.h>
 
+#include <TavaroCapture/Compositor/Private/Connection.h>
 #include <TavaroCore/Files/FileDescriptor.h>
 
-#include <algorithm>
 #include <chrono>
-#include <cstdarg>
 #include <cstring>
-#include <poll.h>
 #include <string_view>
 #include <sys/mman.h>
 #include <utility>
-#include <wayland-client.h>
 
 namespace tavaro::input {
 
 namespace {
-
-using Clock = std::chrono::steady_clock;
 
 constexpr std::chrono::seconds patience{1};
 constexpr std::uint32_t largestKeymap = 4 << 20; // bytes; usual ones have 60,000
@@ -35,26 +30,22 @@ std::string keymapText(int file, std::uint32_t size) {
 }
 
 struct CompositorKeymap::State {
-    wl_display* display = nullptr;
+    compositor::Connection desktop;
     wl_registry* registry = nullptr;
     wl_seat* seat = nullptr;
     wl_keyboard* keyboard = nullptr;
-    bool isAnswered = false; // everything asked before
     std::optional<std::string> keymap;
 
-    State() : display(wl_display_connect(nullptr)) {}
+    State() = default;
     ~State() {
         if (keyboard) wl_keyboard_destroy(keyboard);
         if (seat) wl_seat_destroy(seat);
         if (registry) wl_registry_destroy(registry);
-        if (display) wl_display_disconnect(display);
     }
     State(State const&) = delete;
     State& operator=(State const&) = delete;
 
     bool ask();
-    bool await(Clock::time_point until);
-    bool listen(int milliseconds) const;
 
     static void onGlobal(void* here, wl_registry* registry, std::uint32_t name, char const* interface,
                          std::uint32_t version);
@@ -99,53 +90,25 @@ void CompositorKeymap::State::onKeymap(void* here, wl_keyboard* /*keyboard*/, st
 /// For the seats, then for their keyboards, then for their keymaps: each comes as an answer to the one before.
 bool CompositorKeymap::State::ask() {
     static constexpr wl_registry_listener listener{onGlobal, [](void*, wl_registry*, std::uint32_t) {}};
-    auto const until = Clock::now() + patience;
-    registry = wl_display_get_registry(display);
+    auto const until = compositor::Connection::Clock::now() + patience;
+    registry = wl_display_get_registry(desktop.get());
     wl_registry_add_listener(registry, &listener, this);
     for (int answer = 0; answer < 3; ++answer)
-        if (!await(until)) return false;
+        if (!desktop.settle(until)) return false;
     return keymap.has_value();
 }
 
-/// Until everything asked so far is answered.
-bool CompositorKeymap::State::await(Clock::time_point until) {
-    static constexpr wl_callback_listener listener{
-        [](void* here, wl_callback*, std::uint32_t) { static_cast<State*>(here)->isAnswered = true; }};
-    isAnswered = false;
-    auto* const answer = wl_display_sync(display);
-    wl_callback_add_listener(answer, &listener, this);
-    bool isAlive = true;
-    while (isAlive && !isAnswered && Clock::now() < until) {
-        auto const left = std::chrono::ceil<std::chrono::milliseconds>(until - Clock::now()).count();
-        isAlive = listen(static_cast<int>(std::max<std::int64_t>(left, 0)));
-    }
-    wl_callback_destroy(answer);
-    return isAlive && isAnswered;
-}
-
-bool CompositorKeymap::State::listen(int milliseconds) const {
-    while (wl_display_prepare_read(display) != 0) wl_display_dispatch_pending(display);
-    wl_display_flush(display);
-    pollfd news{wl_display_get_fd(display), POLLIN, 0};
-    if (::poll(&news, 1, milliseconds) > 0)
-        wl_display_read_events(display);
-    else
-        wl_display_cancel_read(display);
-    return wl_display_dispatch_pending(display) >= 0 && wl_display_get_error(display) == 0;
-}
-
 std::unique_ptr<CompositorKeymap> CompositorKeymap::open() {
-    wl_log_set_handler_client([](char const*, va_list) {}); // what fails is seen by its result
     auto state = std::make_unique<State>();
-    if (!state->display || !state->ask()) return nullptr;
+    if (!state->desktop.isOpen() || !state->ask()) return nullptr;
     return std::unique_ptr<CompositorKeymap>(new CompositorKeymap(std::move(state)));
 }
 
 CompositorKeymap::CompositorKeymap(std::unique_ptr<State> state) : state_(std::move(state)) {}
 CompositorKeymap::~CompositorKeymap() = default;
 
-int CompositorKeymap::descriptor() const { return wl_display_get_fd(state_->display); }
-bool CompositorKeymap::listen() { return state_->listen(0); }
+int CompositorKeymap::descriptor() const { return state_->desktop.descriptor(); }
+bool CompositorKeymap::listen() { return state_->desktop.letIn(); }
 std::optional<std::string> CompositorKeymap::take() { return std::exchange(state_->keymap, std::nullopt); }
 
 }

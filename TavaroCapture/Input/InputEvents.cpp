@@ -45,8 +45,18 @@ InputEvents::~InputEvents() { stop(); }
 void InputEvents::start(EventHandlers handlers) {
     handlers_ = std::move(handlers);
     startedAt_ = mediaClockNow();
-    desktop_->start(handlers_);
+    auto passedOn = handlers_;
+    passedOn.frontmost = [this](FrontWindow const& window) {
+        noteFront(window);
+        handlers_.frontmost(window);
+    };
+    desktop_->start(std::move(passedOn));
     queue_.async([this] { run(); });
+}
+
+void InputEvents::noteFront(FrontWindow const& window) {
+    std::lock_guard const guard(frontLock_);
+    front_ = window.application ? std::optional(window.application->name) : std::nullopt;
 }
 
 void InputEvents::stop() {
@@ -115,10 +125,13 @@ void InputEvents::placeButton(InputEvent const& event) {
     auto const point = desktop_->pointer();
     auto const button = buttonOf(event.code);
     if (!point || !button) return;
-    if (event.kind == InputEvent::Kind::buttonPress)
-        handlers_.press(event.at, {.button = *button, .point = *point});
-    else
-        handlers_.release(event.at, *button, *point);
+    if (event.kind == InputEvent::Kind::buttonRelease) return handlers_.release(event.at, *button, *point);
+    EventHandlers::ButtonPress press{.button = *button, .point = *point};
+    {
+        std::lock_guard const guard(frontLock_);
+        press.application = front_;
+    }
+    handlers_.press(event.at, std::move(press));
 }
 
 }

@@ -34,12 +34,14 @@ void GuardedEvents::start(EventHandlers handlers) {
     auto passedOn = handlers_;
     passedOn.frontmost = [this](FrontWindow window) {
         front_ = window.process;
+        isFrontSecret_ = window.asksForSecret;
+        if (window.asksForSecret) wasFrontSecret_ = true;
         handlers_.frontmost(std::move(window));
     };
     passedOn.key = [this](double at, Chord chord) {
         if ((keys_.logging == KeyLogging::shortcuts && !chord.isShortcut()) || chord == keys_.never) return;
         std::lock_guard const lock(arriving_);
-        arrived_.push_back({at, std::move(chord), front_, mediaClockNow()});
+        arrived_.push_back({at, std::move(chord), front_, mediaClockNow(), isFrontSecret_});
         wake_.ring();
     };
     source_->start(std::move(passedOn));
@@ -95,7 +97,8 @@ void GuardedEvents::takeArrived() {
 
 /// Keys that are held while a secret is asked for are part of it, or near enough.
 void GuardedEvents::noteSecrets() {
-    bool const isSecret = focus_ && focus_->takeSecret();
+    bool const isFieldSecret = focus_ && focus_->takeSecret();
+    bool const isSecret = wasFrontSecret_.exchange(isFrontSecret_) || isFieldSecret;
     int process = -1;
     bool asks = false; // its terminal
     for (auto& key : held_) {

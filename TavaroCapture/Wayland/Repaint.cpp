@@ -1,12 +1,10 @@
 #include <TavaroCapture/Wayland/Private/Repaint.h>
 
+#include <TavaroCapture/Compositor/Private/Connection.h>
 #include <TavaroCapture/Wayland/Private/LayerShell.h>
 #include <TavaroCore/Files/FileDescriptor.h>
 #include <TavaroCore/Files/ReleaseWith.h>
 
-#include <algorithm>
-#include <cerrno>
-#include <poll.h>
 #include <string_view>
 #include <sys/mman.h>
 #include <unistd.h>
@@ -16,7 +14,6 @@ namespace tavaro::wayland {
 
 namespace {
 
-using Display = std::unique_ptr<wl_display, ReleaseWith<wl_display_disconnect>>;
 using Registry = std::unique_ptr<wl_registry, ReleaseWith<wl_registry_destroy>>;
 using Compositor = std::unique_ptr<wl_compositor, ReleaseWith<wl_compositor_destroy>>;
 using SharedMemory = std::unique_ptr<wl_shm, ReleaseWith<wl_shm_destroy>>;
@@ -50,7 +47,7 @@ struct Pixel {
 }
 
 struct Repaint::State {
-    Display display{wl_display_connect(nullptr)};
+    compositor::Connection desktop;
     Registry registry;
     Compositor compositor;
     SharedMemory memory;
@@ -61,8 +58,8 @@ struct Repaint::State {
 
     State() {
         static constexpr wl_registry_listener listener{.global = onGlobal, .global_remove = onGone};
-        if (!display) return;
-        registry.reset(wl_display_get_registry(display.get()));
+        if (!desktop.isOpen()) return;
+        registry.reset(wl_display_get_registry(desktop.get()));
         wl_registry_add_listener(registry.get(), &listener, this);
     }
 
@@ -87,22 +84,9 @@ struct Repaint::State {
     }
     static void onClosed(void* data, layerShell::Surface* /*layer*/) { static_cast<Pixel*>(data)->isPlaced = false; }
 
-    /// False when the compositor is gone.
-    bool letIn();
     void place(wl_output* output);
     void draw(Pixel const& on) const;
 };
-
-bool Repaint::State::letIn() {
-    while (wl_display_prepare_read(display.get()) != 0) wl_display_dispatch_pending(display.get());
-    pollfd waiting{wl_display_get_fd(display.get()), POLLIN, 0};
-    wl_display_flush(display.get());
-    if (::poll(&waiting, 1, 0) > 0)
-        wl_display_read_events(display.get());
-    else
-        wl_display_cancel_read(display.get());
-    return wl_display_dispatch_pending(display.get()) >= 0 && wl_display_get_error(display.get()) == 0;
-}
 
 void Repaint::State::place(wl_output* output) {
     static constexpr layerShell::Configuration listener{.configure = onConfigure, .closed = onClosed};
@@ -129,12 +113,12 @@ Repaint::Repaint() : state_(std::make_unique<State>()) {}
 
 Repaint::~Repaint() {
     state_->pixels.clear();
-    if (state_->display) wl_display_flush(state_->display.get());
+    if (state_->desktop.isOpen()) wl_display_flush(state_->desktop.get());
 }
 
 void Repaint::again() {
     auto& state = *state_;
-    if (!state.display || !state.letIn()) return;
+    if (!state.desktop.isOpen() || !state.desktop.letIn()) return;
     if (!state.shell || !state.compositor || !state.memory) return;
     if (!state.pixel) state.pixel = clearPixel(state.memory.get());
     if (!state.pixel) return;
@@ -142,7 +126,7 @@ void Repaint::again() {
         for (auto const& output : state.outputs) state.place(output.get());
     for (auto const& pixel : state.pixels)
         if (pixel->isPlaced) state.draw(*pixel);
-    wl_display_flush(state.display.get());
+    wl_display_flush(state.desktop.get());
 }
 
 }

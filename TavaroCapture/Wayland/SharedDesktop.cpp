@@ -1,6 +1,7 @@
 #include <TavaroCapture/Wayland/Private/SharedDesktop.h>
 
 #include <TavaroCapture/Sources/CaptureError.h>
+#include <TavaroCapture/Wayland/Private/FrontWatch.h>
 #include <TavaroCapture/Wayland/Private/SharedScreen.h>
 
 #include <algorithm>
@@ -37,8 +38,12 @@ SharedScreen::Options optionsOf(CaptureSource const& source) {
                                    std::get<ApplicationSource>(source).name));
 }
 
-std::vector<std::string> limitsOf(PointerMode pointer) {
-    std::vector<std::string> result{"It does not tell which application is in front."};
+std::vector<std::string> limitsOf(PointerMode pointer, FrontWatch::Teller front) {
+    std::vector<std::string> result;
+    if (front == FrontWatch::Teller::programs)
+        result.emplace_back("It does not tell which application is in front: those do that tell of their widgets, and "
+                            "the take knows of no others.");
+    if (front == FrontWatch::Teller::nobody) result.emplace_back("It does not tell which application is in front.");
     if (pointer == PointerMode::hidden)
         result.emplace_back("It does not tell where the pointer is: the take does not show it.");
     if (pointer == PointerMode::embedded)
@@ -69,14 +74,15 @@ class Events final : public EventSource {
 public:
     explicit Events(std::shared_ptr<SharedScreen> shared) : shared_(std::move(shared)) {}
 
-    void start(EventHandlers /*handlers*/) override {}
-    void stop() override {}
+    void start(EventHandlers handlers) override { front_.start(std::move(handlers.frontmost)); }
+    void stop() override { front_.stop(); }
     bool hasKeyboard() const override { return false; }
     std::optional<PixelPoint> pointer() override { return shared_->pointer(); }
-    std::vector<std::string> limits() const override { return limitsOf(shared_->pointerMode()); }
+    std::vector<std::string> limits() const override { return limitsOf(shared_->pointerMode(), front_.teller()); }
 
 private:
     std::shared_ptr<SharedScreen> const shared_;
+    FrontWatch front_;
 };
 
 }
@@ -99,7 +105,7 @@ Shareable shareable() {
         if (abilities.has(ShareKind::window))
             result.windows.push_back({.window = 1, .title = "chosen when you are asked", .application = "a window"});
         result.tellsPointer = abilities.bestPointerMode() == PointerMode::metadata;
-        result.limits = limitsOf(abilities.bestPointerMode());
+        result.limits = limitsOf(abilities.bestPointerMode(), FrontWatch().teller());
         if (!abilities.has(ShareKind::window)) result.limits.emplace_back("It shares no single windows.");
     } catch (CaptureError const& error) {
         result.limits = {error.what()};

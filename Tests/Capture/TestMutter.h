@@ -16,6 +16,7 @@ public:
     static bool isInstalled();
     TestMutter(int width, int height);
 
+    TestSession& session() { return session_; }
     /// What is shared from now on: 1 the screen, 2 the window in front.
     void share(int kind);
     /// Of what is shared, in its pixels.

@@ -2,6 +2,7 @@
 
 #include "TestDisplay.h"
 
+#include <TavaroCapture/Accessibility/BusConnection.h>
 #include <TavaroCapture/PipeWire/Private/Connection.h>
 
 #include <algorithm>
@@ -88,6 +89,12 @@ TestSession::TestSession(Sound sound) {
         sound_.emplace(std::vector<std::string>{"pipewire-pulse"}, folder() / "pipewire-pulse.log");
         expect(eventually([&] { return std::filesystem::exists(folder() / "pulse" / "native"); }), "pipewire-pulse");
     }
+}
+
+void TestSession::startAccessibility() {
+    accessibility_.emplace(std::vector<std::string>{"/usr/libexec/at-spi-bus-launcher", "--launch-immediately"},
+                           folder() / "accessibility.log");
+    expect(eventually([] { return !atspi::busAddress({}).empty(); }), "the bus of at-spi2-core");
 }
 
 }

@@ -51,6 +51,8 @@ public:
 
     std::filesystem::path const& folder() const { return folder_.path(); }
     void killServer() { server_.reset(); }
+    /// Has the session's bus for what programs say of their widgets, which those tell that are started after it.
+    void startAccessibility();
 
 private:
     TemporaryFolder folder_;
@@ -59,6 +61,7 @@ private:
     std::optional<TestProcess> server_;
     std::optional<TestProcess> links_;
     std::optional<TestProcess> sound_;
+    std::optional<TestProcess> accessibility_;
 };
 
 }

@@ -16,8 +16,11 @@ public:
     /// Of one screen of that size.
     TestSway(int width, int height);
 
+    TestSession& session() { return session_; }
     /// As one writes it for `swaymsg`.
     void order(std::string const& command) const;
+    /// Whether it does so: not where no window is meant.
+    bool obeys(std::string const& command) const;
     /// Along the top of the screen, of that colour ("ff0000"), until the next one or the end.
     void showBar(std::string const& colour);
     void kill() { compositor_.reset(); }

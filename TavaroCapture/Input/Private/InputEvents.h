@@ -12,11 +12,15 @@
 #include <deque>
 #include <functional>
 #include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
 
 namespace tavaro::input {
 
 /// What a desktop tells of itself, with the clicks and keys of the input devices, which it keeps from programs. A click
-/// is where the pointer is by then; where the desktop does not tell that, there are none.
+/// is where the pointer is by then, and on the application that is in front by then, since it brings its window there;
+/// where the desktop does not tell where the pointer is, there are none.
 class InputEvents final : public EventSource {
 public:
     /// A desktop tells where the pointer is with its next picture, which may be a frame late, and one more under way.
@@ -48,6 +52,8 @@ private:
     void placeButtons(double dueUntil);
     void placeButton(InputEvent const& event);
 
+    void noteFront(FrontWindow const& window);
+
     std::unique_ptr<EventSource> const desktop_;
     KeyLogging const keys_;
     std::function<bool()> const isAway_;
@@ -56,6 +62,8 @@ private:
     std::atomic<bool> hasKeyboard_ = false;
     std::atomic<bool> isEnding_ = false;
     Bell wake_;
+    std::mutex frontLock_;
+    std::optional<std::string> front_; // application; guarded by frontLock_
 
     // The queue's once it runs.
     std::unique_ptr<InputDevices> devices_;

@@ -37,6 +37,7 @@ public:
     void stop() override;
     void giveUp() override { source_->giveUp(); }
     bool hasKeyboard() const override { return source_->hasKeyboard(); }
+    bool knowsFront() const override { return source_->knowsFront(); }
     std::vector<std::string> limits() const override { return source_->limits(); }
     std::optional<PixelPoint> pointer() override { return source_->pointer(); }
 
@@ -65,6 +66,8 @@ private:
     LoggedKeys const keys_;
     EventHandlers handlers_;
     std::atomic<int> front_ = 0; // process
+    std::atomic<bool> isFrontSecret_ = false;
+    std::atomic<bool> wasFrontSecret_ = false; // since the held keys were looked at
     std::mutex arriving_;
     std::vector<HeldKey> arrived_; // guarded by arriving_
     Bell wake_;

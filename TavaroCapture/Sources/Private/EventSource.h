@@ -17,6 +17,8 @@ namespace tavaro {
 struct FrontWindow {
     std::optional<ApplicationIdentity> application; // none where there is no window, or nobody says whose it is
     int process = 0;                                // 0: unknown
+    bool asksForSecret = false;                     // it is known as a prompt for secrets
+    bool operator==(FrontWindow const&) const = default;
 };
 
 /// What the user does on the desktop, reported on the source's own thread as it happens. `at` is the moment on the

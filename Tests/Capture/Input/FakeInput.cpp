@@ -34,7 +34,7 @@ class Desktop final : public EventSource {
 public:
     explicit Desktop(std::shared_ptr<FakePointer> pointer) : pointer_(std::move(pointer)) {}
 
-    void start(EventHandlers /*handlers*/) override {}
+    void start(EventHandlers handlers) override { pointer_->told = std::move(handlers); }
     void stop() override {}
     bool hasKeyboard() const override { return false; }
     std::optional<PixelPoint> pointer() override {

@@ -38,11 +38,12 @@ std::unique_ptr<input::InputDevices> devicesOf(std::shared_ptr<FakeSeat> seat);
 struct FakePointer {
     std::mutex lock;
     std::optional<PixelPoint> point; // guarded by lock
+    EventHandlers told;              // whom the desktop tells of the rest, once it has begun
 
     void move(std::optional<PixelPoint> to);
 };
 
-/// A desktop that tells of its pointer and of nothing else.
+/// A desktop that tells of its pointer, and of nothing else by itself.
 std::unique_ptr<EventSource> desktopOf(std::shared_ptr<FakePointer> pointer);
 
 }

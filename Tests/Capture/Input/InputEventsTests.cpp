@@ -88,6 +88,23 @@ TEST_F(InputEventsTest, aClickIsWhereTheDesktopSaysThatThePointerIsByThen) {
     EXPECT_THAT(buttons, ElementsAre(MouseButton::left, MouseButton::right, MouseButton::middle, MouseButton::middle));
 }
 
+TEST_F(InputEventsTest, clicksAndKeysGoToTheApplicationInFront) {
+    begin();
+    pointer->move(PixelPoint{200, 150});
+    for (auto const* const name : {"Files", "Editor", ""}) {
+        pointer->told.frontmost(*name ? FrontWindow{.application = ApplicationIdentity{"org.example", name}}
+                                      : FrontWindow());
+        auto const clicks = log().clicks.size();
+        seat->pressButton(BTN_LEFT), seat->releaseButton(BTN_LEFT);
+        ASSERT_TRUE(hasClicks(clicks + 1));
+        seat->tap(KEY_A);
+        ASSERT_TRUE(hasKeys(clicks + 1));
+        EXPECT_EQ(log().clicks.back().application.value_or(""), name);
+        EXPECT_EQ(log().keystrokes.back().application.value_or(""), name);
+    }
+    EXPECT_THAT(log().appSpans, testing::SizeIs(2));
+}
+
 TEST_F(InputEventsTest, aPressThatTravelsIsADragToItsRelease) {
     begin();
     pointer->move(PixelPoint{200, 150});

@@ -29,7 +29,8 @@ struct FakeForm::State {
     int focused = -1;
     bool isActive = true;
     sd_bus* bus = nullptr;
-    std::string name;
+    std::string name; // on the bus
+    std::string title;
     std::atomic<bool> isOver = false;
     std::mutex mutex;
     std::condition_variable changed;
@@ -58,7 +59,7 @@ struct FakeForm::State {
         if (member == "GetChildren")
             appendChildren(reply, path);
         else if (member == "Get")
-            sd_bus_message_append(reply, "v", "i", path == windowPath ? static_cast<int>(fields.size()) : 0);
+            appendProperty(message, reply);
         else if (member == "GetState")
             appendStates(reply, field);
         else if (member == "GetRole")
@@ -82,6 +83,16 @@ struct FakeForm::State {
         sd_bus_message_close_container(reply);
     }
 
+    void appendProperty(sd_bus_message* message, sd_bus_message* reply) const {
+        char const *interface = "", *property = "";
+        sd_bus_message_read(message, "ss", &interface, &property);
+        bool const isWindow = sd_bus_message_get_path(message) == std::string_view(windowPath);
+        if (property == std::string_view("Name"))
+            sd_bus_message_append(reply, "v", "s", ((isWindow ? "The window of " : "") + title).c_str());
+        else
+            sd_bus_message_append(reply, "v", "i", isWindow ? static_cast<int>(fields.size()) : 0);
+    }
+
     void appendStates(sd_bus_message* reply, int field) const {
         constexpr std::uint32_t active = 1U << 1, isFocused = 1U << 12, showing = 1U << 25;
         bool const hasKeyboard = field >= 0 ? field == focused : isActive;
@@ -92,6 +103,11 @@ struct FakeForm::State {
     void emit(std::string const& path, char const* state, bool isSet) const {
         sd_bus_emit_signal(bus, path.c_str(), "org.a11y.atspi.Event.Object", "StateChanged", "siiva{sv}", state,
                            isSet ? 1 : 0, 0, "i", 0, 0);
+    }
+
+    /// As of windows.
+    void emit(char const* event) const {
+        sd_bus_emit_signal(bus, windowPath, "org.a11y.atspi.Event.Window", event, "siiva{sv}", "", 0, 0, "i", 0, 0);
     }
 
     void run() {
@@ -110,15 +126,17 @@ struct FakeForm::State {
     }
 };
 
-FakeForm::FakeForm(TestBus const& bus, std::vector<Field> fields) : state_(std::make_unique<State>()) {
+FakeForm::FakeForm(TestBus const& bus, std::vector<Field> fields, std::string const& name)
+    : state_(std::make_unique<State>()) {
     state_->fields = std::move(fields);
+    state_->title = name;
     sd_bus_new(&state_->bus);
     sd_bus_set_address(state_->bus, bus.address().c_str());
     sd_bus_set_bus_client(state_->bus, 1);
     sd_bus_start(state_->bus);
-    char const* name = "";
-    sd_bus_get_unique_name(state_->bus, &name);
-    state_->name = name;
+    char const* address = "";
+    sd_bus_get_unique_name(state_->bus, &address);
+    state_->name = address;
     // Programs are found by who lists them.
     sd_bus_request_name(state_->bus, "org.a11y.atspi.Registry", 0);
     sd_bus_add_filter(state_->bus, nullptr, State::onMessage, state_.get());
@@ -149,6 +167,14 @@ void FakeForm::activate(bool isActive) {
     soon([isActive](State& state) {
         state.isActive = isActive;
         state.emit(windowPath, "active", isActive);
+        state.emit(isActive ? "Activate" : "Deactivate");
+    });
+}
+
+void FakeForm::close() {
+    soon([](State& state) {
+        state.isActive = false;
+        state.emit("Destroy");
     });
 }
 

@@ -17,7 +17,8 @@ public:
         std::string text;
     };
 
-    FakeForm(TestBus const& bus, std::vector<Field> fields);
+    /// By that name its program calls itself.
+    FakeForm(TestBus const& bus, std::vector<Field> fields, std::string const& name = "form");
     ~FakeForm();
     FakeForm(FakeForm const&) = delete;
     FakeForm& operator=(FakeForm const&) = delete;
@@ -25,6 +26,8 @@ public:
     /// What happens in the program, each once it gets round to it.
     void focus(int field);
     void activate(bool isActive);
+    /// The window is gone, and nobody is told that it is not in front any more.
+    void close();
     /// No field has the keyboard any more, and nobody is told.
     void leave();
     void fill(int field, std::string const& text);

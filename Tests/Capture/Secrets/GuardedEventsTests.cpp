@@ -39,12 +39,14 @@ protected:
     void begin(KeyLogging keys = KeyLogging::all) {
         auto focus = std::make_unique<FieldFocus>(atspi::openBus(bus.address()));
         events.emplace(std::make_unique<TypedKeys>(keyboard), LoggedKeys{keys}, std::move(focus));
-        events->start({.key = [this](double at, Chord const& chord) {
-            std::lock_guard const lock(mutex);
-            EXPECT_TRUE(lastAt <= at);
-            lastAt = at;
-            if (!logged_.ends_with(chord.key)) logged_ += chord.key;
-        }});
+        events->start({.key =
+                           [this](double at, Chord const& chord) {
+                               std::lock_guard const lock(mutex);
+                               EXPECT_TRUE(lastAt <= at);
+                               lastAt = at;
+                               if (!logged_.ends_with(chord.key)) logged_ += chord.key;
+                           },
+                       .frontmost = [](FrontWindow const&) {}});
     }
     void type(std::string const& keys) {
         for (char const key : keys) keyboard.key(mediaClockNow(), {.key = std::string(1, key)});
@@ -185,6 +187,21 @@ TEST_F(GuardedEventsTest, aPromptThatIsGoneWithoutAWordKeepsNothingOutOfTheLog) 
     EXPECT_EQ(loggedUntil('b'), "ab");
     bus.kill();
     EXPECT_EQ(loggedUntil('d'), "abd") << "windows and terminals still tell";
+}
+
+TEST_F(GuardedEventsTest, noKeyIsLoggedWhileAPromptThatIsKnownAsSuchIsInFront) {
+    begin();
+    EXPECT_EQ(loggedUntil('a'), "a");
+    keyboard.frontmost({.asksForSecret = true});
+    type("secret");
+    for (int i = 0; i < 3; ++i) settle();
+    keyboard.frontmost({});
+    EXPECT_EQ(loggedUntil('b'), "ab");
+    type("secret");
+    keyboard.frontmost({.asksForSecret = true}); // and whoever is slow to see that has sent its first keys before
+    for (int i = 0; i < 3; ++i) settle();
+    keyboard.frontmost({});
+    EXPECT_EQ(loggedUntil('d'), "abd");
 }
 
 TEST_F(GuardedEventsTest, theEndOfTheTakeWaitsForNobodyAndKeepsWhatIsUnknownOut) {

@@ -1,13 +1,22 @@
 #include "SharedPictures.h"
 
+#include "../Input/FakeInput.h"
+#include "../TemporaryFolder.h"
+#include "../TestForm.h"
+#include "../TestKeyboard.h"
 #include "../TestMouse.h"
 #include "../TestSway.h"
 
 #include <TavaroCapture/Devices/ListSources.h>
+#include <TavaroCapture/Input/Private/InputEvents.h>
+#include <TavaroCapture/Secrets/Private/GuardedEvents.h>
 #include <TavaroCapture/Sources/CaptureError.h>
 #include <TavaroPlatform/Clocks/MediaClock.h>
 
 #include <gmock/gmock.h>
+#include <linux/input-event-codes.h>
+#include <mutex>
+#include <unistd.h>
 
 namespace tavaro::wayland {
 
@@ -23,7 +32,48 @@ protected:
         sway.emplace(320, 200);
     }
 
+    /// Once its window is there.
+    bool bringsToFront(std::string const& name) const {
+        return eventually([&] {
+            usleep(50'000);
+            return sway->obeys("[app_id=\"" + name + "\"] focus");
+        });
+    }
+
     std::optional<TestSway> sway;
+};
+
+/// What was told of the window in front, and of keys.
+class FrontLog {
+public:
+    EventHandlers handlers() {
+        return {.key =
+                    [this](double, Chord const& chord) {
+                        std::lock_guard const guard(lock_);
+                        keys_ += chord.key;
+                    },
+                .frontmost =
+                    [this](FrontWindow const& window) {
+                        std::lock_guard const guard(lock_);
+                        front_ = window.application ? window.application->name : "";
+                    }};
+    }
+    bool shows(std::string const& name) {
+        return eventually([&] {
+            usleep(5000);
+            std::lock_guard const guard(lock_);
+            return front_ == name;
+        });
+    }
+    std::string keys() {
+        std::lock_guard const guard(lock_);
+        return keys_;
+    }
+
+private:
+    std::mutex lock_;
+    std::string front_; // guarded by lock_, as the next
+    std::string keys_;
 };
 
 TEST_F(SwayTest, aScreenOnWhichNothingChangesHasAPictureWheneverItIsShared) {
@@ -81,12 +131,59 @@ TEST_F(SwayTest, aScreenThatChangesItsSizeGoesOnAndOneWhoseCompositorDiesIsLost)
     EXPECT_TRUE(eventually([&] { return desktop.screen->grab(mediaClockNow()) == ScreenSource::Outcome::lost; }));
 }
 
+TEST_F(SwayTest, theApplicationInFrontIsToldAsItChanges) {
+    TestForm one(sway->session(), "one");
+    std::optional<TestForm> two(std::in_place, sway->session(), "two");
+    auto const desktop = shareDesktop(DisplaySource{}, 60);
+    FrontLog log;
+    desktop.events->start(log.handlers());
+    ASSERT_TRUE(bringsToFront("one") && log.shows("one"));
+    ASSERT_TRUE(bringsToFront("two") && log.shows("two"));
+    two.reset();
+    EXPECT_TRUE(log.shows("one"));
+    desktop.events->stop();
+}
+
+TEST_F(SwayTest, noKeyIsLoggedWhileAPasswordFieldHasTheKeyboard) {
+    sway->session().startAccessibility();
+    TestKeyboard keyboard;
+    TestForm const form(sway->session(), "form", TestForm::Widgets::told);
+    ASSERT_TRUE(bringsToFront("form"));
+    auto const seat = std::make_shared<FakeSeat>();
+    // Of no processes, so that what else this machine runs asks for no secrets.
+    TemporaryFolder const processes;
+    GuardedEvents events(std::make_unique<input::InputEvents>(
+                             shareDesktop(DisplaySource{}, 60).events,
+                             input::InputEvents::Options{.devices = devicesOf(seat), .keymap = nullptr}),
+                         {}, std::make_unique<FieldFocus>(atspi::openBus(atspi::busAddress({}))),
+                         TerminalPrompts(processes.path()));
+    FrontLog log;
+    events.start(log.handlers());
+    ASSERT_TRUE(log.shows("form"));
+    auto const isLogged = [&](std::uint32_t key, std::string const& name) {
+        return eventually([&] {
+            seat->tap(key);
+            usleep(20'000);
+            return log.keys().ends_with(name);
+        });
+    };
+    EXPECT_TRUE(isLogged(KEY_A, "a"));
+    keyboard.tap(KEY_TAB); // to the password
+    usleep(300'000);
+    for (int i = 0; i < 5; ++i) seat->tap(KEY_S), usleep(50'000);
+    keyboard.tap(KEY_TAB); // and round to the open one
+    EXPECT_TRUE(isLogged(KEY_B, "b"));
+    EXPECT_EQ(log.keys().find('s'), std::string::npos) << log.keys();
+    events.stop();
+}
+
 TEST_F(SwayTest, whatItCannotGiveIsListed) {
     auto const all = listSources();
     ASSERT_EQ(all.displays.size(), 1u);
     EXPECT_THAT(all.windows, testing::IsEmpty());
     EXPECT_THAT(all.limits, Contains(HasSubstr("part of the picture")));
     EXPECT_THAT(all.limits, Contains(HasSubstr("no single windows")));
+    EXPECT_THAT(all.limits, testing::Not(Contains(HasSubstr("in front"))));
     EXPECT_THROW(shareDesktop(WindowSource{1}, 60), CaptureError);
 }
 
