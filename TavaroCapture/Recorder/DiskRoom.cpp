@@ -13,6 +13,7 @@ constexpr double lookAhead = 3; // seconds: what is written before the take has 
 }
 
 void DiskRoom::note(State const& state) {
+    if (!states_.empty() && states_.back().at >= state.at) states_.pop_back(); // while the take is paused
     states_.push_back(state);
     while (states_.front().at < state.at - longest) states_.pop_front();
 }

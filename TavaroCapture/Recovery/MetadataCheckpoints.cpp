@@ -6,6 +6,7 @@
 #include <TavaroPlatform/Queues/SerialQueue.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstdio>
 #include <fmt/format.h>
 #include <spdlog/spdlog.h>
@@ -46,6 +47,8 @@ struct MetadataCheckpoints::State {
     EventCounts sealed; // in the sealed files
     std::int64_t sealedParts = 0;
     bool hasFailed = false; // the last time
+    std::atomic<std::uint64_t> sealedBytes = 0;
+    std::atomic<std::uint64_t> restBytes = 0;
     SerialQueue queue{"com.tavaro.capture.checkpoint"};
 
     State(std::filesystem::path directory, TakeSnapshot take)
@@ -71,7 +74,9 @@ void MetadataCheckpoints::State::write() {
     Snapshot snapshot = take(sealed);
     try {
         if (total(snapshot.settled - sealed) >= sealedEvents) seal(snapshot);
-        writeFileAtomically(path(directory), encodeJSON(MetadataCheckpoint{sealedParts, std::move(snapshot.log)}));
+        auto const rest = encodeJSON(MetadataCheckpoint{sealedParts, std::move(snapshot.log)});
+        writeFileAtomically(path(directory), rest);
+        restBytes = rest.size();
         hasFailed = false;
     } catch (Error const& error) {
         if (std::exchange(hasFailed, true)) return;
@@ -83,10 +88,14 @@ void MetadataCheckpoints::State::write() {
 /// nothing.
 void MetadataCheckpoints::State::seal(Snapshot& snapshot) {
     auto const front = takeFirstEvents(snapshot.log, snapshot.settled - sealed);
-    writeFileAtomically(sealedPath(directory, sealedParts), encodeJSON(front));
+    auto const text = encodeJSON(front);
+    writeFileAtomically(sealedPath(directory, sealedParts), text);
+    sealedBytes += text.size();
     ++sealedParts;
     sealed = snapshot.settled;
 }
+
+std::uint64_t MetadataCheckpoints::written() const { return state_->sealedBytes + state_->restBytes; }
 
 std::filesystem::path MetadataCheckpoints::path(std::filesystem::path const& directory) {
     return directory / "metadata.json";

@@ -23,7 +23,7 @@ void StreamSegments::close(double start, double duration, std::function<void()> 
     manifest_->add(role_, closed_.back());
     inBackground([this, finishFile = std::move(finishFile)] {
         finishFile();
-        manifest_->write();
+        manifest_->writeIfDue();
     });
 }
 

@@ -58,9 +58,35 @@ void TakeManifest::complete() {
     record_.isComplete = true;
 }
 
-void TakeManifest::write() const {
+std::vector<TakeManifest::OpenSegment> TakeManifest::open() const {
+    std::lock_guard const guard(lock_);
+    std::vector<OpenSegment> result{{StreamRole::screen, std::ssize(record_.segments)}};
+    for (auto const& stream : record_.streams) result.push_back({stream.role, std::ssize(stream.segments)});
+    return result;
+}
+
+std::int64_t TakeManifest::segments() const {
+    std::int64_t result = 0;
+    for (auto const& stream : open()) result += stream.index;
+    return result;
+}
+
+void TakeManifest::write() {
     std::lock_guard const guard(writing_); // what was entered last is written last
-    writeManifest(directory_, record());
+    auto const now = record();
+    written_ = 0;
+    for (auto const& stream : streamsOf(now)) written_ += std::ssize(stream.segments);
+    writeManifest(directory_, now);
+}
+
+void TakeManifest::writeIfDue() {
+    constexpr std::int64_t leastShare = 64; // of the segments, one in so many
+    {
+        std::lock_guard const guard(writing_);
+        auto const all = segments();
+        if ((all - written_) * leastShare < all) return;
+    }
+    write();
 }
 
 }

@@ -2,6 +2,7 @@
 
 #include <TavaroCore/Recording/EventLists.h>
 
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -30,6 +31,9 @@ public:
 
     /// Writes a checkpoint now. Any thread but the checkpoint queue's and the log's.
     void writeNow();
+
+    /// Bytes in its files. Any thread.
+    std::uint64_t written() const;
 
     struct SavedLog {
         RecordingMetadata log; // up to the last checkpoint, as far as it can be read

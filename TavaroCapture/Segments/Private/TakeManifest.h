@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <functional>
 #include <mutex>
+#include <vector>
 
 namespace tavaro {
 
@@ -25,8 +26,18 @@ public:
     void add(StreamRole role, SegmentRecord segment);
     void complete();
 
+    /// Of each stream, the segment that is open.
+    struct OpenSegment {
+        StreamRole role = StreamRole::screen;
+        std::int64_t index = 0;
+    };
+    std::vector<OpenSegment> open() const;
+
     /// Writes what is entered now. Throws `FileError`.
-    void write() const;
+    void write();
+    /// The same, unless nearly all of it is written already: the manifest of a long take is large, and a segment that
+    /// is not in it is found by its file.
+    void writeIfDue();
     /// Runs steps after each other, in the order given. A step deals with its failures itself.
     void inBackground(std::function<void()> step) { queue_.async(std::move(step)); }
     /// Waits for the steps so far.
@@ -35,8 +46,11 @@ public:
     }
 
 private:
+    std::int64_t segments() const;
+
     std::filesystem::path const directory_;
-    std::mutex mutable writing_;
+    std::mutex writing_;
+    std::int64_t written_ = 0; // segments; guarded by writing_
     std::mutex mutable lock_;
     RecordingManifest record_; // guarded by lock_
     SerialQueue queue_{"com.tavaro.segments"};
