@@ -72,8 +72,9 @@ public:
     std::vector<double> heardMoments() const { return heard_->moments(); }
     std::vector<double> playedMoments() const { return played_->moments(); }
     std::vector<double> cameraMoments() const { return camera_->moments(); }
-    /// Whether what clicks got the processor whenever it was due; else the clicks are late, whoever records them.
-    bool isInTime() const { return heard_->isInTime() && played_->isInTime(); }
+    /// How often what clicks did not get the processor when it was due, so that its next clicks are late, whoever
+    /// records them.
+    int lateTurns() const { return heard_->lateTurns() + played_->lateTurns(); }
 
 private:
     std::filesystem::path flashes() const { return session_.folder() / "flashes"; }
@@ -239,7 +240,6 @@ void tellFilm(Desk const& desk, std::filesystem::path const& package, std::files
     fmt::print("take.camera.frames_lost {} frames of {}\n", missing(desk.cameraMoments(), taken, begin, length),
                codes.size());
     fmt::print("take.interruptions {}\n", health.interruptions);
-    fmt::print("take.clicks_were_in_time {}\n", desk.isInTime() ? "yes" : "no");
     fmt::print("take.microphone.clicks_lost {} of {}\n", missing(desk.heardMoments(), left, heardBegin, length),
                left.size());
     fmt::print("take.system_audio.clicks_lost {} of {}\n", missing(desk.playedMoments(), right, heardBegin, length),
@@ -255,10 +255,13 @@ double load() {
 void run(double seconds) {
     Desk const desk;
     auto const project = desk.file("take.recproj"), film = desk.file("film.mp4");
+    int const lateBefore = desk.lateTurns();
     auto const recorded = runMeasured({TAVARO_PROGRAM, "record", "--camera", "--microphone", "--system-audio",
                                        "--no-polish", "--seconds", fmt::format("{}", seconds), "-o", project});
     fmt::print("take.seconds {} s\n", seconds);
     fmt::print("take.load {:.1f}\n", load());
+    int const late = desk.lateTurns() - lateBefore;
+    fmt::print("take.clicks_were_in_time {} ({} late turns)\n", late == 0 ? "yes" : "no", late);
     std::fflush(stdout);
     double const compared = std::min(seconds, 60.0);
     double const theirs = recordWithFFmpeg(desk, compared), ours = recorded.coreSeconds / seconds;

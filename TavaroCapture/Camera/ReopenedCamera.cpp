@@ -147,7 +147,7 @@ void ReopenedCamera::Filming::take(DevicePictures& pictures, FedPicture const& f
     std::lock_guard const guard(mutex_);
     if (state_ != State::filming) return;
     if (auto const missed = fed.missedBefore + (picture ? 0 : 1); missed > 0 && !isAway_) handlers_.missed(missed);
-    if (picture) handOn({picture->pixels, picture->order, fed.capturedAt - options_.lag}, period);
+    if (picture) handOn({*picture, fed.capturedAt - options_.lag}, period);
 }
 
 /// Locked.

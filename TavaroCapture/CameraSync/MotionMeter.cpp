@@ -26,10 +26,11 @@ float brightness(ImageView picture, int column, int row) {
 }
 
 void MotionMeter::add(CapturedPicture const& picture) {
+    auto const pixels = pixels_.of(picture.picture);
     std::vector<float> grid;
     grid.reserve(std::size_t{columns} * rows);
     for (int row = 0; row < rows; ++row)
-        for (int column = 0; column < columns; ++column) grid.push_back(brightness(picture.pixels, column, row));
+        for (int column = 0; column < columns; ++column) grid.push_back(brightness(pixels.view, column, row));
     auto const before = std::exchange(last_, std::move(grid));
     if (before.empty()) return;
     float sum = 0;

@@ -52,7 +52,7 @@ void CameraStream::take(CapturedPicture const& captured) {
         return;
     }
     auto const picture = std::make_shared<EncoderPicture>(writer_.picture());
-    fillPicture(*picture, captured.pixels, captured.order);
+    fillPicture(*picture, captured.picture);
     ++underWay_;
     queue_.async([this, picture, time = *time] {
         write(std::move(*picture), time);

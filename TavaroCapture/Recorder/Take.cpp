@@ -33,6 +33,7 @@ ScreenRecorder::Take::Take(RecorderOptions const& options, TakeSources sources) 
     screen_ = std::move(sources.screen);
     size_ = screen_->size();
     scaleFactor_ = screen_->scaleFactor();
+    screenPictures_.emplace(static_cast<int>(size_.width), static_cast<int>(size_.height));
     auto const pictureBytes = size_.width * size_.height * 3 / 2;
     mostFramesUnderWay_ = static_cast<int>(std::clamp<std::int64_t>(mostBytesUnderWay / pictureBytes, 4, options_.fps));
     events_ = std::make_unique<EventRecorder>(std::move(sources.events), screen_->frame(), clock_, sampleQueue_);
@@ -100,11 +101,11 @@ void ScreenRecorder::Take::prepareCamera(std::unique_ptr<CameraSource> source, S
     }
 }
 
-/// What is beside the screen comes first, since devices take their time to begin.
+/// What is beside the screen comes first, since devices take their time to begin. The first frame is taken now.
 void ScreenRecorder::Take::start() {
     startSideStreams();
     double const now = mediaClockNow();
-    clock_.start(now);
+    clock_.start(now - 0.5 / options_.fps);
     events_->start();
     checkpoints_ = std::make_unique<MetadataCheckpoints>(directory_, options_.checkpointSeconds,
                                                          [this](EventCounts const& after) { return snapshot(after); });
@@ -146,7 +147,8 @@ void ScreenRecorder::Take::keepOnDisk() {
 }
 
 void ScreenRecorder::Take::lookAtRoom() {
-    if (room_->look(clock_.elapsed(mediaClockNow()))) return;
+    std::uintmax_t const written = streamSync_ ? streamSync_->written() + checkpoints_->written() : 0;
+    if (room_->look(clock_.elapsed(mediaClockNow()), written)) return;
     endEarly({CaptureError::Kind::writeFailed,
               fmt::format("Could not write the recording: its folder “{}” was removed.", directory_.string())});
 }
@@ -157,17 +159,21 @@ void ScreenRecorder::Take::setPaused(bool paused) {
     screenQueue_.async([this, paused] { paused ? screenQueue_.stopTimer() : resumeTicks(); });
 }
 
-/// Frames stay on the grid of whole frame times: the first one is the next that the timeline has no frame for.
+/// Frames stay on their grid: the first one is the next that the timeline has no frame for.
 void ScreenRecorder::Take::resumeTicks() {
     double const elapsed = clock_.elapsed(mediaClockNow());
-    auto const next = std::max(lastIndex_ + 1, static_cast<std::int64_t>(std::ceil(elapsed * options_.fps)));
-    startTicks(clock_.mediaTime(static_cast<double>(next) / options_.fps));
+    auto const next = std::max(lastIndex_ + 1, static_cast<std::int64_t>(std::ceil(elapsed * options_.fps - 0.5)));
+    startTicks(clock_.mediaTime((static_cast<double>(next) + 0.5) / options_.fps));
 }
+
+/// A frame is what was on the screen in the middle of the time for which it is shown, so that what changes at any
+/// moment is as often shown too early as too late, and by half a frame at most.
+std::int64_t ScreenRecorder::Take::indexAt(double time) const { return std::llround(time * options_.fps - 0.5); }
 
 void ScreenRecorder::Take::tick(double scheduled) {
     if (isEnding_ || isGivenUp_ || clock_.isPaused()) return;
     // The first frame is the take's time 0, however late it comes.
-    std::int64_t const index = lastIndex_ < 0 ? 0 : std::llround(clock_.elapsed(scheduled) * options_.fps);
+    std::int64_t const index = lastIndex_ < 0 ? 0 : indexAt(clock_.elapsed(scheduled));
     if (index <= lastIndex_) return;
     std::int64_t const missed = index - lastIndex_ - 1; // because the tick before took too long
     droppedFrames_ += missed;
@@ -179,6 +185,7 @@ void ScreenRecorder::Take::tick(double scheduled) {
         ++droppedFrames_;
         return;
     }
+    screenPictures_->note(*screen_, outcome);
     if (outcome == ScreenSource::Outcome::lost)
         return endEarly({CaptureError::Kind::captureLost,
                          "What was being recorded went away: the window was closed or the display ended."});
@@ -200,8 +207,8 @@ void ScreenRecorder::Take::handOn(double time, bool isRepeated) {
         ++droppedFrames_;
         return;
     }
-    auto const picture = std::make_shared<EncoderPicture>(writer_->picture());
-    fillPicture(*picture, screen_->picture(), PixelOrder::bgra);
+    auto const fresh = [this] { return writer_->picture(); };
+    auto const picture = std::make_shared<EncoderPicture>(screenPictures_->current(screen_->picture(), fresh));
     ++framesUnderWay_;
     sampleQueue_.async([this, picture, time, isRepeated] {
         append(std::move(*picture), time, isRepeated);
@@ -353,8 +360,8 @@ void ScreenRecorder::Take::stopStreams() {
     if (writer_) events_->stop(writer_->duration());
     // All of the log, whatever happens to the process until the project has it.
     if (checkpoints_) checkpoints_->writeNow();
-    checkpoints_.reset();
     diskQueue_.stopTimer();
+    checkpoints_.reset();
 }
 
 /// A take that could not be written to its end still has what was written.

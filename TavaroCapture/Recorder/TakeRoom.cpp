@@ -36,19 +36,7 @@ TakeRoom::TakeRoom(fs::path directory, fs::path const& projectFolder) : director
         disks_.push_back({fs::absolute(projectFolder), std::move(there), DiskRoom(DiskRoom::Use::keeping)});
 }
 
-std::uintmax_t TakeRoom::bytesWritten() const {
-    std::uintmax_t written = 0;
-    std::error_code error;
-    for (auto const& entry : fs::directory_iterator(directory_, error)) {
-        std::error_code gone;
-        auto const size = entry.file_size(gone);
-        if (!gone) written += size;
-    }
-    return written;
-}
-
-bool TakeRoom::look(double at) {
-    auto const written = bytesWritten();
+bool TakeRoom::look(double at, std::uintmax_t written) {
     std::optional<double> least;
     for (auto& disk : disks_) {
         std::error_code error;

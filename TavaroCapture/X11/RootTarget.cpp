@@ -55,12 +55,11 @@ public:
         follow();
     }
 
-    Rows takeDamage() override {
-        Rows all{0, std::exchange(isResized_, false) ? frame_.height : 0};
-        if (!report_.isDamaged()) return all;
-        PixelRect const inside = report_.take().intersection(frame_);
-        if (inside.isEmpty()) return all;
-        return all.unionWith({inside.y - frame_.y, inside.y - frame_.y + inside.height});
+    void takeDamage(PictureChanges& changes) override {
+        if (std::exchange(isResized_, false)) changes.addAll();
+        if (!report_.isDamaged()) return;
+        for (auto const& drawn : report_.take())
+            changes.add({drawn.x - frame_.x, drawn.y - frame_.y, drawn.width, drawn.height});
     }
 
     bool fetch(Rows rows, SharedPicture& picture) override {

@@ -5,15 +5,19 @@
 #include <TavaroCapture/X11/Private/RootTarget.h>
 #include <TavaroCapture/X11/Private/WindowTarget.h>
 
+#include <algorithm>
 #include <charconv>
 #include <cstring>
 #include <fmt/format.h>
+#include <utility>
 
 namespace tavaro::x11 {
 
 namespace {
 
 constexpr double verifySeconds = 0.25;
+// Rows are read whole though only some of their columns were reported; what is new in the others is told so much later.
+constexpr double wholeSeconds = 1;
 
 /// Pictures are read as blue, green, red, one unused byte: every true-colour screen of the last decades.
 void requireBGRX(Connection& connection) {
@@ -53,7 +57,10 @@ struct ScreenGrabber::State {
     std::unique_ptr<GrabTarget> target;
     std::unique_ptr<SharedPicture> picture;
     std::unique_ptr<SharedPicture> check; // for verification; the next picture when it finds a difference
+    PictureChanges changes{0, 0};
     double verifiedAt = 0;
+    double wholeAt = 0;     // when all of the picture was read
+    bool isInParts = false; // since then
     bool trustsReport = true;
     bool hasPicture = false;
 
@@ -63,6 +70,11 @@ struct ScreenGrabber::State {
         while (auto const event = connection.poll()) target->handle(*event);
     }
     Rows allRows() const { return {0, target->frame().height}; }
+    Rows changedRows() const {
+        auto const [first, end] = changes.pairs();
+        return {2 * first, std::min(2 * end, target->frame().height)};
+    }
+    void noteRead(double now);
     Outcome verify();
 };
 
@@ -79,6 +91,7 @@ ScreenGrabber::ScreenGrabber(CaptureSource const& source, std::string const& dis
             ? makeRootTarget(connection, {frame.x, frame.y, frame.width & ~1, frame.height & ~1}, resolved.display)
             : makeWindowTarget(connection, resolved);
     std::size_t const bytes = std::size_t{4} * size().width * size().height;
+    state_->changes = PictureChanges(static_cast<int>(size().width), static_cast<int>(size().height));
     state_->picture = std::make_unique<SharedPicture>(connection, bytes);
     state_->check = std::make_unique<SharedPicture>(connection, bytes);
 }
@@ -106,22 +119,32 @@ ImageView ScreenGrabber::picture() const {
     return {state_->picture->data(), frame.width, frame.height, std::ptrdiff_t{4} * frame.width};
 }
 
+PictureChanges const* ScreenGrabber::changes() const { return &state_->changes; }
+
 ScreenGrabber::Outcome ScreenGrabber::grab(double now) {
     auto& s = *state_;
     s.handleEvents();
-    Rows rows = s.target->takeDamage();
-    if (!s.hasPicture || !s.trustsReport) rows = s.allRows();
+    s.changes.clear();
+    s.target->takeDamage(s.changes);
+    bool const isDue = !s.changes.isEmpty() && s.isInParts && now - s.wholeAt >= wholeSeconds;
+    if (!s.hasPicture || !s.trustsReport || isDue) s.changes.addAll();
     if (!s.connection.isAlive() || s.target->isLost()) return Outcome::lost;
-    if (s.target->isAway()) return s.hasPicture = false, Outcome::away;
-    if (rows.isEmpty())
+    if (s.target->isAway()) return s.changes.clear(), s.hasPicture = false, Outcome::away;
+    if (s.changes.isEmpty())
         return now - s.verifiedAt >= verifySeconds ? (s.verifiedAt = now, s.verify()) : Outcome::unchanged;
-    if (s.target->fetch(rows, *s.picture)) {
-        s.hasPicture = true;
+    if (s.target->fetch(s.changedRows(), *s.picture)) {
+        s.noteRead(now);
         return Outcome::changed;
     }
     if (!s.connection.isAlive()) return Outcome::lost;
     s.hasPicture = false; // the source changed under the request; the next grab reads all of it anew
     return Outcome::unchanged;
+}
+
+void ScreenGrabber::State::noteRead(double now) {
+    hasPicture = true;
+    isInParts = !changes.isWhole();
+    if (!isInParts) wholeAt = now;
 }
 
 void ScreenGrabber::giveUp() { state_->connection.giveUp(); }
@@ -130,7 +153,9 @@ void ScreenGrabber::giveUp() { state_->connection.giveUp(); }
 /// this screen draws past the reports.
 ScreenGrabber::Outcome ScreenGrabber::State::verify() {
     if (!target->fetch(allRows(), *check)) return connection.isAlive() ? Outcome::unchanged : Outcome::lost;
+    if (std::exchange(isInParts, false)) changes.addAll();
     if (std::memcmp(check->data(), picture->data(), picture->bytes()) == 0) return Outcome::unchanged;
+    changes.addAll();
     std::swap(check, picture);
     handleEvents();
     if (!target->isDamaged()) trustsReport = false;

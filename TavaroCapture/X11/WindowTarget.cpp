@@ -51,10 +51,13 @@ public:
         if (!isSameSize || pixmap_ == XCB_NONE) renew();
     }
 
-    /// Rows drawn, counted from the top of the frame.
-    Rows takeDamage() {
-        PixelRect const drawn = report_->take().intersection({0, 0, frame_.width, frame_.height});
-        return {drawn.y, drawn.y + drawn.height + 2 * border_};
+    /// What was drawn, with the border, in coordinates of the desktop.
+    void takeDamage(std::vector<PixelRect>& drawn) {
+        for (auto const& rect : report_->take()) {
+            auto const inside = rect.intersection({0, 0, frame_.width, frame_.height});
+            drawn.push_back(
+                {frame_.x + inside.x, frame_.y + inside.y, inside.width + 2 * border_, inside.height + 2 * border_});
+        }
     }
 
 private:
@@ -139,19 +142,15 @@ public:
         }
     }
 
-    Rows takeDamage() override {
-        Rows rows;
+    void takeDamage(PictureChanges& changes) override {
         if (std::exchange(isRearranged_, false)) {
             arrange();
-            rows = {0, frame_.height};
+            changes.addAll();
         }
-        for (auto const& layer : layers_) {
-            if (!layer->report().isDamaged()) continue;
-            Rows const drawn = layer->takeDamage();
-            int const shift = layer->frame().y - frame_.y;
-            rows = rows.unionWith({std::max(drawn.top + shift, 0), std::min(drawn.bottom + shift, frame_.height)});
-        }
-        return rows;
+        std::vector<PixelRect> drawn;
+        for (auto const& layer : layers_)
+            if (layer->report().isDamaged()) layer->takeDamage(drawn);
+        for (auto const& rect : drawn) changes.add({rect.x - frame_.x, rect.y - frame_.y, rect.width, rect.height});
     }
 
     bool fetch(Rows rows, SharedPicture& picture) override {

@@ -179,11 +179,15 @@ HWY_INLINE V16 sumColumns(std::int16_t const* even, std::int16_t const* odd, int
     return hn::Add(hn::Add(hn::LoadU(d, odd + column), hn::LoadU(d, odd + 1 + column)), hn::Add(middle, middle));
 }
 
-HWY_INLINE void storeChroma8(std::int16_t const* even, std::int16_t* odd, int count, std::uint8_t* to) {
+HWY_INLINE void continueToTheLeft(ColumnChroma const& kept) {
+    kept.oddCb[0] = kept.evenCb[1];
+    kept.oddCr[0] = kept.evenCr[1];
+}
+
+HWY_INLINE void storeChroma8(std::int16_t const* even, std::int16_t const* odd, int count, std::uint8_t* to) {
     D16 const d;
     hn::Rebind<std::uint8_t, D16> const d8;
     int const lanes = static_cast<int>(hn::Lanes(d));
-    odd[0] = even[1];
     auto const vector = [&](int i) {
         auto const whole = hn::ShiftRight<8>(hn::Add(sumColumns(even, odd, i), hn::Set(d, 128)));
         return hn::DemoteTo(d8, hn::Add(whole, hn::Set(d, 128)));
@@ -196,10 +200,9 @@ HWY_INLINE void storeChroma8(std::int16_t const* even, std::int16_t* odd, int co
     std::memcpy(to + i, end, static_cast<std::size_t>(count - i));
 }
 
-HWY_INLINE void storeChroma10(std::int16_t const* even, std::int16_t* odd, int count, std::uint16_t* to) {
+HWY_INLINE void storeChroma10(std::int16_t const* even, std::int16_t const* odd, int count, std::uint16_t* to) {
     D16 const d;
     int const lanes = static_cast<int>(hn::Lanes(d));
-    odd[0] = even[1];
     auto const vector = [&](int i) {
         auto const whole = hn::ShiftRight<6>(hn::Add(sumColumns(even, odd, i), hn::Set(d, 32)));
         return hn::BitCast(DU16(), hn::Add(whole, hn::Set(d, 512)));
@@ -229,8 +232,18 @@ template<bool isBGRA> HWY_INLINE void to420Vector(std::uint8_t const* row0, std:
     keepColumns(a.red, b.red, a.green, b.green, a.blue, b.blue, kept, column);
 }
 
+template<bool isBGRA> HWY_INLINE void keepColumnBefore(std::uint8_t const* const rows[2], ColumnChroma const& kept) {
+    std::uint8_t pixels[2][4 * HWY_MAX_BYTES] = {};
+    for (int i = 0; i < 2; ++i) std::memcpy(pixels[i], rows[i] - 4, 4);
+    auto const a = load<isBGRA>(pixels[0]), b = load<isBGRA>(pixels[1]);
+    auto const sum = [](V8 x, V8 y) { return hn::Add(evenColumns(x), evenColumns(y)); };
+    auto const chroma = chromaOf(sum(a.red, b.red), sum(a.green, b.green), sum(a.blue, b.blue));
+    kept.oddCb[0] = hn::GetLane(chroma.cb);
+    kept.oddCr[0] = hn::GetLane(chroma.cr);
+}
+
 template<bool isBGRA> HWY_INLINE void to420(std::uint8_t const* const rows[2], int width, RowPairYCbCr420 const& to,
-                                            ColumnChroma const& kept) {
+                                            ColumnChroma const& kept, ColumnBefore before) {
     int const lanes = static_cast<int>(hn::Lanes(D8()));
     int x = 0;
     for (; x + lanes <= width; x += lanes)
@@ -243,17 +256,18 @@ template<bool isBGRA> HWY_INLINE void to420(std::uint8_t const* const rows[2], i
         to420Vector<isBGRA>(pixels[0], pixels[1], luma[0], luma[1], kept, x / 2);
         for (int i = 0; i < 2; ++i) std::memcpy(to.luma[i] + x, luma[i], rest);
     }
+    before == ColumnBefore::there ? keepColumnBefore<isBGRA>(rows, kept) : continueToTheLeft(kept);
     storeChroma8(kept.evenCb, kept.oddCb, width / 2, to.cb);
     storeChroma8(kept.evenCr, kept.oddCr, width / 2, to.cr);
 }
 
 void toYCbCr420(std::uint8_t const* const rows[2], bool isBGRA, int width, RowPairYCbCr420 const& to,
-                std::int16_t* scratch, int scratchRow) {
+                ColumnBefore before, std::int16_t* scratch, int scratchRow) {
     auto const kept = columns(scratch, scratchRow);
     if (isBGRA) {
-        to420<true>(rows, width, to, kept);
+        to420<true>(rows, width, to, kept, before);
     } else {
-        to420<false>(rows, width, to, kept);
+        to420<false>(rows, width, to, kept, before);
     }
 }
 
@@ -283,6 +297,7 @@ HWY_INLINE void to422(std::uint8_t const* row, int width, RowYCbCr422 const& to,
         to422Vector<isBGRA>(pixels, luma, kept, x / 2);
         std::memcpy(to.luma + x, luma, 2 * rest);
     }
+    continueToTheLeft(kept);
     storeChroma10(kept.evenCb, kept.oddCb, width / 2, to.cb);
     storeChroma10(kept.evenCr, kept.oddCr, width / 2, to.cr);
 }
@@ -297,6 +312,122 @@ void toYCbCr422(std::uint8_t const* row, bool isBGRA, int width, RowYCbCr422 con
     }
 }
 
+// Centred and 128-fold, and the last sample once more, for the odd column beside it.
+HWY_INLINE void centreChroma(std::uint8_t const* from, int count, std::int16_t* to) {
+    D16 const d;
+    hn::Rebind<std::uint8_t, D16> const d8;
+    int const lanes = static_cast<int>(hn::Lanes(d));
+    int i = 0;
+    for (; i + lanes <= count; i += lanes) {
+        auto const centred = hn::Sub(hn::PromoteTo(d, hn::LoadU(d8, from + i)), hn::Set(d, 128));
+        hn::StoreU(hn::ShiftLeft<7>(centred), d, to + i);
+    }
+    for (; i < count; ++i) to[i] = static_cast<std::int16_t>((from[i] - 128) * 128);
+    to[count] = to[count - 1];
+}
+
+// `cb` and `cr` are centred and 256-fold; six fractional bits come out.
+HWY_INLINE V16 weighed(V16 cb, V16 cr, std::int16_t fromCb, std::int16_t fromCr) {
+    D16 const d;
+    return hn::Add(hn::MulFixedPoint15(cb, hn::Set(d, fromCb)), hn::MulFixedPoint15(cr, hn::Set(d, fromCr)));
+}
+
+HWY_INLINE V16 within(V16 value, std::int16_t least, std::int16_t most) {
+    D16 const d;
+    return hn::Min(hn::Max(value, hn::Set(d, least)), hn::Set(d, most));
+}
+
+struct ChromaColumns {
+    V16 even, odd; // what they add to the luma of their columns
+};
+
+HWY_INLINE V8 limitedLuma(V8 luma, ChromaColumns const& chroma, ToBT709 const& matrix) {
+    D16 const d;
+    auto const column = [&](V16 value, V16 added) {
+        auto const centred = hn::ShiftLeft<7>(hn::Sub(value, hn::Set(d, matrix.lumaOffset)));
+        auto const weighed = hn::MulFixedPoint15(centred, hn::Set(d, matrix.luma));
+        return within(rounded(hn::Add(hn::Add(weighed, added), hn::Set(d, 16 * 64))), 16, 235);
+    };
+    return together(column(evenColumns(luma), chroma.even), column(oddColumns(luma), chroma.odd));
+}
+
+HWY_INLINE void to709Vector(std::uint8_t const* const luma[2], std::int16_t const* cb, std::int16_t const* cr,
+                            ToBT709 const& matrix, RowPairYCbCr420 const& to) {
+    D16 const d;
+    D8 const d8;
+    hn::Rebind<std::uint8_t, D16> const half;
+    auto const halfCb = hn::LoadU(d, cb), halfCr = hn::LoadU(d, cr);
+    auto const cb0 = hn::Add(halfCb, halfCb), cr0 = hn::Add(halfCr, halfCr);
+    ChromaColumns const chroma{weighed(cb0, cr0, matrix.lumaFromCb, matrix.lumaFromCr),
+                               weighed(hn::Add(halfCb, hn::LoadU(d, cb + 1)), hn::Add(halfCr, hn::LoadU(d, cr + 1)),
+                                       matrix.lumaFromCb, matrix.lumaFromCr)};
+    for (int row = 0; row < 2; ++row)
+        hn::StoreU(limitedLuma(hn::LoadU(d8, luma[row]), chroma, matrix), d8, to.luma[row]);
+    auto const chroma8 = [&](V16 value) {
+        return hn::DemoteTo(half, within(rounded(hn::Add(value, hn::Set(d, 128 * 64))), 16, 240));
+    };
+    hn::StoreU(chroma8(weighed(cb0, cr0, matrix.cbFromCb, matrix.cbFromCr)), half, to.cb);
+    hn::StoreU(chroma8(weighed(cb0, cr0, matrix.crFromCb, matrix.crFromCr)), half, to.cr);
+}
+
+void toBT709(YCbCrRows const& from, int width, ToBT709 const& matrix, RowPairYCbCr420 const& to, std::int16_t* scratch,
+             int scratchRow) {
+    int const lanes = static_cast<int>(hn::Lanes(D8()));
+    auto* const cb = scratch;
+    auto* const cr = scratch + scratchRow;
+    centreChroma(from.cb, width / 2, cb);
+    centreChroma(from.cr, width / 2, cr);
+    int x = 0;
+    for (; x + lanes <= width; x += lanes) {
+        std::uint8_t const* const luma[2] = {from.luma[0] + x, from.luma[1] + x};
+        to709Vector(luma, cb + x / 2, cr + x / 2, matrix,
+                    {{to.luma[0] + x, to.luma[1] + x}, to.cb + x / 2, to.cr + x / 2});
+    }
+    if (x == width) return;
+    std::uint8_t lumaEnd[2][HWY_MAX_BYTES] = {}, made[2][HWY_MAX_BYTES];
+    std::uint8_t cbEnd[HWY_MAX_BYTES], crEnd[HWY_MAX_BYTES];
+    auto const rest = static_cast<std::size_t>(width - x);
+    for (int row = 0; row < 2; ++row) std::memcpy(lumaEnd[row], from.luma[row] + x, rest);
+    std::uint8_t const* const luma[2] = {lumaEnd[0], lumaEnd[1]};
+    to709Vector(luma, cb + x / 2, cr + x / 2, matrix, {{made[0], made[1]}, cbEnd, crEnd});
+    for (int row = 0; row < 2; ++row) std::memcpy(to.luma[row] + x, made[row], rest);
+    std::memcpy(to.cb + x / 2, cbEnd, rest / 2);
+    std::memcpy(to.cr + x / 2, crEnd, rest / 2);
+}
+
+HWY_INLINE void apartVectors(std::uint8_t const* const rows[2], Order422 order, RowPairYCbCr420 const& to) {
+    D8 const d;
+    V8 lumaEven[2], lumaOdd[2], cb[2], cr[2];
+    for (int row = 0; row < 2; ++row) {
+        if (order == Order422::lumaFirst)
+            hn::LoadInterleaved4(d, rows[row], lumaEven[row], cb[row], lumaOdd[row], cr[row]);
+        else
+            hn::LoadInterleaved4(d, rows[row], cb[row], lumaEven[row], cr[row], lumaOdd[row]);
+        hn::StoreInterleaved2(lumaEven[row], lumaOdd[row], d, to.luma[row]);
+    }
+    hn::StoreU(hn::AverageRound(cb[0], cb[1]), d, to.cb);
+    hn::StoreU(hn::AverageRound(cr[0], cr[1]), d, to.cr);
+}
+
+void apart422(std::uint8_t const* const rows[2], Order422 order, int width, RowPairYCbCr420 const& to) {
+    int const step = 2 * static_cast<int>(hn::Lanes(D8()));
+    int x = 0;
+    for (; x + step <= width; x += step) {
+        std::uint8_t const* const now[2] = {rows[0] + 2 * x, rows[1] + 2 * x};
+        apartVectors(now, order, {{to.luma[0] + x, to.luma[1] + x}, to.cb + x / 2, to.cr + x / 2});
+    }
+    if (x == width) return;
+    std::uint8_t ends[2][4 * HWY_MAX_BYTES] = {}, luma[2][2 * HWY_MAX_BYTES];
+    std::uint8_t cb[HWY_MAX_BYTES], cr[HWY_MAX_BYTES];
+    auto const rest = static_cast<std::size_t>(width - x), pairs = (rest + 1) / 2;
+    for (int row = 0; row < 2; ++row) std::memcpy(ends[row], rows[row] + 2 * x, 4 * pairs);
+    std::uint8_t const* const now[2] = {ends[0], ends[1]};
+    apartVectors(now, order, {{luma[0], luma[1]}, cb, cr});
+    for (int row = 0; row < 2; ++row) std::memcpy(to.luma[row] + x, luma[row], rest);
+    std::memcpy(to.cb + x / 2, cb, pairs);
+    std::memcpy(to.cr + x / 2, cr, pairs);
+}
+
 }
 HWY_AFTER_NAMESPACE();
 
@@ -306,6 +437,8 @@ namespace tavaro {
 HWY_EXPORT(fromYCbCr420);
 HWY_EXPORT(toYCbCr420);
 HWY_EXPORT(toYCbCr422);
+HWY_EXPORT(toBT709);
+HWY_EXPORT(apart422);
 
 namespace {
 
@@ -343,20 +476,52 @@ FromYCbCr::FromYCbCr(LumaWeights weights, SampleRange range) {
     blueFromCb = fixed(cb * chroma);
 }
 
+ToBT709::ToBT709(LumaWeights weights, SampleRange range) {
+    constexpr LumaWeights film; // BT.709
+    bool const isLimited = range == SampleRange::limited;
+    // Red, green and blue of one unit of each chroma, and the luma that these make.
+    double const lumaScale = isLimited ? 1 : 219.0 / 255, chromaScale = isLimited ? 1 : 224.0 / 255;
+    double const green = 1 - weights.red - weights.blue, filmGreen = 1 - film.red - film.blue;
+    double const blueOfCb = 2 * (1 - weights.blue), redOfCr = 2 * (1 - weights.red);
+    double const lumaOfCb = film.blue * blueOfCb - filmGreen * weights.blue * blueOfCb / green;
+    double const lumaOfCr = film.red * redOfCr - filmGreen * weights.red * redOfCr / green;
+    // ×64 of the result, from luma × 128 and chroma × 256, in 15 fractional bits.
+    double const ofLuma = 64.0 / 128 * 32768 * lumaScale, ofChroma = 64.0 / 256 * 32768 * chromaScale;
+    double const filmBlue = 2 * (1 - film.blue), filmRed = 2 * (1 - film.red);
+    lumaOffset = isLimited ? 16 : 0;
+    luma = fixed(ofLuma);
+    lumaFromCb = fixed(ofChroma * lumaOfCb * 219 / 224);
+    lumaFromCr = fixed(ofChroma * lumaOfCr * 219 / 224);
+    cbFromCb = fixed(ofChroma * (blueOfCb - lumaOfCb) / filmBlue);
+    cbFromCr = fixed(ofChroma * -lumaOfCr / filmBlue);
+    crFromCb = fixed(ofChroma * -lumaOfCb / filmRed);
+    crFromCr = fixed(ofChroma * (redOfCr - lumaOfCr) / filmRed);
+}
+
 void rowFromYCbCr420(std::uint8_t const* luma, ChromaRows const& chroma, int width, FromYCbCr const& matrix,
                      std::uint8_t* rgba) {
     auto const memory = scratch(width, 2);
     HWY_DYNAMIC_DISPATCH(fromYCbCr420)(luma, chroma, width, matrix, rgba, memory.start, memory.row);
 }
 
-void rowsToYCbCr420(std::uint8_t const* const rows[2], bool isBGRA, int width, RowPairYCbCr420 const& to) {
+void rowsToYCbCr420(std::uint8_t const* const rows[2], bool isBGRA, int width, RowPairYCbCr420 const& to,
+                    ColumnBefore before) {
     auto const memory = scratch(width, 4);
-    HWY_DYNAMIC_DISPATCH(toYCbCr420)(rows, isBGRA, width, to, memory.start, memory.row);
+    HWY_DYNAMIC_DISPATCH(toYCbCr420)(rows, isBGRA, width, to, before, memory.start, memory.row);
 }
 
 void rowToYCbCr422(std::uint8_t const* row, bool isBGRA, int width, RowYCbCr422 const& to) {
     auto const memory = scratch(width, 4);
     HWY_DYNAMIC_DISPATCH(toYCbCr422)(row, isBGRA, width, to, memory.start, memory.row);
+}
+
+void rowsToBT709(YCbCrRows const& from, int width, ToBT709 const& matrix, RowPairYCbCr420 const& to) {
+    auto const memory = scratch(width, 2);
+    HWY_DYNAMIC_DISPATCH(toBT709)(from, width, matrix, to, memory.start, memory.row);
+}
+
+void rowsFrom422(std::uint8_t const* const rows[2], Order422 order, int width, RowPairYCbCr420 const& to) {
+    HWY_DYNAMIC_DISPATCH(apart422)(rows, order, width, to);
 }
 
 }

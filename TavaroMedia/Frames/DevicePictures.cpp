@@ -2,10 +2,13 @@
 
 #include <TavaroMedia/FFmpeg/Private/Failures.h>
 #include <TavaroMedia/FFmpeg/Private/Handles.h>
-#include <TavaroMedia/Frames/FrameConverter.h>
+#include <TavaroMedia/Frames/Private/ColorKernels.h>
 #include <TavaroMedia/Frames/Private/DecodedPicture.h>
+#include <TavaroMedia/Frames/Private/EncoderPlanes.h>
+#include <TavaroMedia/Frames/Private/PictureFormats.h>
 
 #include <algorithm>
+#include <cassert>
 #include <cstring>
 #include <new>
 #include <vector>
@@ -52,19 +55,6 @@ DeviceFormat withStride(DeviceFormat format) {
     return format;
 }
 
-/// Separates the samples of two rows of 4:2:2; their chroma becomes one row, between the two.
-void takeApart422(std::uint8_t const* const rows[2], int lumaAt, int width, std::uint8_t* const luma[2],
-                  std::uint8_t* cb, std::uint8_t* cr) {
-    int const chromaAt = 1 - lumaAt;
-    for (int row = 0; row < 2; ++row)
-        for (int x = 0; x < width; ++x) luma[row][x] = rows[row][2 * x + lumaAt];
-    for (int x = 0; x < (width + 1) / 2; ++x) {
-        auto const at = 4 * x + chromaAt;
-        cb[x] = static_cast<std::uint8_t>((rows[0][at] + rows[1][at] + 1) / 2);
-        cr[x] = static_cast<std::uint8_t>((rows[0][at + 2] + rows[1][at + 2] + 1) / 2);
-    }
-}
-
 void average(std::uint8_t const* a, std::uint8_t const* b, int width, std::uint8_t* to) {
     for (int x = 0; x < width; ++x) to[x] = static_cast<std::uint8_t>((a[x] + b[x] + 1) / 2);
 }
@@ -94,8 +84,7 @@ struct DevicePictures::State {
     ffmpeg::CodecContext decoder; // of JPEGs; none where this FFmpeg has none
     ffmpeg::Packet packet{av_packet_alloc()};
     std::vector<std::uint8_t> planes; // Y, Cb, Cr of what comes in another layout
-    Image image;
-    FrameConverter converter;
+    DevicePixels pixels;
 
     explicit State(DeviceFormat const& format) : format(withStride(format)), usualStride(this->format.stride) {
         if (format.layout == DeviceLayout::jpeg) decoder = jpegDecoder();
@@ -111,7 +100,7 @@ struct DevicePictures::State {
     void pointAtPlanes(AVFrame& frame);
     void separateChroma(std::uint8_t const* pairs, AVFrame& frame) const;
     void takeApart(std::uint8_t const* bytes, AVFrame& frame) const;
-    DevicePicture converted(ffmpeg::Frame frame);
+    DevicePicture handedOn(ffmpeg::Frame frame);
 };
 
 DevicePictures::DevicePictures(DeviceFormat const& format) : state_(std::make_unique<State>(format)) {}
@@ -125,11 +114,11 @@ std::optional<DevicePicture> DevicePictures::read(std::span<std::uint8_t const> 
     s.format.stride = stride > 0 ? std::max(stride, rowBytes(format)) : s.usualStride;
     if (format.width <= 0 || format.height <= 0 || bytes.size() < leastBytes(format)) return std::nullopt;
     if (isRGB(format.layout))
-        return DevicePicture{{bytes.data(), format.width, format.height, format.stride},
-                             format.layout == DeviceLayout::bgrx ? PixelOrder::bgra : PixelOrder::rgba};
+        return PackedPixels{{bytes.data(), format.width, format.height, format.stride},
+                            format.layout == DeviceLayout::bgrx ? PixelOrder::bgra : PixelOrder::rgba};
     auto frame = format.layout == DeviceLayout::jpeg ? s.decoded(bytes) : s.wrapped(bytes);
     if (!frame) return std::nullopt;
-    return s.converted(std::move(frame));
+    return s.handedOn(std::move(frame));
 }
 
 /// None for what is damaged.
@@ -227,24 +216,65 @@ void DevicePictures::State::separateChroma(std::uint8_t const* pairs, AVFrame& f
 }
 
 void DevicePictures::State::takeApart(std::uint8_t const* bytes, AVFrame& frame) const {
-    int const lumaAt = format.layout == DeviceLayout::yuyv ? 0 : 1;
+    auto const order = format.layout == DeviceLayout::yuyv ? Order422::lumaFirst : Order422::chromaFirst;
     for (int k = 0; k < chromaRows(); ++k) {
         int const upper = 2 * k, lower = std::min(2 * k + 1, format.height - 1);
         std::uint8_t const* const rows[] = {bytes + upper * format.stride, bytes + lower * format.stride};
-        std::uint8_t* const luma[] = {frame.data[0] + std::ptrdiff_t{upper} * format.width,
-                                      frame.data[0] + std::ptrdiff_t{lower} * format.width};
-        takeApart422(rows, lumaAt, format.width, luma, frame.data[1] + std::ptrdiff_t{k} * chromaWidth(),
-                     frame.data[2] + std::ptrdiff_t{k} * chromaWidth());
+        rowsFrom422(rows, order, format.width,
+                    {{frame.data[0] + std::ptrdiff_t{upper} * format.width,
+                      frame.data[0] + std::ptrdiff_t{lower} * format.width},
+                     frame.data[1] + std::ptrdiff_t{k} * chromaWidth(),
+                     frame.data[2] + std::ptrdiff_t{k} * chromaWidth()});
     }
 }
 
-DevicePicture DevicePictures::State::converted(ffmpeg::Frame frame) {
+/// What is no plain 4:2:0, as some JPEGs, becomes pixels at once.
+DevicePicture DevicePictures::State::handedOn(ffmpeg::Frame frame) {
     auto const picture = std::make_shared<VideoFrame::Picture>();
     picture->frame = std::move(frame);
     picture->uprightWidth = format.width;
     picture->uprightHeight = format.height;
-    converter.convert(VideoFrame(picture), image);
-    return {image.view(), PixelOrder::rgba};
+    VideoFrame const made(picture);
+    return isPlain420(*picture) ? DevicePicture(made) : pixels.of(made);
+}
+
+PackedPixels DevicePixels::of(DevicePicture const& picture) {
+    if (auto const* const packed = std::get_if<PackedPixels>(&picture)) return *packed;
+    converter_.convert(std::get<VideoFrame>(picture), image_);
+    return {image_.view(), PixelOrder::rgba};
+}
+
+namespace {
+
+template<class Pixel> Pixel* rowOf(AVFrame const& frame, int plane, int y) {
+    return frame.data[plane] + std::ptrdiff_t{y} * frame.linesize[plane];
+}
+
+void fillFrom420(AVFrame& to, AVFrame const& from) {
+    ToBT709 const matrix(lumaWeights(from), sampleRange(from));
+    for (int k = 0; k < to.height / 2; ++k) {
+        YCbCrRows const rows{{rowOf<std::uint8_t const>(from, 0, 2 * k), rowOf<std::uint8_t const>(from, 0, 2 * k + 1)},
+                             rowOf<std::uint8_t const>(from, 1, k),
+                             rowOf<std::uint8_t const>(from, 2, k)};
+        rowsToBT709(rows, to.width, matrix,
+                    {{rowOf<std::uint8_t>(to, 0, 2 * k), rowOf<std::uint8_t>(to, 0, 2 * k + 1)},
+                     rowOf<std::uint8_t>(to, 1, k),
+                     rowOf<std::uint8_t>(to, 2, k)});
+    }
+}
+
+}
+
+void fillPicture(EncoderPicture& picture, DevicePicture const& from) {
+    auto& to = *picture.planes().frame;
+    auto const* const frame = std::get_if<VideoFrame>(&from);
+    if (frame && to.format == AV_PIX_FMT_YUV420P && isPlain420(frame->picture())) {
+        assert(frame->width() >= to.width && frame->height() >= to.height);
+        return fillFrom420(to, *frame->picture().frame);
+    }
+    DevicePixels converted;
+    auto const pixels = converted.of(from);
+    fillPicture(picture, pixels.view, pixels.order);
 }
 
 }

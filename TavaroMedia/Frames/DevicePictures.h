@@ -1,12 +1,15 @@
 #pragma once
 
 #include <TavaroMedia/Frames/EncoderPicture.h>
+#include <TavaroMedia/Frames/FrameConverter.h>
 #include <TavaroMedia/Frames/Image.h>
+#include <TavaroMedia/Frames/VideoFrame.h>
 
 #include <cstdint>
 #include <memory>
 #include <optional>
 #include <span>
+#include <variant>
 
 namespace tavaro {
 
@@ -35,14 +38,31 @@ struct DeviceFormat {
     bool operator==(DeviceFormat const&) const = default;
 };
 
-struct DevicePicture {
-    ImageView pixels;
+struct PackedPixels {
+    ImageView view;
     PixelOrder order = PixelOrder::rgba;
+};
+
+/// A device's picture as it is nearest to what the device gave: its pixels, or its luma and chroma in 8-bit 4:2:0.
+using DevicePicture = std::variant<PackedPixels, VideoFrame>;
+
+/// Converts it to the encoder's colours, as `fillPicture` does pixels; luma and chroma never become pixels on the way.
+void fillPicture(EncoderPicture& picture, DevicePicture const& from);
+
+/// Pixels of devices' pictures, for who wants to look at them. Keeps its memory; one thread at a time.
+class DevicePixels {
+public:
+    /// Good as long as the picture, and until the next call.
+    PackedPixels of(DevicePicture const& picture);
+
+private:
+    FrameConverter converter_;
+    Image image_;
 };
 
 /// Reads the pictures that a camera or another device hands over. Takes 4:2:2 as 4:2:0, as films are. Keeps its memory,
 /// so one of these serves one device, on one thread at a time. A JPEG of 720p takes two to five milliseconds, anything
-/// else less than one.
+/// else a tenth of one.
 class DevicePictures {
 public:
     explicit DevicePictures(DeviceFormat const& format);

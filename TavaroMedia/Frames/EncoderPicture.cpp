@@ -24,6 +24,15 @@ EncoderPicture::~EncoderPicture() = default;
 int EncoderPicture::width() const { return planes_->frame->width; }
 int EncoderPicture::height() const { return planes_->frame->height; }
 
+EncoderPicture EncoderPicture::shared() const {
+    auto planes = std::make_unique<Planes>();
+    planes->frame.reset(av_frame_clone(planes_->frame.get()));
+    if (!planes->frame) throw std::bad_alloc();
+    return EncoderPicture(std::move(planes));
+}
+
+bool EncoderPicture::isShared() const { return av_buffer_is_writable(planes_->frame->buf[0]) == 0; }
+
 EncoderPicturePool::EncoderPicturePool(int width, int height, AVPixelFormat format)
     : width_(width)
     , height_(height)

@@ -3,6 +3,7 @@
 #include <memory>
 
 #include <TavaroMedia/Frames/Image.h>
+#include <TavaroMedia/Frames/PictureChanges.h>
 #include <TavaroPlatform/Queues/RowBands.h>
 
 namespace tavaro {
@@ -17,6 +18,10 @@ public:
 
     int width() const;
     int height() const;
+
+    /// The same memory, in other hands too. Nobody writes to it until it is in one pair of hands again.
+    EncoderPicture shared() const;
+    bool isShared() const;
 
     struct Planes; // the encoder's own form
     explicit EncoderPicture(std::unique_ptr<Planes> planes);
@@ -34,5 +39,9 @@ enum class PixelOrder { rgba, bgra };
 /// mistake of the caller. Never allocates; the rows may be shared over threads.
 void fillPicture(EncoderPicture& picture, ImageView image, PixelOrder order = PixelOrder::rgba,
                  RowBands& rows = oneBand);
+
+/// The same for a picture that was filled before, of which only `changes` are to be converted; they are those of the
+/// image. Pictures in 4:2:0 only.
+void fillPicture(EncoderPicture& picture, ImageView image, PixelOrder order, PictureChanges const& changes);
 
 }

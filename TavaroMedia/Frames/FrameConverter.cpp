@@ -63,6 +63,31 @@ void rowToRGB32(std::uint8_t const* pixels, bool isBGRA, int width, std::uint32_
         to[x] = std::uint32_t{pixels[3]} << 24 | pixels[red] << 16 | pixels[1] << 8 | pixels[blue];
 }
 
+/// Of the pair of rows, the columns given, of which the first is even, and their chroma.
+void fillPair(AVFrame& frame, ImageView image, PixelOrder order, int pair, PictureChanges::Columns const& columns) {
+    auto const [x, end] = columns;
+    std::uint8_t const* const rows[2] = {image.row(2 * pair) + 4 * x, image.row(2 * pair + 1) + 4 * x};
+    rowsToYCbCr420(
+        rows, order == PixelOrder::bgra, end - x,
+        {{planeRow<std::uint8_t>(frame, 0, 2 * pair) + x, planeRow<std::uint8_t>(frame, 0, 2 * pair + 1) + x},
+         planeRow<std::uint8_t>(frame, 1, pair) + x / 2,
+         planeRow<std::uint8_t>(frame, 2, pair) + x / 2},
+        x > 0 ? ColumnBefore::there : ColumnBefore::none);
+}
+
+}
+
+void fillPicture(EncoderPicture& picture, ImageView image, PixelOrder order, PictureChanges const& changes) {
+    auto& frame = *picture.planes().frame;
+    assert(image.width >= frame.width && image.height >= frame.height && frame.format == AV_PIX_FMT_YUV420P);
+    auto const [first, end] = changes.pairs();
+    for (int pair = first; pair < std::min(end, frame.height / 2); ++pair) {
+        auto const changed = changes.columns(pair);
+        if (changed.isEmpty()) continue;
+        // A chroma sample is made of three columns, the middle one even.
+        PictureChanges::Columns const columns{changed.begin & ~1, std::min(changed.end / 2 * 2 + 2, frame.width)};
+        if (!columns.isEmpty()) fillPair(frame, image, order, pair, columns);
+    }
 }
 
 void fillPicture(EncoderPicture& picture, ImageView image, PixelOrder order, RowBands& rows) {
@@ -86,13 +111,7 @@ void fillPicture(EncoderPicture& picture, ImageView image, PixelOrder order, Row
         return;
     }
     rows.run(frame.height / 2, [&](int begin, int end) {
-        for (int k = begin; k < end; ++k) {
-            std::uint8_t const* const rows[2] = {image.row(2 * k), image.row(2 * k + 1)};
-            rowsToYCbCr420(rows, isBGRA, frame.width,
-                           {{planeRow<std::uint8_t>(frame, 0, 2 * k), planeRow<std::uint8_t>(frame, 0, 2 * k + 1)},
-                            planeRow<std::uint8_t>(frame, 1, k),
-                            planeRow<std::uint8_t>(frame, 2, k)});
-        }
+        for (int pair = begin; pair < end; ++pair) fillPair(frame, image, order, pair, {0, frame.width});
     });
 }
 

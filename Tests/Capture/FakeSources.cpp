@@ -42,7 +42,7 @@ public:
     PixelRect frame() const override { return {0, 0, width, height}; }
     double scaleFactor() const override { return 1; }
     Outcome grab(double now) override {
-        return picture_.show(now >= scene_.flashAt) ? Outcome::changed : Outcome::unchanged;
+        return picture_.show(scene_.isWhite(now)) ? Outcome::changed : Outcome::unchanged;
     }
     ImageView picture() const override { return picture_.view(); }
 
@@ -75,8 +75,8 @@ private:
         if (at < life_.from || isLost_) return;
         isLost_ = at >= life_.to;
         if (isLost_) return handlers_.lost(life_.to);
-        picture_.show(at >= scene_.flashAt);
-        handlers_.picture({picture_.view(), PixelOrder::rgba, at});
+        picture_.show(scene_.isWhite(at));
+        handlers_.picture({PackedPixels{picture_.view()}, at});
     }
 
     FakeScene const scene_;
@@ -128,6 +128,10 @@ private:
 
 }
 
+bool FakeScene::isWhite(double moment) const {
+    return moment >= flashAt && std::fmod((moment - flashAt) / blinkSeconds, 2) < 1;
+}
+
 std::unique_ptr<ScreenSource> fakeScreen(FakeScene const& scene) { return std::make_unique<Screen>(scene); }
 std::unique_ptr<EventSource> fakeEvents() { return std::make_unique<Events>(); }
 std::unique_ptr<CameraSource> fakeCamera(FakeScene const& scene, FakeLife const& life) {
@@ -137,15 +141,23 @@ std::unique_ptr<SoundSource> fakeMicrophone(FakeScene const& scene, FakeLife con
     return std::make_unique<Microphone>(scene, life);
 }
 
-double flashInMovie(std::filesystem::path const& movie) {
+std::vector<double> blinksInMovie(std::filesystem::path const& movie) {
     MovieReader reader(movie);
     FrameConverter converter;
     Image image;
-    for (double at = 0; at < reader.info().duration; at += 1.0 / 120) {
-        converter.convert(reader.frame(at), image);
-        if (image.row(height / 2)[4 * width / 2] > 128) return at;
+    std::vector<double> result;
+    for (double at = 0; at < reader.info().duration; at += 1.0 / 240) {
+        auto const frame = reader.frame(at);
+        converter.convert(frame, image);
+        bool const isWhite = image.row(height / 2)[4 * width / 2] > 128;
+        if (isWhite != (result.size() % 2 == 1)) result.push_back(frame.presentationTime());
     }
-    return -1;
+    return result;
+}
+
+double flashInMovie(std::filesystem::path const& movie) {
+    auto const all = blinksInMovie(movie);
+    return all.empty() ? -1 : all.front();
 }
 
 double flashInSound(std::filesystem::path const& sound) {

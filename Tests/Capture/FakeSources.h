@@ -5,13 +5,18 @@
 #include <cstdint>
 #include <filesystem>
 #include <limits>
+#include <vector>
 
 namespace tavaro {
 
 /// A scene that several sources capture at once: everything is black and silent until a moment of the media clock, and
-/// from then on white and loud. What they stamp is exact, however late they are served.
+/// from then on white and loud, or, where it blinks, white and black in turn. What they stamp is exact, however late
+/// they are served.
 struct FakeScene {
     double flashAt = 0;
+    double blinkSeconds = std::numeric_limits<double>::infinity();
+
+    bool isWhite(double moment) const;
 };
 
 /// When a source works, in moments of the media clock; at the end of it, it is lost. A microphone may come back.
@@ -31,6 +36,8 @@ std::unique_ptr<SoundSource> fakeMicrophone(FakeScene const& scene, FakeLife con
 
 /// Seconds of a movie, or of a sound, at which the flash is; below 0 where it is not in it.
 double flashInMovie(std::filesystem::path const& movie);
+/// All of them, and the blacks between.
+std::vector<double> blinksInMovie(std::filesystem::path const& movie);
 double flashInSound(std::filesystem::path const& sound);
 
 }

@@ -30,6 +30,7 @@ public:
     void lose(int cycles) { lost_ = cycles; }
     /// Whether it kept every one of its turns. After one that it missed, what it says is heard some cycles later.
     bool isInTime() const { return lateTurns_ == 0; }
+    int lateTurns() const { return lateTurns_; }
 
 private:
     static void onProcess(void* self) { static_cast<TestClicksNode*>(self)->speak(); }

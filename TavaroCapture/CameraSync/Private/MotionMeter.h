@@ -14,6 +14,7 @@ public:
     std::vector<Motion> const& motions() const { return motions_; }
 
 private:
+    DevicePixels pixels_;
     std::vector<float> last_; // brightness by places of a coarse grid
     std::vector<Motion> motions_;
 };

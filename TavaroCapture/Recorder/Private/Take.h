@@ -4,6 +4,7 @@
 #include <TavaroCapture/Events/Private/TakeClock.h>
 #include <TavaroCapture/Recorder/Private/Absences.h>
 #include <TavaroCapture/Recorder/Private/MemoryPressure.h>
+#include <TavaroCapture/Recorder/Private/ScreenPictures.h>
 #include <TavaroCapture/Recorder/Private/SideStream.h>
 #include <TavaroCapture/Recorder/Private/TakeRoom.h>
 #include <TavaroCapture/Recorder/Private/TakeSources.h>
@@ -60,6 +61,7 @@ private:
     void resumeTicks();
     void keepOnDisk();
     void lookAtRoom();
+    std::int64_t indexAt(double time) const;
     void tick(double scheduled);
     void noteStall(std::int64_t from, std::int64_t to);
     void handOn(double time, bool isRepeated);
@@ -86,6 +88,7 @@ private:
     TakeClock clock_;
 
     std::unique_ptr<ScreenSource> screen_;
+    std::optional<ScreenPictures> screenPictures_; // the screen queue's
     Size2 size_;
     int mostFramesUnderWay_ = 0;
     double scaleFactor_ = 1;

@@ -3,6 +3,7 @@
 #include <TavaroCapture/Recorder/Private/DiskRoom.h>
 
 #include <atomic>
+#include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <vector>
@@ -16,8 +17,9 @@ public:
     /// The project's folder may be made later; empty: on the same disk.
     TakeRoom(std::filesystem::path directory, std::filesystem::path const& projectFolder);
 
-    /// Once a second or so, at that time of the take. False where the working folder is gone.
-    bool look(double at);
+    /// Once a second or so, at that time of the take, of which so many bytes were written. False where the working
+    /// folder is gone.
+    bool look(double at, std::uintmax_t written);
     /// None before it can be told. Any thread.
     std::optional<double> seconds() const;
     /// A folder whose disk has no more room: the take has to end now.
@@ -29,7 +31,6 @@ private:
         std::filesystem::path looked; // that or one above it: there now
         DiskRoom room;
     };
-    std::uintmax_t bytesWritten() const;
 
     std::filesystem::path const directory_;
     std::vector<Disk> disks_;

@@ -2,7 +2,8 @@
 
 #include <TavaroCapture/Sources/CaptureSource.h>
 #include <TavaroCore/Values/Geometry.h>
-#include <TavaroMedia/Frames/EncoderPicture.h>
+#include <TavaroMedia/Frames/DevicePictures.h>
+#include <TavaroMedia/Frames/PictureChanges.h>
 
 #include <cstdint>
 #include <functional>
@@ -39,13 +40,15 @@ public:
     virtual void giveUp() {}
     /// BGRX pixels; good until the next `grab`.
     virtual ImageView picture() const = 0;
+    /// Which of them are not as they were before that `grab`, good until the next one. None: all where it says that
+    /// the picture changed, and none else.
+    virtual PictureChanges const* changes() const { return nullptr; }
     /// A sentence: in what it is no longer what it was when it was opened. None: it is as it was.
     virtual std::optional<std::string> remark() const { return std::nullopt; }
 };
 
 struct CapturedPicture {
-    ImageView pixels;
-    PixelOrder order = PixelOrder::rgba;
+    DevicePicture picture;
     double capturedAt = 0; // moment of its exposure on the media clock
 };
 

@@ -1,8 +1,8 @@
 #pragma once
 
 #include <TavaroCapture/X11/Private/SharedPicture.h>
+#include <TavaroMedia/Frames/PictureChanges.h>
 
-#include <algorithm>
 #include <memory>
 #include <optional>
 #include <string>
@@ -15,11 +15,6 @@ struct Rows {
     int bottom = 0;
 
     bool isEmpty() const { return top >= bottom; }
-    Rows unionWith(Rows const& other) const {
-        if (isEmpty()) return other;
-        if (other.isEmpty()) return *this;
-        return {std::min(top, other.top), std::max(bottom, other.bottom)};
-    }
 };
 
 /// What a grabber reads from: knows where the pixels are and which rows were drawn since it was last asked.
@@ -31,8 +26,8 @@ public:
     virtual PixelRect frame() const = 0;
     /// Takes in an event of the connection.
     virtual void handle(xcb_generic_event_t const& event) = 0;
-    /// Rows drawn since the last call, as far as handled events tell. Empties the report.
-    virtual Rows takeDamage() = 0;
+    /// Adds to the picture's changes what was drawn since the last call. Empties the report.
+    virtual void takeDamage(PictureChanges& changes) = 0;
     /// Whether takeDamage would have something to tell.
     virtual bool isDamaged() const = 0;
     /// Reads these rows into their place in `picture`; false when they cannot be read now.

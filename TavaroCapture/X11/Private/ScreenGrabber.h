@@ -17,9 +17,9 @@ namespace tavaro::x11 {
 /// When the window moves, the picture follows; when it grows it is cropped on the right and at the bottom, when it
 /// shrinks the rest is black; minimised, it keeps its last picture.
 ///
-/// The server reports what is drawn, and only rows that changed are read again; an unchanged screen costs almost
-/// nothing. The report is checked four times a second against the whole picture, and no longer trusted once it missed
-/// something.
+/// The server reports what is drawn, and only rows in which something changed are read again; an unchanged screen costs
+/// almost nothing. The report is checked four times a second against the whole picture, and no longer trusted once it
+/// missed something.
 class ScreenGrabber final : public ScreenSource {
 public:
     /// Throws `CaptureError` for a source that cannot be recorded.
@@ -34,6 +34,7 @@ public:
     Outcome grab(double now) override;
     void giveUp() override;
     ImageView picture() const override;
+    PictureChanges const* changes() const override;
     std::optional<std::string> remark() const override;
 
 private:

@@ -22,7 +22,7 @@ struct Seen {
     CameraHandlers handlers() {
         return {.picture =
                     [this](CapturedPicture const& picture) {
-                        auto const shown = timecode::read(picture.pixels);
+                        auto const shown = timecode::read(DevicePixels().of(picture.picture).view);
                         if (!shown || std::abs(picture.capturedAt - *shown) > 1e-5) ++strays;
                         if (count++ == 0) first = picture.capturedAt;
                         last = picture.capturedAt;

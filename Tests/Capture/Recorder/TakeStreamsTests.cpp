@@ -80,6 +80,26 @@ TEST_F(TakeStreamsTest, allStreamsOfATakeAreInStep) {
         EXPECT_GE(stream.segments.size(), 3u) << nameOf(stream.role) << " rotates on its own";
 }
 
+/// Blinks whose moments between two frames are never the same: what is seen is as often too early as too late.
+TEST_F(TakeStreamsTest, theScreenIsNeitherBehindTheSoundNorAheadOfIt) {
+    FakeScene const blinking{mediaClockNow() + 0.3, 0.0531};
+    ScreenRecorder recorder(options(),
+                            {fakeScreen(blinking), fakeEvents(), nullptr, fakeMicrophone(blinking), nullptr});
+    recorder.start();
+    recordUntil(recorder, 2.5);
+    auto const take = recorder.stop();
+    auto const sound = streamOf(take.streams, StreamRole::microphone);
+    double const began = flashInSound(sound.file) + sound.offset;
+    std::vector<double> late;
+    for (double const at : blinksInMovie(take.movie)) {
+        double const blinks = (at - began) / blinking.blinkSeconds;
+        late.push_back((blinks - std::round(blinks)) * blinking.blinkSeconds);
+    }
+    ASSERT_GE(late.size(), 20u);
+    std::ranges::sort(late);
+    EXPECT_NEAR(late[late.size() / 2], 0, screenFrame / 4);
+}
+
 namespace {
 
 /// Hangs once, for longer than a second.

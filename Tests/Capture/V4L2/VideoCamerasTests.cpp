@@ -22,7 +22,7 @@ public:
     CameraHandlers handlers() {
         return {.picture =
                     [this](CapturedPicture const& picture) {
-                        auto const shown = timecode::read(picture.pixels);
+                        auto const shown = timecode::read(DevicePixels().of(picture.picture).view);
                         std::lock_guard const guard(lock_);
                         stamps_.push_back(picture.capturedAt);
                         errors_.push_back(shown ? picture.capturedAt - *shown : 1e9);

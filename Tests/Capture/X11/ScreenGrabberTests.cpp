@@ -65,6 +65,65 @@ TEST_F(ScreenGrabberTest, everyRandomDrawingIsInTheNextPicture) {
     }
 }
 
+TEST_F(ScreenGrabberTest, onlyWhatWasDrawnIsToldAsChanged) {
+    auto const window = client->makeWindow({.frame = {40, 30, 400, 300}, .windowClass = "Filmed", .color = 0});
+    auto const expectNoMore = [&](CaptureSource const& source, PixelPoint const& corner) {
+        ScreenGrabber grabber(source, display->name());
+        EXPECT_EQ(grabber.grab(0), Outcome::changed);
+        EXPECT_TRUE(grabber.changes()->isWhole());
+        EXPECT_TRUE(eventually([&] { return grabber.grab(0) == Outcome::unchanged; }));
+        client->fill(window, {50, 20, 10, 4}, 0xff8000);
+        client->fill(window, {200, 120, 30, 2}, 0x0080ff); // a rectangle around both would be far larger
+        auto told = *grabber.changes();
+        EXPECT_TRUE(told.isEmpty());
+        auto const columns = [&](int y) {
+            auto const [begin, end] = told.columns((corner.y + y) / 2);
+            return std::pair(begin - corner.x, end - corner.x);
+        };
+        EXPECT_TRUE(eventually([&] {
+            grabber.grab(0);
+            told.add(*grabber.changes());
+            return columns(120) == std::pair(200, 230);
+        }));
+        EXPECT_EQ(columns(20), std::pair(50, 60));
+        EXPECT_TRUE(told.columns((corner.y + 60) / 2).isEmpty());
+    };
+    expectNoMore(DisplaySource{}, {40, 30});
+    expectNoMore(WindowSource{window}, {0, 0});
+}
+
+/// What is drawn beside what was reported is read with it, and must not be missed for longer than a second.
+TEST_F(ScreenGrabberTest, aPictureReadInPartsIsToldWholeOnceInAWhile) {
+    auto const window = client->makeWindow({.frame = {0, 0, 640, 480}, .color = 0});
+    ScreenGrabber grabber(DisplaySource{}, display->name());
+    double now = 10;
+    auto const settle = [&] { return eventually([&] { return grabber.grab(now) == Outcome::unchanged; }); };
+    auto const isToldWhole = [&](int y) {
+        client->fill(window, {10, y, 10, 10}, 0xffffff);
+        bool isWhole = false;
+        EXPECT_TRUE(eventually([&] {
+            bool const isChanged = grabber.grab(now) == Outcome::changed;
+            isWhole = isWhole || grabber.changes()->isWhole();
+            return isChanged;
+        }));
+        return isWhole;
+    };
+    grabber.grab(now);
+    ASSERT_TRUE(settle());
+    EXPECT_FALSE(isToldWhole(10));
+    now += 1.1;
+    EXPECT_TRUE(isToldWhole(30)) << "drawn on";
+    ASSERT_TRUE(settle());
+    EXPECT_FALSE(isToldWhole(50));
+    ASSERT_TRUE(settle());
+    now += 0.3;
+    EXPECT_EQ(grabber.grab(now), Outcome::unchanged);
+    EXPECT_TRUE(grabber.changes()->isWhole()) << "at rest";
+    now += 0.3;
+    EXPECT_EQ(grabber.grab(now), Outcome::unchanged);
+    EXPECT_TRUE(grabber.changes()->isEmpty());
+}
+
 TEST_F(ScreenGrabberTest, aCoveredWindowIsShownWholeAndFollowedWhenItMoves) {
     auto const window = client->makeWindow({.frame = {50, 40, 200, 100}, .windowClass = "Filmed", .color = 0x00ff00});
     client->makeWindow({.frame = {60, 50, 300, 300}, .windowClass = "Other", .color = 0xff0000});

@@ -138,6 +138,65 @@ TEST(ColorKernels, rowsForAnEncoderHaveTheColoursOfBT709WithinOneLevel) {
     }
 }
 
+// The definition: to red, green and blue by one standard, and back by the other.
+TEST(ColorKernels, rowsOfAnotherStandardHaveTheColoursOfBT709WithinOneLevel) {
+    Reference const film{{0.2126, 0.0722}, SampleRange::limited};
+    for (auto const weights : {LumaWeights{0.2126, 0.0722}, LumaWeights{0.299, 0.114}, LumaWeights{0.2627, 0.0593}}) {
+        for (auto const range : {SampleRange::limited, SampleRange::full}) {
+            Reference const camera{weights, range};
+            for (auto const width : widths) {
+                std::mt19937 random(static_cast<unsigned>(width));
+                SCOPED_TRACE(width);
+                auto const count = static_cast<std::size_t>(width), half = count / 2;
+                std::vector<std::uint8_t> const luma[2] = {samples(random, count), samples(random, count)};
+                auto const cb = samples(random, half), cr = samples(random, half);
+                std::vector<std::uint8_t> y0(count + 64, guard), y1 = y0, madeCb(half + 64, guard), madeCr = madeCb;
+                rowsToBT709({{luma[0].data(), luma[1].data()}, cb.data(), cr.data()}, width, ToBT709(weights, range),
+                            {{y0.data(), y1.data()}, madeCb.data(), madeCr.data()});
+                auto const chroma = [&](auto const& plane, std::size_t x) {
+                    auto const next = std::min(x / 2 + 1, half - 1);
+                    return x % 2 == 0 ? plane[x / 2] : (plane[x / 2] + plane[next]) / 2.0;
+                };
+                for (std::size_t x = 0; x < count; ++x) {
+                    auto const expect = [&](std::uint8_t made, double wanted, double most) {
+                        ASSERT_NEAR(made, std::round(std::clamp(wanted, 16.0, most)), 1) << x;
+                    };
+                    auto const colors = [&](std::uint8_t y) { return camera.rgb(y, chroma(cb, x), chroma(cr, x)); };
+                    expect(y0[x], film.y(colors(luma[0][x])), 235);
+                    expect(y1[x], film.y(colors(luma[1][x])), 235);
+                    if (x % 2 == 1) continue;
+                    expect(madeCb[x / 2], film.cb(colors(100)), 240);
+                    expect(madeCr[x / 2], film.cr(colors(100)), 240);
+                }
+                for (std::size_t i = 0; i < 64; ++i)
+                    ASSERT_TRUE(y0[count + i] == guard && y1[count + i] == guard && madeCb[half + i] == guard &&
+                                madeCr[half + i] == guard);
+            }
+        }
+    }
+}
+
+TEST(ColorKernels, theSamplesOf422AreTakenApartAtAnyWidth) {
+    std::mt19937 random(3);
+    for (auto const order : {Order422::lumaFirst, Order422::chromaFirst}) {
+        for (std::size_t width = 1; width < 300; width += width < 140 ? 1 : 37) {
+            std::size_t const pairs = (width + 1) / 2;
+            std::vector<std::uint8_t> const upper = samples(random, 4 * pairs), lower = samples(random, 4 * pairs);
+            std::uint8_t const* const rows[2] = {upper.data(), lower.data()};
+            std::vector<std::uint8_t> y0(width + 64, guard), y1 = y0, cb(pairs + 64, guard), cr = cb;
+            rowsFrom422(rows, order, static_cast<int>(width), {{y0.data(), y1.data()}, cb.data(), cr.data()});
+            std::size_t const lumaAt = order == Order422::lumaFirst ? 0 : 1;
+            for (std::size_t x = 0; x < width; ++x)
+                ASSERT_TRUE(y0[x] == upper[2 * x + lumaAt] && y1[x] == lower[2 * x + lumaAt]) << width << ", " << x;
+            for (std::size_t i = 0; i < pairs; ++i) {
+                auto const mean = [&](std::size_t at) { return (upper[4 * i + at] + lower[4 * i + at] + 1) / 2; };
+                ASSERT_TRUE(cb[i] == mean(1 - lumaAt) && cr[i] == mean(3 - lumaAt)) << width << ", " << i;
+            }
+            ASSERT_TRUE(y0[width] == guard && y1[width] == guard && cb[pairs] == guard && cr[pairs] == guard) << width;
+        }
+    }
+}
+
 TEST(ColorKernels, greyTextComesBackAsItWas) {
     constexpr int width = 254;
     std::mt19937 random(5);
