@@ -1,7 +1,7 @@
 #include <TavaroCore/Editing/TimelineEdits.h>
 
 #include <TavaroCore/Editing/Private/PictureRange.h>
-#include <TavaroCore/Editing/Private/TimedLists.h>
+#include <TavaroCore/Editing/TimedLists.h>
 #include <TavaroCore/Timeline/Private/TimelineMath.h>
 
 #include <cmath>

@@ -1,6 +1,6 @@
 #include <TavaroCore/Editing/TimelineEdits.h>
 
-#include <TavaroCore/Editing/Private/TimedLists.h>
+#include <TavaroCore/Editing/TimedLists.h>
 
 #include <cmath>
 

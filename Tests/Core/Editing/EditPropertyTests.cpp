@@ -2,7 +2,7 @@
 
 #include <TavaroCore/Editing/ClipEdits.h>
 #include <TavaroCore/Editing/Private/EditError.h>
-#include <TavaroCore/Editing/Private/TimedLists.h>
+#include <TavaroCore/Editing/TimedLists.h>
 #include <TavaroCore/Editing/RangeEdits.h>
 #include <TavaroCore/Editing/SilenceRemoval.h>
 #include <TavaroCore/Editing/TimelineEdits.h>

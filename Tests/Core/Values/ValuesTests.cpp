@@ -1,4 +1,4 @@
-#include <TavaroCore/Records/Private/Hash.h>
+#include <TavaroCore/Records/Hash.h>
 #include <TavaroCore/Values/Easing.h>
 #include <TavaroCore/Values/Geometry.h>
 #include <TavaroCore/Values/RGBAColor.h>

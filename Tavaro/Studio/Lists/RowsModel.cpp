@@ -1,0 +1,1 @@
+#include <Tavaro/Studio/Lists/RowsModel.h>

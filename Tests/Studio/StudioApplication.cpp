@@ -1,0 +1,25 @@
+#include <gtest/gtest.h>
+
+#include <QGuiApplication>
+
+#include <memory>
+
+namespace {
+
+/// The one application object that Qt wants, for every test of the program, without a display.
+class StudioApplication : public testing::Environment {
+    void SetUp() override {
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+        application_ = std::make_unique<QGuiApplication>(count_, arguments_);
+    }
+    void TearDown() override { application_.reset(); }
+
+    int count_ = 1;
+    char name_[12] = "StudioTests";
+    char* arguments_[2] = {name_, nullptr};
+    std::unique_ptr<QGuiApplication> application_;
+};
+
+[[maybe_unused]] auto* const registered = testing::AddGlobalTestEnvironment(new StudioApplication);
+
+}
