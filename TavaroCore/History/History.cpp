@@ -1,23 +1,36 @@
 #include <TavaroCore/History/History.h>
 
+#include <ranges>
+
 namespace tavaro {
+
+namespace {
+
+std::string menuName(StepLabel const& label) {
+    std::string name(label.name);
+    if (!label.agent.empty()) name.append(" (").append(label.agent).append(")");
+    return name;
+}
+
+}
 
 History::History(DemoProject project) : History(std::move(project), Limits{}) {}
 
 History::History(DemoProject project, Limits limits) : project_(std::move(project)), limits_(limits) {}
 
-bool History::edit(std::string_view name, FunctionRef<void(DemoProject&)> change, EditGroup group) {
+bool History::edit(StepLabel const& label, FunctionRef<void(DemoProject&)> change, EditGroup group) {
     DemoProject after = project_;
     change(after);
-    return replace(name, std::move(after), group);
+    return replace(label, std::move(after), group);
 }
 
-bool History::replace(std::string_view name, DemoProject project, EditGroup group) {
+bool History::replace(StepLabel const& label, DemoProject project, EditGroup group) {
     auto back = ProjectDelta::between(project, project_);
     if (back.isEmpty()) return false;
     lastChange_ = back.changedFields();
     for (auto const& step : undone_) forget(step.bytes());
     undone_.clear();
+    auto name = menuName(label);
     if (continues(name, group)) {
         // The step then leads from here to where the whole group began.
         auto step = std::move(done_.back());
@@ -31,7 +44,8 @@ bool History::replace(std::string_view name, DemoProject project, EditGroup grou
         }
         done_.push_back(std::move(step));
     } else {
-        done_.push_back({std::string(name), group, revision_, std::move(back)});
+        done_.push_back(
+            {std::move(name), label.maker, std::string(label.agent), ++lastStep_, group, revision_, std::move(back)});
     }
     keptBytes_ += done_.back().bytes();
     project_ = std::move(project);
@@ -88,6 +102,19 @@ std::optional<std::string_view> History::undoName() const {
 std::optional<std::string_view> History::redoName() const {
     if (undone_.empty()) return std::nullopt;
     return undone_.back().name;
+}
+
+ListedStep History::Step::listed(bool isUndone) const {
+    auto const suffix = agent.empty() ? 0 : agent.size() + 3; // " (…)"
+    return {number, name.substr(0, name.size() - suffix), maker, agent, isUndone};
+}
+
+std::vector<ListedStep> History::steps() const {
+    std::vector<ListedStep> steps;
+    steps.reserve(stepCount());
+    for (auto const& step : done_) steps.push_back(step.listed(false));
+    for (auto const& step : undone_ | std::views::reverse) steps.push_back(step.listed(true));
+    return steps;
 }
 
 }

@@ -5,6 +5,7 @@
 #include <TavaroCore/Project/DemoProject.h>
 #include <TavaroCore/Records/FunctionRef.h>
 
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <deque>
@@ -19,6 +20,31 @@ namespace tavaro {
 struct EditGroup {
     std::uint64_t number = 0; // 0: a step of its own
     bool operator==(EditGroup const&) const = default;
+};
+
+/// Who makes the steps of a document.
+enum class StepMaker { person, agent, otherProgram };
+
+/// What a step is called, and who made it. Its name for the menus has an agent's in it: "Cut (claude-code)".
+struct StepLabel {
+    template<std::convertible_to<std::string_view> Name> StepLabel(Name const& name) : name(name) {}
+    StepLabel(std::string_view name, StepMaker maker, std::string_view agent = {})
+        : name(name)
+        , maker(maker)
+        , agent(agent) {}
+
+    std::string_view name;
+    StepMaker maker = StepMaker::person;
+    std::string_view agent; // by its name
+};
+
+/// A step as it is listed.
+struct ListedStep {
+    std::uint64_t number = 0; // names the step for as long as it is there
+    std::string name;
+    StepMaker maker = StepMaker::person;
+    std::string agent;
+    bool isUndone = false;
 };
 
 /// A document under edit and the way back and forth. Each step has a name for the menus ("Cut", "Polish") and keeps
@@ -41,9 +67,9 @@ public:
 
     /// One step: runs `change` on the document. A change that throws leaves everything as it was and passes on; one
     /// that changes nothing is no step, and false.
-    bool edit(std::string_view name, FunctionRef<void(DemoProject&)> change, EditGroup group = {});
+    bool edit(StepLabel const& label, FunctionRef<void(DemoProject&)> change, EditGroup group = {});
     /// The same for an edit that was made elsewhere.
-    bool replace(std::string_view name, DemoProject project, EditGroup group = {});
+    bool replace(StepLabel const& label, DemoProject project, EditGroup group = {});
 
     /// A group that no step has yet.
     EditGroup newGroup() { return {++lastGroup_}; }
@@ -56,6 +82,8 @@ public:
     /// Name of the step that `undo` takes back, or `redo` brings back.
     std::optional<std::string_view> undoName() const;
     std::optional<std::string_view> redoName() const;
+    /// Every step, oldest first; those that are undone come last.
+    std::vector<ListedStep> steps() const;
 
     std::size_t stepCount() const { return undone_.size() + done_.size(); }
     /// Memory that the steps hold beside the present document.
@@ -63,12 +91,16 @@ public:
 
 private:
     struct Step {
-        std::string name;
+        std::string name; // for the menus
+        StepMaker maker = StepMaker::person;
+        std::string agent;
+        std::uint64_t number = 0;
         EditGroup group;
         std::uint64_t revision = 0; // of the document that `delta` leads to
         ProjectDelta delta;
 
-        std::size_t bytes() const { return sizeof(Step) + name.capacity() + delta.bytes(); }
+        std::size_t bytes() const { return sizeof(Step) + name.capacity() + agent.capacity() + delta.bytes(); }
+        ListedStep listed(bool isUndone) const;
     };
 
     bool continues(std::string_view name, EditGroup group) const;
@@ -83,6 +115,7 @@ private:
     std::uint64_t revision_ = 0;
     std::uint64_t lastRevision_ = 0;
     std::uint64_t lastGroup_ = 0;
+    std::uint64_t lastStep_ = 0;
     ChangedFields lastChange_;
     bool groupIsOpen_ = false; // nothing but edits happened since the last step
     std::size_t keptBytes_ = 0;

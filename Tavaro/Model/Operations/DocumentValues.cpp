@@ -105,54 +105,69 @@ template<RecordType R> constexpr bool limitsFieldsOnly() {
     return true;
 }
 
+/// Where a value is: written out only where something is wrong with it, since a document has a hundred thousand of
+/// them.
+struct Path {
+    Path const* before = nullptr;
+    std::string_view name = {}; // of a field or a case
+    std::size_t index = 0;      // of an item, where there is no name
+
+    std::string text() const {
+        auto const above = before ? before->text() : std::string();
+        if (name.empty()) return fmt::format("{}[{}]", above, index);
+        return above.empty() ? std::string(name) : fmt::format("{}.{}", above, name);
+    }
+};
+
 /// Walks values with their paths and gathers what is out of its limits.
 class Problems {
 public:
-    template<class T> void look(T const& value, Limits limits, std::string const& path) {
+    template<class T> void look(T const& value, Limits limits, Path const& path) {
         if constexpr (std::is_arithmetic_v<T> && !std::is_same_v<T, bool>)
             lookAtNumber(static_cast<double>(value), limits, path);
         else if constexpr (RecordType<T>)
-            lookInside(value, path + ".");
+            lookInside(value, path);
         else if constexpr (CaseType<T>)
-            std::visit([&](auto const& content) { look(content, {}, path + "." + caseName(value)); }, value.content);
+            std::visit(
+                [&](auto const& content) {
+                    look(content, {}, {&path, T::caseNames[value.content.index()]});
+                },
+                value.content);
     }
-    template<class T> void look(std::optional<T> const& value, Limits limits, std::string const& path) {
+    template<class T> void look(std::optional<T> const& value, Limits limits, Path const& path) {
         if (value) look(*value, limits, path);
     }
-    template<class T> void look(CopyOnWrite<T> const& value, Limits limits, std::string const& path) {
+    template<class T> void look(CopyOnWrite<T> const& value, Limits limits, Path const& path) {
         look(*value, limits, path);
     }
-    template<class T> void look(std::vector<T> const& list, Limits limits, std::string const& path) {
-        for (std::size_t i = 0; i < list.size(); ++i) look(list[i], limits, fmt::format("{}[{}]", path, i));
+    template<class T> void look(std::vector<T> const& list, Limits limits, Path const& path) {
+        for (std::size_t i = 0; i < list.size(); ++i) look(list[i], limits, {&path, {}, i});
         if constexpr (requires(T item) { item.id <=> UUID{}; }) lookForTwins(list, path);
     }
 
     std::set<std::string> found;
 
 private:
-    template<class R> void lookInside(R const& record, std::string const& before) {
+    template<class R> void lookInside(R const& record, Path const& path) {
         static_assert(limitsFieldsOnly<R>());
         forEachField<R>([&](auto const& field) {
-            look(record.*field.member, limitsFor<R>(field.name), before + std::string(field.name));
+            look(record.*field.member, limitsFor<R>(field.name), Path{&path, field.name});
         });
     }
-    template<class C> static std::string caseName(C const& value) {
-        return std::string(C::caseNames[value.content.index()]);
-    }
     /// Who edits an item by its identity means one.
-    template<class T> void lookForTwins(std::vector<T> const& list, std::string const& path) {
+    template<class T> void lookForTwins(std::vector<T> const& list, Path const& path) {
         std::map<UUID, std::size_t> known;
         for (std::size_t i = 0; i < list.size(); ++i) {
             auto const [first, isNew] = known.try_emplace(list[i].id, i);
             if (isNew) continue;
-            found.insert(
-                fmt::format("{0}[{1}].id: {0}[{2}] has the same, {3}", path, i, first->second, list[i].id.text()));
+            found.insert(fmt::format("{0}[{1}].id: {0}[{2}] has the same, {3}", path.text(), i, first->second,
+                                     list[i].id.text()));
         }
     }
-    void lookAtNumber(double value, Limits limits, std::string const& path) {
+    void lookAtNumber(double value, Limits limits, Path const& path) {
         if (value >= limits.least && value <= limits.most) return;
-        found.insert(
-            fmt::format("{}: expected a number from {} to {}, found {}", path, limits.least, limits.most, value));
+        found.insert(fmt::format("{}: expected a number from {} to {}, found {}", path.text(), limits.least,
+                                 limits.most, value));
     }
 };
 
@@ -172,7 +187,7 @@ void lookAtName(std::string const& name, std::set<std::string>& problems) {
 std::set<std::string> valueProblems(DemoProject const& project, std::set<std::string_view> const& fields) {
     Problems problems;
     forEachField<DemoProject>([&](auto const& field) {
-        if (fields.contains(field.name)) problems.look(project.*field.member, {}, std::string(field.name));
+        if (fields.contains(field.name)) problems.look(project.*field.member, {}, Path{nullptr, field.name});
     });
     if (fields.contains("name")) lookAtName(project.name, problems.found);
     return problems.found;

@@ -111,6 +111,19 @@ JSONValue::Object patchOf(std::string_view path, JSONValue value) {
     }
 }
 
+/// Adds one object's members to another's, at any depth.
+void addTo(JSONValue::Object& all, JSONValue::Object more) {
+    for (auto& [key, value] : more) {
+        auto const [member, isNew] = all.try_emplace(key);
+        auto* const both = std::get_if<JSONValue::Object>(&member->second.content);
+        auto* const added = std::get_if<JSONValue::Object>(&value.content);
+        if (!isNew && both && added)
+            addTo(*both, std::move(*added));
+        else
+            member->second = std::move(value);
+    }
+}
+
 bool isNumberOrSwitch(JSONValue const& value) {
     return value.as<std::int64_t>() || value.as<double>() || value.as<bool>();
 }
@@ -153,6 +166,14 @@ std::string apply(DemoProject& project, Patch const& patch) {
 std::string apply(DemoProject& project, SetFields const& fields) {
     auto const before = project;
     for (auto const& change : fields.changes) set(project, change);
+    return difference(before, project);
+}
+
+std::string apply(DemoProject& project, std::vector<FieldChange> const& changes) {
+    auto const before = project;
+    JSONValue::Object patch;
+    for (auto const& change : changes) addTo(patch, patchOf(change.path, change.value));
+    merge(project, std::move(patch), ListItems::byNumber);
     return difference(before, project);
 }
 

@@ -50,8 +50,15 @@ struct SetFields {
 };
 static_assert(listsEveryField<SetFields>);
 
+/// The same for code that has paths and values, all at once; each path begins at a field of the document.
+struct FieldChange {
+    std::string path;
+    JSONValue value;
+};
+
 std::string apply(DemoProject& project, Patch const& patch);
 std::string apply(DemoProject& project, SetFields const& fields);
+std::string apply(DemoProject& project, std::vector<FieldChange> const& changes);
 
 }
 

@@ -51,4 +51,17 @@ EditReport perform(DemoProject& project, Operation const& operation, ProjectPack
     return report;
 }
 
+EditReport perform(DemoProject& project, std::vector<operations::FieldChange> const& changes,
+                   ProjectPackage const& package) {
+    auto edited = project;
+    EditReport report{.operation = std::string(operations::SetFields::info.name),
+                      .summary = apply(edited, changes),
+                      .isChanged = !(edited == project),
+                      .durationBefore = project.duration(),
+                      .duration = edited.duration()};
+    expectAssets(package, project, edited);
+    project = std::move(edited);
+    return report;
+}
+
 }

@@ -3,6 +3,7 @@
 #include <Tavaro/Model/Operations/Operation.h>
 
 #include <string>
+#include <vector>
 
 namespace tavaro {
 
@@ -30,5 +31,9 @@ static_assert(listsEveryField<EditReport>);
 EditReport perform(DemoProject& project, Operation const& operation);
 /// The same for a document of that package: also refuses to name media files that the package does not have.
 EditReport perform(DemoProject& project, Operation const& operation, ProjectPackage const& package);
+
+/// The same for fields that are changed at once.
+EditReport perform(DemoProject& project, std::vector<operations::FieldChange> const& changes,
+                   ProjectPackage const& package);
 
 }

@@ -80,7 +80,7 @@ void OpenProject::lockIfNeeded(Lock& lock) const {
     }
 }
 
-StepOutcome OpenProject::edit(std::string_view step, FunctionRef<void(DemoProject&)> change, EditGroup group) {
+StepOutcome OpenProject::edit(StepLabel const& step, FunctionRef<void(DemoProject&)> change, EditGroup group) {
     expectOwnThread();
     takeInOutside();
     StepOutcome outcome{.durationBefore = document().duration()};
@@ -103,7 +103,7 @@ SaveOutcome OpenProject::save() {
 }
 
 /// The step follows the saving, so that one which fails leaves no trace in the history.
-StepOutcome OpenProject::commit(std::string_view step, FunctionRef<void(DemoProject&)> change) {
+StepOutcome OpenProject::commit(StepLabel const& step, FunctionRef<void(DemoProject&)> change) {
     expectOwnThread();
     Lock lock;
     lockIfNeeded(lock);
@@ -159,7 +159,7 @@ void OpenProject::takeIn(DemoProject project) {
     savedAt_ = std::exchange(project.modifiedAt, document().modifiedAt);
     if (savedRevision_ && project == stored_) return notify({.savedState = true}); // the same, written again
     stored_ = project;
-    bool const isChanged = history_.replace("Changed Outside", std::move(project));
+    bool const isChanged = history_.replace({"Changed Outside", StepMaker::otherProgram}, std::move(project));
     savedRevision_ = history_.revision();
     notify(
         {.fields = isChanged ? history_.lastChange() : ChangedFields{}, .savedState = true, .fromOutside = isChanged});

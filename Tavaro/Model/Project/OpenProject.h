@@ -102,19 +102,21 @@ public:
 
     /// One step of the document's history, named for the menus. What others saved is taken in first. A change that
     /// throws leaves everything as it was; edits of one group become one step.
-    StepOutcome edit(std::string_view step, FunctionRef<void(DemoProject&)> change, EditGroup group = {});
+    StepOutcome edit(StepLabel const& step, FunctionRef<void(DemoProject&)> change, EditGroup group = {});
     EditGroup newGroup() { return history_.newGroup(); }
     /// Writes the document when there is something to save. Throws `FileError`, and then nothing has changed.
     SaveOutcome save();
     /// `edit` and `save` in one, under one lock: when it returns, the change is on the disk. When it throws, because
     /// the change was refused or could not be saved, document and history are without it.
-    StepOutcome commit(std::string_view step, FunctionRef<void(DemoProject&)> change);
+    StepOutcome commit(StepLabel const& step, FunctionRef<void(DemoProject&)> change);
 
     /// False when there is no step to go to.
     bool undo();
     bool redo();
     std::optional<std::string_view> undoName() const { return history_.undoName(); }
     std::optional<std::string_view> redoName() const { return history_.redoName(); }
+    /// Every step, oldest first; those that are undone come last.
+    std::vector<ListedStep> steps() const { return history_.steps(); }
 
     /// Looks whether another program saved. True when the document changed. Cheap when nothing did (one `stat`).
     bool refresh();

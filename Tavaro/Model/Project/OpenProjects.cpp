@@ -76,7 +76,7 @@ void OpenProjects::keep(Opened const& project) {
 
 StepOutcome commitFor(OpenProject& project, std::string_view client, std::string_view step,
                       FunctionRef<void(DemoProject&)> change) {
-    return project.commit(fmt::format("{} ({})", step, client), change);
+    return project.commit({step, StepMaker::agent, client}, change);
 }
 
 }

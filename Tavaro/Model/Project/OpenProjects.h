@@ -48,7 +48,7 @@ private:
     SideQueue side_;
 };
 
-/// The same as `commit` for somebody who works from afar: the step's name says who, "Cut (claude-code)".
+/// The same as `commit` for an agent: the step says which, "Cut (claude-code)".
 StepOutcome commitFor(OpenProject& project, std::string_view client, std::string_view step,
                       FunctionRef<void(DemoProject&)> change);
 

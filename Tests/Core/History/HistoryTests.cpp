@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <limits>
 #include <stdexcept>
 
@@ -166,4 +167,31 @@ TEST(History, keepsOnlyWhatStepsDoNotShareAndForgetsTheOldestFirst) {
     history.edit("Rename", [](DemoProject& renamed) { renamed.name = "y"; });
     EXPECT_EQ(history.undoName(), "Rename");
     EXPECT_LT(history.keptBytes(), 1000u);
+}
+
+TEST(History, itsListTellsWhoMadeEachStepAndWhichAreUndone) {
+    History history{DemoProject{}};
+    auto const rename = [&](StepLabel const& label) {
+        history.edit(label, [&](DemoProject& project) { project.name += label.name; });
+    };
+    rename("Cut");
+    rename({"Polish", StepMaker::agent, "claude-code"});
+    rename({"Changed Outside", StepMaker::otherProgram});
+    history.undo();
+    EXPECT_EQ(history.undoName(), "Polish (claude-code)");
+    auto const steps = history.steps();
+    ASSERT_EQ(steps.size(), 3u);
+    EXPECT_EQ(steps[1].name, "Polish");
+    EXPECT_EQ(steps[1].agent, "claude-code");
+    EXPECT_EQ(steps[0].maker, StepMaker::person);
+    EXPECT_EQ(steps[1].maker, StepMaker::agent);
+    EXPECT_EQ(steps[2].maker, StepMaker::otherProgram);
+    EXPECT_EQ((std::array{steps[0].isUndone, steps[1].isUndone, steps[2].isUndone}), (std::array{false, false, true}));
+
+    // A step keeps its number there and back; a new one in place of undone ones has another.
+    history.redo();
+    EXPECT_EQ(history.steps()[2].number, steps[2].number);
+    history.undo();
+    rename("Zoom");
+    EXPECT_NE(history.steps()[2].number, steps[2].number);
 }

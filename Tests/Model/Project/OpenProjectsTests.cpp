@@ -89,6 +89,7 @@ TEST_F(OpenProjectsTest, anEditFromAfarIsOneNamedStepOnTheDiskAndGoesBackToTheLa
     EXPECT_TRUE(outcome.isChanged);
     EXPECT_EQ(ProjectPackage(folder / "one.recproj").load().name, "two");
     EXPECT_EQ(open->undoName(), "Rename (claude-code)");
+    EXPECT_EQ(open->steps().back().maker, StepMaker::agent);
     EXPECT_FALSE(commitFor(*open, "claude-code", "Rename", [](DemoProject&) {}).isChanged);
     EXPECT_TRUE(projects.find(id)->undo());
     EXPECT_EQ(encodeProject(open->document()), before);
