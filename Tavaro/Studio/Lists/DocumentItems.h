@@ -6,12 +6,21 @@
 #include <array>
 #include <concepts>
 #include <cstddef>
+#include <cstring>
 #include <optional>
 #include <string_view>
 #include <type_traits>
 #include <vector>
 
 namespace tavaro {
+
+struct UUIDHash {
+    std::size_t operator()(UUID const& id) const {
+        std::array<std::size_t, 2> halves{}; // random by themselves
+        std::memcpy(halves.data(), id.bytes.data(), sizeof halves);
+        return halves[0] ^ halves[1];
+    }
+};
 
 /// What a list of the document holds, for views and selections.
 enum class ItemKind { clip, zoom, overlay, silence, caption, scene, sound, voiceover, cameraMove, track, redaction };

@@ -8,8 +8,6 @@
 
 #include <TavaroCore/Records/Hash.h>
 
-#include <array>
-#include <cstring>
 #include <functional>
 #include <memory>
 #include <span>
@@ -17,14 +15,6 @@
 #include <vector>
 
 namespace tavaro {
-
-struct UUIDHash {
-    std::size_t operator()(UUID const& id) const {
-        std::array<std::size_t, 2> halves{}; // random by themselves
-        std::memcpy(halves.data(), id.bytes.data(), sizeof halves);
-        return halves[0] ^ halves[1];
-    }
-};
 
 /// The items of a kind, of every list of the document that has them, as rows known by the items' identity. A role for
 /// each field of the record (`identity` for `id`), and: `title`; `from` and `length`, the output seconds that it takes;

@@ -1,0 +1,16 @@
+#include <Tavaro/Studio/Inspectors/FieldRows.h>
+
+#include <array>
+
+namespace tavaro {
+
+std::string choiceLabel(std::string_view name) {
+    static constexpr std::array<std::pair<std::string_view, std::string_view>, 2> known{
+        {{"apiKey", "API Key"}, {"email", "E-Mail Address"}}};
+    for (auto const& [each, label] : known) {
+        if (each == name) return std::string(label);
+    }
+    return inWords(name);
+}
+
+}
