@@ -1,8 +1,8 @@
 #include <Tavaro/Commands/Command.h>
 
 #include <Tavaro/Agents/MCPConsent.h>
+#include <Tavaro/Agents/MCPRegistrations.h>
 #include <Tavaro/Commands/Checks.h>
-#include <Tavaro/Commands/MCPRegistrations.h>
 #include <Tavaro/Commands/Terminal.h>
 
 #include <TavaroCore/Errors/Excerpt.h>

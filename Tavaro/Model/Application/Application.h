@@ -42,6 +42,11 @@ public:
     ExportController& exporter() { return exporter_; }
     FrameDrawer& frames() { return frames_; }
 
+    /// A free place in the library for a project of that name.
+    std::filesystem::path newProject(std::string_view name) const;
+    /// Where its projects are, the place for new ones first.
+    std::vector<std::filesystem::path> const& library() const { return places_.library; }
+
     /// What can be recorded now. The failure is `CaptureError`.
     void sources(std::function<void(Outcome<SourceList> const&)> answer);
     /// The project of that id, opened where it is not open yet. The failures are `NoSuchProject` and `FileError`.
@@ -57,8 +62,6 @@ public:
     void end();
 
 private:
-    std::filesystem::path newProject(std::string_view name) const;
-
     ApplicationPlaces const places_;
     Preferences preferences_;
     ProjectCatalogue catalogue_;

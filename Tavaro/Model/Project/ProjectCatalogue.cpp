@@ -21,17 +21,22 @@ struct ProjectCatalogue::Search {
     ProjectLibrary library;
     std::map<UUID, fs::path> known = {}; // where each was found the last time
 
+    Listed found() const;
     Listed all();
     std::optional<LibraryItem> whereKnown(UUID const& id) const;
     LibraryItem find(UUID const& id);
 };
 
-ProjectCatalogue::Listed ProjectCatalogue::Search::all() {
+ProjectCatalogue::Listed ProjectCatalogue::Search::found() const {
     std::vector<fs::path> there;
     std::error_code ignored;
     std::copy_if(folders.begin(), folders.end(), std::back_inserter(there),
                  [&](fs::path const& folder) { return fs::is_directory(folder, ignored); });
-    auto listed = library.list(there);
+    return library.list(there);
+}
+
+ProjectCatalogue::Listed ProjectCatalogue::Search::all() {
+    auto listed = found();
     std::erase_if(listed, [](LibraryItem const& item) { return !item.id || item.problem; });
     // What was meant before goes before what is newer.
     std::map<UUID, fs::path> meant;
@@ -77,6 +82,10 @@ void ProjectCatalogue::list(std::size_t atMost, std::function<void(Outcome<Liste
             return listed;
         },
         std::move(answer));
+}
+
+void ProjectCatalogue::listAll(std::function<void(Outcome<Listed> const&)> answer) {
+    side_.ask([search = search_] { return search->found(); }, std::move(answer));
 }
 
 void ProjectCatalogue::find(UUID const& id, std::function<void(Outcome<LibraryItem> const&)> answer) {

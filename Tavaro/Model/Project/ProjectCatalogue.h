@@ -29,6 +29,8 @@ public:
     /// Those that can be opened, the newest first, each id once.
     using Listed = std::vector<LibraryItem>;
     void list(std::size_t atMost, std::function<void(Outcome<Listed> const&)> answer);
+    /// All that is there, the newest first: also copies that share an id, and what cannot be opened, with why not.
+    void listAll(std::function<void(Outcome<Listed> const&)> answer);
     /// Costs a look at the project alone when it was found before. The failure is `NoSuchProject`.
     void find(UUID const& id, std::function<void(Outcome<LibraryItem> const&)> answer);
 

@@ -46,6 +46,14 @@ protected:
         for (auto const& item : outcome.value()) names.push_back(item.path.stem());
         return names;
     }
+    /// Of all that is there; "!" with what cannot be opened.
+    std::vector<std::string> listedAll() {
+        auto const outcome =
+            answered<ProjectCatalogue::Listed>(queue, [&](auto answer) { catalogue.listAll(std::move(answer)); });
+        std::vector<std::string> names;
+        for (auto const& item : outcome.value()) names.push_back(item.path.stem().string() + (item.problem ? "!" : ""));
+        return names;
+    }
     /// The name of the package, or what the failure says.
     std::string find(UUID const& id) {
         auto const outcome = answered<LibraryItem>(queue, [&](auto answer) { catalogue.find(id, std::move(answer)); });
@@ -91,6 +99,10 @@ TEST_F(ProjectCatalogueTest, ofCopiesTheNewestIsMeantAndStaysMeant) {
     touch(folder / "original.recproj", 3000);
     EXPECT_EQ(find(id), "copy");
     EXPECT_THAT(listed(), ElementsAre("copy"));
+    make("broken", 4000);
+    std::ofstream(folder / "broken.recproj/project.json") << "{";
+    touch(folder / "broken.recproj", 4000);
+    EXPECT_THAT(listedAll(), ElementsAre("broken!", "original", "copy"));
     fs::remove_all(copied);
     EXPECT_EQ(find(id), "original");
     EXPECT_THAT(listed(), ElementsAre("original"));

@@ -1,4 +1,4 @@
-#include <Tavaro/Commands/MCPRegistrations.h>
+#include <Tavaro/Agents/MCPRegistrations.h>
 
 #include <TavaroCore/Records/JSON.h>
 #include <TavaroCore/Records/JSONValue.h>
@@ -7,7 +7,7 @@
 
 #include <string_view>
 
-namespace tavaro::commands {
+namespace tavaro {
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <string>
 
 /// How MCP clients are told of the server, ready to paste.
-namespace tavaro::commands {
+namespace tavaro {
 
 /// A line for a shell, whatever is in the path.
 std::string claudeCodeLine(std::filesystem::path const& server);
