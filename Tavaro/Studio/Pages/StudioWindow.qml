@@ -1,9 +1,93 @@
 import QtQuick
-import QtQuick.Controls.Basic
+import QtQuick.Controls
+import QtQuick.Layouts
+import Tavaro.Library
+import Tavaro.Program
+import Tavaro.Style
+import Tavaro.Theme
 
 ApplicationWindow {
-    title: qsTr("Tavaro")
+    id: window
+
+    // What is shown: "library", "settings", or "project" of that row of the open ones.
+    property string place: "library"
+    property int project: -1
+
+    function goTo(place: string, project: int) {
+        window.project = project;
+        window.place = place;
+    }
+
+    title: place === "project" && page.item ? qsTr("%1 – Tavaro").arg(page.item.name) : qsTr("Tavaro")
     width: 1280
     height: 800
+    minimumWidth: 820
+    minimumHeight: 520
     visible: true
+    onClosing: Studio.windowClosed()
+    onActiveChanged: if (active) Library.refresh()
+
+    Shortcut { sequences: ["Ctrl+1"]; onActivated: window.goTo("library", -1) }
+    Shortcut { sequences: ["Ctrl+,"]; onActivated: window.goTo("settings", -1) }
+    Shortcut { sequences: [StandardKey.Quit]; onActivated: window.close() }
+
+    Connections {
+        target: Studio
+        function onRaised() {
+            window.show();
+            window.raise();
+            window.requestActivate();
+        }
+        function onFailed(sentence: string) { failure.tell(sentence) }
+    }
+    Connections {
+        target: Studio.projects
+        function onOpened(row: int) { window.goTo("project", row) }
+        function onRowsAboutToBeRemoved(parent, first: int) {
+            if (window.project === first) window.goTo("library", -1);
+            else if (window.project > first) window.project -= 1;
+        }
+    }
+    Connections {
+        target: Library
+        function onSaid(text: string, action: string) {
+            toast.text = text;
+            toast.actionText = action;
+            toast.show();
+        }
+    }
+
+    RowLayout {
+        anchors.fill: parent
+        spacing: 0
+
+        Sidebar {
+            Layout.fillHeight: true
+            place: window.place
+            project: window.project
+            onChosen: (place, project) => window.goTo(place, project)
+        }
+        Loader {
+            id: page
+
+            Layout.fillWidth: true
+            Layout.fillHeight: true
+            sourceComponent: ({ library: library, settings: settings, project: projectPage })[window.place]
+        }
+    }
+
+    Component { id: library; LibraryPage {} }
+    Component { id: settings; SettingsPage {} }
+    Component { id: projectPage; ProjectPage { row: window.project } }
+
+    ArrivalArea { anchors.fill: parent }
+    Toast {
+        id: toast
+
+        anchors { bottom: parent.bottom; bottomMargin: 24; horizontalCenter: parent.horizontalCenter }
+        onTriggered: Library.accept()
+        onEnded: Library.lapse()
+    }
+    ConsentDialog {}
+    FailureDialog { id: failure }
 }

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <Tavaro/Model/Project/OpenProjects.h>
+
+#include <QAbstractListModel>
+#include <QString>
+
+#include <memory>
+#include <vector>
+
+namespace tavaro {
+
+/// The projects that the window has open, in the order in which they were opened.
+class OpenedProjects : public QAbstractListModel {
+    Q_OBJECT
+    Q_PROPERTY(int count READ count NOTIFY countChanged)
+
+public:
+    enum Role { pathRole = Qt::UserRole, nameRole, lengthRole, stillRole, undoRole, redoRole };
+
+    explicit OpenedProjects(OpenProjects& projects) : projects_(projects) {}
+
+    /// `opened` follows, or `failed`; of one that is open already, at once.
+    Q_INVOKABLE void open(QString const& package);
+    Q_INVOKABLE void close(int row);
+    /// Of one that is not where it was.
+    void forget(QString const& package);
+    Q_INVOKABLE void undo(int row);
+    Q_INVOKABLE void redo(int row);
+    /// Takes in what other programs saved.
+    void refresh();
+
+    int count() const { return static_cast<int>(rows_.size()); }
+    int rowCount(QModelIndex const& parent = {}) const override { return parent.isValid() ? 0 : count(); }
+    QVariant data(QModelIndex const& index, int role) const override;
+    QHash<int, QByteArray> roleNames() const override;
+
+Q_SIGNALS:
+    void countChanged();
+    void opened(int row);
+    void failed(QString const& sentence);
+
+private:
+    using Opened = OpenProjects::Opened;
+    struct Row {
+        Opened project;
+        OpenProject::Observation observation;
+    };
+
+    void add(Opened const& project);
+    int rowOf(OpenProject const* project) const;
+    void note(OpenProject const* project);
+    template<class Work> void attempt(int row, Work work);
+
+    OpenProjects& projects_;
+    std::vector<std::unique_ptr<Row>> rows_;
+};
+
+}

@@ -1,0 +1,78 @@
+#include "SecondStart.h"
+
+#include <TavaroCore/Records/JSON.h>
+#include <TavaroPlatform/Folders/Folders.h>
+#include <TavaroPlatform/Sockets/LineReader.h>
+#include <TavaroPlatform/Sockets/SocketError.h>
+
+#include <QSocketNotifier>
+
+#include <spdlog/spdlog.h>
+
+#include <array>
+#include <memory>
+#include <utility>
+
+namespace tavaro {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr std::size_t longest = std::size_t{1} << 20; // bytes of a start
+constexpr std::chrono::seconds patience{5};
+constexpr std::string_view taken = "taken\n";
+
+struct Start {
+    std::vector<std::string> files;
+
+    static constexpr auto fields = std::tuple{field("files", &Start::files)};
+};
+static_assert(listsEveryField<Start>);
+
+Start received(UnixSocket const& socket) {
+    LineReader lines(socket, longest);
+    auto const line = lines.next(patience);
+    if (!line) throw Error("A second start said nothing.");
+    auto start = decodeJSON<Start>(*line);
+    socket.sendAll(taken, patience);
+    return start;
+}
+
+}
+
+std::filesystem::path SecondStart::socket() { return folders::applicationSupport() / "Tavaro/studio.sock"; }
+
+bool SecondStart::handOver(Files const& files) {
+    try {
+        auto const connection = UnixSocket::connect(socket());
+        if (!connection || !connection->sendAll(encodeJSON(Start{files}) + "\n", patience)) return false;
+        return LineReader(*connection, longest).next(patience).has_value();
+    } catch (SocketError const& error) {
+        spdlog::warn("{}", error.what());
+        return false;
+    }
+}
+
+SecondStart::SecondStart(MainQueue& queue, std::function<void(Files const&)> started)
+    : listener_(socket())
+    , started_(std::move(started))
+    , side_(queue, "com.tavaro.second-start") {
+    auto* const notifier = new QSocketNotifier(listener_.descriptor(), QSocketNotifier::Read, this);
+    connect(notifier, &QSocketNotifier::activated, this, [this] { accept(); });
+}
+
+void SecondStart::accept() {
+    auto socket = listener_.accept();
+    if (!socket) return;
+    side_.ask([socket = std::make_shared<UnixSocket>(*std::move(socket))] { return received(*socket); },
+              [this](Outcome<Start> const& start) {
+                  try {
+                      started_(start.value().files);
+                  } catch (Error const& error) {
+                      spdlog::warn("{}", error.what());
+                  }
+              });
+}
+
+}

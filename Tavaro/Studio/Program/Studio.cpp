@@ -1,0 +1,86 @@
+#include "Studio.h"
+
+#include <TavaroPlatform/Sockets/SocketError.h>
+
+#include <QCoreApplication>
+
+#include <spdlog/spdlog.h>
+
+namespace tavaro {
+
+namespace {
+
+constexpr int atRest = 500, soon = 50; // milliseconds between looks
+
+}
+
+Studio::Studio(MainQueue& queue)
+    : application_(queue)
+    , library_(queue, application_)
+    , projects_(application_.projects())
+    , agentSettings_(application_.preferences()) {
+    connect(&library_, &Library::openRequested, &projects_, &OpenedProjects::open);
+    connect(&library_, &Library::left, &projects_, &OpenedProjects::forget);
+    connect(&library_, &Library::failed, this, &Studio::failed);
+    connect(&projects_, &OpenedProjects::failed, this, &Studio::failed);
+    connect(&agentSettings_, &AgentSettings::failed, this, &Studio::failed);
+    connect(&look_, &QTimer::timeout, this, &Studio::look);
+    connect(&consent_, &ConsentQuestions::changed, this, [this] {
+        if (consent_.isAsking()) Q_EMIT raised();
+    });
+    openToAgents(queue);
+    openToStarts(queue);
+    look_.start(atRest);
+}
+
+QString Studio::version() { return QCoreApplication::applicationVersion(); }
+
+void Studio::openToAgents(MainQueue& queue) {
+    try {
+        agents_.emplace(queue, application_,
+                        AppMCPBackend::Settings{.version = version().toStdString(), .ask = consent_.asker()});
+    } catch (SocketError const& error) {
+        spdlog::error("Tavaro MCP: couldn't open the socket: {}", error.what());
+        agentSettings_.setProblem(QString::fromUtf8(error.what()));
+    }
+}
+
+void Studio::openToStarts(MainQueue& queue) {
+    try {
+        starts_.emplace(queue, [this](std::vector<std::string> const& files) {
+            open(files);
+            library_.refresh();
+            Q_EMIT raised();
+        });
+    } catch (SocketError const& error) {
+        spdlog::warn("A second start cannot be handed over: {}", error.what());
+    }
+}
+
+void Studio::open(std::vector<std::string> const& files) {
+    QList<QUrl> urls;
+    for (auto const& file : files) urls.push_back(QUrl::fromLocalFile(QString::fromStdString(file)));
+    library_.bring(urls);
+}
+
+void Studio::windowClosed() {
+    isClosed_ = true;
+    look_.start(soon);
+}
+
+void Studio::end() {
+    if (isEnding_) return;
+    isEnding_ = true;
+    if (agents_) agents_->beginToEnd();
+    application_.end();
+    look_.start(soon);
+}
+
+void Studio::look() {
+    application_.preferences().refresh();
+    projects_.refresh();
+    if (isClosed_ && !application_.exporter().isExporting()) end();
+    if (isEnding_ && !application_.isBusy()) QCoreApplication::quit();
+}
+
+}

@@ -1,0 +1,68 @@
+#pragma once
+
+#ifndef Q_MOC_RUN // whose parser of Qt 6.4 gives up in there
+#include <Tavaro/Agents/AppMCPBackend.h>
+#include <Tavaro/Model/Application/Application.h>
+#endif
+#include <Tavaro/Studio/Library/Library.h>
+#include <Tavaro/Studio/Settings/AgentSettings.h>
+#include <Tavaro/Studio/Settings/ConsentQuestions.h>
+
+#include "OpenedProjects.h"
+#include "SecondStart.h"
+
+#include <QObject>
+#include <QTimer>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tavaro {
+
+/// The desktop application around its model: what the window shows, who else reaches it, and how it ends.
+class Studio : public QObject {
+    Q_OBJECT
+    Q_PROPERTY(tavaro::OpenedProjects* projects READ projects CONSTANT)
+    Q_PROPERTY(QString version READ version CONSTANT)
+
+public:
+    explicit Studio(MainQueue& queue);
+
+    Application& application() { return application_; }
+    Library& library() { return library_; }
+    AgentSettings& agentSettings() { return agentSettings_; }
+    ConsentQuestions& consent() { return consent_; }
+    OpenedProjects* projects() { return &projects_; }
+    static QString version();
+
+    /// Of what the program is started with: projects, movies, archives.
+    void open(std::vector<std::string> const& files);
+    /// The window is gone: an export goes on, a take is saved, and then the program ends.
+    Q_INVOKABLE void windowClosed();
+    /// The same without waiting for an export.
+    void end();
+
+Q_SIGNALS:
+    /// The window is to come to the front.
+    void raised();
+    void failed(QString const& sentence);
+
+private:
+    void openToAgents(MainQueue& queue);
+    void openToStarts(MainQueue& queue);
+    void look();
+
+    Application application_;
+    Library library_;
+    OpenedProjects projects_;
+    AgentSettings agentSettings_;
+    ConsentQuestions consent_;
+    std::optional<AppMCPBackend> agents_;
+    std::optional<SecondStart> starts_;
+    QTimer look_; // now and then, at what other programs wrote, and whether it can end
+    bool isClosed_ = false;
+    bool isEnding_ = false;
+};
+
+}

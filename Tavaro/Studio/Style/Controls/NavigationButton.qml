@@ -1,0 +1,42 @@
+import QtQuick
+import QtQuick.Controls.impl
+import QtQuick.Templates as T
+import Tavaro.Theme
+
+// One place of several to go to; `checked` where one is.
+T.TabButton {
+    id: control
+
+    readonly property color ink: checked ? Theme.colors.text : Theme.colors.secondaryText
+
+    implicitWidth: 160
+    implicitHeight: Theme.rowHeight
+    leftPadding: 12
+    rightPadding: 12
+    spacing: 10
+    hoverEnabled: true
+    focusPolicy: Qt.StrongFocus
+    font.weight: checked ? Font.DemiBold : Font.Medium
+    icon { width: Theme.iconSize; height: Theme.iconSize; color: checked ? Theme.colors.accentText : ink }
+
+    Accessible.name: text
+    Accessible.onPressAction: Reach.press(control)
+    Keys.onReturnPressed: Reach.press(control)
+    Keys.onEnterPressed: Reach.press(control)
+
+    contentItem: IconLabel {
+        alignment: Qt.AlignLeft | Qt.AlignVCenter
+        spacing: control.spacing
+        mirrored: control.mirrored
+        icon: control.icon
+        text: control.text
+        font: control.font
+        color: control.ink
+    }
+    background: Rectangle {
+        radius: Theme.radius
+        color: control.checked ? Theme.colors.selection : control.down ? Theme.colors.pressed
+                                                        : control.hovered ? Theme.colors.hover : "transparent"
+        FocusRing { control: control }
+    }
+}
