@@ -79,15 +79,20 @@ fs::path AudioEnhancer::cachedFile(fs::path const& file, EnhancementSettings con
            fmt::format("{}-{:016x}{:016x}{}", file.stem().string().substr(0, 64), first, hashed(text, first), ending);
 }
 
-std::optional<fs::path> AudioEnhancer::enhanced(fs::path const& file, EnhancementSettings const& settings,
-                                                Progress const& progress) const {
+std::optional<fs::path> AudioEnhancer::found(fs::path const& file, EnhancementSettings const& settings) const {
     if (settings.isNone()) return file;
     auto const output = cachedFile(file, settings);
+    if (!isWhole(output)) return std::nullopt;
+    std::error_code ignored;
+    fs::last_write_time(output, fs::file_time_type::clock::now(), ignored); // it was used
+    return output;
+}
+
+std::optional<fs::path> AudioEnhancer::enhanced(fs::path const& file, EnhancementSettings const& settings,
+                                                Progress const& progress) const {
+    if (auto made = found(file, settings)) return made;
+    auto const output = cachedFile(file, settings);
     std::error_code failure;
-    if (isWhole(output)) {
-        fs::last_write_time(output, fs::file_time_type::clock::now(), failure); // it was used
-        return output;
-    }
     fs::create_directories(folder_, failure);
     if (!Enhancement(file, settings, progress).write(output)) return std::nullopt;
     return output;

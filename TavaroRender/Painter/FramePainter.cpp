@@ -119,9 +119,13 @@ void FramePainter::open() {
     state_->prepare();
 }
 
-ImageView FramePainter::frame(double at) {
+void FramePainter::expectFrames() const {
     requireDrawable(state_->canvas);
     requireSource(project(), duration());
+}
+
+ImageView FramePainter::frame(double at) {
+    expectFrames();
     if (state_->failure == EffectFailure::stop) state_->prepare(); // also what this frame does not show
     return draw(at, pictures(at));
 }

@@ -49,6 +49,9 @@ public:
     /// A copy of it.
     Image still(double at);
 
+    /// Fails as every frame of this film would: a canvas that cannot be drawn, a project that shows nothing.
+    void expectFrames() const;
+
     /// The two halves of `frame`: the pictures that it is made from, and the drawing.
     FramePictures pictures(double at);
     ImageView draw(double at, FramePictures const& pictures);

@@ -32,6 +32,10 @@ public:
                                                   EnhancementSettings const& settings,
                                                   Progress const& progress = {}) const;
 
+    /// The enhanced file where it has been made already.
+    std::optional<std::filesystem::path> found(std::filesystem::path const& file,
+                                               EnhancementSettings const& settings) const;
+
     /// Where the result for that file, as it is now, and those settings lies or will lie.
     std::filesystem::path cachedFile(std::filesystem::path const& file, EnhancementSettings const& settings) const;
 

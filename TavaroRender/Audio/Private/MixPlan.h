@@ -38,6 +38,8 @@ struct MixRun {
     std::int64_t sourceStart = 0; // the asset's sample at `start`
     double speed = 1;
     GainEnvelope envelope; // clip and track gain, fades and edges
+
+    bool operator==(MixRun const&) const = default;
 };
 
 struct MixTrack {
@@ -49,6 +51,8 @@ struct MixTrack {
     std::optional<AudioRole> duckedBySignal; // the role whose sound makes further windows
     double duckAmount = 0;                   // 0…1
     GainEnvelope ducking;                    // of all windows, once they are known
+
+    bool operator==(MixTrack const&) const = default;
 };
 
 /// All that is heard, in output samples: the mix is made from this and the assets alone.
@@ -60,6 +64,7 @@ struct MixPlan {
     float clickGain = 0;
 
     bool isSilent() const { return tracks.empty() && clicks.empty(); }
+    bool operator==(MixPlan const&) const = default;
 };
 
 }

@@ -1,0 +1,66 @@
+#pragma once
+
+#include <Tavaro/Model/Project/OpenProject.h>
+#include <Tavaro/Studio/Playback/FilmPlayback.h>
+#include <Tavaro/Studio/Preview/PreviewPlayer.h>
+
+#include <QImage>
+#include <QObject>
+#include <QStringList>
+#include <QTimer>
+
+#include <memory>
+
+namespace tavaro {
+
+/// The film of an open project as a window shows and plays it: every revision as soon as it is there, the moment at
+/// which the playback is. It belongs to the main thread, and the project outlives it.
+class FilmPreview : public QObject {
+    Q_OBJECT
+    Q_PROPERTY(tavaro::FilmPlayback* playback READ playback CONSTANT)
+    Q_PROPERTY(QStringList problems READ problems NOTIFY problemsChanged)
+
+public:
+    explicit FilmPreview(OpenProject& project);
+    FilmPreview(OpenProject& project, FilmPlayback::Means means);
+    ~FilmPreview() override;
+
+    FilmPlayback* playback() { return &playback_; }
+    PreviewPlayer const& player() const { return player_; }
+    /// What the picture lacks of what the project asks for, or why there is none, as sentences.
+    QStringList problems() const;
+
+    /// Pixels of the canvas that the film is drawn for.
+    Size2 canvas() const { return project_.document().canvas; }
+    /// The picture to be shown now.
+    PreviewPicture const& picture() const { return picture_; }
+    /// A copy of it, as it was drawn.
+    QImage grab() const;
+
+    /// Room for it, in pixels; 0 × 0 while it is not to be seen.
+    void fit(Size2 room) { player_.fit(room); }
+    /// As `seek` of the playback, while the pointer drags the playhead: pictures may be coarser until it rests.
+    Q_INVOKABLE void scrub(double at);
+
+Q_SIGNALS:
+    void pictureChanged();
+    void problemsChanged();
+
+private:
+    void show();
+    void takePicture();
+    void follow();
+
+    OpenProject& project_;
+    FilmPlayback playback_;
+    PreviewPicture picture_;
+    QTimer rest_;
+    bool isScrubbing_ = false;
+    OpenProject::Observation observation_;
+    PreviewPlayer player_; // goes first: it reads the playback's clock
+};
+
+/// The picture as somebody else's pixels, which live as long as the image.
+QImage imageOf(std::shared_ptr<Image const> canvas);
+
+}

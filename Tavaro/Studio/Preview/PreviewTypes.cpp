@@ -1,0 +1,16 @@
+#include <Tavaro/Studio/Preview/PreviewTypes.h>
+
+#include <Tavaro/Studio/Preview/PreviewItem.h>
+
+#include <QtQml>
+
+namespace tavaro {
+
+void registerPreviewTypes() {
+    auto const only = QStringLiteral("It belongs to an editor.");
+    qmlRegisterType<PreviewItem>("Tavaro.Studio", 1, 0, "PreviewItem");
+    qmlRegisterUncreatableType<FilmPreview>("Tavaro.Studio", 1, 0, "FilmPreview", only);
+    qmlRegisterUncreatableType<FilmPlayback>("Tavaro.Studio", 1, 0, "FilmPlayback", only);
+}
+
+}
