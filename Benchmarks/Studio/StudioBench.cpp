@@ -1,0 +1,9 @@
+#include <Benchmarks/Studio/PreviewBench.h>
+
+#include <QGuiApplication>
+
+int main(int argc, char** argv) {
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    QGuiApplication const application(argc, argv);
+    tavaro::benchPreview();
+}
