@@ -1,4 +1,5 @@
 #include <Benchmarks/Studio/PreviewBench.h>
+#include <Benchmarks/Studio/TimelineBench.h>
 
 #include <QGuiApplication>
 
@@ -6,4 +7,5 @@ int main(int argc, char** argv) {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     QGuiApplication const application(argc, argv);
     tavaro::benchPreview();
+    tavaro::benchTimeline();
 }

@@ -41,6 +41,8 @@ public:
     Intents cancel();
 
     bool isIdle() const { return std::holds_alternative<Idle>(state_); }
+    /// The button is down, but nothing is dragged yet.
+    bool isPressed() const { return std::holds_alternative<Pressed>(state_); }
     /// Whether an edit is under way, which another's edit of the document ends.
     bool isEditing() const { return std::holds_alternative<Dragging>(state_); }
     /// For drawing: the rectangle that selects, and the time that the drag has caught on.

@@ -1,0 +1,153 @@
+#include <Benchmarks/Studio/TimelineBench.h>
+
+#include <Tavaro/Studio/Timeline/TimelineItem.h>
+#include <Tavaro/Studio/Timeline/TimelineSteps.h>
+
+#include <TavaroCore/Package/ProjectPackage.h>
+#include <TavaroCore/Project/DemoProject.h>
+
+#include <QCoreApplication>
+#include <QQuickWindow>
+#include <QSGRendererInterface>
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include <unistd.h>
+
+namespace tavaro {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+double secondsOf(std::function<void()> const& work) {
+    auto const begin = std::chrono::steady_clock::now();
+    work();
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+}
+
+double percentile(std::vector<double> values, double share) {
+    std::ranges::sort(values);
+    return values[static_cast<std::size_t>(share * static_cast<double>(values.size() - 1))];
+}
+
+DemoProject film(double hours) {
+    DemoProject project;
+    double const seconds = hours * 3600;
+    project.assetDurations["screen.mp4"] = seconds;
+    int const items = static_cast<int>(5000 * hours / 3), clips = static_cast<int>(200 * hours / 3);
+    for (int i = 0; i < clips; ++i) {
+        double const start = seconds * i / clips;
+        project.timeline.clips.push_back(
+            {.asset = "screen.mp4", .start = start, .sourceStart = start, .duration = seconds / clips});
+    }
+    for (int i = 0; i < items; ++i) {
+        double const start = seconds * i / items;
+        project.zoomEvents.push_back({.start = start, .duration = 1.7, .note = "clicked"});
+        CaptionCue cue{.start = start, .duration = 2, .text = "what is said in line " + std::to_string(i)};
+        for (int word = 0; word < 6; ++word)
+            cue.words.push_back({"word", start + word * 0.3, start + word * 0.3 + 0.3});
+        project.captions.cues.push_back(std::move(cue));
+    }
+    return project;
+}
+
+struct Costs {
+    double firstFrame = 0;
+    double scroll = 0;
+    double zoom = 0;
+    double edit = 0;
+};
+
+/// What the main thread does for one frame: draw it, and the renderer's work, which is on it too.
+class Window {
+public:
+    Window() : item(new TimelineItem(window.contentItem())) {
+        window.resize(1600, 420);
+        item->setSize({1600, 420});
+        window.show();
+        frame();
+    }
+    void frame() { (void)window.grabWindow(); }
+
+    QQuickWindow window;
+    TimelineItem* item;
+};
+
+Costs costsOf(DemoProject const& project) {
+    auto const folder = fs::temp_directory_path() / ("tavaro-timeline-bench-" + std::to_string(::getpid()));
+    ProjectPackage const package(folder / "long.recproj");
+    package.createDirectories();
+    package.save(project);
+    OpenProject open(package.url());
+    Window at;
+    // What a grab costs beside drawing: the copy of the window's pixels.
+    std::vector<double> idle;
+    for (int i = 0; i < 20; ++i) idle.push_back(secondsOf([&] { at.frame(); }));
+    double const grab = percentile(idle, 0.5);
+
+    Costs costs;
+    costs.firstFrame = secondsOf([&] {
+        at.item->show(open.document());
+        at.frame();
+    });
+    auto const observation =
+        open.observe([&](ProjectChange const& change) { at.item->show(open.document(), change.fields); });
+    at.item->setView(project.duration() / 3, 0.06);
+    at.frame();
+    std::vector<double> scrolls, zooms, edits;
+    for (int i = 0; i < 200; ++i) {
+        scrolls.push_back(secondsOf([&] {
+            at.item->setContentX(at.item->contentX() + 37);
+            at.frame();
+        }));
+    }
+    for (int i = 0; i < 120; ++i) {
+        zooms.push_back(secondsOf([&] {
+            at.item->setView(project.duration() / 3, 0.02 * std::exp2(i % 60 / 6.0));
+            at.frame();
+        }));
+    }
+    at.item->setView(project.duration() / 3, 0.06);
+    TimelineSteps steps(open);
+    auto const dragged = project.zoomEvents[project.zoomEvents.size() / 3].id;
+    steps.take(timelineIntents::EditBegan{"Move Zoom"});
+    for (int i = 0; i < 60; ++i) {
+        edits.push_back(secondsOf([&] {
+            steps.take(timelineIntents::MoveItems{{dragged}, 0.02 * (i + 1)});
+            at.frame();
+        }));
+    }
+    steps.take(timelineIntents::EditEnded{});
+    costs.scroll = std::max(percentile(scrolls, 0.95) - grab, 0.0);
+    costs.zoom = std::max(percentile(zooms, 0.95) - grab, 0.0);
+    costs.edit = std::max(percentile(edits, 0.95) - grab, 0.0);
+    fs::remove_all(folder);
+    return costs;
+}
+
+void print(char const* name, double seconds) { std::printf("%s %.2f ms\n", name, seconds * 1000); }
+
+}
+
+void benchTimeline() {
+    QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+    costsOf(film(0.1)); // fonts and Qt's own parts are loaded
+    auto const half = costsOf(film(0.5)), three = costsOf(film(3));
+    print("timeline.first_frame", three.firstFrame);
+    print("timeline.scroll_step_p95", three.scroll);
+    print("timeline.zoom_step_p95", three.zoom);
+    print("timeline.edit_to_picture_p95", three.edit);
+    std::printf("timeline.scroll_3h_over_30min %.2f ratio\n", three.scroll / half.scroll);
+    std::printf("timeline.zoom_3h_over_30min %.2f ratio\n", three.zoom / half.zoom);
+    std::printf("timeline.edit_3h_over_30min %.2f ratio\n", three.edit / half.edit);
+}
+
+}

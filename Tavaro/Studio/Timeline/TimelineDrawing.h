@@ -1,0 +1,65 @@
+#pragma once
+
+#include <Tavaro/Studio/Timeline/DrawnLooks.h>
+#include <Tavaro/Studio/Timeline/FilmStills.h>
+#include <Tavaro/Studio/Timeline/SoundWaves.h>
+#include <Tavaro/Studio/Timeline/TimelineHit.h>
+#include <Tavaro/Studio/Timeline/TimelinePalette.h>
+
+#include <QColor>
+#include <QImage>
+#include <QRectF>
+
+#include <array>
+#include <optional>
+#include <set>
+#include <vector>
+
+namespace tavaro {
+
+/// What a node of the scene draws, in the order of a layer: plain rectangles, then pictures.
+struct DrawnRect {
+    QRectF place;
+    QColor color;
+
+    bool operator==(DrawnRect const&) const = default;
+};
+struct DrawnPicture {
+    QRectF place;
+    QImage picture;
+    QRectF source; // pixels of the picture
+
+    bool operator==(DrawnPicture const& other) const {
+        return place == other.place && source == other.source && picture.cacheKey() == other.picture.cacheKey();
+    }
+};
+struct DrawnLayer {
+    std::vector<DrawnRect> rects;
+    std::vector<DrawnPicture> pictures;
+};
+
+/// Everything that is in view, lowest layer first. A value; what has not changed compares equal.
+struct TimelineDrawing {
+    enum Layer { ground, items, marks, labels, front, ruler, top, heads, corner, layerCount };
+
+    std::array<DrawnLayer, layerCount> layers;
+};
+
+/// What a drawing is made of. Borrows all of it.
+struct TimelineSubject {
+    TimelineScene scene;
+    std::set<UUID> const& selection;
+    TimelinePalette const& palette;
+    double framesPerSecond = 60;
+    std::optional<UUID> hovered = {};
+    std::optional<LaneBox> marquee = {};
+    std::optional<double> caught = {};
+    std::optional<double> gap = {};
+    SoundWaves* waves = nullptr; // none: sounds are boxes
+    FilmStills* stills = nullptr;
+};
+
+/// Draws what is in view; costs by that, whatever the length of the film.
+TimelineDrawing drawTimeline(TimelineSubject const& subject, DrawnLooks& looks);
+
+}
