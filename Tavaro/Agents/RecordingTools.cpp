@@ -147,7 +147,8 @@ void RecordingTools::record(RunningCall& call, RecordRequest const& request,
         call.later([take](RunningCall& here, RecordingOutcome const& outcome) { tell(here, *take, outcome); });
     application_.record({.recorder = recorderOptions(request, application_.preferences()),
                          .countdown = request.countdown,
-                         .seconds = request.seconds.value_or(0)},
+                         .seconds = request.seconds.value_or(0),
+                         .startedBy = call.client()},
                         {.begun =
                              [take, begun = std::move(begun)] {
                                  if (begun) begun(take->remarks);

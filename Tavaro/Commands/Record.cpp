@@ -8,6 +8,7 @@
 #include <Tavaro/Commands/ProgressLine.h>
 #include <Tavaro/Commands/TakeKeys.h>
 #include <Tavaro/Commands/Terminal.h>
+#include <Tavaro/Commands/ToggleRecording.h>
 #include <Tavaro/Model/Project/PackagePath.h>
 #include <Tavaro/Model/Recording/RecordingController.h>
 #include <Tavaro/Model/Recording/RecordingPreferences.h>
@@ -52,6 +53,7 @@ struct Options {
     bool logsNoTyping = false;
     bool isRaw = false;
     bool asJSON = false;
+    bool isToggled = false; // in the application that runs
     std::string mode = "website";
     std::string output;
 };
@@ -238,12 +240,14 @@ private:
 };
 
 void record(Options const& options) {
+    auto const output = options.asJSON ? TakeOutput::json : TakeOutput::lines;
+    if (options.isToggled) return toggleRecording(output);
     MainQueue queue;
     auto const outcome = WatchedRecording(queue).run(queue, requestOf(options), options.pauseKey);
     if (outcome.kind == RecordingOutcome::Kind::discarded && outcome.hasBegun)
         return terminal::tell("{}\n", outcome.sentence());
     if (outcome.failure) std::rethrow_exception(outcome.failure);
-    print(*outcome.made, options.asJSON ? TakeOutput::json : TakeOutput::lines);
+    print(*outcome.made, output);
 }
 
 }
@@ -295,6 +299,12 @@ void addRecord(CLI::App& app) {
     command->add_option("--mode", options->mode, "what kind of demo it is")->check(modeNames())->capture_default_str();
     command->add_flag("--no-polish", options->isRaw, "leave the take as it was recorded");
     command->add_option("-o,--output", options->output, "the project to make, NAME.recproj")->check(projectName);
+    auto* const toggle =
+        command->add_flag("--toggle", options->isToggled,
+                          "begin the recording that is chosen in the running application, or end its take");
+    for (auto* const option : command->get_options())
+        if (option != toggle && option != command->get_help_ptr()) toggle->excludes(option);
+    for (auto* const option : sources->get_options()) toggle->excludes(option);
     command->add_flag("--json", options->asJSON, "print what was made as JSON");
     command->callback([options] { record(*options); });
 }

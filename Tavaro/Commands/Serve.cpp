@@ -4,6 +4,7 @@
 #include <Tavaro/Commands/Interruption.h>
 #include <Tavaro/Commands/Terminal.h>
 #include <Tavaro/Commands/TerminalPrompt.h>
+#include <Tavaro/Control/ControlServer.h>
 #include <Tavaro/Model/Application/Application.h>
 #include <Tavaro/Model/Application/ApplicationInstance.h>
 #include <Tavaro/Model/Application/ApplicationLog.h>
@@ -126,6 +127,16 @@ AppMCPBackend openToAgents(MainQueue& queue, Application& application, TerminalP
     }
 }
 
+/// An application whom only agents can order about is one as well.
+std::unique_ptr<ControlServer> openToCommands(MainQueue& queue, Application& application) {
+    try {
+        return std::make_unique<ControlServer>(queue, application, ControlServer::Settings{});
+    } catch (SocketError const& error) {
+        spdlog::warn("`tavaro record --toggle` does not reach Tavaro: {}", error.what());
+        return nullptr;
+    }
+}
+
 void serve(IdleTime::Length most) {
     auto const instance = ApplicationInstance::claim();
     if (!instance) throw Error("Tavaro is already running.");
@@ -135,6 +146,7 @@ void serve(IdleTime::Length most) {
     LogAround const log(terminal); // before there is another thread that logs, and until after the last
     Application application(queue);
     auto agents = openToAgents(queue, application, terminal);
+    auto const control = openToCommands(queue, application);
     spdlog::info("Tavaro has begun.");
     if (auto const offer = unfinishedOffer()) terminal::tell("{}\n", *offer);
     terminal::tell("Agents reach Tavaro at “{}”. Ctrl-C ends it.\n", mcpSocketPath().string());

@@ -3,7 +3,10 @@
 #include "TestTerminal.h"
 
 #include <Tavaro/Agents/MCPConsent.h>
+#include <Tavaro/Model/Recording/RecordingPreferences.h>
 
+#include <TavaroCore/Package/ProjectPackage.h>
+#include <TavaroCore/Project/DemoProject.h>
 #include <TavaroMCP/Bridge/BridgeCaller.h>
 #include <TavaroMCP/Bridge/MCPSocketPath.h>
 
@@ -141,4 +144,37 @@ TEST_F(Serve, aClientIsAskedForAtTheTerminalWhileTheCallWaitsAndCtrlCStillEnds) 
     terminal.type("\x03");
     EXPECT_EQ(terminal.exitCode(), 0);
     EXPECT_EQ(answer.get(), "Tavaro closed the connection mid-call.");
+}
+
+TEST_F(Serve, theSameCommandBeginsATakeInItAndSavesItAndASecondEndsTheCountdown) {
+    if (!TestDisplay::isInstalled()) GTEST_SKIP() << "no virtual display";
+    TestDisplay const display(320, 200);
+    setenv("DISPLAY", display.name().c_str(), 1);
+    auto const alone = tavaro({"record", "--toggle"});
+    EXPECT_EQ(alone.exitCode, 1);
+    EXPECT_THAT(alone.error, HasSubstr("Tavaro does not run"));
+    EXPECT_EQ(tavaro({"record", "--toggle", "--display", "display-1"}).exitCode, 2);
+
+    Preferences preferences;
+    preferences.set(sourceChosen, "area:20,10,160,100;free;display-1");
+    preferences.set(countdownChosen, 0);
+    auto const program = serveAndWait();
+    auto const begun = tavaro({"record", "--toggle"});
+    ASSERT_EQ(begun.exitCode, 0) << begun.error;
+    EXPECT_EQ(begun.error, "Recording. The same order ends the take.\n");
+    auto const ended = tavaro({"record", "--toggle"});
+    ASSERT_EQ(ended.exitCode, 0) << ended.error;
+    EXPECT_EQ(ProjectPackage(ended.out.substr(0, ended.out.find('\n'))).load().sourceSize, (Size2{160, 100}));
+
+    preferences.set(countdownChosen, 60);
+    auto waiting = start(TAVARO_PROGRAM, {"record", "--toggle"});
+    auto const second = tavaro({"record", "--toggle"});
+    auto const first = waiting.wait();
+    EXPECT_EQ(first.error, "Recording didn't start.\n");
+    EXPECT_EQ(second.error, first.error);
+    EXPECT_EQ(first.exitCode + second.exitCode, 1) << "it failed for who began it, whichever came first";
+    preferences.set(sourceChosen, "display:display-9");
+    EXPECT_THAT(tavaro({"record", "--toggle", "--json"}).error,
+                HasSubstr("Recording didn't start. There is no display"));
+    unsetenv("DISPLAY");
 }

@@ -49,12 +49,13 @@ void RecordingController::expectIdle() const {
 
 void RecordingController::start(RecordingRequest request, RecordingHandlers handlers) {
     expectIdle();
-    state_ = {.phase = RecorderPhase::countdown, .countdown = request.countdown};
+    state_ = {.phase = RecorderPhase::countdown, .countdown = request.countdown, .startedBy = request.startedBy};
     stage_ = RecordingStage::countdown;
     hasBegun_ = isStopped_ = false;
+    source_ = request.recorder.source;
     begun_ = std::move(handlers.begun);
     if (handlers.over) over_.push_back(std::move(handlers.over));
-    job_ = std::make_unique<RecordingJob>(queue_, std::move(request));
+    job_ = std::make_shared<RecordingJob>(queue_, std::move(request));
     job_->onProgress([this](RecordingProgress const& progress) { follow(progress); });
     remarks_.clear();
     job_->onRemark([this, tell = std::move(handlers.remark)](std::string const& remark) {
@@ -62,7 +63,13 @@ void RecordingController::start(RecordingRequest request, RecordingHandlers hand
         if (tell) tell(remark);
     });
     job_->onFinished([this] { finish(); });
-    job_->start();
+    if (letGo_)
+        letGo_([waiting = std::weak_ptr(job_), hasBegun = std::make_shared<bool>(false)] {
+            auto const job = waiting.lock();
+            if (job && !std::exchange(*hasBegun, true)) job->start();
+        });
+    else
+        job_->start();
     observers_.notify(RecorderState(state_));
 }
 

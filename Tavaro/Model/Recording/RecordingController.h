@@ -34,6 +34,7 @@ struct RecorderState {
     int countdown = 0;     // whole seconds left of it
     RecorderProgress take; // so far
     bool isAsking = false; // the desktop asks the user what to share; before the countdown
+    std::string startedBy; // as the request has it
 };
 
 /// What came of a recording.
@@ -81,6 +82,12 @@ public:
     /// Whether there is a take that has begun and that nobody has ended.
     bool isTaking() const { return state_.phase == RecorderPhase::recording || state_.phase == RecorderPhase::paused; }
 
+    /// What the present recording films, or the last one did.
+    CaptureSource const& source() const { return source_; }
+
+    /// Called before a recording opens its sources, whoever asked for it; it goes on when `next` is called, at once or
+    /// later. For who uses a device that the recording may need. Nothing where it is empty.
+    void onStarting(std::function<void(std::function<void()> next)> letGo) { letGo_ = std::move(letGo); }
     /// Returns at once; everything that goes wrong from here on is the outcome's.
     void start(RecordingRequest request, RecordingHandlers handlers = {});
     void pause();
@@ -107,8 +114,10 @@ private:
     RecordingOutcome outcome();
 
     MainQueue& queue_;
+    std::function<void(std::function<void()>)> letGo_;
+    CaptureSource source_;
     RecorderState state_;
-    std::unique_ptr<RecordingJob> job_; // of the recording in progress
+    std::shared_ptr<RecordingJob> job_; // of the recording in progress
     RecordingStage stage_ = RecordingStage::countdown;
     bool hasBegun_ = false;
     bool isStopped_ = false;

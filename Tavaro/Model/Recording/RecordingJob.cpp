@@ -102,7 +102,8 @@ template<class Orders> TakeEnd runTake(ScreenRecorder& recorder, double seconds,
 }
 
 template<class Orders> MadeTake record(RecordingRequest const& request, Orders& orders, Reporter& reporter) {
-    if (auto const offer = unfinishedOffer()) reporter.remark(*offer);
+    if (request.unfinished == UnfinishedOffer::told)
+        if (auto const offer = unfinishedOffer()) reporter.remark(*offer);
     auto project = request.project;
     if (project.package.empty()) project.package = unsavedPackagePath(recordingName(std::time(nullptr)));
     auto const wanted = project.package;

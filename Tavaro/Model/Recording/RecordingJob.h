@@ -6,8 +6,12 @@
 #include <TavaroCapture/Recorder/ScreenRecorder.h>
 
 #include <memory>
+#include <string>
 
 namespace tavaro {
+
+/// Whether a remark tells of recordings that nobody finished.
+enum class UnfinishedOffer { told, shownElsewhere };
 
 /// What is to be recorded, and what becomes of it.
 struct RecordingRequest {
@@ -15,6 +19,8 @@ struct RecordingRequest {
     int countdown = 0;  // whole seconds before the take begins
     double seconds = 0; // the take ends after that long, without the countdown; 0: when somebody ends it
     TakeProject project;
+    UnfinishedOffer unfinished = UnfinishedOffer::told;
+    std::string startedBy = {}; // an agent or a command, by its name; empty: the user, at the recorder
 };
 
 enum class RecordingStage {
@@ -34,9 +40,9 @@ struct RecordingProgress {
 enum class TakeEnd { keep, discard };
 
 /// One recording, from the request to the saved project with its first edit. What cannot be recorded fails before the
-/// countdown. Remarks tell first of recordings that nobody finished, and of a take that ends by itself, which is saved
-/// with what there is, why. Fails with `CaptureError`,
-/// `FileError` and `MediaError`, and with `JobCancelled` for a take that was not kept.
+/// countdown. Remarks tell first of recordings that nobody finished, where that is asked for, and of a take that ends
+/// by itself, which is saved with what there is, why. Fails with `CaptureError`, `FileError` and `MediaError`, and with
+/// `JobCancelled` for a take that was not kept.
 class RecordingJob : public Job<MadeTake, RecordingProgress> {
 public:
     RecordingJob(MainQueue& queue, RecordingRequest request);

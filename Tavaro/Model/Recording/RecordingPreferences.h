@@ -3,6 +3,7 @@
 #include <TavaroCapture/Sources/CaptureSource.h>
 #include <TavaroPlatform/Preferences/Preferences.h>
 
+#include <cstdint>
 #include <map>
 #include <string>
 #include <vector>
@@ -17,6 +18,15 @@ inline Preference<bool> const systemAudioRecorded{"com.tavaro.recorder.systemAud
 inline Preference<bool> const cameraRecorded{"com.tavaro.recorder.camera", false};
 /// As `tavaro sources` lists it; empty: the default one.
 inline Preference<std::string> const cameraChosen{"com.tavaro.recorder.cameraID"};
+/// What is on the screen, as `sourceText` writes it; empty: the main display.
+inline Preference<std::string> const sourceChosen{"com.tavaro.recorder.source"};
+/// One application, by its name, that is heard instead of all that the machine plays.
+inline Preference<std::string> const systemAudioChosen{"com.tavaro.recorder.systemAudioApplication"};
+/// Whole seconds before a take that a person begins.
+inline Preference<std::int64_t> const countdownChosen{"com.tavaro.recorder.countdown", 3};
+/// Shortcuts that work whichever window has the keyboard, as people write them; empty: none.
+inline Preference<std::string> const toggleShortcut{"com.tavaro.recorder.toggleKey", "ctrl+alt+r"};
+inline Preference<std::string> const pauseShortcut{"com.tavaro.recorder.pauseKey", "ctrl+alt+p"};
 /// By how much cameras tell the moments of their pictures too late: "ID=SECONDS" each.
 inline Preference<std::vector<std::string>> const cameraLags{"com.tavaro.recorder.cameraLags"};
 

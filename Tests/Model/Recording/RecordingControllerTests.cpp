@@ -180,3 +180,25 @@ TEST_F(RecordingControllerTest, aControllerThatGoesAwayLeavesATakeThatCanBeRecov
     }
     EXPECT_EQ(unfinishedRecordings().size(), 1u);
 }
+
+TEST_F(RecordingControllerTest, nothingIsOpenedBeforeWhoeverUsesADeviceHasLetGoOfIt) {
+    std::function<void()> next;
+    recorder.onStarting([&](std::function<void()> goOn) { next = std::move(goOn); });
+    auto wanted = request();
+    wanted.seconds = 0.2;
+    wanted.startedBy = "tester";
+    start(wanted);
+    for (bool const isCancelled : {true, false}) {
+        EXPECT_EQ(recorder.state().phase, Phase::countdown);
+        EXPECT_EQ(recorder.state().startedBy, "tester");
+        queue.runPending();
+        EXPECT_TRUE(!fs::exists(folder / "Tavaro/Recordings") || fs::is_empty(folder / "Tavaro/Recordings"));
+        if (isCancelled) recorder.cancel();
+        next();
+        next(); // once is enough
+        EXPECT_EQ(end().kind, isCancelled ? Kind::discarded : Kind::saved);
+        if (isCancelled) start(wanted);
+    }
+    next(); // of a recording that is over
+    EXPECT_TRUE(recorder.isIdle());
+}
