@@ -1,0 +1,106 @@
+import QtQuick
+import QtQuick.Controls.Basic
+import QtQuick.Layouts
+import Tavaro.Studio
+
+// A small window above all others that never takes the keyboard.
+Window {
+    id: bar
+
+    required property RecorderModel recorder
+    required property RecorderBarModel model
+    readonly property int phase: recorder.phase
+
+    flags: Qt.Tool | Qt.FramelessWindowHint | Qt.WindowStaysOnTopHint | Qt.WindowDoesNotAcceptFocus
+    title: qsTr("Tavaro recorder")
+    width: Math.max(300, row.implicitWidth + 24)
+    height: 52
+    x: model.place.x
+    y: model.place.y
+    visible: model.isShown
+    color: "#202225"
+    palette { window: "#202225"; windowText: "white"; text: "white"; buttonText: "white"; button: "#3a3d42"; mid: "#55595f" }
+
+    Binding { target: bar.model; property: "size"; value: Qt.size(bar.width, bar.height) }
+
+    MouseArea {
+        property point from
+
+        anchors.fill: parent
+        cursorShape: Qt.SizeAllCursor
+        onPressed: mouse => from = Qt.point(mouse.x, mouse.y)
+        onPositionChanged: mouse => {
+            bar.x += mouse.x - from.x
+            bar.y += mouse.y - from.y
+        }
+        onReleased: bar.model.keep(Qt.point(bar.x, bar.y))
+    }
+
+    RowLayout {
+        id: row
+        anchors { fill: parent; leftMargin: 14; rightMargin: 10 }
+        spacing: 10
+
+        Rectangle {
+            implicitWidth: 12
+            implicitHeight: 12
+            radius: 6
+            color: bar.recorder.health.length > 0 || bar.recorder.lostFrames > 0 ? "#e0a030"
+                 : bar.phase === RecorderModel.Recording ? "#e5484d" : "#8a8f98"
+        }
+        Label {
+            Layout.fillWidth: true
+            color: "white"
+            font.pixelSize: 16
+            elide: Text.ElideRight
+            textFormat: Text.PlainText
+            text: bar.recorder.isAsking ? qsTr("The desktop asks what to share")
+                : bar.phase === RecorderModel.Countdown ? qsTr("Begins in %1").arg(bar.recorder.countdownLeft)
+                : bar.phase === RecorderModel.Finishing ? qsTr("Saving …")
+                : bar.phase === RecorderModel.Paused ? qsTr("%1, paused").arg(bar.recorder.time) : bar.recorder.time
+            Accessible.name: text
+        }
+        Label {
+            visible: text.length > 0
+            color: "#c9ccd1"
+            font.pixelSize: 12
+            textFormat: Text.PlainText
+            text: bar.recorder.health.length > 0 ? bar.recorder.health
+                : bar.recorder.lostFrames > 0 ? qsTr("%1 lost").arg(bar.recorder.lostFrames)
+                : bar.recorder.room.length > 0 ? bar.recorder.room
+                : bar.recorder.startedBy.length > 0 ? qsTr("Started by %1").arg(bar.recorder.startedBy) : ""
+        }
+        RecorderMeter {
+            visible: meter.isListening && bar.recorder.isTaking
+            meter: bar.recorder.devices.microphoneMeter
+            name: qsTr("Microphone")
+            implicitWidth: 56
+        }
+        RecorderMeter {
+            visible: meter.isListening && bar.recorder.isTaking
+            meter: bar.recorder.devices.systemSoundMeter
+            name: qsTr("System sound")
+            implicitWidth: 56
+        }
+        component Order: Button {
+            implicitHeight: 32
+            focusPolicy: Qt.NoFocus
+            Accessible.onPressAction: clicked()
+        }
+        Order {
+            visible: bar.recorder.isTaking
+            text: bar.phase === RecorderModel.Paused ? qsTr("Resume") : qsTr("Pause")
+            onClicked: bar.recorder.togglePause()
+        }
+        Order {
+            visible: bar.recorder.isTaking
+            text: qsTr("Throw away")
+            onClicked: bar.recorder.throwAway()
+        }
+        Order {
+            visible: bar.recorder.isTaking || bar.phase === RecorderModel.Countdown
+            text: bar.phase === RecorderModel.Countdown ? qsTr("Cancel") : qsTr("Stop")
+            onClicked: bar.recorder.stop()
+        }
+    }
+}

@@ -1,0 +1,124 @@
+import QtQuick
+import QtQuick.Controls.Basic
+import QtQuick.Layouts
+import Tavaro.Studio
+
+// Everything of a take before it begins, and the take itself while it goes on.
+Page {
+    id: page
+
+    required property RecorderModel recorder
+    property RecorderKeys keys: null
+    property FirstTake firstTake: null
+    readonly property RecorderSources sources: recorder.sources
+    readonly property bool isIdle: recorder.phase === RecorderModel.Idle
+    readonly property bool isFirst: firstTake !== null && firstTake.isWanted
+
+    // Devices and stills are live only while somebody looks.
+    Binding {
+        target: page.recorder
+        property: "isWatched"
+        value: page.visible && (page.Window.visibility !== Window.Hidden && page.Window.visibility !== Window.Minimized)
+    }
+
+    RowLayout {
+        anchors { fill: parent; margins: 24 }
+        spacing: 28
+
+        ColumnLayout {
+            Layout.fillWidth: true
+            Layout.fillHeight: true
+            spacing: 14
+
+            RecorderWelcome {
+                Layout.fillWidth: true
+                visible: page.isFirst && page.isIdle
+                firstTake: page.firstTake
+            }
+            TabBar {
+                id: kinds
+                Layout.fillWidth: true
+                visible: !page.sources.asksUser
+                enabled: page.isIdle
+                onCurrentIndexChanged: if (currentIndex === 3) page.sources.chooseArea()
+
+                Repeater {
+                    model: [qsTr("Display"), qsTr("Window"), qsTr("Application"), qsTr("Area")]
+                    TabButton {
+                        required property string modelData
+                        text: modelData
+                        Accessible.onPressAction: click()
+                    }
+                }
+                Component.onCompleted: if (page.sources.isArea) currentIndex = 3
+            }
+            Label {
+                Layout.fillWidth: true
+                visible: page.sources.asksUser
+                text: qsTr("Your desktop asks what to share when the recording begins.")
+                wrapMode: Text.Wrap
+            }
+            StackLayout {
+                Layout.fillWidth: true
+                Layout.fillHeight: true
+                enabled: page.isIdle
+                currentIndex: kinds.currentIndex
+
+                RecorderSourceGrid {
+                    sources: page.sources
+                    model: page.sources.displays
+                    emptyText: page.sources.problem.length > 0 ? "" : qsTr("Looking for displays …")
+                }
+                RecorderSourceGrid {
+                    sources: page.sources
+                    model: page.sources.windows
+                    emptyText: qsTr("No window is open.")
+                }
+                RecorderSourceGrid {
+                    sources: page.sources
+                    model: page.sources.applications
+                    emptyText: qsTr("No application shows a window.")
+                }
+                RecorderArea { sources: page.sources }
+            }
+            Repeater {
+                model: page.sources.limits
+                Label {
+                    required property string modelData
+                    Layout.fillWidth: true
+                    text: modelData
+                    textFormat: Text.PlainText
+                    wrapMode: Text.Wrap
+                    opacity: 0.75
+                    font.pixelSize: 12
+                }
+            }
+            Label {
+                Layout.fillWidth: true
+                visible: page.sources.problem.length > 0
+                text: page.sources.problem
+                textFormat: Text.PlainText
+                wrapMode: Text.Wrap
+            }
+        }
+
+        ColumnLayout {
+            Layout.preferredWidth: 280
+            Layout.maximumWidth: 280
+            Layout.fillHeight: true
+            spacing: 14
+
+            RecorderSide {
+                Layout.fillWidth: true
+                Layout.fillHeight: true
+                enabled: page.isIdle
+                recorder: page.recorder
+                keys: page.keys
+            }
+            RecorderTake {
+                Layout.fillWidth: true
+                recorder: page.recorder
+            }
+        }
+    }
+}

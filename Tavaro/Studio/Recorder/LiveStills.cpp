@@ -1,0 +1,55 @@
+#include <Tavaro/Studio/Recorder/LiveStills.h>
+
+#include <TavaroCapture/X11/StillPicture.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace tavaro {
+
+namespace {
+
+constexpr int round = 2000;   // milliseconds, in which each picture is taken once
+constexpr int leastRest = 40; // milliseconds between two
+
+}
+
+QImage smallStill(CaptureSource const& source, QSize size) {
+    auto const still = takeStillPicture(source);
+    auto const view = still.image.view();
+    QImage const whole(view.pixels, view.width, view.height, view.stride, QImage::Format_RGBX8888);
+    auto const fitting = whole.size().scaled(size, Qt::KeepAspectRatio).boundedTo(whole.size());
+    return whole.scaled(fitting.expandedTo({1, 1}), Qt::IgnoreAspectRatio, Qt::SmoothTransformation)
+        .convertToFormat(QImage::Format_RGB32);
+}
+
+LiveStills::LiveStills(MainQueue& queue, Take take) : take_(std::move(take)), side_(queue, "com.tavaro.studio.stills") {
+    timer_.setSingleShot(true);
+    connect(&timer_, &QTimer::timeout, this, &LiveStills::takeNext);
+}
+
+void LiveStills::setWanted(std::vector<Wanted> wanted) {
+    wanted_ = std::move(wanted);
+    if (isWatched_ && !isTaking_ && !timer_.isActive()) takeNext();
+}
+
+void LiveStills::setWatched(bool isWatched) {
+    if (std::exchange(isWatched_, isWatched) == isWatched) return;
+    timer_.stop();
+    if (isWatched_ && !isTaking_) takeNext();
+}
+
+void LiveStills::takeNext() {
+    if (!isWatched_ || wanted_.empty()) return;
+    auto const wanted = wanted_[next_++ % wanted_.size()];
+    isTaking_ = true;
+    side_.ask([take = take_, wanted] { return take(wanted.source, wanted.size); },
+              [this, id = wanted.id](Outcome<QImage> const& outcome) {
+                  isTaking_ = false;
+                  if (!isWatched_) return;
+                  if (!outcome.failure()) Q_EMIT taken(id, outcome.value());
+                  timer_.start(std::max(leastRest, round / static_cast<int>(std::max<std::size_t>(wanted_.size(), 1))));
+              });
+}
+
+}
