@@ -57,6 +57,7 @@ Window {
             text: bar.recorder.isAsking ? qsTr("The desktop asks what to share")
                 : bar.phase === RecorderModel.Countdown ? qsTr("Begins in %1").arg(bar.recorder.countdownLeft)
                 : bar.phase === RecorderModel.Finishing ? qsTr("Saving …")
+                : bar.phase === RecorderModel.ThrownAway ? qsTr("Thrown away")
                 : bar.phase === RecorderModel.Paused ? qsTr("%1, paused").arg(bar.recorder.time) : bar.recorder.time
             Accessible.name: text
         }
@@ -86,6 +87,11 @@ Window {
             implicitHeight: 32
             focusPolicy: Qt.NoFocus
             Accessible.onPressAction: clicked()
+        }
+        Order {
+            visible: bar.phase === RecorderModel.ThrownAway
+            text: qsTr("Undo (%1 s)").arg(bar.recorder.undoSeconds)
+            onClicked: bar.recorder.undoThrowAway()
         }
         Order {
             visible: bar.recorder.isTaking

@@ -45,7 +45,15 @@ struct LiveCamera::Slot {
     }
 };
 
-LiveCamera::LiveCamera(MainQueue& queue) : slot_(std::make_shared<Slot>()), device_(queue, "com.tavaro.studio.camera") {
+std::unique_ptr<CameraMonitor> LiveCamera::openedCamera(CameraDeviceSource const& source,
+                                                        CameraMonitor::Picture picture) {
+    return std::make_unique<CameraMonitor>(source, std::move(picture));
+}
+
+LiveCamera::LiveCamera(MainQueue& queue, Open open)
+    : open_(std::move(open))
+    , slot_(std::make_shared<Slot>())
+    , device_(queue, "com.tavaro.studio.camera") {
     timer_.setInterval(betweenPictures);
     connect(&timer_, &QTimer::timeout, this, &LiveCamera::show);
 }
@@ -58,9 +66,8 @@ void LiveCamera::look(std::optional<CameraDeviceSource> const& source) {
     forget();
     if (!source) return device_.close();
     device_.open(
-        [slot = slot_, wanted = *source] {
-            return std::make_unique<CameraMonitor>(
-                wanted, [slot](ImageView pixels, PixelOrder order) { slot->put(pixels, order); });
+        [open = open_, slot = slot_, wanted = *source] {
+            return open(wanted, [slot](ImageView pixels, PixelOrder order) { slot->put(pixels, order); });
         },
         [this](std::exception_ptr const& failure) {
             if (failure) return set({}, sentenceOf(failure));

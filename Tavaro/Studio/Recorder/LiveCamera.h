@@ -22,7 +22,10 @@ class LiveCamera : public QObject {
     Q_PROPERTY(QString warning READ warning NOTIFY changed)
 
 public:
-    explicit LiveCamera(MainQueue& queue);
+    using Open = std::function<std::unique_ptr<CameraMonitor>(CameraDeviceSource const&, CameraMonitor::Picture)>;
+
+    /// `open` runs beside the main queue. Throws `CaptureError`.
+    explicit LiveCamera(MainQueue& queue, Open open = openedCamera);
     ~LiveCamera() override;
 
     QImage const& picture() const { return picture_; }
@@ -39,10 +42,13 @@ Q_SIGNALS:
 private:
     struct Slot;
 
+    static std::unique_ptr<CameraMonitor> openedCamera(CameraDeviceSource const& source,
+                                                       CameraMonitor::Picture picture);
     void forget();
     void show();
     void set(QImage picture, QString const& warning);
 
+    Open const open_;
     std::optional<CameraDeviceSource> source_;
     std::shared_ptr<Slot> slot_; // shared with the camera's thread; one for each time that it is opened
     QImage picture_;

@@ -41,9 +41,8 @@ RecorderBarModel::RecorderBarModel(RecorderModel& recorder, Preferences& prefere
 }
 
 bool RecorderBarModel::isShown() const {
-    bool const isUp = phase_ != RecorderModel::Idle && phase_ != RecorderModel::ThrownAway;
     bool const isFilming = phase_ == RecorderModel::Recording;
-    return isUp && !(isFilming && isInPicture_ && hasOtherWay_);
+    return phase_ != RecorderModel::Idle && !(isFilming && isInPicture_ && hasOtherWay_);
 }
 
 void RecorderBarModel::setSize(QSize size) {

@@ -11,15 +11,23 @@
 
 using namespace tavaro;
 
-TEST(Monitors, aSoundIsAsLoudAsItIsAndOneThatGoesAwayIsSilentUntilItIsBack) {
-    double const now = mediaClockNow();
-    SoundMonitor const monitor(fakeMicrophone({now + 0.3}, {.to = now + 0.8, .back = now + 1.1}),
-                               StreamRole::microphone);
+TEST(Monitors, aSoundIsAsLoudAsItIs) {
+    SoundMonitor const monitor(fakeMicrophone({mediaClockNow() + 0.3}), StreamRole::microphone);
     EXPECT_TRUE(eventually([&] { return monitor.state().level > 0.3; }));
-    EXPECT_LT(monitor.state().silentSeconds, 0.5);
-    EXPECT_TRUE(eventually([&] { return monitor.state().isAway; }));
-    EXPECT_EQ(monitor.state().level, 0);
-    EXPECT_TRUE(eventually([&] { return !monitor.state().isAway && monitor.state().level > 0.3; }));
+    EXPECT_LT(monitor.state().silentSeconds, 2);
+}
+
+TEST(Monitors, aSoundThatGoesAwayIsSilentUntilItIsBack) {
+    double const now = mediaClockNow();
+    SoundMonitor const monitor(fakeMicrophone({now}, {.to = now + 0.2, .back = now + 1.5}), StreamRole::microphone);
+    EXPECT_TRUE(eventually([&] {
+        auto const state = monitor.state();
+        return state.isAway && state.level == 0;
+    }));
+    EXPECT_TRUE(eventually([&] {
+        auto const state = monitor.state();
+        return !state.isAway && state.level > 0.3;
+    }));
 }
 
 TEST(Monitors, silenceIsCountedFromTheBeginning) {
@@ -31,7 +39,7 @@ TEST(Monitors, silenceIsCountedFromTheBeginning) {
 TEST(Monitors, aCameraShowsItsPicturesUntilItIsAway) {
     std::atomic<int> pictures = 0;
     double const now = mediaClockNow();
-    CameraMonitor const monitor(fakeCamera({now}, {.to = now + 0.5}), [&](ImageView pixels, PixelOrder) {
+    CameraMonitor const monitor(fakeCamera({now}, {.to = now + 1.2}), [&](ImageView pixels, PixelOrder) {
         if (pixels.width > 0 && pixels.row(0)[0] > 200) ++pictures;
     });
     EXPECT_TRUE(eventually([&] { return pictures > 3; }));

@@ -11,12 +11,23 @@
 #include <TavaroPlatform/Queues/MainQueue.h>
 
 #include <QCoreApplication>
+#include <QTimer>
 
 #include <chrono>
 #include <cstdlib>
 #include <functional>
 
 namespace tavaro {
+
+/// Runs the loop until it is so; false after twenty seconds.
+inline bool becomes(std::function<bool()> const& isSo) {
+    auto const end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    QTimer wakes; // since not all that is waited for is an event
+    wakes.start(10);
+    while (!isSo() && std::chrono::steady_clock::now() < end)
+        QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
+    return isSo();
+}
 
 /// An application of one test, whose display is a virtual one.
 class RecorderTest : public DisplayTest {
@@ -33,13 +44,6 @@ protected:
         unsetenv("DISPLAY");
     }
 
-    /// Runs the loop until it is so; false after twenty seconds.
-    static bool becomes(std::function<bool()> const& isSo) {
-        auto const end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-        while (!isSo() && std::chrono::steady_clock::now() < end)
-            QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents, 20);
-        return isSo();
-    }
     static RecorderModel::Settings settings() {
         return {.undoSeconds = 3, .undoTick = 100000, .desktop = RecorderSources::Desktop::open};
     }
