@@ -242,8 +242,9 @@ TEST_F(RecordCommand, sourcesThatCannotBeFilmedAreExplained) {
 }
 
 TEST_F(RecordCommand, aFullDiskEndsTheTakeAndKeepsWhatWasThere) {
-    // Small enough to stop the movie's file, large enough for the take's manifest.
-    auto const outcome = tavaroWithFilesUpTo(8'000, {"record", "--seconds", "15", "-o", path("take.recproj")});
+    // Small enough to stop the movie's file and any project's, however few frames a busy machine films; large enough
+    // for the take's manifest and a fragment of the movie.
+    auto const outcome = tavaroWithFilesUpTo(3'000, {"record", "--seconds", "15", "-o", path("take.recproj")});
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_THAT(outcome.error, HasSubstr("Could not write the recording: "));
     EXPECT_FALSE(fs::exists(path("take.recproj")));

@@ -201,7 +201,8 @@ TEST_F(TakeStreamsTest, aMicrophoneThatWasAwayIsSilentThereAndTheTakeSaysSo) {
         bool const isSilent = from > now + 0.6 && to < now + 1.2;
         float const least = isHeard ? 0.34f : 0;
         EXPECT_GE(levels[i], least) << i;
-        EXPECT_LE(levels[i], isSilent ? 0 : 0.36f) << i;
+        // Of an entry in which it begins or ends there may be a few samples only, as loud as the tone's peak.
+        EXPECT_LE(levels[i], isSilent ? 0 : isHeard ? 0.36f : 0.51f) << i;
     }
     auto const stream = streamOf(take.streams, StreamRole::microphone);
     auto const inFile =
