@@ -241,19 +241,23 @@ private:
 
     /// A clip's name, and behind it what is special about how it plays; where only one has room, that.
     void drawTitle(Lane const& lane, LaneItem const& item, QRectF const& within, double y) {
+        auto const& clip = project_.timeline.clips[item.index];
         auto const words = itemLabel(project_, lane, item);
         Label const label{.isStrong = true, .color = palette_.of(item.kind).text};
-        auto const badge = badgeOf(project_.timeline.clips[item.index]);
-        double const badgeWidth =
-            badge.empty() ? 0 : textImage(badge, badgeLabel()).deviceIndependentSize().width() + 10;
         double const nameWidth = textImage(words, label).deviceIndependentSize().width() + 6;
-        bool const hasName = badge.empty() || nameWidth + badgeWidth <= within.width();
+        auto badge = badgeOf(clip);
+        if (widthOfBadge(badge) > within.width() + labelInset) badge = speedBadge(clip);
+        bool const hasName = badge.empty() || nameWidth + widthOfBadge(badge) <= within.width();
         if (hasName) text(TimelineDrawing::labels, {within.left(), y}, words, label, within);
-        if (badge.empty() || badgeWidth > within.width() + labelInset) return;
-        QRectF const place(within.left() + (hasName ? nameWidth : -3), y - 7, badgeWidth, 14);
-        auto const& colors = palette_.of(item.kind);
-        box(TimelineDrawing::marks, place, {.fill = colors.wave, .edge = Qt::transparent, .radius = 6, .edgeWidth = 0});
+        if (badge.empty() || widthOfBadge(badge) > within.width() + labelInset) return;
+        QRectF const place(within.left() + (hasName ? nameWidth : -3), y - 7, widthOfBadge(badge), 14);
+        box(TimelineDrawing::marks, place,
+            {.fill = palette_.of(item.kind).wave, .edge = Qt::transparent, .radius = 6, .edgeWidth = 0});
         text(TimelineDrawing::labels, {place.left() + 5, y}, badge, badgeLabel(), place.adjusted(0, 0, 2, 0));
+    }
+
+    double widthOfBadge(std::string const& badge) {
+        return badge.empty() ? 0 : textImage(badge, badgeLabel()).deviceIndependentSize().width() + 10;
     }
 
     Label badgeLabel() const { return {.size = 10, .isStrong = true, .color = palette_.of(LaneItemKind::clip).fill}; }

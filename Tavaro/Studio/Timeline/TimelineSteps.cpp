@@ -11,6 +11,13 @@ namespace {
 
 using namespace timelineIntents;
 
+/// Copies what differs: to compare long lists is cheaper than to copy them.
+void restore(DemoProject& project, DemoProject const& before) {
+    forEachField<DemoProject>([&](auto const& field) {
+        if (!(project.*field.member == before.*field.member)) project.*field.member = before.*field.member;
+    });
+}
+
 template<class Intent> constexpr bool isEdit = std::is_same_v<Intent, MoveItems> || std::is_same_v<Intent, TrimItem> ||
                                                std::is_same_v<Intent, SetRamp> || std::is_same_v<Intent, SlipClip> ||
                                                std::is_same_v<Intent, PlaceClip>;
@@ -40,7 +47,7 @@ void TimelineSteps::step(FunctionRef<void(DemoProject&)> change) {
     if (drag_ && drag_->revision != project_.revision()) drag_.reset();
     if (!drag_) return;
     auto const again = [&](DemoProject& project) {
-        project = drag_->before;
+        restore(project, drag_->before);
         change(project);
     };
     project_.edit(drag_->name, again, drag_->group);

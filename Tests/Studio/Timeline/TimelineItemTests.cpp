@@ -118,6 +118,11 @@ DemoProject longFilm(double hours) {
     return project;
 }
 
+/// At a point of the window.
+QColor colorAt(QImage const& picture, double x, double y) {
+    return picture.pixelColor((QPointF(x, y) * picture.devicePixelRatio()).toPoint());
+}
+
 std::size_t partsOf(TimelineDrawing const& drawing) {
     std::size_t parts = 0;
     for (auto const& layer : drawing.layers) parts += layer.rects.size() + layer.pictures.size();
@@ -147,7 +152,7 @@ TEST(TimelineItem, everyItemIsDrawnWhereItIsInItsColour) {
         stage.item->setPlayhead(10.4);
         stage.item->setSelection({project.zoomEvents[1].id});
         auto picture = stage.picture();
-        ASSERT_EQ(picture.width(), 1280);
+        ASSERT_EQ(picture.width(), std::lround(1280 * picture.devicePixelRatio()));
 
         auto const& view = stage.item->view();
         for (auto const& lane : stage.item->layout().lanes()) {
@@ -157,12 +162,12 @@ TEST(TimelineItem, everyItemIsDrawnWhereItIsInItsColour) {
                     item.kind == LaneItemKind::cameraMove)
                     continue;
                 auto const box = stage.item->layout().box(view, *stage.item->layout().find(item.id));
-                auto const at = QPointF(box.x + box.width / 2, box.bottom() - 3).toPoint();
-                EXPECT_TRUE(isNear(picture.pixelColor(at), palette.of(item.kind).fill))
-                    << lane.key << " " << box.x << " " << picture.pixelColor(at).name().toStdString();
+                auto const color = colorAt(picture, box.x + box.width / 2, box.bottom() - 3);
+                EXPECT_TRUE(isNear(color, palette.of(item.kind).fill))
+                    << lane.key << " " << box.x << " " << color.name().toStdString();
             }
         }
-        EXPECT_TRUE(isNear(picture.pixelColor(QPointF(view.x(10.4), 590).toPoint()), palette.playhead, 40));
+        EXPECT_TRUE(isNear(colorAt(picture, view.x(10.4), 590), palette.playhead, 40));
 
         // Stills and waveforms come by themselves.
         auto const clip = stage.item->layout().box(view, *stage.item->layout().find(project.timeline.clips[4].id));
@@ -170,11 +175,10 @@ TEST(TimelineItem, everyItemIsDrawnWhereItIsInItsColour) {
             stage.item->layout().box(view, *stage.item->layout().find(project.audioTracks[0].clips[0].id));
         auto const isThere = [&] {
             picture = stage.picture();
-            auto const still = picture.pixelColor(QPointF(clip.x + 60, clip.bottom() - 12).toPoint());
+            auto const still = colorAt(picture, clip.x + 60, clip.bottom() - 12);
             int waves = 0;
             for (int x = static_cast<int>(sound.x) + 4; x < sound.right() - 4; ++x) {
-                waves += isNear(picture.pixelColor(x, static_cast<int>(sound.y) + 22),
-                                palette.of(LaneItemKind::audioClip).wave, 60);
+                waves += isNear(colorAt(picture, x, sound.y + 22), palette.of(LaneItemKind::audioClip).wave, 60);
             }
             return !isNear(still, palette.of(LaneItemKind::clip).fill, 8) && waves > 20;
         };
