@@ -10,17 +10,22 @@ namespace tavaro {
 struct CameraMonitor::Eye {
     std::unique_ptr<CameraSource> const source;
     Picture const picture;
+    DevicePixels pixels; // the source's thread's
     std::atomic<bool> isAway = false;
 
     Eye(std::unique_ptr<CameraSource> source, Picture shown) : source(std::move(source)), picture(std::move(shown)) {
-        this->source->start(
-            {.picture = [this](CapturedPicture const& captured) { picture(captured.pixels, captured.order); },
-             .lost = [this] { isAway = true; },
-             .returned = [this] { isAway = false; }});
+        this->source->start({.picture = [this](CapturedPicture const& captured) { show(captured.picture); },
+                             .lost = [this](double) { isAway = true; },
+                             .returned = [this](double) { isAway = false; }});
     }
     ~Eye() { source->stop(); }
     Eye(Eye const&) = delete;
     Eye& operator=(Eye const&) = delete;
+
+    void show(DevicePicture const& captured) {
+        auto const shown = pixels.of(captured);
+        picture(shown.view, shown.order);
+    }
 };
 
 CameraMonitor::CameraMonitor(CameraDeviceSource const& source, Picture picture)

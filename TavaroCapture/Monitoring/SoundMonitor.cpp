@@ -40,9 +40,9 @@ struct SoundMonitor::Ear {
 
     Ear(std::unique_ptr<SoundSource> source, StreamRole role) : source(std::move(source)), role(role) {
         this->source->start({.block = [this](SoundBlock const& block) { hear(block); },
-                             .lost = [this] { isAway = true; },
+                             .lost = [this](double) { isAway = true; },
                              .returned =
-                                 [this] {
+                                 [this](double) {
                                      lastLoud = mediaClockNow();
                                      isAway = false;
                                  }});
