@@ -14,12 +14,12 @@ namespace {
 
 /// Programs that set their terminal as a prompt would, or as some prompts do, and show what is typed. Those that use
 /// curses, readline and their like are known by the terminal's settings, whatever they are called.
-constexpr std::array<std::string_view, 46> drawing{
-    "top",   "more",       "most",    "ssh",   "mosh-client", "telnet",   "script", "docker",  "podman",  "kubectl",
-    "lxc",   "machinectl", "picocom", "socat", "dtach",       "abduco",   "zellij", "hx",      "helix",   "micro",
-    "kak",   "joe",        "vi",      "fzf",   "sk",          "btop",     "btm",    "glances", "k9s",     "lazygit",
-    "gitui", "lazydocker", "yazi",    "lf",    "broot",       "nu",       "elvish", "pwsh",    "ipython", "ipython3",
-    "xonsh", "bpython",    "irb",     "iex",   "julia",       "asciinema"};
+constexpr std::array<std::string_view, 48> drawing{
+    "top",   "more",       "most",    "ssh",   "mosh-client", "telnet",    "script", "docker",  "podman",  "kubectl",
+    "lxc",   "machinectl", "picocom", "socat", "dtach",       "abduco",    "zellij", "hx",      "helix",   "micro",
+    "kak",   "joe",        "vi",      "fzf",   "sk",          "btop",      "btm",    "glances", "k9s",     "lazygit",
+    "gitui", "lazydocker", "yazi",    "lf",    "broot",       "nu",        "elvish", "pwsh",    "ipython", "ipython3",
+    "xonsh", "bpython",    "irb",     "iex",   "julia",       "asciinema", "mpv",    "mplayer"};
 /// Their own prompts for what to do, without a program to run.
 constexpr std::array<std::string_view, 5> interpreters{"node", "nodejs", "deno", "bun", "python"};
 constexpr std::array<std::string_view, 2> dialogs{"dialog", "whiptail"};
