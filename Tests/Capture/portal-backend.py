@@ -61,6 +61,9 @@ class Mutter:
         self.bus.signal_subscribe(None, CAST + ".Stream", "PipeWireStreamAdded", stream, None, 0,
                                   lambda *signal: nodes.append(signal[5].unpack()[0]))
         self.call(CONTROL, control, ".Session", "Start")
+        shift = 42
+        for isDown in (True, False):  # without a keyboard, no program is told that its window is in front
+            self.call(CONTROL, control, ".Session", "NotifyKeyboardKeycode", GLib.Variant("(ub)", (shift, isDown)))
         while not nodes:
             GLib.MainContext.default().iteration(True)
         GLib.timeout_add(20, self.move, control, stream)

@@ -4,6 +4,7 @@
 
 #include <TavaroPlatform/Clocks/MediaClock.h>
 
+#include <deque>
 #include <gmock/gmock.h>
 #include <mutex>
 #include <poll.h>
@@ -18,13 +19,25 @@ using testing::ElementsAre;
 struct Desktop {
     Bell news;
     std::mutex lock;
-    FrontWindow window; // guarded by lock, as the next
+    std::deque<FrontWindow> next; // guarded by lock, as the next two; not told yet
+    FrontWindow window;
     bool isGone = false;
 
-    void show(std::string const& name) {
+    /// One after the other.
+    void show(std::vector<std::string> const& names) {
         std::lock_guard const guard(lock);
-        window = name.empty() ? FrontWindow() : FrontWindow{.application = ApplicationIdentity{name, name}};
+        for (auto const& name : names)
+            next.push_back(name.empty() ? FrontWindow() : FrontWindow{.application = ApplicationIdentity{name, name}});
         news.ring();
+    }
+    bool tell() {
+        std::lock_guard const guard(lock);
+        if (!next.empty()) {
+            window = next.front();
+            next.pop_front();
+        }
+        if (next.empty() && !isGone) news.hush();
+        return !isGone;
     }
     void end() {
         std::lock_guard const guard(lock);
@@ -39,11 +52,7 @@ public:
     int descriptor() const override { return desktop_.news.descriptor(); }
     short awaited() const override { return POLLIN; }
     int patience() const override { return -1; }
-    bool listen() override {
-        std::lock_guard const guard(desktop_.lock);
-        desktop_.news.hush();
-        return !desktop_.isGone;
-    }
+    bool listen() override { return desktop_.tell(); }
     FrontWindow window() const override {
         std::lock_guard const guard(desktop_.lock);
         return desktop_.window;
@@ -57,7 +66,9 @@ class FrontWatchTest : public testing::Test {
 protected:
     ~FrontWatchTest() override { watch.stop(); }
 
-    void begin() {
+    void beginWith(std::string const& name) {
+        desktop.show({name});
+        desktop.tell();
         watch.start([this](FrontWindow const& window) {
             std::lock_guard const guard(lock);
             reports.push_back(window.application ? window.application->name : "");
@@ -78,38 +89,33 @@ protected:
 };
 
 TEST_F(FrontWatchTest, whatIsInFrontIsToldAtOnceAndThenEachChange) {
-    desktop.show("one");
-    begin();
+    beginWith("one");
     EXPECT_THAT(reported(), ElementsAre("one"));
-    desktop.show("two");
+    desktop.show({"two"});
     EXPECT_TRUE(isReported("two"));
     double const gone = mediaClockNow();
-    desktop.show("");
+    desktop.show({""});
     EXPECT_TRUE(isReported(""));
     EXPECT_GE(mediaClockNow() - gone, FrontWatch::changeSeconds);
-    desktop.show("two");
+    desktop.show({"two"});
     EXPECT_TRUE(isReported("two"));
     EXPECT_THAT(reported(), ElementsAre("one", "two", "", "two"));
     watch.stop();
-    desktop.show("three");
+    desktop.show({"three"});
     EXPECT_THAT(reported(), ElementsAre("one", "two", "", "two"));
 }
 
 TEST_F(FrontWatchTest, betweenTwoWindowsThereIsNoMomentWithoutOne) {
-    desktop.show("one");
-    begin();
-    // Each gap is short, whether the watch is slow to see it or not.
+    beginWith("one");
     for (auto const* const next : {"two", "one", "two"}) {
-        desktop.show("");
-        desktop.show(next);
+        desktop.show({"", next});
         EXPECT_TRUE(isReported(next));
     }
     EXPECT_THAT(reported(), ElementsAre("one", "two", "one", "two"));
 }
 
 TEST_F(FrontWatchTest, nothingIsInFrontOnceNobodyTells) {
-    desktop.show("one");
-    begin();
+    beginWith("one");
     desktop.end();
     EXPECT_TRUE(isReported(""));
 }

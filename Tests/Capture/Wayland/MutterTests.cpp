@@ -1,6 +1,8 @@
 #include "SharedPictures.h"
 
+#include "../TestForm.h"
 #include "../TestMutter.h"
+#include "FrontLog.h"
 
 #include <TavaroCapture/Sources/CaptureError.h>
 #include <TavaroPlatform/Clocks/MediaClock.h>
@@ -61,6 +63,23 @@ TEST_F(MutterTest, aWindowIsSharedByItselfWithThePointerInItsOwnPixels) {
     EXPECT_TRUE(shows(*window, 60, 40, red));
     EXPECT_EQ(window->screen->size(), (Size2{120, 80}));
     EXPECT_TRUE(leadsPointerAlong(*window, {30, 20}));
+}
+
+TEST_F(MutterTest, theApplicationInFrontIsToldByItsProgram) {
+    mutter->session().startAccessibility();
+    auto const desktop = shared(DisplaySource{});
+    EXPECT_THAT(desktop.events->limits(), testing::Contains(testing::HasSubstr("which application is in front")));
+    FrontLog log;
+    desktop.events->start(log.handlers());
+    std::optional<TestForm> one(std::in_place, mutter->session(), "one", TestForm::Widgets::told);
+    EXPECT_TRUE(log.shows("one"));
+    std::optional<TestForm> two(std::in_place, mutter->session(), "two", TestForm::Widgets::told);
+    EXPECT_TRUE(log.shows("two"));
+    two.reset();
+    EXPECT_TRUE(log.shows("one"));
+    one.reset();
+    EXPECT_TRUE(log.shows(""));
+    desktop.events->stop();
 }
 
 TEST_F(MutterTest, whatChangesIsSeenAlsoInAnAreaAndADeadCompositorIsALostScreen) {

@@ -1,3 +1,4 @@
+#include "FrontLog.h"
 #include "SharedPictures.h"
 
 #include "../Input/FakeInput.h"
@@ -15,7 +16,6 @@
 
 #include <gmock/gmock.h>
 #include <linux/input-event-codes.h>
-#include <mutex>
 #include <unistd.h>
 
 namespace tavaro::wayland {
@@ -41,39 +41,6 @@ protected:
     }
 
     std::optional<TestSway> sway;
-};
-
-/// What was told of the window in front, and of keys.
-class FrontLog {
-public:
-    EventHandlers handlers() {
-        return {.key =
-                    [this](double, Chord const& chord) {
-                        std::lock_guard const guard(lock_);
-                        keys_ += chord.key;
-                    },
-                .frontmost =
-                    [this](FrontWindow const& window) {
-                        std::lock_guard const guard(lock_);
-                        front_ = window.application ? window.application->name : "";
-                    }};
-    }
-    bool shows(std::string const& name) {
-        return eventually([&] {
-            usleep(5000);
-            std::lock_guard const guard(lock_);
-            return front_ == name;
-        });
-    }
-    std::string keys() {
-        std::lock_guard const guard(lock_);
-        return keys_;
-    }
-
-private:
-    std::mutex lock_;
-    std::string front_; // guarded by lock_, as the next
-    std::string keys_;
 };
 
 TEST_F(SwayTest, aScreenOnWhichNothingChangesHasAPictureWheneverItIsShared) {
