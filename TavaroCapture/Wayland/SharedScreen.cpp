@@ -121,7 +121,7 @@ void SharedScreen::openStream(std::uint32_t node) {
                         .format = [this](pipewire::VideoFormat const&) { formatSince_ = mediaClockNow(); },
                         .picture = [this](pipewire::VideoPicture const& picture) { note(picture); },
                         .pointer =
-                            [this](PixelPoint point) {
+                            [this](std::optional<PixelPoint> point) {
                                 std::lock_guard const guard(lock_);
                                 pointer_ = point;
                             },

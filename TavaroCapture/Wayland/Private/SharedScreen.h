@@ -46,7 +46,7 @@ public:
 
     /// Exchanges `picture` for the newest one, where there is a new one. BGRX.
     ScreenSource::Outcome take(Image& picture);
-    /// None as long as the desktop has not told.
+    /// None as long as the desktop has not told, and while it is hidden, or not on what is shared.
     std::optional<PixelPoint> pointer() const;
 
 private:

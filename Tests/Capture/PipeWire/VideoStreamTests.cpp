@@ -30,10 +30,11 @@ protected:
                        VideoStream::Options{.node = screen->id(), .layouts = {DeviceLayout::bgrx, DeviceLayout::rgbx}},
                        VideoStream::Handlers{.format = [this](VideoFormat const& format) { formats.push_back(format); },
                                              .picture = [this](VideoPicture const& picture) { note(picture); },
-                                             .pointer = [this](PixelPoint point) { pointer = point; }});
+                                             .pointer = [this](std::optional<PixelPoint> point) { pointer = point; }});
     }
     void note(VideoPicture const& picture) {
         auto const middle = static_cast<std::size_t>(picture.format.height / 2 * picture.format.stride);
+        if (picture.isDamaged || middle >= picture.bytes.size()) return;
         grey = picture.bytes[middle];
         capturedAt = picture.capturedAt;
         arrivedAt = mediaClockNow();
@@ -91,7 +92,39 @@ TEST_F(VideoStreamTest, aPointerThatMovesOverAStillScreenComesWithoutAPicture) {
     }
     EXPECT_EQ(grey, std::nullopt);
     EXPECT_TRUE(shows(41));
-    EXPECT_EQ(pointer, (PixelPoint{310, 199})); // a picture that says nothing of it leaves it there
+    EXPECT_EQ(pointer, (PixelPoint{310, 199}));
+    screen->hidePointer(); // it has left the window that is shared
+    EXPECT_TRUE(comes([&] { return !pointer; }));
+    screen->movePointer({5, 6});
+    EXPECT_TRUE(comes([&] { return pointer == PixelPoint{5, 6}; }));
+}
+
+TEST_F(VideoStreamTest, picturesOfAGraphicsCardsMemoryAreReadWhereTheyLie) {
+    stream.reset();
+    screen.emplace(320, 200, 0, TestScreenNode::Memory::graphics);
+    open();
+    for (std::uint8_t const wanted : {40, 90, 41}) ASSERT_TRUE(shows(wanted)) << stream->state();
+    EXPECT_EQ(bytes, 320u * 200 * 4);
+    screen->resize(200, 100);
+    ASSERT_TRUE(comes([&] { return formats.back().pictures.width == 200; })) << stream->state();
+    ASSERT_TRUE(shows(70)) << stream->state();
+}
+
+TEST_F(VideoStreamTest, memoryThatCannotBeReadIsRefusedWithItsFormat) {
+    stream.reset();
+    screen.emplace(320, 200, 0, TestScreenNode::Memory::unreadable);
+    screen->show(40);
+    open();
+    ASSERT_TRUE(comes([&] { return stream->state().find("modifier") != std::string::npos; })) << stream->state();
+    stream->restart(); // asks for others
+    EXPECT_TRUE(comes([&] { return !stream->isLive(); })) << stream->state();
+    EXPECT_THAT(stream->state(), testing::ContainsRegex("format BGRx, modifier 0x0.*: permission denied"));
+    EXPECT_EQ(grey, std::nullopt);
+
+    stream.reset();
+    screen.emplace(320, 200, 0, TestScreenNode::Memory::both);
+    open();
+    EXPECT_TRUE(shows(40)) << stream->state();
 }
 
 TEST_F(VideoStreamTest, theFirstPictureOfAStillScreenIsAskedForAgainWhenItGotLost) {

@@ -65,6 +65,8 @@ TEST_F(SharedDesktopTest, pictureAndPointerFollowTheSharedScreen) {
 
     portal->screen().movePointer({30, 40});
     EXPECT_TRUE(eventually([&] { return desktop.events->pointer() == PixelPoint{30, 40}; }));
+    portal->screen().hidePointer();
+    EXPECT_TRUE(eventually([&] { return !desktop.events->pointer(); })) << "a click elsewhere has no place here";
     portal->screen().show(90);
     EXPECT_TRUE(shows(desktop, 90));
     EXPECT_THAT(portal->questions(),
