@@ -6,8 +6,10 @@
 
 #include <algorithm>
 #include <array>
+#include <pthread.h>
 #include <spa/param/audio/format-utils.h>
 #include <span>
+#include <utility>
 
 namespace tavaro {
 
@@ -46,7 +48,18 @@ void TestClicksNode::run() {
     stream_.reset();
 }
 
+namespace {
+
+/// Before everything else, as a device's is. Refused where the user may not ask; then it has its turn when it has it.
+void prefer(pthread_t thread) {
+    sched_param const least{.sched_priority = sched_get_priority_min(SCHED_RR)};
+    pthread_setschedparam(thread, SCHED_RR, &least);
+}
+
+}
+
 void TestClicksNode::speak() {
+    if (!std::exchange(isPreferred_, true)) prefer(pthread_self());
     constexpr auto between = static_cast<std::int64_t>(apart * audioRate);
     constexpr std::int64_t click = audioRate / 1000;
     auto* const buffer = pw_stream_dequeue_buffer(stream_.get());

@@ -43,7 +43,8 @@ private:
     pipewire::Connection connection_; // the thread's
     spa_hook hook_{};
     pipewire::Stream stream_;
-    std::int64_t frame_ = 0; // the server's thread's
+    std::int64_t frame_ = 0;   // the server's thread's
+    bool isPreferred_ = false; // that thread
     std::atomic<int> lateTurns_ = 0;
     std::atomic<int> lost_ = 0;
     std::atomic<bool> isEnding_ = false;
