@@ -435,6 +435,7 @@ void ScreenRecorder::Take::release() {
     sideStreams_.clear();
     events_.reset();
     screen_.reset();
+    screenPictures_.reset();
     writer_.reset();
     claim_.reset();
 }
