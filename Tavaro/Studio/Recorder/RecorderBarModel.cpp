@@ -81,6 +81,7 @@ void RecorderBarModel::settle() {
     room.filmed.reset();
     if (!place) place = barPlace(room);
     if (place) place_ = {place->x, place->y};
+    Q_EMIT placeChanged();
     Q_EMIT changed();
 }
 

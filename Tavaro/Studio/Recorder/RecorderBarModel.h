@@ -19,7 +19,7 @@ class RecorderBarModel : public QObject {
     Q_OBJECT
     Q_PROPERTY(bool isShown READ isShown NOTIFY changed)
     Q_PROPERTY(bool isInPicture READ isInPicture NOTIFY changed) // there is no place beside what is filmed
-    Q_PROPERTY(QPoint place READ place NOTIFY changed)
+    Q_PROPERTY(QPoint place READ place NOTIFY placeChanged)
     Q_PROPERTY(QSize size READ size WRITE setSize NOTIFY sizeChanged) // of the window
     Q_PROPERTY(bool hasOtherWay READ hasOtherWay WRITE setHasOtherWay NOTIFY changed)
 
@@ -39,6 +39,7 @@ public:
 
 Q_SIGNALS:
     void changed();
+    void placeChanged();
     void sizeChanged();
 
 private:

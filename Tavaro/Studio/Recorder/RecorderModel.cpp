@@ -15,6 +15,7 @@
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
+#include <utility>
 
 namespace tavaro {
 
@@ -83,12 +84,18 @@ RecorderModel::RecorderModel(MainQueue& queue, Application& application, Setting
     undo_.setInterval(settings_.undoTick);
     connect(&refresh_, &QTimer::timeout, this, &RecorderModel::refresh);
     connect(&undo_, &QTimer::timeout, this, &RecorderModel::tickUndo);
-    recorder().onStarting([this](std::function<void()> next) { devices_.letGo(std::move(next)); });
+    recorder().onStarting([this](std::function<void()> next) {
+        starting_ = std::move(next);
+        devices_.letGo([this] {
+            if (auto const goOn = std::exchange(starting_, nullptr)) goOn();
+        });
+    });
 }
 
 RecorderModel::~RecorderModel() {
     observation_.reset();
     recorder().onStarting({});
+    if (starting_) starting_(); // or the recording would wait for ever
     if (undoLeft_ > 0 && recorder().isTaking()) recorder().cancel();
 }
 

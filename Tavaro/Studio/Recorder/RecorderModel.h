@@ -133,10 +133,11 @@ private:
     RecorderDevices devices_;
     bool isWatched_ = false;
     bool isRefreshing_ = false;
-    double bytesPerSecond_;   // of a take, as of the last one
-    int roomMinutes_ = -1;    // for a take that has not begun
-    bool isUnderWay_ = false; // a recording is, as far as was noted
-    int undoLeft_ = 0;        // seconds; 0: nothing is thrown away
+    double bytesPerSecond_;          // of a take, as of the last one
+    int roomMinutes_ = -1;           // for a take that has not begun
+    bool isUnderWay_ = false;        // a recording is, as far as was noted
+    std::function<void()> starting_; // a recording waits for this, while devices are let go of
+    int undoLeft_ = 0;               // seconds; 0: nothing is thrown away
     Shown shown_;
     QStringList remarks_;
     QString failure_;

@@ -106,6 +106,15 @@ TEST_F(RecorderModelTest, aTakeThatIsThrownAwayIsGoneAfterItsTimeOrWithTheNextTa
     EXPECT_TRUE(unfinishedRecordings().empty());
 }
 
+TEST_F(RecorderModelTest, aRecordingGoesOnWhereItsWindowGoesWhileItBegins) {
+    std::optional<RecordingOutcome> over;
+    auto model = std::make_optional<RecorderModel>(queue, application, settings());
+    application.record({.seconds = 0.2}, {.over = [&](RecordingOutcome const& outcome) { over = outcome; }});
+    model.reset(); // devices are still let go of
+    ASSERT_TRUE(becomes([&] { return over.has_value(); }));
+    EXPECT_EQ(over->kind, RecordingOutcome::Kind::saved) << over->sentence();
+}
+
 TEST_F(RecorderModelTest, aTakeThatSomebodyElseStartedIsLabelledSo) {
     RecorderModel model(queue, application, settings());
     QString who;

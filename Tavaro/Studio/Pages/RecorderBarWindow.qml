@@ -15,12 +15,20 @@ Window {
     title: qsTr("Tavaro recorder")
     width: Math.max(300, row.implicitWidth + 24)
     height: 52
-    x: model.place.x
-    y: model.place.y
     visible: model.isShown
     color: "#202225"
     palette { window: "#202225"; windowText: "white"; text: "white"; buttonText: "white"; button: "#3a3d42"; mid: "#55595f" }
 
+    // Not bound, since the hand that drags it sets these as well.
+    function settle() {
+        x = model.place.x
+        y = model.place.y
+    }
+    Component.onCompleted: settle()
+    Connections {
+        target: bar.model
+        function onPlaceChanged() { bar.settle() }
+    }
     Binding { target: bar.model; property: "size"; value: Qt.size(bar.width, bar.height) }
 
     MouseArea {
