@@ -18,7 +18,7 @@ constexpr std::size_t mostSearched = 1000; // windows
 
 /// What is known of a window so far.
 struct Candidate {
-    Widget window;
+    WidgetAddress window;
     int process = 0;
     std::string title;
     std::string application;
@@ -45,9 +45,9 @@ FrontWindow described(Candidate const& window) {
 
 struct ActiveWindow::State {
     int const desktop;
-    std::vector<Widget> fresh;  // it is not known yet whose they are
-    std::vector<Widget> active; // the last is in front
-    std::optional<Widget> front;
+    std::vector<WidgetAddress> fresh;  // it is not known yet whose they are
+    std::vector<WidgetAddress> active; // the last is in front
+    std::optional<WidgetAddress> front;
     FrontWindow window; // what that is
     std::size_t searched = 0;
     bool isTold = false; // by a program itself
@@ -60,17 +60,17 @@ struct ActiveWindow::State {
 
     void subscribe();
     void search();
-    void searchProgram(Widget const& program);
-    void noteActive(Widget const& window);
-    void consider(Widget const& window, int process);
+    void searchProgram(WidgetAddress const& program);
+    void noteActive(WidgetAddress const& window);
+    void consider(WidgetAddress const& window, int process);
     void settle(Candidate const& candidate);
-    void noteInactive(Widget const& window);
+    void noteInactive(WidgetAddress const& window);
     void forget(std::string const& program);
-    bool isInFront(Widget const& window) const { return !active.empty() && active.back() == window; }
+    bool isInFront(WidgetAddress const& window) const { return !active.empty() && active.back() == window; }
 };
 
 void ActiveWindow::State::subscribe() {
-    auto const follows = [this](char const* event, char const* member, void (State::*note)(Widget const&)) {
+    auto const follows = [this](char const* event, char const* member, void (State::*note)(WidgetAddress const&)) {
         talk.follow(event, fmt::format("type='signal',interface='org.a11y.atspi.Event.Window',member='{}'", member),
                     [this, note](sd_bus_message* signal) {
                         auto const *const sender = sd_bus_message_get_sender(signal), *const path =
@@ -98,7 +98,7 @@ void ActiveWindow::State::search() {
     });
 }
 
-void ActiveWindow::State::searchProgram(Widget const& program) {
+void ActiveWindow::State::searchProgram(WidgetAddress const& program) {
     talk.ask(program, accessible, "GetChildren", [this](sd_bus_message* windows) {
         if (isFailure(windows)) return;
         for (auto const& window : readWidgets(windows)) {
@@ -111,7 +111,7 @@ void ActiveWindow::State::searchProgram(Widget const& program) {
     });
 }
 
-void ActiveWindow::State::noteActive(Widget const& window) {
+void ActiveWindow::State::noteActive(WidgetAddress const& window) {
     auto message = talk.call({"org.freedesktop.DBus", "/org/freedesktop/DBus"}, "org.freedesktop.DBus",
                              "GetConnectionUnixProcessID");
     if (message) sd_bus_message_append(message.get(), "s", window.program.c_str());
@@ -123,7 +123,7 @@ void ActiveWindow::State::noteActive(Widget const& window) {
     });
 }
 
-void ActiveWindow::State::consider(Widget const& window, int process) {
+void ActiveWindow::State::consider(WidgetAddress const& window, int process) {
     bool const isStillActive = std::erase(fresh, window) > 0;
     if (!isStillActive || (process == desktop && process != 0)) return;
     std::erase(active, window);
@@ -145,7 +145,7 @@ void ActiveWindow::State::settle(Candidate const& candidate) {
     window = described(candidate);
 }
 
-void ActiveWindow::State::noteInactive(Widget const& window) {
+void ActiveWindow::State::noteInactive(WidgetAddress const& window) {
     std::erase(fresh, window);
     std::erase(active, window);
     if (front != window) return;
@@ -155,8 +155,8 @@ void ActiveWindow::State::noteInactive(Widget const& window) {
 
 void ActiveWindow::State::forget(std::string const& program) {
     for (auto* const windows : {&fresh, &active})
-        std::erase_if(*windows, [&](Widget const& window) { return window.program == program; });
-    if (front && front->program == program) noteInactive(Widget(*front));
+        std::erase_if(*windows, [&](WidgetAddress const& window) { return window.program == program; });
+    if (front && front->program == program) noteInactive(WidgetAddress(*front));
 }
 
 ActiveWindow::ActiveWindow(Bus bus, int desktop) : state_(std::make_unique<State>(std::move(bus), desktop)) {}

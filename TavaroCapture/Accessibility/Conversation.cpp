@@ -28,8 +28,8 @@ std::uint64_t readTraits(sd_bus_message* answer) {
     return std::uint64_t{words[1]} << 32U | words[0];
 }
 
-std::vector<Widget> readWidgets(sd_bus_message* answer) {
-    std::vector<Widget> result;
+std::vector<WidgetAddress> readWidgets(sd_bus_message* answer) {
+    std::vector<WidgetAddress> result;
     if (sd_bus_message_enter_container(answer, 'a', "(so)") < 0) return result;
     char const *program = nullptr, *path = nullptr;
     while (sd_bus_message_read(answer, "(so)", &program, &path) > 0) {
@@ -45,7 +45,7 @@ std::string readText(sd_bus_message* answer) {
 
 bool isFailure(sd_bus_message* answer) { return !answer || sd_bus_message_is_method_error(answer, nullptr) != 0; }
 
-Widget registry() { return {"org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root"}; }
+WidgetAddress registry() { return {"org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root"}; }
 
 Conversation::~Conversation() = default;
 
@@ -69,7 +69,7 @@ bool Conversation::listen() {
     return !isOver_;
 }
 
-Message Conversation::call(Widget const& of, char const* interface, char const* member) const {
+Message Conversation::call(WidgetAddress const& of, char const* interface, char const* member) const {
     sd_bus_message* message = nullptr;
     if (sd_bus_message_new_method_call(bus_.get(), &message, of.program.c_str(), of.path.c_str(), interface, member) <
         0)
@@ -87,11 +87,11 @@ void Conversation::send(Message message, Answered answered) {
     raw->answered(nullptr);
 }
 
-void Conversation::ask(Widget const& of, char const* interface, char const* member, Answered answered) {
+void Conversation::ask(WidgetAddress const& of, char const* interface, char const* member, Answered answered) {
     send(call(of, interface, member), std::move(answered));
 }
 
-void Conversation::askProperty(Widget const& of, char const* name, Answered answered) {
+void Conversation::askProperty(WidgetAddress const& of, char const* name, Answered answered) {
     auto message = call(of, "org.freedesktop.DBus.Properties", "Get");
     if (message) sd_bus_message_append(message.get(), "ss", accessible, name);
     send(std::move(message), std::move(answered));

@@ -21,7 +21,7 @@ using atspi::isFailure;
 using atspi::readTraits;
 using atspi::readWidgets;
 using atspi::Trait;
-using atspi::Widget;
+using atspi::WidgetAddress;
 
 constexpr std::uint32_t passwordText = 40; // a role
 constexpr double searchSeconds = 1;
@@ -48,12 +48,12 @@ bool isHidden(std::string_view text) {
 
 struct FieldFocus::State {
     struct Program {
-        Widget field; // that has the keyboard while the program does
+        WidgetAddress field; // that has the keyboard while the program does
         bool isSecret = false;
     };
 
     std::map<std::string, Program> programs; // that are in front, or say nothing of that
-    std::optional<Widget> current;           // what got the keyboard last
+    std::optional<WidgetAddress> current;    // what got the keyboard last
     int searched = 0;
     int searching = 0; // questions under way
     double const searchedUntil = mediaClockNow() + searchSeconds;
@@ -68,17 +68,17 @@ struct FieldFocus::State {
     void subscribe();
     void noteChange(sd_bus_message* signal);
 
-    void noteFocus(Widget const& field, bool isFocused);
-    void noteRole(Widget const& field, sd_bus_message* answer);
-    void noteActive(Widget const& window, bool isActive);
+    void noteFocus(WidgetAddress const& field, bool isFocused);
+    void noteRole(WidgetAddress const& field, sd_bus_message* answer);
+    void noteActive(WidgetAddress const& window, bool isActive);
     void checkSecrets();
     void forget(std::string const& program);
     void search();
     bool isSearching() const { return searching > 0 && !talk.isOver() && mediaClockNow() < searchedUntil; }
-    void lookFor(Widget const& of, char const* member, std::function<void(sd_bus_message*)> found);
-    void searchWindow(Widget const& window);
-    void searchIn(Widget const& widget);
-    void searchChildren(Widget const& widget);
+    void lookFor(WidgetAddress const& of, char const* member, std::function<void(sd_bus_message*)> found);
+    void searchWindow(WidgetAddress const& window);
+    void searchIn(WidgetAddress const& widget);
+    void searchChildren(WidgetAddress const& widget);
 };
 
 void FieldFocus::State::subscribe() {
@@ -103,7 +103,7 @@ void FieldFocus::State::noteChange(sd_bus_message* signal) {
     if (std::string_view(name) == "active") noteActive({sender, path}, isSet != 0);
 }
 
-void FieldFocus::State::noteFocus(Widget const& field, bool isFocused) {
+void FieldFocus::State::noteFocus(WidgetAddress const& field, bool isFocused) {
     auto& program = programs[field.program];
     if (!isFocused) {
         if (program.field == field) program = {};
@@ -116,7 +116,7 @@ void FieldFocus::State::noteFocus(Widget const& field, bool isFocused) {
 }
 
 /// A field that is gone before it said what it is may well have been a password's.
-void FieldFocus::State::noteRole(Widget const& field, sd_bus_message* answer) {
+void FieldFocus::State::noteRole(WidgetAddress const& field, sd_bus_message* answer) {
     std::uint32_t role = 0;
     bool const isKnown = !isFailure(answer) && sd_bus_message_read(answer, "u", &role) >= 0;
     wasSecret = wasSecret || !isKnown || role == passwordText;
@@ -125,7 +125,7 @@ void FieldFocus::State::noteRole(Widget const& field, sd_bus_message* answer) {
 }
 
 /// A field keeps its state in a window that is no longer in front, and gets it anew with the window.
-void FieldFocus::State::noteActive(Widget const& window, bool isActive) {
+void FieldFocus::State::noteActive(WidgetAddress const& window, bool isActive) {
     if (isActive) {
         checkSecrets();
         if (!current || current->program != window.program) current = window;
@@ -164,7 +164,8 @@ void FieldFocus::State::search() {
 }
 
 /// Asks about a widget while the search lasts.
-void FieldFocus::State::lookFor(Widget const& of, char const* member, std::function<void(sd_bus_message*)> found) {
+void FieldFocus::State::lookFor(WidgetAddress const& of, char const* member,
+                                std::function<void(sd_bus_message*)> found) {
     if (++searched > mostSearched || mediaClockNow() > searchedUntil) return;
     ++searching;
     talk.ask(of, accessible, member, [this, found = std::move(found)](sd_bus_message* answer) {
@@ -173,7 +174,7 @@ void FieldFocus::State::lookFor(Widget const& of, char const* member, std::funct
     });
 }
 
-void FieldFocus::State::searchWindow(Widget const& window) {
+void FieldFocus::State::searchWindow(WidgetAddress const& window) {
     lookFor(window, "GetState", [this, window](auto* answer) {
         if (!has(readTraits(answer), Trait::active) || programs.contains(window.program)) return;
         current = window;
@@ -181,7 +182,7 @@ void FieldFocus::State::searchWindow(Widget const& window) {
     });
 }
 
-void FieldFocus::State::searchIn(Widget const& widget) {
+void FieldFocus::State::searchIn(WidgetAddress const& widget) {
     lookFor(widget, "GetState", [this, widget](auto* answer) {
         auto const traits = readTraits(answer);
         if (programs.contains(widget.program)) return; // it has told by itself meanwhile
@@ -191,7 +192,7 @@ void FieldFocus::State::searchIn(Widget const& widget) {
     });
 }
 
-void FieldFocus::State::searchChildren(Widget const& widget) {
+void FieldFocus::State::searchChildren(WidgetAddress const& widget) {
     ++searching;
     talk.askProperty(widget, "ChildCount", [this, widget](sd_bus_message* answer) {
         std::int32_t count = 0;

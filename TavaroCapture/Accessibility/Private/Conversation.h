@@ -16,10 +16,10 @@ namespace tavaro::atspi {
 using Message = std::unique_ptr<sd_bus_message, ReleaseWith<sd_bus_message_unref>>;
 
 /// A widget, by its program's name on the bus and its own path.
-struct Widget {
+struct WidgetAddress {
     std::string program;
     std::string path;
-    bool operator==(Widget const&) const = default;
+    bool operator==(WidgetAddress const&) const = default;
 };
 
 enum class Trait : unsigned { active = 1, focused = 12, showing = 25, visible = 30 };
@@ -27,7 +27,7 @@ bool has(std::uint64_t traits, Trait trait);
 
 // What an answer holds; nothing where it holds something else.
 std::uint64_t readTraits(sd_bus_message* answer);
-std::vector<Widget> readWidgets(sd_bus_message* answer);
+std::vector<WidgetAddress> readWidgets(sd_bus_message* answer);
 /// Of a property.
 std::string readText(sd_bus_message* answer);
 
@@ -54,10 +54,10 @@ public:
     bool listen();
     bool isOver() const { return isOver_; }
 
-    Message call(Widget const& of, char const* interface, char const* member) const;
+    Message call(WidgetAddress const& of, char const* interface, char const* member) const;
     void send(Message message, Answered answered);
-    void ask(Widget const& of, char const* interface, char const* member, Answered answered);
-    void askProperty(Widget const& of, char const* name, Answered answered);
+    void ask(WidgetAddress const& of, char const* interface, char const* member, Answered answered);
+    void askProperty(WidgetAddress const& of, char const* name, Answered answered);
 
     /// Has programs tell of an event ("object:state-changed:focused"), which comes as signals that match `rule`.
     void follow(char const* event, std::string const& rule, Told told);
@@ -80,6 +80,6 @@ private:
 
 inline constexpr char const* accessible = "org.a11y.atspi.Accessible";
 /// Whose children are the programs.
-Widget registry();
+WidgetAddress registry();
 
 }
