@@ -62,7 +62,7 @@ private:
 
 /// Reads the pictures that a camera or another device hands over. Takes 4:2:2 as 4:2:0, as films are. Keeps its memory,
 /// so one of these serves one device, on one thread at a time. A JPEG of 720p takes two to five milliseconds, anything
-/// else a tenth of one.
+/// else less than one.
 class DevicePictures {
 public:
     explicit DevicePictures(DeviceFormat const& format);
