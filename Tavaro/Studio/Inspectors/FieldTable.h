@@ -63,9 +63,9 @@ constexpr FieldFacts readOnly(FieldFacts facts) {
 }
 
 /// The lines of a record's fields.
-template<class Record> constexpr auto factsOf = std::array<FieldFacts, 0>{};
+template<class Record> inline constexpr auto factsOf = std::array<FieldFacts, 0>{};
 
-template<> constexpr auto factsOf<ScreenStyle> = std::array{
+template<> inline constexpr auto factsOf<ScreenStyle> = std::array{
     facts::share("padding", "Padding", 0.4),
     facts::pixels("cornerRadius", "Corner Radius", 120),
     facts::pixels("shadowRadius", "Shadow Radius", 200),
@@ -78,7 +78,7 @@ template<> constexpr auto factsOf<ScreenStyle> = std::array{
     facts::plain("insetColor", "Inset Color"),
     facts::plain("frameTint", "Frame Tint"),
 };
-template<> constexpr auto factsOf<CursorSettings> = std::array{
+template<> inline constexpr auto factsOf<CursorSettings> = std::array{
     facts::plain("isVisible", "Show Pointer"),
     facts::plain("style", "Pointer Style"),
     facts::times("size", "Pointer Size", 0.5, 5),
@@ -93,7 +93,7 @@ template<> constexpr auto factsOf<CursorSettings> = std::array{
     facts::plain("clickSound", "Click Sound"),
     facts::share("clickSoundVolume", "Click Sound Volume"),
 };
-template<> constexpr auto factsOf<CameraSettings> = std::array{
+template<> inline constexpr auto factsOf<CameraSettings> = std::array{
     facts::plain("isEnabled", "Show Camera"),
     facts::plain("shape", "Camera Shape"),
     facts::plain("placement", "Camera Place"),
@@ -116,31 +116,32 @@ template<> constexpr auto factsOf<CameraSettings> = std::array{
     facts::file("lutAsset", "Color Table"),
     facts::share("sharpen", "Sharpen"),
 };
-template<> constexpr auto factsOf<CanvasLayout::Split> = std::array{
+template<> inline constexpr auto factsOf<CanvasLayout::Split> = std::array{
     facts::plain("arrangement", "Arrangement"),
     facts::share("cameraFraction", "Camera Share"),
 };
-template<> constexpr auto factsOf<Gradient> = std::array{facts::plain("from", "From"), facts::plain("to", "To")};
-template<> constexpr auto factsOf<BackgroundStyle::Solid> = std::array{facts::plain("colour", "Background Color")};
-template<> constexpr auto factsOf<BackgroundStyle::LinearGradient> = std::array{
+template<> inline constexpr auto factsOf<Gradient> = std::array{facts::plain("from", "From"), facts::plain("to", "To")};
+template<> inline constexpr auto factsOf<BackgroundStyle::Solid> =
+    std::array{facts::plain("colour", "Background Color")};
+template<> inline constexpr auto factsOf<BackgroundStyle::LinearGradient> = std::array{
     facts::plain("gradient", "Gradient"),
     FieldFacts{.name = "angle", .label = "Gradient Angle", .unit = "°", .most = 360},
 };
-template<> constexpr auto factsOf<BackgroundStyle::RadialGradient> =
+template<> inline constexpr auto factsOf<BackgroundStyle::RadialGradient> =
     std::array{facts::plain("gradient", "Gradient"), facts::plain("center", "Gradient Center")};
-template<> constexpr auto factsOf<BackgroundStyle::Mesh> = std::array{
+template<> inline constexpr auto factsOf<BackgroundStyle::Mesh> = std::array{
     facts::plain("colors", "Mesh Colors"),
     facts::number("speed", "Mesh Speed", 0, 2, 0.05),
     facts::number("seed", "Mesh Shape", 0, 100, 1),
 };
-template<> constexpr auto factsOf<BackgroundStyle::Aurora> = std::array{
+template<> inline constexpr auto factsOf<BackgroundStyle::Aurora> = std::array{
     facts::plain("colors", "Aurora Colors"),
     facts::number("speed", "Aurora Speed", 0, 2, 0.05),
     facts::number("seed", "Aurora Shape", 0, 100, 1),
 };
-template<> constexpr auto factsOf<BackgroundStyle::ImageFile> =
+template<> inline constexpr auto factsOf<BackgroundStyle::ImageFile> =
     std::array{facts::file("assetName", "Background Image"), facts::pixels("blur", "Background Blur", 100)};
-template<> constexpr auto factsOf<TitleCard> = std::array{
+template<> inline constexpr auto factsOf<TitleCard> = std::array{
     facts::plain("text", "Card Text"),
     facts::plain("subtitle", "Card Subtitle"),
     facts::seconds("duration", "Card Duration", 10),
@@ -149,7 +150,7 @@ template<> constexpr auto factsOf<TitleCard> = std::array{
     facts::pixels("fontSize", "Card Font Size", 200),
     facts::plain("animation", "Card Animation"),
 };
-template<> constexpr auto factsOf<CaptionTrack> = std::array{
+template<> inline constexpr auto factsOf<CaptionTrack> = std::array{
     facts::plain("isEnabled", "Show Captions"),
     facts::plain("style", "Caption Style"),
     facts::hidden("cues"),
@@ -162,7 +163,7 @@ template<> constexpr auto factsOf<CaptionTrack> = std::array{
     facts::plain("animation", "Caption Animation"),
     facts::plain("font", "Caption Font"),
 };
-template<> constexpr auto factsOf<VoiceSettings> = std::array{
+template<> inline constexpr auto factsOf<VoiceSettings> = std::array{
     facts::plain("voiceID", "Voice Identifier"),
     facts::plain("voiceName", "Voice Name"),
     facts::plain("modelID", "Voice Model"),
@@ -172,20 +173,20 @@ template<> constexpr auto factsOf<VoiceSettings> = std::array{
     facts::times("speed", "Voice Speed", 0.5, 2),
     facts::plain("useSpeakerBoost", "Speaker Boost"),
 };
-template<> constexpr auto factsOf<VoiceoverPlan> = std::array{
+template<> inline constexpr auto factsOf<VoiceoverPlan> = std::array{
     facts::hidden("segments"),
     facts::plain("voice", "Voice"),
     facts::plain("ducksOtherAudio", "Lower Other Sound"),
     facts::share("duckAmount", "Lower By"),
     facts::plain("stretchesVideoToFit", "Stretch Video to Fit"),
 };
-template<> constexpr auto factsOf<RedactionSettings> = std::array{
+template<> inline constexpr auto factsOf<RedactionSettings> = std::array{
     facts::plain("kinds", "Look For"),
     facts::plain("customWords", "Own Words"),
     facts::plain("customPatterns", "Own Patterns"),
     facts::plain("prefersBlur", "Blur Instead of Cover"),
 };
-template<> constexpr auto factsOf<ExportSettings> = std::array{
+template<> inline constexpr auto factsOf<ExportSettings> = std::array{
     facts::plain("size", "Film Size"),
     FieldFacts{.name = "fps", .label = "Frame Rate", .unit = "fps", .least = 1, .most = 120},
     facts::plain("codec", "Codec"),
@@ -196,7 +197,7 @@ template<> constexpr auto factsOf<ExportSettings> = std::array{
     facts::hidden("presetID"),
     facts::plain("includesAudio", "Sound in the Film"),
 };
-template<> constexpr auto factsOf<DemoProject> = std::array{
+template<> inline constexpr auto factsOf<DemoProject> = std::array{
     facts::hidden("version"),
     facts::hidden("id"),
     facts::plain("name", "Name"),
@@ -236,7 +237,7 @@ template<> constexpr auto factsOf<DemoProject> = std::array{
     facts::plain("export", "Export"),
 };
 
-template<> constexpr auto factsOf<VideoClip> = std::array{
+template<> inline constexpr auto factsOf<VideoClip> = std::array{
     facts::hidden("id"),
     facts::readOnly(facts::plain("asset", "Recording")),
     facts::readOnly(facts::time("start", "Start")),
@@ -246,7 +247,7 @@ template<> constexpr auto factsOf<VideoClip> = std::array{
     facts::hidden("transitionIn"),
     facts::plain("isMuted", "Muted"),
 };
-template<> constexpr auto factsOf<ZoomEvent> = std::array{
+template<> inline constexpr auto factsOf<ZoomEvent> = std::array{
     facts::hidden("id"),
     facts::time("start", "Zoom Start"),
     facts::time("duration", "Zoom Duration"),
@@ -262,7 +263,7 @@ template<> constexpr auto factsOf<ZoomEvent> = std::array{
     facts::share("loupeSize", "Loupe Size", 0.5),
     facts::plain("note", "Note"),
 };
-template<> constexpr auto factsOf<Overlay> = std::array{
+template<> inline constexpr auto factsOf<Overlay> = std::array{
     facts::hidden("id"),
     facts::plain("kind", "Overlay Kind"),
     facts::time("start", "Overlay Start"),
@@ -276,27 +277,27 @@ template<> constexpr auto factsOf<Overlay> = std::array{
     facts::seconds("animationDuration", "Animation Duration", 2),
     facts::hidden("isAutomatic"),
 };
-template<> constexpr auto factsOf<OverlayKind::Title> =
+template<> inline constexpr auto factsOf<OverlayKind::Title> =
     std::array{facts::plain("text", "Title Text"), facts::plain("subtitle", "Title Subtitle")};
-template<> constexpr auto factsOf<OverlayKind::Callout> = std::array{facts::plain("text", "Callout Text")};
-template<> constexpr auto factsOf<OverlayKind::Keycap> = std::array{facts::plain("keys", "Keys")};
-template<> constexpr auto factsOf<OverlayKind::Command> = std::array{facts::plain("text", "Command Text")};
-template<> constexpr auto factsOf<OverlayKind::Code> =
+template<> inline constexpr auto factsOf<OverlayKind::Callout> = std::array{facts::plain("text", "Callout Text")};
+template<> inline constexpr auto factsOf<OverlayKind::Keycap> = std::array{facts::plain("keys", "Keys")};
+template<> inline constexpr auto factsOf<OverlayKind::Command> = std::array{facts::plain("text", "Command Text")};
+template<> inline constexpr auto factsOf<OverlayKind::Code> =
     std::array{facts::plain("text", "Code Text"), facts::plain("language", "Code Language")};
-template<> constexpr auto factsOf<OverlayKind::Blur> = std::array{facts::plain("rect", "Blurred Area")};
-template<> constexpr auto factsOf<OverlayKind::Highlight> = std::array{facts::plain("rect", "Highlighted Area")};
-template<> constexpr auto factsOf<OverlayKind::Arrow> =
+template<> inline constexpr auto factsOf<OverlayKind::Blur> = std::array{facts::plain("rect", "Blurred Area")};
+template<> inline constexpr auto factsOf<OverlayKind::Highlight> = std::array{facts::plain("rect", "Highlighted Area")};
+template<> inline constexpr auto factsOf<OverlayKind::Arrow> =
     std::array{facts::plain("from", "Arrow From"), facts::plain("to", "Arrow To")};
-template<> constexpr auto factsOf<OverlayKind::Box> = std::array{facts::plain("rect", "Box Area")};
-template<> constexpr auto factsOf<OverlayKind::Mask> = std::array{facts::plain("rect", "Covered Area")};
-template<> constexpr auto factsOf<CaptionCue> = std::array{
+template<> inline constexpr auto factsOf<OverlayKind::Box> = std::array{facts::plain("rect", "Box Area")};
+template<> inline constexpr auto factsOf<OverlayKind::Mask> = std::array{facts::plain("rect", "Covered Area")};
+template<> inline constexpr auto factsOf<CaptionCue> = std::array{
     facts::hidden("id"),
     facts::time("start", "Caption Start"),
     facts::time("duration", "Caption Duration"),
     facts::plain("text", "Caption Text"),
     facts::hidden("words"),
 };
-template<> constexpr auto factsOf<AudioClip> = std::array{
+template<> inline constexpr auto factsOf<AudioClip> = std::array{
     facts::hidden("id"),
     facts::readOnly(facts::plain("asset", "Sound File")),
     facts::time("start", "Sound Start"),
@@ -307,7 +308,7 @@ template<> constexpr auto factsOf<AudioClip> = std::array{
     facts::seconds("fadeOut", "Fade Out", 5),
     facts::readOnly(facts::times("speed", "Sound Speed", 0.25, 16)),
 };
-template<> constexpr auto factsOf<AudioTrack> = std::array{
+template<> inline constexpr auto factsOf<AudioTrack> = std::array{
     facts::hidden("id"),
     facts::readOnly(facts::plain("role", "Track")),
     facts::hidden("clips"),
@@ -320,27 +321,27 @@ template<> constexpr auto factsOf<AudioTrack> = std::array{
     facts::plain("duckedBy", "Lowered By"),
     facts::share("duckAmount", "Track Lowered By"),
 };
-template<> constexpr auto factsOf<SilenceSpan> = std::array{
+template<> inline constexpr auto factsOf<SilenceSpan> = std::array{
     facts::hidden("id"),
     facts::time("start", "Silence Start"),
     facts::time("duration", "Silence Duration"),
     facts::plain("isRemoved", "Remove This Silence"),
 };
-template<> constexpr auto factsOf<LayoutCue> = std::array{
+template<> inline constexpr auto factsOf<LayoutCue> = std::array{
     facts::hidden("id"),
     facts::time("time", "Scene Time"),
     facts::plain("scene", "Scene"),
     facts::hidden("isAutomatic"),
     facts::readOnly(facts::plain("reason", "Reason")),
 };
-template<> constexpr auto factsOf<CameraMove> = std::array{
+template<> inline constexpr auto factsOf<CameraMove> = std::array{
     facts::hidden("id"),
     facts::time("time", "Move Time"),
     facts::plain("placement", "Move To"),
     facts::plain("position", "Move to Free Position"),
     facts::hidden("isAutomatic"),
 };
-template<> constexpr auto factsOf<VoiceoverSegment> = std::array{
+template<> inline constexpr auto factsOf<VoiceoverSegment> = std::array{
     facts::hidden("id"),
     facts::plain("text", "Spoken Text"),
     facts::time("anchor", "Pinned At"),
@@ -350,7 +351,7 @@ template<> constexpr auto factsOf<VoiceoverSegment> = std::array{
     facts::seconds("trailingPause", "Pause Behind", 5),
     facts::hidden("isDirty"),
 };
-template<> constexpr auto factsOf<RedactionTrack> = std::array{
+template<> inline constexpr auto factsOf<RedactionTrack> = std::array{
     facts::hidden("id"),
     facts::plain("kind", "What Is Hidden"),
     facts::plain("label", "Redaction Label"),

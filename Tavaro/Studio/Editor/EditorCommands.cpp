@@ -1,0 +1,161 @@
+#include <Tavaro/Studio/Editor/EditorCommands.h>
+
+#include <Tavaro/Studio/Editor/EditorSession.h>
+
+#include <TavaroCore/Editing/ClipEdits.h>
+
+#include <array>
+
+namespace tavaro {
+
+namespace {
+
+using Session = EditorSession;
+
+bool always(Session const&) { return true; }
+bool hasVideo(Session const& session) { return session.document().timeline.clip(session.playhead()) != nullptr; }
+bool hasSelection(Session const& session) { return !session.selection().empty(); }
+bool hasRange(Session const& session) { return session.range().duration > 0; }
+bool hasSelectedClip(Session const& session) { return session.hasSelected(ItemKind::clip); }
+bool hasTranscript(Session const& session) { return session.document().transcript.has_value(); }
+
+/// Whether the playhead is inside of a clip, where it can be split and trimmed to.
+bool isInsideClip(Session const& session) {
+    auto const* clip = session.document().timeline.clip(session.playhead());
+    return clip && session.playhead() - clip->start > 0.001 && clip->end() - session.playhead() > 0.001;
+}
+
+template<class Operation> void perform(Session& session) { session.perform(Operation{}); }
+
+void trimTo(Session& session, ClipEdge edge) {
+    auto const at = session.playhead();
+    session.edit("Trim Clip", [&](DemoProject& project) {
+        if (auto const* clip = project.timeline.clip(at)) trimClip(project, UUID(clip->id), edge, at);
+    });
+}
+
+void markStart(Session& session) {
+    auto const& range = session.range();
+    auto const end = range.end() > session.playhead() ? range.end() : session.duration();
+    session.setRange(session.playhead(), end - session.playhead());
+}
+void markEnd(Session& session) {
+    auto const start = session.range().start < session.playhead() ? session.range().start : 0;
+    session.setRange(start, session.playhead() - start);
+}
+
+void cutRange(Session& session) {
+    auto const range = session.range();
+    if (session.perform(operations::Cut{range.start, range.end()})) session.clearRange();
+}
+void keepRange(Session& session) {
+    auto const range = session.range();
+    if (session.perform(operations::Trim{range.start, range.end()})) session.clearRange();
+}
+
+bool isMuted(Session const& session) {
+    for (auto const& clip : session.document().timeline.clips) {
+        if (clip.isMuted && std::ranges::find(session.selection(), clip.id) != session.selection().end()) return true;
+    }
+    return false;
+}
+
+template<int kind> void add(Session& session) {
+    session.add(QString::fromUtf8(namesOf(ItemKind{})[static_cast<std::size_t>(kind)].data()));
+}
+constexpr int asNumber(ItemKind kind) { return static_cast<int>(kind); }
+
+constexpr std::array commands{
+    EditorCommandSpec{"undo", "Undo", "Edit", "Ctrl+Z",
+                      [](Session const& s) { return s.project().undoName().has_value(); },
+                      [](Session& s) { s.undo(); }},
+    EditorCommandSpec{"redo", "Redo", "Edit", "Ctrl+Shift+Z",
+                      [](Session const& s) { return s.project().redoName().has_value(); },
+                      [](Session& s) { s.redo(); }},
+    EditorCommandSpec{"cut", "Cut", "Edit", "Ctrl+X", hasSelection, [](Session& s) { s.cut(); }},
+    EditorCommandSpec{"copy", "Copy", "Edit", "Ctrl+C", hasSelection, [](Session& s) { s.copy(); }},
+    EditorCommandSpec{"paste", "Paste", "Edit", "Ctrl+V", [](Session const& s) { return s.canPaste(); },
+                      [](Session& s) { s.pasteHere(); }},
+    EditorCommandSpec{"duplicate", "Duplicate", "Edit", "Ctrl+D", hasSelection,
+                      [](Session& s) { s.duplicateSelected(); }},
+    EditorCommandSpec{"delete", "Delete", "Edit", "Del", hasSelection, [](Session& s) { s.removeSelected(); }},
+    EditorCommandSpec{"selectAll", "Select All", "Edit", "Ctrl+A", always, [](Session& s) { s.selectAll(); }},
+    EditorCommandSpec{"clearSelection", "Select Nothing", "Edit", "Ctrl+Shift+A", hasSelection,
+                      [](Session& s) { s.clearSelection(); }},
+
+    EditorCommandSpec{"split", "Split Clip", "Clip", "S", isInsideClip, [](Session& s) { s.split(s.playhead()); }},
+    EditorCommandSpec{"trimStart", "Trim Start to Playhead", "Clip", "Q", isInsideClip,
+                      [](Session& s) { trimTo(s, ClipEdge::leading); }},
+    EditorCommandSpec{"trimEnd", "Trim End to Playhead", "Clip", "W", isInsideClip,
+                      [](Session& s) { trimTo(s, ClipEdge::trailing); }},
+    EditorCommandSpec{"markStart", "Mark Start of Range", "Clip", "I", hasVideo, markStart},
+    EditorCommandSpec{"markEnd", "Mark End of Range", "Clip", "O", [](Session const& s) { return s.playhead() > 0; },
+                      markEnd},
+    EditorCommandSpec{"clearRange", "Clear Range", "Clip", "X", hasRange, [](Session& s) { s.clearRange(); }},
+    EditorCommandSpec{"cutRange", "Cut Range", "Clip", "Shift+Del", hasRange, cutRange},
+    EditorCommandSpec{"keepRange", "Keep Only Range", "Clip", "", hasRange, keepRange},
+    EditorCommandSpec{"speedUp", "Double Speed", "Clip", "",
+                      [](Session const& s) { return hasRange(s) || hasSelectedClip(s) || hasVideo(s); },
+                      [](Session& s) { s.setSpeed(2); }},
+    EditorCommandSpec{"slowDown", "Half Speed", "Clip", "",
+                      [](Session const& s) { return hasRange(s) || hasSelectedClip(s) || hasVideo(s); },
+                      [](Session& s) { s.setSpeed(0.5); }},
+    EditorCommandSpec{"holdFrame", "Hold Frame for a Second", "Clip", "H", hasVideo,
+                      [](Session& s) { s.insertTime(1); }},
+    EditorCommandSpec{"mute", "Mute or Unmute Clip", "Clip", "M", hasSelectedClip,
+                      [](Session& s) { s.setClipsMuted(!isMuted(s)); }},
+
+    EditorCommandSpec{"addZoom", "Add Zoom", "Add", "Z", hasVideo, add<asNumber(ItemKind::zoom)>},
+    EditorCommandSpec{"addLoupe", "Add Glass Loupe", "Add", "Shift+Z", hasVideo,
+                      [](Session& s) { s.add(QStringLiteral("zoom"), QStringLiteral("loupe")); }},
+    EditorCommandSpec{"addTitle", "Add Title", "Add", "T", hasVideo,
+                      [](Session& s) { s.add(QStringLiteral("overlay"), QStringLiteral("title")); }},
+    EditorCommandSpec{"addCallout", "Add Callout", "Add", "Shift+T", hasVideo,
+                      [](Session& s) { s.add(QStringLiteral("overlay"), QStringLiteral("callout")); }},
+    EditorCommandSpec{"addArrow", "Add Arrow", "Add", "A", hasVideo,
+                      [](Session& s) { s.add(QStringLiteral("overlay"), QStringLiteral("arrow")); }},
+    EditorCommandSpec{"addBox", "Add Box", "Add", "B", hasVideo,
+                      [](Session& s) { s.add(QStringLiteral("overlay"), QStringLiteral("box")); }},
+    EditorCommandSpec{"addCaption", "Add Caption", "Add", "C", hasVideo, add<asNumber(ItemKind::caption)>},
+    EditorCommandSpec{"addRedaction", "Hide Area", "Add", "R", hasVideo, add<asNumber(ItemKind::redaction)>},
+    EditorCommandSpec{"addScene", "Add Scene Change", "Add", "L", hasVideo, add<asNumber(ItemKind::scene)>},
+    EditorCommandSpec{"addCameraMove", "Add Camera Move", "Add", "K",
+                      [](Session const& s) { return hasVideo(s) && s.document().usesCamera(); },
+                      add<asNumber(ItemKind::cameraMove)>},
+
+    EditorCommandSpec{"polish", "Auto Polish", "Film", "Ctrl+Shift+P",
+                      [](Session const& s) { return !s.polish()->isRunning() && !s.document().timeline.clips.empty(); },
+                      [](Session& s) { s.polish()->start(); }},
+    EditorCommandSpec{
+        "removeSilence", "Remove Silence", "Film", "",
+        [](Session const& s) { return std::ranges::any_of(s.document().silences, &SilenceSpan::isRemoved); },
+        perform<operations::RemoveSilence>},
+    EditorCommandSpec{"speedUpTyping", "Speed Up Typing", "Film", "",
+                      [](Session const& s) { return !s.document().metadata->keystrokes.empty(); },
+                      perform<operations::SpeedUpTyping>},
+    EditorCommandSpec{"tightenPauses", "Tighten Pauses", "Film", "", hasTranscript, perform<operations::TightenPauses>},
+    EditorCommandSpec{"removeFillers", "Remove Filler Words", "Film", "", hasTranscript,
+                      perform<operations::RemoveFillers>},
+    EditorCommandSpec{"makeCaptions", "Make Captions from Speech", "Film", "", hasTranscript,
+                      perform<operations::CaptionsFromTranscript>},
+    EditorCommandSpec{"save", "Save", "Film", "Ctrl+S", [](Session const& s) { return !s.isSaved(); },
+                      [](Session& s) { s.save(); }},
+
+    EditorCommandSpec{"stepBack", "Back One Frame", "Go", "Left", always, [](Session& s) { s.step(-1); }},
+    EditorCommandSpec{"stepForward", "Forward One Frame", "Go", "Right", always, [](Session& s) { s.step(1); }},
+    EditorCommandSpec{"stepBackTen", "Back Ten Frames", "Go", "Shift+Left", always, [](Session& s) { s.step(-10); }},
+    EditorCommandSpec{"stepForwardTen", "Forward Ten Frames", "Go", "Shift+Right", always,
+                      [](Session& s) { s.step(10); }},
+    EditorCommandSpec{"jumpBack", "To the Edge Before", "Go", "Up", always, [](Session& s) { s.jump(false); }},
+    EditorCommandSpec{"jumpForward", "To the Next Edge", "Go", "Down", always, [](Session& s) { s.jump(true); }},
+    EditorCommandSpec{"toStart", "To the Start", "Go", "Home", always, [](Session& s) { s.setPlayhead(0); }},
+    EditorCommandSpec{"toEnd", "To the End", "Go", "End", always, [](Session& s) { s.setPlayhead(s.duration()); }},
+    EditorCommandSpec{"toggleSnapping", "Snap While Dragging", "Go", "N", always,
+                      [](Session& s) { s.setSnaps(!s.snaps()); }},
+};
+
+}
+
+std::span<EditorCommandSpec const> editorCommands() { return commands; }
+
+}

@@ -1,0 +1,551 @@
+#include <Tavaro/Studio/Editor/EditorSession.h>
+
+#include <Tavaro/Model/Operations/OperationError.h>
+#include <Tavaro/Model/Operations/Perform.h>
+#include <Tavaro/Model/Project/ProjectInUse.h>
+#include <Tavaro/Studio/Editor/EditorCommands.h>
+#include <Tavaro/Studio/Editor/ItemDrag.h>
+#include <Tavaro/Studio/Editor/ItemEdits.h>
+#include <Tavaro/Studio/Editor/StepList.h>
+#include <Tavaro/Studio/Editor/TranscriptModel.h>
+#include <Tavaro/Studio/Inspectors/InspectorModel.h>
+#include <Tavaro/Studio/Lists/ItemList.h>
+
+#include <TavaroCore/Editing/ClipEdits.h>
+#include <TavaroCore/Errors/Excerpt.h>
+#include <TavaroCore/Style/BackgroundPreset.h>
+#include <TavaroCore/Values/Timecode.h>
+
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QMimeData>
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+
+namespace tavaro {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto saveDelay = 500ms;    // an edit is on the disk within a second
+constexpr auto inUseDelay = 100ms;   // another program is saving
+constexpr auto failedDelay = 5000ms; // the disk may have room again
+constexpr auto lookDelay = 1000ms;
+constexpr auto itemsFormat = "application/x-tavaro-items+json";
+
+QClipboard* clipboard() { return qApp ? QGuiApplication::clipboard() : nullptr; }
+
+QStringList toTexts(std::vector<std::string> const& lines) {
+    QStringList texts;
+    for (auto const& line : lines) texts.push_back(toQString(line));
+    return texts;
+}
+
+/// The sentence for people.
+QString sentenceOf(Error const& error) {
+    auto const* refusal = dynamic_cast<OperationError const*>(&error);
+    return toQString(refusal ? refusal->withoutTools : error.what());
+}
+
+void expectMedia(ProjectPackage const& package, DemoProject const& copied) {
+    for (auto const& asset : mediaOf(copied)) {
+        std::error_code ignored;
+        if (std::filesystem::exists(package.assetURL(asset), ignored)) continue;
+        throw OperationError(
+            OperationError::Kind::notPossible,
+            fmt::format("“{}” is not in this project, so what was copied cannot be pasted.", excerpt(asset)));
+    }
+}
+
+}
+
+EditorSession::EditorSession(MainQueue& queue, std::shared_ptr<OpenProject> project)
+    : project_(std::move(project))
+    , view_(project_->editorState())
+    , importing_(queue, "com.tavaro.import") {
+    observation_ = project_->observe([this](ProjectChange const& change) { observe(change); });
+    place_ = placeAt(document().timeline, std::clamp(view_.playhead, 0.0, duration()));
+    selection_ = view_.selection;
+    dropWhatIsGone();
+    polish_ = std::make_unique<PolishRun>(queue, *this);
+    polish_->setParent(this);
+    QObject::connect(polish_.get(), &PolishRun::changed, this, &EditorSession::updateCommands);
+    for (auto const& spec : editorCommands()) commands_.push_back(std::make_unique<EditorCommand>(spec, *this));
+    for (auto const& command : commands_) command->setParent(this); // or scripts would think it theirs
+    saving_.setSingleShot(true);
+    QObject::connect(&saving_, &QTimer::timeout, this, [this] { save(); });
+    QObject::connect(&looking_, &QTimer::timeout, this, [this] { attempt([&] { project_->refresh(); }); });
+    looking_.start(lookDelay);
+    if (auto* const copies = clipboard())
+        QObject::connect(copies, &QClipboard::dataChanged, this, &EditorSession::lookAtClipboard);
+    lookAtClipboard();
+    if (!isSaved()) saving_.start(saveDelay);
+}
+
+EditorSession::~EditorSession() {
+    observation_.reset();
+    keepView();
+    try {
+        project_->save();
+    } catch (Error const&) {
+        // The project stays with whoever else has it open; there is nobody left here to tell.
+    }
+}
+
+bool EditorSession::attempt(FunctionRef<void()> action) {
+    try {
+        action();
+        return true;
+    } catch (Error const& error) {
+        Q_EMIT told(sentenceOf(error));
+        return false;
+    }
+}
+
+void EditorSession::observe(ProjectChange const& change) {
+    if (change.fields.any()) {
+        auto const before = place_.time;
+        place_ = placeAt(document().timeline, timeOf(document().timeline, place_));
+        dropWhatIsGone();
+        if (range_.end() > duration()) setRange(range_.start, std::max(duration() - range_.start, 0.0));
+        Q_EMIT documentChanged();
+        if (place_.time != before) Q_EMIT playheadChanged();
+    }
+    if (change.fields.any() || change.fromOutside) Q_EMIT stepsChanged();
+    if (change.savedState) Q_EMIT savedChanged();
+    if (change.fromOutside) Q_EMIT changedOutside();
+    if (change.problem) Q_EMIT told(toQString(*change.problem));
+    if (!isSaved() && !saving_.isActive()) saving_.start(saveDelay);
+    updateCommands();
+}
+
+void EditorSession::updateCommands() {
+    for (auto const& command : commands_) command->update();
+}
+
+QString EditorSession::name() const { return toQString(document().name); }
+
+// The playhead
+
+void EditorSession::setPlayhead(double time) {
+    auto const held = std::isfinite(time) ? std::clamp(time, 0.0, duration()) : 0;
+    if (held == place_.time) return;
+    place_ = placeAt(document().timeline, held);
+    Q_EMIT playheadChanged();
+    updateCommands();
+}
+
+void EditorSession::step(int frames) {
+    setPlayhead(Timecode::stepped(playhead(), frames, static_cast<double>(document().exportSettings.fps), duration()));
+}
+
+void EditorSession::jump(bool forward) {
+    auto target = forward ? duration() : 0;
+    auto const consider = [&](double time) {
+        if (forward ? time > playhead() && time < target : time < playhead() && time > target) target = time;
+    };
+    forEachItem(document(), [&](auto const& item) {
+        auto const place = placeOf(item);
+        if (!place) return;
+        consider(place->start);
+        consider(place->end());
+    });
+    setPlayhead(target);
+}
+
+// The selection
+
+void EditorSession::dropWhatIsGone() {
+    std::unordered_set<UUID, UUIDHash> there, wanted(selection_.begin(), selection_.end());
+    std::array<int, namesOf(ItemKind{}).size()> kinds{};
+    if (!wanted.empty()) {
+        forEachItem(document(), [&](auto const& item) {
+            if (wanted.contains(item.id) && there.insert(item.id).second)
+                ++kinds[static_cast<std::size_t>(kindOf(item))];
+        });
+    }
+    selectedKinds_ = kinds;
+    if (std::erase_if(selection_, [&](UUID const& id) { return !there.contains(id); }) > 0) Q_EMIT selectionChanged();
+}
+
+QStringList EditorSession::selectedIdentities() const {
+    QStringList identities;
+    for (auto const& id : selection_) identities.push_back(toQString(id.text()));
+    return identities;
+}
+
+bool EditorSession::isSelected(QString const& identity) const {
+    auto const id = UUID::parse(identity.toStdString());
+    return id && std::ranges::find(selection_, *id) != selection_.end();
+}
+
+void EditorSession::select(QString const& identity, Select how) {
+    if (auto const id = UUID::parse(identity.toStdString())) select(std::vector{*id}, how);
+}
+
+void EditorSession::select(std::vector<UUID> const& items, Select how) {
+    std::unordered_set<UUID, UUIDHash> const before(selection_.begin(), selection_.end());
+    auto chosen = how == Select::only ? std::vector<UUID>() : selection_;
+    std::unordered_set<UUID, UUIDHash> const given(items.begin(), items.end());
+    if (how == Select::toggled) std::erase_if(chosen, [&](UUID const& id) { return given.contains(id); });
+    for (auto const& id : items) {
+        if (how == Select::only || !before.contains(id)) chosen.push_back(id);
+    }
+    if (chosen == selection_) return;
+    selection_ = std::move(chosen);
+    dropWhatIsGone();
+    Q_EMIT selectionChanged();
+    updateCommands();
+}
+
+void EditorSession::selectAll() {
+    std::vector<UUID> all;
+    forEachItem(document(), [&](auto const& item) {
+        if (placeOf(item)) all.push_back(item.id);
+    });
+    select(all);
+}
+
+std::vector<UUID> EditorSession::itemsWithin(TimeRange const& range, std::vector<ItemKind> const& kinds) const {
+    std::vector<UUID> within;
+    forEachItem(document(), [&](auto const& item) {
+        if (std::ranges::find(kinds, kindOf(item)) == kinds.end()) return;
+        auto const place = placeOf(item);
+        bool const isInside =
+            place && place->start < range.end() && (place->end() > range.start || place->start == range.start);
+        if (isInside) within.push_back(item.id);
+    });
+    return within;
+}
+
+void EditorSession::marquee(double start, double duration, QStringList const& kinds, Select how) {
+    std::vector<ItemKind> wanted;
+    for (auto const& name : kinds) {
+        if (auto const kind = enumNamed<ItemKind>(name.toStdString())) wanted.push_back(*kind);
+    }
+    select(itemsWithin({std::min(start, start + duration), std::abs(duration)}, wanted), how);
+}
+
+std::vector<UUID> EditorSession::selectedOf(ItemKind kind) const {
+    std::unordered_set<UUID, UUIDHash> const selected(selection_.begin(), selection_.end());
+    std::vector<UUID> found;
+    forEachItem(document(), [&](auto const& item) {
+        if (kindOf(item) == kind && selected.contains(item.id)) found.push_back(item.id);
+    });
+    return found;
+}
+
+std::string EditorSession::selectionNoun() const {
+    if (selection_.size() != 1) return fmt::format("{} Items", selection_.size());
+    std::string noun;
+    visitItem(document(), selection_.front(), [&](auto const& item) { noun = inWords(nameOf(kindOf(item))); });
+    return noun;
+}
+
+void EditorSession::setRange(double start, double duration) {
+    auto const end = this->duration();
+    TimeRange held{std::clamp(std::min(start, start + duration), 0.0, end), 0};
+    held.duration = std::clamp(std::max(start, start + duration), held.start, end) - held.start;
+    if (held == range_) return;
+    range_ = held;
+    Q_EMIT rangeChanged();
+    updateCommands();
+}
+
+// The window's looks
+
+QString EditorSession::inspector() const { return toQString(view_.inspector); }
+QStringList EditorSession::collapsedLanes() const { return toTexts(view_.collapsedLanes); }
+
+void EditorSession::setSnaps(bool snaps) {
+    view_.snaps = snaps;
+    Q_EMIT viewChanged();
+}
+void EditorSession::setTimelineStart(double seconds) {
+    view_.timelineStart = seconds;
+    Q_EMIT viewChanged();
+}
+void EditorSession::setTimelineScale(double pointsASecond) {
+    view_.timelineScale = pointsASecond;
+    Q_EMIT viewChanged();
+}
+void EditorSession::setInspector(QString const& name) {
+    view_.inspector = name.toStdString();
+    Q_EMIT inspectorChanged();
+}
+void EditorSession::setCollapsedLanes(QStringList const& names) {
+    view_.collapsedLanes.clear();
+    for (auto const& name : names) view_.collapsedLanes.push_back(name.toStdString());
+    Q_EMIT viewChanged();
+}
+
+void EditorSession::keepView() {
+    view_.playhead = playhead();
+    view_.selection = selection_;
+    project_->setEditorState(view_);
+}
+
+// Edits
+
+bool EditorSession::edit(StepLabel const& step, FunctionRef<void(DemoProject&)> change, EditGroup group) {
+    bool isChanged = false;
+    attempt([&] {
+        auto const whole = [&](DemoProject& project) {
+            bool const hadVideo = !project.timeline.clips.empty();
+            change(project);
+            if (hadVideo && project.timeline.clips.empty())
+                throw OperationError(OperationError::Kind::notPossible,
+                                     "The edit would leave nothing of the video, and is not made.");
+        };
+        isChanged = project_->edit(step, whole, group).isChanged;
+    });
+    return isChanged;
+}
+
+bool EditorSession::perform(Operation const& operation) {
+    return edit(infoOf(operation).title,
+                [&](DemoProject& project) { tavaro::perform(project, operation, project_->package()); });
+}
+
+EditorCommand* EditorSession::command(QString const& name) const {
+    for (auto const& command : commands_) {
+        if (command->name() == name) return command.get();
+    }
+    return nullptr;
+}
+
+void EditorSession::undo() {
+    attempt([&] { project_->undo(); });
+}
+void EditorSession::redo() {
+    attempt([&] { project_->redo(); });
+}
+QString EditorSession::undoName() const { return toQString(project_->undoName().value_or("")); }
+QString EditorSession::redoName() const { return toQString(project_->redoName().value_or("")); }
+
+bool EditorSession::split(double at) {
+    return edit(operations::Split::info.title, [&](DemoProject& project) { splitClip(project, at); });
+}
+
+bool EditorSession::removeSelected() {
+    auto const items = selection_;
+    return edit(fmt::format("Delete {}", selectionNoun()), [&](DemoProject& project) { removeItems(project, items); });
+}
+
+bool EditorSession::duplicateSelected() {
+    auto const clips = selectedOf(ItemKind::clip);
+    if (clips.size() == 1 && selection_.size() == 1)
+        return edit(operations::DuplicateClip::info.title,
+                    [&](DemoProject& project) { duplicateClip(project, clips.front()); });
+    double end = 0;
+    auto const chosen = copiedItems(document(), selection_);
+    std::unordered_set<UUID, UUIDHash> const selected(selection_.begin(), selection_.end());
+    forEachItem(document(), [&](auto const& item) {
+        auto const place = placeOf(item);
+        if (place && selected.contains(item.id)) end = std::max(end, place->end());
+    });
+    std::vector<UUID> added;
+    auto const isChanged = edit(fmt::format("Duplicate {}", selectionNoun()),
+                                [&](DemoProject& project) { added = pasteItems(project, chosen, end); });
+    if (isChanged) select(added);
+    return isChanged;
+}
+
+bool EditorSession::setSpeed(double rate) {
+    if (range_.duration > 0) return perform(operations::ChangeSpeed{range_.start, range_.end(), rate});
+    auto clips = selectedOf(ItemKind::clip);
+    if (auto const* clip = document().timeline.clip(playhead()); clips.empty() && clip) clips.push_back(clip->id);
+    return edit(operations::ChangeSpeed::info.title, [&](DemoProject& project) {
+        for (auto const& clip : clips) tavaro::setSpeed(project, clip, rate);
+    });
+}
+
+bool EditorSession::setClipsMuted(bool isMuted) {
+    auto const clips = selectedOf(ItemKind::clip);
+    return edit(isMuted ? "Mute" : "Unmute", [&](DemoProject& project) {
+        for (auto const& clip : clips) setMuted(project, clip, isMuted);
+    });
+}
+
+bool EditorSession::insertTime(double seconds) { return perform(operations::InsertTime{playhead(), seconds}); }
+
+bool EditorSession::rename(QString const& name) {
+    return edit("Rename", [&](DemoProject& project) {
+        tavaro::perform(project, {{"name", name.toStdString()}}, project_->package());
+    });
+}
+
+bool EditorSession::add(QString const& kind, QString const& variety) {
+    auto const at = playhead();
+    auto const wanted = enumNamed<ItemKind>(kind.toStdString());
+    std::optional<UUID> made;
+    auto const make = [&](DemoProject& project) {
+        switch (wanted.value_or(ItemKind::track)) {
+        case ItemKind::zoom:
+            made = addZoom(project, at, enumNamed<ZoomStyle>(variety.toStdString()).value_or(ZoomStyle::camera));
+            break;
+        case ItemKind::overlay:
+            made = addOverlay(project, at, variety.isEmpty() ? "title" : variety.toStdString());
+            break;
+        case ItemKind::caption: made = addCaption(project, at); break;
+        case ItemKind::scene: made = addScene(project, at); break;
+        case ItemKind::cameraMove: made = addCameraMove(project, at); break;
+        case ItemKind::redaction: made = addRedaction(project, at); break;
+        default: break;
+        }
+    };
+    auto const noun = variety.isEmpty() ? inWords(kind.toStdString()) : inWords(variety.toStdString());
+    if (!edit(fmt::format("Add {}", noun), make) || !made) return false;
+    select(std::vector{*made});
+    return true;
+}
+
+QVariantList EditorSession::backgroundPresets() const {
+    QVariantList presets;
+    for (auto const& preset : BackgroundPreset::all()) presets.push_back(toVariant(preset));
+    return presets;
+}
+
+bool EditorSession::setBackground(QString const& preset) {
+    return edit("Change Background", [&](DemoProject& project) {
+        tavaro::perform(project, {{"background.preset", preset.toStdString()}}, project_->package());
+    });
+}
+
+bool EditorSession::moveClip(QString const& identity, double to) {
+    auto const id = UUID::parse(identity.toStdString());
+    return id && edit("Move Clip", [&](DemoProject& project) { tavaro::moveClip(project, *id, to); });
+}
+
+// Drags
+
+void EditorSession::beginDrag(QString const& identity) {
+    auto const id = UUID::parse(identity.toStdString());
+    if (!id) return;
+    drag_ = std::make_unique<ItemDrag>(*this, *id, isSelected(identity) ? selection_ : std::vector{*id});
+}
+bool EditorSession::dragItems(double by, double snapPixels) { return drag_ && drag_->moveBy(by, snapPixels); }
+bool EditorSession::dragEdge(bool leading, double to, double snapPixels) {
+    return drag_ && drag_->moveEdge(leading ? ClipEdge::leading : ClipEdge::trailing, to, snapPixels);
+}
+void EditorSession::endDrag() { drag_.reset(); }
+void EditorSession::cancelDrag() {
+    if (drag_) drag_->takeBack();
+    drag_.reset();
+}
+
+// Copies
+
+QByteArray EditorSession::copied() const {
+    return QByteArray::fromStdString(encodeProject(copiedItems(document(), selection_)));
+}
+
+bool EditorSession::paste(QByteArray const& copied) {
+    std::vector<UUID> added;
+    auto const isChanged = edit("Paste", [&](DemoProject& project) {
+        auto const items = decodeProject(copied.toStdString());
+        expectMedia(project_->package(), items);
+        added = pasteItems(project, items, playhead());
+    });
+    if (isChanged) select(added);
+    return isChanged;
+}
+
+void EditorSession::copy() const {
+    if (!clipboard() || selection_.empty()) return;
+    auto data = std::make_unique<QMimeData>();
+    data->setData(QString::fromUtf8(itemsFormat), copied());
+    clipboard()->setMimeData(data.release());
+}
+
+bool EditorSession::cut() {
+    copy();
+    auto const items = selection_;
+    return edit(fmt::format("Cut {}", selectionNoun()), [&](DemoProject& project) { removeItems(project, items); });
+}
+
+/// Asking the clipboard may mean asking the program that filled it, so that happens only when it changes.
+void EditorSession::lookAtClipboard() {
+    auto const* data = clipboard() ? clipboard()->mimeData() : nullptr;
+    canPaste_ = data && data->hasFormat(QString::fromUtf8(itemsFormat));
+    updateCommands();
+}
+
+bool EditorSession::pasteHere() {
+    auto const* data = clipboard() ? clipboard()->mimeData() : nullptr;
+    return data && paste(data->data(QString::fromUtf8(itemsFormat)));
+}
+
+void EditorSession::importFile(QString const& path) {
+    auto const copy = [package = project_->package(), from = path.toStdString()] { return package.importAsset(from); };
+    importing_.ask(copy, [this, path](Outcome<std::string> const& asset) {
+        attempt([&] { Q_EMIT imported(path, toQString(asset.value())); });
+    });
+}
+
+// Models
+
+void EditorSession::inspect() {
+    if (selection_.empty())
+        fields_->inspectSection(inspector());
+    else
+        fields_->inspectItems(selection_);
+}
+
+QAbstractItemModel* EditorSession::fieldsModel() {
+    if (fields_) return fields_.get();
+    fields_ = std::make_unique<InspectorModel>(project_);
+    fields_->setParent(this);
+    QObject::connect(fields_.get(), &InspectorModel::refused, this, &EditorSession::told);
+    QObject::connect(this, &EditorSession::selectionChanged, fields_.get(), [this] { inspect(); });
+    QObject::connect(this, &EditorSession::inspectorChanged, fields_.get(), [this] { inspect(); });
+    inspect();
+    return fields_.get();
+}
+
+QAbstractItemModel* EditorSession::transcriptModel() {
+    if (transcript_) return transcript_.get();
+    transcript_ = std::make_unique<TranscriptModel>(*this);
+    transcript_->setParent(this);
+    return transcript_.get();
+}
+
+QAbstractItemModel* EditorSession::stepsModel() {
+    if (steps_) return steps_.get();
+    steps_ = std::make_unique<StepList>(*this);
+    steps_->setParent(this);
+    return steps_.get();
+}
+
+QAbstractItemModel* EditorSession::list(QString const& kind) {
+    auto const wanted = enumNamed<ItemKind>(kind.toStdString());
+    if (!wanted) return nullptr;
+    auto& list = lists_[*wanted];
+    if (!list) {
+        list = makeItemList(*wanted, project_);
+        list->setParent(this);
+    }
+    return list.get();
+}
+
+bool EditorSession::save() {
+    try {
+        keepView();
+        auto const outcome = project_->save();
+        project_->saveEditorState();
+        return outcome != SaveOutcome::changedOutside;
+    } catch (ProjectInUse const&) {
+        saving_.start(inUseDelay);
+    } catch (Error const& error) {
+        saving_.start(failedDelay);
+        Q_EMIT told(sentenceOf(error));
+    }
+    return false;
+}
+
+}

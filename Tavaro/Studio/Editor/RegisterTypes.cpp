@@ -1,0 +1,22 @@
+#include <Tavaro/Studio/Editor/RegisterTypes.h>
+
+#include <Tavaro/Studio/Editor/EditorSession.h>
+#include <Tavaro/Studio/Editor/StepList.h>
+#include <Tavaro/Studio/Editor/TranscriptModel.h>
+#include <Tavaro/Studio/Inspectors/InspectorModel.h>
+
+#include <QQmlEngine>
+
+namespace tavaro {
+
+void registerEditorTypes() {
+    auto const reason = QStringLiteral("An editor's parts come with its session.");
+    qmlRegisterUncreatableType<EditorSession>("Tavaro.Studio", 1, 0, "EditorSession", reason);
+    qmlRegisterUncreatableType<EditorCommand>("Tavaro.Studio", 1, 0, "EditorCommand", reason);
+    qmlRegisterUncreatableType<InspectorModel>("Tavaro.Studio", 1, 0, "InspectorModel", reason);
+    qmlRegisterUncreatableType<TranscriptModel>("Tavaro.Studio", 1, 0, "TranscriptModel", reason);
+    qmlRegisterUncreatableType<PolishRun>("Tavaro.Studio", 1, 0, "PolishRun", reason);
+    qmlRegisterUncreatableType<StepList>("Tavaro.Studio", 1, 0, "StepList", reason);
+}
+
+}
