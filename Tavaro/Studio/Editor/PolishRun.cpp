@@ -37,7 +37,7 @@ void PolishRun::start() {
 void PolishRun::begin() {
     PolishChoices choices;
     choices.options = options_;
-    job_ = std::make_unique<PolishJob>(polishJob(queue_, session_.document(), std::move(choices)));
+    job_ = std::make_unique<PolishJob>(polishJob(queue_, session_.document(), choices));
     job_->onFinished([this, revision = session_.project().revision()] { finish(revision); });
     job_->start();
 }
