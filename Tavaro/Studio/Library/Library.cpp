@@ -280,7 +280,7 @@ void Library::import(fs::path const& movie) {
 }
 
 void Library::unpack(fs::path const& archive) {
-    auto const folder = application_.library().front();
+    auto const& folder = application_.library().front();
     std::error_code ignored; // what is wrong with it, unpacking says
     fs::create_directories(folder, ignored);
     run<UnpackedProject, ArchiveProgress>(unpackingJob(queue_, archive, folder),

@@ -40,7 +40,10 @@ void arrange(std::vector<LibraryItem>& items, LibraryModel::Order order) {
     collator.setCaseSensitivity(Qt::CaseInsensitive);
     auto const key = [&](LibraryItem const& item) { return collator.sortKey(QString::fromStdString(item.name)); };
     std::vector<std::pair<QCollatorSortKey, LibraryItem>> keyed;
-    for (auto& item : items) keyed.emplace_back(key(item), std::move(item));
+    for (auto& item : items) {
+        auto sortKey = key(item);
+        keyed.emplace_back(std::move(sortKey), std::move(item));
+    }
     std::ranges::stable_sort(keyed, [](auto const& a, auto const& b) { return a.first < b.first; });
     items.clear();
     for (auto& each : keyed) items.push_back(std::move(each.second));

@@ -31,25 +31,16 @@ ColumnLayout {
                 Timer { id: done; interval: 2000 }
             }
         }
-        Rectangle {
+        Label {
             Layout.fillWidth: true
-            implicitHeight: code.contentHeight + 20
-            radius: Theme.radius
-            color: Theme.colors.sunken
-            TextEdit {
-                id: code
-
-                anchors { left: parent.left; right: parent.right; top: parent.top; margins: 10 }
-                text: registration.text
-                readOnly: true
-                selectByMouse: true
-                wrapMode: TextEdit.WrapAnywhere
-                font { family: "JetBrains Mono"; pixelSize: Theme.captionSize }
-                color: Theme.colors.text
-                selectionColor: Theme.colors.accent
-                selectedTextColor: Theme.colors.onAccent
-                Accessible.role: Accessible.StaticText
-                Accessible.name: text
+            padding: 10
+            text: registration.text
+            textFormat: Text.PlainText
+            wrapMode: Text.WrapAnywhere
+            font { family: "JetBrains Mono"; pixelSize: Theme.captionSize }
+            background: Rectangle {
+                radius: Theme.radius
+                color: Theme.colors.sunken
             }
         }
     }

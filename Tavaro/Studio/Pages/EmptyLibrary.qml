@@ -9,6 +9,7 @@ Item {
     id: empty
 
     signal bring
+    signal record
 
     ColumnLayout {
         anchors.centerIn: parent
@@ -34,19 +35,27 @@ Item {
         }
         Label {
             Layout.fillWidth: true
-            text: qsTr("Drop a movie here and Tavaro makes a project of it, or an archive that somebody gave you.")
+            text: qsTr("Record your screen, and Tavaro makes the first edit. Or drop a movie here, or an archive that somebody gave you.")
             color: Theme.colors.secondaryText
             horizontalAlignment: Text.AlignHCenter
             wrapMode: Text.Wrap
             lineHeight: 1.25
         }
-        Button {
+        RowLayout {
             Layout.alignment: Qt.AlignHCenter
             Layout.topMargin: 12
-            text: qsTr("Bring in a movie…")
-            icon.source: Theme.icon("plus-lg")
-            highlighted: true
-            onClicked: empty.bring()
+            spacing: 8
+            Button {
+                text: qsTr("Bring in a movie…")
+                icon.source: Theme.icon("plus-lg")
+                onClicked: empty.bring()
+            }
+            Button {
+                text: qsTr("Make a recording")
+                icon.source: Theme.icon("record-fill")
+                highlighted: true
+                onClicked: empty.record()
+            }
         }
     }
 }

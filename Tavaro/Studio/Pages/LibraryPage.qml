@@ -9,6 +9,8 @@ import Tavaro.Theme
 Item {
     id: page
 
+    signal record
+
     Shortcut { sequences: [StandardKey.Find]; onActivated: search.forceActiveFocus() }
     Shortcut { sequences: [StandardKey.Open]; onActivated: picker.open() }
 
@@ -24,6 +26,7 @@ Item {
         anchors.fill: parent
         visible: Library.isLoaded && Library.isEmpty
         onBring: picker.open()
+        onRecord: page.record()
     }
     ColumnLayout {
         anchors.fill: parent

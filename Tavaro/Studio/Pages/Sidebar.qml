@@ -44,6 +44,15 @@ Rectangle {
             checkable: false
             onClicked: sidebar.chosen("library", -1)
         }
+        NavigationButton {
+            Layout.fillWidth: true
+            text: qsTr("Record")
+            icon.source: Theme.icon("record-circle")
+            checked: sidebar.place === "record"
+            autoExclusive: false
+            checkable: false
+            onClicked: sidebar.chosen("record", -1)
+        }
         Label {
             visible: Studio.projects.count > 0
             text: qsTr("Open")

@@ -3,13 +3,14 @@ import QtQuick.Controls
 import QtQuick.Layouts
 import Tavaro.Library
 import Tavaro.Program
+import Tavaro.Recorder
 import Tavaro.Style
 import Tavaro.Theme
 
 ApplicationWindow {
     id: window
 
-    // What is shown: "library", "settings", or "project" of that row of the open ones.
+    // What is shown: "library", "record", "settings", or "project" of that row of the open ones.
     property string place: "library"
     property int project: -1
 
@@ -28,6 +29,7 @@ ApplicationWindow {
     onActiveChanged: if (active) Library.refresh()
 
     Shortcut { sequences: ["Ctrl+1"]; onActivated: window.goTo("library", -1) }
+    Shortcut { sequences: ["Ctrl+2", StandardKey.New]; onActivated: window.goTo("record", -1) }
     Shortcut { sequences: ["Ctrl+,"]; onActivated: window.goTo("settings", -1) }
     Shortcut { sequences: [StandardKey.Quit]; onActivated: window.close() }
 
@@ -39,6 +41,21 @@ ApplicationWindow {
             window.requestActivate();
         }
         function onFailed(sentence: string) { failure.tell(sentence) }
+    }
+    // The window is no part of a film that it makes of a whole display.
+    Connections {
+        property int before: Window.Hidden
+
+        target: Recorder
+        function onChanged() {
+            if (Recorder.isOurs && Recorder.phase === "recording" && before === Window.Hidden) {
+                before = window.visibility;
+                window.showMinimized();
+            } else if (before !== Window.Hidden && (Recorder.phase === "idle" || Recorder.phase === "finishing")) {
+                window.visibility = before;
+                before = Window.Hidden;
+            }
+        }
     }
     Connections {
         target: Studio.projects
@@ -72,11 +89,12 @@ ApplicationWindow {
 
             Layout.fillWidth: true
             Layout.fillHeight: true
-            sourceComponent: ({ library: library, settings: settings, project: projectPage })[window.place]
+            sourceComponent: ({ library: library, record: record, settings: settings, project: projectPage })[window.place]
         }
     }
 
-    Component { id: library; LibraryPage {} }
+    Component { id: library; LibraryPage { onRecord: window.goTo("record", -1) } }
+    Component { id: record; RecordPage {} }
     Component { id: settings; SettingsPage {} }
     Component { id: projectPage; ProjectPage { row: window.project } }
 
@@ -89,5 +107,6 @@ ApplicationWindow {
         onEnded: Library.lapse()
     }
     ConsentDialog {}
+    RecorderBar {}
     FailureDialog { id: failure }
 }

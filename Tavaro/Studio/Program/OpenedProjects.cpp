@@ -1,4 +1,4 @@
-#include "OpenedProjects.h"
+#include <Tavaro/Studio/Program/OpenedProjects.h>
 
 #include <Tavaro/Studio/Library/LibraryText.h>
 #include <Tavaro/Studio/Library/Stills.h>

@@ -1,4 +1,4 @@
-#include "SecondStart.h"
+#include <Tavaro/Studio/Program/SecondStart.h>
 
 #include <TavaroCore/Records/JSON.h>
 #include <TavaroPlatform/Folders/Folders.h>

@@ -1,4 +1,4 @@
-#include "Studio.h"
+#include <Tavaro/Studio/Program/Studio.h>
 
 #include <TavaroPlatform/Sockets/SocketError.h>
 
@@ -17,11 +17,15 @@ constexpr int atRest = 500, soon = 50; // milliseconds between looks
 Studio::Studio(MainQueue& queue)
     : application_(queue)
     , library_(queue, application_)
+    , recorder_(application_)
     , projects_(application_.projects())
     , agentSettings_(application_.preferences()) {
     connect(&library_, &Library::openRequested, &projects_, &OpenedProjects::open);
     connect(&library_, &Library::left, &projects_, &OpenedProjects::forget);
     connect(&library_, &Library::failed, this, &Studio::failed);
+    connect(&recorder_, &RecorderPanel::failed, this, &Studio::failed);
+    connect(&recorder_, &RecorderPanel::saved, &projects_, &OpenedProjects::open);
+    connect(&recorder_, &RecorderPanel::saved, &library_, &Library::refresh);
     connect(&projects_, &OpenedProjects::failed, this, &Studio::failed);
     connect(&agentSettings_, &AgentSettings::failed, this, &Studio::failed);
     connect(&look_, &QTimer::timeout, this, &Studio::look);

@@ -5,11 +5,12 @@
 #include <Tavaro/Model/Application/Application.h>
 #endif
 #include <Tavaro/Studio/Library/Library.h>
+#include <Tavaro/Studio/Recorder/RecorderPanel.h>
 #include <Tavaro/Studio/Settings/AgentSettings.h>
 #include <Tavaro/Studio/Settings/ConsentQuestions.h>
 
-#include "OpenedProjects.h"
-#include "SecondStart.h"
+#include <Tavaro/Studio/Program/OpenedProjects.h>
+#include <Tavaro/Studio/Program/SecondStart.h>
 
 #include <QObject>
 #include <QTimer>
@@ -31,6 +32,7 @@ public:
 
     Application& application() { return application_; }
     Library& library() { return library_; }
+    RecorderPanel& recorder() { return recorder_; }
     AgentSettings& agentSettings() { return agentSettings_; }
     ConsentQuestions& consent() { return consent_; }
     OpenedProjects* projects() { return &projects_; }
@@ -55,6 +57,7 @@ private:
 
     Application application_;
     Library library_;
+    RecorderPanel recorder_;
     OpenedProjects projects_;
     AgentSettings agentSettings_;
     ConsentQuestions consent_;

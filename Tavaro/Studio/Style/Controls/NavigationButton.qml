@@ -24,14 +24,24 @@ T.TabButton {
     Keys.onReturnPressed: Reach.press(control)
     Keys.onEnterPressed: Reach.press(control)
 
-    contentItem: IconLabel {
-        alignment: Qt.AlignLeft | Qt.AlignVCenter
-        spacing: control.spacing
-        mirrored: control.mirrored
-        icon: control.icon
-        text: control.text
-        font: control.font
-        color: control.ink
+    contentItem: Item {
+        IconImage {
+            id: picture
+
+            anchors.verticalCenter: parent.verticalCenter
+            source: control.icon.source
+            sourceSize { width: control.icon.width; height: control.icon.height }
+            color: control.icon.color
+        }
+        Text {
+            anchors { left: picture.right; right: parent.right; leftMargin: control.spacing; verticalCenter: parent.verticalCenter }
+            text: control.text
+            textFormat: Text.PlainText
+            font: control.font
+            color: control.ink
+            elide: Text.ElideRight
+            Accessible.ignored: true
+        }
     }
     background: Rectangle {
         radius: Theme.radius

@@ -15,6 +15,7 @@ T.ToolTip {
     closePolicy: T.Popup.CloseOnEscape | T.Popup.CloseOnPressOutsideParent | T.Popup.CloseOnReleaseOutsideParent
     contentItem: Text {
         text: control.text
+        textFormat: Text.PlainText
         font { family: Theme.face; pixelSize: Theme.captionSize }
         color: Theme.colors.toastText
         wrapMode: Text.Wrap
