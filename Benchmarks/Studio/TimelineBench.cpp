@@ -69,6 +69,8 @@ DemoProject film(double hours) {
 struct Costs {
     double firstFrame = 0;
     double scroll = 0;
+    double usualScroll = 0; // the median
+    std::size_t parts = 0;  // nodes of what is scrolled
     double zoom = 0;
     double edit = 0;
 };
@@ -109,6 +111,7 @@ Costs costsOf(DemoProject const& project) {
         open.observe([&](ProjectChange const& change) { at.item->show(open.document(), change.fields); });
     at.item->setView(project.duration() / 3, 0.06);
     at.frame();
+    for (auto const& layer : at.item->drawing().layers) costs.parts += layer.rects.size() + layer.pictures.size();
     std::vector<double> scrolls, zooms, edits;
     for (int i = 0; i < 200; ++i) {
         scrolls.push_back(secondsOf([&] {
@@ -134,6 +137,7 @@ Costs costsOf(DemoProject const& project) {
     }
     steps.take(timelineIntents::EditEnded{});
     costs.scroll = std::max(percentile(scrolls, 0.95) - grab, 0.0);
+    costs.usualScroll = std::max(percentile(scrolls, 0.5) - grab, 0.0);
     costs.zoom = std::max(percentile(zooms, 0.95) - grab, 0.0);
     costs.edit = std::max(percentile(edits, 0.95) - grab, 0.0);
     fs::remove_all(folder);
@@ -150,6 +154,8 @@ void benchTimeline() {
     auto const half = costsOf(film(0.5)), three = costsOf(film(3));
     print("timeline.first_frame", three.firstFrame);
     print("timeline.scroll_step_p95", three.scroll);
+    print("timeline.scroll_step_p50", three.usualScroll);
+    std::printf("timeline.parts_in_view %zu nodes\n", three.parts);
     print("timeline.zoom_step_p95", three.zoom);
     print("timeline.edit_to_picture_p95", three.edit);
     std::printf("timeline.scroll_3h_over_30min %.2f ratio\n", three.scroll / half.scroll);

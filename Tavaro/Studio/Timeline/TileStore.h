@@ -63,9 +63,8 @@ public:
             std::lock_guard const lock(state_->mutex);
             ++state_->paint;
             state_->isAnnounced = false;
-            state_->wanted = std::exchange(asked_, {});
-            isNew = !state_->wanted.empty() &&
-                    !std::exchange(state_->isDrawing, !state_->wanted.empty() || state_->isDrawing);
+            state_->want(std::exchange(asked_, {}));
+            isNew = !state_->wanted.empty() && !std::exchange(state_->isDrawing, true);
         }
         if (isNew) queue_->async([state = state_] { state->drawWanted(); });
     }
@@ -93,23 +92,34 @@ private:
 
         void drawWanted() {
             while (auto const key = next()) {
-                auto picture = draw(*key);
-                if (picture && keep(*key, std::move(*picture))) onReady();
+                if (keep(*key, draw(*key))) onReady();
             }
+        }
+        /// What is being drawn just now is not drawn once more, unless it turns out that it could not be.
+        void want(std::set<Key> keys) {
+            wanted = std::move(keys);
+            isAtWorkWanted = atWork && wanted.erase(*atWork) > 0;
         }
         std::optional<Key> next() {
             std::lock_guard const lock(mutex);
+            atWork.reset();
             if (wanted.empty()) {
                 isDrawing = false;
                 return std::nullopt;
             }
-            return wanted.extract(wanted.begin()).value();
+            isAtWorkWanted = false;
+            atWork = wanted.extract(wanted.begin()).value();
+            return atWork;
         }
-        /// True where nobody has been told since the last paint.
-        bool keep(Key const& key, QImage picture) {
+        /// True where there is something new, and nobody has been told since the last paint.
+        bool keep(Key const& key, std::optional<QImage> picture) {
             std::lock_guard const lock(mutex);
-            bytes += static_cast<std::size_t>(picture.sizeInBytes());
-            tiles[key] = {std::move(picture), paint};
+            if (!picture) {
+                if (isAtWorkWanted) wanted.insert(key);
+                return false;
+            }
+            bytes += static_cast<std::size_t>(picture->sizeInBytes());
+            tiles[key] = {std::move(*picture), paint};
             if (bytes > mostBytes) shrink();
             return !std::exchange(isAnnounced, true);
         }
@@ -132,6 +142,8 @@ private:
         mutable std::mutex mutex;
         std::map<Key, Tile> tiles;
         std::set<Key> wanted;
+        std::optional<Key> atWork;
+        bool isAtWorkWanted = false; // again, since it was begun
         std::size_t bytes = 0;
         std::uint64_t paint = 1;
         bool isDrawing = false;

@@ -131,9 +131,11 @@ TimelineGestures::Intents TimelineGestures::beginDrag(GestureScene const& at, Pr
     Dragging dragging{.hit = hit, .pressTime = hit.time};
     std::string name;
     if (hit.part == TimelinePart::rampIn || hit.part == TimelinePart::rampOut) {
+        // Somebody else may have edited since the button went down.
+        auto const zoom = std::ranges::find(at.scene.project.zoomEvents, item.id, &ZoomEvent::id);
+        if (zoom == at.scene.project.zoomEvents.end()) return {};
         dragging.drag = Drag::ramp;
-        auto const& zoom = at.scene.project.zoomEvents[item.index];
-        dragging.value = hit.part == TimelinePart::rampIn ? zoom.rampIn : zoom.rampOut;
+        dragging.value = hit.part == TimelinePart::rampIn ? zoom->rampIn : zoom->rampOut;
         name = "Change Zoom Ramp";
     } else if (hit.part != TimelinePart::body) {
         dragging.drag = Drag::trim;
@@ -252,7 +254,10 @@ TimelineGestures::Intents TimelineGestures::release(GestureScene const& at, Time
 TimelineGestures::Intents TimelineGestures::click(GestureScene const& at, Pressed const& pressed) {
     auto const& hit = pressed.hit;
     bool const isPlain = !pressed.at.isShiftHeld && !pressed.at.isControlHeld;
-    if (hit.part == TimelinePart::head) return {ToggleLane{at.scene.layout.lanes()[hit.lane].key}};
+    auto const& lanes = at.scene.layout.lanes();
+    if (hit.part == TimelinePart::head) {
+        return hit.lane < lanes.size() ? Intents{ToggleLane{lanes[hit.lane].key}} : Intents{};
+    }
     if (isOnItem(hit.part)) {
         std::set<UUID> const alone = {hit.place.item.id};
         return isPlain && at.selection != alone ? Intents{Select{alone}} : Intents{};

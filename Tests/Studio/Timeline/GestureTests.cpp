@@ -37,6 +37,12 @@ public:
         for (int i = 1; i <= 8; ++i) move(from + (to - from) * i / 8);
         release();
     }
+    /// Somebody else edits.
+    void become(DemoProject document) {
+        project = std::move(document);
+        before_.reset();
+        layout_.show(project);
+    }
     void pressAt(double time, double y) { feed(&TimelineGestures::press, at(view_.x(time), y)); }
     void moveTo(double time, double y) { feed(&TimelineGestures::move, at(view_.x(time), y)); }
     void doubleClick(double time, UUID const& on) { feed(&TimelineGestures::doubleClick, point(time, on, 0.75)); }
@@ -292,6 +298,33 @@ TEST(Gestures, theRulerScrubsAndEmptyLanesSweep) {
     EXPECT_NEAR(desk.playhead, 5, 1e-9);
     desk.doubleClick(15, desk.project.zoomEvents[0].id);
     EXPECT_THAT(desk.opened, testing::ElementsAre(desk.project.zoomEvents[0].id));
+}
+
+TEST(Gestures, whatIsUnderTheHandMayGoWhileTheButtonIsDown) {
+    auto few = document();
+    few.zoomEvents.clear();
+    few.captions.cues.clear();
+    few.overlays.clear();
+    for (double const share : {0.2, 0.75}) {
+        for (double const time : {10.2, 12.0, 15.0, 19.8}) {
+            for (bool const isDragged : {false, true}) {
+                Desk desk(document());
+                desk.press(time, desk.project.zoomEvents[0].id, share);
+                if (isDragged) desk.move(time + 3);
+                desk.become(few);
+                desk.move(time + 5);
+                desk.release();
+                EXPECT_TRUE(desk.gestures.isIdle());
+                EXPECT_EQ(desk.project, few);
+            }
+        }
+    }
+    Desk desk(document());
+    auto const head = desk.point(0, desk.project.overlays[0].id, 0.5);
+    desk.pressAt(-12, head.y);
+    desk.become(few);
+    desk.release();
+    EXPECT_EQ(desk.project, few);
 }
 
 TEST(Gestures, handsThatDoAnythingLeaveASoundDocumentAndCancelUndoes) {
