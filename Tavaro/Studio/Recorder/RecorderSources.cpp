@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <map>
 #include <unistd.h>
+#include <utility>
 
 namespace tavaro {
 
@@ -123,10 +124,20 @@ void RecorderSources::show(SourceList const& list) {
     limits_ = limits;
     problem_.clear();
     if (!isSame) Q_EMIT limitsChanged();
-    if (!sourceOfText(chosen_.toStdString())) // nobody has chosen yet
-        if (auto const* const main = display({})) chosen_ = text(sourceText(DisplaySource{main->id}));
+    chooseAtFirst();
     watchStills();
     Q_EMIT chosenChanged();
+}
+
+/// The main display, where nobody has chosen yet, or what was chosen in another session has gone with it.
+void RecorderSources::chooseAtFirst() {
+    auto const* const main = display({});
+    if (!main || std::exchange(hasChosenAtFirst_, true)) return;
+    auto const id = text(sourceText(DisplaySource{main->id}));
+    if (chosen_.isEmpty())
+        chosen_ = id;
+    else if (chosenName().isEmpty())
+        choose(id);
 }
 
 void RecorderSources::fail(QString const& sentence) {

@@ -67,6 +67,7 @@ Q_SIGNALS:
     void limitsChanged();
 
 private:
+    void chooseAtFirst();
     void watchStills();
     void takeStill(QString const& id, QImage const& still);
     void keep(QString const& id);
@@ -78,6 +79,7 @@ private:
     AreaModel area_;
     QImage areaStill_;
     QString chosen_;
+    bool hasChosenAtFirst_ = false;
     QStringList limits_;
     QString problem_;
     std::vector<DisplayInfo> known_; // displays

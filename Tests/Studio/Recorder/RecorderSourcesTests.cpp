@@ -58,6 +58,17 @@ TEST_F(RecorderSourcesTest, whatCanBeRecordedIsListedAndNothingElse) {
     EXPECT_EQ(sources.problem(), "No display.");
 }
 
+TEST_F(RecorderSourcesTest, whatWasChosenLastTimeAndHasGoneGivesWayToTheMainDisplayOnce) {
+    application.preferences().set(sourceChosen, "window:99");
+    auto sources = make();
+    sources.show(list());
+    EXPECT_EQ(sources.chosenName(), "display-2");
+    EXPECT_EQ(application.preferences().get(sourceChosen), "display:display-2");
+    sources.choose("window:1");
+    sources.show({.displays = list().displays});
+    EXPECT_EQ(sources.chosen(), "window:1") << "it is not exchanged under its user's hands";
+}
+
 TEST_F(RecorderSourcesTest, anAreaIsKeptAndItsPlaceIsOnTheDesktop) {
     auto sources = make();
     sources.show(list());
