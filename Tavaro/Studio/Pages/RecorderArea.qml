@@ -1,7 +1,9 @@
 import QtQuick
-import QtQuick.Controls.Basic
+import QtQuick.Controls
 import QtQuick.Layouts
-import Tavaro.Studio
+import Tavaro.Recorder
+import Tavaro.Style
+import Tavaro.Theme
 
 // A part of a display, dragged on its still and typed as numbers.
 ColumnLayout {
@@ -45,8 +47,8 @@ ColumnLayout {
             width: page.area.width / page.scaling
             height: page.area.height / page.scaling
             visible: still.shownRect.width > 0
-            color: Qt.alpha(palette.highlight, 0.18)
-            border { width: 2; color: palette.highlight }
+            color: Qt.alpha(Theme.colors.accent, 0.18)
+            border { width: 2; color: Theme.colors.accent }
 
             Repeater {
                 // In the order of the grips: inside, four sides, four corners.
@@ -62,8 +64,8 @@ ColumnLayout {
                     width: index === 0 ? Math.max(0, frame.width - 20) : 12
                     height: index === 0 ? Math.max(0, frame.height - 20) : 12
                     radius: 2
-                    color: index === 0 ? "transparent" : palette.highlight
-                    border { width: index === 0 ? 0 : 1; color: palette.highlightedText }
+                    color: index === 0 ? "transparent" : Theme.colors.accent
+                    border { width: index === 0 ? 0 : 1; color: Theme.colors.onAccent }
 
                     MouseArea {
                         property point from

@@ -1,7 +1,9 @@
 import QtQuick
-import QtQuick.Controls.Basic
+import QtQuick.Controls
 import QtQuick.Layouts
-import Tavaro.Studio
+import Tavaro.Recorder
+import Tavaro.Style
+import Tavaro.Theme
 
 // A small window above all others that never takes the keyboard.
 Window {
@@ -11,13 +13,13 @@ Window {
     required property RecorderBarModel model
     readonly property int phase: recorder.phase
 
+    transientParent: null // else it goes where the window goes
     flags: Qt.Tool | Qt.FramelessWindowHint | Qt.WindowStaysOnTopHint | Qt.WindowDoesNotAcceptFocus
     title: qsTr("Tavaro recorder")
     width: Math.max(300, row.implicitWidth + 24)
     height: 52
     visible: model.isShown
-    color: "#202225"
-    palette { window: "#202225"; windowText: "white"; text: "white"; buttonText: "white"; button: "#3a3d42"; mid: "#55595f" }
+    color: Theme.colors.raised
 
     // Not bound, since the hand that drags it sets these as well.
     function settle() {
@@ -44,6 +46,11 @@ Window {
         onReleased: bar.model.keep(Qt.point(bar.x, bar.y))
     }
 
+    Rectangle {
+        anchors.fill: parent
+        color: "transparent"
+        border { width: 1; color: Theme.colors.strongLine }
+    }
     RowLayout {
         id: row
         anchors { fill: parent; leftMargin: 14; rightMargin: 10 }
@@ -53,12 +60,11 @@ Window {
             implicitWidth: 12
             implicitHeight: 12
             radius: 6
-            color: bar.recorder.health.length > 0 || bar.recorder.lostFrames > 0 ? "#e0a030"
-                 : bar.phase === RecorderModel.Recording ? "#e5484d" : "#8a8f98"
+            color: bar.recorder.health.length > 0 || bar.recorder.lostFrames > 0 ? Theme.colors.warning
+                 : bar.phase === RecorderModel.Recording ? Theme.colors.danger : Theme.colors.disabledText
         }
         Label {
             Layout.fillWidth: true
-            color: "white"
             font.pixelSize: 16
             elide: Text.ElideRight
             textFormat: Text.PlainText
@@ -71,8 +77,8 @@ Window {
         }
         Label {
             visible: text.length > 0
-            color: "#c9ccd1"
-            font.pixelSize: 12
+            color: Theme.colors.secondaryText
+            font.pixelSize: Theme.captionSize
             textFormat: Text.PlainText
             text: bar.recorder.health.length > 0 ? bar.recorder.health
                 : bar.recorder.lostFrames > 0 ? qsTr("%1 lost").arg(bar.recorder.lostFrames)
@@ -94,7 +100,6 @@ Window {
         component Order: Button {
             implicitHeight: 32
             focusPolicy: Qt.NoFocus
-            Accessible.onPressAction: clicked()
         }
         Order {
             visible: bar.phase === RecorderModel.ThrownAway

@@ -1,6 +1,8 @@
 import QtQuick
-import QtQuick.Controls.Basic
+import QtQuick.Controls
 import QtQuick.Layouts
+import Tavaro.Style
+import Tavaro.Theme
 
 // A switch with what it opens, and what is to be seen of that while it is on.
 ColumnLayout {
@@ -26,8 +28,6 @@ ColumnLayout {
             id: control
             onClicked: device.switched(checked)
             Accessible.name: device.name
-            Accessible.onPressAction: { control.toggle(); control.clicked() }
-            Accessible.onToggleAction: { control.toggle(); control.clicked() }
         }
     }
     ComboBox {
@@ -52,7 +52,7 @@ ColumnLayout {
         text: device.warning
         textFormat: Text.PlainText
         wrapMode: Text.Wrap
-        color: "#b3541e"
-        font.pixelSize: 12
+        color: Theme.colors.warning
+        font.pixelSize: Theme.captionSize
     }
 }

@@ -1,6 +1,8 @@
 import QtQuick
-import QtQuick.Controls.Basic
-import Tavaro.Studio
+import QtQuick.Controls
+import Tavaro.Recorder
+import Tavaro.Style
+import Tavaro.Theme
 
 // How loud a sound is, and for a moment how loud it was.
 Item {
@@ -19,19 +21,19 @@ Item {
     Rectangle {
         anchors.fill: parent
         radius: height / 2
-        color: Qt.alpha(bar.palette.windowText, 0.14)
+        color: Qt.alpha(Theme.colors.text, 0.14)
     }
     Rectangle {
         height: parent.height
         width: Math.max(bar.meter.level > 0 ? height : 0, parent.width * bar.meter.level)
         radius: height / 2
-        color: bar.meter.level > 0.95 ? "#d9534f" : "#3f9b63"
+        color: bar.meter.level > 0.95 ? Theme.colors.danger : "#3f9b63"
     }
     Rectangle {
         visible: bar.meter.peak > 0
         x: Math.min(parent.width - width, parent.width * bar.meter.peak)
         width: 2
         height: parent.height
-        color: bar.palette.windowText
+        color: Theme.colors.text
     }
 }

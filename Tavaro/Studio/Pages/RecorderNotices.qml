@@ -1,7 +1,9 @@
 import QtQuick
-import QtQuick.Controls.Basic
+import QtQuick.Controls
 import QtQuick.Layouts
-import Tavaro.Studio
+import Tavaro.Recorder
+import Tavaro.Style
+import Tavaro.Theme
 
 // What the user should know of the take, and the way back from throwing it away.
 ColumnLayout {
@@ -27,15 +29,15 @@ ColumnLayout {
               ? qsTr("Started by %1").arg(notices.recorder.startedBy) : ""
         font.weight: Font.Medium
     }
-    Notice { text: notices.recorder.health; color: "#b3541e" }
+    Notice { text: notices.recorder.health; color: Theme.colors.warning }
     Notice {
         text: notices.isUnderWay && notices.recorder.lostFrames > 0
               ? qsTr("%1 frames could not be taken in time.").arg(notices.recorder.lostFrames) : ""
-        color: "#b3541e"
+        color: Theme.colors.warning
     }
     Notice {
         text: notices.recorder.room
-        color: notices.recorder.roomMinutes < 5 ? "#b3541e" : palette.windowText
+        color: notices.recorder.roomMinutes < 5 ? Theme.colors.warning : Theme.colors.text
     }
     Repeater {
         model: notices.recorder.remarks
@@ -48,12 +50,11 @@ ColumnLayout {
         Layout.fillWidth: true
         visible: notices.recorder.failure.length > 0
 
-        Notice { text: notices.recorder.failure; color: "#b3541e" }
+        Notice { text: notices.recorder.failure; color: Theme.colors.warning }
         Button {
             text: qsTr("Close")
             flat: true
             onClicked: notices.recorder.forgetFailure()
-            Accessible.onPressAction: clicked()
         }
     }
     Button {
@@ -61,6 +62,5 @@ ColumnLayout {
         visible: notices.recorder.phase === RecorderModel.ThrownAway
         text: qsTr("Undo (%1 s)").arg(notices.recorder.undoSeconds)
         onClicked: notices.recorder.undoThrowAway()
-        Accessible.onPressAction: clicked()
     }
 }

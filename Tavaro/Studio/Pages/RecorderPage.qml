@@ -1,7 +1,9 @@
 import QtQuick
-import QtQuick.Controls.Basic
+import QtQuick.Controls
 import QtQuick.Layouts
-import Tavaro.Studio
+import Tavaro.Recorder
+import Tavaro.Style
+import Tavaro.Theme
 
 // Everything of a take before it begins, and the take itself while it goes on.
 Page {
@@ -47,7 +49,6 @@ Page {
                     TabButton {
                         required property string modelData
                         text: modelData
-                        Accessible.onPressAction: click()
                     }
                 }
                 Component.onCompleted: if (page.sources.isArea) currentIndex = 3
@@ -90,7 +91,7 @@ Page {
                     textFormat: Text.PlainText
                     wrapMode: Text.Wrap
                     opacity: 0.75
-                    font.pixelSize: 12
+                    font.pixelSize: Theme.captionSize
                 }
             }
             Label {

@@ -1,7 +1,9 @@
 import QtQuick
-import QtQuick.Controls.Basic
+import QtQuick.Controls
 import QtQuick.Layouts
-import Tavaro.Studio
+import Tavaro.Recorder
+import Tavaro.Style
+import Tavaro.Theme
 
 // Settings: the shortcuts that work the recorder from anywhere.
 GridLayout {
@@ -39,6 +41,6 @@ GridLayout {
               : settings.keys.problem.length > 0 ? settings.keys.problem : qsTr("Written like ctrl+alt+r, or F9.")
         textFormat: Text.PlainText
         wrapMode: Text.Wrap
-        color: settings.keys.problem.length > 0 ? "#b3541e" : palette.windowText
+        color: settings.keys.problem.length > 0 ? Theme.colors.warning : Theme.colors.text
     }
 }

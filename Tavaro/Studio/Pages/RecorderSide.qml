@@ -1,7 +1,9 @@
 import QtQuick
-import QtQuick.Controls.Basic
+import QtQuick.Controls
 import QtQuick.Layouts
-import Tavaro.Studio
+import Tavaro.Recorder
+import Tavaro.Style
+import Tavaro.Theme
 
 // What is recorded beside the picture, and how it begins.
 ColumnLayout {
@@ -95,7 +97,7 @@ ColumnLayout {
         text: side.keys !== null ? qsTr("%1 begins and ends a take from anywhere.").arg(side.keys.toggleKey) : ""
         wrapMode: Text.Wrap
         opacity: 0.75
-        font.pixelSize: 12
+        font.pixelSize: Theme.captionSize
     }
     Label {
         Layout.fillWidth: true
@@ -103,8 +105,8 @@ ColumnLayout {
         text: side.keys !== null ? side.keys.problem : ""
         textFormat: Text.PlainText
         wrapMode: Text.Wrap
-        color: "#b3541e"
-        font.pixelSize: 12
+        color: Theme.colors.warning
+        font.pixelSize: Theme.captionSize
     }
     Item { Layout.fillHeight: true }
 }

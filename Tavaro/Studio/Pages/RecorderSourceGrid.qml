@@ -1,6 +1,8 @@
 import QtQuick
-import QtQuick.Controls.Basic
-import Tavaro.Studio
+import QtQuick.Controls
+import Tavaro.Recorder
+import Tavaro.Style
+import Tavaro.Theme
 
 // All sources of one kind, as tiles.
 GridView {

@@ -1,7 +1,9 @@
 import QtQuick
-import QtQuick.Controls.Basic
+import QtQuick.Controls
 import QtQuick.Layouts
-import Tavaro.Studio
+import Tavaro.Recorder
+import Tavaro.Style
+import Tavaro.Theme
 
 // The take: begun, ordered about, ended; and what went wrong.
 ColumnLayout {
@@ -39,13 +41,11 @@ ColumnLayout {
             Layout.fillWidth: true
             text: take.phase === RecorderModel.Paused ? qsTr("Resume") : qsTr("Pause")
             onClicked: take.recorder.togglePause()
-            Accessible.onPressAction: clicked()
         }
         Button {
             Layout.fillWidth: true
             text: qsTr("Throw away")
             onClicked: take.recorder.throwAway()
-            Accessible.onPressAction: clicked()
         }
     }
     Button {
@@ -57,7 +57,6 @@ ColumnLayout {
         text: take.phase === RecorderModel.Idle ? qsTr("Record")
             : take.phase === RecorderModel.Countdown ? qsTr("Cancel") : qsTr("Stop")
         onClicked: take.recorder.toggle()
-        Accessible.onPressAction: clicked()
     }
     Label {
         Layout.fillWidth: true

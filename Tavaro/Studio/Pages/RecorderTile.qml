@@ -1,6 +1,8 @@
 import QtQuick
-import QtQuick.Controls.Basic
-import Tavaro.Studio
+import QtQuick.Controls
+import Tavaro.Recorder
+import Tavaro.Style
+import Tavaro.Theme
 
 // One source with its live still.
 AbstractButton {
@@ -19,15 +21,14 @@ AbstractButton {
     Accessible.name: detail.length > 0 ? name + ", " + detail : name
     Accessible.checkable: true
     Accessible.checked: checked
-    Accessible.onPressAction: click()
-    Accessible.onToggleAction: click()
+    Accessible.onPressAction: Reach.press(tile)
 
     background: Rectangle {
         radius: 10
-        color: tile.checked ? Qt.alpha(tile.palette.highlight, 0.14)
-                            : tile.hovered ? Qt.alpha(tile.palette.windowText, 0.06) : "transparent"
+        color: tile.checked ? Qt.alpha(Theme.colors.accent, 0.14)
+                            : tile.hovered ? Qt.alpha(Theme.colors.text, 0.06) : "transparent"
         border.width: tile.checked || tile.visualFocus ? 2 : 1
-        border.color: tile.checked || tile.visualFocus ? tile.palette.highlight : Qt.alpha(tile.palette.windowText, 0.12)
+        border.color: tile.checked || tile.visualFocus ? Theme.colors.accent : Qt.alpha(Theme.colors.text, 0.12)
     }
 
     contentItem: Item {
@@ -40,7 +41,7 @@ AbstractButton {
             anchors.fill: picture
             visible: picture.shownRect.width === 0
             radius: 6
-            color: Qt.alpha(tile.palette.windowText, 0.06)
+            color: Qt.alpha(Theme.colors.text, 0.06)
         }
         Label {
             id: title
@@ -56,7 +57,7 @@ AbstractButton {
             textFormat: Text.PlainText
             elide: Text.ElideRight
             opacity: 0.75
-            font.pixelSize: 12
+            font.pixelSize: Theme.captionSize
         }
     }
 }

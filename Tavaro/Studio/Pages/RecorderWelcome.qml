@@ -1,7 +1,9 @@
 import QtQuick
-import QtQuick.Controls.Basic
+import QtQuick.Controls
 import QtQuick.Layouts
-import Tavaro.Studio
+import Tavaro.Recorder
+import Tavaro.Style
+import Tavaro.Theme
 
 // Leads somebody new to their first take.
 Pane {
@@ -19,7 +21,7 @@ Pane {
     padding: 16
     background: Rectangle {
         radius: 10
-        color: Qt.alpha(welcome.palette.highlight, 0.1)
+        color: Qt.alpha(Theme.colors.accent, 0.1)
     }
 
     RowLayout {
@@ -45,20 +47,17 @@ Pane {
             text: qsTr("Skip")
             flat: true
             onClicked: welcome.firstTake.leave()
-            Accessible.onPressAction: clicked()
         }
         Button {
             text: qsTr("Back")
             visible: welcome.step > 0
             onClicked: welcome.firstTake.goBack()
-            Accessible.onPressAction: clicked()
         }
         Button {
             text: welcome.step < 2 ? qsTr("Next") : qsTr("Film %1 seconds").arg(welcome.firstTake !== null ? welcome.firstTake.seconds : 0)
             highlighted: true
             enabled: welcome.firstTake !== null && welcome.firstTake.canGoOn
             onClicked: welcome.firstTake.goOn()
-            Accessible.onPressAction: clicked()
         }
     }
 }

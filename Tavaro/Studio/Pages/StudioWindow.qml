@@ -13,6 +13,7 @@ ApplicationWindow {
     // What is shown: "library", "record", "settings", or "project" of that row of the open ones.
     property string place: "library"
     property int project: -1
+    readonly property RecorderModel recorder: Studio.recorder.recorder
 
     function goTo(place: string, project: int) {
         window.project = project;
@@ -46,12 +47,13 @@ ApplicationWindow {
     Connections {
         property int before: Window.Hidden
 
-        target: Recorder
+        target: window.recorder
         function onChanged() {
-            if (Recorder.isOurs && Recorder.phase === "recording" && before === Window.Hidden) {
+            const isOurs = window.recorder.startedBy === "";
+            if (isOurs && window.recorder.phase === RecorderModel.Recording && before === Window.Hidden) {
                 before = window.visibility;
                 window.showMinimized();
-            } else if (before !== Window.Hidden && (Recorder.phase === "idle" || Recorder.phase === "finishing")) {
+            } else if (before !== Window.Hidden && !window.recorder.isTaking) {
                 window.visibility = before;
                 before = Window.Hidden;
             }
@@ -94,7 +96,7 @@ ApplicationWindow {
     }
 
     Component { id: library; LibraryPage { onRecord: window.goTo("record", -1) } }
-    Component { id: record; RecordPage {} }
+    Component { id: record; RecorderPage { recorder: window.recorder; keys: Studio.recorder.keys; firstTake: Studio.recorder.firstTake } }
     Component { id: settings; SettingsPage {} }
     Component { id: projectPage; ProjectPage { row: window.project } }
 
@@ -107,6 +109,6 @@ ApplicationWindow {
         onEnded: Library.lapse()
     }
     ConsentDialog {}
-    RecorderBar {}
+    RecorderBarWindow { recorder: window.recorder; model: Studio.recorder.bar }
     FailureDialog { id: failure }
 }

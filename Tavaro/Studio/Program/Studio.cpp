@@ -17,15 +17,13 @@ constexpr int atRest = 500, soon = 50; // milliseconds between looks
 Studio::Studio(MainQueue& queue)
     : application_(queue)
     , library_(queue, application_)
-    , recorder_(application_)
+    , recorder_(queue, application_)
     , projects_(application_.projects())
     , agentSettings_(application_.preferences()) {
     connect(&library_, &Library::openRequested, &projects_, &OpenedProjects::open);
     connect(&library_, &Library::left, &projects_, &OpenedProjects::forget);
     connect(&library_, &Library::failed, this, &Studio::failed);
-    connect(&recorder_, &RecorderPanel::failed, this, &Studio::failed);
-    connect(&recorder_, &RecorderPanel::saved, &projects_, &OpenedProjects::open);
-    connect(&recorder_, &RecorderPanel::saved, &library_, &Library::refresh);
+    connect(recorder_.recorder(), &RecorderModel::saved, this, &Studio::show);
     connect(&projects_, &OpenedProjects::failed, this, &Studio::failed);
     connect(&agentSettings_, &AgentSettings::failed, this, &Studio::failed);
     connect(&look_, &QTimer::timeout, this, &Studio::look);
@@ -65,6 +63,11 @@ void Studio::open(std::vector<std::string> const& files) {
     QList<QUrl> urls;
     for (auto const& file : files) urls.push_back(QUrl::fromLocalFile(QString::fromStdString(file)));
     library_.bring(urls);
+}
+
+void Studio::show(QString const& take, QString const& startedBy) {
+    library_.refresh();
+    if (startedBy.isEmpty()) projects_.open(take);
 }
 
 void Studio::windowClosed() {

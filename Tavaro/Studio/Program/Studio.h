@@ -5,7 +5,7 @@
 #include <Tavaro/Model/Application/Application.h>
 #endif
 #include <Tavaro/Studio/Library/Library.h>
-#include <Tavaro/Studio/Recorder/RecorderPanel.h>
+#include <Tavaro/Studio/Recorder/RecorderDesk.h>
 #include <Tavaro/Studio/Settings/AgentSettings.h>
 #include <Tavaro/Studio/Settings/ConsentQuestions.h>
 
@@ -25,6 +25,7 @@ namespace tavaro {
 class Studio : public QObject {
     Q_OBJECT
     Q_PROPERTY(tavaro::OpenedProjects* projects READ projects CONSTANT)
+    Q_PROPERTY(tavaro::RecorderDesk* recorder READ recorder CONSTANT)
     Q_PROPERTY(QString version READ version CONSTANT)
 
 public:
@@ -32,7 +33,7 @@ public:
 
     Application& application() { return application_; }
     Library& library() { return library_; }
-    RecorderPanel& recorder() { return recorder_; }
+    RecorderDesk* recorder() { return &recorder_; }
     AgentSettings& agentSettings() { return agentSettings_; }
     ConsentQuestions& consent() { return consent_; }
     OpenedProjects* projects() { return &projects_; }
@@ -51,13 +52,15 @@ Q_SIGNALS:
     void failed(QString const& sentence);
 
 private:
+    /// A take that is saved; of one that an agent began only its place in the library.
+    void show(QString const& take, QString const& startedBy);
     void openToAgents(MainQueue& queue);
     void openToStarts(MainQueue& queue);
     void look();
 
     Application application_;
     Library library_;
-    RecorderPanel recorder_;
+    RecorderDesk recorder_;
     OpenedProjects projects_;
     AgentSettings agentSettings_;
     ConsentQuestions consent_;

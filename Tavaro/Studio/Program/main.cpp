@@ -6,7 +6,7 @@
 #include <Tavaro/Studio/Loop/QtLog.h>
 #include <Tavaro/Studio/Loop/QueueInLoop.h>
 #include <Tavaro/Studio/Loop/SignalsInLoop.h>
-#include <Tavaro/Studio/Recorder/RegisterRecorder.h>
+#include <Tavaro/Studio/Recorder/RecorderTypes.h>
 #include <Tavaro/Studio/Settings/RegisterSettings.h>
 #include <Tavaro/Studio/Style/RegisterStyle.h>
 #include <Tavaro/Studio/Style/Theme.h>
@@ -82,7 +82,7 @@ int run(Options const& options) {
     QQmlApplicationEngine engine;
     engine.addImportPath(QStringLiteral("qrc:/qt/qml"));
     registerLibrary(engine, studio.library());
-    registerRecorder(studio.recorder());
+    registerRecorderTypes();
     registerSettings(studio.agentSettings(), studio.consent());
     qmlRegisterSingletonInstance("Tavaro.Program", 1, 0, "Studio", &studio);
     SignalsInLoop const signals([&] { studio.end(); });

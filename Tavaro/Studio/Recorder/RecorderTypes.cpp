@@ -15,13 +15,13 @@ namespace tavaro {
 namespace {
 
 template<class Type> void announce(char const* name) {
-    qmlRegisterUncreatableType<Type>("Tavaro.Studio", 1, 0, name, QStringLiteral("The program makes it."));
+    qmlRegisterUncreatableType<Type>("Tavaro.Recorder", 1, 0, name, QStringLiteral("The program makes it."));
 }
 
 }
 
 void registerRecorderTypes() {
-    qmlRegisterType<PictureItem>("Tavaro.Studio", 1, 0, "PictureItem");
+    qmlRegisterType<PictureItem>("Tavaro.Recorder", 1, 0, "PictureItem");
     announce<RecorderDesk>("RecorderDesk");
     announce<TrayItem>("TrayItem");
     announce<RecorderModel>("RecorderModel");

@@ -2,7 +2,7 @@
 
 namespace tavaro {
 
-/// Makes the recorder's types known to QML, in "Tavaro.Studio". Once, before the first page is loaded.
+/// Makes the recorder's types known to QML, in "Tavaro.Recorder". Once, before the first page is loaded.
 void registerRecorderTypes();
 
 }
