@@ -36,7 +36,7 @@ ColumnLayout {
             padding: 10
             text: registration.text
             textFormat: Text.PlainText
-            wrapMode: Text.WrapAnywhere
+            elide: Text.ElideMiddle
             font { family: "JetBrains Mono"; pixelSize: Theme.captionSize }
             background: Rectangle {
                 radius: Theme.radius

@@ -62,7 +62,7 @@ GridView {
         MenuItem { text: qsTr("Rename"); icon.source: Theme.icon("pencil"); onTriggered: menu.parent.rename() }
         MenuItem { text: qsTr("Duplicate"); icon.source: Theme.icon("layers"); onTriggered: Library.duplicate(grid.chosenPath) }
         MenuItem {
-            text: qsTr("Pack into an archive…")
+            text: qsTr("Archive…")
             icon.source: Theme.icon("archive")
             onTriggered: {
                 archive.currentFile = Library.archiveFor(grid.chosenPath);
