@@ -95,9 +95,11 @@ private:
                 if (keep(*key, draw(*key))) onReady();
             }
         }
-        /// What is being drawn just now is not drawn once more, unless it turns out that it could not be.
+        /// What is being drawn just now is not drawn once more, unless it turns out that it could not be; nor what has
+        /// become ready since it was asked for.
         void want(std::set<Key> keys) {
             wanted = std::move(keys);
+            std::erase_if(wanted, [&](Key const& key) { return tiles.contains(key); });
             isAtWorkWanted = atWork && wanted.erase(*atWork) > 0;
         }
         std::optional<Key> next() {

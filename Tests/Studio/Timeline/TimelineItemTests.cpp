@@ -42,7 +42,11 @@ public:
         });
         window->show();
     }
-    QImage picture() { return window->grabWindow(); }
+    QImage picture() {
+        auto picture = window->grabWindow();
+        picture.setDevicePixelRatio(static_cast<double>(picture.width()) / window->width());
+        return picture;
+    }
     /// Waits for what is drawn beside the main thread.
     template<class Condition> bool waitFor(Condition condition) { return QTest::qWaitFor(condition, 20'000); }
 
@@ -152,7 +156,7 @@ TEST(TimelineItem, everyItemIsDrawnWhereItIsInItsColour) {
         stage.item->setPlayhead(10.4);
         stage.item->setSelection({project.zoomEvents[1].id});
         auto picture = stage.picture();
-        ASSERT_EQ(picture.width(), std::lround(1280 * picture.devicePixelRatio()));
+        ASSERT_GE(picture.width(), 1280);
 
         auto const& view = stage.item->view();
         for (auto const& lane : stage.item->layout().lanes()) {
