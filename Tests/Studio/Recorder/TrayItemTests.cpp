@@ -1,4 +1,5 @@
 #include "RecorderTest.h"
+#include "TestTray.h"
 
 #include "../../Capture/TestBus.h"
 
@@ -13,30 +14,6 @@
 using namespace tavaro;
 
 namespace {
-
-/// A desktop's tray.
-class Tray : public QObject {
-    Q_OBJECT
-    Q_CLASSINFO("D-Bus Interface", "org.kde.StatusNotifierWatcher")
-
-public:
-    explicit Tray(QDBusConnection const& bus) : bus_(bus) {
-        bus_.registerObject("/StatusNotifierWatcher", this, QDBusConnection::ExportAllSlots);
-        bus_.registerService("org.kde.StatusNotifierWatcher");
-    }
-    ~Tray() override {
-        bus_.unregisterService("org.kde.StatusNotifierWatcher");
-        bus_.unregisterObject("/StatusNotifierWatcher");
-    }
-
-    QString item;
-
-public Q_SLOTS:
-    void RegisterStatusNotifierItem(QString const& service) { item = service; }
-
-private:
-    QDBusConnection bus_;
-};
 
 class TrayItemTest : public RecorderTest {
 protected:
@@ -67,7 +44,7 @@ TEST_F(TrayItemTest, itIsInATrayThatAnswersAndWorksTheRecorderFromThere) {
     {
         RecorderModel model(queue, application, settings());
         TrayItem item(model, connection("item"));
-        auto tray = std::make_optional<Tray>(connection("tray")); // it comes later than the item
+        auto tray = std::make_optional<TestTray>(connection("tray")); // it comes later than the item
         ASSERT_TRUE(becomes([&] { return item.isThere(); }));
         EXPECT_EQ(property(tray->item, "Status"), "Passive");
         auto const send = [&](char const* order) {
@@ -93,5 +70,3 @@ TEST_F(TrayItemTest, itIsInATrayThatAnswersAndWorksTheRecorderFromThere) {
     }
     for (auto const* const name : {"item", "tray"}) QDBusConnection::disconnectFromBus(name);
 }
-
-#include "TrayItemTests.moc"
