@@ -50,6 +50,22 @@ ScrollView {
                 }
             }
         }
+        Label {
+            Layout.topMargin: 8
+            text: qsTr("Shortcuts")
+            font { pixelSize: Theme.headingSize; weight: Font.DemiBold }
+            Accessible.role: Accessible.Heading
+        }
+        Card {
+            Layout.fillWidth: true
+            implicitHeight: shortcuts.implicitHeight + 32
+            RecorderShortcuts {
+                id: shortcuts
+
+                anchors { left: parent.left; right: parent.right; verticalCenter: parent.verticalCenter; margins: 16 }
+                keys: Studio.recorder.keys
+            }
+        }
         AgentPanel { Layout.fillWidth: true }
         Label {
             Layout.topMargin: 8

@@ -24,6 +24,7 @@ Studio::Studio(MainQueue& queue)
     connect(&library_, &Library::left, &projects_, &OpenedProjects::forget);
     connect(&library_, &Library::failed, this, &Studio::failed);
     connect(recorder_.recorder(), &RecorderModel::saved, this, &Studio::show);
+    connect(recorder_.tray(), &TrayItem::windowWanted, this, &Studio::raised);
     connect(&projects_, &OpenedProjects::failed, this, &Studio::failed);
     connect(&agentSettings_, &AgentSettings::failed, this, &Studio::failed);
     connect(&look_, &QTimer::timeout, this, &Studio::look);
@@ -79,6 +80,7 @@ void Studio::end() {
     if (isEnding_) return;
     isEnding_ = true;
     if (agents_) agents_->beginToEnd();
+    recorder_.recorder()->settle([] {}); // a take that was thrown away is not saved
     application_.end();
     look_.start(soon);
 }
