@@ -17,7 +17,7 @@ constexpr double betweenClicks = 0.1;
 HeardClicks::HeardClicks(std::string const& server)
     : source_(std::make_unique<pulse::PulseSound>(
           pulse::PulseSound::Options{.server = server, .role = StreamRole::systemSound})) {
-    source_->start({.block = [this](SoundBlock const& block) { listen(block); }, .lost = [] {}});
+    source_->start({.block = [this](SoundBlock const& block) { listen(block); }, .lost = [](double) {}});
 }
 
 HeardClicks::~HeardClicks() { source_->stop(); }
