@@ -24,25 +24,25 @@ struct DrawnRect {
 
     bool operator==(DrawnRect const&) const = default;
 };
-struct DrawnPicture {
+struct TimelinePicture {
     QRectF place;
     QImage picture;
     QRectF source; // pixels of the picture
 
-    bool operator==(DrawnPicture const& other) const {
+    bool operator==(TimelinePicture const& other) const {
         return place == other.place && source == other.source && picture.cacheKey() == other.picture.cacheKey();
     }
 };
-struct DrawnLayer {
+struct TimelineLayer {
     std::vector<DrawnRect> rects;
-    std::vector<DrawnPicture> pictures;
+    std::vector<TimelinePicture> pictures;
 };
 
 /// Everything that is in view, lowest layer first. A value; what has not changed compares equal.
 struct TimelineDrawing {
     enum Layer { ground, items, marks, labels, front, ruler, top, heads, corner, layerCount };
 
-    std::array<DrawnLayer, layerCount> layers;
+    std::array<TimelineLayer, layerCount> layers;
 };
 
 /// What a drawing is made of. Borrows all of it.

@@ -63,7 +63,7 @@ QSGRectangleNode* TimelineNode::made(DrawnRect const& drawn) {
     return node;
 }
 
-QSGImageNode* TimelineNode::made(DrawnPicture const& drawn) {
+QSGImageNode* TimelineNode::made(TimelinePicture const& drawn) {
     auto* node = window_.createImageNode();
     node->setOwnsTexture(false);
     set(*node, drawn);
@@ -75,7 +75,7 @@ void TimelineNode::set(QSGRectangleNode& node, DrawnRect const& drawn) {
     node.setColor(drawn.color);
 }
 
-void TimelineNode::set(QSGImageNode& node, DrawnPicture const& drawn) {
+void TimelineNode::set(QSGImageNode& node, TimelinePicture const& drawn) {
     node.setTexture(textureOf(drawn.picture));
     node.setRect(drawn.place);
     node.setSourceRect(drawn.source);

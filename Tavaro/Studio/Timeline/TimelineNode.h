@@ -36,7 +36,7 @@ private:
     };
     struct Layer {
         Pool<DrawnRect, QSGRectangleNode> rects;
-        Pool<DrawnPicture, QSGImageNode> pictures;
+        Pool<TimelinePicture, QSGImageNode> pictures;
     };
     struct Texture {
         std::unique_ptr<QSGTexture> texture;
@@ -45,9 +45,9 @@ private:
 
     template<class Drawn, class Node> void sync(Pool<Drawn, Node>& pool, std::vector<Drawn> const& wanted);
     QSGRectangleNode* made(DrawnRect const& drawn);
-    QSGImageNode* made(DrawnPicture const& drawn);
+    QSGImageNode* made(TimelinePicture const& drawn);
     void set(QSGRectangleNode& node, DrawnRect const& drawn);
-    void set(QSGImageNode& node, DrawnPicture const& drawn);
+    void set(QSGImageNode& node, TimelinePicture const& drawn);
     QSGTexture* textureOf(QImage const& picture);
     void dropTextures();
 

@@ -8,7 +8,7 @@
 namespace tavaro {
 
 void registerTimelineTypes() {
-    qmlRegisterType<TimelineItem>("Tavaro.Studio", 1, 0, "Timeline");
+    qmlRegisterType<TimelineItem>("Tavaro.Editor", 1, 0, "Timeline");
     installTimelineAccessibility();
 }
 
