@@ -1,7 +1,7 @@
 #include <TavaroCore/Project/DemoProject.h>
 
-#include <TavaroCore/Records/JSON.h>
 #include <TavaroCore/Records/Hash.h>
+#include <TavaroCore/Records/JSON.h>
 #include <TavaroCore/Values/JoinedRanges.h>
 
 #include <algorithm>

@@ -312,6 +312,12 @@ bool EditorSession::perform(Operation const& operation) {
                 [&](DemoProject& project) { tavaro::perform(project, operation, project_->package()); });
 }
 
+QStringList EditorSession::commandNames() const {
+    QStringList result;
+    for (auto const& command : commands_) result.push_back(command->name());
+    return result;
+}
+
 EditorCommand* EditorSession::command(QString const& name) const {
     for (auto const& command : commands_) {
         if (command->name() == name) return command.get();

@@ -55,6 +55,7 @@ class EditorSession final : public QObject {
     Q_PROPERTY(QString undoName READ undoName NOTIFY stepsChanged)
     Q_PROPERTY(QString redoName READ redoName NOTIFY stepsChanged)
     Q_PROPERTY(bool isSaved READ isSaved NOTIFY savedChanged)
+    Q_PROPERTY(QStringList commandNames READ commandNames CONSTANT)
     Q_PROPERTY(tavaro::PolishRun* polish READ polish CONSTANT)
     Q_PROPERTY(QAbstractItemModel* fields READ fieldsModel CONSTANT)
     Q_PROPERTY(QAbstractItemModel* transcript READ transcriptModel CONSTANT)
@@ -125,6 +126,7 @@ public:
     /// Commands by their names; null for a name that there is not.
     Q_INVOKABLE tavaro::EditorCommand* command(QString const& name) const;
     std::vector<std::unique_ptr<EditorCommand>> const& commands() const { return commands_; }
+    QStringList commandNames() const;
     Q_INVOKABLE void undo();
     Q_INVOKABLE void redo();
     QString undoName() const;

@@ -11,12 +11,12 @@ namespace tavaro {
 
 void registerEditorTypes() {
     auto const reason = QStringLiteral("An editor's parts come with its session.");
-    qmlRegisterUncreatableType<EditorSession>("Tavaro.Studio", 1, 0, "EditorSession", reason);
-    qmlRegisterUncreatableType<EditorCommand>("Tavaro.Studio", 1, 0, "EditorCommand", reason);
-    qmlRegisterUncreatableType<InspectorModel>("Tavaro.Studio", 1, 0, "InspectorModel", reason);
-    qmlRegisterUncreatableType<TranscriptModel>("Tavaro.Studio", 1, 0, "TranscriptModel", reason);
-    qmlRegisterUncreatableType<PolishRun>("Tavaro.Studio", 1, 0, "PolishRun", reason);
-    qmlRegisterUncreatableType<StepList>("Tavaro.Studio", 1, 0, "StepList", reason);
+    qmlRegisterUncreatableType<EditorSession>("Tavaro.Editor", 1, 0, "EditorSession", reason);
+    qmlRegisterUncreatableType<EditorCommand>("Tavaro.Editor", 1, 0, "EditorCommand", reason);
+    qmlRegisterUncreatableType<InspectorModel>("Tavaro.Editor", 1, 0, "InspectorModel", reason);
+    qmlRegisterUncreatableType<TranscriptModel>("Tavaro.Editor", 1, 0, "TranscriptModel", reason);
+    qmlRegisterUncreatableType<PolishRun>("Tavaro.Editor", 1, 0, "PolishRun", reason);
+    qmlRegisterUncreatableType<StepList>("Tavaro.Editor", 1, 0, "StepList", reason);
 }
 
 }

@@ -2,7 +2,7 @@
 
 namespace tavaro {
 
-/// Makes the editor's types known to QML as types of "Tavaro.Studio": what it gets is made in C++.
+/// Makes the editor's types known to QML as types of "Tavaro.Editor": what it gets is made in C++.
 void registerEditorTypes();
 
 }

@@ -1,11 +1,12 @@
 import QtQuick
 import QtQuick.Controls
 import QtQuick.Layouts
+import Tavaro.Editor
 import Tavaro.Program
 import Tavaro.Style
 import Tavaro.Theme
 
-// One open project.
+// One open project: its film above, its timeline below.
 Item {
     id: page
 
@@ -13,6 +14,23 @@ Item {
     // The row of the list that the page is about.
     readonly property var project: rows.count > row && row >= 0 ? rows.objectAt(row) : null
     readonly property string name: project?.name ?? ""
+    readonly property EditorDesk desk: project?.desk ?? null
+    readonly property EditorSession session: desk?.session ?? null
+
+    property EditorDesk shown: null
+
+    function show() {
+        if (shown === desk) return;
+        if (shown) shown.showIn(null);
+        shown = desk;
+        if (!desk) return;
+        desk.setDark(Theme.isDark);
+        desk.showIn(timeline.item);
+    }
+
+    onDeskChanged: show()
+    Component.onCompleted: show()
+    Component.onDestruction: if (shown) shown.showIn(null)
 
     Instantiator {
         id: rows
@@ -21,13 +39,18 @@ Item {
         QtObject {
             required property string name
             required property string length
-            required property string still
-            required property string undoName
-            required property string redoName
+            required property EditorDesk desk
         }
     }
-    Shortcut { sequences: [StandardKey.Undo]; onActivated: Studio.projects.undo(page.row) }
-    Shortcut { sequences: [StandardKey.Redo]; onActivated: Studio.projects.redo(page.row) }
+    Connections {
+        target: Theme
+        function onChanged() { if (page.desk) page.desk.setDark(Theme.isDark) }
+    }
+    Connections {
+        target: page.session
+        function onTold(sentence: string) { Studio.failed(sentence) }
+    }
+    EditorShortcuts { session: page.session; playback: page.desk?.preview.playback ?? null }
     Shortcut { sequences: [StandardKey.Close]; onActivated: Studio.projects.close(page.row) }
 
     ColumnLayout {
@@ -36,7 +59,7 @@ Item {
 
         RowLayout {
             Layout.fillWidth: true
-            Layout.margins: 16
+            Layout.margins: 12
             Layout.leftMargin: Theme.pageMargin
             spacing: 4
 
@@ -50,34 +73,29 @@ Item {
             Label {
                 Layout.fillWidth: true
                 Layout.leftMargin: 8
-                text: page.project?.length ?? ""
+                text: page.session?.polish.isRunning ? qsTr("Polishing…") : page.project?.length ?? ""
                 color: Theme.colors.secondaryText
             }
-            ToolButton {
-                enabled: !!page.project?.undoName
-                icon.source: Theme.icon("arrow-counterclockwise")
-                ToolTip.text: enabled ? qsTr("Undo %1").arg(page.project.undoName) : qsTr("Undo")
-                onClicked: Studio.projects.undo(page.row)
-            }
-            ToolButton {
-                enabled: !!page.project?.redoName
-                icon.source: Theme.icon("arrow-clockwise")
-                ToolTip.text: enabled ? qsTr("Redo %1").arg(page.project.redoName) : qsTr("Redo")
-                onClicked: Studio.projects.redo(page.row)
-            }
+            EditorButton { session: page.session; name: "undo"; picture: "arrow-counterclockwise"; detail: page.session?.undoName ?? "" }
+            EditorButton { session: page.session; name: "redo"; picture: "arrow-clockwise"; detail: page.session?.redoName ?? "" }
+            EditorButton { session: page.session; name: "polish"; picture: "magic"; display: AbstractButton.TextBesideIcon }
         }
-        Rectangle {
+        FilmArea {
             Layout.fillWidth: true
             Layout.fillHeight: true
-            color: Theme.colors.sunken
-            Image {
-                anchors { fill: parent; margins: 24 }
-                asynchronous: true
-                fillMode: Image.PreserveAspectFit
-                source: page.project?.still ?? ""
-                Accessible.role: Accessible.Graphic
-                Accessible.name: qsTr("A still of %1").arg(page.name)
-            }
+            Layout.minimumHeight: 160
+            desk: page.desk
+            name: page.name
+        }
+        TransportBar {
+            Layout.fillWidth: true
+            desk: page.desk
+        }
+        TimelineArea {
+            id: timeline
+
+            Layout.fillWidth: true
+            Layout.preferredHeight: Math.max(180, page.height * 0.36)
         }
     }
 }

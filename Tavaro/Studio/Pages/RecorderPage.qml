@@ -6,7 +6,7 @@ import Tavaro.Style
 import Tavaro.Theme
 
 // Everything of a take before it begins, and the take itself while it goes on.
-Page {
+Item {
     id: page
 
     required property RecorderModel recorder
@@ -39,6 +39,7 @@ Page {
             }
             TabBar {
                 id: kinds
+                Accessible.name: qsTr("Kinds of sources")
                 Layout.fillWidth: true
                 visible: !page.sources.asksUser
                 enabled: page.isIdle

@@ -8,9 +8,9 @@ namespace tavaro {
 
 void registerPreviewTypes() {
     auto const only = QStringLiteral("It belongs to an editor.");
-    qmlRegisterType<PreviewItem>("Tavaro.Studio", 1, 0, "PreviewItem");
-    qmlRegisterUncreatableType<FilmPreview>("Tavaro.Studio", 1, 0, "FilmPreview", only);
-    qmlRegisterUncreatableType<FilmPlayback>("Tavaro.Studio", 1, 0, "FilmPlayback", only);
+    qmlRegisterType<PreviewItem>("Tavaro.Editor", 1, 0, "PreviewItem");
+    qmlRegisterUncreatableType<FilmPreview>("Tavaro.Editor", 1, 0, "FilmPreview", only);
+    qmlRegisterUncreatableType<FilmPlayback>("Tavaro.Editor", 1, 0, "FilmPlayback", only);
 }
 
 }

@@ -1,28 +1,15 @@
 #include <Tavaro/Studio/Program/OpenedProjects.h>
 
 #include <Tavaro/Studio/Library/LibraryText.h>
-#include <Tavaro/Studio/Library/Stills.h>
 
 #include <TavaroCore/Project/DemoProject.h>
+
+#include <QQmlEngine>
 
 #include <algorithm>
 #include <utility>
 
 namespace tavaro {
-
-namespace {
-
-QString stepName(std::optional<std::string_view> name) {
-    return name ? QString::fromUtf8(name->data(), static_cast<qsizetype>(name->size())) : QString();
-}
-
-QString stillOf(ProjectPackage const& package) {
-    std::error_code ignored;
-    return std::filesystem::exists(package.thumbnailURL(), ignored) ? Stills::ofPicture(package.thumbnailURL())
-                                                                    : QString();
-}
-
-}
 
 void OpenedProjects::open(QString const& package) {
     projects_.open(libraryText::path(package), [this](Outcome<Opened> const& outcome) {
@@ -37,8 +24,9 @@ void OpenedProjects::open(QString const& package) {
 void OpenedProjects::add(Opened const& project) {
     if (auto const row = rowOf(project.get()); row >= 0) return Q_EMIT opened(row);
     beginInsertRows({}, count(), count());
-    rows_.push_back(std::make_unique<Row>(
-        Row{project, project->observe([this, project = project.get()](ProjectChange const&) { note(project); })}));
+    auto observation = project->observe([this, project = project.get()](ProjectChange const&) { note(project); });
+    rows_.emplace_back(new Row{project, std::move(observation), {queue_, project}});
+    QQmlEngine::setObjectOwnership(&rows_.back()->desk, QQmlEngine::CppOwnership);
     endInsertRows();
     Q_EMIT countChanged();
     Q_EMIT opened(count() - 1);
@@ -58,30 +46,8 @@ void OpenedProjects::forget(QString const& package) {
     if (found != rows_.end()) close(static_cast<int>(found - rows_.begin()));
 }
 
-/// A step back or forth is on the disk at once, as every edit is.
-template<class Work> void OpenedProjects::attempt(int row, Work work) {
-    if (row < 0 || row >= count()) return;
-    try {
-        work(*rows_[static_cast<std::size_t>(row)]->project);
-    } catch (Error const& error) {
-        Q_EMIT failed(QString::fromUtf8(error.what()));
-    }
-}
-
-void OpenedProjects::undo(int row) {
-    attempt(row, [](OpenProject& project) {
-        if (project.undo()) project.save();
-    });
-}
-
-void OpenedProjects::redo(int row) {
-    attempt(row, [](OpenProject& project) {
-        if (project.redo()) project.save();
-    });
-}
-
 void OpenedProjects::refresh() {
-    for (int row = 0; row < count(); ++row) attempt(row, [](OpenProject& project) { project.refresh(); });
+    for (auto const& row : rows_) row->desk.session()->attempt([&] { row->project->refresh(); });
 }
 
 int OpenedProjects::rowOf(OpenProject const* project) const {
@@ -96,22 +62,20 @@ void OpenedProjects::note(OpenProject const* project) {
 
 QVariant OpenedProjects::data(QModelIndex const& index, int role) const {
     if (!checkIndex(index, CheckIndexOption::IndexIsValid)) return {};
-    auto const& project = *rows_[static_cast<std::size_t>(index.row())]->project;
+    auto& row = *rows_[static_cast<std::size_t>(index.row())];
+    auto const& project = *row.project;
     switch (role) {
     case pathRole: return libraryText::text(project.package().url());
     case nameRole:
     case Qt::DisplayRole: return QString::fromStdString(project.document().name);
     case lengthRole: return libraryText::length(project.document().duration());
-    case stillRole: return stillOf(project.package());
-    case undoRole: return stepName(project.undoName());
-    case redoRole: return stepName(project.redoName());
+    case deskRole: return QVariant::fromValue(&row.desk);
     default: return {};
     }
 }
 
 QHash<int, QByteArray> OpenedProjects::roleNames() const {
-    return {{pathRole, "path"},   {nameRole, "name"},     {lengthRole, "length"},
-            {stillRole, "still"}, {undoRole, "undoName"}, {redoRole, "redoName"}};
+    return {{pathRole, "path"}, {nameRole, "name"}, {lengthRole, "length"}, {deskRole, "desk"}};
 }
 
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <Tavaro/Model/Project/OpenProjects.h>
+#include <Tavaro/Studio/Desk/EditorDesk.h>
 
 #include <QAbstractListModel>
 #include <QString>
@@ -16,17 +17,15 @@ class OpenedProjects : public QAbstractListModel {
     Q_PROPERTY(int count READ count NOTIFY countChanged)
 
 public:
-    enum Role { pathRole = Qt::UserRole, nameRole, lengthRole, stillRole, undoRole, redoRole };
+    enum Role { pathRole = Qt::UserRole, nameRole, lengthRole, deskRole };
 
-    explicit OpenedProjects(OpenProjects& projects) : projects_(projects) {}
+    OpenedProjects(MainQueue& queue, OpenProjects& projects) : queue_(queue), projects_(projects) {}
 
     /// `opened` follows, or `failed`; of one that is open already, at once.
     Q_INVOKABLE void open(QString const& package);
     Q_INVOKABLE void close(int row);
     /// Of one that is not where it was.
     void forget(QString const& package);
-    Q_INVOKABLE void undo(int row);
-    Q_INVOKABLE void redo(int row);
     /// Takes in what other programs saved.
     void refresh();
 
@@ -45,13 +44,14 @@ private:
     struct Row {
         Opened project;
         OpenProject::Observation observation;
+        EditorDesk desk;
     };
 
     void add(Opened const& project);
     int rowOf(OpenProject const* project) const;
     void note(OpenProject const* project);
-    template<class Work> void attempt(int row, Work work);
 
+    MainQueue& queue_;
     OpenProjects& projects_;
     std::vector<std::unique_ptr<Row>> rows_;
 };

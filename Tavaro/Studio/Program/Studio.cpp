@@ -18,7 +18,7 @@ Studio::Studio(MainQueue& queue)
     : application_(queue)
     , library_(queue, application_)
     , recorder_(queue, application_)
-    , projects_(application_.projects())
+    , projects_(queue, application_.projects())
     , agentSettings_(application_.preferences()) {
     connect(&library_, &Library::openRequested, &projects_, &OpenedProjects::open);
     connect(&library_, &Library::left, &projects_, &OpenedProjects::forget);

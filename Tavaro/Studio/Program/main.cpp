@@ -2,6 +2,7 @@
 
 #include <Tavaro/Model/Application/ApplicationInstance.h>
 #include <Tavaro/Model/Application/ApplicationLog.h>
+#include <Tavaro/Studio/Desk/DeskTypes.h>
 #include <Tavaro/Studio/Library/RegisterLibrary.h>
 #include <Tavaro/Studio/Loop/QtLog.h>
 #include <Tavaro/Studio/Loop/QueueInLoop.h>
@@ -83,6 +84,7 @@ int run(Options const& options) {
     engine.addImportPath(QStringLiteral("qrc:/qt/qml"));
     registerLibrary(engine, studio.library());
     registerRecorderTypes();
+    registerDeskTypes();
     registerSettings(studio.agentSettings(), studio.consent());
     qmlRegisterSingletonInstance("Tavaro.Program", 1, 0, "Studio", &studio);
     SignalsInLoop const signals([&] { studio.end(); });

@@ -17,8 +17,9 @@ constexpr std::size_t texturesKept = 256;
 
 TimelineNode::TimelineNode(QQuickWindow& window) : window_(window) {
     for (auto& layer : layers_) {
-        layer.rects.parent = new QSGNode;
-        layer.pictures.parent = new QSGNode;
+        // Qt's software renderer knows where what is added later goes only below nodes of this kind.
+        layer.rects.parent = new QSGTransformNode;
+        layer.pictures.parent = new QSGTransformNode;
         appendChildNode(layer.rects.parent);
         appendChildNode(layer.pictures.parent);
     }

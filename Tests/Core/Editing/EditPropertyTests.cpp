@@ -2,9 +2,9 @@
 
 #include <TavaroCore/Editing/ClipEdits.h>
 #include <TavaroCore/Editing/Private/EditError.h>
-#include <TavaroCore/Editing/TimedLists.h>
 #include <TavaroCore/Editing/RangeEdits.h>
 #include <TavaroCore/Editing/SilenceRemoval.h>
+#include <TavaroCore/Editing/TimedLists.h>
 #include <TavaroCore/Editing/TimelineEdits.h>
 #include <TavaroCore/Editing/TypingSpeed.h>
 

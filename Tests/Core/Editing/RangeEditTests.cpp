@@ -1,9 +1,9 @@
 #include "DrawnEdit.h"
 
 #include <TavaroCore/Editing/Private/EditError.h>
-#include <TavaroCore/Editing/TimedLists.h>
 #include <TavaroCore/Editing/RangeEdits.h>
 #include <TavaroCore/Editing/SilenceRemoval.h>
+#include <TavaroCore/Editing/TimedLists.h>
 #include <TavaroCore/Editing/TimelineEdits.h>
 #include <TavaroCore/Editing/TrackEdits.h>
 #include <TavaroCore/Editing/TypingSpeed.h>

@@ -195,6 +195,18 @@ TEST(TimelineItem, everyItemIsDrawnWhereItIsInItsColour) {
     }
 }
 
+TEST(TimelineItem, whatComesLaterIsDrawnBesideWhatWasThere) {
+    DemoProject few = longFilm(0.01), many = few;
+    for (int i = 0; i < 6; ++i) many.zoomEvents.push_back({.start = 4.0 * i, .duration = 2});
+    Stage before, fresh;
+    for (auto* stage : {&before, &fresh}) stage->item->setPosition(QPointF(40, 30));
+    before.item->show(few);
+    before.picture();
+    before.item->show(many);
+    fresh.item->show(many);
+    EXPECT_EQ(before.picture(), fresh.picture());
+}
+
 TEST(TimelineItem, whatIsDrawnDoesNotGrowWithTheFilm) {
     auto const half = longFilm(0.5), three = longFilm(3);
     Stage stage(1600, 400);

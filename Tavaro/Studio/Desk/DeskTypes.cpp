@@ -1,0 +1,20 @@
+#include <Tavaro/Studio/Desk/DeskTypes.h>
+
+#include <Tavaro/Studio/Desk/EditorDesk.h>
+#include <Tavaro/Studio/Editor/RegisterTypes.h>
+#include <Tavaro/Studio/Preview/PreviewTypes.h>
+#include <Tavaro/Studio/Timeline/TimelineTypes.h>
+
+#include <QtQml>
+
+namespace tavaro {
+
+void registerDeskTypes() {
+    registerEditorTypes();
+    registerPreviewTypes();
+    registerTimelineTypes();
+    qmlRegisterUncreatableType<EditorDesk>("Tavaro.Editor", 1, 0, "EditorDesk",
+                                           QStringLiteral("It comes with a project."));
+}
+
+}

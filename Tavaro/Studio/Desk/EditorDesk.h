@@ -1,0 +1,61 @@
+#pragma once
+
+#include <Tavaro/Studio/Editor/EditorSession.h>
+#include <Tavaro/Studio/Preview/FilmPreview.h>
+#include <Tavaro/Studio/Timeline/TimelineItem.h>
+#include <Tavaro/Studio/Timeline/TimelineSteps.h>
+
+#include <QObject>
+#include <QPointer>
+
+#include <memory>
+
+namespace tavaro {
+
+/// An open project in a window: its editor, its picture and its timeline, which show one moment and one selection. A
+/// film that plays moves the playhead; a playhead that is moved moves the film. Belongs to the project's thread.
+class EditorDesk final : public QObject {
+    Q_OBJECT
+    Q_PROPERTY(tavaro::EditorSession* session READ session CONSTANT)
+    Q_PROPERTY(tavaro::FilmPreview* preview READ preview CONSTANT)
+    Q_PROPERTY(QString time READ time NOTIFY timeChanged) // "0:04 / 1:20", of the whole film
+
+public:
+    EditorDesk(MainQueue& queue, std::shared_ptr<OpenProject> project);
+    /// As above, played on what is given.
+    EditorDesk(MainQueue& queue, std::shared_ptr<OpenProject> project, FilmPlayback::Means means);
+    ~EditorDesk() override;
+
+    EditorSession* session() { return &session_; }
+    FilmPreview* preview() { return &preview_; }
+    QString time() const;
+
+    /// The timeline shows this project from now on; null: none does.
+    Q_INVOKABLE void showIn(tavaro::TimelineItem* timeline);
+    Q_INVOKABLE void setDark(bool isDark);
+
+Q_SIGNALS:
+    void timeChanged();
+
+private:
+    void join();
+    void follow(ProjectChange const& change);
+    void followPlayback();
+    void followPlayhead();
+    void followSelection();
+    void followLanes();
+    void take(TimelineIntent const& intent);
+    void scrub(double time);
+    void keepView();
+
+    EditorSession session_;
+    FilmPreview preview_;
+    TimelineSteps steps_;
+    QPointer<TimelineItem> timeline_;
+    bool isDark_ = false;
+    // One side follows the other, which need not follow back: in the moment, and in what the timeline looks like.
+    bool isFollowing_ = false, isKeeping_ = false;
+    OpenProject::Observation observation_;
+};
+
+}

@@ -1,0 +1,49 @@
+import QtQuick
+import QtQuick.Controls
+import Tavaro.Editor
+import Tavaro.Theme
+
+// The timeline with what scrolls and zooms it.
+Item {
+    id: area
+
+    readonly property alias item: timeline
+
+    Rectangle { width: parent.width; height: 1; color: Theme.colors.line; z: 1 }
+    Timeline {
+        id: timeline
+
+        anchors.fill: parent
+        Accessible.role: Accessible.List
+        Accessible.name: qsTr("Timeline")
+    }
+    ScrollBar {
+        anchors { left: parent.left; leftMargin: timeline.headerWidth; right: parent.right; bottom: parent.bottom }
+        orientation: Qt.Horizontal
+        visible: !timeline.fits
+        size: Math.min(1, width / Math.max(1, timeline.contentWidth))
+        position: timeline.contentX / Math.max(1, timeline.contentWidth)
+        onPositionChanged: if (pressed) timeline.contentX = position * timeline.contentWidth
+    }
+    ScrollBar {
+        anchors { right: parent.right; top: parent.top; topMargin: timeline.rulerHeight; bottom: parent.bottom }
+        visible: size < 1
+        size: Math.min(1, height / Math.max(1, timeline.contentHeight))
+        position: timeline.contentY / Math.max(1, timeline.contentHeight)
+        onPositionChanged: if (pressed) timeline.contentY = position * timeline.contentHeight
+    }
+    Row {
+        anchors { right: parent.right; rightMargin: 16; top: parent.top; topMargin: 2 }
+        height: timeline.rulerHeight - 4
+
+        component Scale: ToolButton {
+            height: parent.height
+            implicitWidth: 28
+            padding: 0
+            icon { width: 13; height: 13 }
+        }
+        Scale { icon.source: Theme.icon("zoom-out"); ToolTip.text: qsTr("Show more of the film"); onClicked: timeline.zoomOut() }
+        Scale { icon.source: Theme.icon("zoom-in"); ToolTip.text: qsTr("Show it larger"); onClicked: timeline.zoomIn() }
+        Scale { icon.source: Theme.icon("fullscreen"); ToolTip.text: qsTr("Show all of it"); onClicked: timeline.fit() }
+    }
+}
