@@ -22,14 +22,14 @@ std::set<std::string> keys(QStringList const& names) {
 
 }
 
-EditorDesk::EditorDesk(MainQueue& queue, std::shared_ptr<OpenProject> project)
+EditorDesk::EditorDesk(MainQueue& queue, std::shared_ptr<OpenProject> const& project)
     : session_(queue, project)
     , preview_(*project)
     , steps_(*project) {
     join();
 }
 
-EditorDesk::EditorDesk(MainQueue& queue, std::shared_ptr<OpenProject> project, FilmPlayback::Means means)
+EditorDesk::EditorDesk(MainQueue& queue, std::shared_ptr<OpenProject> const& project, FilmPlayback::Means means)
     : session_(queue, project)
     , preview_(*project, std::move(means))
     , steps_(*project) {

@@ -21,9 +21,9 @@ class EditorDesk final : public QObject {
     Q_PROPERTY(QString time READ time NOTIFY timeChanged) // "0:04 / 1:20", of the whole film
 
 public:
-    EditorDesk(MainQueue& queue, std::shared_ptr<OpenProject> project);
+    EditorDesk(MainQueue& queue, std::shared_ptr<OpenProject> const& project);
     /// As above, played on what is given.
-    EditorDesk(MainQueue& queue, std::shared_ptr<OpenProject> project, FilmPlayback::Means means);
+    EditorDesk(MainQueue& queue, std::shared_ptr<OpenProject> const& project, FilmPlayback::Means means);
     ~EditorDesk() override;
 
     EditorSession* session() { return &session_; }
