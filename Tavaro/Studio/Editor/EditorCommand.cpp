@@ -5,23 +5,23 @@
 
 namespace tavaro {
 
-EditorCommand::EditorCommand(EditorCommandSpec const& spec, EditorSession& session)
-    : spec_(spec)
+EditorCommand::EditorCommand(ListedCommand const& listed, EditorSession& session)
+    : listed_(listed)
     , session_(session)
-    , isEnabled_(spec.isPossible(session)) {}
+    , isEnabled_(listed.isPossible(session)) {}
 
-QString EditorCommand::name() const { return QString::fromUtf8(spec_.name); }
-QString EditorCommand::title() const { return QString::fromUtf8(spec_.title); }
-QString EditorCommand::group() const { return QString::fromUtf8(spec_.group); }
-QString EditorCommand::shortcut() const { return QString::fromUtf8(spec_.shortcut); }
+QString EditorCommand::name() const { return QString::fromUtf8(listed_.name); }
+QString EditorCommand::title() const { return QString::fromUtf8(listed_.title); }
+QString EditorCommand::group() const { return QString::fromUtf8(listed_.group); }
+QString EditorCommand::shortcut() const { return QString::fromUtf8(listed_.shortcut); }
 
 void EditorCommand::trigger() {
     update();
-    if (isEnabled_) spec_.run(session_);
+    if (isEnabled_) listed_.run(session_);
 }
 
 void EditorCommand::update() {
-    auto const isPossible = spec_.isPossible(session_);
+    auto const isPossible = listed_.isPossible(session_);
     if (isPossible == isEnabled_) return;
     isEnabled_ = isPossible;
     Q_EMIT enabledChanged();

@@ -6,7 +6,7 @@
 namespace tavaro {
 
 class EditorSession;
-struct EditorCommandSpec;
+struct ListedCommand;
 
 /// A command of one editor, for menus, buttons and shortcuts alike: one title, one state, one way to run it.
 class EditorCommand final : public QObject {
@@ -18,7 +18,7 @@ class EditorCommand final : public QObject {
     Q_PROPERTY(bool enabled READ isEnabled NOTIFY enabledChanged)
 
 public:
-    EditorCommand(EditorCommandSpec const& spec, EditorSession& session);
+    EditorCommand(ListedCommand const& listed, EditorSession& session);
 
     QString name() const;
     QString title() const;
@@ -35,7 +35,7 @@ Q_SIGNALS:
     void enabledChanged();
 
 private:
-    EditorCommandSpec const& spec_;
+    ListedCommand const& listed_;
     EditorSession& session_;
     bool isEnabled_ = false;
 };

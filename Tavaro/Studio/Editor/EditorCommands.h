@@ -7,7 +7,7 @@ namespace tavaro {
 class EditorSession;
 
 /// A command of the editor as the code lists it.
-struct EditorCommandSpec {
+struct ListedCommand {
     char const* name;
     char const* title;
     char const* group;    // of the menus and the sheet of shortcuts
@@ -17,6 +17,6 @@ struct EditorCommandSpec {
 };
 
 /// Every command, in the order of the menus.
-std::span<EditorCommandSpec const> editorCommands();
+std::span<ListedCommand const> editorCommands();
 
 }

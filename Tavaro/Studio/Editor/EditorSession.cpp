@@ -75,7 +75,7 @@ EditorSession::EditorSession(MainQueue& queue, std::shared_ptr<OpenProject> proj
     polish_ = std::make_unique<PolishRun>(queue, *this);
     polish_->setParent(this);
     QObject::connect(polish_.get(), &PolishRun::changed, this, &EditorSession::updateCommands);
-    for (auto const& spec : editorCommands()) commands_.push_back(std::make_unique<EditorCommand>(spec, *this));
+    for (auto const& listed : editorCommands()) commands_.push_back(std::make_unique<EditorCommand>(listed, *this));
     for (auto const& command : commands_) command->setParent(this); // or scripts would think it theirs
     saving_.setSingleShot(true);
     QObject::connect(&saving_, &QTimer::timeout, this, [this] { save(); });

@@ -67,8 +67,8 @@ void expectSound(TestEditor const& editor) {
     std::set<UUID> identities;
     forEachItem(document,
                 [&](auto const& item) { EXPECT_TRUE(identities.insert(item.id).second) << nameOf(kindOf(item)); });
-    for (auto const& spec : editorCommands())
-        EXPECT_EQ(editor.isEnabled(spec.name), spec.isPossible(*editor.session)) << spec.name;
+    for (auto const& listed : editorCommands())
+        EXPECT_EQ(editor.isEnabled(listed.name), listed.isPossible(*editor.session)) << listed.name;
 }
 
 }
@@ -309,14 +309,14 @@ TEST(EditorSession, eachCommandThatAddsSomethingSelectsIt) {
     document.cameraAsset = "camera.mp4";
     TestEditor editor(document);
     editor->setPlayhead(9.9);
-    for (auto const& spec : editorCommands()) {
-        if (std::string_view(spec.group) != "Add") continue;
+    for (auto const& listed : editorCommands()) {
+        if (std::string_view(listed.group) != "Add") continue;
         auto const steps = editor.project->steps().size();
-        editor.run(spec.name);
-        EXPECT_EQ(editor.project->steps().size(), steps + 1) << spec.name;
-        ASSERT_EQ(editor->selection().size(), 1u) << spec.name;
+        editor.run(listed.name);
+        EXPECT_EQ(editor.project->steps().size(), steps + 1) << listed.name;
+        ASSERT_EQ(editor->selection().size(), 1u) << listed.name;
         visitItem(editor.document(), editor->selection()[0], [&](auto const& item) {
-            EXPECT_LE(placeOf(item).value_or(TimeRange::zero).end(), 10 + 1e-9) << spec.name;
+            EXPECT_LE(placeOf(item).value_or(TimeRange::zero).end(), 10 + 1e-9) << listed.name;
         });
     }
     EXPECT_TRUE(editor.told.empty());
@@ -443,9 +443,9 @@ TEST(EditorSession, polishingIsOneStepOverWhatIsEditedMeanwhile) {
 
 TEST(EditorCommands, eachHasANameATitleAndAShortcutOfItsOwn) {
     std::set<std::string_view> names, shortcuts;
-    for (auto const& spec : editorCommands()) {
-        EXPECT_TRUE(names.insert(spec.name).second) << spec.name;
-        EXPECT_FALSE(std::string_view(spec.title).empty()) << spec.name;
-        EXPECT_TRUE(!*spec.shortcut || shortcuts.insert(spec.shortcut).second) << spec.shortcut;
+    for (auto const& listed : editorCommands()) {
+        EXPECT_TRUE(names.insert(listed.name).second) << listed.name;
+        EXPECT_FALSE(std::string_view(listed.title).empty()) << listed.name;
+        EXPECT_TRUE(!*listed.shortcut || shortcuts.insert(listed.shortcut).second) << listed.shortcut;
     }
 }
