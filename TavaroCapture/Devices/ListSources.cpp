@@ -10,19 +10,22 @@
 #include <TavaroCapture/X11/Desktop.h>
 
 #include <algorithm>
+#include <fmt/format.h>
 #include <iterator>
 
 namespace tavaro {
 
 namespace {
 
-std::vector<CameraInfo> camerasOfAllKinds() {
-    auto result = v4l2::cameras(*v4l2::kernelVideo());
+void listCameras(SourceList& list) {
+    auto kernels = v4l2::cameras(v4l2::kernelVideo());
+    list.cameras = std::move(kernels.cameras);
+    for (auto const& node : kernels.silent)
+        list.limits.push_back(fmt::format("The camera “{}” does not answer, so it cannot be recorded.", node));
     for (auto& camera : pipewire::cameras()) {
-        camera.isDefault = result.empty();
-        result.push_back(std::move(camera));
+        camera.isDefault = list.cameras.empty();
+        list.cameras.push_back(std::move(camera));
     }
-    return result;
 }
 
 void listDesktop(SourceList& list, std::string const& display) {
@@ -48,7 +51,7 @@ SourceList listDevices(std::string const& soundServer) {
     auto sound = pulse::soundDevices(soundServer);
     list.microphones = std::move(sound.microphones);
     list.systemSound = std::move(sound.systemSound);
-    list.cameras = camerasOfAllKinds();
+    listCameras(list);
     if (list.microphones.empty() && !list.systemSound)
         list.limits.emplace_back("No sound can be recorded: no sound server answers.");
     return list;

@@ -158,6 +158,7 @@ std::vector<CameraMode> Device::modesIn(std::uint32_t format) const {
 }
 
 int Device::setFormat(v4l2_format& wanted) {
+    while (camera_->hangsInFormat) std::this_thread::sleep_for(std::chrono::milliseconds(1));
     if (camera_->isTaken) return failing(EBUSY);
     auto& pixels = wanted.fmt.pix;
     for (auto const& mode : camera_->modes)
@@ -274,19 +275,22 @@ std::vector<VideoNode> FakeVideo::nodes() const {
     return result;
 }
 
-std::unique_ptr<VideoDevice> FakeVideo::open(std::filesystem::path const& path) const {
+std::shared_ptr<FakeCamera> FakeVideo::at(std::filesystem::path const& path) const {
     std::lock_guard const guard(lock_);
-    for (auto const& camera : cameras_) {
-        if (!camera->isPlugged || camera->path != path) continue;
-        if (camera->isBarred) {
-            errno = EACCES;
-            return nullptr;
-        }
-        ++camera->openings;
-        return std::make_unique<Device>(camera);
+    auto const found =
+        std::ranges::find_if(cameras_, [&](auto const& camera) { return camera->isPlugged && camera->path == path; });
+    return found == cameras_.end() ? nullptr : *found;
+}
+
+std::unique_ptr<VideoDevice> FakeVideo::open(std::filesystem::path const& path) const {
+    auto const camera = at(path);
+    if (!camera || camera->isBarred) {
+        errno = camera ? EACCES : ENOENT;
+        return nullptr;
     }
-    errno = ENOENT;
-    return nullptr;
+    ++camera->openings;
+    while (camera->opensNever) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    return std::make_unique<Device>(camera);
 }
 
 void FakeVideo::plug(FakeCamera& camera, std::string path) const {

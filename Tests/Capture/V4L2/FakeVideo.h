@@ -25,11 +25,13 @@ struct FakeCamera {
 
     std::atomic<bool> isPlugged = true;
     std::atomic<bool> isFrozen = false;
-    std::atomic<bool> hangs = false;    // calls do not return
-    std::atomic<bool> isTaken = false;  // by another program
-    std::atomic<bool> isBarred = false; // to this user
-    std::atomic<int> flawedEvery = 0;   // marked as damaged by the camera
-    std::atomic<int> cutEvery = 0;      // half of the bytes are missing
+    std::atomic<bool> hangs = false;         // calls do not return
+    std::atomic<bool> opensNever = false;    // nor does opening it
+    std::atomic<bool> hangsInFormat = false; // nor does the call that sets one
+    std::atomic<bool> isTaken = false;       // by another program
+    std::atomic<bool> isBarred = false;      // to this user
+    std::atomic<int> flawedEvery = 0;        // marked as damaged by the camera
+    std::atomic<int> cutEvery = 0;           // half of the bytes are missing
     std::atomic<int> skippedEvery = 0;
     std::atomic<int> openings = 0; // so far
     std::atomic<int> streams = 0;  // at this moment
@@ -45,6 +47,8 @@ public:
     void plug(FakeCamera& camera, std::string path) const;
 
 private:
+    std::shared_ptr<FakeCamera> at(std::filesystem::path const& path) const;
+
     std::mutex mutable lock_; // of the paths
     std::vector<std::shared_ptr<FakeCamera>> const cameras_;
 };

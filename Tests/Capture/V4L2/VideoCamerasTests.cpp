@@ -67,9 +67,10 @@ private:
 class VideoCamerasTest : public testing::Test {
 protected:
     std::shared_ptr<FakeVideo> machine() { return std::make_shared<FakeVideo>(std::vector{camera, other}); }
-    static std::string refusal(std::shared_ptr<FakeVideo> const& video, std::string const& id) {
+    static std::string refusal(std::shared_ptr<FakeVideo> const& video, std::string const& id,
+                               std::chrono::milliseconds patience = 60s) {
         try {
-            return openCamera(video, {.id = id}) ? "" : "none";
+            return openCamera(video, {.id = id}, patience) ? "" : "none";
         } catch (CaptureError const& error) {
             EXPECT_EQ(error.kind, CaptureError::Kind::noCamera);
             return error.what();
@@ -223,6 +224,34 @@ TEST_F(VideoCamerasTest, aDriverThatDoesNotReturnIsToldOfAndKeepsNobodyWaiting) 
     EXPECT_EQ(seen.count(), count);
 }
 
+TEST_F(VideoCamerasTest, aDriverThatDoesNotReturnWhenItIsOpenedIsNamedAndKeepsNobodyWaiting) {
+    auto const video = machine();
+    for (auto* const hangs : {&camera->opensNever, &camera->hangs}) {
+        int const openings = camera->openings;
+        *hangs = true;
+        auto const silence = testing::StartsWith("The camera “video0” does not answer. ");
+        EXPECT_THAT(refusal(video, "video0", 1200ms), silence);
+        EXPECT_THAT(refusal(video, "Desk camera", 1200ms), testing::StartsWith("The camera “Desk camera” does not "));
+        EXPECT_EQ(refusal(video, "video2"), "") << "the other one is as good as ever";
+        EXPECT_EQ(refusal(video, "", 1200ms), "") << "whichever answers";
+        auto const list = cameras(video, 1200ms);
+        EXPECT_THAT(list.cameras, testing::ElementsAre(CameraInfo{"video2", "Door camera", true}));
+        EXPECT_THAT(list.silent, testing::ElementsAre("usb-Desk-index0"));
+        EXPECT_EQ(camera->openings, openings + 1) << "each further call would leave a thread behind";
+        *hangs = false;
+        EXPECT_TRUE(eventually([&] { return cameras(video, 60s).silent.empty(); }));
+        EXPECT_EQ(refusal(video, "video0"), "");
+    }
+}
+
+TEST_F(VideoCamerasTest, aDriverThatHangsOnceItIsToFilmIsNamedToo) {
+    auto const video = machine();
+    camera->hangsInFormat = true;
+    EXPECT_THAT(refusal(video, "video0", 1200ms), testing::StartsWith("The camera “Desk camera” does not answer. "));
+    camera->hangsInFormat = false;
+    EXPECT_TRUE(eventually([&] { return refusal(video, "video0").empty(); }));
+}
+
 TEST_F(VideoCamerasTest, whatIsNoCameraIsNotListedAndWhatCannotBeUsedIsRefusedInASentence) {
     auto const infrared = std::make_shared<FakeCamera>();
     infrared->path = "/dev/video1";
@@ -233,8 +262,8 @@ TEST_F(VideoCamerasTest, whatIsNoCameraIsNotListedAndWhatCannotBeUsedIsRefusedIn
     decoder->capabilities = V4L2_CAP_VIDEO_M2M | V4L2_CAP_STREAMING;
     auto const video = std::make_shared<FakeVideo>(std::vector{infrared, camera, decoder, other});
     camera->otherFormat = V4L2_PIX_FMT_GREY;
-    EXPECT_THAT(cameras(*video), testing::ElementsAre(CameraInfo{"usb-Desk-index0", "Desk camera", true},
-                                                      CameraInfo{"video2", "Door camera", false}));
+    EXPECT_THAT(cameras(video).cameras, testing::ElementsAre(CameraInfo{"usb-Desk-index0", "Desk camera", true},
+                                                             CameraInfo{"video2", "Door camera", false}));
     for (auto const* const id :
          {"", "usb-Desk-index0", "/dev/video0", "video0", "Desk camera", "video2", "Door camera"})
         EXPECT_EQ(refusal(video, id), "") << id;
