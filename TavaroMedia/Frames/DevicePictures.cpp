@@ -17,6 +17,7 @@ namespace tavaro {
 
 namespace {
 
+bool is422(DeviceLayout layout) { return layout == DeviceLayout::yuyv || layout == DeviceLayout::uyvy; }
 bool isRGB(DeviceLayout layout) { return layout == DeviceLayout::bgrx || layout == DeviceLayout::rgbx; }
 
 /// Bytes of a row of the first plane that pixels are in.
@@ -96,10 +97,7 @@ struct DevicePictures::State {
     ffmpeg::Frame decoded(std::span<std::uint8_t const> bytes);
     void simplify(AVFrame& frame);
     ffmpeg::Frame wrapped(std::span<std::uint8_t const> bytes);
-    ffmpeg::Frame tagged(ffmpeg::Frame frame) const;
-    void pointAtPlanes(AVFrame& frame);
     void separateChroma(std::uint8_t const* pairs, AVFrame& frame) const;
-    void takeApart(std::uint8_t const* bytes, AVFrame& frame) const;
     DevicePicture handedOn(ffmpeg::Frame frame);
 };
 
@@ -116,6 +114,7 @@ std::optional<DevicePicture> DevicePictures::read(std::span<std::uint8_t const> 
     if (isRGB(format.layout))
         return PackedPixels{{bytes.data(), format.width, format.height, format.stride},
                             format.layout == DeviceLayout::bgrx ? PixelOrder::bgra : PixelOrder::rgba};
+    if (is422(format.layout)) return Packed422{bytes.data(), format};
     auto frame = format.layout == DeviceLayout::jpeg ? s.decoded(bytes) : s.wrapped(bytes);
     if (!frame) return std::nullopt;
     return s.handedOn(std::move(frame));
@@ -159,7 +158,11 @@ void DevicePictures::State::simplify(AVFrame& frame) {
     frame.format = AV_PIX_FMT_YUV420P;
 }
 
-ffmpeg::Frame DevicePictures::State::tagged(ffmpeg::Frame frame) const {
+namespace {
+
+/// Without memory.
+ffmpeg::Frame frame420(DeviceFormat const& format) {
+    auto frame = newFrame();
     frame->format = AV_PIX_FMT_YUV420P;
     frame->width = format.width;
     frame->height = format.height;
@@ -169,9 +172,23 @@ ffmpeg::Frame DevicePictures::State::tagged(ffmpeg::Frame frame) const {
     return frame;
 }
 
+void pointAt(AVFrame& frame, std::vector<std::uint8_t>& planes) {
+    int const chromaWidth = (frame.width + 1) / 2, chromaRows = (frame.height + 1) / 2;
+    auto const luma = static_cast<std::size_t>(frame.width) * static_cast<std::size_t>(frame.height);
+    auto const chroma = static_cast<std::size_t>(chromaWidth) * static_cast<std::size_t>(chromaRows);
+    planes.resize(luma + 2 * chroma);
+    frame.data[0] = planes.data();
+    frame.data[1] = planes.data() + luma;
+    frame.data[2] = frame.data[1] + chroma;
+    frame.linesize[0] = frame.width;
+    frame.linesize[1] = frame.linesize[2] = chromaWidth;
+}
+
+}
+
 /// The device's own bytes as far as they lie as they should. The frame does not own them.
 ffmpeg::Frame DevicePictures::State::wrapped(std::span<std::uint8_t const> bytes) {
-    auto frame = tagged(newFrame());
+    auto frame = frame420(format);
     auto* const first = const_cast<std::uint8_t*>(bytes.data()); // nobody writes to it
     auto const stride = static_cast<int>(format.stride);
     auto* const second = first + format.stride * format.height;
@@ -180,27 +197,12 @@ ffmpeg::Frame DevicePictures::State::wrapped(std::span<std::uint8_t const> bytes
         frame->data[2] = second + std::ptrdiff_t{(stride + 1) / 2} * chromaRows();
         frame->linesize[1] = frame->linesize[2] = (stride + 1) / 2;
     } else {
-        pointAtPlanes(*frame);
-        if (format.layout != DeviceLayout::nv12) {
-            takeApart(first, *frame);
-            return frame;
-        }
+        pointAt(*frame, planes);
         separateChroma(second, *frame);
     }
     frame->data[0] = first;
     frame->linesize[0] = stride;
     return frame;
-}
-
-void DevicePictures::State::pointAtPlanes(AVFrame& frame) {
-    auto const luma = static_cast<std::size_t>(format.width) * static_cast<std::size_t>(format.height);
-    auto const chroma = static_cast<std::size_t>(chromaWidth()) * static_cast<std::size_t>(chromaRows());
-    planes.resize(luma + 2 * chroma);
-    frame.data[0] = planes.data();
-    frame.data[1] = planes.data() + luma;
-    frame.data[2] = frame.data[1] + chroma;
-    frame.linesize[0] = format.width;
-    frame.linesize[1] = frame.linesize[2] = chromaWidth();
 }
 
 void DevicePictures::State::separateChroma(std::uint8_t const* pairs, AVFrame& frame) const {
@@ -215,51 +217,85 @@ void DevicePictures::State::separateChroma(std::uint8_t const* pairs, AVFrame& f
     }
 }
 
-void DevicePictures::State::takeApart(std::uint8_t const* bytes, AVFrame& frame) const {
-    auto const order = format.layout == DeviceLayout::yuyv ? Order422::lumaFirst : Order422::chromaFirst;
-    for (int k = 0; k < chromaRows(); ++k) {
-        int const upper = 2 * k, lower = std::min(2 * k + 1, format.height - 1);
-        std::uint8_t const* const rows[] = {bytes + upper * format.stride, bytes + lower * format.stride};
-        rowsFrom422(rows, order, format.width,
-                    {{frame.data[0] + std::ptrdiff_t{upper} * format.width,
-                      frame.data[0] + std::ptrdiff_t{lower} * format.width},
-                     frame.data[1] + std::ptrdiff_t{k} * chromaWidth(),
-                     frame.data[2] + std::ptrdiff_t{k} * chromaWidth()});
-    }
-}
-
-/// What is no plain 4:2:0, as some JPEGs, becomes pixels at once.
-DevicePicture DevicePictures::State::handedOn(ffmpeg::Frame frame) {
-    auto const picture = std::make_shared<VideoFrame::Picture>();
-    picture->frame = std::move(frame);
-    picture->uprightWidth = format.width;
-    picture->uprightHeight = format.height;
-    VideoFrame const made(picture);
-    return isPlain420(*picture) ? DevicePicture(made) : pixels.of(made);
-}
-
-PackedPixels DevicePixels::of(DevicePicture const& picture) {
-    if (auto const* const packed = std::get_if<PackedPixels>(&picture)) return *packed;
-    converter_.convert(std::get<VideoFrame>(picture), image_);
-    return {image_.view(), PixelOrder::rgba};
-}
-
 namespace {
 
 template<class Pixel> Pixel* rowOf(AVFrame const& frame, int plane, int y) {
     return frame.data[plane] + std::ptrdiff_t{y} * frame.linesize[plane];
 }
 
-void fillFrom420(AVFrame& to, AVFrame const& from) {
+/// Two rows of a picture, the last of which may be one row alone, and their chroma.
+void takeApart(Packed422 const& from, int pair, RowPairYCbCr420 const& to) {
+    auto const& format = from.format;
+    auto const order = format.layout == DeviceLayout::yuyv ? Order422::lumaFirst : Order422::chromaFirst;
+    int const lower = std::min(2 * pair + 1, format.height - 1);
+    std::uint8_t const* const rows[] = {from.bytes + 2 * pair * format.stride, from.bytes + lower * format.stride};
+    rowsFrom422(rows, order, format.width, to);
+}
+
+/// The frame does not own the memory.
+ffmpeg::Frame takenApart(Packed422 const& from, std::vector<std::uint8_t>& planes) {
+    auto frame = frame420(from.format);
+    pointAt(*frame, planes);
+    for (int pair = 0; pair < (frame->height + 1) / 2; ++pair) {
+        int const lower = std::min(2 * pair + 1, frame->height - 1);
+        takeApart(from, pair,
+                  {{rowOf<std::uint8_t>(*frame, 0, 2 * pair), rowOf<std::uint8_t>(*frame, 0, lower)},
+                   rowOf<std::uint8_t>(*frame, 1, pair),
+                   rowOf<std::uint8_t>(*frame, 2, pair)});
+    }
+    return frame;
+}
+
+VideoFrame shown(ffmpeg::Frame frame) {
+    auto const picture = std::make_shared<VideoFrame::Picture>();
+    picture->uprightWidth = frame->width;
+    picture->uprightHeight = frame->height;
+    picture->frame = std::move(frame);
+    return VideoFrame(picture);
+}
+
+}
+
+/// What is no plain 4:2:0, as some JPEGs, becomes pixels at once.
+DevicePicture DevicePictures::State::handedOn(ffmpeg::Frame frame) {
+    auto const made = shown(std::move(frame));
+    return isPlain420(made.picture()) ? DevicePicture(made) : pixels.of(made);
+}
+
+PackedPixels DevicePixels::of(DevicePicture const& picture) {
+    if (auto const* const packed = std::get_if<PackedPixels>(&picture)) return *packed;
+    auto const* const packed = std::get_if<Packed422>(&picture);
+    converter_.convert(packed ? shown(takenApart(*packed, planes_)) : std::get<VideoFrame>(picture), image_);
+    return {image_.view(), PixelOrder::rgba};
+}
+
+namespace {
+
+RowPairYCbCr420 rowPair(AVFrame const& frame, int pair) {
+    return {{rowOf<std::uint8_t>(frame, 0, 2 * pair), rowOf<std::uint8_t>(frame, 0, 2 * pair + 1)},
+            rowOf<std::uint8_t>(frame, 1, pair),
+            rowOf<std::uint8_t>(frame, 2, pair)};
+}
+
+void fillFrom(AVFrame& to, AVFrame const& from) {
     ToBT709 const matrix(lumaWeights(from), sampleRange(from));
-    for (int k = 0; k < to.height / 2; ++k) {
-        YCbCrRows const rows{{rowOf<std::uint8_t const>(from, 0, 2 * k), rowOf<std::uint8_t const>(from, 0, 2 * k + 1)},
-                             rowOf<std::uint8_t const>(from, 1, k),
-                             rowOf<std::uint8_t const>(from, 2, k)};
-        rowsToBT709(rows, to.width, matrix,
-                    {{rowOf<std::uint8_t>(to, 0, 2 * k), rowOf<std::uint8_t>(to, 0, 2 * k + 1)},
-                     rowOf<std::uint8_t>(to, 1, k),
-                     rowOf<std::uint8_t>(to, 2, k)});
+    for (int pair = 0; pair < to.height / 2; ++pair) {
+        auto const rows = rowPair(from, pair);
+        rowsToBT709({{rows.luma[0], rows.luma[1]}, rows.cb, rows.cr}, to.width, matrix, rowPair(to, pair));
+    }
+}
+
+/// Pair by pair, so that what is between the two steps stays near the processor.
+void fillFrom(AVFrame& to, Packed422 const& from) {
+    auto const described = frame420(from.format);
+    ToBT709 const matrix(lumaWeights(*described), sampleRange(*described));
+    auto const width = static_cast<std::size_t>(from.format.width), chroma = (width + 1) / 2;
+    std::vector<std::uint8_t> rows(2 * width + 2 * chroma);
+    RowPairYCbCr420 const between{
+        {rows.data(), rows.data() + width}, rows.data() + 2 * width, rows.data() + 2 * width + chroma};
+    for (int pair = 0; pair < to.height / 2; ++pair) {
+        takeApart(from, pair, between);
+        rowsToBT709({{between.luma[0], between.luma[1]}, between.cb, between.cr}, to.width, matrix, rowPair(to, pair));
     }
 }
 
@@ -268,9 +304,12 @@ void fillFrom420(AVFrame& to, AVFrame const& from) {
 void fillPicture(EncoderPicture& picture, DevicePicture const& from) {
     auto& to = *picture.planes().frame;
     auto const* const frame = std::get_if<VideoFrame>(&from);
-    if (frame && to.format == AV_PIX_FMT_YUV420P && isPlain420(frame->picture())) {
-        assert(frame->width() >= to.width && frame->height() >= to.height);
-        return fillFrom420(to, *frame->picture().frame);
+    auto const* const packed = std::get_if<Packed422>(&from);
+    bool const isPlain = frame && isPlain420(frame->picture());
+    if (to.format == AV_PIX_FMT_YUV420P && (isPlain || packed)) {
+        assert(!packed || (packed->format.width >= to.width && packed->format.height >= to.height));
+        assert(packed || (frame->width() >= to.width && frame->height() >= to.height));
+        return packed ? fillFrom(to, *packed) : fillFrom(to, *frame->picture().frame);
     }
     DevicePixels converted;
     auto const pixels = converted.of(from);

@@ -10,6 +10,7 @@
 #include <optional>
 #include <span>
 #include <variant>
+#include <vector>
 
 namespace tavaro {
 
@@ -43,8 +44,15 @@ struct PackedPixels {
     PixelOrder order = PixelOrder::rgba;
 };
 
-/// A device's picture as it is nearest to what the device gave: its pixels, or its luma and chroma in 8-bit 4:2:0.
-using DevicePicture = std::variant<PackedPixels, VideoFrame>;
+/// Interleaved luma and chroma in 4:2:2.
+struct Packed422 {
+    std::uint8_t const* bytes = nullptr;
+    DeviceFormat format; // `yuyv` or `uyvy`
+};
+
+/// A device's picture as it is nearest to what the device gave: its pixels, or its luma and chroma in 8-bit 4:2:2 or
+/// 4:2:0.
+using DevicePicture = std::variant<PackedPixels, Packed422, VideoFrame>;
 
 /// Converts it to the encoder's colours, as `fillPicture` does pixels; luma and chroma never become pixels on the way.
 void fillPicture(EncoderPicture& picture, DevicePicture const& from);
@@ -58,6 +66,7 @@ public:
 private:
     FrameConverter converter_;
     Image image_;
+    std::vector<std::uint8_t> planes_; // of what comes in 4:2:2
 };
 
 /// Reads the pictures that a camera or another device hands over. Takes 4:2:2 as 4:2:0, as films are. Keeps its memory,
