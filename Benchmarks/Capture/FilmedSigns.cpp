@@ -8,7 +8,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
+#include <cstdio>
 #include <functional>
+#include <memory>
 #include <optional>
 
 namespace tavaro {
@@ -93,6 +96,20 @@ std::vector<FilmedCode> codesIn(std::filesystem::path const& movie) {
     eachFrame(movie, [&](double at, ImageView picture) {
         result.push_back({at, timecode::read(picture).value_or(0)});
     });
+    return result;
+}
+
+/// By the index alone: a long movie takes minutes to be read.
+std::vector<double> framesMissingIn(std::filesystem::path const& movie, int fps) {
+    auto const command =
+        "ffprobe -v error -select_streams v:0 -show_entries packet=pts_time -of csv=p=0 '" + movie.string() + "'";
+    std::unique_ptr<std::FILE, int (*)(std::FILE*)> const lines(popen(command.c_str(), "r"), pclose);
+    std::vector<double> result;
+    std::int64_t due = 0;
+    for (double at = 0; lines && std::fscanf(lines.get(), "%lf%*[^\n]", &at) == 1;) {
+        for (; due < std::llround(at * fps); ++due) result.push_back(static_cast<double>(due) / fps);
+        ++due;
+    }
     return result;
 }
 

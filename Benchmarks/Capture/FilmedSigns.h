@@ -20,6 +20,9 @@ struct FilmedCode {
 /// All pictures of a camera that shows its moments.
 std::vector<FilmedCode> codesIn(std::filesystem::path const& movie);
 
+/// Seconds of a movie at which it has no frame though its rate has one there.
+std::vector<double> framesMissingIn(std::filesystem::path const& movie, int fps);
+
 /// The moment of the media clock that is the film's time 0, to a tenth of a second, by the flashes that were made: the
 /// time between two of them is never the same.
 double beginOf(std::vector<double> const& filmed, std::vector<double> const& made);

@@ -8,6 +8,7 @@
 #include "../../Tests/Capture/TestDisplay.h"
 #include "../../Tests/Capture/TestSession.h"
 #include "../Render/Measured.h"
+#include "DisplayWatch.h"
 #include "FilmedSigns.h"
 #include "MovingScreen.h"
 
@@ -45,6 +46,12 @@ int paint(char const* display) {
     return 0;
 }
 
+/// In a process of its own.
+int watch(char const* display) {
+    watchForever(display);
+    return 0;
+}
+
 /// Everything that is recorded.
 class Desk {
 public:
@@ -57,6 +64,7 @@ public:
         heard_.emplace(TestClicksNode::Options{.click = {0.9f, 0}});
         played_.emplace(TestClicksNode::Options{.output = output, .click = {0, 0.9f}});
         painter_.emplace(std::vector<std::string>{"/proc/self/exe", "--paint", display_.name()}, flashes());
+        watch_.emplace(std::vector<std::string>{"/proc/self/exe", "--watch", display_.name()}, file("stalls"));
         if (!eventually([this] { return camera_ && std::ifstream(flashes()).peek() != EOF; }))
             throw std::runtime_error("Nothing is painted.");
     }
@@ -72,9 +80,10 @@ public:
     std::vector<double> heardMoments() const { return heard_->moments(); }
     std::vector<double> playedMoments() const { return played_->moments(); }
     std::vector<double> cameraMoments() const { return camera_->moments(); }
-    /// How often what clicks did not get the processor when it was due, so that its next clicks are late, whoever
-    /// records them.
-    int lateTurns() const { return heard_->lateTurns() + played_->lateTurns(); }
+    /// When what clicks did not get the processor in time, so that what it says then is late, whoever records it.
+    std::vector<double> heardLate() const { return heard_->lateTurns(); }
+    std::vector<double> playedLate() const { return played_->lateTurns(); }
+    std::vector<DisplayStall> stalls() const { return stallsIn(file("stalls")); }
 
 private:
     std::filesystem::path flashes() const { return session_.folder() / "flashes"; }
@@ -91,6 +100,7 @@ private:
     std::optional<TestClicksNode> heard_;
     std::optional<TestClicksNode> played_;
     std::optional<TestProcess> painter_;
+    std::optional<TestProcess> watch_;
 };
 
 /// The camera's pictures for a program that reads them from a pipe.
@@ -197,17 +207,44 @@ double medianBetween(std::vector<Lateness> const& all, double from, double to) {
     return median(std::move(within));
 }
 
-/// Of the moments within the film, how many are not in it. Its first and last half second are not looked at: devices
+/// Of the moments within the film, those that are not in it. Its first and last half second are not looked at: devices
 /// begin and end when they like.
-std::int64_t missing(std::vector<double> const& made, std::vector<double> filmed, double begin, double length) {
+std::vector<double> missing(std::vector<double> made, std::vector<double> filmed, double begin, double length) {
     constexpr double edge = 0.5, furthest = 0.015;
     std::ranges::sort(filmed);
-    return std::ranges::count_if(made, [&](double moment) {
+    std::erase_if(made, [&](double moment) {
         double const at = moment - begin;
-        if (at < edge || at > length - edge) return false;
+        if (at < edge || at > length - edge) return true;
         auto const after = std::ranges::lower_bound(filmed, at - furthest);
-        return after == filmed.end() || *after > at + furthest;
+        return after != filmed.end() && *after <= at + furthest;
     });
+    return made;
+}
+
+/// How many clicks nobody heard when they were due, and of how many of those that is said: what said them was late.
+void tellClicks(char const* name, std::vector<double> const& lost, std::vector<double> const& late, std::size_t count) {
+    constexpr double cycles = 0.1; // as long as a graph takes to be in step again
+    auto const isLate = [&](double moment) {
+        return std::ranges::any_of(late, [&](double turn) { return std::abs(turn - moment) < cycles; });
+    };
+    fmt::print("take.{}.clicks_lost {} of {}, {} of them said late\n", name, lost.size(), count,
+               std::ranges::count_if(lost, isLate));
+}
+
+/// Where the take has no frame, and whether the display could have given one there.
+void tellLostFrames(Desk const& desk, std::filesystem::path const& recording, double begin) {
+    constexpr double frame = 1.0 / 60;
+    auto const lost = framesMissingIn(recording, 60);
+    auto const stalls = desk.stalls();
+    auto const isStalled = [&](double at) {
+        return std::ranges::any_of(stalls, [&](DisplayStall const& stall) {
+            return begin + at > stall.from - 2 * frame && begin + at < stall.to + 2 * frame;
+        });
+    };
+    for (double const at : lost)
+        fmt::print("take.screen.frame_lost_at {:.3f} s{}\n", at, isStalled(at) ? ", the display stood still" : "");
+    fmt::print("take.screen.frames_lost_to_stalls {} of {}\n", std::ranges::count_if(lost, isStalled), lost.size());
+    fmt::print("take.screen.stalls {}\n", stalls.size());
 }
 
 /// How much later the screen, and the camera, are in the film than the sound of a moment.
@@ -245,12 +282,12 @@ void tellFilm(Desk const& desk, std::filesystem::path const& package, std::files
     auto const& health = project.metadata->health;
     fmt::print("take.screen.frames_lost {} frames of {}\n", health.droppedFrames + health.writerRejectedFrames,
                health.framesWritten + health.droppedFrames + health.writerRejectedFrames);
-    fmt::print("take.camera.frames_lost {} frames of {}\n", missing(desk.cameraMoments(), taken, begin, length),
+    tellLostFrames(desk, package / "assets" / project.timeline.clips.at(0).asset, begin);
+    fmt::print("take.camera.frames_lost {} frames of {}\n", missing(desk.cameraMoments(), taken, begin, length).size(),
                codes.size());
     fmt::print("take.interruptions {}\n", health.interruptions);
-    fmt::print("take.microphone.clicks_lost {} of {}\n", missing(desk.heardMoments(), left, heardBegin, length),
-               left.size());
-    fmt::print("take.system_audio.clicks_lost {} of {}\n", missing(desk.playedMoments(), right, heardBegin, length),
+    tellClicks("microphone", missing(desk.heardMoments(), left, heardBegin, length), desk.heardLate(), left.size());
+    tellClicks("system_audio", missing(desk.playedMoments(), right, heardBegin, length), desk.playedLate(),
                right.size());
 }
 
@@ -260,15 +297,28 @@ double load() {
     return result;
 }
 
+/// That other machines took of this one's processors since it began.
+double stolenSeconds() {
+    std::ifstream stream("/proc/stat");
+    std::string name;
+    double ticks = 0;
+    stream >> name;
+    for (int i = 0; i < 8; ++i) stream >> ticks; // user, nice, system, idle, iowait, irq, softirq, steal
+    return ticks / static_cast<double>(sysconf(_SC_CLK_TCK));
+}
+
 void run(double seconds) {
     Desk const desk;
     auto const project = desk.file("take.recproj"), film = desk.file("film.mp4");
-    int const lateBefore = desk.lateTurns();
+    auto const lateTurns = [&] { return desk.heardLate().size() + desk.playedLate().size(); };
+    auto const lateBefore = lateTurns();
+    double const stolenBefore = stolenSeconds();
     auto const recorded = runMeasured({TAVARO_PROGRAM, "record", "--camera", "--microphone", "--system-audio",
                                        "--no-polish", "--seconds", fmt::format("{}", seconds), "-o", project});
     fmt::print("take.seconds {} s\n", seconds);
     fmt::print("take.load {:.1f}\n", load());
-    int const late = desk.lateTurns() - lateBefore;
+    auto const late = lateTurns() - lateBefore;
+    fmt::print("take.stolen {:.2f} %\n", (stolenSeconds() - stolenBefore) / seconds * 100);
     fmt::print("take.clicks_were_in_time {} ({} late turns)\n", late == 0 ? "yes" : "no", late);
     std::fflush(stdout);
     double const ours = recorded.coreSeconds / seconds;
@@ -290,6 +340,7 @@ void run(double seconds) {
 
 int main(int count, char** arguments) {
     if (count == 3 && std::string_view(arguments[1]) == "--paint") return paint(arguments[2]);
+    if (count == 3 && std::string_view(arguments[1]) == "--watch") return watch(arguments[2]);
     char const* const minutes = std::getenv("TAKE_MINUTES");
     try {
         run((minutes ? std::stod(minutes) : 10) * 60);

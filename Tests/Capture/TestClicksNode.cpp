@@ -58,6 +58,11 @@ void prefer(pthread_t thread) {
 
 }
 
+void TestClicksNode::noteLateTurn(double moment) {
+    std::lock_guard const guard(turnsLock_);
+    lateTurns_.push_back(moment);
+}
+
 void TestClicksNode::speak() {
     if (!std::exchange(isPreferred_, true)) prefer(pthread_self());
     constexpr auto between = static_cast<std::int64_t>(apart * audioRate);
@@ -73,7 +78,7 @@ void TestClicksNode::speak() {
     bool const isLost = lost_ > 0 && lost_-- > 0;
     double const length = static_cast<double>(count) / audioRate;
     double const begun = static_cast<double>(time.now) * 1e-9 - (isMicrophone() ? length : 0);
-    if (mediaClockNow() > static_cast<double>(time.now) * 1e-9 + length / 4) ++lateTurns_;
+    if (mediaClockNow() > static_cast<double>(time.now) * 1e-9 + length / 4) noteLateTurn(begun);
     for (auto& sample : samples) {
         auto const place = frame_ % between - between / 2;
         bool const isClick = !isLost && place >= 0 && place < click;

@@ -6,8 +6,10 @@
 #include <TavaroMedia/Audio/StereoSample.h>
 
 #include <atomic>
+#include <mutex>
 #include <string>
 #include <thread>
+#include <vector>
 
 namespace tavaro {
 
@@ -29,14 +31,19 @@ public:
     /// It hands over nothing in so many of the coming cycles, as when the machine is too busy.
     void lose(int cycles) { lost_ = cycles; }
     /// Whether it kept every one of its turns. After one that it missed, what it says is heard some cycles later.
-    bool isInTime() const { return lateTurns_ == 0; }
-    int lateTurns() const { return lateTurns_; }
+    bool isInTime() const { return lateTurns().empty(); }
+    /// Moments of those that it did not keep.
+    std::vector<double> lateTurns() const {
+        std::lock_guard const guard(turnsLock_);
+        return lateTurns_;
+    }
 
 private:
     static void onProcess(void* self) { static_cast<TestClicksNode*>(self)->speak(); }
     bool isMicrophone() const { return options_.output.empty(); }
     pw_properties* properties() const;
     void run();
+    void noteLateTurn(double moment);
     void speak();
 
     Options const options_;
@@ -45,7 +52,8 @@ private:
     pipewire::Stream stream_;
     std::int64_t frame_ = 0;   // the server's thread's
     bool isPreferred_ = false; // that thread
-    std::atomic<int> lateTurns_ = 0;
+    std::mutex mutable turnsLock_;
+    std::vector<double> lateTurns_;
     std::atomic<int> lost_ = 0;
     std::atomic<bool> isEnding_ = false;
     std::thread thread_;
