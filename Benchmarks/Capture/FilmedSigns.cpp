@@ -1,36 +1,20 @@
 #include "FilmedSigns.h"
 
 #include "../../Tests/Capture/Camera/Timecode.h"
+#include "../../Tests/Media/Movie/MovieFrames.h"
 
 #include <TavaroMedia/Audio/AudioReader.h>
-#include <TavaroMedia/Frames/FrameConverter.h>
-#include <TavaroMedia/Movie/MovieReader.h>
 
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
-#include <functional>
 #include <memory>
 #include <optional>
 
 namespace tavaro {
 
 namespace {
-
-void eachFrame(std::filesystem::path const& movie, std::function<void(double at, ImageView)> const& look) {
-    MovieReader reader(movie);
-    FrameConverter converter;
-    Image image;
-    double last = -1;
-    for (double at = 0; at < reader.info().duration; at += 1.0 / 240) {
-        auto const frame = reader.frame(at);
-        if (frame.presentationTime() <= last) continue;
-        last = frame.presentationTime();
-        converter.convert(frame, image);
-        look(last, image.view());
-    }
-}
 
 /// Of the green of every fourth pixel.
 double brightness(ImageView picture) {

@@ -1,9 +1,9 @@
 #include "FakeSources.h"
 
+#include "../Media/Movie/MovieFrames.h"
+
 #include <TavaroMedia/Audio/AudioReader.h>
-#include <TavaroMedia/Frames/FrameConverter.h>
 #include <TavaroMedia/Frames/Image.h>
-#include <TavaroMedia/Movie/MovieReader.h>
 #include <TavaroPlatform/Clocks/MediaClock.h>
 #include <TavaroPlatform/Queues/SerialQueue.h>
 
@@ -142,16 +142,11 @@ std::unique_ptr<SoundSource> fakeMicrophone(FakeScene const& scene, FakeLife con
 }
 
 std::vector<double> blinksInMovie(std::filesystem::path const& movie) {
-    MovieReader reader(movie);
-    FrameConverter converter;
-    Image image;
     std::vector<double> result;
-    for (double at = 0; at < reader.info().duration; at += 1.0 / 240) {
-        auto const frame = reader.frame(at);
-        converter.convert(frame, image);
-        bool const isWhite = image.row(height / 2)[4 * width / 2] > 128;
-        if (isWhite != (result.size() % 2 == 1)) result.push_back(frame.presentationTime());
-    }
+    eachFrame(movie, [&](double at, ImageView picture) {
+        bool const isWhite = picture.row(height / 2)[4 * width / 2] > 128;
+        if (isWhite != (result.size() % 2 == 1)) result.push_back(at);
+    });
     return result;
 }
 

@@ -3,18 +3,16 @@
 #include "../Capture/TestDisplay.h"
 #include "../Capture/TestSession.h"
 #include "../Capture/TestSoundServer.h"
+#include "../Media/Movie/MovieFrames.h"
 #include "ProcessFixture.h"
 
 #include <Tavaro/Model/Recording/RecordingPreferences.h>
 
 #include <TavaroCore/Package/ProjectPackage.h>
 #include <TavaroCore/Project/DemoProject.h>
-#include <TavaroMedia/Frames/FrameConverter.h>
-#include <TavaroMedia/Movie/MovieReader.h>
 #include <TavaroPlatform/Clocks/MediaClock.h>
 
 #include <cstdlib>
-#include <functional>
 #include <gmock/gmock.h>
 #include <unistd.h>
 
@@ -67,21 +65,6 @@ private:
     std::uint32_t window_ = 0;
 };
 
-/// Tells of each picture of a movie and of when it is shown.
-void eachPicture(std::filesystem::path const& movie, std::function<void(double at, ImageView)> const& tell) {
-    MovieReader reader(movie);
-    FrameConverter converter;
-    Image image;
-    double last = -1;
-    for (double at = 0; at < reader.info().duration; at += 1.0 / 240) {
-        auto const frame = reader.frame(at);
-        if (frame.presentationTime() <= last) continue;
-        last = frame.presentationTime();
-        converter.convert(frame, image);
-        tell(last, image.view());
-    }
-}
-
 }
 
 TEST_F(RecordedCamera, isInStepWithTheScreen) {
@@ -96,13 +79,13 @@ TEST_F(RecordedCamera, isInStepWithTheScreen) {
     EXPECT_EQ(project.metadata->health.cameraLost, false);
 
     double white = -1;
-    eachPicture(path("take.recproj/assets/" + project.timeline.clips[0].asset), [&](double at, ImageView picture) {
+    eachFrame(path("take.recproj/assets/" + project.timeline.clips[0].asset), [&](double at, ImageView picture) {
         if (white < 0 && picture.row(height / 3)[4 * (width / 3)] > 128) white = at;
     });
     ASSERT_GT(white, 0);
     double const began = flashed - white; // up to a frame early
     int pictures = 0;
-    eachPicture(path("take.recproj/assets/" + *project.cameraAsset), [&](double at, ImageView picture) {
+    eachFrame(path("take.recproj/assets/" + *project.cameraAsset), [&](double at, ImageView picture) {
         auto const moment = timecode::read(picture);
         ASSERT_TRUE(moment);
         EXPECT_NEAR(*moment, began + at - project.cameraOffset, 1.0 / 60 + 0.01) << at;

@@ -1,3 +1,4 @@
+#include "../../Media/Movie/MovieFrames.h"
 #include "../Camera/Timecode.h"
 #include "../FakeSources.h"
 #include "../TemporaryFolder.h"
@@ -6,8 +7,6 @@
 
 #include <TavaroCapture/Recorder/ScreenRecorder.h>
 #include <TavaroCapture/V4L2/Private/VideoCameras.h>
-#include <TavaroMedia/Frames/FrameConverter.h>
-#include <TavaroMedia/Movie/MovieReader.h>
 #include <TavaroPlatform/Clocks/MediaClock.h>
 
 #include <algorithm>
@@ -26,16 +25,10 @@ struct Shown {
 };
 
 std::vector<Shown> picturesOf(std::filesystem::path const& movie) {
-    MovieReader reader(movie);
-    FrameConverter converter;
-    Image image;
     std::vector<Shown> result;
-    for (double at = 0; at < reader.info().duration; at += 1.0 / 240) {
-        auto const frame = reader.frame(at);
-        if (!result.empty() && frame.presentationTime() <= result.back().at) continue;
-        converter.convert(frame, image);
-        result.push_back({frame.presentationTime(), timecode::read(image.view()).value_or(0)});
-    }
+    eachFrame(movie, [&](double at, ImageView picture) {
+        result.push_back({at, timecode::read(picture).value_or(0)});
+    });
     return result;
 }
 

@@ -12,6 +12,7 @@
 #include <TavaroMedia/Frames/Private/DecodedPicture.h>
 #include <TavaroMedia/Frames/Private/EncoderPlanes.h>
 #include <Tests/Capture/TemporaryFolder.h>
+#include <Tests/Media/Frames/SoftImage.h>
 #include <Tests/Media/Movie/NumberedMovie.h>
 
 namespace tavaro {
@@ -19,20 +20,6 @@ namespace {
 
 constexpr int width = 318; // some chroma samples stand for a column that is not there
 constexpr int height = 178;
-
-Image softImage() {
-    Image image(width, height);
-    for (int y = 0; y < height; ++y) {
-        for (int x = 0; x < width; ++x) {
-            auto const wave = [&](double phase) {
-                return static_cast<std::uint8_t>(std::lround(128 + 90 * std::sin(x * 0.02 + y * 0.03 + phase)));
-            };
-            std::uint8_t const pixel[4] = {wave(0), wave(2), wave(4), 255};
-            std::memcpy(image.row(y) + 4 * x, pixel, 4);
-        }
-    }
-    return image;
-}
 
 /// Mean over the colours, in levels.
 double difference(ImageView a, PackedPixels const& b) {
@@ -75,7 +62,7 @@ protected:
         return {std::istreambuf_iterator<char>(stream), {}};
     }
 
-    Image const soft = softImage();
+    Image const soft = softImage(width, height);
 
 private:
     TemporaryFolder folder_;
