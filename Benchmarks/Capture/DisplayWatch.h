@@ -8,7 +8,8 @@ namespace tavaro {
 
 /// A time in which a display did not answer, or the machine stood still: whoever films it then can get no picture.
 struct DisplayStall {
-    double from = 0; // moments of the media clock
+    double from = 0;  // moments of the media clock
+    double woken = 0; // when the machine went on
     double to = 0;
 };
 

@@ -244,7 +244,9 @@ void tellLostFrames(Desk const& desk, std::filesystem::path const& recording, do
     for (double const at : lost)
         fmt::print("take.screen.frame_lost_at {:.3f} s{}\n", at, isStalled(at) ? ", the display stood still" : "");
     fmt::print("take.screen.frames_lost_to_stalls {} of {}\n", std::ranges::count_if(lost, isStalled), lost.size());
-    fmt::print("take.screen.stalls {}\n", stalls.size());
+    auto const isMachines = [](DisplayStall const& stall) { return stall.woken - stall.from > shortestStall / 2; };
+    fmt::print("take.screen.stalls {}, {} of them of the whole machine\n", stalls.size(),
+               std::ranges::count_if(stalls, isMachines));
 }
 
 /// How much later the screen, and the camera, are in the film than the sound of a moment.
