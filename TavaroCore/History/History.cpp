@@ -1,5 +1,9 @@
 #include <TavaroCore/History/History.h>
 
+#include <TavaroCore/Records/Private/HeapBytes.h>
+
+#include <algorithm>
+#include <iterator>
 #include <ranges>
 
 namespace tavaro {
@@ -12,6 +16,30 @@ std::string menuName(StepLabel const& label) {
     return name;
 }
 
+bool isBefore(ItemEdit const& a, ItemEdit const& b) {
+    return a.item.index() != b.item.index() ? a.item.index() < b.item.index() : a.index < b.index;
+}
+
+/// The items as they were before the first of two edits, each in order.
+std::vector<ItemEdit> earliest(std::vector<ItemEdit> const& first, std::vector<ItemEdit> const& second) {
+    std::vector<ItemEdit> all;
+    std::ranges::set_union(first, second, std::back_inserter(all), isBefore); // of both, the first one's
+    return all;
+}
+
+std::vector<ItemPlace> placesOf(std::vector<ItemEdit> const& edits) {
+    std::vector<ItemPlace> places;
+    for (auto const& edit : edits) places.push_back(itemPlace(edit));
+    return places;
+}
+
+}
+
+std::size_t History::Step::bytes() const {
+    std::size_t sum = sizeof(Step) + name.capacity() + agent.capacity() + delta.bytes();
+    sum += itemsBefore.capacity() * sizeof(ItemEdit);
+    for (auto const& edit : itemsBefore) sum += std::visit([](auto const& item) { return heapBytes(item); }, edit.item);
+    return sum;
 }
 
 History::History(DemoProject project) : History(std::move(project), Limits{}) {}
@@ -28,8 +56,8 @@ bool History::replace(StepLabel const& label, DemoProject project, EditGroup gro
     auto back = ProjectDelta::between(project, project_);
     if (back.isEmpty()) return false;
     lastChange_ = back.changedFields();
-    for (auto const& step : undone_) forget(step.bytes());
-    undone_.clear();
+    lastItems_.clear();
+    clearUndone();
     auto name = menuName(label);
     if (continues(name, group)) {
         // The step then leads from here to where the whole group began.
@@ -38,21 +66,80 @@ bool History::replace(StepLabel const& label, DemoProject project, EditGroup gro
         forget(step.bytes());
         step.delta.apply(project_);
         step.delta = ProjectDelta::between(project, project_);
+        step.itemsBefore.clear();
         if (step.delta.isEmpty()) { // dragged back to where it was
             revision_ = step.revision;
             return true;
         }
         done_.push_back(std::move(step));
     } else {
-        done_.push_back(
-            {std::move(name), label.maker, std::string(label.agent), ++lastStep_, group, revision_, std::move(back)});
+        done_.push_back({std::move(name),
+                         label.maker,
+                         std::string(label.agent),
+                         ++lastStep_,
+                         group,
+                         revision_,
+                         std::move(back),
+                         {}});
     }
-    keptBytes_ += done_.back().bytes();
     project_ = std::move(project);
+    return stepped();
+}
+
+bool History::editItems(StepLabel const& label, std::vector<ItemEdit> edits, EditGroup group) {
+    auto name = menuName(label);
+    bool const goesOn = continues(name, group);
+    if (goesOn && done_.back().itemsBefore.empty()) {
+        auto const change = [&](DemoProject& project) {
+            for (auto const& each : edits) putItem(project, each);
+        };
+        return edit(label, change, group);
+    }
+    std::vector<ItemEdit> before;
+    for (auto const& each : edits) before.push_back(presentItem(project_, each));
+    std::ranges::sort(before, isBefore);
+    std::ranges::sort(edits, isBefore);
+    auto const change = ProjectDelta::between(project_, edits);
+    if (change.isEmpty()) return false;
+    lastChange_ = change.changedFields();
+    lastItems_ = placesOf(edits);
+    clearUndone();
+    for (auto const& each : edits) putItem(project_, each);
+    if (goesOn) {
+        forget(done_.back().bytes());
+        done_.back().itemsBefore = earliest(done_.back().itemsBefore, before);
+    } else {
+        done_.push_back({std::move(name),
+                         label.maker,
+                         std::string(label.agent),
+                         ++lastStep_,
+                         group,
+                         revision_,
+                         {},
+                         std::move(before)});
+    }
+    auto& step = done_.back();
+    step.delta = ProjectDelta::between(project_, step.itemsBefore);
+    if (step.delta.isEmpty()) { // dragged back to where it was
+        revision_ = step.revision;
+        done_.pop_back();
+        return true;
+    }
+    return stepped();
+}
+
+/// There is a new step.
+bool History::stepped() {
+    keptBytes_ += done_.back().bytes();
     revision_ = ++lastRevision_;
     groupIsOpen_ = true;
     dropWhatIsTooMuch();
     return true;
+}
+
+void History::clearUndone() {
+    for (auto const& step : undone_) forget(step.bytes());
+    undone_.clear();
 }
 
 bool History::continues(std::string_view name, EditGroup group) const {
@@ -71,6 +158,7 @@ void History::dropWhatIsTooMuch() {
 History::Step History::travel(Step step) {
     forget(step.bytes());
     lastChange_ = step.delta.changedFields();
+    lastItems_ = placesOf(step.itemsBefore);
     step.delta = step.delta.apply(project_);
     std::swap(step.revision, revision_);
     groupIsOpen_ = false;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <TavaroCore/History/ChangedFields.h>
+#include <TavaroCore/History/ItemEdit.h>
 #include <TavaroCore/History/ProjectDelta.h>
 #include <TavaroCore/Project/DemoProject.h>
 #include <TavaroCore/Records/FunctionRef.h>
@@ -10,6 +11,7 @@
 #include <cstdint>
 #include <deque>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -71,6 +73,9 @@ public:
     /// The same for an edit that was made elsewhere.
     bool replace(StepLabel const& label, DemoProject project, EditGroup group = {});
 
+    /// The same for an edit of nothing but the inside of some items, each named once; no longer for a longer document.
+    bool editItems(StepLabel const& label, std::vector<ItemEdit> edits, EditGroup group = {});
+
     /// A group that no step has yet.
     EditGroup newGroup() { return {++lastGroup_}; }
 
@@ -79,6 +84,8 @@ public:
     bool redo();
     /// What the last edit, undo or redo changed that changed anything.
     ChangedFields const& lastChange() const { return lastChange_; }
+    /// Where the items are that it changed, when it was nothing but the inside of these; else none.
+    std::vector<ItemPlace> const& lastItems() const { return lastItems_; }
     /// Name of the step that `undo` takes back, or `redo` brings back.
     std::optional<std::string_view> undoName() const;
     std::optional<std::string_view> redoName() const;
@@ -98,12 +105,15 @@ private:
         EditGroup group;
         std::uint64_t revision = 0; // of the document that `delta` leads to
         ProjectDelta delta;
+        std::vector<ItemEdit> itemsBefore; // of a step of `editItems`, as they were; ascending in each list
 
-        std::size_t bytes() const { return sizeof(Step) + name.capacity() + agent.capacity() + delta.bytes(); }
+        std::size_t bytes() const;
         ListedStep listed(bool isUndone) const;
     };
 
     bool continues(std::string_view name, EditGroup group) const;
+    void clearUndone();
+    bool stepped();
     void forget(std::size_t bytes) { keptBytes_ -= bytes; }
     void dropWhatIsTooMuch();
     Step travel(Step step);
@@ -117,6 +127,7 @@ private:
     std::uint64_t lastGroup_ = 0;
     std::uint64_t lastStep_ = 0;
     ChangedFields lastChange_;
+    std::vector<ItemPlace> lastItems_;
     bool groupIsOpen_ = false; // nothing but edits happened since the last step
     std::size_t keptBytes_ = 0;
 };

@@ -1,15 +1,35 @@
 #include <TavaroCore/History/ProjectDelta.h>
 
 #include <TavaroCore/History/ChangedFields.h>
+#include <TavaroCore/History/ItemEdit.h>
 #include <TavaroCore/History/Private/DeltaCoding.h>
 #include <TavaroCore/Project/DemoProject.h>
 
+#include <algorithm>
+
 namespace tavaro {
+
+namespace {
+
+constexpr std::size_t documentMask = (fieldCount<DemoProject> + 7) / 8; // bytes; it comes first
+
+bool isAllZero(std::string const& bytes) {
+    return std::ranges::all_of(bytes, [](char byte) { return byte == 0; });
+}
+
+}
 
 ProjectDelta ProjectDelta::between(DemoProject const& from, DemoProject const& to) {
     ProjectDelta delta;
-    if (delta::same(from, to)) return delta;
     DeltaWriter(delta).change(from, to);
+    if (delta.changes_.size() == documentMask && isAllZero(delta.changes_)) return {};
+    delta.changes_.shrink_to_fit();
+    return delta;
+}
+
+ProjectDelta ProjectDelta::between(DemoProject const& from, std::span<ItemEdit const> to) {
+    ProjectDelta delta;
+    if (!DeltaWriter(delta).items(from, to)) return {};
     delta.changes_.shrink_to_fit();
     return delta;
 }

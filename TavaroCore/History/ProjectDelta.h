@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -9,6 +10,7 @@ namespace tavaro {
 
 class ChangedFields;
 struct DemoProject;
+struct ItemEdit;
 
 /// What turns one document into another, and nothing that both have. Shared parts (the log, the transcript) are kept
 /// as they are, shared; everything else as a compact list of changes, in which an item that only moved in time costs
@@ -18,6 +20,9 @@ public:
     ProjectDelta() = default;
     /// Nothing is kept when the documents are equal.
     static ProjectDelta between(DemoProject const& from, DemoProject const& to);
+
+    /// The same where `to` is `from` with other values of some items, ascending in each list; costs by those.
+    static ProjectDelta between(DemoProject const& from, std::span<ItemEdit const> to);
 
     bool isEmpty() const { return changes_.empty(); }
     /// Of the document itself; what changed inside of a field is not told.

@@ -1,6 +1,7 @@
 #include <Tavaro/Model/Project/OpenProject.h>
 
 #include <Tavaro/Model/Project/PackagePath.h>
+#include <Tavaro/Model/Project/PendingSave.h>
 #include <Tavaro/Model/Project/ProjectInUse.h>
 #include <Tavaro/Model/Project/StoredProject.h>
 
@@ -61,6 +62,7 @@ void OpenProject::show(ReadProject read) {
 }
 
 OpenProject::~OpenProject() {
+    if (pending_) pending_->run();
     try {
         saveEditorState();
     } catch (std::exception const& error) {
@@ -90,8 +92,19 @@ StepOutcome OpenProject::edit(StepLabel const& step, FunctionRef<void(DemoProjec
     return outcome;
 }
 
+StepOutcome OpenProject::editItems(StepLabel const& step, std::vector<ItemEdit> edits, EditGroup group) {
+    expectOwnThread();
+    auto const duration = document().duration(); // which items do not change
+    StepOutcome const outcome{.isChanged = history_.editItems(step, std::move(edits), group),
+                              .durationBefore = duration,
+                              .duration = duration};
+    if (outcome.isChanged) stepped();
+    return outcome;
+}
+
 SaveOutcome OpenProject::save() {
     expectOwnThread();
+    awaitSave();
     Lock lock;
     lockIfNeeded(lock);
     if (takeInOutside()) return SaveOutcome::changedOutside;
@@ -102,9 +115,58 @@ SaveOutcome OpenProject::save() {
     return SaveOutcome::saved;
 }
 
+std::shared_ptr<PendingSave> OpenProject::beginSave() {
+    expectOwnThread();
+    if (pending_ || !hasUnsavedChanges()) return nullptr;
+    pending_ =
+        std::make_shared<PendingSave>(PendingSave::Parts{.package = package_,
+                                                         .document = document(),
+                                                         .revision = history_.revision(),
+                                                         .stamp = stamp_,
+                                                         .before = saved_,
+                                                         .isDamaged = isDamaged_,
+                                                         .locks = !lock_,
+                                                         .waitsForLock = waiting_ == LockWaiting::asLongAsItTakes,
+                                                         .state = isEditorStateChanged_ ? editorState_ : std::nullopt});
+    return pending_;
+}
+
+SaveOutcome OpenProject::finishSave(std::shared_ptr<PendingSave> const& save) {
+    expectOwnThread();
+    if (!save || pending_ != save) return SaveOutcome::nothingToSave; // somebody had to wait for it
+    pending_.reset();
+    save->run();
+    if (save->written().value().isChangedOutside) return takeInOutside() ? SaveOutcome::changedOutside : this->save();
+    wrote(*save);
+    if (save->stateFailure()) std::rethrow_exception(save->stateFailure());
+    return SaveOutcome::saved;
+}
+
+void OpenProject::wrote(PendingSave& save) {
+    auto const& written = save.written().value();
+    if (written.saved) saved_ = written.saved;
+    isDamaged_ = false;
+    stamp_ = written.stamp;
+    savedAt_ = written.modifiedAt;
+    stored_ = save.takeDocument();
+    savedRevision_ = save.revision();
+    if (!save.stateFailure() && save.state() == editorState_) isEditorStateChanged_ = false;
+    notify({.savedState = true});
+}
+
+/// Who needs the lock or the file waits for what writes it beside. Where that failed, it is they who try again.
+void OpenProject::awaitSave() {
+    try {
+        finishSave(std::shared_ptr(pending_));
+    } catch (FileError const& error) {
+        spdlog::debug("The save beside is made again: {}", error.what());
+    }
+}
+
 /// The step follows the saving, so that one which fails leaves no trace in the history.
 StepOutcome OpenProject::commit(StepLabel const& step, FunctionRef<void(DemoProject&)> change) {
     expectOwnThread();
+    awaitSave();
     Lock lock;
     lockIfNeeded(lock);
     takeInOutside();
@@ -138,8 +200,9 @@ bool OpenProject::refresh() {
     return takeInOutside();
 }
 
-/// True when the document changed.
+/// True when the document changed. The file of a save under way is no other program's.
 bool OpenProject::takeInOutside() {
+    if (pending_) return false;
     auto const found = stampOf(package_.projectFileURL());
     if (found == stamp_) return false;
     auto const revision = history_.revision();
@@ -210,10 +273,14 @@ OpenProject::Observation OpenProject::observe(Observer observer) {
     return observation;
 }
 
-void OpenProject::stepped() { notify({.fields = history_.lastChange(), .savedState = true}); }
+void OpenProject::stepped() {
+    notify({.fields = history_.lastChange(), .items = history_.lastItems(), .savedState = true});
+}
 
-void OpenProject::notify(ProjectChange const& change) {
+void OpenProject::notify(ProjectChange change) {
+    auto const revision = history_.revision();
     for (auto const& each : std::vector(observers_)) {
+        if (history_.revision() != revision) change.items.clear(); // an observer edited: they may be elsewhere
         if (auto const observer = each.lock()) (*observer)(change);
     }
 }

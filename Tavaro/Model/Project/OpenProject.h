@@ -19,6 +19,8 @@
 
 namespace tavaro {
 
+class PendingSave;
+
 /// When an open project holds the lock that edits by several processes wait for.
 enum class LockHolding {
     /// From opening to closing, for a command: it opens, makes its edit, saves and ends, and waits for nobody between.
@@ -45,6 +47,7 @@ enum class SaveOutcome {
 /// What happened to an open project; sent after it happened.
 struct ProjectChange {
     ChangedFields fields;               // of the document; none when only the other parts below changed
+    std::vector<ItemPlace> items;       // when nothing but the inside of these changed: they are where they were
     bool savedState = false;            // whether there is something to save may have changed
     bool fromOutside = false;           // the document is what another program saved
     std::optional<std::string> problem; // of a document that another program damaged or removed, as a sentence
@@ -103,9 +106,18 @@ public:
     /// One step of the document's history, named for the menus. What others saved is taken in first. A change that
     /// throws leaves everything as it was; edits of one group become one step.
     StepOutcome edit(StepLabel const& step, FunctionRef<void(DemoProject&)> change, EditGroup group = {});
+    /// A step that changes nothing but the inside of some items, each named once. It costs by those, not by the length
+    /// of the film. They are named by their places in the present document, so who asks has called `refresh` before.
+    StepOutcome editItems(StepLabel const& step, std::vector<ItemEdit> edits, EditGroup group = {});
     EditGroup newGroup() { return history_.newGroup(); }
     /// Writes the document when there is something to save. Throws `FileError`, and then nothing has changed.
     SaveOutcome save();
+    /// `save` in two halves, for a thread that must not wait for the disk: what there is to write, with the editor's
+    /// state, to be run on any other thread. Null when there is nothing to save, or it is under way. Until it is
+    /// finished, nothing of what others save is taken in; who edits, saves or commits meanwhile may do so.
+    std::shared_ptr<PendingSave> beginSave();
+    /// Takes in what came of it, after it was run; as `save`, with its failures.
+    SaveOutcome finishSave(std::shared_ptr<PendingSave> const& save);
     /// `edit` and `save` in one, under one lock: when it returns, the change is on the disk. When it throws, because
     /// the change was refused or could not be saved, document and history are without it.
     StepOutcome commit(StepLabel const& step, FunctionRef<void(DemoProject&)> change);
@@ -144,8 +156,10 @@ private:
     void takeIn(DemoProject project);
     void giveUpDisk(std::string const& problem);
     void write(DemoProject project);
+    void wrote(PendingSave& save);
+    void awaitSave();
     void stepped();
-    void notify(ProjectChange const& change);
+    void notify(ProjectChange change);
 
     std::thread::id thread_ = std::this_thread::get_id();
     ProjectPackage package_;
@@ -158,6 +172,7 @@ private:
     std::optional<std::uint64_t> savedRevision_; // on the disk; none when nothing good is
     bool isDamaged_ = false;                     // what is on the disk cannot be read
     Date savedAt_;
+    std::shared_ptr<PendingSave> pending_;
     std::optional<EditorState> editorState_;
     bool isEditorStateChanged_ = false;
     std::vector<std::weak_ptr<Observer const>> observers_;

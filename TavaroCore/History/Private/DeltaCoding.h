@@ -1,5 +1,6 @@
 #pragma once
 
+#include <TavaroCore/History/ItemEdit.h>
 #include <TavaroCore/History/ProjectDelta.h>
 #include <TavaroCore/Records/JSON.h>
 #include <TavaroCore/Records/Private/HeapBytes.h>
@@ -7,6 +8,7 @@
 #include <bit>
 #include <cmath>
 #include <cstring>
+#include <span>
 #include <type_traits>
 
 /// How changes of records become bytes and back. A change is only readable beside the value that it starts from, which
@@ -95,6 +97,8 @@ public:
 
     template<class T> void change(T const& from, T const& to);
     template<class T> void whole(T const& value);
+    /// The change of some items of a document's lists, as `change` would write it; false where none differs.
+    bool items(DemoProject const& from, std::span<ItemEdit const> to) { return fieldsOf(from, to); }
 
     void byte(std::uint8_t value) { delta_.changes_ += static_cast<char>(value); }
     void count(std::size_t value) {
@@ -109,6 +113,8 @@ private:
     void number(double from, double to);
     template<RecordType R> void record(R const& from, R const& to);
     template<class T> void list(std::vector<T> const& from, std::vector<T> const& to);
+    template<RecordType R> bool fieldsOf(R const& from, std::span<ItemEdit const> to);
+    template<class T> bool editsOf(std::vector<T> const& from, std::span<ItemEdit const> to);
     template<class T> void shared(CopyOnWrite<T> const& part) {
         delta_.parts_.push_back(part.shared());
         delta_.partBytes_ += heapBytes(part);
@@ -249,6 +255,58 @@ template<class T> void DeltaWriter::list(std::vector<T> const& from, std::vector
         change(from[before()], to[after()]);
     }
     for (std::size_t i = 0; i < added; ++i) whole(to[ends.leading + i]);
+}
+
+namespace delta {
+
+template<class T> inline constexpr bool isEditedItem = false;
+template<> inline constexpr bool isEditedItem<ZoomEvent> = true;
+template<> inline constexpr bool isEditedItem<Overlay> = true;
+template<> inline constexpr bool isEditedItem<CaptionCue> = true;
+template<> inline constexpr bool isEditedItem<SilenceSpan> = true;
+
+}
+
+template<RecordType R> bool DeltaWriter::fieldsOf(R const& from, std::span<ItemEdit const> to) {
+    auto const mask = delta_.changes_.size();
+    delta_.changes_.append((fieldCount<R> + 7) / 8, '\0');
+    std::size_t index = 0;
+    bool isAny = false;
+    forEachField<R>([&](auto const& field) {
+        using Member = std::remove_cvref_t<decltype(from.*field.member)>;
+        auto const bit = index++;
+        bool isChanged = false;
+        if constexpr (delta::IsVector<Member>::value) {
+            if constexpr (delta::isEditedItem<typename Member::value_type>) isChanged = editsOf(from.*field.member, to);
+        } else if constexpr (std::is_same_v<Member, CaptionTrack>) {
+            isChanged = fieldsOf(from.*field.member, to);
+        }
+        if (!isChanged) return;
+        isAny = true;
+        delta_.changes_[mask + bit / 8] |= static_cast<char>(1 << bit % 8);
+    });
+    if (!isAny) delta_.changes_.resize(mask);
+    return isAny;
+}
+
+template<class T> bool DeltaWriter::editsOf(std::vector<T> const& from, std::span<ItemEdit const> to) {
+    auto const begin = delta_.changes_.size();
+    count(from.size()), count(0), count(0); // all stay, none is new
+    std::size_t next = 0;
+    bool isAny = false;
+    for (auto const& edit : to) {
+        auto const* item = std::get_if<T>(&edit.item);
+        if (!item || delta::same(from.at(edit.index), *item)) continue;
+        isAny = true;
+        count(edit.index - next);
+        change(from[edit.index], *item);
+        next = edit.index + 1;
+    }
+    if (isAny)
+        count(from.size() - next);
+    else
+        delta_.changes_.resize(begin);
+    return isAny;
 }
 
 template<class T> void DeltaReader::list(std::vector<T>& value) {

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <limits>
 #include <stdexcept>
@@ -41,6 +42,80 @@ void disturb(DemoProject& project, std::mt19937& random) {
     if (chance()) project.canvas.width += 2;
 }
 
+/// New values for some items, at random; now and then what they are already.
+std::vector<ItemEdit> randomEdits(DemoProject const& project, std::mt19937& random) {
+    std::vector<ItemEdit> edits;
+    forEachEditedList(project, [&](auto const& items) {
+        for (std::size_t i = 0; i < items.size(); ++i) {
+            if (random() % 3 != 0) continue;
+            auto item = items[i];
+            if (random() % 4 != 0) item.start = static_cast<double>(random() % 7) - 1;
+            if constexpr (requires { item.words; }) {
+                item.text = random() % 2 ? "said" : item.text;
+                if (random() % 4 == 0) item.words.clear();
+            }
+            edits.push_back({i, std::move(item)});
+        }
+    });
+    std::ranges::shuffle(edits, random);
+    return edits;
+}
+
+}
+
+TEST(History, editsOfItemsAreTheStepsThatEditsOfTheDocumentAre) {
+    for (unsigned seed = 0; seed < 40; ++seed) {
+        SCOPED_TRACE(seed);
+        std::mt19937 random(seed);
+        auto const document = randomProject(seed);
+        History history(document), reference(document);
+        auto group = history.newGroup();
+        for (int i = 0; i < 60; ++i) {
+            switch (random() % 8) {
+            case 0: ASSERT_EQ(history.undo(), reference.undo()); break;
+            case 1: ASSERT_EQ(history.redo(), reference.redo()); break;
+            case 2: group = history.newGroup(); break;
+            case 3: {
+                auto const rename = [&](DemoProject& project) { project.name = std::to_string(random() % 2); };
+                auto twin = random;
+                history.edit("Edit", rename, group);
+                std::swap(random, twin);
+                reference.edit("Edit", rename, group);
+                break;
+            }
+            default: {
+                auto const edits = randomEdits(history.project(), random);
+                auto const before = history.project();
+                auto const change = [&](DemoProject& project) {
+                    for (auto const& edit : edits) putItem(project, edit);
+                };
+                auto const isChanged = history.editItems("Edit", edits, group);
+                ASSERT_EQ(isChanged, reference.edit("Edit", change, group));
+                if (!isChanged) break;
+                EXPECT_EQ(history.lastChange(), reference.lastChange());
+                auto rest = before; // what is not told of is as it was
+                for (auto const& edit : edits) {
+                    if (std::ranges::count(history.lastItems(), itemPlace(edit)) == 1) putItem(rest, edit);
+                }
+                if (history.lastItems().empty()) break;
+                ASSERT_EQ(encodeProject(rest), encodeProject(history.project()));
+            }
+            }
+            ASSERT_EQ(encodeProject(history.project()), encodeProject(reference.project()));
+            ASSERT_EQ(history.revision(), reference.revision());
+            ASSERT_EQ(history.stepCount(), reference.stepCount());
+        }
+        while (history.undo()) reference.undo();
+        EXPECT_EQ(encodeProject(history.project()), encodeProject(document));
+        while (history.redo()) {
+        }
+        while (reference.redo()) {
+        }
+        EXPECT_EQ(encodeProject(history.project()), encodeProject(reference.project()));
+        while (history.undo()) {
+        }
+        EXPECT_EQ(history.keptBytes() > 0, history.stepCount() > 0);
+    }
 }
 
 TEST(History, undoAndRedoRestoreEveryDocumentExactly) {

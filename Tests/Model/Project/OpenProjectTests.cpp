@@ -3,6 +3,7 @@
 
 #include <Tavaro/Model/Operations/Perform.h>
 #include <Tavaro/Model/Project/OpenProject.h>
+#include <Tavaro/Model/Project/PendingSave.h>
 #include <Tavaro/Model/Project/ProjectInUse.h>
 
 #include <TavaroCore/Editing/ClipEdits.h>
@@ -10,6 +11,7 @@
 #include <TavaroCore/Editing/TimelineEdits.h>
 #include <TavaroCore/Errors/Error.h>
 #include <TavaroCore/Files/AtomicFile.h>
+#include <TavaroPlatform/Queues/SerialQueue.h>
 
 #include <gtest/gtest.h>
 
@@ -308,6 +310,104 @@ TEST_F(OpenProjectTest, aFileThatIsOnlyWrittenAgainTakesNothingThatIsUnsavedAway
         EXPECT_EQ(open.save(), SaveOutcome::saved);
         EXPECT_EQ(package.load().name, name);
     }
+}
+
+TEST_F(OpenProjectTest, savingBesideLosesNothingWhateverHappensMeanwhile) {
+    for (unsigned seed : {1u, 2u, 3u}) {
+        SCOPED_TRACE(seed);
+        RandomDocument random(seed);
+        OpenProject open(package.url()), other(package.url());
+        Shadow shadow(open);
+        std::shared_ptr<PendingSave> saving;
+        SerialQueue beside("test.save"); // goes first, and waits
+        for (int i = 0; i < walkLength / 5 && !HasFatalFailure(); ++i) {
+            switch (random.below(12)) {
+            case 0: editSomewhere(open, random, true); break;
+            case 1: shadow.undo(); break;
+            case 2: shadow.redo(); break;
+            case 3:
+                if (random.below(4) == 0) editSomewhere(other, random, true);
+                break;
+            case 4:
+                if (random.below(4) == 0) open.save();
+                break;
+            case 5: [[fallthrough]];
+            case 6:
+                if (auto const next = open.beginSave()) {
+                    saving = next;
+                    beside.async([next] { next->run(); });
+                }
+                break;
+            case 7: {
+                open.finishSave(saving);
+                if (open.hasUnsavedChanges()) break;
+                auto const here = encodeProject(open.document());
+                if (open.refresh()) break;
+                ASSERT_EQ(onDisk(open), here);
+                break;
+            }
+            default: editSomewhere(open, random, false);
+            }
+            ASSERT_EQ(encodeProject(open.document()), shadow.present());
+        }
+        while (open.save() == SaveOutcome::changedOutside) {
+        }
+        EXPECT_EQ(onDisk(open), encodeProject(open.document()));
+        while (shadow.depth() > 0 && !HasFatalFailure()) shadow.undo();
+    }
+}
+
+TEST_F(OpenProjectTest, whatIsSavedBesideIsTheDocumentAsItWasAndWhatCameLaterIsStillToBeSaved) {
+    OpenProject open(package.url());
+    EXPECT_EQ(open.beginSave(), nullptr);
+    open.edit("Rename", [](DemoProject& project) { rename(project, "first"); });
+    open.setEditorState({.playhead = 3});
+    auto const first = open.beginSave();
+    ASSERT_NE(first, nullptr);
+    EXPECT_EQ(open.beginSave(), nullptr) << "one at a time";
+    open.edit("Rename", [](DemoProject& project) { rename(project, "second"); });
+    first->run();
+    EXPECT_FALSE(open.refresh()) << "that is no other program's";
+    EXPECT_EQ(open.finishSave(first), SaveOutcome::saved);
+    EXPECT_EQ(package.load().name, "first");
+    EXPECT_EQ(package.loadEditorState().playhead, 3);
+    EXPECT_TRUE(open.hasUnsavedChanges());
+    auto const second = open.beginSave();
+    EXPECT_EQ(open.finishSave(second), SaveOutcome::saved) << "who comes before the thread does it";
+    second->run();
+    EXPECT_EQ(open.finishSave(second), SaveOutcome::nothingToSave);
+    EXPECT_FALSE(open.hasUnsavedChanges());
+    EXPECT_EQ(package.load().name, "second");
+    EXPECT_EQ(package.loadBackup().name, "first");
+}
+
+TEST_F(OpenProjectTest, aSaveBesideThatComesTooLateOrFailsLeavesItToTheNext) {
+    OpenProject open(readProject(package.url())), other(package.url());
+    open.edit("Rename", [](DemoProject& project) { rename(project, "mine"); });
+    auto save = open.beginSave();
+    other.commit("Rename", [](DemoProject& project) { rename(project, "theirs"); });
+    save->run();
+    EXPECT_EQ(package.load().name, "theirs");
+    EXPECT_EQ(open.finishSave(save), SaveOutcome::changedOutside);
+    EXPECT_EQ(open.document().name, "theirs");
+    ASSERT_TRUE(open.undo());
+    EXPECT_EQ(open.document().name, "mine");
+    {
+        auto const theirs = package.lockForEditing();
+        save = open.beginSave();
+        EXPECT_THROW(open.finishSave(save), ProjectInUse);
+    }
+    EXPECT_TRUE(open.hasUnsavedChanges());
+    fs::remove(package.backupFileURL());
+    fs::create_directories(package.backupFileURL() / "in the way");
+    save = open.beginSave();
+    EXPECT_THROW(open.finishSave(save), FileError);
+    EXPECT_TRUE(open.hasUnsavedChanges());
+    fs::remove_all(package.backupFileURL());
+    save = open.beginSave();
+    save->run();
+    EXPECT_EQ(open.save(), SaveOutcome::nothingToSave) << "it is finished by who needs it";
+    EXPECT_EQ(package.load().name, "mine");
 }
 
 TEST_F(OpenProjectTest, onlyASaveThatChangesTheDocumentDatesIt) {
