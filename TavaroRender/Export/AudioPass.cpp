@@ -74,7 +74,7 @@ void runAudioPass(AudioPass const& pass) {
     try {
         for (std::int64_t at = 0; at < pass.totalSamples; at += blockSamples) {
             AudioBlock block(static_cast<std::size_t>(std::min(blockSamples, pass.totalSamples - at)));
-            pass.mix.render(at, block);
+            pass.mix.render(pass.start + at, block);
             if (!pass.blocks.push(std::move(block))) return;
         }
         pass.blocks.close();

@@ -78,7 +78,7 @@ std::filesystem::path Exporter::exportFile(std::filesystem::path const& file, Pr
     return isGIF ? exportGIF(file, progress) : exportMovie(file, progress);
 }
 
-double Exporter::duration() const { return state_->job.painter.duration(); }
+double Exporter::duration() const { return state_->job.part.duration; }
 
 std::int64_t Exporter::totalFrames() const { return state_->job.totalFrames(); }
 

@@ -4,8 +4,10 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string_view>
 
+#include <TavaroCore/Values/TimeRange.h>
 #include <TavaroMedia/Movie/MovieWriter.h>
 #include <TavaroRender/Renderer/Renderer.h>
 
@@ -31,6 +33,7 @@ struct ExporterOptions {
     int encoderThreads = 0; // 0: one a core; another number, other bytes
     EncoderChoice encoder = EncoderChoice::automatic;
     std::filesystem::path soundCache; // for enhanced sound; empty: the user's cache folder
+    std::optional<TimeRange> range;   // the part of the film to write, in its seconds; none: the whole
 };
 
 /// Makes the movie of a project. Made for one export. All failures are `ExportError`.
@@ -57,7 +60,7 @@ public:
     /// Whichever of the two the settings' container asks for.
     std::filesystem::path exportFile(std::filesystem::path const& file, Progress const& progress = {});
 
-    /// Seconds of the finished video, title cards included.
+    /// Seconds of what is written: of the whole film with its title cards, or of the part of it.
     double duration() const;
 
     /// Frames that an export writes.

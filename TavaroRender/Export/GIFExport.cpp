@@ -72,6 +72,7 @@ private:
         runVideoPass({.painter = job_.painter,
                       .sink = sink,
                       .rate = rate,
+                      .start = job_.part.start,
                       .totalFrames = frames,
                       .isCancelled = job_.isCancelled},
                      progress);

@@ -63,8 +63,10 @@ std::optional<MixRenderer> makeMix(ExportJob const& job, Exporter::Progress cons
     return mix;
 }
 
-std::int64_t totalSamples(ExportJob const& job) {
-    return std::llround(static_cast<double>(job.totalFrames()) * audioRate / static_cast<double>(job.settings.fps));
+SoundMovie::Part soundPart(ExportJob const& job) {
+    auto const frames = static_cast<double>(job.totalFrames());
+    return {.start = std::llround(job.part.start * audioRate),
+            .count = std::llround(frames * audioRate / static_cast<double>(job.settings.fps))};
 }
 
 /// Where the movie lies then: the name may have been taken since the export began.
@@ -96,10 +98,11 @@ std::filesystem::path writeMovie(ExportJob& job, std::filesystem::path const& wa
     auto const file = unusedFile(wanted);
     auto writer = makeWriter(job, file, mix ? soundFor(job.settings) : MovieSound::none);
     std::optional<SoundMovie> sound;
-    if (mix) sound.emplace(writer, *mix, totalSamples(job));
+    if (mix) sound.emplace(writer, *mix, soundPart(job));
     runVideoPass({.painter = job.painter,
                   .sink = sound ? static_cast<PictureSink&>(*sound) : writer,
                   .rate = static_cast<double>(job.settings.fps),
+                  .start = job.part.start,
                   .totalFrames = total,
                   .isCancelled = job.isCancelled},
                  progress);

@@ -13,14 +13,14 @@ constexpr std::size_t blocksAhead = 12; // of 85 ms
 
 }
 
-SoundMovie::SoundMovie(MovieWriter& writer, MixRenderer& mix, std::int64_t totalSamples)
+SoundMovie::SoundMovie(MovieWriter& writer, MixRenderer& mix, Part part)
     : writer_(writer)
-    , totalSamples_(totalSamples)
+    , totalSamples_(part.count)
     , blocks_(blocksAhead)
     , queue_("com.tavaro.export.audio") {
-    queue_.async([this, &mix] {
+    queue_.async([this, &mix, part] {
         try {
-            runAudioPass({.mix = mix, .totalSamples = totalSamples_, .blocks = blocks_});
+            runAudioPass({.mix = mix, .start = part.start, .totalSamples = part.count, .blocks = blocks_});
         } catch (...) {
             failure_ = std::current_exception();
             blocks_.abandon();

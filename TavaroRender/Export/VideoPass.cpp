@@ -32,6 +32,7 @@ struct Pipeline {
     std::exception_ptr failure; // the first one; guarded by `mutex`
 
     double time(std::int64_t frame) const { return static_cast<double>(frame) / pass.rate; }
+    double filmTime(std::int64_t frame) const { return pass.start + time(frame); }
 
     /// Any stage: remembers why, and ends the others.
     void stop(std::exception_ptr const& reason) {
@@ -64,7 +65,7 @@ struct Pipeline {
 
 void Pipeline::decode() {
     for (std::int64_t n = 0; n < pass.totalFrames; ++n) {
-        if (!decoded.push(pass.painter.pictures(time(n)))) return;
+        if (!decoded.push(pass.painter.pictures(filmTime(n)))) return;
     }
 }
 
@@ -74,7 +75,7 @@ void Pipeline::draw(std::function<void(ExportProgress const&)> const& progress) 
         if (pass.isCancelled) throw ExportError::cancelled();
         auto const pictures = decoded.pop();
         if (!pictures) return;
-        auto const canvas = pass.painter.draw(time(n), *pictures);
+        auto const canvas = pass.painter.draw(filmTime(n), *pictures);
         auto picture = blank.pop();
         if (!picture) return;
         fillPicture(*picture, canvas, PixelOrder::rgba, pass.painter.rows());

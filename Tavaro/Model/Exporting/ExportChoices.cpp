@@ -82,6 +82,7 @@ void requireUsable(ExportChoices const& choices) {
                                 choices.size->height));
     requireInRange(choices.fps, ExportChoices::slowest, ExportChoices::fastest, "frames a second");
     requireInRange(choices.bitrate, ExportChoices::leastBitrate, ExportChoices::mostBitrate, "bits a second");
+    if (choices.range && !(choices.range->duration > 0)) throw Error("The part of the film to write has no length.");
     fs::path const output = choices.output.value_or("");
     auto const byEnding = containerOf(output);
     if (output.has_extension() && !byEnding)

@@ -3,6 +3,7 @@
 #include <TavaroCore/Export/ExportSettings.h>
 #include <TavaroCore/Records/Fields.h>
 #include <TavaroCore/Values/Geometry.h>
+#include <TavaroCore/Values/TimeRange.h>
 
 #include <cstdint>
 #include <filesystem>
@@ -25,6 +26,7 @@ struct ExportChoices {
     std::optional<std::int64_t> bitrate; // bits per second
     std::optional<bool> watermark;
     std::optional<bool> audio;
+    std::optional<TimeRange> range; // the part of the film to write, in its seconds; none: the whole
     std::optional<std::string>
         output; // a file, whose ending names the container, or a folder; else Movies/Tavaro/Exports
 
@@ -42,6 +44,7 @@ struct ExportChoices {
         field("bitrate", &ExportChoices::bitrate),
         field("watermark", &ExportChoices::watermark),
         field("audio", &ExportChoices::audio),
+        field("range", &ExportChoices::range),
         field("output", &ExportChoices::output),
     };
     bool operator==(ExportChoices const&) const = default;

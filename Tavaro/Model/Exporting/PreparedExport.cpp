@@ -26,7 +26,7 @@ PreparedExport::PreparedExport(ProjectPackage package, DemoProject const& projec
     , oddSize_(oddSizeOf(settingsFor(choices, project)))
     , settings_(evened(settingsFor(choices, project)))
     , target_(targetFor(choices, settings_, project))
-    , exporter_(project_, package_, settings_, {.encoder = encoder}) {}
+    , exporter_(project_, package_, settings_, {.encoder = encoder, .range = choices.range}) {}
 
 ExportedFilm PreparedExport::plan() const {
     bool const isGIF = settings_.container == ExportContainer::gif;

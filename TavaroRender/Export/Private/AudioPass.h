@@ -28,6 +28,7 @@ using AudioBlock = std::vector<StereoSample>;
 /// What an audio pass works with; everything stays the caller's.
 struct AudioPass {
     MixRenderer& mix;
+    std::int64_t start = 0; // sample of the mix that comes first
     std::int64_t totalSamples = 0;
     BoundedQueue<AudioBlock>& blocks; // taken out by whoever writes the movie
 };

@@ -5,6 +5,7 @@
 
 #include <TavaroCore/Export/ExportSettings.h>
 #include <TavaroCore/Package/ProjectPackage.h>
+#include <TavaroCore/Values/TimeRange.h>
 #include <TavaroRender/Export/Exporter.h>
 #include <TavaroRender/Painter/FramePainter.h>
 
@@ -19,9 +20,10 @@ struct ExportJob {
     ExporterOptions const options;
     ProjectPackage const package;
     FramePainter painter;
+    TimeRange const part; // what is written of the film
     std::atomic<bool> isCancelled{false};
 
-    /// Every frame that begins before the end, at least one.
+    /// Every frame of the part that begins before its end, at least one.
     std::int64_t totalFrames() const;
 };
 

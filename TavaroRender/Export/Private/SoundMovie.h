@@ -16,8 +16,14 @@ class MovieWriter;
 /// its time, and the mix for room in the queue. So it ends, whichever side fails. Used by the encoding thread alone.
 class SoundMovie : public PictureSink {
 public:
+    /// What of the mix goes with the movie.
+    struct Part {
+        std::int64_t start = 0; // samples
+        std::int64_t count = 0;
+    };
+
     /// Begins to render at once. The writer and the mix stay the caller's.
-    SoundMovie(MovieWriter& writer, MixRenderer& mix, std::int64_t totalSamples);
+    SoundMovie(MovieWriter& writer, MixRenderer& mix, Part part);
     /// Ends the audio pass, wherever it is.
     ~SoundMovie() override;
 

@@ -51,6 +51,7 @@ TEST(ExportChoices, whatCannotBeMetIsRefusedWithASentence) {
     EXPECT_EQ(refusalOf({.size = Size2{15, 100}}), "Each side of a film has 16 to 8192 pixels; 15 × 100 cannot be.");
     EXPECT_EQ(refusalOf({.fps = 241}), "A film has 1 to 240 frames a second; 241 cannot be.");
     EXPECT_EQ(refusalOf({.bitrate = 1}), "A film has 50000 to 2000000000 bits a second; 1 cannot be.");
+    EXPECT_EQ(refusalOf({.range = TimeRange{1, 0}}), "The part of the film to write has no length.");
     EXPECT_EQ(refusalOf({.output = "film.avi"}), "“film.avi” has none of the endings .mp4, .mov and .gif.");
     EXPECT_EQ(refusalOf({.container = ExportContainer::mov, .output = "film.mp4"}),
               "mov does not go with the name “film.mp4”.");
