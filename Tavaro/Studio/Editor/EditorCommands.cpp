@@ -14,6 +14,7 @@ using Session = EditorSession;
 
 bool always(Session const&) { return true; }
 bool hasVideo(Session const& session) { return session.document().timeline.clip(session.playhead()) != nullptr; }
+bool hasFilm(Session const& session) { return !session.document().timeline.clips.empty(); }
 bool hasSelection(Session const& session) { return !session.selection().empty(); }
 bool hasRange(Session const& session) { return session.range().duration > 0; }
 bool hasSelectedClip(Session const& session) { return session.hasSelected(ItemKind::clip); }
@@ -24,6 +25,11 @@ bool isInsideClip(Session const& session) {
     auto const* clip = session.document().timeline.clip(session.playhead());
     return clip && session.playhead() - clip->start > 0.001 && clip->end() - session.playhead() > 0.001;
 }
+
+/// What is done by the window around the editor.
+template<char const* name> void want(Session& session) { Q_EMIT session.wanted(QString::fromUtf8(name)); }
+constexpr char exportName[] = "export", exportAgainName[] = "exportAgain", copyFrameName[] = "copyFrame",
+               saveFrameName[] = "saveFrame";
 
 template<class Operation> void perform(Session& session) { session.perform(Operation{}); }
 
@@ -135,6 +141,11 @@ constexpr std::array commands{
                   perform<operations::CaptionsFromTranscript>},
     ListedCommand{"save", "Save", "Film", "Ctrl+S", [](Session const& s) { return !s.isSaved(); },
                   [](Session& s) { s.save(); }},
+
+    ListedCommand{exportName, "Export…", "Film", "Ctrl+E", hasFilm, want<exportName>},
+    ListedCommand{exportAgainName, "Export Again", "Film", "Ctrl+Shift+E", hasFilm, want<exportAgainName>},
+    ListedCommand{copyFrameName, "Copy Frame", "Film", "Ctrl+Shift+C", hasFilm, want<copyFrameName>},
+    ListedCommand{saveFrameName, "Save Frame…", "Film", "Ctrl+Shift+S", hasFilm, want<saveFrameName>},
 
     ListedCommand{"stepBack", "Back One Frame", "Go", "Left", always, [](Session& s) { s.step(-1); }},
     ListedCommand{"stepForward", "Forward One Frame", "Go", "Right", always, [](Session& s) { s.step(1); }},

@@ -198,6 +198,8 @@ Q_SIGNALS:
     void stepsChanged();
     void savedChanged();
     void imported(QString const& path, QString const& asset);
+    /// A command whose doing is the window's, by its name.
+    void wanted(QString const& command);
     /// For the user to read.
     void told(QString const& sentence);
 

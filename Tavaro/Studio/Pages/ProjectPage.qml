@@ -51,6 +51,7 @@ Item {
         function onTold(sentence: string) { Studio.failed(sentence) }
     }
     EditorShortcuts { session: page.session; playback: page.desk?.preview.playback ?? null }
+    ExportActions { session: page.session }
     Shortcut { sequences: [StandardKey.Close]; onActivated: Studio.projects.close(page.row) }
 
     ColumnLayout {
@@ -79,6 +80,19 @@ Item {
             EditorButton { session: page.session; name: "undo"; picture: "arrow-counterclockwise"; detail: page.session?.undoName ?? "" }
             EditorButton { session: page.session; name: "redo"; picture: "arrow-clockwise"; detail: page.session?.redoName ?? "" }
             EditorButton { session: page.session; name: "polish"; picture: "magic"; display: AbstractButton.TextBesideIcon }
+            Button {
+                readonly property EditorCommand command: page.session?.command("export") ?? null
+
+                Layout.leftMargin: 8
+                text: qsTr("Export")
+                icon.source: Theme.icon("upload")
+                highlighted: true
+                enabled: command?.enabled ?? false
+                ToolTip.text: qsTr("Export… (%1)").arg(command?.shortcut ?? "")
+                ToolTip.visible: hovered
+                ToolTip.delay: 600
+                onClicked: command.trigger()
+            }
         }
         FilmArea {
             Layout.fillWidth: true

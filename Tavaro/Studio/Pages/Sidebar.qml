@@ -53,6 +53,15 @@ Rectangle {
             checkable: false
             onClicked: sidebar.chosen("record", -1)
         }
+        NavigationButton {
+            Layout.fillWidth: true
+            text: qsTr("Exports")
+            icon.source: Theme.icon("upload")
+            checked: sidebar.place === "exports"
+            autoExclusive: false
+            checkable: false
+            onClicked: sidebar.chosen("exports", -1)
+        }
         Label {
             visible: Studio.projects.count > 0
             text: qsTr("Open")
@@ -102,6 +111,7 @@ Rectangle {
                 }
             }
         }
+        ExportActivity { Layout.fillWidth: true; Layout.bottomMargin: 8; queue: Studio.exports.queue }
         ActivityList { Layout.fillWidth: true }
         NavigationButton {
             Layout.fillWidth: true

@@ -10,7 +10,7 @@ import Tavaro.Theme
 ApplicationWindow {
     id: window
 
-    // What is shown: "library", "record", "settings", or "project" of that row of the open ones.
+    // What is shown: "library", "record", "exports", "settings", or "project" of that row of the open ones.
     property string place: "library"
     property int project: -1
     readonly property RecorderModel recorder: Studio.recorder.recorder
@@ -31,6 +31,7 @@ ApplicationWindow {
 
     Shortcut { sequences: ["Ctrl+1"]; onActivated: window.goTo("library", -1) }
     Shortcut { sequences: ["Ctrl+2", StandardKey.New]; onActivated: window.goTo("record", -1) }
+    Shortcut { sequences: ["Ctrl+3"]; onActivated: window.goTo("exports", -1) }
     Shortcut { sequences: ["Ctrl+,"]; onActivated: window.goTo("settings", -1) }
     Shortcut { sequences: [StandardKey.Quit]; onActivated: window.close() }
 
@@ -69,12 +70,13 @@ ApplicationWindow {
     }
     Connections {
         target: Library
-        function onSaid(text: string, action: string) {
-            toast.text = text;
-            toast.actionText = action;
-            toast.show();
-        }
+        function onSaid(text: string, action: string) { toast.say(Library, text, action) }
     }
+    Connections {
+        target: Studio.exports
+        function onSaid(text: string, action: string) { toast.say(Studio.exports, text, action) }
+    }
+    Binding { target: Studio.exports; property: "isWatched"; value: window.active }
 
     RowLayout {
         anchors.fill: parent
@@ -91,12 +93,13 @@ ApplicationWindow {
 
             Layout.fillWidth: true
             Layout.fillHeight: true
-            sourceComponent: ({ library: library, record: record, settings: settings, project: projectPage })[window.place]
+            sourceComponent: ({ library: library, record: record, exports: exports, settings: settings, project: projectPage })[window.place]
         }
     }
 
     Component { id: library; LibraryPage { onRecord: window.goTo("record", -1) } }
     Component { id: record; RecorderPage { recorder: window.recorder; keys: Studio.recorder.keys; firstTake: Studio.recorder.firstTake } }
+    Component { id: exports; ExportsPage { queue: Studio.exports.queue } }
     Component { id: settings; SettingsPage {} }
     Component { id: projectPage; ProjectPage { row: window.project } }
 
@@ -104,11 +107,26 @@ ApplicationWindow {
     Toast {
         id: toast
 
+        property var speaker: null
+
+        function say(speaker, text: string, action: string) {
+            if (this.speaker !== speaker) end();
+            this.speaker = speaker;
+            this.text = text;
+            actionText = action;
+            show();
+        }
+
         anchors { bottom: parent.bottom; bottomMargin: 24; horizontalCenter: parent.horizontalCenter }
-        onTriggered: Library.accept()
-        onEnded: Library.lapse()
+        onTriggered: speaker.accept()
+        onEnded: if (speaker === Library) Library.lapse()
     }
     ConsentDialog {}
     RecorderBarWindow { recorder: window.recorder; model: Studio.recorder.bar }
+    ExportsWindow {
+        queue: Studio.exports.queue
+        visible: Studio.isClosed && queue.activeCount > 0
+        onWanted: Studio.bringBack()
+    }
     FailureDialog { id: failure }
 }

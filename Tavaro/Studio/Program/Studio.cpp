@@ -18,18 +18,20 @@ Studio::Studio(MainQueue& queue)
     : application_(queue)
     , library_(queue, application_)
     , recorder_(queue, application_)
+    , exports_(queue, application_)
     , projects_(queue, application_.projects())
     , agentSettings_(application_.preferences()) {
     connect(&library_, &Library::openRequested, &projects_, &OpenedProjects::open);
     connect(&library_, &Library::left, &projects_, &OpenedProjects::forget);
     connect(&library_, &Library::failed, this, &Studio::failed);
     connect(recorder_.recorder(), &RecorderModel::saved, this, &Studio::show);
-    connect(recorder_.tray(), &TrayItem::windowWanted, this, &Studio::raised);
+    connect(recorder_.tray(), &TrayItem::windowWanted, this, &Studio::bringBack);
+    connect(&exports_, &ExportsDesk::failed, this, &Studio::failed);
     connect(&projects_, &OpenedProjects::failed, this, &Studio::failed);
     connect(&agentSettings_, &AgentSettings::failed, this, &Studio::failed);
     connect(&look_, &QTimer::timeout, this, &Studio::look);
     connect(&consent_, &ConsentQuestions::changed, this, [this] {
-        if (consent_.isAsking()) Q_EMIT raised();
+        if (consent_.isAsking()) bringBack();
     });
     openToAgents(queue);
     openToStarts(queue);
@@ -53,7 +55,7 @@ void Studio::openToStarts(MainQueue& queue) {
         starts_.emplace(queue, [this](std::vector<std::string> const& files) {
             open(files);
             library_.refresh();
-            Q_EMIT raised();
+            bringBack();
         });
     } catch (SocketError const& error) {
         spdlog::warn("A second start cannot be handed over: {}", error.what());
@@ -72,13 +74,27 @@ void Studio::show(QString const& take, QString const& startedBy) {
 }
 
 void Studio::windowClosed() {
-    isClosed_ = true;
+    setClosed(true);
     look_.start(soon);
+}
+
+void Studio::bringBack() {
+    if (isEnding_) return;
+    setClosed(false);
+    look_.start(atRest);
+    Q_EMIT raised();
+}
+
+void Studio::setClosed(bool isClosed) {
+    if (isClosed == isClosed_) return;
+    isClosed_ = isClosed;
+    Q_EMIT closedChanged();
 }
 
 void Studio::end() {
     if (isEnding_) return;
     isEnding_ = true;
+    exports_.end();
     if (agents_) agents_->beginToEnd();
     recorder_.recorder()->settle([] {}); // a take that was thrown away is not saved
     application_.end();
@@ -88,7 +104,7 @@ void Studio::end() {
 void Studio::look() {
     application_.preferences().refresh();
     projects_.refresh();
-    if (isClosed_ && !application_.exporter().isExporting()) end();
+    if (isClosed_ && exports_.isIdle() && !application_.exporter().isExporting()) end();
     if (isEnding_ && !application_.isBusy()) QCoreApplication::quit();
 }
 

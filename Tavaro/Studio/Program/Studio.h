@@ -4,6 +4,7 @@
 #include <Tavaro/Agents/AppMCPBackend.h>
 #include <Tavaro/Model/Application/Application.h>
 #endif
+#include <Tavaro/Studio/Exports/ExportsDesk.h>
 #include <Tavaro/Studio/Library/Library.h>
 #include <Tavaro/Studio/Recorder/RecorderDesk.h>
 #include <Tavaro/Studio/Settings/AgentSettings.h>
@@ -26,6 +27,8 @@ class Studio : public QObject {
     Q_OBJECT
     Q_PROPERTY(tavaro::OpenedProjects* projects READ projects CONSTANT)
     Q_PROPERTY(tavaro::RecorderDesk* recorder READ recorder CONSTANT)
+    Q_PROPERTY(tavaro::ExportsDesk* exports READ exports CONSTANT)
+    Q_PROPERTY(bool isClosed READ isClosed NOTIFY closedChanged) // the window; the program may go on
     Q_PROPERTY(QString version READ version CONSTANT)
 
 public:
@@ -34,6 +37,7 @@ public:
     Application& application() { return application_; }
     Library& library() { return library_; }
     RecorderDesk* recorder() { return &recorder_; }
+    ExportsDesk* exports() { return &exports_; }
     AgentSettings& agentSettings() { return agentSettings_; }
     ConsentQuestions& consent() { return consent_; }
     OpenedProjects* projects() { return &projects_; }
@@ -41,26 +45,32 @@ public:
 
     /// Of what the program is started with: projects, movies, archives.
     void open(std::vector<std::string> const& files);
-    /// The window is gone: an export goes on, a take is saved, and then the program ends.
+    bool isClosed() const { return isClosed_; }
+    /// The window is gone: exports go on, a take is saved, and then the program ends, unless the window comes back.
     Q_INVOKABLE void windowClosed();
-    /// The same without waiting for an export.
+    /// The window is wanted, perhaps again.
+    Q_INVOKABLE void bringBack();
+    /// The same as if it closed, without waiting for exports.
     void end();
 
 Q_SIGNALS:
     /// The window is to come to the front.
     void raised();
     void failed(QString const& sentence);
+    void closedChanged();
 
 private:
     /// A take that is saved; of one that an agent began only its place in the library.
     void show(QString const& take, QString const& startedBy);
     void openToAgents(MainQueue& queue);
     void openToStarts(MainQueue& queue);
+    void setClosed(bool isClosed);
     void look();
 
     Application application_;
     Library library_;
     RecorderDesk recorder_;
+    ExportsDesk exports_;
     OpenedProjects projects_;
     AgentSettings agentSettings_;
     ConsentQuestions consent_;

@@ -3,6 +3,7 @@
 #include <Tavaro/Model/Application/ApplicationInstance.h>
 #include <Tavaro/Model/Application/ApplicationLog.h>
 #include <Tavaro/Studio/Desk/DeskTypes.h>
+#include <Tavaro/Studio/Exports/ExportTypes.h>
 #include <Tavaro/Studio/Library/RegisterLibrary.h>
 #include <Tavaro/Studio/Loop/QtLog.h>
 #include <Tavaro/Studio/Loop/QueueInLoop.h>
@@ -85,6 +86,7 @@ int run(Options const& options) {
     registerLibrary(engine, studio.library());
     registerRecorderTypes();
     registerDeskTypes();
+    registerExportTypes();
     registerSettings(studio.agentSettings(), studio.consent());
     qmlRegisterSingletonInstance("Tavaro.Program", 1, 0, "Studio", &studio);
     SignalsInLoop const signals([&] { studio.end(); });

@@ -1,0 +1,129 @@
+import QtQuick
+import QtQuick.Controls
+import QtQuick.Layouts
+import Tavaro.Editor
+import Tavaro.Exports
+import Tavaro.Style
+import Tavaro.Theme
+
+// What is to be made of the film, where it goes, and what that takes.
+Dialog {
+    id: dialog
+
+    required property ExportForm form
+
+    function ask(session: EditorSession) {
+        form.begin(session);
+        title = qsTr("Export “%1”").arg(session.name);
+        open();
+    }
+    function submit() {
+        if (form.submit()) close();
+    }
+
+    width: Math.min(860, parent ? parent.width - 32 : 860)
+    bottomPadding: 8
+
+    contentItem: ColumnLayout {
+        spacing: 14
+        Keys.onReturnPressed: dialog.submit()
+        Keys.onEnterPressed: dialog.submit()
+
+        GridLayout {
+            Layout.fillWidth: true
+            columns: 4
+            columnSpacing: 10
+            rowSpacing: 10
+            Accessible.role: Accessible.Grouping
+            Accessible.name: qsTr("Where it goes")
+            Repeater {
+                model: dialog.form.places
+                ExportPlaceCard {
+                    required property var modelData
+
+                    Layout.fillWidth: true
+                    Layout.preferredWidth: 1
+                    title: modelData.title
+                    detail: modelData.detail
+                    picture: modelData.picture
+                    size: modelData.size
+                    time: modelData.time
+                    sign: modelData.icon
+                    checked: dialog.form.place === modelData.id
+                    onClicked: dialog.form.place = modelData.id
+                }
+            }
+        }
+        Segmented {
+            visible: dialog.form.ways.length > 0
+            name: qsTr("For")
+            options: dialog.form.ways
+            value: dialog.form.preset
+            onChosen: value => dialog.form.preset = value
+        }
+        ExportCustom {
+            Layout.fillWidth: true
+            visible: dialog.form.place === "custom"
+            form: dialog.form
+        }
+        Flow {
+            Layout.fillWidth: true
+            spacing: 20
+            Switch {
+                visible: !dialog.form.isGIF && dialog.form.place !== "captions"
+                text: qsTr("Sound")
+                checked: dialog.form.sound
+                onToggled: dialog.form.sound = checked
+            }
+            Switch {
+                visible: dialog.form.range !== ""
+                text: qsTr("Only the marked part, %1").arg(dialog.form.range)
+                checked: dialog.form.rangeOnly
+                onToggled: dialog.form.rangeOnly = checked
+            }
+            Switch {
+                visible: dialog.form.hasCaptions && dialog.form.place !== "captions"
+                text: qsTr("Captions as a file beside it")
+                checked: dialog.form.captionsBeside
+                onToggled: dialog.form.captionsBeside = checked
+            }
+            Switch {
+                visible: dialog.form.place !== "captions"
+                text: qsTr("“Made with Tavaro” on it")
+                checked: dialog.form.watermark
+                onToggled: dialog.form.watermark = checked
+            }
+        }
+        ExportTarget {
+            Layout.fillWidth: true
+            form: dialog.form
+        }
+    }
+    footer: RowLayout {
+        spacing: Theme.gap
+
+        Label {
+            Layout.fillWidth: true
+            Layout.leftMargin: 24
+            Layout.bottomMargin: 24
+            text: dialog.form.outcome
+            elide: Text.ElideRight
+            color: Theme.colors.secondaryText
+        }
+        Button {
+            Layout.bottomMargin: 24
+            text: qsTr("Cancel")
+            onClicked: dialog.close()
+        }
+        Button {
+            Layout.bottomMargin: 24
+            Layout.rightMargin: 24
+            text: qsTr("Export")
+            highlighted: true
+            focus: true
+            enabled: dialog.form.problem === ""
+            onClicked: dialog.submit()
+            Accessible.name: qsTr("Export the film")
+        }
+    }
+}
