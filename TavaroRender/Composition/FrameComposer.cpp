@@ -228,7 +228,22 @@ std::optional<ShownSource> FrameComposer::cameraSource(double at) const {
     return state.cameraSource;
 }
 
-FrameState FrameComposer::state(double at) const {
+std::vector<ZoomWindow> FrameComposer::zoomWindows(double at) const {
+    auto const& derived = *derived_;
+    double const edit = at - derived.intro;
+    std::vector<ZoomWindow> windows;
+    for (auto const& event : derived.follow.events()) {
+        if (event.isLoupe() || !event.range().contains(edit)) continue;
+        auto const centre = [&](ZoomEvent const&, double) { return derived.follow.centre(event, edit); };
+        ZoomEvent const held{.start = edit - 1, .duration = 2, .rampIn = 0, .rampOut = 0, .scale = event.scale};
+        auto const camera = ZoomResolver::resolve({&held, 1}, edit, CentreProvider{centre});
+        double const side = 1 / std::max(camera.scale, 1.0);
+        windows.push_back({event.id, {camera.center.x - side / 2, camera.center.y - side / 2, side, side}});
+    }
+    return windows;
+}
+
+FrameState FrameComposer::state(double at, ZoomUse zooms) const {
     auto const& derived = *derived_;
     auto const& project = derived.project;
     FrameState state;
@@ -242,7 +257,7 @@ FrameState FrameComposer::state(double at) const {
         state.titleCardTime = edit < 0 ? at : edit - project.duration();
         return state;
     }
-    derived.placeZoom(state, edit);
+    if (zooms == ZoomUse::zoomed) derived.placeZoom(state, edit);
     derived.placeScene(state, edit);
     if (!state.contentRect.isEmpty()) {
         derived.placeLoupe(state, edit);

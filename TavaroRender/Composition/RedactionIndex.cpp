@@ -44,7 +44,7 @@ std::vector<ActiveRedaction> RedactionIndex::active(std::string_view asset, doub
         if (track.asset && *track.asset != asset) continue;
         auto const now = rectAt(track.keyframes, seconds);
         auto const before = rectAt(track.keyframes, seconds - frameAge);
-        active.push_back({now == before ? now : now.unionWith(before), track.style});
+        active.push_back({now == before ? now : now.unionWith(before), track.style, &track});
     }
     return active;
 }

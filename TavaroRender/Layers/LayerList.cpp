@@ -65,7 +65,10 @@ std::optional<std::int64_t> typed(double share, std::int64_t count) {
 
 class Lister {
 public:
-    Lister(FrameState const& state, DemoProject const& project) : state_(state), project_(project) {}
+    Lister(FrameState const& state, DemoProject const& project, LayerMotion motion)
+        : state_(state)
+        , project_(project)
+        , motion_(motion) {}
 
     std::vector<PlacedLayer> list() {
         if (state_.titleCard) {
@@ -91,16 +94,21 @@ private:
         layers_.push_back(std::move(layer));
     }
 
+    LayerPose pose(LayerPose const& animated) const {
+        return motion_ == LayerMotion::animated ? animated : LayerPose{};
+    }
+
     void addText(Overlay const& overlay, LayerSpec::Kind kind, LayerPose const& pose, std::int64_t characters) {
         PlacedLayer layer{.look = lookOf(state_, overlay.fontSize, overlay.color, overlay.backgroundColor),
-                          .at = onCanvas(state_, overlay.position)};
+                          .at = onCanvas(state_, overlay.position),
+                          .overlay = &overlay};
         layer.look.kind = std::move(kind);
         layer.look.shownCharacters = typed(pose.shown, characters);
         add(std::move(layer), pose);
     }
 
     void addOverlay(Overlay const& overlay) {
-        auto const pose = overlayPose(overlay, state_.editTime);
+        auto const pose = this->pose(overlayPose(overlay, state_.editTime));
         if (!(pose.opacity > leastOpacity)) return;
         auto const count = [&](std::string const& text) { return pose.shown < 1 ? graphemesOf(text) : 0; };
         auto const& content = overlay.kind.content;
@@ -129,7 +137,8 @@ private:
         kind.drawnSteps = static_cast<int>(std::ceil(std::clamp(pose.shown, 0.0, 1.0) * LayerSpec::Arrow::steps));
         PlacedLayer layer{.look = lookOf(state_, overlay.fontSize, overlay.color, std::nullopt),
                           .place = LayerPlace::arrow,
-                          .at = kind.from};
+                          .at = kind.from,
+                          .overlay = &overlay};
         layer.look.kind = kind;
         add(std::move(layer), pose);
     }
@@ -137,13 +146,7 @@ private:
     /// The box around a part of the recording, as far as the recording shows that part.
     void addBoxOverlay(Overlay const& overlay, OverlayKind::Box const& box, LayerPose const& pose) {
         if (!state_.source || state_.contentRect.isEmpty() || !(box.rect.width > 0) || !(box.rect.height > 0)) return;
-        auto const crop = project_.effectiveCrop();
-        auto const cropped = [&](double x, double y) {
-            return canvasPoint(state_, {(x - crop.x) / crop.width, (y - crop.y) / crop.height});
-        };
-        auto const begin = cropped(box.rect.x, box.rect.y);
-        auto const end = cropped(box.rect.maxX(), box.rect.maxY());
-        CanvasRect rect{begin.x, begin.y, end.x - begin.x, end.y - begin.y};
+        auto rect = canvasRect(state_, project_.effectiveCrop(), box.rect);
         double const share = shareInside(rect, shownRect(state_));
         double const opacity = pose.opacity * std::clamp((share - boxGone) / (boxWhole - boxGone), 0.0, 1.0);
         if (!(opacity > leastOpacity)) return;
@@ -176,10 +179,11 @@ private:
     void addCaption(CaptionCue const& cue) {
         auto const& track = project_.captions;
         PlacedLayer layer{.look = lookOf(state_, track.fontSize, track.color, track.backgroundColor),
-                          .at = onCanvas(state_, track.position)};
+                          .at = onCanvas(state_, track.position),
+                          .caption = &cue};
         layer.look.highlightColor = track.highlightColor;
         layer.look.kind = spokenCaption(track, cue, state_.editTime);
-        add(std::move(layer), captionPose(track.animation, cue, state_.editTime));
+        add(std::move(layer), pose(captionPose(track.animation, cue, state_.editTime)));
     }
 
     void addWatermark() {
@@ -192,6 +196,7 @@ private:
 
     FrameState const& state_;
     DemoProject const& project_;
+    LayerMotion const motion_;
     std::vector<PlacedLayer> layers_;
 };
 
@@ -220,9 +225,9 @@ CanvasPoint bodyAt(PlacedLayer const& layer, CanvasRect const& body) {
 
 }
 
-std::vector<PlacedLayer> placedLayers(FrameState const& state, DemoProject const& project) {
+std::vector<PlacedLayer> placedLayers(FrameState const& state, DemoProject const& project, LayerMotion motion) {
     if (state.canvas.width < 1 || state.canvas.height < 1) return {};
-    return Lister(state, project).list();
+    return Lister(state, project, motion).list();
 }
 
 CanvasRect placed(PlacedLayer const& layer, double width, double height, CanvasRect const& body) {

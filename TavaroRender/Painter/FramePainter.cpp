@@ -31,6 +31,7 @@ struct FramePainter::State {
     Renderer renderer;
     std::optional<FrameComposer> shown;
     std::int64_t revision = 0;
+    ZoomUse zooms = ZoomUse::zoomed;
 
     FrameComposer const& composer() const {
         assert(shown);
@@ -146,7 +147,18 @@ FramePictures FramePainter::pictures(double at) {
 ImageView FramePainter::draw(double at, FramePictures const& pictures) {
     auto const& composer = state_->composer();
     return state_->inPaintTerms(
-        [&] { return state_->renderer.render(composer.state(at), composer.project(), pictures); });
+        [&] { return state_->renderer.render(composer.state(at, state_->zooms), composer.project(), pictures); });
+}
+
+void FramePainter::useZooms(ZoomUse zooms) { state_->zooms = zooms; }
+
+FramePlaces FramePainter::places(double at) {
+    auto const& composer = state_->composer();
+    return state_->inPaintTerms([&] {
+        auto places = state_->renderer.places(composer.state(at, state_->zooms), composer.project());
+        places.zooms = composer.zoomWindows(at);
+        return places;
+    });
 }
 
 std::vector<DroppedEffect> FramePainter::dropped() const { return state_->renderer.dropped(); }

@@ -6,6 +6,8 @@
 
 #include <TavaroCore/Values/Geometry.h>
 #include <TavaroMedia/Frames/Image.h>
+#include <TavaroRender/Composition/ZoomUse.h>
+#include <TavaroRender/Places/FramePlaces.h>
 #include <TavaroRender/Renderer/Renderer.h>
 
 namespace tavaro {
@@ -55,6 +57,12 @@ public:
     /// The two halves of `frame`: the pictures that it is made from, and the drawing.
     FramePictures pictures(double at);
     ImageView draw(double at, FramePictures const& pictures);
+
+    /// Whether frames are drawn through the zooms from now on, as they are at first.
+    void useZooms(ZoomUse zooms);
+
+    /// Where the frame at that time has what can be taken hold of, as it is drawn now. On the drawing thread.
+    FramePlaces places(double at);
 
     /// What the frame drawn last lacks of what the project asks for: the camera's colour table or matte, the picture of
     /// the background, a text or graphic. Of these only the matte may be missing where failing effects stop.

@@ -9,8 +9,10 @@
 #include <TavaroPlatform/Queues/RowPool.h>
 #include <TavaroRender/Composition/Private/FrameState.h>
 #include <TavaroRender/Kernels/BlitUniforms.h>
+#include <TavaroRender/Layers/Private/LayerError.h>
 #include <TavaroRender/Layers/Private/LayerRasterizer.h>
 #include <TavaroRender/Layers/Private/LayerSpec.h>
+#include <TavaroRender/Places/Private/FindPlaces.h>
 #include <TavaroRender/Renderer/Private/BackgroundImages.h>
 #include <TavaroRender/Renderer/Private/CameraTable.h>
 #include <TavaroRender/Renderer/Private/CanvasHistory.h>
@@ -259,6 +261,16 @@ ImageView Renderer::render(FrameState const& frame, DemoProject const& project, 
     state.drawn = std::move(wanted);
     ++state.framesDrawn;
     return state.canvas.view();
+}
+
+FramePlaces Renderer::places(FrameState const& frame, DemoProject const& project) {
+    return findPlaces(frame, project, [this](LayerSpec const& look) {
+        try {
+            return state_->rasterizer.drawn(look);
+        } catch (LayerError const&) {
+            return DrawnLayer{};
+        }
+    });
 }
 
 std::vector<DroppedEffect> Renderer::dropped() const { return state_->dropped.list(); }

@@ -8,6 +8,7 @@
 #include <TavaroMedia/Frames/VideoFrame.h>
 #include <TavaroPlatform/Queues/RowBands.h>
 #include <TavaroRender/Compositor/Compositor.h>
+#include <TavaroRender/Places/FramePlaces.h>
 #include <TavaroRender/Renderer/DroppedEffect.h>
 
 namespace tavaro {
@@ -49,6 +50,10 @@ public:
     /// however often it is drawn; a frame that looks like the one before is not drawn again, and where only what lies
     /// over the recording changed, only that is drawn. Throws as `prepare`, and `LayerError`.
     ImageView render(FrameState const& state, DemoProject const& project, FramePictures const& pictures);
+
+    /// Where the frame has what can be taken hold of, every layer as while it is there. What `render` has drawn for it
+    /// is not drawn again; a text that cannot be drawn has no place.
+    FramePlaces places(FrameState const& state, DemoProject const& project);
 
     /// What the latest frame is drawn without.
     std::vector<DroppedEffect> dropped() const;

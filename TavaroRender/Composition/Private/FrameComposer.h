@@ -2,9 +2,11 @@
 
 #include <memory>
 #include <optional>
+#include <vector>
 
 #include <TavaroCore/Values/Geometry.h>
 #include <TavaroRender/Composition/Private/FrameState.h>
+#include <TavaroRender/Composition/ZoomUse.h>
 
 namespace tavaro {
 
@@ -31,7 +33,10 @@ public:
     /// Seconds of the whole output: the edit with its title cards.
     double duration() const;
 
-    FrameState state(double at) const;
+    FrameState state(double at, ZoomUse zooms = ZoomUse::zoomed) const;
+
+    /// Of each zoom whose time it is, loupes left out.
+    std::vector<ZoomWindow> zoomWindows(double at) const;
 
     /// The parts of `state` that tell which frames are shown: of the recording, and of the camera's movie.
     std::optional<ShownSource> source(double at) const;

@@ -32,6 +32,7 @@ struct ActiveClick {
 struct ActiveRedaction {
     NormalizedRect rect; // in the whole recording, before the crop
     RedactionStyle style = RedactionStyle::mask;
+    RedactionTrack const* track = nullptr; // that asks for it
 
     bool operator==(ActiveRedaction const&) const = default;
 };
@@ -97,6 +98,11 @@ struct FrameState {
 /// Where a point of the cropped source lies on the canvas.
 CanvasPoint canvasPoint(FrameState const& state, UnitPoint2 const& point);
 CanvasPoint canvasPoint(CanvasRect const& contentRect, CameraState const& camera, UnitPoint2 const& point);
+/// The other way: the point of the cropped source that lies there, also where it is outside of it.
+UnitPoint2 sourcePoint(CanvasRect const& contentRect, CameraState const& camera, CanvasPoint const& point);
+
+/// Where a part of the whole recording, before the crop, lies on the canvas.
+CanvasRect canvasRect(FrameState const& state, NormalizedRect const& crop, NormalizedRect const& rect);
 
 /// The part of the canvas that shows the recording: no frame, and nothing that a pane cuts off.
 CanvasRect shownRect(FrameState const& state);
