@@ -83,9 +83,25 @@ void FilmPlayback::setPlaying(bool isPlaying) {
     if (wasPlaying != isPlaying) Q_EMIT playingChanged();
 }
 
+/// What is to play over and over, as far as the film has it.
+std::optional<TimeRange> FilmPlayback::repeated() const {
+    if (!repeat_) return std::nullopt;
+    if (repeat_->duration <= 0) return TimeRange{0, duration_};
+    double const first = std::clamp(repeat_->start, 0.0, duration_), last = std::clamp(repeat_->end(), 0.0, duration_);
+    return last > first ? std::optional(TimeRange{first, last - first}) : std::nullopt;
+}
+
 void FilmPlayback::play() {
     if (isPlaying_ || duration_ <= 0) return;
+    loop_ = repeated();
+    if (loop_) return begin(loop_->contains(position()) ? position() : loop_->start);
     begin(position() >= duration_ - nearEnd ? 0 : position());
+}
+
+void FilmPlayback::repeat(std::optional<TimeRange> const& span) {
+    if (std::exchange(repeat_, span) == span || !isPlaying_) return;
+    loop_ = repeated();
+    begin(!loop_ || loop_->contains(position()) ? position() : loop_->start);
 }
 
 void FilmPlayback::pause() {
@@ -117,6 +133,30 @@ void FilmPlayback::seek(double at) {
     if (isPlaying_) return begin(at);
     clock_.hold(at);
     Q_EMIT positionChanged();
+}
+
+void FilmPlayback::scrub(double at) {
+    seek(at);
+    if (scrubsAloud_ && !isPlaying_) player_.scrub(position());
+}
+
+void FilmPlayback::setVolume(double volume) {
+    if (!std::isfinite(volume)) return;
+    volume = std::clamp(volume, 0.0, 1.0);
+    if (std::exchange(volume_, volume) == volume) return;
+    player_.setVolume(isMuted_ ? 0 : volume_);
+    Q_EMIT volumeChanged();
+}
+
+void FilmPlayback::setMuted(bool isMuted) {
+    if (std::exchange(isMuted_, isMuted) == isMuted) return;
+    player_.setVolume(isMuted_ ? 0 : volume_);
+    Q_EMIT volumeChanged();
+}
+
+void FilmPlayback::setScrubsAloud(bool isAloud) {
+    if (std::exchange(scrubsAloud_, isAloud) == isAloud) return;
+    Q_EMIT scrubsAloudChanged();
 }
 
 void FilmPlayback::setSpeed(double speed) {

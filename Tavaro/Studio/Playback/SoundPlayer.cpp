@@ -18,7 +18,22 @@ constexpr auto turnLength = 10ms;
 constexpr double patience = 0.6;                   // seconds that the film waits for its sound to begin
 constexpr double betweenAttempts = 1;              // to find a device again
 constexpr double longestStall = 1;                 // in which a device takes nothing
+constexpr double scrubbed = 0.06;                  // seconds of the film that are heard of each place
+constexpr double scrubPatience = 0.6;              // seconds that the device stays open for the next
+constexpr double scrubAhead = audioRate * 0.02;    // samples still to be heard when the next are written
 constexpr std::size_t mostAtOnce = audioRate / 20; // samples; between two of these it looks at its orders
+
+/// A sound that is cut out of another does not click.
+void fadeEnds(std::span<StereoSample> samples) {
+    auto const length = std::min<std::size_t>(audioRate / 200, samples.size() / 2);
+    for (std::size_t i = 0; i < length; ++i) {
+        auto const share = static_cast<float>(i) / static_cast<float>(length);
+        for (auto* sample : {&samples[i], &samples[samples.size() - 1 - i]}) {
+            sample->left *= share;
+            sample->right *= share;
+        }
+    }
+}
 
 }
 
@@ -50,6 +65,13 @@ void SoundPlayer::play(Passage const& passage) {
     std::lock_guard const lock(mutex_);
     order_ = {order_.number + 1, passage};
     report_.hasEnded = false;
+    if (std::exchange(isRunning_, true)) return;
+    queue_.async([this] { run(); });
+}
+
+void SoundPlayer::scrub(double at) {
+    std::lock_guard const lock(mutex_);
+    order_ = {order_.number + 1, Passage{.from = at, .end = at + scrubbed}, true};
     if (std::exchange(isRunning_, true)) return;
     queue_.async([this] { run(); });
 }
@@ -90,9 +112,12 @@ void SoundPlayer::run() {
     while (true) {
         auto const next = order();
         performed_ = next.number;
-        if (next.passage) perform(*next.passage);
+        if (next.passage && next.isScrub)
+            scrubAlong();
+        else if (next.passage)
+            perform(*next.passage);
         std::lock_guard const lock(mutex_);
-        if (order_.number != next.number) continue;
+        if (order_.number != performed_) continue;
         order_.passage.reset();
         isRunning_ = false;
         return;
@@ -113,6 +138,49 @@ void SoundPlayer::perform(Passage const& passage) {
     while (goesOn()) turn();
     output_->close();
     samples_.reset();
+}
+
+/// Takes each place that is new when the sound before has been written; the device stays open between two of them, and
+/// holds so little that the next is heard at once.
+void SoundPlayer::scrubAlong() {
+    takeRevision();
+    if (!sound_ || sound_->isSilent()) return;
+    output_->open();
+    std::uint64_t heardOf = 0; // the order whose sound was written last
+    double written = 0, restSince = clock_.now();
+    while (clock_.now() - restSince < scrubPatience) {
+        output_->run(turnLength);
+        if (output_->state() == SoundOutput::State::gone) break;
+        auto const next = order();
+        if (!next.isScrub || !next.passage) break;
+        performed_ = next.number;
+        double const queued = written - output_->heard().value_or(written);
+        if (output_->state() != SoundOutput::State::ready || queued > scrubAhead || heardOf == next.number) continue;
+        std::vector<StereoSample> sound(std::min(static_cast<std::size_t>(scrubbed * audioRate), output_->room()));
+        if (sound.empty()) continue;
+        PassageSamples(*next.passage, *sound_).fill(sound);
+        fadeEnds(sound);
+        write(sound);
+        written += static_cast<double>(sound.size());
+        heardOf = next.number;
+        restSince = clock_.now();
+    }
+    output_->close();
+}
+
+/// With the volume that is wanted now, without a step to it.
+void SoundPlayer::write(std::span<StereoSample> samples) {
+    float const wanted = volume_;
+    if (wanted != 1 || writtenVolume_ != 1) {
+        float const step = (wanted - writtenVolume_) / static_cast<float>(std::max<std::size_t>(samples.size(), 1));
+        for (auto& sample : samples) {
+            writtenVolume_ += step;
+            sample.left *= writtenVolume_;
+            sample.right *= writtenVolume_;
+        }
+        writtenVolume_ = wanted;
+    }
+    output_->write(samples);
 }
 
 /// Whether the same is still to be played, and there is more of it.
@@ -220,7 +288,7 @@ void SoundPlayer::feed() {
     if (count == 0) return;
     std::vector<StereoSample> block(count);
     samples_->fill(block);
-    output_->write(block);
+    write(block);
     tookAt_ = clock_.now();
 }
 

@@ -13,6 +13,7 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -51,6 +52,10 @@ public:
     void stop();
     /// The end of what plays has moved, without a break.
     void moveEnd(double end);
+    /// Short sounds of the newest place while one follows another, a little after it; the clock stays. Ends what plays.
+    void scrub(double at);
+    /// Of all that is heard from now on, 0 to 1.
+    void setVolume(double volume) { volume_ = static_cast<float>(volume); }
 
     Report report() const;
 
@@ -62,6 +67,7 @@ private:
     struct Order {
         std::uint64_t number = 0;
         std::optional<Passage> passage; // none: silence
+        bool isScrub = false;           // only its beginning is heard
     };
     struct Finished;
     enum class Lead { nobody, sound, clock };
@@ -69,6 +75,8 @@ private:
     // The queue's, all of them.
     void run();
     void perform(Passage const& passage);
+    void scrubAlong();
+    void write(std::span<StereoSample> samples);
     void turn();
     bool goesOn();
     void takeRevision();
@@ -108,6 +116,8 @@ private:
     double fedFrom_ = 0;    // when it took the first
     double startLag_ = 0.1; // seconds from the first sample written to when it is heard, as it was the last time
 
+    std::atomic<float> volume_ = 1;
+    float writtenVolume_ = 1;                  // of the latest sample; the queue's
     std::atomic<std::uint64_t> finishing_ = 0; // the revision whose sound is being finished; 0 when it need not be
     SerialQueue finisher_{"com.tavaro.preview.enhance"};
     SerialQueue queue_{"com.tavaro.preview.sound", SerialQueue::Urgency::prompt};

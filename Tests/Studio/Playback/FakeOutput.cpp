@@ -44,6 +44,16 @@ void FakeDevice::turn(double seconds) {
     eventually([this] { return !isStarved(); });
 }
 
+void FakeDevice::pass(double seconds) {
+    std::lock_guard const lock(mutex_);
+    time_ += seconds;
+}
+
+bool FakeDevice::isOpen() const {
+    std::lock_guard const lock(mutex_);
+    return isOpen_;
+}
+
 void FakeDevice::unplug() {
     std::lock_guard const lock(mutex_);
     isPlugged_ = false;
@@ -94,7 +104,10 @@ std::size_t FakeOutput::room() const {
 
 void FakeOutput::write(std::span<StereoSample const> samples) {
     std::lock_guard const lock(device_->mutex_);
-    if (device_->written_.empty()) device_->begun_ = device_->time_;
+    auto const written = static_cast<double>(device_->written_.size()) / audioRate;
+    // What comes too late is heard from now on.
+    if (device_->written_.empty() || device_->time_ - device_->begun_ > written)
+        device_->begun_ = device_->time_ - written;
     device_->written_.insert(device_->written_.end(), samples.begin(), samples.end());
 }
 

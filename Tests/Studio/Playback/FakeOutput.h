@@ -15,9 +15,13 @@ public:
     /// So many seconds pass; what is played keeps up with them.
     void turn(double seconds);
 
+    /// So many seconds pass, whether there is something to play or not.
+    void pass(double seconds);
+
     void unplug();
     void plug();
     bool isPlugged() const;
+    bool isOpen() const;
     int timesOpened() const;
     /// Whether it plays, and has all that it takes.
     bool isFed() const;

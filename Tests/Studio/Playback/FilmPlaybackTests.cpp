@@ -111,6 +111,68 @@ TEST_F(FilmPlaybackTest, aSelectionPlaysOverAndOver) {
     EXPECT_EQ(device->timesOpened(), 1) << "a lap is no new beginning";
 }
 
+TEST_F(FilmPlaybackTest, whatIsToRepeatDoesSoFromEveryPlayUntilItIsTakenBack) {
+    playback.repeat(TimeRange{1, 0.5});
+    EXPECT_FALSE(playback.isPlaying());
+    for (int round = 0; round < 2; ++round) {
+        play(); // from its start, and the second time from where it was paused
+        device->turn(0.7);
+        EXPECT_GE(playback.position(), 1 - 1e-6);
+        EXPECT_LE(playback.position(), 1.5 + 1e-6);
+        playback.pause();
+    }
+    begin([&] { playback.play(); });
+    begin([&] { playback.repeat(TimeRange{}); });
+    playback.seek(2.8);
+    device->turn(0.5);
+    EXPECT_TRUE(playback.isPlaying()) << "all of it repeats";
+    EXPECT_LT(playback.position(), 1);
+    begin([&] { playback.repeat(std::nullopt); });
+    playback.seek(2.8);
+    device->turn(0.5);
+    EXPECT_TRUE(comesTrue([&] { return !playback.isPlaying(); }));
+}
+
+TEST_F(FilmPlaybackTest, theVolumeHereIsNotTheFilms) {
+    playback.setVolume(0.5);
+    playback.seek(1);
+    play();
+    device->turn(0.6);
+    EXPECT_NEAR(heard(), playback.position() / 2, 0.03);
+    playback.setMuted(true);
+    device->turn(0.6); // what was written before is heard first
+    EXPECT_EQ(device->heard(), 0);
+    playback.setMuted(false);
+    device->turn(0.5);
+    EXPECT_NEAR(heard(), playback.position() / 2, 0.03);
+    EXPECT_EQ(playback.volume(), 0.5);
+}
+
+TEST_F(FilmPlaybackTest, aFilmThatIsScrubbedIsHeardWhereItIsAndStaysThere) {
+    auto const hears = [&](double at) {
+        return comesTrue([&] {
+            device->pass(0.01);
+            return std::abs(heard() - at) < 0.07 && heard() > 0.1;
+        });
+    };
+    playback.scrub(1);
+    EXPECT_TRUE(hears(1));
+    playback.scrub(2.5);
+    EXPECT_TRUE(hears(2.5));
+    EXPECT_EQ(playback.position(), 2.5);
+    EXPECT_EQ(device->timesOpened(), 1) << "it stays open meanwhile";
+    EXPECT_FALSE(playback.clock().isRunning());
+    device->pass(5);
+    EXPECT_TRUE(comesTrue([&] { return device->heard() == 0 && !device->isOpen(); })) << "and no longer";
+    playback.setScrubsAloud(false);
+    playback.scrub(1);
+    EXPECT_EQ(playback.position(), 1);
+    play(); // and what plays next is heard as ever
+    device->turn(0.4);
+    EXPECT_NEAR(heard(), playback.position(), 0.03);
+    EXPECT_EQ(device->timesOpened(), 2);
+}
+
 TEST_F(FilmPlaybackTest, anEditIsTakenOverWithoutAStop) {
     play();
     device->turn(0.4);
