@@ -2,6 +2,7 @@
 
 #include <Tavaro/Studio/Desk/EditorDesk.h>
 #include <Tavaro/Studio/Editor/RegisterTypes.h>
+#include <Tavaro/Studio/Handles/HandleTypes.h>
 #include <Tavaro/Studio/Preview/PreviewTypes.h>
 #include <Tavaro/Studio/Timeline/TimelineTypes.h>
 
@@ -13,6 +14,7 @@ void registerDeskTypes() {
     registerEditorTypes();
     registerPreviewTypes();
     registerTimelineTypes();
+    registerHandleTypes();
     qmlRegisterUncreatableType<EditorDesk>("Tavaro.Editor", 1, 0, "EditorDesk",
                                            QStringLiteral("It comes with a project."));
 }

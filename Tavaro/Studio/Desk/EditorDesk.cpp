@@ -49,6 +49,7 @@ void EditorDesk::join() {
     connect(&session_, &EditorSession::playheadChanged, this, &EditorDesk::followPlayhead);
     connect(&session_, &EditorSession::selectionChanged, this, &EditorDesk::followSelection);
     connect(&session_, &EditorSession::viewChanged, this, &EditorDesk::followLanes);
+    connect(&session_, &EditorSession::rangeChanged, this, &EditorDesk::followRange);
     followPlayhead();
 }
 
@@ -78,6 +79,7 @@ void EditorDesk::showIn(TimelineItem* timeline) {
     timeline->setPlaying(preview_.playback()->isPlaying());
     followSelection();
     followLanes();
+    followRange();
     connect(timeline, &TimelineItem::viewChanged, this, &EditorDesk::keepView);
 }
 
@@ -114,6 +116,20 @@ void EditorDesk::followLanes() {
     QScopedValueRollback const guard(isKeeping_, true);
     timeline_->setCollapsed(keys(session_.collapsedLanes()));
     timeline_->setSnaps(session_.snaps());
+}
+
+void EditorDesk::setLoops(bool loops) {
+    if (loops_ == loops) return;
+    loops_ = loops;
+    followRange();
+    Q_EMIT loopsChanged();
+}
+
+void EditorDesk::followRange() {
+    auto range = session_.range();
+    if (timeline_) timeline_->setRange(range);
+    if (range.duration > 0) range.start += session_.document().introDuration();
+    preview_.playback()->repeat(loops_ ? std::optional(range) : std::nullopt);
 }
 
 void EditorDesk::keepView() {

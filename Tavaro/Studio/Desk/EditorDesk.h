@@ -18,6 +18,7 @@ class EditorDesk final : public QObject {
     Q_OBJECT
     Q_PROPERTY(tavaro::EditorSession* session READ session CONSTANT)
     Q_PROPERTY(tavaro::FilmPreview* preview READ preview CONSTANT)
+    Q_PROPERTY(bool loops READ loops WRITE setLoops NOTIFY loopsChanged)
     Q_PROPERTY(QString time READ time NOTIFY timeChanged) // "0:04 / 1:20", of the whole film
 
 public:
@@ -29,6 +30,9 @@ public:
     EditorSession* session() { return &session_; }
     FilmPreview* preview() { return &preview_; }
     QString time() const;
+    /// Whether the marked span plays over and over, or the film where none is marked.
+    bool loops() const { return loops_; }
+    void setLoops(bool loops);
 
     /// The timeline shows this project from now on; null: none does.
     Q_INVOKABLE void showIn(tavaro::TimelineItem* timeline);
@@ -36,6 +40,7 @@ public:
 
 Q_SIGNALS:
     void timeChanged();
+    void loopsChanged();
 
 private:
     void join();
@@ -44,6 +49,7 @@ private:
     void followPlayhead();
     void followSelection();
     void followLanes();
+    void followRange();
     void take(TimelineIntent const& intent);
     void scrub(double time);
     void keepView();
@@ -52,7 +58,7 @@ private:
     FilmPreview preview_;
     TimelineSteps steps_;
     QPointer<TimelineItem> timeline_;
-    bool isDark_ = false;
+    bool isDark_ = false, loops_ = false;
     // One side follows the other, which need not follow back: in the moment, and in what the timeline looks like.
     bool isFollowing_ = false, isKeeping_ = false;
     OpenProject::Observation observation_;

@@ -3,7 +3,7 @@ import QtQuick.Controls
 import Tavaro.Editor
 import Tavaro.Theme
 
-// The film's picture, and what it lacks.
+// The film's picture with the handles on it, and what it lacks.
 Rectangle {
     id: area
 
@@ -13,11 +13,43 @@ Rectangle {
 
     color: Theme.colors.sunken
 
-    PreviewItem {
-        anchors { fill: parent; margins: 16 }
-        preview: area.desk?.preview ?? null
-        Accessible.role: Accessible.Graphic
-        Accessible.name: qsTr("The film of %1").arg(area.name)
+    FilmTools {
+        id: tools
+
+        anchors { left: parent.left; top: parent.top; bottom: parent.bottom; margins: 8 }
+        handles: handles
+        enabled: area.desk !== null
+    }
+    // At its actual size the picture may be larger than its room.
+    Flickable {
+        id: room
+
+        anchors { fill: parent; margins: 16; leftMargin: tools.width + 16 }
+        clip: tools.isActual
+        boundsBehavior: Flickable.StopAtBounds
+        contentWidth: tools.isActual ? Math.max(width, picture.actualSize.width) : width
+        contentHeight: tools.isActual ? Math.max(height, picture.actualSize.height) : height
+        interactive: tools.isActual
+        ScrollBar.horizontal: ScrollBar { visible: tools.isActual && size < 1 }
+        ScrollBar.vertical: ScrollBar { visible: tools.isActual && size < 1 }
+
+        PreviewItem {
+            id: picture
+
+            width: room.contentWidth
+            height: room.contentHeight
+            preview: area.desk?.preview ?? null
+            Accessible.role: Accessible.Graphic
+            Accessible.name: qsTr("The film of %1").arg(area.name)
+        }
+        FilmThings {
+            id: handles
+
+            anchors.fill: picture
+            session: area.desk?.session ?? null
+            preview: area.desk?.preview ?? null
+            film: picture.filmRect
+        }
     }
     Rectangle {
         anchors { bottom: parent.bottom; bottomMargin: 12; horizontalCenter: parent.horizontalCenter }

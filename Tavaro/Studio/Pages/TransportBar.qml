@@ -54,14 +54,6 @@ Rectangle {
             color: Theme.colors.secondaryText
             font.pixelSize: Theme.captionSize
         }
-        ComboBox {
-            readonly property var speeds: [0.5, 1, 1.5, 2]
-
-            Layout.preferredWidth: 84
-            model: speeds.map(speed => qsTr("%1×").arg(speed))
-            currentIndex: speeds.indexOf(bar.playback?.speed ?? 1)
-            onActivated: index => bar.playback.speed = speeds[index]
-            Accessible.name: qsTr("Speed of playing")
-        }
+        PlayingOptions { desk: bar.desk }
     }
 }

@@ -35,12 +35,17 @@ FilmPreview::FilmPreview(OpenProject& project, FilmPlayback::Means means)
             this, [this] { takePicture(); }, Qt::QueuedConnection);
     }) {
     observation_ = project_.observe([this](ProjectChange const& change) {
-        if (change.fields.any()) show();
+        if (!change.fields.any()) return;
+        show();
+        if (isDragged_ && !playback_.isPlaying()) draft();
     });
     rest_.setSingleShot(true);
     rest_.setInterval(restMilliseconds);
     connect(&rest_, &QTimer::timeout, this, &FilmPreview::follow);
-    connect(&playback_, &FilmPlayback::playingChanged, this, &FilmPreview::follow);
+    connect(&playback_, &FilmPlayback::playingChanged, this, [this] {
+        if (shown_ != seen(view_)) showPicture();
+        follow();
+    });
     connect(&playback_, &FilmPlayback::positionChanged, this, [this] {
         if (!playback_.isPlaying() && !isScrubbing_) follow();
     });
@@ -60,17 +65,40 @@ QImage FilmPreview::grab() const { return imageOf(picture_.canvas).copy(); }
 
 void FilmPreview::scrub(double at) {
     isScrubbing_ = true;
-    playback_.seek(at);
+    playback_.scrub(at);
     isScrubbing_ = false;
-    if (playback_.isPlaying()) return;
+    if (!playback_.isPlaying()) draft();
+}
+
+void FilmPreview::draft() {
     player_.seek(playback_.position(), PreviewPlayer::Pace::dragged);
     rest_.start();
 }
 
+void FilmPreview::setDragged(bool isDragged) {
+    isDragged_ = isDragged;
+    if (!isDragged) follow();
+}
+
+void FilmPreview::lookAt(FilmView view) {
+    if (view == view_) return;
+    view_ = std::move(view);
+    if (shown_ != seen(view_)) showPicture();
+}
+
+FilmView FilmPreview::seen(FilmView const& view) const { return playback_.isPlaying() ? view.playing() : view; }
+
 void FilmPreview::show() {
-    auto const& document = project_.document();
-    playback_.show(document);
-    player_.show(document);
+    playback_.show(project_.document());
+    showPicture();
+}
+
+void FilmPreview::showPicture() {
+    shown_ = seen(view_);
+    if (shown_ == FilmView{})
+        player_.show(project_.document());
+    else
+        player_.show(shown_.of(project_.document()), shown_.zooms);
 }
 
 void FilmPreview::follow() {

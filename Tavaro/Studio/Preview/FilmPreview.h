@@ -2,6 +2,7 @@
 
 #include <Tavaro/Model/Project/OpenProject.h>
 #include <Tavaro/Studio/Playback/FilmPlayback.h>
+#include <Tavaro/Studio/Preview/FilmView.h>
 #include <Tavaro/Studio/Preview/PreviewPlayer.h>
 
 #include <QImage>
@@ -39,6 +40,11 @@ public:
 
     /// Room for it, in pixels; 0 × 0 while it is not to be seen.
     void fit(Size2 room) { player_.fit(room); }
+    /// How the film is looked at from now on. While it plays, only the take as it was recorded is another picture.
+    void lookAt(FilmView view);
+    FilmView const& view() const { return view_; }
+    /// While something on the picture is dragged, each edit may be drawn coarser, until the hand rests.
+    void setDragged(bool isDragged);
     /// As `seek` of the playback, while the pointer drags the playhead: pictures may be coarser until it rests.
     Q_INVOKABLE void scrub(double at);
 
@@ -48,14 +54,18 @@ Q_SIGNALS:
 
 private:
     void show();
+    void showPicture();
+    FilmView seen(FilmView const& view) const;
     void takePicture();
     void follow();
+    void draft();
 
     OpenProject& project_;
     FilmPlayback playback_;
     PreviewPicture picture_;
+    FilmView view_, shown_; // that is asked for, and that the picture is of
     QTimer rest_;
-    bool isScrubbing_ = false;
+    bool isScrubbing_ = false, isDragged_ = false;
     OpenProject::Observation observation_;
     PreviewPlayer player_; // goes first: it reads the playback's clock
 };

@@ -2,6 +2,7 @@
 
 #include <TavaroCore/Values/Geometry.h>
 #include <TavaroMedia/Frames/Image.h>
+#include <TavaroRender/Places/FramePlaces.h>
 
 #include <cstdint>
 #include <memory>
@@ -13,11 +14,12 @@ namespace tavaro {
 
 /// A picture of a film as a preview shows it.
 struct PreviewPicture {
-    std::shared_ptr<Image const> canvas; // none where nothing could be drawn
-    double at = 0;                       // output seconds
-    std::int64_t revision = 0;           // how many revisions had been shown
-    Size2 size;                          // in which it is to be seen; the canvas may be coarser
-    std::vector<std::string> problems;   // what it lacks, or why there is none, as sentences
+    std::shared_ptr<Image const> canvas;       // none where nothing could be drawn
+    double at = 0;                             // output seconds
+    std::int64_t revision = 0;                 // how many revisions had been shown
+    Size2 size;                                // in which it is to be seen; the canvas may be coarser
+    std::shared_ptr<FramePlaces const> places; // where it has what can be taken hold of; none while the film plays
+    std::vector<std::string> problems;         // what it lacks, or why there is none, as sentences
 };
 
 /// Hands pictures from the thread that draws them to the one that shows them; the latest wins. Any thread.

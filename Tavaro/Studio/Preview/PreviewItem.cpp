@@ -40,8 +40,11 @@ void PreviewItem::fit() {
 void PreviewItem::place() {
     if (preview_ && preview_->picture().canvas != uploaded_) update();
     QRectF place;
+    QSizeF actual;
     if (preview_) {
         double const ratio = pixelRatio();
+        auto const canvas = preview_->canvas();
+        actual = QSizeF(static_cast<double>(canvas.width), static_cast<double>(canvas.height)) / ratio;
         auto const size =
             pictureSize(preview_->canvas(), {std::llround(width() * ratio), std::llround(height() * ratio)});
         auto const corner = mapToScene({0, 0}) * ratio;
@@ -53,6 +56,7 @@ void PreviewItem::place() {
         place = QRectF(start(corner.x(), width() * ratio, filmWidth) / ratio,
                        start(corner.y(), height() * ratio, filmHeight) / ratio, filmWidth / ratio, filmHeight / ratio);
     }
+    if (std::exchange(actualSize_, actual) != actual) Q_EMIT actualSizeChanged();
     if (std::exchange(filmRect_, place) == place) return;
     update();
     Q_EMIT filmRectChanged();

@@ -6,6 +6,7 @@
 #include <QPointer>
 #include <QQuickItem>
 #include <QRectF>
+#include <QSizeF>
 
 namespace tavaro {
 
@@ -15,6 +16,7 @@ class PreviewItem : public QQuickItem {
     Q_OBJECT
     Q_PROPERTY(tavaro::FilmPreview* preview READ preview WRITE setPreview NOTIFY previewChanged)
     Q_PROPERTY(QRectF filmRect READ filmRect NOTIFY filmRectChanged)
+    Q_PROPERTY(QSizeF actualSize READ actualSize NOTIFY actualSizeChanged)
 
 public:
     explicit PreviewItem(QQuickItem* parent = nullptr);
@@ -23,6 +25,8 @@ public:
     void setPreview(FilmPreview* preview);
     /// Where the film is seen, in the item's coordinates.
     QRectF filmRect() const { return filmRect_; }
+    /// The size at which each of the film's pixels is one of the screen's.
+    QSizeF actualSize() const { return actualSize_; }
 
     /// Points of the film are 0…1 from its left and top; those outside of it are outside of that.
     Q_INVOKABLE QPointF toFilm(QPointF const& point) const;
@@ -33,6 +37,7 @@ public:
 Q_SIGNALS:
     void previewChanged();
     void filmRectChanged();
+    void actualSizeChanged();
 
 protected:
     QSGNode* updatePaintNode(QSGNode* old, UpdatePaintNodeData*) override;
@@ -46,6 +51,7 @@ private:
 
     QPointer<FilmPreview> preview_;
     QRectF filmRect_;
+    QSizeF actualSize_;
     std::shared_ptr<Image const> uploaded_; // what the node's texture shows
 };
 

@@ -50,7 +50,9 @@ struct PreviewPlayer::Easel {
 
     Size2 size(Wanted const& wanted) const;
     void prepare(Wanted const& wanted, Size2 size);
+    double moment(Wanted const& wanted) const;
     bool paint(Wanted const& wanted, PictureSlot& slot);
+    std::shared_ptr<FramePlaces const> places(Wanted const& wanted);
     void rest();
     std::vector<std::string> lacks() const;
     std::string failure(std::exception_ptr const& error);
@@ -67,9 +69,21 @@ void PreviewPlayer::Easel::prepare(Wanted const& wanted, Size2 size) {
         shown.reset();
     }
     painter->resize(size);
+    painter->useZooms(wanted.zooms);
     if (shown == wanted.project) return;
     painter->show(filmProject(*wanted.project, wanted.project->exportSettings));
     shown = wanted.project;
+}
+
+/// The end itself still shows the last frame.
+double PreviewPlayer::Easel::moment(Wanted const& wanted) const {
+    return std::clamp(wanted.at, 0.0, painter->duration());
+}
+
+/// Nobody takes hold of a film that plays.
+std::shared_ptr<FramePlaces const> PreviewPlayer::Easel::places(Wanted const& wanted) {
+    if (wanted.motion == Motion::playing) return nullptr;
+    return std::make_shared<FramePlaces const>(painter->places(moment(wanted)));
 }
 
 /// False when what it drew looks as the picture before.
@@ -78,7 +92,7 @@ bool PreviewPlayer::Easel::paint(Wanted const& wanted, PictureSlot& slot) {
     double const started = mediaClockNow();
     prepare(wanted, size);
     painter->expectFrames();
-    double const at = std::clamp(wanted.at, 0.0, painter->duration()); // the end itself still shows the last frame
+    double const at = moment(wanted);
     double const prepared = mediaClockNow();
     auto const pictures = painter->pictures(at);
     double const read = mediaClockNow();
@@ -150,10 +164,11 @@ void PreviewPlayer::want(std::function<void(Wanted&)> const& change) {
     queue_.async([this] { draw(); });
 }
 
-void PreviewPlayer::show(DemoProject const& project) {
+void PreviewPlayer::show(DemoProject const& project, ZoomUse zooms) {
     auto copy = std::make_shared<DemoProject const>(project);
     want([&](Wanted& wanted) {
         wanted.project = std::move(copy);
+        wanted.zooms = zooms;
         ++wanted.revision;
     });
 }
@@ -195,6 +210,7 @@ void PreviewPlayer::drawAt(Wanted const& next) {
     try {
         if (easel.paint(next, slot_)) ++drawn_;
         picture.canvas = easel.canvas;
+        picture.places = easel.places(next);
         picture.problems = easel.lacks();
         easel.drawnFor = next;
         easel.failedAt = 0;

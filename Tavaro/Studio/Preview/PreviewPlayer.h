@@ -5,6 +5,7 @@
 
 #include <TavaroCore/Package/ProjectPackage.h>
 #include <TavaroPlatform/Queues/SerialQueue.h>
+#include <TavaroRender/Composition/ZoomUse.h>
 
 #include <atomic>
 #include <cstdint>
@@ -36,7 +37,7 @@ public:
     PreviewPlayer& operator=(PreviewPlayer const&) = delete;
 
     /// The film is this revision's from now on.
-    void show(DemoProject const& project);
+    void show(DemoProject const& project, ZoomUse zooms = ZoomUse::zoomed);
     /// Room for the picture, in pixels; 0 × 0 while it is not to be seen.
     void fit(Size2 room);
     void seek(double at, Pace pace = Pace::resting);
@@ -52,6 +53,7 @@ private:
     enum class Motion { resting, dragged, playing };
     struct Wanted {
         std::shared_ptr<DemoProject const> project;
+        ZoomUse zooms = ZoomUse::zoomed;
         std::int64_t revision = 0;
         Size2 room;
         double at = 0;

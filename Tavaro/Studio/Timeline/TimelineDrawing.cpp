@@ -372,6 +372,7 @@ private:
         double const height = TimelineView::rulerHeight;
         rect(TimelineDrawing::ruler, {TimelineView::headerWidth, 0, view_.width(), height}, palette_.ruler);
         rect(TimelineDrawing::ruler, {TimelineView::headerWidth, height - 1, view_.width(), 1}, palette_.line);
+        drawRange();
         QRectF const within(TimelineView::headerWidth, 0, view_.width() - TimelineView::headerWidth, height);
         auto visible = view_.visible();
         double const room = 100 * view_.secondsPerPoint(); // labels that begin left of it
@@ -384,6 +385,19 @@ private:
                 text(TimelineDrawing::ruler, {x + 5, 11}, tick.label, {.size = 10, .color = palette_.rulerText},
                      within);
         }
+    }
+
+    /// On the ruler, and as a tint of what lies below.
+    void drawRange() {
+        auto const& range = subject_.range;
+        if (range.duration <= 0) return;
+        double const from = std::max(view_.x(range.start), TimelineView::headerWidth);
+        double const to = std::min(view_.x(range.end()), view_.width());
+        if (to <= from) return;
+        double const height = TimelineView::rulerHeight;
+        rect(TimelineDrawing::front, {from, height, to - from, view_.height()}, palette_.marquee);
+        rect(TimelineDrawing::ruler, {from, 0, to - from, height - 1}, palette_.marquee);
+        rect(TimelineDrawing::ruler, {from, height - 4, to - from, 3}, palette_.selection);
     }
 
     void drawPlayhead() {

@@ -6,6 +6,8 @@
 #include <Tavaro/Studio/Timeline/TimelineHit.h>
 #include <Tavaro/Studio/Timeline/TimelinePalette.h>
 
+#include <TavaroCore/Values/TimeRange.h>
+
 #include <QColor>
 #include <QImage>
 #include <QRectF>
@@ -55,6 +57,7 @@ struct TimelineSubject {
     std::optional<LaneBox> marquee = {};
     std::optional<double> caught = {};
     std::optional<double> gap = {};
+    TimeRange range = {};        // that commands work on and that plays over and over; none without a length
     SoundWaves* waves = nullptr; // none: sounds are boxes
     FilmStills* stills = nullptr;
 };

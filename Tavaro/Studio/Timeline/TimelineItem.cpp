@@ -208,6 +208,11 @@ void TimelineItem::selectNeighbour(bool next) {
     changedView();
 }
 
+void TimelineItem::setRange(TimeRange const& range) {
+    if (std::exchange(range_, range) == range) return;
+    dirty();
+}
+
 void TimelineItem::changedView() {
     dirty();
     Q_EMIT viewChanged();
@@ -252,6 +257,7 @@ TimelineDrawing const& TimelineItem::drawing() {
                                   .marquee = gestures_.marquee(),
                                   .caught = gestures_.caught(),
                                   .gap = gestures_.gap(),
+                                  .range = range_,
                                   .waves = waves_.get(),
                                   .stills = stills_.get()};
     drawing_ = drawTimeline(subject, looks_);

@@ -39,6 +39,8 @@ public:
     void show(DemoProject const& project);
     void show(DemoProject const& project, ChangedFields const& changed);
     void showNothing();
+    /// The span that is marked; none without a length.
+    void setRange(TimeRange const& range);
     /// Where assets are; without, there are neither stills nor waveforms.
     void setMedia(FilmStills::Place place, PeakFolder folder = PeakFolder(PeakFolder::usual()));
     void setSelection(std::set<UUID> selection);
@@ -116,6 +118,7 @@ private:
     TimelineView view_;
     TimelineGestures gestures_;
     std::set<UUID> selection_;
+    TimeRange range_;
     TimelinePalette palette_ = TimelinePalette::dark();
     DrawnLooks looks_;
     TimelineDrawing drawing_;

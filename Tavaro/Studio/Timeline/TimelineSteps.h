@@ -1,11 +1,9 @@
 #pragma once
 
-#include <Tavaro/Model/Project/OpenProject.h>
+#include <Tavaro/Studio/Editor/DragStep.h>
 #include <Tavaro/Studio/Timeline/TimelineIntent.h>
 
-#include <cstdint>
 #include <optional>
-#include <string>
 
 namespace tavaro {
 
@@ -21,17 +19,8 @@ public:
     bool take(TimelineIntent const& intent);
 
 private:
-    struct Drag {
-        std::string name;
-        EditGroup group;
-        DemoProject before;
-        std::uint64_t revision = 0; // as the drag left the document
-    };
-
-    void step(FunctionRef<void(DemoProject&)> change);
-
     OpenProject& project_;
-    std::optional<Drag> drag_;
+    std::optional<DragStep> drag_;
 };
 
 }

@@ -76,6 +76,23 @@ TEST_F(EditorDeskTest, aHandOnTheTimelineEditsTheProjectAndSeesIt) {
     EXPECT_TRUE(desk->session()->collapsedLanes().isEmpty());
 }
 
+TEST_F(EditorDeskTest, theMarkedSpanPlaysOverAndOverWhileThatIsWanted) {
+    auto& session = *desk->session();
+    session.setRange(2, 1);
+    playback().play();
+    EXPECT_LT(playback().position(), 5) << "from where the playhead is";
+    desk->setLoops(true);
+    EXPECT_GE(playback().position(), 5) << "behind the title card";
+    EXPECT_LE(playback().position(), 6);
+    session.setRange(7, 2);
+    EXPECT_GE(playback().position(), 10);
+    playback().pause();
+    session.clearRange();
+    session.setPlayhead(4);
+    playback().play();
+    EXPECT_LT(playback().position(), 9) << "all of it plays";
+}
+
 TEST_F(EditorDeskTest, whatIsNoLongerShownIsLetGoOf) {
     TimelineItem other;
     desk->showIn(&other);

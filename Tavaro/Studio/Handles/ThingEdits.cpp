@@ -1,0 +1,204 @@
+#include <Tavaro/Studio/Handles/ThingEdits.h>
+
+#include <Tavaro/Studio/Editor/ItemEdits.h>
+#include <Tavaro/Studio/Inspectors/FieldTable.h>
+
+#include <TavaroCore/Project/DemoProject.h>
+#include <TavaroCore/Values/CanvasUnit.h>
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+#include <variant>
+#include <vector>
+
+namespace tavaro {
+
+namespace {
+
+constexpr double leastFont = 8, leastCamera = 0.05, leastLoupe = 0.03;
+constexpr double leastCrop = 0.05; // of the recording's side
+constexpr double leastArea = 0.004;
+
+template<class Item> Item* find(std::vector<Item>& items, UUID const& id) {
+    auto const found = std::ranges::find(items, id, &Item::id);
+    return found == items.end() ? nullptr : &*found;
+}
+
+template<class Record> double most(std::string_view field) { return factsFor<Record>(field)->most; }
+
+double growth(ThingChange const& change) {
+    return change.was.rect.width > 0 ? change.becomes.rect.width / change.was.rect.width : 1;
+}
+double grownFont(double font, ThingChange const& change, double largest) {
+    if (change.grip == FilmGrip::body) return font;
+    return std::clamp(font * growth(change), std::min(leastFont, font), std::max(largest, font));
+}
+
+/// Where the edges of a part of the recording go. What is only moved keeps its size at the recording's edges.
+NormalizedRect onRecording(ThingChange const& change, FramePlaces const& places, NormalizedRect within, double least) {
+    auto rect = places.onRecording(change.becomes.rect);
+    if (change.grip == FilmGrip::body) {
+        auto const size = places.onRecording(change.was.rect);
+        rect.width = std::min(size.width, within.width);
+        rect.height = std::min(size.height, within.height);
+        rect.x = std::clamp(rect.x, within.x, within.maxX() - rect.width);
+        rect.y = std::clamp(rect.y, within.y, within.maxY() - rect.height);
+        return rect;
+    }
+    double const left = std::clamp(rect.x, within.x, within.maxX() - least);
+    double const top = std::clamp(rect.y, within.y, within.maxY() - least);
+    double const right = std::clamp(rect.maxX(), left + least, within.maxX());
+    double const bottom = std::clamp(rect.maxY(), top + least, within.maxY());
+    return {left, top, right - left, bottom - top};
+}
+
+constexpr NormalizedRect wholeFrame{0, 0, 1, 1};
+
+/// The frame shows what the zoom shows: it is as large as the recording's part in it, and stays inside.
+void changeZoom(ZoomEvent& zoom, ThingChange const& change, FramePlaces const& places) {
+    auto const& rect = change.becomes.rect;
+    if (change.grip != FilmGrip::body && rect.width > 0)
+        zoom.scale = std::clamp(places.content.width / rect.width, 1.0, most<ZoomEvent>("scale"));
+    auto const& crop = places.crop;
+    double const x = crop.width / std::max(zoom.scale, 1.0) / 2, y = crop.height / std::max(zoom.scale, 1.0) / 2;
+    auto const middle = places.onRecording(rect.center());
+    zoom.center = {std::clamp(middle.x, crop.x + x, crop.maxX() - x),
+                   std::clamp(middle.y, crop.y + y, crop.maxY() - y)};
+    zoom.followsCursor = false;
+}
+
+void changeLoupe(ZoomEvent& zoom, ThingChange const& change, FramePlaces const& places) {
+    double const radius = change.becomes.rect.width / 2 * static_cast<double>(places.canvas.width);
+    if (change.grip != FilmGrip::body)
+        zoom.loupeSize = std::clamp(radius / smallerSide(places.canvas), leastLoupe, most<ZoomEvent>("loupeSize"));
+    zoom.center = places.onRecording(change.becomes.rect.center()).clamped();
+    zoom.followsCursor = false;
+}
+
+/// A place that has a name, where the camera's picture is exactly there.
+std::optional<CameraPlacement> placementAt(FramePlaces const& places, NormalizedRect const& rect) {
+    if (!places.camera) return std::nullopt;
+    auto const isThere = [&](NormalizedRect const& place) {
+        return std::abs(place.x - rect.x) < 1e-6 && std::abs(place.y - rect.y) < 1e-6;
+    };
+    auto const found = std::ranges::find_if(places.camera->placements, isThere);
+    if (found == places.camera->placements.end()) return std::nullopt;
+    return static_cast<CameraPlacement>(found - places.camera->placements.begin());
+}
+
+template<class Placed> void place(Placed& placed, ThingChange const& change, FramePlaces const& places) {
+    auto const named = placementAt(places, change.becomes.rect);
+    if (change.grip != FilmGrip::body) {
+        if (placed.position) placed.position = change.becomes.rect.center().clamped();
+    } else if (named) {
+        placed.placement = *named;
+        placed.position.reset();
+    } else {
+        placed.position = change.becomes.rect.center().clamped();
+    }
+}
+
+void changeCamera(DemoProject& project, ThingChange const& change, FramePlaces const& places) {
+    double const height = change.becomes.rect.height * static_cast<double>(places.canvas.height);
+    if (change.grip != FilmGrip::body)
+        project.camera.size =
+            std::clamp(height / smallerSide(places.canvas), leastCamera, most<CameraSettings>("size"));
+    if (auto* move = find(project.cameraMoves, change.was.id))
+        place(*move, change, places);
+    else
+        place(project.camera, change, places);
+}
+
+void changeText(Overlay& overlay, ThingChange const& change) {
+    overlay.fontSize = grownFont(overlay.fontSize, change, most<Overlay>("fontSize"));
+    overlay.position = change.becomes.rect.center().clamped();
+}
+
+void changeCaptions(CaptionTrack& captions, ThingChange const& change) {
+    captions.fontSize = grownFont(captions.fontSize, change, most<CaptionTrack>("fontSize"));
+    captions.position = change.becomes.rect.center().clamped();
+}
+
+void changeArrow(Overlay& overlay, ThingChange const& change) {
+    auto* arrow = std::get_if<OverlayKind::Arrow>(&overlay.kind.content);
+    if (!arrow) return;
+    arrow->from = change.becomes.from;
+    arrow->to = change.becomes.to;
+}
+
+void changeArea(Overlay& overlay, ThingChange const& change, FramePlaces const& places) {
+    std::visit(
+        [&](auto& content) {
+            if constexpr (requires { content.rect; }) content.rect = onRecording(change, places, wholeFrame, leastArea);
+        },
+        overlay.kind.content);
+}
+
+/// An area that follows something keeps following it, from where it is put.
+void changeRedaction(RedactionTrack& track, ThingChange const& change, FramePlaces const& places) {
+    auto const was = places.onRecording(change.was.rect);
+    auto const now = onRecording(change, places, wholeFrame, leastArea);
+    if (track.keyframes.size() == 1) {
+        track.keyframes.front().rect = now;
+        return;
+    }
+    for (auto& each : track.keyframes) {
+        auto& rect = each.rect;
+        rect.width = std::clamp(rect.width + now.width - was.width, leastArea, 1.0);
+        rect.height = std::clamp(rect.height + now.height - was.height, leastArea, 1.0);
+        rect.x = std::clamp(rect.x + now.x - was.x, 0.0, 1 - rect.width);
+        rect.y = std::clamp(rect.y + now.y - was.y, 0.0, 1 - rect.height);
+    }
+}
+
+void changeCrop(DemoProject& project, ThingChange const& change, FramePlaces const& places) {
+    auto const crop = onRecording(change, places, wholeFrame, leastCrop);
+    constexpr double whole = 1 - 1e-6;
+    if (crop.width >= whole && crop.height >= whole)
+        project.sourceCrop.reset();
+    else
+        project.sourceCrop = crop;
+}
+
+}
+
+void carryOut(ThingChange const& change, DemoProject& project, FramePlaces const& places) {
+    auto const& id = change.was.id;
+    switch (change.was.kind) {
+    case ThingKind::zoom:
+        if (auto* zoom = find(project.zoomEvents, id)) changeZoom(*zoom, change, places);
+        break;
+    case ThingKind::loupe:
+        if (auto* zoom = find(project.zoomEvents, id)) changeLoupe(*zoom, change, places);
+        break;
+    case ThingKind::redaction:
+        if (auto* track = find(project.redactions.edit(), id)) changeRedaction(*track, change, places);
+        break;
+    case ThingKind::area:
+        if (auto* overlay = find(project.overlays, id)) changeArea(*overlay, change, places);
+        break;
+    case ThingKind::arrow:
+        if (auto* overlay = find(project.overlays, id)) changeArrow(*overlay, change);
+        break;
+    case ThingKind::text:
+        if (auto* overlay = find(project.overlays, id)) changeText(*overlay, change);
+        break;
+    case ThingKind::caption: changeCaptions(project.captions, change); break;
+    case ThingKind::camera: changeCamera(project, change, places); break;
+    case ThingKind::crop: changeCrop(project, change, places); break;
+    }
+}
+
+std::optional<UUID> hideArea(DemoProject& project, FramePlaces const& places, NormalizedRect const& ofCanvas) {
+    if (!places.showsRecording) return std::nullopt;
+    auto const id = addRedaction(project, places.editTime);
+    if (!id) return std::nullopt;
+    ThingChange const drawn{{.kind = ThingKind::redaction, .id = *id},
+                            {.kind = ThingKind::redaction, .id = *id, .rect = ofCanvas},
+                            FilmGrip::bottomRight};
+    carryOut(drawn, project, places);
+    return id;
+}
+
+}

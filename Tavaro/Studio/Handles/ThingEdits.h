@@ -1,0 +1,26 @@
+#pragma once
+
+#include <Tavaro/Studio/Handles/FilmGrip.h>
+
+#include <TavaroRender/Places/FramePlaces.h>
+
+namespace tavaro {
+
+struct DemoProject;
+
+/// A thing that is to be somewhere else, or of another size.
+struct ThingChange {
+    FilmThing was;
+    FilmThing becomes;
+    FilmGrip grip = FilmGrip::body; // held by; only `body` leaves its size as it is
+};
+
+/// Changes the document so that the thing is there, as far as its kind lets it be: what belongs to the recording stays
+/// on it, sizes stay within the ranges of the inspectors. `places` are those of the picture it was taken from. A thing
+/// that has gone meanwhile is passed over.
+void carryOut(ThingChange const& change, DemoProject& project, FramePlaces const& places);
+
+/// A new area that is hidden from this moment of the edit on; none where no recording is shown.
+std::optional<UUID> hideArea(DemoProject& project, FramePlaces const& places, NormalizedRect const& ofCanvas);
+
+}

@@ -1,0 +1,112 @@
+import QtQuick
+import QtQuick.Controls
+import Tavaro.Editor
+import Tavaro.Theme
+
+// What can be taken hold of on the film, drawn over its picture.
+FilmHandles {
+    id: handles
+
+    Accessible.role: Accessible.List
+    Accessible.name: qsTr("On the film")
+    onTextAsked: text.begin()
+
+    // The part of a place that can be seen, as large as a finger needs.
+    function reach(place: rect): rect {
+        const left = Math.max(place.x, film.x), top = Math.max(place.y, film.y);
+        const right = Math.min(place.x + place.width, film.x + film.width);
+        const bottom = Math.min(place.y + place.height, film.y + film.height);
+        const x = Math.max(film.x, Math.min(left, film.x + film.width - 24));
+        const y = Math.max(film.y, Math.min(top, film.y + film.height - 24));
+        return Qt.rect(x, y, Math.max(24, right - x), Math.max(24, bottom - y));
+    }
+
+    // A line that is seen on every picture: white with a dark rim.
+    component Outline: Rectangle {
+        property color ink: Theme.colors.accent
+
+        color: "transparent"
+        border { width: 1; color: "#80000000" }
+        Rectangle {
+            anchors { fill: parent; margins: 1 }
+            radius: Math.max(0, parent.radius - 1)
+            color: "transparent"
+            border { width: 2; color: parent.ink }
+        }
+    }
+
+    Outline {
+        readonly property rect place: handles.hovered
+
+        x: place.x - 2; y: place.y - 2; width: place.width + 4; height: place.height + 4
+        visible: place.width > 0 && place.height > 0
+        ink: "#ffffff"
+        opacity: 0.7
+    }
+    Repeater {
+        model: handles.things.length
+        Item {
+            id: thing
+
+            required property int index
+            readonly property var facts: handles.things[index] ?? null
+            readonly property rect place: facts?.place ?? Qt.rect(0, 0, 0, 0)
+            readonly property rect reached: handles.reach(place)
+            readonly property bool visualFocus: activeFocus
+
+            x: reached.x; y: reached.y; width: reached.width; height: reached.height
+            activeFocusOnTab: true
+            Accessible.role: Accessible.ListItem
+            Accessible.name: facts?.name ?? ""
+            Accessible.selectable: true
+            Accessible.selected: facts?.isSelected ?? false
+            Accessible.focusable: true
+            Accessible.focused: activeFocus
+            Accessible.onPressAction: handles.choose(index)
+            Accessible.onIncreaseAction: { handles.choose(index); handles.grow(1.05); handles.rest() }
+            Accessible.onDecreaseAction: { handles.choose(index); handles.grow(1 / 1.05); handles.rest() }
+            Keys.onSpacePressed: handles.choose(index)
+            Keys.onReturnPressed: event => { if (facts?.isSelected) event.accepted = false; else handles.choose(index) }
+
+            Outline {
+                x: thing.place.x - thing.x - 2; y: thing.place.y - thing.y - 2
+                width: thing.place.width + 4; height: thing.place.height + 4
+                visible: (thing.facts?.isSelected ?? false) && !thing.facts.isLine || thing.activeFocus
+                radius: thing.facts?.isRound ? width / 2 : 0
+                ink: thing.activeFocus && !thing.facts?.isSelected ? Theme.colors.focus : Theme.colors.accent
+            }
+        }
+    }
+    Repeater {
+        model: handles.guides.length
+        Rectangle {
+            required property int index
+            readonly property rect place: handles.guides[index] ?? Qt.rect(0, 0, 0, 0)
+
+            x: place.x; y: place.y; width: place.width; height: place.height
+            color: "#ff4d9d"
+        }
+    }
+    Repeater {
+        model: handles.grips.length
+        Rectangle {
+            required property int index
+            readonly property point place: handles.grips[index] ?? Qt.point(0, 0)
+
+            x: Math.round(place.x - width / 2); y: Math.round(place.y - height / 2)
+            width: 11; height: 11
+            radius: 3
+            color: "#ffffff"
+            border { width: 2; color: Theme.colors.accent }
+        }
+    }
+    Rectangle {
+        readonly property rect place: handles.drawn
+
+        x: place.x; y: place.y; width: place.width; height: place.height
+        visible: width > 0 && height > 0
+        color: "#66000000"
+        border { width: 2; color: Theme.colors.accent }
+    }
+    FilmText { id: text; handles: handles }
+}
