@@ -8,6 +8,8 @@
 #include <QMouseEvent>
 #include <QVariantMap>
 
+#include <algorithm>
+#include <cmath>
 #include <utility>
 
 namespace tavaro {
@@ -117,6 +119,7 @@ bool FilmHandles::isCropped() const { return session_ && session_->document().so
 void FilmHandles::see() {
     if (hands_) {
         bool const isWorked = preview_ && !preview_->playback()->isPlaying() && !isComparing_;
+        if (!isWorked && hands_->things().empty()) return look();
         hands_->see(isWorked ? preview_->picture().places : nullptr);
     }
     refresh();
@@ -126,6 +129,12 @@ void FilmHandles::refresh() {
     if (hands_) hands_->refresh();
     look();
     Q_EMIT thingsChanged();
+    if (!hovered_) return;
+    auto const& things = hands_ ? hands_->things() : std::vector<FilmThing>();
+    auto const isIt = [this](FilmThing const& thing) { return thing.isSame(*hovered_); };
+    auto const there = std::ranges::find_if(things, isIt);
+    hovered_ = there == things.end() ? std::nullopt : std::optional(*there);
+    Q_EMIT hoveredChanged(); // also when it was selected
 }
 
 void FilmHandles::look() {
@@ -155,17 +164,19 @@ FilmPointer FilmHandles::pointerAt(QPointF const& at, Qt::KeyboardModifiers modi
             .isFree = modifiers.testFlag(Qt::ControlModifier)};
 }
 
+bool FilmHandles::isSelected(FilmThing const& thing) const {
+    auto const isSame = [&](FilmThing const& each) { return each.isSame(thing); };
+    return hands_ && std::ranges::any_of(hands_->selected(), isSame);
+}
+
 QVariantList FilmHandles::things() const {
     QVariantList list;
     if (!hands_) return list;
-    auto const& selected = hands_->selected();
     for (auto const& thing : hands_->things()) {
-        bool const isSelected =
-            std::ranges::any_of(selected, [&](FilmThing const& each) { return each.isSame(thing); });
         list.push_back(QVariantMap{
             {QStringLiteral("name"), toQString(describe(session_->document(), thing))},
             {QStringLiteral("place"), onItem(thing.rect)},
-            {QStringLiteral("isSelected"), isSelected},
+            {QStringLiteral("isSelected"), isSelected(thing)},
             {QStringLiteral("isRound"), thing.kind == ThingKind::loupe},
             {QStringLiteral("isLine"), thing.kind == ThingKind::arrow},
         });
@@ -193,7 +204,10 @@ QVariantList FilmHandles::guides() const {
     return lines;
 }
 
-QRectF FilmHandles::hovered() const { return hovered_ ? onItem(hovered_->rect) : QRectF(); }
+QRectF FilmHandles::hovered() const {
+    if (!hovered_ || !hands_ || isSelected(*hovered_)) return {};
+    return onItem(hovered_->rect);
+}
 
 QRectF FilmHandles::drawn() const { return hands_ && hands_->drawn() ? onItem(*hands_->drawn()) : QRectF(); }
 

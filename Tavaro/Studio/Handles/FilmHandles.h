@@ -31,7 +31,7 @@ class FilmHandles : public QQuickItem {
     Q_PROPERTY(QVariantList things READ things NOTIFY thingsChanged)
     Q_PROPERTY(QVariantList grips READ grips NOTIFY thingsChanged)   // points
     Q_PROPERTY(QVariantList guides READ guides NOTIFY thingsChanged) // rectangles one point wide
-    Q_PROPERTY(QRectF hovered READ hovered NOTIFY hoveredChanged)    // empty: none
+    Q_PROPERTY(QRectF hovered READ hovered NOTIFY hoveredChanged)    // empty: none but what is selected
     Q_PROPERTY(QRectF drawn READ drawn NOTIFY thingsChanged)
     Q_PROPERTY(QRectF editedPlace READ editedPlace NOTIFY editedTextChanged) // of the text that is edited; empty: none
     Q_PROPERTY(QString editedText READ editedText NOTIFY editedTextChanged)
@@ -102,6 +102,7 @@ private:
     FilmPointer pointerAt(QPointF const& at, Qt::KeyboardModifiers modifiers) const;
     QRectF onItem(NormalizedRect const& rect) const;
     QPointF onItem(UnitPoint2 const& point) const;
+    bool isSelected(FilmThing const& thing) const;
     bool takesKey(QKeyEvent const& event) const;
     void look();
     void see();

@@ -141,6 +141,24 @@ bool isNear(QColor const& a, QColor const& b, int by = 12) {
 }
 
 // With TAVARO_PICTURES set to a folder, the pictures are left there to be looked at.
+TEST(TimelineItem, theMarkedSpanIsSeenOnTheRulerAndNothingWithoutOne) {
+    Stage stage;
+    auto const project = everything({});
+    stage.item->show(project);
+    auto const selection = TimelinePalette::dark().selection;
+    auto const isMarked = [&](double time) {
+        auto const picture = stage.picture();
+        return colorAt(picture, stage.item->view().x(time), TimelineView::rulerHeight - 2.5) == selection;
+    };
+    EXPECT_FALSE(isMarked(7.03));
+    stage.item->setRange({5, 4});
+    EXPECT_TRUE(isMarked(7.03));
+    EXPECT_FALSE(isMarked(4.53));
+    EXPECT_FALSE(isMarked(9.53));
+    stage.item->setRange({});
+    EXPECT_FALSE(isMarked(7.03));
+}
+
 TEST(TimelineItem, everyItemIsDrawnWhereItIsInItsColour) {
     TestTake take("timeline");
     writeSound(take.package.assetURL("voice.caf"), syllables(24));
