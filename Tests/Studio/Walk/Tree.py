@@ -49,7 +49,7 @@ class Tree:
 
     def look_for_program(self):
         if not self.program.is_running():
-            raise Fault("the program ended by itself: " + self.program.last_words())
+            raise self.ended()
         desktop = self.atspi.get_desktop(0)
         desktop.clear_cache()
         for i in range(desktop.get_child_count()):
@@ -63,8 +63,19 @@ class Tree:
 
     def look(self):
         """Everything that shows now, in the order of the tree."""
+        try:
+            return self.look_now()
+        except self.failure:
+            # The bus knows of its end before the one that started it does.
+            await_it("the program, which has left the tree, to end", lambda: not self.program.is_running())
+            raise self.ended() from None
+
+    def ended(self):
+        return Fault(f"the program ended by itself with {self.program.process.returncode}: {self.program.last_words()}")
+
+    def look_now(self):
         if not self.program.is_running():
-            raise Fault("the program ended by itself: " + self.program.last_words())
+            raise self.ended()
         self.application.clear_cache()
         showing, found, waiting = self.atspi.StateType.SHOWING, [], []
         for i in reversed(range(self.application.get_child_count())):
