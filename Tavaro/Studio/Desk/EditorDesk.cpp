@@ -25,6 +25,7 @@ std::set<std::string> keys(QStringList const& names) {
 EditorDesk::EditorDesk(MainQueue& queue, std::shared_ptr<OpenProject> const& project)
     : session_(queue, project)
     , preview_(*project)
+    , looks_(queue, session_)
     , steps_(*project) {
     join();
 }
@@ -32,6 +33,7 @@ EditorDesk::EditorDesk(MainQueue& queue, std::shared_ptr<OpenProject> const& pro
 EditorDesk::EditorDesk(MainQueue& queue, std::shared_ptr<OpenProject> const& project, FilmPlayback::Means means)
     : session_(queue, project)
     , preview_(*project, std::move(means))
+    , looks_(queue, session_)
     , steps_(*project) {
     join();
 }

@@ -2,6 +2,7 @@
 
 #include <Tavaro/Studio/Editor/EditorSession.h>
 #include <Tavaro/Studio/Preview/FilmPreview.h>
+#include <Tavaro/Studio/Preview/LookStills.h>
 #include <Tavaro/Studio/Timeline/TimelineItem.h>
 #include <Tavaro/Studio/Timeline/TimelineSteps.h>
 
@@ -19,6 +20,7 @@ class EditorDesk final : public QObject {
     Q_PROPERTY(tavaro::EditorSession* session READ session CONSTANT)
     Q_PROPERTY(tavaro::FilmPreview* preview READ preview CONSTANT)
     Q_PROPERTY(bool loops READ loops WRITE setLoops NOTIFY loopsChanged)
+    Q_PROPERTY(tavaro::LookStills* looks READ looks CONSTANT)
     Q_PROPERTY(QString time READ time NOTIFY timeChanged) // "0:04 / 1:20", of the whole film
 
 public:
@@ -29,6 +31,7 @@ public:
 
     EditorSession* session() { return &session_; }
     FilmPreview* preview() { return &preview_; }
+    LookStills* looks() { return &looks_; }
     QString time() const;
     /// Whether the marked span plays over and over, or the film where none is marked.
     bool loops() const { return loops_; }
@@ -56,6 +59,7 @@ private:
 
     EditorSession session_;
     FilmPreview preview_;
+    LookStills looks_;
     TimelineSteps steps_;
     QPointer<TimelineItem> timeline_;
     bool isDark_ = false, loops_ = false;

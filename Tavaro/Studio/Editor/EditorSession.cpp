@@ -36,6 +36,7 @@ constexpr auto saveDelay = 500ms;    // an edit is on the disk within a second
 constexpr auto inUseDelay = 100ms;   // another program is saving
 constexpr auto failedDelay = 5000ms; // the disk may have room again
 constexpr auto lookDelay = 1000ms;
+constexpr qsizetype mostRecentColors = 14;
 constexpr auto itemsFormat = "application/x-tavaro-items+json";
 
 QClipboard* clipboard() { return qApp ? QGuiApplication::clipboard() : nullptr; }
@@ -413,8 +414,18 @@ bool EditorSession::add(QString const& kind, QString const& variety) {
 
 QVariantList EditorSession::backgroundPresets() const {
     QVariantList presets;
-    for (auto const& preset : BackgroundPreset::all()) presets.push_back(toVariant(preset));
+    for (auto const& preset : BackgroundPreset::all()) {
+        auto members = toVariant(preset).toMap();
+        members.insert(QStringLiteral("familyTitle"), inSentence(title(preset.family)));
+        presets.push_back(members);
+    }
     return presets;
+}
+
+QString EditorSession::backgroundPreset() const {
+    auto const& all = BackgroundPreset::all();
+    auto const found = std::ranges::find(all, document().background, &BackgroundPreset::style);
+    return found == all.end() ? QString() : toQString(found->id);
 }
 
 bool EditorSession::setBackground(QString const& preset) {
@@ -507,11 +518,30 @@ QAbstractItemModel* EditorSession::fieldsModel() {
     if (fields_) return fields_.get();
     fields_ = std::make_unique<InspectorModel>(project_);
     fields_->setParent(this);
-    QObject::connect(fields_.get(), &InspectorModel::refused, this, &EditorSession::told);
     QObject::connect(this, &EditorSession::selectionChanged, fields_.get(), [this] { inspect(); });
     QObject::connect(this, &EditorSession::inspectorChanged, fields_.get(), [this] { inspect(); });
     inspect();
     return fields_.get();
+}
+
+QAbstractItemModel* EditorSession::fieldsOf(QString const& what) {
+    auto& fields = fieldsOf_[what];
+    if (!fields) {
+        fields = std::make_unique<InspectorModel>(project_);
+        fields->setParent(this);
+        if (auto const item = UUID::parse(what.toStdString()))
+            fields->inspectItems(std::vector{*item});
+        else
+            fields->inspectSection(what);
+    }
+    return fields.get();
+}
+
+void EditorSession::noteColor(QColor const& color) {
+    recentColors_.removeAll(color);
+    recentColors_.prepend(color);
+    while (recentColors_.size() > mostRecentColors) recentColors_.removeLast();
+    Q_EMIT recentColorsChanged();
 }
 
 QAbstractItemModel* EditorSession::transcriptModel() {

@@ -11,6 +11,7 @@
 #include <TavaroCore/Records/FunctionRef.h>
 
 #include <QAbstractItemModel>
+#include <QColor>
 #include <QObject>
 #include <QStringList>
 #include <QTimer>
@@ -54,11 +55,13 @@ class EditorSession final : public QObject {
     Q_PROPERTY(QStringList collapsedLanes READ collapsedLanes WRITE setCollapsedLanes NOTIFY viewChanged)
     Q_PROPERTY(QString undoName READ undoName NOTIFY stepsChanged)
     Q_PROPERTY(QString redoName READ redoName NOTIFY stepsChanged)
+    Q_PROPERTY(QString backgroundPreset READ backgroundPreset NOTIFY documentChanged)
     Q_PROPERTY(bool isSaved READ isSaved NOTIFY savedChanged)
     Q_PROPERTY(QStringList commandNames READ commandNames CONSTANT)
     Q_PROPERTY(tavaro::PolishRun* polish READ polish CONSTANT)
     Q_PROPERTY(QAbstractItemModel* fields READ fieldsModel CONSTANT)
     Q_PROPERTY(QAbstractItemModel* transcript READ transcriptModel CONSTANT)
+    Q_PROPERTY(QVariantList recentColors READ recentColors NOTIFY recentColorsChanged)
     Q_PROPERTY(QAbstractItemModel* steps READ stepsModel CONSTANT)
 
 public:
@@ -141,8 +144,10 @@ public:
     Q_INVOKABLE bool rename(QString const& name);
     /// New items at the playhead, selected: the names of `ItemKind`, and of an overlay's kind.
     Q_INVOKABLE bool add(QString const& kind, QString const& variety = {});
-    /// The built-in backgrounds: {id, name, family, style}.
+    /// The built-in backgrounds: {id, name, family, style, familyTitle}.
     Q_INVOKABLE QVariantList backgroundPresets() const;
+    /// The id of the built-in one that the film has; empty where it has one of its own.
+    QString backgroundPreset() const;
     /// By the id of a built-in one.
     Q_INVOKABLE bool setBackground(QString const& preset);
     Q_INVOKABLE bool moveClip(QString const& identity, double to);
@@ -168,6 +173,10 @@ public:
     /// Auto Polish, beside the window.
     PolishRun* polish() const { return polish_.get(); }
 
+    /// Colours that were chosen of late, the last one first.
+    QVariantList recentColors() const { return recentColors_; }
+    Q_INVOKABLE void noteColor(QColor const& color);
+
     /// Copies a media file into the project, beside the window; `imported` says what it is called there.
     Q_INVOKABLE void importFile(QString const& path);
 
@@ -176,6 +185,9 @@ public:
     /// The fields of what is selected; without a selection, of the section that is the open inspector. An
     /// `InspectorModel`.
     QAbstractItemModel* fieldsModel();
+    /// The fields of a section of the document, or of the item of an identity, whatever is selected. An
+    /// `InspectorModel`.
+    Q_INVOKABLE QAbstractItemModel* fieldsOf(QString const& what);
     /// A `TranscriptModel`.
     QAbstractItemModel* transcriptModel();
     /// A `StepList`.
@@ -197,6 +209,7 @@ Q_SIGNALS:
     void inspectorChanged();
     void stepsChanged();
     void savedChanged();
+    void recentColorsChanged();
     void imported(QString const& path, QString const& asset);
     /// A command whose doing is the window's, by its name.
     void wanted(QString const& command);
@@ -225,6 +238,8 @@ private:
     std::vector<std::unique_ptr<EditorCommand>> commands_;
     std::map<ItemKind, std::unique_ptr<RowsModel>> lists_;
     std::unique_ptr<InspectorModel> fields_;
+    std::map<QString, std::unique_ptr<InspectorModel>> fieldsOf_;
+    QVariantList recentColors_;
     std::unique_ptr<TranscriptModel> transcript_;
     std::unique_ptr<StepList> steps_;
     bool canPaste_ = false;

@@ -1,6 +1,7 @@
 #include <Tavaro/Studio/Editor/PolishRun.h>
 
 #include <Tavaro/Studio/Editor/EditorSession.h>
+#include <Tavaro/Studio/Inspectors/FieldRows.h>
 #include <Tavaro/Studio/Lists/FieldVariant.h>
 #include <Tavaro/Studio/Lists/ItemTitle.h>
 
@@ -14,7 +15,7 @@ QVariantList PolishRun::switches() const {
     QVariantList switches;
     forEachField<PolishOptions>([&](auto const& field) {
         switches.push_back(QVariantMap{{QStringLiteral("name"), toQString(field.name)},
-                                       {QStringLiteral("label"), toQString(inWords(field.name))},
+                                       {QStringLiteral("label"), inSentence(inWords(field.name))},
                                        {QStringLiteral("isOn"), options_.*field.member}});
     });
     return switches;

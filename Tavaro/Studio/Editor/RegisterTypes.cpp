@@ -4,6 +4,8 @@
 #include <Tavaro/Studio/Editor/StepList.h>
 #include <Tavaro/Studio/Editor/TranscriptModel.h>
 #include <Tavaro/Studio/Inspectors/InspectorModel.h>
+#include <Tavaro/Studio/Inspectors/NumberText.h>
+#include <Tavaro/Studio/Inspectors/ShownFields.h>
 
 #include <QQmlEngine>
 
@@ -16,6 +18,9 @@ void registerEditorTypes() {
     qmlRegisterUncreatableType<InspectorModel>("Tavaro.Editor", 1, 0, "InspectorModel", reason);
     qmlRegisterUncreatableType<TranscriptModel>("Tavaro.Editor", 1, 0, "TranscriptModel", reason);
     qmlRegisterUncreatableType<PolishRun>("Tavaro.Editor", 1, 0, "PolishRun", reason);
+    qmlRegisterType<ShownFields>("Tavaro.Editor", 1, 0, "ShownFields");
+    qmlRegisterSingletonType<NumberText>("Tavaro.Editor", 1, 0, "NumberText",
+                                         [](QQmlEngine*, QJSEngine*) { return new NumberText; });
     qmlRegisterUncreatableType<StepList>("Tavaro.Editor", 1, 0, "StepList", reason);
 }
 

@@ -13,4 +13,13 @@ std::string choiceLabel(std::string_view name) {
     return inWords(name);
 }
 
+QString inSentence(std::string_view label) {
+    auto words = toQString(label).split(QLatin1Char(' '));
+    for (auto word = words.begin(); word != words.end(); ++word) {
+        bool const isName = word->mid(1) != word->mid(1).toLower(); // "API", "MacBook"
+        if (word != words.begin() && !isName) *word = word->toLower();
+    }
+    return words.join(QLatin1Char(' '));
+}
+
 }

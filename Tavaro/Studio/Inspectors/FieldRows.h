@@ -57,6 +57,8 @@ struct FieldRow {
 
 /// "apiKey" as "API Key".
 std::string choiceLabel(std::string_view name);
+/// "Corner Radius" as "Corner radius", as the labels of controls are written; steps of the history keep theirs.
+QString inSentence(std::string_view label);
 
 namespace detail {
 

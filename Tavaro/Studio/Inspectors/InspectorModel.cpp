@@ -62,8 +62,26 @@ QVariantList listed(std::vector<FieldChoice> const& choices) {
     QVariantList list;
     for (auto const& choice : choices)
         list.push_back(QVariantMap{{QStringLiteral("name"), toQString(choice.name)},
-                                   {QStringLiteral("label"), toQString(choice.label)}});
+                                   {QStringLiteral("label"), inSentence(choice.label)}});
     return list;
+}
+
+/// Of a field that had none.
+QVariant firstValue(FieldRow const& row) {
+    switch (row.editor) {
+    case FieldEditor::number:
+    case FieldEditor::wholeNumber: return row.facts.least;
+    case FieldEditor::toggle: return true;
+    case FieldEditor::choice: return toQString(row.choices.front().name);
+    case FieldEditor::color: return QColor(Qt::white);
+    case FieldEditor::point: return QPointF(0.5, 0.5);
+    case FieldEditor::rect: return QRectF(0, 0, 1, 1);
+    case FieldEditor::size: return QSize(1920, 1080);
+    case FieldEditor::choices:
+    case FieldEditor::colors:
+    case FieldEditor::texts: return QVariantList();
+    default: return QString();
+    }
 }
 
 bool isThere(QVariant const& value) { return value.isValid() && !value.isNull(); }
@@ -80,7 +98,7 @@ void changeClips(DemoProject& project, std::vector<UUID> const& clips, FieldRow 
 
 InspectorModel::InspectorModel(std::shared_ptr<OpenProject> project) : project_(std::move(project)) {
     observation_ = project_->observe([this](ProjectChange const& change) {
-        if (change.fields.any()) update();
+        if (isShown(change)) update();
     });
 }
 
@@ -93,7 +111,14 @@ QString InspectorModel::title() const {
     return toQString(title);
 }
 
+/// Whether a change of the project may be seen in the fields.
+bool InspectorModel::isShown(ProjectChange const& change) const {
+    auto const* section = std::get_if<std::string>(&inspected_);
+    return section && *section != "project" ? change.fields.contains(*section) : change.fields.any();
+}
+
 void InspectorModel::inspectSection(QString const& name) {
+    endChange();
     inspected_ = name.toStdString();
     update();
 }
@@ -115,6 +140,7 @@ void InspectorModel::inspectItems(std::vector<UUID> items) {
         return found == kinds.end() || found->second != kind;
     });
     inspected_ = std::move(items);
+    endChange();
     update();
 }
 
@@ -162,6 +188,17 @@ QVariant InspectorModel::value(QString const& path) const {
     return field ? field->row.value : QVariant();
 }
 
+QVariantList InspectorModel::choices(QString const& path) const {
+    auto const* field = fieldAt(path.toStdString());
+    return field ? listed(field->row.choices) : QVariantList();
+}
+
+QVariantMap InspectorModel::values() const {
+    QVariantMap values;
+    for (auto const& field : fields_) values.insert(toQString(field.row.path), field.row.value);
+    return values;
+}
+
 void InspectorModel::changeItems(DemoProject& project, std::vector<UUID> const& items, FieldRow const& row,
                                  QVariant const& value) const {
     auto const kinds = kindsOf(project, items);
@@ -198,14 +235,21 @@ bool InspectorModel::set(QString const& path, QVariant const& value) {
     try {
         return change(row, given);
     } catch (Error const& error) {
-        Q_EMIT refused(toQString(error.what()));
+        Q_EMIT refused(toQString(error.what()), path);
         // What shows the field has the refused value on it.
         if (auto const at = rowOf(row.path)) Q_EMIT dataChanged(index(*at), index(*at));
         return false;
     }
 }
 
-QHash<int, QByteArray> InspectorModel::roleNames() const {
+bool InspectorModel::switchOn(QString const& path, bool isOn) {
+    auto const* field = fieldAt(path.toStdString());
+    if (!field) return false;
+    if (field->row.editor == FieldEditor::section) return set(path, isOn);
+    return set(path, isOn ? firstValue(field->row) : QVariant());
+}
+
+QHash<int, QByteArray> InspectorModel::roles() {
     QHash<int, QByteArray> names;
     for (std::size_t i = 0; i < roleTexts.size(); ++i) names.insert(firstRole + static_cast<int>(i), roleTexts[i]);
     return names;
@@ -217,7 +261,7 @@ QVariant InspectorModel::data(QModelIndex const& index, int role) const {
     auto const& row = field->row;
     switch (role - firstRole) {
     case Role::path: return toQString(row.path);
-    case Role::label: return toQString(row.label);
+    case Role::label: return inSentence(row.label);
     case Role::unit: return toQString(row.facts.unit);
     case Role::least: return row.facts.least;
     case Role::most: return row.facts.most;

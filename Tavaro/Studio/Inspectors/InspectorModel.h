@@ -5,6 +5,7 @@
 #include <Tavaro/Studio/Lists/KeyedRows.h>
 
 #include <QStringList>
+#include <QVariantMap>
 
 #include <memory>
 #include <string>
@@ -22,10 +23,11 @@ using RowsByPath = KeyedRows<std::string>;
 ///
 /// A value that is set is one step of the project's history, "Change Shadow Radius", made with the checks of a patch;
 /// between `beginChange` and `endChange`, as while a slider is dragged, the values of a field are one step together.
-/// What is refused changes nothing, and `refused` says why. Belongs to the project's thread.
+/// What is refused changes nothing, and `refused` says why, and of which field. Belongs to the project's thread.
 class InspectorModel final : public RowsByPath {
     Q_OBJECT
     Q_PROPERTY(QString title READ title NOTIFY inspectedChanged)
+    Q_PROPERTY(QVariantMap values READ values NOTIFY inspectedChanged)
     Q_PROPERTY(bool isEmpty READ isEmpty NOTIFY inspectedChanged)
 
 public:
@@ -42,18 +44,25 @@ public:
 
     /// False where it is refused or nothing changes. No value takes a field back to what a new record has.
     Q_INVOKABLE bool set(QString const& path, QVariant const& value);
+    /// Makes a field that need not be there be there, with a value to begin with, or not.
+    Q_INVOKABLE bool switchOn(QString const& path, bool isOn);
     Q_INVOKABLE void beginChange() { group_ = project_->newGroup(); }
     Q_INVOKABLE void endChange() { group_ = {}; }
     /// The value of a field; nothing for one that is not there.
     Q_INVOKABLE QVariant value(QString const& path) const;
+    /// {name, label}, of a field that is one of several.
+    Q_INVOKABLE QVariantList choices(QString const& path) const;
+    /// Of all fields, by their paths.
+    QVariantMap values() const;
 
-    QHash<int, QByteArray> roleNames() const override;
+    static QHash<int, QByteArray> roles();
+    QHash<int, QByteArray> roleNames() const override { return roles(); }
     QVariant data(QModelIndex const& index, int role) const override;
     bool setData(QModelIndex const& index, QVariant const& value, int role) override;
 
 Q_SIGNALS:
     void inspectedChanged();
-    void refused(QString const& sentence);
+    void refused(QString const& sentence, QString const& path);
 
 private:
     struct Field {
@@ -61,6 +70,7 @@ private:
         bool isMixed = false;
     };
 
+    bool isShown(ProjectChange const& change) const;
     void update();
     std::vector<Field> fieldsNow() const;
     void markMixed(std::vector<Field>& fields, std::vector<UUID> const& items) const;

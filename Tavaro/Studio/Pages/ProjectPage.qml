@@ -94,12 +94,19 @@ Item {
                 onClicked: command.trigger()
             }
         }
-        FilmArea {
-            Layout.fillWidth: true
-            Layout.fillHeight: true
-            Layout.minimumHeight: 160
-            desk: page.desk
-            name: page.name
+        RowLayout {
+            spacing: 0
+            FilmArea {
+                Layout.fillWidth: true
+                Layout.fillHeight: true
+                Layout.minimumHeight: 160
+                desk: page.desk
+                name: page.name
+            }
+            SidePanel {
+                Layout.fillHeight: true
+                desk: page.desk
+            }
         }
         TransportBar {
             Layout.fillWidth: true
