@@ -1,10 +1,13 @@
+#include <TavaroCore/Editing/RestoredWords.h>
 #include <TavaroCore/Editing/TranscriptEdits.h>
 
 #include "../Speech/SpokenFilm.h"
 
+#include <TavaroCore/Editing/TimelineEdits.h>
 #include <TavaroCore/Speech/TimelineWords.h>
 
 #include <algorithm>
+#include <array>
 #include <fmt/format.h>
 #include <gmock/gmock.h>
 #include <random>
@@ -264,4 +267,51 @@ TEST(ReplaceTranscriptText, afterRandomEditsTheFilmSaysTheTextAndUnchangedWordsK
         EXPECT_EQ(replaceTranscriptText(film, edited), TranscriptReplacement{});
         EXPECT_EQ(film, again);
     }
+}
+
+TEST(TranscriptRestoring, restoredWordsAreWhereTheyWereWithWhatIsSaidBesideThem) {
+    for (unsigned seed = 1; seed <= 60; ++seed) {
+        SCOPED_TRACE(seed);
+        std::mt19937 random(seed);
+        std::vector<std::string> texts;
+        for (int i = 0; i < 12; ++i) texts.push_back("w" + std::to_string(i));
+        auto project = counting(texts);
+        project.assetDurations["screen.mp4"] = project.duration();
+        auto const whole = textOf(project);
+        std::vector<UUID> cut;
+        for (auto const& word : (*project.transcript)->words) {
+            if (random() % 3 == 0) cut.push_back(word.id);
+        }
+        if (cut.size() == texts.size()) cut.pop_back();
+        deleteWords(project, cut);
+        auto const length = project.duration();
+        auto const back = std::vector(cut.begin(), cut.begin() + static_cast<std::ptrdiff_t>(cut.size() / 2));
+        auto const rest = std::vector(cut.begin() + static_cast<std::ptrdiff_t>(cut.size() / 2), cut.end());
+        auto const gained = restoreWords(project, back);
+        EXPECT_NEAR(gained, project.duration() - length, 1e-9);
+        auto const half = textOf(project);
+        for (auto const& word : (*project.transcript)->words) {
+            bool const isLeftOut = std::ranges::find(rest, word.id) != rest.end();
+            EXPECT_EQ((half + " ").find(word.text + " ") == std::string::npos, isLeftOut)
+                << word.text << " of " << half;
+        }
+        restoreWords(project, cut);
+        EXPECT_EQ(textOf(project), whole);
+        EXPECT_LE(project.duration(), static_cast<double>(texts.size() + 2) + 1e-6) << "nothing is shown twice";
+        EXPECT_EQ(restoreWords(project, cut), 0) << "they are shown already";
+    }
+}
+
+TEST(TranscriptRestoring, aWordFarFromAnyClipComesBackAloneAndWithItsSound) {
+    auto project = counting({"a", "b", "c", "d", "e", "f", "g", "h", "i"});
+    project.assetDurations = {{"screen.mp4", 11}, {"mic.m4a", 11}};
+    project.audioTracks = {{.role = AudioRole::microphone, .clips = {{.asset = "mic.m4a", .duration = 11}}}};
+    removeTimeRange(project, 1.9, 6.3);
+    ASSERT_EQ(textOf(project), "a h i"); // h, at 8, is shown for the most part
+    auto const d = (*project.transcript)->words[3].id;
+    EXPECT_NEAR(restoreWords(project, std::array{d}), 0.66, 1e-6);
+    EXPECT_EQ(textOf(project), "a d h i");
+    double sound = 0;
+    for (auto const& clip : project.audioTracks[0].clips) sound += clip.duration;
+    EXPECT_NEAR(sound, project.duration(), 1e-6);
 }
