@@ -26,10 +26,14 @@ bool isInsideClip(Session const& session) {
     return clip && session.playhead() - clip->start > 0.001 && clip->end() - session.playhead() > 0.001;
 }
 
+/// Held frames have none.
+bool hasSpeed(Session const& session) { return session.speed() > 0; }
+
 /// What is done by the window around the editor.
-template<char const* name> void want(Session& session) { Q_EMIT session.wanted(QString::fromUtf8(name)); }
+template<auto& name> void want(Session& session) { Q_EMIT session.wanted(QString::fromUtf8(name)); }
 constexpr char exportName[] = "export", exportAgainName[] = "exportAgain", copyFrameName[] = "copyFrame",
-               saveFrameName[] = "saveFrame";
+               saveFrameName[] = "saveFrame", speedDialog[] = "speed", renameDialog[] = "rename",
+               shortcutsDialog[] = "shortcuts";
 
 template<class Operation> void perform(Session& session) { session.perform(Operation{}); }
 
@@ -97,12 +101,9 @@ constexpr std::array commands{
     ListedCommand{"clearRange", "Clear Range", "Clip", "X", hasRange, [](Session& s) { s.clearRange(); }},
     ListedCommand{"cutRange", "Cut Range", "Clip", "Shift+Del", hasRange, cutRange},
     ListedCommand{"keepRange", "Keep Only Range", "Clip", "", hasRange, keepRange},
-    ListedCommand{"speedUp", "Double Speed", "Clip", "",
-                  [](Session const& s) { return hasRange(s) || hasSelectedClip(s) || hasVideo(s); },
-                  [](Session& s) { s.setSpeed(2); }},
-    ListedCommand{"slowDown", "Half Speed", "Clip", "",
-                  [](Session const& s) { return hasRange(s) || hasSelectedClip(s) || hasVideo(s); },
-                  [](Session& s) { s.setSpeed(0.5); }},
+    ListedCommand{"speedUp", "Double Speed", "Clip", "", hasSpeed, [](Session& s) { s.setSpeed(s.speed() * 2); }},
+    ListedCommand{"slowDown", "Half Speed", "Clip", "", hasSpeed, [](Session& s) { s.setSpeed(s.speed() / 2); }},
+    ListedCommand{"changeSpeed", "Change Speed…", "Clip", "Ctrl+R", hasSpeed, want<speedDialog>},
     ListedCommand{"holdFrame", "Hold Frame for a Second", "Clip", "H", hasVideo, [](Session& s) { s.insertTime(1); }},
     ListedCommand{"mute", "Mute or Unmute Clip", "Clip", "M", hasSelectedClip,
                   [](Session& s) { s.setClipsMuted(!isMuted(s)); }},
@@ -139,8 +140,11 @@ constexpr std::array commands{
                   perform<operations::RemoveFillers>},
     ListedCommand{"makeCaptions", "Make Captions from Speech", "Film", "", hasTranscript,
                   perform<operations::CaptionsFromTranscript>},
+    ListedCommand{"rename", "Rename…", "Film", "F2", always, want<renameDialog>},
     ListedCommand{"save", "Save", "Film", "Ctrl+S", [](Session const& s) { return !s.isSaved(); },
                   [](Session& s) { s.save(); }},
+    ListedCommand{"earlierSave", "Go Back to Earlier Save", "Film", "", always,
+                  [](Session& s) { s.goBackToEarlierSave(); }},
 
     ListedCommand{exportName, "Export…", "Film", "Ctrl+E", hasFilm, want<exportName>},
     ListedCommand{exportAgainName, "Export Again", "Film", "Ctrl+Shift+E", hasFilm, want<exportAgainName>},
@@ -157,6 +161,7 @@ constexpr std::array commands{
     ListedCommand{"toEnd", "To the End", "Go", "End", always, [](Session& s) { s.setPlayhead(s.duration()); }},
     ListedCommand{"toggleSnapping", "Snap While Dragging", "Go", "N", always,
                   [](Session& s) { s.setSnaps(!s.snaps()); }},
+    ListedCommand{"shortcuts", "Keyboard Shortcuts…", "Go", "F1", always, want<shortcutsDialog>},
 };
 
 }

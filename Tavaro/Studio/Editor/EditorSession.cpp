@@ -3,7 +3,9 @@
 #include <Tavaro/Model/Operations/OperationError.h>
 #include <Tavaro/Model/Operations/Perform.h>
 #include <Tavaro/Model/Project/ProjectInUse.h>
+#include <Tavaro/Studio/Editor/CaptionEditor.h>
 #include <Tavaro/Studio/Editor/EditorCommands.h>
+#include <Tavaro/Studio/Editor/ContextMenus.h>
 #include <Tavaro/Studio/Editor/ItemDrag.h>
 #include <Tavaro/Studio/Editor/ItemEdits.h>
 #include <Tavaro/Studio/Editor/StepList.h>
@@ -73,6 +75,7 @@ EditorSession::EditorSession(MainQueue& queue, std::shared_ptr<OpenProject> proj
     place_ = placeAt(document().timeline, std::clamp(view_.playhead, 0.0, duration()));
     selection_ = view_.selection;
     dropWhatIsGone();
+    stepsModel(); // which notes when each step is made
     polish_ = std::make_unique<PolishRun>(queue, *this);
     polish_->setParent(this);
     QObject::connect(polish_.get(), &PolishRun::changed, this, &EditorSession::updateCommands);
@@ -319,6 +322,13 @@ QStringList EditorSession::commandNames() const {
     return result;
 }
 
+QStringList EditorSession::menu(QString const& place) {
+    QStringList names;
+    for (auto const* name : contextMenu(enumNamed<MenuPlace>(place.toStdString()).value_or(MenuPlace::timeline)))
+        names.push_back(QString::fromUtf8(name));
+    return names;
+}
+
 EditorCommand* EditorSession::command(QString const& name) const {
     for (auto const& command : commands_) {
         if (command->name() == name) return command.get();
@@ -363,10 +373,34 @@ bool EditorSession::duplicateSelected() {
     return isChanged;
 }
 
-bool EditorSession::setSpeed(double rate) {
-    if (range_.duration > 0) return perform(operations::ChangeSpeed{range_.start, range_.end(), rate});
+/// The selected ones, or that at the playhead.
+std::vector<UUID> EditorSession::clipsInHand() const {
     auto clips = selectedOf(ItemKind::clip);
     if (auto const* clip = document().timeline.clip(playhead()); clips.empty() && clip) clips.push_back(clip->id);
+    return clips;
+}
+
+double EditorSession::speed() const {
+    if (range_.duration > 0) return 1;
+    double speed = 0;
+    for (auto const& id : clipsInHand()) {
+        auto const& clips = document().timeline.clips;
+        if (speed == 0) speed = std::ranges::find(clips, id, &VideoClip::id)->speed;
+    }
+    return speed;
+}
+
+double EditorSession::speedSeconds() const {
+    if (range_.duration > 0) return range_.duration;
+    double seconds = 0;
+    for (auto const& id : clipsInHand())
+        seconds += std::ranges::find(document().timeline.clips, id, &VideoClip::id)->duration;
+    return seconds;
+}
+
+bool EditorSession::setSpeed(double rate) {
+    if (range_.duration > 0) return perform(operations::ChangeSpeed{range_.start, range_.end(), rate});
+    auto const clips = clipsInHand();
     return edit(operations::ChangeSpeed::info.title, [&](DemoProject& project) {
         for (auto const& clip : clips) tavaro::setSpeed(project, clip, rate);
     });
@@ -385,6 +419,20 @@ bool EditorSession::rename(QString const& name) {
     return edit("Rename", [&](DemoProject& project) {
         tavaro::perform(project, {{"name", name.toStdString()}}, project_->package());
     });
+}
+
+void EditorSession::goBackToEarlierSave() {
+    importing_.ask([package = project_->package()] { return package.loadBackup(); },
+                   [this](Outcome<DemoProject> const& earlier) {
+                       attempt([&] {
+                           auto const& before = earlier.value();
+                           edit("Go Back to Earlier Save", [&](DemoProject& project) {
+                               auto const modifiedAt = project.modifiedAt; // belongs to the file
+                               project = before;
+                               project.modifiedAt = modifiedAt;
+                           });
+                       });
+                   });
 }
 
 bool EditorSession::add(QString const& kind, QString const& variety) {
@@ -556,6 +604,13 @@ QAbstractItemModel* EditorSession::stepsModel() {
     steps_ = std::make_unique<StepList>(*this);
     steps_->setParent(this);
     return steps_.get();
+}
+
+QObject* EditorSession::captionEditor() {
+    if (captions_) return captions_.get();
+    captions_ = std::make_unique<CaptionEditor>(*this, importing_);
+    captions_->setParent(this);
+    return captions_.get();
 }
 
 QAbstractItemModel* EditorSession::list(QString const& kind) {

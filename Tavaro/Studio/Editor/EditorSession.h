@@ -26,6 +26,7 @@
 
 namespace tavaro {
 
+class CaptionEditor;
 class InspectorModel;
 class ItemDrag;
 class MainQueue;
@@ -63,6 +64,7 @@ class EditorSession final : public QObject {
     Q_PROPERTY(QAbstractItemModel* transcript READ transcriptModel CONSTANT)
     Q_PROPERTY(QVariantList recentColors READ recentColors NOTIFY recentColorsChanged)
     Q_PROPERTY(QAbstractItemModel* steps READ stepsModel CONSTANT)
+    Q_PROPERTY(QObject* captions READ captionEditor CONSTANT)
 
 public:
     EditorSession(MainQueue& queue, std::shared_ptr<OpenProject> project);
@@ -130,6 +132,8 @@ public:
     Q_INVOKABLE tavaro::EditorCommand* command(QString const& name) const;
     std::vector<std::unique_ptr<EditorCommand>> const& commands() const { return commands_; }
     QStringList commandNames() const;
+    /// The commands of a context menu, by the name of a `MenuPlace`; one that begins with "-" begins a group.
+    Q_INVOKABLE static QStringList menu(QString const& place);
     Q_INVOKABLE void undo();
     Q_INVOKABLE void redo();
     QString undoName() const;
@@ -138,10 +142,18 @@ public:
     Q_INVOKABLE bool split(double at);
     Q_INVOKABLE bool removeSelected();
     Q_INVOKABLE bool duplicateSelected();
+    /// Of the range, times as fast as it is; else of the selected clips, or the clip at the playhead.
     Q_INVOKABLE bool setSpeed(double rate);
+    /// The speed of what `setSpeed` changes: of a range 1, of clips that of the first; 0 where there is none.
+    Q_INVOKABLE double speed() const;
+    /// The output seconds of it.
+    Q_INVOKABLE double speedSeconds() const;
     Q_INVOKABLE bool setClipsMuted(bool isMuted);
     Q_INVOKABLE bool insertTime(double seconds);
     Q_INVOKABLE bool rename(QString const& name);
+    /// The document as it was before the last save that changed it becomes the present one, as a step; read beside the
+    /// window.
+    Q_INVOKABLE void goBackToEarlierSave();
     /// New items at the playhead, selected: the names of `ItemKind`, and of an overlay's kind.
     Q_INVOKABLE bool add(QString const& kind, QString const& variety = {});
     /// The built-in backgrounds: {id, name, family, style, familyTitle}.
@@ -192,6 +204,8 @@ public:
     QAbstractItemModel* transcriptModel();
     /// A `StepList`.
     QAbstractItemModel* stepsModel();
+    /// A `CaptionEditor`.
+    QObject* captionEditor();
     /// The items of a kind as rows.
     Q_INVOKABLE QAbstractItemModel* list(QString const& kind);
 
@@ -223,6 +237,7 @@ private:
     void updateCommands();
     void lookAtClipboard();
     std::vector<UUID> selectedOf(ItemKind kind) const;
+    std::vector<UUID> clipsInHand() const;
     std::string selectionNoun() const;
     void keepView();
     void inspect();
@@ -242,6 +257,7 @@ private:
     QVariantList recentColors_;
     std::unique_ptr<TranscriptModel> transcript_;
     std::unique_ptr<StepList> steps_;
+    std::unique_ptr<CaptionEditor> captions_;
     bool canPaste_ = false;
     QTimer saving_, looking_;
     SideQueue importing_;

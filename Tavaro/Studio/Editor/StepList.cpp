@@ -9,8 +9,8 @@ namespace tavaro {
 
 namespace {
 
-enum Role { name, maker, agent, isUndone, isCurrent };
-constexpr std::array<char const*, 5> roleTexts{"name", "maker", "agent", "isUndone", "isCurrent"};
+enum Role { name, maker, agent, when, isUndone, isCurrent };
+constexpr std::array<char const*, 6> roleTexts{"name", "maker", "agent", "when", "isUndone", "isCurrent"};
 
 QString makerName(StepMaker maker) {
     switch (maker) {
@@ -24,11 +24,21 @@ QString makerName(StepMaker maker) {
 }
 
 StepList::StepList(EditorSession& session) : session_(session) {
-    QObject::connect(&session, &EditorSession::stepsChanged, this, &StepList::update);
+    QObject::connect(&session, &EditorSession::stepsChanged, this, [this] {
+        noteTimes();
+        update();
+    });
+    for (auto const& step : session.project().steps()) times_[step.number]; // nobody saw when
     update();
 }
 
 int StepList::doneSteps() const { return static_cast<int>(std::ranges::count(steps_, false, &ListedStep::isUndone)); }
+
+/// The history does not say when; here each is seen as soon as it is made.
+void StepList::noteTimes() {
+    auto const now = QTime::currentTime();
+    for (auto const& step : session_.project().steps()) times_.try_emplace(step.number, now);
+}
 
 void StepList::update() {
     steps_ = session_.project().steps();
@@ -37,6 +47,7 @@ void StepList::update() {
     for (std::size_t i = 0; i < steps_.size(); ++i)
         rows.push_back({steps_[i].number, (steps_[i].isUndone ? 1u : 0u) + (i + 1 == current ? 2u : 0u)});
     showRows(rows);
+    Q_EMIT currentChanged();
 }
 
 QHash<int, QByteArray> StepList::roleNames() const {
@@ -53,6 +64,7 @@ QVariant StepList::data(QModelIndex const& index, int role) const {
     case Role::name: return toQString(step->name);
     case Role::maker: return makerName(step->maker);
     case Role::agent: return toQString(step->agent);
+    case Role::when: return times_.contains(step->number) ? times_.at(step->number).toString(u"HH:mm:ss") : QString();
     case Role::isUndone: return step->isUndone;
     case Role::isCurrent: return step - steps_.begin() + 1 == doneSteps();
     default: return role == Qt::DisplayRole ? toQString(step->name) : QVariant();

@@ -18,6 +18,7 @@ Item {
     readonly property EditorSession session: desk?.session ?? null
 
     property EditorDesk shown: null
+    signal shortcutsWanted
 
     function show() {
         if (shown === desk) return;
@@ -26,6 +27,16 @@ Item {
         if (!desk) return;
         desk.setDark(Theme.isDark);
         desk.showIn(timeline.item);
+    }
+
+    function want(command: string) {
+        if (command === "speed") speed.ask();
+        else if (command === "rename") title.rename();
+        else if (command === "shortcuts") shortcutsWanted();
+    }
+    function showMenu(area: Item, x: double, y: double, place: string) {
+        context.names = session.menu(place);
+        context.popup(area, x, y);
     }
 
     onDeskChanged: show()
@@ -49,7 +60,14 @@ Item {
     Connections {
         target: page.session
         function onTold(sentence: string) { Studio.failed(sentence) }
+        function onWanted(command: string) { page.want(command) }
     }
+    Connections {
+        target: timeline.item
+        function onMenuWanted(x: double, y: double, place: string) { page.showMenu(timeline.item, x, y, place) }
+    }
+    CommandMenu { id: context; session: page.session }
+    SpeedDialog { id: speed; session: page.session }
     EditorShortcuts { session: page.session; playback: page.desk?.preview.playback ?? null }
     ExportActions { session: page.session }
     Shortcut { sequences: [StandardKey.Close]; onActivated: Studio.projects.close(page.row) }
@@ -64,18 +82,27 @@ Item {
             Layout.leftMargin: Theme.pageMargin
             spacing: 4
 
-            Label {
-                text: page.name
-                font { pixelSize: Theme.headingSize; weight: Font.DemiBold }
-                elide: Text.ElideRight
+            ProjectTitle {
+                id: title
+
                 Layout.maximumWidth: page.width / 2
-                Accessible.role: Accessible.Heading
+                name: page.name
+                session: page.session
             }
             Label {
                 Layout.fillWidth: true
                 Layout.leftMargin: 8
                 text: page.session?.polish.isRunning ? qsTr("Polishing…") : page.project?.length ?? ""
                 color: Theme.colors.secondaryText
+            }
+            ToolButton {
+                id: all
+
+                icon.source: Theme.icon("list")
+                ToolTip.text: qsTr("All commands")
+                onClicked: commands.popup(all, 0, all.height)
+
+                EditorMenu { id: commands; session: page.session }
             }
             EditorButton { session: page.session; name: "undo"; picture: "arrow-counterclockwise"; detail: page.session?.undoName ?? "" }
             EditorButton { session: page.session; name: "redo"; picture: "arrow-clockwise"; detail: page.session?.redoName ?? "" }
@@ -97,11 +124,18 @@ Item {
         RowLayout {
             spacing: 0
             FilmArea {
+                id: film
+
                 Layout.fillWidth: true
                 Layout.fillHeight: true
                 Layout.minimumHeight: 160
                 desk: page.desk
                 name: page.name
+
+                TapHandler {
+                    acceptedButtons: Qt.RightButton
+                    onTapped: point => page.showMenu(film, point.position.x, point.position.y, "film")
+                }
             }
             SidePanel {
                 Layout.fillHeight: true

@@ -19,11 +19,14 @@ Rectangle {
         { name: "cursor", title: qsTr("Pointer and clicks"), icon: "cursor", source: "PointerPanel.qml" },
         { name: "camera", title: qsTr("Camera"), icon: "person-video", source: "CameraPanel.qml" },
         { name: "overlays", title: qsTr("Texts, keys and shapes"), icon: "keyboard", source: "OverlaysPanel.qml" },
-        { name: "captions", title: qsTr("Captions"), icon: "badge-cc", source: "CaptionLookPanel.qml" },
+        { name: "transcript", title: qsTr("Transcript"), icon: "cursor-text", source: "TranscriptPanel.qml", stays: true },
+        { name: "captionTexts", title: qsTr("Captions"), icon: "badge-cc", source: "CaptionsPanel.qml", stays: true },
+        { name: "captions", title: qsTr("Looks of captions"), icon: "palette", source: "CaptionLookPanel.qml" },
         { name: "sound", title: qsTr("Sound and voice-over"), icon: "volume-up", source: "SoundPanel.qml" },
         { name: "privacy", title: qsTr("Privacy"), icon: "shield-lock", source: "PrivacyPanel.qml" },
         { name: "cards", title: qsTr("Cards and watermark"), icon: "textarea-t", source: "CardsPanel.qml" },
         { name: "polish", title: qsTr("Auto Polish"), icon: "magic", source: "PolishPanel.qml", stays: true },
+        { name: "steps", title: qsTr("Steps"), icon: "clock-history", source: "StepsPanel.qml", stays: true },
     ]
     property bool isFolded: false
     property bool isOnSelection: false

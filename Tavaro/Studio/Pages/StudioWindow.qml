@@ -33,6 +33,8 @@ ApplicationWindow {
     Shortcut { sequences: ["Ctrl+2", StandardKey.New]; onActivated: window.goTo("record", -1) }
     Shortcut { sequences: ["Ctrl+3"]; onActivated: window.goTo("exports", -1) }
     Shortcut { sequences: ["Ctrl+,"]; onActivated: window.goTo("settings", -1) }
+    Shortcut { sequences: ["Ctrl+?"]; onActivated: shortcuts.open() }
+    Shortcut { sequence: "F1"; enabled: window.place !== "project"; onActivated: shortcuts.open() }
     Shortcut { sequences: [StandardKey.Quit]; onActivated: window.close() }
 
     Connections {
@@ -101,7 +103,7 @@ ApplicationWindow {
     Component { id: record; RecorderPage { recorder: window.recorder; keys: Studio.recorder.keys; firstTake: Studio.recorder.firstTake } }
     Component { id: exports; ExportsPage { queue: Studio.exports.queue } }
     Component { id: settings; SettingsPage {} }
-    Component { id: projectPage; ProjectPage { row: window.project } }
+    Component { id: projectPage; ProjectPage { row: window.project; onShortcutsWanted: shortcuts.open() } }
 
     ArrivalArea { anchors.fill: parent }
     Toast {
@@ -128,5 +130,6 @@ ApplicationWindow {
         visible: Studio.isClosed && queue.activeCount > 0
         onWanted: Studio.bringBack()
     }
+    ShortcutSheet { id: shortcuts }
     FailureDialog { id: failure }
 }

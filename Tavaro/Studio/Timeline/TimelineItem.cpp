@@ -53,7 +53,7 @@ Qt::CursorShape cursorOf(TimelineHit const& hit) {
 TimelineItem::TimelineItem(QQuickItem* parent) : QQuickItem(parent) {
     setFlag(ItemHasContents);
     setClip(true);
-    setAcceptedMouseButtons(Qt::LeftButton);
+    setAcceptedMouseButtons(Qt::LeftButton | Qt::RightButton);
     setAcceptHoverEvents(true);
     setActiveFocusOnTab(true);
     edgeScroll_.setInterval(edgeInterval);
@@ -288,29 +288,60 @@ void TimelineItem::itemChange(ItemChange change, ItemChangeData const& value) {
 void TimelineItem::mousePressEvent(QMouseEvent* event) {
     forceActiveFocus(Qt::MouseFocusReason);
     if (!project_) return;
+    if (event->button() == Qt::RightButton) return openMenu(event->position().x(), event->position().y());
     pointer_ = pointerOf(*event);
     perform(gestures_.press(gestureScene(), pointer_));
     edgeScroll_.start();
 }
 
 void TimelineItem::mouseMoveEvent(QMouseEvent* event) {
-    if (!project_) return;
+    if (!project_ || !event->buttons().testFlag(Qt::LeftButton)) return;
     pointer_ = pointerOf(*event);
     perform(gestures_.move(gestureScene(), pointer_));
 }
 
 void TimelineItem::mouseReleaseEvent(QMouseEvent* event) {
+    if (event->button() != Qt::LeftButton) return;
     edgeScroll_.stop();
     if (project_) perform(gestures_.release(gestureScene(), pointerOf(*event)));
 }
 
 void TimelineItem::mouseDoubleClickEvent(QMouseEvent* event) {
-    if (project_) perform(gestures_.doubleClick(gestureScene(), pointerOf(*event)));
+    if (project_ && event->button() == Qt::LeftButton)
+        perform(gestures_.doubleClick(gestureScene(), pointerOf(*event)));
 }
 
 void TimelineItem::mouseUngrabEvent() {
     edgeScroll_.stop();
     if (!gestures_.isIdle()) perform(gestures_.cancel());
+}
+
+/// What the menu does is done where it was asked for: the playhead goes there, and what is there is selected.
+void TimelineItem::openMenu(double x, double y) {
+    perform(gestures_.cancel());
+    auto const hit = hitTest({layout_, view_, *project_, playhead_}, x, y);
+    if (hit.part != TimelinePart::head) {
+        ask(timelineIntents::Scrub{hit.time});
+        ask(timelineIntents::ScrubEnded{});
+    }
+    bool const isItem = isOnItem(hit.part) && hit.place.item.kind != LaneItemKind::card;
+    if (isItem && !selection_.contains(hit.place.item.id)) ask(timelineIntents::Select{{hit.place.item.id}});
+    wantMenu({x, y}, isItem ? &hit.place.item : nullptr);
+}
+
+void TimelineItem::openMenuByKey() {
+    if (!project_) return;
+    auto const place = selection_.empty() ? std::nullopt : layout_.find(*selection_.begin());
+    if (!place) return wantMenu({view_.x(playhead_), TimelineView::rulerHeight}, nullptr);
+    auto const box = layout_.box(view_, *place);
+    wantMenu({box.x, box.bottom()}, &place->item);
+}
+
+void TimelineItem::wantMenu(QPointF at, LaneItem const* item) {
+    auto const x = std::clamp(at.x(), TimelineView::headerWidth, std::max(width(), TimelineView::headerWidth));
+    auto const y = std::clamp(at.y(), 0.0, height());
+    auto const* place = !item ? "timeline" : item->kind == LaneItemKind::clip ? "clip" : "item";
+    Q_EMIT menuWanted(x, y, QString::fromUtf8(place));
 }
 
 void TimelineItem::scrollAtEdges() {
@@ -380,6 +411,9 @@ void TimelineItem::keyPressEvent(QKeyEvent* event) {
     case Qt::Key_Minus: return zoomOut();
     case Qt::Key_0: return hasControl ? fit() : QQuickItem::keyPressEvent(event);
     case Qt::Key_Z: return event->modifiers() == Qt::ShiftModifier ? fit() : QQuickItem::keyPressEvent(event);
+    case Qt::Key_Menu: return openMenuByKey();
+    case Qt::Key_F10:
+        return event->modifiers() == Qt::ShiftModifier ? openMenuByKey() : QQuickItem::keyPressEvent(event);
     case Qt::Key_BracketLeft: return selectNeighbour(false);
     case Qt::Key_BracketRight: return selectNeighbour(true);
     default: QQuickItem::keyPressEvent(event);

@@ -86,6 +86,8 @@ public:
 Q_SIGNALS:
     void viewChanged();
     void snapsChanged();
+    /// A context menu at a point; `place` is the name of what it is of: "clip", "item", "timeline".
+    void menuWanted(double x, double y, QString const& place);
 
 protected:
     QSGNode* updatePaintNode(QSGNode* node, UpdatePaintNodeData* data) override;
@@ -111,6 +113,9 @@ private:
     void perform(TimelineGestures::Intents const& intents);
     void scrollAtEdges();
     void updateHover(double x, double y);
+    void openMenu(double x, double y);
+    void openMenuByKey();
+    void wantMenu(QPointF at, LaneItem const* item);
     std::function<void()> repaint();
 
     DemoProject const* project_ = nullptr;

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "../Editor/TestEditor.h"
+#include "../Playback/FakeOutput.h"
+
+#include <Tavaro/Studio/Desk/EditorDesk.h>
+
+#include <QQuickItem>
+#include <QQuickView>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace tavaro {
+
+/// A page of an open project in a window without a display, worked by mouse and keys, and what Qt complained of.
+class ShownPage {
+public:
+    /// `file` of Tavaro/Studio/Pages, of which each has a `desk`.
+    ShownPage(std::string const& file, DemoProject document);
+    ~ShownPage();
+
+    DemoProject const& document() const { return project.document(); }
+    EditorSession& session() { return *desk->session(); }
+    QObject* model(char const* property) { return session().property(property).value<QObject*>(); }
+
+    /// What has that name for who does not see it, and shows; null for nothing.
+    QQuickItem* find(QString const& name) const;
+    /// Waits for it to be there, and presses it in its middle.
+    void click(QString const& name);
+    void clickAt(QQuickItem const& item, QPointF place);
+    void press(Qt::Key key, Qt::KeyboardModifiers modifiers = {});
+    void type(std::string const& text);
+    void waitForItem(QString const& name) const;
+
+    std::vector<std::string> warnings;
+    MainQueue queue;
+    QueueInLoop loop{queue};
+    TestProject project;
+    std::shared_ptr<FakeDevice> device = std::make_shared<FakeDevice>();
+    std::unique_ptr<EditorDesk> desk;
+    std::unique_ptr<QQuickView> view;
+};
+
+}
