@@ -26,15 +26,6 @@ bool isInsideClip(Session const& session) {
     return clip && session.playhead() - clip->start > 0.001 && clip->end() - session.playhead() > 0.001;
 }
 
-/// Held frames have none.
-bool hasSpeed(Session const& session) { return session.speed() > 0; }
-
-/// What is done by the window around the editor.
-template<auto& name> void want(Session& session) { Q_EMIT session.wanted(QString::fromUtf8(name)); }
-constexpr char exportName[] = "export", exportAgainName[] = "exportAgain", copyFrameName[] = "copyFrame",
-               saveFrameName[] = "saveFrame", speedDialog[] = "speed", renameDialog[] = "rename",
-               shortcutsDialog[] = "shortcuts";
-
 template<class Operation> void perform(Session& session) { session.perform(Operation{}); }
 
 void trimTo(Session& session, ClipEdge edge) {
@@ -69,6 +60,15 @@ bool isMuted(Session const& session) {
     }
     return false;
 }
+
+/// Held frames have none.
+bool hasSpeed(Session const& session) { return session.speed() > 0; }
+
+/// What is done by the window around the editor.
+template<auto& name> void want(Session& session) { Q_EMIT session.wanted(QString::fromUtf8(name)); }
+constexpr char exportName[] = "export", exportAgainName[] = "exportAgain", copyFrameName[] = "copyFrame",
+               saveFrameName[] = "saveFrame", speedDialog[] = "speed", renameDialog[] = "rename",
+               shortcutsDialog[] = "shortcuts";
 
 template<int kind> void add(Session& session) {
     session.add(QString::fromUtf8(namesOf(ItemKind{})[static_cast<std::size_t>(kind)].data()));
@@ -140,9 +140,9 @@ constexpr std::array commands{
                   perform<operations::RemoveFillers>},
     ListedCommand{"makeCaptions", "Make Captions from Speech", "Film", "", hasTranscript,
                   perform<operations::CaptionsFromTranscript>},
-    ListedCommand{"rename", "Rename…", "Film", "F2", always, want<renameDialog>},
     ListedCommand{"save", "Save", "Film", "Ctrl+S", [](Session const& s) { return !s.isSaved(); },
                   [](Session& s) { s.save(); }},
+    ListedCommand{"rename", "Rename…", "Film", "F2", always, want<renameDialog>},
     ListedCommand{"earlierSave", "Go Back to Earlier Save", "Film", "", always,
                   [](Session& s) { s.goBackToEarlierSave(); }},
 

@@ -52,27 +52,30 @@ Rectangle {
             Item { Layout.fillWidth: true }
 
             component Act: ToolButton {
-                implicitWidth: 28
+                implicitWidth: 24
                 implicitHeight: 28
-                padding: 6
+                padding: 4
+                horizontalPadding: 4
                 icon { width: 14; height: 14 }
             }
-            Act {
-                enabled: field.cursorPosition > 0 && field.cursorPosition < field.length
-                icon.source: Theme.icon("scissors")
-                ToolTip.text: qsTr("Split at the text cursor (Ctrl+Return)")
-                onClicked: row.captions.split(row.identity, field.cursorPosition)
-            }
-            Act {
-                enabled: !row.isLast
-                icon.source: Theme.icon("link-45deg")
-                ToolTip.text: qsTr("Join with the next caption")
-                onClicked: row.captions.joinWithNext(row.identity)
-            }
-            Act {
-                icon.source: Theme.icon("trash")
-                ToolTip.text: qsTr("Delete this caption")
-                onClicked: row.captions.remove(row.identity)
+            Row {
+                Act {
+                    enabled: field.cursorPosition > 0 && field.cursorPosition < field.length
+                    icon.source: Theme.icon("scissors")
+                    ToolTip.text: qsTr("Split at the text cursor (Ctrl+Return)")
+                    onClicked: row.captions.split(row.identity, field.cursorPosition)
+                }
+                Act {
+                    enabled: !row.isLast
+                    icon.source: Theme.icon("link-45deg")
+                    ToolTip.text: qsTr("Join with the next caption")
+                    onClicked: row.captions.joinWithNext(row.identity)
+                }
+                Act {
+                    icon.source: Theme.icon("trash")
+                    ToolTip.text: qsTr("Delete this caption")
+                    onClicked: row.captions.remove(row.identity)
+                }
             }
         }
         CaptionText {

@@ -18,7 +18,7 @@ TextField {
         reset();
     }
 
-    implicitWidth: 72
+    implicitWidth: Math.max(58, contentWidth + leftPadding + rightPadding + 2)
     implicitHeight: 28
     leftPadding: 6
     rightPadding: 6

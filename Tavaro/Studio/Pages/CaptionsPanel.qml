@@ -16,7 +16,7 @@ Item {
     property string said
 
     ColumnLayout {
-        anchors { fill: parent; margins: 16; bottomMargin: 0 }
+        anchors { fill: parent; margins: 12; bottomMargin: 0 }
         spacing: 8
 
         RowLayout {

@@ -16,6 +16,7 @@ MenuItem {
     text: [command?.title ?? "", detail].filter(Boolean).join(" ")
     enabled: command?.enabled ?? false
     topPadding: beginsGroup ? 9 : 0
+    topInset: topPadding
     implicitHeight: beginsGroup ? 39 : 30
     rightPadding: keys.implicitWidth > 0 ? keys.implicitWidth + 34 : 14
     onTriggered: command.trigger()

@@ -130,6 +130,6 @@ ApplicationWindow {
         visible: Studio.isClosed && queue.activeCount > 0
         onWanted: Studio.bringBack()
     }
-    ShortcutSheet { id: shortcuts }
     FailureDialog { id: failure }
+    ShortcutSheet { id: shortcuts }
 }
