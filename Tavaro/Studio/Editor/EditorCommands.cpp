@@ -61,8 +61,11 @@ bool isMuted(Session const& session) {
     return false;
 }
 
-/// Held frames have none.
-bool hasSpeed(Session const& session) { return session.speed() > 0; }
+/// A held frame has none.
+bool hasSpeed(Session const& session) {
+    auto const* clip = session.document().timeline.clip(session.playhead());
+    return hasRange(session) || hasSelectedClip(session) || (clip && clip->speed > 0);
+}
 
 /// What is done by the window around the editor.
 template<auto& name> void want(Session& session) { Q_EMIT session.wanted(QString::fromUtf8(name)); }

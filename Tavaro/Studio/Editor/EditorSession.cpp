@@ -4,8 +4,8 @@
 #include <Tavaro/Model/Operations/Perform.h>
 #include <Tavaro/Model/Project/ProjectInUse.h>
 #include <Tavaro/Studio/Editor/CaptionEditor.h>
-#include <Tavaro/Studio/Editor/EditorCommands.h>
 #include <Tavaro/Studio/Editor/ContextMenus.h>
+#include <Tavaro/Studio/Editor/EditorCommands.h>
 #include <Tavaro/Studio/Editor/ItemDrag.h>
 #include <Tavaro/Studio/Editor/ItemEdits.h>
 #include <Tavaro/Studio/Editor/StepList.h>
@@ -375,9 +375,9 @@ bool EditorSession::duplicateSelected() {
 
 /// The selected ones, or that at the playhead.
 std::vector<UUID> EditorSession::clipsInHand() const {
-    auto clips = selectedOf(ItemKind::clip);
-    if (auto const* clip = document().timeline.clip(playhead()); clips.empty() && clip) clips.push_back(clip->id);
-    return clips;
+    if (hasSelected(ItemKind::clip)) return selectedOf(ItemKind::clip);
+    auto const* clip = document().timeline.clip(playhead());
+    return clip ? std::vector{clip->id} : std::vector<UUID>();
 }
 
 double EditorSession::speed() const {
