@@ -122,7 +122,7 @@ TEST_F(ExportFormTest, aMarkedPartIsOfferedAndWhatCannotBeWrittenIsSaidBeforehan
     waitFor([&] { return !form.problem().isEmpty(); });
     EXPECT_TRUE(form.problem().endsWith("is not a folder."));
     EXPECT_FALSE(form.submit());
-    session->edit({"Nothing"}, [](DemoProject& project) { project.timeline.clips.clear(); });
+    open->edit("Nothing", [](DemoProject& project) { project.timeline.clips.clear(); });
     form.setFolderUrl(url(folder.path()));
     EXPECT_EQ(form.problem(), "The film is empty.");
     waitFor([&] { return exports.isIdle(); });
