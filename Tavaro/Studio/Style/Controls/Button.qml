@@ -29,6 +29,7 @@ T.Button {
     icon { width: Theme.iconSize; height: Theme.iconSize; color: ink }
 
     Accessible.name: text || T.ToolTip.text
+    Accessible.description: enabled ? "" : qsTr("Not available now")
     Accessible.onPressAction: Reach.press(control)
     Keys.onReturnPressed: Reach.press(control)
     Keys.onEnterPressed: Reach.press(control)

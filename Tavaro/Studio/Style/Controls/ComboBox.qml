@@ -13,6 +13,7 @@ T.ComboBox {
     leftPadding: 12
     rightPadding: 32
     hoverEnabled: true
+    Accessible.description: enabled ? "" : qsTr("Not available now")
     Accessible.onPressAction: Reach.press(control)
     Keys.onReturnPressed: Reach.press(control)
 

@@ -14,6 +14,7 @@ T.ItemDelegate {
     hoverEnabled: true
     icon { width: Theme.iconSize; height: Theme.iconSize; color: Theme.colors.secondaryText }
     Accessible.name: text
+    Accessible.description: enabled ? "" : qsTr("Not available now")
     Accessible.onPressAction: Reach.press(control)
 
     contentItem: IconLabel {

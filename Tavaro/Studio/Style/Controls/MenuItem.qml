@@ -16,6 +16,7 @@ T.MenuItem {
     spacing: 10
     icon { width: Theme.iconSize; height: Theme.iconSize; color: isDangerous ? ink : Theme.colors.secondaryText }
     Accessible.name: text
+    Accessible.description: enabled ? "" : qsTr("Not available now")
     Accessible.onPressAction: Reach.press(control)
 
     contentItem: IconLabel {

@@ -20,6 +20,7 @@ T.TabButton {
     icon { width: Theme.iconSize; height: Theme.iconSize; color: checked ? Theme.colors.accentText : ink }
 
     Accessible.name: text
+    Accessible.description: enabled ? "" : qsTr("Not available now")
     Accessible.onPressAction: Reach.press(control)
     Keys.onReturnPressed: Reach.press(control)
     Keys.onEnterPressed: Reach.press(control)

@@ -11,6 +11,7 @@ T.RadioButton {
     spacing: 10
     hoverEnabled: true
     Accessible.name: text
+    Accessible.description: enabled ? "" : qsTr("Not available now")
     Accessible.onPressAction: Reach.press(control)
     Accessible.onToggleAction: Reach.press(control)
 

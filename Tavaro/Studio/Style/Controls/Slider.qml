@@ -13,6 +13,7 @@ T.Slider {
     implicitHeight: horizontal ? Theme.controlHeight : 160
     padding: 8
     hoverEnabled: true
+    Accessible.description: enabled ? "" : qsTr("Not available now")
     Accessible.onIncreaseAction: { increase(); moved(); }
     Accessible.onDecreaseAction: { decrease(); moved(); }
 

@@ -37,6 +37,7 @@ T.SpinBox {
         bottom: Math.min(control.from, control.to)
         top: Math.max(control.from, control.to)
     }
+    Accessible.description: enabled ? "" : qsTr("Not available now")
     Accessible.onIncreaseAction: { increase(); valueModified(); }
     Accessible.onDecreaseAction: { decrease(); valueModified(); }
 

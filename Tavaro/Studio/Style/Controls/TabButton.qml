@@ -15,6 +15,7 @@ T.TabButton {
     font.weight: Font.Medium
     icon { width: Theme.iconSize; height: Theme.iconSize; color: checked ? Theme.colors.text : Theme.colors.secondaryText }
     Accessible.name: text
+    Accessible.description: enabled ? "" : qsTr("Not available now")
     Accessible.onPressAction: Reach.press(control)
 
     contentItem: IconLabel {

@@ -17,6 +17,7 @@ T.TextField {
     selectByMouse: true
     hoverEnabled: true
     Accessible.name: placeholderText
+    Accessible.description: enabled ? "" : qsTr("Not available now")
 
     Text {
         anchors.fill: parent

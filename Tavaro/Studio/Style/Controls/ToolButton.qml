@@ -21,6 +21,7 @@ T.ToolButton {
     ToolTip.visible: hovered && ToolTip.text !== ""
     ToolTip.delay: 600
     Accessible.name: text || ToolTip.text
+    Accessible.description: enabled ? "" : qsTr("Not available now")
     Accessible.onPressAction: Reach.press(control)
     Keys.onReturnPressed: Reach.press(control)
     Keys.onEnterPressed: Reach.press(control)
