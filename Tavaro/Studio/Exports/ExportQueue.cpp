@@ -362,7 +362,7 @@ QString ExportQueue::pace(Row const& row) const {
     if (!frames) return {};
     auto const rate = settingsFor(row.record.choices, *row.document).fps;
     auto const speed = *frames / static_cast<double>(rate);
-    auto text = QStringLiteral(" · %1× as fast as it plays").arg(speed, 0, 'f', speed < 10 ? 1 : 0);
+    auto text = QStringLiteral(" · %1× real time").arg(speed, 0, 'f', speed < 10 ? 1 : 0);
     if (auto const left = row.pace->secondsLeft(now))
         text += QStringLiteral(" · %1 left").arg(exportText::about(*left));
     return text;

@@ -11,14 +11,18 @@ Card {
     required property ExportQueue queue
 
     visible: queue.activeCount > 0
-    implicitHeight: 60
+    implicitHeight: words.height + 40
     Accessible.role: Accessible.Grouping
     Accessible.name: queue.summary
 
     Label {
+        id: words
+
         anchors { left: parent.left; right: cancel.left; top: parent.top; leftMargin: 12; topMargin: 10 }
         text: activity.queue.summary
-        elide: Text.ElideMiddle
+        wrapMode: Text.Wrap
+        maximumLineCount: 2
+        elide: Text.ElideRight
         font.pixelSize: Theme.captionSize
     }
     ToolButton {

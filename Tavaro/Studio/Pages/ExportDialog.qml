@@ -21,6 +21,7 @@ Dialog {
         if (form.submit()) close();
     }
 
+    parent: Overlay.overlay
     width: Math.min(860, parent ? parent.width - 32 : 860)
     bottomPadding: 8
 

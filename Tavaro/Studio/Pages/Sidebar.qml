@@ -112,7 +112,7 @@ Rectangle {
             }
         }
         ExportActivity { Layout.fillWidth: true; Layout.bottomMargin: 8; queue: Studio.exports.queue }
-        ActivityList { Layout.fillWidth: true }
+        ActivityList { Layout.fillWidth: true; Layout.fillHeight: false }
         NavigationButton {
             Layout.fillWidth: true
             text: qsTr("Settings")
