@@ -17,7 +17,7 @@ struct ExportMeasure {
     std::int64_t width = 0;
     std::int64_t height = 0;
     std::int64_t frames = 0;
-    double seconds = 0; // in which they were drawn and written
+    double seconds = 0; // from its start to its end
     std::int64_t estimatedBytes = 0;
     std::int64_t bytes = 0;
 

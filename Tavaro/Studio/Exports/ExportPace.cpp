@@ -14,7 +14,6 @@ void ExportPace::note(ExportProgress const& progress, double now) {
     changed_ = now;
     progress_ = progress;
     if (progress.stage != ExportStage::rendering) return;
-    if (!began_) began_ = now;
     auto const isNext = moments_.empty() || now - moments_.back().at >= apart;
     if (isNext) moments_.push_back({now, static_cast<double>(progress.framesWritten)});
     while (moments_.size() > 2 && now - moments_[1].at >= memory) moments_.pop_front();

@@ -10,7 +10,7 @@ namespace tavaro {
 /// How an export under way gets on, from its progress at moments of some clock, in seconds.
 class ExportPace {
 public:
-    explicit ExportPace(double now) : changed_(now) {}
+    explicit ExportPace(double now) : started_(now), changed_(now) {}
 
     void note(ExportProgress const& progress, double now);
 
@@ -20,8 +20,8 @@ public:
     std::optional<double> secondsLeft(double now) const;
     /// Seconds without any progress.
     double still(double now) const { return now - changed_; }
-    /// Seconds since the first frame was drawn; 0 before.
-    double drawing(double now) const { return began_ ? now - *began_ : 0; }
+    /// Seconds since it was started.
+    double elapsed(double now) const { return now - started_; }
 
 private:
     struct Moment {
@@ -30,8 +30,8 @@ private:
     };
 
     ExportProgress progress_;
-    double changed_;              // when it last told of progress
-    std::optional<double> began_; // to draw
+    double started_;
+    double changed_; // when it last told of progress
     std::deque<Moment> moments_;
 };
 

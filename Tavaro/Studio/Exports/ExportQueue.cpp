@@ -243,7 +243,7 @@ void ExportQueue::measure(Row const& row, ExportedFilm const& film) {
                          .width = film.width,
                          .height = film.height,
                          .frames = film.frames,
-                         .seconds = row.pace->drawing(mediaClockNow()),
+                         .seconds = row.pace->elapsed(mediaClockNow()),
                          .estimatedBytes = film.estimatedBytes,
                          .bytes = film.bytes.value_or(0)});
     if (measures_.size() > keptMeasures) measures_.erase(measures_.begin());
