@@ -120,7 +120,8 @@ void FilmHandles::see() {
     if (hands_) {
         bool const isWorked = preview_ && !preview_->playback()->isPlaying() && !isComparing_;
         if (!isWorked && hands_->things().empty()) return look();
-        hands_->see(isWorked ? preview_->picture().places : nullptr);
+        // A picture of before the latest edit would take things back to where they were.
+        if (!isWorked || preview_->isCurrent()) hands_->see(isWorked ? preview_->picture().places : nullptr);
     }
     refresh();
 }

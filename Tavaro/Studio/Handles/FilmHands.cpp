@@ -63,6 +63,7 @@ FilmThing grownBy(FilmThing thing, double factor) {
 
 void FilmHands::see(std::shared_ptr<FramePlaces const> places) {
     places_ = std::move(places);
+    expected_.clear();
     refresh();
 }
 
@@ -71,6 +72,10 @@ void FilmHands::refresh() {
     if (!selection.empty()) isCameraChosen_ = false;
     things_.clear();
     if (places_) things_ = thingsOf(session_.document(), *places_, {selection, tool_ == FilmTool::crop});
+    for (auto& thing : things_) {
+        auto const isIt = [&](FilmThing const& each) { return each.isSame(thing); };
+        if (auto const there = std::ranges::find_if(expected_, isIt); there != expected_.end()) thing = *there;
+    }
     selected_.clear();
     std::ranges::copy_if(things_, std::back_inserter(selected_), [&](auto const& each) { return isSelected(each); });
 }
@@ -171,17 +176,27 @@ std::string FilmHands::stepName(FilmGrip grip, std::vector<FilmThing> const& thi
     return fmt::format("{} {}", verbOf(grip), noun);
 }
 
-void FilmHands::step(FunctionRef<void(DemoProject&)> change) {
+/// Whether it changed anything.
+bool FilmHands::step(FunctionRef<void(DemoProject&)> change) {
+    auto const revision = session_.project().revision();
     if (step_) session_.attempt([&] { step_->change(change); });
+    return session_.project().revision() != revision;
+}
+
+/// The next picture comes later than the next key may.
+void FilmHands::expect(std::vector<FilmThing> things) {
+    expected_ = std::move(things);
+    refresh();
 }
 
 void FilmHands::drag(FilmPointer const& pointer) {
     auto const target = drag_->to(pointer);
     guides_ = target.guides;
-    step([&](DemoProject& project) {
+    bool const isChanged = step([&](DemoProject& project) {
         for (std::size_t i = 0; i < target.things.size(); ++i)
             carryOut({drag_->before()[i], target.things[i], drag_->grip()}, project, *stepPlaces_);
     });
+    if (isChanged) expect(target.things);
 }
 
 void FilmHands::draw(FilmPointer const& pointer) {
@@ -208,10 +223,12 @@ void FilmHands::release(FilmPointer const& pointer) {
 
 void FilmHands::cancel() {
     if (step_ && press_) session_.attempt([&] { step_->takeBack(); });
+    expected_.clear();
     press_.reset();
     drag_.reset();
     drawn_.reset();
     rest();
+    refresh();
 }
 
 void FilmHands::rest() {
@@ -245,12 +262,12 @@ bool FilmHands::changeSelected(FilmGrip grip) {
         keyed_ = selected_;
     }
     auto const held = keyedFactor_ == 1 ? FilmGrip::body : FilmGrip::bottomRight;
-    step([&](DemoProject& project) {
-        for (auto const& thing : keyed_) {
-            auto const becomes = movedBy(grownBy(thing, keyedFactor_), keyedBy_);
-            carryOut({thing, becomes, held}, project, *stepPlaces_);
-        }
+    std::vector<FilmThing> becoming;
+    for (auto const& thing : keyed_) becoming.push_back(movedBy(grownBy(thing, keyedFactor_), keyedBy_));
+    bool const isChanged = step([&](DemoProject& project) {
+        for (std::size_t i = 0; i < keyed_.size(); ++i) carryOut({keyed_[i], becoming[i], held}, project, *stepPlaces_);
     });
+    if (isChanged) expect(becoming);
     return true;
 }
 

@@ -31,7 +31,7 @@ class FilmHands {
 public:
     explicit FilmHands(EditorSession& session) : session_(session) {}
 
-    /// The picture that is shown now; null: none that can be taken hold of.
+    /// The picture that is shown now, with all that was edited; null: none that can be taken hold of.
     void see(std::shared_ptr<FramePlaces const> places);
     /// Looks anew what is selected.
     void refresh();
@@ -79,13 +79,15 @@ private:
     void drag(FilmPointer const& pointer);
     void draw(FilmPointer const& pointer);
     bool changeSelected(FilmGrip grip);
-    void step(FunctionRef<void(DemoProject&)> change);
+    bool step(FunctionRef<void(DemoProject&)> change);
+    void expect(std::vector<FilmThing> things);
     std::string stepName(FilmGrip grip, std::vector<FilmThing> const& things) const;
 
     EditorSession& session_;
     std::shared_ptr<FramePlaces const> places_;
     FilmTool tool_ = FilmTool::select;
     std::vector<FilmThing> things_, selected_;
+    std::vector<FilmThing> expected_; // where edits put them, until a picture shows it
     std::vector<FilmGuide> guides_;
     std::optional<NormalizedRect> drawn_;
     bool isCameraChosen_ = false; // the camera's picture where no move put it there

@@ -95,6 +95,7 @@ void FilmPreview::show() {
 
 void FilmPreview::showPicture() {
     shown_ = seen(view_);
+    ++shows_;
     if (shown_ == FilmView{})
         player_.show(project_.document());
     else

@@ -10,6 +10,7 @@
 #include <QStringList>
 #include <QTimer>
 
+#include <cstdint>
 #include <memory>
 
 namespace tavaro {
@@ -35,6 +36,8 @@ public:
     Size2 canvas() const { return project_.document().canvas; }
     /// The picture to be shown now.
     PreviewPicture const& picture() const { return picture_; }
+    /// Whether it shows the latest edit, and as it is looked at now.
+    bool isCurrent() const { return picture_.revision == shows_; }
     /// A copy of it, as it was drawn.
     QImage grab() const;
 
@@ -63,6 +66,7 @@ private:
     OpenProject& project_;
     FilmPlayback playback_;
     PreviewPicture picture_;
+    std::int64_t shows_ = 0; // revisions that the player was shown
     FilmView view_, shown_; // that is asked for, and that the picture is of
     QTimer rest_;
     bool isScrubbing_ = false, isDragged_ = false;

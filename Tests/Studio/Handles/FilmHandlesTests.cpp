@@ -110,11 +110,11 @@ TEST_F(FilmHandlesTest, theArrowKeysMoveWhatIsSelectedAndOnlyThen) {
     QTest::mouseClick(&window, Qt::LeftButton, {}, middle());
     QCoreApplication::sendEvent(&handles, &idle);
     EXPECT_TRUE(idle.isAccepted());
-    auto const x = place().center().x() / 640;
+    auto const x = (place().center().x() - handles.film().x()) / handles.film().width();
     QTest::keyClick(&window, Qt::Key_Right);
     QTest::keyClick(&window, Qt::Key_Right, Qt::ShiftModifier);
     auto const position = [&] { return document().overlays[0].position; };
-    EXPECT_NEAR(position().x, x + 11.0 / 640, 0.05);
+    EXPECT_NEAR(position().x, x + 11.0 / 640, 0.002);
     session->undo();
     auto const once = position().x;
     session->undo();

@@ -201,6 +201,11 @@ TEST_F(FilmHandsTest, keysMoveAndResizeWhatIsSelectedAsOneStepUntilTheyRest) {
     for (int i = 0; i < 5; ++i) EXPECT_TRUE(hands.nudge(1, 0));
     EXPECT_NEAR(now().overlays[0].position.x, x + 5.0 / 1920, 1e-9);
     hands.rest();
+    EXPECT_TRUE(hands.nudge(0, 6)) << "before there is a new picture";
+    hands.rest();
+    EXPECT_NEAR(now().overlays[0].position.x, x + 5.0 / 1920, 1e-9);
+    editor->undo();
+    see();
     auto const font = now().overlays[0].fontSize;
     EXPECT_TRUE(hands.grow(1.1));
     hands.rest();
