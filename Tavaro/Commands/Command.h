@@ -14,7 +14,7 @@ using Declaration = void(CLI::App& app);
 #define TAVARO_COMMANDS                                                                                                \
     addRecord, addRecover, addImport, addPolish, addEdit, addFrame, addExport, addCaptions, addInfo, addLibrary,       \
         addArchive, addRestore, addPresets, addScanText, addSources, addSyncCamera, addInput, addUI, addServe, addMCP, \
-        addPlay
+        addPlay, addCompletion, addManual
 
 Declaration TAVARO_COMMANDS;
 inline constexpr Declaration* all[] = {TAVARO_COMMANDS};

@@ -14,6 +14,7 @@
 #include <TavaroCore/Records/JSON.h>
 #include <TavaroMCP/Client/ScriptPlayer.h>
 #include <TavaroPlatform/Processes/DetachedProcess.h>
+#include <TavaroPlatform/Version/Version.h>
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -142,7 +143,7 @@ std::vector<PlayedStep> playedSteps(ToolScript const& script, Options const& opt
     Permission const permission(script);
     StepLines lines(script, options.asJSON ? ProgressLine::Output::silent : ProgressLine::Output::automatic);
     ScriptPlayer player(
-        {.server = *server, .name = permission.client(), .version = TAVARO_VERSION},
+        {.server = *server, .name = permission.client(), .version = std::string(programVersion())},
         {.begins = [&](std::size_t step) { lines.begin(step); },
          .progress = [&](double fraction, std::string const& message) { lines.progress(fraction, message); },
          .ends = [&](PlayedStep const& step) { lines.end(step); },

@@ -4,6 +4,7 @@
 #include <TavaroCore/Errors/Error.h>
 #include <TavaroCore/Records/TaskPair.h>
 #include <TavaroPlatform/Queues/ParallelPair.h>
+#include <TavaroPlatform/Version/Version.h>
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -37,7 +38,7 @@ int run(int argc, char** argv) {
     CLI::App app{"Tavaro records your screen and turns the take into a finished video.", "tavaro"};
     app.require_subcommand(1);
     app.fallthrough(false);
-    app.set_version_flag("--version", "tavaro " TAVARO_VERSION, "Prints the version and ends");
+    app.set_version_flag("--version", tavaro::versionOf("tavaro"), "Prints the version and ends");
     for (auto* const declare : tavaro::commands::all) declare(app);
     if (argc > 1 && argv[1][0] != '-' && !isCommand(app, argv[1])) {
         tavaro::terminal::tell("There is no command “{}”; `tavaro --help` lists them.\n", argv[1]);

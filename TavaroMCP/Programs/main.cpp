@@ -9,6 +9,7 @@
 #include <TavaroPlatform/Clocks/MediaClock.h>
 #include <TavaroPlatform/Queues/MainQueue.h>
 #include <TavaroPlatform/Queues/SerialQueue.h>
+#include <TavaroPlatform/Version/Version.h>
 
 #include <spdlog/sinks/stdout_color_sinks.h>
 #include <spdlog/spdlog.h>
@@ -38,7 +39,7 @@ private:
     BridgeCaller bridge_{{.socket = mcpSocketPath()}};
     std::optional<SerialQueue> calls_;
     MCPSession session_{
-        {.version = TAVARO_VERSION,
+        {.version = std::string(programVersion()),
          .callTool = [this](auto call, auto progress,
                             auto finish) { start(std::move(call), std::move(progress), std::move(finish)); },
          .write = [this](auto line) { streams_.write(line); },
@@ -79,7 +80,7 @@ int wrongUsage() {
 
 int main(int argc, char** argv) {
     if (argc == 2 && std::strcmp(argv[1], "--version") == 0) {
-        std::fputs("tavaro-mcp " TAVARO_VERSION "\n", stdout);
+        std::puts(tavaro::versionOf("tavaro-mcp").c_str());
         return 0;
     }
     if (argc > 1) return tavaro::wrongUsage();

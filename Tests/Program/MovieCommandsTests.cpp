@@ -403,7 +403,8 @@ TEST_F(MovieCommands, wrongUsageIsToldApartFromFailure) {
         EXPECT_NE(outcome.error + outcome.out, "");
     }
     EXPECT_EQ(tavaro({"--help"}).exitCode, 0);
-    EXPECT_THAT(tavaro({"--version"}).out, MatchesRegex("tavaro [0-9]+\\.[0-9]+\\.[0-9]+\n"));
+    EXPECT_THAT(tavaro({"--version"}).out,
+                MatchesRegex("tavaro [0-9]+\\.[0-9]+\\.[0-9]+( \\([0-9a-f]{10,}(-dirty)?\\))?\n"));
     auto const presets = tavaro({"presets", "--json"});
     EXPECT_THAT(presets.out, HasSubstr(R"("id":"youtube-4k")"));
     EXPECT_EQ(tavaro({"export", "p.recproj", "--preset", "cinema"}).exitCode, 1);

@@ -1,0 +1,177 @@
+#include "ProcessFixture.h"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <map>
+#include <regex>
+#include <sstream>
+
+using namespace tavaro;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::IsSupersetOf;
+namespace fs = std::filesystem;
+
+namespace {
+
+using Words = std::vector<std::string>;
+
+/// What the program tells of itself: its manual and the completion of its commands.
+class Description : public ProcessFixture {
+protected:
+    Outcome run(std::string const& program, Arguments const& arguments) { return start(program, arguments).wait(); }
+    std::string const& helpOf(Arguments command) {
+        auto& help = helps_[command];
+        command.emplace_back("--help");
+        if (help.empty()) help = tavaro(command).out;
+        return help;
+    }
+    Words found(std::string const& text, char const* pattern) const {
+        std::regex const expression(pattern, std::regex::ECMAScript | std::regex::multiline);
+        Words words;
+        for (std::sregex_iterator each(text.begin(), text.end(), expression), end; each != end; ++each)
+            words.push_back((*each)[1]);
+        return words;
+    }
+    Words commands() { return commandsOf(helpOf({})); }
+    Words commandsOf(std::string const& help) const {
+        auto const list = help.find("\nSubcommands:\n");
+        return list == std::string::npos ? Words() : found(help.substr(list), "^  ([a-z-]+)");
+    }
+    Words optionsOf(std::string const& help) const { return found(help, "^ *(?:-[a-zA-Z],)?(--[a-z-]+)"); }
+    /// Each command and each one below it, as words.
+    std::vector<Arguments> everyCommand() {
+        std::vector<Arguments> all{{}};
+        for (auto const& name : commands()) {
+            all.push_back({name});
+            for (auto const& below : commandsOf(helpOf({name}))) all.push_back({name, below});
+        }
+        return all;
+    }
+    std::string scriptFor(std::string const& shell) {
+        auto const outcome = tavaro({"completion", shell});
+        EXPECT_EQ(outcome.exitCode, 0) << outcome.error;
+        write(shell, outcome.out);
+        return path(shell);
+    }
+    static bool isInstalled(std::string const& program) {
+        return fs::exists("/usr/bin/" + program) || fs::exists("/bin/" + program);
+    }
+    static Words lines(std::string const& text) {
+        Words all;
+        std::istringstream stream(text);
+        for (std::string line; std::getline(stream, line);) all.push_back(line);
+        return all;
+    }
+
+private:
+    std::map<Arguments, std::string> helps_;
+};
+
+/// A completion as bash asks for it: a line, the words typed before the cursor, and what was begun behind them.
+std::string bashLine(Words const& typed, std::string const& begun) {
+    std::string words = "COMP_WORDS=(tavaro";
+    for (auto const& word : typed) words += " '" + word + "'";
+    return words + " '" + begun + "'); COMP_CWORD=" + std::to_string(typed.size() + 1) +
+           "; COMPREPLY=(); _tavaro; printf '%s\\n' \"${COMPREPLY[@]}\"; echo '--'\n";
+}
+
+std::string joined(Words const& words) {
+    std::string text;
+    for (auto const& word : words) text += (text.empty() ? "" : " ") + word;
+    return text;
+}
+
+}
+
+TEST_F(Description, bashOffersEachCommandWithAllOfItsOptions) {
+    auto const all = everyCommand();
+    ASSERT_GT(all.size(), 30u);
+    auto const script = scriptFor("bash");
+    std::string asked = "source " + script + "\n";
+    for (auto const& command : all) asked += bashLine(command, "") + bashLine(command, "-");
+    write("ask", asked);
+    auto const outcome = run("/bin/bash", {path("ask")});
+    EXPECT_EQ(outcome.error, "");
+    auto const given = lines(outcome.out);
+    auto from = given.begin();
+    auto const next = [&] {
+        auto const end = std::find(from, given.end(), "--");
+        Words const words(from, end);
+        from = end + 1;
+        return words;
+    };
+    for (auto const& command : all) {
+        auto const help = helpOf(command);
+        EXPECT_THAT(next(), IsSupersetOf(commandsOf(help))) << joined(command);
+        EXPECT_THAT(next(), IsSupersetOf(optionsOf(help))) << joined(command);
+    }
+}
+
+TEST_F(Description, bashOffersChoicesOfAnOptionAndFilesElsewhere) {
+    write("a tour.txt", "");
+    write("ask", "cd " + folder.string() + "; source " + scriptFor("bash") + "\n" +
+                     bashLine({"record", "--mode"}, "d") + bashLine({"record", "--mode", "="}, "ter") +
+                     bashLine({"record", "--fps"}, "") + bashLine({"edit"}, "a") +
+                     bashLine({"edit", "a tour.txt"}, "tig") + bashLine({"record", "-o"}, "a"));
+    EXPECT_EQ(run("/bin/bash", {path("ask")}).out, "desktopApp\ndashboard\n--\nterminal\n--\n\n--\na "
+                                                   "tour.txt\nask\n--\ntighten-pauses\n--\na tour.txt\nask\n--\n");
+}
+
+TEST_F(Description, fishOffersEachCommandWithAllOfItsOptions) {
+    auto const script = scriptFor("fish");
+    if (!isInstalled("fish")) GTEST_SKIP() << "no fish";
+    std::string asked = "source " + script + "\n";
+    auto const all = everyCommand();
+    for (auto const& command : all) {
+        auto const line = joined({"tavaro", joined(command)}) + (command.empty() ? "" : " ");
+        asked += "complete -C '" + line + "'\necho --\ncomplete -C '" + line + "--'\necho --\n";
+    }
+    write("ask", asked);
+    setenv("HOME", folder.c_str(), 1);
+    auto const outcome = run("/usr/bin/fish", {"--no-config", path("ask")});
+    EXPECT_EQ(outcome.error, "");
+    std::istringstream stream(outcome.out);
+    auto const next = [&] {
+        Words words;
+        for (std::string line; std::getline(stream, line) && line != "--";)
+            words.push_back(line.substr(0, line.find('\t')));
+        return words;
+    };
+    for (auto const& command : all) {
+        auto const help = helpOf(command);
+        EXPECT_THAT(next(), IsSupersetOf(commandsOf(help))) << joined(command);
+        EXPECT_THAT(next(), IsSupersetOf(optionsOf(help))) << joined(command);
+    }
+}
+
+TEST_F(Description, zshReadsItsScript) {
+    auto const script = scriptFor("zsh");
+    for (auto const& command : everyCommand()) {
+        auto const place = joined(command.empty() ? Words{"tavaro"} : Words{"tavaro", joined(command)});
+        EXPECT_THAT(read("zsh"), HasSubstr("'" + place + "')"));
+    }
+    if (!isInstalled("zsh")) GTEST_SKIP() << "no zsh";
+    auto const outcome = run(
+        "/bin/zsh", {"-f", "-c", "autoload -U compinit; compinit -D; source " + script + "; print $_comps[tavaro]"});
+    EXPECT_EQ(outcome.out, "_tavaro\n") << outcome.error;
+}
+
+TEST_F(Description, everyCommandHasAManualPageThatManReadsWithoutComplaint) {
+    ASSERT_EQ(tavaro({"manual", "-o", path("manual")}).exitCode, 0);
+    auto pages = names(path("manual"));
+    EXPECT_EQ(pages.size(), commands().size() + 1);
+    for (auto const& command : everyCommand()) {
+        auto const page = "manual/tavaro" + (command.empty() ? "" : "-" + command.front()) + ".1";
+        ASSERT_TRUE(fs::exists(path(page))) << page;
+        auto text = std::regex_replace(read(page), std::regex("\\\\-"), "-");
+        for (auto const& option : optionsOf(helpOf(command))) EXPECT_THAT(text, HasSubstr(option)) << page;
+    }
+    if (!isInstalled("groff")) GTEST_SKIP() << "no groff";
+    for (auto const& page : pages) {
+        auto const outcome = run("/usr/bin/groff", {"-man", "-Kutf8", "-Tutf8", "-ww", "-z", path("manual/" + page)});
+        EXPECT_THAT(outcome.error, IsEmpty()) << page;
+    }
+}
