@@ -65,6 +65,18 @@ private:
     std::chrono::steady_clock::time_point begun_ = std::chrono::steady_clock::now();
 };
 
+/// One more for as long as it lives.
+class Counted {
+public:
+    explicit Counted(std::atomic<std::size_t>& count) : count_(count) { ++count_; }
+    ~Counted() { --count_; }
+    Counted(Counted const&) = delete;
+    Counted& operator=(Counted const&) = delete;
+
+private:
+    std::atomic<std::size_t>& count_;
+};
+
 }
 
 /// Where calls come in.
@@ -87,6 +99,7 @@ public:
 
     void beginToEnd() { isEnding_ = true; }
     std::size_t connections() const { return server_->connections(); }
+    std::size_t calls() const { return calls_; }
     bool isPerforming() const { return tools_.isPerforming(); }
 
 private:
@@ -101,6 +114,7 @@ private:
     MCPToolHandler tools_;
     bool isEnding_ = false;
     std::atomic<bool> isOver_ = false;
+    std::atomic<std::size_t> calls_ = 0;
     std::optional<BridgeServer> server_;
 };
 
@@ -109,6 +123,7 @@ ToolResult AppMCPBackend::Desk::answer(BridgeRequest given, BridgeClient& client
     auto const call = std::make_shared<PendingCall>(client);
     queue_.async([this, request, call] { begin(request, call); });
     CallNote const note(*request);
+    Counted const counted(calls_);
     auto result = call->wait([this] { return isOver_.load(); });
     if (!result) queue_.async([call] { call->abandon(); });
     note.write(result ? *result : interrupted());
@@ -146,6 +161,8 @@ AppMCPBackend::~AppMCPBackend() = default;
 void AppMCPBackend::beginToEnd() { desk_->beginToEnd(); }
 
 std::size_t AppMCPBackend::connections() const { return desk_->connections(); }
+
+std::size_t AppMCPBackend::calls() const { return desk_->calls(); }
 
 bool AppMCPBackend::isPerforming() const { return desk_->isPerforming(); }
 

@@ -35,6 +35,8 @@ public:
     /// No call is begun any more, while those under way go on.
     void beginToEnd();
     std::size_t connections() const;
+    /// Those that wait for a result, also for one that somebody is asked for.
+    std::size_t calls() const;
     /// Whether something that a client asked for is under way, which goes on without the client. The main queue's.
     bool isPerforming() const;
 

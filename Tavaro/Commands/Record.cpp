@@ -9,6 +9,7 @@
 #include <Tavaro/Commands/TakeKeys.h>
 #include <Tavaro/Commands/Terminal.h>
 #include <Tavaro/Commands/ToggleRecording.h>
+#include <Tavaro/Control/TakeServer.h>
 #include <Tavaro/Model/Project/PackagePath.h>
 #include <Tavaro/Model/Recording/RecordingController.h>
 #include <Tavaro/Model/Recording/RecordingPreferences.h>
@@ -17,9 +18,11 @@
 #include <TavaroCapture/X11/GlobalKey.h>
 #include <TavaroCore/Values/Timecode.h>
 #include <TavaroPlatform/Processes/DesktopSession.h>
+#include <TavaroPlatform/Sockets/SocketError.h>
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
+#include <spdlog/spdlog.h>
 
 #include <algorithm>
 #include <array>
@@ -140,7 +143,13 @@ class WatchedRecording {
 public:
     explicit WatchedRecording(MainQueue& queue)
         : recorder_(queue)
-        , observation_(recorder_.observe([this](RecorderState const& state) { show(state); })) {}
+        , observation_(recorder_.observe([this](RecorderState const& state) { show(state); })) {
+        try {
+            server_.emplace(queue, recorder_);
+        } catch (SocketError const& error) {
+            spdlog::debug("The studio does not see this take: {}", error.what());
+        }
+    }
 
     RecordingOutcome run(MainQueue& queue, RecordingRequest request, std::string const& pauseKey) {
         if (!pauseKey.empty()) {
@@ -237,6 +246,7 @@ private:
     bool asksToDiscard_ = false;
     RecordingController recorder_;
     RecordingController::Observation observation_;
+    std::optional<TakeServer> server_; // none where its socket cannot be made
 };
 
 void record(Options const& options) {

@@ -12,6 +12,7 @@
 
 #include <TavaroPlatform/Folders/Folders.h>
 #include <TavaroPlatform/Sockets/SocketError.h>
+#include <TavaroPlatform/Version/Version.h>
 
 #include <CLI/CLI.hpp>
 #include <spdlog/sinks/base_sink.h>
@@ -53,8 +54,9 @@ private:
     Clock::time_point lastUse_ = Clock::now();
 };
 
-/// A signal ends it: what is recorded is saved first. A second one ends the program at once.
-void run(MainQueue& queue, Application& application, AppMCPBackend& agents, IdleTime idle) {
+/// A signal ends it: what is recorded is saved first. A second one ends the program at once. Windows that want its
+/// place get it between two calls, so that no agent loses one.
+void run(MainQueue& queue, Application& application, AppMCPBackend& agents, IdleTime idle, bool const& isHandedOver) {
     using namespace std::chrono_literals;
     constexpr std::chrono::seconds letsGoWithin{3}; // of keys and buttons that an agent's call holds
     Interruption const interruption({.grace = letsGoWithin});
@@ -62,8 +64,10 @@ void run(MainQueue& queue, Application& application, AppMCPBackend& agents, Idle
     queue.runUntil(
         [&] {
             application.preferences().refresh(); // what is decided elsewhere answers whoever waits for it
-            bool const isUsed = agents.connections() > 0 || agents.isPerforming() || application.isBusy();
-            if (!isEnding && (interruption.isRequested() || idle.isOver(isUsed))) {
+            bool const isBusy = agents.isPerforming() || application.isBusy();
+            bool const isIdle = idle.isOver(isBusy || agents.connections() > 0);
+            bool const isReplaced = isHandedOver && !isBusy && agents.calls() == 0;
+            if (!isEnding && (interruption.isRequested() || isIdle || isReplaced)) {
                 isEnding = true;
                 agents.beginToEnd();
                 application.end();
@@ -120,7 +124,7 @@ MCPConsent::Ask askAt(TerminalPrompt& terminal) {
 
 AppMCPBackend openToAgents(MainQueue& queue, Application& application, TerminalPrompt& terminal) {
     try {
-        return AppMCPBackend(queue, application, {.version = TAVARO_VERSION, .ask = askAt(terminal)});
+        return AppMCPBackend(queue, application, {.version = std::string(programVersion()), .ask = askAt(terminal)});
     } catch (SocketError const& error) {
         spdlog::error("Tavaro MCP: couldn't open the socket: {}", error.what());
         throw Error("Agents cannot reach Tavaro, so there is nothing to run for.");
@@ -128,9 +132,13 @@ AppMCPBackend openToAgents(MainQueue& queue, Application& application, TerminalP
 }
 
 /// An application whom only agents can order about is one as well.
-std::unique_ptr<ControlServer> openToCommands(MainQueue& queue, Application& application) {
+std::unique_ptr<ControlServer> openToCommands(MainQueue& queue, Application& application, bool& isHandedOver) {
     try {
-        return std::make_unique<ControlServer>(queue, application, ControlServer::Settings{});
+        ControlServer::Settings settings;
+        settings.handOver = [&isHandedOver] {
+            if (!std::exchange(isHandedOver, true)) spdlog::info("Tavaro's windows take over.");
+        };
+        return std::make_unique<ControlServer>(queue, application, std::move(settings));
     } catch (SocketError const& error) {
         spdlog::warn("`tavaro record --toggle` does not reach Tavaro: {}", error.what());
         return nullptr;
@@ -146,11 +154,12 @@ void serve(IdleTime::Length most) {
     LogAround const log(terminal); // before there is another thread that logs, and until after the last
     Application application(queue);
     auto agents = openToAgents(queue, application, terminal);
-    auto const control = openToCommands(queue, application);
+    bool isHandedOver = false; // to windows
+    auto const control = openToCommands(queue, application, isHandedOver);
     spdlog::info("Tavaro has begun.");
     if (auto const offer = unfinishedOffer()) terminal::tell("{}\n", *offer);
     terminal::tell("Agents reach Tavaro at “{}”. Ctrl-C ends it.\n", mcpSocketPath().string());
-    run(queue, application, agents, IdleTime(most));
+    run(queue, application, agents, IdleTime(most), isHandedOver);
     spdlog::info("Tavaro has ended.");
 }
 

@@ -1,6 +1,7 @@
 #include <Tavaro/Control/ControlCaller.h>
 
 #include <Tavaro/Control/Private/ControlVerbs.h>
+#include <Tavaro/Control/Private/QuickCall.h>
 
 #include <TavaroCore/Errors/Error.h>
 #include <TavaroMCP/Bridge/BridgeCaller.h>
@@ -21,5 +22,7 @@ ControlAnswer toggleRecording(std::string const& client, std::filesystem::path c
     auto const* const details = result.find<JSONValue::Object>("structuredContent");
     return {*text, details ? *details : JSONValue::Object()};
 }
+
+bool askToHandOver(std::filesystem::path const& socket) { return quickCall(socket, control::handOver).has_value(); }
 
 }

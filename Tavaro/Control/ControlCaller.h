@@ -17,4 +17,8 @@ struct ControlAnswer {
 /// once the take has begun, or is saved. `client` is who the take is said to have been started by. Throws `Error`.
 ControlAnswer toggleRecording(std::string const& client, std::filesystem::path const& socket);
 
+/// Asks the application without windows to end as soon as it has nothing under way. False where none runs that
+/// would, or none that answers within a second.
+bool askToHandOver(std::filesystem::path const& socket);
+
 }

@@ -13,8 +13,8 @@ class MainQueue;
 /// nobody is asked; what an agent asks for never comes this way.
 std::filesystem::path controlSocketPath();
 
-/// Answers the user's own commands and shortcuts: begins the recording that the user has chosen, or ends the take. It
-/// belongs to the main queue, and to the application, which outlive it.
+/// Answers the user's own commands and shortcuts: begins the recording that the user has chosen, or ends the take; and
+/// a window that wants its place. It belongs to the main queue, and to the application, which outlive it.
 class ControlServer {
 public:
     struct Settings {
@@ -22,6 +22,9 @@ public:
         /// Comes before a take is begun or ended from here, and calls `next` at once or later: a window lets go of what
         /// the take needs. Empty: nothing is to be done.
         std::function<void(std::function<void()> next)> prepare = {};
+        /// A program with windows wants to be the application in place of this one, which ends as soon as it has
+        /// nothing under way. Empty: it stays.
+        std::function<void()> handOver = {};
     };
 
     /// Answers from then on. Throws `SocketError`.

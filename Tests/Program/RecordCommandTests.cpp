@@ -1,6 +1,9 @@
 #include "ProcessFixture.h"
 #include "TestTerminal.h"
 
+#include <Tavaro/Control/TakeCaller.h>
+#include <Tavaro/Control/TakeServer.h>
+
 #include <TavaroCore/Package/ProjectPackage.h>
 #include <TavaroCore/Project/DemoProject.h>
 #include <TavaroMedia/Movie/MovieReader.h>
@@ -81,6 +84,37 @@ TEST_F(RecordCommand, keysOfTheTerminalPauseATakeAndEndIt) {
     EXPECT_THAT(take.shownUntil(path("take.recproj") + "\r\n"), HasSubstr("640×360"));
     EXPECT_EQ(take.exitCode(), 0);
     EXPECT_GT(ProjectPackage(path("take.recproj")).load().duration(), 0.05);
+}
+
+TEST_F(RecordCommand, aTakeIsSeenPausedAndEndedByTheUsersOtherPrograms) {
+    auto const folder = takeSocketFolder();
+    EXPECT_TRUE(runningTakes(folder).empty());
+    auto killed = start(TAVARO_PROGRAM, {"record", "-o", path("killed.recproj")});
+    ASSERT_TRUE(becomesTrue([&] { return runningTakes(folder).size() == 1; }));
+    killed.send(SIGKILL);
+    killed.wait();
+    EXPECT_TRUE(runningTakes(folder).empty());
+
+    auto running = start(TAVARO_PROGRAM, {"record", "-o", path("take.recproj")});
+    auto const is = [&](RecorderPhase phase) {
+        return becomesTrue([&] {
+            auto const takes = runningTakes(folder);
+            return takes.size() == 1 && takes.front().phase == phase;
+        });
+    };
+    ASSERT_TRUE(is(RecorderPhase::recording));
+    auto const take = runningTakes(folder).front();
+    order(take.socket, TakeOrder::pause);
+    EXPECT_TRUE(is(RecorderPhase::paused));
+    order(take.socket, TakeOrder::pause);
+    EXPECT_TRUE(is(RecorderPhase::recording));
+    running.send(SIGSTOP); // one that does not answer holds up nobody for long
+    EXPECT_TRUE(runningTakes(folder).empty());
+    running.send(SIGCONT);
+    order(take.socket, TakeOrder::stop);
+    EXPECT_EQ(running.wait().exitCode, 0);
+    EXPECT_GT(ProjectPackage(path("take.recproj")).load().duration(), 0);
+    EXPECT_THAT(names(folder), ElementsAre()) << "nor is what the killed one left";
 }
 
 TEST_F(RecordCommand, aTakeIsThrownAwayFromTheTerminalAfterAQuestion) {

@@ -3,6 +3,8 @@
 #include "TestTerminal.h"
 
 #include <Tavaro/Agents/MCPConsent.h>
+#include <Tavaro/Control/ControlCaller.h>
+#include <Tavaro/Control/ControlServer.h>
 #include <Tavaro/Model/Recording/RecordingPreferences.h>
 
 #include <TavaroCore/Package/ProjectPackage.h>
@@ -178,3 +180,45 @@ TEST_F(Serve, theSameCommandBeginsATakeInItAndSavesItAndASecondEndsTheCountdown)
                 HasSubstr("Recording didn't start. There is no display"));
     unsetenv("DISPLAY");
 }
+
+TEST_F(Serve, aWindowTakesItsPlaceBetweenTwoCallsAndAfterATake) {
+    if (!TestDisplay::isInstalled()) GTEST_SKIP() << "no virtual display";
+    TestDisplay const display(320, 200);
+    setenv("DISPLAY", display.name().c_str(), 1);
+    EXPECT_FALSE(askToHandOver(controlSocketPath())) << "nobody is there";
+    allow("tester");
+    auto busy = serveAndWait();
+    ASSERT_TRUE(becomesTrue([] { return fs::exists(controlSocketPath()); }));
+    auto take = std::async(std::launch::async, [] {
+        return called("record_for",
+                      {{"target", JSONValue::Object{{"display", "display-1"}}}, {"seconds", 1.0}, {"countdown", 0.0}});
+    });
+    auto const recordings = folder / "data/Tavaro/Recordings";
+    ASSERT_TRUE(becomesTrue([&] { return fs::exists(recordings) && !fs::is_empty(recordings); }));
+    EXPECT_TRUE(askToHandOver(controlSocketPath()));
+    EXPECT_THAT(take.get(), EndsWith(" s). Auto Polish has run."));
+    EXPECT_EQ(busy.wait().exitCode, 0);
+    EXPECT_FALSE(isServing());
+    unsetenv("DISPLAY");
+}
+
+#ifdef TAVARO_STUDIO
+TEST_F(Serve, theStudioTakesItsPlaceAndASecondStudioGoesToTheFirst) {
+    setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    setenv("QT_QUICK_BACKEND", "software", 1);
+    allow("tester");
+    auto without = serveAndWait();
+    auto studio = start(TAVARO_STUDIO, {});
+    auto const ended = without.wait();
+    EXPECT_EQ(ended.exitCode, 0);
+    ASSERT_TRUE(becomesTrue([] { return isServing(); })) << studio.wait().error;
+    EXPECT_EQ(called("status"), "Tavaro status");
+    EXPECT_EQ(start(TAVARO_STUDIO, {"--record"}).wait().exitCode, 0);
+    EXPECT_TRUE(studio.isRunning());
+    EXPECT_EQ(serve().wait().error, "Tavaro is already running.\n");
+    studio.send(SIGTERM);
+    EXPECT_EQ(studio.wait().exitCode, 0);
+    unsetenv("QT_QPA_PLATFORM");
+    unsetenv("QT_QUICK_BACKEND");
+}
+#endif

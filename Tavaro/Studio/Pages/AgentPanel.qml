@@ -82,7 +82,7 @@ ColumnLayout {
             Label {
                 Layout.fillWidth: true
                 visible: Agents.problem !== ""
-                text: qsTr("Agents cannot reach Tavaro: %1").arg(Agents.problem)
+                text: Agents.problem
                 color: Theme.colors.warning
                 wrapMode: Text.Wrap
             }

@@ -67,6 +67,7 @@ ScrollView {
             }
         }
         AgentPanel { Layout.fillWidth: true }
+        UpdatePanel { Layout.fillWidth: true }
         Label {
             Layout.topMargin: 8
             Layout.bottomMargin: 32

@@ -3,6 +3,7 @@ import QtQuick.Controls
 import QtQuick.Layouts
 import Tavaro.Library
 import Tavaro.Program
+import Tavaro.Settings
 import Tavaro.Style
 import Tavaro.Theme
 
@@ -112,15 +113,25 @@ Rectangle {
             }
         }
         ExportActivity { Layout.fillWidth: true; Layout.bottomMargin: 8; queue: Studio.exports.queue }
+        TerminalTakeList { Layout.fillWidth: true; takes: Studio.recorder.terminals }
         ActivityList { Layout.fillWidth: true; Layout.fillHeight: false }
         NavigationButton {
             Layout.fillWidth: true
             text: qsTr("Settings")
+            Accessible.name: Updates.isAvailable ? qsTr("Settings, %1").arg(Updates.text) : text
             icon.source: Theme.icon("gear")
             checked: sidebar.place === "settings"
             autoExclusive: false
             checkable: false
             onClicked: sidebar.chosen("settings", -1)
+            Rectangle {
+                anchors { right: parent.right; rightMargin: 12; verticalCenter: parent.verticalCenter }
+                width: 8
+                height: 8
+                radius: 4
+                visible: Updates.isAvailable
+                color: Theme.colors.accent
+            }
         }
     }
 }

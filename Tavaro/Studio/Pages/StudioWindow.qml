@@ -44,6 +44,8 @@ ApplicationWindow {
             window.raise();
             window.requestActivate();
         }
+        function onCloseWanted() { window.close() }
+        function onPlaceWanted(place: string) { window.goTo(place, -1) }
         function onFailed(sentence: string) { failure.tell(sentence) }
     }
     // The window is no part of a film that it makes of a whole display.

@@ -23,13 +23,6 @@ constexpr std::size_t longest = std::size_t{1} << 20; // bytes of a start
 constexpr std::chrono::seconds patience{5};
 constexpr std::string_view taken = "taken\n";
 
-struct Start {
-    std::vector<std::string> files;
-
-    static constexpr auto fields = std::tuple{field("files", &Start::files)};
-};
-static_assert(listsEveryField<Start>);
-
 Start received(UnixSocket const& socket) {
     LineReader lines(socket, longest);
     auto const line = lines.next(patience);
@@ -43,10 +36,10 @@ Start received(UnixSocket const& socket) {
 
 std::filesystem::path SecondStart::socket() { return folders::applicationSupport() / "Tavaro/studio.sock"; }
 
-bool SecondStart::handOver(Files const& files) {
+bool SecondStart::handOver(Start const& start) {
     try {
         auto const connection = UnixSocket::connect(socket());
-        if (!connection || !connection->sendAll(encodeJSON(Start{files}) + "\n", patience)) return false;
+        if (!connection || !connection->sendAll(encodeJSON(start) + "\n", patience)) return false;
         return LineReader(*connection, longest).next(patience).has_value();
     } catch (SocketError const& error) {
         spdlog::warn("{}", error.what());
@@ -54,7 +47,7 @@ bool SecondStart::handOver(Files const& files) {
     }
 }
 
-SecondStart::SecondStart(MainQueue& queue, std::function<void(Files const&)> started)
+SecondStart::SecondStart(MainQueue& queue, std::function<void(Start const&)> started)
     : listener_(socket())
     , started_(std::move(started))
     , side_(queue, "com.tavaro.second-start") {
@@ -68,7 +61,7 @@ void SecondStart::accept() {
     side_.ask([socket = std::make_shared<UnixSocket>(*std::move(socket))] { return received(*socket); },
               [this](Outcome<Start> const& start) {
                   try {
-                      started_(start.value().files);
+                      started_(start.value());
                   } catch (Error const& error) {
                       spdlog::warn("{}", error.what());
                   }

@@ -2,6 +2,7 @@
 
 #include <Tavaro/Model/Jobs/SideQueue.h>
 
+#include <TavaroCore/Records/Fields.h>
 #include <TavaroPlatform/Sockets/UnixSocketListener.h>
 
 #include <QObject>
@@ -9,29 +10,37 @@
 #include <filesystem>
 #include <functional>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace tavaro {
+
+/// What the program is started for.
+struct Start {
+    std::vector<std::string> files; // absolute
+    std::string place;              // "record" or "library"; empty: where the window is
+
+    static constexpr auto fields = std::tuple{field("files", &Start::files), field("place", &Start::place)};
+};
+static_assert(listsEveryField<Start>);
 
 /// Somebody starts the program that runs already: what was to be opened is handed to the one that runs, over a socket
 /// of the user's, and that one shows its window.
 class SecondStart : public QObject {
 public:
-    using Files = std::vector<std::string>; // absolute
-
     /// "studio.sock" beside what the user recorded.
     static std::filesystem::path socket();
-    /// True when the program that runs has taken them; false where none with windows answers.
-    static bool handOver(Files const& files);
+    /// True when the program that runs has taken it; false where none with windows answers.
+    static bool handOver(Start const& start);
 
     /// Hears of each start from now on. Throws `SocketError`. Belongs to the main thread.
-    SecondStart(MainQueue& queue, std::function<void(Files const&)> started);
+    SecondStart(MainQueue& queue, std::function<void(Start const&)> started);
 
 private:
     void accept();
 
     UnixSocketListener const listener_;
-    std::function<void(Files const&)> const started_;
+    std::function<void(Start const&)> const started_;
     SideQueue side_;
 };
 

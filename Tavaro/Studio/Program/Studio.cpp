@@ -1,59 +1,100 @@
 #include <Tavaro/Studio/Program/Studio.h>
 
+#include <Tavaro/Control/ControlCaller.h>
+#include <Tavaro/Control/ControlServer.h>
+
 #include <TavaroPlatform/Sockets/SocketError.h>
 
 #include <QCoreApplication>
 
 #include <spdlog/spdlog.h>
 
+#include <utility>
+
 namespace tavaro {
 
 namespace {
 
 constexpr int atRest = 500, soon = 50; // milliseconds between looks
+constexpr int begun = 20'000;          // milliseconds, after which nobody waits for the window any more
+
+UpdateCheck::Settings ownUpdates() { return {.program = QCoreApplication::applicationFilePath()}; }
 
 }
 
-Studio::Studio(MainQueue& queue)
-    : application_(queue)
+Studio::Studio(MainQueue& queue, std::optional<ApplicationInstance> place)
+    : queue_(queue)
+    , place_(std::move(place))
+    , application_(queue)
     , library_(queue, application_)
     , recorder_(queue, application_)
     , exports_(queue, application_)
     , projects_(queue, application_.projects())
-    , agentSettings_(application_.preferences()) {
+    , agentSettings_(application_.preferences())
+    , updates_(application_.preferences(), ownUpdates())
+    , asking_(queue, "com.tavaro.studio.place") {
     connect(&library_, &Library::openRequested, &projects_, &OpenedProjects::open);
     connect(&library_, &Library::left, &projects_, &OpenedProjects::forget);
     connect(&library_, &Library::failed, this, &Studio::failed);
     connect(recorder_.recorder(), &RecorderModel::saved, this, &Studio::show);
-    connect(recorder_.tray(), &TrayItem::windowWanted, this, &Studio::bringBack);
     connect(&exports_, &ExportsDesk::failed, this, &Studio::failed);
+    connect(recorder_.tray(), &TrayItem::windowWanted, this, &Studio::bringBack);
+    connect(recorder_.tray(), &TrayItem::libraryWanted, this, [this] {
+        Q_EMIT placeWanted(QStringLiteral("library"));
+        bringBack();
+    });
+    connect(recorder_.tray(), &TrayItem::endWanted, this, &Studio::closeWanted);
+    connect(recorder_.terminals(), &TerminalTakes::ended, &library_, &Library::refresh);
     connect(&projects_, &OpenedProjects::failed, this, &Studio::failed);
     connect(&agentSettings_, &AgentSettings::failed, this, &Studio::failed);
     connect(&look_, &QTimer::timeout, this, &Studio::look);
     connect(&consent_, &ConsentQuestions::changed, this, [this] {
         if (consent_.isAsking()) bringBack();
     });
-    openToAgents(queue);
-    openToStarts(queue);
+    openToStarts();
+    if (place_)
+        takePlace();
+    else
+        agentSettings_.setProblem(
+            tr("“tavaro serve” has agents for now: this window takes over once it has nothing under way."));
+    connect(&updates_, &UpdateCheck::failed, this, &Studio::failed);
+    QTimer::singleShot(begun, &updates_, &UpdateCheck::lookWeekly);
     look_.start(atRest);
 }
 
 QString Studio::version() { return QCoreApplication::applicationVersion(); }
 
-void Studio::openToAgents(MainQueue& queue) {
+void Studio::takePlace() {
+    agentSettings_.setProblem({});
+    openToAgents();
+    recorder_.openToCommands();
+}
+
+void Studio::askForPlace() {
     try {
-        agents_.emplace(queue, application_,
+        place_ = ApplicationInstance::claim();
+    } catch (Error const& error) {
+        return agentSettings_.setProblem(QString::fromUtf8(error.what()));
+    }
+    if (place_) return takePlace();
+    if (std::exchange(isAsking_, true)) return;
+    asking_.ask([] { return askToHandOver(controlSocketPath()); }, [this](auto const&) { isAsking_ = false; });
+}
+
+void Studio::openToAgents() {
+    try {
+        agents_.emplace(queue_, application_,
                         AppMCPBackend::Settings{.version = version().toStdString(), .ask = consent_.asker()});
     } catch (SocketError const& error) {
         spdlog::error("Tavaro MCP: couldn't open the socket: {}", error.what());
-        agentSettings_.setProblem(QString::fromUtf8(error.what()));
+        agentSettings_.setProblem(tr("Agents cannot reach Tavaro: %1").arg(QString::fromUtf8(error.what())));
     }
 }
 
-void Studio::openToStarts(MainQueue& queue) {
+void Studio::openToStarts() {
     try {
-        starts_.emplace(queue, [this](std::vector<std::string> const& files) {
-            open(files);
+        starts_.emplace(queue_, [this](Start const& start) {
+            open(start);
             library_.refresh();
             bringBack();
         });
@@ -62,10 +103,11 @@ void Studio::openToStarts(MainQueue& queue) {
     }
 }
 
-void Studio::open(std::vector<std::string> const& files) {
+void Studio::open(Start const& start) {
     QList<QUrl> urls;
-    for (auto const& file : files) urls.push_back(QUrl::fromLocalFile(QString::fromStdString(file)));
+    for (auto const& file : start.files) urls.push_back(QUrl::fromLocalFile(QString::fromStdString(file)));
     library_.bring(urls);
+    if (!start.place.empty()) Q_EMIT placeWanted(QString::fromStdString(start.place));
 }
 
 void Studio::show(QString const& take, QString const& startedBy) {
@@ -104,6 +146,7 @@ void Studio::end() {
 void Studio::look() {
     application_.preferences().refresh();
     projects_.refresh();
+    if (!place_ && !isEnding_) askForPlace();
     if (isClosed_ && exports_.isIdle() && !application_.exporter().isExporting()) end();
     if (isEnding_ && !application_.isBusy()) QCoreApplication::quit();
 }

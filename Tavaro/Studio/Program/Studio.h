@@ -3,12 +3,15 @@
 #ifndef Q_MOC_RUN // whose parser of Qt 6.4 gives up in there
 #include <Tavaro/Agents/AppMCPBackend.h>
 #include <Tavaro/Model/Application/Application.h>
+#include <Tavaro/Model/Application/ApplicationInstance.h>
+#include <Tavaro/Model/Jobs/SideQueue.h>
 #endif
 #include <Tavaro/Studio/Exports/ExportsDesk.h>
 #include <Tavaro/Studio/Library/Library.h>
 #include <Tavaro/Studio/Recorder/RecorderDesk.h>
 #include <Tavaro/Studio/Settings/AgentSettings.h>
 #include <Tavaro/Studio/Settings/ConsentQuestions.h>
+#include <Tavaro/Studio/Settings/UpdateCheck.h>
 
 #include <Tavaro/Studio/Program/OpenedProjects.h>
 #include <Tavaro/Studio/Program/SecondStart.h>
@@ -17,8 +20,6 @@
 #include <QTimer>
 
 #include <optional>
-#include <string>
-#include <vector>
 
 namespace tavaro {
 
@@ -32,7 +33,8 @@ class Studio : public QObject {
     Q_PROPERTY(QString version READ version CONSTANT)
 
 public:
-    explicit Studio(MainQueue& queue);
+    /// `place` is none where a program without windows has the application's, which it lets go of when it can.
+    Studio(MainQueue& queue, std::optional<ApplicationInstance> place);
 
     Application& application() { return application_; }
     Library& library() { return library_; }
@@ -40,12 +42,13 @@ public:
     ExportsDesk* exports() { return &exports_; }
     AgentSettings& agentSettings() { return agentSettings_; }
     ConsentQuestions& consent() { return consent_; }
+    UpdateCheck& updates() { return updates_; }
     OpenedProjects* projects() { return &projects_; }
     static QString version();
 
-    /// Of what the program is started with: projects, movies, archives.
-    void open(std::vector<std::string> const& files);
     bool isClosed() const { return isClosed_; }
+    /// Of what the program is started with: projects, movies, archives, and the page to show.
+    void open(Start const& start);
     /// The window is gone: exports go on, a take is saved, and then the program ends, unless the window comes back.
     Q_INVOKABLE void windowClosed();
     /// The window is wanted, perhaps again.
@@ -56,17 +59,26 @@ public:
 Q_SIGNALS:
     /// The window is to come to the front.
     void raised();
+    /// Its page "record" or "library" is to be shown.
+    void placeWanted(QString const& place);
+    /// As if its user closed the window.
+    void closeWanted();
     void failed(QString const& sentence);
     void closedChanged();
 
 private:
     /// A take that is saved; of one that an agent began only its place in the library.
     void show(QString const& take, QString const& startedBy);
-    void openToAgents(MainQueue& queue);
-    void openToStarts(MainQueue& queue);
+    /// Agents and the user's commands reach the program that has the application's place.
+    void takePlace();
+    void askForPlace();
+    void openToAgents();
+    void openToStarts();
     void setClosed(bool isClosed);
     void look();
 
+    MainQueue& queue_;
+    std::optional<ApplicationInstance> place_;
     Application application_;
     Library library_;
     RecorderDesk recorder_;
@@ -74,8 +86,11 @@ private:
     OpenedProjects projects_;
     AgentSettings agentSettings_;
     ConsentQuestions consent_;
+    UpdateCheck updates_;
     std::optional<AppMCPBackend> agents_;
     std::optional<SecondStart> starts_;
+    SideQueue asking_; // for the place
+    bool isAsking_ = false;
     QTimer look_; // now and then, at what other programs wrote, and whether it can end
     bool isClosed_ = false;
     bool isEnding_ = false;

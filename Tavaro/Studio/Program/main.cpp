@@ -1,5 +1,7 @@
 #include <Tavaro/Studio/Program/Studio.h>
 
+#include <Tavaro/Control/ControlCaller.h>
+#include <Tavaro/Control/ControlServer.h>
 #include <Tavaro/Model/Application/ApplicationInstance.h>
 #include <Tavaro/Model/Application/ApplicationLog.h>
 #include <Tavaro/Studio/Desk/DeskTypes.h>
@@ -18,6 +20,7 @@
 #include <TavaroPlatform/Folders/Folders.h>
 #include <TavaroPlatform/Queues/MainQueue.h>
 #include <TavaroPlatform/Queues/ParallelPair.h>
+#include <TavaroPlatform/Version/Version.h>
 
 #include <CLI/CLI.hpp>
 
@@ -28,12 +31,14 @@
 #include <spdlog/sinks/stdout_color_sinks.h>
 #include <spdlog/spdlog.h>
 
+#include <chrono>
 #include <csignal>
 #include <exception>
 #include <filesystem>
 #include <memory>
-#include <string>
-#include <vector>
+#include <optional>
+#include <thread>
+#include <utility>
 
 namespace tavaro {
 
@@ -42,21 +47,22 @@ namespace {
 constexpr int failed = 1;
 constexpr int wrongUsage = 2;
 
-struct Options {
-    std::vector<std::string> files;
-};
-
 /// Nothing where the program is to run, else its exit code.
-std::optional<int> parse(int argc, char** argv, Options& options) {
+std::optional<int> parse(int argc, char** argv, Start& start) {
     CLI::App app{"Tavaro records your screen and turns the take into a finished video.", "tavaro-studio"};
-    app.set_version_flag("--version", "tavaro-studio " TAVARO_VERSION, "Prints the version and ends");
-    app.add_option("FILE", options.files, "projects to open, and movies and archives to make projects of");
+    app.set_version_flag("--version", versionOf("tavaro-studio"), "Prints the version and ends");
+    app.add_option("FILE", start.files, "projects to open, and movies and archives to make projects of");
+    auto* const record = app.add_flag_callback(
+        "--record", [&] { start.place = "record"; }, "show the recorder");
+    app.add_flag_callback(
+           "--library", [&] { start.place = "library"; }, "show the library")
+        ->excludes(record);
     try {
         app.parse(argc, argv);
     } catch (CLI::ParseError const& error) {
         return app.exit(error) == 0 ? 0 : wrongUsage;
     }
-    for (auto& file : options.files) file = std::filesystem::absolute(file).string();
+    for (auto& file : start.files) file = std::filesystem::absolute(file).string();
     return std::nullopt;
 }
 
@@ -69,15 +75,34 @@ void prepare() {
     logInto(folders::state());
     logQtMessages();
     QGuiApplication::setApplicationName(QStringLiteral("Tavaro"));
-    QGuiApplication::setApplicationVersion(QStringLiteral(TAVARO_VERSION));
+    QGuiApplication::setApplicationVersion(QString::fromUtf8(programVersion()));
     QGuiApplication::setDesktopFileName(QStringLiteral("com.tavaro.Tavaro"));
     QGuiApplication::setQuitOnLastWindowClosed(false);
 }
 
-int run(Options const& options) {
+using Place = std::optional<ApplicationInstance>;
+
+/// Whether the program that runs has taken over what this one was started for. One without windows is asked to make
+/// room; one that is only about to begin, or to end, is neither yet.
+bool isHandedOver(Start const& start, Place& place) {
+    using namespace std::chrono_literals;
+    auto const deadline = std::chrono::steady_clock::now() + 5s;
+    while (true) {
+        place = ApplicationInstance::claim();
+        if (place) return false;
+        if (SecondStart::handOver(start)) return true;
+        if (askToHandOver(controlSocketPath())) return false;
+        if (std::chrono::steady_clock::now() > deadline) throw Error("Tavaro is already running, but does not answer.");
+        std::this_thread::sleep_for(50ms);
+    }
+}
+
+int run(Start const& start, Place place) {
+    QGuiApplication::setWindowIcon(QIcon::fromTheme(QGuiApplication::desktopFileName(),
+                                                    QIcon(QStringLiteral(":/qt/qml/Tavaro/Studio/Tavaro.svg"))));
     MainQueue queue;
     QueueInLoop const loop(queue);
-    Studio studio(queue);
+    Studio studio(queue, std::move(place));
     DesktopLook desktop;
     Theme theme(studio.application().preferences(), desktop);
     registerStyle(theme);
@@ -87,29 +112,26 @@ int run(Options const& options) {
     registerRecorderTypes();
     registerDeskTypes();
     registerExportTypes();
-    registerSettings(studio.agentSettings(), studio.consent());
+    registerSettings(studio.agentSettings(), studio.consent(), studio.updates());
     qmlRegisterSingletonInstance("Tavaro.Program", 1, 0, "Studio", &studio);
     SignalsInLoop const signals([&] { studio.end(); });
     engine.load(QUrl(QStringLiteral("qrc:/qt/qml/Tavaro/Studio/Pages/StudioWindow.qml")));
     if (engine.rootObjects().isEmpty()) return failed;
-    studio.open(options.files);
+    studio.open(start);
     spdlog::info("Tavaro has begun.");
     auto const code = QGuiApplication::exec();
     spdlog::info("Tavaro has ended.");
     return code;
 }
 
-int start(int argc, char** argv) {
-    Options options;
-    if (auto const code = parse(argc, argv, options)) return *code;
-    auto const instance = ApplicationInstance::claim();
-    if (!instance) {
-        if (SecondStart::handOver(options.files)) return 0;
-        throw Error("Tavaro is already running without windows, for agents (`tavaro serve`).");
-    }
+int begin(int argc, char** argv) {
+    Start start;
+    if (auto const code = parse(argc, argv, start)) return *code;
+    Place place;
+    if (isHandedOver(start, place)) return 0;
     prepare();
     QGuiApplication const qt(argc, argv);
-    return run(options);
+    return run(start, std::move(place));
 }
 
 }
@@ -118,7 +140,7 @@ int start(int argc, char** argv) {
 
 int main(int argc, char** argv) {
     try {
-        return tavaro::start(argc, argv);
+        return tavaro::begin(argc, argv);
     } catch (std::exception const& error) {
         spdlog::error("{}", error.what());
         return tavaro::failed;

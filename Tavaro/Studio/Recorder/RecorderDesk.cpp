@@ -9,34 +9,31 @@
 
 namespace tavaro {
 
-namespace {
-
-std::unique_ptr<ControlServer> openToCommands(MainQueue& queue, Application& application, RecorderModel& recorder) {
-    try {
-        ControlServer::Settings settings;
-        settings.prepare = [&recorder](std::function<void()> next) { recorder.settle(std::move(next)); };
-        return std::make_unique<ControlServer>(queue, application, std::move(settings));
-    } catch (SocketError const& error) {
-        qWarning("“tavaro record --toggle” does not reach Tavaro: %s", error.what());
-        return nullptr;
-    }
-}
-
-}
-
 RecorderDesk::RecorderDesk(MainQueue& queue, Application& application)
     : recorder_(queue, application)
     , bar_(recorder_, application.preferences())
     , keys_(queue, application.preferences(), recorder_)
     , firstTake_(recorder_, application.preferences())
     , tray_(recorder_)
-    , control_(openToCommands(queue, application, recorder_)) {
+    , terminals_(queue)
+    , queue_(queue)
+    , application_(application) {
     connect(&keys_, &RecorderKeys::changed, this, &RecorderDesk::followWays);
     connect(&tray_, &TrayItem::changed, this, &RecorderDesk::followWays);
     followWays();
 }
 
 RecorderDesk::~RecorderDesk() = default;
+
+void RecorderDesk::openToCommands() {
+    try {
+        ControlServer::Settings settings;
+        settings.prepare = [this](std::function<void()> next) { recorder_.settle(std::move(next)); };
+        control_ = std::make_unique<ControlServer>(queue_, application_, std::move(settings));
+    } catch (SocketError const& error) {
+        qWarning("“tavaro record --toggle” does not reach Tavaro: %s", error.what());
+    }
+}
 
 void RecorderDesk::followWays() { bar_.setHasOtherWay(keys_.canToggle() || tray_.isThere()); }
 

@@ -4,6 +4,7 @@
 #include <Tavaro/Studio/Recorder/RecorderBarModel.h>
 #include <Tavaro/Studio/Recorder/RecorderKeys.h>
 #include <Tavaro/Studio/Recorder/RecorderModel.h>
+#include <Tavaro/Studio/Recorder/TerminalTakes.h>
 #include <Tavaro/Studio/Recorder/TrayItem.h>
 
 #include <QObject>
@@ -23,6 +24,7 @@ class RecorderDesk : public QObject {
     Q_PROPERTY(tavaro::RecorderKeys* keys READ keys CONSTANT)
     Q_PROPERTY(tavaro::FirstTake* firstTake READ firstTake CONSTANT)
     Q_PROPERTY(tavaro::TrayItem* tray READ tray CONSTANT)
+    Q_PROPERTY(tavaro::TerminalTakes* terminals READ terminals CONSTANT)
 
 public:
     RecorderDesk(MainQueue& queue, Application& application);
@@ -33,6 +35,10 @@ public:
     RecorderKeys* keys() { return &keys_; }
     FirstTake* firstTake() { return &firstTake_; }
     TrayItem* tray() { return &tray_; }
+    TerminalTakes* terminals() { return &terminals_; }
+
+    /// From here on `tavaro record --toggle` reaches it: for the program that is the user's application.
+    void openToCommands();
 
 private:
     void followWays();
@@ -42,7 +48,10 @@ private:
     RecorderKeys keys_;
     FirstTake firstTake_;
     TrayItem tray_;
-    std::unique_ptr<ControlServer> control_; // none where its socket cannot be opened
+    TerminalTakes terminals_;
+    MainQueue& queue_;
+    Application& application_;
+    std::unique_ptr<ControlServer> control_; // none where its socket is not, or cannot be opened
 };
 
 }

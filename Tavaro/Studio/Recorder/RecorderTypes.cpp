@@ -6,6 +6,7 @@
 #include <Tavaro/Studio/Recorder/RecorderDesk.h>
 #include <Tavaro/Studio/Recorder/RecorderKeys.h>
 #include <Tavaro/Studio/Recorder/RecorderModel.h>
+#include <Tavaro/Studio/Recorder/TerminalTakes.h>
 #include <Tavaro/Studio/Recorder/TrayItem.h>
 
 #include <QtQml>
@@ -24,6 +25,7 @@ void registerRecorderTypes() {
     qmlRegisterType<PictureItem>("Tavaro.Recorder", 1, 0, "PictureItem");
     announce<RecorderDesk>("RecorderDesk");
     announce<TrayItem>("TrayItem");
+    announce<TerminalTakes>("TerminalTakes");
     announce<RecorderModel>("RecorderModel");
     announce<RecorderSources>("RecorderSources");
     announce<RecorderDevices>("RecorderDevices");

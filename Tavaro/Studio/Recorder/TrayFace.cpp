@@ -18,14 +18,10 @@ QString TrayFace::title() const {
     return {};
 }
 
-QString TrayFace::status() const {
-    return phase_ == RecorderModel::Idle ? QStringLiteral("Passive") : QStringLiteral("Active");
-}
-
 QString TrayFace::iconName() const {
     if (phase_ == RecorderModel::Recording) return QStringLiteral("media-record");
     if (phase_ == RecorderModel::Paused) return QStringLiteral("media-playback-pause");
-    return QStringLiteral("camera-video");
+    return QStringLiteral("com.tavaro.Tavaro");
 }
 
 void TrayFace::Activate(int /*x*/, int /*y*/) {
@@ -44,7 +40,6 @@ void TrayFace::follow() {
     phase_ = recorder_.phase();
     Q_EMIT NewTitle();
     Q_EMIT NewIcon();
-    Q_EMIT NewStatus(status());
 }
 
 }

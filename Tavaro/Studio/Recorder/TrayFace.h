@@ -26,10 +26,10 @@ public:
     QString category() const { return QStringLiteral("ApplicationStatus"); }
     QString id() const { return QStringLiteral("tavaro"); }
     QString title() const;
-    QString status() const;
+    QString status() const { return QStringLiteral("Active"); } // else trays hide its menu, by which a take begins
     QString iconName() const;
     bool itemIsMenu() const { return false; }
-    QDBusObjectPath menu() const { return QDBusObjectPath(QStringLiteral("/NO_DBUSMENU")); }
+    QDBusObjectPath menu() const { return QDBusObjectPath(QStringLiteral("/StatusNotifierMenu")); }
 
 public Q_SLOTS:
     void Activate(int x, int y);          // NOLINT(readability-identifier-naming): as are the next
@@ -37,9 +37,8 @@ public Q_SLOTS:
     void ContextMenu(int x, int y);       // NOLINT(readability-identifier-naming)
 
 Q_SIGNALS:
-    void NewTitle();                     // NOLINT(readability-identifier-naming)
-    void NewIcon();                      // NOLINT(readability-identifier-naming)
-    void NewStatus(QString const& text); // NOLINT(readability-identifier-naming)
+    void NewTitle(); // NOLINT(readability-identifier-naming)
+    void NewIcon();  // NOLINT(readability-identifier-naming)
     void windowWanted();
 
 private:

@@ -4,8 +4,9 @@ namespace tavaro {
 
 class AgentSettings;
 class ConsentQuestions;
+class UpdateCheck;
 
-/// Lets QML see both, which outlive it, as `Agents` and `Consent` of "Tavaro.Settings".
-void registerSettings(AgentSettings& agents, ConsentQuestions& consent);
+/// Lets QML see them, which outlive it, as `Agents`, `Consent` and `Updates` of "Tavaro.Settings".
+void registerSettings(AgentSettings& agents, ConsentQuestions& consent, UpdateCheck& updates);
 
 }
