@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstring>
 
@@ -18,13 +19,21 @@ constexpr int fps = 30;
 /// Soft hills that pass by, with a grain of their own in each frame.
 Image hills(int number) {
     Image image(width, height);
+    std::array<double, width> longSine, longCosine,
+        shortSine; // along a row, since a picture has too many pixels for them
+    for (int x = 0; x < width; ++x) {
+        double const u = x + 3 * number;
+        longSine[x] = std::sin(u / 31);
+        longCosine[x] = std::cos(u / 31);
+        shortSine[x] = std::sin(u / 7);
+    }
     std::uint32_t grain = static_cast<std::uint32_t>(number) * 2654435761u + 1;
     for (int y = 0; y < height; ++y) {
+        double const sine = std::sin(y / 57.0), cosine = std::cos(y / 57.0), shortCosine = std::cos(y / 9.0);
         for (int x = 0; x < width; ++x) {
             grain = grain * 1664525 + 1013904223;
-            auto const u = x + 3 * number;
-            auto const level = 120 + 50 * std::sin(u / 31.0 + y / 57.0) + 40 * std::sin(u / 7.0) * std::cos(y / 9.0) +
-                               static_cast<int>(grain >> 29) - 3.5;
+            auto const slow = longSine[x] * cosine + longCosine[x] * sine; // of u / 31 + y / 57
+            auto const level = 120 + 50 * slow + 40 * shortSine[x] * shortCosine + static_cast<int>(grain >> 29) - 3.5;
             std::uint8_t const pixel[4] = {static_cast<std::uint8_t>(level), static_cast<std::uint8_t>(level * 0.9),
                                            static_cast<std::uint8_t>(level * 0.7 + 20), 255};
             std::memcpy(image.row(y) + 4 * x, pixel, 4);
