@@ -39,7 +39,7 @@ std::vector<RunningTake> runningTakes(fs::path const& folder) {
     return takes;
 }
 
-void order(fs::path const& take, TakeOrder order) {
+void orderTake(fs::path const& take, TakeOrder order) {
     quickCall(take, order == TakeOrder::pause ? control::pauseTake : control::stopTake);
 }
 

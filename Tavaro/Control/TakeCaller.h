@@ -25,6 +25,6 @@ enum class TakeOrder {
 std::vector<RunningTake> runningTakes(std::filesystem::path const& folder);
 
 /// Does nothing where the take is over, or does not fit. Waits likewise.
-void order(std::filesystem::path const& take, TakeOrder order);
+void orderTake(std::filesystem::path const& take, TakeOrder order);
 
 }

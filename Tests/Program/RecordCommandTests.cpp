@@ -104,14 +104,14 @@ TEST_F(RecordCommand, aTakeIsSeenPausedAndEndedByTheUsersOtherPrograms) {
     };
     ASSERT_TRUE(is(RecorderPhase::recording));
     auto const take = runningTakes(folder).front();
-    order(take.socket, TakeOrder::pause);
+    orderTake(take.socket, TakeOrder::pause);
     EXPECT_TRUE(is(RecorderPhase::paused));
-    order(take.socket, TakeOrder::pause);
+    orderTake(take.socket, TakeOrder::pause);
     EXPECT_TRUE(is(RecorderPhase::recording));
     running.send(SIGSTOP); // one that does not answer holds up nobody for long
     EXPECT_TRUE(runningTakes(folder).empty());
     running.send(SIGCONT);
-    order(take.socket, TakeOrder::stop);
+    orderTake(take.socket, TakeOrder::stop);
     EXPECT_EQ(running.wait().exitCode, 0);
     EXPECT_GT(ProjectPackage(path("take.recproj")).load().duration(), 0);
     EXPECT_THAT(names(folder), ElementsAre()) << "nor is what the killed one left";

@@ -43,7 +43,7 @@ void TerminalTakes::order(int row, TakeOrder order) {
     if (row < 0 || row >= count()) return;
     side_.ask(
         [take = takes_[static_cast<std::size_t>(row)].socket, order] {
-            tavaro::order(take, order);
+            orderTake(take, order);
             return true;
         },
         [this](Outcome<bool> const&) { look(); });
