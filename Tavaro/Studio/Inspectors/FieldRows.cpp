@@ -14,12 +14,12 @@ std::string choiceLabel(std::string_view name) {
 }
 
 QString inSentence(std::string_view label) {
-    auto words = toQString(label).split(QLatin1Char(' '));
-    for (auto word = words.begin(); word != words.end(); ++word) {
+    auto words = toQString(label).replace(QLatin1Char('-'), QStringLiteral("- ")).split(QLatin1Char(' '));
+    for (auto word = words.begin() + 1; word < words.end(); ++word) {
         bool const isName = word->mid(1) != word->mid(1).toLower(); // "API", "MacBook"
-        if (word != words.begin() && !isName) *word = word->toLower();
+        if (!isName) *word = word->toLower();
     }
-    return words.join(QLatin1Char(' '));
+    return words.join(QLatin1Char(' ')).replace(QStringLiteral("- "), QStringLiteral("-"));
 }
 
 }

@@ -57,18 +57,16 @@ ColumnLayout {
                 color: Theme.colors.secondaryText
                 font.pixelSize: Theme.captionSize
             }
-            GridLayout {
-                columns: 4
-                columnSpacing: 2
-                rowSpacing: 2
+            Flow {
+                Layout.fillWidth: true
+                spacing: 2
                 Repeater {
                     model: family.members
                     LookTile {
                         required property var modelData
 
-                        Layout.fillWidth: true
-                        Layout.preferredWidth: 10
-                        pictureHeight: 40
+                        width: Math.floor((gallery.width - 8) / 5)
+                        pictureHeight: 36
                         isNamed: false
                         desk: gallery.desk
                         subject: "background"

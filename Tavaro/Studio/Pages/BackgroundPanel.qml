@@ -10,13 +10,13 @@ SidePage {
 
     required property EditorDesk desk
     readonly property EditorSession session: desk.session
-    readonly property InspectorModel background: session.fieldsOf("background")
+    readonly property InspectorModel behind: session.fieldsOf("background")
     readonly property InspectorModel screen: session.fieldsOf("screen")
 
     title: qsTr("Background and frame")
 
     BackgroundGallery { desk: page.desk }
-    FieldList { session: page.session; fields: page.background; without: [""] }
+    FieldList { session: page.session; fields: page.behind; without: [""] }
     FieldGroup {
         title: qsTr("Frame")
         LookGrid { desk: page.desk; section: "screen"; path: "frame"; subject: "film" }

@@ -15,7 +15,7 @@ Loader {
 
     function choose(name: string) { field.give(name === "" ? undefined : name) }
 
-    sourceComponent: choices.length <= 4 && letters <= 24 ? segments : box
+    sourceComponent: choices.length <= 4 && letters <= 20 ? segments : box
 
     Component {
         id: segments

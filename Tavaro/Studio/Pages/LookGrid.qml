@@ -26,11 +26,9 @@ ColumnLayout {
         visible: grid.label !== ""
         text: grid.label
     }
-    GridLayout {
+    Flow {
         Layout.fillWidth: true
-        columns: grid.columns
-        columnSpacing: 4
-        rowSpacing: 4
+        spacing: 4
         Repeater {
             model: grid.choices.length
             LookTile {
@@ -38,8 +36,7 @@ ColumnLayout {
                 readonly property var choice: grid.choices[index]
                 readonly property string whole: [grid.section, grid.path].filter(Boolean).join(".")
 
-                Layout.fillWidth: true
-                Layout.preferredWidth: 10
+                width: Math.floor((grid.width - 4 * (grid.columns - 1)) / grid.columns)
                 desk: grid.desk
                 subject: grid.subject
                 text: choice.label

@@ -74,10 +74,10 @@ Rectangle {
         width: 45
         clip: true
         boundsBehavior: Flickable.StopAtBounds
-        spacing: 2
         model: panel.pages
         header: ToolButton {
             x: 6
+            height: 30
             icon.source: Theme.icon("layout-sidebar-reverse")
             ToolTip.text: panel.isFolded ? qsTr("Show the side panel (Ctrl+I)") : qsTr("Hide the side panel (Ctrl+I)")
             onClicked: panel.isFolded = !panel.isFolded
@@ -86,6 +86,7 @@ Rectangle {
             required property var modelData
 
             x: 6
+            height: 30
             checked: !panel.isFolded && panel.open.name === modelData.name
             icon.source: Theme.icon(modelData.icon)
             ToolTip.text: modelData.title

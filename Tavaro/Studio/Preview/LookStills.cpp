@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <exception>
 #include <optional>
 #include <utility>
 
@@ -22,7 +23,7 @@ using namespace std::chrono_literals;
 
 constexpr auto settled = 250ms;
 constexpr double keptSeconds = 20; // that media stay open after the last still
-constexpr double closeUp = 3.2;
+constexpr double closeUp = 7;
 
 class Unwanted : public Error {
 public:
@@ -110,6 +111,7 @@ std::optional<LookStills::Sample> pointed(DemoProject const& document, double pl
     project.cursor.idleHideAfter = 0;
     project.camera.isEnabled = false;
     project.layoutCues.clear();
+    project.screen = {};
     project.zoomEvents = {{.start = 0,
                            .duration = document.duration(),
                            .rampIn = 0,
@@ -195,7 +197,7 @@ LookStills::Interest LookStills::draw(Look const& look, std::function<void(QImag
             QImage picture;
             try {
                 picture = outcome.value();
-            } catch (Error const&) {
+            } catch (std::exception const&) {
                 // A look that cannot be drawn is shown by its name alone.
             }
             if (!key.empty() && !picture.isNull()) backgrounds_[key] = picture;

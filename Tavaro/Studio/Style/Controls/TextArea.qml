@@ -7,8 +7,10 @@ T.TextArea {
 
     implicitWidth: Math.max(180, contentWidth + leftPadding + rightPadding)
     implicitHeight: Math.max(Theme.controlHeight, contentHeight + topPadding + bottomPadding)
-    padding: 7
-    horizontalPadding: 10
+    leftPadding: 10
+    rightPadding: 10
+    topPadding: 7
+    bottomPadding: 7
     textFormat: TextEdit.PlainText
     color: enabled ? Theme.colors.text : Theme.colors.disabledText
     placeholderTextColor: Theme.colors.secondaryText
