@@ -2,6 +2,7 @@
 
 #include <Tavaro/Model/Operations/OperationError.h>
 #include <Tavaro/Model/Operations/Perform.h>
+#include <Tavaro/Model/Project/PendingSave.h>
 #include <Tavaro/Model/Project/ProjectInUse.h>
 #include <Tavaro/Studio/Editor/CaptionEditor.h>
 #include <Tavaro/Studio/Editor/ContextMenus.h>
@@ -70,7 +71,8 @@ void expectMedia(ProjectPackage const& package, DemoProject const& copied) {
 EditorSession::EditorSession(MainQueue& queue, std::shared_ptr<OpenProject> project)
     : project_(std::move(project))
     , view_(project_->editorState())
-    , importing_(queue, "com.tavaro.import") {
+    , importing_(queue, "com.tavaro.import")
+    , writing_(queue, "com.tavaro.save") {
     observation_ = project_->observe([this](ProjectChange const& change) { observe(change); });
     place_ = placeAt(document().timeline, std::clamp(view_.playhead, 0.0, duration()));
     selection_ = view_.selection;
@@ -114,9 +116,7 @@ bool EditorSession::attempt(FunctionRef<void()> action) {
 void EditorSession::observe(ProjectChange const& change) {
     if (change.fields.any()) {
         auto const before = place_.time;
-        place_ = placeAt(document().timeline, timeOf(document().timeline, place_));
-        dropWhatIsGone();
-        if (range_.end() > duration()) setRange(range_.start, std::max(duration() - range_.start, 0.0));
+        if (change.items.empty()) holdToDocument();
         Q_EMIT documentChanged();
         if (place_.time != before) Q_EMIT playheadChanged();
     }
@@ -126,6 +126,13 @@ void EditorSession::observe(ProjectChange const& change) {
     if (change.problem) Q_EMIT told(toQString(*change.problem));
     if (!isSaved() && !saving_.isActive()) saving_.start(saveDelay);
     updateCommands();
+}
+
+/// The playhead stays on its picture, and of selection and range what there still is.
+void EditorSession::holdToDocument() {
+    place_ = placeAt(document().timeline, timeOf(document().timeline, place_));
+    dropWhatIsGone();
+    if (range_.end() > duration()) setRange(range_.start, std::max(duration() - range_.start, 0.0));
 }
 
 void EditorSession::updateCommands() {
@@ -624,19 +631,26 @@ QAbstractItemModel* EditorSession::list(QString const& kind) {
     return list.get();
 }
 
-bool EditorSession::save() {
+void EditorSession::save() {
+    keepView();
+    auto const save = project_->beginSave();
+    if (!save) return;
+    auto const write = [save] {
+        save->run();
+        return true;
+    };
+    writing_.ask(write, [this, save](Outcome<bool> const&) { finishSave(save); });
+}
+
+void EditorSession::finishSave(std::shared_ptr<PendingSave> const& save) {
     try {
-        keepView();
-        auto const outcome = project_->save();
-        project_->saveEditorState();
-        return outcome != SaveOutcome::changedOutside;
+        project_->finishSave(save);
     } catch (ProjectInUse const&) {
         saving_.start(inUseDelay);
     } catch (Error const& error) {
         saving_.start(failedDelay);
         Q_EMIT told(sentenceOf(error));
     }
-    return false;
 }
 
 }

@@ -39,8 +39,9 @@ class TranscriptModel;
 /// playhead stays on its picture, and the selection loses only what is gone. Belongs to the project's thread, inside of
 /// Qt's loop.
 ///
-/// Edits are saved half a second after they were made, by a timer, so that none waits for the disk; what another
-/// program saved is looked for once a second. Nothing here throws: what goes wrong is told by `told`, as a sentence.
+/// Edits are saved half a second after they were made, by a timer and on a thread beside, so that none waits for the
+/// disk; what another program saved is looked for once a second. Nothing here throws: what goes wrong is told by
+/// `told`, as a sentence.
 class EditorSession final : public QObject {
     Q_OBJECT
     Q_PROPERTY(QString name READ name NOTIFY documentChanged)
@@ -210,8 +211,8 @@ public:
     Q_INVOKABLE QAbstractItemModel* list(QString const& kind);
 
     bool isSaved() const { return !project_->hasUnsavedChanges(); }
-    /// Saves now. False where it cannot be saved, which is told.
-    Q_INVOKABLE bool save();
+    /// Saves now, beside the window; what cannot be saved is told.
+    Q_INVOKABLE void save();
 
 Q_SIGNALS:
     void documentChanged();
@@ -232,6 +233,7 @@ Q_SIGNALS:
 
 private:
     void observe(ProjectChange const& change);
+    void holdToDocument();
     void dropWhatIsGone();
     void countKinds();
     void updateCommands();
@@ -240,6 +242,7 @@ private:
     std::vector<UUID> clipsInHand() const;
     std::string selectionNoun() const;
     void keepView();
+    void finishSave(std::shared_ptr<PendingSave> const& save);
     void inspect();
 
     std::shared_ptr<OpenProject> project_;
@@ -260,7 +263,7 @@ private:
     std::unique_ptr<CaptionEditor> captions_;
     bool canPaste_ = false;
     QTimer saving_, looking_;
-    SideQueue importing_;
+    SideQueue importing_, writing_;
     OpenProject::Observation observation_;
 };
 

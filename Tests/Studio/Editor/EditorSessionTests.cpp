@@ -363,6 +363,22 @@ TEST(EditorSession, anEditIsSavedByItselfAndNotWhileItIsMade) {
     EXPECT_FALSE(editor.isEnabled("save"));
 }
 
+TEST(EditorSession, closingWaitsForTheSaveThatIsUnderWayAndSavesWhatCameAfterIt) {
+    for (int i = 0; i < 20; ++i) {
+        TestEditor editor(shortFilm());
+        editor.run("addZoom");
+        editor.run("save");
+        if (i % 2) editor.run("addCaption");
+        if (i % 3 == 0) QCoreApplication::processEvents();
+        editor.session.reset();
+        EXPECT_FALSE(editor.project->hasUnsavedChanges());
+        auto const saved = editor.project.package().load();
+        EXPECT_EQ(saved.zoomEvents.size(), 4u);
+        EXPECT_EQ(saved.captions.cues.size(), 1u + i % 2);
+        QCoreApplication::processEvents(); // what the thread said comes too late, and harms nobody
+    }
+}
+
 TEST(EditorSession, whatAnotherProgramSavesOrSpoilsIsNoticed) {
     TestEditor editor(shortFilm());
     int outside = 0;
