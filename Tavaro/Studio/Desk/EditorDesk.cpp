@@ -91,7 +91,7 @@ void EditorDesk::setDark(bool isDark) {
 }
 
 void EditorDesk::follow(ProjectChange const& change) {
-    if (timeline_ && change.fields.any()) timeline_->show(session_.document(), change.fields);
+    if (timeline_ && change.fields.any()) timeline_->show(session_.document(), change.fields, change.items);
 }
 
 /// The film begins with a card before the edit, which the playhead knows nothing of.

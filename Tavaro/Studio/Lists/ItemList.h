@@ -24,7 +24,11 @@ template<class Item> class ItemList final : public KeyedRows<UUID, UUIDHash> {
 public:
     explicit ItemList(std::shared_ptr<OpenProject> project) : project_(std::move(project)) {
         observation_ = project_->observe([this](ProjectChange const& change) {
-            if (change.fields.contains(fieldOf(kindOf(Item{})))) update();
+            if (!change.fields.contains(fieldOf(kindOf(Item{})))) return;
+            if (change.items.empty())
+                update();
+            else
+                update(change.items);
         });
         update();
     }
@@ -113,6 +117,15 @@ private:
             if (field.name != "id") detail::mixHash(content, hashOf(item.*field.member));
         });
         return content;
+    }
+
+    /// Of items that are where they were: their kinds have one list each.
+    void update(std::vector<ItemPlace> const& items) {
+        for (auto const& place : items) {
+            if (place.field != fieldOf(kindOf(Item{}))) continue;
+            auto const row = static_cast<int>(place.index);
+            showRow(row, contentOf(*item(row), 0));
+        }
     }
 
     void update() {

@@ -45,6 +45,11 @@ protected:
         tellOfChanges(now);
         if (rows_.size() != before) Q_EMIT countChanged();
     }
+    /// The same where one row shows something else, and nothing else is different.
+    void showRow(int row, std::size_t content) {
+        auto& shown = rows_.at(static_cast<std::size_t>(row));
+        if (std::exchange(shown.content, content) != content) Q_EMIT dataChanged(index(row), index(row));
+    }
 
 private:
     /// More rows than that are not moved one by one: views then look at the whole order anew.

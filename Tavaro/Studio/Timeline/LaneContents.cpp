@@ -1,6 +1,7 @@
 #include <Tavaro/Studio/Timeline/LaneContents.h>
 
 #include <TavaroCore/Editing/AudioSplits.h>
+#include <TavaroCore/History/ItemEdit.h>
 #include <TavaroCore/Project/DemoProject.h>
 #include <TavaroCore/Project/RecordingOfProject.h>
 #include <TavaroCore/Timeline/RecordingOnTimeline.h>
@@ -17,13 +18,29 @@ struct Box {
     LaneItemHold hold = LaneItemHold::free;
 };
 
+template<class Item> LaneItem boxOf(Item const& item, std::size_t index, Box box) {
+    return {item.id, item.start, item.start + item.duration, static_cast<std::uint32_t>(index), box.kind, box.hold};
+}
+
+struct ItemLane {
+    LaneKind lane;
+    Box box;
+};
+constexpr ItemLane laneOf(ZoomEvent const&) { return {LaneKind::zooms, {LaneItemKind::zoom}}; }
+constexpr ItemLane laneOf(Overlay const&) { return {LaneKind::overlays, {LaneItemKind::overlay}}; }
+constexpr ItemLane laneOf(CaptionCue const&) { return {LaneKind::captions, {LaneItemKind::caption}}; }
+constexpr ItemLane laneOf(SilenceSpan const&) {
+    return {LaneKind::silences, {LaneItemKind::silence, LaneItemHold::trimmable}};
+}
+
 template<class Item> std::vector<LaneItem> boxesOf(std::vector<Item> const& items, Box box) {
     std::vector<LaneItem> boxes;
     boxes.reserve(items.size());
-    for (std::uint32_t index = 0; auto const& item : items) {
-        boxes.push_back({item.id, item.start, item.start + item.duration, index++, box.kind, box.hold});
-    }
+    for (auto const& item : items) boxes.push_back(boxOf(item, boxes.size(), box));
     return boxes;
+}
+template<class Item> std::vector<LaneItem> boxesOf(std::vector<Item> const& items) {
+    return boxesOf(items, laneOf(Item{}).box);
 }
 
 std::vector<LaneItem> filmItems(DemoProject const& project) {
@@ -92,16 +109,27 @@ std::vector<LaneItem> redactionItems(DemoProject const& project) {
 std::vector<LaneItem> laneItems(DemoProject const& project, LaneKind kind) {
     switch (kind) {
     case LaneKind::film: return filmItems(project);
-    case LaneKind::zooms: return boxesOf(project.zoomEvents, {LaneItemKind::zoom, LaneItemHold::free});
-    case LaneKind::overlays: return boxesOf(project.overlays, {LaneItemKind::overlay, LaneItemHold::free});
-    case LaneKind::captions: return boxesOf(project.captions.cues, {LaneItemKind::caption, LaneItemHold::free});
+    case LaneKind::zooms: return boxesOf(project.zoomEvents);
+    case LaneKind::overlays: return boxesOf(project.overlays);
+    case LaneKind::captions: return boxesOf(project.captions.cues);
     case LaneKind::camera: return cameraItems(project);
     case LaneKind::sound: return {};
     case LaneKind::voiceover: return voiceItems(project);
-    case LaneKind::silences: return boxesOf(project.silences, {LaneItemKind::silence, LaneItemHold::trimmable});
+    case LaneKind::silences: return boxesOf(project.silences);
     case LaneKind::redactions: return redactionItems(project);
     }
     return {};
+}
+
+LaneBoxOfItem laneItem(DemoProject const& project, ItemPlace const& place) {
+    LaneBoxOfItem found;
+    forEachEditedList(project, [&](auto const& items) {
+        using Item = typename std::remove_cvref_t<decltype(items)>::value_type;
+        if (listFieldOf(Item{}) != place.field) return;
+        auto const on = laneOf(Item{});
+        found = {on.lane, boxOf(items.at(place.index), place.index, on.box)};
+    });
+    return found;
 }
 
 std::vector<LaneItem> soundItems(AudioTrack const& track) {

@@ -27,6 +27,11 @@ public:
     /// Items without finite times are left out. O(n log n).
     explicit LaneIndex(std::vector<LaneItem> items);
 
+    /// The item of that place in its list is another one, or at another time; false, with nothing changed, where it is
+    /// not here or has no finite times. The rows are as if all were laid out anew, at the cost of the items that the
+    /// change can reach.
+    bool replace(LaneItem item);
+
     std::size_t size() const { return items_.size(); }
     bool isEmpty() const { return items_.empty(); }
     std::size_t rowCount() const { return rows_.empty() ? 0 : rows_.size() - 1; }
@@ -45,6 +50,8 @@ public:
     std::optional<TimeRange> extent() const;
 
 private:
+    class Relay;
+
     std::vector<LaneItem> items_;   // row by row
     std::vector<std::size_t> rows_; // where each row begins in it, and the end
 };

@@ -2,6 +2,7 @@
 
 #include <Tavaro/Studio/Timeline/TimelineNode.h>
 
+#include <TavaroCore/History/ItemEdit.h>
 #include <TavaroCore/Project/DemoProject.h>
 
 #include <QCursor>
@@ -68,9 +69,9 @@ void TimelineItem::show(DemoProject const& project) {
     shown();
 }
 
-void TimelineItem::show(DemoProject const& project, ChangedFields const& changed) {
+void TimelineItem::show(DemoProject const& project, ChangedFields const& changed, std::span<ItemPlace const> items) {
     project_ = &project;
-    layout_.show(project, changed);
+    layout_.show(project, changed, items);
     shown();
 }
 

@@ -10,6 +10,7 @@
 #include <memory>
 #include <optional>
 #include <set>
+#include <span>
 
 namespace tavaro {
 
@@ -35,9 +36,9 @@ public:
     ~TimelineItem() override;
 
     /// The document stays where it is until the next one is shown, or none. With `changed`, the revision after the last
-    /// one shown.
+    /// one shown; with `items`, which differs in the inside of these alone.
     void show(DemoProject const& project);
-    void show(DemoProject const& project, ChangedFields const& changed);
+    void show(DemoProject const& project, ChangedFields const& changed, std::span<ItemPlace const> items = {});
     void showNothing();
     /// The span that is marked; none without a length.
     void setRange(TimeRange const& range);

@@ -2,6 +2,7 @@
 
 #include <Tavaro/Studio/Timeline/LaneContents.h>
 
+#include <TavaroCore/History/ItemEdit.h>
 #include <TavaroCore/Project/DemoProject.h>
 
 #include <algorithm>
@@ -21,6 +22,8 @@ constexpr double collapsedHeight = 10;
 // Many rows are drawn lower, so that the lane stays one that can be looked over.
 constexpr std::size_t rowsAtFullHeight = 3;
 constexpr double lowestRow = 14;
+// More items than that are not laid out one by one.
+constexpr std::size_t fewItems = 32;
 
 double rowHeightOf(LaneKind kind) {
     switch (kind) {
@@ -82,6 +85,20 @@ void measure(Lane& lane) {
 void TimelineLayout::show(DemoProject const& project, ChangedFields const& changed) { rebuild(project, &changed); }
 
 void TimelineLayout::show(DemoProject const& project) { rebuild(project, nullptr); }
+
+void TimelineLayout::show(DemoProject const& project, ChangedFields const& changed, std::span<ItemPlace const> items) {
+    bool const isFew = !items.empty() && items.size() <= fewItems;
+    if (!isFew || !std::ranges::all_of(items, [&](auto const& each) { return replace(project, each); }))
+        return rebuild(project, &changed);
+    place();
+}
+
+/// False where its lane is to be made anew.
+bool TimelineLayout::replace(DemoProject const& project, ItemPlace const& place) {
+    auto const box = laneItem(project, place);
+    auto const lane = std::ranges::find(lanes_, box.lane, &Lane::kind);
+    return lane != lanes_.end() && lane->index.replace(box.item);
+}
 
 void TimelineLayout::rebuild(DemoProject const& project, ChangedFields const* changed) {
     if (lanes_.empty()) changed = nullptr;

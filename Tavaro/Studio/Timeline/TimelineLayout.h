@@ -8,11 +8,14 @@
 #include <cstdint>
 #include <optional>
 #include <set>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace tavaro {
+
+struct ItemPlace;
 
 /// A place in points of the timeline, whose top-left corner is 0, 0.
 struct LaneBox {
@@ -60,6 +63,8 @@ public:
     /// Makes anew the lanes of what changed; all of them the first time. Costs by the lists that changed.
     void show(DemoProject const& project, ChangedFields const& changed);
     void show(DemoProject const& project);
+    /// After a change of nothing but the inside of these items; costs by those.
+    void show(DemoProject const& project, ChangedFields const& changed, std::span<ItemPlace const> items);
     /// Lanes by their keys.
     void collapse(std::set<std::string> keys);
     std::set<std::string> const& collapsed() const { return collapsed_; }
@@ -85,6 +90,7 @@ public:
     std::set<UUID> within(TimelineView const& view, LaneBox const& box) const;
 
 private:
+    bool replace(DemoProject const& project, ItemPlace const& place);
     void rebuild(DemoProject const& project, ChangedFields const* changed);
     void place();
 

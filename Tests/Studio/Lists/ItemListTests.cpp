@@ -87,6 +87,18 @@ private:
     QAbstractItemModel& model_;
 };
 
+std::vector<ItemEdit> itemEditsAtRandom(DemoProject const& project, RandomDocument& random) {
+    std::vector<ItemEdit> edits;
+    forEachEditedList(project, [&](auto const& items) {
+        for (std::size_t i = 0; i < items.size(); ++i) {
+            if (random.below(4) != 0) continue;
+            edits.push_back({i, items[i]});
+            std::get<std::remove_cvref_t<decltype(items[i])>>(edits.back().item).duration += random.time(0, 2);
+        }
+    });
+    return edits;
+}
+
 /// The list of a kind with everybody who looks at it.
 struct Watched {
     Watched(ItemKind kind, TestProject const& project)
@@ -139,6 +151,7 @@ TEST(ItemList, rowsAreTheDocumentsItemsAfterEveryEditUndoRedoAndOutsideEdit) {
             switch (random.below(8)) {
             case 0: project->undo(); break;
             case 1: project->redo(); break;
+            case 3: project->editItems("Edit", itemEditsAtRandom(project.document(), random)); break;
             case 2:
                 project.editOutside(edit);
                 project->refresh();
@@ -187,6 +200,10 @@ TEST(ItemList, oneItemMovedIsOneMoveAndOneChangedIsOneChange) {
     EXPECT_EQ(changed, 0);
     project->edit("Scale", [](DemoProject& edited) { edited.zoomEvents[70].scale = 3; });
     EXPECT_EQ(changed, 1);
+    auto longer = project.document().zoomEvents[5];
+    longer.duration = 2;
+    project->editItems("Trim", {{5, longer}});
+    EXPECT_EQ(changed, 2);
     EXPECT_EQ(others, 0);
 }
 

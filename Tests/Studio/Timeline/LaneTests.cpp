@@ -173,6 +173,35 @@ TEST(LaneIndex, rowsAreFewStableAndWithoutOverlap) {
     EXPECT_EQ(odd.row(0)[0].end, 5);
 }
 
+TEST(LaneIndex, anItemThatIsReplacedLeavesRowsAsIfAllWereLaidOutAnew) {
+    std::mt19937 random(5);
+    std::uniform_real_distribution<double> share(0, 1);
+    for (double const longest : {0.5, 6.0, 40.0}) {
+        auto items = randomItems(random, 300, longest);
+        LaneIndex index(items);
+        for (int round = 0; round < 400; ++round) {
+            auto& item = items[random() % items.size()];
+            double const length = share(random) < 0.2 ? 0 : share(random) * longest * 1.5;
+            item.start = share(random) < 0.7 ? std::max(item.start + (share(random) - 0.5) * longest, 0.0)
+                                             : share(random) * 1000;
+            if (share(random) < 0.2) item.start = items[random() % items.size()].end; // they touch
+            item.end = item.start + length;
+            ASSERT_TRUE(index.replace(item));
+            LaneIndex const anew(items);
+            ASSERT_EQ(index.rowCount(), anew.rowCount()) << round;
+            for (std::size_t row = 0; row < anew.rowCount(); ++row)
+                ASSERT_TRUE(std::ranges::equal(index.row(row), anew.row(row))) << round << " row " << row;
+        }
+        auto odd = items[0];
+        odd.end = NAN;
+        EXPECT_FALSE(index.replace(odd));
+        odd = items[0];
+        odd.index = 1000;
+        EXPECT_FALSE(index.replace(odd));
+        EXPECT_TRUE(std::ranges::equal(index.items(), LaneIndex(items).items()));
+    }
+}
+
 TEST(LaneIndex, blocksShowAllThatIsInViewOnce) {
     std::mt19937 random(5);
     for (double const longest : {0.01, 0.5, 8.0}) {

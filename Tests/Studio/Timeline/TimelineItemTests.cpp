@@ -1,3 +1,4 @@
+#include <Tavaro/Studio/Timeline/IntentEdits.h>
 #include <Tavaro/Studio/Timeline/TimelineAccessibility.h>
 #include <Tavaro/Studio/Timeline/TimelineItem.h>
 #include <Tavaro/Studio/Timeline/TimelineSteps.h>
@@ -18,6 +19,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <memory>
+#include <random>
 
 using namespace tavaro;
 
@@ -136,6 +138,37 @@ std::size_t partsOf(TimelineDrawing const& drawing) {
 bool isNear(QColor const& a, QColor const& b, int by = 12) {
     return std::abs(a.red() - b.red()) <= by && std::abs(a.green() - b.green()) <= by &&
            std::abs(a.blue() - b.blue()) <= by;
+}
+
+/// Anything that a hand may ask for of the items that there are, and of some that there are not.
+TimelineIntent intentAtRandom(DemoProject const& project, std::mt19937& random) {
+    using namespace timelineIntents;
+    std::vector<UUID> ids{UUID::random()};
+    forEachEditedList(project, [&](auto const& items) {
+        for (auto const& item : items) ids.push_back(item.id);
+    });
+    for (auto const& cue : project.layoutCues) ids.push_back(cue.id);
+    auto const trimmed = ids[random() % ids.size()]; // no clip: what is beside a trimmed one gets new identities
+    for (auto const& clip : project.timeline.clips) ids.push_back(clip.id);
+    auto const any = [&] { return ids[random() % ids.size()]; };
+    double const seconds = static_cast<double>(random() % 80) / 8 - 3;
+    auto const edge = random() % 2 ? ClipEdge::leading : ClipEdge::trailing;
+    switch (random() % 5) {
+    case 0: return TrimItem{trimmed, edge, seconds + 4};
+    case 1: return SetRamp{any(), edge, seconds};
+    case 2: return MoveItems{{any(), any(), any()}, seconds};
+    default: return MoveItems{{any()}, seconds};
+    }
+}
+
+/// Whether lanes that followed edits are those of the document.
+bool areLanesOf(TimelineLayout const& layout, DemoProject const& project) {
+    TimelineLayout anew;
+    anew.show(project);
+    return std::ranges::equal(layout.lanes(), anew.lanes(), [](Lane const& a, Lane const& b) {
+        return a.kind == b.kind && a.index.rowCount() == b.index.rowCount() &&
+               std::ranges::equal(a.index.items(), b.index.items());
+    });
 }
 
 }
@@ -340,4 +373,50 @@ TEST(TimelineSteps, aDragIsOneStepATakenBackOneNoneAndSomebodyElsesEditEndsIt) {
     steps.take(EditEnded{});
     EXPECT_DOUBLE_EQ(start(), 3);
     EXPECT_EQ(open.document().name, "theirs");
+}
+
+TEST(TimelineSteps, aDragOfItemsLeavesWhatItWouldOnTheWholeDocument) {
+    using namespace timelineIntents;
+    TestTake const take("dragged");
+    for (unsigned seed = 0; seed < 40; ++seed) {
+        SCOPED_TRACE(seed);
+        std::mt19937 random(seed);
+        auto project = everything(take.project);
+        std::ranges::stable_sort(project.layoutCues, {}, &LayoutCue::time);
+        take.package.save(project);
+        OpenProject open(take.package.url());
+        TimelineSteps steps(open);
+        TimelineLayout layout;
+        layout.show(open.document());
+        auto const observation = open.observe(
+            [&](ProjectChange const& change) { layout.show(open.document(), change.fields, change.items); });
+        for (int drag = 0; drag < 6; ++drag) {
+            auto const before = open.document();
+            auto const intent = intentAtRandom(before, random);
+            steps.take(EditBegan{"Drag"});
+            for (int i = 0; i < 3; ++i) {
+                // Mostly one thing further and further; now and then another.
+                auto next = random() % 5 ? intent : intentAtRandom(before, random);
+                if (auto* move = std::get_if<MoveItems>(&next)) move->by += i * 0.3;
+                steps.take(next);
+                auto expected = before;
+                carryOut(next, expected);
+                ASSERT_EQ(encodeProject(open.document()), encodeProject(expected));
+                ASSERT_TRUE(areLanesOf(layout, open.document()));
+            }
+            bool const isCancelled = random() % 3 == 0;
+            if (isCancelled)
+                steps.take(EditCancelled{});
+            else
+                steps.take(EditEnded{});
+            if (isCancelled) {
+                ASSERT_EQ(encodeProject(open.document()), encodeProject(before));
+            }
+            if (random() % 2) open.undo();
+            ASSERT_TRUE(areLanesOf(layout, open.document()));
+        }
+        while (open.undo()) {
+        }
+        ASSERT_EQ(encodeProject(open.document()), encodeProject(project));
+    }
 }
