@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <memory>
@@ -26,12 +27,14 @@ struct MovieInfo {
 
 struct MovieReaderOptions {
     int threads = 0; // decoder threads; 0: one a core
+    // For who goes back by frames: so many bytes of the pictures that were decoded on the way to the present one stay.
+    std::size_t earlierBytes = 0;
 };
 
 /// Reads the pictures of a movie. Time 0 is the movie's first frame, whatever its own clock says; of a movie of a
 /// steady rate frame n is at n ÷ rate exactly, though its container may round to milliseconds. Playing forward decodes
-/// each frame once and never seeks; any other time costs one seek and the frames from the key frame before it, as many
-/// in a long movie as in a short one. One thread at a time.
+/// each frame once and never seeks; any other time, but for that of an earlier picture that was kept, costs one seek
+/// and the frames from the key frame before it, as many in a long movie as in a short one. One thread at a time.
 class MovieReader {
 public:
     /// Throws `MediaError`: `missing`, `unreadable`, `noVideoTrack`, `unsupported`.

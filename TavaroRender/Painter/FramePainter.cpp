@@ -115,6 +115,8 @@ double FramePainter::duration() const { return state_->composer().duration(); }
 
 std::int64_t FramePainter::revision() const { return state_->revision; }
 
+void FramePainter::keepEarlier(std::size_t bytes) { state_->sources.keepEarlier(bytes); }
+
 void FramePainter::open() {
     state_->sources.open(project());
     state_->prepare();

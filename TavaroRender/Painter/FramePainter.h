@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <vector>
@@ -41,6 +42,10 @@ public:
     double duration() const;
     /// How many revisions have been shown.
     std::int64_t revision() const;
+
+    /// For who steps back: keeps so many bytes of the recordings' pictures before the present one of each. Before the
+    /// first frame.
+    void keepEarlier(std::size_t bytes);
 
     /// Opens all media of the project and loads what its frames need beside them, or throws the error of the first that
     /// cannot be used: an export fails before its first frame.

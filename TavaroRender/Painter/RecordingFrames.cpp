@@ -31,7 +31,8 @@ RecordingFrames::Opened& RecordingFrames::opened(std::string_view asset) {
         opened_.splice(opened_.begin(), opened_, found);
         return *found;
     }
-    opened_.push_front({std::string(asset), MovieReader(package_.assetURL(asset)), {}});
+    opened_.push_front(
+        {std::string(asset), MovieReader(package_.assetURL(asset), {.earlierBytes = earlierBytes_}), {}});
     if (opened_.size() > mostOpen) opened_.pop_back();
     return opened_.front();
 }

@@ -20,7 +20,8 @@ namespace tavaro {
 namespace {
 
 constexpr double longestPause = 0.5; // seconds between two attempts to draw what failed, while the film plays
-constexpr double share = 0.2;        // of a new measurement, in what is expected of the next
+constexpr std::size_t earlierBytes = std::size_t{64} << 20; // a third of a second of 1080p at 60 frames a second
+constexpr double share = 0.2;                               // of a new measurement, in what is expected of the next
 
 bool isVisible(std::shared_ptr<DemoProject const> const& project, Size2 room) {
     return project && pictureSize(project->canvas, room) != Size2{};
@@ -66,6 +67,7 @@ Size2 PreviewPlayer::Easel::size(Wanted const& wanted) const {
 void PreviewPlayer::Easel::prepare(Wanted const& wanted, Size2 size) {
     if (!painter) {
         painter.emplace(package, size);
+        painter->keepEarlier(earlierBytes);
         shown.reset();
     }
     painter->resize(size);

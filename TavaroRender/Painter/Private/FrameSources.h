@@ -21,6 +21,8 @@ public:
     /// Without a matte given, the one that came with the recording.
     explicit FrameSources(ProjectPackage const& package, std::unique_ptr<CameraMatte> matte = nullptr);
 
+    void keepEarlier(std::size_t bytes) { recordings_.keepEarlier(bytes); }
+
     /// Opens every movie that the project shows, or fails as reading from it would.
     void open(DemoProject const& project);
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <list>
 #include <string>
 #include <string_view>
@@ -17,6 +18,10 @@ class RecordingFrames {
 public:
     explicit RecordingFrames(ProjectPackage package) : package_(std::move(package)) {}
 
+    /// Keeps so many bytes of the pictures before the present one of each movie, so that going back by frames decodes
+    /// none; of movies that are opened from here on.
+    void keepEarlier(std::size_t bytes) { earlierBytes_ = bytes; }
+
     /// Opens the asset's movie, or fails as reading from it would.
     MovieInfo const& open(std::string_view asset);
 
@@ -33,6 +38,7 @@ private:
     Opened& opened(std::string_view asset);
 
     ProjectPackage package_;
+    std::size_t earlierBytes_ = 0;
     std::list<Opened> opened_; // the latest used first
 };
 

@@ -3,6 +3,7 @@
 #include <random>
 
 #include <cmath>
+#include <ctime>
 
 #include <gmock/gmock.h>
 
@@ -120,6 +121,40 @@ TEST(MovieReader, theSameFrameHasTheSameIdentityHoweverItIsReached) {
     EXPECT_NE(other.frame(3 / 30.0).identity(), identities[3]);
     std::ranges::sort(identities);
     EXPECT_EQ(std::ranges::adjacent_find(identities), identities.end());
+}
+
+double processSeconds() {
+    timespec time{};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+}
+
+TEST(MovieReader, whoKeepsEarlierPicturesGoesBackWithoutDecodingThemAgain) {
+    TemporaryFolder folder;
+    auto const file = folder.path() / "numbered.mp4";
+    auto settings = smallMovie();
+    settings.keyFrameInterval = 40;
+    writeNumbered(file, settings, steadyTimes(80, 30));
+    auto const back = [&](std::size_t bytes) {
+        MovieReader reader(file, {.earlierBytes = bytes});
+        double const before = processSeconds();
+        for (int n = 79; n >= 0; --n) EXPECT_EQ(numberAt(reader, n / 30.0), n) << bytes;
+        return processSeconds() - before;
+    };
+    constexpr std::size_t picture = 320 * 180 * 3 / 2;
+    double const none = back(0), some = back(20 * picture);
+    EXPECT_LT(some, 0.7 * none);
+    // However few are kept, and wherever one comes from.
+    std::mt19937 random(3);
+    for (std::size_t const bytes : {std::size_t{1}, 3 * picture, 1000 * picture}) {
+        MovieReader reader(file, {.earlierBytes = bytes});
+        int at = 40;
+        for (int i = 0; i < 100; ++i) {
+            at = random() % 10 ? std::clamp(at + static_cast<int>(random() % 9) - 5, 0, 79)
+                               : static_cast<int>(random() % 80);
+            ASSERT_EQ(numberAt(reader, at / 30.0), at) << bytes;
+        }
+    }
 }
 
 TEST(MovieReader, aTurnedPictureIsShownUpright) {
