@@ -1,5 +1,7 @@
+#include <Benchmarks/Studio/LongFilm.h>
 #include <Benchmarks/Studio/PreviewBench.h>
 
+#include <Tavaro/Model/Exporting/FilmFrame.h>
 #include <Tavaro/Studio/Playback/PulseOutput.h>
 #include <Tavaro/Studio/Preview/PreviewItem.h>
 
@@ -38,12 +40,6 @@ constexpr double patience = 20; // seconds, for anything
 void print(std::string const& name, double value, char const* unit) {
     std::printf("preview.%s %.3f %s\n", name.c_str(), value, unit);
     std::fflush(stdout);
-}
-
-double percentile(std::vector<double> values, double share) {
-    if (values.empty()) return 0;
-    std::ranges::sort(values);
-    return values[static_cast<std::size_t>(share * static_cast<double>(values.size() - 1))];
 }
 
 void writeMovie(std::filesystem::path const& file) {
@@ -158,6 +154,36 @@ void measureSeeks(Stage& stage, std::string const& name) {
     print(name + ".seek_p95", percentile(took, 0.95), "ms");
 }
 
+/// Pixels of the window's picture that are not those of `tavaro frame` at its size.
+void measureGrabs(Stage& stage, OpenProject const& project, std::string const& name) {
+    std::size_t different = 0;
+    for (double const at : {0.5, 2.0, 3.31, 6.0, 7.77, 11.0}) {
+        stage.playback().seek(at);
+        stage.untilShown([&](PreviewPicture const& picture) { return picture.at == at; });
+        auto const grab = stage.preview().grab();
+        auto painter = framePainter(project.document(), project.package(), {grab.width(), grab.height()});
+        auto const frame = filmFrame(painter, at);
+        for (int y = 0; y < grab.height(); ++y) {
+            auto const *seen = grab.constScanLine(y), *meant = frame.row(y);
+            for (int x = 0; x < 4 * grab.width(); ++x) different += seen[x] != meant[x];
+        }
+    }
+    print(name + ".grab_differs_from_frame", static_cast<double>(different), "values");
+}
+
+/// Back by frames, as a key that is held does.
+void measureStepsBack(Stage& stage, std::string const& name) {
+    std::vector<double> took;
+    double at = 9.5;
+    for (int i = 0; i < 40; ++i) {
+        at -= 1.0 / 60;
+        stage.playback().seek(at);
+        double const exact = at;
+        took.push_back(1000 * stage.untilShown([&](PreviewPicture const& picture) { return picture.at == exact; }));
+    }
+    print(name + ".step_back_p50", percentile(took, 0.5), "ms");
+}
+
 void measurePlaying(Stage& stage, std::string const& name, HeardClicks const* heard) {
     stage.playback().seek(0);
     stage.playback().play();
@@ -165,6 +191,7 @@ void measurePlaying(Stage& stage, std::string const& name, HeardClicks const* he
     stage.pass(1);
     int const before = stage.pictures();
     int const gaps = heard ? heard->gaps() : 0;
+    double const loud = heard ? heard->loudSeconds() : 0;
     auto const lagsBefore = static_cast<std::ptrdiff_t>(stage.lags().size());
     double const start = mediaClockNow();
     stage.pass(8);
@@ -175,7 +202,10 @@ void measurePlaying(Stage& stage, std::string const& name, HeardClicks const* he
     print(name + ".picture_behind_sound_p95", 1000 * percentile(lags, 0.95), "ms");
     auto const* const canvas = stage.preview().picture().canvas.get();
     print(name + ".playing_width", canvas ? canvas->width() : 0, "pixels");
-    if (heard) print(name + ".sound_gaps", heard->gaps() - gaps, "gaps");
+    if (heard) {
+        print(name + ".sound_gaps", heard->gaps() - gaps, "gaps");
+        print(name + ".sound_heard", (heard->loudSeconds() - loud) / seconds, "of the time");
+    }
     stage.playback().pause();
     stage.pass(0.5);
 }
@@ -189,15 +219,35 @@ void measureRest(Stage& stage, std::string const& name) {
     print(name + ".swaps_at_rest", stage.swaps() - swaps, "frames");
 }
 
-void measureEdits(Stage& stage, OpenProject& project, std::string const& name) {
+/// Seconds that the composition takes for the frame of a changed revision, alone.
+double drawingSeconds(OpenProject const& project, Size2 size, double at) {
+    auto film = project.document();
+    auto painter = framePainter(film, project.package(), size);
+    (void)painter.frame(at);
     std::vector<double> took;
     for (int i = 0; i < 20; ++i) {
+        film.screen.cornerRadius = 30 + i % 7;
+        painter.show(film);
+        double const start = mediaClockNow();
+        (void)painter.frame(at);
+        took.push_back(mediaClockNow() - start);
+    }
+    return percentile(took, 0.5);
+}
+
+void measureEdits(Stage& stage, OpenProject& project, std::string const& name) {
+    std::vector<double> took;
+    for (int i = 0; i < 40; ++i) {
         auto const next = stage.preview().picture().revision + 1;
         project.edit("Radius", [&](DemoProject& edited) { edited.screen.cornerRadius = 15 + i % 7; });
         took.push_back(1000 * stage.untilShown([&](PreviewPicture const& shown) { return shown.revision >= next; }));
     }
+    auto const& shown = stage.preview().picture();
+    double const drawing = 1000 * drawingSeconds(project, {shown.canvas->width(), shown.canvas->height()}, shown.at);
     print(name + ".edit_p50", percentile(took, 0.5), "ms");
     print(name + ".edit_p95", percentile(took, 0.95), "ms");
+    print(name + ".drawing_p50", drawing, "ms");
+    print(name + ".edit_beyond_drawing_p95", percentile(took, 0.95) - drawing, "ms");
 }
 
 }
@@ -219,6 +269,8 @@ void benchPreview() {
         OpenProject project(readProject(package.url()));
         Stage stage(project, address, room);
         measureSeeks(stage, name);
+        measureStepsBack(stage, name);
+        measureGrabs(stage, project, name);
         measureEdits(stage, project, name);
         measurePlaying(stage, name, heard ? &*heard : nullptr);
         measureRest(stage, name);

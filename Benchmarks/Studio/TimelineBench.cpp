@@ -1,3 +1,4 @@
+#include <Benchmarks/Studio/LongFilm.h>
 #include <Benchmarks/Studio/TimelineBench.h>
 
 #include <Tavaro/Studio/Timeline/TimelineItem.h>
@@ -14,11 +15,9 @@
 #include <cmath>
 #include <cstdio>
 #include <filesystem>
-#include <functional>
 #include <string>
 #include <vector>
 
-#include <time.h>
 #include <unistd.h>
 
 namespace tavaro {
@@ -26,45 +25,6 @@ namespace tavaro {
 namespace {
 
 namespace fs = std::filesystem;
-
-/// What the work takes of this thread, which does all of it: the window's renderer too. What else the machine does is
-/// left out.
-double secondsOf(std::function<void()> const& work) {
-    auto const now = [] {
-        timespec time{};
-        clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
-        return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
-    };
-    double const begin = now();
-    work();
-    return now() - begin;
-}
-
-double percentile(std::vector<double> values, double share) {
-    std::ranges::sort(values);
-    return values[static_cast<std::size_t>(share * static_cast<double>(values.size() - 1))];
-}
-
-DemoProject film(double hours) {
-    DemoProject project;
-    double const seconds = hours * 3600;
-    project.assetDurations["screen.mp4"] = seconds;
-    int const items = static_cast<int>(5000 * hours / 3), clips = static_cast<int>(200 * hours / 3);
-    for (int i = 0; i < clips; ++i) {
-        double const start = seconds * i / clips;
-        project.timeline.clips.push_back(
-            {.asset = "screen.mp4", .start = start, .sourceStart = start, .duration = seconds / clips});
-    }
-    for (int i = 0; i < items; ++i) {
-        double const start = seconds * i / items;
-        project.zoomEvents.push_back({.start = start, .duration = 1.7, .note = "clicked"});
-        CaptionCue cue{.start = start, .duration = 2, .text = "what is said in line " + std::to_string(i)};
-        for (int word = 0; word < 6; ++word)
-            cue.words.push_back({"word", start + word * 0.3, start + word * 0.3 + 0.3});
-        project.captions.cues.push_back(std::move(cue));
-    }
-    return project;
-}
 
 struct Costs {
     double firstFrame = 0;
@@ -99,28 +59,28 @@ Costs costsOf(DemoProject const& project) {
     Window at;
     // What a grab costs beside drawing: the copy of the window's pixels.
     std::vector<double> idle;
-    for (int i = 0; i < 20; ++i) idle.push_back(secondsOf([&] { at.frame(); }));
+    for (int i = 0; i < 20; ++i) idle.push_back(threadSeconds([&] { at.frame(); }));
     double const grab = percentile(idle, 0.5);
 
     Costs costs;
-    costs.firstFrame = secondsOf([&] {
+    costs.firstFrame = threadSeconds([&] {
         at.item->show(open.document());
         at.frame();
     });
     auto const observation =
-        open.observe([&](ProjectChange const& change) { at.item->show(open.document(), change.fields); });
+        open.observe([&](ProjectChange const& change) { at.item->show(open.document(), change.fields, change.items); });
     at.item->setView(project.duration() / 3, 0.06);
     at.frame();
     for (auto const& layer : at.item->drawing().layers) costs.parts += layer.rects.size() + layer.pictures.size();
     std::vector<double> scrolls, zooms, edits;
     for (int i = 0; i < 200; ++i) {
-        scrolls.push_back(secondsOf([&] {
+        scrolls.push_back(threadSeconds([&] {
             at.item->setContentX(at.item->contentX() + 37);
             at.frame();
         }));
     }
     for (int i = 0; i < 120; ++i) {
-        zooms.push_back(secondsOf([&] {
+        zooms.push_back(threadSeconds([&] {
             at.item->setView(project.duration() / 3, 0.02 * std::exp2(i % 60 / 6.0));
             at.frame();
         }));
@@ -130,7 +90,7 @@ Costs costsOf(DemoProject const& project) {
     auto const dragged = project.zoomEvents[project.zoomEvents.size() / 3].id;
     steps.take(timelineIntents::EditBegan{"Move Zoom"});
     for (int i = 0; i < 60; ++i) {
-        edits.push_back(secondsOf([&] {
+        edits.push_back(threadSeconds([&] {
             steps.take(timelineIntents::MoveItems{{dragged}, 0.02 * (i + 1)});
             at.frame();
         }));
@@ -150,8 +110,8 @@ void print(char const* name, double seconds) { std::printf("%s %.2f ms\n", name,
 
 void benchTimeline() {
     QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
-    costsOf(film(0.1)); // fonts and Qt's own parts are loaded
-    auto const half = costsOf(film(0.5)), three = costsOf(film(3));
+    costsOf(longFilm(0.1)); // fonts and Qt's own parts are loaded
+    auto const half = costsOf(longFilm(0.5)), three = costsOf(longFilm(3));
     print("timeline.first_frame", three.firstFrame);
     print("timeline.scroll_step_p95", three.scroll);
     print("timeline.scroll_step_p50", three.usualScroll);

@@ -27,7 +27,10 @@ void HeardClicks::listen(SoundBlock const& block) {
     for (auto const& sample : block.samples) {
         if (std::abs(sample.left) > loud) {
             if (at - loudAt_ > betweenClicks) note(at);
-            if (loudAt_ > 0 && at - loudAt_ > shortestGap) ++gaps_;
+            if (at - loudAt_ <= shortestGap)
+                loudSeconds_ = loudSeconds_ + (at - loudAt_);
+            else if (loudAt_ > 0)
+                ++gaps_;
             loudAt_ = at;
         }
         at += 1.0 / audioRate;
