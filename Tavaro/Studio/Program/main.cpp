@@ -1,18 +1,13 @@
+#include <Tavaro/Studio/Program/ShowWindow.h>
 #include <Tavaro/Studio/Program/Studio.h>
 
 #include <Tavaro/Control/ControlCaller.h>
 #include <Tavaro/Control/ControlServer.h>
 #include <Tavaro/Model/Application/ApplicationInstance.h>
 #include <Tavaro/Model/Application/ApplicationLog.h>
-#include <Tavaro/Studio/Desk/DeskTypes.h>
-#include <Tavaro/Studio/Exports/ExportTypes.h>
-#include <Tavaro/Studio/Library/RegisterLibrary.h>
 #include <Tavaro/Studio/Loop/QtLog.h>
 #include <Tavaro/Studio/Loop/QueueInLoop.h>
 #include <Tavaro/Studio/Loop/SignalsInLoop.h>
-#include <Tavaro/Studio/Recorder/RecorderTypes.h>
-#include <Tavaro/Studio/Settings/RegisterSettings.h>
-#include <Tavaro/Studio/Style/RegisterStyle.h>
 #include <Tavaro/Studio/Style/Theme.h>
 
 #include <TavaroCore/Errors/Error.h>
@@ -105,18 +100,9 @@ int run(Start const& start, Place place) {
     Studio studio(queue, std::move(place));
     DesktopLook desktop;
     Theme theme(studio.application().preferences(), desktop);
-    registerStyle(theme);
     QQmlApplicationEngine engine;
-    engine.addImportPath(QStringLiteral("qrc:/qt/qml"));
-    registerLibrary(engine, studio.library());
-    registerRecorderTypes();
-    registerDeskTypes();
-    registerExportTypes();
-    registerSettings(studio.agentSettings(), studio.consent(), studio.updates());
-    qmlRegisterSingletonInstance("Tavaro.Program", 1, 0, "Studio", &studio);
     SignalsInLoop const signals([&] { studio.end(); });
-    engine.load(QUrl(QStringLiteral("qrc:/qt/qml/Tavaro/Studio/Pages/StudioWindow.qml")));
-    if (engine.rootObjects().isEmpty()) return failed;
+    if (!showWindow(engine, studio, theme)) return failed;
     studio.open(start);
     spdlog::info("Tavaro has begun.");
     auto const code = QGuiApplication::exec();

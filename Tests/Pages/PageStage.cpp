@@ -1,0 +1,181 @@
+#include "PageStage.h"
+
+#include "../Capture/TestDisplay.h"
+#include "Film.h"
+
+#include <Tavaro/Studio/Loop/QueueInLoop.h>
+#include <Tavaro/Studio/Program/ShowWindow.h>
+#include <Tavaro/Studio/Program/Studio.h>
+#include <Tavaro/Studio/Style/Theme.h>
+
+#include <TavaroCore/Errors/Error.h>
+#include <TavaroPlatform/Queues/MainQueue.h>
+
+#include <QAccessible>
+#include <QDeadlineTimer>
+#include <QGuiApplication>
+#include <QQmlApplicationEngine>
+#include <QQuickItem>
+#include <QQuickWindow>
+#include <QTest>
+
+#include <mutex>
+
+namespace tavaro {
+
+namespace {
+
+constexpr int patience = 20'000;          // milliseconds; a loaded machine is slow, and what is wrong never comes
+constexpr int rest = 400, lookEvery = 80; // milliseconds without a change are the end of all changes
+
+std::mutex complaintsMutex;
+std::vector<std::string> complained;
+
+void listen(QtMsgType type, QMessageLogContext const& context, QString const& message) {
+    if (type != QtWarningMsg && type != QtCriticalMsg) return;
+    std::lock_guard const lock(complaintsMutex);
+    complained.push_back(message.toStdString() + " (" + (context.file ? context.file : "") + ")");
+}
+
+/// Before anything reads where the user's folders are.
+std::filesystem::path homeIn(TemporaryFolder const& folder) {
+    for (auto const& [name, place] : {std::pair{"HOME", "home"},
+                                      {"XDG_DATA_HOME", "data"},
+                                      {"XDG_CONFIG_HOME", "config"},
+                                      {"XDG_CACHE_HOME", "cache"},
+                                      {"XDG_STATE_HOME", "state"},
+                                      {"XDG_RUNTIME_DIR", "run"}}) {
+        std::filesystem::create_directories(folder / place);
+        setenv(name, (folder / place).c_str(), 1);
+    }
+    return folder / "home";
+}
+
+struct FilmedDisplay : TestDisplay {
+    FilmedDisplay() : TestDisplay(1280, 720) { setenv("DISPLAY", name().c_str(), 1); }
+};
+
+/// Depth first, what is shown.
+template<class Look> bool visit(QAccessibleInterface* node, Look const& look) {
+    if (!node || !node->isValid() || node->state().invisible) return false;
+    if (look(*node)) return true;
+    for (int i = 0; i < node->childCount(); ++i)
+        if (visit(node->child(i), look)) return true;
+    return false;
+}
+
+}
+
+struct PageStage::Parts {
+    Parts() {
+        qInstallMessageHandler(listen);
+        if (!showWindow(engine, studio, theme)) throw Error("The window cannot be loaded.");
+        window = qobject_cast<QQuickWindow*>(engine.rootObjects().constFirst());
+    }
+    ~Parts() { qInstallMessageHandler(nullptr); }
+
+    TemporaryFolder const folder;
+    std::filesystem::path const home = homeIn(folder);
+    FilmedDisplay const display; // what can be recorded
+    MainQueue queue;
+    QueueInLoop const loop{queue};
+    Studio studio{queue, {}};
+    DesktopLook desktop;
+    Theme theme{studio.application().preferences(), desktop};
+    QQmlApplicationEngine engine;
+    QQuickWindow* window = nullptr;
+};
+
+PageStage::PageStage() : parts_(std::make_unique<Parts>()) {
+    window().requestActivate();
+    becomes([this] { return shows("Library") && window().isExposed(); });
+    picture(); // everything has its size from then on
+}
+
+PageStage::~PageStage() = default;
+
+void PageStage::fillLibrary() {
+    makeLibrary(parts_->home / "Movies/Tavaro");
+    studio().library().refresh();
+    goHome();
+    becomes([this] { return shows(QString::fromStdString(tourName) + QStringLiteral(", ")); });
+}
+
+Studio& PageStage::studio() { return parts_->studio; }
+QQuickWindow& PageStage::window() { return *parts_->window; }
+
+void PageStage::resize(QSize const& size) {
+    window().resize(size);
+    becomes([&] { return window().size() == size && window().contentItem()->size() == QSizeF(size); });
+}
+
+void PageStage::setLook(QString const& look) { parts_->theme.setLook(look); }
+
+void PageStage::press(QString const& name) {
+    auto const isPressed = [&] {
+        return visit(QAccessible::queryAccessibleInterface(&window()), [&](QAccessibleInterface& node) {
+            auto const* const item = qobject_cast<QQuickItem*>(node.object());
+            if (!node.text(QAccessible::Name).startsWith(name) || (item && !item->isEnabled())) return false;
+            auto* const actions = node.actionInterface();
+            if (!actions || !actions->actionNames().contains(QAccessibleActionInterface::pressAction())) return false;
+            actions->doAction(QAccessibleActionInterface::pressAction());
+            return true;
+        });
+    };
+    if (!becomes(isPressed)) throw Error("There is no “" + name.toStdString() + "” to be pressed.");
+}
+
+bool PageStage::shows(QString const& name) {
+    return visit(QAccessible::queryAccessibleInterface(&window()),
+                 [&](QAccessibleInterface& node) { return node.text(QAccessible::Name).startsWith(name); });
+}
+
+std::vector<QString> PageStage::names(int role) {
+    std::vector<QString> found;
+    visit(QAccessible::queryAccessibleInterface(&window()), [&](QAccessibleInterface& node) {
+        if (node.role() == role) found.push_back(node.text(QAccessible::Name));
+        return false;
+    });
+    return found;
+}
+
+void PageStage::key(int key, Qt::KeyboardModifiers modifiers) {
+    QTest::keyClick(&window(), static_cast<Qt::Key>(key), modifiers);
+}
+
+void PageStage::goHome() {
+    for (int i = 0; i < 3; ++i) key(Qt::Key_Escape);
+    press(QStringLiteral("Library"));
+}
+
+QImage PageStage::picture() { return window().grabWindow().convertToFormat(QImage::Format_RGB32); }
+
+QImage PageStage::settledPicture() {
+    QImage now = picture();
+    QDeadlineTimer const deadline(patience / 4);
+    for (int still = 0; still < rest && !deadline.hasExpired(); still += lookEvery) {
+        run(lookEvery);
+        auto next = picture();
+        if (next != now) still = 0;
+        now = std::move(next);
+    }
+    return now;
+}
+
+bool PageStage::becomes(std::function<bool()> const& isSo) {
+    QDeadlineTimer const deadline(patience);
+    while (!deadline.hasExpired()) {
+        if (isSo()) return true;
+        run(10);
+    }
+    return false;
+}
+
+void PageStage::run(int milliseconds) { QTest::qWait(milliseconds); }
+
+std::vector<std::string> PageStage::complaints() {
+    std::lock_guard const lock(complaintsMutex);
+    return std::exchange(complained, {});
+}
+
+}
