@@ -41,8 +41,9 @@ class Killing:
                 moments.append(time.monotonic())
                 time.sleep(self.random.choice([0, 0.05, 0.3, 0.9]))
         finally:
-            program.kill()
-            killed = time.monotonic()
+            lived, killed = program.kill(), time.monotonic()
+        if not lived:
+            raise Fault(f"it ended by itself, after {len(moments)} titles: {program.last_words()}")
         expected = begun + sum(killed - moment > MOST_LOST for moment in moments)
         self.look_again(home, project, expected, begun + len(moments))
 
@@ -65,7 +66,7 @@ class Killing:
             raise Fault(f"the next start made {titles_of(project)} of {found} titles")
 
     def take(self, home):
-        shown, moment = self.killed_take(home)
+        shown = self.killed_take(home)
         program = Program(self.studio, home)
         try:
             tree = Tree(program)
@@ -101,8 +102,10 @@ class Killing:
                 tree.press("Stop", "push button")
                 time.sleep(self.random.uniform(0, 1))
         finally:
-            program.kill()
-        return shown, time.monotonic()
+            lived = program.kill()
+        if not lived:
+            raise Fault(f"it ended by itself in a take of {shown} s{', which was stopped' * is_stopped}: {program.last_words()}")
+        return shown
 
     def what_is_offered(self, tree, home, shown):
         """The unfinished take, or the project that it became before the kill."""

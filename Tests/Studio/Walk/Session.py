@@ -136,9 +136,12 @@ class Program:
         return self.process.poll() is None
 
     def kill(self):
+        """Also where it has ended. Whether it lived until then."""
+        lived = self.is_running()
         self.process.kill()
         self.process.wait()
         self.said.close()
+        return lived
 
     def end(self):
         """Asks it to end; what it did wrong while it ran."""
