@@ -2,6 +2,7 @@
 
 #include <Tavaro/Model/Operations/Perform.h>
 #include <Tavaro/Studio/Inspectors/InspectedRecord.h>
+#include <Tavaro/Studio/Inspectors/NumberText.h>
 
 #include <TavaroCore/Editing/ClipEdits.h>
 
@@ -82,6 +83,16 @@ QVariant firstValue(FieldRow const& row) {
     case FieldEditor::texts: return QVariantList();
     default: return QString();
     }
+}
+
+/// Numbers in the words in which they are shown and typed.
+QString refusal(FieldRow const& row, QVariant const& value, Error const& error) {
+    bool const isNumber = row.editor == FieldEditor::number || row.editor == FieldEditor::wholeNumber;
+    if (!isNumber || !value.canConvert<double>() || value.typeId() == QMetaType::QString)
+        return toQString(error.what());
+    auto const shown = NumberText::shown(value, row.facts.shownFactor, row.facts.step).toStdString();
+    auto const unit = row.facts.unit.empty() ? std::string() : fmt::format(" {}", row.facts.unit);
+    return toQString(fmt::format("{} cannot be {}{}.", inSentence(row.label).toStdString(), shown, unit));
 }
 
 bool isThere(QVariant const& value) { return value.isValid() && !value.isNull(); }
@@ -235,7 +246,7 @@ bool InspectorModel::set(QString const& path, QVariant const& value) {
     try {
         return change(row, given);
     } catch (Error const& error) {
-        Q_EMIT refused(toQString(error.what()), path);
+        Q_EMIT refused(refusal(row, given, error), path);
         // What shows the field has the refused value on it.
         if (auto const at = rowOf(row.path)) Q_EMIT dataChanged(index(*at), index(*at));
         return false;

@@ -17,9 +17,10 @@ namespace {
 
 constexpr int mostDigits = 3;
 
+/// Whole steps leave room for a digit that was typed.
 int digitsOf(double step) {
-    if (!(step > 0)) return 0;
-    return std::clamp(static_cast<int>(std::ceil(-std::log10(step) - 1e-9)), 0, mostDigits);
+    if (!(step > 0)) return 1;
+    return std::clamp(static_cast<int>(std::ceil(-std::log10(step) - 1e-9)), 1, mostDigits);
 }
 
 /// "1.50" as "1.5", "2.00" as "2".

@@ -71,7 +71,7 @@ SidePage {
             }
             Label {
                 Layout.fillWidth: true
-                text: qsTr("Made by you stays: one undo takes all of this back.")
+                text: qsTr("What you made yourself stayed. One undo takes this back.")
                 wrapMode: Text.Wrap
                 color: Theme.colors.secondaryText
                 font.pixelSize: Theme.captionSize

@@ -37,7 +37,7 @@ Rectangle {
 
     function choose(name: string) {
         isFolded = !isFolded && name === open.name;
-        isOnSelection = name === pages[0].name;
+        isOnSelection = false;
         session.inspector = name;
     }
     function show() {
@@ -56,6 +56,7 @@ Rectangle {
     Connections {
         target: panel.session
         function onSelectionChanged() { panel.isOnSelection = panel.session.selection.length > 0 }
+        function onInspectorChanged() { panel.isOnSelection = false }
     }
     Shortcut { sequence: "Ctrl+I"; onActivated: panel.isFolded = !panel.isFolded }
 

@@ -233,7 +233,7 @@ TEST_F(Inspectors, whatDoesNotFitIsRefusedInASentenceAndChangesNothing) {
     model.inspectSection(QStringLiteral("camera"));
     EXPECT_FALSE(model.set(QStringLiteral("lutAsset"), QStringLiteral("missing.cube")));
     ASSERT_EQ(refusals.size(), 4u);
-    EXPECT_EQ(refusals[0], "screen.padding: expected a number from 0 to 1, found 7.");
+    EXPECT_EQ(refusals[0], "Padding cannot be 700 %.");
     for (auto const& refusal : refusals) EXPECT_TRUE(refusal.ends_with('.')) << refusal;
     EXPECT_EQ(encodeProject(project.document()), before);
     EXPECT_TRUE(project->steps().empty());

@@ -93,10 +93,10 @@ TEST(NumberText, whatIsShownIsReadAsTheSameNumber) {
         char const* shown;
     };
     for (auto const& each : {Case{0.35, 100, 0.01, "35"}, Case{1.5, 1, 0.05, "1.5"}, Case{-0.004, 1, 0.01, "0"},
-                             Case{1234567, 1, 1, "1234567"}, Case{0.125, 100, 0.001, "12.5"}}) {
+                             Case{1234567, 1, 1, "1234567"}, Case{0.125, 100, 0.01, "12.5"}}) {
         auto const shown = NumberText::shown(each.value, each.factor, each.step);
         EXPECT_EQ(shown, QString::fromUtf8(each.shown));
-        EXPECT_NEAR(NumberText::read(shown), each.value * each.factor, each.step * each.factor / 2);
+        EXPECT_NEAR(NumberText::read(shown), each.value * each.factor, std::min(each.step * each.factor, 0.1) / 2);
     }
     EXPECT_EQ(NumberText::shown({}, 1, 1), QString());
     for (auto const* typed : {"1,5", " 1.5 %", "1.5px", "+1.50"}) EXPECT_EQ(NumberText::read(typed), 1.5) << typed;
