@@ -36,7 +36,10 @@ FilmPreview::FilmPreview(OpenProject& project, FilmPlayback::Means means)
     }) {
     observation_ = project_.observe([this](ProjectChange const& change) {
         if (!change.fields.any()) return;
-        show();
+        if (!change.items.empty() && shown_ == FilmView{})
+            player_.show(project_.document(), change.items); // and nothing that is heard
+        else
+            show();
         if (isDragged_ && !playback_.isPlaying()) draft();
     });
     rest_.setSingleShot(true);

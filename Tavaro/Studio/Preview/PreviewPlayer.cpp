@@ -19,7 +19,8 @@ namespace tavaro {
 
 namespace {
 
-constexpr double longestPause = 0.5; // seconds between two attempts to draw what failed, while the film plays
+constexpr double longestPause = 0.5;  // seconds between two attempts to draw what failed, while the film plays
+constexpr std::size_t mostEdits = 64; // of items, before the film is copied anew
 constexpr std::size_t earlierBytes = std::size_t{64} << 20; // a third of a second of 1080p at 60 frames a second
 constexpr double share = 0.2;                               // of a new measurement, in what is expected of the next
 
@@ -39,7 +40,7 @@ struct PreviewPlayer::Easel {
 
     ProjectPackage const package;
     std::optional<FramePainter> painter;
-    std::shared_ptr<DemoProject const> shown; // that the painter shows
+    std::optional<std::int64_t> shown; // revision that the painter shows
     Coarseness coarseness;
     double took = 0;            // seconds that drawing a picture takes
     double failedAt = 0;        // moment of the media clock; 0: the latest picture was drawn
@@ -72,9 +73,11 @@ void PreviewPlayer::Easel::prepare(Wanted const& wanted, Size2 size) {
     }
     painter->resize(size);
     painter->useZooms(wanted.zooms);
-    if (shown == wanted.project) return;
-    painter->show(filmProject(*wanted.project, wanted.project->exportSettings));
-    shown = wanted.project;
+    if (shown == wanted.revision) return;
+    auto film = filmProject(*wanted.project, wanted.project->exportSettings);
+    for (auto const& edit : wanted.edits) putItem(film, edit);
+    painter->show(film);
+    shown = wanted.revision;
 }
 
 /// The end itself still shows the last frame.
@@ -154,6 +157,10 @@ PreviewPlayer::~PreviewPlayer() {
     queue_.stopTimer();
 }
 
+bool PreviewPlayer::Wanted::operator==(Wanted const& other) const {
+    return revision == other.revision && room == other.room && at == other.at && motion == other.motion;
+}
+
 PreviewPlayer::Wanted PreviewPlayer::wanted() const {
     std::lock_guard const lock(mutex_);
     return wanted_;
@@ -170,7 +177,26 @@ void PreviewPlayer::show(DemoProject const& project, ZoomUse zooms) {
     auto copy = std::make_shared<DemoProject const>(project);
     want([&](Wanted& wanted) {
         wanted.project = std::move(copy);
+        wanted.edits.clear();
         wanted.zooms = zooms;
+        ++wanted.revision;
+    });
+}
+
+void PreviewPlayer::show(DemoProject const& project, std::span<ItemPlace const> items) {
+    auto const before = wanted();
+    auto edits = before.edits;
+    for (auto const& place : items) {
+        auto const isIt = [&](ItemEdit const& each) { return itemPlace(each) == place; };
+        auto const known = std::ranges::find_if(edits, isIt);
+        if (known != edits.end())
+            *known = itemAt(project, place);
+        else
+            edits.push_back(itemAt(project, place));
+    }
+    if (items.empty() || edits.size() > mostEdits) return show(project, before.zooms);
+    want([&](Wanted& wanted) {
+        wanted.edits = std::move(edits);
         ++wanted.revision;
     });
 }

@@ -3,6 +3,7 @@
 #include <Tavaro/Studio/Playback/FilmClock.h>
 #include <Tavaro/Studio/Preview/PictureSlot.h>
 
+#include <TavaroCore/History/ItemEdit.h>
 #include <TavaroCore/Package/ProjectPackage.h>
 #include <TavaroPlatform/Queues/SerialQueue.h>
 #include <TavaroRender/Composition/ZoomUse.h>
@@ -13,10 +14,10 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <span>
+#include <vector>
 
 namespace tavaro {
-
-struct DemoProject;
 
 /// Pictures of a film for a window: the newest moment that is wanted, at the size that there is room for, drawn by the
 /// composition that exports use. What is wanted while another picture is drawn waits for that one only, and what nobody
@@ -38,6 +39,8 @@ public:
 
     /// The film is this revision's from now on.
     void show(DemoProject const& project, ZoomUse zooms = ZoomUse::zoomed);
+    /// The same where the film differs from the one shown last in the inside of these items alone; costs by those.
+    void show(DemoProject const& project, std::span<ItemPlace const> items);
     /// Room for the picture, in pixels; 0 × 0 while it is not to be seen.
     void fit(Size2 room);
     void seek(double at, Pace pace = Pace::resting);
@@ -53,13 +56,14 @@ private:
     enum class Motion { resting, dragged, playing };
     struct Wanted {
         std::shared_ptr<DemoProject const> project;
+        std::vector<ItemEdit> edits; // of it, since it was copied
         ZoomUse zooms = ZoomUse::zoomed;
-        std::int64_t revision = 0;
+        std::int64_t revision = 0; // names project, edits and zooms
         Size2 room;
         double at = 0;
         Motion motion = Motion::resting;
 
-        bool operator==(Wanted const&) const = default;
+        bool operator==(Wanted const& other) const;
     };
     struct Easel;
 

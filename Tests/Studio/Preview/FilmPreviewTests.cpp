@@ -88,6 +88,41 @@ TEST_F(FilmPreviewTest, whatIsSeenIsWhatIsExportedAndNothingIsDrawnAtRest) {
     EXPECT_EQ(preview->player().drawn(), drawn + 1) << "what is wanted already is not drawn again";
 }
 
+TEST_F(FilmPreviewTest, anEditOfItemsIsSeenAsOneOfTheDocumentIs) {
+    for (int i = 0; i < 100; ++i) take.project.overlays.push_back({.start = 9, .duration = 0.01});
+    take.project.zoomEvents = {{.start = 0.5, .duration = 2, .scale = 1.5}};
+    open();
+    preview->fit(take.project.canvas);
+    preview->playback()->seek(1.5);
+    ASSERT_TRUE(shows(1.5));
+    std::int64_t revision = 1;
+    auto const zoom = [&](double scale) {
+        auto zoom = project->document().zoomEvents[0];
+        zoom.scale = scale;
+        project->editItems("Zoom", {{0, zoom}});
+    };
+    for (double const scale : {2.0, 3.0, 1.2}) {
+        zoom(scale);
+        ASSERT_TRUE(shows(1.5, ++revision));
+        ASSERT_TRUE(samePixels(viewOf(preview->grab()), frame(1.5).view())) << scale;
+    }
+    project->edit("Change", [](DemoProject& edited) {
+        edited.background.content = BackgroundStyle::Solid{};
+        edited.overlays.erase(edited.overlays.begin());
+    });
+    zoom(2.5);
+    ASSERT_TRUE(shows(1.5, revision += 2)) << "on what was edited meanwhile";
+    ASSERT_TRUE(samePixels(viewOf(preview->grab()), frame(1.5).view()));
+    for (std::size_t i = 0; i < 99; ++i) { // more than are kept one by one
+        auto overlay = project->document().overlays[i];
+        overlay.start = 1;
+        overlay.duration = 2;
+        project->editItems("Move", {{i, overlay}});
+    }
+    ASSERT_TRUE(shows(1.5, revision += 99));
+    ASSERT_TRUE(samePixels(viewOf(preview->grab()), frame(1.5).view()));
+}
+
 TEST_F(FilmPreviewTest, theNewestMomentWinsOverThoseThatNobodyWantsAnyMore) {
     open();
     preview->fit(take.project.canvas);
