@@ -186,12 +186,16 @@ private:
 
     void speak() {
         auto& words = static_cast<TranscriptModel&>(*session().transcriptModel());
-        auto const count = words.rowCount();
-        auto const row = count > 0 ? random.below(count) : 0;
-        if (random.below(3))
-            words.correct(row, QStringLiteral("wort"));
-        else
-            words.deleteWords(row, row + random.below(2));
+        auto const count = words.entryCount();
+        if (count == 0) return;
+        auto const entry = random.below(count);
+        words.place(entry);
+        if (random.below(2)) words.selectTo(std::min(entry + random.below(3), count - 1));
+        switch (random.below(4)) {
+        case 0: words.correct(entry, QStringLiteral("wort")); break;
+        case 1: words.restoreSelected(); break;
+        default: words.deleteSelected();
+        }
     }
 
     void play() {

@@ -85,7 +85,7 @@ TEST(EditorMenus, speedsAreThoseOfWhatIsInHandAndDoubleEachTime) {
 TEST(EditorMenus, commandsThatNeedMoreAskForTheirDialogs) {
     TestEditor const editor(shortFilm());
     std::string asked;
-    QObject::connect(editor.session.get(), &EditorSession::asked,
+    QObject::connect(editor.session.get(), &EditorSession::wanted,
                      [&](QString const& dialog) { asked += dialog.toStdString() + " "; });
     for (auto const* name : {"changeSpeed", "rename", "shortcuts"}) editor.run(name);
     EXPECT_EQ(asked, "speed rename shortcuts ");
