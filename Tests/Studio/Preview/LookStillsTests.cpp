@@ -6,10 +6,12 @@
 #include <Tavaro/Studio/Preview/LookStills.h>
 
 #include <TavaroCore/Style/BackgroundPreset.h>
+#include <TavaroCore/Style/CameraLook.h>
 #include <TavaroPlatform/Queues/MainQueue.h>
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <optional>
 #include <set>
 
@@ -75,6 +77,21 @@ TEST_F(LookStillsTest, everyChoiceIsTriedOnTheFilmWithoutChangingIt) {
     differ(LookSubject::pointer, "cursor.clickEffect", ClickEffect{});
     EXPECT_EQ(encodeProject(session->document()), before);
     EXPECT_TRUE(session->project().steps().empty());
+}
+
+TEST_F(LookStillsTest, theCamerasLooksAreTriedOnWhatItSees) {
+    std::filesystem::copy_file(take.package.assetURL("screen.mp4"), take.package.assetURL("camera.mp4"));
+    session->edit("Camera", [](DemoProject& project) {
+        project.cameraAsset = "camera.mp4";
+        project.assetDurations["camera.mp4"] = 3;
+        project.camera.isEnabled = false; // looks are chosen before it is switched on, too
+    });
+    std::set<std::string> pictures;
+    for (auto const look : cameraLookPresets()) {
+        auto const picture = drawn(LookSubject::camera, "camera.look", std::string(nameOf(look)));
+        ASSERT_FALSE(picture.isNull()) << nameOf(look);
+        EXPECT_TRUE(pictures.insert(bytes(picture)).second) << nameOf(look);
+    }
 }
 
 TEST_F(LookStillsTest, theFilmIsDrawnAsItIsAtThePlayhead) {
