@@ -11,13 +11,15 @@ SidePage {
     required property EditorDesk desk
     readonly property EditorSession session: desk.session
     readonly property InspectorModel fields: session.fieldsOf("camera")
-    readonly property var places: ["isEnabled", "shape", "placement", "position", "size", "padding", "fillsCanvas"]
+    readonly property var places: ["position", "size", "padding", "fillsCanvas"]
     readonly property var looks: ["lookStrength", "lutAsset", "sharpen"]
     readonly property var borders: ["shadowOpacity", "borderWidth", "borderColor"]
     readonly property var faces: ["crop", "mirrored", "cutout", "tracksFace", "faceZoom"]
 
     title: qsTr("Camera")
 
+    FieldList { session: page.session; fields: page.fields; only: ["isEnabled", "shape"] }
+    PlaceGrid { fields: page.fields; path: "placement" }
     FieldList { session: page.session; fields: page.fields; only: page.places }
     FieldGroup {
         title: qsTr("Look")
@@ -34,7 +36,7 @@ SidePage {
     }
     FieldGroup {
         title: qsTr("By itself")
-        FieldList { session: page.session; fields: page.fields; without: page.places.concat(["look"], page.looks, page.borders, page.faces) }
+        FieldList { session: page.session; fields: page.fields; without: page.places.concat(["isEnabled", "shape", "placement", "look"], page.looks, page.borders, page.faces) }
         FieldList { session: page.session; fields: page.session.fieldsOf("project"); only: ["cameraDirectorStyle", "cameraOffset"] }
     }
     FieldGroup {

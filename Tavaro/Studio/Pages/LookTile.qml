@@ -36,6 +36,12 @@ AbstractButton {
             visible: still.isEmpty
             radius: 4
             color: Theme.colors.sunken
+            Icon {
+                anchors.centerIn: parent
+                visible: tile.subject === "camera"
+                icon: "camera-video"
+                color: Theme.colors.disabledText
+            }
         }
         LookStill {
             id: still
