@@ -32,7 +32,7 @@ ColumnLayout {
     readonly property bool hasSwitch: isOptional && !isReadOnly && !["choice", "text", "file"].includes(editor)
     readonly property bool isRanged: most > least
     readonly property int inset: isSection ? 0 : Math.max(0, depth - group.depth) * 12
-    property var options: [] // they stay as they are, so that nothing is made anew under a hand
+    property var options: [] // the choices, which are given anew with every value: nothing is made anew under a hand
     property string problem
 
     // What an editor shows is the document's again.
@@ -67,7 +67,7 @@ ColumnLayout {
         }
     }
     onValueChanged: problem = ""
-    Component.onCompleted: options = choices
+    onChoicesChanged: if (JSON.stringify(choices) !== JSON.stringify(options)) options = choices
 
     RowLayout {
         Layout.fillWidth: true
