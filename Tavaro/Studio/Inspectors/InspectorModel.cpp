@@ -122,6 +122,13 @@ QString InspectorModel::title() const {
     return toQString(title);
 }
 
+QString InspectorModel::subject() const {
+    if (auto const* section = std::get_if<std::string>(&inspected_)) return toQString(*section);
+    QStringList identities;
+    for (auto const& id : std::get<std::vector<UUID>>(inspected_)) identities.push_back(toQString(id.text()));
+    return identities.join(QLatin1Char(' '));
+}
+
 /// Whether a change of the project may be seen in the fields.
 bool InspectorModel::isShown(ProjectChange const& change) const {
     auto const* section = std::get_if<std::string>(&inspected_);

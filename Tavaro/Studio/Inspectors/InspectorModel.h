@@ -27,6 +27,7 @@ using RowsByPath = KeyedRows<std::string>;
 class InspectorModel final : public RowsByPath {
     Q_OBJECT
     Q_PROPERTY(QString title READ title NOTIFY inspectedChanged)
+    Q_PROPERTY(QString subject READ subject NOTIFY inspectedChanged)
     Q_PROPERTY(QVariantMap values READ values NOTIFY inspectedChanged)
     Q_PROPERTY(bool isEmpty READ isEmpty NOTIFY inspectedChanged)
 
@@ -35,6 +36,8 @@ public:
 
     /// "Screen", "Zoom 1.8×", "3 Items"
     QString title() const;
+    /// What is inspected: the name of a section, or identities.
+    QString subject() const;
     bool isEmpty() const { return fields_.empty(); }
 
     Q_INVOKABLE void inspectSection(QString const& name);

@@ -38,11 +38,17 @@ GridLayout {
                 Accessible.ignored: true
             }
             NumberField {
+                id: box
+
                 Layout.fillWidth: true
                 implicitWidth: 60
                 name: qsTr("%1: %2").arg(parts.field.label).arg(part.modelData[1])
                 unit: parts.isSize ? qsTr("px") : "%"
                 shown: parts.field.isMixed ? "" : NumberText.shown(part.number, parts.factor, parts.isSize ? 1 : 0.001)
+                Connections {
+                    target: parts.field
+                    function onRestored() { box.restore() }
+                }
                 onGiven: number => parts.give(part.modelData[0], number / parts.factor)
                 onStepped: count => parts.give(part.modelData[0], part.number + count * (parts.isSize ? 2 : 0.01))
             }

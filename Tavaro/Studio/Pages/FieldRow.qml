@@ -27,6 +27,8 @@ ColumnLayout {
     required property bool isMixed
     required property var choices
     required property int depth
+    // What is typed for one thing is not given to another.
+    readonly property string subject: fields.subject
 
     readonly property bool isSection: editor === "section"
     readonly property bool hasSwitch: isOptional && !isReadOnly && !["choice", "text", "file"].includes(editor)
@@ -67,6 +69,7 @@ ColumnLayout {
         }
     }
     onValueChanged: problem = ""
+    onSubjectChanged: { problem = ""; restored(); }
     onChoicesChanged: if (JSON.stringify(choices) !== JSON.stringify(options)) options = choices
 
     RowLayout {

@@ -290,6 +290,20 @@ TEST_F(SidePanelTest, whatIsBeingTypedStaysWhileOthersEdit) {
     EXPECT_EQ(area->property("text").toString(), QStringLiteral("another"));
 }
 
+TEST_F(SidePanelTest, whatIsTypedForOneThingIsNotGivenToAnother) {
+    auto const& cues = project.document().captions.cues;
+    ASSERT_GT(cues.size(), 1u);
+    session().select(std::vector{cues[0].id});
+    auto const list = fieldList(qobject_cast<InspectorModel*>(session().fieldsModel()));
+    auto* const area = inside(*list, "FieldText");
+    ASSERT_TRUE(area);
+    area->setProperty("text", QStringLiteral("for the first"));
+    session().select(std::vector{cues[1].id});
+    EXPECT_EQ(area->property("text").toString().toStdString(), cues[1].text);
+    QMetaObject::invokeMethod(area, "finish");
+    EXPECT_TRUE(project->steps().empty());
+}
+
 TEST_F(SidePanelTest, whatIsRefusedIsSaidAtItsFieldAndTheValueIsShownAgain) {
     auto const list = fieldList(qobject_cast<InspectorModel*>(session().fieldsOf(QStringLiteral("screen"))));
     auto* const box = inside(*list, "FieldNumber");
