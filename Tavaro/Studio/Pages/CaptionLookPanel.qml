@@ -12,7 +12,7 @@ SidePage {
     readonly property EditorSession session: desk.session
     readonly property InspectorModel fields: session.fieldsOf("captions")
 
-    title: qsTr("Captions")
+    title: qsTr("Looks of captions")
 
     AddRow { session: page.session; names: ["addCaption", "makeCaptions"] }
     FieldList { session: page.session; fields: page.fields; only: ["isEnabled"] }
