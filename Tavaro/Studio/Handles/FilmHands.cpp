@@ -82,7 +82,7 @@ void FilmHands::refresh() {
 
 bool FilmHands::isSelected(FilmThing const& thing) const {
     if (thing.kind == ThingKind::crop) return true;
-    if (thing.kind == ThingKind::camera && isCameraChosen_) return true;
+    if (thing.id == UUID()) return isCameraChosen_;
     return std::ranges::find(session_.selection(), thing.id) != session_.selection().end();
 }
 
@@ -242,7 +242,7 @@ void FilmHands::rest() {
 
 bool FilmHands::nudge(double across, double down) {
     auto const& canvas = session_.document().canvas;
-    if (isPressed() || canvas.width < 1 || canvas.height < 1) return false;
+    if (isPressed() || selected_.empty() || canvas.width < 1 || canvas.height < 1) return false;
     keyedBy_ = {keyedBy_.x + across / static_cast<double>(canvas.width),
                 keyedBy_.y + down / static_cast<double>(canvas.height)};
     return changeSelected(FilmGrip::body);

@@ -35,6 +35,22 @@ FilmHandles {
         }
     }
 
+    // What the crop leaves out is dark.
+    Repeater {
+        readonly property rect kept: handles.tool === "crop" ? handles.things[0]?.place ?? handles.film : handles.film
+        readonly property rect all: handles.film
+
+        model: handles.tool === "crop" ? [Qt.rect(all.x, all.y, all.width, kept.y - all.y),
+                                          Qt.rect(all.x, kept.y + kept.height, all.width, all.y + all.height - kept.y - kept.height),
+                                          Qt.rect(all.x, kept.y, kept.x - all.x, kept.height),
+                                          Qt.rect(kept.x + kept.width, kept.y, all.x + all.width - kept.x - kept.width, kept.height)] : []
+        Rectangle {
+            required property rect modelData
+
+            x: modelData.x; y: modelData.y; width: modelData.width; height: modelData.height
+            color: "#80000000"
+        }
+    }
     Outline {
         readonly property rect place: handles.hovered
 

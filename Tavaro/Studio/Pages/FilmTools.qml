@@ -18,7 +18,8 @@ Column {
         required property string tool
 
         checked: tools.handles.tool === tool
-        onClicked: tools.handles.tool = tool
+        // The keys, Escape above all, are the picture's from now on.
+        onClicked: { tools.handles.tool = tool; tools.handles.forceActiveFocus() }
         Accessible.checkable: true
         Accessible.checked: checked
     }
@@ -34,13 +35,12 @@ Column {
     }
     Item { width: 1; height: 8 }
     ToolButton {
-        id: compare
-
         icon.source: Theme.icon("circle-half")
-        checkable: true
         checked: tools.handles.comparing
         ToolTip.text: qsTr("Show the take as it was recorded (hold \\)")
-        onToggled: tools.handles.comparing = checked
+        onClicked: tools.handles.comparing = !tools.handles.comparing
+        Accessible.checkable: true
+        Accessible.checked: checked
     }
     ToolButton {
         id: actual

@@ -14,11 +14,12 @@ Row {
 
     ToolButton {
         icon.source: Theme.icon("arrow-repeat")
-        checkable: true
         checked: options.desk?.loops ?? false
         enabled: options.desk !== null
         ToolTip.text: qsTr("Play the marked span over and over")
-        onToggled: options.desk.loops = checked
+        onClicked: options.desk.loops = !options.desk.loops
+        Accessible.checkable: true
+        Accessible.checked: checked
     }
     ToolButton {
         id: sound
@@ -45,12 +46,18 @@ Row {
                 Switch {
                     text: qsTr("Mute")
                     checked: options.playback?.muted ?? false
-                    onToggled: options.playback.muted = checked
+                    onToggled: {
+                        options.playback.muted = checked;
+                        checked = Qt.binding(() => options.playback?.muted ?? false);
+                    }
                 }
                 Switch {
                     text: qsTr("Sound while scrubbing")
                     checked: options.playback?.scrubsAloud ?? true
-                    onToggled: options.playback.scrubsAloud = checked
+                    onToggled: {
+                        options.playback.scrubsAloud = checked;
+                        checked = Qt.binding(() => options.playback?.scrubsAloud ?? true);
+                    }
                 }
             }
         }

@@ -107,7 +107,7 @@ TEST_F(FilmHandsTest, everyKindOfThingFollowsTheHandInOneStepThatUndoTakesBack) 
         hands.select(thing);
         see();
         auto const was = *find(thing.kind, thing.id);
-        UnitPoint2 const by{0.03, -0.05};
+        UnitPoint2 const by{-0.03, -0.05};
         drag(pointOn(was), by);
         auto const after = find(thing.kind, thing.id);
         ASSERT_TRUE(after);

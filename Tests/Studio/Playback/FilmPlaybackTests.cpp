@@ -123,12 +123,12 @@ TEST_F(FilmPlaybackTest, whatIsToRepeatDoesSoFromEveryPlayUntilItIsTakenBack) {
     }
     begin([&] { playback.play(); });
     begin([&] { playback.repeat(TimeRange{}); });
-    playback.seek(2.8);
+    begin([&] { playback.seek(2.8); });
     device->turn(0.5);
     EXPECT_TRUE(playback.isPlaying()) << "all of it repeats";
     EXPECT_LT(playback.position(), 1);
     begin([&] { playback.repeat(std::nullopt); });
-    playback.seek(2.8);
+    begin([&] { playback.seek(2.8); });
     device->turn(0.5);
     EXPECT_TRUE(comesTrue([&] { return !playback.isPlaying(); }));
 }
