@@ -1,4 +1,5 @@
 #include <Benchmarks/Studio/DeskBench.h>
+#include <Benchmarks/Studio/EventSleep.h>
 #include <Benchmarks/Studio/LongFilm.h>
 
 #include <Tavaro/Studio/Desk/EditorDesk.h>
@@ -95,11 +96,7 @@ void measureSaving() {
         double const began = mediaClockNow();
         session->rename(QStringLiteral("Film %1").arg(i));
         double most = 0;
-        while (!session->isSaved())
-            most =
-                std::max(most, threadSeconds([] {
-                             QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents | QEventLoop::AllEvents, 5);
-                         }));
+        while (!session->isSaved()) most = std::max(most, threadSeconds(sleepUntilEvent));
         toDisk.push_back(mediaClockNow() - began);
         longest.push_back(most);
     }

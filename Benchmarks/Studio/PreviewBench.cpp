@@ -1,3 +1,4 @@
+#include <Benchmarks/Studio/EventSleep.h>
 #include <Benchmarks/Studio/LongFilm.h>
 #include <Benchmarks/Studio/PreviewBench.h>
 
@@ -11,7 +12,6 @@
 #include <TavaroMedia/Movie/MovieWriter.h>
 #include <TavaroPlatform/Clocks/MediaClock.h>
 
-#include <QCoreApplication>
 #include <QQuickWindow>
 #include <QSGRendererInterface>
 
@@ -107,11 +107,11 @@ public:
     int pictures() const { return pictures_; }
     std::vector<double> const& lags() const { return lags_; }
 
-    /// Seconds that it takes until then; at most `patience`.
+    /// Seconds that it takes until then; at most `patience`. The thread sleeps meanwhile, as a program's does: what
+    /// draws and decodes has all cores.
     double until(std::function<bool()> const& isSo, double atMost = patience) {
         double const start = mediaClockNow();
-        while (!isSo() && mediaClockNow() - start < atMost)
-            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents | QEventLoop::AllEvents, 5);
+        while (!isSo() && mediaClockNow() - start < atMost) sleepUntilEvent();
         return mediaClockNow() - start;
     }
     void pass(double seconds) {
