@@ -54,7 +54,7 @@ struct Writing {
         add({.kind = Entry::Kind::pause,
              .word = entries.back().word,
              .occurrence = entries.back().occurrence,
-             .text = fmt::format("{:.1f} s", range.duration),
+             .text = fmt::format("{:.1f}s", range.duration),
              .range = range});
         endsParagraph = range.duration > pauseOfParagraphs;
     }

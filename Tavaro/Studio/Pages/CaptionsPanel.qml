@@ -16,15 +16,15 @@ Item {
     property string said
 
     ColumnLayout {
-        anchors { fill: parent; margins: 12; bottomMargin: 0 }
+        anchors { fill: parent; margins: 12; leftMargin: 14; bottomMargin: 0 }
         spacing: 8
 
         RowLayout {
             spacing: 2
             Label {
                 Layout.fillWidth: true
-                text: qsTr("Caption texts")
-                font { pixelSize: Theme.headingSize; weight: Font.DemiBold }
+                text: qsTr("Captions")
+                font { pixelSize: Theme.headingSize - 1; weight: Font.DemiBold }
                 elide: Text.ElideRight
                 Accessible.role: Accessible.Heading
             }

@@ -35,7 +35,7 @@ Dialog {
             Layout.topMargin: 8
             spacing: 6
             Repeater {
-                model: [0.25, 0.5, 1, 1.5, 2, 4, 8]
+                model: [0.25, 0.5, 1, 1.5, 2, 4, 8, 16]
                 Button {
                     required property double modelData
 

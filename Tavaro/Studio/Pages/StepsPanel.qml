@@ -13,12 +13,12 @@ Item {
     readonly property StepList steps: desk.session.steps
 
     ColumnLayout {
-        anchors { fill: parent; margins: 16; bottomMargin: 0 }
+        anchors { fill: parent; margins: 14; topMargin: 12; bottomMargin: 0 }
         spacing: 8
 
         Label {
-            text: qsTr("History")
-            font { pixelSize: Theme.headingSize; weight: Font.DemiBold }
+            text: qsTr("Steps")
+            font { pixelSize: Theme.headingSize - 1; weight: Font.DemiBold }
             Accessible.role: Accessible.Heading
         }
         ListView {

@@ -19,12 +19,12 @@ Item {
     Binding { target: panel.words; property: "matchColor"; value: Theme.colors.selection }
 
     ColumnLayout {
-        anchors { fill: parent; margins: 16 }
+        anchors { fill: parent; margins: 14; topMargin: 12 }
         spacing: 8
 
         Label {
             text: qsTr("Transcript")
-            font { pixelSize: Theme.headingSize; weight: Font.DemiBold }
+            font { pixelSize: Theme.headingSize - 1; weight: Font.DemiBold }
             Accessible.role: Accessible.Heading
         }
         TranscriptSearch {
@@ -93,7 +93,7 @@ Item {
         Label {
             Layout.fillWidth: true
             visible: !text.visible
-            text: panel.words.isThere ? qsTr("Nothing is said in this film.") : qsTr("This project has no transcript. Speech cannot be recognized in this version. Captions can be imported from a SubRip or WebVTT file, and edited on the page “Caption texts”.")
+            text: panel.words.isThere ? qsTr("Nothing is said in this film.") : qsTr("This project has no transcript. Speech cannot be recognized in this version. Captions can be imported from a SubRip or WebVTT file, and edited on the page “Captions”.")
             wrapMode: Text.Wrap
             lineHeight: 1.2
             color: Theme.colors.secondaryText

@@ -34,6 +34,7 @@ Item {
     height: text.y + text.height + 14
     Accessible.role: Accessible.ListItem
     Accessible.name: qsTr("At %1").arg(time)
+    onHtmlChanged: Qt.callLater(showSelection) // when the text is laid out
     onIsSelectedChanged: showSelection()
     onSelectedFirstChanged: showSelection()
     onSelectedLastChanged: showSelection()
@@ -85,7 +86,6 @@ Item {
         font { family: Theme.face; pixelSize: Theme.bodySize + 1 }
         Accessible.role: Accessible.Paragraph
         Accessible.name: getText(0, length)
-        onTextChanged: paragraph.showSelection()
     }
     Mark {
         words: text
