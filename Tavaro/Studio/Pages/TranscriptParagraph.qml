@@ -20,7 +20,8 @@ Item {
     readonly property bool isSelected: words.selectionLast >= 0 && selectedFirst <= selectedLast
 
     function entryAt(x: double, y: double): int {
-        return words.entryAt(index, text.positionAt(x - text.x, y - text.y));
+        const line = Math.max(1, Math.min(y - text.y, text.height - 2)); // beyond is the end of the text
+        return words.entryAt(index, text.positionAt(x - text.x, line));
     }
     function placeOf(entry: int): rect {
         const place = text.positionToRectangle(words.positionOf(entry));

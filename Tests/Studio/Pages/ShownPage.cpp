@@ -103,7 +103,12 @@ void ShownPage::clickAt(QQuickItem const& item, QPointF place) {
 void ShownPage::press(Qt::Key key, Qt::KeyboardModifiers modifiers) { QTest::keyClick(view.get(), key, modifiers); }
 
 void ShownPage::type(std::string const& text) {
-    for (char const letter : text) QTest::keyClick(view.get(), letter);
+    for (char const letter : text) {
+        if (letter == '\n')
+            press(Qt::Key_Return);
+        else
+            QTest::keyClick(view.get(), letter);
+    }
 }
 
 }
