@@ -67,7 +67,7 @@ private:
     FilmPlayback playback_;
     PreviewPicture picture_;
     std::int64_t shows_ = 0; // revisions that the player was shown
-    FilmView view_, shown_; // that is asked for, and that the picture is of
+    FilmView view_, shown_;  // that is asked for, and that the picture is of
     QTimer rest_;
     bool isScrubbing_ = false, isDragged_ = false;
     OpenProject::Observation observation_;
