@@ -9,6 +9,8 @@ Menu {
     property EditorSession session: null
     property var names: []
 
+    width: 272 // of the longest title with its shortcut
+
     Instantiator {
         model: menu.names
         delegate: CommandItem {
