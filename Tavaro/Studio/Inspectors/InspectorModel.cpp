@@ -184,12 +184,25 @@ void InspectorModel::markMixed(std::vector<Field>& fields, std::vector<UUID> con
     }
 }
 
+/// Whether a path leads to another field than before: the style of a zoom is none of a redaction.
+bool InspectorModel::hasOthersOfTheirPaths(std::vector<Field> const& now) const {
+    return std::ranges::any_of(now, [&](Field const& field) {
+        auto const* before = fieldAt(field.row.path);
+        return before && before->row.label != field.row.label;
+    });
+}
+
 void InspectorModel::update() {
     if (auto* const items = std::get_if<std::vector<UUID>>(&inspected_)) {
         auto const there = kindsOf(project_->document(), *items);
         std::erase_if(*items, [&](UUID const& id) { return !there.contains(id); });
     }
-    fields_ = fieldsNow();
+    auto now = fieldsNow();
+    if (hasOthersOfTheirPaths(now)) {
+        fields_.clear();
+        showRows({});
+    }
+    fields_ = std::move(now);
     std::vector<Row> rows;
     for (auto const& field : fields_) rows.push_back({field.row.path, contentOf(field.row, field.isMixed)});
     showRows(rows);

@@ -74,6 +74,7 @@ private:
     };
 
     bool isShown(ProjectChange const& change) const;
+    bool hasOthersOfTheirPaths(std::vector<Field> const& now) const;
     void update();
     std::vector<Field> fieldsNow() const;
     void markMixed(std::vector<Field>& fields, std::vector<UUID> const& items) const;

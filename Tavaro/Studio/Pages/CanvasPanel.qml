@@ -13,8 +13,6 @@ SidePage {
     readonly property InspectorModel project: session.fieldsOf("project")
     readonly property size canvas: project.values.canvas ?? Qt.size(0, 0)
 
-    title: qsTr("Canvas")
-
     GridLayout {
         Layout.fillWidth: true
         columns: 3

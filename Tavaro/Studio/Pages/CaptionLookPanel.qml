@@ -12,8 +12,6 @@ SidePage {
     readonly property EditorSession session: desk.session
     readonly property InspectorModel fields: session.fieldsOf("captions")
 
-    title: qsTr("Looks of captions")
-
     AddRow { session: page.session; names: ["addCaption", "makeCaptions"] }
     FieldList { session: page.session; fields: page.fields; only: ["isEnabled"] }
     LookGrid { desk: page.desk; section: "captions"; path: "style"; subject: "captions"; columns: 2 }

@@ -11,8 +11,6 @@ SidePage {
     required property EditorDesk desk
     readonly property EditorSession session: desk.session
 
-    title: qsTr("Cards and watermark")
-
     FieldList { session: page.session; fields: page.session.fieldsOf("intro") }
     Rectangle { Layout.fillWidth: true; implicitHeight: 1; color: Theme.colors.line }
     FieldList { session: page.session; fields: page.session.fieldsOf("outro") }

@@ -38,14 +38,17 @@ ListView {
         highlighted: list.session.selection.includes(identity)
         Accessible.name: from !== undefined ? qsTr("%1 at %2").arg(title).arg(NumberText.time(from)) : title
         onClicked: show()
-        contentItem: RowLayout {
+        contentItem: Item {
             Label {
-                Layout.fillWidth: true
+                anchors { left: parent.left; right: time.left; rightMargin: 8; verticalCenter: parent.verticalCenter }
                 text: item.title
                 elide: Text.ElideRight
                 Accessible.ignored: true
             }
             Label {
+                id: time
+
+                anchors { right: parent.right; verticalCenter: parent.verticalCenter }
                 text: item.from !== undefined ? NumberText.time(item.from) : ""
                 color: Theme.colors.secondaryText
                 font.pixelSize: Theme.captionSize

@@ -11,8 +11,6 @@ SidePage {
     required property EditorDesk desk
     readonly property EditorSession session: desk.session
 
-    title: qsTr("Texts, keys and shapes")
-
     Flow {
         Layout.fillWidth: true
         spacing: 6

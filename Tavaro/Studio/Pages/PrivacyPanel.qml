@@ -11,8 +11,6 @@ SidePage {
     required property EditorDesk desk
     readonly property EditorSession session: desk.session
 
-    title: qsTr("Privacy")
-
     AddRow { session: page.session; names: ["addRedaction"] }
     ItemRows { session: page.session; kind: "redaction"; empty: qsTr("Nothing is hidden.") }
     FieldGroup {

@@ -11,8 +11,6 @@ SidePage {
     required property EditorDesk desk
     readonly property EditorSession session: desk.session
 
-    title: qsTr("Zooms and crop")
-
     AddRow { session: page.session; names: ["addZoom", "addLoupe"] }
     ItemRows { session: page.session; kind: "zoom"; empty: qsTr("No zooms yet. Auto Polish adds them where you clicked.") }
     FieldGroup {

@@ -7,7 +7,7 @@ import Tavaro.Theme
 ScrollView {
     id: page
 
-    required property string title
+    property string title // where the panel does not say it above
     default property alias content: column.data
 
     // What has the keyboard is to be seen.
@@ -40,6 +40,7 @@ ScrollView {
         Label {
             Layout.fillWidth: true
             Layout.bottomMargin: 2
+            visible: page.title !== ""
             text: page.title
             wrapMode: Text.Wrap
             font { pixelSize: Theme.headingSize - 1; weight: Font.DemiBold }

@@ -10,30 +10,40 @@ Rectangle {
     property EditorDesk desk: null
     readonly property EditorSession session: desk?.session ?? null
 
-    // Each is a file with a `desk`; `stays` where a selection opens no other page.
+    // Each is a file with a `desk`, or several to choose from; `stays` where a selection opens no other page.
     readonly property var pages: [
         { name: "selection", title: qsTr("Selection"), icon: "sliders", source: "SelectionPanel.qml" },
-        { name: "background", title: qsTr("Background and frame"), icon: "image", source: "BackgroundPanel.qml" },
-        { name: "canvas", title: qsTr("Canvas"), icon: "aspect-ratio", source: "CanvasPanel.qml" },
-        { name: "screen", title: qsTr("Zooms and crop"), icon: "zoom-in", source: "ScreenPanel.qml" },
+        { name: "background", title: qsTr("Background, frame and canvas"), icon: "image", views: [
+            { title: qsTr("Background"), source: "BackgroundPanel.qml" },
+            { title: qsTr("Frame"), source: "FramePanel.qml" },
+            { title: qsTr("Canvas"), source: "CanvasPanel.qml" },
+        ] },
+        { name: "screen", title: qsTr("Zooms, crop and privacy"), icon: "zoom-in", views: [
+            { title: qsTr("Zooms"), source: "ScreenPanel.qml" },
+            { title: qsTr("Privacy"), source: "PrivacyPanel.qml" },
+        ] },
         { name: "cursor", title: qsTr("Pointer and clicks"), icon: "cursor", source: "PointerPanel.qml" },
         { name: "camera", title: qsTr("Camera"), icon: "person-video", source: "CameraPanel.qml" },
-        { name: "overlays", title: qsTr("Texts, keys and shapes"), icon: "keyboard", source: "OverlaysPanel.qml" },
+        { name: "overlays", title: qsTr("Texts, keys and cards"), icon: "textarea-t", views: [
+            { title: qsTr("Over the film"), source: "OverlaysPanel.qml" },
+            { title: qsTr("Cards"), source: "CardsPanel.qml" },
+        ] },
         { name: "transcript", title: qsTr("Transcript"), icon: "cursor-text", source: "TranscriptPanel.qml", stays: true },
-        { name: "captionTexts", title: qsTr("Captions"), icon: "badge-cc", source: "CaptionsPanel.qml", stays: true },
-        { name: "captions", title: qsTr("Looks of captions"), icon: "palette", source: "CaptionLookPanel.qml" },
+        { name: "captions", title: qsTr("Captions"), icon: "badge-cc", stays: true, views: [
+            { title: qsTr("Words"), source: "CaptionsPanel.qml" },
+            { title: qsTr("Looks"), source: "CaptionLookPanel.qml" },
+        ] },
         { name: "sound", title: qsTr("Sound and voice-over"), icon: "volume-up", source: "SoundPanel.qml" },
-        { name: "privacy", title: qsTr("Privacy"), icon: "shield-lock", source: "PrivacyPanel.qml" },
-        { name: "cards", title: qsTr("Cards and watermark"), icon: "textarea-t", source: "CardsPanel.qml" },
         { name: "polish", title: qsTr("Auto Polish"), icon: "magic", source: "PolishPanel.qml", stays: true },
         { name: "steps", title: qsTr("Steps"), icon: "clock-history", source: "StepsPanel.qml", stays: true },
     ]
+    readonly property var seenViews: ({}) // the view that a page had last
     property bool isFolded: false
     property bool isOnSelection: false
     readonly property var chosen: pages.find(each => each.name === session?.inspector) ?? pages[1]
     readonly property var open: isOnSelection && !chosen.stays ? pages[0] : chosen
 
-    readonly property string source: isFolded ? "" : open.source
+    readonly property string shown: isFolded ? "" : open.name
 
     function choose(name: string) {
         isFolded = !isFolded && name === open.name;
@@ -41,8 +51,11 @@ Rectangle {
         session.inspector = name;
     }
     function show() {
+        if (page.item?.views) seenViews[page.item.objectName] = page.item.view;
         page.setSource("");
-        if (desk && source) page.setSource(source, { desk: desk });
+        if (!desk || isFolded) return;
+        const views = { desk: desk, views: open.views, view: seenViews[shown] ?? 0, objectName: shown };
+        page.setSource(open.source ?? "PanelViews.qml", open.views ? views : { desk: desk });
     }
 
     implicitWidth: isFolded ? rail.width : 348
@@ -51,7 +64,7 @@ Rectangle {
     Accessible.name: qsTr("Side panel")
 
     onDeskChanged: show()
-    onSourceChanged: show()
+    onShownChanged: show()
 
     Connections {
         target: panel.session
@@ -71,7 +84,7 @@ Rectangle {
     ListView {
         id: rail
 
-        anchors { right: parent.right; top: parent.top; bottom: parent.bottom; topMargin: 6 }
+        anchors { right: parent.right; top: parent.top; bottom: parent.bottom; topMargin: 4 }
         width: 45
         clip: true
         boundsBehavior: Flickable.StopAtBounds

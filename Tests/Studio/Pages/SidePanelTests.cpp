@@ -39,21 +39,26 @@ struct Surroundings {
         QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
         registerStyle(theme);
         registerDeskTypes();
+        engine.addImportPath(QStringLiteral("qrc:/qt/qml"));
     }
 
     TemporaryFolder folder{TemporaryFolder::fastest()};
     Preferences preferences{folder / "preferences.json"};
     DesktopLook desktop;
     Theme theme{preferences, desktop};
+    QQmlEngine engine; // the theme belongs to one
 };
+
+Surroundings& surroundings() {
+    static auto* const all = new Surroundings;
+    return *all;
+}
 
 /// The pages beside the film, on a window that nobody sees.
 class SidePanelTest : public testing::Test {
 protected:
     SidePanelTest() {
-        static auto* const surroundings = new Surroundings;
-        (void)surroundings;
-        engine.addImportPath(QStringLiteral("qrc:/qt/qml"));
+        surroundings();
         complaints().clear();
         before = qInstallMessageHandler(listen);
         for (auto const* name : {"one.file", "two.file"}) std::ofstream(project.package().assetURL(name)) << "media";
@@ -70,7 +75,7 @@ protected:
     std::ptrdiff_t steps() const { return std::ranges::count(project->steps(), false, &ListedStep::isUndone); }
 
     std::unique_ptr<QQuickItem> make(char const* file, QVariantMap const& properties) {
-        QQmlComponent component(&engine,
+        QQmlComponent component(&surroundings().engine,
                                 QUrl::fromLocalFile(QString::fromUtf8(TAVARO_PAGES "/") + QString::fromUtf8(file)));
         std::unique_ptr<QQuickItem> item(qobject_cast<QQuickItem*>(component.createWithInitialProperties(properties)));
         EXPECT_TRUE(item) << component.errorString().toStdString();
@@ -96,6 +101,7 @@ protected:
         RandomDocument random(11);
         auto made = fullDocument(random);
         made.sourceCrop = NormalizedRect{0.1, 0.1, 0.8, 0.8};
+        made.background = {BackgroundStyle::Mesh{.colors = {RGBAColor::white, RGBAColor::black}}};
         made.exportSettings.bitrateOverride = 8'000'000;
         return made;
     }
@@ -105,7 +111,6 @@ protected:
     QueueInLoop loop{queue};
     TestProject project{document()};
     std::optional<EditorDesk> desk;
-    QQmlEngine engine;
     QQuickWindow window;
 };
 
@@ -123,6 +128,25 @@ QQuickItem* inside(QQuickItem const& item, std::string const& type) {
         if (!found && std::string(child.metaObject()->className()).starts_with(type + "_")) found = &child;
     });
     return found;
+}
+
+/// Opens each page of the panel, and each view of it, with the name of the page and its file.
+void forEachView(QQuickItem& panel, std::function<void(QString const& page, QString const& source)> const& visit) {
+    auto const pages = panel.property("pages").toList();
+    EXPECT_GT(pages.size(), 8);
+    for (auto const& each : pages) {
+        auto const page = each.toMap();
+        auto const name = page[QStringLiteral("name")].toString();
+        QMetaObject::invokeMethod(&panel, "choose", Q_ARG(QString, name));
+        if (panel.property("isFolded").toBool()) QMetaObject::invokeMethod(&panel, "choose", Q_ARG(QString, name));
+        auto views = page[QStringLiteral("views")].toList();
+        if (views.isEmpty()) views.push_back(page);
+        for (int view = 0; view < views.size(); ++view) {
+            if (auto* const shown = inside(panel, "PanelViews")) shown->setProperty("view", view);
+            QCoreApplication::processEvents();
+            visit(name, views[view].toMap()[QStringLiteral("source")].toString());
+        }
+    }
 }
 
 void toggle(QQuickItem& button) {
@@ -228,17 +252,11 @@ TEST_F(SidePanelTest, everyFieldIsWorkedThroughItsEditorInOneStep) {
 TEST_F(SidePanelTest, everyPageOpensAndASelectionShowsItself) {
     auto const panel = make("SidePanel.qml", onDesk());
     auto const open = [&] { return panel->property("open").toMap()[QStringLiteral("name")].toString().toStdString(); };
-    auto const pages = panel->property("pages").toList();
-    EXPECT_GT(pages.size(), 10);
-    for (auto const& page : pages) {
-        auto const name = page.toMap()[QStringLiteral("name")].toString();
-        if (open() != name.toStdString()) QMetaObject::invokeMethod(panel.get(), "choose", Q_ARG(QString, name));
-        QCoreApplication::processEvents();
-        EXPECT_EQ(open(), name.toStdString());
-        keepPicture(name);
-        EXPECT_TRUE(inside(*panel, page.toMap()[QStringLiteral("source")].toString().chopped(4).toStdString()))
-            << name.toStdString();
-    }
+    forEachView(*panel, [&](QString const& page, QString const& source) {
+        EXPECT_EQ(open(), page.toStdString());
+        keepPicture(source);
+        EXPECT_TRUE(inside(*panel, source.chopped(4).toStdString())) << source.toStdString();
+    });
     auto const zoom = project.document().zoomEvents.front().id;
     QMetaObject::invokeMethod(panel.get(), "choose", Q_ARG(QString, QStringLiteral("camera")));
     session().select(std::vector{zoom});
@@ -255,18 +273,14 @@ TEST_F(SidePanelTest, noFieldOfTheDocumentIsMissingOnItsPages) {
     for (auto const name : sectionNames()) sections[session().fieldsOf(toQString(name))] = name;
     std::set<std::string> shown;
     auto const panel = make("SidePanel.qml", onDesk());
-    for (auto const& page : panel->property("pages").toList()) {
-        auto const name = page.toMap()[QStringLiteral("name")].toString();
-        QMetaObject::invokeMethod(panel.get(), "choose", Q_ARG(QString, name));
-        if (panel->property("isFolded").toBool())
-            QMetaObject::invokeMethod(panel.get(), "choose", Q_ARG(QString, name));
+    forEachView(*panel, [&](QString const&, QString const&) {
         forEachInside(*panel, [&](QQuickItem const& item) {
             if (!item.property("path").isValid()) return;
             auto const section = sections.find(item.property("fields").value<QObject*>());
             if (section != sections.end())
                 shown.insert(section->second + "/" + item.property("path").toString().toStdString());
         });
-    }
+    });
     shown.insert("background/"); // its gallery
     for (auto const section : sectionNames()) {
         for (auto const& row : sectionRows(project.document(), section)) {
