@@ -18,17 +18,19 @@ struct Surroundings {
         registerStyle(theme);
         registerDeskTypes();
         QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+        engine.addImportPath(QStringLiteral("qrc:/qt/qml"));
     }
 
     TemporaryFolder folder{TemporaryFolder::fastest()};
     Preferences preferences{folder / "preferences.json"};
     DesktopLook desktop;
     Theme theme{preferences, desktop};
+    QQmlEngine engine; // the theme belongs to one
 };
 
-void surround() {
-    static auto* const surroundings = new Surroundings; // outlives every page
-    (void)surroundings;
+Surroundings& surroundings() {
+    static auto* const all = new Surroundings; // outlives every page
+    return *all;
 }
 
 ShownPage* listening = nullptr;
@@ -51,13 +53,12 @@ QQuickItem* findIn(QQuickItem* item, QString const& name) {
 }
 
 ShownPage::ShownPage(std::string const& file, DemoProject document) : project(std::move(document)) {
-    surround();
+    auto& engine = surroundings().engine;
     listening = this;
     qInstallMessageHandler(note);
     desk = std::make_unique<EditorDesk>(queue, project.open(),
                                         FilmPlayback::Means{std::make_unique<FakeOutput>(device), {}});
-    view = std::make_unique<QQuickView>();
-    view->engine()->addImportPath(QStringLiteral("qrc:/qt/qml"));
+    view = std::make_unique<QQuickView>(&engine, nullptr);
     view->setResizeMode(QQuickView::SizeRootObjectToView);
     view->resize(360, 700);
     view->setInitialProperties({{QStringLiteral("desk"), QVariant::fromValue(desk.get())}});
