@@ -343,7 +343,15 @@ bool FilmHandles::event(QEvent* event) {
     return QQuickItem::event(event);
 }
 
+/// From the picture, which is no stop of its own, Tab leads to the first thing on it and not to the window's beginning.
+void FilmHandles::leaveByTab(bool forward) {
+    auto* const next = nextItemInFocusChain(forward);
+    if (next && next != this) next->forceActiveFocus(forward ? Qt::TabFocusReason : Qt::BacktabFocusReason);
+}
+
 void FilmHandles::keyPressEvent(QKeyEvent* event) {
+    bool const isTab = event->key() == Qt::Key_Tab, isBacktab = event->key() == Qt::Key_Backtab;
+    if (window_ && window_->activeFocusItem() == this && (isTab || isBacktab)) return leaveByTab(isTab);
     if (!takesKey(*event)) return QQuickItem::keyPressEvent(event);
     if (auto const way = wayOf(event->key())) {
         double const step = event->modifiers().testFlag(Qt::ShiftModifier) ? farStep : 1;

@@ -104,6 +104,7 @@ private:
     QPointF onItem(UnitPoint2 const& point) const;
     bool isSelected(FilmThing const& thing) const;
     bool takesKey(QKeyEvent const& event) const;
+    void leaveByTab(bool forward);
     void look();
     void see();
     void refresh();

@@ -124,6 +124,16 @@ TEST_F(FilmHandlesTest, theArrowKeysMoveWhatIsSelectedAndOnlyThen) {
     EXPECT_TRUE(session->selection().empty());
 }
 
+TEST_F(FilmHandlesTest, tabLeadsFromThePictureToTheThingsOnIt) {
+    QQuickItem first(&handles), second(&handles), elsewhere(window.contentItem());
+    for (auto* item : {&first, &second, &elsewhere}) item->setActiveFocusOnTab(true);
+    QTest::mouseClick(&window, Qt::LeftButton, {}, middle());
+    QTest::keyClick(&window, Qt::Key_Tab);
+    EXPECT_EQ(window.activeFocusItem(), &first);
+    QTest::keyClick(&window, Qt::Key_Tab);
+    EXPECT_EQ(window.activeFocusItem(), &second);
+}
+
 TEST_F(FilmHandlesTest, aDoubleClickEditsATextWhereItIs) {
     int asked = 0;
     QObject::connect(&handles, &FilmHandles::textAsked, [&] { ++asked; });
