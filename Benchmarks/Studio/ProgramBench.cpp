@@ -7,7 +7,6 @@
 
 #include "../../Tests/Capture/TestDisplay.h"
 #include "../../Tests/Core/Package/TemporaryFolder.h"
-#include "../Render/ScreenScene.h"
 
 #include <algorithm>
 #include <chrono>
@@ -60,8 +59,16 @@ void makeLibrary(fs::path const& folder) {
     project.timeline.clips = {{.asset = "screen.mp4", .duration = 60}};
     for (int i = 0; i < 200; ++i) project.zoomEvents.push_back({.start = i * 0.3, .duration = 0.2});
     project.metadata.edit().cursorSamples.resize(3600);
-    Image still(640, 360);
-    drawScreenScene(still, 300);
+    Image still(640, 360); // of many colors, so that it is known when it is seen
+    for (int y = 0; y < still.height(); ++y) {
+        for (int x = 0; x < still.width(); ++x) {
+            auto* const pixel = still.row(y) + 4 * x;
+            pixel[0] = static_cast<std::uint8_t>(x * 255 / still.width());
+            pixel[1] = static_cast<std::uint8_t>(y * 255 / still.height());
+            pixel[2] = static_cast<std::uint8_t>(128 + (x / 8 + y / 8) % 64);
+            pixel[3] = 255;
+        }
+    }
     auto const bytes = encodePNG(still.view());
     for (int i = 0; i < projects; ++i) {
         ProjectPackage const package(folder / ("Film " + std::to_string(i) + ".recproj"));
