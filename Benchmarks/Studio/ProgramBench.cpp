@@ -171,6 +171,8 @@ public:
         auto const damage = xcb_generate_id(connection_.get());
         xcb_damage_create(connection_.get(), damage, window_, XCB_DAMAGE_REPORT_LEVEL_RAW_RECTANGLES);
         connection_.synchronize();
+        while (connection_.poll()) { // the whole window is told of at first
+        }
         int count = 0;
         double const start = mediaClockNow();
         while (mediaClockNow() - start < seconds) {
