@@ -25,6 +25,7 @@ Rectangle {
     border { width: 1; color: isCurrent ? Theme.colors.accent : Theme.colors.line }
     Accessible.role: Accessible.ListItem
     Accessible.name: row.text
+    Accessible.onPressAction: row.session.playhead = row.start
 
     TapHandler { onTapped: row.session.playhead = row.start }
 

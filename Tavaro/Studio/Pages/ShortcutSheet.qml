@@ -52,7 +52,7 @@ Dialog {
 
                 width: list.width - 14
                 height: 30
-                Accessible.role: Accessible.ListItem
+                Accessible.role: Accessible.StaticText
                 Accessible.name: qsTr("%1: %2").arg(title).arg(keys)
                 Label {
                     anchors { left: parent.left; right: caps.left; rightMargin: 12; verticalCenter: parent.verticalCenter }

@@ -33,7 +33,7 @@ Item {
     }
 
     height: text.y + text.height + 14
-    Accessible.role: Accessible.ListItem
+    Accessible.role: Accessible.Grouping
     Accessible.name: qsTr("At %1").arg(time)
     onHtmlChanged: Qt.callLater(showSelection) // when the text is laid out
     onIsSelectedChanged: showSelection()

@@ -35,6 +35,10 @@ void OpenedProjects::add(Opened const& project) {
 void OpenedProjects::close(int row) {
     if (row < 0 || row >= count()) return;
     beginRemoveRows({}, row, row);
+    // Pages that show it are gone only when the loop is back, and look at it until then.
+    QMetaObject::invokeMethod(
+        this, [closed = std::shared_ptr<Row>(std::move(rows_[static_cast<std::size_t>(row)]))] {},
+        Qt::QueuedConnection);
     rows_.erase(rows_.begin() + row);
     endRemoveRows();
     Q_EMIT countChanged();
