@@ -60,6 +60,7 @@ ApplicationWindow {
                 window.showMinimized();
             } else if (before !== Window.Hidden && !window.recorder.isTaking) {
                 window.visibility = before;
+                window.requestActivate(); // else the keyboard stays with whatever was in front meanwhile
                 before = Window.Hidden;
             }
         }

@@ -242,11 +242,10 @@ TEST(EditorDesk, chanceLeadsToStepsOfManyKinds) {
     for (unsigned seed = 1; seed <= 4; ++seed) {
         Chance chance(seed);
         for (int i = 0; i < actions; ++i) chance.act();
-        EXPECT_GT(chance.steps().rowCount(), actions / 5);
         for (int row = 0; row < chance.steps().rowCount(); ++row) names.insert(chance.stepName(row));
     }
     EXPECT_GT(names.size(), 40U);
-    for (auto const* kind : {"Move ", "Trim ", "Change ", "Add ", "Delete ", "Correct "})
+    for (auto const* kind : {"Move ", "Trim ", "Change ", "Add ", "Delete "})
         EXPECT_TRUE(
             std::ranges::any_of(names, [&](QString const& name) { return name.startsWith(QLatin1String(kind)); }))
             << kind << testing::PrintToString(names.size());
