@@ -9,10 +9,12 @@
 #include <TavaroMedia/Frames/PNG.h>
 #include <TavaroMedia/Movie/MovieWriter.h>
 
+#include <chrono>
 #include <cmath>
 #include <fstream>
 #include <numbers>
 #include <sstream>
+#include <utility>
 #include <vector>
 
 namespace tavaro {
@@ -96,6 +98,11 @@ DemoProject tour() {
     return project;
 }
 
+void swapRedAndBlue(Image& image) {
+    for (int y = 0; y < image.height(); ++y)
+        for (int x = 0; x < image.width(); ++x) std::swap(image.row(y)[4 * x], image.row(y)[4 * x + 2]);
+}
+
 /// Its identity and its age are the same in each run.
 void save(fs::path const& library, DemoProject project, int number, double hoursAgo) {
     ProjectPackage const package(library / (project.name + ".recproj"));
@@ -105,7 +112,10 @@ void save(fs::path const& library, DemoProject project, int number, double hours
     package.save(project);
     Image still(480, 270);
     drawFilmedApp(still, 1.3 * number);
+    if (number % 2 == 0) swapRedAndBlue(still); // so that each looks other
     writePNG(package.url() / "thumbnail.png", still.view());
+    fs::last_write_time(package.url() / "project.json",
+                        fs::file_time_type::clock::now() - std::chrono::minutes(static_cast<int>(hoursAgo * 60)));
 }
 
 DemoProject listed(std::string const& name, double seconds) {
@@ -124,13 +134,15 @@ void makeLibrary(fs::path const& library) {
     auto const assets = library / (tourName + ".recproj") / "assets";
     writeMovie(assets / "screen.mp4");
     writeVoice(assets / "voice.caf");
-    for (auto const& [name, seconds, hours] : {std::tuple{"Onboarding", 83.0, 30.0},
-                                               {"Release notes 2.4", 214.0, 75.0},
-                                               {"How exports work", 41.0, 100.0},
+    for (auto const& [name, seconds, hours] : {std::tuple{"Onboarding", 83.0, 24.0},
+                                               {"Release notes 2.4", 214.0, 72.0},
+                                               {"How exports work", 41.0, 96.0},
                                                {"Bug 1173, again", 12.0, 120.0}})
         save(library, listed(name, seconds), ++number, hours);
     fs::create_directories(library / "Damaged.recproj");
-    std::ofstream(library / "Damaged.recproj/project.json") << "{";
+    auto const damaged = library / "Damaged.recproj/project.json";
+    std::ofstream(damaged) << "{";
+    fs::last_write_time(damaged, fs::file_time_type::clock::now() - std::chrono::hours(144));
 }
 
 }

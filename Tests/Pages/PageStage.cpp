@@ -55,6 +55,20 @@ struct FilmedDisplay : TestDisplay {
     FilmedDisplay() : TestDisplay(1280, 720) { setenv("DISPLAY", name().c_str(), 1); }
 };
 
+/// Of what is shown instead of what was expected.
+std::string kept(QImage const& picture) {
+    auto const file = std::filesystem::current_path() / "page-lost.png";
+    picture.save(QString::fromStdString(file.string()));
+    return file.string();
+}
+
+bool isPressable(QAccessibleInterface& node) {
+    auto const* const item = qobject_cast<QQuickItem*>(node.object());
+    auto* const actions = node.actionInterface();
+    return (!item || item->isEnabled()) && actions &&
+           actions->actionNames().contains(QAccessibleActionInterface::pressAction());
+}
+
 /// Depth first, what is shown.
 template<class Look> bool visit(QAccessibleInterface* node, Look const& look) {
     if (!node || !node->isValid() || node->state().invisible) return false;
@@ -112,17 +126,18 @@ void PageStage::resize(QSize const& size) {
 void PageStage::setLook(QString const& look) { parts_->theme.setLook(look); }
 
 void PageStage::press(QString const& name) {
-    auto const isPressed = [&] {
+    auto const isPressed = [&](auto const& isIt) {
         return visit(QAccessible::queryAccessibleInterface(&window()), [&](QAccessibleInterface& node) {
-            auto const* const item = qobject_cast<QQuickItem*>(node.object());
-            if (!node.text(QAccessible::Name).startsWith(name) || (item && !item->isEnabled())) return false;
-            auto* const actions = node.actionInterface();
-            if (!actions || !actions->actionNames().contains(QAccessibleActionInterface::pressAction())) return false;
-            actions->doAction(QAccessibleActionInterface::pressAction());
+            if (!isIt(node.text(QAccessible::Name)) || !isPressable(node)) return false;
+            node.actionInterface()->doAction(QAccessibleActionInterface::pressAction());
             return true;
         });
     };
-    if (!becomes(isPressed)) throw Error("There is no “" + name.toStdString() + "” to be pressed.");
+    if (!becomes([&] {
+            return isPressed([&](QString const& text) { return text == name; }) ||
+                   isPressed([&](QString const& text) { return text.startsWith(name); });
+        }))
+        throw Error("There is no “" + name.toStdString() + "” to be pressed, but what is in " + kept(picture()));
 }
 
 bool PageStage::shows(QString const& name) {
@@ -130,11 +145,15 @@ bool PageStage::shows(QString const& name) {
                  [&](QAccessibleInterface& node) { return node.text(QAccessible::Name).startsWith(name); });
 }
 
-std::vector<QString> PageStage::names(int role) {
+std::vector<QString> PageStage::pressableIn(QString const& name) {
     std::vector<QString> found;
     visit(QAccessible::queryAccessibleInterface(&window()), [&](QAccessibleInterface& node) {
-        if (node.role() == role) found.push_back(node.text(QAccessible::Name));
-        return false;
+        if (node.text(QAccessible::Name) != name) return false;
+        visit(&node, [&](QAccessibleInterface& inner) {
+            if (isPressable(inner)) found.push_back(inner.text(QAccessible::Name));
+            return false;
+        });
+        return true;
     });
     return found;
 }

@@ -35,11 +35,11 @@ public:
     /// "light" or "dark"
     void setLook(QString const& look);
 
-    /// Presses what has that name, or one that begins so, as soon as it is there. Throws where it never is.
+    /// Presses what has that name, or else one that begins so, as soon as it is there. Throws where it never is.
     void press(QString const& name);
     bool shows(QString const& name);
-    /// Names of what is shown, of one role, in their order.
-    std::vector<QString> names(int role);
+    /// Names of what can be pressed inside of what has that name.
+    std::vector<QString> pressableIn(QString const& name);
     void key(int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
     /// Closes menus, dialogs and what asks, and goes to the library.
     void goHome();

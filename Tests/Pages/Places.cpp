@@ -4,11 +4,8 @@
 
 #include <Tavaro/Studio/Program/Studio.h>
 
-#include <QAccessible>
 #include <QQuickItem>
 #include <QQuickWindow>
-
-#include <algorithm>
 
 namespace tavaro {
 
@@ -68,15 +65,25 @@ void bringBack(PageStage& stage) {
     stage.becomes([&] { return stage.shows(QStringLiteral("Onboarding, ")); });
 }
 
-/// The tabs of the editor beside those of the window.
+/// The pages beside the film, by the rail that leads to them; the first of its buttons folds them.
 QStringList sidePages(PageStage& stage) {
-    auto const before = stage.names(QAccessible::PageTab);
     openTour(stage);
     QStringList found;
-    for (auto const& name : stage.names(QAccessible::PageTab))
-        if (std::ranges::find(before, name) == before.end() && name != tour) found.push_back(name);
+    for (auto const& name : stage.pressableIn(QStringLiteral("Pages of the side panel")))
+        if (!name.contains(QStringLiteral("the side panel"))) found.push_back(name);
     stage.goHome();
     return found;
+}
+
+enum class Where { library, editor };
+
+/// Behind a key, from there.
+Place byKey(QString const& name, int key, Qt::KeyboardModifiers modifiers, Where where) {
+    return {name, [=](PageStage& stage) {
+                if (where == Where::editor) openTour(stage);
+                stage.settledPicture();
+                stage.key(key, modifiers);
+            }};
 }
 
 }
@@ -88,11 +95,19 @@ std::vector<Place> places(PageStage& stage) {
         pressed(text("library-order"), {text("Order")}, Tab::doesNot),
         pressed(text("library-menu"), {text("More for Onboarding")}, Tab::doesNot),
         pressed(text("library-rename"), {text("More for Onboarding"), text("Rename")}),
-        pressed(text("library-duplicate"), {text("More for Damaged"), text("Duplicate")}),
         {text("library-toast"), trash, Tab::doesNot, bringBack},
         {text("project"), openTour},
-        inTour(text("project-zoom"), {text("Zoom")}),
-        inTour(text("project-title"), {text("Title")}),
+        inTour(text("project-zoom"), {text("Zoom 1.8")}),
+        {text("project-commands"),
+         [](PageStage& on) {
+             openTour(on);
+             on.press(QStringLiteral("All commands"));
+         },
+         Tab::doesNot},
+        inTour(text("export"), {text("Export")}),
+        pressed(text("exports"), {text("Exports")}),
+        byKey(text("shortcuts"), Qt::Key_F1, Qt::NoModifier, Where::library),
+        byKey(text("speed"), Qt::Key_R, Qt::ControlModifier, Where::editor),
         pressed(text("record"), {text("Record"), text("screen, ")}),
         pressed(text("record-window"), {text("Record"), text("Window")}),
         pressed(text("record-area"), {text("Record"), text("Area")}),
