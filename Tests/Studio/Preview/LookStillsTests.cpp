@@ -62,6 +62,8 @@ TEST_F(LookStillsTest, everyBackgroundIsAPictureOfItsOwn) {
 }
 
 TEST_F(LookStillsTest, everyChoiceIsTriedOnTheFilmWithoutChangingIt) {
+    // The take is so small that else all of it lies in the light of a spotlight.
+    session->edit("Small Pointer", [](DemoProject& project) { project.cursor.size = 0.2; });
     auto const before = encodeProject(session->document());
     auto const differ = [&]<class Choice>(LookSubject subject, char const* path, Choice) {
         std::set<std::string> pictures;
@@ -76,7 +78,7 @@ TEST_F(LookStillsTest, everyChoiceIsTriedOnTheFilmWithoutChangingIt) {
     differ(LookSubject::pointer, "cursor.style", CursorStyle{});
     differ(LookSubject::pointer, "cursor.clickEffect", ClickEffect{});
     EXPECT_EQ(encodeProject(session->document()), before);
-    EXPECT_TRUE(session->project().steps().empty());
+    EXPECT_EQ(session->project().steps().size(), 1u);
 }
 
 TEST_F(LookStillsTest, theCamerasLooksAreTriedOnWhatItSees) {
