@@ -17,6 +17,7 @@
 #include <algorithm>
 #include <cmath>
 #include <unistd.h>
+#include <utility>
 
 namespace tavaro {
 
@@ -121,6 +122,7 @@ void ExportForm::update() {
         problem_ = QString::fromUtf8(error.what());
     }
     if (problem_.isEmpty()) look();
+    if (std::exchange(shownPlace_, wishes_.place) != wishes_.place) Q_EMIT placeChanged();
     Q_EMIT changed();
 }
 

@@ -24,8 +24,8 @@ class ExportForm final : public QObject {
     Q_OBJECT
     // {id, title, detail, icon, picture, size, time}: the places to go to, "custom", and "captions" of a film with any
     Q_PROPERTY(QVariantList places READ places NOTIFY changed)
-    Q_PROPERTY(QVariantList ways READ ways NOTIFY changed) // of the place: {text, value}
-    Q_PROPERTY(QVariantList formats READ formats CONSTANT) // {text, value}
+    Q_PROPERTY(QVariantList ways READ ways NOTIFY placeChanged) // of the place: {text, value}
+    Q_PROPERTY(QVariantList formats READ formats CONSTANT)      // {text, value}
     Q_PROPERTY(QString place READ place WRITE setPlace NOTIFY changed)
     Q_PROPERTY(QString preset READ preset WRITE setPreset NOTIFY changed)
     Q_PROPERTY(int width READ width WRITE setWidth NOTIFY changed)
@@ -107,6 +107,7 @@ public:
 
 Q_SIGNALS:
     void changed();
+    void placeChanged();
 
 private:
     static QString text(std::string_view value) {
@@ -139,6 +140,7 @@ private:
     bool keepsShape_ = true;
     bool rangeOnly_ = false;
     std::optional<std::string> typedName_;
+    std::string shownPlace_;
     QString remark_, problem_;
     int looks_ = 0; // asked for; only the last answer counts
     SideQueue side_;

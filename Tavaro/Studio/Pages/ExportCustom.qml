@@ -20,6 +20,7 @@ GridLayout {
         spacing: 6
         SpinBox {
             from: 16; to: 8192; stepSize: 2
+            textFromValue: value => String(value) // without separators
             value: custom.form.width
             onValueModified: custom.form.width = value
             Accessible.name: qsTr("Width in pixels")
@@ -27,6 +28,7 @@ GridLayout {
         Label { text: "×"; Accessible.ignored: true }
         SpinBox {
             from: 16; to: 8192; stepSize: 2
+            textFromValue: value => String(value) // without separators
             value: custom.form.height
             onValueModified: custom.form.height = value
             Accessible.name: qsTr("Height in pixels")

@@ -11,6 +11,7 @@ Dialog {
     id: dialog
 
     required property ExportForm form
+    readonly property var places: form.places
 
     function ask(session: EditorSession) {
         form.begin(session);
@@ -25,79 +26,97 @@ Dialog {
     width: Math.min(860, parent ? parent.width - 32 : 860)
     bottomPadding: 8
 
-    contentItem: ColumnLayout {
-        spacing: 14
-        Keys.onReturnPressed: dialog.submit()
-        Keys.onEnterPressed: dialog.submit()
+    // In a window that is too low for all of it, it scrolls.
+    contentItem: ScrollView {
+        id: view
 
-        GridLayout {
-            Layout.fillWidth: true
-            columns: 4
-            columnSpacing: 10
-            rowSpacing: 10
-            Accessible.role: Accessible.Grouping
-            Accessible.name: qsTr("Where it goes")
-            Repeater {
-                model: dialog.form.places
-                ExportPlaceCard {
-                    required property var modelData
+        implicitHeight: body.implicitHeight
+        contentWidth: availableWidth
+        clip: true
 
-                    Layout.fillWidth: true
-                    Layout.preferredWidth: 1
-                    title: modelData.title
-                    detail: modelData.detail
-                    picture: modelData.picture
-                    size: modelData.size
-                    time: modelData.time
-                    sign: modelData.icon
-                    checked: dialog.form.place === modelData.id
-                    onClicked: dialog.form.place = modelData.id
+        ColumnLayout {
+            id: body
+
+            width: view.availableWidth
+            spacing: 14
+            Keys.onReturnPressed: dialog.submit()
+            Keys.onEnterPressed: dialog.submit()
+
+            GridLayout {
+                Layout.fillWidth: true
+                columns: 4
+                columnSpacing: 10
+                rowSpacing: 10
+                Accessible.role: Accessible.Grouping
+                Accessible.name: qsTr("Where it goes")
+                Repeater {
+                    model: dialog.places.length // so that no card is made anew, and loses the keyboard
+                    ExportPlaceCard {
+                        required property int index
+                        readonly property var place: dialog.places[index]
+
+                        Layout.fillWidth: true
+                        Layout.preferredWidth: 1
+                        title: place?.title ?? ""
+                        detail: place?.detail ?? ""
+                        picture: place?.picture ?? ""
+                        size: place?.size ?? ""
+                        time: place?.time ?? ""
+                        sign: place?.icon ?? ""
+                        checked: dialog.form.place === place?.id
+                        onClicked: dialog.form.place = place.id
+                    }
                 }
             }
-        }
-        Segmented {
-            visible: dialog.form.ways.length > 0
-            name: qsTr("For")
-            options: dialog.form.ways
-            value: dialog.form.preset
-            onChosen: value => dialog.form.preset = value
-        }
-        ExportCustom {
-            Layout.fillWidth: true
-            visible: dialog.form.place === "custom"
-            form: dialog.form
-        }
-        Flow {
-            Layout.fillWidth: true
-            spacing: 20
-            Switch {
-                visible: !dialog.form.isGIF && dialog.form.place !== "captions"
-                text: qsTr("Sound")
-                checked: dialog.form.sound
-                onToggled: dialog.form.sound = checked
+            Repeater {
+                // Made anew for each place: Segmented's layout does not take other options.
+                model: dialog.form.ways.length > 0 ? [dialog.form.ways] : []
+                Segmented {
+                    required property var modelData
+
+                    name: qsTr("For")
+                    options: modelData
+                    value: dialog.form.preset
+                    onChosen: value => dialog.form.preset = value
+                }
             }
-            Switch {
-                visible: dialog.form.range !== ""
-                text: qsTr("Only the marked part, %1").arg(dialog.form.range)
-                checked: dialog.form.rangeOnly
-                onToggled: dialog.form.rangeOnly = checked
+            ExportCustom {
+                Layout.fillWidth: true
+                visible: dialog.form.place === "custom"
+                form: dialog.form
             }
-            Switch {
-                visible: dialog.form.hasCaptions && dialog.form.place !== "captions"
-                text: qsTr("Captions as a file beside it")
-                checked: dialog.form.captionsBeside
-                onToggled: dialog.form.captionsBeside = checked
+            Flow {
+                Layout.fillWidth: true
+                spacing: 20
+                Switch {
+                    visible: !dialog.form.isGIF && dialog.form.place !== "captions"
+                    text: qsTr("Sound")
+                    checked: dialog.form.sound
+                    onToggled: dialog.form.sound = checked
+                }
+                Switch {
+                    visible: dialog.form.range !== ""
+                    text: qsTr("Only the marked part, %1").arg(dialog.form.range)
+                    checked: dialog.form.rangeOnly
+                    onToggled: dialog.form.rangeOnly = checked
+                }
+                Switch {
+                    visible: dialog.form.hasCaptions && dialog.form.place !== "captions"
+                    text: qsTr("Captions as a file beside it")
+                    checked: dialog.form.captionsBeside
+                    onToggled: dialog.form.captionsBeside = checked
+                }
+                Switch {
+                    visible: dialog.form.place !== "captions"
+                    text: qsTr("“Made with Tavaro” on it")
+                    checked: dialog.form.watermark
+                    onToggled: dialog.form.watermark = checked
+                }
             }
-            Switch {
-                visible: dialog.form.place !== "captions"
-                text: qsTr("“Made with Tavaro” on it")
-                checked: dialog.form.watermark
-                onToggled: dialog.form.watermark = checked
+            ExportTarget {
+                Layout.fillWidth: true
+                form: dialog.form
             }
-        }
-        ExportTarget {
-            Layout.fillWidth: true
-            form: dialog.form
         }
     }
     footer: RowLayout {

@@ -113,7 +113,7 @@ Rectangle {
             }
         }
         ExportActivity { Layout.fillWidth: true; Layout.bottomMargin: 8; queue: Studio.exports.queue }
-        TerminalTakeList { Layout.fillWidth: true; takes: Studio.recorder.terminals }
+        TerminalTakeList { Layout.fillWidth: true; Layout.fillHeight: false; takes: Studio.recorder.terminals }
         ActivityList { Layout.fillWidth: true; Layout.fillHeight: false }
         NavigationButton {
             Layout.fillWidth: true

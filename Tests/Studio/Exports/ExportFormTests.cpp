@@ -74,6 +74,8 @@ TEST_F(ExportFormTest, whatIsSetUpIsExportedAndIsWhereTheNextExportBegins) {
 }
 
 TEST_F(ExportFormTest, everyPlaceAndWayCanBeChosenAndTellsWhatItComesTo) {
+    int renewed = 0; // lists of ways, whose buttons lose the keyboard then
+    QObject::connect(&form, &ExportForm::placeChanged, [&] { ++renewed; });
     form.begin(&*session);
     EXPECT_FALSE(places().contains("captions"));
     for (auto const& id : places()) {
@@ -89,6 +91,7 @@ TEST_F(ExportFormTest, everyPlaceAndWayCanBeChosenAndTellsWhatItComesTo) {
             EXPECT_EQ(form.place(), id);
         }
     }
+    EXPECT_EQ(renewed, places().size());
     form.setPlace("custom");
     for (auto const& format : ExportForm::formats()) {
         form.setFormat(format.toMap().value("value").toString());
