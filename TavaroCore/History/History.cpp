@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <iterator>
-#include <ranges>
 
 namespace tavaro {
 
@@ -201,7 +200,7 @@ std::vector<ListedStep> History::steps() const {
     std::vector<ListedStep> steps;
     steps.reserve(stepCount());
     for (auto const& step : done_) steps.push_back(step.listed(false));
-    for (auto const& step : undone_ | std::views::reverse) steps.push_back(step.listed(true));
+    for (auto step = undone_.rbegin(); step != undone_.rend(); ++step) steps.push_back(step->listed(true));
     return steps;
 }
 
