@@ -75,7 +75,7 @@ class Chance:
     def write(self):
         text = self.random.choice(TYPED)
         self.note(f"type {text}")
-        xdotool("type", text)
+        xdotool("type", "--", text)
 
     def point(self):
         """Anywhere on the project's page, more often on its timeline."""

@@ -26,8 +26,8 @@ class Seen:
         self.place = None
 
     def key(self):
-        """Names what it is for: lists of things of one kind have one."""
-        return self.role, without_numbers(self.name)
+        """Names what it is for: lists of things of one kind have one, and how old something is does not matter."""
+        return self.role, without_numbers(self.name.split(",")[0] if self.role == "list item" else self.name)
 
     def where(self):
         if self.place is None:
