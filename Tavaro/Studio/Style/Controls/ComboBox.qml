@@ -52,6 +52,8 @@ T.ComboBox {
         height: Math.min(contentItem.implicitHeight + topPadding + bottomPadding, control.Window.height - topMargin - bottomMargin)
         topMargin: 8
         bottomMargin: 8
+        leftMargin: 8
+        rightMargin: 8
         padding: 4
         contentItem: ListView {
             clip: true
