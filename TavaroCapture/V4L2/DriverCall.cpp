@@ -39,6 +39,8 @@ struct DriverCall::State {
     std::condition_variable changed;
     bool hasReturned = false; // guarded by the lock of `abandoned`
 
+    explicit State(Driver driver) : driver(std::move(driver)) {}
+
     void end() {
         std::lock_guard const guard(abandoned().lock);
         hasReturned = true;
