@@ -43,7 +43,9 @@ void print(std::string const& name, double value, char const* unit) {
 }
 
 void writeMovie(std::filesystem::path const& file) {
-    MovieWriter writer(file, {.intent = MovieIntent::live, .width = 1920, .height = 1080, .fps = 60});
+    MovieWriter writer(
+        file,
+        {.intent = MovieIntent::live, .width = 1920, .height = 1080, .fps = 60, .keyFrameInterval = 60}); // a take
     Image image(1920, 1080);
     for (int n = 0; n < takeSeconds * 60; ++n) {
         drawScreenScene(image, n);

@@ -9,6 +9,10 @@
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 
+#include <array>
+#include <cstdio>
+#include <memory>
+
 namespace tavaro {
 
 namespace {
@@ -75,6 +79,23 @@ TEST_F(SegmentWriterTest, aSegmentEndsAtTheFirstFrameThatReachesTheLimit) {
     auto const joined = joinMovies(parts, folder.path() / "joined.mov");
     EXPECT_EQ(joined.frameCount, 95);
     EXPECT_NEAR(joined.duration, 95.0 / 60, 1e-4);
+}
+
+TEST_F(SegmentWriterTest, noFrameIsMoreThanASecondAfterAKeyFrame) {
+    SegmentWriter writer(options(10));
+    writer.prepare();
+    write(writer, frames(0, 200));
+    writer.finish();
+    auto const command = "ffprobe -v error -show_entries packet=flags -of csv=p=0 '" +
+                         (folder.path() / segmentFileName(0)).string() + "' 2>/dev/null";
+    std::unique_ptr<std::FILE, int (*)(std::FILE*)> const pipe(popen(command.c_str(), "r"), pclose);
+    int frame = 0, key = 0;
+    for (std::array<char, 16> line{}; std::fgets(line.data(), line.size(), pipe.get()); ++frame) {
+        if (line[0] == 'K') key = frame;
+        ASSERT_LT(frame - key, 60) << frame;
+    }
+    if (frame == 0) GTEST_SKIP() << "no ffprobe program";
+    EXPECT_EQ(frame, 200);
 }
 
 TEST_F(SegmentWriterTest, lateFramesMoveTheBoundaryAndLeaveNoSegmentOut) {
