@@ -10,9 +10,6 @@
 #include <QAbstractItemModelTester>
 #include <QTextDocument>
 
-#include <algorithm>
-#include <chrono>
-
 using namespace tavaro;
 
 namespace {
@@ -162,27 +159,4 @@ TEST(TranscriptModel, longSpeechWithoutPausesHasParagraphs) {
     EXPECT_GT(open.model.rowCount(), 12);
     for (int row = 0; row < open.model.rowCount(); ++row)
         EXPECT_LE(open.model.index(row).data().toString().count(u' '), 90) << row;
-}
-
-TEST(TranscriptModel, anHourOfWordsCostsInProportionToThem) {
-    auto const secondsOf = [](int count) {
-        std::vector<Said> words;
-        for (int i = 0; i < count; ++i) words.push_back({"word", i * 0.36, i * 0.36 + 0.3});
-        auto project = spokenFilm(words, count * 0.36);
-        project.assetDurations["screen.mp4"] = count * 0.36;
-        OpenTranscript open(std::move(project));
-        std::vector<double> seconds;
-        for (int i = 0; i < 7; ++i) {
-            auto const begin = std::chrono::steady_clock::now();
-            open.model.place(count / 2 + i * 10);
-            EXPECT_TRUE(open.model.deleteSelected());
-            open.model.setSought(QStringLiteral("ord%1").arg(i));
-            seconds.push_back(std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count());
-        }
-        std::ranges::sort(seconds);
-        return seconds[3];
-    };
-    auto const less = secondsOf(1000), more = secondsOf(10'000);
-    RecordProperty("milliseconds", std::to_string(more * 1000));
-    EXPECT_LT(more, 40 * less) << more << " s instead of " << less;
 }
