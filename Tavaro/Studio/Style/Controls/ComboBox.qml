@@ -58,7 +58,9 @@ T.ComboBox {
         contentItem: ListView {
             clip: true
             implicitHeight: contentHeight
-            model: control.delegateModel
+            // Rows that outlived the list's closing would be taken apart after the control's own parts, which Qt 6.4
+            // does not survive where an accessibility tree is told of them.
+            model: control.popup.visible ? control.delegateModel : null
             currentIndex: control.highlightedIndex
             highlightMoveDuration: 0
             Accessible.role: Accessible.List
