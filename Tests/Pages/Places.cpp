@@ -108,7 +108,7 @@ std::vector<Place> places(PageStage& stage) {
         pressed(text("exports"), {text("Exports")}),
         byKey(text("shortcuts"), Qt::Key_F1, Qt::NoModifier, Where::library),
         byKey(text("speed"), Qt::Key_R, Qt::ControlModifier, Where::editor),
-        pressed(text("record"), {text("Record"), text("screen, ")}),
+        pressed(text("record"), {text("Record"), text("Display"), text("screen, ")}),
         pressed(text("record-window"), {text("Record"), text("Window")}),
         pressed(text("record-area"), {text("Record"), text("Area")}),
         pressed(text("settings"), {text("Settings")}),
