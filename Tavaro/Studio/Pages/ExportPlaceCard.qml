@@ -4,7 +4,7 @@ import Tavaro.Style
 import Tavaro.Theme
 
 // Somewhere that a film can go, with what that takes.
-AbstractButton {
+RadioButton {
     id: card
 
     required property string title
@@ -16,16 +16,12 @@ AbstractButton {
     readonly property string cost: [size, time].filter(Boolean).join(" · ")
 
     implicitHeight: 104
-    hoverEnabled: true
     focusPolicy: Qt.StrongFocus
-    Accessible.role: Accessible.RadioButton
     Accessible.name: [title, detail, picture, cost].filter(Boolean).join(", ")
-    Accessible.checkable: true
-    Accessible.checked: checked
-    Accessible.onPressAction: Reach.press(card)
     Keys.onReturnPressed: Reach.press(card)
     Keys.onEnterPressed: Reach.press(card)
 
+    indicator: null
     background: Rectangle {
         radius: Theme.cardRadius
         color: card.checked ? Theme.colors.selection : card.hovered ? Theme.colors.hover : Theme.colors.surface
