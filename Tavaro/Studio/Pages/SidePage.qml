@@ -10,21 +10,6 @@ ScrollView {
     property string title // where the panel does not say it above
     default property alias content: column.data
 
-    // What has the keyboard is to be seen.
-    readonly property Item focused: Window.activeFocusItem
-
-    function holds(item: Item): bool {
-        for (let each = item; each; each = each.parent) if (each === column) return true;
-        return false;
-    }
-    function reveal(item: Item) {
-        const top = item.mapToItem(column, 0, 0).y;
-        const lowest = Math.max(0, contentHeight - height);
-        const wanted = Math.max(Math.min(contentItem.contentY, top - 16), top + item.height + 40 - height);
-        contentItem.contentY = Math.max(0, Math.min(lowest, wanted));
-    }
-
-    onFocusedChanged: if (focused && holds(focused)) reveal(focused)
     contentWidth: availableWidth
     contentHeight: column.implicitHeight + 28
     clip: true
