@@ -14,7 +14,10 @@ T.ComboBox {
     rightPadding: 32
     hoverEnabled: true
     Accessible.description: enabled ? "" : qsTr("Not available now")
-    Accessible.onPressAction: Reach.press(control)
+    Accessible.onPressAction: {
+        control.forceActiveFocus(); // which closes the list by key, whoever opened it
+        Reach.press(control);
+    }
     Keys.onReturnPressed: Reach.press(control)
 
     delegate: ItemDelegate {
