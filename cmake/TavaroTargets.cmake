@@ -74,6 +74,12 @@ function(tavaro_is_included_first header result)
   endif()
 endfunction()
 
+# tavaro_quick_to_build(NAME): of what spends its time in libraries. A quarter of what such a file costs the compiler is
+# for loops that are not there.
+function(tavaro_quick_to_build name)
+  target_compile_options(${name} PRIVATE $<$<CONFIG:Release>:-O1>)
+endfunction()
+
 # tavaro_tests(NAME FOLDER [ALONE] USES target…): one test program of every source file below FOLDER. ALONE keeps ctest
 # from running anything beside its tests, for what happens in real time.
 function(tavaro_tests name folder)
@@ -83,6 +89,7 @@ function(tavaro_tests name folder)
     return()
   endif()
   add_executable(${name} ${sources})
+  tavaro_quick_to_build(${name})
   target_link_libraries(${name} PRIVATE ${arg_USES} GTest::gmock GTest::gtest_main)
   set(environment "")
   if(TAVARO_SANITIZE MATCHES "thread")
