@@ -16,6 +16,7 @@
 #include <sys/resource.h>
 #include <thread>
 #include <unistd.h>
+#include <utility>
 
 namespace tavaro {
 
@@ -35,16 +36,28 @@ struct Timer {
     }
 };
 
-/// Of the calling thread. Refusals are fine: most users may not ask.
-void setUrgency(SerialQueue::Urgency urgency) {
-    constexpr int raisedNiceness = -10;
-    if (urgency == SerialQueue::Urgency::normal) return;
-    // Where sessions share the processor as groups, niceness only counts within one; the real-time class counts always.
-    sched_param const lowest{.sched_priority = sched_get_priority_min(SCHED_RR)};
-    if (urgency == SerialQueue::Urgency::prompt && pthread_setschedparam(pthread_self(), SCHED_RR, &lowest) == 0)
-        return;
-    setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), raisedNiceness);
-}
+int nicenessHere() { return getpriority(PRIO_PROCESS, static_cast<id_t>(gettid())); }
+
+/// The calling thread's way to the processor. Refusals are fine: most users may not ask.
+class ThreadUrgency {
+public:
+    void become(SerialQueue::Urgency urgency) {
+        if (urgency == std::exchange(now_, urgency)) return;
+        // Where sessions share the processor as groups, niceness only counts within one; the real-time class counts
+        // always.
+        bool const isPrompt = urgency == SerialQueue::Urgency::prompt;
+        sched_param const lowest{.sched_priority = isPrompt ? sched_get_priority_min(SCHED_RR) : 0};
+        if (pthread_setschedparam(pthread_self(), isPrompt ? SCHED_RR : SCHED_OTHER, &lowest) == 0 && isPrompt) return;
+        bool const isNormal = urgency == SerialQueue::Urgency::normal;
+        setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), isNormal ? usualNiceness_ : raisedNiceness);
+    }
+
+private:
+    static constexpr int raisedNiceness = -10;
+
+    SerialQueue::Urgency now_ = SerialQueue::Urgency::normal;
+    int usualNiceness_ = nicenessHere();
+};
 
 }
 
@@ -57,6 +70,7 @@ struct SerialQueue::State {
     std::optional<Timer> timer;
     bool isTicking = false;
     bool isEnding = false;
+    std::optional<ThreadUrgency> urgency; // the thread's
     std::thread thread;
 
     void run();
@@ -108,7 +122,7 @@ void SerialQueue::State::run() {
 SerialQueue::SerialQueue(std::string label, Urgency urgency) : state_(std::make_shared<State>()) {
     state_->label = std::move(label);
     state_->thread = std::thread([state = state_, urgency] {
-        setUrgency(urgency);
+        state->urgency.emplace().become(urgency);
         nameThisThread(state->label);
         state->run();
     });
@@ -137,6 +151,7 @@ void SerialQueue::leave() {
 }
 
 std::string const& SerialQueue::label() const { return state_->label; }
+void SerialQueue::setUrgency(Urgency urgency) { state_->urgency->become(urgency); }
 
 void SerialQueue::async(Task task) {
     {

@@ -28,6 +28,8 @@ public:
     SerialQueue& operator=(SerialQueue const&) = delete;
 
     std::string const& label() const;
+    /// The queue's own tasks only: from then on. Costs nothing where it is so already.
+    void setUrgency(Urgency urgency);
 
     /// Any thread. Returns at once.
     void async(Task task);

@@ -6,7 +6,10 @@
 #include <future>
 #include <gtest/gtest.h>
 #include <memory>
+#include <sched.h>
 #include <stdexcept>
+#include <sys/resource.h>
+#include <unistd.h>
 #include <vector>
 
 namespace tavaro {
@@ -38,6 +41,31 @@ TEST(SerialQueue, whoWaitsForAWhileOnlyLearnsWhetherAllHasRun) {
     EXPECT_FALSE(queue.settles(std::chrono::milliseconds(1)));
     end.set_value();
     EXPECT_TRUE(queue.settles(std::chrono::seconds(10)));
+}
+
+TEST(SerialQueue, theUrgencyOfATasksThreadIsWhatItWasLastSetTo) {
+    using Urgency = SerialQueue::Urgency;
+    struct Turn {
+        int policy = 0, niceness = 0;
+        bool operator==(Turn const&) const = default;
+    };
+    auto const turn = [] { return Turn{sched_getscheduler(gettid()), getpriority(PRIO_PROCESS, gettid())}; };
+    auto const usual = turn();
+    SerialQueue queue("test.urgency", Urgency::raised);
+    std::vector<Turn> turns;
+    for (auto const urgency : {Urgency::raised, Urgency::normal, Urgency::prompt, Urgency::normal, Urgency::raised}) {
+        queue.sync([&] {
+            queue.setUrgency(urgency);
+            turns.push_back(turn());
+        });
+    }
+    if (turns[0] == usual) GTEST_SKIP() << "this user may not ask";
+    EXPECT_EQ(turns[0].policy, usual.policy);
+    EXPECT_LT(turns[0].niceness, usual.niceness);
+    EXPECT_TRUE(turns[1] == usual && turns[3] == usual);
+    EXPECT_EQ(turns[2].policy, SCHED_RR);
+    EXPECT_EQ(turns[4], turns[0]);
+    EXPECT_EQ(turn(), usual) << "nobody else's";
 }
 
 TEST(SerialQueue, whatHangsIsLeftToItselfAndWhatWaitsBehindItNeverRuns) {
