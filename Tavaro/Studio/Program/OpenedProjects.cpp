@@ -25,7 +25,7 @@ void OpenedProjects::add(Opened const& project) {
     if (auto const row = rowOf(project.get()); row >= 0) return Q_EMIT opened(row);
     beginInsertRows({}, count(), count());
     auto observation = project->observe([this, project = project.get()](ProjectChange const&) { note(project); });
-    rows_.emplace_back(new Row{project, std::move(observation), {queue_, project}});
+    rows_.emplace_back(new Row{preferences_, project, std::move(observation), {queue_, project}});
     QQmlEngine::setObjectOwnership(&rows_.back()->desk, QQmlEngine::CppOwnership);
     endInsertRows();
     Q_EMIT countChanged();
@@ -34,6 +34,12 @@ void OpenedProjects::add(Opened const& project) {
 
 void OpenedProjects::close(int row) {
     if (row < 0 || row >= count()) return;
+    if (auto const loss = rows_[static_cast<std::size_t>(row)]->closing.loss())
+        return Q_EMIT failed(QString::fromStdString(*loss));
+    remove(row);
+}
+
+void OpenedProjects::remove(int row) {
     beginRemoveRows({}, row, row);
     // Pages that show it are gone only when the loop is back, and look at it until then.
     QMetaObject::invokeMethod(
@@ -47,11 +53,27 @@ void OpenedProjects::close(int row) {
 void OpenedProjects::forget(QString const& package) {
     auto const found = std::ranges::find(rows_, libraryText::path(package),
                                          [](auto const& row) { return row->project->package().url(); });
-    if (found != rows_.end()) close(static_cast<int>(found - rows_.begin()));
+    if (found != rows_.end()) remove(static_cast<int>(found - rows_.begin()));
 }
 
 void OpenedProjects::refresh() {
     for (auto const& row : rows_) row->desk.session()->attempt([&] { row->project->refresh(); });
+}
+
+void OpenedProjects::save() {
+    for (auto const& row : rows_) row->desk.session()->save();
+}
+
+bool OpenedProjects::areSaved() const {
+    return std::ranges::all_of(rows_, [](auto const& row) { return row->desk.session()->isSaved(); });
+}
+
+QString OpenedProjects::losses() {
+    QStringList losses;
+    for (auto const& row : rows_) {
+        if (auto const loss = row->closing.loss()) losses.push_back(QString::fromStdString(*loss));
+    }
+    return losses.join(QStringLiteral("\n\n"));
 }
 
 int OpenedProjects::rowOf(OpenProject const* project) const {

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <Tavaro/Model/Project/ClosingProject.h>
 #include <Tavaro/Model/Project/OpenProjects.h>
 #include <Tavaro/Studio/Desk/EditorDesk.h>
+#include <Tavaro/Studio/Desk/PlayingChoices.h>
 
 #include <QAbstractListModel>
 #include <QString>
@@ -19,15 +21,24 @@ class OpenedProjects : public QAbstractListModel {
 public:
     enum Role { pathRole = Qt::UserRole, nameRole, lengthRole, deskRole };
 
-    OpenedProjects(MainQueue& queue, OpenProjects& projects) : queue_(queue), projects_(projects) {}
+    OpenedProjects(MainQueue& queue, OpenProjects& projects, Preferences& preferences)
+        : queue_(queue)
+        , projects_(projects)
+        , preferences_(preferences) {}
 
     /// `opened` follows, or `failed`; of one that is open already, at once.
     Q_INVOKABLE void open(QString const& package);
+    /// Refused once, with `failed`, where that loses what was edited last.
     Q_INVOKABLE void close(int row);
     /// Of one that is not where it was.
     void forget(QString const& package);
     /// Takes in what other programs saved.
     void refresh();
+    /// Saves each, beside the window; one that cannot be saved yet tries again.
+    void save();
+    bool areSaved() const;
+    /// Saves each now. Why closing them would lose what was edited last, as `ClosingProject` says it; else empty.
+    QString losses();
 
     int count() const { return static_cast<int>(rows_.size()); }
     int rowCount(QModelIndex const& parent = {}) const override { return parent.isValid() ? 0 : count(); }
@@ -42,17 +53,22 @@ Q_SIGNALS:
 private:
     using Opened = OpenProjects::Opened;
     struct Row {
+        Preferences& preferences;
         Opened project;
         OpenProject::Observation observation;
         EditorDesk desk;
+        PlayingChoices choices{preferences, desk};
+        ClosingProject closing{project};
     };
 
     void add(Opened const& project);
+    void remove(int row);
     int rowOf(OpenProject const* project) const;
     void note(OpenProject const* project);
 
     MainQueue& queue_;
     OpenProjects& projects_;
+    Preferences& preferences_;
     std::vector<std::unique_ptr<Row>> rows_;
 };
 

@@ -16,6 +16,7 @@ namespace tavaro {
 namespace {
 
 constexpr int atRest = 500, soon = 50; // milliseconds between looks
+constexpr int longestSave = 3000;      // milliseconds, for somebody else to be done with a project
 constexpr int begun = 20'000;          // milliseconds, after which nobody waits for the window any more
 
 UpdateCheck::Settings ownUpdates() { return {.program = QCoreApplication::applicationFilePath()}; }
@@ -29,7 +30,7 @@ Studio::Studio(MainQueue& queue, std::optional<ApplicationInstance> place)
     , library_(queue, application_)
     , recorder_(queue, application_)
     , exports_(queue, application_)
-    , projects_(queue, application_.projects())
+    , projects_(queue, application_.projects(), application_.preferences())
     , agentSettings_(application_.preferences())
     , updates_(application_.preferences(), ownUpdates())
     , asking_(queue, "com.tavaro.studio.place") {
@@ -140,15 +141,26 @@ void Studio::end() {
     if (agents_) agents_->beginToEnd();
     recorder_.recorder()->settle([] {}); // a take that was thrown away is not saved
     application_.end();
+    projects_.save();
+    saving_.setRemainingTime(longestSave);
     look_.start(soon);
+}
+
+void Studio::endUnlessThatLosesEdits() {
+    auto const losses = projects_.losses();
+    if (losses.isEmpty()) return end();
+    bringBack();
+    Q_EMIT failed(losses);
 }
 
 void Studio::look() {
     application_.preferences().refresh();
     projects_.refresh();
     if (!place_ && !isEnding_) askForPlace();
-    if (isClosed_ && exports_.isIdle() && !application_.exporter().isExporting()) end();
-    if (isEnding_ && !application_.isBusy()) QCoreApplication::quit();
+    bool const isLeft = isClosed_ && !isEnding_;
+    if (isLeft && exports_.isIdle() && !application_.exporter().isExporting()) endUnlessThatLosesEdits();
+    bool const isSaved = projects_.areSaved() || saving_.hasExpired();
+    if (isEnding_ && isSaved && !application_.isBusy()) QCoreApplication::quit();
 }
 
 }

@@ -16,6 +16,7 @@
 #include <Tavaro/Studio/Program/OpenedProjects.h>
 #include <Tavaro/Studio/Program/SecondStart.h>
 
+#include <QDeadlineTimer>
 #include <QObject>
 #include <QTimer>
 
@@ -50,10 +51,11 @@ public:
     /// Of what the program is started with: projects, movies, archives, and the page to show.
     void open(Start const& start);
     /// The window is gone: exports go on, a take is saved, and then the program ends, unless the window comes back.
+    /// Where that loses what was edited last, it does come back once, and says why.
     Q_INVOKABLE void windowClosed();
     /// The window is wanted, perhaps again.
     Q_INVOKABLE void bringBack();
-    /// The same as if it closed, without waiting for exports.
+    /// The same as if it closed, without waiting for exports, and for what cannot be saved only a few seconds.
     void end();
 
 Q_SIGNALS:
@@ -76,6 +78,7 @@ private:
     void openToStarts();
     void setClosed(bool isClosed);
     void look();
+    void endUnlessThatLosesEdits();
 
     MainQueue& queue_;
     std::optional<ApplicationInstance> place_;
@@ -94,6 +97,7 @@ private:
     QTimer look_; // now and then, at what other programs wrote, and whether it can end
     bool isClosed_ = false;
     bool isEnding_ = false;
+    QDeadlineTimer saving_; // of what is open, at the end
 };
 
 }
