@@ -21,8 +21,8 @@ DesktopAccess desktopAccess(std::string const& display) {
     return isWayland ? DesktopAccess::asked : DesktopAccess::open;
 }
 
-DesktopSources openSharedDesktop(SharedDesktopOptions const& options, std::function<bool()> const& isGivenUp) {
-    auto shared = wayland::shareDesktop(options.source, options.fps, isGivenUp);
+DesktopSources openSharedDesktop(SharedDesktopOptions const& options, Asking const& asking) {
+    auto shared = wayland::shareDesktop(options.source, options.fps, asking);
     auto const pointer = shared.tellsPointer ? input::DesktopPointer::told : input::DesktopPointer::untold;
     auto const consent = inputConsent();
     auto events = input::withInput(std::move(shared.events), {consent, pointer, options.keys.logging});

@@ -21,7 +21,7 @@ void requireSound(RecorderOptions const& options) {
 
 bool isAsked(RecorderOptions const& options) { return desktopAccess(options.display) == DesktopAccess::asked; }
 
-TakeSources openSources(RecorderOptions const& options, std::function<bool()> const& isGivenUp = {}) {
+TakeSources openSources(RecorderOptions const& options, Asking const& asking = {}) {
     TakeSources result;
     if (!isAsked(options)) {
         result.screen = openScreen(options.source, options.display);
@@ -32,7 +32,7 @@ TakeSources openSources(RecorderOptions const& options, std::function<bool()> co
     if (options.systemSound) result.systemSound = openSystemSound(*options.systemSound, options.soundServer);
     if (!isAsked(options)) return result;
     // Last: the user is asked for a take that nothing else stands in the way of.
-    auto shared = openSharedDesktop({options.source, options.fps, {options.keys, options.ownShortcut}}, isGivenUp);
+    auto shared = openSharedDesktop({options.source, options.fps, {options.keys, options.ownShortcut}}, asking);
     result.screen = std::move(shared.screen);
     result.events = std::move(shared.events);
     return result;
@@ -48,12 +48,12 @@ ScreenRecorder::~ScreenRecorder() = default;
 
 bool ScreenRecorder::asksUser() const { return !sources_ && isAsked(options_); }
 
-void ScreenRecorder::prepare(std::function<bool()> const& isGivenUp) {
+void ScreenRecorder::prepare(Asking const& asking) {
     requireSound(options_);
     if (take() || sources_) return;
     recordingsFolderFor(options_.recordingsFolder);
     expectRoomFor(options_.projectFolder);
-    auto sources = openSources(options_, isGivenUp);
+    auto sources = openSources(options_, asking);
     limits_ = sources.events->limits();
     if (asksUser()) sources_ = std::make_unique<TakeSources>(std::move(sources));
 }

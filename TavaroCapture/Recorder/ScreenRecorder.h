@@ -1,6 +1,7 @@
 #pragma once
 
 #include <TavaroCapture/Segments/TakeStream.h>
+#include <TavaroCapture/Sources/Asking.h>
 #include <TavaroCapture/Sources/CaptureError.h>
 #include <TavaroCapture/Sources/CaptureSource.h>
 #include <TavaroCapture/Sources/Chord.h>
@@ -11,7 +12,6 @@
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
-#include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -84,9 +84,9 @@ public:
     ScreenRecorder& operator=(ScreenRecorder const&) = delete;
 
     /// Throws what `start` would throw now, and records nothing: for who waits before a take begins. A desktop that
-    /// asks the user what to share does so here, until `isGivenUp`, and `start` records the answer.
-    void prepare(std::function<bool()> const& isGivenUp = {});
-    /// Whether `start` or `prepare` will ask.
+    /// asks the user what to share does so here, and `start` records the answer.
+    void prepare(Asking const& asking = {});
+    /// Whether `start` or `prepare` will ask, unless they throw first.
     bool asksUser() const;
     /// After `prepare`, as sentences: what the desktop does not tell of what the user does, so the log will lack it.
     std::vector<std::string> const& limits() const { return limits_; }

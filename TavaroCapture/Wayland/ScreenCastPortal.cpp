@@ -162,8 +162,8 @@ struct ScreenCastPortal::State {
         Answer answer{.read = results};
         auto const slot = listen(requestPath(token), "org.freedesktop.portal.Request", "Response", onResponse, &answer);
         send(message);
-        wait(atMost, [&] { return answer.response.has_value() || isGivenUp(); });
-        if (!answer.response && isGivenUp())
+        wait(atMost, [&] { return answer.response.has_value() || asking.isGivenUp(); });
+        if (!answer.response && asking.isGivenUp())
             throw CaptureError(CaptureError::Kind::refused, "Nobody waits for the answer what to share any more.");
         if (!answer.response) fail(fmt::format("its portal has not answered {} within {} s.", member, atMost.count()));
         return *answer.response;
@@ -219,7 +219,7 @@ struct ScreenCastPortal::State {
     SharedSource start();
     FileDescriptor openSocket();
 
-    std::function<bool()> isGivenUp = [] { return false; };
+    Asking asking;
     Bus bus;
     PortalAbilities abilities;
     int requests = 0;
@@ -307,9 +307,10 @@ ScreenCastPortal::~ScreenCastPortal() = default;
 PortalAbilities const& ScreenCastPortal::abilities() const { return state_->abilities; }
 
 SharedSource ScreenCastPortal::share(ShareRequest const& request) {
-    state_->isGivenUp = request.isGivenUp;
+    state_->asking = request.asking;
     state_->createSession();
     state_->selectSources(request);
+    request.asking.begins();
     auto result = state_->start();
     result.socket = state_->openSocket();
     return result;

@@ -87,10 +87,10 @@ private:
 
 }
 
-SharedDesktop shareDesktop(CaptureSource const& source, int fps, std::function<bool()> const& isGivenUp) {
+SharedDesktop shareDesktop(CaptureSource const& source, int fps, Asking const& asking) {
     auto options = optionsOf(source);
     options.fps = fps;
-    if (isGivenUp) options.isGivenUp = isGivenUp;
+    options.asking = asking;
     auto const shared = std::make_shared<SharedScreen>(options);
     return {std::make_unique<Screen>(shared), std::make_unique<Events>(shared),
             shared->pointerMode() == PointerMode::metadata};

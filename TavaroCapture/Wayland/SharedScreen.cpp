@@ -93,8 +93,8 @@ SharedSource SharedScreen::share() {
                                        options_.kind == ShareKind::monitor ? "whole screens" : "single windows"));
     auto const token = restoreTokens::of(options_.source);
     if (!token.empty()) restoreTokens::keep(options_.source, {}); // whatever comes of it, it is used
-    auto shared = portal_.share(
-        {.kind = options_.kind, .pointer = pointerMode_, .token = token, .isGivenUp = options_.isGivenUp});
+    auto shared =
+        portal_.share({.kind = options_.kind, .pointer = pointerMode_, .token = token, .asking = options_.asking});
     checkKind(shared);
     restoreTokens::keep(options_.source, shared.token);
     return shared;

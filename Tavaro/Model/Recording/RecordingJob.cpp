@@ -54,10 +54,10 @@ constexpr char const* discarded = "The recording was discarded.";
 template<class Orders>
 void prepare(ScreenRecorder& recorder, RecordingRequest const& request, Orders& orders, Reporter& reporter) {
     if (request.countdown <= 0 && !recorder.asksUser()) return;
-    if (recorder.asksUser()) reporter.progress({.stage = RecordingStage::asking, .countdown = request.countdown});
+    auto const asks = [&] { reporter.progress({.stage = RecordingStage::asking, .countdown = request.countdown}); };
     auto const isGivenUp = [&] { return orders.wantedEnd().has_value() || reporter.isCancelled(); };
     try {
-        recorder.prepare(isGivenUp);
+        recorder.prepare({.begins = asks, .isGivenUp = isGivenUp});
     } catch (CaptureError const&) {
         if (isGivenUp()) throw JobCancelled(discarded);
         throw;

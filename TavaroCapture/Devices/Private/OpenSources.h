@@ -1,11 +1,11 @@
 #pragma once
 
 #include <TavaroCapture/Secrets/Private/GuardedEvents.h>
+#include <TavaroCapture/Sources/Asking.h>
 #include <TavaroCapture/Sources/Private/EventSource.h>
 #include <TavaroCapture/Sources/Private/FrameSource.h>
 #include <TavaroCapture/Sources/Private/SoundSource.h>
 
-#include <functional>
 #include <memory>
 #include <string>
 
@@ -28,8 +28,8 @@ struct SharedDesktopOptions {
     int fps = 60;
     LoggedKeys keys;
 };
-/// Asks the user what to share, where they have not said so before, until `isGivenUp`. Throws `CaptureError`.
-DesktopSources openSharedDesktop(SharedDesktopOptions const& options, std::function<bool()> const& isGivenUp);
+/// Asks the user what to share, where they have not said so before. Throws `CaptureError`.
+DesktopSources openSharedDesktop(SharedDesktopOptions const& options, Asking const& asking);
 
 /// Opens a source of the desktop on the X server `display` (empty means `$DISPLAY`). Throws `CaptureError` for a source
 /// that cannot be recorded, and when no server answers.

@@ -1,9 +1,9 @@
 #pragma once
 
+#include <TavaroCapture/Sources/Asking.h>
 #include <TavaroCore/Files/FileDescriptor.h>
 
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <string>
 
@@ -32,7 +32,7 @@ struct ShareRequest {
     ShareKind kind = ShareKind::monitor;
     PointerMode pointer = PointerMode::metadata;
     std::string token; // of an earlier answer, which then counts again; empty: the user is asked
-    std::function<bool()> isGivenUp = [] { return false; }; // asked all the time while the user is
+    Asking asking;
 };
 
 /// The user's answer.

@@ -1,10 +1,10 @@
 #pragma once
 
+#include <TavaroCapture/Sources/Asking.h>
 #include <TavaroCapture/Sources/Private/EventSource.h>
 #include <TavaroCapture/Sources/Private/FrameSource.h>
 #include <TavaroCapture/Sources/SourceList.h>
 
-#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -18,8 +18,9 @@ struct SharedDesktop {
     bool tellsPointer = false; // where it is
 };
 
-/// Asks the user, unless an earlier answer for that source still counts, until `isGivenUp`. Throws `CaptureError`.
-SharedDesktop shareDesktop(CaptureSource const& source, int fps, std::function<bool()> const& isGivenUp = {});
+/// Asks the user, unless an earlier answer for that source still counts. Throws `CaptureError`, without a question for
+/// what the desktop cannot share.
+SharedDesktop shareDesktop(CaptureSource const& source, int fps, Asking const& asking = {});
 
 struct Shareable {
     std::vector<DisplayInfo> displays;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <TavaroCapture/PipeWire/Private/VideoStream.h>
+#include <TavaroCapture/Sources/Asking.h>
 #include <TavaroCapture/Sources/CaptureSource.h>
 #include <TavaroCapture/Sources/Private/FrameSource.h>
 #include <TavaroCapture/Wayland/Private/Repaint.h>
@@ -9,7 +10,6 @@
 #include <TavaroPlatform/Queues/SerialQueue.h>
 
 #include <atomic>
-#include <functional>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -26,10 +26,10 @@ class SharedScreen {
 public:
     struct Options {
         ShareKind kind = ShareKind::monitor;
-        std::string source;                                     // as listed: "display-1"
-        std::optional<AreaSource> area;                         // of it; none: all of it
-        int fps = 60;                                           // no more are wanted
-        std::function<bool()> isGivenUp = [] { return false; }; // asked all the time while the user is
+        std::string source;             // as listed: "display-1"
+        std::optional<AreaSource> area; // of it; none: all of it
+        int fps = 60;                   // no more are wanted
+        Asking asking;
     };
 
     /// Asks the user, unless an earlier answer still counts, and waits for the first picture. Throws `CaptureError`.

@@ -38,9 +38,10 @@ protected:
             return greyAt(desktop, 9, 9) == grey;
         });
     }
-    static std::string failureOf(CaptureSource const& source, CaptureError::Kind kind) {
+    std::string failureOf(CaptureSource const& source, CaptureError::Kind kind) {
+        questionsBegun = 0;
         try {
-            shareDesktop(source, 60);
+            shareDesktop(source, 60, {.begins = [this] { ++questionsBegun; }});
         } catch (CaptureError const& error) {
             EXPECT_EQ(error.kind, kind) << error.what();
             return error.what();
@@ -50,6 +51,7 @@ protected:
     }
 
     std::optional<TestPortal> portal;
+    int questionsBegun = 0; // by the last `failureOf`
 };
 
 TEST_F(SharedDesktopTest, pictureAndPointerFollowTheSharedScreen) {
@@ -98,12 +100,15 @@ TEST_F(SharedDesktopTest, anAnswerCountsForItsSourceUntilTheUserIsAskedAnew) {
 TEST_F(SharedDesktopTest, whatCannotBeSharedIsRefusedWithASentence) {
     portal->answer({.answer = 1});
     EXPECT_THAT(failureOf(DisplaySource{}, CaptureError::Kind::refused), HasSubstr("the answer was no"));
+    EXPECT_EQ(questionsBegun, 1);
     portal->answer({.answer = 2});
     EXPECT_THAT(failureOf(DisplaySource{}, CaptureError::Kind::unsupported), HasSubstr("could not ask"));
     portal->answer({.kind = 2});
     EXPECT_THAT(failureOf(DisplaySource{}, CaptureError::Kind::badSource), HasSubstr("but a window was shared"));
     EXPECT_THAT(failureOf(ApplicationSource{"gedit"}, CaptureError::Kind::unsupported), HasSubstr("“gedit”"));
+    EXPECT_EQ(questionsBegun, 0);
     EXPECT_THAT(failureOf(DisplaySource{"eDP-1"}, CaptureError::Kind::noSuchSource), HasSubstr("“eDP-1”"));
+    EXPECT_EQ(questionsBegun, 0);
     portal->answer({});
     EXPECT_THAT(failureOf(AreaSource{.rect = {320, 0, 50, 50}}, CaptureError::Kind::badSource),
                 HasSubstr("outside the shared screen of 320 × 200"));
@@ -113,7 +118,7 @@ TEST_F(SharedDesktopTest, whoGivesUpWaitingForTheAnswerGoesOnAtOnce) {
     portal->answer({.answer = 3});
     double const asked = mediaClockNow();
     ScreenRecorder recorder({.source = WindowSource{1}});
-    EXPECT_THROW(recorder.prepare([&] { return mediaClockNow() - asked > 0.3; }), CaptureError);
+    EXPECT_THROW(recorder.prepare({.isGivenUp = [&] { return mediaClockNow() - asked > 0.3; }}), CaptureError);
     EXPECT_LT(mediaClockNow() - asked, 1);
     EXPECT_TRUE(recorder.asksUser());
 }
@@ -194,6 +199,7 @@ TEST_F(SharedDesktopTest, whatIsListedIsWhatTheDesktopCanShare) {
                 ElementsAre(HasSubstr("clicks and keys"), HasSubstr("in front"), HasSubstr("part of the picture"),
                             HasSubstr("no single windows"), HasSubstr("No sound can be recorded")));
     EXPECT_THAT(failureOf(WindowSource{1}, CaptureError::Kind::unsupported), HasSubstr("single windows"));
+    EXPECT_EQ(questionsBegun, 0);
     shareDesktop(DisplaySource{}, 60);
     EXPECT_THAT(portal->questions().back(), HasSubstr(R"("cursor_mode": 2)"));
 }
