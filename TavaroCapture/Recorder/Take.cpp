@@ -211,9 +211,18 @@ void ScreenRecorder::Take::handOn(double time, bool isRepeated) {
     auto const picture = std::make_shared<EncoderPicture>(screenPictures_->current(screen_->picture(), fresh));
     ++framesUnderWay_;
     sampleQueue_.async([this, picture, time, isRepeated] {
+        keepUp();
         append(std::move(*picture), time, isRepeated);
         --framesUnderWay_;
     });
+}
+
+/// On the sample queue. Before other programs only while frames may be lost: else the encoder would go before the
+/// display's server, too, which has to draw what is recorded next.
+void ScreenRecorder::Take::keepUp() {
+    int const waiting = framesUnderWay_;
+    if (waiting > mostFramesUnderWay_ / 3) sampleQueue_.setUrgency(SerialQueue::Urgency::raised);
+    if (waiting <= 1) sampleQueue_.setUrgency(SerialQueue::Urgency::normal);
 }
 
 void ScreenRecorder::Take::append(EncoderPicture picture, double time, bool isRepeated) {

@@ -66,6 +66,7 @@ private:
     void noteStall(std::int64_t from, std::int64_t to);
     void handOn(double time, bool isRepeated);
     void append(EncoderPicture picture, double time, bool isRepeated);
+    void keepUp();
     void endEarly(Ending ending);
     std::optional<Ending> ending() const;
     void stopStreams();
@@ -109,7 +110,7 @@ private:
     std::atomic<bool> isEnding_ = false;
 
     // The order matters: what is declared later uses what is declared earlier, and ends first.
-    SerialQueue sampleQueue_{"com.tavaro.capture.samples", SerialQueue::Urgency::raised};
+    SerialQueue sampleQueue_{"com.tavaro.capture.samples"};
     std::unique_ptr<EventRecorder> events_;
     std::vector<std::unique_ptr<SideStream>> sideStreams_;
     std::vector<std::string> sideFailures_; // sentences
