@@ -69,3 +69,10 @@ class KillStudio(Driven):
 
     def __init__(self, stage):
         super().__init__(stage, "kill")
+
+
+class EndStudio(Driven):
+    """Asked to end, or its window closed, whatever it is doing: nothing crashes, and nothing is lost."""
+
+    def __init__(self, stage):
+        super().__init__(stage, "end")

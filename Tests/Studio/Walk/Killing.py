@@ -123,9 +123,9 @@ def titles_of(project):
     return len(json.loads((project / "project.json").read_text())["overlays"])
 
 
-def lengths_of(home):
+def lengths_of(home, begin=""):
     found = []
-    for file in home.movies.glob("*.recproj/project.json"):
+    for file in home.movies.glob(f"{begin}*.recproj/project.json"):
         lengths = json.loads(file.read_text())["assetDurations"]
         found.append(max(lengths.values()))
     return found
