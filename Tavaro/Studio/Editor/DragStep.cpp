@@ -4,15 +4,11 @@
 
 namespace tavaro {
 
-namespace {
-
-/// Copies what differs: to compare long lists is cheaper than to copy them.
+/// To compare long lists is cheaper than to copy them.
 void restore(DemoProject& project, DemoProject const& before) {
     forEachField<DemoProject>([&](auto const& field) {
         if (!(project.*field.member == before.*field.member)) project.*field.member = before.*field.member;
     });
-}
-
 }
 
 DragStep::DragStep(OpenProject& project, std::string name)
@@ -23,6 +19,7 @@ DragStep::DragStep(OpenProject& project, std::string name)
     , revision_(project.revision()) {}
 
 bool DragStep::change(FunctionRef<void(DemoProject&)> change) {
+    project_.refresh(); // or what another program saved since the last change would be taken back
     if (isOver()) return false;
     auto const again = [&](DemoProject& project) {
         restore(project, before_);

@@ -10,6 +10,9 @@
 
 namespace tavaro {
 
+/// Makes it that document again; copies what differs.
+void restore(DemoProject& project, DemoProject const& before);
+
 /// What a hand does from the button down to the button up, as one step of a project's history. Each change starts from
 /// the document as it was when it began, so that what was passed over on the way is as it was, and a way that ends
 /// where it began leaves no step. Where somebody else edits meanwhile, that ends it: what was done until then stays.

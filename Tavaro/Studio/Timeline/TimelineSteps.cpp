@@ -1,5 +1,6 @@
 #include <Tavaro/Studio/Timeline/TimelineSteps.h>
 
+#include <Tavaro/Studio/Editor/DragStep.h>
 #include <Tavaro/Studio/Timeline/IntentEdits.h>
 
 #include <type_traits>
@@ -10,13 +11,6 @@ namespace tavaro {
 namespace {
 
 using namespace timelineIntents;
-
-/// Copies what differs: to compare long lists is cheaper than to copy them.
-void restore(DemoProject& project, DemoProject const& before) {
-    forEachField<DemoProject>([&](auto const& field) {
-        if (!(project.*field.member == before.*field.member)) project.*field.member = before.*field.member;
-    });
-}
 
 template<class Intent> constexpr bool isEdit = std::is_same_v<Intent, MoveItems> || std::is_same_v<Intent, TrimItem> ||
                                                std::is_same_v<Intent, SetRamp> || std::is_same_v<Intent, SlipClip> ||
