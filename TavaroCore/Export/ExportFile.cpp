@@ -85,19 +85,29 @@ std::string fileNamePart(std::string_view text) {
     return part;
 }
 
+namespace {
+
+/// Films of documents may be longer than any file.
+std::int64_t wholeBytes(double bytes) {
+    constexpr double most = 1e18;
+    return bytes > 0 ? static_cast<std::int64_t>(std::min(bytes, most)) : 0;
+}
+
+}
+
 std::int64_t estimatedFileSize(ExportSettings const& settings, double duration) {
     double const seconds = std::max(duration, 0.0);
     if (settings.container == ExportContainer::gif) {
         double const bytesPerSecond = static_cast<double>(settings.size.width) *
                                       static_cast<double>(settings.size.height) * static_cast<double>(settings.fps) *
                                       0.08;
-        return static_cast<std::int64_t>(seconds * bytesPerSecond);
+        return wholeBytes(seconds * bytesPerSecond);
     }
     constexpr double audioBytesPerSecond = 24'000;
     constexpr double containerBytes = 131'072;
     double const picture = seconds * static_cast<double>(settings.bitrate()) / 8;
     double const audio = settings.includesAudio ? seconds * audioBytesPerSecond : 0;
-    return static_cast<std::int64_t>(picture + audio + containerBytes);
+    return wholeBytes(picture + audio + containerBytes);
 }
 
 std::string fileSizeText(std::int64_t bytes) {

@@ -41,6 +41,10 @@ TEST(ExportFile, anEstimateCountsPictureSoundAndContainer) {
     EXPECT_EQ(estimatedFileSize(movie, 10), 2'500'000 + 131'072);
     ExportSettings const gif = ExportPreset::withID("gif")->settings();
     EXPECT_EQ(estimatedFileSize(gif, 2), static_cast<std::int64_t>(2 * 960 * 540 * 15 * 0.08));
+    for (auto const& settings : {movie, gif}) {
+        EXPECT_GT(estimatedFileSize(settings, 1e300), std::int64_t{1} << 50) << "a film without end is very large";
+        EXPECT_GE(estimatedFileSize(settings, -1e300), 0);
+    }
 }
 
 TEST(ExportFile, sizesAreToldInTwoOrThreeFigures) {
