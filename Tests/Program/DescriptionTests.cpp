@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <map>
 #include <regex>
+#include <set>
 #include <sstream>
 
 using namespace tavaro;
@@ -17,6 +18,12 @@ namespace fs = std::filesystem;
 namespace {
 
 using Words = std::vector<std::string>;
+
+std::string joined(Words const& words) {
+    std::string text;
+    for (auto const& word : words) text += (text.empty() ? "" : " ") + word;
+    return text;
+}
 
 /// What the program tells of itself: its manual and the completion of its commands.
 class Description : public ProcessFixture {
@@ -77,6 +84,25 @@ protected:
         return all;
     }
 
+    /// Of the completions that are asked for, of each command what is below it, where something is, and its options.
+    void expectOffered(std::vector<Arguments> const& commands, std::vector<Words> const& given) {
+        auto from = given.begin();
+        for (auto const& command : commands) {
+            auto const below = commandsOf(helpOf(command)), options = optionsOf(helpOf(command));
+            if (!below.empty()) {
+                ASSERT_NE(from, given.end());
+                EXPECT_THAT(*from++, IsSupersetOf(below)) << joined(command);
+            }
+            ASSERT_NE(from, given.end());
+            EXPECT_THAT(*from++, IsSupersetOf(options)) << joined(command);
+        }
+        EXPECT_EQ(from, given.end());
+    }
+    void bashOffersAll(std::vector<Arguments> const& commands);
+    void fishOffersAll(std::vector<Arguments> const& commands);
+    void zshReadsAll(std::vector<Arguments> const& commands);
+    void manHasAll(std::vector<Arguments> const& commands);
+
 private:
     std::map<Arguments, std::string> helps_;
 };
@@ -89,32 +115,69 @@ std::string bashLine(Words const& typed, std::string const& begun) {
            "; COMPREPLY=(); _tavaro; printf '%s\\n' \"${COMPREPLY[@]}\"; echo ==\n";
 }
 
-std::string joined(Words const& words) {
-    std::string text;
-    for (auto const& word : words) text += (text.empty() ? "" : " ") + word;
-    return text;
 }
 
-}
-
-TEST_F(Description, bashOffersEachCommandWithAllOfItsOptions) {
-    auto const all = everyCommand();
-    ASSERT_GT(all.size(), 30u);
-    auto const script = scriptFor("bash");
-    std::string asked = "source " + script + "\n";
-    for (auto const& command : all) asked += bashLine(command, "") + bashLine(command, "-");
+void Description::bashOffersAll(std::vector<Arguments> const& commands) {
+    std::string asked = "source " + scriptFor("bash") + "\n";
+    for (auto const& command : commands)
+        asked += (commandsOf(helpOf(command)).empty() ? "" : bashLine(command, "")) + bashLine(command, "-");
     write("ask", asked);
     auto const outcome = run("/bin/bash", {path("ask")});
     EXPECT_EQ(outcome.error, "");
-    auto const given = answers(outcome.out);
-    ASSERT_EQ(given.size(), 2 * all.size());
-    auto from = given.begin();
-    auto const next = [&] { return *from++; };
-    for (auto const& command : all) {
-        auto const help = helpOf(command);
-        EXPECT_THAT(next(), IsSupersetOf(commandsOf(help))) << joined(command);
-        EXPECT_THAT(next(), IsSupersetOf(optionsOf(help))) << joined(command);
+    expectOffered(commands, answers(outcome.out));
+}
+
+void Description::fishOffersAll(std::vector<Arguments> const& commands) {
+    std::string asked = "source " + scriptFor("fish") + "\n";
+    for (auto const& command : commands) {
+        auto const line = joined({"tavaro", joined(command)}) + (command.empty() ? "" : " ");
+        if (!commandsOf(helpOf(command)).empty()) asked += "complete -C '" + line + "'\necho ==\n";
+        asked += "complete -C '" + line + "--'\necho ==\n";
     }
+    if (!isInstalled("fish")) return;
+    write("ask", asked);
+    auto const outcome = run("/usr/bin/env", {"HOME=" + folder.string(), "fish", "--no-config", path("ask")});
+    EXPECT_EQ(outcome.error, "");
+    expectOffered(commands, answers(outcome.out));
+}
+
+void Description::zshReadsAll(std::vector<Arguments> const& commands) {
+    auto const script = scriptFor("zsh");
+    for (auto const& command : commands) {
+        auto const place = joined(command.empty() ? Words{"tavaro"} : Words{"tavaro", joined(command)});
+        EXPECT_THAT(read("zsh"), HasSubstr("'" + place + "')"));
+    }
+    if (!isInstalled("zsh")) return;
+    auto const outcome = run(
+        "/bin/zsh", {"-f", "-c", "autoload -U compinit; compinit -D; source " + script + "; print $_comps[tavaro]"});
+    EXPECT_EQ(outcome.out, "_tavaro\n") << outcome.error;
+}
+
+void Description::manHasAll(std::vector<Arguments> const& commands) {
+    ASSERT_EQ(tavaro({"manual", "-o", path("manual")}).exitCode, 0);
+    std::set<std::string> pages;
+    for (auto const& command : commands) {
+        auto const page = "manual/tavaro" + (command.empty() ? "" : "-" + command.front()) + ".1";
+        ASSERT_TRUE(fs::exists(path(page))) << page;
+        pages.insert(path(page));
+        auto const text = std::regex_replace(read(page), std::regex("\\\\-"), "-");
+        for (auto const& option : optionsOf(helpOf(command))) EXPECT_THAT(text, HasSubstr(option)) << page;
+    }
+    EXPECT_EQ(pages.size(), names(path("manual")).size());
+    if (!isInstalled("groff")) return;
+    for (auto const& page : pages) {
+        auto const outcome = run("/usr/bin/groff", {"-man", "-Kutf8", "-Tutf8", "-ww", "-z", page});
+        EXPECT_THAT(outcome.error, IsEmpty()) << page;
+    }
+}
+
+TEST_F(Description, eachCommandWithAllOfItsOptionsIsOfferedByTheShellsAndOnAManualPage) {
+    auto const all = everyCommand();
+    ASSERT_GT(all.size(), 30u);
+    bashOffersAll(all);
+    fishOffersAll(all);
+    zshReadsAll(all);
+    manHasAll(all);
 }
 
 TEST_F(Description, bashOffersChoicesOfAnOptionAndFilesElsewhere) {
@@ -127,56 +190,4 @@ TEST_F(Description, bashOffersChoicesOfAnOptionAndFilesElsewhere) {
     EXPECT_THAT(answers(run("/bin/bash", {path("ask")}).out),
                 ElementsAre(Words{"desktopApp", "dashboard"}, Words{"terminal"}, Words{}, Words{"a tour.txt"},
                             Words{"tighten-pauses"}, Words{"a tour.txt"}, Words{"bash", "zsh", "fish"}));
-}
-
-TEST_F(Description, fishOffersEachCommandWithAllOfItsOptions) {
-    auto const script = scriptFor("fish");
-    if (!isInstalled("fish")) GTEST_SKIP() << "no fish";
-    std::string asked = "source " + script + "\n";
-    auto const all = everyCommand();
-    for (auto const& command : all) {
-        auto const line = joined({"tavaro", joined(command)}) + (command.empty() ? "" : " ");
-        asked += "complete -C '" + line + "'\necho ==\ncomplete -C '" + line + "--'\necho ==\n";
-    }
-    write("ask", asked);
-    auto const outcome = run("/usr/bin/env", {"HOME=" + folder.string(), "fish", "--no-config", path("ask")});
-    EXPECT_EQ(outcome.error, "");
-    auto const given = answers(outcome.out);
-    ASSERT_EQ(given.size(), 2 * all.size());
-    auto from = given.begin();
-    auto const next = [&] { return *from++; };
-    for (auto const& command : all) {
-        auto const help = helpOf(command);
-        EXPECT_THAT(next(), IsSupersetOf(commandsOf(help))) << joined(command);
-        EXPECT_THAT(next(), IsSupersetOf(optionsOf(help))) << joined(command);
-    }
-}
-
-TEST_F(Description, zshReadsItsScript) {
-    auto const script = scriptFor("zsh");
-    for (auto const& command : everyCommand()) {
-        auto const place = joined(command.empty() ? Words{"tavaro"} : Words{"tavaro", joined(command)});
-        EXPECT_THAT(read("zsh"), HasSubstr("'" + place + "')"));
-    }
-    if (!isInstalled("zsh")) GTEST_SKIP() << "no zsh";
-    auto const outcome = run(
-        "/bin/zsh", {"-f", "-c", "autoload -U compinit; compinit -D; source " + script + "; print $_comps[tavaro]"});
-    EXPECT_EQ(outcome.out, "_tavaro\n") << outcome.error;
-}
-
-TEST_F(Description, everyCommandHasAManualPageThatManReadsWithoutComplaint) {
-    ASSERT_EQ(tavaro({"manual", "-o", path("manual")}).exitCode, 0);
-    auto pages = names(path("manual"));
-    EXPECT_EQ(pages.size(), commands().size() + 1);
-    for (auto const& command : everyCommand()) {
-        auto const page = "manual/tavaro" + (command.empty() ? "" : "-" + command.front()) + ".1";
-        ASSERT_TRUE(fs::exists(path(page))) << page;
-        auto text = std::regex_replace(read(page), std::regex("\\\\-"), "-");
-        for (auto const& option : optionsOf(helpOf(command))) EXPECT_THAT(text, HasSubstr(option)) << page;
-    }
-    if (!isInstalled("groff")) GTEST_SKIP() << "no groff";
-    for (auto const& page : pages) {
-        auto const outcome = run("/usr/bin/groff", {"-man", "-Kutf8", "-Tutf8", "-ww", "-z", path("manual/" + page)});
-        EXPECT_THAT(outcome.error, IsEmpty()) << page;
-    }
 }
