@@ -67,6 +67,17 @@ TEST_F(SharedDesktopCommand, aTakeThatIsRefusedOrGivenUpLeavesNothing) {
     EXPECT_TRUE(running.isRunning());
     running.send(SIGINT);
     ASSERT_TRUE(becomesTrue([&] { return !running.isRunning(); }));
-    EXPECT_NE(running.wait().exitCode, 0);
+    auto const givenUp = running.wait();
+    EXPECT_NE(givenUp.exitCode, 0);
+    EXPECT_THAT(givenUp.error, HasSubstr("waits: the desktop asks"));
     EXPECT_THAT(names(folder), Not(testing::Contains("take.recproj")));
+}
+
+TEST_F(SharedDesktopCommand, nothingIsAskedForATakeThatCannotBe) {
+    for (auto const& [option, value] : {std::pair("--app", "gedit"), std::pair("--microphone", "none-such")}) {
+        auto const refused = tavaro({"record", option, value, "-o", path("take.recproj")});
+        EXPECT_NE(refused.exitCode, 0) << option;
+        EXPECT_THAT(refused.error, Not(HasSubstr("the desktop asks"))) << option;
+    }
+    EXPECT_THAT(portal->questions(), testing::IsEmpty());
 }
