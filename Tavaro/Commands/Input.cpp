@@ -1,5 +1,6 @@
 #include <Tavaro/Commands/Command.h>
 
+#include <Tavaro/Commands/CommandGroup.h>
 #include <Tavaro/Commands/Terminal.h>
 #include <Tavaro/Commands/TerminalPrompt.h>
 
@@ -9,10 +10,8 @@
 #include <TavaroPlatform/Processes/DesktopSession.h>
 #include <TavaroPlatform/Queues/MainQueue.h>
 
-#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
-#include <memory>
 #include <optional>
 
 namespace tavaro::commands {
@@ -143,34 +142,22 @@ void revoke(Desk& desk) {
                             : "It was not allowed.");
 }
 
-using Shared = std::shared_ptr<Desk>;
-
-CLI::App* declare(CLI::App& parent, Shared const& desk, char const* name, char const* help, void (*work)(Desk&)) {
-    auto* const command = parent.add_subcommand(name, help);
-    command->fallthrough();
-    command->callback([desk, work] { work(*desk); });
-    return command;
-}
-
 }
 
 void addInput(CLI::App& app) {
-    auto const desk = std::make_shared<Desk>();
-    auto* const command = app.add_subcommand(
-        "input", "Shows and decides whether takes on a Wayland desktop read clicks and keys from the input devices");
-    command->require_subcommand(0, 1);
-    command->add_flag("--json", desk->asJSON, "print how things are as JSON");
-    declare(*command, desk, "status", "Shows whether it is allowed and possible, as without a word", show);
-    auto* const allowing = declare(*command, desk, "allow", "Says what it exposes, asks, and keeps the answer", allow);
-    allowing->add_flag("--yes", desk->isSure, "do not ask");
-    allowing->add_flag("--taps", desk->consent.countsTaps,
-                       "taps on the touchpad are clicks: where they are on your desktop");
-    allowing->add_flag("--left-handed", desk->consent.isLeftHanded,
-                       "the right button is the first one: where it is on your desktop");
-    declare(*command, desk, "revoke", "Closes the input devices again", revoke);
-    command->callback([desk, command] {
-        if (command->get_subcommands().empty()) show(*desk);
-    });
+    CommandGroup<Desk> group(
+        app, "input",
+        "Shows and decides whether takes on a Wayland desktop read clicks and keys from the input devices", show);
+    group.addJSON("print how things are as JSON");
+    group.add("status", "Shows whether it is allowed and possible, as without a word", show);
+    auto& allowing = group.add("allow", "Says what it exposes, asks, and keeps the answer", allow);
+    auto& desk = *group.desk();
+    allowing.add_flag("--yes", desk.isSure, "do not ask");
+    allowing.add_flag("--taps", desk.consent.countsTaps,
+                      "taps on the touchpad are clicks: where they are on your desktop");
+    allowing.add_flag("--left-handed", desk.consent.isLeftHanded,
+                      "the right button is the first one: where it is on your desktop");
+    group.add("revoke", "Closes the input devices again", revoke);
 }
 
 }

@@ -3,6 +3,7 @@
 #include <Tavaro/Agents/MCPConsent.h>
 #include <Tavaro/Agents/MCPRegistrations.h>
 #include <Tavaro/Commands/Checks.h>
+#include <Tavaro/Commands/CommandGroup.h>
 #include <Tavaro/Commands/Terminal.h>
 
 #include <TavaroCore/Errors/Excerpt.h>
@@ -12,7 +13,6 @@
 #include <TavaroPlatform/Sockets/SocketError.h>
 #include <TavaroPlatform/Sockets/UnixSocket.h>
 
-#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -169,20 +169,12 @@ void printRegistrations(Desk& desk) {
     terminal::sayJSON(configuration);
 }
 
-using Shared = std::shared_ptr<Desk>;
-
-CLI::App* declare(CLI::App& parent, Shared const& desk, char const* name, char const* help, void (*work)(Desk&)) {
-    auto* const command = parent.add_subcommand(name, help);
-    command->fallthrough();
-    command->callback([desk, work] { work(*desk); });
-    return command;
-}
-
-void declareForClient(CLI::App& parent, Shared const& desk, char const* name, char const* help, void (*work)(Desk&)) {
-    auto* const command = declare(parent, desk, name, help, work);
-    command->add_option("NAME", desk->client, "the client, by the name that it gives")->required()->check(notEmpty);
+void addForClient(CommandGroup<Desk>& group, char const* name, char const* help, void (*work)(Desk&)) {
+    auto& command = group.add(name, help, work);
+    auto const& desk = group.desk();
+    command.add_option("NAME", desk->client, "the client, by the name that it gives")->required()->check(notEmpty);
     if (work != allow) return;
-    command->add_flag_callback(
+    command.add_flag_callback(
         "--clicks", [desk] { desk->clicking = MCPConsent::Clicking::allowed; },
         "also to click and type in other apps; without it, not any more");
 }
@@ -190,20 +182,15 @@ void declareForClient(CLI::App& parent, Shared const& desk, char const* name, ch
 }
 
 void addMCP(CLI::App& app) {
-    auto const desk = std::make_shared<Desk>();
-    auto* const command = app.add_subcommand("mcp", "Shows which agents may control Tavaro, and decides it");
-    command->require_subcommand(0, 1);
-    command->add_flag("--json", desk->asJSON, "print how things are as JSON; of config, the configuration alone");
-    command->footer("Where an agent reports “Settings → MCP”, that is here: `allow NAME`, `on`.");
-    declare(*command, desk, "config", "Prints how MCP clients are told of Tavaro, ready to paste", printRegistrations);
-    declareForClient(*command, desk, "allow", "Lets a client record, edit and export", allow);
-    declareForClient(*command, desk, "refuse", "Keeps a client out, without asking", refuse);
-    declareForClient(*command, desk, "forget", "Makes a client unknown: its next call asks", forget);
-    declare(*command, desk, "on", "Lets clients in that are allowed", turnOn);
-    declare(*command, desk, "off", "Keeps all clients out", turnOff);
-    command->callback([desk, command] {
-        if (command->get_subcommands().empty()) show(*desk);
-    });
+    CommandGroup<Desk> group(app, "mcp", "Shows which agents may control Tavaro, and decides it", show);
+    group.addJSON("print how things are as JSON; of config, the configuration alone");
+    group.command().footer("Where an agent reports “Settings → MCP”, that is here: `allow NAME`, `on`.");
+    group.add("config", "Prints how MCP clients are told of Tavaro, ready to paste", printRegistrations);
+    addForClient(group, "allow", "Lets a client record, edit and export", allow);
+    addForClient(group, "refuse", "Keeps a client out, without asking", refuse);
+    addForClient(group, "forget", "Makes a client unknown: its next call asks", forget);
+    group.add("on", "Lets clients in that are allowed", turnOn);
+    group.add("off", "Keeps all clients out", turnOff);
 }
 
 }

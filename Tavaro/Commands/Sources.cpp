@@ -39,6 +39,8 @@ void print(SourceListing const& list) {
         for (auto const& application : list.systemAudio->applications)
             terminal::say("{:<16} {:<24} {}\n", "system audio", "what one plays", application);
     if (list.cameras.empty()) terminal::tell("There is no camera.\n");
+    // Without a sound server, the limits say so.
+    if (list.microphones.empty() && list.systemAudio) terminal::tell("There is no microphone.\n");
     for (auto const& limit : list.limits) terminal::tell("{}\n", limit);
 }
 
