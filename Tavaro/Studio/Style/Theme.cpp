@@ -42,6 +42,11 @@ void Theme::take(QString const& look) {
     apply();
 }
 
+QString Theme::literal(QString text) {
+    text.replace(QLatin1Char('&'), QStringLiteral("&&"));
+    return text.replace(QLatin1Char('<'), QStringLiteral("<\u200B")); // no tag begins with a blank of no width
+}
+
 QUrl Theme::icon(QString const& name) {
     return QUrl(QStringLiteral("qrc:/qt/qml/Tavaro/Style/Icons/") + name + QStringLiteral(".svg"));
 }

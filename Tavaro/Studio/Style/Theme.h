@@ -51,6 +51,8 @@ public:
 
     /// Where the picture of an icon is: "trash".
     Q_INVOKABLE static QUrl icon(QString const& name);
+    /// For labels that read mnemonics and markup out of their texts: what they show of it is the text itself.
+    Q_INVOKABLE static QString literal(QString text);
 
     QString const face = QStringLiteral("Inter");
     int const captionSize = 12, bodySize = 13, headingSize = 16, titleSize = 24;

@@ -7,6 +7,7 @@
 
 #include <QAccessible>
 #include <QDir>
+#include <QFontMetricsF>
 #include <QQmlComponent>
 #include <QQmlEngine>
 #include <QQmlProperty>
@@ -186,6 +187,26 @@ TEST_F(Controls, thatArePressedAreTheSameByTreeByKeyAndByMouse) {
             file, [](Stage& on, Way way) { on.press(way); }, [](Done const& done) { return done.clicked == 1; });
     }
     EXPECT_GE(count, 8);
+}
+
+TEST_F(Controls, showNamesFromElsewhereAsTheyAreWrittenWithoutMnemonicsAndMarkup) {
+    QString const name = QStringLiteral("R&D <b>plan</b> <img src='file:///none.png'>");
+    int count = 0;
+    for (auto const& file : files()) {
+        SCOPED_TRACE(file.toStdString());
+        Stage const stage(style(), file);
+        if (!stage.is("QQuickAbstractButton")) continue;
+        stage.item->setProperty("text", name);
+        auto const* const content = stage.item->property("contentItem").value<QQuickItem*>();
+        if (!content) continue;
+        for (auto* const child : content->findChildren<QQuickItem*>()) {
+            if (!child->inherits("QQuickText")) continue;
+            ++count;
+            QFontMetricsF const metrics(child->property("font").value<QFont>());
+            EXPECT_NEAR(child->implicitWidth(), metrics.horizontalAdvance(name), 2);
+        }
+    }
+    EXPECT_GE(count, 5);
 }
 
 TEST_F(Controls, thatArePressedHaveTheirTextAsNameAndARole) {

@@ -39,7 +39,7 @@ T.Button {
         mirrored: control.mirrored
         display: control.display
         icon: control.icon
-        text: control.text
+        text: Theme.literal(control.text)
         font: control.font
         color: control.ink
     }

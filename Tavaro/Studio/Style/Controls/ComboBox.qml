@@ -37,6 +37,7 @@ T.ComboBox {
     }
     contentItem: Text {
         text: control.displayText
+        textFormat: Text.PlainText
         font: control.font
         color: control.enabled ? Theme.colors.text : Theme.colors.disabledText
         verticalAlignment: Text.AlignVCenter

@@ -23,7 +23,7 @@ T.ItemDelegate {
         mirrored: control.mirrored
         display: control.display
         icon: control.icon
-        text: control.text
+        text: Theme.literal(control.text)
         font: control.font
         color: control.enabled ? Theme.colors.text : Theme.colors.disabledText
     }

@@ -25,7 +25,7 @@ T.MenuItem {
         spacing: control.spacing
         mirrored: control.mirrored
         icon: control.icon
-        text: control.text
+        text: Theme.literal(control.text)
         font: control.font
         color: control.ink
     }

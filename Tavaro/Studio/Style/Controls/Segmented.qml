@@ -44,6 +44,7 @@ Rectangle {
                     id: label
 
                     text: option.text
+                    textFormat: Text.PlainText
                     font { family: Theme.face; pixelSize: Theme.bodySize; weight: Font.Medium }
                     color: option.checked ? Theme.colors.text : Theme.colors.secondaryText
                     horizontalAlignment: Text.AlignHCenter

@@ -23,7 +23,7 @@ T.TabButton {
         mirrored: control.mirrored
         display: control.display
         icon: control.icon
-        text: control.text
+        text: Theme.literal(control.text)
         font: control.font
         color: control.checked ? Theme.colors.text : Theme.colors.secondaryText
     }

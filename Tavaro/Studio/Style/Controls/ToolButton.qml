@@ -31,7 +31,7 @@ T.ToolButton {
         mirrored: control.mirrored
         display: control.display
         icon: control.icon
-        text: control.text
+        text: Theme.literal(control.text)
         font: control.font
         color: control.ink
     }
