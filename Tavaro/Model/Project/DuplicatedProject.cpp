@@ -85,14 +85,15 @@ private:
 fs::path duplicate(fs::path const& given, JobReporter<CopyProgress>& reporter) {
     constexpr char const* cancelled = "The project was not duplicated.";
     auto [package, project] = openProject(given);
-    auto const name = package.url().stem().string() + " copy";
-    auto const to = unusedFile(package.url().parent_path() / (name + std::string(ProjectPackage::directoryExtension)));
+    auto const name = (project.name.empty() ? package.url().stem().string() : project.name) + " copy";
+    auto const stem = fileNamePart(name);
+    auto const to = unusedFile(package.url().parent_path() / (stem + std::string(ProjectPackage::directoryExtension)));
     PendingPackage pending{ProjectPackage(to)};
     pending.package().createDirectories();
     try {
         Copying(package.url(), pending.package().url(), reporter).run(contentsOf(package));
         project.id = UUID::random();
-        project.name = to.stem().string();
+        project.name = to.stem() == stem ? name : to.stem().string();
         pending.package().save(project);
     } catch (FileError const& failure) {
         reporter.stopIfCancelled(cancelled);

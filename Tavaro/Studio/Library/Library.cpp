@@ -43,7 +43,9 @@ double partOfImport(ImportProgress const& import) {
     return import.stage == ImportStage::measuring ? import.measured : part(import.bytesDone, import.bytesTotal);
 }
 
-QString named(fs::path const& package) { return QStringLiteral("“%1”").arg(libraryText::text(package.stem())); }
+QString inQuotes(QString const& name) { return QStringLiteral("“%1”").arg(name); }
+
+QString named(fs::path const& file) { return inQuotes(libraryText::text(file.stem())); }
 
 bool isPackage(fs::path const& path) { return path.extension() == ProjectPackage::directoryExtension; }
 
@@ -147,6 +149,12 @@ void Library::lapse() {
     if (offer.lapse) attempt(offer.lapse);
 }
 
+/// As its card has it: a project that was open while it got its name has that of its file from before.
+QString Library::nameOf(fs::path const& package) const {
+    auto const* const item = projects_.find(package);
+    return item ? QString::fromStdString(item->name) : libraryText::text(package.stem());
+}
+
 void Library::rename(QString const& package, QString const& name) {
     auto const path = libraryText::path(package);
     auto const wanted = name.trimmed().toStdString();
@@ -179,7 +187,7 @@ void Library::renameFile(fs::path const& package, std::string const& name) {
 void Library::duplicate(QString const& package) {
     auto const path = libraryText::path(package);
     run<fs::path, CopyProgress>(duplicationJob(queue_, path),
-                                {.title = QStringLiteral("Duplicating %1").arg(named(path)),
+                                {.title = QStringLiteral("Duplicating %1").arg(inQuotes(nameOf(path))),
                                  .part = partOfCopy,
                                  .done = [this](fs::path const& made) {
                                      say(QStringLiteral("%1 is in the library").arg(named(made)),
@@ -191,7 +199,7 @@ void Library::duplicate(QString const& package) {
 QUrl Library::archiveFor(QString const& package) const {
     auto folder = QStandardPaths::writableLocation(QStandardPaths::DownloadLocation);
     if (!QFileInfo(folder).isDir()) folder = QStandardPaths::writableLocation(QStandardPaths::HomeLocation);
-    auto const name = libraryText::path(package).stem().string() + ".zip";
+    auto const name = fileNamePart(nameOf(libraryText::path(package)).toStdString()) + ".zip";
     return QUrl::fromLocalFile(libraryText::text(unusedFile(libraryText::path(folder) / name)));
 }
 
@@ -202,7 +210,7 @@ void Library::archive(QString const& package, QUrl const& file) {
                                  .ifTaken = PackingRequest::IfTaken::replace};
     run<PackedProject, ArchiveProgress>(
         packingJob(queue_, path, request),
-        {.title = QStringLiteral("Packing %1").arg(named(path)),
+        {.title = QStringLiteral("Packing %1").arg(inQuotes(nameOf(path))),
          .part = partOfArchive,
          .done = [this](PackedProject const& made) {
              auto text = QStringLiteral("Packed as “%1”").arg(libraryText::text(made.file.filename()));
@@ -214,6 +222,7 @@ void Library::archive(QString const& package, QUrl const& file) {
 
 void Library::moveToTrash(QString const& package) {
     auto const path = libraryText::path(package);
+    auto const name = inQuotes(nameOf(path));
     projects_.hide(path);
     Q_EMIT left(package);
     auto const move = [path] {
@@ -227,11 +236,11 @@ void Library::moveToTrash(QString const& package) {
                   refresh();
               });
     };
-    side_.ask(move, [this, path, restore](Outcome<trash::Trashed> const& moved) {
+    side_.ask(move, [this, path, name, restore](Outcome<trash::Trashed> const& moved) {
         if (moved.failure()) projects_.show(path);
         attempt([&] {
             auto const& trashed = moved.value();
-            say(QStringLiteral("%1 is in the trash").arg(named(path)),
+            say(QStringLiteral("%1 is in the trash").arg(name),
                 {.action = QStringLiteral("Undo"), .accept = [restore, trashed] { restore(trashed); }});
         });
         refresh();
@@ -241,12 +250,17 @@ void Library::moveToTrash(QString const& package) {
 void Library::bring(QList<QUrl> const& files) {
     bool const isFirst = arrivals_.empty();
     for (auto const& url : files) {
+        if (!url.isLocalFile()) {
+            Q_EMIT failed(QStringLiteral("“%1” is no file of this machine. Save it here first, then bring in the file.")
+                              .arg(url.toDisplayString()));
+            continue;
+        }
         auto path = libraryText::path(url.toLocalFile());
         if (!path.has_filename()) path = path.parent_path(); // "folder/"
         if (path.filename() == "project.json" && isPackage(path.parent_path())) path = path.parent_path();
         if (isPackage(path))
             Q_EMIT openRequested(libraryText::text(path));
-        else if (!path.empty())
+        else
             arrivals_.push_back(path);
     }
     if (isFirst) bringNext();

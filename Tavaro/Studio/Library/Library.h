@@ -93,6 +93,7 @@ private:
     void bringNext();
     void import(std::filesystem::path const& movie);
     void unpack(std::filesystem::path const& archive);
+    QString nameOf(std::filesystem::path const& package) const;
     void renameFile(std::filesystem::path const& package, std::string const& name);
 
     MainQueue& queue_;

@@ -25,6 +25,7 @@ Item {
         else Library.openRequested(path);
     }
     function rename() {
+        if (problem) return Library.failed(problem);
         title.visible = false;
         field.text = name;
         field.visible = true;
@@ -102,6 +103,7 @@ Item {
         anchors { left: frame.left; right: more.left; top: frame.bottom; leftMargin: 2; topMargin: 10 }
         text: card.name
         elide: Text.ElideRight
+        maximumLineCount: 1 // a name may have more
         font.weight: Font.DemiBold
         Accessible.ignored: true
     }

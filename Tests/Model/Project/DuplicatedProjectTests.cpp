@@ -20,7 +20,7 @@ protected:
         project.id = UUID::random();
         project.assetDurations["screen.mov"] = 3;
         package.save(project);
-        project.name = "Onboarding";
+        project.name = "Welcome: 1/2";
         package.save(project); // there is a previous save by now
         writeFileAtomically(package.assetURL("screen.mov"), std::string(3 << 20, 'm'));
         fs::create_symlink("screen.mov", package.assetURL("again.mov"));
@@ -46,12 +46,14 @@ TEST_F(DuplicatedProject, isTheSameFilmAsAProjectOfItsOwn) {
         job.start();
         made.push_back(job.wait());
     }
-    EXPECT_EQ(made, (std::vector{folder / "onboarding copy.recproj", folder / "onboarding copy 2.recproj"}));
+    EXPECT_EQ(made, (std::vector{folder / "Welcome- 1-2 copy.recproj", folder / "Welcome- 1-2 copy 2.recproj"}))
+        << "as people know it, not as its file was called once";
+    EXPECT_EQ(openProject(made.front()).project.name, "Welcome: 1/2 copy");
+    EXPECT_EQ(openProject(made.back()).project.name, "Welcome- 1-2 copy 2");
     EXPECT_GE(done, std::uint64_t{3} << 20);
     for (auto const& path : made) {
         auto copy = openProject(path);
         EXPECT_NE(copy.project.id, project.id);
-        EXPECT_EQ(copy.project.name, path.stem());
         copy.project.id = project.id;
         copy.project.name = project.name;
         auto original = openProject(package.url()).project;

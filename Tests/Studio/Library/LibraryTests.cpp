@@ -120,6 +120,14 @@ TEST_F(LibraryTest, aNewNameIsThatOfTheDocumentAndOfThePackageWhereNobodyHasItOp
     EXPECT_TRUE(shows({"Open", "New"}));
     EXPECT_EQ(open->document().name, "Open");
     EXPECT_TRUE(fs::exists(libraryText::path(moved)));
+
+    // Whose file still has the name from before.
+    EXPECT_EQ(library().archiveFor(moved).fileName(), "Open.zip");
+    library().duplicate(moved);
+    EXPECT_TRUE(becomes([&] { return said == "“Open copy” is in the library [Open]"; })) << said << failure;
+    open.reset();
+    library().moveToTrash(moved);
+    EXPECT_TRUE(becomes([&] { return said == "“Open” is in the trash [Undo]"; })) << said << failure;
 }
 
 TEST_F(LibraryTest, whatIsBroughtBecomesProjectsOneAfterTheOtherAndAFailureStopsNoneOfThem) {
@@ -133,6 +141,8 @@ TEST_F(LibraryTest, whatIsBroughtBecomesProjectsOneAfterTheOtherAndAFailureStops
     EXPECT_TRUE(becomes([&] { return opened.size() == 3; })) << failure;
     EXPECT_THAT(opened, UnorderedElementsAre("Open.recproj", "Shared.recproj", "Shared 2.recproj"));
     EXPECT_THAT(failure, testing::HasSubstr("none.mov"));
+    library().bring({QUrl("https://example.org/film.mp4")});
+    EXPECT_THAT(failure, testing::StartsWith("“https://example.org/film.mp4” is no file of this machine."));
     EXPECT_TRUE(becomes([&] { return shown().size() == 2 && library().activities()->count() == 0; }));
 }
 
