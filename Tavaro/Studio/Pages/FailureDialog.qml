@@ -7,17 +7,19 @@ import Tavaro.Theme
 Dialog {
     id: dialog
 
-    property string sentence
+    readonly property int most: 4 // that fit into the window
+    property var sentences: []
 
     function tell(text: string) {
-        sentence = opened ? sentence + "\n\n" + text : text;
+        sentences = visible ? sentences.concat(text) : [text];
         open();
     }
 
     title: qsTr("That did not work")
     width: Math.min(480, parent ? parent.width - 32 : 480)
     contentItem: Label {
-        text: dialog.sentence
+        text: dialog.sentences.slice(0, dialog.most).join("\n\n")
+              + (dialog.sentences.length > dialog.most ? qsTr("\n\n… and %1 more like these.").arg(dialog.sentences.length - dialog.most) : "")
         wrapMode: Text.Wrap
         lineHeight: 1.2
     }
