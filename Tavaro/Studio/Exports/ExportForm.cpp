@@ -302,10 +302,11 @@ void ExportForm::setName(QString const& name) {
     update();
 }
 
-/// None where nothing but blanks was typed.
+/// Less the ending, which people type as well; none where nothing but blanks was typed.
 std::optional<std::string> ExportForm::typedStem() const {
-    bool const isBlank = !typedName_ || text(*typedName_).trimmed().isEmpty();
-    return isBlank ? std::nullopt : std::optional(fileNamePart(*typedName_));
+    auto typed = typedName_ ? text(*typedName_).trimmed() : QString();
+    if (typed.endsWith(ending(), Qt::CaseInsensitive)) typed.chop(ending().size());
+    return typed.trimmed().isEmpty() ? std::nullopt : std::optional(fileNamePart(typed.toStdString()));
 }
 
 QString ExportForm::ending() const {

@@ -51,7 +51,7 @@ TEST_F(ExportFormTest, whatIsSetUpIsExportedAndIsWhereTheNextExportBegins) {
     form.setRate(30);
     form.setFormat("mov");
     form.setFolderUrl(url(folder / "films"));
-    form.setName("My/film");
+    form.setName("My/film.MOV");
     EXPECT_EQ(form.outcome().section(" · ", 0, 2), "160 × 90 · 30 fps · MOV, H.264");
     ASSERT_TRUE(form.submit()) << form.problem().toStdString();
     EXPECT_EQ(open->document().exportSettings.size, (Size2{160, 90}));
