@@ -221,4 +221,12 @@ TEST_F(Serve, theStudioTakesItsPlaceAndASecondStudioGoesToTheFirst) {
     unsetenv("QT_QPA_PLATFORM");
     unsetenv("QT_QUICK_BACKEND");
 }
+
+TEST_F(Serve, theStudioSaysSoWhereThereIsNoDesktop) {
+    for (auto const* const variable : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) unsetenv(variable);
+    auto const ended = start(TAVARO_STUDIO, {}).wait();
+    EXPECT_EQ(ended.exitCode, 1);
+    EXPECT_THAT(ended.error, HasSubstr("There is no desktop here to show a window on"));
+    EXPECT_EQ(ended.out, "");
+}
 #endif

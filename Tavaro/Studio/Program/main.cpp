@@ -13,6 +13,7 @@
 #include <TavaroCore/Errors/Error.h>
 #include <TavaroCore/Records/TaskPair.h>
 #include <TavaroPlatform/Folders/Folders.h>
+#include <TavaroPlatform/Processes/DesktopSession.h>
 #include <TavaroPlatform/Queues/MainQueue.h>
 #include <TavaroPlatform/Queues/ParallelPair.h>
 #include <TavaroPlatform/Version/Version.h>
@@ -65,7 +66,6 @@ void prepare() {
     std::signal(SIGXFSZ, SIG_IGN); // a limit on the size of files is told as a full disk is, after cleaning up
     // Qt 6.4 shows nobody its widgets where this names the bus; without it, it asks the session.
     ::unsetenv("AT_SPI_BUS_ADDRESS");
-    spdlog::default_logger()->sinks() = {std::make_shared<spdlog::sinks::stderr_color_sink_mt>()};
     setTaskPairRunner(runInParallel);
     logInto(folders::state());
     logQtMessages();
@@ -110,11 +110,20 @@ int run(Start const& start, Place place) {
     return code;
 }
 
+/// Qt itself would end with a dump of its memory.
+void expectDesktop() {
+    if (hasDisplay() || qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) return;
+    throw Error("There is no desktop here to show a window on: neither DISPLAY nor WAYLAND_DISPLAY is set. The command "
+                "“tavaro” needs none.");
+}
+
 int begin(int argc, char** argv) {
+    spdlog::default_logger()->sinks() = {std::make_shared<spdlog::sinks::stderr_color_sink_mt>()};
     Start start;
     if (auto const code = parse(argc, argv, start)) return *code;
     Place place;
     if (isHandedOver(start, place)) return 0;
+    expectDesktop();
     prepare();
     QGuiApplication const qt(argc, argv);
     return run(start, std::move(place));
