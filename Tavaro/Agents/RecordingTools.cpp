@@ -54,7 +54,7 @@ CaptureSource sourceOf(RecordRequest const& request) {
 }
 
 RecorderOptions recorderOptions(RecordRequest const& request, Preferences& preferences) {
-    RecorderOptions options{.source = sourceOf(request)};
+    RecorderOptions options{.source = sourceOf(request), .keys = chosenKeys(preferences)};
     if (request.microphone.value_or(preferences.get(microphoneRecorded)))
         options.microphone = MicrophoneSource{preferences.get(microphoneChosen)};
     if (request.camera.value_or(preferences.get(cameraRecorded)))

@@ -156,7 +156,7 @@ public:
             expectShortcuts();
             pauseKey_.emplace(pauseKey, request.recorder.display,
                               [this, &queue] { queue.async([this] { togglePause(); }); });
-            request.recorder.ownShortcut = pauseKey_->chord();
+            request.recorder.ownShortcuts = {pauseKey_->chord()};
         }
         std::optional<RecordingOutcome> outcome;
         recorder_.start(std::move(request), {.remark = [this](std::string const& remark) { tell(remark); },

@@ -25,14 +25,14 @@ TakeSources openSources(RecorderOptions const& options, Asking const& asking = {
     TakeSources result;
     if (!isAsked(options)) {
         result.screen = openScreen(options.source, options.display);
-        result.events = openEvents(options.display, {options.keys, options.ownShortcut});
+        result.events = openEvents(options.display, {options.keys, options.ownShortcuts});
     }
     if (options.camera) result.camera = openCamera(*options.camera);
     if (options.microphone) result.microphone = openMicrophone(*options.microphone, options.soundServer);
     if (options.systemSound) result.systemSound = openSystemSound(*options.systemSound, options.soundServer);
     if (!isAsked(options)) return result;
     // Last: the user is asked for a take that nothing else stands in the way of.
-    auto shared = openSharedDesktop({options.source, options.fps, {options.keys, options.ownShortcut}}, asking);
+    auto shared = openSharedDesktop({options.source, options.fps, {options.keys, options.ownShortcuts}}, asking);
     result.screen = std::move(shared.screen);
     result.events = std::move(shared.events);
     return result;

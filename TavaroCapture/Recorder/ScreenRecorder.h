@@ -27,7 +27,7 @@ struct RecorderOptions {
     std::string display; // X server to record; empty means this desktop: `$DISPLAY`, or what a Wayland one shares
     int fps = 60;        // 1…120
     KeyLogging keys = KeyLogging::all;
-    std::optional<Chord> ownShortcut;             // that works the recorder; never logged
+    std::vector<Chord> ownShortcuts;              // that work the recorder; never logged
     std::optional<MicrophoneSource> microphone;   // none: not recorded
     std::optional<SystemSoundSource> systemSound; // none: not recorded
     std::optional<CameraDeviceSource> camera;     // none: not recorded

@@ -39,7 +39,8 @@ void GuardedEvents::start(EventHandlers handlers) {
         handlers_.frontmost(std::move(window));
     };
     passedOn.key = [this](double at, Chord chord) {
-        if ((keys_.logging == KeyLogging::shortcuts && !chord.isShortcut()) || chord == keys_.never) return;
+        bool const isForLog = keys_.logging == KeyLogging::all || chord.isShortcut();
+        if (!isForLog || std::ranges::find(keys_.never, chord) != keys_.never.end()) return;
         std::lock_guard const lock(arriving_);
         arrived_.push_back({at, std::move(chord), front_, mediaClockNow(), isFrontSecret_});
         wake_.ring();

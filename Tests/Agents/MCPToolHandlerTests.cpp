@@ -320,6 +320,17 @@ TEST_F(MCPToolHandlerTest, whoLeavesWhileTheProjectIsOpenedGetsNoFrameDrawn) {
     EXPECT_FALSE(handler.isPerforming());
 }
 
+TEST_F(MCPToolHandlerTest, aTakeLogsNoMoreKeysThanTheUserWants) {
+    auto const logsKeys = [&] {
+        called("record_for", R"({"target":{"display":"display-1"},"seconds":1,"countdown":0})");
+        auto const package = fs::path(*structured().find<std::string>("path"));
+        return ProjectPackage(package).load().metadata->health.keyboardCaptured.value_or(true);
+    };
+    EXPECT_TRUE(logsKeys());
+    application.preferences().set(keysChosen, "none");
+    EXPECT_FALSE(logsKeys());
+}
+
 TEST_F(MCPToolHandlerTest, soundIsRecordedAsItIsAskedForAndElseAsTheApplicationIsSet) {
     if (!TestSoundServer::isInstalled()) GTEST_SKIP() << "pulseaudio is not installed";
     TestSoundServer const server;

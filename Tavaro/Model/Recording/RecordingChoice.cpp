@@ -65,7 +65,8 @@ std::optional<CaptureSource> sourceOfText(std::string_view text) try {
 }
 
 RecordingRequest chosenRecording(Preferences& preferences) {
-    RecorderOptions options{.source = sourceOfText(preferences.get(sourceChosen)).value_or(DisplaySource{})};
+    RecorderOptions options{.source = sourceOfText(preferences.get(sourceChosen)).value_or(DisplaySource{}),
+                            .keys = chosenKeys(preferences)};
     if (preferences.get(microphoneRecorded)) options.microphone = MicrophoneSource{preferences.get(microphoneChosen)};
     if (preferences.get(systemAudioRecorded))
         options.systemSound = SystemSoundSource{preferences.get(systemAudioChosen)};

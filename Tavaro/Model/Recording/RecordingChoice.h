@@ -19,8 +19,8 @@ std::string sourceText(CaptureSource const& source);
 /// None for a text that is no source's.
 std::optional<CaptureSource> sourceOfText(std::string_view text);
 
-/// The recording that the user has chosen: what, with which sounds and which camera, after which countdown. What is not
-/// there any more is found out when it begins.
+/// The recording that the user has chosen: what, with which sounds, which camera and which keys, after which
+/// countdown. What is not there any more is found out when it begins.
 RecordingRequest chosenRecording(Preferences& preferences);
 
 }

@@ -53,6 +53,8 @@ void RecordingController::start(RecordingRequest request, RecordingHandlers hand
     stage_ = RecordingStage::countdown;
     hasBegun_ = isStopped_ = false;
     source_ = request.recorder.source;
+    request.clearing = clearing_;
+    for (auto const& shortcut : ownShortcuts_) request.recorder.ownShortcuts.push_back(shortcut);
     begun_ = std::move(handlers.begun);
     if (handlers.over) over_.push_back(std::move(handlers.over));
     job_ = std::make_shared<RecordingJob>(queue_, std::move(request));

@@ -88,6 +88,10 @@ public:
     /// Called before a recording opens its sources, whoever asked for it; it goes on when `next` is called, at once or
     /// later. For who uses a device that the recording may need. Nothing where it is empty.
     void onStarting(std::function<void(std::function<void()> next)> letGo) { letGo_ = std::move(letGo); }
+    /// How long its windows take to leave the picture before a take, whoever begins it.
+    void setClearing(std::chrono::milliseconds clearing) { clearing_ = clearing; }
+    /// Shortcuts that work this recorder, which no take's log has, whoever begins the take.
+    void setOwnShortcuts(std::vector<Chord> shortcuts) { ownShortcuts_ = std::move(shortcuts); }
     /// Returns at once; everything that goes wrong from here on is the outcome's.
     void start(RecordingRequest request, RecordingHandlers handlers = {});
     void pause();
@@ -115,6 +119,8 @@ private:
 
     MainQueue& queue_;
     std::function<void(std::function<void()>)> letGo_;
+    std::chrono::milliseconds clearing_{0};
+    std::vector<Chord> ownShortcuts_;
     CaptureSource source_;
     RecorderState state_;
     std::shared_ptr<RecordingJob> job_; // of the recording in progress

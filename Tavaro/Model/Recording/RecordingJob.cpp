@@ -76,6 +76,13 @@ template<class Orders> void countDown(RecordingRequest const& request, Orders& o
     }
 }
 
+/// Windows go once they hear that nothing is left of the countdown.
+template<class Orders> void letClear(RecordingRequest const& request, Orders& orders, Reporter& reporter) {
+    if (request.clearing <= request.clearing.zero()) return;
+    reporter.progress({.stage = RecordingStage::countdown});
+    if (orders.waitForEnd(std::chrono::steady_clock::now() + request.clearing)) throw JobCancelled(discarded);
+}
+
 /// Until the time is over, somebody ends the take, or it ends by itself.
 template<class Orders> TakeEnd runTake(ScreenRecorder& recorder, double seconds, Orders& orders, Reporter& reporter) {
     using namespace std::chrono_literals;
@@ -115,6 +122,7 @@ template<class Orders> MadeTake record(RecordingRequest const& request, Orders& 
     ScreenRecorder recorder(options);
     prepare(recorder, request, orders, reporter);
     countDown(request, orders, reporter);
+    letClear(request, orders, reporter);
     recorder.start();
     if (runTake(recorder, request.seconds, orders, reporter) == TakeEnd::discard) {
         recorder.cancel();

@@ -5,6 +5,7 @@
 
 #include <TavaroCapture/Recorder/ScreenRecorder.h>
 
+#include <chrono>
 #include <memory>
 #include <string>
 
@@ -20,6 +21,8 @@ struct RecordingRequest {
     double seconds = 0; // the take ends after that long, without the countdown; 0: when somebody ends it
     TakeProject project;
     UnfinishedOffer unfinished = UnfinishedOffer::told;
+    /// After the countdown, for the recorder's own windows to leave what is filmed.
+    std::chrono::milliseconds clearing{0};
     std::string startedBy = {}; // an agent or a command, by its name; empty: the user, at the recorder
 };
 

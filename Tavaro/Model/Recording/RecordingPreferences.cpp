@@ -1,5 +1,7 @@
 #include <Tavaro/Model/Recording/RecordingPreferences.h>
 
+#include <TavaroCore/Records/Fields.h>
+
 #include <charconv>
 #include <cmath>
 #include <fmt/format.h>
@@ -26,6 +28,10 @@ std::optional<KnownLag> lagIn(std::string const& entry) {
     return isGood ? std::optional(lag) : std::nullopt;
 }
 
+}
+
+KeyLogging chosenKeys(Preferences& preferences) {
+    return enumNamed<KeyLogging>(preferences.get(keysChosen)).value_or(KeyLogging::none);
 }
 
 CameraDeviceSource cameraSource(std::string id, Preferences& preferences) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <TavaroCapture/Sources/CaptureSource.h>
+#include <TavaroCapture/Sources/KeyLogging.h>
 #include <TavaroPlatform/Preferences/Preferences.h>
 
 #include <cstdint>
@@ -22,6 +23,8 @@ inline Preference<std::string> const cameraChosen{"com.tavaro.recorder.cameraID"
 inline Preference<std::string> const sourceChosen{"com.tavaro.recorder.source"};
 /// One application, by its name, that is heard instead of all that the machine plays.
 inline Preference<std::string> const systemAudioChosen{"com.tavaro.recorder.systemAudioApplication"};
+/// Which keys the log keeps, by the name of a `KeyLogging`. What is none of those keeps none.
+inline Preference<std::string> const keysChosen{"com.tavaro.recorder.keys", "all", "none"};
 /// Whole seconds before a take that a person begins.
 inline Preference<std::int64_t> const countdownChosen{"com.tavaro.recorder.countdown", 3};
 /// Shortcuts that work whichever window has the keyboard, as people write them; empty: none.
@@ -32,6 +35,7 @@ inline Preference<std::vector<std::string>> const cameraLags{"com.tavaro.recorde
 
 inline constexpr double longestCameraLag = 0.5; // seconds, either way
 
+KeyLogging chosenKeys(Preferences& preferences);
 /// A camera with what is known of the lags of all; an empty id is the default one.
 CameraDeviceSource cameraSource(std::string id, Preferences& preferences);
 /// Keeps the lag of a camera. Throws `FileError`.

@@ -29,6 +29,12 @@ ColumnLayout {
         Accessible.role: Accessible.Graphic
         Accessible.name: qsTr("Still of the display; the area is set by the fields below it")
 
+        Rectangle {
+            anchors.fill: parent
+            visible: still.shownRect.width === 0
+            radius: Theme.radius
+            color: Theme.colors.sunken
+        }
         // Drawn anew from where the pointer is pressed.
         MouseArea {
             property point from
@@ -107,7 +113,7 @@ ColumnLayout {
                     width: 116
                     from: 0
                     to: 32767
-                    editable: true
+                    textFromValue: value => String(value) // without separators
                     value: page.area[number.modelData.key]
                     onValueModified: {
                         page.area[number.modelData.key] = value

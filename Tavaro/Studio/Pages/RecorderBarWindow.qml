@@ -69,7 +69,8 @@ Window {
             elide: Text.ElideRight
             textFormat: Text.PlainText
             text: bar.recorder.isAsking ? qsTr("The desktop asks what to share")
-                : bar.phase === RecorderModel.Countdown ? qsTr("Begins in %1").arg(bar.recorder.countdownLeft)
+                : bar.phase === RecorderModel.Countdown && !bar.recorder.countdownLeft ? qsTr("Begins now")
+            : bar.phase === RecorderModel.Countdown ? qsTr("Begins in %1").arg(bar.recorder.countdownLeft)
                 : bar.phase === RecorderModel.Finishing ? qsTr("Saving …")
                 : bar.phase === RecorderModel.ThrownAway ? qsTr("Thrown away")
                 : bar.phase === RecorderModel.Paused ? qsTr("%1, paused").arg(bar.recorder.time) : bar.recorder.time

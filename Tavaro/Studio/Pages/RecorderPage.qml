@@ -24,7 +24,7 @@ Item {
     }
 
     RowLayout {
-        anchors { fill: parent; margins: 24 }
+        anchors { fill: parent; margins: Theme.pageMargin; topMargin: 24; bottomMargin: 24 }
         spacing: 28
 
         ColumnLayout {
@@ -32,6 +32,12 @@ Item {
             Layout.fillHeight: true
             spacing: 14
 
+            Label {
+                visible: !page.isFirst
+                text: qsTr("New recording")
+                font { pixelSize: Theme.titleSize; weight: Font.DemiBold }
+                Accessible.role: Accessible.Heading
+            }
             RecorderWelcome {
                 Layout.fillWidth: true
                 visible: page.isFirst && page.isIdle
@@ -39,11 +45,17 @@ Item {
             }
             TabBar {
                 id: kinds
+
+                property bool isThere: false
+
                 Accessible.name: qsTr("Kinds of sources")
                 Layout.fillWidth: true
                 visible: !page.sources.asksUser
                 enabled: page.isIdle
-                onCurrentIndexChanged: if (currentIndex === 3) page.sources.chooseArea()
+                onCurrentIndexChanged: {
+                    if (!isThere) return;
+                    currentIndex === 3 ? page.sources.chooseArea() : page.sources.leaveArea();
+                }
 
                 Repeater {
                     model: [qsTr("Display"), qsTr("Window"), qsTr("Application"), qsTr("Area")]
@@ -52,7 +64,11 @@ Item {
                         text: modelData
                     }
                 }
-                Component.onCompleted: if (page.sources.isArea) currentIndex = 3
+                Component.onCompleted: {
+                    const kind = page.sources.chosen.split(":")[0];
+                    currentIndex = Math.max(0, ["display", "window", "application", "area"].indexOf(kind));
+                    isThere = true;
+                }
             }
             Label {
                 Layout.fillWidth: true
@@ -91,7 +107,7 @@ Item {
                     text: modelData
                     textFormat: Text.PlainText
                     wrapMode: Text.Wrap
-                    opacity: 0.75
+                    color: Theme.colors.secondaryText
                     font.pixelSize: Theme.captionSize
                 }
             }

@@ -23,11 +23,12 @@ ColumnLayout {
         horizontalAlignment: Text.AlignHCenter
         visible: take.phase !== RecorderModel.Idle
         text: take.recorder.isAsking ? qsTr("The desktop asks what to share.")
+            : take.phase === RecorderModel.Countdown && !take.recorder.countdownLeft ? qsTr("Begins now")
             : take.phase === RecorderModel.Countdown ? qsTr("Begins in %1").arg(take.recorder.countdownLeft)
             : take.phase === RecorderModel.Finishing ? qsTr("Saving and polishing …")
             : take.phase === RecorderModel.ThrownAway ? qsTr("Thrown away")
             : take.recorder.time
-        font.pixelSize: 28
+        font.pixelSize: Theme.titleSize
         wrapMode: Text.Wrap
         Accessible.role: Accessible.StaticText
         Accessible.name: text
@@ -66,6 +67,6 @@ ColumnLayout {
                                                           : qsTr("What was chosen is not there now.")
         textFormat: Text.PlainText
         elide: Text.ElideRight
-        opacity: 0.75
+        color: Theme.colors.secondaryText
     }
 }

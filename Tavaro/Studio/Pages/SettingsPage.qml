@@ -66,6 +66,22 @@ ScrollView {
                 keys: Studio.recorder.keys
             }
         }
+        Label {
+            Layout.topMargin: 8
+            text: qsTr("Privacy")
+            font { pixelSize: Theme.headingSize; weight: Font.DemiBold }
+            Accessible.role: Accessible.Heading
+        }
+        Card {
+            Layout.fillWidth: true
+            implicitHeight: keys.implicitHeight + 32
+            RecorderPrivacy {
+                id: keys
+
+                anchors { left: parent.left; right: parent.right; verticalCenter: parent.verticalCenter; margins: 16 }
+                recorder: Studio.recorder.recorder
+            }
+        }
         AgentPanel { Layout.fillWidth: true }
         UpdatePanel { Layout.fillWidth: true }
         Label {

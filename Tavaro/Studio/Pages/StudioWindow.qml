@@ -48,17 +48,22 @@ ApplicationWindow {
         function onPlaceWanted(place: string) { window.goTo(place, -1) }
         function onFailed(sentence: string) { failure.tell(sentence) }
     }
-    // The window is no part of a film that it makes of a whole display.
+    // The window is no part of a film that it makes of a whole display, nor of its first frames.
     Connections {
         property int before: Window.Hidden
 
         target: window.recorder
+        function onRemarked(sentences: string) { toast.say(null, sentences, "") }
+        function onFailureChanged() {
+            if (window.recorder.failure && window.place !== "record") failure.tell(window.recorder.failure);
+        }
         function onChanged() {
-            const isOurs = window.recorder.startedBy === "";
-            if (isOurs && window.recorder.phase === RecorderModel.Recording && before === Window.Hidden) {
+            const isOurs = window.recorder.startedBy === "", phase = window.recorder.phase;
+            const isFilming = phase === RecorderModel.Countdown || phase === RecorderModel.Recording;
+            if (isOurs && isFilming && before === Window.Hidden) {
                 before = window.visibility;
                 window.showMinimized();
-            } else if (before !== Window.Hidden && !window.recorder.isTaking) {
+            } else if (before !== Window.Hidden && !isFilming && phase !== RecorderModel.Paused) {
                 window.visibility = before;
                 window.requestActivate(); // else the keyboard stays with whatever was in front meanwhile
                 before = Window.Hidden;

@@ -41,8 +41,7 @@ RecorderBarModel::RecorderBarModel(RecorderModel& recorder, Preferences& prefere
 }
 
 bool RecorderBarModel::isShown() const {
-    bool const isFilming = phase_ == RecorderModel::Recording;
-    return phase_ != RecorderModel::Idle && !(isFilming && isInPicture_ && hasOtherWay_);
+    return phase_ != RecorderModel::Idle && !(isFilming_ && isInPicture_ && hasOtherWay_);
 }
 
 void RecorderBarModel::setSize(QSize size) {
@@ -60,8 +59,10 @@ void RecorderBarModel::setHasOtherWay(bool hasOtherWay) {
 
 void RecorderBarModel::follow() {
     bool const wasUp = phase_ != RecorderModel::Idle;
-    if (phase_ == recorder_.phase()) return;
+    bool const isFilming = recorder_.phase() == RecorderModel::Recording || recorder_.isClearing();
+    if (phase_ == recorder_.phase() && isFilming == isFilming_) return;
     phase_ = recorder_.phase();
+    isFilming_ = isFilming;
     if (!wasUp || phase_ == RecorderModel::Recording) settle();
     Q_EMIT changed();
 }

@@ -53,6 +53,7 @@ private:
     bool isInPicture_ = false;
     bool hasOtherWay_ = false;
     RecorderModel::Phase phase_ = RecorderModel::Idle;
+    bool isFilming_ = false; // or will in a moment
 };
 
 }

@@ -8,6 +8,9 @@
 
 #include <QLoggingCategory>
 
+#include <utility>
+#include <vector>
+
 namespace tavaro {
 
 RecorderKeys::RecorderKeys(MainQueue& queue, Preferences& preferences, RecorderModel& recorder)
@@ -45,6 +48,10 @@ void RecorderKeys::grabAll() {
     if (!areGiven_) return;
     grab(toggle_, preferences_.get(toggleShortcut), &RecorderModel::toggle);
     grab(pause_, preferences_.get(pauseShortcut), &RecorderModel::togglePause);
+    std::vector<Chord> chords;
+    for (auto const* const grab : {&toggle_, &pause_})
+        if (grab->key) chords.push_back(grab->key->chord());
+    if (recorder_) recorder_->setShortcuts(std::move(chords));
 }
 
 void RecorderKeys::grab(Grab& grab, std::string const& shortcut, void (RecorderModel::*order)()) {

@@ -84,6 +84,7 @@ RecorderModel::RecorderModel(MainQueue& queue, Application& application, Setting
     undo_.setInterval(settings_.undoTick);
     connect(&refresh_, &QTimer::timeout, this, &RecorderModel::refresh);
     connect(&undo_, &QTimer::timeout, this, &RecorderModel::tickUndo);
+    recorder().setClearing(settings_.clearing);
     recorder().onStarting([this](std::function<void()> next) {
         starting_ = std::move(next);
         devices_.letGo([this] {
@@ -148,6 +149,21 @@ void RecorderModel::setCountdown(int seconds) {
         qWarning("The countdown could not be kept: %s", error.what());
     }
     Q_EMIT countdownChanged();
+}
+
+QString RecorderModel::keys() const {
+    auto const name = nameOf(chosenKeys(application_.preferences()));
+    return QString::fromUtf8(name.data(), static_cast<qsizetype>(name.size()));
+}
+
+void RecorderModel::setKeys(QString const& keys) {
+    if (keys == this->keys()) return;
+    try {
+        application_.preferences().set(keysChosen, keys.toStdString());
+    } catch (Error const& error) {
+        fail(QString::fromUtf8(error.what()));
+    }
+    Q_EMIT keysChanged();
 }
 
 QString RecorderModel::room() const {
@@ -263,7 +279,9 @@ void RecorderModel::noteBegin() {
     recorder().whenOver([here = QPointer(this), who = recorder().state().startedBy](RecordingOutcome const& outcome) {
         if (!here) return;
         here->noteEnd(outcome);
-        if (outcome.made) Q_EMIT here->saved(text(outcome.made->made.path), text(who));
+        if (!outcome.made) return;
+        Q_EMIT here->saved(text(outcome.made->made.path), text(who));
+        if (who.empty()) here->tellRemarks(outcome);
     });
 }
 
@@ -278,6 +296,15 @@ void RecorderModel::noteEnd(RecordingOutcome const& outcome) {
     bool const isWanted = outcome.kind == RecordingOutcome::Kind::discarded;
     if (!isWanted) fail(text(outcome.sentence()));
     if (isWatched_) refresh();
+}
+
+void RecorderModel::tellRemarks(RecordingOutcome const& outcome) {
+    constexpr qsizetype most = 3; // that are read before they go
+    auto const known = outcome.made->made.limits.value_or(std::vector<std::string>());
+    QStringList sentences;
+    for (auto const& remark : outcome.remarks)
+        if (std::ranges::find(known, remark) == known.end()) sentences << text(remark);
+    if (!sentences.isEmpty()) Q_EMIT remarked(sentences.mid(0, most).join(QLatin1Char(' ')));
 }
 
 RecorderModel::Shown RecorderModel::shownOf(RecorderState const& state) const {

@@ -21,6 +21,7 @@ class RecorderModel : public QObject {
     Q_PROPERTY(tavaro::RecorderDevices* devices READ devices CONSTANT)
     Q_PROPERTY(bool isWatched READ isWatched WRITE setWatched NOTIFY watchedChanged)    // whether its page is shown
     Q_PROPERTY(int countdown READ countdown WRITE setCountdown NOTIFY countdownChanged) // before the next take
+    Q_PROPERTY(QString keys READ keys WRITE setKeys NOTIFY keysChanged) // that are logged: "all", "shortcuts", "none"
     Q_PROPERTY(tavaro::RecorderModel::Phase phase READ phase NOTIFY changed)
     Q_PROPERTY(bool isTaking READ isTaking NOTIFY changed) // there is a take that nobody has ended
     Q_PROPERTY(int countdownLeft READ countdownLeft NOTIFY changed)
@@ -42,7 +43,8 @@ public:
 
     struct Settings {
         int undoSeconds = 8;
-        int undoTick = 1000; // milliseconds
+        int undoTick = 1000;                     // milliseconds
+        std::chrono::milliseconds clearing{300}; // for windows to leave the picture, also where that is animated
         RecorderSources::Desktop desktop;
         LiveStills::Take still = smallStill;
     };
@@ -57,10 +59,14 @@ public:
     void setWatched(bool isWatched);
     int countdown() const;
     void setCountdown(int seconds);
+    QString keys() const;
+    void setKeys(QString const& keys);
 
     Phase phase() const { return shown_.phase; }
     bool isTaking() const { return phase() == Recording || phase() == Paused; }
     int countdownLeft() const { return shown_.countdownLeft; }
+    /// The take begins in a moment: what is not to be in it goes now.
+    bool isClearing() const { return phase() == Countdown && countdownLeft() == 0 && !isAsking(); }
     bool isAsking() const { return shown_.isAsking; }
     QString const& time() const { return shown_.time; }
     QString room() const;
@@ -87,6 +93,8 @@ public:
     Q_INVOKABLE void undoThrowAway();
     Q_INVOKABLE void forgetFailure();
 
+    /// Those that work it from anywhere, for no take's log.
+    void setShortcuts(std::vector<Chord> shortcuts) { recorder().setOwnShortcuts(std::move(shortcuts)); }
     /// Makes room for another take, or another order: one that was thrown away is removed first.
     void settle(std::function<void()> next);
     /// Where the take's picture comes from on the desktop; none where nothing that lies above it is in the picture.
@@ -95,9 +103,12 @@ public:
 Q_SIGNALS:
     void watchedChanged();
     void countdownChanged();
+    void keysChanged();
     void changed();
     void remarksChanged();
     void failureChanged();
+    /// What its user should know of a take that is saved, but for what was said before it began.
+    void remarked(QString const& sentences);
     /// A take is saved as this project; `startedBy` is empty where its user began it.
     void saved(QString const& path, QString const& startedBy);
 
@@ -119,6 +130,7 @@ private:
     void follow(RecorderState const& state);
     void noteBegin();
     void noteEnd(RecordingOutcome const& outcome);
+    void tellRemarks(RecordingOutcome const& outcome);
     Shown shownOf(RecorderState const& state) const;
     void show(Shown const& shown);
     void refresh();

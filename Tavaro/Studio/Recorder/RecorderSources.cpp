@@ -102,7 +102,20 @@ void RecorderSources::choose(QString const& id) {
     Q_EMIT chosenChanged();
 }
 
-void RecorderSources::chooseArea() { choose(text(sourceText(area_.source()))); }
+void RecorderSources::chooseArea() {
+    if (!isArea()) beforeArea_ = chosen_;
+    choose(text(sourceText(area_.source())));
+}
+
+bool RecorderSources::isThere(QString const& id) const {
+    return displays_.find(id) || windows_.find(id) || applications_.find(id);
+}
+
+void RecorderSources::leaveArea() {
+    if (!isArea()) return;
+    auto const* const main = display({});
+    choose(isThere(beforeArea_) ? beforeArea_ : text(sourceText(DisplaySource{main ? main->id : ""})));
+}
 
 void RecorderSources::keep(QString const& id) {
     try {

@@ -51,6 +51,8 @@ public:
     /// same.
     Q_INVOKABLE void choose(QString const& id);
     Q_INVOKABLE void chooseArea();
+    /// What was chosen before the area, else the main display; nothing where no area is chosen.
+    Q_INVOKABLE void leaveArea();
 
     /// Stills are taken only while somebody looks at them.
     void setWatched(bool isWatched) { stills_.setWatched(isWatched && desktop_ == Desktop::open); }
@@ -67,6 +69,7 @@ Q_SIGNALS:
     void limitsChanged();
 
 private:
+    bool isThere(QString const& id) const;
     void chooseAtFirst();
     void watchStills();
     void takeStill(QString const& id, QImage const& still);
@@ -78,7 +81,7 @@ private:
     SourceModel displays_, windows_, applications_;
     AreaModel area_;
     QImage areaStill_;
-    QString chosen_;
+    QString chosen_, beforeArea_;
     bool hasChosenAtFirst_ = false;
     QStringList limits_;
     QString problem_;

@@ -18,7 +18,7 @@ namespace tavaro {
 /// Which keys are for the log.
 struct LoggedKeys {
     KeyLogging logging = KeyLogging::all;
-    std::optional<Chord> never = {}; // the recorder's own shortcut
+    std::vector<Chord> never = {}; // the recorder's own shortcuts
 };
 
 /// What another source reports, less the keys that go into a password field or a terminal's prompt. Where a key goes is

@@ -93,7 +93,7 @@ TEST_F(EventRecorderTest, theRecordersOwnShortcutWorksWhateverLocksAreOnAndIsNot
     EXPECT_EQ(pause.chord().names(), (Keys{"⌃", "⇧", "p"}));
     EXPECT_THROW(x11::GlobalKey("ctrl+shift+P", display->name(), [] {}), CaptureError) << "it is taken";
     EXPECT_THROW(x11::GlobalKey("ctrl+nokey", display->name(), [] {}), CaptureError);
-    ownShortcut = pause.chord();
+    ownShortcuts = {pause.chord()};
     begin();
     for (auto const& lock : {"Caps_Lock", "Num_Lock"}) {
         client->tap(lock);

@@ -15,7 +15,7 @@ class EventTake : public DisplayTest {
 protected:
     void begin() {
         clock.start(mediaClockNow());
-        recorder.emplace(openEvents(display->name(), {KeyLogging::all, ownShortcut}), PixelRect{100, 100, 400, 200},
+        recorder.emplace(openEvents(display->name(), {KeyLogging::all, ownShortcuts}), PixelRect{100, 100, 400, 200},
                          clock, queue);
         recorder->start();
     }
@@ -30,7 +30,7 @@ protected:
         return eventually([&] { return isSo(log()); });
     }
 
-    std::optional<Chord> ownShortcut;
+    std::vector<Chord> ownShortcuts;
     TakeClock clock;
     SerialQueue queue{"test.samples"};
     std::optional<EventRecorder> recorder;

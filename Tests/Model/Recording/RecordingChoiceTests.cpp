@@ -30,11 +30,16 @@ TEST(RecordingChoice, aRecordingIsAsItWasChosenAndOfTheMainDisplayWhereThatCanno
     preferences.set(systemAudioChosen, "Player");
     preferences.set(microphoneChosen, "mic"); // but not switched on
     preferences.set(countdownChosen, 4711);
+    preferences.set(keysChosen, "shortcuts");
     auto const chosen = chosenRecording(preferences);
     EXPECT_EQ(chosen.recorder.source, CaptureSource(ApplicationSource{"Player"}));
     EXPECT_EQ(chosen.recorder.systemSound, SystemSoundSource{"Player"});
     EXPECT_FALSE(chosen.recorder.microphone);
     EXPECT_EQ(chosen.countdown, longestCountdown);
+    EXPECT_EQ(plain.recorder.keys, KeyLogging::all);
+    EXPECT_EQ(chosen.recorder.keys, KeyLogging::shortcuts);
     preferences.set(sourceChosen, "nonsense");
     EXPECT_EQ(chosenRecording(preferences).recorder.source, CaptureSource(DisplaySource{}));
+    preferences.set(keysChosen, "nonsense");
+    EXPECT_EQ(chosenRecording(preferences).recorder.keys, KeyLogging::none) << "rather than too many";
 }

@@ -1,5 +1,6 @@
 #include "RecorderTest.h"
 
+#include <Tavaro/Model/Recording/RecordingChoice.h>
 #include <Tavaro/Model/Recording/UnfinishedRecording.h>
 #include <Tavaro/Studio/Recorder/FirstTake.h>
 #include <Tavaro/Studio/Recorder/RecorderBarModel.h>
@@ -47,6 +48,7 @@ TEST_F(RecorderModelTest, aTakeOfWhatIsChosenIsToldFromItsCountdownToItsProject)
         EXPECT_EQ(startedBy, "");
     });
     model.sources()->choose("area:20,10,160,100;free;display-1");
+    model.setKeys(QStringLiteral("none"));
     begin(model);
     EXPECT_EQ(model.filmedPlace(), (PixelRect{20, 10, 160, 100}));
     model.togglePause();
@@ -56,7 +58,9 @@ TEST_F(RecorderModelTest, aTakeOfWhatIsChosenIsToldFromItsCountdownToItsProject)
     model.stop();
     ASSERT_TRUE(isIdle(model));
     ASSERT_TRUE(becomes([&] { return !path.isEmpty(); })) << model.failure().toStdString();
-    EXPECT_EQ(ProjectPackage(path.toStdString()).load().sourceSize, (Size2{160, 100}));
+    auto const made = ProjectPackage(path.toStdString()).load();
+    EXPECT_EQ(made.sourceSize, (Size2{160, 100}));
+    EXPECT_EQ(made.metadata->health.keyboardCaptured, false);
     using enum RecorderModel::Phase;
     EXPECT_THAT(phases, ElementsAre(Countdown, Recording, Paused, Recording, Finishing, Idle));
 }
@@ -71,6 +75,22 @@ TEST_F(RecorderModelTest, whatCannotBeRecordedIsSaidUntilTheNextTry) {
     begin(model);
     EXPECT_EQ(model.failure(), "");
     model.throwAway();
+}
+
+TEST_F(RecorderModelTest, whatBecameOfATakeIsSaidOnceItIsSaved) {
+    RecorderModel model(queue, application, settings());
+    QString said, path;
+    QObject::connect(&model, &RecorderModel::remarked, [&](QString const& sentences) { said = sentences; });
+    QObject::connect(&model, &RecorderModel::saved, [&](QString const& made) { path = made; });
+    auto const filmed = client->makeWindow({.frame = {10, 10, 120, 80}, .windowClass = "Filmed"});
+    client->connection().synchronize();
+    model.sources()->choose(QString::fromStdString(sourceText(WindowSource{filmed})));
+    begin(model);
+    ASSERT_TRUE(becomes([&] { return application.recorder().state().take.framesWritten > 5; }));
+    client->destroy(filmed);
+    client->connection().synchronize();
+    ASSERT_TRUE(becomes([&] { return !path.isEmpty(); })) << model.failure().toStdString();
+    EXPECT_TRUE(said.contains("closed")) << said.toStdString();
 }
 
 TEST_F(RecorderModelTest, aTakeThatIsThrownAwayComesBackWhileThatCanBeUndone) {
@@ -148,6 +168,29 @@ TEST_F(RecorderModelTest, whoIsNewIsLedToAPolishedTakeOnce) {
     EXPECT_TRUE(fs::exists(fs::path(path.toStdString()) / "project.json"));
 }
 
+TEST_F(RecorderModelTest, windowsHaveTimeToLeaveThePictureBeforeATake) {
+    auto settings = this->settings();
+    settings.clearing = std::chrono::milliseconds(150);
+    RecorderModel model(queue, application, settings);
+    RecorderBarModel bar(model, application.preferences());
+    bar.setHasOtherWay(true);
+    bar.setSize({100000, 40}); // no screen has room for it
+    std::optional<std::chrono::steady_clock::time_point> clearedAt;
+    QObject::connect(&model, &RecorderModel::changed, [&] {
+        if (model.isClearing() && !clearedAt) clearedAt = std::chrono::steady_clock::now();
+        EXPECT_FALSE(bar.isShown() && (model.isClearing() || model.phase() == RecorderModel::Recording));
+    });
+    for (int const countdown : {1, 0}) {
+        model.setCountdown(countdown);
+        clearedAt.reset();
+        begin(model);
+        ASSERT_TRUE(clearedAt);
+        EXPECT_GE(std::chrono::steady_clock::now() - *clearedAt, settings.clearing / 2) << "less what it took to hear";
+        model.stop();
+        ASSERT_TRUE(isIdle(model));
+    }
+}
+
 TEST_F(RecorderModelTest, theBarIsBesideWhatIsFilmedAndWhereItWasPut) {
     RecorderModel model(queue, application, settings());
     RecorderBarModel bar(model, application.preferences());
@@ -192,7 +235,9 @@ TEST_F(RecorderModelTest, shortcutsWorkTheRecorderFromAnywhere) {
     EXPECT_TRUE(becomes([&] { return model.phase() == RecorderModel::Paused; }));
     press("t");
     EXPECT_TRUE(isIdle(model));
-    EXPECT_EQ(projects(), 1u);
+    ASSERT_EQ(projects(), 1u);
+    auto const log = ProjectPackage(fs::directory_iterator(folder / "Movies")->path()).load().metadata;
+    EXPECT_TRUE(log->keystrokes.empty()) << log->keystrokes.front().keys.back() << ", as the film would show";
     keys.setToggleKey("p");
     EXPECT_TRUE(keys.problem().contains("that one types with"));
     EXPECT_FALSE(keys.canToggle());

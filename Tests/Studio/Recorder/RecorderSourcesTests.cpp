@@ -86,6 +86,15 @@ TEST_F(RecorderSourcesTest, anAreaIsKeptAndItsPlaceIsOnTheDesktop) {
     ASSERT_TRUE(place);
     EXPECT_EQ(place->x, 680);
     EXPECT_FALSE(again.placeOf(WindowSource{1}));
+
+    again.leaveArea();
+    EXPECT_EQ(again.chosenName(), "display-2") << "the main display, since nothing was chosen before";
+    again.choose("window:1");
+    again.leaveArea();
+    EXPECT_EQ(again.chosenName(), "Tour");
+    again.chooseArea();
+    again.leaveArea();
+    EXPECT_EQ(again.chosenName(), "Tour") << "who only looked at the areas films none";
 }
 
 TEST_F(RecorderSourcesTest, stillsAreTakenOnlyWhileSomebodyLooksAndTheDesktopLetsThem) {
