@@ -1,11 +1,11 @@
 #include <Tavaro/Agents/AppMCPBackend.h>
 
 #include <Tavaro/Agents/Private/MCPToolHandler.h>
-#include <Tavaro/Agents/Private/PendingCall.h>
 
 #include <TavaroCore/Errors/Excerpt.h>
 #include <TavaroCore/Records/JSONError.h>
 #include <TavaroCore/Records/JSONReader.h>
+#include <TavaroMCP/Bridge/AwaitedResult.h>
 #include <TavaroMCP/Bridge/BridgeServer.h>
 #include <TavaroMCP/Protocol/ToolResult.h>
 
@@ -104,7 +104,7 @@ public:
 
 private:
     using Request = std::shared_ptr<BridgeRequest const>; // it may be large, and is not copied
-    using Pending = std::shared_ptr<PendingCall>;
+    using Pending = std::shared_ptr<AwaitedResult>;
 
     void begin(Request const& request, Pending const& call);
     void perform(Request const& request, Pending const& call);
@@ -120,7 +120,7 @@ private:
 
 ToolResult AppMCPBackend::Desk::answer(BridgeRequest given, BridgeClient& client) {
     auto const request = std::make_shared<BridgeRequest const>(std::move(given));
-    auto const call = std::make_shared<PendingCall>(client);
+    auto const call = std::make_shared<AwaitedResult>(client);
     queue_.async([this, request, call] { begin(request, call); });
     CallNote const note(*request);
     Counted const counted(calls_);

@@ -15,7 +15,7 @@ namespace tavaro {
 
 namespace {
 
-ToolResult failed(std::string_view sentence) { return toolResult::failure(MCPErrorCode::failed, sentence); }
+using control::failed;
 
 ToolResult begun(std::vector<std::string> const& remarks) {
     std::string text = "Recording. The same order ends the take.";
@@ -65,15 +65,15 @@ private:
 void ControlServer::Desk::follow(std::string const& verb, std::string const& client, Reply const& reply) {
     if (verb == control::handOver && handOver_) {
         handOver_();
-        return reply->give(toolResult::ok("Tavaro's windows take over.", JSONValue::Object{}));
+        return reply->finish(toolResult::ok("Tavaro's windows take over.", JSONValue::Object{}));
     }
-    if (verb != control::toggleRecording) return reply->fail(fmt::format("There is no order “{}”.", verb));
+    if (verb != control::toggleRecording) return reply->finish(failed(fmt::format("There is no order “{}”.", verb)));
     auto const next = [this, here = std::weak_ptr(isHere_), client, reply] {
         if (!here.lock()) return;
         try {
             toggle(client, reply);
         } catch (Error const& error) {
-            reply->fail(error.what());
+            reply->finish(failed(error.what()));
         }
     };
     prepare_ ? prepare_(next) : next();
@@ -86,7 +86,7 @@ void ControlServer::Desk::toggle(std::string const& client, Reply const& reply) 
     isCountdown ? recorder.cancel() : recorder.stop();
     recorder.whenOver([reply](RecordingOutcome const& outcome) {
         bool const isAsOrdered = outcome.kind == RecordingOutcome::Kind::discarded && !outcome.hasBegun;
-        reply->give(isAsOrdered ? notBegun(outcome) : ended(outcome));
+        reply->finish(isAsOrdered ? notBegun(outcome) : ended(outcome));
     });
 }
 
@@ -95,9 +95,9 @@ void ControlServer::Desk::begin(std::string const& client, Reply const& reply) {
     request.startedBy = client;
     auto const remarks = std::make_shared<std::vector<std::string>>();
     application_.record(std::move(request),
-                        {.begun = [reply, remarks] { reply->give(begun(*remarks)); },
+                        {.begun = [reply, remarks] { reply->finish(begun(*remarks)); },
                          .remark = [remarks](std::string const& remark) { remarks->push_back(remark); },
-                         .over = [reply](RecordingOutcome const& outcome) { reply->give(ended(outcome)); }});
+                         .over = [reply](RecordingOutcome const& outcome) { reply->finish(ended(outcome)); }});
 }
 
 ControlServer::ControlServer(MainQueue& queue, Application& application, Settings settings)

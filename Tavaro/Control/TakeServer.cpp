@@ -56,7 +56,7 @@ public:
                 [&recorder](BridgeRequest const& order, MainQueueDesk::Reply const& reply) {
                     follow(recorder, order.tool);
                     auto const& state = recorder.state();
-                    reply->give(toolResult::ok(
+                    reply->finish(toolResult::ok(
                         "A take.",
                         JSONValue::Object{{"phase", std::string(nameOf(state.phase))},
                                           {"milliseconds", static_cast<std::int64_t>(state.take.seconds * 1000)}}));

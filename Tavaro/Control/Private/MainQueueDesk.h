@@ -1,41 +1,30 @@
 #pragma once
 
+#include <TavaroMCP/Bridge/AwaitedResult.h>
 #include <TavaroMCP/Bridge/BridgeServer.h>
 
 #include <atomic>
 #include <functional>
-#include <future>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <utility>
 
 namespace tavaro {
 
 class MainQueue;
 
-/// An answer that a connection's thread waits for while the main queue works on it. The first one counts.
-class ControlReply {
-public:
-    void give(ToolResult const& result) {
-        if (!std::exchange(isGiven_, true)) promise_.set_value(result);
-    }
-    /// As a failure.
-    void fail(std::string_view sentence);
-    bool isGiven() const { return isGiven_; }
-    std::future<ToolResult> future() { return promise_.get_future(); }
+namespace control {
 
-private:
-    std::promise<ToolResult> promise_;
-    bool isGiven_ = false; // the main queue's
-};
+ToolResult failed(std::string_view sentence);
+
+}
 
 /// Where orders of the user's own programs come in over a socket, to be followed on the main queue, to which it
 /// belongs.
 class MainQueueDesk final : public BridgeApplication {
 public:
-    using Reply = std::shared_ptr<ControlReply>;
+    using Reply = std::shared_ptr<AwaitedResult>;
     /// What it throws becomes a failure.
     using Follow = std::function<void(BridgeRequest const& order, Reply const& reply)>;
 

@@ -1,4 +1,4 @@
-#include <Tavaro/Agents/Private/PendingCall.h>
+#include <TavaroMCP/Bridge/AwaitedResult.h>
 
 #include <TavaroMCP/Bridge/BridgeServer.h>
 
@@ -7,7 +7,7 @@
 
 namespace tavaro {
 
-std::optional<ToolResult> PendingCall::wait(std::function<bool()> const& isOver) {
+std::optional<ToolResult> AwaitedResult::wait(std::function<bool()> const& isOver) {
     constexpr std::chrono::milliseconds betweenLooks(50);
     std::unique_lock lock(mutex_);
     while (!finished_.wait_for(lock, betweenLooks, [this] { return result_.has_value(); }))
@@ -16,20 +16,20 @@ std::optional<ToolResult> PendingCall::wait(std::function<bool()> const& isOver)
     return std::exchange(result_, std::nullopt);
 }
 
-void PendingCall::progress(double fraction, std::string const& message) {
+void AwaitedResult::progress(double fraction, std::string const& message) {
     std::lock_guard const lock(mutex_);
     if (client_) client_->progress(fraction, message);
 }
 
-void PendingCall::finish(ToolResult result) {
+void AwaitedResult::finish(ToolResult result) {
     {
         std::lock_guard const lock(mutex_);
-        result_ = std::move(result);
+        if (!result_) result_ = std::move(result);
     }
     finished_.notify_one();
 }
 
-void PendingCall::abandon() {
+void AwaitedResult::abandon() {
     isAbandoned_ = true;
     if (auto const act = std::exchange(abandon_, nullptr)) act();
 }

@@ -12,18 +12,19 @@ namespace tavaro {
 
 class BridgeClient;
 
-/// A call that a connection's thread waits for while the main queue works on it. Whoever is done first, the work or
-/// the waiting, the other one goes on without it.
-class PendingCall {
+/// What a connection's thread waits for while the main queue works on it. Whoever is done first, the work or the
+/// waiting, the other one goes on without it.
+class AwaitedResult {
 public:
     /// `client` is used only while somebody waits.
-    explicit PendingCall(BridgeClient& client) : client_(&client) {}
+    explicit AwaitedResult(BridgeClient& client) : client_(&client) {}
 
     /// The connection's thread. None when the client has gone, or once `isOver`, which is asked now and then.
     std::optional<ToolResult> wait(std::function<bool()> const& isOver);
 
     // Any thread:
     void progress(double fraction, std::string const& message);
+    /// The first one counts.
     void finish(ToolResult result);
 
     // The main queue:
