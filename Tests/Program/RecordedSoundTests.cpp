@@ -160,6 +160,10 @@ TEST_F(RecordedSound, whatIsThereIsListedAndWhatIsNotIsRefusedBeforeAnythingIsRe
     auto const refused = tavaro({"record", "--microphone", "tuba", "-o", path("take.recproj")});
     EXPECT_EQ(refused.exitCode, 1);
     EXPECT_EQ(refused.error, "There is no microphone “tuba”. `tavaro sources` lists those there are.\n");
+    EXPECT_THAT(tavaro({"sources"}).error, Not(HasSubstr("There is no microphone")));
+    server->unplugMicrophone();
+    EXPECT_THAT(tavaro({"sources"}).error, HasSubstr("There is no microphone.\n"));
+    server->plugMicrophone();
     std::string const display = std::getenv("DISPLAY");
     setenv("DISPLAY", "", 1);
     auto const blind = tavaro({"sources"});
@@ -174,6 +178,7 @@ TEST_F(RecordedSound, whatIsThereIsListedAndWhatIsNotIsRefusedBeforeAnythingIsRe
     auto const none = tavaro({"sources"});
     EXPECT_EQ(none.exitCode, 0);
     EXPECT_THAT(none.error, HasSubstr("No sound can be recorded: no sound server answers.\n"));
+    EXPECT_THAT(none.error, Not(HasSubstr("There is no microphone"))) << "who knows";
     EXPECT_THAT(tavaro({"sources", "--json"}).out, HasSubstr(R"("limits":["No sound can be recorded)"));
 }
 
