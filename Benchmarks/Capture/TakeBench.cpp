@@ -167,7 +167,7 @@ double recordWithFFmpeg(Desk const& desk, double seconds, Quality const& quality
          fmt::format("{}x{}", cameraWidth, cameraHeight), "-t", length, "-i", desk.file("camera.yuv")});
     add({"-f", "pulse", "-t", length, "-i", TestClicksNode::microphone});
     add({"-f", "pulse", "-t", length, "-i", std::string(output) + ".monitor"});
-    for (auto const& [stream, rate] : {std::pair("0", "120"), std::pair("1", "60")})
+    for (auto const& [stream, rate] : {std::pair("0", "60"), std::pair("1", "30")})
         add({"-map",
              stream,
              "-c:v",
