@@ -375,7 +375,8 @@ void FilmHandles::keyPressEvent(QKeyEvent* event) {
 }
 
 void FilmHandles::keyReleaseEvent(QKeyEvent* event) {
-    if (!event->isAutoRepeat()) rest();
+    bool const holds = hands_ && hands_->isPressed(); // a key that is let go in a drag changes how it goes on
+    if (!event->isAutoRepeat() && !holds) rest();
     QQuickItem::keyReleaseEvent(event);
 }
 

@@ -147,6 +147,7 @@ void FilmHands::move(FilmPointer const& pointer) {
     if (tool_ == FilmTool::hide) return draw(pointer);
     if (!press_->hit) return;
     if (!drag_) {
+        if (!places_) return; // the film began to play under the hand
         if (!hasGone(press_->pointer, pointer)) return;
         begin();
     }

@@ -1,5 +1,6 @@
 #include <Tavaro/Studio/Handles/FilmThing.h>
 
+#include <Tavaro/Studio/Editor/CaptionEdits.h>
 #include <Tavaro/Studio/Lists/DocumentItems.h>
 #include <Tavaro/Studio/Lists/ItemTitle.h>
 
@@ -167,6 +168,7 @@ std::optional<std::string> textOf(DemoProject const& project, FilmThing const& t
 }
 
 void setText(DemoProject& project, FilmThing const& thing, std::string const& text) {
+    if (thing.kind == ThingKind::caption) return setCaptionText(project, thing.id, text);
     visitText(project, thing.id, [&](std::string& each) { each = text; });
 }
 

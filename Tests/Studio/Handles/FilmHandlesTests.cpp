@@ -101,6 +101,33 @@ TEST_F(FilmHandlesTest, aTitleIsDraggedWithTheMouseAndThePictureFollows) {
     EXPECT_EQ(session->undoName(), "");
 }
 
+TEST_F(FilmHandlesTest, aKeyThatIsLetGoInADragDoesNotEndIt) {
+    auto const from = middle();
+    auto const position = [&] { return document().overlays[0].position; };
+    press(from);
+    move(from + QPoint(30, 0));
+    auto const moved = position();
+    QTest::keyPress(&window, Qt::Key_Shift, Qt::ShiftModifier);
+    QTest::keyRelease(&window, Qt::Key_Shift);
+    move(from + QPoint(90, 60));
+    EXPECT_GT(position().x, moved.x);
+    QTest::keyClick(&window, Qt::Key_Escape);
+    EXPECT_EQ(position(), (UnitPoint2{0.4, 0.4})) << "all of it is taken back";
+    release(from);
+}
+
+TEST_F(FilmHandlesTest, aFilmThatBeginsToPlayUnderTheHandIsNotDragged) {
+    auto const before = document();
+    auto const from = middle();
+    press(from);
+    preview->playback()->play();
+    ASSERT_TRUE(handles.things().empty());
+    move(from + QPoint(20, 20));
+    move(from + QPoint(60, 60));
+    release(from + QPoint(60, 60));
+    EXPECT_EQ(document(), before);
+}
+
 TEST_F(FilmHandlesTest, theArrowKeysMoveWhatIsSelectedAndOnlyThen) {
     QTest::mouseClick(&window, Qt::LeftButton, {}, {2, 2});
     QKeyEvent idle(QEvent::ShortcutOverride, Qt::Key_Right, {});
@@ -175,6 +202,18 @@ TEST_F(FilmHandlesTest, whileTheBackslashIsHeldTheTakeIsSeenAsItWasRecorded) {
     QTest::keyRelease(&window, Qt::Key_Backslash);
     TestEditor::waitFor([&] { return preview->grab() == edited; });
     TestEditor::waitFor([&] { return handles.things().size() == 1; });
+}
+
+TEST(FilmThing, aCaptionThatIsWrittenOtherwiseIsSpokenOtherwise) {
+    DemoProject project;
+    project.captions.cues = {{.duration = 2, .text = "one two", .words = {{"one", 0, 1}, {"two", 1, 2}}}};
+    FilmThing const caption{.kind = ThingKind::caption, .id = project.captions.cues[0].id};
+    setText(project, caption, "one too");
+    ASSERT_EQ(project.captions.cues[0].words.size(), 2U);
+    EXPECT_EQ(project.captions.cues[0].words[1].text, "too");
+    setText(project, caption, "one and two");
+    EXPECT_TRUE(project.captions.cues[0].words.empty());
+    EXPECT_EQ(project.captions.cues[0].text, "one and two");
 }
 
 TEST(FilmView, theTakeAsItWasRecordedStillHidesWhatTheEditHides) {
