@@ -302,7 +302,8 @@ bool TranscriptModel::correct(int number, QString const& text) {
     auto const written = text.simplified().toStdString();
     if (written.empty() || written == entry(number).text) return false;
     return session_.edit("Correct Word", [&](DemoProject& project) {
-        auto& words = project.transcript.value().edit().words;
+        if (!project.transcript) return; // another program has saved a film without
+        auto& words = project.transcript->edit().words;
         auto const word = std::ranges::find(words, id, &TranscriptWord::id);
         if (word != words.end()) word->text = written;
     });

@@ -24,6 +24,10 @@ Popup {
     focus: true
     onOpened: field.forceActiveFocus()
 
+    Connections {
+        target: popup.words
+        function onTextChanged() { popup.close() } // the entry may be another word's now
+    }
     TextField {
         id: field
 

@@ -120,6 +120,8 @@ TEST(TranscriptModel, aCorrectionChangesTheWordAndNotTheFilm) {
     EXPECT_FALSE(model.correct(1, QStringLiteral("  ")));
     EXPECT_FALSE(model.correct(4, QStringLiteral("a pause"))) << "is no word";
     EXPECT_FALSE(model.correct(77, QStringLiteral("nothing")));
+    open.editor.project.editOutside([](DemoProject& project) { project.transcript.reset(); });
+    EXPECT_NO_THROW(model.correct(0, QStringLiteral("won"))) << "another program saved a film without words";
 }
 
 TEST(TranscriptModel, aWordThatIsShownTwiceIsThereTwiceAndDeletedTwice) {

@@ -7,7 +7,11 @@
 #include <Tavaro/Studio/Editor/StepList.h>
 #include <Tavaro/Studio/Editor/TranscriptModel.h>
 
+#include <TavaroCore/Editing/TranscriptEdits.h>
+
 #include <gmock/gmock.h>
+
+#include <array>
 
 using namespace tavaro;
 using ::testing::IsEmpty;
@@ -54,6 +58,22 @@ TEST(TranscriptPanel, aClickMovesThePlayheadAndKeysSelectCutRestoreAndCorrect) {
     page.type("five\n");
     EXPECT_EQ(words.textOf(words.entryCount() - 1), QStringLiteral("five"));
     EXPECT_THAT(page.warnings, IsEmpty());
+}
+
+TEST(TranscriptPanel, whatIsTypedForAWordIsNotWrittenToAnotherWhenSomebodyElseEdits) {
+    ShownPage page("TranscriptPanel.qml", counting());
+    auto& words = *qobject_cast<TranscriptModel*>(page.model("transcript"));
+    words.setShowsCutWords(false);
+    page.waitForItem(QStringLiteral("one two um three 2.5s"));
+    page.clickAt(*page.find(QStringLiteral("one two um three 2.5s")), {8, 8});
+    page.press(Qt::Key_F2);
+    page.waitForItem(QStringLiteral("The word as it is written"));
+    page.project->edit("Theirs", [](DemoProject& project) {
+        deleteWords(project, std::array{project.transcript.value()->words.front().id});
+    });
+    ASSERT_EQ(words.textOf(0), QStringLiteral("two"));
+    page.type("eins\n");
+    for (int i = 0; i < words.entryCount(); ++i) EXPECT_NE(words.textOf(i), QStringLiteral("eins"));
 }
 
 TEST(TranscriptPanel, theSearchGoesToWhatIsFoundAndAllFillersGoAtOnce) {
@@ -107,6 +127,25 @@ TEST(StepsPanel, aStepThatIsChosenIsGoneBackToInOneGo) {
     page.click(QStringLiteral("As it was opened"));
     EXPECT_EQ(page.document().name, "Film");
     EXPECT_THAT(page.warnings, IsEmpty());
+}
+
+TEST(StepsPanel, whatWasDoneBeforeTheWindowWasThereHasItsMakerAndNoTime) {
+    TestProject const project(shortFilm());
+    commitFor(*project.open(), "claude-code", "Cut", [](DemoProject& edited) { edited.name = "D"; });
+    MainQueue queue;
+    QueueInLoop const loop(queue);
+    EditorSession session(queue, project.open());
+    session.rename(QStringLiteral("E"));
+    auto const& steps = *qobject_cast<StepList*>(session.stepsModel());
+    auto const role = [&](int row, char const* name) {
+        return steps.index(row).data(steps.roleNames().key(name)).toString();
+    };
+    ASSERT_EQ(steps.count(), 2);
+    EXPECT_EQ(role(0, "maker"), "agent");
+    EXPECT_EQ(role(0, "agent"), "claude-code");
+    EXPECT_EQ(role(0, "when"), "") << "nobody saw when";
+    EXPECT_EQ(role(1, "maker"), "person");
+    EXPECT_TRUE(QTime::fromString(role(1, "when"), u"HH:mm:ss").isValid());
 }
 
 TEST(CaptionsPanel, textsAndTimesAreEditedInPlaceAndFollowThePlayhead) {
