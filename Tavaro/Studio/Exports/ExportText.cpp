@@ -36,7 +36,7 @@ QString all(ExportSettings const& settings) {
 
 QString size(ExportEstimate::Span const& bytes) {
     auto const shown = [](double value) {
-        return QString::fromStdString(fileSizeText(static_cast<std::int64_t>(std::max(value, 1000.0))));
+        return QString::fromStdString(fileSizeText(static_cast<std::int64_t>(std::clamp(value, 1000.0, 1e18))));
     };
     return span(shown(bytes.least), shown(bytes.most));
 }
@@ -44,7 +44,8 @@ QString size(ExportEstimate::Span const& bytes) {
 QString about(double seconds) {
     constexpr double aMinute = 60, anHour = 3600;
     if (seconds < aMinute - 2.5) return QStringLiteral("%1 s").arg(rounded(seconds, seconds < 10 ? 1 : 5));
-    auto const minutes = static_cast<qint64>(rounded(seconds / aMinute, 1));
+    constexpr double most = 1e12; // minutes of films that documents may ask for
+    auto const minutes = static_cast<qint64>(std::min(rounded(seconds / aMinute, 1), most));
     if (seconds < anHour - aMinute / 2) return QStringLiteral("%1 min").arg(minutes);
     return QStringLiteral("%1 h %2 min").arg(minutes / 60).arg(minutes % 60);
 }

@@ -67,7 +67,8 @@ QVariant NumberText::withPart(QVariant const& value, QString const& part, double
                       is("height") ? number : rect.height());
     }
     auto const size = value.toSize();
-    auto const pixels = static_cast<int>(std::lround(number));
+    constexpr double most = std::numeric_limits<int>::max();
+    auto const pixels = static_cast<int>(std::clamp(std::round(number), -most, most));
     return QSize(is("width") ? pixels : size.width(), is("height") ? pixels : size.height());
 }
 

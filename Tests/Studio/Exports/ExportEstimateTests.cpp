@@ -94,4 +94,6 @@ TEST(ExportText, saysSizesAndTimesAsPeopleGuessThem) {
     EXPECT_EQ(said(time(ExportEstimate::Span{62, 140})), "1–2 min");
     EXPECT_EQ(said(time(ExportEstimate::Span{40, 70})), "40 s–1 min");
     EXPECT_EQ(said(time(std::nullopt)), "");
+    EXPECT_EQ(said(size({1e300, 1e300})), "1000000 TB");
+    EXPECT_TRUE(about(1e300).endsWith(u" min"));
 }

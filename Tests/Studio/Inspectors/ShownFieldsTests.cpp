@@ -8,6 +8,7 @@
 #include <QAbstractItemModelTester>
 
 #include <cmath>
+#include <limits>
 
 using namespace tavaro;
 
@@ -102,6 +103,14 @@ TEST(NumberText, whatIsShownIsReadAsTheSameNumber) {
     for (auto const* typed : {"1,5", " 1.5 %", "1.5px", "+1.50"}) EXPECT_EQ(NumberText::read(typed), 1.5) << typed;
     EXPECT_EQ(NumberText::read(QStringLiteral("−.5")), -0.5);
     for (auto const* typed : {"", "wide", "-", "."}) EXPECT_TRUE(std::isnan(NumberText::read(typed))) << typed;
+}
+
+TEST(NumberText, aSideThatNoNumberOfPixelsHoldsStaysOutOfEveryRange) {
+    for (auto const* typed : {"4294968576", "99999999999999999999999999"}) {
+        auto const size = NumberText::withPart(QSize(1920, 1080), "width", NumberText::read(typed)).toSize();
+        EXPECT_EQ(size, QSize(std::numeric_limits<int>::max(), 1080)) << typed;
+    }
+    EXPECT_EQ(NumberText::withPart(QSize(1920, 1080), "height", -5).toSize(), QSize(1920, -5));
 }
 
 TEST(NumberText, aCodeKeepsHowMuchIsSeenThroughAColorUnlessItSaysSo) {
