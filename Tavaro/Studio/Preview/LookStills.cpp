@@ -162,7 +162,10 @@ LookStills::LookStills(MainQueue& queue, EditorSession const& session)
     , side_(queue, "com.tavaro.looks") {
     settling_.setSingleShot(true);
     settling_.setInterval(settled);
-    auto const unsettle = [this] { settling_.start(); };
+    auto const unsettle = [this] {
+        samples_.clear();
+        settling_.start();
+    };
     connect(&session, &EditorSession::documentChanged, this, unsettle);
     connect(&session, &EditorSession::playheadChanged, this, unsettle);
     connect(&settling_, &QTimer::timeout, this, &LookStills::changed);
@@ -170,9 +173,18 @@ LookStills::LookStills(MainQueue& queue, EditorSession const& session)
 
 LookStills::~LookStills() { side_.thread().stopTimer(); }
 
+/// Made once for all looks of a subject: it is a copy of what may be a long film. Null where there is nothing to see.
+std::shared_ptr<LookStills::Sample const> LookStills::sampleNow(LookSubject subject) {
+    auto const [known, isNew] = samples_.try_emplace(subject);
+    if (!isNew) return known->second;
+    if (auto made = sample(subject, session_.document(), session_.playhead()))
+        known->second = std::make_shared<Sample const>(std::move(*made));
+    return known->second;
+}
+
 LookStills::Interest LookStills::draw(Look const& look, std::function<void(QImage const&)> answer) {
     auto const interest = std::make_shared<int const>();
-    auto wanted = sample(look.subject, session_.document(), session_.playhead());
+    auto const wanted = sampleNow(look.subject);
     if (!wanted || look.room.width <= 0 || look.room.height <= 0) {
         answer({});
         return interest;
@@ -184,11 +196,11 @@ LookStills::Interest LookStills::draw(Look const& look, std::function<void(QImag
     }
     side_.thread().stopTimer();
     side_.ask(
-        [easel = easel_, still = std::weak_ptr<int const>(interest), wanted = std::move(*wanted),
-         changes = look.changes, room = look.room]() mutable {
+        [easel = easel_, still = std::weak_ptr<int const>(interest), wanted, changes = look.changes, room = look.room] {
             if (still.expired()) throw Unwanted();
-            operations::apply(wanted.project, changes);
-            return easel->drawn(wanted, sizeIn(room, wanted.project.canvas));
+            auto changed = *wanted;
+            operations::apply(changed.project, changes);
+            return easel->drawn(changed, sizeIn(room, changed.project.canvas));
         },
         [this, key, still = std::weak_ptr<int const>(interest),
          answer = std::move(answer)](Outcome<QImage> const& outcome) {

@@ -67,10 +67,13 @@ Q_SIGNALS:
 private:
     struct Easel;
 
+    std::shared_ptr<Sample const> sampleNow(LookSubject subject);
+
     EditorSession const& session_;
     QTimer settling_;
-    std::map<std::string, QImage> backgrounds_; // which depend on nothing else
-    std::shared_ptr<Easel> easel_;              // the side's
+    std::map<LookSubject, std::shared_ptr<Sample const>> samples_; // of the document and the playhead as they are
+    std::map<std::string, QImage> backgrounds_;                    // which depend on nothing else
+    std::shared_ptr<Easel> easel_;                                 // the side's
     SideQueue side_;
 };
 
