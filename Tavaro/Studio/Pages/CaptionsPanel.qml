@@ -49,6 +49,14 @@ Item {
         ListView {
             id: list
 
+            readonly property Item focused: Window.activeFocusItem
+
+            function reveal(item: Item) {
+                for (let row = item; row; row = row.parent)
+                    if (row.parent === contentItem && row.index >= 0) return positionViewAtIndex(row.index, ListView.Contain);
+            }
+
+            onFocusedChanged: reveal(focused)
             Layout.fillWidth: true
             Layout.fillHeight: true
             Layout.rightMargin: -10

@@ -5,7 +5,7 @@ import Tavaro.Style
 import Tavaro.Theme
 
 // A choice as it would look, with its name.
-AbstractButton {
+RadioButton {
     id: tile
 
     required property EditorDesk desk
@@ -17,18 +17,14 @@ AbstractButton {
     implicitWidth: 92
     implicitHeight: pictureHeight + (isNamed ? 24 : 6)
     padding: 3
-    hoverEnabled: true
     focusPolicy: Qt.StrongFocus
-    Accessible.role: Accessible.Button
-    Accessible.name: text
-    Accessible.checkable: true
-    Accessible.checked: checked
-    Accessible.onPressAction: Reach.press(tile)
     Keys.onReturnPressed: Reach.press(tile)
+    Keys.onEnterPressed: Reach.press(tile)
     ToolTip.visible: hovered && !isNamed
     ToolTip.delay: 600
     ToolTip.text: text
 
+    indicator: null
     contentItem: Item {
         Rectangle {
             width: parent.width

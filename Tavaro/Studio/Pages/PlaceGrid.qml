@@ -35,7 +35,7 @@ RowLayout {
             columns: 3
             Repeater {
                 model: grid.places
-                AbstractButton {
+                RadioButton {
                     id: place
 
                     required property string modelData
@@ -44,21 +44,18 @@ RowLayout {
                     height: 26
                     enabled: modelData !== ""
                     checked: grid.fields.values[grid.path] === modelData
-                    hoverEnabled: true
                     focusPolicy: Qt.StrongFocus
                     text: grid.choices.find(each => each.name === modelData)?.label ?? ""
                     ToolTip.visible: hovered && enabled
                     ToolTip.delay: 600
                     ToolTip.text: text
                     Accessible.ignored: !enabled
-                    Accessible.role: Accessible.Button
-                    Accessible.name: text
-                    Accessible.checkable: true
-                    Accessible.checked: checked
-                    Accessible.onPressAction: Reach.press(place)
                     Keys.onReturnPressed: Reach.press(place)
+                    Keys.onEnterPressed: Reach.press(place)
                     onClicked: grid.fields.set(grid.path, modelData)
 
+                    indicator: null
+                    contentItem: null
                     background: Item {
                         Rectangle {
                             anchors.centerIn: parent

@@ -113,17 +113,17 @@ Item {
         function end(isKept: bool) {
             if (!visible) return;
             visible = false;
+            focus = false; // else the grid gives it the keyboard again
             title.visible = true;
             if (isKept) Library.rename(card.path, text);
-            card.focused();
         }
 
         anchors { left: frame.left; right: frame.right; top: frame.bottom; topMargin: 4 }
         visible: false
         implicitHeight: 28
         Accessible.name: qsTr("New name of %1").arg(card.name)
-        onAccepted: end(true)
-        Keys.onEscapePressed: end(false)
+        onAccepted: { end(true); card.focused(); }
+        Keys.onEscapePressed: { end(false); card.focused(); }
         onActiveFocusChanged: if (!activeFocus) end(true)
     }
     Label {

@@ -19,7 +19,7 @@ ColumnLayout {
         visible: text.length > 0
         textFormat: Text.PlainText
         wrapMode: Text.Wrap
-        font.pixelSize: 13
+        font.pixelSize: Theme.bodySize
         Accessible.role: Accessible.AlertMessage
         Accessible.name: text
     }

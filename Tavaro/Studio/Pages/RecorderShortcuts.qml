@@ -21,13 +21,13 @@ GridLayout {
         enabled: settings.keys.areGiven
     }
 
-    Label { text: qsTr("Begin and end a take") }
+    Label { Layout.fillWidth: true; text: qsTr("Begin and end a take") }
     Key {
         text: settings.keys.toggleKey
         onEditingFinished: settings.keys.toggleKey = text
         Accessible.name: qsTr("Shortcut that begins and ends a take")
     }
-    Label { text: qsTr("Pause and go on") }
+    Label { Layout.fillWidth: true; text: qsTr("Pause and go on") }
     Key {
         text: settings.keys.pauseKey
         onEditingFinished: settings.keys.pauseKey = text
@@ -41,6 +41,6 @@ GridLayout {
               : settings.keys.problem.length > 0 ? settings.keys.problem : qsTr("Written like ctrl+alt+r, or F9.")
         textFormat: Text.PlainText
         wrapMode: Text.Wrap
-        color: settings.keys.problem.length > 0 ? Theme.colors.warning : Theme.colors.text
+        color: settings.keys.problem.length > 0 ? Theme.colors.warning : Theme.colors.secondaryText
     }
 }

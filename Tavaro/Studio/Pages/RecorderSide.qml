@@ -73,7 +73,7 @@ ColumnLayout {
         visible: !side.devices.hasMicrophone && !side.devices.hasSystemSound && !side.devices.hasCamera
         text: qsTr("No microphone, camera or other sound is here to be recorded.")
         wrapMode: Text.Wrap
-        opacity: 0.75
+        color: Theme.colors.secondaryText
     }
 
     RowLayout {
@@ -96,7 +96,7 @@ ColumnLayout {
         visible: side.keys !== null && side.keys.canToggle
         text: side.keys !== null ? qsTr("%1 begins and ends a take from anywhere.").arg(side.keys.toggleKey) : ""
         wrapMode: Text.Wrap
-        opacity: 0.75
+        color: Theme.colors.secondaryText
         font.pixelSize: Theme.captionSize
     }
     Label {

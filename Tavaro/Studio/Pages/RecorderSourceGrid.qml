@@ -18,6 +18,9 @@ GridView {
     ScrollBar.vertical: ScrollBar {}
 
     delegate: Item {
+        id: cell
+
+        required property int index
         required property string sourceID
         required property string name
         required property string detail
@@ -28,11 +31,12 @@ GridView {
 
         RecorderTile {
             anchors { fill: parent; margins: 6 }
-            name: parent.name
-            detail: parent.detail
-            still: parent.still
-            checked: grid.sources.chosen === parent.sourceID
-            onClicked: grid.sources.choose(parent.sourceID)
+            name: cell.name
+            detail: cell.detail
+            still: cell.still
+            checked: grid.sources.chosen === cell.sourceID
+            onClicked: grid.sources.choose(cell.sourceID)
+            onActiveFocusChanged: if (activeFocus) grid.positionViewAtIndex(cell.index, GridView.Contain)
         }
     }
 
@@ -40,6 +44,6 @@ GridView {
         anchors.centerIn: parent
         visible: grid.count === 0
         text: grid.emptyText
-        opacity: 0.75
+        color: Theme.colors.secondaryText
     }
 }

@@ -5,7 +5,7 @@ import Tavaro.Style
 import Tavaro.Theme
 
 // One source with its live still.
-AbstractButton {
+RadioButton {
     id: tile
 
     property alias still: picture.picture
@@ -14,21 +14,17 @@ AbstractButton {
 
     implicitWidth: 208
     implicitHeight: 172
-    hoverEnabled: true
-    checkable: false
+    focusPolicy: Qt.StrongFocus
+    Accessible.name: [name, detail].filter(Boolean).join(", ")
+    Keys.onReturnPressed: Reach.press(tile)
+    Keys.onEnterPressed: Reach.press(tile)
 
-    Accessible.role: Accessible.RadioButton
-    Accessible.name: detail.length > 0 ? name + ", " + detail : name
-    Accessible.checkable: true
-    Accessible.checked: checked
-    Accessible.onPressAction: Reach.press(tile)
-
+    indicator: null
     background: Rectangle {
-        radius: 10
-        color: tile.checked ? Qt.alpha(Theme.colors.accent, 0.14)
-                            : tile.hovered ? Qt.alpha(Theme.colors.text, 0.06) : "transparent"
-        border.width: tile.checked || tile.visualFocus ? 2 : 1
-        border.color: tile.checked || tile.visualFocus ? Theme.colors.accent : Qt.alpha(Theme.colors.text, 0.12)
+        radius: Theme.cardRadius
+        color: tile.checked ? Theme.colors.selection : tile.hovered ? Theme.colors.hover : Theme.colors.surface
+        border { width: tile.checked ? 2 : 1; color: tile.checked ? Theme.colors.accent : Theme.colors.line }
+        FocusRing { control: tile }
     }
 
     contentItem: Item {
@@ -40,24 +36,24 @@ AbstractButton {
         Rectangle {
             anchors.fill: picture
             visible: picture.shownRect.width === 0
-            radius: 6
-            color: Qt.alpha(Theme.colors.text, 0.06)
+            radius: Theme.radius
+            color: Theme.colors.sunken
         }
         Label {
             id: title
             anchors { top: picture.bottom; left: parent.left; right: parent.right; margins: 10 }
             text: tile.name
-            textFormat: Text.PlainText
             elide: Text.ElideRight
             font.weight: Font.Medium
+            Accessible.ignored: true
         }
         Label {
             anchors { top: title.bottom; topMargin: 2; left: title.left; right: title.right }
             text: tile.detail
-            textFormat: Text.PlainText
             elide: Text.ElideRight
-            opacity: 0.75
+            color: Theme.colors.secondaryText
             font.pixelSize: Theme.captionSize
+            Accessible.ignored: true
         }
     }
 }

@@ -20,22 +20,25 @@ Pane {
 
     padding: 16
     background: Rectangle {
-        radius: 10
-        color: Qt.alpha(Theme.colors.accent, 0.1)
+        radius: Theme.cardRadius
+        color: Theme.colors.selection
     }
 
-    RowLayout {
+    GridLayout {
         anchors.fill: parent
-        spacing: 16
+        columns: welcome.width < 640 ? 1 : 2
+        columnSpacing: 16
+        rowSpacing: 12
 
         ColumnLayout {
             Layout.fillWidth: true
             spacing: 4
 
             Label {
+                Layout.fillWidth: true
                 text: qsTr("Step %1 of 3: %2").arg(welcome.step + 1).arg(welcome.titles[welcome.step])
-                font.weight: Font.DemiBold
-                font.pixelSize: 17
+                wrapMode: Text.Wrap
+                font { pixelSize: Theme.headingSize; weight: Font.DemiBold }
             }
             Label {
                 Layout.fillWidth: true
@@ -43,21 +46,26 @@ Pane {
                 wrapMode: Text.Wrap
             }
         }
-        Button {
-            text: qsTr("Skip")
-            flat: true
-            onClicked: welcome.firstTake.leave()
-        }
-        Button {
-            text: qsTr("Back")
-            visible: welcome.step > 0
-            onClicked: welcome.firstTake.goBack()
-        }
-        Button {
-            text: welcome.step < 2 ? qsTr("Next") : qsTr("Film %1 seconds").arg(welcome.firstTake !== null ? welcome.firstTake.seconds : 0)
-            highlighted: true
-            enabled: welcome.firstTake !== null && welcome.firstTake.canGoOn
-            onClicked: welcome.firstTake.goOn()
+        RowLayout {
+            Layout.alignment: Qt.AlignRight | Qt.AlignVCenter
+            spacing: Theme.gap
+
+            Button {
+                text: qsTr("Skip")
+                flat: true
+                onClicked: welcome.firstTake.leave()
+            }
+            Button {
+                text: qsTr("Back")
+                visible: welcome.step > 0
+                onClicked: welcome.firstTake.goBack()
+            }
+            Button {
+                text: welcome.step < 2 ? qsTr("Next") : qsTr("Film %1 seconds").arg(welcome.firstTake !== null ? welcome.firstTake.seconds : 0)
+                highlighted: true
+                enabled: welcome.firstTake !== null && welcome.firstTake.canGoOn
+                onClicked: welcome.firstTake.goOn()
+            }
         }
     }
 }

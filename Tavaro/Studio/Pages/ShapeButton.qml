@@ -4,7 +4,7 @@ import Tavaro.Style
 import Tavaro.Theme
 
 // One of several shapes, with its picture.
-AbstractButton {
+RadioButton {
     id: button
 
     required property size shape
@@ -12,15 +12,12 @@ AbstractButton {
 
     implicitWidth: 84
     implicitHeight: 66
-    hoverEnabled: true
     focusPolicy: Qt.StrongFocus
-    Accessible.role: Accessible.Button
     Accessible.name: qsTr("%1, %2 × %3").arg(text).arg(shape.width).arg(shape.height)
-    Accessible.checkable: true
-    Accessible.checked: checked
-    Accessible.onPressAction: Reach.press(button)
     Keys.onReturnPressed: Reach.press(button)
+    Keys.onEnterPressed: Reach.press(button)
 
+    indicator: null
     contentItem: Item {
         Rectangle {
             anchors { horizontalCenter: parent.horizontalCenter; top: parent.top; topMargin: 4 + (30 - height) / 2 }

@@ -38,6 +38,7 @@ Dialog {
             section.delegate: Label {
                 required property string section
 
+                leftPadding: 6
                 topPadding: 14
                 bottomPadding: 6
                 text: section
@@ -50,7 +51,8 @@ Dialog {
                 required property string title
                 required property string keys
 
-                width: list.width - 14
+                x: 6
+                width: list.width - 26
                 height: 30
                 Accessible.role: Accessible.StaticText
                 Accessible.name: qsTr("%1: %2").arg(title).arg(keys)
@@ -67,6 +69,13 @@ Dialog {
                     text: row.keys
                     color: Theme.colors.secondaryText
                     Accessible.ignored: true
+                }
+                Rectangle {
+                    anchors { fill: parent; leftMargin: -6; rightMargin: -6 }
+                    visible: row.ListView.isCurrentItem && list.activeFocus
+                    radius: Theme.radius
+                    color: "transparent"
+                    border { width: 2; color: Theme.colors.focus }
                 }
             }
             Accessible.role: Accessible.List

@@ -97,6 +97,7 @@ Rectangle {
             onClicked: panel.isFolded = !panel.isFolded
         }
         delegate: ToolButton {
+            required property int index
             required property var modelData
 
             x: 6
@@ -105,6 +106,7 @@ Rectangle {
             icon.source: Theme.icon(modelData.icon)
             ToolTip.text: modelData.title
             onClicked: panel.choose(modelData.name)
+            onActiveFocusChanged: if (activeFocus) rail.positionViewAtIndex(index, ListView.Contain)
         }
         Accessible.role: Accessible.PageTabList
         Accessible.name: qsTr("Pages of the side panel")

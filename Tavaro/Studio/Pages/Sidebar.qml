@@ -31,7 +31,7 @@ Rectangle {
 
         Label {
             text: qsTr("Tavaro")
-            font { pixelSize: 17; weight: Font.Bold }
+            font { pixelSize: Theme.headingSize; weight: Font.Bold }
             Layout.margins: 12
             Layout.topMargin: 10
             Layout.bottomMargin: 14

@@ -29,7 +29,7 @@ Item {
             Layout.leftMargin: -8
             Layout.rightMargin: -8
             clip: true
-            activeFocusOnTab: true
+            activeFocusOnTab: count > 0
             keyNavigationEnabled: true
             boundsBehavior: Flickable.StopAtBounds
             currentIndex: panel.steps.current

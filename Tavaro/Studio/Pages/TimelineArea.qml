@@ -32,8 +32,17 @@ Item {
         position: timeline.contentY / Math.max(1, timeline.contentHeight)
         onPositionChanged: if (pressed) timeline.contentY = position * timeline.contentHeight
     }
+    // So that no time is read through the buttons.
+    Rectangle {
+        anchors { fill: scale; leftMargin: -2; rightMargin: -2 }
+        radius: Theme.radius
+        color: Theme.colors.surface
+        border { width: 1; color: Theme.colors.line }
+    }
     Row {
-        anchors { right: parent.right; rightMargin: 16; top: parent.top; topMargin: 2 }
+        id: scale
+
+        anchors { right: parent.right; rightMargin: 6; top: parent.top; topMargin: 2 }
         height: timeline.rulerHeight - 4
 
         component Scale: ToolButton {
