@@ -30,7 +30,7 @@ void writeMovie(fs::path const& file) {
     MovieWriter writer(file, {.intent = MovieIntent::live, .width = width, .height = height, .fps = fps});
     Image image(width, height);
     for (int n = 0; n < length * fps; ++n) {
-        drawFilmedApp(image, static_cast<double>(n) / fps);
+        drawFilmedApp(image, FilmedApp::dashboard, static_cast<double>(n) / fps);
         auto picture = writer.picture();
         fillPicture(picture, image.view());
         writer.append(std::move(picture), static_cast<double>(n) / fps);
@@ -98,21 +98,15 @@ DemoProject tour() {
     return project;
 }
 
-void swapRedAndBlue(Image& image) {
-    for (int y = 0; y < image.height(); ++y)
-        for (int x = 0; x < image.width(); ++x) std::swap(image.row(y)[4 * x], image.row(y)[4 * x + 2]);
-}
-
 /// Its identity and its age are the same in each run.
-void save(fs::path const& library, DemoProject project, int number, double hoursAgo) {
+void save(fs::path const& library, DemoProject project, FilmedApp app, int number, double hoursAgo) {
     ProjectPackage const package(library / (project.name + ".recproj"));
     package.createDirectories();
     project.modifiedAt = {Date::now().milliseconds - static_cast<std::int64_t>(hoursAgo * 3'600'000)};
     project.id = *UUID::parse("6C64D78E-656C-468E-929C-B92836EFC9" + std::to_string(10 + number));
     package.save(project);
     Image still(480, 270);
-    drawFilmedApp(still, 1.3 * number);
-    if (number % 2 == 0) swapRedAndBlue(still); // so that each looks other
+    drawStill(still, app);
     writePNG(package.url() / "thumbnail.png", still.view());
     fs::last_write_time(package.url() / "project.json",
                         fs::file_time_type::clock::now() - std::chrono::minutes(static_cast<int>(hoursAgo * 60)));
@@ -130,15 +124,15 @@ DemoProject listed(std::string const& name, double seconds) {
 void makeLibrary(fs::path const& library) {
     fs::create_directories(library);
     int number = 0;
-    save(library, tour(), ++number, 2.5);
+    save(library, tour(), FilmedApp::dashboard, ++number, 2.5);
     auto const assets = library / (tourName + ".recproj") / "assets";
     writeMovie(assets / "screen.mp4");
     writeVoice(assets / "voice.caf");
-    for (auto const& [name, seconds, hours] : {std::tuple{"Onboarding", 83.0, 24.0},
-                                               {"Release notes 2.4", 214.0, 72.0},
-                                               {"How exports work", 41.0, 96.0},
-                                               {"Bug 1173, again", 12.0, 120.0}})
-        save(library, listed(name, seconds), ++number, hours);
+    for (auto const& [name, app, seconds, hours] : {std::tuple{"Onboarding", FilmedApp::dashboard, 83.0, 24.0},
+                                                    {"Release notes 2.4", FilmedApp::document, 214.0, 72.0},
+                                                    {"How exports work", FilmedApp::editor, 41.0, 96.0},
+                                                    {"Bug 1173, again", FilmedApp::terminal, 12.0, 120.0}})
+        save(library, listed(name, seconds), app, ++number, hours);
     fs::create_directories(library / "Damaged.recproj");
     auto const damaged = library / "Damaged.recproj/project.json";
     std::ofstream(damaged) << "{";

@@ -10,7 +10,7 @@ namespace tavaro {
 
 namespace {
 
-constexpr int reduction = 6;
+constexpr int reduction = 8;
 constexpr int step = 8;     // between two stored values of a colour
 constexpr int plainly = 56; // sharp edges move by a fraction of a pixel from machine to machine, and with the factor
 

@@ -7,7 +7,7 @@
 
 namespace tavaro {
 
-/// A picture of a page as it is stored: a sixth as wide and as high as the window in points, whatever the factor, in
+/// A picture of a page as it is stored: an eighth as wide and as high as the window in points, whatever the factor, in
 /// few colours.
 QImage small(QImage const& picture);
 

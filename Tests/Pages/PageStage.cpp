@@ -27,12 +27,14 @@ namespace {
 
 constexpr int patience = 20'000;          // milliseconds; a loaded machine is slow, and what is wrong never comes
 constexpr int rest = 400, lookEvery = 80; // milliseconds without a change are the end of all changes
+constexpr int undrawn = 60, undrawnPatience = 1500;
 
 std::mutex complaintsMutex;
 std::vector<std::string> complained;
 
 void listen(QtMsgType type, QMessageLogContext const& context, QString const& message) {
     if (type != QtWarningMsg && type != QtCriticalMsg) return;
+    if (message.startsWith(QStringLiteral("This plugin does not support"))) return; // where no display is
     std::lock_guard const lock(complaintsMutex);
     complained.push_back(message.toStdString() + " (" + (context.file ? context.file : "") + ")");
 }
@@ -69,6 +71,11 @@ bool isPressable(QAccessibleInterface& node) {
            actions->actionNames().contains(QAccessibleActionInterface::pressAction());
 }
 
+bool isNamed(QAccessibleInterface& node, QString const& name) { return node.text(QAccessible::Name) == name; }
+bool beginsNamed(QAccessibleInterface& node, QString const& name) {
+    return node.text(QAccessible::Name).startsWith(name);
+}
+
 /// Depth first, what is shown.
 template<class Look> bool visit(QAccessibleInterface* node, Look const& look) {
     if (!node || !node->isValid() || node->state().invisible) return false;
@@ -85,6 +92,7 @@ struct PageStage::Parts {
         qInstallMessageHandler(listen);
         if (!showWindow(engine, studio, theme)) throw Error("The window cannot be loaded.");
         window = qobject_cast<QQuickWindow*>(engine.rootObjects().constFirst());
+        QObject::connect(window, &QQuickWindow::frameSwapped, window, [this] { ++drawn; });
     }
     ~Parts() { qInstallMessageHandler(nullptr); }
 
@@ -98,6 +106,7 @@ struct PageStage::Parts {
     Theme theme{studio.application().preferences(), desktop};
     QQmlApplicationEngine engine;
     QQuickWindow* window = nullptr;
+    int drawn = 0; // how often
 };
 
 PageStage::PageStage() : parts_(std::make_unique<Parts>()) {
@@ -125,30 +134,36 @@ void PageStage::resize(QSize const& size) {
 
 void PageStage::setLook(QString const& look) { parts_->theme.setLook(look); }
 
-void PageStage::press(QString const& name) {
-    auto const isPressed = [&](auto const& isIt) {
-        return visit(QAccessible::queryAccessibleInterface(&window()), [&](QAccessibleInterface& node) {
-            if (!isIt(node.text(QAccessible::Name)) || !isPressable(node)) return false;
+void PageStage::press(QString const& name, QString const& inside) {
+    auto const pressOne = [&](QAccessibleInterface& in, auto const& isIt) {
+        return visit(&in, [&](QAccessibleInterface& node) {
+            if (!isIt(node, name) || !isPressable(node)) return false;
             node.actionInterface()->doAction(QAccessibleActionInterface::pressAction());
             return true;
         });
     };
-    if (!becomes([&] {
-            return isPressed([&](QString const& text) { return text == name; }) ||
-                   isPressed([&](QString const& text) { return text.startsWith(name); });
-        }))
+    auto const isPressed = [&](auto const& isIt) {
+        bool isDone = false;
+        visit(QAccessible::queryAccessibleInterface(&window()), [&](QAccessibleInterface& node) {
+            bool const isPlace = inside.isEmpty() || isNamed(node, inside);
+            if (isPlace) isDone = pressOne(node, isIt);
+            return isPlace;
+        });
+        return isDone;
+    };
+    if (!becomes([&] { return isPressed(isNamed) || isPressed(beginsNamed); }))
         throw Error("There is no “" + name.toStdString() + "” to be pressed, but what is in " + kept(picture()));
 }
 
 bool PageStage::shows(QString const& name) {
     return visit(QAccessible::queryAccessibleInterface(&window()),
-                 [&](QAccessibleInterface& node) { return node.text(QAccessible::Name).startsWith(name); });
+                 [&](QAccessibleInterface& node) { return beginsNamed(node, name); });
 }
 
 std::vector<QString> PageStage::pressableIn(QString const& name) {
     std::vector<QString> found;
     visit(QAccessible::queryAccessibleInterface(&window()), [&](QAccessibleInterface& node) {
-        if (node.text(QAccessible::Name) != name) return false;
+        if (!isNamed(node, name)) return false;
         visit(&node, [&](QAccessibleInterface& inner) {
             if (isPressable(inner)) found.push_back(inner.text(QAccessible::Name));
             return false;
@@ -167,7 +182,19 @@ void PageStage::goHome() {
     press(QStringLiteral("Library"));
 }
 
-QImage PageStage::picture() { return window().grabWindow().convertToFormat(QImage::Format_RGB32); }
+QImage PageStage::picture() {
+    auto picture = window().grabWindow().convertToFormat(QImage::Format_RGB32);
+    picture.setDevicePixelRatio(window().effectiveDevicePixelRatio()); // which the software renderer does not say
+    return picture;
+}
+
+void PageStage::settle() {
+    QDeadlineTimer const deadline(undrawnPatience);
+    for (int before = -1; before != parts_->drawn && !deadline.hasExpired();) {
+        before = parts_->drawn;
+        run(undrawn);
+    }
+}
 
 QImage PageStage::settledPicture() {
     QImage now = picture();

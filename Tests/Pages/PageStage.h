@@ -35,8 +35,9 @@ public:
     /// "light" or "dark"
     void setLook(QString const& look);
 
-    /// Presses what has that name, or else one that begins so, as soon as it is there. Throws where it never is.
-    void press(QString const& name);
+    /// Presses what has that name, or else one that begins so, as soon as it is there; only inside of what has the
+    /// other name, if there is one. Throws where it never is.
+    void press(QString const& name, QString const& inside = {});
     bool shows(QString const& name);
     /// Names of what can be pressed inside of what has that name.
     std::vector<QString> pressableIn(QString const& name);
@@ -45,7 +46,9 @@ public:
     void goHome();
 
     QImage picture();
-    /// When it no longer changes; the last one where it always does.
+    /// Until nothing has been drawn for a moment, or for a while where something always is.
+    void settle();
+    /// When it no longer changes, be it only after a pause; the last one where it always does.
     QImage settledPicture();
     /// Runs the loop until it is so. False after a patience that no machine needs.
     bool becomes(std::function<bool()> const& isSo);

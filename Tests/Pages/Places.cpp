@@ -6,6 +6,10 @@
 
 #include <QQuickItem>
 #include <QQuickWindow>
+#include <QRegularExpression>
+
+#include <algorithm>
+#include <iterator>
 
 namespace tavaro {
 
@@ -13,9 +17,21 @@ namespace {
 
 QString const tour = QString::fromStdString(tourName);
 
+QString const rail = QStringLiteral("Pages of the side panel"), views = QStringLiteral("Views of the page"),
+              folded = QStringLiteral("Show the side panel"), usual = QStringLiteral("Background, frame and canvas");
+
+/// A page that is open folds the panel when it is pressed.
+void openPage(PageStage& stage, QString const& page) {
+    stage.press(page, rail);
+    if (stage.shows(folded)) stage.press(page, rail);
+}
+
+/// Whatever was looked at before.
 void openTour(PageStage& stage) {
     stage.press(tour + QStringLiteral(", ")); // its card
     stage.becomes([&] { return stage.shows(filmShown) && stage.shows(QStringLiteral("Timeline")); });
+    stage.key(Qt::Key_A, Qt::ControlModifier | Qt::ShiftModifier); // nothing is selected
+    openPage(stage, usual);
 }
 
 Place pressed(QString const& name, QStringList const& presses, Tab tab = Tab::goesThrough) {
@@ -65,12 +81,34 @@ void bringBack(PageStage& stage) {
     stage.becomes([&] { return stage.shows(QStringLiteral("Onboarding, ")); });
 }
 
-/// The pages beside the film, by the rail that leads to them; the first of its buttons folds them.
-QStringList sidePages(PageStage& stage) {
+QString slug(QString const& title) {
+    static QRegularExpression const others(QStringLiteral("[^a-z0-9]+"));
+    return title.toLower().replace(others, QStringLiteral("-"));
+}
+
+/// `view` is empty where the page has but one.
+Place sidePage(QString const& page, QString const& view) {
+    auto const show = [=](PageStage& stage) {
+        openTour(stage);
+        openPage(stage, page);
+        if (!view.isEmpty()) stage.press(view, views);
+    };
+    return {QStringLiteral("project-") + slug(view.isEmpty() ? page : view), show};
+}
+
+/// The pages beside the film, by the rail that leads to them, each of their views; the first of the rail's buttons
+/// folds them.
+std::vector<Place> sidePages(PageStage& stage) {
+    std::vector<Place> found;
     openTour(stage);
-    QStringList found;
-    for (auto const& name : stage.pressableIn(QStringLiteral("Pages of the side panel")))
-        if (!name.contains(QStringLiteral("the side panel"))) found.push_back(name);
+    for (auto const& page : stage.pressableIn(rail)) {
+        if (page.contains(QStringLiteral("the side panel"))) continue;
+        openPage(stage, page);
+        stage.settle();
+        auto const several = stage.pressableIn(views);
+        for (auto const& view : several) found.push_back(sidePage(page, view));
+        if (several.empty()) found.push_back(sidePage(page, {}));
+    }
     stage.goHome();
     return found;
 }
@@ -81,7 +119,7 @@ enum class Where { library, editor };
 Place byKey(QString const& name, int key, Qt::KeyboardModifiers modifiers, Where where) {
     return {name, [=](PageStage& stage) {
                 if (where == Where::editor) openTour(stage);
-                stage.settledPicture();
+                stage.settle(); // so that the page has the keyboard
                 stage.key(key, modifiers);
             }};
 }
@@ -105,6 +143,7 @@ std::vector<Place> places(PageStage& stage) {
          },
          Tab::doesNot},
         inTour(text("export"), {text("Export")}),
+        inTour(text("export-custom"), {text("Export"), text("Custom")}),
         pressed(text("exports"), {text("Exports")}),
         byKey(text("shortcuts"), Qt::Key_F1, Qt::NoModifier, Where::library),
         byKey(text("speed"), Qt::Key_R, Qt::ControlModifier, Where::editor),
@@ -115,14 +154,13 @@ std::vector<Place> places(PageStage& stage) {
         {text("settings-end"),
          [](PageStage& on) {
              on.press(QStringLiteral("Settings"));
-             on.settledPicture();
+             on.settle();
              scrollToTheEnd(on.window().contentItem());
          }},
         {text("question"), ask},
         {text("failure"), fail},
     };
-    for (auto const& page : sidePages(stage))
-        all.push_back(inTour(text("project-") + page.toLower().replace(QLatin1Char(' '), QLatin1Char('-')), {page}));
+    std::ranges::move(sidePages(stage), std::back_inserter(all));
     return all;
 }
 

@@ -5,8 +5,8 @@
 #include <QQuickItem>
 #include <QQuickWindow>
 
+#include <algorithm>
 #include <cmath>
-#include <map>
 #include <optional>
 
 namespace tavaro {
@@ -22,6 +22,7 @@ struct Shown {
     QQuickItem* item;
     QString text;
     QRectF words; // in the window
+    QRectF seen;  // of them
     double opacity;
 };
 
@@ -60,20 +61,21 @@ QRectF seenIn(QQuickItem const* item, QRectF const& window) {
     return seen;
 }
 
-void collect(QQuickItem* item, std::vector<Shown>& found) {
+void collect(QQuickItem* item, QRectF const& window, std::vector<Shown>& found) {
     if (!item->isVisible() || item->opacity() < 0.05) return;
     if (is(item, "QQuickText") || is(item, "QQuickTextInput") || is(item, "QQuickTextEdit")) {
         auto const text = item->property("text").toString();
+        auto const words = item->mapRectToScene(painted(*item));
         if (!text.trimmed().isEmpty())
-            found.push_back({item, text, item->mapRectToScene(painted(*item)), opacityOf(item)});
+            found.push_back({item, text, words, words & seenIn(item, window), opacityOf(item)});
     }
-    for (auto* child : item->childItems()) collect(child, found);
+    for (auto* child : item->childItems()) collect(child, window, found);
 }
 
 /// What the user reads now: behind a dialog nothing is read.
 std::vector<Shown> shownIn(QQuickWindow& window) {
     std::vector<Shown> all, front;
-    collect(window.contentItem(), all);
+    collect(window.contentItem(), QRectF(QPointF(), window.size()), all);
     for (auto const& each : all)
         if (above(each.item, "QQuickOverlay") || above(each.item, "QQuickPopupItem")) front.push_back(each);
     return front.empty() ? all : front;
@@ -103,12 +105,19 @@ QColor over(QColor const& ink, double opacity, QColor const& ground) {
 std::optional<QColor> ground(QImage const& picture, QRectF const& place) {
     auto const factor = picture.devicePixelRatio();
     auto const pixels = QRectF(place.topLeft() * factor, place.size() * factor).toAlignedRect() & picture.rect();
-    std::map<QRgb, int> counts;
-    for (int y = pixels.top(); y <= pixels.bottom(); ++y)
-        for (int x = pixels.left(); x <= pixels.right(); ++x) ++counts[picture.pixel(x, y)];
-    if (counts.empty()) return std::nullopt;
-    auto const most = std::ranges::max_element(counts, {}, [](auto const& each) { return each.second; });
-    return QColor(most->first);
+    std::vector<QRgb> colors;
+    for (int y = pixels.top(); y <= pixels.bottom(); ++y) {
+        auto const* const row = reinterpret_cast<QRgb const*>(picture.constScanLine(y));
+        colors.insert(colors.end(), row + pixels.left(), row + pixels.right() + 1);
+    }
+    std::ranges::sort(colors);
+    std::size_t most = 0;
+    QRgb found = 0;
+    for (std::size_t at = 0, next = 0; at < colors.size(); at = next) {
+        while (next < colors.size() && colors[next] == colors[at]) ++next;
+        if (next - at > most) most = next - at, found = colors[at];
+    }
+    return most > 0 ? std::optional(QColor(found)) : std::nullopt;
 }
 
 class Faults {
@@ -121,7 +130,7 @@ public:
         lookWhetherReadable(shown);
     }
     void look(Shown const& a, Shown const& b) {
-        auto const both = a.words & b.words & seenIn(a.item, frame_) & seenIn(b.item, frame_);
+        auto const both = a.seen & b.seen;
         if (both.width() > tooMuch && both.height() > tooMuch && !isAbove(a.item) && !isAbove(b.item))
             add(a, "is over “" + b.text.toStdString() + "”");
     }
@@ -139,6 +148,15 @@ private:
         return false;
     }
 
+    /// Of which it is a part; what scrolls inside of a control is none of it.
+    static QQuickItem const* controlOf(QQuickItem const* item) {
+        for (auto* parent = item->parentItem(); parent; parent = parent->parentItem()) {
+            if (is(parent, "QQuickFlickable")) return nullptr;
+            if (is(parent, "QQuickControl")) return parent;
+        }
+        return nullptr;
+    }
+
     void lookWhetherCut(Shown const& shown) {
         auto const& item = *shown.item;
         if (!is(shown.item, "QQuickText")) return; // fields scroll
@@ -153,20 +171,21 @@ private:
             return place.adjusted(-slack, -slack, slack, slack).contains(words);
         };
         if (!is(shown.item, "QQuickText")) return;
-        if (auto const* control = above(shown.item, "QQuickControl");
-            control && !is(control, "QQuickScrollView") &&
-            !holds(control->mapRectToScene(control->boundingRect()), shown.words))
+        if (auto const* control = controlOf(shown.item);
+            control && !holds(control->mapRectToScene(control->boundingRect()), shown.words))
             add(shown, "is outside of its control");
         if (!above(shown.item, "QQuickFlickable") && !holds(frame_, shown.words))
             add(shown, "is outside of the window");
     }
 
     void lookWhetherReadable(Shown const& shown) {
-        auto const seen = shown.words & seenIn(shown.item, frame_);
+        auto const& seen = shown.seen;
         if (!shown.item->isEnabled() || seen.width() < 2 || seen.height() < shown.words.height() / 2) return;
         auto const behind = ground(picture_, seen);
         if (!behind) return;
-        auto const ink = over(shown.item->property("color").value<QColor>(), shown.opacity, *behind);
+        bool const isSelected = *behind == shown.item->property("selectionColor").value<QColor>();
+        auto const color = shown.item->property(isSelected ? "selectedTextColor" : "color").value<QColor>();
+        auto const ink = over(color, shown.opacity, *behind);
         if (auto const ratio = contrast(ink, *behind); ratio < leastContrast - 0.005)
             add(shown, "has a contrast of " + std::to_string(ratio).substr(0, 4) + ": " + ink.name().toStdString() +
                            " on " + behind->name().toStdString());

@@ -42,7 +42,7 @@ Item {
     Row {
         id: scale
 
-        anchors { right: parent.right; rightMargin: 6; top: parent.top; topMargin: 2 }
+        anchors { right: parent.right; rightMargin: 2; top: parent.top; topMargin: 2 }
         height: timeline.rulerHeight - 4
 
         component Scale: ToolButton {
