@@ -26,6 +26,10 @@ std::int64_t ExportSettings::bitrate() const {
     return std::max(static_cast<std::int64_t>(std::min(bits, 1e15)), lowestBitrate);
 }
 
+double ExportSettings::editingRate() const {
+    return static_cast<double>(container == ExportContainer::gif ? ExportSettings{}.fps : fps);
+}
+
 std::string_view displayName(VideoCodecChoice codec) {
     constexpr std::array<std::string_view, 3> names{"H.264", "HEVC (H.265)", "ProRes 422"};
     return names[static_cast<std::size_t>(codec)];

@@ -42,6 +42,10 @@ struct ExportSettings {
     /// Bits per second: the override, or by size, rate and codec, never below 2,000,000.
     std::int64_t bitrate() const;
 
+    /// Frames a second that an edit is stepped and cut by: a movie's own. The few of a GIF, which is made beside the
+    /// film, are no measure for cuts.
+    double editingRate() const;
+
     static constexpr auto fields = std::tuple{
         field("size", &ExportSettings::size),
         field("fps", &ExportSettings::fps),

@@ -73,7 +73,7 @@ void EditorDesk::showIn(TimelineItem* timeline) {
     timeline->setMedia([package](std::string const& asset) { return package.assetURL(asset); });
     timeline->onIntent([this](TimelineIntent const& intent) { take(intent); });
     timeline->setPalette(isDark_ ? TimelinePalette::dark() : TimelinePalette::light());
-    timeline->setFrameRate(static_cast<double>(session_.document().exportSettings.fps));
+    timeline->setFrameRate(session_.document().exportSettings.editingRate());
     timeline->setSnaps(session_.snaps());
     timeline->show(session_.document());
     if (session_.timelineScale() > 0) timeline->setView(session_.timelineStart(), 1 / session_.timelineScale());
@@ -91,7 +91,9 @@ void EditorDesk::setDark(bool isDark) {
 }
 
 void EditorDesk::follow(ProjectChange const& change) {
-    if (timeline_ && change.fields.any()) timeline_->show(session_.document(), change.fields, change.items);
+    if (!timeline_ || !change.fields.any()) return;
+    timeline_->setFrameRate(session_.document().exportSettings.editingRate());
+    timeline_->show(session_.document(), change.fields, change.items);
 }
 
 /// The film begins with a card before the edit, which the playhead knows nothing of.

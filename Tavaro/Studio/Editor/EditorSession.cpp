@@ -152,7 +152,7 @@ void EditorSession::setPlayhead(double time) {
 }
 
 void EditorSession::step(int frames) {
-    setPlayhead(Timecode::stepped(playhead(), frames, static_cast<double>(document().exportSettings.fps), duration()));
+    setPlayhead(Timecode::stepped(playhead(), frames, document().exportSettings.editingRate(), duration()));
 }
 
 void EditorSession::jump(bool forward) {
@@ -166,6 +166,12 @@ void EditorSession::jump(bool forward) {
         consider(place->start);
         consider(place->end());
     });
+    for (auto const& track : *document().redactions) {
+        if (std::ranges::find(selection_, track.id) == selection_.end()) continue;
+        for (auto const& keyframe : track.keyframes) {
+            if (auto const time = document().timeline.timelineTime(keyframe.t)) consider(*time);
+        }
+    }
     setPlayhead(target);
 }
 

@@ -22,7 +22,7 @@ ItemDrag::ItemDrag(EditorSession& session, UUID const& item, std::vector<UUID> i
 double ItemDrag::snapping(std::vector<double> const& edges, double pixels) const {
     if (pixels <= 0 || !session_.snaps()) return 0;
     auto const radius = snapRadius(pixels, session_.timelineScale());
-    return targets_.snap(edges, radius, static_cast<double>(before_.exportSettings.fps)).by;
+    return targets_.snap(edges, radius, before_.exportSettings.editingRate()).by;
 }
 
 bool ItemDrag::change(std::string const& step, FunctionRef<void(DemoProject&)> change) {

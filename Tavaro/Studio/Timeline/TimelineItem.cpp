@@ -126,6 +126,7 @@ void TimelineItem::setPalette(TimelinePalette palette) {
 }
 
 void TimelineItem::setFrameRate(double framesPerSecond) {
+    if (framesPerSecond == frameRate_) return;
     frameRate_ = framesPerSecond;
     dirty();
 }
@@ -411,7 +412,6 @@ void TimelineItem::keyPressEvent(QKeyEvent* event) {
     case Qt::Key_Equal: return zoomIn();
     case Qt::Key_Minus: return zoomOut();
     case Qt::Key_0: return hasControl ? fit() : QQuickItem::keyPressEvent(event);
-    case Qt::Key_Z: return event->modifiers() == Qt::ShiftModifier ? fit() : QQuickItem::keyPressEvent(event);
     case Qt::Key_Menu: return openMenuByKey();
     case Qt::Key_F10:
         return event->modifiers() == Qt::ShiftModifier ? openMenuByKey() : QQuickItem::keyPressEvent(event);

@@ -1,7 +1,8 @@
+#include "../Editor/TestEditor.h"
 #include "../Playback/FakeOutput.h"
-#include "../TestProject.h"
 
 #include <Tavaro/Studio/Desk/EditorDesk.h>
+#include <Tavaro/Studio/Desk/PlayingChoices.h>
 
 #include <TavaroCore/Project/DemoProject.h>
 #include <TavaroPlatform/Queues/MainQueue.h>
@@ -55,6 +56,43 @@ TEST_F(EditorDeskTest, thePlayheadAndTheFilmAreAtOneMomentWhoeverMovesThem) {
     playback().seek(1); // inside the card
     EXPECT_EQ(desk->session()->playhead(), 0);
     EXPECT_EQ(playback().position(), 1) << "the film stays where it was put";
+}
+
+TEST_F(EditorDeskTest, howFilmsArePlayedIsKeptAndTheSameForAllThatAreOpen) {
+    auto const file = project.package().url() / "preferences.json";
+    {
+        Preferences preferences(file);
+        EditorDesk other(queue, project.open(), {std::make_unique<FakeOutput>(device), {}});
+        PlayingChoices const choices(preferences, *desk), others(preferences, other);
+        for (double const volume : {0.9, 0.5, 0.25}) playback().setVolume(volume);
+        desk->setLoops(true);
+        TestEditor::waitFor([&] { return other.loops(); });
+        EXPECT_EQ(other.preview()->playback()->volume(), 0.25);
+        other.preview()->playback()->setScrubsAloud(false);
+    }
+    Preferences preferences(file);
+    EditorDesk next(queue, project.open(), {std::make_unique<FakeOutput>(device), {}});
+    PlayingChoices const choices(preferences, next);
+    EXPECT_EQ(next.preview()->playback()->volume(), 0.25);
+    EXPECT_TRUE(next.loops());
+    EXPECT_FALSE(next.preview()->playback()->scrubsAloud()) << "also what was chosen just before the end";
+}
+
+TEST_F(EditorDeskTest, anExportAsGIFLeavesTheStepsOfTheEditAsTheyAre) {
+    auto const use = [&](ExportContainer container, std::int64_t fps) {
+        desk->session()->edit("Export Settings", [&](DemoProject& project) {
+            project.exportSettings.container = container;
+            project.exportSettings.fps = fps;
+        });
+        desk->session()->setPlayhead(0);
+        desk->session()->step(1);
+    };
+    use(ExportContainer::gif, 15);
+    EXPECT_NEAR(desk->session()->playhead(), 1.0 / 60, 1e-9);
+    EXPECT_EQ(timeline.frameRate(), 60);
+    use(ExportContainer::mp4, 25);
+    EXPECT_NEAR(desk->session()->playhead(), 1.0 / 25, 1e-9);
+    EXPECT_EQ(timeline.frameRate(), 25) << "also where it is dragged";
 }
 
 TEST_F(EditorDeskTest, aHandOnTheTimelineEditsTheProjectAndSeesIt) {
