@@ -7,6 +7,7 @@
 #include <TavaroCore/Values/TimeRange.h>
 
 #include <array>
+#include <cstddef>
 #include <optional>
 #include <set>
 #include <string>
@@ -51,6 +52,13 @@ struct RedactionTrack {
     bool isAutomatic = false;
 
     double duration() const { return end - start; }
+    /// Where it is at that many seconds of its asset: on the way between two keyframes, which ascend, and held before
+    /// the first and after the last. It has one at least.
+    NormalizedRect areaAt(double seconds) const;
+    /// The keyframe of the picture that is shown then, made where there is none: there it is where it was.
+    RedactionKeyframe& ensureKeyframe(double seconds);
+    /// The place in the list of the one that is there.
+    std::optional<std::size_t> keyframeAt(double seconds) const;
 
     static constexpr auto fields = std::tuple{
         field("id", &RedactionTrack::id),

@@ -27,6 +27,8 @@ struct Split {
     SplitArrangement arrangement = SplitArrangement::cameraTop;
     double cameraFraction = 0.4; // share of the canvas given to the camera
 
+    static constexpr double smallestPane = 0.1; // of the canvas; no pane is drawn smaller
+
     static constexpr auto fields = std::tuple{
         field("arrangement", &Split::arrangement),
         field("cameraFraction", &Split::cameraFraction),

@@ -1,12 +1,14 @@
 #include <TavaroRender/Composition/Private/SplitPanes.h>
 
+#include <algorithm>
+#include <utility>
+
 namespace tavaro {
 
 namespace {
 
 constexpr double widestPadding = 0.035; // of the smaller side; panes are small already
 constexpr double gapShare = 0.75;       // of the padding: what belongs together stands closer than its edges
-constexpr double smallestPane = 0.1;    // of the canvas
 constexpr double seam = 2;              // pixels, what both panes' soft edges need
 
 bool isStacked(SplitArrangement arrangement) {
@@ -15,6 +17,13 @@ bool isStacked(SplitArrangement arrangement) {
 
 bool cameraIsFirst(SplitArrangement arrangement) {
     return arrangement == SplitArrangement::cameraTop || arrangement == SplitArrangement::cameraLeft;
+}
+
+/// Between two panes that stand side by side, however they overlap.
+CanvasRect strip(CanvasRect const& a, CanvasRect const& b) {
+    auto const& [left, right] = a.x <= b.x ? std::pair(a, b) : std::pair(b, a);
+    double const middle = (left.maxX() + right.x) / 2, width = std::max(right.x - left.maxX(), seam);
+    return {middle - width / 2, left.y, width, left.height};
 }
 
 /// The same rectangle with its axes exchanged.
@@ -33,7 +42,8 @@ SplitPanes splitPanes(CanvasLayout::Split const& split, Size2 canvas, double pad
     // As if the panes stood side by side; stacked ones are turned.
     double const length = (stacked ? height : width) - 2 * margin - gap;
     double const breadth = (stacked ? width : height) - 2 * margin;
-    double const fraction = std::clamp(split.cameraFraction, smallestPane, 1 - smallestPane);
+    constexpr double smallest = CanvasLayout::Split::smallestPane;
+    double const fraction = std::clamp(split.cameraFraction, smallest, 1 - smallest);
     double const camera = length * fraction;
     double const screen = length - camera;
     CanvasRect first{margin, margin, isFirst ? camera : screen, breadth};
@@ -47,6 +57,21 @@ SplitPanes splitPanes(CanvasLayout::Split const& split, Size2 canvas, double pad
         second = turned(second);
     }
     return isFirst ? SplitPanes{first, second} : SplitPanes{second, first};
+}
+
+PaneDivider paneDivider(CanvasLayout::Split split, Size2 canvas, double padding) {
+    bool const stacked = isStacked(split.arrangement);
+    auto const between = [&](double fraction) {
+        split.cameraFraction = fraction;
+        auto const panes = splitPanes(split, canvas, padding);
+        return stacked ? turned(strip(turned(panes.camera), turned(panes.screen))) : strip(panes.camera, panes.screen);
+    };
+    PaneDivider divider{.rect = between(split.cameraFraction)};
+    // It goes evenly with the share, and the ends of its way are beyond what is drawn.
+    auto const quarter = between(0.25).center(), way = between(0.75).center() - quarter;
+    divider.noCamera = quarter - way * 0.5;
+    divider.allCamera = quarter + way * 1.5;
+    return divider;
 }
 
 CanvasRect paneAside(CanvasRect pane, SplitArrangement arrangement) {

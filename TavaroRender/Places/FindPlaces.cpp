@@ -3,6 +3,7 @@
 #include <TavaroCore/Project/DemoProject.h>
 #include <TavaroRender/Composition/Private/CameraBubble.h>
 #include <TavaroRender/Composition/Private/FrameState.h>
+#include <TavaroRender/Composition/Private/SplitPanes.h>
 #include <TavaroRender/Layers/Private/LayerList.h>
 
 #include <variant>
@@ -14,6 +15,10 @@ namespace {
 NormalizedRect shareOf(CanvasRect const& rect, Size2 canvas) {
     auto const width = static_cast<double>(canvas.width), height = static_cast<double>(canvas.height);
     return {rect.x / width, rect.y / height, rect.width / width, rect.height / height};
+}
+
+UnitPoint2 shareOf(CanvasPoint const& point, Size2 canvas) {
+    return {point.x / static_cast<double>(canvas.width), point.y / static_cast<double>(canvas.height)};
 }
 
 /// The part of the recording that an overlay is about; null for those that have a place on the canvas.
@@ -41,6 +46,7 @@ struct Finder {
         places.zoom = state.camera;
         findRecording();
         findCamera();
+        findDivider();
         findLayers();
         return std::move(places);
     }
@@ -52,11 +58,10 @@ struct Finder {
         places.shown = shareOf(shownRect(state), state.canvas);
         if (state.cursorPosition) {
             auto const at = canvasPoint(state, *state.cursorPosition);
-            places.pointer = {at.x / static_cast<double>(state.canvas.width),
-                              at.y / static_cast<double>(state.canvas.height)};
+            places.pointer = shareOf(at, state.canvas);
         }
         for (auto const& redaction : state.redactions)
-            places.redactions.push_back({redaction.track->id, onCanvas(redaction.rect)});
+            places.redactions.push_back({redaction.track->id, onCanvas(redaction.track->areaAt(state.source->time))});
         for (auto const* overlay : state.visibleOverlays) {
             if (auto const* area = areaOf(*overlay)) places.overlays.push_back({overlay->id, onCanvas(*area)});
         }
@@ -75,6 +80,13 @@ struct Finder {
             camera.placements[i] = shareOf(rect, state.canvas);
         }
         places.camera = camera;
+    }
+
+    void findDivider() {
+        if (!places.showsRecording || !places.camera || state.splitShare < 1) return;
+        auto const divider = paneDivider(project.effectiveSplit(state.canvas), state.canvas, project.screen.padding);
+        places.divider = {shareOf(divider.rect, state.canvas), shareOf(divider.noCamera, state.canvas),
+                          shareOf(divider.allCamera, state.canvas)};
     }
 
     void findLayers() {

@@ -10,6 +10,11 @@ CanvasRect asCanvas(NormalizedRect const& rect) { return {rect.x, rect.y, rect.w
 
 }
 
+double FramePlaces::Divider::share(UnitPoint2 middle) const {
+    if (isUpright()) return (middle.x - noCamera.x) / (allCamera.x - noCamera.x);
+    return (middle.y - noCamera.y) / (allCamera.y - noCamera.y);
+}
+
 UnitPoint2 FramePlaces::onCanvas(UnitPoint2 const& point) const {
     UnitPoint2 const cropped{(point.x - crop.x) / crop.width, (point.y - crop.y) / crop.height};
     auto const at = canvasPoint(asCanvas(content), zoom, cropped);

@@ -30,6 +30,17 @@ struct FramePlaces {
         bool operator==(Camera const&) const = default;
     };
 
+    /// Between the panes of a split screen.
+    struct Divider {
+        NormalizedRect rect;
+        UnitPoint2 noCamera, allCamera; // its middle, were the camera's share of the canvas 0 or 1
+
+        bool isUpright() const { return noCamera.x != allCamera.x; }
+        /// The camera's share with the divider there.
+        double share(UnitPoint2 middle) const;
+        bool operator==(Divider const&) const = default;
+    };
+
     double editTime = 0; // output seconds of the edit
     Size2 canvas;        // pixels
     bool showsRecording = false;
@@ -38,6 +49,7 @@ struct FramePlaces {
     NormalizedRect shown;               // the part of the canvas that shows it
     CameraState zoom;                   // that the frame is drawn through
     std::optional<Camera> camera;
+    std::optional<Divider> divider;    // while both panes are where they stay
     std::optional<UnitPoint2> pointer; // also where it is not drawn
     std::vector<Item> overlays;        // in the order drawn: what changes the recording, then what lies over all
     std::vector<Item> redactions;

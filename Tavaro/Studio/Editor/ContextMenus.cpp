@@ -4,8 +4,10 @@ namespace tavaro {
 
 namespace {
 
-constexpr std::array film{"addZoom",    "addLoupe",      "-addTitle", "addCallout", "addArrow", "addBox",
-                          "addCaption", "-addRedaction", "addScene",  "-polish",    "undo",     "redo"};
+constexpr std::array film{"addZoom",     "addLoupe",       "-addTitle",  "addCallout",
+                          "addArrow",    "addBox",         "addCaption", "-addRedaction",
+                          "addKeyframe", "removeKeyframe", "addScene",   "-polish",
+                          "-copyFrame",  "saveFrame",      "-undo",      "redo"};
 constexpr std::array clip{"split", "trimStart",  "trimEnd", "-changeSpeed", "speedUp", "slowDown", "holdFrame",
                           "mute",  "-duplicate", "cut",     "copy",         "paste",   "delete"};
 constexpr std::array item{"cut", "copy", "paste", "duplicate", "-delete"};

@@ -1,6 +1,7 @@
 #include <Tavaro/Studio/Editor/EditorCommands.h>
 
 #include <Tavaro/Studio/Editor/EditorSession.h>
+#include <Tavaro/Studio/Editor/ItemEdits.h>
 
 #include <TavaroCore/Editing/ClipEdits.h>
 
@@ -67,6 +68,16 @@ bool hasSpeed(Session const& session) {
     return hasRange(session) || hasSelectedClip(session) || (clip && clip->speed > 0);
 }
 
+KeyframePlace keyframePlace(Session const& session) {
+    if (session.selection().size() != 1) return KeyframePlace::none;
+    return tavaro::keyframePlace(session.document(), session.selection().front(), session.playhead());
+}
+
+using KeyframeEdit = void(DemoProject&, UUID const&, double);
+void editKeyframe(Session& session, char const* title, KeyframeEdit edit) {
+    session.edit(title, [&](DemoProject& project) { edit(project, session.selection().front(), session.playhead()); });
+}
+
 /// What is done by the window around the editor.
 template<auto& name> void want(Session& session) { Q_EMIT session.wanted(QString::fromUtf8(name)); }
 constexpr char exportName[] = "export", exportAgainName[] = "exportAgain", copyFrameName[] = "copyFrame",
@@ -124,6 +135,12 @@ constexpr std::array commands{
                   [](Session& s) { s.add(QStringLiteral("overlay"), QStringLiteral("box")); }},
     ListedCommand{"addCaption", "Add Caption", "Add", "C", hasVideo, add<asNumber(ItemKind::caption)>},
     ListedCommand{"addRedaction", "Hide Area", "Add", "R", hasVideo, add<asNumber(ItemKind::redaction)>},
+    ListedCommand{"addKeyframe", "Add Keyframe", "Add", "P",
+                  [](Session const& s) { return keyframePlace(s) == KeyframePlace::free; },
+                  [](Session& s) { editKeyframe(s, "Add Keyframe", addKeyframe); }},
+    ListedCommand{"removeKeyframe", "Remove Keyframe", "Add", "Shift+P",
+                  [](Session const& s) { return keyframePlace(s) == KeyframePlace::taken; },
+                  [](Session& s) { editKeyframe(s, "Remove Keyframe", removeKeyframe); }},
     ListedCommand{"addScene", "Add Scene Change", "Add", "L", hasVideo, add<asNumber(ItemKind::scene)>},
     ListedCommand{"addCameraMove", "Add Camera Move", "Add", "K",
                   [](Session const& s) { return hasVideo(s) && s.document().usesCamera(); },

@@ -405,4 +405,30 @@ std::optional<UUID> addRedaction(DemoProject& project, double at) {
     return id;
 }
 
+KeyframePlace keyframePlace(DemoProject const& project, UUID const& redaction, double at) {
+    auto const& tracks = *project.redactions;
+    auto const track = std::ranges::find(tracks, redaction, &RedactionTrack::id);
+    auto const* clip = project.timeline.clip(at);
+    if (track == tracks.end() || track->keyframes.empty() || !clip) return KeyframePlace::none;
+    double const source = *project.timeline.sourceTime(at);
+    bool const isThere = source >= track->start && source <= track->end;
+    if (!isThere || (track->asset && *track->asset != clip->asset)) return KeyframePlace::none;
+    return track->keyframeAt(source) ? KeyframePlace::taken : KeyframePlace::free;
+}
+
+void addKeyframe(DemoProject& project, UUID const& redaction, double at) {
+    if (keyframePlace(project, redaction, at) != KeyframePlace::free) return;
+    auto& tracks = project.redactions.edit();
+    std::ranges::find(tracks, redaction, &RedactionTrack::id)->ensureKeyframe(*project.timeline.sourceTime(at));
+}
+
+void removeKeyframe(DemoProject& project, UUID const& redaction, double at) {
+    if (keyframePlace(project, redaction, at) != KeyframePlace::taken) return;
+    auto& tracks = project.redactions.edit();
+    auto& keyframes = std::ranges::find(tracks, redaction, &RedactionTrack::id)->keyframes;
+    auto const place =
+        std::ranges::find(tracks, redaction, &RedactionTrack::id)->keyframeAt(*project.timeline.sourceTime(at));
+    if (keyframes.size() > 1 && place) keyframes.erase(keyframes.begin() + static_cast<std::ptrdiff_t>(*place));
+}
+
 }

@@ -49,4 +49,12 @@ UUID addCameraMove(DemoProject& project, double at);
 /// None where no recording is shown.
 std::optional<UUID> addRedaction(DemoProject& project, double at);
 
+/// Whether a hidden area is there at a time of the film, so that it can get a keyframe, or has one.
+enum class KeyframePlace { none, free, taken };
+KeyframePlace keyframePlace(DemoProject const& project, UUID const& redaction, double at);
+/// From there on it is moved from its place at that time, and no longer as a whole.
+void addKeyframe(DemoProject& project, UUID const& redaction, double at);
+/// Its last one stays.
+void removeKeyframe(DemoProject& project, UUID const& redaction, double at);
+
 }

@@ -11,13 +11,6 @@ namespace {
 constexpr double catchReach = 7; // points
 constexpr double leastSide = 8;
 
-FilmThing movedThing(FilmThing thing, UnitPoint2 by) {
-    for (auto* point : {&thing.from, &thing.to}) *point = {point->x + by.x, point->y + by.y};
-    thing.rect.x += by.x;
-    thing.rect.y += by.y;
-    return thing;
-}
-
 /// Along the axis, on the screen, on which it goes further.
 UnitPoint2 alongAxis(UnitPoint2 by, PointSize point) {
     bool const isAcross = std::abs(by.x) / point.x >= std::abs(by.y) / point.y;
@@ -74,7 +67,8 @@ FilmDragged FilmDrag::to(FilmPointer const& pointer) const {
 FilmDragged FilmDrag::moved(UnitPoint2 by, FilmPointer const& pointer) const {
     FilmDragged result;
     if (pointer.keepsShape) by = alongAxis(by, pointer.point);
-    auto const rect = movedThing(dragged_.front(), by).rect;
+    auto const& held = dragged_.front();
+    auto const rect = movedBy(held, by).rect;
     auto const caught = [&](NormalizedRect const& place) {
         return std::abs(place.center().x - rect.center().x) <= 2 * catchReach * pointer.point.x &&
                std::abs(place.center().y - rect.center().y) <= 2 * catchReach * pointer.point.y;
@@ -83,16 +77,18 @@ FilmDragged FilmDrag::moved(UnitPoint2 by, FilmPointer const& pointer) const {
     if (!pointer.isFree && placement != placements_.end()) {
         by = {by.x + placement->x - rect.x, by.y + placement->y - rect.y};
     } else if (!pointer.isFree) {
+        bool const isDivider = held.kind == ThingKind::divider;
         double const across[] = {rect.x, rect.center().x, rect.maxX()}, down[] = {rect.y, rect.center().y, rect.maxY()};
         auto const x = magnets_.pull(FilmGuide::Way::vertical, across, catchReach * pointer.point.x);
         auto const y = magnets_.pull(FilmGuide::Way::horizontal, down, catchReach * pointer.point.y);
-        bool const staysLevel = pointer.keepsShape && by.y == 0, staysUpright = pointer.keepsShape && by.x == 0;
+        bool const staysLevel = isDivider ? held.isUpright() : pointer.keepsShape && by.y == 0;
+        bool const staysUpright = isDivider ? !held.isUpright() : pointer.keepsShape && by.x == 0;
         if (x && !staysUpright) by.x += x->by;
         if (y && !staysLevel) by.y += y->by;
         if (x && !staysUpright) result.guides.push_back(x->guide);
         if (y && !staysLevel) result.guides.push_back(y->guide);
     }
-    for (auto const& thing : dragged_) result.things.push_back(movedThing(thing, by));
+    for (auto const& thing : dragged_) result.things.push_back(movedBy(thing, by));
     return result;
 }
 

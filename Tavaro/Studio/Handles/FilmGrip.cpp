@@ -7,8 +7,9 @@ namespace tavaro {
 
 namespace {
 
-constexpr double gripReach = 9;   // points around a grip
-constexpr double bodyReach = 4;   // points around a body, so that small things can be hit
+constexpr double gripReach = 9; // points around a grip
+constexpr double bodyReach = 4; // points around a body, so that small things can be hit
+constexpr double dividerReach = 7;
 constexpr double arrowReach = 14; // points beside an arrow's line
 
 constexpr FilmGrip corners[] = {FilmGrip::topLeft, FilmGrip::topRight, FilmGrip::bottomRight, FilmGrip::bottomLeft};
@@ -39,7 +40,8 @@ double distanceFromLine(UnitPoint2 at, FilmThing const& arrow, PointSize point) 
 bool isOn(FilmThing const& thing, UnitPoint2 at, PointSize point) {
     if (thing.kind == ThingKind::arrow) return distanceFromLine(at, thing, point) <= arrowReach;
     auto const& rect = thing.rect;
-    double const x = bodyReach * point.x, y = bodyReach * point.y;
+    double const reach = thing.kind == ThingKind::divider ? dividerReach : bodyReach;
+    double const x = reach * point.x, y = reach * point.y;
     return at.x >= rect.x - x && at.x <= rect.maxX() + x && at.y >= rect.y - y && at.y <= rect.maxY() + y;
 }
 
@@ -64,6 +66,7 @@ GripSides sidesOf(FilmGrip grip) {
 
 std::vector<PlacedGrip> gripsOf(FilmThing const& thing) {
     if (thing.kind == ThingKind::arrow) return {{FilmGrip::from, thing.from}, {FilmGrip::to, thing.to}};
+    if (thing.kind == ThingKind::divider) return {{FilmGrip::body, thing.rect.center()}};
     std::vector<PlacedGrip> grips;
     for (auto const corner : corners) grips.push_back({corner, placeOf(thing.rect, corner)});
     if (!hasEdges(thing.kind)) return grips;

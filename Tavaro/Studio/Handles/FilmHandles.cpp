@@ -17,6 +17,7 @@ namespace tavaro {
 namespace {
 
 Qt::CursorShape cursorOf(FilmHit const& hit) {
+    if (hit.thing.kind == ThingKind::divider) return hit.thing.isUpright() ? Qt::SplitHCursor : Qt::SplitVCursor;
     auto const sides = sidesOf(hit.grip);
     if (hit.grip == FilmGrip::from || hit.grip == FilmGrip::to) return Qt::CrossCursor;
     if (sides.x == 0 && sides.y == 0) return Qt::SizeAllCursor;

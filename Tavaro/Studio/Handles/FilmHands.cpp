@@ -41,14 +41,6 @@ std::string nounOf(DemoProject const& project, FilmThing const& thing) {
     return thing.kind == ThingKind::caption ? "Captions" : inWords(nameOf(thing.kind));
 }
 
-FilmThing movedBy(FilmThing thing, UnitPoint2 by) {
-    thing.rect.x += by.x;
-    thing.rect.y += by.y;
-    thing.from = {thing.from.x + by.x, thing.from.y + by.y};
-    thing.to = {thing.to.x + by.x, thing.to.y + by.y};
-    return thing;
-}
-
 FilmThing grownBy(FilmThing thing, double factor) {
     auto const middle = thing.rect.center();
     auto const from = [&](UnitPoint2 point) { return UnitPoint2::lerp(middle, point, factor); };
@@ -69,7 +61,7 @@ void FilmHands::see(std::shared_ptr<FramePlaces const> places) {
 
 void FilmHands::refresh() {
     auto const& selection = session_.selection();
-    if (!selection.empty()) isCameraChosen_ = false;
+    if (!selection.empty()) chosen_.reset();
     things_.clear();
     if (places_) things_ = thingsOf(session_.document(), *places_, {selection, tool_ == FilmTool::crop});
     for (auto& thing : things_) {
@@ -82,7 +74,7 @@ void FilmHands::refresh() {
 
 bool FilmHands::isSelected(FilmThing const& thing) const {
     if (thing.kind == ThingKind::crop) return true;
-    if (thing.id == UUID()) return isCameraChosen_;
+    if (thing.id == UUID()) return chosen_ == thing.kind;
     return std::ranges::find(session_.selection(), thing.id) != session_.selection().end();
 }
 
@@ -115,10 +107,10 @@ std::optional<FilmHit> FilmHands::hit(FilmPointer const& pointer) const {
 
 void FilmHands::select(FilmThing const& thing, Select how) {
     if (thing.kind == ThingKind::crop) return;
-    if (thing.id == UUID()) { // the camera's picture, which is no item
+    if (thing.id == UUID()) { // the camera's picture or the divider, which are no items
         session_.clearSelection();
-        isCameraChosen_ = true;
-        session_.setInspector(QStringLiteral("camera"));
+        chosen_ = thing.kind;
+        if (thing.kind == ThingKind::camera) session_.setInspector(QStringLiteral("camera"));
     } else {
         session_.select(std::vector{thing.id},
                         how == Select::also ? EditorSession::Select::also : EditorSession::Select::only);
@@ -131,7 +123,7 @@ void FilmHands::press(FilmPointer const& pointer, Select how) {
     press_ = Press{pointer, tool_ == FilmTool::hide ? std::nullopt : hit(pointer), std::nullopt};
     if (tool_ != FilmTool::select) return;
     if (!press_->hit) {
-        isCameraChosen_ = false;
+        chosen_.reset();
         session_.clearSelection();
         return refresh();
     }

@@ -90,7 +90,7 @@ private:
     std::vector<FilmThing> expected_; // where edits put them, until a picture shows it
     std::vector<FilmGuide> guides_;
     std::optional<NormalizedRect> drawn_;
-    bool isCameraChosen_ = false; // the camera's picture where no move put it there
+    std::optional<ThingKind> chosen_; // of what is no item: the camera's picture where no move put it there, a divider
 
     std::optional<Press> press_;
     std::optional<FilmDrag> drag_;

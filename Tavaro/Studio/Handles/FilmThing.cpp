@@ -54,6 +54,7 @@ public:
         addOverlays(ThingKind::area);
         addLoupes();
         addCamera();
+        addDivider();
         addOverlays(ThingKind::arrow);
         addOverlays(ThingKind::text);
         if (places_.caption)
@@ -90,6 +91,19 @@ private:
         if (!places_.camera || places_.camera->isPane) return;
         auto const* move = moveInForce(project_, places_.editTime);
         add({.kind = ThingKind::camera, .id = move ? move->id : UUID(), .rect = places_.camera->rect});
+    }
+
+    void addDivider() {
+        if (!places_.divider) return;
+        auto const& rect = places_.divider->rect;
+        auto const middle = rect.center();
+        FilmThing divider{
+            .kind = ThingKind::divider, .rect = rect, .from = {rect.x, middle.y}, .to = {rect.maxX(), middle.y}};
+        if (places_.divider->isUpright()) {
+            divider.from = {middle.x, rect.y};
+            divider.to = {middle.x, rect.maxY()};
+        }
+        add(divider);
     }
 
     void addOverlays(ThingKind kind) {
@@ -135,6 +149,14 @@ template<class Project, class Visit> void visitText(Project& project, UUID const
 
 }
 
+FilmThing movedBy(FilmThing thing, UnitPoint2 by) {
+    if (thing.kind == ThingKind::divider) (thing.isUpright() ? by.y : by.x) = 0;
+    for (auto* point : {&thing.from, &thing.to}) *point = {point->x + by.x, point->y + by.y};
+    thing.rect.x += by.x;
+    thing.rect.y += by.y;
+    return thing;
+}
+
 std::vector<FilmThing> thingsOf(DemoProject const& project, FramePlaces const& places, ThingsWanted const& wanted) {
     return Finder(project, places, wanted).find();
 }
@@ -150,6 +172,7 @@ CameraMove const* moveInForce(DemoProject const& project, double editTime) {
 std::string nameOf(DemoProject const& project, FilmThing const& thing) {
     if (thing.kind == ThingKind::camera) return "Camera";
     if (thing.kind == ThingKind::crop) return "Crop";
+    if (thing.kind == ThingKind::divider) return "Divider of camera and screen";
     std::string name;
     visitItem(project, thing.id, [&](auto const& item) { name = titleOf(item); });
     return name;

@@ -16,22 +16,28 @@ struct CameraMove;
 struct DemoProject;
 struct FramePlaces;
 
-enum class ThingKind { zoom, redaction, area, loupe, camera, arrow, text, caption, crop };
+enum class ThingKind { zoom, redaction, area, loupe, camera, divider, arrow, text, caption, crop };
 
-constexpr std::array<std::string_view, 9> namesOf(ThingKind) {
-    return {"zoom", "redaction", "area", "loupe", "camera", "arrow", "text", "caption", "crop"};
+constexpr std::array<std::string_view, 10> namesOf(ThingKind) {
+    return {"zoom", "redaction", "area", "loupe", "camera", "divider", "arrow", "text", "caption", "crop"};
 }
 
 /// What can be taken hold of on a picture of the film. Places are shares of the canvas.
 struct FilmThing {
     ThingKind kind = ThingKind::text;
-    UUID id;             // of its item; of the camera, the move that put it there, if one did; of the crop none
+    UUID id;             // of its item; of the camera, the move that put it there, if one did; of crop, divider none
     NormalizedRect rect; // of an arrow, around its ends
-    UnitPoint2 from, to; // of an arrow
+    UnitPoint2 from, to; // of an arrow; of a divider, its ends
+
+    /// Of a divider: whether it goes across, between what stands side by side.
+    bool isUpright() const { return from.x == to.x; }
 
     bool isSame(FilmThing const& other) const { return kind == other.kind && id == other.id; }
     bool operator==(FilmThing const&) const = default;
 };
+
+/// As far as it goes that way: a divider goes one way only.
+FilmThing movedBy(FilmThing thing, UnitPoint2 by);
 
 /// Which things there are besides those that the frame shows.
 struct ThingsWanted {

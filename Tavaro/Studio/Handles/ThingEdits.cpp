@@ -110,6 +110,18 @@ void changeCamera(DemoProject& project, ThingChange const& change, FramePlaces c
         place(project.camera, change, places);
 }
 
+/// A film that is split for some scenes only goes on to begin as it does: its layout alone would split it from there.
+void changeDivider(DemoProject& project, ThingChange const& change, FramePlaces const& places) {
+    if (!places.divider) return;
+    constexpr double smallest = CanvasLayout::Split::smallestPane, beginning = 0.001;
+    auto split = project.effectiveSplit(places.canvas);
+    split.cameraFraction = std::clamp(places.divider->share(change.becomes.rect.center()), smallest, 1 - smallest);
+    auto const isFirst = [](LayoutCue const& cue) { return cue.time <= beginning; };
+    if (!project.layout.isSplit() && std::ranges::none_of(project.layoutCues, isFirst))
+        project.layoutCues.insert(project.layoutCues.begin(), {.time = 0, .scene = project.baseScene()});
+    project.layout.content = split;
+}
+
 void changeText(Overlay& overlay, ThingChange const& change) {
     overlay.fontSize = grownFont(overlay.fontSize, change, most<Overlay>("fontSize"));
     overlay.position = change.becomes.rect.center().clamped();
@@ -135,21 +147,15 @@ void changeArea(Overlay& overlay, ThingChange const& change, FramePlaces const& 
         overlay.kind.content);
 }
 
-/// An area that follows something keeps following it, from where it is put.
-void changeRedaction(RedactionTrack& track, ThingChange const& change, FramePlaces const& places) {
-    auto const was = places.onRecording(change.was.rect);
+/// One that stays where it is does so elsewhere; one that moves does so from the picture that is looked at, where it
+/// gets a keyframe.
+void changeRedaction(DemoProject& project, ThingChange const& change, FramePlaces const& places) {
+    auto* track = find(project.redactions.edit(), change.was.id);
     auto const now = onRecording(change, places, wholeFrame, leastArea);
-    if (track.keyframes.size() == 1) {
-        track.keyframes.front().rect = now;
-        return;
-    }
-    for (auto& each : track.keyframes) {
-        auto& rect = each.rect;
-        rect.width = std::clamp(rect.width + now.width - was.width, leastArea, 1.0);
-        rect.height = std::clamp(rect.height + now.height - was.height, leastArea, 1.0);
-        rect.x = std::clamp(rect.x + now.x - was.x, 0.0, 1 - rect.width);
-        rect.y = std::clamp(rect.y + now.y - was.y, 0.0, 1 - rect.height);
-    }
+    auto const source = project.timeline.sourceTime(places.editTime);
+    if (!track || track->keyframes.empty()) return;
+    bool const moves = track->keyframes.size() > 1 && source;
+    (moves ? track->ensureKeyframe(*source) : track->keyframes.front()).rect = now;
 }
 
 void changeCrop(DemoProject& project, ThingChange const& change, FramePlaces const& places) {
@@ -172,9 +178,7 @@ void carryOut(ThingChange const& change, DemoProject& project, FramePlaces const
     case ThingKind::loupe:
         if (auto* zoom = find(project.zoomEvents, id)) changeLoupe(*zoom, change, places);
         break;
-    case ThingKind::redaction:
-        if (auto* track = find(project.redactions.edit(), id)) changeRedaction(*track, change, places);
-        break;
+    case ThingKind::redaction: changeRedaction(project, change, places); break;
     case ThingKind::area:
         if (auto* overlay = find(project.overlays, id)) changeArea(*overlay, change, places);
         break;
@@ -186,6 +190,7 @@ void carryOut(ThingChange const& change, DemoProject& project, FramePlaces const
         break;
     case ThingKind::caption: changeCaptions(project.captions, change); break;
     case ThingKind::camera: changeCamera(project, change, places); break;
+    case ThingKind::divider: changeDivider(project, change, places); break;
     case ThingKind::crop: changeCrop(project, change, places); break;
     }
 }

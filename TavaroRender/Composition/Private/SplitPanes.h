@@ -17,6 +17,13 @@ struct SplitPanes {
 /// so that no background shows through the seam.
 SplitPanes splitPanes(CanvasLayout::Split const& split, Size2 canvas, double padding);
 
+/// The strip between the panes.
+struct PaneDivider {
+    CanvasRect rect;                 // at least as wide as the seam
+    CanvasPoint noCamera, allCamera; // its middle, were the camera's share 0 or 1
+};
+PaneDivider paneDivider(CanvasLayout::Split split, Size2 canvas, double padding);
+
 /// A pane moved some of its own size toward the canvas's edge that it lies at: where it comes in from.
 CanvasRect paneAside(CanvasRect pane, SplitArrangement arrangement);
 

@@ -233,6 +233,30 @@ TEST_F(FramePlacesTest, theCamerasPictureIsWhereItIsDrawn) {
     EXPECT_EQ(seen, 16);
 }
 
+TEST_F(FramePlacesTest, theDividerOfASplitScreenIsBetweenItsPanesAndKnowsTheShareOfTheCamera) {
+    for (int round = 0; round < 24; ++round) {
+        SCOPED_TRACE(round);
+        painter.resize(canvases[round % 3]);
+        auto project = look();
+        project.screen.padding = round % 2 ? chance(0, 0.2) : 0;
+        project.cameraAsset = "camera.mp4";
+        double const share = chance(0.1, 0.9);
+        project.layout.content = CanvasLayout::Split{static_cast<SplitArrangement>(round % 4), share};
+        painter.show(project);
+        places = painter.places(at);
+        ASSERT_TRUE(places.divider && places.camera);
+        EXPECT_NEAR(places.divider->share(places.divider->rect.center()), share, 1e-9);
+        auto const &camera = places.camera->rect, &divider = places.divider->rect;
+        bool const isFirst = round % 4 == 0 || round % 4 == 2;
+        double const near = 3.0 / 360;
+        if (places.divider->isUpright())
+            EXPECT_NEAR(isFirst ? divider.x : divider.maxX(), isFirst ? camera.maxX() : camera.x, near);
+        else
+            EXPECT_NEAR(isFirst ? divider.y : divider.maxY(), isFirst ? camera.maxY() : camera.y, near);
+        EXPECT_EQ(places.divider->isUpright(), round % 4 > 1);
+    }
+}
+
 TEST_F(FramePlacesTest, aZoomShowsWhatItsWindowSays) {
     int zooms = 0;
     for (int round = 0; round < 40; ++round) {

@@ -261,6 +261,85 @@ TEST_F(FilmHandsTest, anAreaIsDrawnToBeHiddenAndTheCropIsDragged) {
     EXPECT_FALSE(editor.document().sourceCrop);
 }
 
+TEST_F(FilmHandsTest, aHiddenAreaThatMovesIsMovedAtThatMomentAloneAndOneThatStaysAsAWhole) {
+    auto const track = [&]() -> RedactionTrack const& { return editor.document().redactions->front(); };
+    auto const id = track().id;
+    hands.select({.kind = ThingKind::redaction, .id = id});
+    auto const first = track().keyframes.front().rect;
+    drag(pointOn(*find(ThingKind::redaction)), {0.1, 0});
+    ASSERT_EQ(track().keyframes.size(), 1u);
+    EXPECT_GT(track().keyframes.front().rect.x, first.x + 0.05);
+    editor->undo();
+
+    EXPECT_FALSE(editor.isEnabled("removeKeyframe"));
+    editor->setPlayhead(2);
+    editor.run("addKeyframe");
+    EXPECT_FALSE(editor.isEnabled("addKeyframe")) << "there is one now";
+    editor->setPlayhead(moment);
+    see();
+    auto const shown = find(ThingKind::redaction)->rect;
+    drag(pointOn(*find(ThingKind::redaction)), {0.1, 0.05});
+    ASSERT_EQ(track().keyframes.size(), 3u);
+    EXPECT_EQ(track().areaAt(0), first);
+    EXPECT_EQ(track().areaAt(2), first);
+    EXPECT_EQ(track().keyframes.back().t, moment);
+    EXPECT_NEAR(find(ThingKind::redaction)->rect.x, shown.x + 0.1, 1e-9)
+        << "it is held where it is, not where it came by";
+    hands.nudge(8, 0);
+    hands.rest();
+    EXPECT_EQ(track().keyframes.size(), 3u) << "the same keyframe";
+    EXPECT_GT(track().areaAt(3).x, first.x) << "it is on its way";
+
+    editor->setPlayhead(6);
+    editor->jump(false);
+    EXPECT_NEAR(editor->playhead(), moment, 1e-9) << "keyframes of what is selected are edges";
+    editor.run("removeKeyframe");
+    EXPECT_EQ(track().areaAt(moment), first);
+    while (editor.project->undoName()) editor->undo();
+    EXPECT_EQ(track().keyframes.size(), 1u);
+}
+
+TEST_F(FilmHandsTest, theDividerOfASplitScreenIsDraggedAlongItsWay) {
+    for (std::size_t i = 0; i < namesOf(SplitArrangement{}).size(); ++i) {
+        auto const arrangement = static_cast<SplitArrangement>(i);
+        SCOPED_TRACE(nameOf(arrangement));
+        editor->edit("Split", [&](DemoProject& project) {
+            project.layout.content = CanvasLayout::Split{arrangement, 0.4};
+        });
+        see();
+        auto const share = [&] {
+            return std::get<CanvasLayout::Split>(editor.document().layout.content).cameraFraction;
+        };
+        auto const was = find(ThingKind::divider)->rect;
+        EXPECT_EQ(find(ThingKind::divider)->isUpright(), was.height > was.width);
+        drag(pointOn(*find(ThingKind::divider)), {0.12, 0.12});
+        EXPECT_EQ(editor->undoName(), "Move Divider");
+        auto const now = find(ThingKind::divider)->rect;
+        EXPECT_NEAR(now.center().x - was.center().x, was.height > was.width ? 0.12 : 0, 1e-6);
+        EXPECT_NEAR(now.center().y - was.center().y, was.height > was.width ? 0 : 0.12, 1e-6);
+        drag(pointOn(*find(ThingKind::divider)), {3, 3});
+        EXPECT_TRUE(share() == 0.1 || share() == 0.9) << "both panes stay, " << share();
+        editor->undo(), editor->undo(), editor->undo();
+        see();
+    }
+}
+
+TEST_F(FilmHandsTest, aFilmThatIsSplitForAWhileOnlyStillBeginsAsItDoesWhenTheDividerIsMoved) {
+    editor->edit("Split",
+                 [](DemoProject& project) { project.layoutCues = {{.time = 3, .scene = SceneLayout::split}}; });
+    see();
+    auto const begins = painter.places(1);
+    drag(pointOn(*find(ThingKind::divider)), {-0.1, 0});
+    EXPECT_TRUE(editor.document().layout.isSplit());
+    EXPECT_EQ(painter.places(1).camera, begins.camera);
+    EXPECT_EQ(painter.places(1).content, begins.content);
+    EXPECT_EQ(editor.document().layoutCues.size(), 2u);
+    drag(pointOn(*find(ThingKind::divider)), {-0.1, 0});
+    EXPECT_EQ(editor.document().layoutCues.size(), 2u);
+    editor->undo(), editor->undo();
+    EXPECT_FALSE(editor.document().layout.isSplit());
+}
+
 TEST_F(FilmHandsTest, aSelectedZoomIsSeenAsAFrameOnTheWholePicture) {
     EXPECT_EQ(hands.view(), FilmView{});
     auto const id = now().zoomEvents[0].id;
