@@ -35,7 +35,7 @@ ApplicationWindow {
     Shortcut { sequences: ["Ctrl+,"]; onActivated: window.goTo("settings", -1) }
     Shortcut { sequences: ["Ctrl+?"]; onActivated: shortcuts.open() }
     Shortcut { sequence: "F1"; enabled: window.place !== "project"; onActivated: shortcuts.open() }
-    Shortcut { sequences: [StandardKey.Quit]; onActivated: window.close() }
+    Shortcut { sequences: ["Ctrl+Q"]; onActivated: window.close() }
 
     Connections {
         target: Studio

@@ -7,11 +7,56 @@
 #include <TavaroCore/Records/JSON.h>
 
 #include <QAbstractItemModelTester>
+#include <QDirIterator>
+#include <QFile>
 #include <QKeySequence>
+#include <QMetaEnum>
+#include <QRegularExpression>
 
+#include <algorithm>
 #include <set>
+#include <vector>
 
 using namespace tavaro;
+
+namespace {
+
+QStringList texts(QList<QKeySequence> const& keys) {
+    QStringList result;
+    for (auto const& each : keys) result.push_back(each.toString(QKeySequence::NativeText));
+    return result;
+}
+
+/// The keys of all `Shortcut`s of the pages but those of the editor's commands; a standard key counts by any of its
+/// own.
+std::vector<QStringList> shortcutsOfPages() {
+    static QRegularExpression const written(QStringLiteral("Shortcut \\{\\s*sequences?: (\\[[^\\]]*\\]|\"[^\"]*\")"));
+    static QRegularExpression const part(QStringLiteral("\"([^\"]+)\"|StandardKey\\.(\\w+)"));
+    std::vector<QStringList> found;
+    QDirIterator pages(QStringLiteral(TAVARO_PAGES), {QStringLiteral("*.qml")});
+    while (pages.hasNext()) {
+        QFile page(pages.next());
+        if (!page.open(QIODevice::ReadOnly)) continue;
+        auto const text = QString::fromUtf8(page.readAll());
+        for (auto shortcuts = written.globalMatch(text); shortcuts.hasNext();) {
+            for (auto parts = part.globalMatch(shortcuts.next().captured(1)); parts.hasNext();) {
+                auto const key = parts.next();
+                QStringList keys{key.captured(1)};
+                if (!key.captured(2).isEmpty()) {
+                    bool isKnown = false;
+                    auto const standard = QMetaEnum::fromType<QKeySequence::StandardKey>().keyToValue(
+                        key.captured(2).toUtf8().constData(), &isKnown);
+                    EXPECT_TRUE(isKnown) << key.captured(2).toStdString();
+                    keys = texts(QKeySequence::keyBindings(static_cast<QKeySequence::StandardKey>(standard)));
+                }
+                found.push_back(keys);
+            }
+        }
+    }
+    return found;
+}
+
+}
 
 TEST(EditorMenus, contextMenusOfferCommandsThatThereAreEachOnce) {
     TestEditor const editor(shortFilm());
@@ -61,6 +106,29 @@ TEST(EditorMenus, theSheetHasEveryShortcutAndFindsItByAnyOfItsWords) {
     EXPECT_EQ(titles, std::set{QStringLiteral("Split Clip")});
     sheet.setSought(QStringLiteral("no such key"));
     EXPECT_EQ(sheet.count(), 0);
+}
+
+TEST(EditorMenus, theSheetHasEveryShortcutOfThePagesAndNoOthers) {
+    ShortcutList const sheet;
+    QStringList listed, own; // own: of pages, not of what has the keyboard
+    for (int row = 0; row < sheet.rowCount(); ++row) {
+        auto const role = [&](char const* name) {
+            return sheet.index(row).data(sheet.roleNames().key(name)).toString();
+        };
+        auto const keys = role("keys").split(QStringLiteral(" / "));
+        listed += keys;
+        if (role("group") == QLatin1String("Window") || role("group") == QLatin1String("Play")) own += keys;
+    }
+    auto const pages = shortcutsOfPages();
+    EXPECT_GT(pages.size(), 10u);
+    for (auto const& keys : pages) {
+        auto const isListed = [&](QString const& key) { return listed.contains(key); };
+        EXPECT_TRUE(std::ranges::any_of(keys, isListed)) << keys.join(QLatin1Char(' ')).toStdString();
+    }
+    for (auto const& key : own) {
+        auto const isOfPage = [&](QStringList const& keys) { return keys.contains(key); };
+        EXPECT_TRUE(std::ranges::any_of(pages, isOfPage)) << key.toStdString();
+    }
 }
 
 TEST(EditorMenus, speedsAreThoseOfWhatIsInHandAndDoubleEachTime) {
