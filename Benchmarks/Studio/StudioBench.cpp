@@ -2,6 +2,7 @@
 #include <Benchmarks/Studio/PreviewBench.h>
 #include <Benchmarks/Studio/ProgramBench.h>
 #include <Benchmarks/Studio/TimelineBench.h>
+#include <Benchmarks/Studio/TranscriptBench.h>
 
 #include <QGuiApplication>
 
@@ -19,6 +20,7 @@ int main(int argc, char** argv) {
     for (auto const& [name, bench] : {std::pair{"preview", &tavaro::benchPreview},
                                       {"timeline", &tavaro::benchTimeline},
                                       {"desk", &tavaro::benchDesk},
+                                      {"transcript", &tavaro::benchTranscript},
                                       {"program", &tavaro::benchProgram}}) {
         if (wanted.empty() || std::ranges::find(wanted, name) != wanted.end()) bench();
     }

@@ -41,8 +41,8 @@ std::vector<TimelineWord> timelineWords(DemoProject const& project) {
         if (!std::isfinite(words[i].start) || !std::isfinite(words[i].end)) continue;
         for (auto const& range : visibleRanges(words[i], shown)) result.push_back({words[i], range, i});
     }
-    std::stable_sort(result.begin(), result.end(),
-                     [](TimelineWord const& a, TimelineWord const& b) { return a.range.start < b.range.start; });
+    auto const start = [](TimelineWord const& word) { return word.range.start; };
+    if (!std::ranges::is_sorted(result, {}, start)) std::ranges::stable_sort(result, {}, start);
     return result;
 }
 

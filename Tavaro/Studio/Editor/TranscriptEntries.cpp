@@ -10,7 +10,6 @@
 #include <algorithm>
 #include <cmath>
 #include <string_view>
-#include <unordered_map>
 #include <utility>
 
 namespace tavaro {
@@ -23,7 +22,13 @@ constexpr double pauseOfParagraphs = 1.2; // seconds
 constexpr std::size_t fullParagraph = 40; // entries, from which on it ends with a sentence
 constexpr std::size_t longestParagraph = 90;
 
+/// Without anything that could be a blank, as nearly all words are.
+bool isPlain(std::string_view text) {
+    return std::ranges::all_of(text, [](char c) { return c > ' ' && c <= '~'; });
+}
+
 std::string onOneLine(std::string_view text) {
+    if (isPlain(text)) return std::string(text);
     std::string line;
     for (auto const word : writtenWords(text)) line.append(line.empty() ? "" : " ").append(word);
     return line;
@@ -90,19 +95,18 @@ std::vector<TranscriptEntry> transcriptEntries(DemoProject const& project, CutWo
     auto const shown = timelineWords(project);
     Writing writing{.words = (*project.transcript)->words, .isShown = {}, .cutWords = cutWords};
     writing.isShown.resize(writing.words.size());
-    std::unordered_map<std::size_t, std::size_t> lastPlace; // of a word of the transcript among those shown
+    std::vector<std::size_t> lastPlace(writing.words.size()), occurrences(writing.words.size()); // of its words
     for (std::size_t i = 0; i < shown.size(); ++i) {
         writing.isShown[shown[i].index] = true;
         lastPlace[shown[i].index] = i;
     }
     writing.entries.reserve(writing.words.size() + writing.words.size() / 8);
     writing.addCutWords(0);
-    std::unordered_map<std::size_t, std::size_t> occurrences;
     for (std::size_t i = 0; i < shown.size(); ++i) {
         auto const& word = shown[i];
         if (i > 0) writing.addPause({writing.spokenUntil, word.range.start - writing.spokenUntil});
         writing.addWord(word, occurrences[word.index]++);
-        if (lastPlace.at(word.index) == i) writing.addCutWords(word.index + 1);
+        if (lastPlace[word.index] == i) writing.addCutWords(word.index + 1);
     }
     return std::move(writing.entries);
 }

@@ -30,6 +30,12 @@ bool concernsWords(ChangedFields const& fields) {
     return fields.contains("transcript") || fields.contains("timeline") || fields.contains("assetDurations");
 }
 
+/// In a view's characters.
+int lengthOf(std::string const& text) {
+    auto const isASCII = [](char c) { return static_cast<unsigned char>(c) < 0x80; };
+    return static_cast<int>(std::ranges::all_of(text, isASCII) ? std::ssize(text) : toQString(text).size());
+}
+
 std::size_t contentOf(TranscriptEntry const& entry) {
     auto content = hashOf(entry.text);
     detail::mixHash(content, static_cast<std::size_t>(entry.kind));
@@ -82,7 +88,7 @@ void TranscriptModel::arrange() {
         ++paragraphs_.back().count;
         detail::mixHash(rows.back().content, contentOf(each));
         positions_.push_back(position);
-        position += static_cast<int>(toQString(each.text).size()) + 1;
+        position += lengthOf(each.text) + 1;
         if (each.kind == Kind::word) words_.push_back(i);
     }
     showRows(rows);
@@ -130,12 +136,12 @@ QVariant TranscriptModel::data(QModelIndex const& index, int role) const {
 }
 
 QString TranscriptModel::textOf(Paragraph const& paragraph) const {
-    QString text;
+    std::string text;
     for (int i = 0; i < paragraph.count; ++i) {
-        if (i > 0) text += QLatin1Char(' ');
-        text += textOf(paragraph.first + i);
+        if (i > 0) text += ' ';
+        text += entry(paragraph.first + i).text;
     }
-    return text;
+    return toQString(text);
 }
 
 QString TranscriptModel::htmlOf(Paragraph const& paragraph) const {
