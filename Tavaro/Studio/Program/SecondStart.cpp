@@ -27,9 +27,7 @@ Start received(UnixSocket const& socket) {
     LineReader lines(socket, longest);
     auto const line = lines.next(patience);
     if (!line) throw Error("A second start said nothing.");
-    auto start = decodeJSON<Start>(*line);
-    socket.sendAll(taken, patience);
-    return start;
+    return decodeJSON<Start>(*line);
 }
 
 }
@@ -56,12 +54,15 @@ SecondStart::SecondStart(MainQueue& queue, std::function<void(Start const&)> sta
 }
 
 void SecondStart::accept() {
-    auto socket = listener_.accept();
-    if (!socket) return;
-    side_.ask([socket = std::make_shared<UnixSocket>(*std::move(socket))] { return received(*socket); },
-              [this](Outcome<Start> const& start) {
+    auto accepted = listener_.accept();
+    if (!accepted) return;
+    auto const socket = std::make_shared<UnixSocket>(*std::move(accepted));
+    side_.ask([socket] { return received(*socket); },
+              [this, socket](Outcome<Start> const& start) {
                   try {
                       started_(start.value());
+                      // Not before: what ends meanwhile has taken nothing.
+                      side_.ask([socket] { return socket->sendAll(taken, patience); }, [](Outcome<bool> const&) {});
                   } catch (Error const& error) {
                       spdlog::warn("{}", error.what());
                   }

@@ -137,6 +137,7 @@ void Studio::setClosed(bool isClosed) {
 void Studio::end() {
     if (isEnding_) return;
     isEnding_ = true;
+    starts_.reset(); // who starts the program from here on waits until it has ended, and gets a window
     exports_.end();
     if (agents_) agents_->beginToEnd();
     recorder_.recorder()->settle([] {}); // a take that was thrown away is not saved
