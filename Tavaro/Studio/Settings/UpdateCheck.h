@@ -32,7 +32,6 @@ class UpdateCheck : public QObject {
 public:
     struct Settings {
         QString program; // this one's file
-        QString version; // of it
         QString ownerQuery = QStringLiteral("dpkg-query");
         QString policyQuery = QStringLiteral("apt-cache");
         std::filesystem::path lists = "/var/lib/apt/lists"; // changes whenever the manager fetches what there is
