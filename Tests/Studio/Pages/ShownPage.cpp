@@ -1,8 +1,6 @@
 #include "ShownPage.h"
 
-#include <Tavaro/Studio/Desk/DeskTypes.h>
-#include <Tavaro/Studio/Style/RegisterStyle.h>
-#include <Tavaro/Studio/Style/Theme.h>
+#include "PageEngine.h"
 
 #include <QAccessible>
 #include <QQmlEngine>
@@ -11,27 +9,6 @@
 namespace tavaro {
 
 namespace {
-
-/// What every page uses, once for the process.
-struct Surroundings {
-    Surroundings() {
-        registerStyle(theme);
-        registerDeskTypes();
-        QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
-        engine.addImportPath(QStringLiteral("qrc:/qt/qml"));
-    }
-
-    TemporaryFolder folder{TemporaryFolder::fastest()};
-    Preferences preferences{folder / "preferences.json"};
-    DesktopLook desktop;
-    Theme theme{preferences, desktop};
-    QQmlEngine engine; // the theme belongs to one
-};
-
-Surroundings& surroundings() {
-    static auto* const all = new Surroundings; // outlives every page
-    return *all;
-}
 
 ShownPage* listening = nullptr;
 
@@ -53,7 +30,7 @@ QQuickItem* findIn(QQuickItem* item, QString const& name) {
 }
 
 ShownPage::ShownPage(std::string const& file, DemoProject document) : project(std::move(document)) {
-    auto& engine = surroundings().engine;
+    auto& engine = pageEngine();
     listening = this;
     qInstallMessageHandler(note);
     desk = std::make_unique<EditorDesk>(queue, project.open(),

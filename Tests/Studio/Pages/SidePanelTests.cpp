@@ -1,12 +1,11 @@
+#include "PageEngine.h"
+
 #include "../Editor/TestEditor.h"
 #include "../Playback/FakeOutput.h"
 
-#include <Tavaro/Studio/Desk/DeskTypes.h>
 #include <Tavaro/Studio/Desk/EditorDesk.h>
 #include <Tavaro/Studio/Inspectors/InspectedRecord.h>
 #include <Tavaro/Studio/Inspectors/InspectorModel.h>
-#include <Tavaro/Studio/Style/RegisterStyle.h>
-#include <Tavaro/Studio/Style/Theme.h>
 
 #include <QQmlComponent>
 #include <QQmlEngine>
@@ -33,32 +32,11 @@ void listen(QtMsgType type, QMessageLogContext const&, QString const& text) {
     if (type != QtDebugMsg && type != QtInfoMsg) complaints().push_back(text.toStdString());
 }
 
-/// What every page uses; registered once for the process, it outlives every page.
-struct Surroundings {
-    Surroundings() {
-        QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
-        registerStyle(theme);
-        registerDeskTypes();
-        engine.addImportPath(QStringLiteral("qrc:/qt/qml"));
-    }
-
-    TemporaryFolder folder{TemporaryFolder::fastest()};
-    Preferences preferences{folder / "preferences.json"};
-    DesktopLook desktop;
-    Theme theme{preferences, desktop};
-    QQmlEngine engine; // the theme belongs to one
-};
-
-Surroundings& surroundings() {
-    static auto* const all = new Surroundings;
-    return *all;
-}
-
 /// The pages beside the film, on a window that nobody sees.
 class SidePanelTest : public testing::Test {
 protected:
     SidePanelTest() {
-        surroundings();
+        pageEngine();
         complaints().clear();
         before = qInstallMessageHandler(listen);
         for (auto const* name : {"one.file", "two.file"}) std::ofstream(project.package().assetURL(name)) << "media";
@@ -75,7 +53,7 @@ protected:
     std::ptrdiff_t steps() const { return std::ranges::count(project->steps(), false, &ListedStep::isUndone); }
 
     std::unique_ptr<QQuickItem> make(char const* file, QVariantMap const& properties) {
-        QQmlComponent component(&surroundings().engine,
+        QQmlComponent component(&pageEngine(),
                                 QUrl::fromLocalFile(QString::fromUtf8(TAVARO_PAGES "/") + QString::fromUtf8(file)));
         std::unique_ptr<QQuickItem> item(qobject_cast<QQuickItem*>(component.createWithInitialProperties(properties)));
         EXPECT_TRUE(item) << component.errorString().toStdString();
