@@ -258,7 +258,8 @@ bool FilmHands::changeSelected(FilmGrip grip) {
     std::vector<FilmThing> becoming;
     for (auto const& thing : keyed_) becoming.push_back(movedBy(grownBy(thing, keyedFactor_), keyedBy_));
     bool const isChanged = step([&](DemoProject& project) {
-        for (std::size_t i = 0; i < keyed_.size(); ++i) carryOut({keyed_[i], becoming[i], held}, project, *stepPlaces_);
+        for (std::size_t i = 0; i < keyed_.size(); ++i)
+            carryOut({keyed_[i], becoming[i], held, ThingChange::By::keys}, project, *stepPlaces_);
     });
     if (isChanged) expect(becoming);
     return true;

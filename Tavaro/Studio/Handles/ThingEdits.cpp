@@ -122,14 +122,20 @@ void changeDivider(DemoProject& project, ThingChange const& change, FramePlaces 
     project.layout.content = split;
 }
 
+UnitPoint2 textPlace(UnitPoint2 before, ThingChange const& change) {
+    auto const was = change.was.rect.center(), now = change.becomes.rect.center();
+    if (change.by == ThingChange::By::hand) return now.clamped();
+    return UnitPoint2{before.x + now.x - was.x, before.y + now.y - was.y}.clamped();
+}
+
 void changeText(Overlay& overlay, ThingChange const& change) {
     overlay.fontSize = grownFont(overlay.fontSize, change, most<Overlay>("fontSize"));
-    overlay.position = change.becomes.rect.center().clamped();
+    overlay.position = textPlace(overlay.position, change);
 }
 
 void changeCaptions(CaptionTrack& captions, ThingChange const& change) {
     captions.fontSize = grownFont(captions.fontSize, change, most<CaptionTrack>("fontSize"));
-    captions.position = change.becomes.rect.center().clamped();
+    captions.position = textPlace(captions.position, change);
 }
 
 void changeArrow(Overlay& overlay, ThingChange const& change) {

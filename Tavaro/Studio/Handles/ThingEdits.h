@@ -13,6 +13,10 @@ struct ThingChange {
     FilmThing was;
     FilmThing becomes;
     FilmGrip grip = FilmGrip::body; // held by; only `body` leaves its size as it is
+    /// A hand puts it where it is seen, keys move it from where the document has it: texts are drawn on whole pixels,
+    /// which a step of one is lost in.
+    enum class By { hand, keys };
+    By by = By::hand;
 };
 
 /// Changes the document so that the thing is there, as far as its kind lets it be: what belongs to the recording stays

@@ -31,7 +31,7 @@ Column {
         enabled: tools.handles.cropped
         icon.source: Theme.icon("arrow-counterclockwise")
         ToolTip.text: qsTr("Show all of the recording again")
-        onClicked: tools.handles.clearCrop()
+        onClicked: { tools.handles.clearCrop(); tools.handles.forceActiveFocus() }
     }
     Item { width: 1; height: 8 }
     ToolButton {

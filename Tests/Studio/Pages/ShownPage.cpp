@@ -29,7 +29,9 @@ QQuickItem* findIn(QQuickItem* item, QString const& name) {
 
 }
 
-ShownPage::ShownPage(std::string const& file, DemoProject document) : project(std::move(document)) {
+ShownPage::ShownPage(std::string const& file, DemoProject document, PageLook look) : project(std::move(document)) {
+    if (!look.assets.empty())
+        std::filesystem::copy(look.assets, project.package().assetsURL(), std::filesystem::copy_options::recursive);
     auto& engine = pageEngine();
     listening = this;
     qInstallMessageHandler(note);
@@ -37,8 +39,9 @@ ShownPage::ShownPage(std::string const& file, DemoProject document) : project(st
                                         FilmPlayback::Means{std::make_unique<FakeOutput>(device), {}});
     view = std::make_unique<QQuickView>(&engine, nullptr);
     view->setResizeMode(QQuickView::SizeRootObjectToView);
-    view->resize(360, 700);
-    view->setInitialProperties({{QStringLiteral("desk"), QVariant::fromValue(desk.get())}});
+    view->resize(look.size);
+    look.properties.insert(QStringLiteral("desk"), QVariant::fromValue(desk.get()));
+    view->setInitialProperties(look.properties);
     view->setSource(QUrl::fromLocalFile(QStringLiteral(TAVARO_PAGES "/") + QString::fromStdString(file)));
     view->show();
     view->requestActivate();

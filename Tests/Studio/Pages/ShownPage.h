@@ -7,18 +7,27 @@
 
 #include <QQuickItem>
 #include <QQuickView>
+#include <QVariantMap>
 
+#include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
 
 namespace tavaro {
 
+/// How a page is shown, where not as one of the side panel.
+struct PageLook {
+    QSize size = {360, 700};
+    QVariantMap properties;       // besides its desk
+    std::filesystem::path assets; // whose files the project has; empty: none
+};
+
 /// A page of an open project in a window without a display, worked by mouse and keys, and what Qt complained of.
 class ShownPage {
 public:
     /// `file` of Tavaro/Studio/Pages, of which each has a `desk`.
-    ShownPage(std::string const& file, DemoProject document);
+    ShownPage(std::string const& file, DemoProject document, PageLook look = {});
     ~ShownPage();
 
     DemoProject const& document() const { return project.document(); }
