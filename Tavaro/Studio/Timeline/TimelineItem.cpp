@@ -412,6 +412,7 @@ void TimelineItem::keyPressEvent(QKeyEvent* event) {
     case Qt::Key_Equal: return zoomIn();
     case Qt::Key_Minus: return zoomOut();
     case Qt::Key_0: return hasControl ? fit() : QQuickItem::keyPressEvent(event);
+    case Qt::Key_Z: return event->modifiers() == Qt::ShiftModifier ? fit() : QQuickItem::keyPressEvent(event);
     case Qt::Key_Menu: return openMenuByKey();
     case Qt::Key_F10:
         return event->modifiers() == Qt::ShiftModifier ? openMenuByKey() : QQuickItem::keyPressEvent(event);
