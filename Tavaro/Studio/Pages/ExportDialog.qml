@@ -37,7 +37,7 @@ Dialog {
         ColumnLayout {
             id: body
 
-            width: view.availableWidth
+            width: view.availableWidth - (implicitHeight > view.height ? 16 : 0) // beside the scroll bar
             spacing: 14
             Keys.onReturnPressed: dialog.submit()
             Keys.onEnterPressed: dialog.submit()

@@ -30,6 +30,7 @@ Item {
         ColumnLayout {
             Layout.fillWidth: true
             Layout.fillHeight: true
+            Layout.preferredWidth: 400 // whatever is in it: what wraps asks for another width whenever it has one
             spacing: 14
 
             Label {
@@ -122,6 +123,7 @@ Item {
 
         ColumnLayout {
             Layout.preferredWidth: 280
+            Layout.minimumWidth: 280
             Layout.maximumWidth: 280
             Layout.fillHeight: true
             spacing: 14
