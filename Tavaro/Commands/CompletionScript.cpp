@@ -90,17 +90,17 @@ std::string zshValue(OptionOutline const& option, std::string_view name) {
     return fmt::format("{}{}:{}", option.isValueOptional ? "::" : ":", zshText(name), option.isNumber() ? " " : values);
 }
 
-constexpr std::string_view nextSpec = " \\\n                ";
+constexpr std::string_view nextArgument = " \\\n                ";
 
 std::string zshOption(OptionOutline const& option) {
-    std::string specs;
+    std::string arguments;
     for (auto const& name : option.names) {
-        auto spec = option.isRepeated ? "*" : fmt::format("({})", joined(option.names));
-        spec += fmt::format("{}[{}]", name, zshText(option.help));
-        if (!option.value.empty()) spec += zshValue(option, option.value);
-        specs.append(nextSpec).append(quoted(spec));
+        auto argument = option.isRepeated ? "*" : fmt::format("({})", joined(option.names));
+        argument += fmt::format("{}[{}]", name, zshText(option.help));
+        if (!option.value.empty()) argument += zshValue(option, option.value);
+        arguments.append(nextArgument).append(quoted(argument));
     }
-    return specs;
+    return arguments;
 }
 
 std::string zshCase(CommandOutline const& command) {
@@ -114,9 +114,9 @@ std::string zshCase(CommandOutline const& command) {
     text += "            _arguments -S";
     for (auto const& option : command.options) text += zshOption(option);
     for (auto const& argument : command.arguments)
-        text.append(nextSpec).append(
-            quoted((argument.isRepeated ? "*" : "") + zshValue(argument, argument.names.front())));
-    if (!command.commands.empty()) text.append(nextSpec).append("'*: :{ _describe -t commands command commands }'");
+        text.append(nextArgument)
+            .append(quoted((argument.isRepeated ? "*" : "") + zshValue(argument, argument.names.front())));
+    if (!command.commands.empty()) text.append(nextArgument).append("'*: :{ _describe -t commands command commands }'");
     return text + " ;;\n";
 }
 
