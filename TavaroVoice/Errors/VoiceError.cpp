@@ -1,0 +1,7 @@
+#include <TavaroVoice/Errors/VoiceError.h>
+
+namespace tavaro {
+
+VoiceError::~VoiceError() = default;
+
+}

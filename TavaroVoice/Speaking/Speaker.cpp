@@ -1,0 +1,7 @@
+#include <TavaroVoice/Speaking/Speaker.h>
+
+namespace tavaro {
+
+Speaker::~Speaker() = default;
+
+}
