@@ -42,6 +42,10 @@ ConnectedProcess::~ConnectedProcess() {
     }
 }
 
+void ConnectedProcess::kill() const {
+    if (process_ > 0) ::kill(-process_, SIGKILL);
+}
+
 bool ConnectedProcess::hasEnded() const { return ::waitpid(process_, nullptr, WNOHANG) != 0; }
 
 }

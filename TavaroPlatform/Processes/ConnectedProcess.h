@@ -20,6 +20,8 @@ public:
     ~ConnectedProcess();
 
     UnixSocket const& socket() const { return socket_; }
+    /// Ends it at once, with all that it has started.
+    void kill() const;
 
 private:
     ConnectedProcess(pid_t process, UnixSocket socket) : process_(process), socket_(std::move(socket)) {}

@@ -1,0 +1,76 @@
+// The embedded speech engine in a process of its own, so that its crash and its memory are nobody else's. It is started
+// by Tavaro, which sends it pieces of sound as lines on its standard input and reads the words from its standard
+// output.
+
+#include <TavaroCore/Files/FileDescriptor.h>
+#include <TavaroCore/Records/JSON.h>
+#include <TavaroPlatform/Sockets/LineReader.h>
+#include <TavaroVoice/Programs/SphinxEar.h>
+#include <TavaroVoice/Transcription/ListenerTalk.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <exception>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+namespace tavaro {
+
+namespace {
+
+constexpr rlim_t mostMemory = rlim_t{2} << 30; // the engine takes a tenth of it
+
+/// It ends with who started it, however that ends.
+void belongToStarter() {
+    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+    if (::getppid() == 1) std::_Exit(EXIT_FAILURE);
+}
+
+void limitMemory() {
+    rlimit const limit{mostMemory, mostMemory};
+    ::setrlimit(RLIMIT_AS, &limit);
+    rlimit const noCore{0, 0}; // a user's voice is in it
+    ::setrlimit(RLIMIT_CORE, &noCore);
+}
+
+class Listener {
+public:
+    int run(char const* model) {
+        try {
+            SphinxEar ear(model);
+            bool isHeard = say({});
+            while (isHeard) {
+                auto const line = lines_.next(UnixSocket::forever);
+                if (!line) return EXIT_SUCCESS;
+                isHeard = say({.words = ear.hear(samplesOf(decodeJSON<ListenerRequest>(*line))), .failure = {}});
+            }
+        } catch (std::exception const& error) {
+            say({.words = {}, .failure = error.what()});
+        }
+        return EXIT_FAILURE;
+    }
+
+private:
+    bool say(ListenerReply const& reply) const {
+        return socket_.sendAll(encodeJSON(reply) + '\n', UnixSocket::forever);
+    }
+
+    UnixSocket socket_{FileDescriptor(STDIN_FILENO)}; // standard output is the same one
+    LineReader lines_{socket_, longestListenerLine};
+};
+
+}
+
+}
+
+int main(int count, char** words) {
+    if (count != 2) {
+        constexpr std::string_view usage = "tavaro-listener is a part of Tavaro, which starts it by itself.\n";
+        [[maybe_unused]] auto const told = ::write(STDERR_FILENO, usage.data(), usage.size());
+        return 2;
+    }
+    tavaro::belongToStarter();
+    tavaro::limitMemory();
+    return tavaro::Listener().run(words[1]);
+}

@@ -1,0 +1,7 @@
+#include <TavaroVoice/Transcription/Recogniser.h>
+
+namespace tavaro {
+
+Recogniser::~Recogniser() = default;
+
+}
