@@ -3,6 +3,7 @@
 #include <TavaroCore/Errors/Error.h>
 
 #include <string>
+#include <string_view>
 
 namespace tavaro {
 
@@ -17,7 +18,9 @@ public:
         service,     // it answers otherwise than it should
         noVoice,     // there is no such voice here
         noEngine,    // no program or model on this machine does it
-        noSound,     // nothing to listen to
+        nothingToSay,
+        tooLong, // more text, or sound, than is made at once
+        noSound, // nothing to listen to
         unreadableSound,
         unknownLocale, // no engine here understands or speaks that language
         failed,        // an engine broke down
@@ -30,5 +33,8 @@ public:
 
     Kind const kind;
 };
+
+VoiceError noSuchVoice(std::string_view id);
+VoiceError cancelledSpeech();
 
 }

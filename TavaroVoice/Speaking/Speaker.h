@@ -27,6 +27,10 @@ struct Voice {
 /// A voice of this machine: it needs no key and costs nothing.
 inline bool isSystemVoice(std::string_view id) { return id.starts_with("system:"); }
 
+/// Whether it speaks a language: "en" is every English, "en-GB" what is spoken in Britain. A voice of many languages
+/// speaks each.
+bool speaks(Voice const& voice, std::string_view language);
+
 struct SpokenWord {
     std::string text;
     double start = 0; // seconds of the speech

@@ -1,0 +1,36 @@
+#include <TavaroVoice/ElevenLabs/ElevenLabsSpeaker.h>
+
+#include <TavaroVoice/Errors/VoiceError.h>
+#include <TavaroVoice/Speaking/SpokenText.h>
+
+#include <TavaroMedia/Audio/MonoSound.h>
+#include <TavaroMedia/Errors/MediaError.h>
+
+#include <fmt/format.h>
+
+namespace tavaro {
+
+namespace {
+
+constexpr double mostSeconds = 3600; // of one line
+
+}
+
+std::vector<Voice> ElevenLabsSpeaker::voices() {
+    std::vector<Voice> voices;
+    for (auto const& voice : client_.voices()) voices.push_back(voiceOf(voice));
+    return voices;
+}
+
+Speech ElevenLabsSpeaker::speak(std::string const& text, VoiceSettings const& settings, std::stop_token const& stop) {
+    spokenPhrases(text, Letters::all); // what cannot be said is not paid for
+    auto const bytes = client_.synthesize(text, settings, stop);
+    try {
+        return {.samples = soundOfFile(bytes, mostSeconds).samples};
+    } catch (MediaError const& error) {
+        throw VoiceError(VoiceError::Kind::service,
+                         fmt::format("ElevenLabs returned audio that cannot be played: {}.", error.detail()));
+    }
+}
+
+}

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <TavaroPlatform/Keychain/Secret.h>
+
+#include <chrono>
+#include <cstddef>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <stop_token>
+#include <string>
+#include <vector>
+
+namespace tavaro {
+
+struct WebRequest {
+    std::string url;
+    std::vector<std::string> headers; // "Accept: text/plain"
+    /// A header whose value nobody else is to see: "name: value", whole.
+    Secret const* secretHeader = nullptr;
+    std::optional<std::string> body;  // sent by POST; without one, it is a GET
+    std::size_t mostBytes = 64 << 20; // of the answer
+};
+
+struct WebReply {
+    int status = 0;
+    std::string body;
+};
+
+/// Requests to one web service, over one connection as long as the service keeps it. What it owes to the secret header:
+/// it goes over HTTPS alone, or to this machine itself; redirections are answers, and are not followed; it is neither
+/// copied nor left in memory when the request is over. Proxies are those of the environment, certificates those of the
+/// system. One thread at a time.
+class WebClient {
+public:
+    struct Limits {
+        std::chrono::milliseconds toConnect{10'000};
+        std::chrono::milliseconds stalled{30'000}; // without a byte; whole seconds
+        std::chrono::milliseconds whole{120'000};
+    };
+    /// `certificates` are trusted instead of the system's.
+    explicit WebClient(Limits const& limits, std::filesystem::path certificates = {});
+    WebClient() : WebClient(Limits{}) {}
+    WebClient(WebClient&&) noexcept;
+    WebClient& operator=(WebClient&&) noexcept;
+    ~WebClient();
+
+    /// Any status is an answer. Throws `WebFailure` where none comes whole.
+    WebReply exchange(WebRequest const& request, std::stop_token const& stop = {});
+
+private:
+    struct State;
+    std::unique_ptr<State> state_;
+};
+
+/// Whether such an address may be sent secrets: https anywhere, http to this machine alone.
+bool isSafeAddress(std::string const& url);
+
+}

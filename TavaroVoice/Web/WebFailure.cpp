@@ -1,0 +1,7 @@
+#include <TavaroVoice/Web/WebFailure.h>
+
+namespace tavaro {
+
+WebFailure::~WebFailure() = default;
+
+}
