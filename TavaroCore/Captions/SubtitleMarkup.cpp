@@ -1,7 +1,5 @@
 #include <TavaroCore/Captions/Private/SubtitleMarkup.h>
 
-#include <TavaroCore/Files/TextEncoding.h>
-
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -13,18 +11,6 @@
 namespace tavaro {
 
 namespace {
-
-bool isUTF8(std::string_view text) {
-    while (!text.empty()) {
-        auto const head = text.substr(0, 4);
-        std::int32_t next = 0;
-        UChar32 value = 0;
-        U8_NEXT(head.data(), next, static_cast<std::int32_t>(head.size()), value);
-        if (value < 0) return false;
-        text.remove_prefix(static_cast<std::size_t>(next));
-    }
-    return true;
-}
 
 void appendCharacter(UChar32 value, std::string& text) {
     std::array<char, U8_MAX_LENGTH> bytes;
@@ -66,14 +52,6 @@ bool isSubRipTag(std::string_view tag) {
     return lower == "i" || lower == "b" || lower == "u" || lower == "s" || lower == "font";
 }
 
-}
-
-std::string decodedText(std::string_view bytes) {
-    if (bytes.starts_with("\xEF\xBB\xBF")) bytes.remove_prefix(3);
-    auto const utf16 = utf8OfMarkedUTF16(bytes);
-    auto text = utf16 ? *utf16 : isUTF8(bytes) ? std::string(bytes) : utf8Of(bytes, TextEncoding::windows1252);
-    std::erase_if(text, [](char c) { return (c >= 0 && c < ' ' && c != '\n' && c != '\r' && c != '\t') || c == 0x7F; });
-    return text;
 }
 
 std::string withoutSubRipMarkup(std::string_view line) {

@@ -4,6 +4,7 @@
 #include <TavaroCore/Captions/Private/SubtitleMarkup.h>
 #include <TavaroCore/Captions/SpokenText.h>
 #include <TavaroCore/Errors/Excerpt.h>
+#include <TavaroCore/Files/TextEncoding.h>
 
 #include <algorithm>
 #include <cstdint>

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <unicode/unistr.h>
+#include <unicode/utf8.h>
 
 namespace tavaro {
 
@@ -25,6 +26,18 @@ std::size_t lengthOfStretch(std::string_view bytes, TextEncoding encoding) {
     return high >= 0xD8 && high <= 0xDB ? most - 2 : most;
 }
 
+bool isUTF8(std::string_view text) {
+    while (!text.empty()) {
+        auto const head = text.substr(0, 4);
+        std::int32_t next = 0;
+        UChar32 value = 0;
+        U8_NEXT(head.data(), next, static_cast<std::int32_t>(head.size()), value);
+        if (value < 0) return false;
+        text.remove_prefix(static_cast<std::size_t>(next));
+    }
+    return true;
+}
+
 }
 
 std::string utf8Of(std::string_view bytes, TextEncoding encoding) {
@@ -41,6 +54,14 @@ std::optional<std::string> utf8OfMarkedUTF16(std::string_view bytes) {
     if (bytes.starts_with("\xFF\xFE")) return utf8Of(bytes.substr(2), TextEncoding::utf16LittleEndian);
     if (bytes.starts_with("\xFE\xFF")) return utf8Of(bytes.substr(2), TextEncoding::utf16BigEndian);
     return std::nullopt;
+}
+
+std::string decodedText(std::string_view bytes) {
+    if (bytes.starts_with("\xEF\xBB\xBF")) bytes.remove_prefix(3);
+    auto const utf16 = utf8OfMarkedUTF16(bytes);
+    auto text = utf16 ? *utf16 : isUTF8(bytes) ? std::string(bytes) : utf8Of(bytes, TextEncoding::windows1252);
+    std::erase_if(text, [](char c) { return (c >= 0 && c < ' ' && c != '\n' && c != '\r' && c != '\t') || c == 0x7F; });
+    return text;
 }
 
 }
