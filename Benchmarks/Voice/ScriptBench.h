@@ -1,0 +1,8 @@
+#pragma once
+
+namespace tavaro {
+
+/// Drafting and reading scripts.
+void benchScript();
+
+}
