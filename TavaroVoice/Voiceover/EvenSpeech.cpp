@@ -1,0 +1,111 @@
+#include <TavaroVoice/Voiceover/Private/EvenSpeech.h>
+
+#include <TavaroMedia/Audio/LoudnessMeter.h>
+#include <TavaroMedia/Audio/PeakLimiter.h>
+#include <TavaroVoice/Errors/VoiceError.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <utility>
+#include <vector>
+
+namespace tavaro {
+
+namespace {
+
+constexpr double leastMeasured = 1.5; // seconds; what is shorter is measured over and over
+constexpr double quietest = 0.0001;   // full scale; less is no sound at all
+constexpr double audible = 0.004;     // of the loudest moment, −48 dB; less is silence around the line
+constexpr double kept = 0.02;         // seconds of it that stay before the line
+constexpr double rest = 0.15;         // and behind it, as the shortest breath between two lines
+constexpr double exact = 0.1;         // decibels
+constexpr int mostPasses = 16;
+constexpr double mostGain = 40; // decibels; more would be noise alone
+
+std::size_t samplesIn(double seconds) { return static_cast<std::size_t>(seconds * audioRate); }
+
+/// The root mean square of each hundredth of a second.
+std::vector<double> levels(std::span<float const> samples) {
+    auto const window = samplesIn(0.01);
+    std::vector<double> result;
+    for (std::size_t at = 0; at < samples.size(); at += window) {
+        auto const part = samples.subspan(at, std::min(window, samples.size() - at));
+        double power = 0;
+        for (float const sample : part) power += static_cast<double>(sample) * sample;
+        result.push_back(std::sqrt(power / static_cast<double>(part.size())));
+    }
+    return result;
+}
+
+/// Takes the silence around what is heard.
+void trim(Speech& speech) {
+    auto const heights = levels(speech.samples);
+    double const loudest = heights.empty() ? 0 : *std::ranges::max_element(heights);
+    if (!(loudest > quietest)) throw VoiceError(VoiceError::Kind::noSound, "The voice made no sound of this line.");
+    auto const isHeard = [&](double level) { return level > loudest * audible; };
+    auto const first = std::ranges::find_if(heights, isHeard) - heights.begin();
+    auto const last = std::find_if(heights.rbegin(), heights.rend(), isHeard).base() - heights.begin();
+    auto const window = static_cast<std::ptrdiff_t>(samplesIn(0.01));
+    auto const size = static_cast<std::ptrdiff_t>(speech.samples.size());
+    auto const begin = std::max<std::ptrdiff_t>(first * window - static_cast<std::ptrdiff_t>(samplesIn(kept)), 0);
+    auto const end = std::min(last * window + static_cast<std::ptrdiff_t>(samplesIn(rest)), size);
+    speech.samples = std::vector<float>(speech.samples.begin() + begin, speech.samples.begin() + end);
+    speech.samples.resize(static_cast<std::size_t>(last * window - begin) + samplesIn(rest));
+    double const before = static_cast<double>(begin) / audioRate;
+    for (auto& word : speech.words) {
+        word.start = std::clamp(word.start - before, 0.0, speech.duration());
+        word.end = std::clamp(word.end - before, word.start, speech.duration());
+    }
+}
+
+std::vector<float> amplified(std::vector<float> const& samples, double decibels) {
+    auto const gain = static_cast<float>(std::pow(10, decibels / 20));
+    std::vector<StereoSample> sides(samples.size());
+    std::ranges::transform(samples, sides.begin(), [&](float s) { return StereoSample{s * gain, s * gain}; });
+    std::vector<StereoSample> limited;
+    limited.reserve(sides.size());
+    PeakLimiter limiter(linePeak);
+    limiter.process(sides, limited);
+    limiter.finish(limited);
+    std::vector<float> result(limited.size());
+    std::ranges::transform(limited, result.begin(), &StereoSample::left);
+    return result;
+}
+
+/// The limiter takes some loudness with the peaks, which a little more gain brings back.
+std::vector<float> levelled(std::vector<float> const& samples) {
+    double gain = 0;
+    auto result = samples;
+    for (int pass = 0; pass < mostPasses; ++pass) {
+        auto const loudness = speechLoudness(result);
+        if (!loudness || (pass > 0 && std::abs(lineLoudness - *loudness) < exact)) break;
+        gain = std::min(gain + lineLoudness - *loudness, mostGain);
+        result = amplified(samples, gain);
+    }
+    return result;
+}
+
+}
+
+std::optional<double> speechLoudness(std::span<float const> samples) {
+    if (samples.empty()) return std::nullopt;
+    std::vector<StereoSample> sides(samples.size());
+    std::ranges::transform(samples, sides.begin(), [](float s) { return StereoSample{s, s}; });
+    LoudnessMeter meter;
+    for (std::size_t measured = 0; measured == 0 || measured < samplesIn(leastMeasured); measured += sides.size())
+        meter.add(sides);
+    return meter.integrated();
+}
+
+Speech evened(Speech speech) {
+    if (speech.sampleRate != audioRate)
+        throw VoiceError(VoiceError::Kind::failed, "The voice's sound has another rate than 48 kHz.");
+    for (auto& sample : speech.samples)
+        if (!std::isfinite(sample)) sample = 0;
+    trim(speech);
+    speech.samples = levelled(speech.samples);
+    return speech;
+}
+
+}
