@@ -72,10 +72,14 @@ private:
 
 }
 
-std::vector<CaptionCue> captionCuesFromTranscript(DemoProject const& project, CaptionBreaks const& breaks) {
+std::vector<CaptionCue> captionCues(std::vector<CaptionWord> words, CaptionBreaks const& breaks) {
     CueBuilder builder(breaks);
-    for (auto& word : captionWords(project)) builder.add(std::move(word));
+    for (auto& word : words) builder.add(std::move(word));
     return builder.finish();
+}
+
+std::vector<CaptionCue> captionCuesFromTranscript(DemoProject const& project, CaptionBreaks const& breaks) {
+    return captionCues(captionWords(project), breaks);
 }
 
 }
