@@ -139,6 +139,16 @@ void Building::add(AudioTrack const& track, std::vector<AudioClip> const& clips)
     plan.tracks.push_back(std::move(mixed));
 }
 
+/// A line whose picture was sped up or slowed down is as long as that made it, and has to be said in that time. One
+/// that was cut inside only ends early: it is to be said anew.
+double speedOf(VoiceoverSegment const& segment, DemoProject const& project) {
+    constexpr double sameSpeed = 0.001;
+    auto const sound = project.assetDurations.find(*segment.audioAsset);
+    if (segment.isDirty || !segment.audioDuration || sound == project.assetDurations.end()) return 1;
+    double const speed = sound->second / *segment.audioDuration;
+    return std::isfinite(speed) && speed > 0 && std::abs(speed - 1) > sameSpeed ? speed : 1;
+}
+
 /// Segments sound with the settings of the first voice-over track; where there is none, as they are.
 void Building::addSegments() {
     if (!project.voiceover) return;
@@ -155,7 +165,10 @@ void Building::addSegments() {
     std::vector<AudioClip> clips;
     for (auto const& segment : project.voiceover->segments) {
         if (!segment.audioAsset || laid.contains(*segment.audioAsset)) continue;
-        clips.push_back({.asset = *segment.audioAsset, .start = segment.start, .duration = segment.duration()});
+        clips.push_back({.asset = *segment.audioAsset,
+                         .start = segment.start,
+                         .duration = segment.duration(),
+                         .speed = speedOf(segment, project)});
     }
     add(settings, clips);
 }

@@ -1,5 +1,6 @@
 #include "../../Media/Audio/TestSounds.h"
 
+#include <TavaroCore/Editing/TimelineEdits.h>
 #include <TavaroCore/Project/DemoProject.h>
 #include <TavaroRender/Audio/Private/AudioMixer.h>
 #include <TavaroRender/Audio/Private/MixRenderer.h>
@@ -289,6 +290,26 @@ TEST_F(Mix, voiceOverLowersTheOthersBeforeItSpeaksAndLetsThemRiseSlowly) {
     track(AudioRole::voiceover, {{.asset = "line.caf", .start = 4, .duration = 2}});
     sound = mixed();
     EXPECT_NEAR(levelAt(part(sound, 4.2, 5.8), 2000), -15.05, 0.1);
+}
+
+TEST_F(Mix, aLineWhosePictureWasSpedUpIsSaidWholeInItsTimeAtItsOwnPitch) {
+    writeSound(folder / "line.caf", sum(ticks(4, {48'000, 144'000}), tone(4, 440, 0.1)));
+    project.assetDurations["line.caf"] = 4;
+    project.voiceover = VoiceoverPlan();
+    auto& lines = project.voiceover->segments;
+    lines = {{.text = "Hello", .audioAsset = "line.caf", .audioDuration = 4.0, .start = 2, .isDirty = false}};
+    timeWarp(project, {2, 4}, 0.5, 2);
+    auto sound = mixed();
+    EXPECT_NEAR(pitch(part(sound, 2.1, 2.4)), 440, 4);
+    EXPECT_EQ(peak(part(sound, 4.01, 10)), 0);
+    auto const found = peaks(sound, 0.4);
+    ASSERT_EQ(found.size(), 2u);
+    EXPECT_NEAR(static_cast<double>(found[0]), 2.5 * audioRate, 500);
+    EXPECT_NEAR(static_cast<double>(found[1]), 3.5 * audioRate, 500);
+
+    lines[0].isDirty = true; // cut inside: what is left has no other pace
+    sound = mixed();
+    EXPECT_NEAR(static_cast<double>(peaks(sound, 0.4).at(0)), 3.0 * audioRate, 500);
 }
 
 TEST_F(Mix, aTrackGivesWayToTheSoundOfTheRoleItNames) {
