@@ -1,6 +1,7 @@
 // What a voice-over costs. Prints one line a figure: name, value, unit. Takes the parts to be measured as names.
 
 #include "ScriptBench.h"
+#include "VoiceoverBench.h"
 
 #include <algorithm>
 #include <array>
@@ -12,7 +13,8 @@
 
 namespace {
 
-constexpr std::array<std::pair<std::string_view, void (*)()>, 1> parts{{{"script", tavaro::benchScript}}};
+constexpr std::array<std::pair<std::string_view, void (*)()>, 2> parts{
+    {{"script", tavaro::benchScript}, {"voiceover", tavaro::benchVoiceover}}};
 
 }
 
