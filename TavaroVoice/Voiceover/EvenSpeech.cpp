@@ -16,7 +16,9 @@ namespace {
 
 constexpr double leastMeasured = 1.5; // seconds; what is shorter is measured over and over
 constexpr double quietest = 0.0001;   // full scale; less is no sound at all
-constexpr double audible = 0.004;     // of the loudest moment, −48 dB; less is silence around the line
+constexpr double window = 0.01;       // seconds of one level
+constexpr double audible = 0.01;      // of the loudest moment, −40 dB; less is silence around the line
+constexpr double certain = 0.1;       // and this is a voice
 constexpr double kept = 0.02;         // seconds of it that stay before the line
 constexpr double rest = 0.15;         // and behind it, as the shortest breath between two lines
 constexpr double exact = 0.1;         // decibels
@@ -27,10 +29,10 @@ std::size_t samplesIn(double seconds) { return static_cast<std::size_t>(seconds 
 
 /// The root mean square of each hundredth of a second.
 std::vector<double> levels(std::span<float const> samples) {
-    auto const window = samplesIn(0.01);
+    auto const count = samplesIn(window);
     std::vector<double> result;
-    for (std::size_t at = 0; at < samples.size(); at += window) {
-        auto const part = samples.subspan(at, std::min(window, samples.size() - at));
+    for (std::size_t at = 0; at < samples.size(); at += count) {
+        auto const part = samples.subspan(at, std::min(count, samples.size() - at));
         double power = 0;
         for (float const sample : part) power += static_cast<double>(sample) * sample;
         result.push_back(std::sqrt(power / static_cast<double>(part.size())));
@@ -38,20 +40,34 @@ std::vector<double> levels(std::span<float const> samples) {
     return result;
 }
 
+std::size_t firstAbove(std::vector<double> const& heights, double level) {
+    return static_cast<std::size_t>(std::ranges::find_if(heights, [&](double h) { return h > level; }) -
+                                    heights.begin());
+}
+
+/// Where the line begins, in samples. Some voices breathe or hiss before their first word, which is known then.
+std::size_t beginning(Speech const& speech, std::vector<double> const& heights, double loudest) {
+    double begin = static_cast<double>(firstAbove(heights, loudest * audible)) * window;
+    if (!speech.words.empty()) {
+        double const loud = static_cast<double>(firstAbove(heights, loudest * certain)) * window;
+        begin = std::max(begin, std::min(speech.words.front().start, loud));
+    }
+    return samplesIn(std::max(begin - kept, 0.0));
+}
+
+std::size_t ending(std::vector<double> const& heights, double loudest) {
+    auto const last = std::find_if(heights.rbegin(), heights.rend(), [&](double h) { return h > loudest * audible; });
+    return static_cast<std::size_t>(last.base() - heights.begin()) * samplesIn(window);
+}
+
 /// Takes the silence around what is heard.
 void trim(Speech& speech) {
     auto const heights = levels(speech.samples);
     double const loudest = heights.empty() ? 0 : *std::ranges::max_element(heights);
     if (!(loudest > quietest)) throw VoiceError(VoiceError::Kind::noSound, "The voice made no sound of this line.");
-    auto const isHeard = [&](double level) { return level > loudest * audible; };
-    auto const first = std::ranges::find_if(heights, isHeard) - heights.begin();
-    auto const last = std::find_if(heights.rbegin(), heights.rend(), isHeard).base() - heights.begin();
-    auto const window = static_cast<std::ptrdiff_t>(samplesIn(0.01));
-    auto const size = static_cast<std::ptrdiff_t>(speech.samples.size());
-    auto const begin = std::max<std::ptrdiff_t>(first * window - static_cast<std::ptrdiff_t>(samplesIn(kept)), 0);
-    auto const end = std::min(last * window + static_cast<std::ptrdiff_t>(samplesIn(rest)), size);
-    speech.samples = std::vector<float>(speech.samples.begin() + begin, speech.samples.begin() + end);
-    speech.samples.resize(static_cast<std::size_t>(last * window - begin) + samplesIn(rest));
+    auto const begin = beginning(speech, heights, loudest);
+    speech.samples.resize(ending(heights, loudest) + samplesIn(rest));
+    speech.samples.erase(speech.samples.begin(), speech.samples.begin() + static_cast<std::ptrdiff_t>(begin));
     double const before = static_cast<double>(begin) / audioRate;
     for (auto& word : speech.words) {
         word.start = std::clamp(word.start - before, 0.0, speech.duration());
