@@ -70,13 +70,15 @@ Job<GeneratedVoiceover, VoiceoverProgress> voiceoverJob(MainQueue& queue, Projec
 
 void takeIn(DemoProject& project, ProjectPackage const& package, GeneratedVoiceover const& generated,
             VoiceoverTaking const& taking) {
-    if (!project.voiceover) return;
+    auto const& lines = generated.lines;
+    bool const isInVain = lines.spoken.empty() && !(lines.unspoken.empty() && lines.notBegun.empty());
+    if (!project.voiceover || isInVain) return;
     auto& plan = *project.voiceover;
     // A voice that somebody chose meanwhile is the latest word; the lines in the other one are then to be said again.
     if (plan.voice == generated.before) plan.voice = generated.voice;
     if (taking.longLines != LongLines::asThePlanSays)
         plan.stretchesVideoToFit = taking.longLines == LongLines::holdTheFrame;
-    takeIn(project, generated.lines);
+    takeIn(project, lines);
     placeVoiceover(project);
     if (taking.captions == VoiceoverCaptions::made) makeCaptions(project, package);
 }

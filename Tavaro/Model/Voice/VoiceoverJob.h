@@ -66,6 +66,7 @@ struct VoiceoverTaking {
 
 /// All that becomes of a document by it, to be made as one step: lines that are still as they were spoken get their
 /// sound, all lines their places, and captions are made where that is wanted. The document may have been edited since.
+/// Where every line failed, it stays as it is, and keeps its voice.
 void takeIn(DemoProject& project, ProjectPackage const& package, GeneratedVoiceover const& generated,
             VoiceoverTaking const& taking = {});
 
