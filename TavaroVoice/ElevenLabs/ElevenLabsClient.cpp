@@ -1,8 +1,8 @@
 #include <TavaroVoice/ElevenLabs/ElevenLabsClient.h>
 
 #include <TavaroVoice/Errors/VoiceError.h>
-#include <TavaroVoice/Speaking/SpeechBuilder.h>
-#include <TavaroVoice/Web/WebFailure.h>
+#include <TavaroVoice/Speaking/Private/SpeechBuilder.h>
+#include <TavaroVoice/Web/Private/WebFailure.h>
 
 #include <TavaroCore/Errors/Excerpt.h>
 #include <TavaroCore/Files/AtomicFile.h>

@@ -4,6 +4,7 @@
 #include <TavaroPlatform/Keychain/KeychainError.h>
 
 #include <algorithm>
+#include <utility>
 
 namespace tavaro::elevenLabsKey {
 
@@ -18,7 +19,9 @@ Keychain keychain() { return {service, "ElevenLabs API key of Tavaro"}; }
 
 }
 
-void takeFromEnvironment() { ofEnvironment() = tavaro::takeFromEnvironment(variable); }
+void takeFromEnvironment() {
+    if (auto key = tavaro::takeFromEnvironment(variable)) ofEnvironment() = std::move(key);
+}
 
 bool isFromEnvironment() { return ofEnvironment().has_value(); }
 

@@ -1,7 +1,7 @@
 #include <TavaroVoice/ElevenLabs/ElevenLabsSpeaker.h>
 
 #include <TavaroVoice/Errors/VoiceError.h>
-#include <TavaroVoice/Speaking/SpokenText.h>
+#include <TavaroVoice/Speaking/Private/SpokenText.h>
 
 #include <TavaroMedia/Audio/MonoSound.h>
 #include <TavaroMedia/Errors/MediaError.h>

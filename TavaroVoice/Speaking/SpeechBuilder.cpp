@@ -1,4 +1,4 @@
-#include <TavaroVoice/Speaking/SpeechBuilder.h>
+#include <TavaroVoice/Speaking/Private/SpeechBuilder.h>
 
 #include <TavaroVoice/Errors/VoiceError.h>
 

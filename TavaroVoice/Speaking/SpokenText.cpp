@@ -1,4 +1,4 @@
-#include <TavaroVoice/Speaking/SpokenText.h>
+#include <TavaroVoice/Speaking/Private/SpokenText.h>
 
 #include <TavaroVoice/Errors/VoiceError.h>
 

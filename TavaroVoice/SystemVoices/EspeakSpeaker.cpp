@@ -1,7 +1,7 @@
-#include <TavaroVoice/SystemVoices/EspeakSpeaker.h>
+#include <TavaroVoice/SystemVoices/Private/EspeakSpeaker.h>
 
 #include <TavaroVoice/Errors/VoiceError.h>
-#include <TavaroVoice/Speaking/SpeechBuilder.h>
+#include <TavaroVoice/Speaking/Private/SpeechBuilder.h>
 #include <TavaroVoice/SystemVoices/Private/EngineFailure.h>
 
 #include <TavaroCore/Voice/VoiceoverPlan.h>

@@ -1,7 +1,7 @@
-#include <TavaroVoice/SystemVoices/FestivalSpeaker.h>
+#include <TavaroVoice/SystemVoices/Private/FestivalSpeaker.h>
 
 #include <TavaroVoice/Errors/VoiceError.h>
-#include <TavaroVoice/Speaking/SpeechBuilder.h>
+#include <TavaroVoice/Speaking/Private/SpeechBuilder.h>
 #include <TavaroVoice/SystemVoices/Private/EngineFailure.h>
 
 #include <TavaroCore/Files/FileDescriptor.h>
@@ -19,6 +19,7 @@
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 namespace tavaro {
 
@@ -67,13 +68,15 @@ std::vector<fs::path> foldersIn(fs::path const& folder) {
     return folders;
 }
 
-/// Each phrase's sound goes into a file without a name; the times of its words are printed.
-constexpr std::string_view definitions = R"((define (tavaro_word token)
+/// Each phrase's sound goes into a file without a name; the times of its words are printed, a line a token of the text.
+constexpr std::string_view definitions = R"((define (tavaro_part word)
+  (format t " %f %f"
+    (item.feat word "R:SylStructure.daughter1.daughter1.segment_start")
+    (item.feat word "R:SylStructure.daughtern.daughtern.R:Segment.end")))
+(define (tavaro_word token)
   (let ((words (item.daughters token)))
     (if words
-      (format t "word %f %f\n"
-        (item.feat (car words) "R:SylStructure.daughter1.daughter1.segment_start")
-        (item.feat (car (last words)) "R:SylStructure.daughtern.daughtern.R:Segment.end")))))
+      (begin (format t "word") (mapcar tavaro_part words) (format t "\n")))))
 (define (tavaro_say words file)
   (let ((u (utt.synth (eval (list 'Utterance 'Text words)))))
     (mapcar tavaro_word (utt.relation.items u 'Token))
@@ -93,19 +96,28 @@ std::string saying(SpokenPhrase const& phrase, FileDescriptor const& file) {
     return fmt::format("(tavaro_say \"{}\" \"/proc/{}/fd/{}\")\n", spokenText(phrase), ::getpid(), file.get());
 }
 
+/// From the first to the last part of a token that is heard: punctuation is one that is not.
+WordTime timeOf(std::istringstream& parts) {
+    WordTime whole, part;
+    while (parts >> part.start >> part.end) {
+        if (part.end <= part.start) continue;
+        if (whole.end == 0) whole.start = part.start;
+        whole.end = part.end;
+    }
+    return whole;
+}
+
 /// The times that were printed of each phrase that is done.
 std::vector<std::vector<WordTime>> timesIn(std::string const& printed) {
     std::vector<std::vector<WordTime>> phrases;
     std::vector<WordTime> times;
     std::istringstream lines(printed);
     for (std::string line; std::getline(lines, line);) {
-        std::istringstream words(line);
+        std::istringstream parts(line);
         std::string kind;
-        WordTime time;
-        if (line == "done")
-            phrases.push_back(std::exchange(times, {}));
-        else if (words >> kind >> time.start >> time.end && kind == "word")
-            times.push_back(time);
+        parts >> kind;
+        if (kind == "done") phrases.push_back(std::exchange(times, {}));
+        if (kind == "word") times.push_back(timeOf(parts));
     }
     return phrases;
 }

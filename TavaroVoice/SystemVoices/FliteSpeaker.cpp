@@ -1,7 +1,7 @@
-#include <TavaroVoice/SystemVoices/FliteSpeaker.h>
+#include <TavaroVoice/SystemVoices/Private/FliteSpeaker.h>
 
 #include <TavaroVoice/Errors/VoiceError.h>
-#include <TavaroVoice/Speaking/SpeechBuilder.h>
+#include <TavaroVoice/Speaking/Private/SpeechBuilder.h>
 #include <TavaroVoice/SystemVoices/Private/FliteLibrary.h>
 
 #include <TavaroCore/Voice/VoiceoverPlan.h>

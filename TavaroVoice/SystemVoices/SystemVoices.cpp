@@ -1,9 +1,9 @@
 #include <TavaroVoice/SystemVoices/SystemVoices.h>
 
 #include <TavaroVoice/Errors/VoiceError.h>
-#include <TavaroVoice/SystemVoices/EspeakSpeaker.h>
-#include <TavaroVoice/SystemVoices/FestivalSpeaker.h>
-#include <TavaroVoice/SystemVoices/FliteSpeaker.h>
+#include <TavaroVoice/SystemVoices/Private/EspeakSpeaker.h>
+#include <TavaroVoice/SystemVoices/Private/FestivalSpeaker.h>
+#include <TavaroVoice/SystemVoices/Private/FliteSpeaker.h>
 
 #include <TavaroCore/Errors/Excerpt.h>
 #include <TavaroCore/Voice/VoiceoverPlan.h>

@@ -1,7 +1,7 @@
 #include <TavaroVoice/Web/WebClient.h>
 
 #include <TavaroVoice/Web/Private/CurlLibrary.h>
-#include <TavaroVoice/Web/WebFailure.h>
+#include <TavaroVoice/Web/Private/WebFailure.h>
 
 #include <arpa/inet.h>
 #include <array>

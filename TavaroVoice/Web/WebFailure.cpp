@@ -1,4 +1,4 @@
-#include <TavaroVoice/Web/WebFailure.h>
+#include <TavaroVoice/Web/Private/WebFailure.h>
 
 namespace tavaro {
 

@@ -1,7 +1,7 @@
 #pragma once
 
+#include <TavaroVoice/Speaking/Private/SpokenText.h>
 #include <TavaroVoice/Speaking/Speaker.h>
-#include <TavaroVoice/Speaking/SpokenText.h>
 
 #include <TavaroMedia/Audio/MonoSound.h>
 
