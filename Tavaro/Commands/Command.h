@@ -12,9 +12,9 @@ using Declaration = void(CLI::App& app);
 
 // In the order of the help.
 #define TAVARO_COMMANDS                                                                                                \
-    addRecord, addRecover, addImport, addPolish, addEdit, addFrame, addExport, addCaptions, addInfo, addLibrary,       \
-        addArchive, addRestore, addPresets, addScanText, addSources, addSyncCamera, addInput, addUI, addServe, addMCP, \
-        addPlay, addCompletion, addManual
+    addRecord, addRecover, addImport, addPolish, addEdit, addFrame, addExport, addCaptions, addTranscribe, addScript,  \
+        addVoices, addVoiceover, addInfo, addLibrary, addArchive, addRestore, addPresets, addScanText, addSources,     \
+        addSyncCamera, addInput, addUI, addServe, addMCP, addPlay, addCompletion, addManual
 
 Declaration TAVARO_COMMANDS;
 inline constexpr Declaration* all[] = {TAVARO_COMMANDS};

@@ -5,6 +5,7 @@
 #include <TavaroCore/Records/TaskPair.h>
 #include <TavaroPlatform/Queues/ParallelPair.h>
 #include <TavaroPlatform/Version/Version.h>
+#include <TavaroVoice/ElevenLabs/ElevenLabsKey.h>
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -81,6 +82,7 @@ int fail(char const* sentence) {
 
 int main(int argc, char** argv) {
     openStandardStreams();
+    tavaro::elevenLabsKey::takeFromEnvironment();
     std::signal(SIGXFSZ, SIG_IGN); // a limit on the size of files is told as a full disk is, after cleaning up
     // Standard output is for results.
     spdlog::default_logger()->sinks() = {std::make_shared<LogLines>()};

@@ -28,6 +28,7 @@ public:
     void send(int signal) const;
     Outcome wait();
     bool isRunning() const;
+    pid_t process() const { return pid_; }
 
 private:
     pid_t pid_;
