@@ -37,6 +37,7 @@ VoiceoverPlan plannedScript(VoiceoverPlan plan, std::vector<ScriptLine> const& l
     double free = 0; // when the line before is over
     for (auto const& line : lines) {
         auto segment = known.take(line.text);
+        if (!segment.audioAsset) segment.audioDuration.reset(); // what a cut had left room for
         segment.anchor = line.time;
         segment.start = std::max(line.time.value_or(free), free);
         free = segment.end() + segment.trailingPause;

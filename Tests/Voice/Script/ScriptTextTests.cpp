@@ -93,6 +93,13 @@ TEST(ScriptPlan, aLineThatStaysKeepsItsAudio) {
     EXPECT_NEAR(after.segments[3].start, 7.4, 1e-9) << "one without a time follows";
 }
 
+TEST(ScriptPlan, aLineThatACutMadeShortIsAsLongAsItsWordsAgain) {
+    VoiceoverPlan plan;
+    plan.segments = {{.text = "one two three", .audioDuration = 0.1}};
+    auto const after = plannedScript(plan, {{0.0, "one two three"}, {{}, "then"}});
+    EXPECT_NEAR(after.segments[1].start, 3 / 2.7, 1e-9);
+}
+
 TEST(ScriptPlan, plainLinesTakeThePlacesOfTheOnesBeforeOrAreSpread) {
     std::vector<ScriptLine> const lines{{{}, "one two three"}, {{}, "four five six"}, {{}, "seven eight nine"}};
     VoiceoverPlan plan;
