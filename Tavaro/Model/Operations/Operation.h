@@ -7,6 +7,7 @@
 #include <Tavaro/Model/Operations/PatchOperations.h>
 #include <Tavaro/Model/Operations/SoundOperations.h>
 #include <Tavaro/Model/Operations/TimeOperations.h>
+#include <Tavaro/Model/Operations/VoiceoverOperations.h>
 
 #include <type_traits>
 #include <utility>
@@ -21,7 +22,8 @@ using Operation =
                  operations::Mute, operations::ChangeVolume, operations::RemoveSilence, operations::SpeedUpTyping,
                  operations::TightenPauses, operations::RemoveFillers, operations::DeleteWords,
                  operations::CaptionsFromTranscript, operations::CaptionsFromScript, operations::CaptionsFromSubtitles,
-                 operations::Patch, operations::SetFields, operations::DuplicateClip>;
+                 operations::Patch, operations::SetFields, operations::DuplicateClip, operations::DraftScript,
+                 operations::SetScript>;
 
 /// Calls `visit(std::type_identity<Record>{})` for each operation.
 template<class Visit> void forEachOperation(Visit&& visit) {

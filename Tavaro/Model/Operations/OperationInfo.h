@@ -7,7 +7,7 @@
 namespace tavaro {
 
 /// Where the command line offers an operation.
-enum class OperationCommand { edit, captions };
+enum class OperationCommand { edit, captions, script };
 
 /// What an operation is called. Its record has this as `info`, and as `parameters` one `Parameter` for each of its
 /// `fields`, in their order.
