@@ -83,6 +83,15 @@ operations::SpeedUpTyping typing(ToolArguments const& options) {
     return change;
 }
 
+operations::DraftScript draft(ToolArguments const& options) {
+    operations::DraftScript drafting;
+    drafting.productName = options.text("product_name").value_or("");
+    auto const problem = operations::DraftScript::nameProblem(drafting.productName);
+    if (!problem.empty()) refuseArguments(fmt::format("product_name: {}.", problem));
+    drafting.style = options.oneOf<AutoDirectorScript::Style>("style").value_or(drafting.style);
+    return drafting;
+}
+
 /// What the texts among the options say comes to nothing as long as their action is missing.
 Missing missing(ToolArguments const& options, std::initializer_list<char const*> texts, std::string sentence) {
     for (auto const* const name : texts) options.text(name);
@@ -103,8 +112,7 @@ decltype(ProjectAction::work) workOf(ActionName name, ToolArguments const& optio
     case ActionName::hideSecrets:
         return missing(options, {},
                        "This version of Tavaro cannot look for secrets in the picture: it reads no text there.");
-    case ActionName::draftVoiceoverScript:
-        return missing(options, {"product_name", "style"}, "This version of Tavaro cannot draft a voiceover script.");
+    case ActionName::draftVoiceoverScript: return Operation(draft(options));
     case ActionName::generateVoiceover: break;
     }
     return missing(options, {"voice"}, "This version of Tavaro cannot generate a voiceover: it has no voices.");

@@ -238,6 +238,10 @@ TEST(ProjectActions, checkTheirArgumentsInOrder) {
               invalid("max_characters must be 1–1000."));
     EXPECT_EQ(actionRefusal(action("speed_up_typing", R"({"rate":17})")), invalid("rate must be 1–16."));
     EXPECT_EQ(actionRefusal(action("transcribe", R"({"locale":1})")), invalid("locale must be a text."));
+    EXPECT_EQ(actionRefusal(action("draft_voiceover_script", R"({"style":"loud"})")),
+              invalid("style must be demo, launch, tutorial, pitch or social."));
+    EXPECT_EQ(actionRefusal(action("draft_voiceover_script", R"({"product_name":")" + std::string(61, 'x') + "\"}")),
+              invalid("product_name: a product's name has 60 characters at most."));
 }
 
 TEST(ProjectActions, sayWhatTheyDid) {
@@ -258,6 +262,12 @@ TEST(ProjectActions, sayWhatTheyDid) {
     auto typed = film();
     for (int i = 0; i < 20; ++i) typed.metadata.edit().keystrokes.push_back({.t = 1 + i * 0.3, .keys = {"•"}});
     EXPECT_EQ(done("speed_up_typing", typed), "Sped up 1 typing stretches.");
+    auto const drafting = JSONValue::parse(R"({"action":"draft_voiceover_script","options":{"style":"social"}})");
+    auto drafted = film();
+    auto const draft = projectAction(ToolArguments(std::get<JSONValue::Object>(drafting.content)), drafted);
+    auto const report = perform(drafted, std::get<Operation>(draft.work));
+    EXPECT_TRUE(actionSummary(draft, film(), report).starts_with("Drafted a script of "));
+    EXPECT_EQ(drafted.voiceover.value().segments[0].text, "You're doing this the slow way. Watch.");
 }
 
 TEST(ExportArguments, areHeldToTheCatalogue) {
