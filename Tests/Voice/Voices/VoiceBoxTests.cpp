@@ -64,6 +64,9 @@ Places placesOf(std::string const& backwards) {
 }
 
 TEST(VoiceBox, leavesNoKeyInMemoryWhenAllIsSaid) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "a sanitizer's memory is too large to look through";
+#endif
     TestService service;
     std::string backwards = madeKey();
     std::reverse(backwards.begin(), backwards.end());
@@ -75,15 +78,14 @@ TEST(VoiceBox, leavesNoKeyInMemoryWhenAllIsSaid) {
                           return std::optional(kept.copy());
                       }});
         EXPECT_FALSE(box.voices().empty());
-        for (auto const* voice : {"ok", "echo", "status-401", "half"}) {
+        for (auto const* voice : {"status-500", "ok", "echo", "half"}) {
             try {
                 box.speak("Hello.", {.voiceID = voice}, {});
             } catch (VoiceError const&) {
                 // what matters is what is left
             }
+            EXPECT_EQ(placesOf(backwards).others, 0) << voice;
         }
-        // The connection is kept, and nothing of what went over it but in the pages of secrets.
-        EXPECT_EQ(placesOf(backwards).others, 0);
     }
     auto const after = placesOf(backwards);
     EXPECT_EQ(after.ofSecrets + after.others, 0);
