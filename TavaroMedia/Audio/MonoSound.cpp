@@ -62,6 +62,7 @@ Parts partsOf(std::string_view bytes) {
         }
         at += 8 + length + length % 2;
     }
+    if (!parts.data.data()) failWAV("it has no samples");
     return parts;
 }
 
