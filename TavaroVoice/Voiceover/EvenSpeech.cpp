@@ -22,8 +22,9 @@ constexpr double certain = 0.1;       // and this is a voice
 constexpr double kept = 0.02;         // seconds of it that stay before the line
 constexpr double rest = 0.15;         // and behind it, as the shortest breath between two lines
 constexpr double exact = 0.1;         // decibels
-constexpr int mostPasses = 16;
-constexpr double mostGain = 40; // decibels; more would be noise alone
+constexpr double leastYield = 0.2;
+constexpr int mostPasses = 12;
+constexpr double mostLimited = 24; // decibels that are taken from peaks
 
 std::size_t samplesIn(double seconds) { return static_cast<std::size_t>(seconds * audioRate); }
 
@@ -89,15 +90,26 @@ std::vector<float> amplified(std::vector<float> const& samples, double decibels)
     return result;
 }
 
-/// The limiter takes some loudness with the peaks, which a little more gain brings back.
+/// The gain that brings the loudest sample to full scale; sound as quiet as that is measured as silence.
+double fullGain(std::vector<float> const& samples) {
+    float peak = 0;
+    for (float const sample : samples) peak = std::max(peak, std::abs(sample));
+    return -20 * std::log10(peak);
+}
+
+/// The limiter takes some loudness with the peaks, which more gain brings back: the more it takes, the more of it.
 std::vector<float> levelled(std::vector<float> const& samples) {
-    double gain = 0;
-    auto result = samples;
-    for (int pass = 0; pass < mostPasses; ++pass) {
-        auto const loudness = speechLoudness(result);
-        if (!loudness || (pass > 0 && std::abs(lineLoudness - *loudness) < exact)) break;
-        gain = std::min(gain + lineLoudness - *loudness, mostGain);
-        result = amplified(samples, gain);
+    double gain = fullGain(samples), yield = 1; // how much louder a decibel makes it
+    double const most = gain + mostLimited;
+    auto result = amplified(samples, gain);
+    auto loudness = speechLoudness(result);
+    for (int pass = 0; loudness && pass < mostPasses; ++pass) {
+        double const missing = lineLoudness - *loudness;
+        double const step = std::min(missing / yield, most - gain);
+        if (std::abs(missing) < exact || step == 0) break;
+        result = amplified(samples, gain += step);
+        auto const before = std::exchange(loudness, speechLoudness(result));
+        if (loudness) yield = std::clamp((*loudness - *before) / step, leastYield, 1.0);
     }
     return result;
 }

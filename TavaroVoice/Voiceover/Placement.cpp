@@ -52,7 +52,9 @@ public:
             auto const anchor = anchorOf(lines()[order_[n]], endWithoutHeldFrame(project_));
             if (project_.voiceover->stretchesVideoToFit && anchor && free_ - *anchor > mostPushed)
                 holdBefore(n, *anchor);
-            lay(lines()[order_[n]]);
+            auto& line = lines()[order_[n]];
+            if (anchor) line.anchor = std::min(*line.anchor, endWithoutHeldFrame(project_));
+            lay(line);
         }
         double const end = project_.duration();
         if (end_ - end > leastMissing) hold(order_.size(), end, end_ - end, {});
@@ -91,25 +93,30 @@ private:
     double end_ = 0;  // when the last one ends
 };
 
-bool sameHolds(DemoProject const& a, DemoProject const& b) {
-    return std::ranges::equal(heldFrames(a), heldFrames(b), [](VideoClip const& one, VideoClip const& other) {
-        return one.id == other.id && std::abs(one.start - other.start) < same &&
-               std::abs(one.duration - other.duration) < same;
-    });
+bool samePlaces(DemoProject const& a, DemoProject const& b) {
+    bool const sameLines =
+        std::ranges::equal(a.voiceover->segments, b.voiceover->segments,
+                           [](auto const& one, auto const& other) { return std::abs(one.start - other.start) < same; });
+    return sameLines &&
+           std::ranges::equal(heldFrames(a), heldFrames(b), [](VideoClip const& one, VideoClip const& other) {
+               return one.id == other.id && std::abs(one.start - other.start) < same &&
+                      std::abs(one.duration - other.duration) < same;
+           });
 }
 
 }
 
 void placeVoiceover(DemoProject& project) {
     if (!project.voiceover) return;
+    auto anew = project;
     if (project.duration() > 0) {
-        auto anew = project;
         withdrawHeldFrames(anew);
         Placing(anew).hold();
-        // Taking out and holding again rounds the times, so what is right already stays as it is.
-        if (!sameHolds(project, anew)) project = std::move(anew);
     }
+    Placing(anew).lay();
     Placing(project).lay();
+    // Taking out and holding again rounds the times, so what is right already stays as it is.
+    if (!samePlaces(project, anew)) project = std::move(anew);
 }
 
 }

@@ -49,9 +49,9 @@ Measured measured(Speech const& speech) {
 }
 
 TEST(EvenSpeech, isAsLoudWhateverAnEngineMakesOfIt) {
-    for (double const seconds : {0.15, 0.5, 2.0, 12.0}) {
+    for (double const seconds : {0.15, 0.5, 4.0}) {
         for (double const amplitude : {0.003, 0.1, 0.9, 4.0}) {
-            for (double const sharpness : {0.5, 6.0}) {
+            for (double const sharpness : {0.5, 3.0}) {
                 auto const line = evened(voice(seconds, amplitude, sharpness));
                 auto const [loudness, peak] = measured(line);
                 EXPECT_NEAR(loudness, lineLoudness, 0.5) << seconds << " s, " << amplitude << ", " << sharpness;
