@@ -17,7 +17,6 @@
 #include <TavaroCore/Editing/ClipEdits.h>
 #include <TavaroCore/Errors/Excerpt.h>
 #include <TavaroCore/Style/BackgroundPreset.h>
-#include <TavaroCore/Values/Timecode.h>
 
 #include <QClipboard>
 #include <QGuiApplication>
@@ -27,7 +26,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <cmath>
 
 namespace tavaro {
 
@@ -43,12 +41,6 @@ constexpr qsizetype mostRecentColors = 14;
 constexpr auto itemsFormat = "application/x-tavaro-items+json";
 
 QClipboard* clipboard() { return qApp ? QGuiApplication::clipboard() : nullptr; }
-
-QStringList toTexts(std::vector<std::string> const& lines) {
-    QStringList texts;
-    for (auto const& line : lines) texts.push_back(toQString(line));
-    return texts;
-}
 
 /// The sentence for people.
 QString sentenceOf(Error const& error) {
@@ -69,14 +61,12 @@ void expectMedia(ProjectPackage const& package, DemoProject const& copied) {
 }
 
 EditorSession::EditorSession(MainQueue& queue, std::shared_ptr<OpenProject> project)
-    : project_(std::move(project))
-    , view_(project_->editorState())
+    : EditorView(std::move(project))
     , importing_(queue, "com.tavaro.import")
     , writing_(queue, "com.tavaro.save") {
-    observation_ = project_->observe([this](ProjectChange const& change) { observe(change); });
-    place_ = placeAt(document().timeline, std::clamp(view_.playhead, 0.0, duration()));
-    selection_ = view_.selection;
-    dropWhatIsGone();
+    observation_ = opened()->observe([this](ProjectChange const& change) { observe(change); });
+    for (auto const moved : {&EditorView::playheadChanged, &EditorView::selectionChanged, &EditorView::rangeChanged})
+        QObject::connect(this, moved, this, &EditorSession::updateCommands);
     stepsModel(); // which notes when each step is made
     polish_ = std::make_unique<PolishRun>(queue, *this);
     polish_->setParent(this);
@@ -85,7 +75,7 @@ EditorSession::EditorSession(MainQueue& queue, std::shared_ptr<OpenProject> proj
     for (auto const& command : commands_) command->setParent(this); // or scripts would think it theirs
     saving_.setSingleShot(true);
     QObject::connect(&saving_, &QTimer::timeout, this, [this] { save(); });
-    QObject::connect(&looking_, &QTimer::timeout, this, [this] { attempt([&] { project_->refresh(); }); });
+    QObject::connect(&looking_, &QTimer::timeout, this, [this] { attempt([&] { opened()->refresh(); }); });
     looking_.start(lookDelay);
     if (auto* const copies = clipboard())
         QObject::connect(copies, &QClipboard::dataChanged, this, &EditorSession::lookAtClipboard);
@@ -97,7 +87,7 @@ EditorSession::~EditorSession() {
     observation_.reset();
     keepView();
     try {
-        project_->save();
+        opened()->save();
     } catch (Error const&) {
         // The project stays with whoever else has it open; there is nobody left here to tell.
     }
@@ -115,10 +105,9 @@ bool EditorSession::attempt(FunctionRef<void()> action) {
 
 void EditorSession::observe(ProjectChange const& change) {
     if (change.fields.any()) {
-        auto const before = place_.time;
-        if (change.items.empty()) holdToDocument();
+        bool const hasMoved = change.items.empty() && holdToDocument();
         Q_EMIT documentChanged();
-        if (place_.time != before) Q_EMIT playheadChanged();
+        if (hasMoved) Q_EMIT playheadChanged();
     }
     if (change.fields.any() || change.fromOutside) Q_EMIT stepsChanged();
     if (change.savedState) Q_EMIT savedChanged();
@@ -128,183 +117,17 @@ void EditorSession::observe(ProjectChange const& change) {
     updateCommands();
 }
 
-/// The playhead stays on its picture, and of selection and range what there still is.
-void EditorSession::holdToDocument() {
-    place_ = placeAt(document().timeline, timeOf(document().timeline, place_));
-    dropWhatIsGone();
-    if (range_.end() > duration()) setRange(range_.start, std::max(duration() - range_.start, 0.0));
-}
-
 void EditorSession::updateCommands() {
     for (auto const& command : commands_) command->update();
 }
 
 QString EditorSession::name() const { return toQString(document().name); }
 
-// The playhead
-
-void EditorSession::setPlayhead(double time) {
-    auto const held = std::isfinite(time) ? std::clamp(time, 0.0, duration()) : 0;
-    if (held == place_.time) return;
-    place_ = placeAt(document().timeline, held);
-    Q_EMIT playheadChanged();
-    updateCommands();
-}
-
-void EditorSession::step(int frames) {
-    setPlayhead(Timecode::stepped(playhead(), frames, document().exportSettings.editingRate(), duration()));
-}
-
-void EditorSession::jump(bool forward) {
-    auto target = forward ? duration() : 0;
-    auto const consider = [&](double time) {
-        if (forward ? time > playhead() && time < target : time < playhead() && time > target) target = time;
-    };
-    forEachItem(document(), [&](auto const& item) {
-        auto const place = placeOf(item);
-        if (!place) return;
-        consider(place->start);
-        consider(place->end());
-    });
-    for (auto const& track : *document().redactions) {
-        if (std::ranges::find(selection_, track.id) == selection_.end()) continue;
-        for (auto const& keyframe : track.keyframes) {
-            if (auto const time = document().timeline.timelineTime(keyframe.t)) consider(*time);
-        }
-    }
-    setPlayhead(target);
-}
-
-// The selection
-
-void EditorSession::dropWhatIsGone() {
-    std::unordered_set<UUID, UUIDHash> there, wanted(selection_.begin(), selection_.end());
-    std::array<int, namesOf(ItemKind{}).size()> kinds{};
-    if (!wanted.empty()) {
-        forEachItem(document(), [&](auto const& item) {
-            if (wanted.contains(item.id) && there.insert(item.id).second)
-                ++kinds[static_cast<std::size_t>(kindOf(item))];
-        });
-    }
-    selectedKinds_ = kinds;
-    if (std::erase_if(selection_, [&](UUID const& id) { return !there.contains(id); }) > 0) Q_EMIT selectionChanged();
-}
-
-QStringList EditorSession::selectedIdentities() const {
-    QStringList identities;
-    for (auto const& id : selection_) identities.push_back(toQString(id.text()));
-    return identities;
-}
-
-bool EditorSession::isSelected(QString const& identity) const {
-    auto const id = UUID::parse(identity.toStdString());
-    return id && std::ranges::find(selection_, *id) != selection_.end();
-}
-
-void EditorSession::select(QString const& identity, Select how) {
-    if (auto const id = UUID::parse(identity.toStdString())) select(std::vector{*id}, how);
-}
-
-void EditorSession::select(std::vector<UUID> const& items, Select how) {
-    std::unordered_set<UUID, UUIDHash> const before(selection_.begin(), selection_.end());
-    auto chosen = how == Select::only ? std::vector<UUID>() : selection_;
-    std::unordered_set<UUID, UUIDHash> const given(items.begin(), items.end());
-    if (how == Select::toggled) std::erase_if(chosen, [&](UUID const& id) { return given.contains(id); });
-    for (auto const& id : items) {
-        if (how == Select::only || !before.contains(id)) chosen.push_back(id);
-    }
-    if (chosen == selection_) return;
-    selection_ = std::move(chosen);
-    dropWhatIsGone();
-    Q_EMIT selectionChanged();
-    updateCommands();
-}
-
-void EditorSession::selectAll() {
-    std::vector<UUID> all;
-    forEachItem(document(), [&](auto const& item) {
-        if (placeOf(item)) all.push_back(item.id);
-    });
-    select(all);
-}
-
-std::vector<UUID> EditorSession::itemsWithin(TimeRange const& range, std::vector<ItemKind> const& kinds) const {
-    std::vector<UUID> within;
-    forEachItem(document(), [&](auto const& item) {
-        if (std::ranges::find(kinds, kindOf(item)) == kinds.end()) return;
-        auto const place = placeOf(item);
-        bool const isInside =
-            place && place->start < range.end() && (place->end() > range.start || place->start == range.start);
-        if (isInside) within.push_back(item.id);
-    });
-    return within;
-}
-
-void EditorSession::marquee(double start, double duration, QStringList const& kinds, Select how) {
-    std::vector<ItemKind> wanted;
-    for (auto const& name : kinds) {
-        if (auto const kind = enumNamed<ItemKind>(name.toStdString())) wanted.push_back(*kind);
-    }
-    select(itemsWithin({std::min(start, start + duration), std::abs(duration)}, wanted), how);
-}
-
-std::vector<UUID> EditorSession::selectedOf(ItemKind kind) const {
-    std::unordered_set<UUID, UUIDHash> const selected(selection_.begin(), selection_.end());
-    std::vector<UUID> found;
-    forEachItem(document(), [&](auto const& item) {
-        if (kindOf(item) == kind && selected.contains(item.id)) found.push_back(item.id);
-    });
-    return found;
-}
-
 std::string EditorSession::selectionNoun() const {
-    if (selection_.size() != 1) return fmt::format("{} Items", selection_.size());
+    if (selection().size() != 1) return fmt::format("{} Items", selection().size());
     std::string noun;
-    visitItem(document(), selection_.front(), [&](auto const& item) { noun = inWords(nameOf(kindOf(item))); });
+    visitItem(document(), selection().front(), [&](auto const& item) { noun = inWords(nameOf(kindOf(item))); });
     return noun;
-}
-
-void EditorSession::setRange(double start, double duration) {
-    auto const end = this->duration();
-    TimeRange held{std::clamp(std::min(start, start + duration), 0.0, end), 0};
-    held.duration = std::clamp(std::max(start, start + duration), held.start, end) - held.start;
-    if (held == range_) return;
-    range_ = held;
-    Q_EMIT rangeChanged();
-    updateCommands();
-}
-
-// The window's looks
-
-QString EditorSession::inspector() const { return toQString(view_.inspector); }
-QStringList EditorSession::collapsedLanes() const { return toTexts(view_.collapsedLanes); }
-
-void EditorSession::setSnaps(bool snaps) {
-    view_.snaps = snaps;
-    Q_EMIT viewChanged();
-}
-void EditorSession::setTimelineStart(double seconds) {
-    view_.timelineStart = seconds;
-    Q_EMIT viewChanged();
-}
-void EditorSession::setTimelineScale(double pointsASecond) {
-    view_.timelineScale = pointsASecond;
-    Q_EMIT viewChanged();
-}
-void EditorSession::setInspector(QString const& name) {
-    view_.inspector = name.toStdString();
-    Q_EMIT inspectorChanged();
-}
-void EditorSession::setCollapsedLanes(QStringList const& names) {
-    view_.collapsedLanes.clear();
-    for (auto const& name : names) view_.collapsedLanes.push_back(name.toStdString());
-    Q_EMIT viewChanged();
-}
-
-void EditorSession::keepView() {
-    view_.playhead = playhead();
-    view_.selection = selection_;
-    project_->setEditorState(view_);
 }
 
 // Edits
@@ -319,14 +142,14 @@ bool EditorSession::edit(StepLabel const& step, FunctionRef<void(DemoProject&)> 
                 throw OperationError(OperationError::Kind::notPossible,
                                      "The edit would leave nothing of the video, and is not made.");
         };
-        isChanged = project_->edit(step, whole, group).isChanged;
+        isChanged = opened()->edit(step, whole, group).isChanged;
     });
     return isChanged;
 }
 
 bool EditorSession::perform(Operation const& operation) {
     return edit(infoOf(operation).title,
-                [&](DemoProject& project) { tavaro::perform(project, operation, project_->package()); });
+                [&](DemoProject& project) { tavaro::perform(project, operation, opened()->package()); });
 }
 
 QStringList EditorSession::commandNames() const {
@@ -350,31 +173,31 @@ EditorCommand* EditorSession::command(QString const& name) const {
 }
 
 void EditorSession::undo() {
-    attempt([&] { project_->undo(); });
+    attempt([&] { opened()->undo(); });
 }
 void EditorSession::redo() {
-    attempt([&] { project_->redo(); });
+    attempt([&] { opened()->redo(); });
 }
-QString EditorSession::undoName() const { return toQString(project_->undoName().value_or("")); }
-QString EditorSession::redoName() const { return toQString(project_->redoName().value_or("")); }
+QString EditorSession::undoName() const { return toQString(opened()->undoName().value_or("")); }
+QString EditorSession::redoName() const { return toQString(opened()->redoName().value_or("")); }
 
 bool EditorSession::split(double at) {
     return edit(operations::Split::info.title, [&](DemoProject& project) { splitClip(project, at); });
 }
 
 bool EditorSession::removeSelected() {
-    auto const items = selection_;
+    auto const items = selection();
     return edit(fmt::format("Delete {}", selectionNoun()), [&](DemoProject& project) { removeItems(project, items); });
 }
 
 bool EditorSession::duplicateSelected() {
     auto const clips = selectedOf(ItemKind::clip);
-    if (clips.size() == 1 && selection_.size() == 1)
+    if (clips.size() == 1 && selection().size() == 1)
         return edit(operations::DuplicateClip::info.title,
                     [&](DemoProject& project) { duplicateClip(project, clips.front()); });
     double end = 0;
-    auto const chosen = copiedItems(document(), selection_);
-    std::unordered_set<UUID, UUIDHash> const selected(selection_.begin(), selection_.end());
+    auto const chosen = copiedItems(document(), selection());
+    std::unordered_set<UUID, UUIDHash> const selected(selection().begin(), selection().end());
     forEachItem(document(), [&](auto const& item) {
         auto const place = placeOf(item);
         if (place && selected.contains(item.id)) end = std::max(end, place->end());
@@ -394,7 +217,7 @@ std::vector<UUID> EditorSession::clipsInHand() const {
 }
 
 double EditorSession::speed() const {
-    if (range_.duration > 0) return 1;
+    if (range().duration > 0) return 1;
     double speed = 0;
     for (auto const& id : clipsInHand()) {
         auto const& clips = document().timeline.clips;
@@ -404,7 +227,7 @@ double EditorSession::speed() const {
 }
 
 double EditorSession::speedSeconds() const {
-    if (range_.duration > 0) return range_.duration;
+    if (range().duration > 0) return range().duration;
     double seconds = 0;
     for (auto const& id : clipsInHand())
         seconds += std::ranges::find(document().timeline.clips, id, &VideoClip::id)->duration;
@@ -412,7 +235,7 @@ double EditorSession::speedSeconds() const {
 }
 
 bool EditorSession::setSpeed(double rate) {
-    if (range_.duration > 0) return perform(operations::ChangeSpeed{range_.start, range_.end(), rate});
+    if (range().duration > 0) return perform(operations::ChangeSpeed{range().start, range().end(), rate});
     auto const clips = clipsInHand();
     return edit(operations::ChangeSpeed::info.title, [&](DemoProject& project) {
         for (auto const& clip : clips) tavaro::setSpeed(project, clip, rate);
@@ -430,12 +253,12 @@ bool EditorSession::insertTime(double seconds) { return perform(operations::Inse
 
 bool EditorSession::rename(QString const& name) {
     return edit("Rename", [&](DemoProject& project) {
-        tavaro::perform(project, {{"name", name.toStdString()}}, project_->package());
+        tavaro::perform(project, {{"name", name.toStdString()}}, opened()->package());
     });
 }
 
 void EditorSession::goBackToEarlierSave() {
-    importing_.ask([package = project_->package()] { return package.loadBackup(); },
+    importing_.ask([package = opened()->package()] { return package.loadBackup(); },
                    [this](Outcome<DemoProject> const& earlier) {
                        attempt([&] {
                            auto const& before = earlier.value();
@@ -491,7 +314,7 @@ QString EditorSession::backgroundPreset() const {
 
 bool EditorSession::setBackground(QString const& preset) {
     return edit("Change Background", [&](DemoProject& project) {
-        tavaro::perform(project, {{"background.preset", preset.toStdString()}}, project_->package());
+        tavaro::perform(project, {{"background.preset", preset.toStdString()}}, opened()->package());
     });
 }
 
@@ -505,7 +328,7 @@ bool EditorSession::moveClip(QString const& identity, double to) {
 void EditorSession::beginDrag(QString const& identity) {
     auto const id = UUID::parse(identity.toStdString());
     if (!id) return;
-    drag_ = std::make_unique<ItemDrag>(*this, *id, isSelected(identity) ? selection_ : std::vector{*id});
+    drag_ = std::make_unique<ItemDrag>(*this, *id, isSelected(identity) ? selection() : std::vector{*id});
 }
 bool EditorSession::dragItems(double by, double snapPixels) { return drag_ && drag_->moveBy(by, snapPixels); }
 bool EditorSession::dragEdge(bool leading, double to, double snapPixels) {
@@ -520,14 +343,14 @@ void EditorSession::cancelDrag() {
 // Copies
 
 QByteArray EditorSession::copied() const {
-    return QByteArray::fromStdString(encodeProject(copiedItems(document(), selection_)));
+    return QByteArray::fromStdString(encodeProject(copiedItems(document(), selection())));
 }
 
 bool EditorSession::paste(QByteArray const& copied) {
     std::vector<UUID> added;
     auto const isChanged = edit("Paste", [&](DemoProject& project) {
         auto const items = decodeProject(copied.toStdString());
-        expectMedia(project_->package(), items);
+        expectMedia(opened()->package(), items);
         added = pasteItems(project, items, playhead());
     });
     if (isChanged) select(added);
@@ -535,7 +358,7 @@ bool EditorSession::paste(QByteArray const& copied) {
 }
 
 void EditorSession::copy() const {
-    if (!clipboard() || selection_.empty()) return;
+    if (!clipboard() || selection().empty()) return;
     auto data = std::make_unique<QMimeData>();
     data->setData(QString::fromUtf8(itemsFormat), copied());
     clipboard()->setMimeData(data.release());
@@ -543,7 +366,7 @@ void EditorSession::copy() const {
 
 bool EditorSession::cut() {
     copy();
-    auto const items = selection_;
+    auto const items = selection();
     return edit(fmt::format("Cut {}", selectionNoun()), [&](DemoProject& project) { removeItems(project, items); });
 }
 
@@ -560,7 +383,7 @@ bool EditorSession::pasteHere() {
 }
 
 void EditorSession::importFile(QString const& path) {
-    auto const copy = [package = project_->package(), from = path.toStdString()] { return package.importAsset(from); };
+    auto const copy = [package = opened()->package(), from = path.toStdString()] { return package.importAsset(from); };
     importing_.ask(copy, [this, path](Outcome<std::string> const& asset) {
         attempt([&] { Q_EMIT imported(path, toQString(asset.value())); });
     });
@@ -569,15 +392,15 @@ void EditorSession::importFile(QString const& path) {
 // Models
 
 void EditorSession::inspect() {
-    if (selection_.empty())
+    if (selection().empty())
         fields_->inspectSection(inspector());
     else
-        fields_->inspectItems(selection_);
+        fields_->inspectItems(selection());
 }
 
 QAbstractItemModel* EditorSession::fieldsModel() {
     if (fields_) return fields_.get();
-    fields_ = std::make_unique<InspectorModel>(project_);
+    fields_ = std::make_unique<InspectorModel>(opened());
     fields_->setParent(this);
     QObject::connect(this, &EditorSession::selectionChanged, fields_.get(), [this] { inspect(); });
     QObject::connect(this, &EditorSession::inspectorChanged, fields_.get(), [this] { inspect(); });
@@ -588,7 +411,7 @@ QAbstractItemModel* EditorSession::fieldsModel() {
 QAbstractItemModel* EditorSession::fieldsOf(QString const& what) {
     auto& fields = fieldsOf_[what];
     if (!fields) {
-        fields = std::make_unique<InspectorModel>(project_);
+        fields = std::make_unique<InspectorModel>(opened());
         fields->setParent(this);
         if (auto const item = UUID::parse(what.toStdString()))
             fields->inspectItems(std::vector{*item});
@@ -631,7 +454,7 @@ QAbstractItemModel* EditorSession::list(QString const& kind) {
     if (!wanted) return nullptr;
     auto& list = lists_[*wanted];
     if (!list) {
-        list = makeItemList(*wanted, project_);
+        list = makeItemList(*wanted, opened());
         list->setParent(this);
     }
     return list.get();
@@ -639,7 +462,7 @@ QAbstractItemModel* EditorSession::list(QString const& kind) {
 
 void EditorSession::save() {
     keepView();
-    auto const save = project_->beginSave();
+    auto const save = opened()->beginSave();
     if (!save) return;
     auto const write = [save] {
         save->run();
@@ -650,7 +473,7 @@ void EditorSession::save() {
 
 void EditorSession::finishSave(std::shared_ptr<PendingSave> const& save) {
     try {
-        project_->finishSave(save);
+        opened()->finishSave(save);
     } catch (ProjectInUse const&) {
         saving_.start(inUseDelay);
     } catch (Error const& error) {

@@ -4,7 +4,7 @@
 #include <Tavaro/Model/Operations/Operation.h>
 #include <Tavaro/Model/Project/OpenProject.h>
 #include <Tavaro/Studio/Editor/EditorCommand.h>
-#include <Tavaro/Studio/Editor/PicturePlace.h>
+#include <Tavaro/Studio/Editor/EditorView.h>
 #include <Tavaro/Studio/Editor/PolishRun.h>
 #include <Tavaro/Studio/Lists/DocumentItems.h>
 
@@ -34,27 +34,15 @@ class RowsModel;
 class StepList;
 class TranscriptModel;
 
-/// One open project in a window: its commands as steps of the one history, and what belongs to the window alone, which
-/// is the playhead, the selection and the looks of the timeline. Others may edit the same project meanwhile: the
-/// playhead stays on its picture, and the selection loses only what is gone. Belongs to the project's thread, inside of
-/// Qt's loop.
+/// One open project in a window: what the window looks at, and its commands as steps of the one history. Others may
+/// edit the same project meanwhile. Belongs to the project's thread, inside of Qt's loop.
 ///
 /// Edits are saved half a second after they were made, by a timer and on a thread beside, so that none waits for the
 /// disk; what another program saved is looked for once a second. Nothing here throws: what goes wrong is told by
 /// `told`, as a sentence.
-class EditorSession final : public QObject {
+class EditorSession final : public EditorView {
     Q_OBJECT
     Q_PROPERTY(QString name READ name NOTIFY documentChanged)
-    Q_PROPERTY(double duration READ duration NOTIFY documentChanged)
-    Q_PROPERTY(double playhead READ playhead WRITE setPlayhead NOTIFY playheadChanged)
-    Q_PROPERTY(QStringList selection READ selectedIdentities NOTIFY selectionChanged)
-    Q_PROPERTY(double rangeStart READ rangeStart NOTIFY rangeChanged)
-    Q_PROPERTY(double rangeDuration READ rangeDuration NOTIFY rangeChanged)
-    Q_PROPERTY(bool snaps READ snaps WRITE setSnaps NOTIFY viewChanged)
-    Q_PROPERTY(double timelineStart READ timelineStart WRITE setTimelineStart NOTIFY viewChanged)
-    Q_PROPERTY(double timelineScale READ timelineScale WRITE setTimelineScale NOTIFY viewChanged)
-    Q_PROPERTY(QString inspector READ inspector WRITE setInspector NOTIFY inspectorChanged)
-    Q_PROPERTY(QStringList collapsedLanes READ collapsedLanes WRITE setCollapsedLanes NOTIFY viewChanged)
     Q_PROPERTY(QString undoName READ undoName NOTIFY stepsChanged)
     Q_PROPERTY(QString redoName READ redoName NOTIFY stepsChanged)
     Q_PROPERTY(QString backgroundPreset READ backgroundPreset NOTIFY documentChanged)
@@ -72,56 +60,7 @@ public:
     /// Saves what is not saved yet, as far as that is possible.
     ~EditorSession() override;
 
-    OpenProject& project() const { return *project_; }
-    std::shared_ptr<OpenProject> const& opened() const { return project_; }
-    DemoProject const& document() const { return project_->document(); }
-
     QString name() const;
-    double duration() const { return document().duration(); }
-    double playhead() const { return place_.time; }
-    /// Held to 0…`duration`.
-    void setPlayhead(double time);
-    /// By whole frames of the film, back where negative.
-    Q_INVOKABLE void step(int frames);
-    /// To the next edge of a clip or an item, or back to the one before.
-    Q_INVOKABLE void jump(bool forward);
-
-    // The selection: identities, in the order in which they were selected.
-
-    enum class Select { only, also, toggled };
-    Q_ENUM(Select)
-    std::vector<UUID> const& selection() const { return selection_; }
-    QStringList selectedIdentities() const;
-    Q_INVOKABLE void select(QString const& identity, Select how = Select::only);
-    Q_INVOKABLE void selectAll();
-    Q_INVOKABLE void clearSelection() { select(std::vector<UUID>()); }
-    Q_INVOKABLE bool isSelected(QString const& identity) const;
-    void select(std::vector<UUID> const& items, Select how = Select::only);
-    /// What of these kinds is at least partly inside of a span; `marquee` selects it.
-    std::vector<UUID> itemsWithin(TimeRange const& range, std::vector<ItemKind> const& kinds) const;
-    Q_INVOKABLE void marquee(double start, double duration, QStringList const& kinds, Select how = Select::only);
-    /// Whether one of that kind is selected.
-    bool hasSelected(ItemKind kind) const { return selectedKinds_[static_cast<std::size_t>(kind)] > 0; }
-
-    /// A span of the film that commands work on; none when its duration is 0.
-    TimeRange const& range() const { return range_; }
-    double rangeStart() const { return range_.start; }
-    double rangeDuration() const { return range_.duration; }
-    Q_INVOKABLE void setRange(double start, double duration);
-    Q_INVOKABLE void clearRange() { setRange(0, 0); }
-
-    // What the window looks like; kept with the project.
-
-    bool snaps() const { return view_.snaps; }
-    double timelineStart() const { return view_.timelineStart; }
-    double timelineScale() const { return view_.timelineScale; }
-    QString inspector() const;
-    QStringList collapsedLanes() const;
-    void setSnaps(bool snaps);
-    void setTimelineStart(double seconds);
-    void setTimelineScale(double pointsASecond);
-    void setInspector(QString const& name);
-    void setCollapsedLanes(QStringList const& names);
 
     // Edits. Each is one step, and false where it is refused or changes nothing.
 
@@ -210,18 +149,12 @@ public:
     /// The items of a kind as rows.
     Q_INVOKABLE QAbstractItemModel* list(QString const& kind);
 
-    bool isSaved() const { return !project_->hasUnsavedChanges(); }
+    bool isSaved() const { return !project().hasUnsavedChanges(); }
     /// Saves now, beside the window; what cannot be saved is told.
     Q_INVOKABLE void save();
 
 Q_SIGNALS:
-    void documentChanged();
     void changedOutside();
-    void playheadChanged();
-    void selectionChanged();
-    void rangeChanged();
-    void viewChanged();
-    void inspectorChanged();
     void stepsChanged();
     void savedChanged();
     void recentColorsChanged();
@@ -233,24 +166,13 @@ Q_SIGNALS:
 
 private:
     void observe(ProjectChange const& change);
-    void holdToDocument();
-    void dropWhatIsGone();
-    void countKinds();
     void updateCommands();
     void lookAtClipboard();
-    std::vector<UUID> selectedOf(ItemKind kind) const;
     std::vector<UUID> clipsInHand() const;
     std::string selectionNoun() const;
-    void keepView();
     void finishSave(std::shared_ptr<PendingSave> const& save);
     void inspect();
 
-    std::shared_ptr<OpenProject> project_;
-    PicturePlace place_;
-    EditorState view_; // as it is kept, but for playhead and selection
-    std::vector<UUID> selection_;
-    std::array<int, namesOf(ItemKind{}).size()> selectedKinds_{};
-    TimeRange range_;
     std::unique_ptr<ItemDrag> drag_;
     std::unique_ptr<PolishRun> polish_;
     std::vector<std::unique_ptr<EditorCommand>> commands_;
