@@ -26,6 +26,19 @@ std::vector<ItemEdit> earliest(std::vector<ItemEdit> const& first, std::vector<I
     return all;
 }
 
+/// The newest step, which does not lead anywhere yet. `revision` is that of the document before it.
+template<class Step> Step& addStep(std::deque<Step>& steps, StepLabel const& label, EditGroup group,
+                                   std::uint64_t number, std::uint64_t revision) {
+    auto& step = steps.emplace_back();
+    step.name = menuName(label);
+    step.maker = label.maker;
+    step.agent = label.agent;
+    step.number = number;
+    step.group = group;
+    step.revision = revision;
+    return step;
+}
+
 std::vector<ItemPlace> placesOf(std::vector<ItemEdit> const& edits) {
     std::vector<ItemPlace> places;
     for (auto const& edit : edits) places.push_back(itemPlace(edit));
@@ -57,8 +70,7 @@ bool History::replace(StepLabel const& label, DemoProject project, EditGroup gro
     lastChange_ = back.changedFields();
     lastItems_.clear();
     clearUndone();
-    auto name = menuName(label);
-    if (continues(name, group)) {
+    if (continues(menuName(label), group)) {
         // The step then leads from here to where the whole group began.
         auto step = std::move(done_.back());
         done_.pop_back();
@@ -72,22 +84,14 @@ bool History::replace(StepLabel const& label, DemoProject project, EditGroup gro
         }
         done_.push_back(std::move(step));
     } else {
-        done_.push_back({std::move(name),
-                         label.maker,
-                         std::string(label.agent),
-                         ++lastStep_,
-                         group,
-                         revision_,
-                         std::move(back),
-                         {}});
+        addStep(done_, label, group, ++lastStep_, revision_).delta = std::move(back);
     }
     project_ = std::move(project);
     return stepped();
 }
 
 bool History::editItems(StepLabel const& label, std::vector<ItemEdit> edits, EditGroup group) {
-    auto name = menuName(label);
-    bool const goesOn = continues(name, group);
+    bool const goesOn = continues(menuName(label), group);
     if (goesOn && done_.back().itemsBefore.empty()) {
         auto const change = [&](DemoProject& project) {
             for (auto const& each : edits) putItem(project, each);
@@ -108,14 +112,7 @@ bool History::editItems(StepLabel const& label, std::vector<ItemEdit> edits, Edi
         forget(done_.back().bytes());
         done_.back().itemsBefore = earliest(done_.back().itemsBefore, before);
     } else {
-        done_.push_back({std::move(name),
-                         label.maker,
-                         std::string(label.agent),
-                         ++lastStep_,
-                         group,
-                         revision_,
-                         {},
-                         std::move(before)});
+        addStep(done_, label, group, ++lastStep_, revision_).itemsBefore = std::move(before);
     }
     auto& step = done_.back();
     step.delta = ProjectDelta::between(project_, step.itemsBefore);
