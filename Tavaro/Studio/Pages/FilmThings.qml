@@ -26,7 +26,7 @@ FilmHandles {
         property color ink: Theme.colors.accent
 
         color: "transparent"
-        border { width: 1; color: "#80000000" }
+        border { width: 1; color: Theme.colors.filmShade }
         Rectangle {
             anchors { fill: parent; margins: 1 }
             radius: Math.max(0, parent.radius - 1)
@@ -48,7 +48,7 @@ FilmHandles {
             required property rect modelData
 
             x: modelData.x; y: modelData.y; width: modelData.width; height: modelData.height
-            color: "#80000000"
+            color: Theme.colors.filmShade
         }
     }
     Outline {
@@ -56,7 +56,7 @@ FilmHandles {
 
         x: place.x - 2; y: place.y - 2; width: place.width + 4; height: place.height + 4
         visible: place.width > 0 && place.height > 0
-        ink: "#ffffff"
+        ink: Theme.colors.onFilm
         opacity: 0.7
     }
     Repeater {
@@ -100,7 +100,7 @@ FilmHandles {
             readonly property rect place: handles.guides[index] ?? Qt.rect(0, 0, 0, 0)
 
             x: place.x; y: place.y; width: place.width; height: place.height
-            color: "#ff4d9d"
+            color: Theme.colors.guide
         }
     }
     Repeater {
@@ -112,7 +112,7 @@ FilmHandles {
             x: Math.round(place.x - width / 2); y: Math.round(place.y - height / 2)
             width: 11; height: 11
             radius: 3
-            color: "#ffffff"
+            color: Theme.colors.onFilm
             border { width: 2; color: Theme.colors.accent }
         }
     }
@@ -121,7 +121,7 @@ FilmHandles {
 
         x: place.x; y: place.y; width: place.width; height: place.height
         visible: width > 0 && height > 0
-        color: "#66000000"
+        color: Theme.colors.filmShade
         border { width: 2; color: Theme.colors.accent }
     }
     FilmText { id: text; handles: handles }

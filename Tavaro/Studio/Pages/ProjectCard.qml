@@ -85,13 +85,13 @@ Item {
             width: time.implicitWidth + 12
             height: 20
             radius: 5
-            color: "#c0101216"
+            color: Theme.colors.filmLabel
             Label {
                 id: time
 
                 anchors.centerIn: parent
                 text: card.length
-                color: "#ffffff"
+                color: Theme.colors.onFilm
                 font { pixelSize: Theme.captionSize; weight: Font.Medium }
                 Accessible.ignored: true
             }

@@ -65,7 +65,7 @@ Window {
         }
         Label {
             Layout.fillWidth: true
-            font.pixelSize: 16
+            font.pixelSize: Theme.headingSize
             elide: Text.ElideRight
             textFormat: Text.PlainText
             text: bar.recorder.isAsking ? qsTr("The desktop asks what to share")

@@ -27,7 +27,7 @@ Item {
         height: parent.height
         width: Math.max(bar.meter.level > 0 ? height : 0, parent.width * bar.meter.level)
         radius: height / 2
-        color: bar.meter.level > 0.95 ? Theme.colors.danger : "#3f9b63"
+        color: bar.meter.level > 0.95 ? Theme.colors.danger : Theme.colors.loudness
     }
     Rectangle {
         visible: bar.meter.peak > 0

@@ -6,10 +6,22 @@ namespace {
 
 QColor color(QRgb rgb) { return QColor(rgb); }
 
+/// The same in every look.
+ThemeColors common() {
+    ThemeColors colors;
+    colors.knob = color(0xffffff);
+    colors.loudness = color(0x3f9b63);
+    colors.onFilm = color(0xffffff);
+    colors.filmShade = QColor(0, 0, 0, 128);
+    colors.filmLabel = QColor(16, 18, 22, 192);
+    colors.guide = color(0xff4d9d);
+    return colors;
+}
+
 }
 
 ThemeColors ThemeColors::light() {
-    ThemeColors colors;
+    ThemeColors colors = common();
     colors.window = color(0xf6f7f9);
     colors.sidebar = color(0xeceef2);
     colors.surface = color(0xffffff);
@@ -42,7 +54,7 @@ ThemeColors ThemeColors::light() {
 }
 
 ThemeColors ThemeColors::dark() {
-    ThemeColors colors;
+    ThemeColors colors = common();
     colors.window = color(0x17191d);
     colors.sidebar = color(0x111316);
     colors.surface = color(0x1f2227);

@@ -36,6 +36,12 @@ class ThemeColors {
     Q_PROPERTY(QColor toastText MEMBER toastText)
     Q_PROPERTY(QColor toastAction MEMBER toastAction)
     Q_PROPERTY(QColor veil MEMBER veil)
+    Q_PROPERTY(QColor knob MEMBER knob)
+    Q_PROPERTY(QColor loudness MEMBER loudness)
+    Q_PROPERTY(QColor onFilm MEMBER onFilm)
+    Q_PROPERTY(QColor filmShade MEMBER filmShade)
+    Q_PROPERTY(QColor filmLabel MEMBER filmLabel)
+    Q_PROPERTY(QColor guide MEMBER guide)
 
 public:
     QColor window;  // what everything lies on
@@ -54,6 +60,10 @@ public:
     QColor warning, good;                   // as words on surfaces
     QColor toast, toastText, toastAction;
     QColor veil; // over what a dialog keeps from being used
+    QColor knob; // what slides in a switch or along a slider
+    QColor loudness;
+    // Over pictures, in every look: lines and words, what darkens a part, what words stand on, where things snap.
+    QColor onFilm, filmShade, filmLabel, guide;
 
     static ThemeColors light();
     static ThemeColors dark();

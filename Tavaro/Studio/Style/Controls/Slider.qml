@@ -23,7 +23,7 @@ T.Slider {
         implicitWidth: 16
         implicitHeight: 16
         radius: 8
-        color: "#ffffff"
+        color: Theme.colors.knob
         border { width: 1; color: control.pressed || control.hovered ? Theme.colors.accent : Theme.colors.strongLine }
         FocusRing { control: control }
     }

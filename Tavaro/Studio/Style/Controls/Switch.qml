@@ -27,7 +27,7 @@ T.Switch {
             width: 16
             height: 16
             radius: 8
-            color: "#ffffff"
+            color: Theme.colors.knob
             Behavior on x {
                 enabled: !control.down
                 NumberAnimation { duration: Theme.quick }
