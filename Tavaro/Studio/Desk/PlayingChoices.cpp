@@ -37,6 +37,7 @@ void PlayingChoices::take() {
     QScopedValueRollback const guard(isBusy_, true);
     auto* const playback = desk_.preview()->playback();
     playback->setVolume(preferences_.get(playingVolume));
+    playback->setMuted(preferences_.get(playingMuted));
     playback->setScrubsAloud(preferences_.get(playingScrubsAloud));
     desk_.setLoops(preferences_.get(playingRepeats));
 }
@@ -51,6 +52,7 @@ void PlayingChoices::keep() {
     auto* const playback = desk_.preview()->playback();
     try {
         keep(playingVolume, playback->volume());
+        keep(playingMuted, playback->isMuted());
         keep(playingScrubsAloud, playback->scrubsAloud());
         keep(playingRepeats, desk_.loops());
     } catch (Error const& error) {

@@ -10,6 +10,7 @@
 namespace tavaro {
 
 inline Preference<double> const playingVolume{"com.tavaro.studio.volume", 1};
+inline Preference<bool> const playingMuted{"com.tavaro.studio.muted", false};
 inline Preference<bool> const playingScrubsAloud{"com.tavaro.studio.scrubsAloud", true};
 inline Preference<bool> const playingRepeats{"com.tavaro.studio.repeats", false};
 

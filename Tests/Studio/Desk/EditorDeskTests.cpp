@@ -66,7 +66,9 @@ TEST_F(EditorDeskTest, howFilmsArePlayedIsKeptAndTheSameForAllThatAreOpen) {
         PlayingChoices const choices(preferences, *desk), others(preferences, other);
         for (double const volume : {0.9, 0.5, 0.25}) playback().setVolume(volume);
         desk->setLoops(true);
+        playback().setMuted(true);
         TestEditor::waitFor([&] { return other.loops(); });
+        EXPECT_TRUE(other.preview()->playback()->isMuted());
         EXPECT_EQ(other.preview()->playback()->volume(), 0.25);
         other.preview()->playback()->setScrubsAloud(false);
     }
@@ -74,6 +76,7 @@ TEST_F(EditorDeskTest, howFilmsArePlayedIsKeptAndTheSameForAllThatAreOpen) {
     EditorDesk next(queue, project.open(), {std::make_unique<FakeOutput>(device), {}});
     PlayingChoices const choices(preferences, next);
     EXPECT_EQ(next.preview()->playback()->volume(), 0.25);
+    EXPECT_TRUE(next.preview()->playback()->isMuted());
     EXPECT_TRUE(next.loops());
     EXPECT_FALSE(next.preview()->playback()->scrubsAloud()) << "also what was chosen just before the end";
 }
