@@ -24,6 +24,7 @@ using namespace std::chrono_literals;
 constexpr auto settled = 250ms;
 constexpr double keptSeconds = 20; // that media stay open after the last still
 constexpr double closeUp = 7;
+constexpr qsizetype mostBackgrounds = qsizetype{8} << 20; // bytes; all of them, at the sizes of a few windows
 
 class Unwanted : public Error {
 public:
@@ -61,11 +62,11 @@ Size2 sizeIn(Size2 room, Size2 shape) {
 }
 
 /// Of a look that depends on nothing else; else empty.
-std::string keyOf(LookStills::Look const& look) {
+QString keyOf(LookStills::Look const& look) {
     if (look.subject != LookSubject::background) return {};
     auto key = fmt::format("{}x{}", look.room.width, look.room.height);
     for (auto const& change : look.changes) key += change.path + encodeJSON(change.value);
-    return key;
+    return QString::fromStdString(key);
 }
 
 LookStills::Sample captioned(DemoProject const& document) {
@@ -160,6 +161,7 @@ LookStills::LookStills(MainQueue& queue, EditorSession const& session)
     : session_(session)
     , easel_(std::make_shared<Easel>(session.project().package()))
     , side_(queue, "com.tavaro.looks") {
+    backgrounds_.setMaxCost(mostBackgrounds);
     settling_.setSingleShot(true);
     settling_.setInterval(settled);
     auto const unsettle = [this] {
@@ -190,8 +192,8 @@ LookStills::Interest LookStills::draw(Look const& look, std::function<void(QImag
         return interest;
     }
     auto const key = keyOf(look);
-    if (auto const known = backgrounds_.find(key); known != backgrounds_.end()) {
-        answer(known->second);
+    if (auto const* const known = backgrounds_.object(key)) {
+        answer(QImage(*known));
         return interest;
     }
     side_.thread().stopTimer();
@@ -212,7 +214,8 @@ LookStills::Interest LookStills::draw(Look const& look, std::function<void(QImag
             } catch (std::exception const&) {
                 // A look that cannot be drawn is shown by its name alone.
             }
-            if (!key.empty() && !picture.isNull()) backgrounds_[key] = picture;
+            if (!key.isEmpty() && !picture.isNull())
+                backgrounds_.insert(key, new QImage(picture), picture.sizeInBytes());
             if (!still.expired()) answer(picture);
         });
     return interest;

@@ -6,6 +6,7 @@
 #endif
 #include <Tavaro/Studio/Editor/EditorSession.h>
 
+#include <QCache>
 #include <QImage>
 #include <QObject>
 #include <QTimer>
@@ -72,7 +73,7 @@ private:
     EditorSession const& session_;
     QTimer settling_;
     std::map<LookSubject, std::shared_ptr<Sample const>> samples_; // of the document and the playhead as they are
-    std::map<std::string, QImage> backgrounds_;                    // which depend on nothing else
+    QCache<QString, QImage> backgrounds_;                          // which depend on nothing else, by bytes
     std::shared_ptr<Easel> easel_;                                 // the side's
     SideQueue side_;
 };

@@ -30,8 +30,9 @@ protected:
         stills.emplace(queue, *session);
     }
 
-    QImage drawn(LookSubject subject, std::string const& path = {}, JSONValue const& value = {}) {
-        LookStills::Look look{subject, {}, {96, 60}};
+    QImage drawn(LookSubject subject, std::string const& path = {}, JSONValue const& value = {},
+                 Size2 room = {96, 60}) {
+        LookStills::Look look{subject, {}, room};
         if (!path.empty()) look.changes.push_back({path, value});
         std::optional<QImage> picture;
         auto const interest = stills->draw(look, [&](QImage const& still) { picture = still; });
@@ -59,6 +60,24 @@ TEST_F(LookStillsTest, everyBackgroundIsAPictureOfItsOwn) {
         ASSERT_FALSE(picture.isNull()) << preset.id;
         EXPECT_TRUE(pictures.insert(bytes(picture)).second) << preset.id;
     }
+}
+
+TEST_F(LookStillsTest, backgroundsAreKeptAsLongAsAllOfThemAreSmall) {
+    auto const preset = BackgroundPreset::all().front().id;
+    auto const isKept = [&](Size2 room) {
+        bool isThere = false;
+        LookStills::Look const look{LookSubject::background, {{"background.preset", preset}}, room};
+        auto const interest = stills->draw(look, [&](QImage const&) { isThere = true; });
+        return isThere;
+    };
+    auto const draw = [&](Size2 room) {
+        EXPECT_FALSE(drawn(LookSubject::background, "background.preset", preset, room).isNull());
+    };
+    draw({96, 60});
+    EXPECT_TRUE(isKept({96, 60}));
+    for (int i = 0; i < 4; ++i) draw({1000 + 16 * i, 600}); // 2.3 MiB each
+    EXPECT_FALSE(isKept({96, 60}));
+    EXPECT_TRUE(isKept({1048, 600}));
 }
 
 TEST_F(LookStillsTest, everyChoiceIsTriedOnTheFilmWithoutChangingIt) {
