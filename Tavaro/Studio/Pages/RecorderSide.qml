@@ -94,7 +94,7 @@ ColumnLayout {
     Label {
         Layout.fillWidth: true
         visible: side.keys !== null && side.keys.canToggle
-        text: side.keys !== null ? qsTr("%1 begins and ends a take from anywhere.").arg(side.keys.toggleKey) : ""
+        text: side.keys !== null ? qsTr("%1 begins and ends a take from anywhere.").arg(side.keys.toggleKey.replace(/\b[a-z]/g, letter => letter.toUpperCase())) : ""
         wrapMode: Text.Wrap
         color: Theme.colors.secondaryText
         font.pixelSize: Theme.captionSize

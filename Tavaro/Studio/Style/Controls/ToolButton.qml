@@ -7,6 +7,7 @@ import Tavaro.Theme
 T.ToolButton {
     id: control
 
+    property bool isUsed // since the pointer came: what a press opened is not covered
     readonly property color ink: !enabled ? Theme.colors.disabledText : checked ? Theme.colors.accentText : Theme.colors.text
 
     implicitWidth: Math.max(Theme.controlHeight, implicitContentWidth + leftPadding + rightPadding)
@@ -18,7 +19,9 @@ T.ToolButton {
     font.weight: Font.Medium
     icon { width: Theme.iconSize; height: Theme.iconSize; color: ink }
 
-    ToolTip.visible: hovered && ToolTip.text !== ""
+    onPressed: isUsed = true
+    onHoveredChanged: if (!hovered) isUsed = false
+    ToolTip.visible: hovered && !isUsed && ToolTip.text !== ""
     ToolTip.delay: 600
     Accessible.name: text || ToolTip.text
     Accessible.description: enabled ? "" : qsTr("Not available now")
