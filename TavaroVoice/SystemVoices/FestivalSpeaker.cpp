@@ -51,6 +51,8 @@ bool isVoiceName(std::string_view name) {
     return !name.empty() && std::ranges::all_of(name, [](unsigned char c) { return std::isalnum(c) != 0 || c == '_'; });
 }
 
+bool isIntelligible(std::string_view name) { return name.ends_with("_hts"); }
+
 std::string languageOf(std::string const& folder, std::string const& voice) {
     constexpr std::array<std::string_view, 2> american{"kal_diphone", "ked_diphone"};
     if (std::ranges::find(american, voice) != american.end()) return "en-US";
@@ -146,11 +148,12 @@ std::vector<Voice> FestivalSpeaker::voices() {
             voices.push_back({.id = std::string(beginning) + name,
                               .name = name,
                               .language = languageOf(language.filename().string(), name),
-                              .engine = engine});
+                              .engine = engine,
+                              .description = isIntelligible(name) ? "Clear: the best that needs no network." : ""});
         }
     }
     // The kind that is understood best first.
-    std::ranges::stable_partition(voices, [](Voice const& voice) { return voice.name.ends_with("_hts"); });
+    std::ranges::stable_partition(voices, [](Voice const& voice) { return isIntelligible(voice.name); });
     return voices;
 }
 

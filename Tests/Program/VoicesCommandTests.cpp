@@ -50,7 +50,8 @@ TEST_F(VoicesCommand, listsAndPreviewsWhatSpeaksALanguage) {
     ASSERT_EQ(listed.exitCode, 0) << listed.error;
     auto const voices = JSONValue::parse(listed.out);
     ASSERT_FALSE(voices.as<JSONValue::Array>()->empty()) << "no engine is installed";
-    for (auto const& voice : *voices.as<JSONValue::Array>()) EXPECT_EQ(*voice.find<std::string>("language"), "en-US");
+    for (auto const& voice : *voices.as<JSONValue::Array>())
+        EXPECT_THAT(*voice.find<std::string>("language"), StartsWith("en-US"));
     EXPECT_THAT(tavaro({"voices", "--all"}).out, HasSubstr("21m00Tcm4TlvDq8ikWAM"));
     EXPECT_THAT(tavaro({"voices"}).out, Not(HasSubstr("21m00Tcm4TlvDq8ikWAM")));
     EXPECT_THAT(tavaro({"voices", "--language", "xx"}).error, HasSubstr("No voice here speaks “xx”."));
