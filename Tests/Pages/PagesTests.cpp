@@ -114,6 +114,7 @@ void lookAt(QString const& place, QString const& look) {
     stage->settle();
     if (isAtFactorOne()) expectAsStored(name); // Qt rounds otherwise at others
     expectReadableAndReachable();
+    EXPECT_THAT(rowsInLayouts(*stage->window().contentItem()), IsEmpty());
     for (auto const& complaint : stage->complaints()) ADD_FAILURE() << complaint;
 }
 

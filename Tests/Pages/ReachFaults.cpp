@@ -4,6 +4,8 @@
 #include <QQuickItem>
 #include <QQuickWindow>
 
+#include <algorithm>
+#include <iterator>
 #include <set>
 
 namespace tavaro {
@@ -92,6 +94,16 @@ std::vector<std::string> reachFaults(QQuickWindow& window) {
     Faults faults(window);
     faults.visit(QAccessible::queryAccessibleInterface(&window));
     return faults.found;
+}
+
+std::vector<std::string> rowsInLayouts(QQuickItem& item) {
+    std::vector<std::string> found;
+    auto* const parent = item.parentItem();
+    if (item.inherits("QQuickRepeater") && parent && parent->inherits("QQuickLayout"))
+        found.push_back("A Repeater of " + described(*parent) +
+                        " is in a layout, which asks rows that are gone: use Rows");
+    for (auto* const child : item.childItems()) std::ranges::move(rowsInLayouts(*child), std::back_inserter(found));
+    return found;
 }
 
 std::vector<std::string> focusFaults(QQuickWindow& window, QQuickItem& focus) {

@@ -17,6 +17,9 @@ std::vector<std::string> reachFaults(QQuickWindow& window);
 std::vector<std::string> focusFaults(QQuickWindow& window, QQuickItem& focus);
 
 /// Its class and its name.
+/// Repeaters that are children of a layout: that of Qt 6.4 now and then crashes when their rows change.
+std::vector<std::string> rowsInLayouts(QQuickItem& item);
+
 std::string described(QQuickItem const& item);
 
 }

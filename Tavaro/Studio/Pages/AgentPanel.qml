@@ -86,9 +86,10 @@ ColumnLayout {
                 color: Theme.colors.warning
                 wrapMode: Text.Wrap
             }
-            Repeater {
+            Rows {
+                spacing: 12
                 model: Agents
-                AgentRow { Layout.fillWidth: true }
+                AgentRow {}
             }
         }
     }

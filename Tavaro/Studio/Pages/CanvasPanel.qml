@@ -13,7 +13,9 @@ SidePage {
     readonly property InspectorModel project: session.fieldsOf("project")
     readonly property size canvas: project.values.canvas ?? Qt.size(0, 0)
 
-    GridLayout {
+    Grid {
+        id: shapes
+
         Layout.fillWidth: true
         columns: 3
         columnSpacing: 6
@@ -30,7 +32,7 @@ SidePage {
             ShapeButton {
                 required property var modelData
 
-                Layout.fillWidth: true
+                width: (shapes.width - 2 * shapes.columnSpacing) / 3
                 text: modelData.title
                 shape: Qt.size(modelData.width, modelData.height)
                 checked: page.canvas.width * shape.height === page.canvas.height * shape.width

@@ -42,7 +42,9 @@ Dialog {
             Keys.onReturnPressed: dialog.submit()
             Keys.onEnterPressed: dialog.submit()
 
-            GridLayout {
+            Grid {
+                id: cards
+
                 Layout.fillWidth: true
                 columns: 4
                 columnSpacing: 10
@@ -55,8 +57,7 @@ Dialog {
                         required property int index
                         readonly property var place: dialog.places[index]
 
-                        Layout.fillWidth: true
-                        Layout.preferredWidth: 1
+                        width: (cards.width - 3 * cards.columnSpacing) / 4
                         title: place?.title ?? ""
                         detail: place?.detail ?? ""
                         picture: place?.picture ?? ""
@@ -68,17 +69,12 @@ Dialog {
                     }
                 }
             }
-            Repeater {
-                // Made anew for each place: Segmented's layout does not take other options.
-                model: dialog.form.ways.length > 0 ? [dialog.form.ways] : []
-                Segmented {
-                    required property var modelData
-
-                    name: qsTr("For")
-                    options: modelData
-                    value: dialog.form.preset
-                    onChosen: value => dialog.form.preset = value
-                }
+            Segmented {
+                name: qsTr("For")
+                visible: options.length > 0
+                options: dialog.form.ways
+                value: dialog.form.preset
+                onChosen: value => dialog.form.preset = value
             }
             ExportCustom {
                 Layout.fillWidth: true

@@ -1,10 +1,10 @@
 import QtQuick
-import QtQuick.Layouts
 import Tavaro.Editor
+import Tavaro.Style
 
 // The fields of what is inspected, an editor for each. A field that is in none of a page's other groups is in the group
 // that names those it goes without, so that none is ever missing.
-ColumnLayout {
+Rows {
     id: list
 
     required property EditorSession session
@@ -12,21 +12,15 @@ ColumnLayout {
     property alias only: shownFields.only
     property alias without: shownFields.without
 
-    Layout.fillWidth: true
     spacing: 8
-
-    ShownFields {
+    model: ShownFields {
         id: shownFields
 
         fields: list.fields
     }
-    Repeater {
-        model: shownFields
-        FieldRow {
-            Layout.fillWidth: true
-            session: list.session
-            fields: list.fields
-            group: shownFields
-        }
+    FieldRow {
+        session: list.session
+        fields: list.fields
+        group: shownFields
     }
 }

@@ -5,7 +5,7 @@ import Tavaro.Editor
 import Tavaro.Theme
 
 // A point, an area or a size, by its numbers: shares in per cent, sizes in pixels.
-GridLayout {
+Grid {
     id: parts
 
     required property var field
@@ -31,6 +31,7 @@ GridLayout {
             required property var modelData
             readonly property real number: parts.field.value?.[modelData[0]] ?? 0
 
+            width: (parts.width - parts.columnSpacing) / 2
             spacing: 6
             Label {
                 text: part.modelData[1]

@@ -1,6 +1,7 @@
 import QtQuick
 import QtQuick.Controls
 import QtQuick.Layouts
+import Tavaro.Style
 import Tavaro.Theme
 
 // A list of texts.
@@ -14,8 +15,9 @@ ColumnLayout {
 
     spacing: 4
 
-    Repeater {
+    Rows {
         model: texts.shown
+        spacing: texts.spacing
         RowLayout {
             id: line
 

@@ -57,7 +57,8 @@ SidePage {
 
             anchors { left: parent.left; right: parent.right; verticalCenter: parent.verticalCenter; margins: 12 }
             spacing: 4
-            Repeater {
+            Rows {
+                spacing: 4
                 model: page.run.report
                 RowLayout {
                     id: line
@@ -80,7 +81,8 @@ SidePage {
     }
     FieldGroup {
         title: qsTr("What it does")
-        Repeater {
+        Rows {
+            spacing: 8
             model: page.run.switches.length
             RowLayout {
                 id: part

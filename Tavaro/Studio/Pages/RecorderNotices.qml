@@ -39,7 +39,8 @@ ColumnLayout {
         text: notices.recorder.room
         color: notices.recorder.roomMinutes < 5 ? Theme.colors.warning : Theme.colors.text
     }
-    Repeater {
+    Rows {
+        spacing: notices.spacing
         model: notices.recorder.remarks
         Notice {
             required property string modelData

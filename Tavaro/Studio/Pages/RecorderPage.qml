@@ -100,11 +100,11 @@ Item {
                 }
                 RecorderArea { sources: page.sources }
             }
-            Repeater {
+            Rows {
+                spacing: 14
                 model: page.sources.limits
                 Label {
                     required property string modelData
-                    Layout.fillWidth: true
                     text: modelData
                     textFormat: Text.PlainText
                     wrapMode: Text.Wrap

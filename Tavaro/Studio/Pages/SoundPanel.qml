@@ -2,6 +2,7 @@ import QtQuick
 import QtQuick.Controls
 import QtQuick.Layouts
 import Tavaro.Editor
+import Tavaro.Style
 import Tavaro.Theme
 
 // The film's tracks of sound, and what is spoken over it.
@@ -19,9 +20,10 @@ SidePage {
         text: qsTr("This film has no sound.")
         color: Theme.colors.secondaryText
     }
-    Repeater {
+    Rows {
         id: tracks
 
+        spacing: 10
         model: page.session.list("track")
         FieldGroup {
             id: group

@@ -6,7 +6,7 @@ import Tavaro.Style
 import Tavaro.Theme
 
 // The takes that run in terminals, to be ordered about from here too.
-ColumnLayout {
+Rows {
     id: list
 
     required property TerminalTakes takes
@@ -17,47 +17,45 @@ ColumnLayout {
         icon { width: 14; height: 14 }
     }
 
-    spacing: Theme.gap
-    Repeater {
-        model: list.takes
-        Card {
-            id: take
+    spacing: 2 * Theme.gap
+    bottomPadding: Theme.gap
+    model: takes
 
-            required property int index
-            required property string title
-            required property bool isPaused
-            required property bool isTaking
+    Card {
+        id: take
 
-            Layout.fillWidth: true
-            Layout.bottomMargin: 8
-            implicitHeight: Math.max(row.implicitHeight, text.implicitHeight) + 16
-            Accessible.role: Accessible.Grouping
-            Accessible.name: title
-            RowLayout {
-                id: row
+        required property int index
+        required property string title
+        required property bool isPaused
+        required property bool isTaking
 
-                anchors { left: parent.left; right: parent.right; verticalCenter: parent.verticalCenter; leftMargin: 12; rightMargin: 6 }
-                spacing: 2
-                Label {
-                    id: text
+        implicitHeight: Math.max(row.implicitHeight, text.implicitHeight) + 16
+        Accessible.role: Accessible.Grouping
+        Accessible.name: title
+        RowLayout {
+            id: row
 
-                    Layout.fillWidth: true
-                    text: take.title
-                    wrapMode: Text.Wrap
-                    font.pixelSize: Theme.captionSize
-                }
-                Order {
-                    visible: take.isTaking
-                    icon.source: Theme.icon(take.isPaused ? "record-fill" : "pause-fill")
-                    ToolTip.text: take.isPaused ? qsTr("Resume the terminal’s take") : qsTr("Pause the terminal’s take")
-                    onClicked: list.takes.togglePause(take.index)
-                }
-                Order {
-                    visible: take.isTaking
-                    icon.source: Theme.icon("stop-fill")
-                    ToolTip.text: qsTr("End the terminal’s take")
-                    onClicked: list.takes.stop(take.index)
-                }
+            anchors { left: parent.left; right: parent.right; verticalCenter: parent.verticalCenter; leftMargin: 12; rightMargin: 6 }
+            spacing: 2
+            Label {
+                id: text
+
+                Layout.fillWidth: true
+                text: take.title
+                wrapMode: Text.Wrap
+                font.pixelSize: Theme.captionSize
+            }
+            Order {
+                visible: take.isTaking
+                icon.source: Theme.icon(take.isPaused ? "record-fill" : "pause-fill")
+                ToolTip.text: take.isPaused ? qsTr("Resume the terminal’s take") : qsTr("Pause the terminal’s take")
+                onClicked: list.takes.togglePause(take.index)
+            }
+            Order {
+                visible: take.isTaking
+                icon.source: Theme.icon("stop-fill")
+                ToolTip.text: qsTr("End the terminal’s take")
+                onClicked: list.takes.stop(take.index)
             }
         }
     }

@@ -125,6 +125,78 @@ TEST_F(ChangingRows, oneOfAFewTakesOthersInPlace) {
     }
 }
 
+TEST_F(ChangingRows, rowsComeGoAndMoveInsideOfALayout) {
+    auto const host = item(R"(ColumnLayout {
+        id: host
+        property var names: []
+        function change(seed: int) {
+            const at = seed % (rows.count + 1), name = "Row " + seed;
+            if (seed % 7 < 3 || rows.count === 0) rows.insert(at, { name: name });
+            else if (seed % 7 < 5) rows.remove(Math.min(at, rows.count - 1));
+            else if (seed % 7 < 6) rows.move(0, rows.count - 1, 1);
+            else if (seed % 5 === 0) rows.clear();
+            else rows.setProperty(Math.min(at, rows.count - 1), "name", name + " that wraps where it is narrow");
+            names = Array.from({ length: rows.count }, (_, i) => rows.get(i).name);
+        }
+        ListModel { id: rows }
+        Label { text: "Above" }
+        Rows {
+            objectName: "rows"
+            model: rows
+            spacing: 4
+            RowLayout {
+                required property string name
+                Label { Layout.fillWidth: true; text: parent.name; wrapMode: Text.Wrap }
+                Switch { Accessible.name: parent.name }
+            }
+        }
+        Label { objectName: "below"; text: "Below" })" +
+                           QByteArray("}"));
+    auto* const rows = host->findChild<QQuickItem*>(QStringLiteral("rows"));
+    auto* const below = host->findChild<QQuickItem*>(QStringLiteral("below"));
+    unsigned random = 1;
+    for (int i = 0; i < 1000 && !HasFailure(); ++i) {
+        random = random * 1'664'525 + 1'013'904'223;
+        QMetaObject::invokeMethod(host.get(), "change", Q_ARG(int, static_cast<int>(random >> 16)));
+        host->setWidth(120 + i % 90);
+        if (i % 3) QCoreApplication::processEvents();
+        if (i % 100 != 99) continue;
+        QTest::qWait(30);
+        QStringList shown;
+        double end = -4;
+        for (auto* const row : rows->childItems().constFirst()->childItems()) {
+            if (row->inherits("QQuickRepeater")) continue;
+            shown.push_back(row->property("name").toString());
+            EXPECT_EQ(row->y(), end + 4);
+            EXPECT_EQ(row->width(), host->width());
+            EXPECT_GE(row->height(), row->implicitHeight());
+            end = row->y() + row->height();
+        }
+        EXPECT_EQ(shown, host->property("names").toStringList());
+        EXPECT_TRUE(shown.empty() || below->y() >= rows->y() + end);
+    }
+}
+
+TEST_F(ChangingRows, fieldsFollowOtherThingsThatAreSelected) {
+    ShownPage inspector{"SelectionPanel.qml", shortFilm()};
+    auto& session = inspector.session();
+    session.add(QStringLiteral("overlay"), QStringLiteral("title"));
+    session.add(QStringLiteral("overlay"), QStringLiteral("arrow"));
+    session.add(QStringLiteral("caption"));
+    session.add(QStringLiteral("redaction"));
+    session.selectAll();
+    auto const all = session.selection();
+    ASSERT_GE(all.size(), 5u);
+    for (std::size_t i = 0; i < 60; ++i) {
+        session.select(std::vector{all[i * 5 % all.size()]});
+        if (i % 4 == 3) session.undo();
+        if (i % 4 == 0) session.redo();
+        inspector.view->resize(300 + static_cast<int>(i), 700);
+        if (i % 3) QCoreApplication::processEvents();
+    }
+    for (auto const& warning : inspector.warnings) ADD_FAILURE() << warning;
+}
+
 TEST_F(ChangingRows, aMenuShowsOtherCommandsInPlace) {
     QQmlComponent component(page.view->engine(), QUrl::fromLocalFile(QStringLiteral(TAVARO_PAGES "/CommandMenu.qml")));
     auto const menu = made(component, {{QStringLiteral("session"), QVariant::fromValue(&page.session())}});

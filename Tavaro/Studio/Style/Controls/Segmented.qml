@@ -1,6 +1,5 @@
 import QtQuick
 import QtQuick.Controls
-import QtQuick.Layouts
 import Tavaro.Theme
 
 // One of a few: `options` are records with `text` and `value`.
@@ -10,9 +9,16 @@ Rectangle {
     required property string name
     property var options: []
     property var value
+    property real needed: 0 // by all options, side by side
     signal chosen(var value)
 
-    implicitWidth: row.implicitWidth + 4
+    function measure() {
+        let sum = row.spacing * Math.max(0, repeater.count - 1);
+        for (let i = 0; i < repeater.count; ++i) sum += repeater.itemAt(i)?.implicitWidth ?? 0;
+        needed = sum;
+    }
+
+    implicitWidth: needed + 4
     implicitHeight: Theme.controlHeight
     radius: Theme.radius + 1
     color: Theme.colors.sunken
@@ -20,25 +26,32 @@ Rectangle {
     Accessible.role: Accessible.Grouping
     Accessible.name: name
 
-    RowLayout {
+    Row {
         id: row
+
+        readonly property real spare: Math.max(0, width - control.needed) / Math.max(1, repeater.count)
 
         anchors.fill: parent
         anchors.margins: 2
         spacing: 2
         Repeater {
+            id: repeater
+
             model: control.options
+            onItemAdded: control.measure()
+            onCountChanged: control.measure()
             RadioButton {
                 id: option
 
                 required property var modelData
 
-                Layout.fillWidth: true
-                Layout.fillHeight: true
+                width: implicitWidth + row.spare
+                height: row.height
                 implicitWidth: label.implicitWidth + 28
                 text: modelData.text
                 checked: control.value === modelData.value
                 onToggled: control.chosen(modelData.value)
+                onImplicitWidthChanged: control.measure()
                 indicator: null
                 contentItem: Text {
                     id: label
