@@ -133,6 +133,9 @@ void makeLibrary(fs::path const& library) {
                                                     {"How exports work", FilmedApp::editor, 41.0, 96.0},
                                                     {"Bug 1173, again", FilmedApp::terminal, 12.0, 120.0}})
         save(library, listed(name, seconds), app, ++number, hours);
+}
+
+void addDamagedProject(fs::path const& library) {
     fs::create_directories(library / "Damaged.recproj");
     auto const damaged = library / "Damaged.recproj/project.json";
     std::ofstream(damaged) << "{";

@@ -126,6 +126,12 @@ void PageStage::fillLibrary() {
     becomes([this] { return shows(QString::fromStdString(tourName) + QStringLiteral(", ")); });
 }
 
+void PageStage::addDamagedProject() {
+    tavaro::addDamagedProject(parts_->home / "Movies/Tavaro");
+    studio().library().refresh();
+    becomes([this] { return shows(QStringLiteral("Damaged")); });
+}
+
 Studio& PageStage::studio() { return parts_->studio; }
 QQuickWindow& PageStage::window() { return *parts_->window; }
 

@@ -29,6 +29,8 @@ public:
     PageStage(PageStage const&) = delete;
 
     void fillLibrary();
+    /// To what is in the library.
+    void addDamagedProject();
     Studio& studio();
     QQuickWindow& window();
     void resize(QSize const& size);

@@ -44,11 +44,14 @@ QString storeInto, storeWholeInto; // empty: nothing is stored
 PageStage* stage = nullptr; // one for all, since Qt has its types once in a process
 std::vector<Place> all;     // of the filled library, once it is
 
-void fillLibrary() {
+enum class Damaged { none, one };
+
+void fillLibrary(Damaged damaged = Damaged::one) {
     if (!all.empty()) return;
     stage->press(QStringLiteral("Record"));
     stage->press(QStringLiteral("Skip"));
     stage->fillLibrary();
+    if (damaged == Damaged::one) stage->addDamagedProject();
     all = places(*stage);
 }
 
@@ -256,7 +259,7 @@ namespace {
 
 /// For the README: what somebody who works sees.
 int takeShots(QDir const& folder) {
-    fillLibrary();
+    fillLibrary(Damaged::none);
     stage->resize({1280, 800});
     for (auto const& [name, place, looks] :
          {std::tuple{"studio-library.png", "library", lightLook}, {"studio-editor.png", "project-zoom", darkLook}}) {
