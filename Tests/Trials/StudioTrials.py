@@ -76,3 +76,10 @@ class EndStudio(Driven):
 
     def __init__(self, stage):
         super().__init__(stage, "end")
+
+
+class RestartStudio(Driven):
+    """Started again at any moment of its end: there is one window."""
+
+    def __init__(self, stage):
+        super().__init__(stage, "again")

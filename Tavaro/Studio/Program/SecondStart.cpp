@@ -45,6 +45,14 @@ bool SecondStart::handOver(Start const& start) {
     }
 }
 
+bool SecondStart::isListening() {
+    try {
+        return UnixSocket::connect(socket()).has_value();
+    } catch (SocketError const&) {
+        return false;
+    }
+}
+
 SecondStart::SecondStart(MainQueue& queue, std::function<void(Start const&)> started)
     : listener_(socket())
     , started_(std::move(started))

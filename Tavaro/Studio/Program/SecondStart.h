@@ -33,6 +33,9 @@ public:
     /// True when the program that runs has taken it; false where none with windows answers.
     static bool handOver(Start const& start);
 
+    /// Whether one is there to take it, be it that it does not answer.
+    static bool isListening();
+
     /// Hears of each start from now on. Throws `SocketError`. Belongs to the main thread.
     SecondStart(MainQueue& queue, std::function<void(Start const&)> started);
 

@@ -56,8 +56,8 @@ Studio::Studio(MainQueue& queue, std::optional<ApplicationInstance> place)
     if (place_)
         takePlace();
     else
-        agentSettings_.setProblem(
-            tr("“tavaro serve” has agents for now: this window takes over once it has nothing under way."));
+        agentSettings_.setProblem(tr("Another Tavaro without a window has agents for now: this one takes over once "
+                                     "that has nothing under way."));
     connect(&updates_, &UpdateCheck::failed, this, &Studio::failed);
     QTimer::singleShot(begun, &updates_, &UpdateCheck::lookWeekly);
     look_.start(atRest);

@@ -78,16 +78,20 @@ void prepare() {
 using Place = std::optional<ApplicationInstance>;
 
 /// Whether the program that runs has taken over what this one was started for. One without windows is asked to make
-/// room; one that is only about to begin, or to end, is neither yet.
+/// room; one that is only about to begin, or to end, is neither yet. One whose end takes long, since it saves a take,
+/// is not waited for: the window takes its place once it is free.
 bool isHandedOver(Start const& start, Place& place) {
     using namespace std::chrono_literals;
-    auto const deadline = std::chrono::steady_clock::now() + 5s;
+    auto const deadline = std::chrono::steady_clock::now() + 4s;
     while (true) {
         place = ApplicationInstance::claim();
         if (place) return false;
         if (SecondStart::handOver(start)) return true;
         if (askToHandOver(controlSocketPath())) return false;
-        if (std::chrono::steady_clock::now() > deadline) throw Error("Tavaro is already running, but does not answer.");
+        if (std::chrono::steady_clock::now() > deadline) {
+            if (SecondStart::isListening()) throw Error("Tavaro is already running, but does not answer.");
+            return false;
+        }
         std::this_thread::sleep_for(50ms);
     }
 }
