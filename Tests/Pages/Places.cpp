@@ -133,6 +133,7 @@ std::vector<Place> places(PageStage& stage) {
         pressed(text("library-order"), {text("Order")}, Tab::doesNot),
         pressed(text("library-menu"), {text("More for Onboarding")}, Tab::doesNot),
         pressed(text("library-rename"), {text("More for Onboarding"), text("Rename")}),
+        pressed(text("library-files"), {text("Bring in")}),
         {text("library-toast"), trash, Tab::doesNot, bringBack},
         {text("project"), openTour},
         inTour(text("project-zoom"), {text("Zoom 1.8")}),

@@ -2,6 +2,7 @@
 
 #include <Tavaro/Studio/Desk/EditorDesk.h>
 #include <Tavaro/Studio/Editor/RegisterTypes.h>
+#include <Tavaro/Studio/Files/FileTypes.h>
 #include <Tavaro/Studio/Handles/HandleTypes.h>
 #include <Tavaro/Studio/Preview/PreviewTypes.h>
 #include <Tavaro/Studio/Timeline/TimelineTypes.h>
@@ -11,6 +12,7 @@
 namespace tavaro {
 
 void registerDeskTypes() {
+    registerFileTypes();
     registerEditorTypes();
     registerPreviewTypes();
     registerTimelineTypes();

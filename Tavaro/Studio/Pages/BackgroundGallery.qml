@@ -1,8 +1,8 @@
 import QtQuick
 import QtQuick.Controls
-import QtQuick.Dialogs
 import QtQuick.Layouts
 import Tavaro.Editor
+import Tavaro.Style
 import Tavaro.Theme
 
 // The built-in backgrounds by their families, none at all, and an own picture or film.
@@ -41,7 +41,8 @@ ColumnLayout {
             onClicked: gallery.fields.set("", "none")
         }
     }
-    Repeater {
+    Rows {
+        spacing: gallery.spacing
         model: gallery.families
         ColumnLayout {
             id: family
@@ -49,7 +50,6 @@ ColumnLayout {
             required property string modelData
             readonly property var members: gallery.presets.filter(each => each.familyTitle === modelData)
 
-            Layout.fillWidth: true
             spacing: 2
             Label {
                 Layout.topMargin: 4

@@ -1,7 +1,7 @@
 import QtQuick
-import QtQuick.Dialogs
 import Tavaro.Editor
 import Tavaro.Exports
+import Tavaro.Files
 import Tavaro.Program
 
 // What the editor's commands want of the window: exports and frames.
@@ -30,7 +30,7 @@ Item {
         id: frame
 
         title: qsTr("Save the frame as a picture")
-        fileMode: FileDialog.SaveFile
+        mode: FileChoice.SaveFile
         defaultSuffix: "png"
         nameFilters: [qsTr("Pictures (*.png)")]
         onAccepted: actions.exports.frames.save(actions.session, selectedFile)

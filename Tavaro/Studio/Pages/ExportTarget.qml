@@ -1,8 +1,8 @@
 import QtQuick
 import QtQuick.Controls
-import QtQuick.Dialogs
 import QtQuick.Layouts
 import Tavaro.Exports
+import Tavaro.Files
 import Tavaro.Style
 import Tavaro.Theme
 
@@ -16,10 +16,11 @@ GridLayout {
     columnSpacing: 12
     rowSpacing: 8
 
-    FolderDialog {
+    FileDialog {
         id: picker
 
         title: qsTr("Export into a folder")
+        mode: FileChoice.OpenFolder
         currentFolder: target.form.folderUrl
         onAccepted: target.form.folderUrl = selectedFolder
     }

@@ -1,7 +1,7 @@
 import QtQuick
 import QtQuick.Controls
-import QtQuick.Dialogs
 import QtQuick.Layouts
+import Tavaro.Files
 import Tavaro.Library
 import Tavaro.Style
 import Tavaro.Theme
@@ -18,7 +18,7 @@ Item {
         id: picker
 
         title: qsTr("Bring in movies and archives")
-        fileMode: FileDialog.OpenFiles
+        mode: FileChoice.OpenFiles
         nameFilters: [qsTr("Movies and archives (*.mp4 *.mov *.mkv *.webm *.m4v *.avi *.zip)"), qsTr("All files (*)")]
         onAccepted: Library.bring(selectedFiles)
     }

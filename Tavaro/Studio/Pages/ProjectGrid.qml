@@ -1,6 +1,6 @@
 import QtQuick
 import QtQuick.Controls
-import QtQuick.Dialogs
+import Tavaro.Files
 import Tavaro.Library
 import Tavaro.Style
 import Tavaro.Theme
@@ -81,7 +81,7 @@ GridView {
         id: archive
 
         title: qsTr("Pack “%1” into an archive").arg(grid.chosenName)
-        fileMode: FileDialog.SaveFile
+        mode: FileChoice.SaveFile
         defaultSuffix: "zip"
         nameFilters: [qsTr("Archives (*.zip)")]
         onAccepted: Library.archive(grid.chosenPath, selectedFile)

@@ -73,7 +73,7 @@ class Explorer:
         if names_of(after) == names_of(before):
             return self.complaints()
         self.at = None
-        if is_of_qt(after):
+        if is_for_files(after):
             return self.complaints()
         new = {each.key() for each in within_reach(after)} - self.met
         if new:
@@ -134,9 +134,9 @@ def within_reach(seen):
     return [each for each in reach if each.window.path in windows] or reach if modal else reach
 
 
-def is_of_qt(seen):
-    """Qt's own dialog for files, with its patterns: desktops have one of theirs, and this session has no portal to it."""
-    return any("(*" in each.name for each in seen)
+def is_for_files(seen):
+    """Our dialog for files: what is in the folders is not ours to be pressed."""
+    return any(each.name == "Name, or a path" for each in seen)
 
 
 def names_of(seen):
