@@ -1,8 +1,8 @@
 import QtQuick
 import QtQuick.Controls
-import QtQuick.Dialogs
 import QtQuick.Layouts
 import Tavaro.Editor
+import Tavaro.Files
 import Tavaro.Style
 import Tavaro.Theme
 
@@ -46,24 +46,14 @@ Item {
             color: Theme.colors.secondaryText
             font.pixelSize: Theme.captionSize
         }
-        ListView {
+        RowList {
             id: list
 
-            readonly property Item focused: Window.activeFocusItem
-
-            function reveal(item: Item) {
-                for (let row = item; row; row = row.parent)
-                    if (row.parent === contentItem && row.index >= 0) return positionViewAtIndex(row.index, ListView.Contain);
-            }
-
-            onFocusedChanged: reveal(focused)
             Layout.fillWidth: true
             Layout.fillHeight: true
             Layout.rightMargin: -10
             visible: count > 0
-            clip: true
             spacing: 8
-            boundsBehavior: Flickable.StopAtBounds
             model: panel.session.list("caption")
             Accessible.role: Accessible.List
             Accessible.name: qsTr("Captions")
@@ -110,7 +100,7 @@ Item {
         id: target
 
         title: qsTr("Export captions")
-        fileMode: FileDialog.SaveFile
+        mode: FileChoice.SaveFile
         defaultSuffix: "srt"
         nameFilters: [qsTr("SubRip (*.srt)"), qsTr("WebVTT (*.vtt)")]
         onAccepted: panel.captions.exportTo(selectedFile)

@@ -60,12 +60,15 @@ GridLayout {
     }
     Label { text: qsTr("Quality"); visible: custom.form.hasBitrate }
     ComboBox {
-        readonly property var rates: [0, 1000, 2000, 4000, 8000, 12000, 20000, 40000, 80000]
+        readonly property var usual: [0, 1000, 2000, 4000, 8000, 12000, 20000, 40000, 80000]
+        readonly property int chosen: custom.form.kilobits
+        // Any other comes from a project that was set up elsewhere.
+        readonly property var rates: usual.includes(chosen) ? usual : usual.concat([chosen]).sort((a, b) => a - b)
 
         Layout.fillWidth: true
         visible: custom.form.hasBitrate
         model: rates.map(rate => rate === 0 ? qsTr("As the size needs it") : qsTr("%1 Mbit/s").arg(rate / 1000))
-        currentIndex: rates.findIndex(rate => rate >= custom.form.kilobits)
+        currentIndex: rates.indexOf(chosen)
         onActivated: index => custom.form.kilobits = rates[index]
         Accessible.name: qsTr("Quality")
     }

@@ -22,6 +22,7 @@ ColumnLayout {
 
         Label {
             Layout.fillWidth: true
+            Layout.minimumHeight: Theme.controlHeight // also without the button
             text: qsTr("Exports")
             font { pixelSize: Theme.titleSize; weight: Font.DemiBold }
             Accessible.role: Accessible.Heading
@@ -44,7 +45,7 @@ ColumnLayout {
         wrapMode: Text.Wrap
         lineHeight: 1.4
     }
-    ListView {
+    RowList {
         id: list
 
         Layout.fillWidth: true
@@ -52,7 +53,6 @@ ColumnLayout {
         Layout.leftMargin: Theme.pageMargin
         Layout.rightMargin: Theme.pageMargin - 12
         visible: page.queue.count > 0
-        clip: true
         spacing: 10
         bottomMargin: Theme.pageMargin
         model: page.queue

@@ -72,12 +72,11 @@ Rectangle {
             Layout.topMargin: 18
             Layout.bottomMargin: 4
         }
-        ListView {
+        RowList {
             id: projects
 
             Layout.fillWidth: true
             Layout.fillHeight: true
-            clip: true
             spacing: 2
             model: Studio.projects
             Accessible.role: Accessible.List
