@@ -83,6 +83,12 @@ operations::SpeedUpTyping typing(ToolArguments const& options) {
     return change;
 }
 
+ProjectAction::Voiceover voiceover(ToolArguments const& options, DemoProject const& project) {
+    if (!project.voiceover || project.voiceover->segments.empty())
+        throw MCPToolError(MCPErrorCode::failed, "Run draft_voiceover_script first.");
+    return {options.text("voice").value_or("")};
+}
+
 operations::DraftScript draft(ToolArguments const& options) {
     operations::DraftScript drafting;
     drafting.productName = options.text("product_name").value_or("");
@@ -101,8 +107,7 @@ Missing missing(ToolArguments const& options, std::initializer_list<char const*>
 decltype(ProjectAction::work) workOf(ActionName name, ToolArguments const& options, DemoProject const& project) {
     switch (name) {
     case ActionName::autoPolish: return polishOptions(options);
-    case ActionName::transcribe:
-        return missing(options, {"locale"}, "This version of Tavaro cannot transcribe: it has no speech recognition.");
+    case ActionName::transcribe: return ProjectAction::Transcription{options.text("locale").value_or("")};
     case ActionName::captionsFromTranscript: wordsOf(project); return Operation(captions(options));
     case ActionName::removeFillers: wordsOf(project); return Operation(operations::RemoveFillers{});
     case ActionName::tightenPauses: wordsOf(project); return Operation(tightening(options));
@@ -115,7 +120,7 @@ decltype(ProjectAction::work) workOf(ActionName name, ToolArguments const& optio
     case ActionName::draftVoiceoverScript: return Operation(draft(options));
     case ActionName::generateVoiceover: break;
     }
-    return missing(options, {"voice"}, "This version of Tavaro cannot generate a voiceover: it has no voices.");
+    return voiceover(options, project);
 }
 
 }

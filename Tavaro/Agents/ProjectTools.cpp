@@ -7,6 +7,10 @@
 #include <Tavaro/Model/Application/Application.h>
 #include <Tavaro/Model/Making/Polish.h>
 #include <Tavaro/Model/Operations/Perform.h>
+#include <Tavaro/Model/Voice/MachineVoices.h>
+#include <Tavaro/Model/Voice/TranscriptionJob.h>
+#include <Tavaro/Model/Voice/VoiceoverJob.h>
+#include <Tavaro/Model/Voice/VoiceoverListing.h>
 
 #include <TavaroCore/Errors/Excerpt.h>
 #include <TavaroCore/Records/JSON.h>
@@ -15,6 +19,7 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
+#include <algorithm>
 #include <utility>
 
 namespace tavaro {
@@ -115,6 +120,10 @@ void ProjectTools::act(RunningCall& call, OpenProjects::Opened const& project) {
         throw MCPToolError(MCPErrorCode::failed, missing->sentence);
     if (auto const* const options = std::get_if<PolishOptions>(&action.work))
         return polish(call, project, {.options = *options});
+    if (auto const* const voiceover = std::get_if<ProjectAction::Voiceover>(&action.work))
+        return speak(call, project, voiceover->voice);
+    if (auto const* const transcription = std::get_if<ProjectAction::Transcription>(&action.work))
+        return transcribe(call, project, transcription->locale);
     auto const& operation = std::get<Operation>(action.work);
     std::string summary;
     auto const step = commitFor(*project, call.client(), infoOf(operation).title, [&](DemoProject& edited) {
@@ -147,6 +156,72 @@ void ProjectTools::keepPolished(RunningCall& call, OpenProjects::Opened const& p
         if (polishing.tries + 1 == mostTries) throw;
         polish(call, project, {.options = polishing.options, .tries = polishing.tries + 1});
     }
+}
+
+void ProjectTools::speak(RunningCall& call, OpenProjects::Opened const& project, std::string const& voice) {
+    auto const job = std::make_shared<Job<GeneratedVoiceover, VoiceoverProgress>>(
+        voiceoverJob(queue_, project->package(),
+                     {.plan = *project->document().voiceover, .voice = voice, .service = machineVoices()}));
+    call.keep(job);
+    call.whenAbandoned([&job = *job] { job.cancel(); });
+    job->onProgress(call.later([](RunningCall& here, VoiceoverProgress const& progress) {
+        auto const all = static_cast<double>(std::max<std::int64_t>(progress.total, 1));
+        here.progress(static_cast<double>(progress.done) / all,
+                      fmt::format("{} of {} lines spoken.", progress.done - progress.failed, progress.total));
+    }));
+    job->onFinished(call.later([this, project, &job = *job](RunningCall& here) {
+        auto const generated = std::make_shared<GeneratedVoiceover const>(std::move(job.result()));
+        locked_.perform(here, [=, this](RunningCall& later) { keepSpoken(later, project, *generated); });
+    }));
+    job->start();
+}
+
+/// What was spoken is kept, also where a line was not.
+void ProjectTools::keepSpoken(RunningCall& call, OpenProjects::Opened const& project,
+                              GeneratedVoiceover const& generated) {
+    auto const step = commitFor(*project, call.client(), voiceoverStep,
+                                [&](DemoProject& edited) { takeIn(edited, project->package(), generated); });
+    auto const listing = listingOf(project->document(), generated);
+    if (listing.unspoken == 0) return call.finish(toolResult::ok("Voiceover generated.", editResult(step)));
+    auto const& failures = generated.lines.unspoken;
+    auto const& failure = failures.empty() ? VoiceError::Kind::cancelled : failures.front().kind;
+    auto const reason = failures.empty() ? "The voiceover was cancelled." : failures.front().sentence;
+    auto const code = failure == VoiceError::Kind::noKey ? MCPErrorCode::needsVoiceKey : MCPErrorCode::failed;
+    call.finish(toolResult::failure(
+        code, fmt::format("{} of {} lines were not spoken: {}", listing.unspoken, listing.asked, reason)));
+}
+
+void ProjectTools::transcribe(RunningCall& call, OpenProjects::Opened const& project, std::string const& locale) {
+    auto sounds = spokenSounds(project->document(), project->package(), AudioRole::microphone);
+    if (sounds.empty())
+        throw MCPToolError(MCPErrorCode::failed, "This project has no microphone recording to transcribe.");
+    auto const job = std::make_shared<Job<MadeTranscript, TranscriptionProgress>>(
+        transcriptionJob(queue_, {.sounds = std::move(sounds),
+                                  .choices = {.locale = locale},
+                                  .places = EnginePlaces::usual(application_.preferences())}));
+    call.keep(job);
+    call.whenAbandoned([&job = *job] { job.cancel(); });
+    job->onProgress(call.later([](RunningCall& here, TranscriptionProgress const& progress) {
+        auto const share = progress.total > 0 ? progress.seconds / progress.total : 0;
+        here.progress(std::min(share, 1.0), fmt::format("{:.0f} s heard.", progress.seconds));
+    }));
+    job->onFinished(call.later([this, project, &job = *job](RunningCall& here) {
+        auto const made = std::make_shared<MadeTranscript const>(std::move(job.result()));
+        locked_.perform(here, [=, this](RunningCall& later) { keepWords(later, project, *made); });
+    }));
+    job->start();
+}
+
+void ProjectTools::keepWords(RunningCall& call, OpenProjects::Opened const& project, MadeTranscript const& made) {
+    auto const step = commitFor(*project, call.client(), transcriptionStep,
+                                [&](DemoProject& edited) { keepTranscript(edited, made.transcript); });
+    auto result = editResult(step);
+    result.emplace("words", made.transcript.words.size());
+    result.emplace("locale", made.transcript.localeIdentifier);
+    result.emplace("engine", made.engine.id);
+    call.finish(toolResult::ok(fmt::format("Transcribed {} words of {} with {}.", made.transcript.words.size(),
+                                           made.transcript.localeIdentifier, made.engine.name),
+                               std::move(result)));
 }
 
 }

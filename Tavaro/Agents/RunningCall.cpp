@@ -7,6 +7,7 @@
 #include <TavaroAutomation/Errors/AutomationError.h>
 #include <TavaroCore/Errors/Excerpt.h>
 #include <TavaroMCP/Protocol/ToolResult.h>
+#include <TavaroVoice/Errors/VoiceError.h>
 
 #include <exception>
 
@@ -36,6 +37,13 @@ MCPErrorCode codeOf(AutomationError const& error) {
     }
 }
 
+ToolResult presentFailure(VoiceError const& error) {
+    if (error.kind != VoiceError::Kind::noKey) return toolResult::failure(MCPErrorCode::failed, error.what());
+    return toolResult::failure(
+        MCPErrorCode::needsVoiceKey,
+        "That voice needs an ElevenLabs key: Tavaro → Settings → Voiceover. Or use a system voice.");
+}
+
 /// What an agent reads of the failure that is being handled.
 ToolResult presentFailure() {
     try {
@@ -48,6 +56,8 @@ ToolResult presentFailure() {
         return toolResult::failure(codeOf(error), error.what());
     } catch (AutomationError const& error) {
         return toolResult::failure(codeOf(error), error.what());
+    } catch (VoiceError const& error) {
+        return presentFailure(error);
     } catch (NoSuchFrame const&) {
         return toolResult::failure(MCPErrorCode::invalidArguments, "time must be inside the video.");
     } catch (std::exception const& error) {

@@ -161,7 +161,7 @@ TEST_F(MCPToolHandlerTest, aSessionFromTheSourcesToTheFilm) {
     EXPECT_THAT(called("run_action", withID(R"(,"action":"auto_polish","options":{"smartZoom":false})")),
                 StartsWith("Auto Polish done: "));
     EXPECT_FALSE(project().hasUnsavedChanges());
-    EXPECT_THAT(called("run_action", withID(R"(,"action":"transcribe")")), StartsWith("failed: This version"));
+    EXPECT_THAT(called("run_action", withID(R"(,"action":"transcribe")")), StartsWith("failed: This project has no microphone"));
     EXPECT_THAT(called("render_frame", withID(R"(,"time":0.2,"max_width":320)")), HasSubstr("320 × "));
     EXPECT_EQ(called("render_frame", withID(R"(,"time":7)")), "invalid_arguments: time must be inside the video.");
 
@@ -173,6 +173,28 @@ TEST_F(MCPToolHandlerTest, aSessionFromTheSourcesToTheFilm) {
     static_cast<void>(begin("export", exporting));
     EXPECT_EQ(called("export", exporting), "busy: Another export is running. Wait for it to finish.");
     queue.runUntil([&] { return !application.isBusy(); });
+}
+
+TEST_F(MCPToolHandlerTest, aScriptIsSpokenByAVoiceOfThisMachineAsOneStepAndOtherVoicesNeedAKey) {
+    record();
+    auto const voiceover = [&](std::string const& voice) {
+        return withID(R"(,"action":"generate_voiceover","options":{"voice":")" + voice + "\"}");
+    };
+    EXPECT_EQ(called("run_action", voiceover("system:flite/slt")), "failed: Run draft_voiceover_script first.");
+    project().commit("Script", [](DemoProject& edited) {
+        edited.voiceover.emplace().segments = {{.text = "Hello there.", .anchor = 0.2}, {.text = "That is all."}};
+    });
+    EXPECT_EQ(called("run_action", voiceover("EXAVITQu4vr4xnSDxMaL")),
+              "needs_voice_key: That voice needs an ElevenLabs key: Tavaro → Settings → Voiceover. "
+              "Or use a system voice.");
+    EXPECT_EQ(called("run_action", voiceover("system:flite/slt")), "Voiceover generated.");
+    EXPECT_EQ(project().undoName(), "Generate Voiceover (tester)");
+    EXPECT_FALSE(project().hasUnsavedChanges());
+    auto const& lines = project().document().voiceover->segments;
+    EXPECT_TRUE(fs::exists(project().package().assetURL(lines[1].audioAsset.value())));
+    EXPECT_DOUBLE_EQ(lines[1].start, lines[0].end());
+    EXPECT_THAT(called("run_action", voiceover("system:flite/nobody")), StartsWith("failed: 2 of 2 lines"));
+    EXPECT_EQ(project().document().voiceover->voice.voiceID, "system:flite/slt");
 }
 
 TEST_F(MCPToolHandlerTest, aProjectThatIsEditedWhileItIsPolishedIsPolishedAgain) {

@@ -39,13 +39,21 @@ constexpr std::array<std::string_view, 11> namesOf(ActionName) {
 
 /// One of the features that an agent starts with a word.
 struct ProjectAction {
+    /// Voices that speak beside the queue.
+    struct Voiceover {
+        std::string voice; // empty: the plan's, or the best there is
+    };
+    /// Words of what is said, heard beside the queue.
+    struct Transcription {
+        std::string locale; // empty: the user's
+    };
     /// The program lacks what the action needs.
     struct Missing {
         std::string sentence;
     };
 
     ActionName name = ActionName::autoPolish;
-    std::variant<PolishOptions, Operation, Missing> work;
+    std::variant<PolishOptions, Operation, Voiceover, Transcription, Missing> work;
 };
 
 /// Throws `MCPToolError`, also for what the action needs and the project does not have.

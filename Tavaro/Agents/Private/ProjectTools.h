@@ -7,11 +7,14 @@
 #include <TavaroCore/Direction/PolishOptions.h>
 
 #include <cstdint>
+#include <string>
 
 namespace tavaro {
 
 class Application;
 class MainQueue;
+struct GeneratedVoiceover;
+struct MadeTranscript;
 struct PolishedProject;
 
 /// The tools that look at projects and edit them. Each edit is one step with the client's name, and on the disk before
@@ -44,6 +47,12 @@ private:
     void polish(RunningCall& call, OpenProjects::Opened const& project, Polishing polishing);
     void keepPolished(RunningCall& call, OpenProjects::Opened const& project, Polishing const& polishing,
                       PolishedProject const& polished);
+
+    void speak(RunningCall& call, OpenProjects::Opened const& project, std::string const& voice);
+    void keepSpoken(RunningCall& call, OpenProjects::Opened const& project, GeneratedVoiceover const& generated);
+
+    void transcribe(RunningCall& call, OpenProjects::Opened const& project, std::string const& locale);
+    void keepWords(RunningCall& call, OpenProjects::Opened const& project, MadeTranscript const& made);
 
     void act(RunningCall& call, OpenProjects::Opened const& project);
 
