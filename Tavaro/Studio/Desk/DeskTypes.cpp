@@ -6,6 +6,7 @@
 #include <Tavaro/Studio/Handles/HandleTypes.h>
 #include <Tavaro/Studio/Preview/PreviewTypes.h>
 #include <Tavaro/Studio/Timeline/TimelineTypes.h>
+#include <Tavaro/Studio/Voice/VoiceDesk.h>
 
 #include <QtQml>
 
@@ -17,6 +18,7 @@ void registerDeskTypes() {
     registerPreviewTypes();
     registerTimelineTypes();
     registerHandleTypes();
+    registerVoiceTypes();
     qmlRegisterUncreatableType<EditorDesk>("Tavaro.Editor", 1, 0, "EditorDesk",
                                            QStringLiteral("It comes with a project."));
 }

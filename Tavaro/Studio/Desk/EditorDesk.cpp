@@ -1,5 +1,7 @@
 #include <Tavaro/Studio/Desk/EditorDesk.h>
 
+#include <Tavaro/Studio/Voice/VoiceDesk.h>
+
 #include <TavaroCore/Project/DemoProject.h>
 #include <TavaroCore/Values/Timecode.h>
 
@@ -23,7 +25,8 @@ std::set<std::string> keys(QStringList const& names) {
 }
 
 EditorDesk::EditorDesk(MainQueue& queue, std::shared_ptr<OpenProject> const& project)
-    : session_(queue, project)
+    : queue_(queue)
+    , session_(queue, project)
     , preview_(*project)
     , looks_(queue, session_)
     , steps_(*project) {
@@ -31,7 +34,8 @@ EditorDesk::EditorDesk(MainQueue& queue, std::shared_ptr<OpenProject> const& pro
 }
 
 EditorDesk::EditorDesk(MainQueue& queue, std::shared_ptr<OpenProject> const& project, FilmPlayback::Means means)
-    : session_(queue, project)
+    : queue_(queue)
+    , session_(queue, project)
     , preview_(*project, std::move(means))
     , looks_(queue, session_)
     , steps_(*project) {
@@ -53,6 +57,13 @@ void EditorDesk::join() {
     connect(&session_, &EditorSession::viewChanged, this, &EditorDesk::followLanes);
     connect(&session_, &EditorSession::rangeChanged, this, &EditorDesk::followRange);
     followPlayhead();
+}
+
+QObject* EditorDesk::voice() {
+    if (!voice_)
+        voice_ =
+            std::make_unique<VoiceDesk>(queue_, session_, voiceMeans_ ? *voiceMeans_ : VoiceMeans::ofThisMachine());
+    return voice_.get();
 }
 
 QString EditorDesk::time() const {

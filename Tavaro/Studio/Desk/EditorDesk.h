@@ -5,13 +5,18 @@
 #include <Tavaro/Studio/Preview/LookStills.h>
 #include <Tavaro/Studio/Timeline/TimelineItem.h>
 #include <Tavaro/Studio/Timeline/TimelineSteps.h>
+#include <Tavaro/Studio/Voice/VoiceMeans.h>
 
 #include <QObject>
 #include <QPointer>
 
 #include <memory>
+#include <optional>
+#include <utility>
 
 namespace tavaro {
+
+class VoiceDesk;
 
 /// An open project in a window: its editor, its picture and its timeline, which show one moment and one selection. A
 /// film that plays moves the playhead; a playhead that is moved moves the film. Belongs to the project's thread.
@@ -21,6 +26,7 @@ class EditorDesk final : public QObject {
     Q_PROPERTY(tavaro::FilmPreview* preview READ preview CONSTANT)
     Q_PROPERTY(bool loops READ loops WRITE setLoops NOTIFY loopsChanged)
     Q_PROPERTY(tavaro::LookStills* looks READ looks CONSTANT)
+    Q_PROPERTY(QObject* voice READ voice CONSTANT)
     Q_PROPERTY(QString time READ time NOTIFY timeChanged) // "0:04 / 1:20", of the whole film
 
 public:
@@ -32,6 +38,10 @@ public:
     EditorSession* session() { return &session_; }
     FilmPreview* preview() { return &preview_; }
     LookStills* looks() { return &looks_; }
+    /// A `VoiceDesk`, made when it is first asked for.
+    QObject* voice();
+    /// Before it is asked for; else it hears and speaks by what this machine has.
+    void setVoiceMeans(VoiceMeans means) { voiceMeans_ = std::move(means); }
     QString time() const;
     /// Whether the marked span plays over and over, or the film where none is marked.
     bool loops() const { return loops_; }
@@ -57,10 +67,13 @@ private:
     void scrub(double time);
     void keepView();
 
+    MainQueue& queue_;
     EditorSession session_;
     FilmPreview preview_;
     LookStills looks_;
     TimelineSteps steps_;
+    std::optional<VoiceMeans> voiceMeans_;
+    std::unique_ptr<VoiceDesk> voice_;
     QPointer<TimelineItem> timeline_;
     bool isDark_ = false, loops_ = false;
     // One side follows the other, which need not follow back: in the moment, and in what the timeline looks like.

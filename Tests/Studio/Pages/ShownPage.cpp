@@ -37,6 +37,7 @@ ShownPage::ShownPage(std::string const& file, DemoProject document, PageLook loo
     qInstallMessageHandler(note);
     desk = std::make_unique<EditorDesk>(queue, project.open(),
                                         FilmPlayback::Means{std::make_unique<FakeOutput>(device), {}});
+    if (look.voices) desk->setVoiceMeans(*look.voices);
     view = std::make_unique<QQuickView>(&engine, nullptr);
     view->setResizeMode(QQuickView::SizeRootObjectToView);
     view->resize(look.size);

@@ -11,6 +11,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -19,8 +20,9 @@ namespace tavaro {
 /// How a page is shown, where not as one of the side panel.
 struct PageLook {
     QSize size = {360, 700};
-    QVariantMap properties;       // besides its desk
-    std::filesystem::path assets; // whose files the project has; empty: none
+    QVariantMap properties;           // besides its desk
+    std::filesystem::path assets;     // whose files the project has; empty: none
+    std::optional<VoiceMeans> voices; // else those of this machine
 };
 
 /// A page of an open project in a window without a display, worked by mouse and keys, and what Qt complained of.
