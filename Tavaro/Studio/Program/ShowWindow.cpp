@@ -6,6 +6,7 @@
 #include <Tavaro/Studio/Program/Studio.h>
 #include <Tavaro/Studio/Recorder/RecorderTypes.h>
 #include <Tavaro/Studio/Settings/RegisterSettings.h>
+#include <Tavaro/Studio/Settings/SpeechSettings.h>
 #include <Tavaro/Studio/Style/RegisterStyle.h>
 #include <Tavaro/Studio/Style/Theme.h>
 
@@ -21,6 +22,7 @@ bool showWindow(QQmlApplicationEngine& engine, Studio& studio, Theme& theme) {
     registerDeskTypes();
     registerExportTypes();
     registerSettings(studio.agentSettings(), studio.consent(), studio.updates());
+    registerSpeechSettings(studio.speech());
     qmlRegisterSingletonInstance("Tavaro.Program", 1, 0, "Studio", &studio);
     engine.load(QUrl(QStringLiteral("qrc:/qt/qml/Tavaro/Studio/Pages/StudioWindow.qml")));
     return !engine.rootObjects().isEmpty();

@@ -33,6 +33,7 @@ Studio::Studio(MainQueue& queue, std::optional<ApplicationInstance> place)
     , projects_(queue, application_.projects(), application_.preferences())
     , agentSettings_(application_.preferences())
     , updates_(application_.preferences(), ownUpdates())
+    , speech_(queue, application_.preferences())
     , asking_(queue, "com.tavaro.studio.place") {
     connect(&library_, &Library::openRequested, &projects_, &OpenedProjects::open);
     connect(&library_, &Library::left, &projects_, &OpenedProjects::forget);
@@ -48,6 +49,7 @@ Studio::Studio(MainQueue& queue, std::optional<ApplicationInstance> place)
     connect(recorder_.terminals(), &TerminalTakes::ended, &library_, &Library::refresh);
     connect(&projects_, &OpenedProjects::failed, this, &Studio::failed);
     connect(&agentSettings_, &AgentSettings::failed, this, &Studio::failed);
+    connect(&speech_, &SpeechSettings::failed, this, &Studio::failed);
     connect(&look_, &QTimer::timeout, this, &Studio::look);
     connect(&consent_, &ConsentQuestions::changed, this, [this] {
         if (consent_.isAsking()) bringBack();

@@ -11,6 +11,7 @@
 #include <Tavaro/Studio/Recorder/RecorderDesk.h>
 #include <Tavaro/Studio/Settings/AgentSettings.h>
 #include <Tavaro/Studio/Settings/ConsentQuestions.h>
+#include <Tavaro/Studio/Settings/SpeechSettings.h>
 #include <Tavaro/Studio/Settings/UpdateCheck.h>
 
 #include <Tavaro/Studio/Program/OpenedProjects.h>
@@ -44,6 +45,7 @@ public:
     AgentSettings& agentSettings() { return agentSettings_; }
     ConsentQuestions& consent() { return consent_; }
     UpdateCheck& updates() { return updates_; }
+    SpeechSettings& speech() { return speech_; }
     OpenedProjects* projects() { return &projects_; }
     static QString version();
 
@@ -90,6 +92,7 @@ private:
     AgentSettings agentSettings_;
     ConsentQuestions consent_;
     UpdateCheck updates_;
+    SpeechSettings speech_;
     std::optional<AppMCPBackend> agents_;
     std::optional<SecondStart> starts_;
     SideQueue asking_; // for the place

@@ -17,6 +17,7 @@
 #include <TavaroPlatform/Queues/MainQueue.h>
 #include <TavaroPlatform/Queues/ParallelPair.h>
 #include <TavaroPlatform/Version/Version.h>
+#include <TavaroVoice/ElevenLabs/ElevenLabsKey.h>
 
 #include <CLI/CLI.hpp>
 
@@ -63,6 +64,7 @@ std::optional<int> parse(int argc, char** argv, Start& start) {
 }
 
 void prepare() {
+    elevenLabsKey::takeFromEnvironment();
     std::signal(SIGXFSZ, SIG_IGN); // a limit on the size of files is told as a full disk is, after cleaning up
     // Qt 6.4 shows nobody its widgets where this names the bus; without it, it asks the session.
     ::unsetenv("AT_SPI_BUS_ADDRESS");
