@@ -36,7 +36,7 @@ void move(CaptionCue& cue, double by) {
 }
 void move(VoiceoverSegment& line, double by) {
     line.start += by;
-    if (line.anchor) *line.anchor += by;
+    line.anchor = line.start; // where the hand put it, whatever was spoken before it until then
 }
 
 double startOf(LayoutCue const& cue) { return cue.time; }

@@ -5,6 +5,7 @@
 
 #include <TavaroCore/Project/DemoProject.h>
 #include <TavaroCore/Values/Timecode.h>
+#include <TavaroVoice/Voiceover/LineAudio.h>
 
 #include <algorithm>
 #include <cmath>
@@ -197,7 +198,7 @@ private:
         BoxLook look{.fill = colors.fill, .edge = colors.edge, .radius = lane.rowHeight > 40 ? 6.0 : 5.0};
         if (lane.rowHeight < 22) look.radius = 3;
         if (subject_.hovered == item.id) look.fill = mixed(look.fill, colors.edge, 0.35);
-        bool const isQuiet = lane.isMuted ||
+        bool const isQuiet = lane.isMuted || (item.kind == LaneItemKind::voiceLine && isUnspoken(item)) ||
                              (item.kind == LaneItemKind::silence && !project_.silences[item.index].isRemoved) ||
                              (item.kind == LaneItemKind::redaction && !(*project_.redactions)[item.index].isEnabled);
         if (isQuiet) {
@@ -205,6 +206,11 @@ private:
             look.edge = faded(look.edge, 0.6);
         }
         return look;
+    }
+
+    bool isUnspoken(LaneItem const& item) const {
+        auto const& plan = *project_.voiceover;
+        return needsGeneration(plan.segments[item.index], plan.voice);
     }
 
     void drawSelection(QRectF const& place) {
