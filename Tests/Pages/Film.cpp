@@ -64,6 +64,17 @@ Transcript spoken() {
     return transcript;
 }
 
+/// Written, and not yet spoken: a voice that is there wherever Tavaro is.
+VoiceoverPlan narration() {
+    VoiceoverPlan plan;
+    plan.voice.voiceID = "system:flite/slt";
+    plan.voice.voiceName = "slt";
+    plan.segments = {{.text = "Let me show you the dashboard.", .anchor = 0.5, .start = 0.5},
+                     {.text = "I type in what I'm looking for.", .anchor = 5.5, .start = 5.5},
+                     {.text = "And that's all there is to it.", .anchor = 9, .start = 9}};
+    return plan;
+}
+
 RecordingMetadata logged() {
     RecordingMetadata log;
     log.captureSize = {width, height};
@@ -94,6 +105,7 @@ DemoProject tour() {
                              {.start = 8.5, .duration = 3, .text = "That is all there is to it."}};
     project.silences = {{.start = 3.3, .duration = 0.7}};
     project.transcript = spoken();
+    project.voiceover = narration();
     project.metadata = logged();
     return project;
 }

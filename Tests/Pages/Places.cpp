@@ -143,6 +143,9 @@ std::vector<Place> places(PageStage& stage) {
              on.press(QStringLiteral("All commands"));
          },
          Tab::doesNot},
+        inTour(text("script-draft"), {text("Script and voice"), text("Draft the script anew…")}),
+        inTour(text("script-paste"), {text("Script and voice"), text("Edit or paste the whole script…")}),
+        inTour(text("transcribe"), {text("Transcript"), text("Transcribe anew…")}),
         inTour(text("export"), {text("Export")}),
         inTour(text("export-custom"), {text("Export"), text("Custom")}),
         pressed(text("exports"), {text("Exports")}),

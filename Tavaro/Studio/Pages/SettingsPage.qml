@@ -82,6 +82,7 @@ ScrollView {
                 recorder: Studio.recorder.recorder
             }
         }
+        SpeechPanel { Layout.fillWidth: true }
         AgentPanel { Layout.fillWidth: true }
         UpdatePanel { Layout.fillWidth: true }
         Label {

@@ -33,6 +33,10 @@ Rectangle {
             { title: qsTr("Words"), source: "CaptionsPanel.qml" },
             { title: qsTr("Looks"), source: "CaptionLookPanel.qml" },
         ] },
+        { name: "script", title: qsTr("Script and voice"), icon: "mic", stays: true, views: [
+            { title: qsTr("Script"), source: "ScriptPanel.qml" },
+            { title: qsTr("Voice"), source: "VoicePanel.qml" },
+        ] },
         { name: "sound", title: qsTr("Sound and voice-over"), icon: "volume-up", source: "SoundPanel.qml" },
         { name: "polish", title: qsTr("Auto Polish"), icon: "magic", source: "PolishPanel.qml", stays: true },
         { name: "steps", title: qsTr("Steps"), icon: "clock-history", source: "StepsPanel.qml", stays: true },

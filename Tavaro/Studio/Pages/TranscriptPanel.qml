@@ -4,6 +4,7 @@ import QtQuick.Layouts
 import Tavaro.Editor
 import Tavaro.Style
 import Tavaro.Theme
+import Tavaro.Voice
 
 // What is said, as a text: deleting words of it cuts the film.
 Item {
@@ -12,7 +13,14 @@ Item {
     required property EditorDesk desk
     readonly property EditorSession session: desk.session
     readonly property TranscriptModel words: session.transcript
+    readonly property TranscriptionRun run: desk.voice.transcription
+    property bool isAnew: false // whether it is to be made again
+    readonly property bool isText: words.entryCount > 0 && !isAnew && !run.isRunning
 
+    Connections {
+        target: panel.words
+        function onTextChanged() { if (!panel.run.isRunning) panel.isAnew = false }
+    }
     Binding { target: panel.words; property: "quietColor"; value: Theme.colors.secondaryText }
     Binding { target: panel.words; property: "fillerColor"; value: Theme.colors.warning }
     Binding { target: panel.words; property: "matchColor"; value: Theme.colors.selection }
@@ -21,21 +29,30 @@ Item {
         anchors { fill: parent; margins: 14; topMargin: 12 }
         spacing: 8
 
-        Label {
-            text: qsTr("Transcript")
-            font { pixelSize: Theme.headingSize - 1; weight: Font.DemiBold }
-            Accessible.role: Accessible.Heading
+        RowLayout {
+            Label {
+                Layout.fillWidth: true
+                text: qsTr("Transcript")
+                font { pixelSize: Theme.headingSize - 1; weight: Font.DemiBold }
+                Accessible.role: Accessible.Heading
+            }
+            ToolButton {
+                visible: panel.words.entryCount > 0 && !panel.run.isRunning
+                icon.source: Theme.icon(panel.isAnew ? "x-lg" : "mic")
+                ToolTip.text: panel.isAnew ? qsTr("Back to the transcript") : qsTr("Transcribe anew…")
+                onClicked: panel.isAnew = !panel.isAnew
+            }
         }
         TranscriptSearch {
             Layout.fillWidth: true
-            visible: panel.words.entryCount > 0
+            visible: panel.isText
             words: panel.words
             onFound: { text.show(panel.words.selectionFirst); panel.session.playhead = panel.words.timeOf(panel.words.selectionFirst); }
         }
         Flow {
             Layout.fillWidth: true
             spacing: 4
-            visible: panel.words.entryCount > 0
+            visible: panel.isText
 
             component All: EditorButton {
                 session: panel.session
@@ -69,7 +86,7 @@ Item {
 
             Layout.fillWidth: true
             Layout.fillHeight: true
-            visible: panel.words.entryCount > 0
+            visible: panel.isText
             desk: panel.desk
         }
         RowLayout {
@@ -89,21 +106,16 @@ Item {
                 onClicked: panel.words.restoreSelected()
             }
         }
-        Label {
+        TranscribePage {
             Layout.fillWidth: true
+            Layout.fillHeight: true
+            Layout.leftMargin: -14
+            Layout.rightMargin: -14
             visible: !text.visible
-            text: panel.words.isThere ? qsTr("Nothing is said in this film.") : qsTr("This project has no transcript. Speech cannot be recognized in this version. Captions can be imported from a SubRip or WebVTT file, and edited on the page “Captions”.")
-            wrapMode: Text.Wrap
-            lineHeight: 1.2
-            color: Theme.colors.secondaryText
+            desk: panel.desk
+            said: panel.words.isThere && panel.words.entryCount === 0 ? qsTr("Nothing is said in this film.") : panel.words.isThere ? qsTr("The words are heard anew, and take the place of those that there are. Captions and cuts stay.") : qsTr("What is said becomes text, on this machine. Deleting words of it then cuts the film.")
+            onImportWanted: file.open()
         }
-        Button {
-            visible: !panel.words.isThere
-            text: qsTr("Import captions…")
-            icon.source: Theme.icon("download")
-            onClicked: file.open()
-        }
-        Item { Layout.fillHeight: true; visible: !text.visible }
     }
     FileDialog {
         id: file
