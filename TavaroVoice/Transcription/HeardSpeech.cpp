@@ -1,7 +1,6 @@
-#include <TavaroVoice/Transcription/HeardSpeech.h>
+#include <TavaroVoice/Transcription/Private/HeardSpeech.h>
 
 #include <TavaroCore/Captions/SpeechEnvelope.h>
-#include <TavaroCore/Captions/SpokenText.h>
 #include <TavaroCore/Values/JoinedRanges.h>
 
 #include <algorithm>
@@ -15,11 +14,6 @@ constexpr float silence = 0.0006F;     // nobody's voice is quieter in a recordi
 constexpr float liveliness = 1.6F;     // loud over quiet moments; syllables and pauses differ by far more
 constexpr std::size_t fewLevels = 100; // two seconds; less says nothing about steadiness
 
-constexpr double runGap = 0.5;        // seconds between words of one run
-constexpr double unsure = 0.35;       // mean confidence of a run
-constexpr double longestSound = 0.35; // seconds that a word of no letters lasts
-constexpr double secondsALetter = 0.12;
-
 constexpr double levelSeconds = 1.0 / SpeechEnvelope::usualRate;
 constexpr double windowSeconds = 0.02;       // of a piece's level
 constexpr float loud = 0.018F;               // as silences of a recording are found
@@ -27,22 +21,6 @@ constexpr double wordMargin = 0.15;          // seconds that still belong to a w
 constexpr double soundGap = 0.3;             // sounds so near are one
 constexpr double shortestSound = 0.3;        // shorter ones are clicks
 constexpr double longestRecording = 100'000; // seconds that levels are kept of
-
-bool lastsTooLong(TranscriptWord const& word) {
-    return word.duration() > longestSound + secondsALetter * static_cast<double>(lengthOf(word.text));
-}
-
-void removeUnsureRuns(std::vector<TranscriptWord>& words) {
-    for (auto begin = words.begin(); begin != words.end();) {
-        auto end = begin;
-        double sum = 0, spokenUntil = begin->end;
-        for (; end != words.end() && end->start - spokenUntil < runGap; ++end) {
-            sum += static_cast<double>(end->confidence);
-            spokenUntil = end->end;
-        }
-        begin = sum < unsure * static_cast<double>(end - begin) ? words.erase(begin, end) : end;
-    }
-}
 
 bool isSame(TranscriptWord const& a, TranscriptWord const& b) {
     double const common = std::min(a.end, b.end) - std::max(a.start, b.start);
@@ -70,9 +48,8 @@ std::vector<TranscriptWord> wordsIn(SpeechPiece const& piece, std::vector<HeardW
                          .end = offset + piece.start + each.end,
                          .confidence = each.confidence});
     }
-    std::erase_if(words, [](auto const& word) { return lastsTooLong(word) || word.end <= 0; });
+    std::erase_if(words, [](auto const& word) { return word.end <= 0; });
     for (auto& word : words) word.start = std::max(word.start, 0.0);
-    removeUnsureRuns(words);
     return words;
 }
 

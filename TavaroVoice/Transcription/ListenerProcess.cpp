@@ -1,5 +1,6 @@
-#include <TavaroVoice/Transcription/ListenerProcess.h>
+#include <TavaroVoice/Transcription/Private/ListenerProcess.h>
 
+#include <TavaroCore/Captions/SpokenText.h>
 #include <TavaroPlatform/Processes/ConnectedProcess.h>
 #include <TavaroPlatform/Sockets/LineReader.h>
 #include <TavaroVoice/Errors/VoiceError.h>
@@ -12,6 +13,15 @@ namespace tavaro {
 namespace {
 
 using Clock = std::chrono::steady_clock;
+
+constexpr double runGap = 0.5;        // seconds between words of one run
+constexpr double unsure = 0.35;       // mean confidence of a run
+constexpr double longestSound = 0.35; // seconds that a word of no letters lasts
+constexpr double secondsALetter = 0.12;
+
+bool lastsTooLong(HeardWord const& word) {
+    return word.end - word.start > longestSound + secondsALetter * static_cast<double>(lengthOf(word.text));
+}
 
 constexpr std::chrono::milliseconds step{50}; // between looks at whether to stop
 constexpr std::chrono::seconds lineTime{20};  // from a line's beginning to its end
@@ -39,7 +49,7 @@ std::vector<HeardWord> ListenerProcess::hear(MonoSound const& piece, std::stop_t
             throw RecogniserLost("the speech recognizer broke down");
         auto const perSecond = std::chrono::duration<double, std::milli>(options_.perSecond) * seconds;
         auto const patience = options_.start + std::chrono::ceil<std::chrono::milliseconds>(perSecond);
-        return soundWords(answer(patience, stop), seconds);
+        return withoutGuesses(soundWords(answer(patience, stop), seconds));
     } catch (...) {
         end();
         throw;
@@ -70,6 +80,20 @@ std::vector<HeardWord> ListenerProcess::answer(std::chrono::milliseconds patienc
     auto reply = readReply(*line);
     if (reply.failure) throw VoiceError(VoiceError::Kind::failed, "Transcription failed: " + *reply.failure);
     return std::move(reply.words);
+}
+
+std::vector<HeardWord> withoutGuesses(std::vector<HeardWord> words) {
+    std::erase_if(words, lastsTooLong);
+    for (auto begin = words.begin(); begin != words.end();) {
+        auto end = begin;
+        double sum = 0, spokenUntil = begin->end;
+        for (; end != words.end() && end->start - spokenUntil < runGap; ++end) {
+            sum += static_cast<double>(end->confidence);
+            spokenUntil = end->end;
+        }
+        begin = sum < unsure * static_cast<double>(end - begin) ? words.erase(begin, end) : end;
+    }
+    return words;
 }
 
 }

@@ -3,7 +3,7 @@
 #include <TavaroCore/Captions/SpokenText.h>
 #include <TavaroCore/Errors/Excerpt.h>
 #include <TavaroCore/Records/JSON.h>
-#include <TavaroVoice/Transcription/Recogniser.h>
+#include <TavaroVoice/Transcription/Private/Recogniser.h>
 
 #include <algorithm>
 #include <cmath>

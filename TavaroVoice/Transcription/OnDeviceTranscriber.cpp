@@ -6,9 +6,9 @@
 #include <TavaroPlatform/Queues/BoundedQueue.h>
 #include <TavaroPlatform/Queues/SerialQueue.h>
 #include <TavaroVoice/Errors/VoiceError.h>
-#include <TavaroVoice/Transcription/HeardSpeech.h>
-#include <TavaroVoice/Transcription/Recogniser.h>
-#include <TavaroVoice/Transcription/SpeechCutter.h>
+#include <TavaroVoice/Transcription/Private/HeardSpeech.h>
+#include <TavaroVoice/Transcription/Private/Recogniser.h>
+#include <TavaroVoice/Transcription/Private/SpeechCutter.h>
 
 #include <algorithm>
 #include <exception>

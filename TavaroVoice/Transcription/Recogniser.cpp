@@ -1,4 +1,4 @@
-#include <TavaroVoice/Transcription/Recogniser.h>
+#include <TavaroVoice/Transcription/Private/Recogniser.h>
 
 namespace tavaro {
 

@@ -1,7 +1,7 @@
-#include <TavaroVoice/Transcription/SpeechCutter.h>
+#include <TavaroVoice/Transcription/Private/SpeechCutter.h>
 
 #include <TavaroMedia/Audio/StereoSample.h>
-#include <TavaroVoice/Transcription/Recogniser.h>
+#include <TavaroVoice/Transcription/Private/Recogniser.h>
 
 #include <algorithm>
 #include <cmath>

@@ -1,4 +1,4 @@
-#include <TavaroVoice/Transcription/SpeechFolder.h>
+#include <TavaroVoice/Transcription/Private/SpeechFolder.h>
 
 #include <TavaroCore/Files/FileError.h>
 

@@ -4,9 +4,9 @@
 #include <TavaroPlatform/Folders/Folders.h>
 #include <TavaroPlatform/Processes/DetachedProcess.h>
 #include <TavaroVoice/Errors/VoiceError.h>
-#include <TavaroVoice/Transcription/ListenerProcess.h>
+#include <TavaroVoice/Transcription/Private/ListenerProcess.h>
+#include <TavaroVoice/Transcription/Private/WhisperProgram.h>
 #include <TavaroVoice/Transcription/SpokenLocale.h>
-#include <TavaroVoice/Transcription/WhisperProgram.h>
 
 #include <algorithm>
 #include <array>

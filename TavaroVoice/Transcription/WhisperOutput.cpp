@@ -1,10 +1,10 @@
-#include <TavaroVoice/Transcription/WhisperOutput.h>
+#include <TavaroVoice/Transcription/Private/WhisperOutput.h>
 
 #include <TavaroCore/Captions/SpokenText.h>
 #include <TavaroCore/Errors/Excerpt.h>
 #include <TavaroCore/Records/JSONError.h>
 #include <TavaroCore/Records/JSONValue.h>
-#include <TavaroVoice/Transcription/Recogniser.h>
+#include <TavaroVoice/Transcription/Private/Recogniser.h>
 
 #include <algorithm>
 #include <cmath>

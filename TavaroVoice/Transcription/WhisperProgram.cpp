@@ -1,4 +1,4 @@
-#include <TavaroVoice/Transcription/WhisperProgram.h>
+#include <TavaroVoice/Transcription/Private/WhisperProgram.h>
 
 #include <TavaroCore/Errors/Excerpt.h>
 #include <TavaroCore/Files/FileBytes.h>
@@ -7,7 +7,7 @@
 #include <TavaroPlatform/Processes/ProgramRun.h>
 #include <TavaroVoice/Errors/VoiceError.h>
 #include <TavaroVoice/Transcription/ListenerTalk.h>
-#include <TavaroVoice/Transcription/WhisperOutput.h>
+#include <TavaroVoice/Transcription/Private/WhisperOutput.h>
 
 #include <system_error>
 

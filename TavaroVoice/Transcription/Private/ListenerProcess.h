@@ -1,6 +1,6 @@
 #pragma once
 
-#include <TavaroVoice/Transcription/Recogniser.h>
+#include <TavaroVoice/Transcription/Private/Recogniser.h>
 
 #include <chrono>
 #include <memory>
@@ -17,7 +17,7 @@ public:
         std::vector<std::string> command;
         /// How long it may take to load its model, and for each second of a piece beside that.
         std::chrono::milliseconds start{60'000};
-        std::chrono::milliseconds perSecond{10'000};
+        std::chrono::milliseconds perSecond{4'000};
     };
     explicit ListenerProcess(Options options);
     ~ListenerProcess() override;
@@ -34,5 +34,9 @@ private:
     Options const options_;
     std::unique_ptr<Running> running_;
 };
+
+/// The embedded engine hears words in music and noise too: runs of words that it is not sure of, and words that last
+/// longer than anyone says them, are left out.
+std::vector<HeardWord> withoutGuesses(std::vector<HeardWord> words);
 
 }

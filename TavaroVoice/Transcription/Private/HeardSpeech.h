@@ -2,7 +2,7 @@
 
 #include <TavaroCore/Captions/Transcript.h>
 #include <TavaroVoice/Transcription/HeardWord.h>
-#include <TavaroVoice/Transcription/SpeechCutter.h>
+#include <TavaroVoice/Transcription/Private/SpeechCutter.h>
 
 #include <string>
 #include <vector>
@@ -12,9 +12,7 @@ namespace tavaro {
 /// Whether somebody may be speaking in it: silence and steady noise need no engine.
 bool maySpeak(SpeechPiece const& piece);
 
-/// The words that belong to a piece, in seconds of the recording, whose second `offset` the sound begins at. Engines
-/// hear words in music and noise too: runs of words that they are not sure of, and words that last longer than anyone
-/// says them, are left out.
+/// The words that belong to a piece, in seconds of the recording, whose second `offset` the sound begins at.
 std::vector<TranscriptWord> wordsIn(SpeechPiece const& piece, std::vector<HeardWord> const& heard, double offset);
 
 /// What is heard of the whole, piece by piece in the order of the sound.

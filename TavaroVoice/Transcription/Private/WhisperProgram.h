@@ -1,7 +1,7 @@
 #pragma once
 
-#include <TavaroVoice/Transcription/Recogniser.h>
-#include <TavaroVoice/Transcription/SpeechFolder.h>
+#include <TavaroVoice/Transcription/Private/Recogniser.h>
+#include <TavaroVoice/Transcription/Private/SpeechFolder.h>
 
 #include <chrono>
 #include <filesystem>
