@@ -1,6 +1,7 @@
 // What a voice-over costs. Prints one line a figure: name, value, unit. Takes the parts to be measured as names.
 
 #include "ScriptBench.h"
+#include "TranscriptionBench.h"
 #include "VoiceoverBench.h"
 
 #include <algorithm>
@@ -13,8 +14,9 @@
 
 namespace {
 
-constexpr std::array<std::pair<std::string_view, void (*)()>, 2> parts{
-    {{"script", tavaro::benchScript}, {"voiceover", tavaro::benchVoiceover}}};
+constexpr std::array<std::pair<std::string_view, void (*)()>, 3> parts{{{"script", tavaro::benchScript},
+                                                                        {"transcription", tavaro::benchTranscription},
+                                                                        {"voiceover", tavaro::benchVoiceover}}};
 
 }
 
