@@ -123,6 +123,8 @@ void WebClient::State::prepare(WebRequest const& request, Headers& headers, Rece
     set(CURLOPT_WRITEFUNCTION, receive);
     set(CURLOPT_WRITEDATA, &received);
     if (!request.body) return;
+    // Where a kept connection turns out to be lost, the library would send what it sent on it once more.
+    set(CURLOPT_FRESH_CONNECT, 1L);
     set(CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(request.body->size()));
     set(CURLOPT_POSTFIELDS, request.body->c_str());
 }

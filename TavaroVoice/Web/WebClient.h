@@ -27,10 +27,12 @@ struct WebReply {
     std::string body;
 };
 
-/// Requests to one web service, over one connection as long as the service keeps it. What it owes to the secret header:
-/// it goes over HTTPS alone, or to this machine itself; redirections are answers, and are not followed; it is neither
-/// copied nor left in memory when the request is over. Proxies are those of the environment, certificates those of the
-/// system. One thread at a time.
+/// Requests to one web service. Those with a body may have to be paid for, so none of them is ever sent twice, for
+/// which each has a connection of its own; the others share one for as long as the service keeps it.
+///
+/// What it owes to the secret header: it goes over HTTPS alone, or to this machine itself; redirections are answers,
+/// and are not followed; it is not left in memory when the request is over. Proxies are those of the environment,
+/// certificates those of the system. One thread at a time.
 class WebClient {
 public:
     struct Limits {

@@ -86,10 +86,8 @@ TEST(ElevenLabsClient, asksAsTheServiceWants) {
 
     auto const requests = service.requests();
     ASSERT_EQ(requests.size(), 4u) << "nothing is asked twice";
-    for (auto const& request : requests) {
-        EXPECT_EQ(*request.find("headers")->find<std::string>("xi-api-key"), key);
-        EXPECT_EQ(request.find("client")->content, requests[0].find("client")->content) << "a second connection";
-    }
+    for (auto const& request : requests) EXPECT_EQ(*request.find("headers")->find<std::string>("xi-api-key"), key);
+    EXPECT_EQ(requests[2].find("client")->content, requests[0].find("client")->content) << "a second connection";
     EXPECT_EQ(*requests[0].find<std::string>("path"), "/v1/voices");
     EXPECT_EQ(*requests[1].find("headers")->find<std::string>("accept"), "application/json");
     auto const& speech = requests[3];
@@ -128,6 +126,15 @@ TEST(ElevenLabsClient, saysWhatEachStatusMeans) {
     auto const echo = failureOf(clientOf(service.host()), "echo");
     EXPECT_THAT(echo.what(), StartsWith("ElevenLabs returned 500: your key is … xxx"));
     EXPECT_LT(std::string(echo.what()).size(), 400u);
+}
+
+TEST(ElevenLabsClient, repeatsNoRequestThatMayBePaidWhenItsConnectionIsLost) {
+    TestService service;
+    auto client = clientOf(service.host());
+    client.voices(); // over a connection that is kept, and may have been closed by the service since
+    client.synthesize("Hello.", {.voiceID = "ok"});
+    EXPECT_EQ(failureOf([&] { client.synthesize("Hello.", {.voiceID = "drop"}); }).kind, Kind::notReached);
+    EXPECT_EQ(service.requests().size(), 3u);
 }
 
 TEST(ElevenLabsClient, saysWhyItIsNotReached) {
