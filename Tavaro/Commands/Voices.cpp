@@ -203,7 +203,7 @@ void addVoices(CLI::App& app) {
         ->excludes(previewed);
     group.addJSON("print them as JSON");
     auto* const key = command.add_subcommand("key", "Keeps the ElevenLabs API key in your keychain");
-    key->require_subcommand(1);
+    key->require_subcommand(1)->fallthrough();
     auto const add = [&](char const* name, char const* help, void (*work)(Desk&)) {
         auto* const below = key->add_subcommand(name, help);
         below->fallthrough();
