@@ -100,9 +100,11 @@ std::string list(std::vector<CommandOutline> const& commands) {
 
 std::string below(CommandOutline const& command) {
     std::string text;
-    for (auto const& each : command.commands)
+    for (auto const& each : command.commands) {
         text += fmt::format(".SS {}\n{}.PP\n{}\n{}", plain(each.path), synopsis(each), plain(sentence(each.help)),
                             entries(each));
+        text += below(each);
+    }
     return text;
 }
 

@@ -46,7 +46,6 @@ protected:
             words.push_back((*each)[1]);
         return words;
     }
-    Words commands() { return commandsOf(helpOf({})); }
     Words commandsOf(std::string const& help) const {
         auto const list = help.find("\nSubcommands:\n");
         return list == std::string::npos ? Words() : found(help.substr(list), "^  ([a-z-]+)");
@@ -55,9 +54,12 @@ protected:
     /// Each command and each one below it, as words.
     std::vector<Arguments> everyCommand() {
         std::vector<Arguments> all{{}};
-        for (auto const& name : commands()) {
-            all.push_back({name});
-            for (auto const& below : commandsOf(helpOf({name}))) all.push_back({name, below});
+        for (std::size_t i = 0; i < all.size(); ++i) {
+            for (auto const& name : commandsOf(helpOf(all[i]))) {
+                auto below = all[i];
+                below.push_back(name);
+                all.push_back(below);
+            }
         }
         return all;
     }
