@@ -33,6 +33,7 @@ struct Options {
 
 constexpr double slowest = 0.5;
 constexpr double fastest = 2;
+constexpr std::int64_t mostLines = 100'000; // of a script
 
 std::vector<VoiceoverSegment> const& linesOf(DemoProject const& project) {
     if (!project.voiceover || project.voiceover->segments.empty())
@@ -144,7 +145,7 @@ void addVoiceover(CLI::App& app) {
     command->add_option("--speed", options->speed, "how fast, 0.5 to 2; the project remembers it")
         ->check(CLI::Range(slowest, fastest));
     command->add_option("--only", options->only, "only these lines, by their numbers; else all that changed")
-        ->check(CLI::PositiveNumber);
+        ->check(CLI::Range(std::int64_t{1}, mostLines));
     command->add_flag_callback(
         "--captions", [options] { options->taking.captions = VoiceoverCaptions::made; },
         "make captions of what is spoken");
