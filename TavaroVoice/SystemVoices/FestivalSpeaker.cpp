@@ -153,7 +153,7 @@ std::vector<Voice> FestivalSpeaker::voices() {
         }
     }
     // The kind that is understood best first.
-    std::ranges::stable_partition(voices, [](Voice const& voice) { return isIntelligible(voice.name); });
+    std::stable_partition(voices.begin(), voices.end(), [](Voice const& voice) { return isIntelligible(voice.name); });
     return voices;
 }
 
