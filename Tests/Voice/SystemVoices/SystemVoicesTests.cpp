@@ -20,7 +20,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using namespace std::chrono_literals;
-using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using Kind = VoiceError::Kind;
 
