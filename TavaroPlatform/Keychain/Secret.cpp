@@ -1,6 +1,7 @@
 #include <TavaroPlatform/Keychain/Secret.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <cstring>
 #include <new>
@@ -22,6 +23,16 @@ char* newPage() {
     ::madvise(page, pageBytes, MADV_WIPEONFORK);
     ::mlock(page, pageBytes);
     return static_cast<char*>(page);
+}
+
+/// What was copied or compared last stays in the processor's vectors, from where it comes to the stack again and again,
+/// as whenever a function is first called. Copies of nothing, of each length that is copied in its own way, take its
+/// place.
+void wipeVectors() {
+    static void* (*const volatile copy)(void*, void const*, std::size_t) = std::memcpy;
+    std::array<char, 2048> const nothing{};
+    std::array<char, 2048> to;
+    for (std::size_t length = 16; length <= to.size(); length *= 2) copy(to.data(), nothing.data(), length - 1);
 }
 
 }
@@ -62,6 +73,12 @@ void Secret::removeLast() {
 void Secret::clear() {
     ::explicit_bzero(page_, pageBytes);
     size_ = 0;
+}
+
+[[gnu::noinline]] void wipeTraces() {
+    wipeVectors();
+    std::array<char, 128 << 10> below;
+    ::explicit_bzero(below.data(), below.size());
 }
 
 std::optional<Secret> takeFromEnvironment(char const* variable) {

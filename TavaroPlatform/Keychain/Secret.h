@@ -37,6 +37,10 @@ private:
     std::size_t size_ = 0;
 };
 
+/// Overwrites what libraries that read a secret may have left of it: on the stack below the caller, and in the
+/// processor's vectors.
+void wipeTraces();
+
 /// Takes a variable out of the process's environment, for good: neither children nor who reads /proc sees it from then
 /// on. None where it is not set, is empty or longer than a secret. Before other threads are started.
 std::optional<Secret> takeFromEnvironment(char const* variable);

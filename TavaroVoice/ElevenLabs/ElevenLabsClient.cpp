@@ -115,6 +115,7 @@ WebReply ElevenLabsClient::ask(WebRequest request, std::stop_token const& stop) 
 std::string ElevenLabsClient::withoutKey(std::string text) const {
     auto const key = header_->text().substr(headerName.size());
     for (std::size_t at = 0; (at = text.find(key, at)) != std::string::npos;) text.replace(at, key.size(), "…");
+    wipeTraces();
     return text;
 }
 

@@ -5,9 +5,7 @@
 
 #include <arpa/inet.h>
 #include <array>
-#include <cstring>
 #include <fmt/format.h>
-#include <string.h>
 #include <string_view>
 #include <utility>
 
@@ -147,22 +145,6 @@ CURLcode WebClient::State::run(std::stop_token const& stop) {
     return result.value_or(CURLE_ABORTED_BY_CALLBACK);
 }
 
-/// What was copied last stays in the processor's vectors, from where it comes to the stack again and again, as whenever
-/// a function is first called. Copies of nothing, of each length that is copied in its own way, take its place.
-void wipeVectors() {
-    static void* (*const volatile copy)(void*, void const*, std::size_t) = std::memcpy;
-    std::array<char, 2048> const nothing{};
-    std::array<char, 2048> to;
-    for (std::size_t length = 16; length <= to.size(); length *= 2) copy(to.data(), nothing.data(), length - 1);
-}
-
-/// The library puts requests together on the stack, too, where they would stay.
-[[gnu::noinline]] void wipeStackBelow() {
-    wipeVectors();
-    std::array<char, 128 << 10> below;
-    ::explicit_bzero(below.data(), below.size());
-}
-
 std::string WebClient::State::reasonFor(CURLcode code) const {
     return reason[0] != '\0' ? reason.data() : curlLibrary()->reason(code);
 }
@@ -183,7 +165,7 @@ WebReply WebClient::exchange(WebRequest const& request, std::stop_token const& s
     Received received{.most = request.mostBytes};
     state_->prepare(request, headers, received);
     auto const code = state_->run(stop);
-    wipeStackBelow();
+    wipeTraces();
     auto const reason = state_->reasonFor(code);
     long status = 0;
     curlLibrary()->get(state_->transfer.get(), CURLINFO_RESPONSE_CODE, &status);
