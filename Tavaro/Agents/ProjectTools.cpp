@@ -219,7 +219,7 @@ void ProjectTools::keepWords(RunningCall& call, OpenProjects::Opened const& proj
     result.emplace("words", made.transcript.words.size());
     result.emplace("locale", made.transcript.localeIdentifier);
     result.emplace("engine", made.engine.id);
-    call.finish(toolResult::ok(fmt::format("Transcribed {} words of {} with {}.", made.transcript.words.size(),
+    call.finish(toolResult::ok(fmt::format("Transcribed {} words in {} with {}.", made.transcript.words.size(),
                                            made.transcript.localeIdentifier, made.engine.name),
                                std::move(result)));
 }

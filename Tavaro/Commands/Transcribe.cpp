@@ -107,7 +107,7 @@ void print(MadeTranscript const& made, Options const& options) {
                                                                 .text = transcript.plainText(),
                                                                 .unrecognisedSounds = transcript.unrecognisedSounds}));
     }
-    terminal::say("Transcribed {} of {} with {}.\n", counted(transcript.words.size(), "word"),
+    terminal::say("Transcribed {} in {} with {}.\n", counted(transcript.words.size(), "word"),
                   transcript.localeIdentifier, made.engine.name);
 }
 
