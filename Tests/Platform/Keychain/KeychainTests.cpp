@@ -7,12 +7,12 @@
 #include <TavaroPlatform/Processes/ProgramRun.h>
 #include <TavaroPlatform/Sockets/LineReader.h>
 
-#include <fmt/format.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <chrono>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -34,6 +34,18 @@ std::string contents(std::string const& file) {
     std::ostringstream text;
     text << std::ifstream(file, std::ios::binary).rdbuf();
     return text.str();
+}
+
+/// What the system does with the mapping that has the address: "VmFlags: rd wr …".
+std::string flagsOfPage(std::uintptr_t address) {
+    std::istringstream lines(contents("/proc/self/smaps"));
+    bool isHere = false;
+    for (std::string line; std::getline(lines, line);) {
+        unsigned long begin = 0, end = 0;
+        if (std::sscanf(line.c_str(), "%lx-%lx ", &begin, &end) == 2) isHere = begin <= address && address < end;
+        if (isHere && line.starts_with("VmFlags:")) return line + " ";
+    }
+    return {};
 }
 
 /// A bus and folders of its own, and on it the desktop's keychain where a test starts it.
@@ -127,11 +139,7 @@ TEST(Secret, isInNoOtherPlaceOfTheProcess) {
     for (std::size_t i = 0; i < 2 * Secret::mostBytes; ++i) other.append('x');
     EXPECT_EQ(other.text().size(), Secret::mostBytes);
     EXPECT_STREQ(other.c_str() + Secret::mostBytes, "");
-    auto const flags = contents("/proc/self/smaps");
-    auto const page = fmt::format("{:x}", reinterpret_cast<std::uintptr_t>(secret.c_str()));
-    auto const at = flags.find(page);
-    ASSERT_NE(at, std::string::npos);
-    auto const line = flags.substr(flags.find("VmFlags:", at), 100);
+    auto const line = flagsOfPage(reinterpret_cast<std::uintptr_t>(secret.c_str()));
     EXPECT_THAT(line, HasSubstr(" dd ")) << "the page is in core images";
     EXPECT_THAT(line, HasSubstr(" wf ")) << "the page is in children";
 }
