@@ -29,6 +29,7 @@ bool isSubtag(std::string_view text) {
 
 std::optional<std::string> localeIdentifier(std::string_view text) {
     auto rest = text.substr(0, text.find_first_of(".@"));
+    if (rest.ends_with('-') || rest.ends_with('_')) return std::nullopt;
     auto const take = [&] {
         auto const part = rest.substr(0, rest.find_first_of("-_"));
         rest.remove_prefix(std::min(rest.size(), part.size() + 1));

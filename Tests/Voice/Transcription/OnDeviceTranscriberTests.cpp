@@ -146,12 +146,14 @@ TEST(OnDeviceTranscriber, whatIsNoSoundIsSaid) {
 
 TEST(OnDeviceTranscriber, silenceAndSteadyNoiseGiveNoWordsWithoutAnEngine) {
     TestFolder const folder;
-    writeWAV(folder / "noise.wav", joined({silent(12), hiss(15, 0.2F)}));
+    writeWAV(folder / "silence.wav", silent(12));
+    writeWAV(folder / "noise.wav", hiss(15, 0.2F));
     auto const never = workOf([](auto const&, auto const&) -> std::vector<HeardWord> {
         ADD_FAILURE() << "asked";
         return {};
     });
-    auto const transcript = OnDeviceTranscriber(never).transcribe({{folder / "noise.wav"}}, "en-US");
+    auto const transcript =
+        OnDeviceTranscriber(never).transcribe({{folder / "silence.wav"}, {folder / "noise.wav", 12}}, "en-US");
     EXPECT_TRUE(transcript.words.empty());
     ASSERT_EQ(transcript.unrecognisedSounds.size(), 1U);
     EXPECT_NEAR(transcript.unrecognisedSounds[0].start, 12, 0.1);
