@@ -202,7 +202,7 @@ TEST_F(SidePanelTest, everyFieldIsWorkedThroughItsEditorInOneStep) {
         auto* const fields = qobject_cast<InspectorModel*>(session().fieldsOf(what));
         auto const list = fieldList(fields);
         std::vector<QPointer<QQuickItem>> rows;
-        for (auto* child : list->childItems()) {
+        for (auto* child : list->childItems().constFirst()->childItems()) {
             if (child->property("editor").isValid()) rows.emplace_back(child);
         }
         for (auto const& row : rows) {
