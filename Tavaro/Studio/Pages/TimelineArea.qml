@@ -17,20 +17,35 @@ Item {
         Accessible.role: Accessible.List
         Accessible.name: qsTr("Timeline")
     }
-    ScrollBar {
+
+    // Where it is follows the timeline, except while a hand holds it: then the timeline follows. Both at once go round in
+    // circles where a place is rounded.
+    component TimelineBar: ScrollBar {
+        id: bar
+
+        property real place: 0  // pixels of the content before what shows
+        property real length: 1 // pixels of the content
+        signal moved(real place)
+
+        Binding on position { when: !bar.pressed; value: bar.place / bar.length; restoreMode: Binding.RestoreNone }
+        onPositionChanged: if (pressed) moved(position * length)
+    }
+    TimelineBar {
         anchors { left: parent.left; leftMargin: timeline.headerWidth; right: parent.right; bottom: parent.bottom }
         orientation: Qt.Horizontal
         visible: !timeline.fits
-        size: Math.min(1, width / Math.max(1, timeline.contentWidth))
-        position: timeline.contentX / Math.max(1, timeline.contentWidth)
-        onPositionChanged: if (pressed) timeline.contentX = position * timeline.contentWidth
+        place: timeline.contentX
+        length: Math.max(1, timeline.contentWidth)
+        size: Math.min(1, width / length)
+        onMoved: place => timeline.contentX = place
     }
-    ScrollBar {
+    TimelineBar {
         anchors { right: parent.right; top: parent.top; topMargin: timeline.rulerHeight; bottom: parent.bottom }
         visible: size < 1
-        size: Math.min(1, height / Math.max(1, timeline.contentHeight))
-        position: timeline.contentY / Math.max(1, timeline.contentHeight)
-        onPositionChanged: if (pressed) timeline.contentY = position * timeline.contentHeight
+        place: timeline.contentY
+        length: Math.max(1, timeline.contentHeight)
+        size: Math.min(1, height / length)
+        onMoved: place => timeline.contentY = place
     }
     // So that no time is read through the buttons.
     Rectangle {
