@@ -13,11 +13,14 @@ Dialog {
     property bool replaces: false
     readonly property var styles: script.styles()
 
-    function ask() { open() }
+    function ask() {
+        open();
+        product.forceActiveFocus();
+    }
 
     title: qsTr("Draft a script")
     width: Math.min(420, parent ? parent.width - 32 : 420)
-    onOpened: product.forceActiveFocus()
+    focus: true
     onAccepted: script.draft(styles[style.currentIndex].name, product.text)
 
     contentItem: ColumnLayout {

@@ -14,11 +14,12 @@ Dialog {
     function ask() {
         text.text = script.script || script.clipboardText();
         open();
+        text.forceActiveFocus();
     }
 
     title: qsTr("The whole script")
     width: Math.min(560, parent ? parent.width - 32 : 560)
-    onOpened: text.forceActiveFocus()
+    focus: true
     onAccepted: script.paste(text.text)
 
     contentItem: ColumnLayout {

@@ -87,7 +87,7 @@ SidePage {
         options: page.offer.voices
         value: page.offer.voice
         displayText: currentIndex < 0 ? qsTr("Choose a voice") : currentText
-        Accessible.name: qsTr("Voice")
+        Accessible.name: qsTr("Voice that speaks")
         onChosen: id => page.offer.voice = id
     }
     Hint { text: page.offer.voices.find(each => each.id === page.offer.voice)?.about ?? "" }

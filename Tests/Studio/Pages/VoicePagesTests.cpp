@@ -17,6 +17,12 @@ struct VoicePages : testing::Test {
         return {file, std::move(project), {.properties = {}, .assets = {}, .voices = voices.means()}};
     }
     static VoiceDesk& deskOf(ShownPage const& page) { return *qobject_cast<VoiceDesk*>(page.desk->voice()); }
+    /// Once everything has its place.
+    static void press(ShownPage& page, QString const& name) {
+        page.waitForItem(name);
+        page.view->grabWindow();
+        page.click(name);
+    }
     static void waitForRun(ShownPage const& page) {
         TestEditor::waitFor([&] { return !deskOf(page).voiceover()->isRunning(); });
     }
@@ -34,20 +40,20 @@ std::string textsOf(DemoProject const& project) {
 
 TEST_F(VoicePages, linesAreWrittenInPlaceAndSpokenByTheButtonThatTellsThePrice) {
     auto page = shown("ScriptPanel.qml", narrated());
-    page.click(QStringLiteral("Text of line 2"));
+    press(page, QStringLiteral("Text of line 2"));
     EXPECT_EQ(page.session().playhead(), 5) << "the film shows what is spoken over it";
     page.press(Qt::Key_End);
     page.type(" five\n");
     EXPECT_EQ(textsOf(page.document()), "[one two][three four five]");
-    page.click(QStringLiteral("Start of line 2"));
+    press(page, QStringLiteral("Start of line 2"));
     page.press(Qt::Key_A, Qt::ControlModifier);
     page.type("6.5\n");
     EXPECT_EQ(page.document().voiceover->segments[1].anchor, 6.5);
-    page.click(QStringLiteral("Generate 2 lines · free"));
+    press(page, QStringLiteral("Generate 2 lines · free"));
     waitForRun(page);
     page.waitForItem(QStringLiteral("All lines are spoken"));
     page.waitForItem(QStringLiteral("one two, spoken"));
-    page.click(QStringLiteral("Text of line 1"));
+    press(page, QStringLiteral("Text of line 1"));
     page.type("x\n");
     page.waitForItem(QStringLiteral("Generate 1 line · free"));
     EXPECT_EQ(page.project->steps().size(), 4u);
@@ -61,11 +67,11 @@ TEST_F(VoicePages, whyALineCouldNotBeSpokenIsBesideItWithAnotherTry) {
             throw VoiceError(VoiceError::Kind::failed, "The voice broke down in the middle of this line.");
     };
     auto page = shown("ScriptPanel.qml", narrated());
-    page.click(QStringLiteral("Generate 2 lines · free"));
+    press(page, QStringLiteral("Generate 2 lines · free"));
     page.waitForItem(QStringLiteral("The voice broke down in the middle of this line."));
     waitForRun(page);
     isBroken = false;
-    page.click(QStringLiteral("Try line 1 again"));
+    press(page, QStringLiteral("Try line 1 again"));
     waitForRun(page);
     page.waitForItem(QStringLiteral("one two, spoken"));
     EXPECT_EQ(page.find(QStringLiteral("Try line 1 again")), nullptr);
@@ -74,17 +80,17 @@ TEST_F(VoicePages, whyALineCouldNotBeSpokenIsBesideItWithAnotherTry) {
 
 TEST_F(VoicePages, aScriptIsDraftedWithANameAndPastedAsAWhole) {
     auto page = shown("ScriptPanel.qml", shortFilm());
-    page.click(QStringLiteral("Draft a script"));
+    press(page, QStringLiteral("Draft a script"));
     page.waitForItem(QStringLiteral("Name of the product"));
     page.type("Paper");
-    page.click(QStringLiteral("Draft"));
+    press(page, QStringLiteral("Draft"));
     page.waitForItem(QStringLiteral("Text of line 1"));
     EXPECT_NE(textsOf(page.document()).find("Paper"), std::string::npos) << textsOf(page.document());
-    page.click(QStringLiteral("Edit or paste the whole script…"));
+    press(page, QStringLiteral("Edit or paste the whole script…"));
     page.waitForItem(QStringLiteral("Use this script"));
     page.press(Qt::Key_A, Qt::ControlModifier);
     page.type("0:01 first");
-    page.click(QStringLiteral("Use this script"));
+    press(page, QStringLiteral("Use this script"));
     EXPECT_EQ(textsOf(page.document()), "[first]");
     EXPECT_EQ(page.project->steps().size(), 2u);
     EXPECT_THAT(page.warnings, IsEmpty());
@@ -93,17 +99,17 @@ TEST_F(VoicePages, aScriptIsDraftedWithANameAndPastedAsAWhole) {
 TEST_F(VoicePages, theVoiceIsHeardAndChosenAndWhatItDoesToTheFilmToo) {
     auto page = shown("VoicePanel.qml", narrated());
     auto& sample = *deskOf(page).sample();
-    page.click(QStringLiteral("Hear Tone · flite first"));
+    press(page, QStringLiteral("Hear Tone · flite first"));
     TestEditor::waitFor([&] {
         voices.device->pass(0.2);
         return voices.studio.count == 1 && !sample.isMaking() && !sample.isPlaying();
     });
     EXPECT_EQ(sample.failure(), "");
-    page.click(QStringLiteral("Hold the frame"));
+    press(page, QStringLiteral("Hold the frame"));
     EXPECT_TRUE(page.document().voiceover->stretchesVideoToFit);
-    page.click(QStringLiteral("Quieten other sound under it"));
+    press(page, QStringLiteral("Quieten other sound under it"));
     EXPECT_FALSE(page.document().voiceover->ducksOtherAudio);
-    page.click(QStringLiteral("Voice"));
+    press(page, QStringLiteral("Voice that speaks"));
     page.press(Qt::Key_Down);
     page.press(Qt::Key_Return);
     EXPECT_EQ(page.document().voiceover->voice.voiceID, "system:low");
@@ -119,14 +125,14 @@ TEST_F(VoicePages, theTranscriptIsMadeWhereThereIsNoneAndItsWordsAppear) {
     auto& run = *deskOf(page).transcription();
     run.setLocale(QStringLiteral("en-US"));
     TestEditor::waitFor([&] { return run.canStart(); });
-    page.click(QStringLiteral("Transcribe"));
-    page.click(QStringLiteral("Stop transcribing"));
+    press(page, QStringLiteral("Transcribe"));
+    press(page, QStringLiteral("Stop transcribing"));
     TestEditor::waitFor([&] { return !run.isRunning(); });
-    page.click(QStringLiteral("Transcribe"));
+    press(page, QStringLiteral("Transcribe"));
     voices.go();
     page.waitForItem(QStringLiteral("hello there again"));
     EXPECT_EQ(page.project->steps().size(), 1u);
-    page.click(QStringLiteral("Transcribe anew…"));
+    press(page, QStringLiteral("Transcribe anew…"));
     page.waitForItem(QStringLiteral("What can hear"));
     EXPECT_THAT(page.warnings, IsEmpty());
 }
