@@ -141,7 +141,7 @@ SidePage {
             Label { Layout.fillWidth: true; text: qsTr("Quieten other sound under it"); wrapMode: Text.Wrap; Accessible.ignored: true }
             Switch {
                 checked: page.script.ducks
-                Accessible.name: qsTr("Quieten other sound under it")
+                Accessible.name: qsTr("Quieten other sound")
                 onToggled: { page.script.ducks = checked; checked = Qt.binding(() => page.script.ducks); }
             }
         }

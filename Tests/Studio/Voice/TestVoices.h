@@ -33,7 +33,8 @@ struct TestVoices {
 
     /// Stands in for whisper.cpp's program: once the file "go" is there, these words were said, half a second each.
     void hears(std::vector<std::string> const& words) {
-        std::string tokens;
+        std::string text, tokens;
+        for (auto const& word : words) text += " " + word;
         for (std::size_t i = 0; i < words.size(); ++i)
             tokens += (i ? "," : "") + std::string(R"({"text":" )") + words[i] + R"(","offsets":{"from":)" +
                       std::to_string(i * 500) + R"(,"to":)" + std::to_string(i * 500 + 400) + R"(},"id":1,"p":0.9})";
@@ -44,7 +45,7 @@ struct TestVoices {
                                << "while [ ! -e '" << (folder / "go").string() << "' ]; do sleep 0.02; done\n"
                                << "cat > \"$out.json\" <<END\n"
                                << R"({"result":{"language":"en"},"transcription":[{"offsets":{"from":0,"to":3000},)"
-                               << R"("text":"","tokens":[)" << tokens << "]}]}\nEND\n";
+                               << R"("text":")" << text << R"(","tokens":[)" << tokens << "]}]}\nEND\n";
         std::filesystem::permissions(program, std::filesystem::perms::owner_all);
         std::filesystem::create_directories(folder / "Models");
         std::ofstream(folder / "Models/ggml-test.bin") << "lmgg and more";
