@@ -161,7 +161,8 @@ TEST_F(MCPToolHandlerTest, aSessionFromTheSourcesToTheFilm) {
     EXPECT_THAT(called("run_action", withID(R"(,"action":"auto_polish","options":{"smartZoom":false})")),
                 StartsWith("Auto Polish done: "));
     EXPECT_FALSE(project().hasUnsavedChanges());
-    EXPECT_THAT(called("run_action", withID(R"(,"action":"transcribe")")), StartsWith("failed: This project has no microphone"));
+    EXPECT_THAT(called("run_action", withID(R"(,"action":"transcribe")")),
+                StartsWith("failed: This project has no microphone"));
     EXPECT_THAT(called("render_frame", withID(R"(,"time":0.2,"max_width":320)")), HasSubstr("320 × "));
     EXPECT_EQ(called("render_frame", withID(R"(,"time":7)")), "invalid_arguments: time must be inside the video.");
 
