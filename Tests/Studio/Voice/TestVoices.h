@@ -49,6 +49,7 @@ struct TestVoices {
         std::filesystem::permissions(program, std::filesystem::perms::owner_all);
         std::filesystem::create_directories(folder / "Models");
         std::ofstream(folder / "Models/ggml-test.bin") << "lmgg and more";
+        std::filesystem::resize_file(folder / "Models/ggml-test.bin", 1 << 20);
         places = {.whisperModels = folder / "Models", .whisperProgram = program};
     }
     void go() const { std::ofstream(folder / "go") << "1"; }
@@ -72,11 +73,12 @@ inline DemoProject narrated() {
     return project;
 }
 
-/// A loud sound of three seconds, as a recording's microphone.
+/// Three seconds that somebody may be speaking in, as a recording's microphone.
 inline void addSpeech(ProjectPackage const& package) {
     std::vector<StereoSample> samples(3 * 48'000);
     for (std::size_t i = 0; i < samples.size(); ++i) {
-        auto const value = static_cast<float>(0.3 * std::sin(static_cast<double>(i) * 0.05));
+        bool const isSyllable = i / 9'600 % 2 == 0; // every other 0.2 s: what never pauses is no speech
+        auto const value = static_cast<float>(isSyllable ? 0.3 * std::sin(static_cast<double>(i) * 0.05) : 0);
         samples[i] = {value, value};
     }
     AudioFileWriter writer(package.assetURL("mic.caf"), AudioFileFormat::whole16);
