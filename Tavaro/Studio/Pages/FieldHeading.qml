@@ -23,7 +23,7 @@ ItemDelegate {
         font: heading.font
         color: Theme.colors.text
         verticalAlignment: Text.AlignVCenter
-        elide: Text.ElideRight
+        elide: Text.ElideMiddle // of what somebody wrote
         Accessible.ignored: true
         Icon {
             anchors.verticalCenter: parent.verticalCenter

@@ -152,10 +152,13 @@ Dialog {
             ComboBox {
                 id: kinds
 
+                readonly property string filter: chooser.choice.nameFilters[currentIndex] ?? ""
+
+                Layout.preferredWidth: 190
                 visible: model.length > 1
-                model: chooser.choice.nameFilters
+                model: chooser.choice.nameFilters.map(each => each.replace(/ \([^()]*\)$/, ""))
                 Accessible.name: qsTr("Kinds of files")
-                onCurrentTextChanged: rows.globs = chooser.choice.globsOf(currentText)
+                onFilterChanged: rows.globs = chooser.choice.globsOf(filter)
             }
         }
         Label {
@@ -168,16 +171,20 @@ Dialog {
             Accessible.ignored: text === " "
         }
     }
-    footer: DialogButtonBox {
+    footer: RowLayout {
+        spacing: 8
+        Item { Layout.fillWidth: true }
         Button {
+            Layout.bottomMargin: 20
             text: qsTr("Cancel")
-            DialogButtonBox.buttonRole: DialogButtonBox.RejectRole
+            onClicked: chooser.reject()
         }
         Button {
+            Layout.rightMargin: 24
+            Layout.bottomMargin: 20
             text: chooser.isSave ? qsTr("Save") : chooser.isForFolder ? qsTr("Choose") : qsTr("Open")
             highlighted: true
             enabled: chooser.isReady
-            DialogButtonBox.buttonRole: DialogButtonBox.ActionRole
             onClicked: chooser.finish()
         }
     }
