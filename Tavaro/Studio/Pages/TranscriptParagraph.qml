@@ -46,8 +46,9 @@ Item {
         property Item words
         property int from
         property int to
-        readonly property rect begin: words.height > 0 ? words.positionToRectangle(from) : Qt.rect(0, 0, 0, 0)
-        readonly property rect end: words.height > 0 ? words.positionToRectangle(to) : Qt.rect(0, 0, 0, 0)
+        // While words come and go, the text may not have all of them yet.
+        readonly property rect begin: words.height > 0 ? words.positionToRectangle(Math.min(from, words.length)) : Qt.rect(0, 0, 0, 0)
+        readonly property rect end: words.height > 0 ? words.positionToRectangle(Math.min(to, words.length)) : Qt.rect(0, 0, 0, 0)
 
         x: words.x + begin.x - 2
         y: words.y + begin.y
