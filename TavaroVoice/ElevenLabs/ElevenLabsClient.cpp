@@ -4,6 +4,7 @@
 #include <TavaroVoice/Speaking/Private/SpeechBuilder.h>
 #include <TavaroVoice/Web/Private/WebFailure.h>
 
+#include <TavaroCore/Captions/SpokenText.h>
 #include <TavaroCore/Errors/Excerpt.h>
 #include <TavaroCore/Files/AtomicFile.h>
 #include <TavaroCore/Records/JSON.h>
@@ -11,6 +12,8 @@
 
 #include <algorithm>
 #include <cctype>
+#include <chrono>
+#include <cstdint>
 #include <fmt/format.h>
 #include <utility>
 
@@ -24,6 +27,7 @@ constexpr std::string_view headerName = "xi-api-key: ";
 constexpr std::size_t mostOfLists = 16 << 20;
 constexpr std::size_t mostOfBody = 300; // of what it says when it fails
 constexpr auto acceptJSON = "Accept: application/json";
+constexpr std::int64_t millisecondsPerCharacter = 50; // that a slow voice takes
 
 /// Of a document, which may be a stranger's.
 void expectVoiceID(std::string const& id) {
@@ -55,7 +59,7 @@ std::string bodyFor(std::string const& text, VoiceSettings const& settings) {
                                   {"similarity_boost", settings.similarityBoost},
                                   {"style", settings.style},
                                   {"use_speaker_boost", settings.useSpeakerBoost},
-                                  {"speed", audibleSpeed(settings.speed)}};
+                                  {"speed", servedSpeed(settings.speed)}};
     return encodeJSON(
         JSONValue{JSONValue::Object{{"text", text},
                                     {"model_id", settings.modelID.empty() ? defaultElevenModel : settings.modelID},
@@ -71,6 +75,11 @@ template<class Read> auto listFrom(std::string const& body, Read const& read) {
     }
 }
 
+}
+
+double servedSpeed(double speed) {
+    constexpr double slowest = 0.7, fastest = 1.2;
+    return std::clamp(audibleSpeed(speed), slowest, fastest);
 }
 
 std::string elevenLabsRoot(std::string host) {
@@ -114,7 +123,9 @@ WebReply ElevenLabsClient::ask(WebRequest request, std::stop_token const& stop) 
 /// Servers repeat what they were sent.
 std::string ElevenLabsClient::withoutKey(std::string text) const {
     auto const key = header_->text().substr(headerName.size());
-    for (std::size_t at = 0; (at = text.find(key, at)) != std::string::npos;) text.replace(at, key.size(), "…");
+    constexpr std::string_view shown = "…"; // in which the key may be found, too
+    for (std::size_t at = 0; (at = text.find(key, at)) != std::string::npos; at += shown.size())
+        text.replace(at, key.size(), shown);
     wipeTraces();
     return text;
 }
@@ -137,10 +148,12 @@ void ElevenLabsClient::validateKey(std::stop_token const& stop) {
 std::string ElevenLabsClient::synthesize(std::string const& text, VoiceSettings const& settings,
                                          std::stop_token const& stop) {
     expectVoiceID(settings.voiceID);
-    auto reply = ask({.url = "text-to-speech/" + settings.voiceID,
-                      .headers = {"Accept: audio/mpeg", "Content-Type: application/json"},
-                      .body = bodyFor(text, settings)},
-                     stop);
+    auto reply = ask(
+        {.url = "text-to-speech/" + settings.voiceID,
+         .headers = {"Accept: audio/mpeg", "Content-Type: application/json"},
+         .body = bodyFor(text, settings),
+         .patience = std::chrono::milliseconds(millisecondsPerCharacter * static_cast<std::int64_t>(lengthOf(text)))},
+        stop);
     if (reply.body.empty()) throw VoiceError(Kind::service, "ElevenLabs returned no audio.");
     return std::move(reply.body);
 }

@@ -38,7 +38,8 @@ public:
     /// Whether the service takes the key: returns, or throws as any request does.
     void validateKey(std::stop_token const& stop = {});
 
-    /// The text as MPEG audio, in `settings.voiceID` at `settings.speed`.
+    /// The text as MPEG audio, in `settings.voiceID` at `servedSpeed(settings.speed)`. What was sent before a stop may
+    /// be paid for, and is given all the same where it comes soon.
     std::string synthesize(std::string const& text, VoiceSettings const& settings, std::stop_token const& stop = {});
     /// The same into a file, which appears when it is complete. Throws `FileError`, too.
     void write(std::string const& text, VoiceSettings const& settings, std::filesystem::path const& file,
@@ -54,6 +55,9 @@ private:
     std::optional<Secret> header_; // "xi-api-key: …"
     WebClient web_;
 };
+
+/// The speed nearest to this one that the service speaks at.
+double servedSpeed(double speed);
 
 /// The address below which the service's paths are; the service's own where `host` is empty. Only the name of a host
 /// is taken for one of HTTPS.

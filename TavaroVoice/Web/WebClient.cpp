@@ -5,6 +5,7 @@
 
 #include <arpa/inet.h>
 #include <array>
+#include <chrono>
 #include <fmt/format.h>
 #include <string_view>
 #include <utility>
@@ -96,7 +97,9 @@ struct WebClient::State {
         curlLibrary()->set(transfer.get(), option, value);
     }
     void prepare(WebRequest const& request, Headers& headers, Received& received);
-    CURLcode run(std::stop_token const& stop);
+    void expectFlow();
+    bool isUnderWay();
+    CURLcode run(WebRequest const& request, Received const& received, std::stop_token const& stop);
     std::string reasonFor(CURLcode code) const;
 };
 
@@ -114,30 +117,49 @@ void WebClient::State::prepare(WebRequest const& request, Headers& headers, Rece
     set(CURLOPT_NOSIGNAL, 1L);
     set(CURLOPT_QUICK_EXIT, 1L); // a name server that hangs is not waited for
     set(CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(limits.toConnect.count()));
-    set(CURLOPT_TIMEOUT_MS, static_cast<long>(limits.whole.count()));
-    set(CURLOPT_LOW_SPEED_LIMIT, 1L);
-    set(CURLOPT_LOW_SPEED_TIME, static_cast<long>(std::chrono::ceil<std::chrono::seconds>(limits.stalled).count()));
+    set(CURLOPT_TIMEOUT_MS, static_cast<long>((limits.whole + request.patience).count()));
     if (!certificates.empty()) set(CURLOPT_CAINFO, certificates.c_str());
     set(CURLOPT_WRITEFUNCTION, receive);
     set(CURLOPT_WRITEDATA, &received);
-    if (!request.body) return;
+    if (!request.body) return expectFlow();
     // Where a kept connection turns out to be lost, the library would send what it sent on it once more.
     set(CURLOPT_FRESH_CONNECT, 1L);
     set(CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(request.body->size()));
     set(CURLOPT_POSTFIELDS, request.body->c_str());
 }
 
-/// Until it is over, or a stop is requested.
-CURLcode WebClient::State::run(std::stop_token const& stop) {
+/// From now on.
+void WebClient::State::expectFlow() {
+    set(CURLOPT_LOW_SPEED_LIMIT, 1L);
+    set(CURLOPT_LOW_SPEED_TIME, static_cast<long>(std::chrono::ceil<std::chrono::seconds>(limits.stalled).count()));
+}
+
+/// Whether something of the request was sent.
+bool WebClient::State::isUnderWay() {
+    long sent = 0;
+    curlLibrary()->get(transfer.get(), CURLINFO_REQUEST_SIZE, &sent);
+    return sent > 0;
+}
+
+/// Until it is over, or is given up after a stop.
+CURLcode WebClient::State::run(WebRequest const& request, Received const& received, std::stop_token const& stop) {
+    using Clock = std::chrono::steady_clock;
     auto const& curl = *curlLibrary();
     curl.add(session.get(), transfer.get());
     std::stop_callback const wake(stop, [&] { curl.wake(session.get()); });
+    std::optional<Clock::time_point> end;
+    auto const isGivenUp = [&] {
+        if (!stop.stop_requested()) return false;
+        if (!end) end = Clock::now() + (request.body && isUnderWay() ? limits.afterStop : std::chrono::milliseconds(0));
+        return Clock::now() >= *end;
+    };
     std::optional<CURLcode> result;
-    while (!result && !stop.stop_requested()) {
+    while (!result && !isGivenUp()) {
         int running = 0, left = 0;
         if (curl.perform(session.get(), &running) != CURLM_OK) result = CURLE_FAILED_INIT;
         while (auto const* const news = curl.news(session.get(), &left))
             if (news->msg == CURLMSG_DONE) result = news->data.result;
+        if (!received.body.empty()) expectFlow();
         constexpr int longest = 1000;
         if (!result) curl.poll(session.get(), nullptr, 0, longest, nullptr);
     }
@@ -164,13 +186,14 @@ WebReply WebClient::exchange(WebRequest const& request, std::stop_token const& s
     Headers headers(request);
     Received received{.most = request.mostBytes};
     state_->prepare(request, headers, received);
-    auto const code = state_->run(stop);
+    auto const code = state_->run(request, received, stop);
     wipeTraces();
     auto const reason = state_->reasonFor(code);
     long status = 0;
     curlLibrary()->get(state_->transfer.get(), CURLINFO_RESPONSE_CODE, &status);
     curlLibrary()->reset(state_->transfer.get()); // nothing in it points to the request any more
-    if (stop.stop_requested()) throw WebFailure(Kind::cancelled, "it was cancelled");
+    bool const isPaid = request.body && code == CURLE_OK;
+    if (stop.stop_requested() && !isPaid) throw WebFailure(Kind::cancelled, "it was cancelled");
     if (received.isTooMuch)
         throw WebFailure(Kind::notReached, fmt::format("it answers with more than {} bytes", request.mostBytes));
     if (code != CURLE_OK) throw WebFailure(Kind::notReached, reason);

@@ -13,6 +13,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <utility>
 
 namespace tavaro {
 
@@ -126,6 +127,8 @@ TEST(ElevenLabsClient, saysWhatEachStatusMeans) {
     auto const echo = failureOf(clientOf(service.host()), "echo");
     EXPECT_THAT(echo.what(), StartsWith("ElevenLabs returned 500: your key is … xxx"));
     EXPECT_LT(std::string(echo.what()).size(), 400u);
+    EXPECT_THAT(failureOf(clientOf(service.host(), "\xA6"), "echo").what(), StartsWith("ElevenLabs returned 500: your"))
+        << "a key that is part of what is shown for it is looked for without an end";
 }
 
 TEST(ElevenLabsClient, repeatsNoRequestThatMayBePaidWhenItsConnectionIsLost) {
@@ -155,6 +158,26 @@ TEST(ElevenLabsClient, saysWhyItIsNotReached) {
     EXPECT_EQ(elevenLabsRoot(""), "https://api.elevenlabs.io/v1");
     EXPECT_EQ(elevenLabsRoot("voices.example.com/"), "https://voices.example.com/v1");
     EXPECT_EQ(elevenLabsRoot("http://[::1]:80/v1/"), "http://[::1]:80/v1");
+}
+
+/// Takes eight seconds: speeds are those of the last five.
+TEST(ElevenLabsClient, waitsForSoundThatIsLongInTheMakingButNotForWhatStops) {
+    TestService service;
+    SerialQueue beside("com.tavaro.test.late");
+    beside.async([&] {
+        WebClient::Limits const limits{.stalled = 1s, .whole = 5s};
+        std::string const text(100, 'a'); // for which it has five seconds more
+        try {
+            EXPECT_EQ(clientOf(service.host(), key, limits).synthesize(text, {.voiceID = "late-8"}), "no sound");
+        } catch (VoiceError const& error) {
+            ADD_FAILURE() << error.what();
+        }
+    });
+    WebClient::Limits const patient{.stalled = 1s, .whole = 60s};
+    auto const begun = std::chrono::steady_clock::now();
+    EXPECT_EQ(failureOf(clientOf(service.host(), key, patient), "stuck").kind, Kind::notReached);
+    EXPECT_EQ(failureOf([&] { clientOf(service.host(), "list-silent", patient).voices(); }).kind, Kind::notReached);
+    EXPECT_LT(std::chrono::steady_clock::now() - begun, 30s);
 }
 
 TEST(ElevenLabsClient, givesItsKeyToNobodyElse) {
@@ -189,19 +212,38 @@ TEST(ElevenLabsClient, sendsNothingWithoutAKeyNorForVoicesThatAreNone) {
         EXPECT_EQ(failureOf([&] { clientOf(service.host(), lists).voices(); }).kind, Kind::service) << lists;
 }
 
-TEST(ElevenLabsClient, endsAtOnceWhenItIsStopped) {
+TEST(ElevenLabsClient, stoppedGivesWhatWasSentAndMayBePaidForAMomentAndNothingElse) {
     TestService service;
-    auto client = clientOf(service.host());
-    std::stop_source source;
-    SerialQueue stopper("com.tavaro.test.stop");
-    stopper.async([&] {
-        service.requests(); // it is asked by then
-        source.request_stop();
-    });
+    auto const whenAsked = [&](auto const& work) {
+        std::stop_source source;
+        SerialQueue stopper("com.tavaro.test.stop");
+        stopper.async([&] {
+            for (int i = 0; i < 50 && service.requests().empty(); ++i) {
+            }
+            source.request_stop();
+        });
+        return work(source.get_token());
+    };
+    auto const said = [&](std::stop_token const& stop) {
+        return clientOf(service.host()).synthesize("Hello.", {.voiceID = "late-2"}, stop);
+    };
+    EXPECT_EQ(whenAsked(said), "no sound") << "it is to be paid for again";
+
     auto const begun = std::chrono::steady_clock::now();
-    EXPECT_EQ(failureOf([&] { client.synthesize("Hello.", {.voiceID = "silent"}, source.get_token()); }).kind,
-              Kind::cancelled);
-    EXPECT_LT(std::chrono::steady_clock::now() - begun, 5s);
+    auto const unsaid = [&](std::stop_token const& stop) {
+        auto client = clientOf(service.host(), key, {.afterStop = 1s});
+        return failureOf([&] { client.synthesize("Hello.", {.voiceID = "silent"}, stop); }).kind;
+    };
+    EXPECT_EQ(whenAsked(unsaid), Kind::cancelled);
+    auto const unlisted = [&](std::stop_token const& stop) {
+        return failureOf([&] { clientOf(service.host(), "list-silent").voices(stop); }).kind;
+    };
+    EXPECT_EQ(whenAsked(unlisted), Kind::cancelled);
+    std::stop_source source;
+    source.request_stop();
+    EXPECT_EQ(failureOf([&] { said(source.get_token()); }).kind, Kind::cancelled);
+    EXPECT_LT(std::chrono::steady_clock::now() - begun, 10s);
+    EXPECT_TRUE(service.requests().empty()) << "it was stopped before anything was sent";
 }
 
 TEST(ElevenLabsSpeaker, speaksAsLongAsTheSoundIs) {
@@ -214,6 +256,12 @@ TEST(ElevenLabsSpeaker, speaksAsLongAsTheSoundIs) {
     double power = 0;
     for (float const sample : speech.samples) power += sample * sample;
     EXPECT_NEAR(std::sqrt(power / static_cast<double>(speech.samples.size())), 0.125 / std::sqrt(2), 0.01);
+    for (auto const& [speed, sent] : {std::pair(2.0, 1.2), std::pair(0.5, 0.7)}) {
+        auto const other = speaker.speak("Hello.", {.voiceID = "ok", .speed = speed}, {});
+        EXPECT_NEAR(other.duration(), speech.duration() * sent / speed, 0.01) << "the rest is made here";
+        auto const body = JSONValue::parse(*service.requests().back().find<std::string>("body"));
+        EXPECT_EQ(*body.find("voice_settings")->find<double>("speed"), sent) << "more than the service takes";
+    }
     EXPECT_EQ(failureOf([&] { speaker.speak("Hello.", {.voiceID = "garbage"}, {}); }).kind, Kind::service);
     service.requests();
     EXPECT_EQ(failureOf([&] { speaker.speak(" 🎉 ", {.voiceID = "ok"}, {}); }).kind, Kind::nothingToSay);
