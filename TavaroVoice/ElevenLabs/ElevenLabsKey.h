@@ -13,7 +13,7 @@ namespace tavaro::elevenLabsKey {
 inline constexpr auto service = "com.tavaro.elevenlabs";
 inline constexpr auto variable = "TAVARO_ELEVENLABS_KEY";
 
-/// Takes the variable out of the environment; for `main`, before there are threads.
+/// Takes the variable out of the environment, with what is around the key; for `main`, before there are threads.
 void takeFromEnvironment();
 bool isFromEnvironment();
 
@@ -22,7 +22,7 @@ std::string problemOf(std::string_view key);
 
 struct Found {
     std::optional<Secret> key;
-    std::string problem; // a sentence, where the keychain could not be asked
+    std::string problem; // a sentence, where there is one that is none, or the keychain could not be asked
 };
 /// That of the environment, else that of the keychain, which may ask the user: not for a thread that shows something.
 Found find();

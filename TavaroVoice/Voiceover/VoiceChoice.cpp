@@ -1,6 +1,7 @@
 #include <TavaroVoice/Voiceover/VoiceChoice.h>
 
 #include <TavaroCore/Captions/SpokenText.h>
+#include <TavaroVoice/Errors/VoiceError.h>
 
 #include <algorithm>
 #include <string>
@@ -55,12 +56,22 @@ void use(VoiceSettings& settings, OfferedVoices const& offered, std::string_view
     settings.voiceName.clear();
 }
 
+/// One that nobody gets is as good as none: where the service speaks all the same, it is asked for again, and the
+/// reason said.
+bool hasKey(OfferedVoices const& offered) {
+    try {
+        return offered.hasKey();
+    } catch (VoiceError const&) {
+        return false;
+    }
+}
+
 void choose(VoiceSettings& settings, std::string_view asked, OfferedVoices const& offered) {
     auto const* const named = byID(offered.voices, asked) ? nullptr : byName(offered.voices, asked);
     if (!asked.empty() && named) return use(settings, *named);
     if (!asked.empty()) return use(settings, offered, asked);
     if (!settings.voiceID.empty()) return use(settings, offered, settings.voiceID);
-    auto const* const best = offered.hasKey() ? nullptr : clearest(offered.voices);
+    auto const* const best = hasKey(offered) ? nullptr : clearest(offered.voices);
     if (best) return use(settings, *best);
     use(settings, offered, offered.serviceVoice);
 }

@@ -13,6 +13,13 @@ namespace tavaro {
 
 namespace {
 
+/// Throws why there is none, where that is more than that nobody gave one.
+std::optional<Secret> keyOfThisUser() {
+    auto found = elevenLabsKey::find();
+    if (!found.key && !found.problem.empty()) throw VoiceError(VoiceError::Kind::noKey, found.problem);
+    return std::move(found.key);
+}
+
 std::string chosenHost() {
     if (auto const* const host = std::getenv(elevenLabsHostVariable); host && *host) return host;
     return Preferences().get(elevenLabsHost);
@@ -21,7 +28,7 @@ std::string chosenHost() {
 }
 
 VoiceBox::Settings VoiceBox::Settings::ofThisUser() {
-    return {.service = {.host = chosenHost()}, .key = [] { return elevenLabsKey::find().key; }};
+    return {.service = {.host = chosenHost()}, .key = keyOfThisUser};
 }
 
 VoiceBox::VoiceBox(Settings settings)
@@ -42,10 +49,11 @@ std::vector<Voice> VoiceBox::voices() {
     problem_.clear();
     std::vector<Voice> others;
     try {
+        if (!hasKey()) return all;
         others = service_.voices();
     } catch (VoiceError const& error) {
-        if (error.kind == VoiceError::Kind::noKey) return all;
         problem_ = error.what();
+        if (error.kind == VoiceError::Kind::noKey) return all;
         others = builtInVoices();
     }
     std::ranges::move(others, std::back_inserter(all));
@@ -55,10 +63,6 @@ std::vector<Voice> VoiceBox::voices() {
 Speech VoiceBox::speak(std::string const& text, VoiceSettings const& settings, std::stop_token const& stop) {
     if (isSystemVoice(settings.voiceID)) return system_.speak(text, settings, stop);
     return service_.speak(text, settings, stop);
-}
-
-Speech VoiceBox::preview(std::string const& voiceID, double speed, std::stop_token const& stop) {
-    return speak(previewLine, {.voiceID = voiceID, .speed = speed}, stop);
 }
 
 }

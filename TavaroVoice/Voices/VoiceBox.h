@@ -17,7 +17,7 @@ public:
     struct Settings {
         SystemVoices::Places places = SystemVoices::Places::ofThisMachine();
         ElevenLabsClient::Settings service;
-        ElevenLabsClient::KeySource key;
+        ElevenLabsClient::KeySource key; // throws `VoiceError::Kind::noKey` where there may be one that nobody gets
 
         /// As the user chose: the service's host and key.
         static Settings ofThisUser();
@@ -29,15 +29,14 @@ public:
     std::vector<Voice> voices() override;
     std::vector<Voice> systemVoices() { return system_.voices(); }
     static std::vector<Voice> builtInVoices();
-    /// Why the service's list is not the user's own, after `voices`.
+    /// Why the service's list is not the user's own, or is not there although there may be a key, after `voices`.
     std::string const& problem() const { return problem_; }
 
     Speech speak(std::string const& text, VoiceSettings const& settings, std::stop_token const& stop) override;
-    /// The line by which voices are compared.
-    Speech preview(std::string const& voiceID, double speed = 1, std::stop_token const& stop = {});
+    /// By which voices are compared.
     static constexpr auto previewLine = "Here's how your demo will sound with this voice.";
 
-    /// May ask the user to unlock the keychain.
+    /// May ask the user to unlock the keychain; throws `VoiceError::Kind::noKey` where it does not answer.
     bool hasKey();
     ElevenLabsClient& service() { return service_.client(); }
 

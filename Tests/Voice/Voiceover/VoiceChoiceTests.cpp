@@ -1,3 +1,4 @@
+#include <TavaroVoice/Errors/VoiceError.h>
 #include <TavaroVoice/Voiceover/VoiceChoice.h>
 
 #include <gtest/gtest.h>
@@ -27,6 +28,9 @@ TEST(VoiceChoice, withoutOneIsTheClearestOfThisMachineAndWithAKeyTheServices) {
     voices.voices.resize(2);
     EXPECT_EQ(chosen(voices), "system:espeak-ng/en-us");
     EXPECT_EQ(chosen({}), "21m00Tcm4TlvDq8ikWAM");
+    auto locked = offered();
+    locked.hasKey = []() -> bool { throw VoiceError(VoiceError::Kind::noKey, "The keychain is locked."); };
+    EXPECT_EQ(chosen(locked), "system:flite/slt");
     auto const byService = chosenVoice({}, "", offered(true));
     EXPECT_EQ(byService.voiceName, "Rachel");
     EXPECT_EQ(byService.modelID, "eleven_multilingual_v2");

@@ -104,9 +104,15 @@ TEST(VoiceBox, offersWhatThereIsAndSaysWhyNotMore) {
     EXPECT_EQ(with.voices().back().id, "mine1");
     EXPECT_EQ(refused.voices().size(), own.size() + 5);
     EXPECT_EQ(refused.problem(), "That ElevenLabs API key was rejected.");
+    VoiceBox locked({.service = {.host = service.host()}, .key = []() -> std::optional<Secret> {
+                         throw VoiceError(VoiceError::Kind::noKey, "The keychain is locked.");
+                     }});
+    EXPECT_EQ(locked.voices().size(), own.size());
+    EXPECT_EQ(locked.problem(), "The keychain is locked.") << "who has a key reads that there is none";
+    EXPECT_EQ(without.problem(), "");
     service.requests();
     if (own.empty()) GTEST_SKIP() << "no engine is installed";
-    EXPECT_GT(with.preview(own.front().id).duration(), 1);
+    EXPECT_GT(with.speak(VoiceBox::previewLine, {.voiceID = own.front().id}, {}).duration(), 1);
     EXPECT_TRUE(service.requests().empty()) << "a voice of this machine reached the service";
 }
 
