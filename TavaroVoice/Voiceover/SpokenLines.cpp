@@ -19,7 +19,7 @@ namespace tavaro {
 namespace {
 
 constexpr std::size_t requestsAtOnce = 4; // what a service lets one key do
-constexpr int mostNotReached = 4;         // in a row; then it is out of reach
+constexpr int mostInVain = 4;             // in a row; the next ones would be, too
 
 /// Lines of one text, which have one sound.
 struct Group {
@@ -44,6 +44,12 @@ std::vector<Group> grouped(SpeakingTask const& task) {
 bool concernsAll(VoiceError::Kind kind) {
     using enum VoiceError::Kind;
     return kind == noKey || kind == rejectedKey || kind == quotaUsedUp || kind == noVoice || kind == noEngine;
+}
+
+/// Whether a service was asked for nothing: it was out of reach, or was paid for what is no good.
+bool isInVain(VoiceError::Kind kind, VoiceSettings const& voice) {
+    using enum VoiceError::Kind;
+    return !isSystemVoice(voice.voiceID) && (kind == notReached || kind == service || kind == noSound);
 }
 
 /// The failure that is being handled.
@@ -128,7 +134,7 @@ private:
             lines_[i].spoken = SpokenLine{id, text, group.asset, duration};
         }
         newlySpoken_ += isNew;
-        if (isNew) notReached_ = 0;
+        if (isNew) inVain_ = 0;
         report(group, 0);
     }
 
@@ -140,8 +146,8 @@ private:
             failure.text = task_.lines[i].text;
             lines_[i].unspoken = failure;
         }
-        notReached_ = failure.kind == VoiceError::Kind::notReached ? notReached_ + 1 : 0;
-        bool const isOver = endsAll || concernsAll(failure.kind) || notReached_ == mostNotReached;
+        if (isInVain(failure.kind, task_.voice)) ++inVain_;
+        bool const isOver = endsAll || concernsAll(failure.kind) || inVain_ >= mostInVain;
         if (isOver && !stopped_) stopped_ = failure.sentence;
         report(group, group.lines.size());
     }
@@ -175,7 +181,7 @@ private:
     std::size_t begun_ = 0;
     std::vector<Line> lines_;
     std::size_t newlySpoken_ = 0;
-    int notReached_ = 0;
+    int inVain_ = 0; // requests in a row
     std::optional<std::string> stopped_;
     SpokenSoFar soFar_;
 };

@@ -1,7 +1,11 @@
+#include "../ElevenLabs/TestService.h"
 #include "ToneSpeaker.h"
 
 #include <TavaroCore/Files/AtomicFile.h>
 #include <TavaroCore/Project/DemoProject.h>
+#include <TavaroMedia/Audio/MonoSound.h>
+#include <TavaroPlatform/Queues/SerialQueue.h>
+#include <TavaroVoice/ElevenLabs/ElevenLabsSpeaker.h>
 #include <TavaroVoice/Voiceover/LineAudio.h>
 #include <TavaroVoice/Voiceover/SpokenPlan.h>
 #include <TavaroVoice/Voiceover/StoredLine.h>
@@ -126,16 +130,27 @@ TEST_F(SpokenLinesTest, thatFailKeepTheReasonAndTheOthersGoOn) {
     EXPECT_TRUE(segments()[1].isDirty);
 }
 
-TEST_F(SpokenLinesTest, giveUpOnAServiceThatIsOutOfReachAndWhereNothingCanBeKept) {
+TEST_F(SpokenLinesTest, giveUpOnAServiceThatFailsAgainAndAgainAndWhereNothingCanBeKept) {
     std::vector<std::string> texts;
     for (int i = 0; i < 50; ++i) texts.push_back("Line " + std::to_string(i));
     script(texts, byService);
-    studio.mishap = [](auto const&, int) { throw VoiceError(VoiceError::Kind::notReached, "No way there."); };
-    EXPECT_EQ(generate().stopped, "No way there.");
-    EXPECT_LE(studio.count, 8);
-
+    for (auto const kind : {VoiceError::Kind::notReached, VoiceError::Kind::service}) {
+        studio.count = 0;
+        studio.mishap = [kind](auto const&, int) { throw VoiceError(kind, "It went wrong."); };
+        EXPECT_EQ(generate().stopped, "It went wrong.");
+        EXPECT_LE(studio.count, 8);
+    }
     studio.mishap = [](auto const&, int) {};
     studio.count = 0;
+    studio.amplitude = 0;
+    EXPECT_TRUE(generate().stopped) << "silence is paid for, too";
+    EXPECT_LE(studio.count, 8);
+    project.voiceover->voice = onMachine;
+    EXPECT_FALSE(generate().stopped) << "this machine's costs nothing";
+    project.voiceover->voice = byService;
+
+    studio.count = 0;
+    studio.amplitude = 0.2;
     fs::remove_all(assets);
     auto const lines = generate();
     EXPECT_TRUE(lines.stopped);
@@ -157,6 +172,36 @@ TEST_F(SpokenLinesTest, cancelledInTheMiddleKeepWhatCame) {
     EXPECT_EQ(lines.spoken.size() + lines.notBegun.size(), texts.size());
     EXPECT_EQ(speakingCost(linesToSpeak(*project.voiceover, onMachine), onMachine, assets).lines,
               lines.notBegun.size());
+}
+
+TEST_F(SpokenLinesTest, thatAServiceWasAskedForBeforeACancelAreKeptAndPaidForOnce) {
+    std::vector<float> tone(24'000);
+    for (std::size_t i = 0; i < tone.size(); ++i) tone[i] = 0.3F * std::sin(static_cast<float>(i) * 0.05F);
+    writeFileAtomically(assets / "tone.wav", wavBytes({tone, 48'000}));
+    TestService service({"--audio", (assets / "tone.wav").string()});
+    auto const key = [] { return std::optional(Secret("sk_0123456789abcdef")); };
+    SpeakingTask task{.voice = {.voiceID = "late-1"}, .assets = assets, .speakers = [&] {
+                          return std::make_unique<ElevenLabsSpeaker>(
+                              key, ElevenLabsClient::Settings{.host = service.host()});
+                      }};
+    for (int i = 0; i < 8; ++i) task.lines.push_back({UUID::random(), "Line " + std::to_string(i)});
+
+    std::stop_source stop;
+    std::size_t asked = 0;
+    SpokenLines lines;
+    {
+        SerialQueue stopper("com.tavaro.test.stop");
+        stopper.async([&] {
+            for (int i = 0; i < 50 && asked == 0; ++i) asked = service.requests().size();
+            stop.request_stop();
+        });
+        lines = speakLines(task, stop.get_token());
+    }
+    asked += service.requests().size();
+    EXPECT_TRUE(lines.isCancelled);
+    EXPECT_EQ(lines.spoken.size(), asked) << "what is asked for is paid for";
+    EXPECT_EQ(speakLines(task, {}).newlySpoken, task.lines.size() - asked);
+    EXPECT_EQ(asked + service.requests().size(), task.lines.size());
 }
 
 TEST_F(SpokenLinesTest, findNoSegmentWhoseTextChangedMeanwhile) {
