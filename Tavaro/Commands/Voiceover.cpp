@@ -2,6 +2,7 @@
 
 #include <Tavaro/Commands/Checks.h>
 #include <Tavaro/Commands/Interruption.h>
+#include <Tavaro/Commands/KeyAdvice.h>
 #include <Tavaro/Commands/Names.h>
 #include <Tavaro/Commands/ProgressLine.h>
 #include <Tavaro/Commands/Terminal.h>
@@ -13,9 +14,14 @@
 #include <TavaroCore/Project/DemoProject.h>
 #include <TavaroCore/Records/JSON.h>
 #include <TavaroCore/Values/Timecode.h>
+#include <TavaroVoice/Errors/VoiceError.h>
+#include <TavaroVoice/Voiceover/LineAudio.h>
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
+
+#include <algorithm>
+#include <utility>
 
 namespace tavaro::commands {
 
@@ -64,14 +70,19 @@ VoiceoverRequest requestOf(DemoProject const& project, Options const& options, V
 GeneratedVoiceover generate(OpenProject const& open, VoiceoverRequest request, Options const& options) {
     MainQueue queue;
     auto job = voiceoverJob(queue, open.package(), std::move(request));
-    Interruption const interruption;
+    Interruption const interruption(
+        {.farewell = "\nEnded at once. What was spoken is found again; what was under way is lost.\n"});
     ProgressLine line("Speaking", options.asJSON ? ProgressLine::Output::silent : ProgressLine::Output::automatic);
     job.onProgress([&](VoiceoverProgress const& progress) {
+        if (interruption.isRequested()) return;
         line.text(fmt::format("{} of {}", progress.done, counted(static_cast<std::size_t>(progress.total), "line")));
     });
     job.start();
     queue.runUntil([&] {
-        if (interruption.isRequested()) job.cancel();
+        if (interruption.isRequested()) {
+            job.cancel();
+            line.text("the lines under way; Ctrl-C again ends at once");
+        }
         return job.isFinished();
     });
     auto& generated = job.result();
@@ -79,16 +90,21 @@ GeneratedVoiceover generate(OpenProject const& open, VoiceoverRequest request, O
     return std::move(generated);
 }
 
+bool isToBeSpoken(ListedLine const& line) { return !line.isSpoken && !line.failure && hasWords(line.text); }
+
 void printText(VoiceoverListing const& listing) {
     for (auto const& line : listing.lines) {
-        terminal::say("{:>4}  {}–{}  {}\n", line.number, Timecode::format(line.start, Timecode::Fraction::hundredths),
-                      Timecode::format(line.end, Timecode::Fraction::hundredths), line.text);
+        terminal::say("{:>4}  {}–{}  {}{}\n", line.number, Timecode::format(line.start, Timecode::Fraction::hundredths),
+                      Timecode::format(line.end, Timecode::Fraction::hundredths), line.text,
+                      isToBeSpoken(line) ? "  (to be spoken)" : "");
         if (line.failure) terminal::tell("      not spoken: {}\n", *line.failure);
     }
     terminal::say("{} by {}, {} new. The video is {} long.\n",
                   counted(static_cast<std::size_t>(listing.spoken), "line"),
                   listing.voiceName.empty() ? listing.voice : listing.voiceName, listing.newlySpoken,
                   Timecode::format(listing.duration, Timecode::Fraction::hundredths));
+    auto const more = std::ranges::count_if(listing.lines, isToBeSpoken);
+    if (more > 0) terminal::say("{} more {} to be spoken in this voice.\n", more, more == 1 ? "line is" : "lines are");
 }
 
 /// What was spoken is saved by now.
@@ -100,16 +116,27 @@ void expectAll(VoiceoverListing const& listing) {
                             listing.stopped ? ": " + *listing.stopped : "."));
 }
 
-void voiceover(Options const& options) {
-    OpenProject open(options.package);
-    linesOf(open.document());
-    auto request = requestOf(open.document(), options, machineVoices());
-    if (options.estimatesOnly) {
-        auto const cost = voiceoverCost(open.package(), request);
-        if (options.asJSON) return terminal::sayJSON(encodeJSON(cost));
-        return terminal::say("{}, {} to be spoken by {}\n", counted(static_cast<std::size_t>(cost.lines), "line"),
-                             counted(static_cast<std::size_t>(cost.characters), "character"), cost.voice);
-    }
+/// A service has more voices than those that are offered before it is asked.
+void tellOfUnknown(VoiceSettings const& voice, OfferedVoices const& offered) {
+    auto const isIt = [&](Voice const& one) { return one.id == voice.voiceID; };
+    if (std::ranges::any_of(offered.voices, isIt)) return;
+    if (isSystemVoice(voice.voiceID)) return terminal::tell("{}\n", noSuchVoice(voice.voiceID).what());
+    terminal::tell("“{}” is none of the voices known here; it speaks if your ElevenLabs account has it.\n",
+                   voice.voiceID);
+}
+
+void estimate(OpenProject const& open, VoiceoverRequest request, Options const& options) {
+    auto const offered = request.service.offered();
+    request.service.offered = [&] { return offered; };
+    tellOfUnknown(voiceOf(request, offered), offered);
+    auto const cost = voiceoverCost(open.package(), request);
+    if (options.asJSON) return terminal::sayJSON(encodeJSON(cost));
+    terminal::say("{}, {} to be spoken by {}{}\n", counted(static_cast<std::size_t>(cost.lines), "line"),
+                  counted(static_cast<std::size_t>(cost.characters), "character"), cost.voice,
+                  cost.isPaid ? ", from your ElevenLabs account" : "");
+}
+
+void speak(OpenProject& open, VoiceoverRequest request, Options const& options) {
     auto const generated = generate(open, std::move(request), options);
     open.commit(voiceoverStep,
                 [&](DemoProject& project) { takeIn(project, open.package(), generated, options.taking); });
@@ -119,6 +146,18 @@ void voiceover(Options const& options) {
     else
         printText(listing);
     expectAll(listing);
+}
+
+void voiceover(Options const& options) {
+    OpenProject open(options.package);
+    linesOf(open.document());
+    auto request = requestOf(open.document(), options, machineVoices());
+    if (options.estimatesOnly) return estimate(open, std::move(request), options);
+    try {
+        speak(open, std::move(request), options);
+    } catch (VoiceError const& error) {
+        throw withKeyAdvice(error);
+    }
 }
 
 void addLongLines(CLI::App& command, Options& options) {

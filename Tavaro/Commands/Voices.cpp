@@ -3,17 +3,22 @@
 #include <Tavaro/Commands/Checks.h>
 #include <Tavaro/Commands/CommandGroup.h>
 #include <Tavaro/Commands/Interruption.h>
+#include <Tavaro/Commands/KeyAdvice.h>
 #include <Tavaro/Commands/SecretEntry.h>
 #include <Tavaro/Commands/Terminal.h>
+#include <Tavaro/Model/Voice/MachineVoices.h>
 
 #include <TavaroCore/Files/AtomicFile.h>
 #include <TavaroCore/Records/Fields.h>
 #include <TavaroCore/Records/JSON.h>
 #include <TavaroMedia/Audio/MonoSound.h>
+#include <TavaroPlatform/Folders/Folders.h>
 #include <TavaroPlatform/Keychain/KeychainError.h>
 #include <TavaroPlatform/Queues/SerialQueue.h>
 #include <TavaroVoice/ElevenLabs/ElevenLabsKey.h>
 #include <TavaroVoice/Errors/VoiceError.h>
+#include <TavaroVoice/Voiceover/SpokenLines.h>
+#include <TavaroVoice/Voiceover/VoiceChoice.h>
 #include <TavaroVoice/Voices/VoiceBox.h>
 
 #include <fmt/format.h>
@@ -21,9 +26,12 @@
 #include <algorithm>
 #include <chrono>
 #include <exception>
+#include <filesystem>
 #include <iterator>
 #include <map>
 #include <stop_token>
+#include <system_error>
+#include <utility>
 
 namespace tavaro::commands {
 
@@ -99,17 +107,40 @@ void list(Desk const& desk) {
         terminal::tell("There is no voice on this machine; the packages festival and espeak-ng bring some.\n");
 }
 
+/// A service is paid for each sample, so one is kept, where the studio keeps its own.
+MonoSound keptSample(std::string const& voiceID, SpeakerSource const& speakers, std::stop_token const& stop) {
+    auto const folder = folders::caches() / "Voices";
+    std::error_code code;
+    std::filesystem::create_directories(folder, code);
+    if (code) throw FileError::writing(folder, code.value());
+    auto const made = speakLines({.lines = {{UUID::random(), VoiceBox::previewLine}},
+                                  .voice = chosenVoice({}, voiceID, {}),
+                                  .assets = folder,
+                                  .speakers = speakers},
+                                 stop);
+    if (!made.unspoken.empty()) throw VoiceError(made.unspoken.front().kind, made.unspoken.front().sentence);
+    if (made.spoken.empty()) throw cancelledSpeech();
+    constexpr double mostSeconds = 60;
+    return soundOfFile(readWholeFile(folder / made.spoken.front().asset).value_or(""), mostSeconds);
+}
+
+MonoSound sampleOf(std::string const& voiceID, SpeakerSource const& speakers, std::stop_token const& stop) {
+    if (!isSystemVoice(voiceID)) return keptSample(voiceID, speakers, stop);
+    auto speech = speakers()->speak(VoiceBox::previewLine, {.voiceID = voiceID}, stop);
+    return {std::move(speech.samples), speech.sampleRate};
+}
+
 /// Ctrl-C ends it.
-Speech heard(Desk const& desk) {
+MonoSound heard(Desk const& desk) {
     Interruption const interruption;
     std::stop_source stop;
     std::exception_ptr failure;
-    Speech speech;
-    VoiceBox box;
+    MonoSound sound;
+    auto const speakers = machineVoices().speakers;
     SerialQueue speaking("com.tavaro.preview");
     speaking.async([&] {
         try {
-            speech = box.preview(desk.previewed, 1, stop.get_token());
+            sound = sampleOf(desk.previewed, speakers, stop.get_token());
         } catch (...) {
             failure = std::current_exception();
         }
@@ -117,25 +148,28 @@ Speech heard(Desk const& desk) {
     while (!speaking.settles(std::chrono::milliseconds(50)))
         if (interruption.isRequested()) stop.request_stop();
     if (failure) std::rethrow_exception(failure);
-    return speech;
+    return sound;
 }
 
 void preview(Desk const& desk) {
     expectWritable(desk.output, desk.ifTaken);
-    auto const speech = heard(desk);
-    writeFileAtomically(desk.output, wavBytes({speech.samples, speech.sampleRate}), desk.ifTaken);
+    auto const sound = heard(desk);
+    writeFileAtomically(desk.output, wavBytes(sound), desk.ifTaken);
+    auto const duration = static_cast<double>(sound.samples.size()) / sound.rate;
     if (desk.asJSON)
-        terminal::sayJSON(encodeJSON(JSONValue{
-            JSONValue::Object{{"voice", desk.previewed}, {"path", desk.output}, {"duration", speech.duration()}}}));
+        terminal::sayJSON(encodeJSON(
+            JSONValue{JSONValue::Object{{"voice", desk.previewed}, {"path", desk.output}, {"duration", duration}}}));
     else
         terminal::sayPath(desk.output);
 }
 
 void show(Desk& desk) {
-    if (desk.previewed.empty())
-        list(desk);
-    else
+    if (desk.previewed.empty()) return list(desk);
+    try {
         preview(desk);
+    } catch (VoiceError const& error) {
+        throw withKeyAdvice(error);
+    }
 }
 
 /// What is wrong with the keychain is more than its status.
@@ -165,10 +199,11 @@ void setKey(Desk& desk) {
 }
 
 void checkKey(Desk& desk) {
-    auto const found = elevenLabsKey::find();
-    if (!found.key && !found.problem.empty()) throw Error(found.problem);
-    VoiceBox box;
-    box.service().validateKey();
+    try {
+        VoiceBox().service().validateKey();
+    } catch (VoiceError const& error) {
+        throw withKeyAdvice(error);
+    }
     report(desk, elevenLabsKey::isFromEnvironment() ? "environment" : "keychain", "ElevenLabs takes the key.");
 }
 

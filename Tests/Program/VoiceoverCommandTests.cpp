@@ -9,6 +9,7 @@
 using namespace tavaro;
 using ::testing::AllOf;
 using ::testing::HasSubstr;
+using ::testing::Not;
 using ::testing::StartsWith;
 
 namespace {
@@ -58,6 +59,20 @@ TEST_F(VoiceoverCommand, speaksTheScriptLaysItOnTheFilmAndMakesCaptions) {
     auto const cost = JSONValue::parse(voiceover({"--estimate", "--json", "--speed", "1.5", "--only", "2"}).out);
     EXPECT_EQ(*cost.find<std::int64_t>("lines"), 1);
     EXPECT_EQ(*cost.find<std::int64_t>("characters"), 13);
+}
+
+TEST_F(VoiceoverCommand, saysWhoPaysAndWhichLinesAreLeft) {
+    auto const paid = voiceover({"--estimate", "--voice", "a-voice-of-mine"});
+    EXPECT_EQ(paid.out, "3 lines, 68 characters to be spoken by a-voice-of-mine, from your ElevenLabs account\n");
+    EXPECT_THAT(paid.error, HasSubstr("“a-voice-of-mine” is none of the voices known here"));
+    auto const free = voiceover({"--estimate", "--voice", "system:flite/slt"});
+    EXPECT_EQ(free.out, "3 lines, 68 characters to be spoken by system:flite/slt\n");
+    EXPECT_EQ(free.error, "");
+
+    EXPECT_THAT(voiceover({"--voice", "system:flite/slt"}).out, Not(HasSubstr("to be spoken")));
+    EXPECT_THAT(voiceover({"--voice", "system:flite/rms", "--only", "2"}).out,
+                AllOf(HasSubstr("I click here.\n"), HasSubstr("That's all there is to it.  (to be spoken)\n"),
+                      HasSubstr("2 more lines are to be spoken in this voice.\n")));
 }
 
 TEST_F(VoiceoverCommand, saysWhatIsWrongAndKeepsTheProject) {

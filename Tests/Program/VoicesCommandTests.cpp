@@ -20,6 +20,9 @@ using ::testing::Not;
 using ::testing::StartsWith;
 
 constexpr auto key = "list-silent-0123456789";
+constexpr auto noKey =
+    "Add your ElevenLabs API key in Settings to generate voiceover. `tavaro voices key set` keeps it in your keychain; "
+    "without a keychain, put it into the variable TAVARO_ELEVENLABS_KEY.\n";
 
 class VoicesCommand : public ProcessFixture {
 protected:
@@ -70,8 +73,21 @@ TEST_F(VoicesCommand, listsAndPreviewsWhatSpeaksALanguage) {
     EXPECT_EQ(none.exitCode, 1);
     EXPECT_THAT(none.error, HasSubstr("There is no voice “system:flite/nobody” here"));
     auto const paid = tavaro({"voices", "--preview", "21m00Tcm4TlvDq8ikWAM", "-o", path("b.wav")});
-    EXPECT_EQ(paid.error, "Add your ElevenLabs API key in Settings to generate voiceover.\n");
+    EXPECT_EQ(paid.error, noKey);
     EXPECT_THAT(names(folder), Not(::testing::Contains("b.wav")));
+}
+
+TEST_F(VoicesCommand, keepsASampleThatIsPaidFor) {
+    ffmpeg({"-f", "lavfi", "-i", "sine=440:duration=1", path("tone.mp3")});
+    TestService service({"--audio", path("tone.mp3")});
+    std::vector<std::string> const more{"TAVARO_ELEVENLABS_KEY=sk_0123456789abcdef",
+                                        "TAVARO_ELEVENLABS_HOST=" + service.host(), "XDG_CACHE_HOME=" + path("cache")};
+    for (auto const* const name : {"a.wav", "b.wav"})
+        EXPECT_EQ(run({"--preview", "ok", "-o", path(name)}, "", more).error, "");
+    EXPECT_EQ(service.requests().size(), 1u) << "it is paid for each time";
+    EXPECT_THAT(read("a.wav"), StartsWith("RIFF"));
+    EXPECT_GT(read("a.wav").size(), 90'000u);
+    EXPECT_EQ(read("a.wav"), read("b.wav"));
 }
 
 TEST_F(VoicesCommand, takesAKeyFromNoArgumentAndShowsItNowhere) {
@@ -80,11 +96,20 @@ TEST_F(VoicesCommand, takesAKeyFromNoArgumentAndShowsItNowhere) {
     EXPECT_THAT(run({"key", "set"}, "sk_01234 56789abcdef\n").error, HasSubstr("other characters"));
     EXPECT_EQ(run({"key", "set"}, "").exitCode, 1);
     EXPECT_EQ(run({"key", "set", "sk_0123456789abcdef"}, "").exitCode, 2);
-    EXPECT_EQ(run({"key", "check"}, "").error, "Add your ElevenLabs API key in Settings to generate voiceover.\n");
+    EXPECT_EQ(run({"key", "check"}, "").error, noKey);
     TestService service;
     auto const host = "TAVARO_ELEVENLABS_HOST=" + service.host();
     auto const good = run({"key", "check"}, "", {"TAVARO_ELEVENLABS_KEY=sk_0123456789abcdef", host});
     EXPECT_EQ(good.out, "ElevenLabs takes the key.\n") << good.error;
+    auto const asGiven = [&](std::string const& text) {
+        return run({"key", "check"}, "", {"TAVARO_ELEVENLABS_KEY=" + text, host});
+    };
+    EXPECT_EQ(asGiven(" sk_0123456789abcdef\r\n").out, "ElevenLabs takes the key.\n") << "a file's end is no key's";
+    service.requests();
+    EXPECT_THAT(asGiven("sk_01234\r\nX-More: 56789").error, HasSubstr("Look at the variable TAVARO_ELEVENLABS_KEY"));
+    for (auto const length : {3u, 300u, 3000u})
+        EXPECT_THAT(asGiven(std::string(length, 'k')).error, HasSubstr("too short or too long")) << length;
+    EXPECT_TRUE(service.requests().empty()) << "what is no key is sent";
     EXPECT_EQ(run({"key", "check"}, "", {"TAVARO_ELEVENLABS_KEY=list-status-403", host}).error,
               "That ElevenLabs API key was rejected.\n");
 }
