@@ -5,8 +5,9 @@ import Tavaro.Style
 import Tavaro.Theme
 import Tavaro.Voice
 
-// Speaks what is not spoken yet: how much that is, what it costs, how far it is, and why it ended early.
-ColumnLayout {
+// Speaks what is not spoken yet: how much that is, what it costs, how far it is, and why it ended early. No layout: one
+// inside of another learns too late how many lines a text takes.
+Column {
     id: speaking
 
     required property VoiceDesk voice
@@ -17,7 +18,7 @@ ColumnLayout {
     spacing: 6
 
     Label {
-        Layout.fillWidth: true
+        width: parent.width
         visible: speaking.run.failure !== ""
         text: speaking.run.failure
         textFormat: Text.PlainText
@@ -26,16 +27,16 @@ ColumnLayout {
         Accessible.role: Accessible.AlertMessage
     }
     Label {
-        Layout.fillWidth: true
+        width: parent.width
         visible: text !== ""
-        text: [speaking.voice.offer.voiceName, speaking.run.cost].filter(Boolean).join(". ")
+        text: [speaking.voice.offer.voiceName, speaking.run.isPaid ? speaking.run.cost : ""].filter(Boolean).join(". ")
         textFormat: Text.PlainText
         wrapMode: Text.Wrap
         color: Theme.colors.secondaryText
         font.pixelSize: Theme.captionSize
     }
     Button {
-        Layout.fillWidth: true
+        width: parent.width
         visible: !speaking.run.isRunning
         highlighted: true
         enabled: speaking.run.lines > 0
@@ -44,6 +45,7 @@ ColumnLayout {
         onClicked: speaking.run.generate()
     }
     RowLayout {
+        width: parent.width
         visible: speaking.run.isRunning
         spacing: 10
         ProgressBar {

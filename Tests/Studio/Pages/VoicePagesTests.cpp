@@ -60,6 +60,24 @@ TEST_F(VoicePages, linesAreWrittenInPlaceAndSpokenByTheButtonThatTellsThePrice) 
     EXPECT_THAT(page.warnings, IsEmpty());
 }
 
+TEST_F(VoicePages, whatAPaidVoiceCostsIsReadHoweverNarrowThePage) {
+    auto project = narrated();
+    project.voiceover->voice.voiceID = "anna";
+    auto page = shown("ScriptPanel.qml", project);
+    page.view->resize(240, 500);
+    auto const sentence = QStringLiteral("Anna. 17 characters of your ElevenLabs account");
+    page.waitForItem(sentence);
+    page.waitForItem(QStringLiteral("Generate 2 lines · 17 characters"));
+    page.view->grabWindow();
+    auto const* price = page.find(sentence);
+    auto const* button = page.find(QStringLiteral("Generate 2 lines · 17 characters"));
+    ASSERT_TRUE(price && button);
+    EXPECT_GT(price->height(), 25) << "it takes two lines";
+    EXPECT_LE(price->mapToScene({0, price->height()}).y(), button->mapToScene({}).y());
+    EXPECT_LE(button->mapToScene({0, button->height()}).y(), 500);
+    EXPECT_THAT(page.warnings, IsEmpty());
+}
+
 TEST_F(VoicePages, whyALineCouldNotBeSpokenIsBesideItWithAnotherTry) {
     std::atomic<bool> isBroken = true;
     voices.studio.mishap = [&](std::string const& text, int) {
