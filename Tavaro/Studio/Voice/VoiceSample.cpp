@@ -8,7 +8,9 @@
 
 #include <QPointer>
 
+#include <algorithm>
 #include <stop_token>
+#include <utility>
 
 namespace tavaro {
 
@@ -17,13 +19,21 @@ VoiceSample::VoiceSample(MainQueue& queue, VoiceOffer const& offer, VoiceMeans c
     , offer_(offer)
     , means_(means) {}
 
-VoiceSample::~VoiceSample() = default;
+VoiceSample::~VoiceSample() {
+    for (auto const& one : making_) one.job->cancel(); // all, before each is waited for
+}
 
 void VoiceSample::hear() {
     stop();
     failure_.clear();
     auto const voice = offer_.settings();
     if (voice.voiceID.empty()) return;
+    wanted_ = voice;
+    if (std::ranges::find(making_, voice, &Making::voice) == making_.end()) make(voice);
+    Q_EMIT changed();
+}
+
+void VoiceSample::make(VoiceSettings const& voice) {
     auto work = [voice, folder = means_.samples, speakers = means_.service().speakers](JobReporter<NoProgress>& job) {
         std::stop_source stop;
         JobControl::CancelAction const cancel(job, [&] { stop.request_stop(); });
@@ -36,16 +46,24 @@ void VoiceSample::hear() {
         if (!made.spoken.empty()) return Made{folder / made.spoken.front().asset, {}};
         return Made{{}, made.unspoken.empty() ? made.stopped.value_or("") : made.unspoken.front().sentence};
     };
-    job_ = std::make_unique<Job<Made>>(queue_, "com.tavaro.job.sample", std::move(work));
-    job_->onFinished([this] { play(); });
-    job_->start();
-    Q_EMIT changed();
+    auto job = std::make_unique<Job<Made>>(queue_, "com.tavaro.job.sample", std::move(work));
+    job->onFinished([this, voice] { finish(voice); });
+    job->start();
+    making_.push_back({voice, std::move(job)});
 }
 
-void VoiceSample::play() {
-    auto const job = std::move(job_);
+void VoiceSample::finish(VoiceSettings const& voice) {
+    auto const place = std::ranges::find(making_, voice, &Making::voice);
+    auto const job = std::move(place->job);
+    making_.erase(place);
+    if (wanted_ != voice) return;
+    wanted_.reset();
+    play(*job);
+}
+
+void VoiceSample::play(Job<Made>& job) {
     try {
-        auto const& made = job->result();
+        auto const& made = job.result();
         failure_ = toQString(made.failure);
         if (!made.file.empty()) {
             isPlaying_ = true;
@@ -74,10 +92,9 @@ void VoiceSample::end(std::uint64_t number, std::string const& problem) {
 
 void VoiceSample::stop() {
     ++number_;
-    if (job_) job_->cancel();
-    job_.reset();
+    bool const wasMaking = std::exchange(wanted_, std::nullopt).has_value();
     sound_.reset();
-    if (std::exchange(isPlaying_, false)) Q_EMIT changed();
+    if (std::exchange(isPlaying_, false) || wasMaking) Q_EMIT changed();
 }
 
 }

@@ -11,7 +11,9 @@
 
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
+#include <vector>
 
 namespace tavaro {
 
@@ -19,7 +21,7 @@ class MainQueue;
 class VoiceOffer;
 
 /// A voice heard before it is chosen: one sentence, made once for each voice and speed and then kept, since a service
-/// is paid for it.
+/// is paid for it. So one that is not to be heard any more is made to its end.
 class VoiceSample final : public QObject {
     Q_OBJECT
     Q_PROPERTY(bool isMaking READ isMaking NOTIFY changed)
@@ -33,7 +35,7 @@ public:
     /// The voice that is chosen, at its speed.
     Q_INVOKABLE void hear();
     Q_INVOKABLE void stop();
-    bool isMaking() const { return job_ != nullptr; }
+    bool isMaking() const { return wanted_.has_value(); }
     bool isPlaying() const { return isPlaying_; }
     QString failure() const { return failure_; }
 
@@ -46,13 +48,21 @@ private:
         std::string failure; // a sentence where there is none
     };
 
-    void play();
+    struct Making {
+        VoiceSettings voice;
+        std::unique_ptr<Job<Made>> job;
+    };
+
+    void make(VoiceSettings const& voice);
+    void finish(VoiceSettings const& voice);
+    void play(Job<Made>& job);
     void end(std::uint64_t number, std::string const& problem);
 
     MainQueue& queue_;
     VoiceOffer const& offer_;
     VoiceMeans const& means_;
-    std::unique_ptr<Job<Made>> job_;
+    std::vector<Making> making_;
+    std::optional<VoiceSettings> wanted_; // is played when it is made
     QString failure_;
     bool isPlaying_ = false;
     std::uint64_t number_ = 0; // of what is heard; the main thread's

@@ -208,3 +208,18 @@ TEST_F(VoiceDeskTest, aSampleIsMadeOnceAndHeardUntilItsEnd) {
     EXPECT_EQ(sample.failure(), "The sound cannot be played: the device was unplugged.");
     EXPECT_TRUE(editor.project->steps().empty());
 }
+
+TEST_F(VoiceDeskTest, aSampleThatIsStoppedAndHeardAgainIsMadeOnce) {
+    auto& sample = *desk.sample();
+    sample.hear();
+    EXPECT_TRUE(sample.isMaking());
+    sample.stop();
+    EXPECT_FALSE(sample.isMaking());
+    sample.hear();
+    wait([&] {
+        voices.device->pass(0.2);
+        return !sample.isMaking() && !sample.isPlaying();
+    });
+    EXPECT_EQ(voices.studio.count, 1) << "a service is paid for each";
+    EXPECT_EQ(voices.device->timesOpened(), 1);
+}
