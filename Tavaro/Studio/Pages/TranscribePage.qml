@@ -145,26 +145,31 @@ SidePage {
         title: qsTr("What can hear")
         visible: !page.run.isRunning
         Hint { text: page.run.isLooking && page.run.engines.length === 0 ? qsTr("Looking for engines…") : "" }
-        Rows {
-            spacing: 10
-            model: page.run.engines.length
-            ColumnLayout {
-                id: engine
+        // Made when there are some, at the width that it has then.
+        Loader {
+            Layout.fillWidth: true
+            active: page.run.engines.length > 0
+            sourceComponent: Rows {
+                spacing: 10
+                model: page.run.engines.length
+                ColumnLayout {
+                    id: engine
 
-                required property int index
-                readonly property var about: page.run.engines[index]
+                    required property int index
+                    readonly property var about: page.run.engines[index]
 
-                spacing: 2
-                RowLayout {
-                    spacing: 8
-                    Label { Layout.fillWidth: true; text: engine.about?.name ?? ""; elide: Text.ElideRight; font.weight: Font.Medium }
-                    Label {
-                        text: engine.about?.isReady ? qsTr("ready") : qsTr("not here yet")
-                        color: engine.about?.isReady ? Theme.colors.good : Theme.colors.secondaryText
-                        font.pixelSize: Theme.captionSize
+                    spacing: 2
+                    RowLayout {
+                        spacing: 8
+                        Label { Layout.fillWidth: true; text: engine.about?.name ?? ""; elide: Text.ElideRight; font.weight: Font.Medium }
+                        Label {
+                            text: engine.about?.isReady ? qsTr("ready") : qsTr("not here yet")
+                            color: engine.about?.isReady ? Theme.colors.good : Theme.colors.secondaryText
+                            font.pixelSize: Theme.captionSize
+                        }
                     }
+                    Hint { text: engine.about?.about ?? "" }
                 }
-                Hint { text: engine.about?.about ?? "" }
             }
         }
     }
