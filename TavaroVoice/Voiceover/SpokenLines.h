@@ -63,9 +63,10 @@ struct SpeakingTask {
 
 /// Says lines, several at once: four with a service, one a core on this machine. Each sound is in the package as soon
 /// as it came, complete or not at all, so neither a cancel nor a crash loses one; a line whose sound is there is not
-/// said again, nor is one that is there twice. A failure stays with its line and the others go on; what would befall
-/// every line (no key, no quota, a full disk, no such voice, a service that is out of reach) stops those that have not
-/// begun. `progress` is called from several threads, one at a time.
+/// said again, nor is one that is there twice. A stop begins no other line; those that a service was asked for already
+/// still come, as they may be paid for, which takes seconds. A failure stays with its line and the others go on; what
+/// would befall every line (no key, no quota, a full disk, no such voice, a service that fails again and again) stops
+/// those that have not begun. `progress` is called from several threads, one at a time.
 SpokenLines speakLines(SpeakingTask const& task, std::stop_token const& stop,
                        std::function<void(SpokenSoFar const&)> const& progress = {});
 

@@ -12,9 +12,10 @@ namespace tavaro {
 
 /// What there is to choose from.
 struct OfferedVoices {
-    std::vector<Voice> voices;                           // of this machine and of the service
-    std::function<bool()> hasKey = [] { return false; }; // for the service; may ask the user to unlock it
-    std::string_view serviceVoice = defaultElevenVoice;  // the service's own choice, and its model
+    std::vector<Voice> voices; // of this machine and of the service
+    /// For the service; may ask the user to unlock it, and throws `VoiceError` where nobody gets it.
+    std::function<bool()> hasKey = [] { return false; };
+    std::string_view serviceVoice = defaultElevenVoice; // the service's own choice, and its model
     std::string_view serviceModel = defaultElevenModel;
 };
 
