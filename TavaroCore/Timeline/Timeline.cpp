@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 
 namespace tavaro {
 
@@ -10,6 +11,16 @@ namespace {
 constexpr double endTolerance = 0.000001;
 constexpr double membershipTolerance = 0.000001; // how far a clip may stick out of the span it is removed with
 constexpr double edgeTolerance = 0.001;          // nothing is split, and no piece left, that close to an edge
+
+/// The id of a part that is split off. Where the whole has one of a feature's own making (version 8), the part's begins
+/// alike, so that the feature knows it again.
+UUID partOf(UUID const& whole) {
+    constexpr int ownMaking = 8;
+    constexpr std::size_t handedOn = 12; // bytes
+    auto part = UUID::random();
+    if (whole.bytes[6] >> 4 == ownMaking) std::copy_n(whole.bytes.begin(), handedOn, part.bytes.begin());
+    return part;
+}
 
 }
 
@@ -68,7 +79,7 @@ bool Timeline::split(double at) {
     double const offset = at - found->start;
     if (!(offset > edgeTolerance && offset < found->duration - edgeTolerance)) return false;
     auto second = *found;
-    second.id = UUID::random();
+    second.id = partOf(found->id);
     second.start = at;
     second.sourceStart += offset * second.speed;
     second.duration -= offset;

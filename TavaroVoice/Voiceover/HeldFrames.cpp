@@ -18,7 +18,7 @@ namespace {
 
 constexpr double tolerance = 0.000001; // seconds
 
-// Version 8 is for identifiers of one's own making; no random one begins so.
+// Version 8 is for identifiers of one's own making; no random one begins so. Parts of a clip that is split have it too.
 constexpr std::array<std::uint8_t, 7> mark{'T', 'v', 'H', 'o', 'l', 'd', 0x80};
 
 /// FNV-1a.
@@ -26,6 +26,12 @@ std::uint64_t hashed(UUID const& id) {
     std::uint64_t hash = 0xCBF29CE484222325;
     for (auto const byte : id.bytes) hash = (hash ^ byte) * 0x100000001B3;
     return hash;
+}
+
+/// Whether a clip is the frame held under that id, or was split off it.
+bool isPartOf(VideoClip const& clip, UUID const& held) {
+    constexpr std::size_t handedOn = 12; // bytes that `Timeline::split` leaves as they are
+    return std::ranges::equal(std::span(clip.id.bytes).first(handedOn), std::span(held.bytes).first(handedOn));
 }
 
 /// Where a time is once the span is taken out.
@@ -93,8 +99,10 @@ void holdFrame(DemoProject& project, double at, double seconds, UUID line) {
 
 double endWithoutHeldFrame(DemoProject const& project) {
     auto const& clips = project.timeline.clips;
-    bool const isHeld = !clips.empty() && clips.back().id == heldFrameID({});
-    return isHeld ? clips.back().start : project.duration();
+    auto const last = heldFrameID({});
+    double end = project.duration();
+    for (auto clip = clips.rbegin(); clip != clips.rend() && isPartOf(*clip, last); ++clip) end = clip->start;
+    return end;
 }
 
 void withdrawHeldFrames(DemoProject& project) {

@@ -11,8 +11,8 @@ struct DemoProject;
 struct VideoClip;
 
 /// The frames that a film holds so that its narration has room. The clip of one is known by its id, which is made of
-/// the id of the line that waits until the frame goes on: no field of a clip says who made it. What a person splits off
-/// such a clip has an id of its own and stays.
+/// the id of the line that waits until the frame goes on: no field of a clip says who made it. What cuts, splits and
+/// changes of speed leave of such a clip is known as well, since the ids of its parts begin alike.
 UUID heldFrameID(UUID const& line);
 bool isHeldForVoiceover(VideoClip const& clip);
 

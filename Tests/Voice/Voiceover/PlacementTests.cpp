@@ -178,6 +178,47 @@ TEST(Placement, doneAgainChangesNothingAndWithHeldFramesEveryLineMeetsItsAnchor)
     }
 }
 
+/// A cut, a split or another speed somewhere in or around one of the frames that are held.
+void editHeldFrame(DemoProject& project, std::mt19937& random) {
+    auto const held = heldFrames(project);
+    if (held.empty()) return;
+    auto const below = [&](double most) { return std::uniform_real_distribution(0.0, most)(random); };
+    auto const frame = held[random() % held.size()].range();
+    double const from = std::max(frame.start - 0.2 + below(frame.duration + 0.2), 0.0), seconds = 0.05 + below(1.5);
+    switch (random() % 3) {
+    case 0: return removeTimeRange(project, from, seconds);
+    case 1: project.timeline.split(from); return;
+    default: return changeSpeed(project, {from, seconds}, random() % 2 ? 2 : 0.5);
+    }
+}
+
+TEST(Placement, whatEditsLeaveOfHeldFramesIsTakenOutToo) {
+    for (unsigned seed = 0; seed < 300; ++seed) {
+        std::mt19937 random(seed);
+        auto project = film({line(1, 3), line(2, 2.5), line(3, 1), line(9, 3)}, true);
+        placeVoiceover(project);
+        for (auto edits = 1 + random() % 4; edits > 0; --edits) editHeldFrame(project, random);
+        double played = 0, end = 0;
+        for (auto const& clip : project.timeline.clips) played += clip.speed > 0 ? clip.duration : 0;
+        project.voiceover->stretchesVideoToFit = false;
+        placeVoiceover(project);
+        EXPECT_NEAR(endWithoutHeldFrame(project), played, 1e-6) << "seed " << seed;
+        for (auto const& segment : project.voiceover->segments) end = std::max(end, segment.end());
+        EXPECT_NEAR(project.duration(), std::max(played, end), 0.011) << "seed " << seed;
+        withdrawHeldFrames(project);
+        EXPECT_NEAR(project.duration(), played, 1e-6) << "seed " << seed;
+    }
+}
+
+TEST(Placement, ofAHeldFrameThatIsCutThePersonsOwnStays) {
+    auto project = film({line(1, 4), line(2, 1)}, true);
+    placeVoiceover(project);
+    insertTime(project, heldFrames(project)[0].start + 1, 0.7);
+    EXPECT_EQ(heldFrames(project).size(), 2u);
+    withdrawHeldFrames(project);
+    EXPECT_NEAR(project.duration(), 10.7, 1e-6);
+}
+
 }
 
 }
