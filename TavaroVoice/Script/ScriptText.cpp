@@ -3,6 +3,7 @@
 #include <TavaroCore/Captions/SpokenText.h>
 #include <TavaroCore/Files/TextEncoding.h>
 #include <TavaroCore/Values/Timecode.h>
+#include <TavaroVoice/Speaking/Private/SpokenText.h>
 
 #include <algorithm>
 #include <array>
@@ -86,6 +87,9 @@ std::optional<double> takeTime(std::string_view& line) {
     return time;
 }
 
+/// Rows of "#" are rules between lines, though a voice would read them out.
+bool hasText(std::string_view line) { return !bareText(line).empty() && canBeSaid(line); }
+
 std::string onOneLine(std::string_view text) {
     std::string result;
     for (auto const word : writtenWords(text)) {
@@ -126,14 +130,14 @@ private:
 
     void takeTimed(std::optional<double> time, std::string_view text, bool isIndented) {
         if (time) pending_ = time;
-        if (bareText(text).empty()) return;
+        if (!hasText(text)) return;
         if (!time && !pending_ && isIndented && !lines_.empty()) return append(lines_.back(), text);
         add(lines_, {pending_, onOneLine(text)});
         pending_.reset();
     }
 
     void takePlain(std::string_view text) {
-        if (bareText(text).empty()) {
+        if (!hasText(text)) {
             isBehindBlank_ = true;
             return;
         }

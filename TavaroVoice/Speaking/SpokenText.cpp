@@ -198,6 +198,10 @@ std::vector<SpokenPhrase> spokenPhrases(std::string const& text, Letters letters
     return phrases;
 }
 
+bool canBeSaid(std::string_view text) {
+    return hasSaid(Text::fromUTF8(icu::StringPiece(text.data(), static_cast<std::int32_t>(text.size()))));
+}
+
 std::string spokenText(SpokenPhrase const& phrase) {
     std::string text;
     for (auto const& word : phrase) {

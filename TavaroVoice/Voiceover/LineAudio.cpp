@@ -2,6 +2,7 @@
 
 #include <TavaroCore/Captions/SpokenText.h>
 #include <TavaroCore/Voice/VoiceoverPlan.h>
+#include <TavaroVoice/Speaking/Private/SpokenText.h>
 #include <TavaroVoice/Speaking/Speaker.h>
 
 #include <fmt/format.h>
@@ -53,7 +54,7 @@ bool isLineAsset(std::string_view asset) {
            hash.find_first_not_of("0123456789abcdef") == std::string_view::npos;
 }
 
-bool hasWords(std::string_view text) { return !trimmed(text).empty(); }
+bool hasWords(std::string_view text) { return canBeSaid(text); }
 
 bool needsGeneration(VoiceoverSegment const& segment, VoiceSettings const& voice) {
     if (!hasWords(segment.text)) return false;

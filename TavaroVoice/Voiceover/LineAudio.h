@@ -18,7 +18,7 @@ std::string lineWordsAsset(std::string_view lineAsset);
 /// Whether an asset is named like that. Others are a user's own.
 bool isLineAsset(std::string_view asset);
 
-/// Blanks alone are never spoken.
+/// Blanks, marks and emoji alone are never spoken.
 bool hasWords(std::string_view text);
 
 /// Whether a line has no sound yet, or that of another text, voice or speed. Sound of the user's own counts as right as

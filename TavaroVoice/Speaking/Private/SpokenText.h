@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace tavaro {
@@ -25,6 +26,9 @@ constexpr std::size_t mostSpokenCharacters = 10'000;
 /// control characters) are not in it, nor is what cannot be said, such as emoji. Other alphabets are transcribed where
 /// the engine needs ASCII. Bytes that are no UTF-8 are left out. Throws `VoiceError`: `nothingToSay`, `tooLong`.
 std::vector<SpokenPhrase> spokenPhrases(std::string const& text, Letters letters);
+
+/// Whether there is anything in a text that can be said: "🎉" and "—" have nothing.
+bool canBeSaid(std::string_view text);
 
 /// What is spoken of it, with spaces between.
 std::string spokenText(SpokenPhrase const& phrase);

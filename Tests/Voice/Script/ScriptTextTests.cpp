@@ -35,6 +35,7 @@ TEST(ScriptText, linesBeginWithTheirTimesHoweverTheyAreWritten) {
               "3.2 Here we go. | 5.5 Soon. | 6 Then. | 8 Last. | 3723 Later.");
     EXPECT_EQ(drawn("0:01 One\n  goes on\nTwo follows\n\n---\n0:09\nThree, below its time"),
               "1 One goes on | Two follows | 9 Three, below its time");
+    EXPECT_EQ(drawn("0:01 One\n0:02 🎉\n0:03 Three 🎉"), "1 One | 3 Three 🎉") << "nobody can say it";
     EXPECT_EQ(drawn("Meet me.\n10:30 is fine.\n"), "Meet me. | 10:30 is fine.")
         << "a script that does not begin with a time has none";
     EXPECT_EQ(drawn("3:1 odds."), "3:1 odds.");
@@ -49,7 +50,7 @@ TEST(ScriptText, plainTextIsLinesOrParagraphs) {
 }
 
 TEST(ScriptText, whatIsNoScriptIsRefusedWithASentence) {
-    for (auto const* const text : {"", " \n\t\n", "---\n***\n", "0:03\n0:04\n"})
+    for (auto const* const text : {"", " \n\t\n", "---\n***\n", "###\n", "0:03\n0:04\n", "🎉\n✨ 🎉\n", "0:03 🎉\n"})
         EXPECT_EQ(problem(text), "There is no text to speak in it.") << text;
     EXPECT_THAT(problem("Short.\n" + std::string(10'001, 'a')), HasSubstr("line 2 to speak has more than 10000"));
     std::string many;
