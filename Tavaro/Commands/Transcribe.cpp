@@ -12,9 +12,14 @@
 #include <TavaroCore/Records/JSON.h>
 #include <TavaroCore/Values/Timecode.h>
 #include <TavaroVoice/Errors/VoiceError.h>
+#include <TavaroVoice/Transcription/SpokenLocale.h>
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <string>
+#include <vector>
 
 #include <unistd.h>
 
@@ -77,7 +82,8 @@ TranscriptionRequest requestOf(Options const& options) {
     auto const role = enumNamed<AudioRole>(options.track).value();
     auto sounds = spokenSounds(project, package, role);
     if (sounds.empty() && role != AudioRole::microphone)
-        throw Error(fmt::format("The project has no {} track to transcribe.", options.track));
+        throw VoiceError(VoiceError::Kind::noSound,
+                         fmt::format("The project has no {} track to transcribe.", options.track));
     Preferences preferences;
     return {.sounds = std::move(sounds), .choices = options.choices, .places = EnginePlaces::usual(preferences)};
 }
@@ -111,14 +117,43 @@ void print(MadeTranscript const& made, Options const& options) {
                   transcript.localeIdentifier, made.engine.name);
 }
 
+/// The tracks beside that one in which somebody may be heard, as a sentence; nothing where there is none.
+std::string otherTracks(Options const& options) {
+    auto const [package, project] = openProject(options.package);
+    std::vector<std::string> tracks;
+    for (auto const role : {AudioRole::microphone, AudioRole::system, AudioRole::camera, AudioRole::voiceover}) {
+        bool const isOther = nameOf(role) != options.track;
+        if (isOther && !spokenSounds(project, package, role).empty())
+            tracks.push_back(fmt::format("--track {}", nameOf(role)));
+    }
+    if (tracks.empty()) return "";
+    return fmt::format(" {} {} sound.", fmt::join(tracks, " and "), tracks.size() == 1 ? "has" : "have");
+}
+
+/// Another engine that could hear the same, as a sentence; nothing where none is ready.
+std::string otherEngine(TranscriptionChoices const& choices) {
+    Preferences preferences;
+    auto engines = transcriptionEngines(EnginePlaces::usual(preferences));
+    auto const locale = choices.locale.empty() ? usersLocale() : localeIdentifier(choices.locale).value_or("");
+    try {
+        auto const broken = chosenEngine(engines, choices.engine, locale).id;
+        std::erase_if(engines, [&](auto const& engine) { return engine.id == broken; });
+        return fmt::format(" Another engine is ready: --engine {}.", chosenEngine(engines, {}, locale).id);
+    } catch (VoiceError const&) {
+        return "";
+    }
+}
+
 /// Says beside a failure what helps against it.
 std::string withAdvice(VoiceError const& error, Options const& options) {
     std::string const sentence = error.what();
-    if (error.kind == VoiceError::Kind::unknownLocale)
+    using enum VoiceError::Kind;
+    if (error.kind == unknownLocale)
         return sentence + " `tavaro transcribe --engines` tells what does, and --locale names another.";
-    if (error.kind == VoiceError::Kind::noSound && options.track == "microphone")
-        return sentence + " --track names another sound: system, camera or voiceover.";
-    return sentence;
+    if (error.kind == noSound) return sentence + otherTracks(options);
+    if (error.kind != failed) return sentence;
+    auto const advice = otherEngine(options.choices);
+    return sentence + (advice.empty() || sentence.ends_with('.') ? "" : ".") + advice;
 }
 
 void transcribe(Options const& options) {

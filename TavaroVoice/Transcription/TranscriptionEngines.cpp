@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <fstream>
 #include <system_error>
 #include <unistd.h>
@@ -22,6 +23,7 @@ namespace {
 
 constexpr char const* listenerName = "tavaro-listener";
 constexpr std::array<std::string_view, 4> modelMark{"lmgg", "tjgg", "algg", "fmgg"}; // the kinds of "ggml" file
+constexpr std::uintmax_t smallestModel = std::uintmax_t{1} << 20; // bytes; the smallest there are have 30 MB
 constexpr int mostListeners = 8;
 constexpr double whisperPieceSeconds = 240;
 
@@ -36,9 +38,10 @@ std::optional<fs::path> findListener() {
     return !code && ::access(installed.c_str(), X_OK) == 0 ? std::optional(installed) : std::nullopt;
 }
 
+/// What a broken download left is none.
 bool isModel(fs::path const& file) {
     std::error_code code;
-    if (!fs::is_regular_file(file, code)) return false;
+    if (!fs::is_regular_file(file, code) || fs::file_size(file, code) < smallestModel || code) return false;
     std::array<char, 4> mark{};
     std::ifstream(file, std::ios::binary).read(mark.data(), mark.size());
     return std::ranges::find(modelMark, std::string_view(mark.data(), mark.size())) != modelMark.end();

@@ -7,11 +7,15 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <filesystem>
 #include <fstream>
 
 namespace tavaro {
 
 namespace {
+
+constexpr std::uintmax_t megabyte = 1 << 20;
 
 /// A machine that has what a test puts there.
 struct Machine {
@@ -24,9 +28,12 @@ struct Machine {
         std::ofstream(places.speechModel / "en-us.lm.bin") << "model";
         places.listener = folder / "tavaro-listener";
     }
-    void addWhisper(std::string const& model = "ggml-base.bin", std::string const& bytes = "lmgg and more") {
+    /// A file that takes no room on the disk.
+    void addWhisper(std::string const& model = "ggml-base.bin", std::string const& mark = "lmgg",
+                    std::uintmax_t size = 2 * megabyte) {
         places.whisperProgram = folder.script("whisper-cli", "echo '  -ojf, --output-json-full' >&2");
-        std::ofstream(places.whisperModels / model) << bytes;
+        std::ofstream(places.whisperModels / model) << mark;
+        std::filesystem::resize_file(places.whisperModels / model, size);
     }
     std::string chosen(std::string const& locale, std::string const& id = "") const {
         try {
@@ -70,15 +77,23 @@ TEST(EngineChoice, whatIsNotPossibleIsSaid) {
 TEST(EngineChoice, theLargestRealModelOfTheFolderIsTaken) {
     Machine machine;
     machine.addWhisper("ggml-base.bin");
-    machine.addWhisper("ggml-large.bin", "lmgg" + std::string(500, 'x'));
-    machine.addWhisper("ggml-cut-short.bin", "<html>" + std::string(900, 'x'));
-    machine.addWhisper("ggml-silero-v5.bin", "lmgg" + std::string(900, 'x'));
-    machine.addWhisper("notes.txt", "lmgg" + std::string(900, 'x'));
+    machine.addWhisper("ggml-large.bin", "lmgg", 3 * megabyte);
+    machine.addWhisper("ggml-no-model.bin", "<html>", 4 * megabyte);
+    machine.addWhisper("ggml-silero-v5.bin", "lmgg", 4 * megabyte);
+    machine.addWhisper("notes.txt", "lmgg", 4 * megabyte);
     auto const engine = transcriptionEngines(machine.places)[0];
     EXPECT_TRUE(engine.isReady);
     EXPECT_EQ(engine.model, (machine.places.whisperModels / "ggml-large.bin").string());
-    machine.places.whisperModel = machine.places.whisperModels / "ggml-cut-short.bin";
+    machine.places.whisperModel = machine.places.whisperModels / "ggml-no-model.bin";
     EXPECT_FALSE(transcriptionEngines(machine.places)[0].isReady) << "the user named one that is none";
+}
+
+TEST(EngineChoice, whatABrokenDownloadLeftIsNoModel) {
+    Machine machine;
+    machine.addSphinx();
+    machine.addWhisper("ggml-base.bin", "lmgg", 8);
+    EXPECT_FALSE(transcriptionEngines(machine.places)[0].isReady);
+    EXPECT_EQ(machine.chosen("en-US"), "pocketsphinx");
 }
 
 TEST(SpokenLocale, languagesAreUnderstoodHoweverTheyAreWritten) {
