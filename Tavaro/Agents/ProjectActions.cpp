@@ -5,6 +5,7 @@
 #include <TavaroCore/Editing/TypingSpeed.h>
 #include <TavaroCore/Errors/Excerpt.h>
 #include <TavaroCore/Project/DemoProject.h>
+#include <TavaroVoice/Voiceover/SpokenLines.h>
 
 #include <fmt/format.h>
 
@@ -123,6 +124,15 @@ decltype(ProjectAction::work) workOf(ActionName name, ToolArguments const& optio
     return voiceover(options, project);
 }
 
+VoiceError reasonOf(SpokenLines const& lines) {
+    using enum VoiceError::Kind;
+    if (lines.isCancelled) return {cancelled, "The voiceover was cancelled."};
+    auto reason = lines.unspoken.begin();
+    if (lines.stopped) reason = std::ranges::find(lines.unspoken, *lines.stopped, &UnspokenLine::sentence);
+    if (reason != lines.unspoken.end()) return {reason->kind, reason->sentence};
+    return {failed, lines.stopped.value_or("Nobody spoke them.")};
+}
+
 }
 
 ProjectAction projectAction(ToolArguments const& arguments, DemoProject const& project) {
@@ -130,6 +140,16 @@ ProjectAction projectAction(ToolArguments const& arguments, DemoProject const& p
     auto const name = nameIn(arguments);
     auto const options = arguments.object("options").value_or(ToolArguments(none));
     return {.name = name, .work = workOf(name, options, project)};
+}
+
+MCPToolError unspokenLines(SpokenLines const& lines) {
+    auto const reason = reasonOf(lines);
+    auto const count = lines.unspoken.size() + lines.notBegun.size();
+    auto sentence =
+        fmt::format("{} of {} lines were not spoken: {}", count, lines.spoken.size() + count, reason.what());
+    if (!sentence.ends_with('.')) sentence += '.';
+    if (!lines.spoken.empty()) sentence += " What was spoken is kept.";
+    return {reason.kind == VoiceError::Kind::noKey ? MCPErrorCode::needsVoiceKey : MCPErrorCode::failed, sentence};
 }
 
 std::string actionSummary(ProjectAction const& action, DemoProject const& before, EditReport const& report) {

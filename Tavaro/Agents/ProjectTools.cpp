@@ -10,7 +10,6 @@
 #include <Tavaro/Model/Voice/MachineVoices.h>
 #include <Tavaro/Model/Voice/TranscriptionJob.h>
 #include <Tavaro/Model/Voice/VoiceoverJob.h>
-#include <Tavaro/Model/Voice/VoiceoverListing.h>
 
 #include <TavaroCore/Errors/Excerpt.h>
 #include <TavaroCore/Records/JSON.h>
@@ -181,14 +180,11 @@ void ProjectTools::keepSpoken(RunningCall& call, OpenProjects::Opened const& pro
                               GeneratedVoiceover const& generated) {
     auto const step = commitFor(*project, call.client(), voiceoverStep,
                                 [&](DemoProject& edited) { takeIn(edited, project->package(), generated); });
-    auto const listing = listingOf(project->document(), generated);
-    if (listing.unspoken == 0) return call.finish(toolResult::ok("Voiceover generated.", editResult(step)));
-    auto const& failures = generated.lines.unspoken;
-    auto const& failure = failures.empty() ? VoiceError::Kind::cancelled : failures.front().kind;
-    auto const reason = failures.empty() ? "The voiceover was cancelled." : failures.front().sentence;
-    auto const code = failure == VoiceError::Kind::noKey ? MCPErrorCode::needsVoiceKey : MCPErrorCode::failed;
-    call.finish(toolResult::failure(
-        code, fmt::format("{} of {} lines were not spoken: {}", listing.unspoken, listing.asked, reason)));
+    auto const& lines = generated.lines;
+    if (lines.unspoken.empty() && lines.notBegun.empty())
+        return call.finish(toolResult::ok("Voiceover generated.", editResult(step)));
+    auto const failure = unspokenLines(lines);
+    call.finish(toolResult::failure(failure.code, failure.what()));
 }
 
 void ProjectTools::transcribe(RunningCall& call, OpenProjects::Opened const& project, std::string const& locale) {

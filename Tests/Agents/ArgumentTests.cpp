@@ -10,6 +10,7 @@
 
 #include <TavaroCore/Project/DemoProject.h>
 #include <TavaroMCP/Catalogue/MCPToolCatalog.h>
+#include <TavaroVoice/Voiceover/SpokenLines.h>
 
 #include <gtest/gtest.h>
 
@@ -268,6 +269,25 @@ TEST(ProjectActions, sayWhatTheyDid) {
     auto const report = perform(drafted, std::get<Operation>(draft.work));
     EXPECT_TRUE(actionSummary(draft, film(), report).starts_with("Drafted a script of "));
     EXPECT_EQ(drafted.voiceover.value().segments[0].text, "You're doing this the slow way. Watch.");
+}
+
+TEST(UnspokenLines, areExplainedByWhatStoppedThem) {
+    using enum VoiceError::Kind;
+    SpokenLines lines{.spoken = {{}, {}}, .unspoken = {{.kind = tooLong, .sentence = "It is too long."}}};
+    auto const failure = unspokenLines(lines);
+    EXPECT_STREQ(failure.what(), "1 of 3 lines were not spoken: It is too long. What was spoken is kept.");
+    lines.notBegun.resize(4);
+    lines.isCancelled = true;
+    EXPECT_STREQ(unspokenLines(lines).what(),
+                 "5 of 7 lines were not spoken: The voiceover was cancelled. What was spoken is kept.");
+    lines.isCancelled = false;
+    lines.stopped = "Add a key";
+    lines.unspoken.push_back({.kind = noKey, .sentence = "Add a key"});
+    EXPECT_STREQ(unspokenLines(lines).what(), "6 of 8 lines were not spoken: Add a key. What was spoken is kept.");
+    EXPECT_EQ(unspokenLines(lines).code, MCPErrorCode::needsVoiceKey);
+    EXPECT_EQ(failure.code, MCPErrorCode::failed);
+    lines.spoken.clear();
+    EXPECT_STREQ(unspokenLines(lines).what(), "6 of 6 lines were not spoken: Add a key.");
 }
 
 TEST(ExportArguments, areHeldToTheCatalogue) {

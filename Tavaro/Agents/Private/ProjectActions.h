@@ -5,6 +5,7 @@
 
 #include <TavaroCore/Direction/PolishOptions.h>
 #include <TavaroCore/Records/Fields.h>
+#include <TavaroMCP/Protocol/MCPToolError.h>
 
 #include <array>
 #include <string>
@@ -15,6 +16,7 @@ namespace tavaro {
 
 struct DemoProject;
 struct EditReport;
+struct SpokenLines;
 
 enum class ActionName {
     autoPolish,
@@ -58,6 +60,9 @@ struct ProjectAction {
 
 /// Throws `MCPToolError`, also for what the action needs and the project does not have.
 ProjectAction projectAction(ToolArguments const& arguments, DemoProject const& project);
+
+/// Why lines of a narration were not spoken: what stopped the others, or else what the first of them failed of.
+MCPToolError unspokenLines(SpokenLines const& lines);
 
 /// What an action of one operation did to the project as it was, as a sentence.
 std::string actionSummary(ProjectAction const& action, DemoProject const& before, EditReport const& report);
