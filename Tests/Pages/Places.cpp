@@ -42,6 +42,21 @@ Place pressed(QString const& name, QStringList const& presses, Tab tab = Tab::go
             tab};
 }
 
+/// Whether all that shows what can be recorded has its picture.
+bool hasStills(QQuickItem const& item) {
+    if (!item.isVisible()) return true;
+    if (item.inherits("tavaro::PictureItem") && item.property("shownRect").toRectF().isEmpty()) return false;
+    return std::ranges::all_of(item.childItems(), [](QQuickItem const* child) { return hasStills(*child); });
+}
+
+Place withStills(QString const& name, QStringList const& presses) {
+    auto const shown = pressed(name, presses).show;
+    return {name, [shown](PageStage& stage) {
+                shown(stage);
+                stage.becomes([&] { return hasStills(*stage.window().contentItem()); });
+            }};
+}
+
 Place inTour(QString const& name, QStringList const& presses) {
     return {name, [presses](PageStage& stage) {
                 openTour(stage);
@@ -151,9 +166,9 @@ std::vector<Place> places(PageStage& stage) {
         pressed(text("exports"), {text("Exports")}),
         byKey(text("shortcuts"), Qt::Key_F1, Qt::NoModifier, Where::library),
         byKey(text("speed"), Qt::Key_R, Qt::ControlModifier, Where::editor),
-        pressed(text("record"), {text("Record"), text("Display"), text("screen, ")}),
+        withStills(text("record"), {text("Record"), text("Display"), text("screen, ")}),
         pressed(text("record-window"), {text("Record"), text("Window")}),
-        pressed(text("record-area"), {text("Record"), text("Area")}),
+        withStills(text("record-area"), {text("Record"), text("Area")}),
         pressed(text("settings"), {text("Settings")}),
         {text("settings-end"),
          [](PageStage& on) {

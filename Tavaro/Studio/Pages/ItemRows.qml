@@ -42,7 +42,7 @@ ListView {
             Label {
                 anchors { left: parent.left; right: time.left; rightMargin: 8; verticalCenter: parent.verticalCenter }
                 text: item.title
-                elide: Text.ElideRight
+                elide: Text.ElideMiddle
                 Accessible.ignored: true
             }
             Label {

@@ -85,7 +85,7 @@ ColumnLayout {
 
                     Layout.fillWidth: true
                     echoMode: TextInput.Password
-                    placeholderText: panel.hasKey ? qsTr("Another key") : qsTr("Paste the key")
+                    placeholderText: panel.hasKey ? qsTr("Another ElevenLabs API key") : qsTr("Paste your ElevenLabs API key")
                     Accessible.name: qsTr("ElevenLabs API key")
                     onAccepted: store.clicked()
                 }

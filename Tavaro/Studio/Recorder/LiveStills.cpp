@@ -30,7 +30,9 @@ LiveStills::LiveStills(MainQueue& queue, Take take) : take_(std::move(take)), si
 
 void LiveStills::setWanted(std::vector<Wanted> wanted) {
     wanted_ = std::move(wanted);
-    if (isWatched_ && !isTaking_ && !timer_.isActive()) takeNext();
+    std::erase_if(tried_,
+                  [&](QString const& id) { return std::ranges::find(wanted_, id, &Wanted::id) == wanted_.end(); });
+    if (isWatched_ && !isTaking_ && (!timer_.isActive() || untried() != wanted_.end())) takeNext();
 }
 
 void LiveStills::setWatched(bool isWatched) {
@@ -39,16 +41,24 @@ void LiveStills::setWatched(bool isWatched) {
     if (isWatched_ && !isTaking_) takeNext();
 }
 
+std::vector<LiveStills::Wanted>::const_iterator LiveStills::untried() const {
+    return std::ranges::find_if(wanted_, [&](Wanted const& wanted) { return !tried_.contains(wanted.id); });
+}
+
 void LiveStills::takeNext() {
     if (!isWatched_ || wanted_.empty()) return;
-    auto const wanted = wanted_[next_++ % wanted_.size()];
+    timer_.stop();
+    auto const fresh = untried();
+    auto const wanted = fresh != wanted_.end() ? *fresh : wanted_[next_++ % wanted_.size()];
+    tried_.insert(wanted.id);
     isTaking_ = true;
     side_.ask([take = take_, wanted] { return take(wanted.source, wanted.size); },
               [this, id = wanted.id](Outcome<QImage> const& outcome) {
                   isTaking_ = false;
                   if (!isWatched_) return;
                   if (!outcome.failure()) Q_EMIT taken(id, outcome.value());
-                  timer_.start(std::max(leastRest, round / static_cast<int>(std::max<std::size_t>(wanted_.size(), 1))));
+                  auto const shared = round / static_cast<int>(std::max<std::size_t>(wanted_.size(), 1));
+                  timer_.start(untried() != wanted_.end() ? leastRest : std::max(leastRest, shared));
               });
 }
 

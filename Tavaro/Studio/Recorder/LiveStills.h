@@ -10,12 +10,13 @@
 #include <QTimer>
 
 #include <functional>
+#include <set>
 #include <vector>
 
 namespace tavaro {
 
 /// Small pictures of what can be recorded, one after the other, each about every two seconds, for as long as somebody
-/// looks. They are taken and made small beside the main queue.
+/// looks; what has none yet comes first. They are taken and made small beside the main queue.
 class LiveStills : public QObject {
     Q_OBJECT
 
@@ -37,10 +38,13 @@ Q_SIGNALS:
     void taken(QString const& id, QImage const& still);
 
 private:
+    /// The first that was not tried since it is wanted.
+    std::vector<Wanted>::const_iterator untried() const;
     void takeNext();
 
     Take const take_;
     std::vector<Wanted> wanted_;
+    std::set<QString> tried_;
     std::size_t next_ = 0;
     bool isWatched_ = false;
     bool isTaking_ = false;

@@ -106,6 +106,10 @@ TEST_F(RecorderSourcesTest, stillsAreTakenOnlyWhileSomebodyLooksAndTheDesktopLet
         return !model->data(model->index(row), SourceModel::Still).value<QImage>().isNull();
     };
     EXPECT_TRUE(becomes([&] { return hasStill(sources.displays(), 1); }));
+    auto const asked = std::chrono::steady_clock::now();
+    sources.chooseArea();
+    EXPECT_TRUE(becomes([&] { return !sources.areaStill().isNull(); }));
+    EXPECT_LT(std::chrono::steady_clock::now() - asked, std::chrono::milliseconds(900)) << "not after the next round";
     sources.setWatched(false);
     becomes([&, end = std::chrono::steady_clock::now() + std::chrono::milliseconds(100)] {
         return std::chrono::steady_clock::now() > end; // one may have been under way

@@ -19,6 +19,8 @@ class Seen:
         atspi = tree.atspi
         self.node, self.window, self.within = node, window, within  # roles of what it is in
         self.role, self.name, self.path = node.get_role_name(), node.get_name() or "", node.path
+        if self.role == "password text":
+            self.name = self.name or node.get_description()  # Qt 6.4 tells no name of these, the placeholder it does
         states = node.get_state_set()
         self.is_enabled = self.role not in USABLE or not node.get_description()  # Qt has no state for it
         self.has_focus = states.contains(atspi.StateType.FOCUSED)
