@@ -57,7 +57,7 @@ protected:
                                         << "'; done\n";
         fs::permissions(*places.listener, fs::perms::owner_all);
     }
-    TranscriptionRequest request(TranscriptionChoices choices = {.locale = "en-US"}) const {
+    TranscriptionRequest request(TranscriptionChoices const& choices = {.locale = "en-US"}) const {
         return {.sounds = spokenSounds(minute(), package, choices.track), .choices = choices, .places = places};
     }
     std::string failureOf(TranscriptionRequest request) {

@@ -15,7 +15,6 @@ namespace tavaro {
 namespace {
 
 using testing::DoubleNear;
-using testing::ElementsAre;
 using testing::Pointwise;
 
 VoiceoverSegment line(std::optional<double> anchor, double seconds, double pause = 0) {

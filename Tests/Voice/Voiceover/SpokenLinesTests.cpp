@@ -19,7 +19,6 @@ namespace tavaro {
 namespace {
 
 namespace fs = std::filesystem;
-using testing::ElementsAre;
 using testing::SizeIs;
 
 VoiceSettings const onMachine{.voiceID = "system:tone"};
