@@ -10,6 +10,7 @@
 #include <TavaroCore/Package/Private/DocumentText.h>
 #include <TavaroCore/Package/TypedText.h>
 #include <TavaroCore/Project/DemoProject.h>
+#include <TavaroCore/Recording/MaskedTyping.h>
 #include <TavaroCore/Records/JSONError.h>
 
 #include <fmt/format.h>
@@ -95,6 +96,33 @@ std::optional<std::string> movedInto(fs::path const& folder, fs::path const& fro
     }
 }
 
+/// The document of that file, where it or the other one masks typing; else it need not be read.
+std::optional<DemoProject> documentWithMasks(fs::path const& file, DemoProject const& other) {
+    auto const present = FileBytes::read(file);
+    if (!present) return std::nullopt;
+    bool const mayMask = present->bytes().find(maskedKey) != std::string_view::npos || masksTyping(*other.metadata);
+    if (!mayMask) return std::nullopt;
+    try {
+        return decodeProject(present->bytes());
+    } catch (JSONError const&) {
+        return std::nullopt;
+    }
+}
+
+SavedDocument saveWhole(ProjectPackage const& package, DemoProject const& project) {
+    DocumentText document(project);
+    if (auto const present = FileBytes::read(package.projectFileURL())) {
+        if (document.is(present->bytes()))
+            return document.saved(stampOf(package.projectFileURL()).value_or(FileStamp{}));
+        if (holdsFormerTypedText(present->bytes())) removeFormerTypedText(package.projectFileURL());
+    }
+    replaceFileKeepingBackup(package.projectFileURL(), package.backupFileURL(), [&](PendingFile& file) {
+        document.appendTo(file);
+        return true;
+    });
+    return document.saved(stampOf(package.projectFileURL()).value_or(FileStamp{}));
+}
+
 }
 
 struct ProjectPackage::Reading {
@@ -132,19 +160,19 @@ std::optional<FolderLock> ProjectPackage::lockForEditingUnlessTaken() const {
 }
 
 SavedDocument ProjectPackage::save(DemoProject const& project, std::optional<SavedDocument> const& before) const {
-    DocumentText document(project);
     if (before && before->log == project.metadata.shared()) {
-        if (auto const saved = saveWithLogOf(*before, document)) return *saved;
+        if (auto const saved = saveWithLogOf(*before, DocumentText(project))) return *saved;
     }
-    if (auto const present = FileBytes::read(projectFileURL())) {
-        if (document.is(present->bytes())) return document.saved(stampOf(projectFileURL()).value_or(FileStamp{}));
-        if (holdsFormerTypedText(present->bytes())) removeFormerTypedText(projectFileURL());
+    auto stored = documentWithMasks(projectFileURL(), project);
+    // Nor does the backup tell it: what is replaced here is without it already.
+    if (stored && tellsWhatIsMasked(*stored->metadata, *project.metadata)) {
+        maskTypingAsIn(stored->metadata.edit(), *project.metadata);
+        saveWhole(*this, *stored);
     }
-    replaceFileKeepingBackup(projectFileURL(), backupFileURL(), [&](PendingFile& file) {
-        document.appendTo(file);
-        return true;
-    });
-    return document.saved(stampOf(projectFileURL()).value_or(FileStamp{}));
+    if (!stored || !tellsWhatIsMasked(*project.metadata, *stored->metadata)) return saveWhole(*this, project);
+    auto masked = project;
+    maskTypingAsIn(masked.metadata.edit(), *stored->metadata);
+    return saveWhole(*this, masked);
 }
 
 /// None, with nothing done, where the present file is not that one.

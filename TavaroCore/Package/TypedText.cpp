@@ -1,10 +1,10 @@
 #include <TavaroCore/Package/TypedText.h>
 
+#include <TavaroCore/Recording/MaskedTyping.h>
 #include <TavaroCore/Records/JSONError.h>
 #include <TavaroCore/Records/JSONReader.h>
 
 #include <algorithm>
-#include <array>
 #include <vector>
 
 namespace tavaro {
@@ -12,8 +12,6 @@ namespace tavaro {
 namespace {
 
 constexpr std::string_view formerField = "characters";
-constexpr std::string_view maskedKey = "•";
-constexpr std::array<std::string_view, 4> modifiers{"⌃", "⌥", "⇧", "⌘"};
 
 enum class Wanted { formerField, allTyping };
 
@@ -114,7 +112,7 @@ private:
                 continue;
             }
             auto const name = reader_.string();
-            bool const stays = name == maskedKey || std::ranges::find(modifiers, name) != modifiers.end();
+            bool const stays = name == maskedKey || isModifierName(name);
             if (wanted_ == Wanted::allTyping && !stays) found.push_back({begin, reader_.position(), "\"•\""});
         }
     }

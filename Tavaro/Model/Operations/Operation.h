@@ -3,6 +3,7 @@
 #include <Tavaro/Model/Operations/CaptionOperations.h>
 #include <Tavaro/Model/Operations/CleanUpOperations.h>
 #include <Tavaro/Model/Operations/DuplicateClip.h>
+#include <Tavaro/Model/Operations/FindingOperations.h>
 #include <Tavaro/Model/Operations/OperationError.h>
 #include <Tavaro/Model/Operations/PatchOperations.h>
 #include <Tavaro/Model/Operations/SoundOperations.h>
@@ -23,7 +24,7 @@ using Operation =
                  operations::TightenPauses, operations::RemoveFillers, operations::DeleteWords,
                  operations::CaptionsFromTranscript, operations::CaptionsFromScript, operations::CaptionsFromSubtitles,
                  operations::Patch, operations::SetFields, operations::DuplicateClip, operations::DraftScript,
-                 operations::SetScript>;
+                 operations::SetScript, operations::AcceptFindings, operations::RejectFindings, operations::HideArea>;
 
 /// Calls `visit(std::type_identity<Record>{})` for each operation.
 template<class Visit> void forEachOperation(Visit&& visit) {

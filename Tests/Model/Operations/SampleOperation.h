@@ -54,6 +54,7 @@ private:
                                                 "name=Tour",
                                                 "camera.isEnabled=false",
                                                 "Some words to say.",
+                                                "all",
                                                 "1\n00:00:01,000 --> 00:00:02,000\nHello"};
         for (;;) {
             std::string const text = texts[random_() % std::size(texts)];
