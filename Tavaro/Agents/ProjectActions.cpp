@@ -11,15 +11,12 @@
 
 #include <algorithm>
 #include <cmath>
-#include <initializer_list>
 #include <utility>
 #include <vector>
 
 namespace tavaro {
 
 namespace {
-
-using Missing = ProjectAction::Missing;
 
 ActionName nameIn(ToolArguments const& arguments) {
     auto const given = arguments.requiredText("action");
@@ -99,12 +96,6 @@ operations::DraftScript draft(ToolArguments const& options) {
     return drafting;
 }
 
-/// What the texts among the options say comes to nothing as long as their action is missing.
-Missing missing(ToolArguments const& options, std::initializer_list<char const*> texts, std::string sentence) {
-    for (auto const* const name : texts) options.text(name);
-    return {std::move(sentence)};
-}
-
 decltype(ProjectAction::work) workOf(ActionName name, ToolArguments const& options, DemoProject const& project) {
     switch (name) {
     case ActionName::autoPolish: return polishOptions(options);
@@ -115,9 +106,7 @@ decltype(ProjectAction::work) workOf(ActionName name, ToolArguments const& optio
     case ActionName::deleteWords: return Operation(deletion(options, wordsOf(project)));
     case ActionName::removeSilence: return Operation(operations::RemoveSilence{});
     case ActionName::speedUpTyping: return Operation(typing(options));
-    case ActionName::hideSecrets:
-        return missing(options, {},
-                       "This version of Tavaro cannot look for secrets in the picture: it reads no text there.");
+    case ActionName::hideSecrets: return ProjectAction::PrivacyScan{};
     case ActionName::draftVoiceoverScript: return Operation(draft(options));
     case ActionName::generateVoiceover: break;
     }

@@ -13,8 +13,8 @@ using Declaration = void(CLI::App& app);
 // In the order of the help.
 #define TAVARO_COMMANDS                                                                                                \
     addRecord, addRecover, addImport, addPolish, addEdit, addFrame, addExport, addCaptions, addTranscribe, addScript,  \
-        addVoices, addVoiceover, addInfo, addLibrary, addArchive, addRestore, addPresets, addScanText, addSources,     \
-        addSyncCamera, addInput, addUI, addServe, addMCP, addPlay, addCompletion, addManual
+        addVoices, addVoiceover, addInfo, addLibrary, addArchive, addRestore, addPresets, addScan, addRedact,          \
+        addScanText, addSources, addSyncCamera, addInput, addUI, addServe, addMCP, addPlay, addCompletion, addManual
 
 Declaration TAVARO_COMMANDS;
 inline constexpr Declaration* all[] = {TAVARO_COMMANDS};

@@ -6,6 +6,7 @@
 #include <Tavaro/Commands/ProgressLine.h>
 #include <Tavaro/Commands/Terminal.h>
 #include <Tavaro/Model/Exporting/PreparedExport.h>
+#include <Tavaro/Model/Privacy/KeptScan.h>
 #include <Tavaro/Model/Project/StoredProject.h>
 
 #include <TavaroCore/Export/ExportFile.h>
@@ -15,6 +16,7 @@
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <charconv>
 #include <chrono>
 #include <map>
@@ -128,6 +130,11 @@ void print(Options const& options, ExportedFilm const& film) {
         terminal::sayPath(film.path);
 }
 
+bool hidesFindings(DemoProject const& project) {
+    return std::ranges::any_of(*project.redactions,
+                               [](auto const& track) { return isFinding(track) && track.isEnabled; });
+}
+
 void exportProject(Options const& options) {
     auto const [package, project] = openProject(options.package);
     auto const prepared =
@@ -142,7 +149,12 @@ void exportProject(Options const& options) {
         return print(options, plan);
     }
     tell(options, described(plan));
-    print(options, write(options, prepared));
+    auto const film = write(options, prepared);
+    if (hidesFindings(project))
+        tell(options, fmt::format("Private text is hidden in it. To read it again and see whether that holds: tavaro "
+                                  "scan \"{}\" --check --project \"{}\"",
+                                  film.path, package.url().string()));
+    print(options, film);
 }
 
 /// --NAME and --no-NAME; the last one counts.

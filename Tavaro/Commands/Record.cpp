@@ -5,11 +5,13 @@
 #include <Tavaro/Commands/MadeTakeText.h>
 #include <Tavaro/Commands/Names.h>
 #include <Tavaro/Commands/PauseSignal.h>
+#include <Tavaro/Commands/PrivacyScanRun.h>
 #include <Tavaro/Commands/ProgressLine.h>
 #include <Tavaro/Commands/TakeKeys.h>
 #include <Tavaro/Commands/Terminal.h>
 #include <Tavaro/Commands/ToggleRecording.h>
 #include <Tavaro/Control/TakeServer.h>
+#include <Tavaro/Model/Privacy/PrivacyPreferences.h>
 #include <Tavaro/Model/Project/PackagePath.h>
 #include <Tavaro/Model/Recording/RecordingController.h>
 #include <Tavaro/Model/Recording/RecordingPreferences.h>
@@ -55,6 +57,7 @@ struct Options {
     bool logsNoKeys = false;
     bool logsNoTyping = false;
     bool isRaw = false;
+    bool hidesSecrets = false;
     bool asJSON = false;
     bool isToggled = false; // in the application that runs
     std::string mode = "website";
@@ -249,6 +252,14 @@ private:
     std::optional<TakeServer> server_; // none where its socket cannot be made
 };
 
+/// False where it was to be looked at and was not.
+bool hideSecrets(Options const& options, MadeTake const& take) {
+    Preferences preferences;
+    if (!options.hidesSecrets && !preferences.get(newTakesScanned)) return true;
+    return hideInNewTake(take.made.path,
+                         options.asJSON ? ProgressLine::Output::silent : ProgressLine::Output::automatic);
+}
+
 void record(Options const& options) {
     auto const output = options.asJSON ? TakeOutput::json : TakeOutput::lines;
     if (options.isToggled) return toggleRecording(output);
@@ -257,7 +268,9 @@ void record(Options const& options) {
     if (outcome.kind == RecordingOutcome::Kind::discarded && outcome.hasBegun)
         return terminal::tell("{}\n", outcome.sentence());
     if (outcome.failure) std::rethrow_exception(outcome.failure);
+    bool const isLookedAt = hideSecrets(options, *outcome.made);
     print(*outcome.made, output);
+    if (!isLookedAt && options.hidesSecrets) throw Error("The take may show private text.");
 }
 
 }
@@ -308,6 +321,8 @@ void addRecord(CLI::App& app) {
         ->excludes(noKeys);
     command->add_option("--mode", options->mode, "what kind of demo it is")->check(modeNames())->capture_default_str();
     command->add_flag("--no-polish", options->isRaw, "leave the take as it was recorded");
+    command->add_flag("--hide-secrets", options->hidesSecrets,
+                      "look for private text in the take when it is saved, and hide it");
     command->add_option("-o,--output", options->output, "the project to make, NAME.recproj")->check(projectName);
     auto* const toggle =
         command->add_flag("--toggle", options->isToggled,

@@ -49,13 +49,11 @@ struct ProjectAction {
     struct Transcription {
         std::string locale; // empty: the user's
     };
-    /// The program lacks what the action needs.
-    struct Missing {
-        std::string sentence;
-    };
+    /// What the recording shows, read beside the queue.
+    struct PrivacyScan {};
 
     ActionName name = ActionName::autoPolish;
-    std::variant<PolishOptions, Operation, Voiceover, Transcription, Missing> work;
+    std::variant<PolishOptions, Operation, Voiceover, Transcription, PrivacyScan> work;
 };
 
 /// Throws `MCPToolError`, also for what the action needs and the project does not have.

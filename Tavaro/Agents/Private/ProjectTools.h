@@ -14,6 +14,7 @@ namespace tavaro {
 class Application;
 class MainQueue;
 struct GeneratedVoiceover;
+struct MadePrivacyScan;
 struct MadeTranscript;
 struct PolishedProject;
 
@@ -53,6 +54,9 @@ private:
 
     void transcribe(RunningCall& call, OpenProjects::Opened const& project, std::string const& locale);
     void keepWords(RunningCall& call, OpenProjects::Opened const& project, MadeTranscript const& made);
+
+    void hideSecrets(RunningCall& call, OpenProjects::Opened const& project);
+    void keepHidden(RunningCall& call, OpenProjects::Opened const& project, MadePrivacyScan const& made);
 
     void act(RunningCall& call, OpenProjects::Opened const& project);
 

@@ -2,7 +2,9 @@
 
 #include <TavaroCore/Privacy/Redaction.h>
 
+#include <array>
 #include <cstddef>
+#include <string_view>
 
 namespace tavaro {
 
@@ -18,6 +20,8 @@ enum class FindingState {
     accepted, // or changed: later scans leave it as it is
     rejected, // shown
 };
+
+constexpr std::array<std::string_view, 3> namesOf(FindingState) { return {"hidden", "accepted", "rejected"}; }
 
 bool isFinding(RedactionTrack const& track);
 FindingState stateOf(RedactionTrack const& finding);

@@ -1,0 +1,44 @@
+#include <Tavaro/Model/Privacy/FilmCheck.h>
+
+#include <TavaroCore/Project/DemoProject.h>
+#include <TavaroPlatform/Folders/FindingKeyFile.h>
+
+#include <algorithm>
+
+namespace tavaro {
+
+namespace {
+
+bool isInProject(ScreenFinding const& finding, DemoProject const* project, bool isHidden) {
+    return project && std::ranges::any_of(*project->redactions, [&](RedactionTrack const& track) {
+               return track.isEnabled == isHidden && track.kind == finding.kind && track.textHash == finding.textHash;
+           });
+}
+
+}
+
+PrivacyScanRequest filmCheckRequest(std::filesystem::path const& film, RedactionSettings const& settings) {
+    return {.recordings = {{film.filename().string(), film, 0, {}}},
+            .settings = settings,
+            .extent = ScanExtent::everything,
+            .key = ensureFindingKey()};
+}
+
+std::vector<LegibleText> legibleTexts(MadePrivacyScan const& made, DemoProject const* project) {
+    std::vector<LegibleText> texts;
+    for (auto const& film : made.recordings) {
+        for (auto const& finding : film.outcome.findings) {
+            bool const isHidden = isInProject(finding, project, true);
+            texts.push_back({.kind = finding.kind,
+                             .masked = finding.masked,
+                             .start = finding.start,
+                             .end = finding.end,
+                             .isHiddenInProject = isHidden,
+                             .isRejectedInProject = !isHidden && isInProject(finding, project, false)});
+        }
+    }
+    std::ranges::stable_sort(texts, {}, &LegibleText::start);
+    return texts;
+}
+
+}
