@@ -1,6 +1,8 @@
-// The search for private text on screens. "corpus": how much of what scenes show is found and covered; "session": what
-// it costs on ten minutes of work, of which a number says fewer. "pictures FOLDER" draws the scenes for the eye.
+// The search for private text on screens. "stills": how well single pictures are read; "corpus": how much of what
+// scenes show is found and covered; "session": what it costs on ten minutes of work, of which a number says fewer.
+// "pictures FOLDER" draws the scenes for the eye.
 #include "CodingSession.h"
+#include "StillReading.h"
 
 #include <Tests/Vision/Corpus/SceneJudge.h>
 
@@ -99,6 +101,7 @@ void measure(std::span<char* const> arguments) {
     std::string const second = arguments.size() > 1 ? arguments[1] : "";
     if (!arguments.empty() && std::string_view(arguments[0]) == "pictures")
         return drawScenes(second.empty() ? "." : second);
+    if (has("stills")) measureStills(second);
     if (has("corpus")) measureCorpus(folder.path, second);
     if (has("session")) measureSession(folder.path, second.empty() ? 10 : std::stod(second));
 }

@@ -138,6 +138,7 @@ private:
             result.missed.push_back(described(secret) + ", whole from " + std::to_string(life.firstWhole) + " s");
             return;
         }
+        result.foundSecrets.push_back(secret);
         result.frames += life.framesSeen;
         result.legibleFrames += life.framesLegible;
         if (life.framesLegible == 0) return;

@@ -18,6 +18,7 @@ struct SceneJudgement {
     double coveredArea = 0; // of the findings, likewise
 
     std::vector<std::string> missed, legible, wrong; // what, where and when
+    std::vector<std::size_t> foundSecrets;           // of one scene, by their places in its list
 
     double share() const { return secrets ? double(found) / secrets : 1; }
     double falseCoversAMinute() const { return seconds > 0 ? falseCovers * 60 / seconds : 0; }

@@ -156,8 +156,13 @@ ScreenScene typingScene(SceneLook const& look) {
         auto picture = desktop;
         auto now = window;
         double left = t;
-        for (auto const& line : lines) {
+        for (std::size_t i = 0; i < lines.size(); ++i) {
+            auto const& line = lines[i];
             auto const& text = line.line.text;
+            if (i + 1 < lines.size() && lines[i + 1].y == line.y) { // the line's number
+                now.typed.push_back(line);
+                continue;
+            }
             // Long keys are pasted.
             auto const pasted =
                 text.find('=') != std::string::npos && text.size() > 34 ? text.find('=') + 1 : text.size();

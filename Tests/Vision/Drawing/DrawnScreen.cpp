@@ -105,7 +105,7 @@ void DrawnScreen::write(std::string const& text, int x, int top, TextFace const&
                         std::span<InkRun const> runs) {
     if (text.empty()) return;
     std::string key{static_cast<char>(ink.red), static_cast<char>(ink.green), static_cast<char>(ink.blue)};
-    for (auto const& run : runs) key += std::to_string(run.start) + "," + std::to_string(run.ink.green) + ";";
+    for (auto const& run : runs) key += std::to_string(run.start * 256 + run.ink.green) + ";";
     key += keyOf(text, face);
     if (state_->lines.size() > mostKept) state_->lines.clear();
     auto& line = state_->lines[key];
