@@ -95,7 +95,10 @@ void look(DesktopPicture const& desktop, ScreenScene const& scene, TextReader& r
                     scene.look.c_str(), scene.secrets[secret].format.c_str(), scene.secrets[secret].value.c_str(),
                     covered, whole, place.x, place.y);
         for (auto const& read : reads) {
-            if (overlapOf(read.box, place).height > place.height / 4) std::printf(" [%s]", read.text.c_str());
+            auto const isThere = [&](ShownLetter const& letter) {
+                return areaOf(overlapOf(read.box, letter.box)) > 0.25 * areaOf(letter.box);
+            };
+            if (std::ranges::any_of(letters, isThere)) std::printf(" [%s]", read.text.c_str());
         }
         std::printf("\n");
     }

@@ -66,13 +66,13 @@ TEST(SceneTexts, whatIsPlantedIsPrivateToWhoeverCanReadAllOfIt) {
 
 TEST(SceneJudge, findsNoFaultWithFindingsThatFollowTheSecretsThemselves) {
     for (auto* make : {restingScene, printingScene, scrollingScene, typingScene, movingScene, switchingScene}) {
-        auto const scene = shortScene(make, 5);
+        auto const scene = shortScene(make, 8);
         auto const judged = judge(scene, knownFindings(scene));
         EXPECT_GE(judged.secrets, 2) << scene.happens;
         EXPECT_EQ(judged.found, judged.secrets) << scene.happens;
         EXPECT_EQ(judged.legibleFrames, 0) << testing::PrintToString(judged.legible);
         EXPECT_EQ(judged.falseCovers, 0) << testing::PrintToString(judged.wrong);
-        EXPECT_LT(judged.coveredArea, 3 * judged.secretArea) << scene.happens;
+        EXPECT_LT(judged.coveredArea, 4 * judged.secretArea) << scene.happens;
     }
 }
 
