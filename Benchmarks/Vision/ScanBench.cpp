@@ -1,12 +1,13 @@
 // The search for private text on screens. "stills": how well single pictures are read; "corpus": how much of what
-// scenes show is found and covered; "session": what it costs on ten minutes of work, of which a number says fewer.
-// "pictures FOLDER" draws the scenes for the eye.
+// scenes show is found and covered; "films": whether it can be read in their exports; "session": what it costs on ten
+// minutes of work, of which a number says fewer. "pictures FOLDER" draws the scenes for the eye.
 #include "CodingSession.h"
 #include "StillReading.h"
 
-#include <Tests/Vision/Corpus/SceneJudge.h>
+#include <Tests/Vision/Corpus/CheckedFilm.h>
 
 #include <TavaroMedia/Frames/PNG.h>
+#include <TavaroVision/Reading/TextReader.h>
 
 #include <chrono>
 #include <cstdio>
@@ -73,6 +74,27 @@ void measureCorpus(fs::path const& folder, std::string_view only) {
     printLines("wrong", total.wrong);
 }
 
+/// Scenes as they are exported, with covers and without: how many of the places of what was found can be read.
+void measureFilms(fs::path const& folder, std::string_view only) {
+    TextReader reader;
+    ReadAgain covered, uncovered;
+    for (auto const& scene : allScenes()) {
+        if (!only.empty() && scene.happens != only) continue;
+        auto const movie = folder / "scene.mp4";
+        writeMovie(scene, movie);
+        auto const findings = scanMovie(requestFor(movie), [](ScanProgress const&) {}, {}).findings;
+        auto const found = judge(scene, findings).foundSecrets;
+        auto const film = exportCovered(scene, movie, findings, folder);
+        covered += readAgain(scene, film, found, reader);
+        uncovered += readAgain(scene, movie, found, reader);
+        fs::remove(film);
+    }
+    std::printf(
+        "scan.films.places %d places\nscan.films.legible %zu of them\nscan.films.legible_uncovered %zu of them\n",
+        covered.looks, covered.legible.size(), uncovered.legible.size());
+    printLines("read", covered.legible);
+}
+
 void drawScenes(fs::path const& folder) {
     fs::create_directories(folder);
     for (auto const& scene : allScenes()) {
@@ -103,6 +125,7 @@ void measure(std::span<char* const> arguments) {
         return drawScenes(second.empty() ? "." : second);
     if (has("stills")) measureStills(second);
     if (has("corpus")) measureCorpus(folder.path, second);
+    if (has("films")) measureFilms(folder.path, second);
     if (has("session")) measureSession(folder.path, second.empty() ? 10 : std::stod(second));
 }
 

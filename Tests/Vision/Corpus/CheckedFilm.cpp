@@ -133,6 +133,12 @@ ReadAgain readAgain(ScreenScene const& scene, std::filesystem::path const& film,
     return result;
 }
 
+ReadAgain& ReadAgain::operator+=(ReadAgain const& other) {
+    looks += other.looks;
+    legible.insert(legible.end(), other.legible.begin(), other.legible.end());
+    return *this;
+}
+
 std::vector<ScreenFinding> knownFindings(ScreenScene const& scene) {
     DrawnScreen screen(1, 1);
     std::vector<ScreenFinding> findings;

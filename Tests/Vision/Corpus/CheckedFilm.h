@@ -18,6 +18,8 @@ std::filesystem::path exportCovered(ScreenScene const& scene, std::filesystem::p
 struct ReadAgain {
     int looks = 0;                    // places at which a secret was looked for
     std::vector<std::string> legible; // what could be read there, and when
+
+    ReadAgain& operator+=(ReadAgain const& other);
 };
 
 /// Reads the places of secrets in a film of the scene again at three times their size, at some moments of each one's

@@ -42,9 +42,7 @@ TEST(CoveredFilm, whatScenesShowIsFoundAndCannotBeReadInTheirFilms) {
         auto const judged = judge(scene, findings);
         total += judged;
         auto const film = exportCovered(scene, movie, findings, folder.path);
-        auto const again = readAgain(scene, film, judged.foundSecrets, reader);
-        covered.looks += again.looks;
-        covered.legible.insert(covered.legible.end(), again.legible.begin(), again.legible.end());
+        covered += readAgain(scene, film, judged.foundSecrets, reader);
         if (scene.happens != "resting") continue;
         uncovered = readAgain(scene, movie, judged.foundSecrets, reader); // else the check proves nothing
     }
