@@ -11,6 +11,7 @@
 
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <map>
 #include <span>
@@ -46,13 +47,28 @@ void printLines(char const* what, std::vector<std::string> const& lines) {
     for (auto const& line : lines) std::printf("scan.%s 1 %s\n", what, line.c_str());
 }
 
+/// The frames at which something is missed or legible, with what is covered on them, where $TAVARO_PICTURES says.
+void leavePictures(ScreenScene const& scene, SceneJudgement const& judged, std::vector<ScreenFinding> const& findings) {
+    auto const* folder = std::getenv("TAVARO_PICTURES");
+    if (!folder) return;
+    DrawnScreen screen(scene.width, scene.height);
+    for (auto const time : judged.doubtful) {
+        draw(scene.at(time), screen);
+        for (auto const& finding : findings)
+            screen.fill(coveredAt(finding, time, scene.width, scene.height), {255, 0, 160});
+        auto const name =
+            scene.happens + " " + scene.look + " " + std::to_string(static_cast<int>(1000 * time)) + " ms.png";
+        writePNG(fs::path(folder) / name, screen.picture().view(), PNGPacking::quick);
+    }
+}
+
 /// All scenes, or those that happen so.
-void measureCorpus(fs::path const& folder, std::string_view only) {
+void measureCorpus(fs::path const& folder, std::string_view only, std::string_view look) {
     std::map<std::string, SceneJudgement> byKind;
     SceneJudgement total;
     double took = 0;
     for (auto const& scene : allScenes()) {
-        if (!only.empty() && scene.happens != only) continue;
+        if ((!only.empty() && scene.happens != only) || scene.look.find(look) == std::string::npos) continue;
         auto const movie = folder / "scene.mp4";
         writeMovie(scene, movie);
         auto const began = std::chrono::steady_clock::now();
@@ -63,6 +79,7 @@ void measureCorpus(fs::path const& folder, std::string_view only) {
                     secondsSince(began), scene.seconds, judged.found, judged.secrets, judged.legibleFrames,
                     judged.frames, judged.falseCovers, scene.happens.c_str(), scene.look.c_str());
         std::fflush(stdout);
+        leavePictures(scene, judged, outcome.findings);
         byKind[scene.happens] += judged;
         total += judged;
     }
@@ -124,7 +141,7 @@ void measure(std::span<char* const> arguments) {
     if (!arguments.empty() && std::string_view(arguments[0]) == "pictures")
         return drawScenes(second.empty() ? "." : second);
     if (has("stills")) measureStills(second);
-    if (has("corpus")) measureCorpus(folder.path, second);
+    if (has("corpus")) measureCorpus(folder.path, second, arguments.size() > 2 ? arguments[2] : "");
     if (has("films")) measureFilms(folder.path, second);
     if (has("session")) measureSession(folder.path, second.empty() ? 10 : std::stod(second));
 }

@@ -115,7 +115,7 @@ std::string SecretPlanting::valueOf(std::string_view pattern) {
 std::string SecretPlanting::card() {
     auto digits = valueOf("4#(14)");
     digits += checkDigit(digits);
-    for (std::size_t at : {12U, 8U, 4U}) digits.insert(at, " ");
+    for (std::size_t at : {12U, 8U, 4U}) digits.insert(at, 1, ' ');
     return digits;
 }
 

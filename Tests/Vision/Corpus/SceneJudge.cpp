@@ -135,6 +135,7 @@ private:
         ++result.secrets;
         result.found += life.isFound;
         if (!life.isFound) {
+            result.doubtful.push_back(life.firstWhole + 0.2);
             result.missed.push_back(described(secret) + ", whole from " + std::to_string(life.firstWhole) + " s");
             return;
         }
@@ -142,6 +143,7 @@ private:
         result.frames += life.framesSeen;
         result.legibleFrames += life.framesLegible;
         if (life.framesLegible == 0) return;
+        result.doubtful.push_back((life.firstLegible + life.lastLegible) / 2);
         result.legible.push_back(described(secret) + ", in " + std::to_string(life.framesLegible) + " frames of " +
                                  std::to_string(life.framesSeen) + ", from " + std::to_string(life.firstLegible) +
                                  " to " + std::to_string(life.lastLegible) + " s");
