@@ -35,24 +35,25 @@ LineEye::LineEye(char const* language) : engine_(std::make_unique<Engine>()) {
 
 LineEye::~LineEye() = default;
 
-std::vector<SeenWord> LineEye::read(std::uint8_t const* pixels, int width, int height) {
+std::vector<SeenLetter> LineEye::read(std::uint8_t const* pixels, int width, int height) {
     auto& api = engine_->api;
     api.SetImage(pixels, width, height, 1, width);
     api.SetSourceResolution(dotsAnInch);
-    std::vector<SeenWord> words;
-    if (api.Recognize(nullptr) != 0) return words;
+    std::vector<SeenLetter> letters;
+    if (api.Recognize(nullptr) != 0) return letters;
     std::unique_ptr<tesseract::ResultIterator> const each(api.GetIterator());
-    if (!each) return words;
+    if (!each) return letters;
     do {
-        std::unique_ptr<char[]> const text(each->GetUTF8Text(tesseract::RIL_WORD));
+        std::unique_ptr<char[]> const text(each->GetUTF8Text(tesseract::RIL_SYMBOL));
         int left = 0, top = 0, right = 0, bottom = 0;
-        if (!text || !each->BoundingBox(tesseract::RIL_WORD, &left, &top, &right, &bottom)) continue;
-        words.push_back({.text = text.get(),
-                         .x = left,
-                         .width = right - left,
-                         .confidence = static_cast<double>(each->Confidence(tesseract::RIL_WORD)) / 100});
-    } while (each->Next(tesseract::RIL_WORD));
-    return words;
+        if (!text || !each->BoundingBox(tesseract::RIL_SYMBOL, &left, &top, &right, &bottom)) continue;
+        letters.push_back({.text = text.get(),
+                           .x = left,
+                           .width = right - left,
+                           .confidence = static_cast<double>(each->Confidence(tesseract::RIL_SYMBOL)) / 100,
+                           .beginsWord = each->IsAtBeginningOf(tesseract::RIL_WORD)});
+    } while (each->Next(tesseract::RIL_SYMBOL));
+    return letters;
 }
 
 }

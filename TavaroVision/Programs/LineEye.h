@@ -15,8 +15,8 @@ public:
     explicit LineEye(char const* language);
     ~LineEye();
 
-    /// The words of a picture whose rows follow each other, of 8 bits a pixel.
-    std::vector<SeenWord> read(std::uint8_t const* pixels, int width, int height);
+    /// The letters of a picture whose rows follow each other, of 8 bits a pixel.
+    std::vector<SeenLetter> read(std::uint8_t const* pixels, int width, int height);
 
 private:
     struct Engine;

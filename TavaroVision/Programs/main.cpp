@@ -46,10 +46,10 @@ public:
                 if (!size) return EXIT_SUCCESS;
                 pixels_.resize(size->pixels());
                 if (!receive({reinterpret_cast<char*>(pixels_.data()), pixels_.size()})) return EXIT_SUCCESS;
-                isHeard = say({.words = eye.read(pixels_.data(), size->width, size->height), .failure = {}});
+                isHeard = say({.letters = eye.read(pixels_.data(), size->width, size->height), .failure = {}});
             }
         } catch (std::exception const& error) {
-            say({.words = {}, .failure = error.what()});
+            say({.letters = {}, .failure = error.what()});
         }
         return EXIT_FAILURE;
     }

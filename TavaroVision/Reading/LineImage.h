@@ -14,6 +14,7 @@ struct LineImage {
     int width = 0;
     int height = 0;
     std::vector<std::uint8_t> pixels; // row by row, no gaps
+    int letterHeight = 0;             // of the line's capitals here, about
     PixelBox line;                    // the line's ink in the picture that it is of
     PixelBox area;                    // what of that picture is shown: the line with its margin
     bool operator==(LineImage const&) const = default;

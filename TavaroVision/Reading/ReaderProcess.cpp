@@ -47,7 +47,7 @@ ReadLine ReaderProcess::read(LineImage const& image, std::stop_token const& stop
         std::string_view const pixels(reinterpret_cast<char const*>(image.pixels.data()), image.pixels.size());
         if (!socket.sendAll({head.data(), head.size()}, options_.line) || !socket.sendAll(pixels, options_.line))
             throw ReaderLost("the text reader broke down");
-        return readLine(image, answer(options_.line, stop).words);
+        return readLine(image, answer(options_.line, stop).letters);
     } catch (...) {
         end();
         throw;

@@ -3,6 +3,7 @@
 #include <TavaroCore/Errors/Excerpt.h>
 #include <TavaroCore/Records/JSON.h>
 #include <TavaroVision/Reading/LineImage.h>
+#include <TavaroVision/Reading/Private/InkWords.h>
 
 #include <algorithm>
 #include <cmath>
@@ -12,7 +13,8 @@ namespace tavaro {
 
 namespace {
 
-constexpr std::size_t longestWord = 4096; // bytes; a key that fills a line has fewer
+constexpr std::size_t mostLetters = 4096; // a line of the widest screen has fewer
+constexpr std::size_t longestLetter = 16; // bytes
 
 void put(std::uint32_t number, char* to) {
     for (unsigned i = 0; i < 4; ++i) to[i] = static_cast<char>(number >> (8 * i) & 0xFFU);
@@ -26,19 +28,38 @@ std::uint32_t numberAt(char const* from) {
 
 bool isSpaceOrControl(char letter) { return static_cast<unsigned char>(letter) <= ' ' || letter == '\x7F'; }
 
-float soundConfidence(double confidence) {
-    return std::isfinite(confidence) ? static_cast<float>(std::clamp(confidence, 0.0, 1.0)) : 0;
+double soundConfidence(double confidence) { return std::isfinite(confidence) ? std::clamp(confidence, 0.0, 1.0) : 0; }
+
+/// With text, in order, inside of the image.
+std::vector<SeenLetter> soundLetters(LineImage const& image, std::span<SeenLetter const> letters) {
+    std::vector<SeenLetter> kept;
+    for (auto letter : letters.first(std::min(letters.size(), mostLetters))) {
+        std::erase_if(letter.text, isSpaceOrControl);
+        if (letter.text.empty() || letter.text.size() > longestLetter) continue;
+        letter.x = std::clamp(letter.x, kept.empty() ? 0 : kept.back().x, image.width - 1);
+        letter.width = std::clamp(letter.width, 1, image.width - letter.x);
+        letter.confidence = soundConfidence(letter.confidence);
+        kept.push_back(std::move(letter));
+    }
+    // A letter before a wide space is often said to reach to the line's end.
+    for (std::size_t i = 0; i + 1 < kept.size(); ++i)
+        kept[i].width = std::clamp(kept[i].width, 1, std::max(kept[i + 1].x - kept[i].x, 1));
+    return kept;
 }
 
-/// As wide as the reader says, as high as the line is.
-PixelBox soundBox(LineImage const& image, SeenWord const& word) {
-    int const left = std::clamp(word.x, 0, image.width - 1);
-    auto const end = std::int64_t{word.x} + word.width;
-    int const right = static_cast<int>(std::clamp<std::int64_t>(end, left + 1, image.width));
-    auto box = inPicture(image, {.x = left, .y = 0, .width = right - left, .height = image.height});
-    int const first = std::max(box.x, image.line.x), last = std::min(box.right(), image.line.right());
-    if (last <= first) return {};
-    return {.x = first, .y = image.line.y, .width = last - first, .height = image.line.height};
+ReadWord wordOf(LineImage const& image, InkWord const& ink, std::span<SeenLetter const> letters) {
+    ReadWord word;
+    double sum = 0;
+    for (auto const& letter : letters) {
+        word.text += letter.text;
+        sum += letter.confidence;
+    }
+    word.confidence = static_cast<float>(sum / static_cast<double>(letters.size()));
+    auto const box = inPicture(image, {.x = ink.left, .y = 0, .width = ink.right - ink.left, .height = 1});
+    int const left = std::clamp(box.x, image.line.x, image.line.right() - 1);
+    int const right = std::clamp(box.right(), left + 1, image.line.right());
+    word.box = {.x = left, .y = image.line.y, .width = right - left, .height = image.line.height};
+    return word;
 }
 
 }
@@ -66,17 +87,13 @@ ReaderReply readReaderReply(std::string_view line) {
     }
 }
 
-ReadLine readLine(LineImage const& image, std::span<SeenWord const> words) {
+ReadLine readLine(LineImage const& image, std::span<SeenLetter const> letters) {
     ReadLine line{.box = image.line, .words = {}};
-    if (image.width <= 0 || image.height <= 0) return line;
-    for (auto const& word : words) {
-        auto text = word.text;
-        std::erase_if(text, isSpaceOrControl);
-        auto const box = soundBox(image, word);
-        if (text.empty() || text.size() > longestWord || box.isEmpty()) continue;
-        line.words.push_back({.text = std::move(text), .box = box, .confidence = soundConfidence(word.confidence)});
-    }
-    std::ranges::stable_sort(line.words, {}, [](ReadWord const& word) { return word.box.x; });
+    if (image.width <= 0 || image.height <= 0 || image.line.isEmpty()) return line;
+    auto const sound = soundLetters(image, letters);
+    std::span<SeenLetter const> const all(sound);
+    for (auto const& ink : inkWords(image, sound))
+        line.words.push_back(wordOf(image, ink, all.subspan(ink.firstLetter, ink.letters)));
     return line;
 }
 

@@ -25,29 +25,32 @@ public:
     using Error::Error;
 };
 
-/// A word as the reader sees it, in pixels of the picture that it was sent.
-struct SeenWord {
+/// A letter as the reader sees it, in pixels of the picture that it was sent. Where it begins is right to about a
+/// quarter of a letter; its width often is not.
+struct SeenLetter {
     std::string text;
     int x = 0;
     int width = 0;
-    double confidence = 0; // 0…1
+    double confidence = 0;   // 0…1
+    bool beginsWord = false; // as the reader thinks, which is often wrong in keys
 
     static constexpr auto fields = std::tuple{
-        field("text", &SeenWord::text),
-        field("x", &SeenWord::x),
-        field("width", &SeenWord::width),
-        field("confidence", &SeenWord::confidence),
+        field("text", &SeenLetter::text),
+        field("x", &SeenLetter::x),
+        field("width", &SeenLetter::width),
+        field("confidence", &SeenLetter::confidence),
+        field("beginsWord", &SeenLetter::beginsWord),
     };
-    bool operator==(SeenWord const&) const = default;
+    bool operator==(SeenLetter const&) const = default;
 };
-static_assert(listsEveryField<SeenWord>);
+static_assert(listsEveryField<SeenLetter>);
 
 struct ReaderReply {
-    std::vector<SeenWord> words;
+    std::vector<SeenLetter> letters;    // from left to right
     std::optional<std::string> failure; // why it cannot read anything
 
     static constexpr auto fields = std::tuple{
-        field("words", &ReaderReply::words),
+        field("letters", &ReaderReply::letters),
         field("failure", &ReaderReply::failure),
     };
 };
@@ -73,7 +76,8 @@ std::optional<LineImageSize> sizeOf(LineImageHead const& head);
 ReaderReply readReaderReply(std::string_view line);
 
 /// What a reader says as words in the picture of the line's image: with text, without spaces, in order, inside of the
-/// line, sure from 0 to 1. What is otherwise is mended where that is possible, else left out.
-ReadLine readLine(LineImage const& image, std::span<SeenWord const> words);
+/// line, sure from 0 to 1. What is otherwise is mended where that is possible, else left out. Words are what has a
+/// space's width without ink between it, wherever the reader puts spaces.
+ReadLine readLine(LineImage const& image, std::span<SeenLetter const> letters);
 
 }
