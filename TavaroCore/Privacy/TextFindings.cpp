@@ -8,14 +8,10 @@
 
 namespace tavaro {
 
-namespace {
-
-std::string masked(std::string_view value) {
+std::string maskedValue(std::string_view value) {
     std::size_t first = 1;
     while (first < value.size() && (value[first] & 0xC0) == 0x80) ++first;
     return fmt::format("{}•••••• ({} bytes)", value.substr(0, first), value.size());
-}
-
 }
 
 void forEachFinding(std::string_view text, SensitiveTextClassifier& classifier, FindingKey const& key,
@@ -28,7 +24,7 @@ void forEachFinding(std::string_view text, SensitiveTextClassifier& classifier, 
         for (auto const& match : classifier.matches(line, above)) {
             auto const value = line.substr(match.start, match.length);
             found({number, static_cast<std::int64_t>(match.start) + 1, static_cast<std::int64_t>(match.length),
-                   match.kind, match.label, masked(value), findingHash(value, key)});
+                   match.kind, match.label, maskedValue(value), findingHash(value, key)});
         }
     }
 }

@@ -34,6 +34,9 @@ struct TextFinding {
 };
 static_assert(listsEveryField<TextFinding>);
 
+/// What of a value may be shown: its first character, and how long it is.
+std::string maskedValue(std::string_view value);
+
 /// What is private in each line, from the first to the last. A value on the line below its label is found, and so are
 /// the lines of a key file and what a value goes on with.
 void forEachFinding(std::string_view text, SensitiveTextClassifier& classifier, FindingKey const& key,

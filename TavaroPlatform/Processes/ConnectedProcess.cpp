@@ -14,7 +14,8 @@
 
 namespace tavaro {
 
-std::optional<ConnectedProcess> ConnectedProcess::start(std::vector<std::string> const& command) {
+std::optional<ConnectedProcess> ConnectedProcess::start(std::vector<std::string> const& command,
+                                                        std::vector<std::string> const& more) {
     std::array<int, 2> ends{-1, -1};
     if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0) return std::nullopt;
     FileDescriptor ours(ends[0]);
@@ -22,7 +23,7 @@ std::optional<ConnectedProcess> ConnectedProcess::start(std::vector<std::string>
     ProgramStart program(ProgramStart::Group::ofItsOwn);
     program.takeOver(its.get(), STDIN_FILENO);
     program.takeOver(its.get(), STDOUT_FILENO);
-    auto const process = program.start(command, environ);
+    auto const process = program.start(command, environmentWith(more).data());
     if (!process) return std::nullopt;
     return ConnectedProcess(*process, UnixSocket(std::move(ours)));
 }

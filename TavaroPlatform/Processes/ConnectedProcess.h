@@ -13,8 +13,10 @@ namespace tavaro {
 /// Signals of the terminal do not reach it; it ends with this object, at the latest two seconds after its input.
 class ConnectedProcess {
 public:
-    /// The first word is the program's file. None where it cannot be started.
-    static std::optional<ConnectedProcess> start(std::vector<std::string> const& command);
+    /// The first word is the program's file. It has this program's variables and `more` ("NAME=value"), which go
+    /// before. None where it cannot be started.
+    static std::optional<ConnectedProcess> start(std::vector<std::string> const& command,
+                                                 std::vector<std::string> const& more = {});
     ConnectedProcess(ConnectedProcess&& other) noexcept;
     ConnectedProcess& operator=(ConnectedProcess&&) = delete;
     ~ConnectedProcess();

@@ -15,20 +15,6 @@ namespace tavaro {
 
 namespace {
 
-/// Of a name that is there twice the first counts, so what is here already is left out.
-std::vector<char*> environmentWith(std::vector<std::string> const& more) {
-    auto variables = pointersTo(more);
-    variables.pop_back();
-    auto const isReplaced = [&](std::string_view variable) {
-        auto const name = variable.substr(0, variable.find('=') + 1);
-        return std::ranges::any_of(more, [&](auto const& each) { return each.starts_with(name); });
-    };
-    for (char** each = environ; *each; ++each)
-        if (!isReplaced(*each)) variables.push_back(*each);
-    variables.push_back(nullptr);
-    return variables;
-}
-
 constexpr int unknown = -1; // no status of a process
 
 bool isProgram(std::filesystem::path const& file) {
@@ -50,6 +36,14 @@ std::optional<std::filesystem::path> findProgram(std::string_view name) {
         if (auto file = std::filesystem::path(folder) / name; file.is_absolute() && isProgram(file)) return file;
     }
     return std::nullopt;
+}
+
+std::optional<std::filesystem::path> findHiddenProgram(std::string_view name) {
+    if (auto found = findProgram(name)) return found;
+    std::error_code code;
+    auto const own = std::filesystem::read_symlink("/proc/self/exe", code).parent_path();
+    auto installed = (own / "../libexec/tavaro" / name).lexically_normal();
+    return !code && isProgram(installed) ? std::optional(installed) : std::nullopt;
 }
 
 std::optional<DetachedProcess> DetachedProcess::start(std::vector<std::string> const& command,

@@ -11,6 +11,8 @@ namespace tavaro {
 
 /// The file of a program: beside this one, else where the user's search path has it. None where it is nowhere.
 std::optional<std::filesystem::path> findProgram(std::string_view name);
+/// The same for a program that users do not start themselves, which packages put into a folder of its own.
+std::optional<std::filesystem::path> findHiddenProgram(std::string_view name);
 
 /// A program that was started to go on by itself, also when this one ends or is ended by a signal to all that a
 /// terminal runs. It reads nothing from here, and what it prints is dropped.

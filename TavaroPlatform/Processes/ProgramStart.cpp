@@ -1,6 +1,9 @@
 #include <TavaroPlatform/Processes/Private/ProgramStart.h>
 
+#include <algorithm>
 #include <csignal>
+#include <string_view>
+#include <unistd.h>
 
 namespace tavaro {
 
@@ -43,6 +46,19 @@ std::vector<char*> pointersTo(std::vector<std::string> const& texts) {
     for (auto const& text : texts) pointers.push_back(const_cast<char*>(text.c_str()));
     pointers.push_back(nullptr);
     return pointers;
+}
+
+std::vector<char*> environmentWith(std::vector<std::string> const& more) {
+    auto variables = pointersTo(more);
+    variables.pop_back();
+    auto const isReplaced = [&](std::string_view variable) {
+        auto const name = variable.substr(0, variable.find('=') + 1);
+        return std::ranges::any_of(more, [&](auto const& each) { return each.starts_with(name); });
+    };
+    for (char** each = environ; *each; ++each)
+        if (!isReplaced(*each)) variables.push_back(*each);
+    variables.push_back(nullptr);
+    return variables;
 }
 
 }

@@ -1,11 +1,165 @@
 #include <TavaroVision/Scanning/PrivacyScan.h>
 
+#include <TavaroMedia/Frames/BrightnessReader.h>
+#include <TavaroMedia/Movie/MovieReader.h>
 #include <TavaroVision/Errors/VisionError.h>
+#include <TavaroVision/Reading/LineImage.h>
+#include <TavaroVision/Reading/TextReader.h>
+#include <TavaroVision/Scanning/Private/ScreenClassifier.h>
+#include <TavaroVision/Scanning/Private/ScreenScanner.h>
+
+#include <algorithm>
+#include <chrono>
+#include <utility>
 
 namespace tavaro {
 
-ScanOutcome scanMovie(ScanRequest const&, std::function<void(ScanProgress const&)> const&, std::stop_token const&) {
-    throw VisionError(VisionError::Kind::noReader, "Text on the screen cannot be read yet.");
+namespace {
+
+constexpr double step = 1.0 / 240; // seconds: no frame is shorter
+
+using Clock = std::chrono::steady_clock;
+
+/// Tells how far the scan is, ten times a second.
+class Progress {
+public:
+    Progress(std::function<void(ScanProgress const&)> const& told, double total) : told_(told), total_(total) {}
+
+    void tell(double seconds, std::size_t found) {
+        constexpr std::chrono::milliseconds between{100};
+        auto const now = Clock::now();
+        if (!told_ || now - last_ < between) return;
+        last_ = now;
+        told_({std::min(seconds, total_), total_, found});
+    }
+    void tellEnd(double seconds, std::size_t found) {
+        if (told_) told_({std::min(seconds, total_), total_, found});
+    }
+
+private:
+    std::function<void(ScanProgress const&)> const& told_;
+    double total_;
+    Clock::time_point last_{};
+};
+
+/// What of the movie is looked at.
+std::vector<TimeRange> rangesOf(ScanRequest const& request, double duration) {
+    if (request.ranges.empty()) return {{0, duration}};
+    std::vector<TimeRange> ranges;
+    for (auto const& range : request.ranges) {
+        auto const start = std::max(0.0, range.start), end = std::min(duration, range.end());
+        if (start < end) ranges.push_back({start, end - start});
+    }
+    return ranges;
+}
+
+double lengthOf(std::vector<TimeRange> const& ranges) {
+    double length = 0;
+    for (auto const& range : ranges) length += range.duration;
+    return length;
+}
+
+class MovieScan {
+public:
+    MovieScan(ScanRequest const& request, std::function<void(ScanProgress const&)> const& told,
+              std::stop_token const& stop)
+        : request_(request)
+        , stop_(stop)
+        , movie_(request.movie)
+        , ranges_(rangesOf(request, movie_.info().duration))
+        , progress_(told, lengthOf(ranges_))
+        , classifier_(request.settings) {}
+
+    ScanOutcome run() {
+        for (auto const& range : ranges_) {
+            if (stop_.stop_requested()) break;
+            scan(range);
+        }
+        outcome_.isStopped = stop_.stop_requested();
+        outcome_.findings = joinedFindings(std::move(outcome_.findings));
+        outcome_.warnings = classifier_.warnings();
+        progress_.tellEnd(seconds_, outcome_.findings.size());
+        return std::move(outcome_);
+    }
+
+private:
+    /// Where a stop ends it: of what was shown last, it is unknown whether all of it was read.
+    struct Reached {
+        double seconds = 0;
+        bool isEnd = false;
+    };
+
+    void scan(TimeRange const& range) {
+        ScreenScanner scanner({classifier_, reader_, memory_, request_.key}, movie_.info().width, movie_.info().height);
+        double reached = range.start;
+        std::vector<ScreenFinding> findings;
+        try {
+            bool const isWhole = showAll(scanner, range, reached);
+            findings = isWhole ? scanner.finish(range.end()) : scanner.stop(reached);
+            if (isWhole) reached = range.end();
+        } catch (VisionError const& error) {
+            if (error.kind != VisionError::Kind::cancelled) throw;
+            findings = scanner.stop(reached);
+        }
+        seconds_ += reached - range.start;
+        if (reached > range.start) outcome_.ranges.push_back({range.start, reached - range.start});
+        std::ranges::move(findings, std::back_inserter(outcome_.findings));
+    }
+
+    /// False where it is stopped; `reached` is what was read to its end.
+    bool showAll(ScreenScanner& scanner, TimeRange const& range, double& reached) {
+        std::uint64_t last = 0;
+        bool isFirst = true;
+        for (std::int64_t tick = 0;; ++tick) {
+            auto const at = range.start + static_cast<double>(tick) * step;
+            if (at >= range.end()) return true;
+            if (stop_.stop_requested()) return false;
+            auto const frame = movie_.frame(at);
+            if (!isFirst && frame.identity() == last) continue;
+            last = frame.identity();
+            isFirst = false;
+            auto const time = std::max(frame.presentationTime(), range.start);
+            show(scanner, frame, time);
+            reached = time;
+            progress_.tell(seconds_ + time - range.start, outcome_.findings.size() + scanner.found());
+        }
+    }
+
+    void show(ScreenScanner& scanner, VideoFrame const& frame, double time) {
+        auto const view = brightness_.view(frame);
+        GrayView const gray{view.pixels, view.width, view.height, view.stride};
+        bool const hasSize = view.width == movie_.info().width && view.height == movie_.info().height;
+        if (hasSize) scanner.show(gray, time);
+    }
+
+    std::vector<ReadLine> read(GrayView const& picture, std::span<TextLine const> lines) {
+        std::vector<LineImage> images;
+        images.reserve(lines.size());
+        for (auto const& line : lines) images.push_back(lineImage(picture, line));
+        return text_.read(images, stop_);
+    }
+
+    ScanRequest const& request_;
+    std::stop_token stop_;
+    MovieReader movie_;
+    BrightnessReader brightness_;
+    TextReader text_;
+    std::vector<TimeRange> ranges_;
+    Progress progress_;
+    ScreenClassifier classifier_;
+    ReadMemory memory_;
+    LineReader reader_ = [this](GrayView const& picture, std::span<TextLine const> lines) {
+        return read(picture, lines);
+    };
+    ScanOutcome outcome_;
+    double seconds_ = 0; // looked at before the present range
+};
+
+}
+
+ScanOutcome scanMovie(ScanRequest const& request, std::function<void(ScanProgress const&)> const& told,
+                      std::stop_token const& stop) {
+    return MovieScan(request, told, stop).run();
 }
 
 }

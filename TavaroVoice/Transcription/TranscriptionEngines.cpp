@@ -29,15 +29,6 @@ constexpr double whisperPieceSeconds = 240;
 
 unsigned processors() { return static_cast<unsigned>(std::max(::sysconf(_SC_NPROCESSORS_ONLN), 1L)); }
 
-/// Beside this program, in the search path, or where packages put what users do not start themselves.
-std::optional<fs::path> findListener() {
-    if (auto found = findProgram(listenerName)) return found;
-    std::error_code code;
-    auto const own = fs::read_symlink("/proc/self/exe", code).parent_path();
-    auto installed = (own / "../libexec/tavaro" / listenerName).lexically_normal();
-    return !code && ::access(installed.c_str(), X_OK) == 0 ? std::optional(installed) : std::nullopt;
-}
-
 /// What a broken download left is none.
 bool isModel(fs::path const& file) {
     std::error_code code;
@@ -146,7 +137,7 @@ bool understands(TranscriptionEngine const& engine, std::string_view locale) {
 }
 
 EnginePlaces EnginePlaces::usual() {
-    return {.listener = findListener(),
+    return {.listener = findHiddenProgram(listenerName),
             .speechModel = TAVARO_SPHINX_MODELS "/en-us",
             .whisperModels = folders::applicationSupport() / "Tavaro" / "Models",
             .whisperProgram = {},

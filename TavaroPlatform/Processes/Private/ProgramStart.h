@@ -33,4 +33,8 @@ private:
 /// As the system wants lists of texts, which it does not change.
 std::vector<char*> pointersTo(std::vector<std::string> const& texts);
 
+/// This program's variables, and `more` ("NAME=value") before them: of a name that is there twice the first counts, so
+/// what is here already is left out. Good as long as `more` is.
+std::vector<char*> environmentWith(std::vector<std::string> const& more);
+
 }

@@ -1,0 +1,137 @@
+#include <TavaroVision/Scanning/Private/DirtyTiles.h>
+
+#include <TavaroVision/Tracking/Private/ChangedTiles.h>
+
+#include <algorithm>
+
+namespace tavaro {
+
+namespace {
+
+constexpr double quiet = 0.045, still = 0.03; // seconds without a change
+constexpr double interval = 0.25, longestInterval = 1;
+constexpr int bandMargin = 48; // pixels: a line is seen whole
+
+}
+
+DirtyTiles::DirtyTiles(ChangedTiles const& tiles) : changes_(tiles) {
+    auto const count = static_cast<std::size_t>(tiles.columns()) * static_cast<std::size_t>(tiles.rows());
+    tiles_.resize(count);
+    covered_.resize(count);
+}
+
+DirtyTiles::Tile& DirtyTiles::tile(int column, int row) {
+    return tiles_[static_cast<std::size_t>(row * changes_.columns() + column)];
+}
+
+DirtyTiles::Tile const& DirtyTiles::tile(int column, int row) const {
+    return tiles_[static_cast<std::size_t>(row * changes_.columns() + column)];
+}
+
+/// Calls `look(index, pixels of the box in the tile)`.
+template<class Look> void DirtyTiles::eachIn(PixelBox const& box, Look const& look) const {
+    for (int row = std::max(0, box.y) / tileSide; row < changes_.rows() && row * tileSide < box.bottom(); ++row) {
+        int const height = std::min(box.bottom(), (row + 1) * tileSide) - std::max(box.y, row * tileSide);
+        for (int column = std::max(0, box.x) / tileSide; column < changes_.columns(); ++column) {
+            int const width = std::min(box.right(), (column + 1) * tileSide) - std::max(box.x, column * tileSide);
+            if (width <= 0) break;
+            look(static_cast<std::size_t>(row * changes_.columns() + column), width * height);
+        }
+    }
+}
+
+void DirtyTiles::add(std::vector<PixelBox> const& wholeTexts, double now) {
+    std::ranges::fill(covered_, 0);
+    for (auto const& box : wholeTexts) {
+        eachIn(box, [&](std::size_t index, int pixels) { covered_[index] += pixels; });
+    }
+    for (int row = 0; row < changes_.rows(); ++row) {
+        for (int column = 0; column < changes_.columns(); ++column) {
+            if (!changes_.isChanged(column, row)) continue;
+            auto& changed = tile(column, row);
+            auto const box = changes_.box(column, row);
+            bool const isExplained = 20 * covered_[static_cast<std::size_t>(row * changes_.columns() + column)] >=
+                                     17 * box.width * box.height;
+            changed.changedAt = now;
+            if (isExplained || changes_.isPlain(column, row)) {
+                changed.isDirty = false;
+            } else if (!changed.isDirty) {
+                changed.isDirty = true;
+                changed.dirtySince = now;
+            }
+        }
+    }
+}
+
+/// Whether much of what stood still for a moment, unread, is about to go.
+bool DirtyTiles::isFlash(double next) const {
+    std::size_t going = 0;
+    for (int row = 0; row < changes_.rows(); ++row) {
+        for (int column = 0; column < changes_.columns(); ++column) {
+            auto const& one = tile(column, row);
+            going += one.isDirty && changes_.isChanged(column, row) && next - one.changedAt >= still ? 1 : 0;
+        }
+    }
+    return 25 * going >= tiles_.size();
+}
+
+bool DirtyTiles::markDue(double next) {
+    bool const takesAll = isFlash(next);
+    bool isAny = false;
+    for (auto& one : tiles_) {
+        if (!one.isDirty) continue;
+        auto const patience = std::min(longestInterval, interval * (1 << std::min<int>(one.fruitless, 4)));
+        bool const isQuiet = next - one.changedAt >= quiet && next - one.readAt >= interval;
+        bool const isOld = next - one.dirtySince >= patience && next - one.readAt >= patience;
+        one.isDue = isQuiet || isOld || (takesAll && next - one.changedAt >= still);
+        one.isRestless = one.isDue && !isQuiet;
+        isAny |= one.isDue;
+    }
+    return isAny;
+}
+
+bool DirtyTiles::markAll() {
+    bool isAny = false;
+    for (auto& one : tiles_) isAny |= one.isDue = one.isDirty;
+    return isAny;
+}
+
+bool DirtyTiles::isDue(PixelBox const& box) const {
+    bool isAny = false;
+    eachIn(box, [&](std::size_t index, int) { isAny |= tiles_[index].isDue; });
+    return isAny;
+}
+
+std::vector<PixelBox> DirtyTiles::dueBands() const {
+    auto const last = changes_.box(changes_.columns() - 1, changes_.rows() - 1);
+    std::vector<PixelBox> bands;
+    for (int row = 0; row < changes_.rows(); ++row) {
+        auto const begin = tiles_.begin() + std::ptrdiff_t{row} * changes_.columns();
+        if (std::none_of(begin, begin + changes_.columns(), [](Tile const& one) { return one.isDue; })) continue;
+        auto const box = changes_.box(0, row);
+        int const top = std::max(0, box.y - bandMargin), bottom = std::min(last.bottom(), box.bottom() + bandMargin);
+        if (!bands.empty() && top <= bands.back().bottom()) {
+            bands.back().height = bottom - bands.back().y;
+        } else {
+            bands.push_back({0, top, last.right(), bottom - top});
+        }
+    }
+    return bands;
+}
+
+void DirtyTiles::clearDue(std::vector<PixelBox> const& withWords, double now) {
+    std::ranges::fill(covered_, 0);
+    for (auto const& box : withWords) {
+        eachIn(box, [&](std::size_t index, int pixels) { covered_[index] += pixels; });
+    }
+    for (std::size_t i = 0; i < tiles_.size(); ++i) {
+        auto& one = tiles_[i];
+        if (!one.isDue) continue;
+        bool const isFruitless = one.isRestless && covered_[i] == 0;
+        one.fruitless = isFruitless ? static_cast<std::uint8_t>(std::min(one.fruitless + 1, 4)) : std::uint8_t{0};
+        one.isDue = one.isDirty = false;
+        one.readAt = now;
+    }
+}
+
+}

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <TavaroVision/Reading/ReadText.h>
+
+#include <cstdint>
+#include <vector>
+
+namespace tavaro {
+
+class ChangedTiles;
+
+/// What of the screen changed since it was read, and when it is to be read again: as soon as it is quiet, and four
+/// times a second while it is not; where that gave no words, as of a film in a window, once a second.
+class DirtyTiles {
+public:
+    explicit DirtyTiles(ChangedTiles const& tiles);
+
+    /// What of the picture of that time changed and is not explained by the whole texts given.
+    void add(std::vector<PixelBox> const& wholeTexts, double now);
+
+    /// Marks what is due before the next picture comes, which `tiles` knows already. False where nothing is.
+    bool markDue(double next);
+    /// The same at the end of all.
+    bool markAll();
+    bool isDue(PixelBox const& box) const;
+    /// Full rows of the picture around what is due, from the top.
+    std::vector<PixelBox> dueBands() const;
+
+    /// What was due is read, at that time. Words were found in the boxes given.
+    void clearDue(std::vector<PixelBox> const& withWords, double now);
+
+private:
+    struct Tile {
+        double changedAt = -1e9;
+        double dirtySince = 0;
+        double readAt = -1e9;
+        std::uint8_t fruitless = 0; // readings in a row without a word
+        bool isDirty = false;
+        bool isDue = false;
+        bool isRestless = false; // due though it still changes
+    };
+
+    Tile& tile(int column, int row);
+    Tile const& tile(int column, int row) const;
+    bool isFlash(double next) const;
+    template<class Look> void eachIn(PixelBox const& box, Look const& look) const;
+
+    ChangedTiles const& changes_;
+    std::vector<Tile> tiles_;
+    std::vector<int> covered_; // pixels of each tile that texts explain
+};
+
+}

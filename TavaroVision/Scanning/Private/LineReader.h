@@ -1,0 +1,15 @@
+#pragma once
+
+#include <TavaroVision/Reading/ReadText.h>
+#include <TavaroVision/Reading/TextLines.h>
+
+#include <functional>
+#include <span>
+#include <vector>
+
+namespace tavaro {
+
+/// What the lines of a picture say, in their order. Throws `VisionError`.
+using LineReader = std::function<std::vector<ReadLine>(GrayView const&, std::span<TextLine const>)>;
+
+}

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <TavaroCore/Privacy/Redaction.h>
+#include <TavaroCore/Privacy/SensitiveTextClassifier.h>
+#include <TavaroVision/Reading/ReadText.h>
+
+#include <cstddef>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace tavaro {
+
+/// A line as it is on the screen; the words' boxes are beside its corner.
+struct PlacedLine {
+    PixelBox box;
+    int letterHeight = 0;
+    std::span<ReadWord const> words;
+};
+
+/// Something private in one of the lines.
+struct PrivateText {
+    std::size_t line = 0;
+    SensitiveKind kind = SensitiveKind::custom;
+    std::string label;
+    std::string value;
+    int left = 0; // pixels beside the line's corner
+    int right = 0;
+};
+
+/// Lines that are read one after the other: each column of a screen, from the top.
+std::vector<std::vector<std::size_t>> readingOrder(std::span<PlacedLine const> lines);
+
+/// Finds what is private on a screen. Lines of a column are read together, so that a value below its label and the rest
+/// of one that wraps are found, and so is a value beside its label in another column. Spaces that were read where there
+/// is no room for one hide nothing.
+class ScreenClassifier {
+public:
+    explicit ScreenClassifier(RedactionSettings const& settings) : classifier_(settings) {}
+
+    /// By their lines and from left to right; none lies over another.
+    std::vector<PrivateText> privateTexts(std::span<PlacedLine const> lines);
+    std::vector<std::string> const& warnings() const { return classifier_.warnings(); }
+
+private:
+    SensitiveTextClassifier classifier_;
+};
+
+}

@@ -1,0 +1,75 @@
+#pragma once
+
+#include <TavaroVision/Reading/ReadText.h>
+#include <TavaroVision/Scanning/Private/LineReader.h>
+#include <TavaroVision/Tracking/Private/TrackedText.h>
+
+#include <cstddef>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace tavaro {
+
+class ScreenHistory;
+
+/// A line of text on the screen, read once. The words' boxes are beside its corner.
+struct ScreenLine {
+    TrackedText place;
+    std::vector<ReadWord> words;
+};
+
+/// What lines that were on the screen said, so that those that come back are not read again.
+class ReadMemory {
+public:
+    void keep(std::shared_ptr<TextPatch const> const& patch, std::vector<ReadWord> words);
+    /// None for a picture that was not read before.
+    std::optional<std::vector<ReadWord>> recall(TextPatch const& patch);
+
+private:
+    struct Memory {
+        std::shared_ptr<TextPatch const> patch;
+        std::vector<ReadWord> words;
+    };
+    std::deque<Memory> memories_; // the newest is the first
+};
+
+/// The lines of a screen: born when they are read, moved with what scrolls, gone with their pixels. One that took the
+/// place of another goes on with it where they look the same: a line that is being typed is as old as its first letter.
+class ScreenLines {
+public:
+    ScreenLines(LineReader const& reader, ReadMemory& memory) : reader_(reader), memory_(memory) {}
+
+    /// For following them; good until the next call.
+    std::vector<TrackedText*> places();
+    /// Those that are not on the picture any more go.
+    void dropLost();
+    std::vector<PixelBox> wholeBoxes() const;
+
+    /// Reads what is new in bands of the history's last picture. Only what `isDue` is looked at. Returns the boxes of
+    /// lines with words there, known ones too.
+    std::vector<PixelBox> read(ScreenHistory const& history, std::vector<PixelBox> const& bands,
+                               std::function<bool(PixelBox const&)> const& isDue);
+
+    std::deque<ScreenLine> const& lines() const { return lines_; }
+    /// Whether there are others since this was asked last.
+    bool takeIsNew();
+
+private:
+    struct Fresh;
+
+    ScreenLine const* known(TextLine const& line, PixelBox const& box) const;
+    std::vector<Fresh> freshLines(GrayView const& picture, std::vector<PixelBox> const& bands,
+                                  std::function<bool(PixelBox const&)> const& isDue, std::vector<PixelBox>& withWords);
+    void readFresh(GrayView const& picture, std::vector<Fresh>& fresh);
+    void replace(ScreenLine& line);
+
+    LineReader const& reader_;
+    ReadMemory& memory_;
+    std::deque<ScreenLine> lines_;
+    bool isNew_ = false;
+};
+
+}

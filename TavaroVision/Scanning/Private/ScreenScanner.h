@@ -1,0 +1,53 @@
+#pragma once
+
+#include <TavaroVision/Reading/ReadText.h>
+#include <TavaroVision/Scanning/Private/Covers.h>
+#include <TavaroVision/Scanning/Private/DirtyTiles.h>
+#include <TavaroVision/Scanning/Private/LineReader.h>
+#include <TavaroVision/Scanning/Private/ScreenLines.h>
+#include <TavaroVision/Tracking/Private/ChangedTiles.h>
+#include <TavaroVision/Tracking/Private/ScreenHistory.h>
+
+#include <cstddef>
+#include <vector>
+
+namespace tavaro {
+
+class ScreenClassifier;
+
+/// What all stretches of a scan share; owned by whoever scans.
+struct ScanTools {
+    ScreenClassifier& classifier;
+    LineReader const& reader;
+    ReadMemory& memory;
+    FindingKey key;
+};
+
+/// Looks at the frames of a stretch of a recording, one after the other, and follows what is private on them. Its
+/// memory is bounded but for the findings. One thread.
+class ScreenScanner {
+public:
+    ScreenScanner(ScanTools const& tools, int width, int height);
+
+    /// The next frame, of that size, and when it begins. Throws `VisionError`.
+    void show(GrayView const& picture, double time);
+    std::size_t found() const { return covers_.count(); }
+
+    /// What is unread is read. The last frame ends then.
+    std::vector<ScreenFinding> finish(double end);
+    /// The same without another look.
+    std::vector<ScreenFinding> stop(double end) { return covers_.take(end); }
+
+private:
+    void readDue();
+    void classify();
+
+    ScanTools tools_;
+    ChangedTiles tiles_;
+    DirtyTiles dirty_;
+    ScreenHistory history_;
+    ScreenLines lines_;
+    Covers covers_;
+};
+
+}

@@ -1,0 +1,61 @@
+#include <TavaroVision/Scanning/Private/ScreenScanner.h>
+
+#include <TavaroVision/Scanning/Private/ScreenClassifier.h>
+#include <TavaroVision/Tracking/Private/TrackedText.h>
+
+#include <algorithm>
+#include <memory>
+#include <utility>
+
+namespace tavaro {
+
+ScreenScanner::ScreenScanner(ScanTools const& tools, int width, int height)
+    : tools_(tools)
+    , tiles_(width, height)
+    , dirty_(tiles_)
+    , lines_(tools.reader, tools.memory)
+    , covers_(tools.key, width, height) {}
+
+void ScreenScanner::show(GrayView const& picture, double time) {
+    auto const changes = tiles_.compare(picture);
+    if (!history_.isEmpty() && dirty_.markDue(time)) readDue();
+    if (changes == 0) {
+        auto same = history_.last();
+        history_.add({time, std::move(same.picture), {}});
+        return;
+    }
+    auto const before = history_.isEmpty() ? time : history_.last().time;
+    auto const lastShifts = history_.isEmpty() ? std::vector<Shift>{} : history_.last().shifts;
+    auto texts = lines_.places();
+    for (auto* place : covers_.places()) texts.push_back(place);
+    auto shifts = follow(texts, {picture, tiles_, before, time}, lastShifts);
+    lines_.dropLost();
+    covers_.endLost(time);
+    dirty_.add(lines_.wholeBoxes(), time);
+    history_.add({time, std::make_shared<GrayPicture const>(picture), std::move(shifts)});
+}
+
+void ScreenScanner::readDue() {
+    auto const withWords =
+        lines_.read(history_, dirty_.dueBands(), [&](PixelBox const& box) { return dirty_.isDue(box); });
+    dirty_.clearDue(withWords, history_.last().time);
+    if (lines_.takeIsNew()) classify();
+}
+
+void ScreenScanner::classify() {
+    std::vector<PlacedLine> placed;
+    for (auto const& line : lines_.lines()) {
+        placed.push_back({line.place.box(), line.place.patch->letterHeight(), line.words});
+    }
+    auto const picture = history_.last().picture->view();
+    for (auto const& found : tools_.classifier.privateTexts(placed)) {
+        covers_.add(found, lines_.lines()[found.line], picture);
+    }
+}
+
+std::vector<ScreenFinding> ScreenScanner::finish(double end) {
+    if (!history_.isEmpty() && dirty_.markAll()) readDue();
+    return covers_.take(end);
+}
+
+}

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <TavaroVision/Reading/ReadText.h>
+
+#include <cstdint>
+#include <vector>
+
+namespace tavaro {
+
+/// How much of a patch a picture shows at some place.
+struct Presence {
+    std::vector<std::uint8_t> shown; // of each cell: whether it has ink, and the picture shows it
+    int inked = 0;                   // cells with ink
+    int count = 0;                   // of those, the ones that are shown
+    int longestRun = 0;              // of shown ones in a row, blanks between them left out
+    bool isWhole = false;            // all of it is as it was, the blanks too
+
+    /// Less than three letters in a row can be read by nobody.
+    bool isLegible() const { return inked > 0 && longestRun >= (inked < 3 ? inked : 3); }
+    bool isMost() const { return inked > 0 && 2 * count >= inked; }
+};
+
+/// The picture of a piece of text, in cells about a letter wide, to be known again on other pictures: by how alike they
+/// are, whatever their contrast, so that text that fades or is selected is still the same. Of a cell that is half
+/// covered the other half will do.
+class TextPatch {
+public:
+    /// The box is within the picture, and not empty.
+    TextPatch(GrayView const& picture, PixelBox const& box, int letterHeight);
+
+    int width() const { return width_; }
+    int height() const { return height_; }
+    int cells() const { return static_cast<int>(isInked_.size()); }
+    int cellWidth() const { return cellWidth_; }
+    bool isInked(int cell) const { return isInked_[static_cast<std::size_t>(cell)] != 0; }
+    int inkedCells() const { return inkedCells_; }
+    int letterHeight() const { return letterHeight_; }
+    GrayView view() const { return {pixels_.data(), width_, height_, width_}; }
+
+    /// With the patch's corner at that pixel, which may be outside of the picture.
+    Presence presence(GrayView const& picture, int x, int y) const;
+
+private:
+    int width_;
+    int height_;
+    int letterHeight_;
+    int cellWidth_;
+    int inkedCells_ = 0;
+    std::vector<std::uint8_t> pixels_;
+    std::vector<std::uint8_t> isInked_;
+};
+
+}

@@ -1,0 +1,70 @@
+#pragma once
+
+#include <TavaroVision/Reading/ReadText.h>
+#include <TavaroVision/Tracking/Private/ShiftSearch.h>
+#include <TavaroVision/Tracking/Private/TextPatch.h>
+
+#include <memory>
+#include <span>
+#include <vector>
+
+namespace tavaro {
+
+class ChangedTiles;
+class ScreenHistory;
+
+/// Where the corner of a patch is from a frame on, in whole pixels.
+struct PathPoint {
+    double time = 0; // seconds, of the frame
+    int x = 0;
+    int y = 0;
+    bool operator==(PathPoint const&) const = default;
+};
+
+/// A piece of text on the screen, followed from the first frame that shows it.
+struct TrackedText {
+    std::shared_ptr<TextPatch const> patch;
+    int x = 0; // its corner at present
+    int y = 0;
+    Shift velocity;              // of the last picture
+    Presence presence;           // on the present picture
+    std::vector<double> since;   // of each cell: seconds of the first frame that shows it
+    std::vector<PathPoint> path; // ascending; between two points it moves steadily
+
+    PixelBox box() const { return {x, y, patch->width(), patch->height()}; }
+    /// What a step of the screen does to it: `before` is the time of the frame that shows it where it was.
+    void moveTo(int newX, int newY, double before, double now);
+};
+
+/// The picture that comes next.
+struct NextPicture {
+    GrayView picture;
+    ChangedTiles const& tiles;
+    double before = 0; // seconds: the last frame
+    double now = 0;
+};
+
+/// Looks for each text on the next picture: where it is, where others went, and where it is found. What is not legible
+/// any more has a presence that says so. Returns by how much things moved.
+std::vector<Shift> follow(std::span<TrackedText* const> texts, NextPicture const& next,
+                          std::span<Shift const> lastShifts);
+
+/// Follows texts of the history's last frame back to where they came from. One of these serves all texts of a frame:
+/// what is learned about the motion of one helps the next.
+class BackTracker {
+public:
+    explicit BackTracker(ScreenHistory const& history);
+
+    /// The text with its path and the cells' times.
+    TrackedText trackedFrom(std::shared_ptr<TextPatch const> patch, int x, int y);
+
+private:
+    bool stepBack(TrackedText& text, std::size_t frame);
+    bool searchBack(TrackedText& text, std::size_t frame);
+
+    ScreenHistory const& history_;
+    std::vector<std::vector<Shift>> shifts_; // of each frame of the history, since the one before
+    std::vector<int> failures_;              // searches that found nothing there
+};
+
+}

@@ -1,0 +1,107 @@
+#include <TavaroVision/Tracking/Private/ShiftSearch.h>
+
+#include <TavaroVision/Tracking/Private/TextPatch.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <limits>
+
+namespace tavaro {
+
+namespace {
+
+constexpr int groups = 24, samplesInGroup = 4;    // across the patch
+constexpr int widestDrag = 160, highestDrag = 96; // pixels from one picture to the next
+
+struct Sample {
+    int x = 0;
+    int y = 0;
+    int value = 0;
+    int edge = 0; // how steep it is there
+};
+
+int edgeAt(GrayView const& view, int x, int y) {
+    auto const* p = view.pixels + y * view.stride + x;
+    return std::abs(p[1] - p[-1]) + std::abs(p[view.stride] - p[-view.stride]);
+}
+
+/// The steepest ones of each stretch of the patch; one of each stretch after the other, so that the first few tell
+/// most.
+std::vector<Sample> samplesOf(TextPatch const& patch) {
+    auto const view = patch.view();
+    std::vector<std::vector<Sample>> found(groups);
+    for (int y = 1; y + 1 < view.height; ++y) {
+        for (int x = 1; x + 1 < view.width; ++x) {
+            auto& group = found[static_cast<std::size_t>(x * groups / view.width)];
+            Sample const sample{x, y, view.pixels[y * view.stride + x], edgeAt(view, x, y)};
+            if (group.size() == samplesInGroup && sample.edge <= group.back().edge) continue;
+            if (group.size() == samplesInGroup) group.pop_back();
+            group.insert(std::ranges::upper_bound(group, sample.edge, std::greater{}, &Sample::edge), sample);
+        }
+    }
+    std::vector<Sample> samples;
+    for (std::size_t rank = 0; rank < samplesInGroup; ++rank) {
+        for (auto const& group : found) {
+            if (rank < group.size() && group[rank].edge > 24) samples.push_back(group[rank]);
+        }
+    }
+    return samples;
+}
+
+class Search {
+public:
+    Search(TextPatch const& patch, int x, int y, GrayView const& picture)
+        : samples_(samplesOf(patch))
+        , width_(patch.width())
+        , height_(patch.height())
+        , x_(x)
+        , y_(y)
+        , picture_(picture) {
+        int edges = 0;
+        for (auto const& sample : samples_) edges += sample.edge;
+        best_ = edges / 6; // much less than a picture of other letters differs by
+    }
+
+    bool isWorthwhile() const { return samples_.size() >= 12; }
+
+    /// Keeps it if it is better than all before. Only places wholly on the picture.
+    void trial(Shift const& shift) {
+        int const x = x_ + shift.dx, y = y_ + shift.dy;
+        if (x < 0 || y < 0 || x + width_ > picture_.width || y + height_ > picture_.height) return;
+        auto const* corner = picture_.pixels + y * picture_.stride + x;
+        int difference = 0;
+        for (auto const& sample : samples_) {
+            difference += std::abs(corner[sample.y * picture_.stride + sample.x] - sample.value);
+            if (difference >= best_) return;
+        }
+        best_ = difference;
+        found_ = shift;
+    }
+
+    std::optional<Shift> found() const { return found_; }
+
+private:
+    std::vector<Sample> samples_;
+    int width_, height_, x_, y_;
+    GrayView picture_;
+    int best_ = 0;
+    std::optional<Shift> found_;
+};
+
+}
+
+std::optional<Shift> shiftOf(TextPatch const& patch, int x, int y, GrayView const& picture) {
+    Search search(patch, x, y, picture);
+    if (!search.isWorthwhile()) return std::nullopt;
+    for (int dy = 0; dy < picture.height; ++dy) { // near places first: of equals the nearest counts
+        search.trial({0, dy});
+        search.trial({0, -dy});
+    }
+    if (search.found()) return search.found();
+    for (int dy = -highestDrag; dy <= highestDrag; ++dy) {
+        for (int dx = -widestDrag; dx <= widestDrag; ++dx) search.trial({dx, dy});
+    }
+    return search.found();
+}
+
+}

@@ -1,0 +1,178 @@
+#include <TavaroVision/Tracking/Private/TrackedText.h>
+
+#include <TavaroVision/Tracking/Private/ChangedTiles.h>
+#include <TavaroVision/Tracking/Private/ScreenHistory.h>
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace tavaro {
+
+namespace {
+
+constexpr int mostSearches = 6, mostFailures = 3; // in a picture
+
+void addShift(std::vector<Shift>& shifts, Shift const& shift) {
+    if (!shift.isNone() && std::ranges::find(shifts, shift) == shifts.end()) shifts.push_back(shift);
+}
+
+bool isBetween(PathPoint const& a, PathPoint const& b, PathPoint const& c) {
+    constexpr double slack = 0.5; // pixels
+    if (c.time <= a.time) return true;
+    auto const part = (b.time - a.time) / (c.time - a.time);
+    return std::abs(a.x + part * (c.x - a.x) - b.x) <= slack && std::abs(a.y + part * (c.y - a.y) - b.y) <= slack;
+}
+
+/// What lies between two others on one straight way is not needed.
+void append(std::vector<PathPoint>& path, PathPoint const& point) {
+    if (!path.empty() && path.back().time >= point.time) return;
+    if (path.size() >= 2 && isBetween(path[path.size() - 2], path.back(), point)) path.pop_back();
+    path.push_back(point);
+}
+
+/// A text that is not where it was, and the best place for it so far.
+struct Lost {
+    TrackedText* text;
+    Shift best;
+    Presence presence;
+
+    bool isFound() const { return !best.isNone() && presence.isMost(); }
+    bool trial(Shift const& shift, GrayView const& picture) {
+        auto there = text->patch->presence(picture, text->x + shift.dx, text->y + shift.dy);
+        if (there.count <= presence.count || !there.isLegible()) return false;
+        presence = std::move(there);
+        best = shift;
+        return true;
+    }
+};
+
+std::vector<Lost> lostOf(std::span<TrackedText* const> texts, NextPicture const& next) {
+    std::vector<Lost> lost;
+    for (auto* text : texts) {
+        if (!next.tiles.isChanged(text->box())) {
+            text->velocity = {};
+            continue;
+        }
+        text->presence = text->patch->presence(next.picture, text->x, text->y);
+        if (text->presence.isMost()) {
+            text->velocity = {};
+        } else {
+            lost.push_back({text, {}, text->presence});
+        }
+    }
+    return lost;
+}
+
+/// Looks for the largest of the lost ones all over the picture; where it went, others may have gone too.
+void searchFor(std::vector<Lost>& lost, std::vector<Shift>& shifts, GrayView const& picture) {
+    std::vector<Lost*> order;
+    for (auto& one : lost) order.push_back(&one);
+    std::ranges::sort(order, std::greater{}, [](Lost const* one) { return one->text->patch->inkedCells(); });
+    int searches = 0, failures = 0;
+    for (auto* one : order) {
+        if (one->isFound()) continue;
+        if (++searches > mostSearches || failures >= mostFailures) return;
+        auto const shift = shiftOf(*one->text->patch, one->text->x, one->text->y, picture);
+        if (!shift || !one->trial(*shift, picture) || !one->isFound()) {
+            ++failures;
+            continue;
+        }
+        addShift(shifts, *shift);
+        for (auto& other : lost) {
+            if (!other.isFound()) other.trial(*shift, picture);
+        }
+    }
+}
+
+}
+
+void TrackedText::moveTo(int newX, int newY, double before, double now) {
+    if (!path.empty() && path.back().time < before) append(path, {before, x, y});
+    velocity = {newX - x, newY - y};
+    x = newX;
+    y = newY;
+    append(path, {now, x, y});
+}
+
+std::vector<Shift> follow(std::span<TrackedText* const> texts, NextPicture const& next,
+                          std::span<Shift const> lastShifts) {
+    auto lost = lostOf(texts, next);
+    std::vector<Shift> shifts;
+    for (auto const& shift : lastShifts) addShift(shifts, shift);
+    for (auto const& one : lost) addShift(shifts, one.text->velocity);
+    for (auto& one : lost) {
+        for (auto const& shift : shifts) one.trial(shift, next.picture);
+    }
+    searchFor(lost, shifts, next.picture);
+    std::vector<Shift> used;
+    for (auto& one : lost) {
+        one.text->presence = std::move(one.presence);
+        addShift(used, one.best);
+        if (one.best.isNone()) {
+            one.text->velocity = {};
+        } else {
+            one.text->moveTo(one.text->x + one.best.dx, one.text->y + one.best.dy, next.before, next.now);
+        }
+    }
+    return used;
+}
+
+BackTracker::BackTracker(ScreenHistory const& history) : history_(history), failures_(history.size(), 0) {
+    for (std::size_t i = 0; i < history.size(); ++i) shifts_.push_back(history[i].shifts);
+}
+
+TrackedText BackTracker::trackedFrom(std::shared_ptr<TextPatch const> patch, int x, int y) {
+    auto const& last = history_.last();
+    TrackedText text{.patch = std::move(patch), .x = x, .y = y};
+    text.presence = text.patch->presence(last.picture->view(), x, y);
+    text.since.assign(static_cast<std::size_t>(text.patch->cells()), last.time);
+    std::vector<PathPoint> back{{last.time, x, y}};
+    for (auto frame = history_.size() - 1; frame-- > 0;) {
+        bool const isSame = history_[frame].picture == history_[frame + 1].picture;
+        if (!isSame && !stepBack(text, frame)) break;
+        back.push_back({history_[frame].time, text.x, text.y});
+        for (std::size_t cell = 0; cell < text.since.size(); ++cell) {
+            if (text.presence.shown[cell]) text.since[cell] = history_[frame].time;
+        }
+    }
+    for (auto point = back.rbegin(); point != back.rend(); ++point) append(text.path, *point);
+    text.x = x;
+    text.y = y;
+    text.velocity = {};
+    text.presence = text.patch->presence(last.picture->view(), x, y);
+    return text;
+}
+
+/// To the frame from the one after it.
+bool BackTracker::stepBack(TrackedText& text, std::size_t frame) {
+    auto const picture = history_[frame].picture->view();
+    Lost lost{&text, {}, text.patch->presence(picture, text.x, text.y)};
+    if (!lost.presence.isMost()) {
+        for (auto const& shift : shifts_[frame + 1]) lost.trial({-shift.dx, -shift.dy}, picture);
+        if (!lost.presence.isMost() && searchBack(text, frame)) return true;
+    }
+    if (!lost.presence.isLegible()) return false;
+    text.x += lost.best.dx;
+    text.y += lost.best.dy;
+    text.presence = std::move(lost.presence);
+    return true;
+}
+
+bool BackTracker::searchBack(TrackedText& text, std::size_t frame) {
+    if (failures_[frame] >= mostFailures || text.patch->inkedCells() < 4) return false;
+    auto const picture = history_[frame].picture->view();
+    auto const shift = shiftOf(*text.patch, text.x, text.y, picture);
+    Lost lost{&text, {}, {}};
+    if (!shift || shift->isNone() || !lost.trial(*shift, picture) || !lost.isFound()) {
+        ++failures_[frame];
+        return false;
+    }
+    addShift(shifts_[frame + 1], {-shift->dx, -shift->dy});
+    text.x += shift->dx;
+    text.y += shift->dy;
+    text.presence = std::move(lost.presence);
+    return true;
+}
+
+}
