@@ -38,8 +38,9 @@ MCPToolHandler::MCPToolHandler(MainQueue& queue, Application& application, std::
     : queue_(queue)
     , application_(application)
     , version_(std::move(version))
-    , recording_(application)
-    , projects_(queue, application)
+    , secrets_(queue, application)
+    , recording_(application, secrets_)
+    , projects_(queue, application, secrets_)
     , films_(application)
     , others_(queue) {}
 

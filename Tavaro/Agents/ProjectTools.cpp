@@ -3,19 +3,17 @@
 #include <Tavaro/Agents/Private/ProjectActions.h>
 #include <Tavaro/Agents/Private/ProjectPatch.h>
 #include <Tavaro/Agents/Private/ProjectView.h>
+#include <Tavaro/Agents/Private/SecretTools.h>
 #include <Tavaro/Agents/Private/TimelineOp.h>
 #include <Tavaro/Model/Application/Application.h>
 #include <Tavaro/Model/Making/Polish.h>
 #include <Tavaro/Model/Operations/Perform.h>
-#include <Tavaro/Model/Privacy/FindingListing.h>
-#include <Tavaro/Model/Privacy/PrivacyScanJob.h>
 #include <Tavaro/Model/Voice/MachineVoices.h>
 #include <Tavaro/Model/Voice/TranscriptionJob.h>
 #include <Tavaro/Model/Voice/VoiceoverJob.h>
 
 #include <TavaroCore/Errors/Excerpt.h>
 #include <TavaroCore/Records/JSON.h>
-#include <TavaroCore/Values/Timecode.h>
 #include <TavaroMCP/Protocol/ToolResult.h>
 
 #include <fmt/format.h>
@@ -68,31 +66,6 @@ void patch(RunningCall& call, OpenProject& project) {
     call.finish(toolResult::ok(summary + ".", editResult(step)));
 }
 
-/// Of what the film hides, and when it first does.
-std::string hiddenSummary(std::vector<ListedFinding> const& findings) {
-    std::vector<SensitiveKind> kinds;
-    std::optional<double> first;
-    for (auto const& each : findings) {
-        if (each.isByHand || each.state == FindingState::rejected) continue;
-        kinds.push_back(each.kind);
-        if (!first && !each.shown.empty()) first = each.shown.front().start;
-    }
-    if (kinds.empty()) return "No secrets were found in the picture. Look at it all the same: a scan can miss some.";
-    auto const when =
-        first ? fmt::format(", from {} on", Timecode::format(*first, Timecode::Fraction::hundredths)) : "";
-    return fmt::format("The film hides {}{}.", countedKinds(kinds), when);
-}
-
-JSONValue::Object hiddenResult(StepOutcome const& step, KeptScan const& kept,
-                               std::vector<ListedFinding> const& findings) {
-    auto result = editResult(step);
-    result.emplace("found", kept.hidden + kept.rejected);
-    result.emplace("rejected", kept.rejected);
-    result.emplace("maskedKeystrokes", kept.maskedStrokes);
-    result.emplace("findings", JSONValue::parse(encodeJSON(findings)));
-    return result;
-}
-
 void changeTimeline(RunningCall& call, OpenProject& project) {
     project.refresh();
     auto const title = infoOf(timelineOp(call.arguments(), project.document())).title;
@@ -143,7 +116,7 @@ void ProjectTools::runAction(RunningCall& call, OpenProjects::Opened const& proj
 void ProjectTools::act(RunningCall& call, OpenProjects::Opened const& project) {
     project->refresh();
     auto const action = projectAction(call.arguments(), project->document());
-    if (std::holds_alternative<ProjectAction::PrivacyScan>(action.work)) return hideSecrets(call, project);
+    if (std::holds_alternative<ProjectAction::PrivacyScan>(action.work)) return secrets_.hide(call, project);
     if (auto const* const options = std::get_if<PolishOptions>(&action.work))
         return polish(call, project, {.options = *options});
     if (auto const* const voiceover = std::get_if<ProjectAction::Voiceover>(&action.work))
@@ -218,10 +191,12 @@ void ProjectTools::transcribe(RunningCall& call, OpenProjects::Opened const& pro
     auto sounds = spokenSounds(project->document(), project->package(), AudioRole::microphone);
     if (sounds.empty())
         throw MCPToolError(MCPErrorCode::failed, "This project has no microphone recording to transcribe.");
-    auto const job = std::make_shared<Job<MadeTranscript, TranscriptionProgress>>(
-        transcriptionJob(queue_, {.sounds = std::move(sounds),
-                                  .choices = {.locale = locale},
-                                  .places = EnginePlaces::usual(application_.preferences())}));
+    TranscriptionRequest request;
+    request.sounds = std::move(sounds);
+    request.places = EnginePlaces::usual(application_.preferences());
+    request.choices.locale = locale;
+    auto const job =
+        std::make_shared<Job<MadeTranscript, TranscriptionProgress>>(transcriptionJob(queue_, std::move(request)));
     call.keep(job);
     call.whenAbandoned([&job = *job] { job.cancel(); });
     job->onProgress(call.later([](RunningCall& here, TranscriptionProgress const& progress) {
@@ -245,37 +220,6 @@ void ProjectTools::keepWords(RunningCall& call, OpenProjects::Opened const& proj
     call.finish(toolResult::ok(fmt::format("Transcribed {} words in {} with {}.", made.transcript.words.size(),
                                            made.transcript.localeIdentifier, made.engine.name),
                                std::move(result)));
-}
-
-void ProjectTools::hideSecrets(RunningCall& call, OpenProjects::Opened const& project) {
-    auto const& document = project->document();
-    auto const job = std::make_shared<Job<MadePrivacyScan, ScanProgress>>(
-        privacyScanJob(queue_, privacyScanRequest(document, project->package(), document.redactionSettings)));
-    call.keep(job);
-    call.whenAbandoned([&job = *job] { job.cancel(); });
-    job->onProgress(call.later([](RunningCall& here, ScanProgress const& progress) {
-        auto const share = progress.total > 0 ? progress.seconds / progress.total : 0;
-        here.progress(std::min(share, 1.0),
-                      fmt::format("{:.0f} s looked at, {} found.", progress.seconds, progress.found));
-    }));
-    job->onFinished(call.later([this, project, &job = *job](RunningCall& here) {
-        auto const made = std::make_shared<MadePrivacyScan const>(std::move(job.result()));
-        locked_.perform(here, [=, this](RunningCall& later) { keepHidden(later, project, *made); });
-    }));
-    job->start();
-}
-
-/// What was found is kept, also where nobody waited for the rest.
-void ProjectTools::keepHidden(RunningCall& call, OpenProjects::Opened const& project, MadePrivacyScan const& made) {
-    KeptScan kept;
-    auto const step = commitFor(*project, call.client(), privacyScanStep,
-                                [&](DemoProject& edited) { kept = keepPrivacyScan(edited, made); });
-    if (made.isStopped)
-        throw MCPToolError(MCPErrorCode::failed, "The scan was stopped. What it had found by then is hidden.");
-    auto const findings = listedFindings(project->document());
-    auto text = hiddenSummary(findings);
-    for (auto const& warning : made.warnings) text += " " + warning;
-    call.finish(toolResult::ok(text, hiddenResult(step, kept, findings)));
 }
 
 }

@@ -1,6 +1,7 @@
 #include <Tavaro/Agents/Private/RecordingTools.h>
 
 #include <Tavaro/Agents/Private/RecordObject.h>
+#include <Tavaro/Agents/Private/SecretTools.h>
 #include <Tavaro/Model/Application/Application.h>
 #include <Tavaro/Model/Listings/SourceListing.h>
 #include <Tavaro/Model/Recording/RecordingPreferences.h>
@@ -124,10 +125,12 @@ std::string lessThanAsked(RecordingOutcome const& outcome, RecordRequest const& 
     return text;
 }
 
-ToolResult savedResult(RecordingOutcome const& outcome, RecordRequest const& request) {
+/// `hidden` says what of it is hidden; empty where that was not looked for.
+ToolResult savedResult(RecordingOutcome const& outcome, RecordRequest const& request, std::string const& hidden) {
     auto const& made = *outcome.made;
-    return toolResult::ok(fmt::format("{}Saved as project {} ({:.1f} s). Auto Polish has run.",
-                                      lessThanAsked(outcome, request), made.id.text(), made.made.duration),
+    return toolResult::ok(fmt::format("{}{}{}Saved as project {} ({:.1f} s). Auto Polish has run.", hidden,
+                                      hidden.empty() ? "" : " ", lessThanAsked(outcome, request), made.id.text(),
+                                      made.made.duration),
                           savedObject(outcome));
 }
 
@@ -144,7 +147,7 @@ void RecordingTools::record(RunningCall& call, RecordRequest const& request,
     application_.recorder().expectIdle();
     auto const take = std::make_shared<Take>(Take{.request = request});
     auto const answer =
-        call.later([take](RunningCall& here, RecordingOutcome const& outcome) { tell(here, *take, outcome); });
+        call.later([this, take](RunningCall& here, RecordingOutcome const& outcome) { tell(here, *take, outcome); });
     application_.record({.recorder = recorderOptions(request, application_.preferences()),
                          .countdown = request.countdown,
                          .seconds = request.seconds.value_or(0),
@@ -172,7 +175,10 @@ std::shared_ptr<RecordingTools::Take> RecordingTools::present() const {
 void RecordingTools::tell(RunningCall& call, Take& take, RecordingOutcome const& outcome) {
     if (!call.isAbandoned()) take.untold.reset();
     expectSaved(outcome, take.request);
-    call.finish(savedResult(outcome, take.request));
+    secrets_.hideInTake(call, outcome.made->id,
+                        [outcome, request = take.request](RunningCall& here, std::string const& sentence) {
+                            here.finish(savedResult(outcome, request, sentence));
+                        });
 }
 
 std::optional<JSONValue::Object> RecordingTools::untold() const {
@@ -207,7 +213,7 @@ void RecordingTools::stop(RunningCall& call) {
     if (auto const untold = take_->untold; untold && recorder.isIdle()) return tell(call, *take_, *untold);
     recorder.stop();
     recorder.whenOver(call.later(
-        [take = present()](RunningCall& here, RecordingOutcome const& outcome) { tell(here, *take, outcome); }));
+        [this, take = present()](RunningCall& here, RecordingOutcome const& outcome) { tell(here, *take, outcome); }));
 }
 
 void RecordingTools::pause(RunningCall& call) {

@@ -3,6 +3,7 @@
 #include "../Core/Package/TemporaryFolder.h"
 
 #include <Tavaro/Agents/Private/MCPToolHandler.h>
+#include <Tavaro/Model/Privacy/PrivacyPreferences.h>
 #include <Tavaro/Model/Recording/RecordingPreferences.h>
 
 #include <TavaroCapture/Recorder/ScreenRecorder.h>
@@ -19,6 +20,7 @@
 
 using namespace tavaro;
 using ::testing::AllOf;
+using ::testing::ContainsRegex;
 using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
@@ -392,4 +394,18 @@ TEST_F(MCPToolHandlerTest, aRecordingOfAFixedLengthThatNobodyWaitsForIsKeptAsFar
     EXPECT_THAT(end(), EndsWith(" s). Auto Polish has run."));
     EXPECT_THAT(called("list_projects"), StartsWith("1 projects"));
     abandon(); // over
+}
+
+TEST_F(MCPToolHandlerTest, aTakeIsSavedWhateverComesOfTheScanThatTheUserWantsOfEach) {
+    application.preferences().set(newTakesScanned, true);
+    setenv("XDG_STATE_HOME", (folder / "state").c_str(), 1);
+    ASSERT_THAT(called("record_for", R"({"target":{"display":"display-1"},"seconds":1,"countdown":0})"),
+                AllOf(ContainsRegex("private text|secrets|The film hides"), EndsWith(" s). Auto Polish has run.")));
+    id = *structured().find<std::string>("project_id");
+    auto const answer = called("run_action", withID(R"(,"action":"hide_secrets")"));
+    EXPECT_EQ(*result->find<bool>("isError"), answer.starts_with("failed: ")) << answer;
+    EXPECT_FALSE(answer.starts_with("invalid_arguments")) << answer;
+    bool const isLookedAt = project().document().redactionScan.has_value();
+    EXPECT_EQ(isLookedAt, !*result->find<bool>("isError")) << answer;
+    unsetenv("XDG_STATE_HOME");
 }

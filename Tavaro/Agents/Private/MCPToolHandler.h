@@ -4,6 +4,7 @@
 #include <Tavaro/Agents/Private/ProjectTools.h>
 #include <Tavaro/Agents/Private/RecordingTools.h>
 #include <Tavaro/Agents/Private/RunningCall.h>
+#include <Tavaro/Agents/Private/SecretTools.h>
 #include <Tavaro/Agents/Private/UITools.h>
 #include <Tavaro/Model/Application/Application.h>
 
@@ -45,6 +46,7 @@ private:
     MainQueue& queue_;
     Application& application_;
     std::string const version_;
+    SecretTools secrets_;
     RecordingTools recording_;
     ProjectTools projects_;
     FilmTools films_;

@@ -13,8 +13,8 @@ namespace tavaro {
 
 class Application;
 class MainQueue;
+class SecretTools;
 struct GeneratedVoiceover;
-struct MadePrivacyScan;
 struct MadeTranscript;
 struct PolishedProject;
 
@@ -22,9 +22,10 @@ struct PolishedProject;
 /// it is answered for.
 class ProjectTools {
 public:
-    ProjectTools(MainQueue& queue, Application& application)
+    ProjectTools(MainQueue& queue, Application& application, SecretTools& secrets)
         : queue_(queue)
         , application_(application)
+        , secrets_(secrets)
         , locked_(queue) {}
 
     void list(RunningCall& call);
@@ -55,13 +56,11 @@ private:
     void transcribe(RunningCall& call, OpenProjects::Opened const& project, std::string const& locale);
     void keepWords(RunningCall& call, OpenProjects::Opened const& project, MadeTranscript const& made);
 
-    void hideSecrets(RunningCall& call, OpenProjects::Opened const& project);
-    void keepHidden(RunningCall& call, OpenProjects::Opened const& project, MadePrivacyScan const& made);
-
     void act(RunningCall& call, OpenProjects::Opened const& project);
 
     MainQueue& queue_;
     Application& application_;
+    SecretTools& secrets_;
     LockedProjects locked_;
     OpenProjects::Opened opened_;
 };

@@ -13,11 +13,12 @@
 namespace tavaro {
 
 class Application;
+class SecretTools;
 
 /// The tools that record.
 class RecordingTools {
 public:
-    explicit RecordingTools(Application& application) : application_(application) {}
+    RecordingTools(Application& application, SecretTools& secrets) : application_(application), secrets_(secrets) {}
 
     void listSources(RunningCall& call);
     void start(RunningCall& call);
@@ -44,9 +45,10 @@ private:
     /// `begun` gets the remarks so far.
     void record(RunningCall& call, RecordRequest const& request, std::function<void(std::vector<std::string>)> begun);
     std::shared_ptr<Take> present() const;
-    static void tell(RunningCall& call, Take& take, RecordingOutcome const& outcome);
+    void tell(RunningCall& call, Take& take, RecordingOutcome const& outcome);
 
     Application& application_;
+    SecretTools& secrets_;
     std::shared_ptr<Take> take_ = std::make_shared<Take>(); // the last; before the first, one of nothing
 };
 
