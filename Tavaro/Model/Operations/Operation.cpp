@@ -56,7 +56,8 @@ void readArgument(Record& record, Field<Record, Value> const& field, JSONValue c
 }
 
 template<class Record> void expectKnown(JSONValue::Object const& arguments) {
-    for (auto const& [key, value] : arguments) {
+    for (auto const& argument : arguments) {
+        auto const& key = argument.first;
         bool isKnown = false;
         forEachField<Record>([&](auto const& field) { isKnown = isKnown || field.name == key; });
         if (!isKnown) failArgument(fmt::format("“{}” is no argument of {}.", key, Record::info.name));

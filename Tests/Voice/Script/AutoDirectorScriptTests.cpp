@@ -55,7 +55,7 @@ TEST(AutoDirectorScript, eachActionHasALineWhenItHappens) {
     EXPECT_EQ(script[2].text, "Now I select what I need from the left side.");
     EXPECT_EQ(script[5].text, "Control S does the same thing without leaving the keyboard.");
     EXPECT_EQ(script[6].text, "Now I switch over to Firefox.");
-    EXPECT_EQ(script[1].position, UnitPoint2(0.5, 0.1));
+    EXPECT_EQ(script[1].position, (UnitPoint2{0.5, 0.1}));
     EXPECT_EQ(script[1].app, "Geany");
 }
 
