@@ -48,8 +48,8 @@ public:
         if (!isValid() || !timeline_->window()) return {};
         auto const box = timeline_->layout().box(timeline_->view(), *place());
         QRectF const shown = QRectF(box.x, box.y, box.width, box.height)
-                                 .intersected({TimelineView::headerWidth, TimelineView::rulerHeight, timeline_->width(),
-                                               timeline_->height()});
+                                 .intersected({QPointF(TimelineView::headerWidth, TimelineView::rulerHeight),
+                                               QPointF(timeline_->width(), timeline_->height())});
         return timeline_->mapRectToScene(shown).translated(timeline_->window()->mapToGlobal(QPoint())).toRect();
     }
 

@@ -341,6 +341,11 @@ TEST(TimelineItem, whatIsInViewIsInTheAccessibilityTree) {
     zoom->actionInterface()->doAction(QAccessibleActionInterface::increaseAction());
     ASSERT_EQ(stage.intents.size(), 3u);
     EXPECT_NEAR(std::get<timelineIntents::MoveItems>(stage.intents[1]).by, 1.0 / 60, 1e-9);
+    stage.item->setView(3, 0.002);
+    for (int i = 0; i < tree->childCount(); ++i) {
+        auto const place = tree->child(i)->rect();
+        EXPECT_TRUE(place.isEmpty() || tree->rect().contains(place)) << "of what is longer than the view, what shows";
+    }
     auto changed = project;
     changed.zoomEvents.clear();
     stage.item->show(changed);

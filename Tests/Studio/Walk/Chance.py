@@ -83,7 +83,8 @@ class Chance:
         if not film:
             return None
         x, y, width, height = film.where()
-        return x + self.random.randrange(2, max(3, width - 2)), y + self.random.randrange(2, max(3, height - 2))
+        # What is zoomed into may begin outside of the display.
+        return max(x + self.random.randrange(2, max(3, width - 2)), 0), max(y + self.random.randrange(2, max(3, height - 2)), 0)
 
     def click(self):
         if at := self.point():
