@@ -419,16 +419,19 @@ KeyframePlace keyframePlace(DemoProject const& project, UUID const& redaction, d
 void addKeyframe(DemoProject& project, UUID const& redaction, double at) {
     if (keyframePlace(project, redaction, at) != KeyframePlace::free) return;
     auto& tracks = project.redactions.edit();
-    std::ranges::find(tracks, redaction, &RedactionTrack::id)->ensureKeyframe(*project.timeline.sourceTime(at));
+    auto const track = std::ranges::find(tracks, redaction, &RedactionTrack::id);
+    track->ensureKeyframe(*project.timeline.sourceTime(at));
+    track->isAutomatic = false; // the next scan leaves it as it is
 }
 
 void removeKeyframe(DemoProject& project, UUID const& redaction, double at) {
     if (keyframePlace(project, redaction, at) != KeyframePlace::taken) return;
     auto& tracks = project.redactions.edit();
-    auto& keyframes = std::ranges::find(tracks, redaction, &RedactionTrack::id)->keyframes;
-    auto const place =
-        std::ranges::find(tracks, redaction, &RedactionTrack::id)->keyframeAt(*project.timeline.sourceTime(at));
-    if (keyframes.size() > 1 && place) keyframes.erase(keyframes.begin() + static_cast<std::ptrdiff_t>(*place));
+    auto const track = std::ranges::find(tracks, redaction, &RedactionTrack::id);
+    auto const place = track->keyframeAt(*project.timeline.sourceTime(at));
+    if (track->keyframes.size() < 2 || !place) return;
+    track->keyframes.erase(track->keyframes.begin() + static_cast<std::ptrdiff_t>(*place));
+    track->isAutomatic = false;
 }
 
 }

@@ -162,6 +162,7 @@ void changeRedaction(DemoProject& project, ThingChange const& change, FramePlace
     if (!track || track->keyframes.empty()) return;
     bool const moves = track->keyframes.size() > 1 && source;
     (moves ? track->ensureKeyframe(*source) : track->keyframes.front()).rect = now;
+    track->isAutomatic = false; // the next scan leaves it as it is
 }
 
 void changeCrop(DemoProject& project, ThingChange const& change, FramePlaces const& places) {

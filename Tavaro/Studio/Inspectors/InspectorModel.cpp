@@ -238,6 +238,10 @@ void InspectorModel::changeItems(DemoProject& project, std::vector<UUID> const& 
     for (auto const& path : pathsOfItems(project, items))
         changes.push_back({path + "." + row.path, givenValue(row, value)});
     perform(project, changes, project_->package());
+    if (kinds.empty() || kinds.begin()->second != ItemKind::redaction) return;
+    std::unordered_set<UUID, UUIDHash> const changed(items.begin(), items.end());
+    for (auto& track : project.redactions.edit())
+        if (changed.contains(track.id)) track.isAutomatic = false; // the next scan leaves it as it is
 }
 
 bool InspectorModel::change(FieldRow const& row, QVariant const& value) {
