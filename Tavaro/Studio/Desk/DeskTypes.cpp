@@ -5,6 +5,7 @@
 #include <Tavaro/Studio/Files/FileTypes.h>
 #include <Tavaro/Studio/Handles/HandleTypes.h>
 #include <Tavaro/Studio/Preview/PreviewTypes.h>
+#include <Tavaro/Studio/Privacy/PrivacyDesk.h>
 #include <Tavaro/Studio/Timeline/TimelineTypes.h>
 #include <Tavaro/Studio/Voice/VoiceDesk.h>
 
@@ -19,6 +20,7 @@ void registerDeskTypes() {
     registerTimelineTypes();
     registerHandleTypes();
     registerVoiceTypes();
+    registerPrivacyTypes();
     qmlRegisterUncreatableType<EditorDesk>("Tavaro.Editor", 1, 0, "EditorDesk",
                                            QStringLiteral("It comes with a project."));
 }

@@ -1,5 +1,6 @@
 #include <Tavaro/Studio/Desk/EditorDesk.h>
 
+#include <Tavaro/Studio/Privacy/PrivacyDesk.h>
 #include <Tavaro/Studio/Voice/VoiceDesk.h>
 
 #include <TavaroCore/Project/DemoProject.h>
@@ -64,6 +65,11 @@ QObject* EditorDesk::voice() {
         voice_ =
             std::make_unique<VoiceDesk>(queue_, session_, voiceMeans_ ? *voiceMeans_ : VoiceMeans::ofThisMachine());
     return voice_.get();
+}
+
+QObject* EditorDesk::privacy() {
+    if (!privacy_) privacy_ = std::make_unique<PrivacyDesk>(queue_, session_, movieScan_);
+    return privacy_.get();
 }
 
 QString EditorDesk::time() const {

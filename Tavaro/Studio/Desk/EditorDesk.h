@@ -6,6 +6,9 @@
 #include <Tavaro/Studio/Timeline/TimelineItem.h>
 #include <Tavaro/Studio/Timeline/TimelineSteps.h>
 #include <Tavaro/Studio/Voice/VoiceMeans.h>
+#ifndef Q_MOC_RUN // whose parser of Qt 6.4 gives up in there
+#include <Tavaro/Model/Privacy/PrivacyScanJob.h>
+#endif
 
 #include <QObject>
 #include <QPointer>
@@ -16,6 +19,7 @@
 
 namespace tavaro {
 
+class PrivacyDesk;
 class VoiceDesk;
 
 /// An open project in a window: its editor, its picture and its timeline, which show one moment and one selection. A
@@ -27,6 +31,7 @@ class EditorDesk final : public QObject {
     Q_PROPERTY(bool loops READ loops WRITE setLoops NOTIFY loopsChanged)
     Q_PROPERTY(tavaro::LookStills* looks READ looks CONSTANT)
     Q_PROPERTY(QObject* voice READ voice CONSTANT)
+    Q_PROPERTY(QObject* privacy READ privacy CONSTANT)
     Q_PROPERTY(QString time READ time NOTIFY timeChanged) // "0:04 / 1:20", of the whole film
 
 public:
@@ -42,6 +47,10 @@ public:
     QObject* voice();
     /// Before it is asked for; else it hears and speaks by what this machine has.
     void setVoiceMeans(VoiceMeans means) { voiceMeans_ = std::move(means); }
+    /// A `PrivacyDesk`, made when it is first asked for.
+    QObject* privacy();
+    /// Before it is asked for; else private text is found by the reader of this machine.
+    void setMovieScan(MovieScan scan) { movieScan_ = std::move(scan); }
     QString time() const;
     /// Whether the marked span plays over and over, or the film where none is marked.
     bool loops() const { return loops_; }
@@ -74,6 +83,8 @@ private:
     TimelineSteps steps_;
     std::optional<VoiceMeans> voiceMeans_;
     std::unique_ptr<VoiceDesk> voice_;
+    MovieScan movieScan_;
+    std::unique_ptr<PrivacyDesk> privacy_;
     QPointer<TimelineItem> timeline_;
     bool isDark_ = false, loops_ = false;
     // One side follows the other, which need not follow back: in the moment, and in what the timeline looks like.

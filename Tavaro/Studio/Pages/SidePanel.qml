@@ -18,9 +18,10 @@ Rectangle {
             { title: qsTr("Frame"), source: "FramePanel.qml" },
             { title: qsTr("Canvas"), source: "CanvasPanel.qml" },
         ] },
-        { name: "screen", title: qsTr("Zooms, crop and privacy"), icon: "zoom-in", views: [
-            { title: qsTr("Zooms"), source: "ScreenPanel.qml" },
-            { title: qsTr("Privacy"), source: "PrivacyPanel.qml" },
+        { name: "screen", title: qsTr("Zooms and crop"), icon: "zoom-in", source: "ScreenPanel.qml" },
+        { name: "privacy", title: qsTr("Privacy"), icon: "shield-lock", stays: true, views: [
+            { title: qsTr("Findings"), source: "PrivacyPanel.qml" },
+            { title: qsTr("What to find"), source: "PrivacyKinds.qml" },
         ] },
         { name: "cursor", title: qsTr("Pointer and clicks"), icon: "cursor", source: "PointerPanel.qml" },
         { name: "camera", title: qsTr("Camera"), icon: "person-video", source: "CameraPanel.qml" },

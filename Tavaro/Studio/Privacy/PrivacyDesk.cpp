@@ -1,0 +1,30 @@
+#include <Tavaro/Studio/Privacy/PrivacyDesk.h>
+
+#include <Tavaro/Studio/Editor/EditorSession.h>
+#include <Tavaro/Studio/Privacy/FindingStillItem.h>
+
+#include <QQmlEngine>
+
+#include <utility>
+
+namespace tavaro {
+
+PrivacyDesk::PrivacyDesk(MainQueue& queue, EditorSession& session, MovieScan scan)
+    : run_(queue, session, std::move(scan))
+    , findings_(session)
+    , stills_(queue, session) {
+    for (auto* part :
+         {static_cast<QObject*>(&run_), static_cast<QObject*>(&findings_), static_cast<QObject*>(&stills_)})
+        QQmlEngine::setObjectOwnership(part, QQmlEngine::CppOwnership);
+}
+
+void registerPrivacyTypes() {
+    auto const reason = QStringLiteral("They come with an editor.");
+    qmlRegisterUncreatableType<PrivacyDesk>("Tavaro.Privacy", 1, 0, "PrivacyDesk", reason);
+    qmlRegisterUncreatableType<ScanRun>("Tavaro.Privacy", 1, 0, "ScanRun", reason);
+    qmlRegisterUncreatableType<FindingList>("Tavaro.Privacy", 1, 0, "FindingList", reason);
+    qmlRegisterUncreatableType<FindingStills>("Tavaro.Privacy", 1, 0, "FindingStills", reason);
+    qmlRegisterType<FindingStillItem>("Tavaro.Privacy", 1, 0, "FindingStill");
+}
+
+}
