@@ -1,6 +1,8 @@
 #include <Tavaro/Studio/Program/OpenedProjects.h>
 
+#include <Tavaro/Model/Privacy/PrivacyPreferences.h>
 #include <Tavaro/Studio/Library/LibraryText.h>
+#include <Tavaro/Studio/Privacy/PrivacyDesk.h>
 
 #include <TavaroCore/Project/DemoProject.h>
 
@@ -12,9 +14,22 @@
 namespace tavaro {
 
 void OpenedProjects::open(QString const& package) {
-    projects_.open(libraryText::path(package), [this](Outcome<Opened> const& outcome) {
+    openAnd(package, [](EditorDesk&) {});
+}
+
+void OpenedProjects::openTake(QString const& package) {
+    openAnd(package, [this](EditorDesk& desk) {
+        if (!preferences_.get(newTakesScanned)) return;
+        desk.session()->setInspector(QStringLiteral("privacy")); // which shows how far it is
+        qobject_cast<PrivacyDesk*>(desk.privacy())->run()->start();
+    });
+}
+
+void OpenedProjects::openAnd(QString const& package, std::function<void(EditorDesk&)> const& then) {
+    projects_.open(libraryText::path(package), [this, then](Outcome<Opened> const& outcome) {
         try {
             add(outcome.value());
+            then(rows_[static_cast<std::size_t>(rowOf(outcome.value().get()))]->desk);
         } catch (Error const& error) {
             Q_EMIT failed(QString::fromUtf8(error.what()));
         }

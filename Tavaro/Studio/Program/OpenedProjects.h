@@ -8,6 +8,7 @@
 #include <QAbstractListModel>
 #include <QString>
 
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -28,6 +29,8 @@ public:
 
     /// `opened` follows, or `failed`; of one that is open already, at once.
     Q_INVOKABLE void open(QString const& package);
+    /// The same for a take that has just been made: it is looked at for private text, where the user wants that.
+    void openTake(QString const& package);
     /// Refused once, with `failed`, where that loses what was edited last.
     Q_INVOKABLE void close(int row);
     /// Of one that is not where it was.
@@ -61,6 +64,7 @@ private:
         ClosingProject closing{project};
     };
 
+    void openAnd(QString const& package, std::function<void(EditorDesk&)> const& then);
     void add(Opened const& project);
     void remove(int row);
     int rowOf(OpenProject const* project) const;

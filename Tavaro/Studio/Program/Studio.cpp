@@ -115,7 +115,7 @@ void Studio::open(Start const& start) {
 
 void Studio::show(QString const& take, QString const& startedBy) {
     library_.refresh();
-    if (startedBy.isEmpty()) projects_.open(take);
+    if (startedBy.isEmpty()) projects_.openTake(take);
 }
 
 void Studio::windowClosed() {

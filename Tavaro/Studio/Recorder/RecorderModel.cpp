@@ -1,6 +1,7 @@
 #include <Tavaro/Studio/Recorder/RecorderModel.h>
 
 #include <Tavaro/Model/Application/Application.h>
+#include <Tavaro/Model/Privacy/PrivacyPreferences.h>
 #include <Tavaro/Model/Recording/RecordingChoice.h>
 #include <Tavaro/Model/Recording/RecordingPreferences.h>
 #include <Tavaro/Studio/Recorder/Sentence.h>
@@ -149,6 +150,18 @@ void RecorderModel::setCountdown(int seconds) {
         qWarning("The countdown could not be kept: %s", error.what());
     }
     Q_EMIT countdownChanged();
+}
+
+bool RecorderModel::scansTakes() const { return application_.preferences().get(newTakesScanned); }
+
+void RecorderModel::setScansTakes(bool scans) {
+    if (scans == scansTakes()) return;
+    try {
+        application_.preferences().set(newTakesScanned, scans);
+    } catch (Error const& error) {
+        fail(QString::fromUtf8(error.what()));
+    }
+    Q_EMIT scansTakesChanged();
 }
 
 QString RecorderModel::keys() const {

@@ -21,6 +21,7 @@ class RecorderModel : public QObject {
     Q_PROPERTY(tavaro::RecorderDevices* devices READ devices CONSTANT)
     Q_PROPERTY(bool isWatched READ isWatched WRITE setWatched NOTIFY watchedChanged)    // whether its page is shown
     Q_PROPERTY(int countdown READ countdown WRITE setCountdown NOTIFY countdownChanged) // before the next take
+    Q_PROPERTY(bool scansTakes READ scansTakes WRITE setScansTakes NOTIFY scansTakesChanged) // for private text
     Q_PROPERTY(QString keys READ keys WRITE setKeys NOTIFY keysChanged) // that are logged: "all", "shortcuts", "none"
     Q_PROPERTY(tavaro::RecorderModel::Phase phase READ phase NOTIFY changed)
     Q_PROPERTY(bool isTaking READ isTaking NOTIFY changed) // there is a take that nobody has ended
@@ -59,6 +60,8 @@ public:
     void setWatched(bool isWatched);
     int countdown() const;
     void setCountdown(int seconds);
+    bool scansTakes() const;
+    void setScansTakes(bool scans);
     QString keys() const;
     void setKeys(QString const& keys);
 
@@ -104,6 +107,7 @@ Q_SIGNALS:
     void watchedChanged();
     void countdownChanged();
     void keysChanged();
+    void scansTakesChanged();
     void changed();
     void remarksChanged();
     void failureChanged();
