@@ -132,14 +132,52 @@ Ground groundOf(GrayView const& picture, PixelBox const& box) {
     return {.isFlat = flat >= flattest * total, .isDark = above > below};
 }
 
+bool isSet(BitRows const& edges, int x, int y) { return edges.count(y, x, x + 1) != 0; }
+
+/// Whether a column goes on beyond the box above or below, as the border of a field does, and no letter.
+bool isBorder(BitRows const& edges, PixelBox const& box, int x) {
+    constexpr int beyond = 2; // pixels
+    for (int y = box.y; y < box.bottom(); ++y)
+        if (!isSet(edges, x, y)) return false;
+    bool const isAbove = box.y >= beyond && isSet(edges, x, box.y - 1) && isSet(edges, x, box.y - beyond);
+    int const below = box.bottom() + beyond - 1;
+    return isAbove || (below < edges.height() && isSet(edges, x, below - 1) && isSet(edges, x, below));
+}
+
+bool hasInk(BitRows const& edges, PixelBox const& box, int x) {
+    for (int y = box.y; y < box.bottom(); ++y)
+        if (isSet(edges, x, y)) return true;
+    return false;
+}
+
+/// The box without borders near its ends, and what is beyond them.
+PixelBox withoutBorders(BitRows const& edges, PixelBox const& box) {
+    int left = box.x, right = box.right();
+    int const reach = std::min(box.width / 2, box.height);
+    for (int x = box.x; x < box.x + reach; ++x)
+        if (isBorder(edges, box, x)) left = x + 1;
+    for (int x = box.right() - reach; x < box.right(); ++x)
+        if (isBorder(edges, box, x)) {
+            right = x;
+            break;
+        }
+    if (left == box.x && right == box.right()) return box;
+    while (left < right && !hasInk(edges, box, left)) ++left;
+    while (right > left && !hasInk(edges, box, right - 1)) --right;
+    int top = box.y, bottom = box.bottom();
+    while (top < bottom && edges.count(top, left, right) == 0) ++top;
+    while (bottom > top && edges.count(bottom - 1, left, right) == 0) --bottom;
+    return {left, top, right - left, bottom - top};
+}
+
 std::optional<TextLine> lineOf(GrayView const& picture, PixelBox const& within, BitRows const& edges, PixelBox box) {
     if (box.height < lowest || box.height > highest) return std::nullopt;
     auto const band = bandOf(edges, box);
     // Small letters, and what may be above and below them; what is beyond is a border.
     int const letters = band.bottom - band.top;
-    int const top = std::max(box.y, band.top - letters * 4 / 5),
-              bottom = std::min(box.bottom(), band.bottom + letters * 3 / 5);
-    box = {box.x, top, box.width, bottom - top};
+    int const top = std::max(box.y, band.top - letters * 4 / 5);
+    int const bottom = std::min(box.bottom(), band.bottom + letters * 3 / 5);
+    box = withoutBorders(edges, {box.x, top, box.width, bottom - top});
     if (box.height < lowest || box.width < narrowest || box.width < box.height) return std::nullopt;
     double const share = double(band.edges) / (double(box.width) * box.height);
     if (share < fewestEdges || share > mostEdges) return std::nullopt;
