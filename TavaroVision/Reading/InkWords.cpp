@@ -108,7 +108,7 @@ std::vector<InkWord> inkWords(LineImage const& image, std::span<SeenLetter const
     if (letters.empty()) return {};
     auto const inked = inkedColumns(image);
     auto const first = std::ranges::find(inked, true);
-    if (first == inked.end()) return {{0, image.width, 0, letters.size()}};
+    if (first == inked.end()) return {}; // of one colour
     auto gaps = gapsIn(inked);
     noteSpacesOfEngine(gaps, letters, image.letterHeight);
     double const narrowest = narrowestSpace(gaps, image.letterHeight);

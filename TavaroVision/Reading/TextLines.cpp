@@ -178,7 +178,7 @@ std::optional<TextLine> lineOf(GrayView const& picture, PixelBox const& within, 
     int const top = std::max(box.y, band.top - letters * 4 / 5);
     int const bottom = std::min(box.bottom(), band.bottom + letters * 3 / 5);
     box = withoutBorders(edges, {box.x, top, box.width, bottom - top});
-    if (box.height < lowest || box.width < narrowest || box.width < box.height) return std::nullopt;
+    if (box.height < lowest || box.width < narrowest || box.width < wordShape * box.height) return std::nullopt;
     double const share = double(band.edges) / (double(box.width) * box.height);
     if (share < fewestEdges || share > mostEdges) return std::nullopt;
     box.x += within.x;
