@@ -74,7 +74,9 @@ void look(DesktopPicture const& desktop, ScreenScene const& scene, TextReader& r
     ++figures.pictures;
     std::map<std::size_t, std::vector<ShownLetter>> bySecret;
     for (auto const& letter : shownLetters(desktop, screen)) bySecret[letter.secret].push_back(letter);
-    for (auto const& [secret, letters] : bySecret) {
+    for (auto const& entry : bySecret) {
+        auto const secret = entry.first;
+        auto const& letters = entry.second;
         auto const whole = std::ranges::count_if(letters, [](auto const& letter) { return letter.seen > 0.9; });
         if (static_cast<std::size_t>(whole) != scene.secrets[secret].value.size()) continue;
         auto const& value = scene.secrets[secret].value;
