@@ -104,6 +104,37 @@ TEST(TextLines, bordersRulesAndIconsAreNoText) {
     }
 }
 
+TEST(TextLines, aLabelIsApartFromTheFieldBesideIt) {
+    TextFace const face{"Inter", 14};
+    auto screen = blank(600, 80);
+    auto const label = placeOf(screen, "Password", 20, 30, face);
+    screen.write("Password", 20, 30, face, black);
+    screen.fill({label.right() + 6, 22, 200, 34}, gray);
+    screen.fill({label.right() + 7, 23, 198, 32}, white);
+    screen.write("Mango-7", label.right() + 14, 30, face, black);
+    auto const lines = Page(screen).lines();
+    ASSERT_EQ(lines.size(), 2U);
+    auto const& [left, right] = std::minmax(lines[0], lines[1], [](auto& a, auto& b) { return a.box.x < b.box.x; });
+    EXPECT_LE(left.box.right(), label.right() + 2);
+    EXPECT_NEAR(right.box.x, label.right() + 15, 2);
+}
+
+TEST(TextLines, noiseBesideALineDoesNotSwallowIt) {
+    TextFace const face{"JetBrains Mono", 28};
+    auto screen = blank(1600, 600, black);
+    for (int i = 0; i < 12; ++i) screen.write("export NAME=value" + std::to_string(i), 40, 20 + 46 * i, face, gray);
+    std::mt19937 random(2);
+    for (int y = 0; y < 600; y += 12)
+        for (int x = 396; x < 1600; x += 12) {
+            auto const shade = static_cast<std::uint8_t>(random());
+            screen.fill({x, y, 12, 12}, {shade, shade, shade});
+        }
+    auto lines = Page(screen).lines();
+    std::erase_if(lines, [](auto const& line) { return line.box.x > 380; });
+    ASSERT_EQ(lines.size(), 12U);
+    for (auto const& line : lines) EXPECT_LT(line.box.right(), 400);
+}
+
 TEST(TextLines, aPartIsLookedAtAsTheWholeIs) {
     TextFace const face{"Inter", 16};
     auto screen = blank(640, 480);
