@@ -111,8 +111,7 @@ void look(DesktopPicture const& desktop, ScreenScene const& scene, TextReader& r
 void measureStills(std::string_view only) {
     TextReader reader;
     Figures figures;
-    for (auto const& scene : allScenes()) {
-        if (!only.empty() && scene.happens != only) continue;
+    for (auto const& scene : scenesOf(only)) {
         for (double const share : {0.45, 0.95}) look(scene.at(share * scene.seconds), scene, reader, figures);
     }
     std::printf("scan.stills.secrets %d secrets\nscan.stills.found %.4f of them\n", figures.secrets,
