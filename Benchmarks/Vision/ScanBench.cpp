@@ -67,8 +67,8 @@ void measureCorpus(fs::path const& folder, std::string_view only, std::string_vi
     std::map<std::string, SceneJudgement> byKind;
     SceneJudgement total;
     double took = 0;
-    for (auto const& scene : allScenes()) {
-        if ((!only.empty() && scene.happens != only) || scene.look.find(look) == std::string::npos) continue;
+    for (auto const& scene : scenesOf(only)) {
+        if (scene.look.find(look) == std::string::npos) continue;
         auto const movie = folder / "scene.mp4";
         writeMovie(scene, movie);
         auto const began = std::chrono::steady_clock::now();
@@ -95,8 +95,7 @@ void measureCorpus(fs::path const& folder, std::string_view only, std::string_vi
 void measureFilms(fs::path const& folder, std::string_view only) {
     TextReader reader;
     ReadAgain covered, uncovered;
-    for (auto const& scene : allScenes()) {
-        if (!only.empty() && scene.happens != only) continue;
+    for (auto const& scene : scenesOf(only)) {
         auto const movie = folder / "scene.mp4";
         writeMovie(scene, movie);
         auto const findings = scanMovie(requestFor(movie), [](ScanProgress const&) {}, {}).findings;

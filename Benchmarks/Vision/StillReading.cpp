@@ -74,7 +74,9 @@ void look(DesktopPicture const& desktop, ScreenScene const& scene, TextReader& r
     ++figures.pictures;
     std::map<std::size_t, std::vector<ShownLetter>> bySecret;
     for (auto const& letter : shownLetters(desktop, screen)) bySecret[letter.secret].push_back(letter);
-    for (auto const& [secret, letters] : bySecret) {
+    for (auto const& entry : bySecret) {
+        auto const secret = entry.first;
+        auto const& letters = entry.second;
         auto const whole = std::ranges::count_if(letters, [](auto const& letter) { return letter.seen > 0.9; });
         if (static_cast<std::size_t>(whole) != scene.secrets[secret].value.size()) continue;
         auto const& value = scene.secrets[secret].value;
@@ -109,8 +111,7 @@ void look(DesktopPicture const& desktop, ScreenScene const& scene, TextReader& r
 void measureStills(std::string_view only) {
     TextReader reader;
     Figures figures;
-    for (auto const& scene : allScenes()) {
-        if (!only.empty() && scene.happens != only) continue;
+    for (auto const& scene : scenesOf(only)) {
         for (double const share : {0.45, 0.95}) look(scene.at(share * scene.seconds), scene, reader, figures);
     }
     std::printf("scan.stills.secrets %d secrets\nscan.stills.found %.4f of them\n", figures.secrets,

@@ -22,6 +22,9 @@ std::vector<std::string> const names{"load_system_dawg",  "load_freq_dawg",   "l
                                      "load_unambig_dawg", "load_bigram_dawg", "tessedit_do_invert", "debug_file"};
 std::vector<std::string> const values{"0", "0", "0", "0", "0", "0", "0", "/dev/null"};
 
+// What the engine takes digits and letters of keys for, and what is rare on screens.
+constexpr char const* unlikely = "éÉ§£¢¥€®©°«»";
+
 }
 
 LineEye::LineEye(char const* language) : engine_(std::make_unique<Engine>()) {
@@ -30,6 +33,7 @@ LineEye::LineEye(char const* language) : engine_(std::make_unique<Engine>()) {
     if (api.Init(nullptr, language, tesseract::OEM_LSTM_ONLY, nullptr, 0, &names, &values, false) != 0)
         throw Error("the text engine has no language “" + std::string(language) +
                     "”. Install the package tesseract-ocr-" + language + ".");
+    api.SetVariable("tessedit_char_blacklist", unlikely);
     api.SetPageSegMode(tesseract::PSM_RAW_LINE);
 }
 

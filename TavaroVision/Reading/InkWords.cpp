@@ -10,17 +10,19 @@ namespace tavaro {
 
 namespace {
 
-// Of the height of letters, in images that are a little narrowed: letters of all faces are nearer than `letterGap`,
-// words further apart than `wordGap`, and which of both a gap between is differs by the face.
-constexpr double letterGap = 0.3;
-constexpr double wordGap = 0.62;
-constexpr double engineSpace = 0.5; // how far from its place the engine's own space is believed to be meant
+// Of the height of letters, in images that are a little narrowed: narrower gaps are between letters, wider ones are
+// spaces, and which of both one between is differs by the face.
+constexpr double narrowestGap = 0.25;
+constexpr double widestGap = 0.7;
+constexpr double engineSpace = 0.5; // how far from its place a space of the engine may be
+constexpr double stepsWorth = 6;    // of how many of the engine's spaces a step so high is the equal
 constexpr int faintest = 96;        // of 255; ink
 constexpr double underlined = 0.6;  // of a row: more ink than letters have
 
 struct Gap {
     int left = 0;
     int right = 0;
+    bool isSpaceOfEngine = false;
     int width() const { return right - left; }
 };
 
@@ -50,20 +52,36 @@ std::vector<Gap> gapsIn(std::vector<bool> const& inked) {
     return gaps;
 }
 
-/// From which width on a gap is a space: in the middle of the largest step between one width and the next.
-double narrowestSpace(std::vector<Gap> const& gaps, int letterHeight) {
-    std::vector<double> widths{0.2 * letterHeight, wordGap * letterHeight};
-    for (auto const& gap : gaps)
-        if (gap.width() > widths[0] && gap.width() < widths[1]) widths.push_back(gap.width());
-    std::ranges::sort(widths);
-    double step = 0, narrowest = wordGap * letterHeight;
-    for (std::size_t i = 0; i + 1 < widths.size(); ++i) {
-        double const middle = (widths[i] + widths[i + 1]) / 2;
-        if (middle < letterGap * letterHeight || widths[i + 1] - widths[i] <= step) continue;
-        step = widths[i + 1] - widths[i];
-        narrowest = middle;
+void noteSpacesOfEngine(std::vector<Gap>& gaps, std::span<SeenLetter const> letters, int letterHeight) {
+    for (auto const& letter : letters.subspan(1)) {
+        if (!letter.beginsWord) continue;
+        auto const distance = [&](Gap const& gap) { return std::abs(gap.right - letter.x); };
+        auto const nearest = std::ranges::min_element(gaps, {}, distance);
+        if (nearest != gaps.end() && distance(*nearest) <= engineSpace * letterHeight) nearest->isSpaceOfEngine = true;
     }
-    return narrowest;
+}
+
+/// From which width on a gap is a space: where there is a large step from one width to the next, and few of the
+/// engine's spaces are narrower, or gaps wider that it has none for.
+double narrowestSpace(std::vector<Gap> const& gaps, int letterHeight) {
+    double const low = narrowestGap * letterHeight, high = widestGap * letterHeight;
+    std::vector<double> widths{high};
+    for (auto const& gap : gaps)
+        if (gap.width() < high) widths.push_back(gap.width());
+    std::ranges::sort(widths);
+    double last = 0, best = high, least = 1e9;
+    for (auto const width : widths) {
+        double const middle = (last + width) / 2, step = (width - last) / letterHeight;
+        last = width;
+        if (middle < low) continue;
+        auto const wrong =
+            std::ranges::count_if(gaps, [&](Gap const& gap) { return gap.isSpaceOfEngine != (gap.width() >= middle); });
+        double const cost = static_cast<double>(wrong) - stepsWorth * step;
+        if (cost >= least) continue;
+        least = cost;
+        best = middle;
+    }
+    return best;
 }
 
 /// Before which letter, from `from` on, a space is: the one that begins nearest to the space's end. Where the engine
@@ -90,8 +108,9 @@ std::vector<InkWord> inkWords(LineImage const& image, std::span<SeenLetter const
     if (letters.empty()) return {};
     auto const inked = inkedColumns(image);
     auto const first = std::ranges::find(inked, true);
-    if (first == inked.end()) return {{0, image.width, 0, letters.size()}};
+    if (first == inked.end()) return {}; // of one colour
     auto gaps = gapsIn(inked);
+    noteSpacesOfEngine(gaps, letters, image.letterHeight);
     double const narrowest = narrowestSpace(gaps, image.letterHeight);
     std::erase_if(gaps, [&](Gap const& gap) { return gap.width() < narrowest; });
     int const end = static_cast<int>(inked.rend() - std::find(inked.rbegin(), inked.rend(), true));

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <cstdlib>
 #include <numeric>
 #include <optional>
@@ -18,6 +19,7 @@ constexpr int lowest = 5, highest = 90;
 constexpr int narrowest = 10;
 constexpr double letterGaps = 2.5;   // heights of letters between two words of a line
 constexpr double alike = 2.1;        // heights of pieces of one line
+constexpr double growth = 1.5;       // of a line over its tallest word
 constexpr double wordShape = 1.3;    // width over height of what is a word for sure
 constexpr int smallLetters = 20;     // pixels; what is so low is no icon that lines stand beside
 constexpr double fewestEdges = 0.04; // of a line's box
@@ -29,57 +31,75 @@ bool isWord(PixelBox const& box) { return box.width >= wordShape * box.height ||
 
 int overlap(int from, int to, int otherFrom, int otherTo) { return std::min(to, otherTo) - std::max(from, otherFrom); }
 
-bool areOfOneLine(PixelBox const& a, PixelBox const& b) {
-    auto const& [small, large] = a.height < b.height ? std::pair(a, b) : std::pair(b, a);
-    if (overlap(a.y, a.bottom(), b.y, b.bottom()) < 0.6 * small.height) return false;
-    if (-overlap(a.x, a.right(), b.x, b.right()) > letterGaps * large.height) return false;
-    return large.height <= alike * small.height || isWord(large);
-}
+/// Pieces that were joined.
+struct Row {
+    PixelBox box;
+    int tallest = 0; // of the pieces that are wide as words are; 0 where none is
+};
 
 PixelBox united(PixelBox const& a, PixelBox const& b) {
     int const left = std::min(a.x, b.x), top = std::min(a.y, b.y);
     return {left, top, std::max(a.right(), b.right()) - left, std::max(a.bottom(), b.bottom()) - top};
 }
 
-/// Joins boxes of one line, each with the nearest that began left of it.
-std::vector<PixelBox> joinedOnce(std::vector<PixelBox> boxes, int height) {
-    constexpr int shelf = 16; // pixels; lines are looked for on the shelves that a box touches
-    std::ranges::sort(boxes, {}, [](PixelBox const& box) { return std::pair(box.x, box.y); });
-    std::vector<PixelBox> lines;
+bool areOfOneLine(Row const& first, Row const& second) {
+    auto const &a = first.box, &b = second.box;
+    auto const& [small, large] = a.height < b.height ? std::pair(a, b) : std::pair(b, a);
+    if (overlap(a.y, a.bottom(), b.y, b.bottom()) < 0.6 * small.height) return false;
+    // Noise would grow piece by piece.
+    int const words = std::max(first.tallest, second.tallest);
+    if (united(a, b).height > growth * (words > 0 ? words : large.height)) return false;
+    int const letters = std::min(large.height, 4 * small.height);
+    if (-overlap(a.x, a.right(), b.x, b.right()) > letterGaps * letters) return false;
+    return large.height <= alike * small.height || isWord(large);
+}
+
+/// Joins rows of one line, each with the nearest that began left of it.
+std::vector<Row> joinedOnce(std::vector<Row> rows, int height) {
+    constexpr int shelf = 16; // pixels; lines are looked for on the shelves that a row touches
+    std::ranges::sort(rows, {}, [](Row const& row) { return std::pair(row.box.x, row.box.y); });
+    std::vector<Row> lines;
     std::vector<std::vector<std::size_t>> shelves(static_cast<std::size_t>(height) / shelf + 1);
     auto const shelve = [&](std::size_t number) {
-        for (int y = lines[number].y / shelf; y <= (lines[number].bottom() - 1) / shelf; ++y) {
+        auto const& box = lines[number].box;
+        for (int y = box.y / shelf; y <= (box.bottom() - 1) / shelf; ++y) {
             auto& there = shelves[static_cast<std::size_t>(y)];
             if (std::ranges::find(there, number) == there.end()) there.push_back(number);
         }
     };
-    for (auto const& box : boxes) {
+    for (auto const& row : rows) {
         std::optional<std::size_t> nearest;
-        for (int y = box.y / shelf; y <= (box.bottom() - 1) / shelf; ++y) {
+        for (int y = row.box.y / shelf; y <= (row.box.bottom() - 1) / shelf; ++y) {
             auto& there = shelves[static_cast<std::size_t>(y)];
-            // What ended long before this box ends for all that follow.
-            std::erase_if(there, [&](auto number) { return lines[number].right() + letterGaps * highest < box.x; });
+            // What ended long before this row ends for all that follow.
+            std::erase_if(there,
+                          [&](auto number) { return lines[number].box.right() + letterGaps * highest < row.box.x; });
             for (auto const number : there)
-                if (areOfOneLine(lines[number], box) && (!nearest || lines[number].right() > lines[*nearest].right()))
+                if (areOfOneLine(lines[number], row) &&
+                    (!nearest || lines[number].box.right() > lines[*nearest].box.right()))
                     nearest = number;
         }
         auto const number = nearest.value_or(lines.size());
         if (nearest)
-            lines[number] = united(lines[number], box);
+            lines[number] = {united(lines[number].box, row.box), std::max(lines[number].tallest, row.tallest)};
         else
-            lines.push_back(box);
+            lines.push_back(row);
         shelve(number);
     }
     return lines;
 }
 
-std::vector<PixelBox> joined(std::vector<PixelBox> boxes, int height) {
+std::vector<PixelBox> joined(std::vector<PixelBox> const& pieces, int height) {
     constexpr int mostTimes = 4;
+    std::vector<Row> rows;
+    for (auto const& piece : pieces) rows.push_back({piece, piece.width >= piece.height ? piece.height : 0});
     for (int i = 0; i < mostTimes; ++i) {
-        auto const count = boxes.size();
-        boxes = joinedOnce(std::move(boxes), height);
-        if (boxes.size() == count) break;
+        auto const count = rows.size();
+        rows = joinedOnce(std::move(rows), height);
+        if (rows.size() == count) break;
     }
+    std::vector<PixelBox> boxes;
+    for (auto const& row : rows) boxes.push_back(row.box);
     return boxes;
 }
 
@@ -132,22 +152,72 @@ Ground groundOf(GrayView const& picture, PixelBox const& box) {
     return {.isFlat = flat >= flattest * total, .isDark = above > below};
 }
 
+/// The columns of a box that go on beyond it above or below, as borders of fields do, and no letters.
+std::vector<std::uint64_t> bordersIn(BitRows const& edges, PixelBox const& box) {
+    auto const first = edges.row(box.y);
+    std::vector<std::uint64_t> borders(first.begin(), first.end());
+    for (int y = box.y + 1; y < box.bottom(); ++y)
+        for (std::size_t i = 0; i < borders.size(); ++i) borders[i] &= edges.row(y)[i];
+    auto const both = [&](int y, std::size_t i) {
+        return y < 0 || y + 1 >= edges.height() ? 0 : edges.row(y)[i] & edges.row(y + 1)[i];
+    };
+    for (std::size_t i = 0; i < borders.size(); ++i) borders[i] &= both(box.y - 2, i) | both(box.bottom(), i);
+    return borders;
+}
+
+bool hasInk(BitRows const& edges, PixelBox const& box, int x) {
+    for (int y = box.y; y < box.bottom(); ++y)
+        if (edges.count(y, x, x + 1) != 0) return true;
+    return false;
+}
+
+/// The box without what has no ink around it.
+PixelBox trimmed(BitRows const& edges, PixelBox const& box) {
+    int left = box.x, right = box.right(), top = box.y, bottom = box.bottom();
+    while (left < right && !hasInk(edges, box, left)) ++left;
+    while (right > left && !hasInk(edges, box, right - 1)) --right;
+    while (top < bottom && edges.count(top, left, right) == 0) ++top;
+    while (bottom > top && edges.count(bottom - 1, left, right) == 0) --bottom;
+    return {left, top, right - left, bottom - top};
+}
+
+/// The parts of a box between borders.
+std::vector<PixelBox> parted(BitRows const& edges, PixelBox const& box) {
+    auto const borders = bordersIn(edges, box);
+    std::vector<PixelBox> parts;
+    int from = box.x;
+    for (auto border = nextRun(borders, box.x); border.left < box.right(); border = nextRun(borders, border.right)) {
+        parts.push_back(trimmed(edges, {from, box.y, border.left - from, box.height}));
+        from = border.right;
+    }
+    if (parts.empty()) return {box};
+    parts.push_back(trimmed(edges, {from, box.y, box.right() - from, box.height}));
+    return parts;
+}
+
 std::optional<TextLine> lineOf(GrayView const& picture, PixelBox const& within, BitRows const& edges, PixelBox box) {
-    if (box.height < lowest || box.height > highest) return std::nullopt;
+    if (box.height < lowest || box.width < narrowest || box.width < wordShape * box.height) return std::nullopt;
     auto const band = bandOf(edges, box);
-    // Small letters, and what may be above and below them; what is beyond is a border.
-    int const letters = band.bottom - band.top;
-    int const top = std::max(box.y, band.top - letters * 4 / 5),
-              bottom = std::min(box.bottom(), band.bottom + letters * 3 / 5);
-    box = {box.x, top, box.width, bottom - top};
-    if (box.height < lowest || box.width < narrowest || box.width < box.height) return std::nullopt;
     double const share = double(band.edges) / (double(box.width) * box.height);
     if (share < fewestEdges || share > mostEdges) return std::nullopt;
     box.x += within.x;
     box.y += within.y;
     auto const ground = groundOf(picture, box);
     if (!ground.isFlat) return std::nullopt;
-    return TextLine{.box = box, .letterHeight = std::min(box.height, letters * 4 / 3), .isLightOnDark = ground.isDark};
+    int const letters = (band.bottom - band.top) * 4 / 3; // where there are small ones; else the box is of capitals
+    return TextLine{.box = box, .letterHeight = std::min(box.height, letters), .isLightOnDark = ground.isDark};
+}
+
+void addLines(GrayView const& picture, PixelBox const& within, BitRows const& edges, PixelBox box,
+              std::vector<TextLine>& lines) {
+    if (box.height < lowest || box.height > highest) return;
+    auto const band = bandOf(edges, box);
+    // Small letters, and what may be above and below them; what is beyond is a border.
+    int const letters = band.bottom - band.top;
+    int const top = std::max(box.y, band.top - letters * 4 / 5);
+    int const bottom = std::min(box.bottom(), band.bottom + letters * 3 / 5);
+    for (auto const& part : parted(edges, {box.x, top, box.width, bottom - top}))
+        if (auto const line = lineOf(picture, within, edges, part)) lines.push_back(*line);
 }
 
 PixelBox clipped(PixelBox const& box, GrayView const& picture) {
@@ -166,8 +236,7 @@ std::vector<TextLine> textLines(GrayView const& picture, PixelBox const& wanted)
     auto pieces = textPieces(edges);
     std::erase_if(pieces, [](PixelBox const& box) { return box.height > highest; });
     std::vector<TextLine> lines;
-    for (auto const& box : joined(std::move(pieces), within.height))
-        if (auto const line = lineOf(picture, within, edges, box)) lines.push_back(*line);
+    for (auto const& box : joined(pieces, within.height)) addLines(picture, within, edges, box, lines);
     std::ranges::sort(lines, {}, [](TextLine const& line) { return std::pair(line.box.y, line.box.x); });
     return lines;
 }

@@ -154,7 +154,7 @@ struct TextReader::State {
 };
 
 TextReader::TextReader() : TextReader(Options()) {}
-TextReader::TextReader(Options options) : state_(std::make_unique<State>(options)) {}
+TextReader::TextReader(Options const& options) : state_(std::make_unique<State>(options)) {}
 TextReader::~TextReader() = default;
 
 std::vector<ReadLine> TextReader::read(std::span<LineImage const> lines, std::stop_token const& stop) {

@@ -28,7 +28,7 @@ public:
     };
 
     TextReader();
-    explicit TextReader(Options options);
+    explicit TextReader(Options const& options);
     /// Ends the workers.
     ~TextReader();
     TextReader(TextReader const&) = delete;

@@ -1,6 +1,7 @@
 #include <TavaroVision/Scanning/Private/ScreenClassifier.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <numeric>
 #include <optional>
@@ -10,12 +11,45 @@ namespace tavaro {
 
 namespace {
 
-constexpr double tightGap = 0.3; // of a letter's height: no room for a space
+constexpr double tightGap = 0.55; // of a letter's height: no room for a space
 constexpr std::size_t longestLabel = 60;
+constexpr std::string_view joints = "-._:/@="; // inside of values, often read with a space beside them
+
+/// What keys of services begin with. One letter read in the other case, or as one that looks like it, would hide them.
+constexpr std::array<std::string_view, 24> prefixes{
+    "sk_live_",    "sk_test_", "rk_live_", "rk_test_", "pk_live_", "pk_test_", "sk-proj-",    "sk-ant-",
+    "sk-svcacct-", "ghp_",     "gho_",     "ghs_",     "ghu_",     "ghr_",     "github_pat_", "glpat-",
+    "xoxb-",       "xoxp-",    "npm_",     "pypi-",    "whsec_",   "shpat_",   "dop_v1_",     "AKIA"};
 
 bool isTokenCharacter(char c) {
     return (c >= '0' && c <= '9') || ((c | 32) >= 'a' && (c | 32) <= 'z') ||
-           std::string_view("+/=_-.@~").find(c) != std::string_view::npos;
+           std::string_view("+/=_-.@~:").find(c) != std::string_view::npos;
+}
+
+char folded(char c) {
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c | 32);
+    if (c == '1' || c == 'i' || c == '|') return 'l';
+    return c == '0' ? 'o' : c;
+}
+
+bool isAlphanumeric(char c) { return (c >= '0' && c <= '9') || ((c | 32) >= 'a' && (c | 32) <= 'z'); }
+
+/// Prefixes as services write them, where what was read differs by case and look-alikes only.
+void mendPrefixes(std::string& text) {
+    for (auto const prefix : prefixes) {
+        auto const isPrefix = [](char a, char b) { return folded(a) == folded(b); };
+        for (auto at = text.begin(); at != text.end();) {
+            at = std::search(at, text.end(), prefix.begin(), prefix.end(), isPrefix);
+            if (at == text.end()) break;
+            if (at == text.begin() || !isAlphanumeric(at[-1])) std::ranges::copy(prefix, at);
+            ++at;
+        }
+    }
+}
+
+/// Strokes of a field's edge are none.
+bool isValue(std::string_view text) {
+    return std::ranges::count_if(text, isAlphanumeric) >= 2 || text.starts_with("--");
 }
 
 bool isContinuation(char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; }
@@ -31,14 +65,16 @@ double breadthOf(char c) {
 /// The words of a line as one text, and where its bytes are.
 class LineText {
 public:
-    enum class Spaces { all, whereThereIsRoom };
+    enum class Spaces { all, whereThereIsRoom, notAtJoints };
 
     LineText(PlacedLine const& line, Spaces spaces) : line_(line) {
         for (std::size_t i = 0; i < line.words.size(); ++i) {
-            if (i > 0 && (spaces == Spaces::all || !isTight(i))) text_ += ' ';
+            if (hasSpace(i, spaces)) text_ += ' ';
             starts_.push_back(text_.size());
             text_ += line.words[i].text;
         }
+        if (spaces != Spaces::all) blankBorders();
+        mendPrefixes(text_);
     }
 
     std::string const& text() const { return text_; }
@@ -63,9 +99,37 @@ public:
 private:
     enum class Side { left, right };
 
+    bool hasSpace(std::size_t word, Spaces spaces) const {
+        if (word == 0) return false;
+        if (spaces == Spaces::all) return true;
+        if (isTight(word)) return false;
+        auto const &before = line_.words[word - 1].text, &after = line_.words[word].text;
+        bool const isJoint = joints.find(before.back()) != joints.npos || joints.find(after.front()) != joints.npos;
+        return spaces == Spaces::whereThereIsRoom || !isJoint;
+    }
+
+    /// The edges of fields are read as strokes, before all words or as words of their own: then a value follows.
+    void blankBorders() {
+        for (std::size_t i = 0; i < starts_.size(); ++i) {
+            auto const& word = line_.words[i].text;
+            if (isBorder(word)) {
+                text_.replace(starts_[i], word.size(), word.size(), ' ');
+                if (i > 0) text_[starts_[i]] = ':';
+            } else if (i == 0) {
+                for (std::string_view const border : {"|", "(", "[", "‘", "'"}) {
+                    if (word.starts_with(border)) text_.replace(0, border.size(), border.size(), ' ');
+                }
+            }
+        }
+    }
+
+    static bool isBorder(std::string_view word) {
+        constexpr std::string_view strokes = "|([{'\"=_-~.";
+        return std::ranges::all_of(word, [&](char c) { return c < 0 || strokes.find(c) != strokes.npos; });
+    }
+
     bool isTight(std::size_t word) const {
         auto const &before = line_.words[word - 1], &after = line_.words[word];
-        if (before.text.empty() || after.text.empty()) return false;
         return after.box.x - before.box.right() < tightGap * line_.letterHeight &&
                isTokenCharacter(before.text.back()) && isTokenCharacter(after.text.front());
     }
@@ -122,18 +186,19 @@ public:
         , lines_(lines) {}
 
     void readColumn(std::vector<std::size_t> const& column) {
-        LinesAbove above, aboveTight;
-        for (auto const line : column) {
-            LineText const text(lines_[line], LineText::Spaces::all);
-            LineText const tight(lines_[line], LineText::Spaces::whereThereIsRoom);
-            keep(line, text, classifier_.matches(text.text(), above));
-            if (tight.text() == text.text() && above.expected == aboveTight.expected) continue;
-            keep(line, tight, classifier_.matches(tight.text(), aboveTight));
+        using enum LineText::Spaces;
+        for (auto const spaces : {all, whereThereIsRoom, notAtJoints}) {
+            LinesAbove above;
+            for (auto const line : column) {
+                LineText const text(lines_[line], spaces);
+                keep(line, text, classifier_.matches(text.text(), above));
+            }
         }
     }
 
     void readBeside(std::size_t label, std::size_t value) {
-        LineText const left(lines_[label], LineText::Spaces::all), right(lines_[value], LineText::Spaces::all);
+        LineText const left(lines_[label], LineText::Spaces::whereThereIsRoom);
+        LineText const right(lines_[value], LineText::Spaces::whereThereIsRoom);
         if (left.text().size() > longestLabel) return;
         LinesAbove above;
         classifier_.matches(left.text(), above);
@@ -151,7 +216,7 @@ public:
 private:
     void keep(std::size_t line, LineText const& text, std::vector<SensitiveMatch> const& matches) {
         for (auto const& match : matches) {
-            if (match.length == 0) continue;
+            if (!isValue(std::string_view(text.text()).substr(match.start, match.length))) continue;
             auto const end = match.kind == SensitiveKind::email || match.kind == SensitiveKind::phone ||
                                      match.kind == SensitiveKind::card
                                  ? match.end()

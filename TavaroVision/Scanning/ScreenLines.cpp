@@ -12,7 +12,6 @@ namespace {
 
 constexpr int margin = 2; // pixels of a line's picture around its ink
 constexpr std::size_t mostMemories = 600;
-constexpr double leastConfidence = 0.2;
 
 PixelBox shared(PixelBox const& a, PixelBox const& b) {
     int const x = std::max(a.x, b.x), y = std::max(a.y, b.y);
@@ -31,10 +30,14 @@ bool isNear(int a, int b, double distance) { return std::abs(a - b) <= distance;
 std::vector<ReadWord> wordsBeside(ReadLine&& line, PixelBox const& corner) {
     std::vector<ReadWord> words;
     for (auto& word : line.words) {
-        if (word.confidence < leastConfidence || word.text.empty()) continue;
+        if (word.text.empty()) continue; // however unsure: of keys the reader never is sure
         word.box.x -= corner.x;
         word.box.y -= corner.y;
         words.push_back(std::move(word));
+    }
+    for (std::size_t i = 0; i + 1 < words.size(); ++i) { // no word is below the next
+        auto& box = words[i].box;
+        if (words[i + 1].box.x > box.x) box.width = std::min(box.width, words[i + 1].box.x - box.x);
     }
     return words;
 }

@@ -11,7 +11,7 @@ namespace tavaro {
 
 namespace {
 
-constexpr int mostSearches = 6, mostFailures = 3; // in a picture
+constexpr int mostSearches = 4, mostFailures = 2; // in a picture
 
 void addShift(std::vector<Shift>& shifts, Shift const& shift) {
     if (!shift.isNone() && std::ranges::find(shifts, shift) == shifts.end()) shifts.push_back(shift);
@@ -57,6 +57,7 @@ std::vector<Lost> lostOf(std::span<TrackedText* const> texts, NextPicture const&
         text->presence = text->patch->presence(next.picture, text->x, text->y);
         if (text->presence.isMost()) {
             text->velocity = {};
+            text->isSearched = false;
         } else {
             lost.push_back({text, {}, text->presence});
         }
@@ -71,10 +72,11 @@ void searchFor(std::vector<Lost>& lost, std::vector<Shift>& shifts, GrayView con
     std::ranges::sort(order, std::greater{}, [](Lost const* one) { return one->text->patch->inkedCells(); });
     int searches = 0, failures = 0;
     for (auto* one : order) {
-        if (one->isFound()) continue;
+        if (one->isFound() || one->text->isSearched) continue;
         if (++searches > mostSearches || failures >= mostFailures) return;
         auto const shift = shiftOf(*one->text->patch, one->text->x, one->text->y, picture);
         if (!shift || !one->trial(*shift, picture) || !one->isFound()) {
+            one->text->isSearched = true;
             ++failures;
             continue;
         }
@@ -118,7 +120,7 @@ std::vector<Shift> follow(std::span<TrackedText* const> texts, NextPicture const
     return used;
 }
 
-BackTracker::BackTracker(ScreenHistory const& history) : history_(history), failures_(history.size(), 0) {
+BackTracker::BackTracker(ScreenHistory const& history) : history_(history) {
     for (std::size_t i = 0; i < history.size(); ++i) shifts_.push_back(history[i].shifts);
 }
 
@@ -160,12 +162,12 @@ bool BackTracker::stepBack(TrackedText& text, std::size_t frame) {
 }
 
 bool BackTracker::searchBack(TrackedText& text, std::size_t frame) {
-    if (failures_[frame] >= mostFailures || text.patch->inkedCells() < 4) return false;
+    if (failures_ >= mostFailures || text.patch->inkedCells() < 4) return false;
     auto const picture = history_[frame].picture->view();
     auto const shift = shiftOf(*text.patch, text.x, text.y, picture);
     Lost lost{&text, {}, {}};
     if (!shift || shift->isNone() || !lost.trial(*shift, picture) || !lost.isFound()) {
-        ++failures_[frame];
+        ++failures_;
         return false;
     }
     addShift(shifts_[frame + 1], {-shift->dx, -shift->dy});

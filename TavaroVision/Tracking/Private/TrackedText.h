@@ -28,6 +28,7 @@ struct TrackedText {
     int y = 0;
     Shift velocity;              // of the last picture
     Presence presence;           // on the present picture
+    bool isSearched = false;     // all over the picture, in vain, since most of it was seen last
     std::vector<double> since;   // of each cell: seconds of the first frame that shows it
     std::vector<PathPoint> path; // ascending; between two points it moves steadily
 
@@ -64,7 +65,7 @@ private:
 
     ScreenHistory const& history_;
     std::vector<std::vector<Shift>> shifts_; // of each frame of the history, since the one before
-    std::vector<int> failures_;              // searches that found nothing there
+    int failures_ = 0;                       // searches that found nothing
 };
 
 }

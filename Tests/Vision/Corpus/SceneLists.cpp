@@ -57,6 +57,13 @@ std::vector<ScreenScene> allScenes() {
     return scenes;
 }
 
+std::vector<ScreenScene> scenesOf(std::string_view kind) {
+    if (kind == "quick") return quickScenes();
+    auto scenes = allScenes();
+    std::erase_if(scenes, [&](ScreenScene const& scene) { return !kind.empty() && scene.happens != kind; });
+    return scenes;
+}
+
 void writeMovie(ScreenScene const& scene, std::filesystem::path const& file) {
     MovieWriter writer(file,
                        {.intent = MovieIntent::live, .width = scene.width, .height = scene.height, .fps = scene.fps});

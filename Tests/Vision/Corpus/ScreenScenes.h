@@ -45,6 +45,8 @@ ScreenScene playingScene(SceneLook const& look);   // a movie plays in a window 
 /// A few scenes of four to six seconds with several dangers each, and some of twenty-odd for measuring.
 std::vector<ScreenScene> quickScenes();
 std::vector<ScreenScene> allScenes();
+/// Of all scenes those that happen so; "" are all, "quick" the few.
+std::vector<ScreenScene> scenesOf(std::string_view kind);
 
 /// What private texts of the scenes are looked for: all usual kinds, and the user's own words.
 RedactionSettings sceneSettings();
