@@ -38,7 +38,7 @@ ItemDelegate {
     onClicked: { row.touched(); row.findings.show(row.index); }
 
     contentItem: RowLayout {
-        spacing: 8
+        spacing: 6
         Icon {
             Layout.leftMargin: 4
             visible: row.isHeading
@@ -47,8 +47,8 @@ ItemDelegate {
         }
         Rectangle {
             Layout.leftMargin: 4
-            Layout.preferredWidth: 76
-            Layout.preferredHeight: 44
+            Layout.preferredWidth: 64
+            Layout.preferredHeight: 40
             visible: !row.isHeading
             opacity: row.isHidden ? 1 : 0.5
             radius: 4

@@ -40,10 +40,10 @@ QString sentenceOf(KeptScan const& kept, bool isStopped) {
     auto const hidden = static_cast<qsizetype>(kept.hidden), rejected = static_cast<qsizetype>(kept.rejected);
     auto said = hidden == 0
                     ? ScanRun::tr("Nothing private was found.")
-                    : counted(hidden, ScanRun::tr("1 place is hidden now."), ScanRun::tr("%1 places are hidden now."));
+                    : counted(hidden, ScanRun::tr("1 place was hidden."), ScanRun::tr("%1 places were hidden."));
     if (rejected > 0)
-        said += QLatin1Char(' ') + counted(rejected, ScanRun::tr("1 is shown, since you chose that before."),
-                                           ScanRun::tr("%1 are shown, since you chose that before."));
+        said += QLatin1Char(' ') + counted(rejected, ScanRun::tr("1 stays shown, as you chose before."),
+                                           ScanRun::tr("%1 stay shown, as you chose before."));
     if (isStopped) said = ScanRun::tr("Stopped early.") + QLatin1Char(' ') + said;
     return said;
 }
@@ -81,7 +81,8 @@ void ScanRun::checkPatterns() {
     checked_ = settings;
     remarks_.clear();
     RedactionSettings const own{.kinds = {}, .customWords = {}, .customPatterns = settings.customPatterns};
-    for (auto const& warning : SensitiveTextClassifier(own).warnings()) remarks_.push_back(toQString(warning));
+    SensitiveTextClassifier const classifier(own);
+    for (auto const& warning : classifier.warnings()) remarks_.push_back(toQString(warning));
 }
 
 QStringList ScanRun::missingSpans() const {
