@@ -86,6 +86,27 @@ RecordingMetadata logged() {
     return log;
 }
 
+RedactionTrack hidden(SensitiveKind kind, std::string const& masked, double start, NormalizedRect const& area) {
+    return {.kind = kind,
+            .label = masked,
+            .textHash = masked,
+            .start = start,
+            .end = start + 2,
+            .keyframes = {{start, area}},
+            .isAutomatic = true};
+}
+
+/// Two of each sort, one of them shown, and an area that somebody hid.
+std::vector<RedactionTrack> findings() {
+    std::vector all{hidden(SensitiveKind::email, "m•••••• (21 bytes)", 9.5, {0.1, 0.12, 0.16, 0.04}),
+                    hidden(SensitiveKind::email, "s•••••• (18 bytes)", 5, {0.7, 0.5, 0.16, 0.04}),
+                    hidden(SensitiveKind::apiKey, "s•••••• (51 bytes)", 9.5, {0.3, 0.8, 0.3, 0.04}),
+                    hidden(SensitiveKind::custom, "Area", 4.5, {0.8, 0.85, 0.12, 0.08})};
+    all[1].isEnabled = false;
+    all[3].textHash.clear();
+    return all;
+}
+
 DemoProject tour() {
     DemoProject project;
     project.name = tourName;
@@ -107,6 +128,8 @@ DemoProject tour() {
     project.transcript = spoken();
     project.voiceover = narration();
     project.metadata = logged();
+    project.redactions = findings();
+    project.redactionScan = {.date = {}, .settings = {}, .ranges = {{0, 9}}};
     return project;
 }
 

@@ -38,6 +38,7 @@ ShownPage::ShownPage(std::string const& file, DemoProject document, PageLook loo
     desk = std::make_unique<EditorDesk>(queue, project.open(),
                                         FilmPlayback::Means{std::make_unique<FakeOutput>(device), {}});
     if (look.voices) desk->setVoiceMeans(*look.voices);
+    desk->setMovieScan(look.scan);
     view = std::make_unique<QQuickView>(&engine, nullptr);
     view->setResizeMode(QQuickView::SizeRootObjectToView);
     view->resize(look.size);

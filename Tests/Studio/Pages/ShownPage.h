@@ -23,6 +23,7 @@ struct PageLook {
     QVariantMap properties;           // besides its desk
     std::filesystem::path assets;     // whose files the project has; empty: none
     std::optional<VoiceMeans> voices; // else those of this machine
+    MovieScan scan;                   // for private text; else the real one
 };
 
 /// A page of an open project in a window without a display, worked by mouse and keys, and what Qt complained of.
