@@ -35,6 +35,8 @@ ItemDelegate {
     text: title
     Accessible.role: Accessible.ListItem
     Accessible.name: (isHeading ? [title, standing] : [group, title, place, standing]).filter(Boolean).join(", ")
+    // The list's current row has its keyboard.
+    Keys.onSpacePressed: row.findings.toggle(row.index)
     onClicked: { row.touched(); row.findings.show(row.index); }
 
     contentItem: RowLayout {

@@ -56,7 +56,6 @@ Item {
             Accessible.name: qsTr("Findings")
             Keys.onShortcutOverride: event => event.accepted = [Qt.Key_Up, Qt.Key_Down, Qt.Key_Space, Qt.Key_Delete, Qt.Key_Return, Qt.Key_Enter].includes(event.key)
             onCountChanged: if (currentIndex < 0 && count > 0) currentIndex = 0
-            Keys.onSpacePressed: panel.findings.toggle(currentIndex)
             Keys.onDeletePressed: reject()
             Keys.onReturnPressed: panel.findings.show(currentIndex)
             Keys.onEnterPressed: panel.findings.show(currentIndex)
