@@ -48,7 +48,7 @@ TEST(CoveredFilm, whatScenesShowIsFoundAndCannotBeReadInTheirFilms) {
     }
     EXPECT_GE(total.secrets, 20);
     // FIXME: all of them are wanted, and no frame. A key that a terminal wraps after nine letters is missed, and a word
-    // in the picture in which a window begins to move is open for a frame.
+    // that a window covers later is open in the first picture.
     EXPECT_GE(total.share(), 0.96) << testing::PrintToString(total.missed);
     EXPECT_LE(total.legibleFrames, 1) << testing::PrintToString(total.legible);
     EXPECT_EQ(total.falseCovers, 0) << testing::PrintToString(total.wrong);
