@@ -83,12 +83,6 @@ public:
     }
 
 private:
-    /// Where a stop ends it: of what was shown last, it is unknown whether all of it was read.
-    struct Reached {
-        double seconds = 0;
-        bool isEnd = false;
-    };
-
     void scan(TimeRange const& range) {
         ScreenScanner scanner({classifier_, reader_, memory_, request_.key}, movie_.info().width, movie_.info().height);
         double reached = range.start;
