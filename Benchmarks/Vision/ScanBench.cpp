@@ -7,7 +7,7 @@
 #include <Tests/Vision/Corpus/CheckedFilm.h>
 
 #include <TavaroMedia/Frames/PNG.h>
-#include <TavaroVision/Reading/TextReader.h>
+#include <TavaroVision/Reading/Private/TextReader.h>
 
 #include <chrono>
 #include <cstdio>

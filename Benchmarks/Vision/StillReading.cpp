@@ -3,8 +3,8 @@
 #include <Tests/Vision/Corpus/ScreenScenes.h>
 
 #include <TavaroCore/Privacy/SensitiveTextClassifier.h>
-#include <TavaroVision/Reading/TextLines.h>
-#include <TavaroVision/Reading/TextReader.h>
+#include <TavaroVision/Reading/Private/TextLines.h>
+#include <TavaroVision/Reading/Private/TextReader.h>
 
 #include <algorithm>
 #include <chrono>

@@ -1,6 +1,6 @@
 #include <TavaroVision/Reading/Private/InkWords.h>
 
-#include <TavaroVision/Reading/LineImage.h>
+#include <TavaroVision/Reading/Private/LineImage.h>
 #include <TavaroVision/Reading/ReaderTalk.h>
 
 #include <algorithm>

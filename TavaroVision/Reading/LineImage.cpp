@@ -1,7 +1,7 @@
-#include <TavaroVision/Reading/LineImage.h>
+#include <TavaroVision/Reading/Private/LineImage.h>
 
+#include <TavaroVision/Reading/Private/TextLines.h>
 #include <TavaroVision/Reading/ReaderTalk.h>
-#include <TavaroVision/Reading/TextLines.h>
 
 #include <algorithm>
 #include <array>

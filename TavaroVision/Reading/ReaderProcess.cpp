@@ -4,7 +4,7 @@
 #include <TavaroPlatform/Processes/ConnectedProcess.h>
 #include <TavaroPlatform/Sockets/LineReader.h>
 #include <TavaroVision/Errors/VisionError.h>
-#include <TavaroVision/Reading/LineImage.h>
+#include <TavaroVision/Reading/Private/LineImage.h>
 #include <TavaroVision/Reading/ReaderTalk.h>
 
 #include <utility>

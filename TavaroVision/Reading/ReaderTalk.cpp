@@ -2,8 +2,8 @@
 
 #include <TavaroCore/Errors/Excerpt.h>
 #include <TavaroCore/Records/JSON.h>
-#include <TavaroVision/Reading/LineImage.h>
 #include <TavaroVision/Reading/Private/InkWords.h>
+#include <TavaroVision/Reading/Private/LineImage.h>
 
 #include <algorithm>
 #include <cmath>

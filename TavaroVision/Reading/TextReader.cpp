@@ -1,4 +1,4 @@
-#include <TavaroVision/Reading/TextReader.h>
+#include <TavaroVision/Reading/Private/TextReader.h>
 
 #include <TavaroPlatform/Processes/DetachedProcess.h>
 #include <TavaroPlatform/Queues/SerialQueue.h>

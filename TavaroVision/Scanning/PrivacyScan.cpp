@@ -3,8 +3,8 @@
 #include <TavaroMedia/Frames/BrightnessReader.h>
 #include <TavaroMedia/Movie/MovieReader.h>
 #include <TavaroVision/Errors/VisionError.h>
-#include <TavaroVision/Reading/LineImage.h>
-#include <TavaroVision/Reading/TextReader.h>
+#include <TavaroVision/Reading/Private/LineImage.h>
+#include <TavaroVision/Reading/Private/TextReader.h>
 #include <TavaroVision/Scanning/Private/ScreenClassifier.h>
 #include <TavaroVision/Scanning/Private/ScreenScanner.h>
 

@@ -1,4 +1,4 @@
-#include <TavaroVision/Reading/LineImage.h>
+#include <TavaroVision/Reading/Private/LineImage.h>
 #include <TavaroVision/Reading/ReaderTalk.h>
 
 #include <algorithm>

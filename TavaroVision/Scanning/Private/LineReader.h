@@ -1,7 +1,7 @@
 #pragma once
 
+#include <TavaroVision/Reading/Private/TextLines.h>
 #include <TavaroVision/Reading/ReadText.h>
-#include <TavaroVision/Reading/TextLines.h>
 
 #include <functional>
 #include <span>

@@ -5,8 +5,8 @@
 #include <TavaroMedia/Frames/FrameConverter.h>
 #include <TavaroMedia/Movie/MovieReader.h>
 #include <TavaroRender/Export/Exporter.h>
-#include <TavaroVision/Reading/TextLines.h>
-#include <TavaroVision/Reading/TextReader.h>
+#include <TavaroVision/Reading/Private/TextLines.h>
+#include <TavaroVision/Reading/Private/TextReader.h>
 
 #include <algorithm>
 #include <cmath>

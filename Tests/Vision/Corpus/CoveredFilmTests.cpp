@@ -1,6 +1,6 @@
 #include "CheckedFilm.h"
 
-#include <TavaroVision/Reading/TextReader.h>
+#include <TavaroVision/Reading/Private/TextReader.h>
 
 #include <gmock/gmock.h>
 

@@ -1,4 +1,4 @@
-#include <TavaroVision/Reading/TextLines.h>
+#include <TavaroVision/Reading/Private/TextLines.h>
 
 #include "../Drawing/DrawnScreen.h"
 

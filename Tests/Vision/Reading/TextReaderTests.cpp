@@ -1,10 +1,10 @@
-#include <TavaroVision/Reading/TextReader.h>
+#include <TavaroVision/Reading/Private/TextReader.h>
 
 #include "../Drawing/DrawnScreen.h"
 
 #include <TavaroCore/Privacy/SensitiveTextClassifier.h>
 #include <TavaroVision/Errors/VisionError.h>
-#include <TavaroVision/Reading/TextLines.h>
+#include <TavaroVision/Reading/Private/TextLines.h>
 
 #include <gtest/gtest.h>
 

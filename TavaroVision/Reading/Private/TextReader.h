@@ -1,6 +1,6 @@
 #pragma once
 
-#include <TavaroVision/Reading/LineImage.h>
+#include <TavaroVision/Reading/Private/LineImage.h>
 #include <TavaroVision/Reading/ReadText.h>
 
 #include <chrono>
