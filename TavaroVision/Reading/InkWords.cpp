@@ -12,10 +12,10 @@ namespace {
 
 // Of the height of letters, in images that are a little narrowed: narrower gaps are between letters, wider ones are
 // spaces, and which of both one between is differs by the face.
-constexpr double narrowestGap = 0.25;
+constexpr double narrowestGap = 0.27;
 constexpr double widestGap = 0.7;
 constexpr double engineSpace = 0.5; // how far from its place a space of the engine may be
-constexpr double stepsWorth = 6;    // of how many of the engine's spaces a step so high is the equal
+constexpr double stepsWorth = 4;    // of how many of the engine's spaces a step so high is the equal
 constexpr int faintest = 96;        // of 255; ink
 constexpr double underlined = 0.6;  // of a row: more ink than letters have
 
