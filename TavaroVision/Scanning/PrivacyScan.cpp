@@ -17,6 +17,7 @@ namespace tavaro {
 namespace {
 
 constexpr double step = 1.0 / 240; // seconds: no frame is shorter
+constexpr double unread = 1;       // seconds before a stop of which some may have been shown and not read
 
 using Clock = std::chrono::steady_clock;
 
@@ -95,6 +96,7 @@ private:
             if (error.kind != VisionError::Kind::cancelled) throw;
             findings = scanner.stop(reached);
         }
+        if (reached < range.end()) reached = std::max(range.start, reached - unread);
         seconds_ += reached - range.start;
         if (reached > range.start) outcome_.ranges.push_back({range.start, reached - range.start});
         std::ranges::move(findings, std::back_inserter(outcome_.findings));
