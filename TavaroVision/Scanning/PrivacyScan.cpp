@@ -144,7 +144,7 @@ private:
     Progress progress_;
     ScreenClassifier classifier_;
     ReadMemory memory_;
-    LineReader reader_ = [this](GrayView const& picture, std::span<TextLine const> lines) {
+    LineReading reader_ = [this](GrayView const& picture, std::span<TextLine const> lines) {
         return read(picture, lines);
     };
     ScanOutcome outcome_;

@@ -65,7 +65,7 @@ private:
     int rows_ = 0;
 };
 
-void tellRun(Presence& presence, bool isShown, int& run) {
+void tellRun(TextPresence& presence, bool isShown, int& run) {
     ++presence.inked;
     presence.count += isShown ? 1 : 0;
     run = isShown ? run + 1 : 0;
@@ -94,8 +94,8 @@ TextPatch::TextPatch(GrayView const& picture, PixelBox const& box, int letterHei
     }
 }
 
-Presence TextPatch::presence(GrayView const& picture, int x, int y) const {
-    Presence presence;
+TextPresence TextPatch::presence(GrayView const& picture, int x, int y) const {
+    TextPresence presence;
     presence.shown.assign(isInked_.size(), 0);
     presence.inked = inkedCells_;
     int const top = std::max(0, -y), bottom = std::min(height_, picture.height - y);

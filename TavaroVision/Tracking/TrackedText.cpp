@@ -35,7 +35,7 @@ void append(std::vector<PathPoint>& path, PathPoint const& point) {
 struct Lost {
     TrackedText* text;
     Shift best;
-    Presence presence;
+    TextPresence presence;
 
     bool isFound() const { return !best.isNone() && presence.isMost(); }
     bool trial(Shift const& shift, GrayView const& picture) {

@@ -48,7 +48,7 @@ std::optional<std::string> localeIdentifier(std::string_view text) {
     return identifier;
 }
 
-std::string languageOf(std::string_view locale) { return std::string(locale.substr(0, locale.find('-'))); }
+std::string languageOfLocale(std::string_view locale) { return std::string(locale.substr(0, locale.find('-'))); }
 
 std::string usersLocale() {
     for (auto const* const name : {"LC_ALL", "LC_MESSAGES", "LANG"}) {

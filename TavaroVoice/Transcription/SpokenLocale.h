@@ -11,7 +11,7 @@ namespace tavaro {
 std::optional<std::string> localeIdentifier(std::string_view text);
 
 /// "en" of "en-US".
-std::string languageOf(std::string_view locale);
+std::string languageOfLocale(std::string_view locale);
 
 /// What the user's environment says; American English where it says nothing.
 std::string usersLocale();

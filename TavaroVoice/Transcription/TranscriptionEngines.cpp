@@ -118,7 +118,7 @@ TranscriptionEngine sphinx(EnginePlaces const& places) {
 }
 
 bool understands(TranscriptionEngine const& engine, std::string_view locale) {
-    bool const isEnglish = languageOf(locale) == "en";
+    bool const isEnglish = languageOfLocale(locale) == "en";
     return isEnglish || (engine.id == whisperEngine && !(engine.model && isEnglishOnly(*engine.model)));
 }
 
@@ -180,7 +180,7 @@ EngineWork workOf(TranscriptionEngine const& engine, std::string_view locale) {
     if (engine.id == whisperEngine) {
         WhisperProgram::Options options{.program = engine.program.value(),
                                         .model = engine.model.value(),
-                                        .language = languageOf(locale),
+                                        .language = languageOfLocale(locale),
                                         .threads = std::min(cores, mostListeners)};
         return {.pieceSeconds = whisperPieceSeconds,
                 .makeRecogniser = [options = std::move(options)] { return std::make_unique<WhisperProgram>(options); }};

@@ -19,7 +19,7 @@ constexpr double slowest = 0.5, fastest = 2;
 /// Voices of one language are chosen from together, wherever it is spoken; those of a service speak many.
 QString groupOf(Voice const& voice) {
     if (!isSystemVoice(voice.id)) return QStringLiteral("service");
-    return toQString(languageOf(voice.language));
+    return toQString(languageOfLocale(voice.language));
 }
 
 QString nameOfGroup(QString const& group, Voice const& voice) {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <TavaroVision/Reading/ReadText.h>
-#include <TavaroVision/Scanning/Private/LineReader.h>
+#include <TavaroVision/Scanning/Private/LineReading.h>
 #include <TavaroVision/Tracking/Private/TrackedText.h>
 
 #include <cstddef>
@@ -40,7 +40,7 @@ private:
 /// place of another goes on with it where they look the same: a line that is being typed is as old as its first letter.
 class ScreenLines {
 public:
-    ScreenLines(LineReader const& reader, ReadMemory& memory) : reader_(reader), memory_(memory) {}
+    ScreenLines(LineReading const& reader, ReadMemory& memory) : reader_(reader), memory_(memory) {}
 
     /// For following them; good until the next call.
     std::vector<TrackedText*> places();
@@ -66,7 +66,7 @@ private:
     void readFresh(GrayView const& picture, std::vector<Fresh>& fresh);
     void replace(ScreenLine& line);
 
-    LineReader const& reader_;
+    LineReading const& reader_;
     ReadMemory& memory_;
     std::deque<ScreenLine> lines_;
     bool isNew_ = false;

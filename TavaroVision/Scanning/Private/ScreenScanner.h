@@ -3,7 +3,7 @@
 #include <TavaroVision/Reading/ReadText.h>
 #include <TavaroVision/Scanning/Private/Covers.h>
 #include <TavaroVision/Scanning/Private/DirtyTiles.h>
-#include <TavaroVision/Scanning/Private/LineReader.h>
+#include <TavaroVision/Scanning/Private/LineReading.h>
 #include <TavaroVision/Scanning/Private/ScreenLines.h>
 #include <TavaroVision/Tracking/Private/ChangedTiles.h>
 #include <TavaroVision/Tracking/Private/ScreenHistory.h>
@@ -18,7 +18,7 @@ class ScreenClassifier;
 /// What all stretches of a scan share; owned by whoever scans.
 struct ScanTools {
     ScreenClassifier& classifier;
-    LineReader const& reader;
+    LineReading const& reader;
     ReadMemory& memory;
     FindingKey key;
 };

@@ -8,7 +8,7 @@
 namespace tavaro {
 
 /// How much of a patch a picture shows at some place.
-struct Presence {
+struct TextPresence {
     std::vector<std::uint8_t> shown; // of each cell: whether it has ink, and the picture shows it
     int inked = 0;                   // cells with ink
     int count = 0;                   // of those, the ones that are shown
@@ -38,7 +38,7 @@ public:
     GrayView view() const { return {pixels_.data(), width_, height_, width_}; }
 
     /// With the patch's corner at that pixel, which may be outside of the picture.
-    Presence presence(GrayView const& picture, int x, int y) const;
+    TextPresence presence(GrayView const& picture, int x, int y) const;
 
 private:
     int width_;

@@ -27,7 +27,7 @@ struct TrackedText {
     int x = 0; // its corner at present
     int y = 0;
     Shift velocity;              // of the last picture
-    Presence presence;           // on the present picture
+    TextPresence presence;       // on the present picture
     bool isSearched = false;     // all over the picture, in vain, since most of it was seen last
     std::vector<double> since;   // of each cell: seconds of the first frame that shows it
     std::vector<PathPoint> path; // ascending; between two points it moves steadily

@@ -78,7 +78,7 @@ private:
     int linesRead_ = 0;
     ScreenClassifier classifier_{RedactionSettings{}};
     ReadMemory memory_;
-    LineReader reader_ = [this](GrayView const&, std::span<TextLine const> lines) { return read(lines); };
+    LineReading reader_ = [this](GrayView const&, std::span<TextLine const> lines) { return read(lines); };
     ScreenScanner scanner_{{classifier_, reader_, memory_, {{1, 2}}}, width, height};
 };
 

@@ -10,6 +10,6 @@
 namespace tavaro {
 
 /// What the lines of a picture say, in their order. Throws `VisionError`.
-using LineReader = std::function<std::vector<ReadLine>(GrayView const&, std::span<TextLine const>)>;
+using LineReading = std::function<std::vector<ReadLine>(GrayView const&, std::span<TextLine const>)>;
 
 }
