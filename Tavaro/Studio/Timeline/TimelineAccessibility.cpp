@@ -47,9 +47,10 @@ public:
     QRect rect() const override {
         if (!isValid() || !timeline_->window()) return {};
         auto const box = timeline_->layout().box(timeline_->view(), *place());
+        // What is longer than the view ends with it; what is partly scrolled out of it is as high as it is.
         QRectF const shown = QRectF(box.x, box.y, box.width, box.height)
-                                 .intersected({QPointF(TimelineView::headerWidth, TimelineView::rulerHeight),
-                                               QPointF(timeline_->width(), timeline_->height())});
+                                 .intersected({QPointF(TimelineView::headerWidth, box.y),
+                                               QPointF(timeline_->width(), box.y + box.height)});
         return timeline_->mapRectToScene(shown).translated(timeline_->window()->mapToGlobal(QPoint())).toRect();
     }
 

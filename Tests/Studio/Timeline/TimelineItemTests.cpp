@@ -344,7 +344,8 @@ TEST(TimelineItem, whatIsInViewIsInTheAccessibilityTree) {
     stage.item->setView(3, 0.002);
     for (int i = 0; i < tree->childCount(); ++i) {
         auto const place = tree->child(i)->rect();
-        EXPECT_TRUE(place.isEmpty() || tree->rect().contains(place)) << "of what is longer than the view, what shows";
+        EXPECT_TRUE(place.isEmpty() || (place.left() >= tree->rect().left() && place.right() <= tree->rect().right()))
+            << "of what is longer than the view, what shows";
     }
     auto changed = project;
     changed.zoomEvents.clear();
