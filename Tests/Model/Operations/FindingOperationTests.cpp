@@ -5,7 +5,6 @@
 #include <gmock/gmock.h>
 
 using namespace tavaro;
-using ::testing::ElementsAre;
 
 namespace {
 

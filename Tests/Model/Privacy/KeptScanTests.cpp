@@ -18,8 +18,6 @@
 
 using namespace tavaro;
 using ::testing::ElementsAre;
-using ::testing::HasSubstr;
-using ::testing::Not;
 
 namespace {
 
