@@ -3,16 +3,14 @@
 
 #include <TavaroCore/Files/FileDescriptor.h>
 #include <TavaroCore/Records/JSON.h>
+#include <TavaroPlatform/Processes/EngineProcess.h>
 #include <TavaroPlatform/Sockets/UnixSocket.h>
 #include <TavaroVision/Programs/LineEye.h>
 #include <TavaroVision/Reading/ReaderTalk.h>
 
-#include <csignal>
 #include <cstdint>
 #include <cstdlib>
 #include <exception>
-#include <sys/prctl.h>
-#include <sys/resource.h>
 #include <unistd.h>
 #include <vector>
 
@@ -20,20 +18,7 @@ namespace tavaro {
 
 namespace {
 
-constexpr rlim_t mostMemory = rlim_t{1} << 30; // the engine takes a tenth of it
-
-/// It ends with who started it, however that ends.
-void belongToStarter() {
-    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-    if (::getppid() == 1) std::_Exit(EXIT_FAILURE);
-}
-
-void limitMemory() {
-    rlimit const limit{mostMemory, mostMemory};
-    ::setrlimit(RLIMIT_AS, &limit);
-    rlimit const noCore{0, 0}; // a user's secrets are in it
-    ::setrlimit(RLIMIT_CORE, &noCore);
-}
+constexpr std::uint64_t mostMemory = std::uint64_t{1} << 30; // the engine takes a tenth of it
 
 class Reader {
 public:
@@ -86,7 +71,6 @@ int main(int count, char** words) {
         [[maybe_unused]] auto const told = ::write(STDERR_FILENO, usage.data(), usage.size());
         return 2;
     }
-    tavaro::belongToStarter();
-    tavaro::limitMemory();
+    tavaro::becomeEngineProcess(tavaro::mostMemory);
     return tavaro::Reader().run(words[1]);
 }
