@@ -31,11 +31,6 @@ std::string stateOf(ListedFinding const& finding) {
     return std::string(nameOf(finding.state));
 }
 
-std::string remarkOn(LegibleText const& text) {
-    if (text.isHiddenInProject) return "hidden in the project, and legible all the same";
-    return text.isRejectedInProject ? "rejected in the project" : "";
-}
-
 }
 
 void printFindings(std::vector<ListedFinding> const& findings) {

@@ -3,6 +3,8 @@
 #include <TavaroCore/Project/DemoProject.h>
 #include <TavaroPlatform/Folders/FindingKeyFile.h>
 
+#include <fmt/format.h>
+
 #include <algorithm>
 
 namespace tavaro {
@@ -39,6 +41,21 @@ std::vector<LegibleText> legibleTexts(MadePrivacyScan const& made, DemoProject c
     }
     std::ranges::stable_sort(texts, {}, &LegibleText::start);
     return texts;
+}
+
+std::size_t countOfLegible(std::vector<LegibleText> const& texts) {
+    return static_cast<std::size_t>(std::ranges::count(texts, false, &LegibleText::isRejectedInProject));
+}
+
+std::string filmCheckSentence(std::vector<LegibleText> const& texts) {
+    auto const count = countOfLegible(texts);
+    if (count == 0) return "Nothing private can be read in it.";
+    return fmt::format("{} private text{} can be read in it.", count, count == 1 ? "" : "s");
+}
+
+std::string remarkOn(LegibleText const& text) {
+    if (text.isHiddenInProject) return "hidden in the project, and legible all the same";
+    return text.isRejectedInProject ? "rejected in the project" : "";
 }
 
 }

@@ -4,7 +4,7 @@
 
 #include <TavaroCore/Records/Fields.h>
 
-#include <optional>
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -36,5 +36,12 @@ PrivacyScanRequest filmCheckRequest(std::filesystem::path const& film, Redaction
 
 /// What was read in it, by its times; `project` is what the film was made of, where that is known.
 std::vector<LegibleText> legibleTexts(MadePrivacyScan const& made, DemoProject const* project);
+
+/// How many there are that nobody rejected: what was rejected is meant to be read.
+std::size_t countOfLegible(std::vector<LegibleText> const& texts);
+/// "Nothing private can be read in it." or "2 private texts can be read in it."
+std::string filmCheckSentence(std::vector<LegibleText> const& texts);
+/// "hidden in the project, and legible all the same"; empty where there is nothing to say.
+std::string remarkOn(LegibleText const& text);
 
 }
