@@ -73,10 +73,10 @@ public:
 
     ScanOutcome run() {
         for (auto const& range : ranges_) {
-            if (stop_.stop_requested()) break;
+            if (stop_.stop_requested() || outcome_.failure) break;
             scan(range);
         }
-        outcome_.isStopped = stop_.stop_requested();
+        outcome_.isStopped = stop_.stop_requested() || outcome_.failure;
         outcome_.findings = joinedFindings(std::move(outcome_.findings));
         outcome_.warnings = classifier_.warnings();
         progress_.tellEnd(seconds_, outcome_.findings.size());
@@ -93,13 +93,19 @@ private:
             findings = isWhole ? scanner.finish(range.end()) : scanner.stop(reached);
             if (isWhole) reached = range.end();
         } catch (VisionError const& error) {
-            if (error.kind != VisionError::Kind::cancelled) throw;
+            if (error.kind != VisionError::Kind::cancelled) giveUp(error, reached - range.start);
             findings = scanner.stop(reached);
         }
         if (reached < range.end()) reached = std::max(range.start, reached - unread);
         seconds_ += reached - range.start;
         if (reached > range.start) outcome_.ranges.push_back({range.start, reached - range.start});
         std::ranges::move(findings, std::back_inserter(outcome_.findings));
+    }
+
+    /// Of somebody who catches it, unless there is nothing to be kept.
+    void giveUp(VisionError const& error, double read) {
+        if (seconds_ <= 0 && read <= unread) throw;
+        outcome_.failure = error.what();
     }
 
     /// False where it is stopped; `reached` is what was read to its end.

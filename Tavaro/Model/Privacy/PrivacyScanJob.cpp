@@ -89,6 +89,7 @@ MadePrivacyScan scanAll(PrivacyScanRequest const& request, JobReporter<ScanProgr
         whole.finish(each, outcome.findings.size());
         keepWarnings(made, outcome.warnings);
         made.isStopped = outcome.isStopped;
+        made.failure = outcome.failure;
         made.recordings.push_back({each.asset, std::move(outcome)});
     }
     return made;

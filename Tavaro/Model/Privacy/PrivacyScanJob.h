@@ -9,6 +9,7 @@
 
 #include <filesystem>
 #include <functional>
+#include <optional>
 #include <stop_token>
 #include <string>
 #include <vector>
@@ -68,6 +69,7 @@ struct MadePrivacyScan {
     FindingKey key;
     std::vector<std::string> warnings; // of patterns that cannot be used
     bool isStopped = false;
+    std::optional<std::string> failure = {}; // why it stopped by itself, as a sentence
 };
 
 /// Looks at all of it beside the main queue. The document is not touched: who takes in what was found keeps it

@@ -181,6 +181,7 @@ void ScanRun::keep(MadePrivacyScan const& made) {
     KeptScan kept;
     session_.edit(privacyScanStep, [&](DemoProject& project) { kept = keepPrivacyScan(project, made); });
     result_ = sentenceOf(kept, made.isStopped);
+    if (made.failure) failure_ = toQString(*made.failure);
     for (auto const& warning : made.warnings)
         if (auto const said = toQString(warning); !remarks_.contains(said)) remarks_.push_back(said);
 }
