@@ -63,10 +63,17 @@ RedactionTrack joined(RedactionTrack const& first, RedactionTrack second) {
     return second;
 }
 
+/// Also where both are there for some time.
 bool goesOn(RedactionTrack const& first, RedactionTrack const& second) {
     bool const isNext = hidesTheSame(first, second) && first.isEnabled == second.isEnabled &&
-                        std::abs(second.start - first.end) <= joint;
-    return isNext && first.areaAt(first.end).touches(second.areaAt(second.start), nearness);
+                        first.start <= second.start && first.end <= second.end && second.start - first.end <= joint;
+    return isNext && first.areaAt(std::min(first.end, second.start)).touches(second.areaAt(second.start), nearness);
+}
+
+bool isInside(RedactionTrack const& inner, RedactionTrack const& outer) {
+    bool const isWithin = hidesTheSame(inner, outer) && inner.isEnabled == outer.isEnabled &&
+                          outer.start <= inner.start && inner.end <= outer.end;
+    return isWithin && meets(inner, outer);
 }
 
 /// The tracks of one recording on their way from one scan to the next.
@@ -135,7 +142,9 @@ private:
     void keep(RedactionTrack const& track) {
         bool const wasLookedAt = std::ranges::any_of(
             ranges_, [&](TimeRange const& range) { return range.start < track.end && track.start < range.end(); });
-        if (stateOf(track) == FindingState::accepted || !wasLookedAt || (!track.isEnabled && !isFoundAgain(track))) {
+        bool const isSought = track.kind != SensitiveKind::custom && found_.kinds.contains(track.kind);
+        bool const staysUnlessFound = !track.isEnabled || !isSought;
+        if (stateOf(track) == FindingState::accepted || !wasLookedAt || (staysUnlessFound && !isFoundAgain(track))) {
             after_.push_back(track);
             rename(after_.back());
             return;
@@ -150,6 +159,7 @@ private:
 
     void keepPart(RedactionTrack piece) {
         for (auto& track : made_) {
+            if (isInside(piece, track)) return;
             if (goesOn(piece, track)) {
                 track = joined(piece, std::move(track));
                 return;

@@ -68,7 +68,8 @@ KeptScan keepPrivacyScan(DemoProject& project, MadePrivacyScan const& made) {
     auto const style = made.settings.prefersBlur ? RedactionStyle::blur : RedactionStyle::mask;
     auto tracks = *project.redactions;
     for (auto const& each : made.recordings)
-        tracks = withFindings(tracks, {.asset = each.asset, .outcome = each.outcome, .style = style});
+        tracks = withFindings(
+            tracks, {.asset = each.asset, .outcome = each.outcome, .style = style, .kinds = made.settings.kinds});
     if (tracks != *project.redactions) project.redactions.edit() = std::move(tracks);
     auto const hidden = hiddenTexts(project);
     KeptScan kept;

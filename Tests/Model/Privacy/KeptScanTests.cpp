@@ -107,6 +107,24 @@ TEST(KeptScan, whatTheUserDecidedOfATextStaysWhateverIsFoundAgain) {
         << "what shows before is covered, what was rejected is remembered";
 }
 
+TEST(KeptScan, whatAScanDidNotLookForStaysHidden) {
+    auto project = film();
+    auto mail = finding("mail", 2, 10), word = finding("fox", 20, 30, below);
+    mail.kind = SensitiveKind::email;
+    word.kind = SensitiveKind::custom;
+    auto first = scan({mail, word});
+    first.settings.customWords = {"fox"};
+    keepPrivacyScan(project, first);
+    auto phones = scan({});
+    phones.settings.kinds = {SensitiveKind::phone};
+    keepPrivacyScan(project, phones);
+    EXPECT_THAT(drawn(project), ElementsAre("2–10 hidden above", "20–30 hidden below"));
+    auto again = scan({word});
+    again.recordings[0].outcome.findings[0].start = 19;
+    keepPrivacyScan(project, again);
+    EXPECT_THAT(drawn(project), ElementsAre("19–30 hidden below")) << "there is no mail, and the word is found again";
+}
+
 TEST(KeptScan, aTextThatIsRejectedAtOnePlaceOnlyIsHiddenAtTheOthers) {
     auto project = film();
     keepPrivacyScan(project, scan({finding("same", 2, 10), finding("same", 20, 30, below)}));
@@ -125,6 +143,11 @@ TEST(KeptScan, aScanThatGoesOnJoinsWhatItFindsToWhatWasFoundBefore) {
     EXPECT_TRUE(std::ranges::is_sorted(track.keyframes, {}, &RedactionKeyframe::t));
     for (double t = 5; t <= 35; t += 0.5) EXPECT_EQ(track.areaAt(t), above) << t;
     EXPECT_EQ(project.redactionScan->ranges, (std::vector<TimeRange>{{0, 42}}));
+
+    keepPrivacyScan(project, scan({finding("early", 1, 2.5, below), finding("long", 10, 22)}, {{0, 2}, {10, 4}}));
+    EXPECT_THAT(drawn(project), ElementsAre("1–3 hidden below", "5–35 hidden above"))
+        << "what is found beyond what counts as looked at is there once";
+    EXPECT_EQ(project.redactions->size(), 2U);
 
     auto other = project.redactionSettings;
     other.customWords = {"Tavaro"};

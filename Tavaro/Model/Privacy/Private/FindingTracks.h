@@ -2,6 +2,7 @@
 
 #include <TavaroCore/Privacy/Redaction.h>
 
+#include <set>
 #include <string>
 #include <vector>
 
@@ -14,12 +15,14 @@ struct FindingsOfMovie {
     std::string const& asset;
     ScanOutcome const& outcome;
     RedactionStyle style = RedactionStyle::mask;
+    std::set<SensitiveKind> const& kinds; // that were looked for
 };
 
 /// Whether both hide the same text.
 bool hidesTheSame(RedactionTrack const& a, RedactionTrack const& b);
 
-/// The tracks with those of the scan in place of earlier ones.
+/// The tracks with those of the scan in place of earlier ones. What it did not look for stays, and so does a word or a
+/// pattern of the user's that it did not find again: nobody knows by which one it was found.
 ///
 ///     before   ══auto══╪═════╪═auto══    ──accepted──    ··rejected··
 ///     looked at        └─────┘
