@@ -68,6 +68,19 @@ void expectUsable(DemoProject const& before, DemoProject const& after, JSONValue
     }
 }
 
+/// A finding's cover that somebody changed is left as it is by the next scan.
+void keepChangedCovers(DemoProject const& before, DemoProject& project) {
+    if (project.redactions == before.redactions) return;
+    for (auto& track : project.redactions.edit()) {
+        auto const earlier = std::ranges::find(*before.redactions, track.id, &RedactionTrack::id);
+        if (!track.isAutomatic || earlier == before.redactions->end()) continue;
+        auto unchanged = *earlier;
+        unchanged.isEnabled = track.isEnabled; // which is a decision about the text
+        unchanged.isAutomatic = true;
+        track.isAutomatic = track == unchanged;
+    }
+}
+
 void merge(DemoProject& project, JSONValue::Object patch, ListItems listItems) {
     for (auto const& [key, value] : patch) expectChangeable(key);
     auto const before = project;
@@ -78,6 +91,7 @@ void merge(DemoProject& project, JSONValue::Object patch, ListItems listItems) {
         fail(error.what() + std::string("."));
     }
     expectUsable(before, project, patch);
+    keepChangedCovers(before, project);
 }
 
 /// "Changed background, camera"

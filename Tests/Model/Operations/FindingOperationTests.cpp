@@ -83,3 +83,15 @@ TEST(FindingOperations, anAreaIsHiddenInWhatTheFilmShowsThen) {
               "The area is outside of the recording, which has 1000 × 500 pixels.");
     EXPECT_EQ(failure(operations::HideArea{.end = 1, .width = 0, .height = 5}), "width must be 1–65536.");
 }
+
+TEST(FindingOperations, aCoverThatSomebodyChangesByAPatchIsLeftAsItIsByLaterScans) {
+    auto project = film();
+    auto const set = [&](std::string const& change) { perform(project, operations::SetFields{{change}}); };
+    set("redactions.0.end=7");
+    EXPECT_EQ(drawn(project), "+AA+");
+    set("redactions.1.isEnabled=false");
+    EXPECT_EQ(drawn(project), "+RA+") << "which decides about the text, wherever it is";
+    set("redactions.2.isAutomatic=false");
+    set("redactions.2.isAutomatic=true");
+    EXPECT_EQ(drawn(project), "+RA+");
+}
