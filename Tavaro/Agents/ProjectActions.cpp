@@ -96,6 +96,13 @@ operations::DraftScript draft(ToolArguments const& options) {
     return drafting;
 }
 
+/// Who says what to look for would else believe that only this was.
+ProjectAction::PrivacyScan privacyScan(ToolArguments const& options) {
+    if (!options.all().empty())
+        refuseArguments("hide_secrets takes no options: what it looks for is the project's redactionSettings.");
+    return {};
+}
+
 decltype(ProjectAction::work) workOf(ActionName name, ToolArguments const& options, DemoProject const& project) {
     switch (name) {
     case ActionName::autoPolish: return polishOptions(options);
@@ -106,7 +113,7 @@ decltype(ProjectAction::work) workOf(ActionName name, ToolArguments const& optio
     case ActionName::deleteWords: return Operation(deletion(options, wordsOf(project)));
     case ActionName::removeSilence: return Operation(operations::RemoveSilence{});
     case ActionName::speedUpTyping: return Operation(typing(options));
-    case ActionName::hideSecrets: return ProjectAction::PrivacyScan{};
+    case ActionName::hideSecrets: return privacyScan(options);
     case ActionName::draftVoiceoverScript: return Operation(draft(options));
     case ActionName::generateVoiceover: break;
     }

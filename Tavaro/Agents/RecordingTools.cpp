@@ -175,7 +175,7 @@ std::shared_ptr<RecordingTools::Take> RecordingTools::present() const {
 void RecordingTools::tell(RunningCall& call, Take& take, RecordingOutcome const& outcome) {
     if (!call.isAbandoned()) take.untold.reset();
     expectSaved(outcome, take.request);
-    secrets_.hideInTake(call, outcome.made->id,
+    secrets_.tellOfTake(call, outcome.made->id,
                         [outcome, request = take.request](RunningCall& here, std::string const& sentence) {
                             here.finish(savedResult(outcome, request, sentence));
                         });

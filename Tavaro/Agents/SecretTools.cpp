@@ -13,6 +13,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <exception>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -50,19 +51,38 @@ std::string notLookedAt(Error const& failure) {
     return fmt::format("It was not looked at for private text: {}", failure.what());
 }
 
+std::string notLookedAt(std::exception_ptr const& failure) {
+    try {
+        std::rethrow_exception(failure);
+    } catch (Error const& error) {
+        return notLookedAt(error);
+    }
+}
+
+/// Empty where nobody wants it to be looked at.
+std::string takeSummary(OpenProject const& take) {
+    auto const& document = take.document();
+    if (DueScan::isDue(take.package(), document)) return "It is being looked at for private text.";
+    return document.redactionScan ? hiddenSummary(listedFindings(document)) : "";
+}
+
+void tell(RunningCall& call, ScanProgress const& progress) {
+    auto const share = progress.total > 0 ? progress.seconds / progress.total : 0;
+    call.progress(std::min(share, 1.0), fmt::format("{:.0f} s looked at, {} found.", progress.seconds, progress.found));
+}
+
 }
 
 std::shared_ptr<SecretTools::ScanJob> SecretTools::begin(RunningCall& call, OpenProjects::Opened const& project) {
     auto const& document = project->document();
+    auto const& settings = document.redactionSettings;
+    bool const isAnythingLeft = !document.redactionScan || !unscannedRanges(document, settings).empty();
+    auto const extent = isAnythingLeft ? ScanExtent::missing : ScanExtent::everything;
     auto const job = std::make_shared<ScanJob>(
-        privacyScanJob(queue_, privacyScanRequest(document, project->package(), document.redactionSettings)));
+        privacyScanJob(queue_, privacyScanRequest(document, project->package(), settings, extent)));
     call.keep(job);
     call.whenAbandoned([&job = *job] { job.cancel(); });
-    job->onProgress(call.later([](RunningCall& here, ScanProgress const& progress) {
-        auto const share = progress.total > 0 ? progress.seconds / progress.total : 0;
-        here.progress(std::min(share, 1.0),
-                      fmt::format("{:.0f} s looked at, {} found.", progress.seconds, progress.found));
-    }));
+    job->onProgress(call.later([](RunningCall& here, ScanProgress const& progress) { tell(here, progress); }));
     return job;
 }
 
@@ -79,6 +99,7 @@ void SecretTools::keep(RunningCall& call, OpenProjects::Opened const& project, M
     KeptScan kept;
     auto const step = commitFor(*project, call.client(), privacyScanStep,
                                 [&](DemoProject& edited) { kept = keepPrivacyScan(edited, made); });
+    if (made.failure) throw MCPToolError(MCPErrorCode::failed, *made.failure + " What was found until then is hidden.");
     if (made.isStopped)
         throw MCPToolError(MCPErrorCode::failed, "The scan was stopped. What it had found by then is hidden.");
     auto const findings = listedFindings(project->document());
@@ -87,32 +108,29 @@ void SecretTools::keep(RunningCall& call, OpenProjects::Opened const& project, M
     call.finish(toolResult::ok(text, hiddenResult(step, kept, findings)));
 }
 
-void SecretTools::hideInTake(RunningCall& call, UUID const& project, Told const& over) {
+void SecretTools::tellOfTake(RunningCall& call, UUID const& project, Told const& over) {
     if (!application_.preferences().get(newTakesScanned)) return over(call, "");
     application_.project(project,
                          call.later([this, over](RunningCall& here, Outcome<OpenProjects::Opened> const& opened) {
                              try {
-                                 scanTake(here, opened.value(), over);
+                                 awaitScan(here, opened.value(), over);
                              } catch (Error const& failure) {
                                  over(here, notLookedAt(failure));
                              }
                          }));
 }
 
-void SecretTools::scanTake(RunningCall& call, OpenProjects::Opened const& project, Told const& over) {
-    auto const job = begin(call, project);
-    job->onFinished(call.later([project, over, &job = *job](RunningCall& here) {
-        std::string sentence;
-        try {
-            commitFor(*project, here.client(), privacyScanStep,
-                      [&](DemoProject& edited) { keepPrivacyScan(edited, job.result()); });
-            sentence = hiddenSummary(listedFindings(project->document()));
-        } catch (Error const& failure) {
-            sentence = notLookedAt(failure);
-        }
-        over(here, sentence);
+void SecretTools::awaitScan(RunningCall& call, OpenProjects::Opened const& project, Told const& over) {
+    auto& scans = application_.newTakes();
+    auto const package = project->package().url();
+    if (!scans.isExpected(package)) return over(call, takeSummary(*project));
+    auto const progress = call.later([package](RunningCall& here, NewTakeScans::Progress const& progress) {
+        if (progress.package == package) tell(here, progress.scan);
+    });
+    call.keep(std::make_shared<NewTakeScans::Observation>(scans.observe(progress)));
+    scans.whenOver(package, call.later([project, over](RunningCall& here, std::exception_ptr const& failure) {
+        over(here, failure ? notLookedAt(failure) : takeSummary(*project));
     }));
-    job->start();
 }
 
 }

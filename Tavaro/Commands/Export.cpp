@@ -3,6 +3,7 @@
 #include <Tavaro/Commands/Checks.h>
 #include <Tavaro/Commands/Interruption.h>
 #include <Tavaro/Commands/Names.h>
+#include <Tavaro/Commands/PrivacyScanRun.h>
 #include <Tavaro/Commands/ProgressLine.h>
 #include <Tavaro/Commands/Terminal.h>
 #include <Tavaro/Model/Exporting/PreparedExport.h>
@@ -149,6 +150,7 @@ void exportProject(Options const& options) {
         return print(options, plan);
     }
     tell(options, described(plan));
+    if (!options.asJSON) tellIfScanIsDue(package, project);
     auto const film = write(options, prepared);
     if (hidesFindings(project))
         tell(options, fmt::format("Private text is hidden in it. To read it again and see whether that holds: tavaro "

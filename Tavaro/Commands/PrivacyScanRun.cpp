@@ -3,14 +3,23 @@
 #include <Tavaro/Commands/Interruption.h>
 #include <Tavaro/Commands/Names.h>
 #include <Tavaro/Commands/Terminal.h>
+#include <Tavaro/Model/Privacy/DueScan.h>
 #include <Tavaro/Model/Privacy/FindingListing.h>
+#include <Tavaro/Model/Privacy/PrivacyPreferences.h>
 #include <Tavaro/Model/Project/OpenProject.h>
 #include <Tavaro/Model/Project/StoredProject.h>
 
+#include <TavaroCore/Files/FileError.h>
+#include <TavaroCore/Package/ProjectPackage.h>
+#include <TavaroCore/Project/DemoProject.h>
 #include <TavaroCore/Values/Timecode.h>
+#include <TavaroPlatform/Preferences/Preferences.h>
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
+#include <cerrno>
+#include <unistd.h>
 #include <utility>
 #include <vector>
 
@@ -29,6 +38,11 @@ std::vector<SensitiveKind> kindsOf(MadePrivacyScan const& made) {
     for (auto const& movie : made.recordings)
         for (auto const& finding : movie.outcome.findings) kinds.push_back(finding.kind);
     return kinds;
+}
+
+/// Before the scan, which may take long.
+void expectWritable(ProjectPackage const& package) {
+    if (::access(package.url().c_str(), W_OK | X_OK) != 0) throw FileError::writing(package.projectFileURL(), errno);
 }
 
 }
@@ -52,11 +66,13 @@ HiddenText hidePrivateText(std::filesystem::path const& package, ScanExtent exte
     auto const stored = openProject(package);
     auto settings = stored.project.redactionSettings;
     if (change) change(settings);
+    expectWritable(stored.package);
     auto request = privacyScanRequest(stored.project, stored.package, settings, extent);
     HiddenText hidden{.isNothingNew = request.recordings.empty()};
     hidden.made = runScan(std::move(request), "Looking for private text", output);
     OpenProject open(package, LockHolding::whileOpen);
     open.commit(privacyScanStep, [&](DemoProject& project) { hidden.kept = keepPrivacyScan(project, hidden.made); });
+    if (!hidden.made.isStopped) DueScan::forget(open.package());
     return hidden;
 }
 
@@ -64,6 +80,12 @@ void printHidden(HiddenText const& hidden) {
     auto const kinds = kindsOf(hidden.made);
     auto const& kept = hidden.kept;
     for (auto const& warning : hidden.made.warnings) terminal::tell("{}\n", warning);
+    if (auto const& sought = hidden.made.settings.kinds; sought != RedactionSettings{}.kinds) {
+        std::vector<std::string_view> names;
+        for (auto const kind : sought) names.push_back(nameOf(kind));
+        terminal::say("Looked for these kinds only, as the project is set: {}.\n",
+                      names.empty() ? "none" : fmt::to_string(fmt::join(names, ", ")));
+    }
     if (hidden.isNothingNew)
         terminal::say("All of it was looked at before; --again looks once more.\n");
     else if (kinds.empty())
@@ -75,17 +97,35 @@ void printHidden(HiddenText const& hidden) {
                       kept.maskedStrokes == 1 ? "was" : "were");
 }
 
-bool hideInNewTake(std::filesystem::path const& package, ProgressLine::Output output) {
+bool isScanWanted(bool isAskedFor) { return isAskedFor || Preferences().get(newTakesScanned); }
+
+bool hideInNewTake(std::filesystem::path const& path, TakeOutput wanted) {
+    auto const output = wanted == TakeOutput::json ? ProgressLine::Output::silent : ProgressLine::Output::automatic;
     try {
-        auto const hidden = hidePrivateText(package, ScanExtent::missing, output);
+        auto const [package, project] = openProject(path);
+        if (!DueScan::isDue(package, project)) return true;
+        auto const due = DueScan::claim(package, project);
+        if (!due) {
+            terminal::tell("The Tavaro that is running looks at the take for private text.\n");
+            return true;
+        }
+        auto const hidden = hidePrivateText(path, ScanExtent::missing, output);
         if (output != ProgressLine::Output::silent) printHidden(hidden);
+        if (hidden.made.failure) terminal::tell("{}\n", *hidden.made.failure);
         if (hidden.made.isStopped)
-            terminal::tell("The rest of the take was not looked at; `tavaro scan` goes on with it.\n");
+            terminal::tell("The rest of the take was not looked at yet; `tavaro scan` goes on with it.\n");
         return !hidden.made.isStopped;
     } catch (Error const& error) {
         terminal::tell("The take is saved, but it was not looked at for private text: {}\n", error.what());
         return false;
     }
+}
+
+void tellIfScanIsDue(ProjectPackage const& package, DemoProject const& project) {
+    if (DueScan::isDue(package, project))
+        terminal::tell(
+            "This take was to be looked at for private text, and was not yet as a whole: tavaro scan \"{}\"\n",
+            package.url().string());
 }
 
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <Tavaro/Commands/MadeTakeText.h>
 #include <Tavaro/Commands/ProgressLine.h>
 #include <Tavaro/Model/Privacy/KeptScan.h>
 #include <Tavaro/Model/Privacy/PrivacyScanJob.h>
@@ -7,6 +8,11 @@
 #include <filesystem>
 #include <functional>
 #include <string>
+
+namespace tavaro {
+class ProjectPackage;
+struct DemoProject;
+}
 
 namespace tavaro::commands {
 
@@ -27,8 +33,14 @@ HiddenText hidePrivateText(std::filesystem::path const& package, ScanExtent exte
 /// "Found 3 API keys and 1 email: 4 hidden, 0 rejected before." and what else came of it, a line each.
 void printHidden(HiddenText const& hidden);
 
-/// For a take that was just saved, whose making does not fail because of this: scans it and says what was hidden.
-/// False where it could not be looked at, which is said too.
-bool hideInNewTake(std::filesystem::path const& package, ProgressLine::Output output);
+/// Whether a take that is made now is to be looked at: where that is asked for, or wanted of each.
+bool isScanWanted(bool isAskedFor);
+
+/// For a take that was just saved, whose making does not fail because of this: scans it, where that is due, and says
+/// what was hidden. False where it could not be looked at, which is said too; it is due still then.
+bool hideInNewTake(std::filesystem::path const& package, TakeOutput output);
+
+/// Says so where a take was to be looked at and was not, or not as a whole.
+void tellIfScanIsDue(ProjectPackage const& package, DemoProject const& project);
 
 }

@@ -11,7 +11,6 @@
 #include <Tavaro/Commands/Terminal.h>
 #include <Tavaro/Commands/ToggleRecording.h>
 #include <Tavaro/Control/TakeServer.h>
-#include <Tavaro/Model/Privacy/PrivacyPreferences.h>
 #include <Tavaro/Model/Project/PackagePath.h>
 #include <Tavaro/Model/Recording/RecordingController.h>
 #include <Tavaro/Model/Recording/RecordingPreferences.h>
@@ -117,7 +116,8 @@ RecordingRequest requestOf(Options const& options) {
             .project = {.package = packagePath(isNamed ? options.output : recordingName(std::time(nullptr))),
                         .mode = modeNamed(options.mode),
                         .firstEdit = options.isRaw ? FirstEdit::raw : FirstEdit::polished,
-                        .nameTaken = isNamed ? NameTaken::fails : NameTaken::isNumbered}};
+                        .nameTaken = isNamed ? NameTaken::fails : NameTaken::isNumbered,
+                        .isScanDue = isScanWanted(options.hidesSecrets)}};
 }
 
 void expectShortcuts() {
@@ -252,14 +252,6 @@ private:
     std::optional<TakeServer> server_; // none where its socket cannot be made
 };
 
-/// False where it was to be looked at and was not.
-bool hideSecrets(Options const& options, MadeTake const& take) {
-    Preferences preferences;
-    if (!options.hidesSecrets && !preferences.get(newTakesScanned)) return true;
-    return hideInNewTake(take.made.path,
-                         options.asJSON ? ProgressLine::Output::silent : ProgressLine::Output::automatic);
-}
-
 void record(Options const& options) {
     auto const output = options.asJSON ? TakeOutput::json : TakeOutput::lines;
     if (options.isToggled) return toggleRecording(output);
@@ -268,7 +260,7 @@ void record(Options const& options) {
     if (outcome.kind == RecordingOutcome::Kind::discarded && outcome.hasBegun)
         return terminal::tell("{}\n", outcome.sentence());
     if (outcome.failure) std::rethrow_exception(outcome.failure);
-    bool const isLookedAt = hideSecrets(options, *outcome.made);
+    bool const isLookedAt = hideInNewTake(outcome.made->made.path, output);
     print(*outcome.made, output);
     if (!isLookedAt && options.hidesSecrets) throw Error("The take may show private text.");
 }

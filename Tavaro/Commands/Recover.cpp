@@ -3,6 +3,7 @@
 #include <Tavaro/Commands/Checks.h>
 #include <Tavaro/Commands/MadeTakeText.h>
 #include <Tavaro/Commands/Names.h>
+#include <Tavaro/Commands/PrivacyScanRun.h>
 #include <Tavaro/Commands/Terminal.h>
 #include <Tavaro/Model/Project/PackagePath.h>
 #include <Tavaro/Model/Recording/TakeNames.h>
@@ -24,6 +25,7 @@ struct Options {
     std::string id;
     bool discards = false;
     bool isRaw = false;
+    bool hidesSecrets = false;
     bool asJSON = false;
     std::string mode = "website";
     std::string output;
@@ -59,7 +61,8 @@ TakeProject projectFor(Options const& options, Date startedAt) {
     auto const name = recoveredName(static_cast<std::time_t>(startedAt.milliseconds / 1000));
     return {.package = packagePath(options.output.empty() ? name : options.output),
             .mode = modeNamed(options.mode),
-            .firstEdit = options.isRaw ? FirstEdit::raw : FirstEdit::polished};
+            .firstEdit = options.isRaw ? FirstEdit::raw : FirstEdit::polished,
+            .isScanDue = isScanWanted(options.hidesSecrets)};
 }
 
 void recover(Options const& options) {
@@ -75,7 +78,11 @@ void recover(Options const& options) {
     auto job = recoveryJob(queue, take, projectFor(options, take.marker.startedAt));
     job.onRemark([](std::string const& remark) { terminal::tell("{}\n", remark); });
     job.start();
-    print(job.wait(), options.asJSON ? TakeOutput::json : TakeOutput::lines);
+    auto const output = options.asJSON ? TakeOutput::json : TakeOutput::lines;
+    auto const& made = job.wait();
+    bool const isLookedAt = hideInNewTake(made.made.path, output);
+    print(made, output);
+    if (!isLookedAt && options.hidesSecrets) throw Error("The take may show private text.");
 }
 
 }
@@ -87,6 +94,8 @@ void addRecover(CLI::App& app) {
     command->add_flag("--discard", options->discards, "remove it instead");
     command->add_option("--mode", options->mode, "what kind of demo it is")->check(modeNames())->capture_default_str();
     command->add_flag("--no-polish", options->isRaw, "leave the take as it was recorded");
+    command->add_flag("--hide-secrets", options->hidesSecrets,
+                      "look for private text in it when it is brought back, and hide it");
     command->add_option("-o,--output", options->output, "the project to make, NAME.recproj")->check(projectName);
     command->add_flag("--json", options->asJSON, "print the list, or what was made, as JSON");
     command->callback([options] { recover(*options); });

@@ -8,12 +8,16 @@
 #include <Tavaro/Model/Project/StoredProject.h>
 
 #include <TavaroCore/Errors/Error.h>
+#include <TavaroCore/Errors/Excerpt.h>
+#include <TavaroCore/Files/FileDescriptor.h>
+#include <TavaroCore/Files/FileError.h>
+#include <TavaroCore/Privacy/SensitiveTextClassifier.h>
 #include <TavaroCore/Records/JSON.h>
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
-#include <algorithm>
+#include <cerrno>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -42,6 +46,7 @@ struct ScanReport {
     std::size_t rejected = 0;
     std::size_t maskedKeystrokes = 0;
     bool isStopped = false;
+    bool isNothingNew = false;           // all of it was looked at before, so this scan did not
     std::vector<ListedFinding> findings; // all of the project
     std::vector<std::string> warnings;
     std::vector<TimeRange> unscanned; // seconds of the recording
@@ -51,6 +56,7 @@ struct ScanReport {
         field("rejected", &ScanReport::rejected),
         field("maskedKeystrokes", &ScanReport::maskedKeystrokes),
         field("isStopped", &ScanReport::isStopped),
+        field("isNothingNew", &ScanReport::isNothingNew),
         field("findings", &ScanReport::findings),
         field("warnings", &ScanReport::warnings),
         field("unscanned", &ScanReport::unscanned),
@@ -76,6 +82,21 @@ ProgressLine::Output progressOf(Options const& options) {
     return options.asJSON ? ProgressLine::Output::silent : ProgressLine::Output::automatic;
 }
 
+/// What was said just now is refused rather than left out and kept with the project.
+void expectPatterns(Options const& options) {
+    for (auto const& pattern : options.patterns)
+        if (!SensitiveTextClassifier({.kinds = {}, .customPatterns = {pattern}}).warnings().empty())
+            throw Error(fmt::format("“{}” is no regular expression that can be looked for.", excerpt(pattern)));
+}
+
+/// Before the scan, which may take long. Throws `FileError`.
+void expectReviewFolder(std::filesystem::path const& folder) {
+    std::error_code code;
+    std::filesystem::create_directories(folder, code);
+    if (code) throw FileError::writing(folder, code.value());
+    if (!FileDescriptor::nameless(folder).isOpen()) throw FileError::writing(folder, errno);
+}
+
 /// What is not said is as the project has it.
 void change(RedactionSettings& settings, Options const& options) {
     if (!options.kinds.empty()) settings.kinds.clear();
@@ -92,6 +113,8 @@ void expectProject(Options const& options) {
 
 void scanProject(Options const& options) {
     expectProject(options);
+    expectPatterns(options);
+    if (!options.review.empty()) expectReviewFolder(options.review);
     auto const extent = options.looksAgain ? ScanExtent::everything : ScanExtent::missing;
     auto const hidden = hidePrivateText(options.file, extent, progressOf(options),
                                         [&](RedactionSettings& settings) { change(settings, options); });
@@ -104,6 +127,7 @@ void scanProject(Options const& options) {
                                                 .rejected = hidden.kept.rejected,
                                                 .maskedKeystrokes = hidden.kept.maskedStrokes,
                                                 .isStopped = hidden.made.isStopped,
+                                                .isNothingNew = hidden.isNothingNew,
                                                 .findings = findings,
                                                 .warnings = hidden.made.warnings,
                                                 .unscanned = unscannedRanges(project, project.redactionSettings)}));
@@ -112,7 +136,8 @@ void scanProject(Options const& options) {
         printHidden(hidden);
     }
     if (hidden.made.isStopped)
-        throw Error("The scan was stopped. What was found until then is hidden; the next scan goes on with the rest.");
+        throw Error(hidden.made.failure.value_or("The scan was stopped.") +
+                    " What was found until then is hidden; the next scan goes on with the rest.");
 }
 
 std::optional<DemoProject> projectOfFilm(Options const& options) {
@@ -122,20 +147,21 @@ std::optional<DemoProject> projectOfFilm(Options const& options) {
 /// What was rejected is meant to be read.
 void checkFilm(Options const& options) {
     auto const project = projectOfFilm(options);
+    expectPatterns(options);
     auto settings = project ? project->redactionSettings : RedactionSettings{};
     change(settings, options);
     auto const made = runScan(filmCheckRequest(options.file, settings), "Reading the film", progressOf(options));
-    if (made.isStopped) throw Error("The check was stopped, so nothing can be said about the film.");
+    if (made.isStopped)
+        throw Error(made.failure.value_or("The check was stopped.") + " So nothing can be said about the film.");
     for (auto const& warning : made.warnings) terminal::tell("{}\n", warning);
     auto const texts = legibleTexts(made, project ? &*project : nullptr);
-    auto const legible = std::ranges::count(texts, false, &LegibleText::isRejectedInProject);
+    bool const isClean = countOfLegible(texts) == 0;
     if (options.asJSON)
-        terminal::sayJSON(encodeJSON(CheckReport{.isClean = legible == 0, .legible = texts}));
+        terminal::sayJSON(encodeJSON(CheckReport{.isClean = isClean, .legible = texts}));
     else
         printLegible(texts);
-    if (legible > 0)
-        throw Error(fmt::format("{} can be read in it.", counted(static_cast<std::size_t>(legible), "private text")));
-    if (!options.asJSON) terminal::say("Nothing private can be read in it.\n");
+    if (!isClean) throw Error(filmCheckSentence(texts));
+    if (!options.asJSON) terminal::say("{}\n", filmCheckSentence(texts));
 }
 
 void scan(Options const& options) { options.checksFilm ? checkFilm(options) : scanProject(options); }
@@ -152,9 +178,11 @@ void addScan(CLI::App& app) {
         ->delimiter(',')
         ->check(isNameOf<SensitiveKind>());
     command->add_option("--word", options->words, "a word of your own to find; may be repeated")
-        ->allow_extra_args(false);
+        ->allow_extra_args(false)
+        ->check(notEmpty);
     command->add_option("--pattern", options->patterns, "a regular expression of your own; may be repeated")
-        ->allow_extra_args(false);
+        ->allow_extra_args(false)
+        ->check(notEmpty);
     auto* const review = command
                              ->add_option("--review", options->review,
                                           "a folder for a small picture of what is around each finding, itself covered")

@@ -65,7 +65,7 @@ void run(MainQueue& queue, Application& application, AppMCPBackend& agents, Idle
         [&] {
             application.preferences().refresh(); // what is decided elsewhere answers whoever waits for it
             bool const isBusy = agents.isPerforming() || application.isBusy();
-            bool const isIdle = idle.isOver(isBusy || agents.connections() > 0);
+            bool const isIdle = idle.isOver(isBusy || application.newTakes().isBusy() || agents.connections() > 0);
             bool const isReplaced = isHandedOver && !isBusy && agents.calls() == 0;
             if (!isEnding && (interruption.isRequested() || isIdle || isReplaced)) {
                 isEnding = true;
@@ -159,6 +159,7 @@ void serve(IdleTime::Length most) {
     spdlog::info("Tavaro has begun.");
     if (auto const offer = unfinishedOffer()) terminal::tell("{}\n", *offer);
     terminal::tell("Agents reach Tavaro at “{}”. Ctrl-C ends it.\n", mcpSocketPath().string());
+    application.newTakes().takeUp();
     run(queue, application, agents, IdleTime(most), isHandedOver);
     spdlog::info("Tavaro has ended.");
 }

@@ -100,6 +100,12 @@ Size2 ScreenRecorder::captureSize() const {
     return shared->captureSize();
 }
 
+std::filesystem::path ScreenRecorder::workingFolder() const {
+    auto const shared = take();
+    if (!shared) failNotRecording();
+    return shared->directory();
+}
+
 bool ScreenRecorder::waitForEnd(std::chrono::milliseconds atMost) {
     auto const shared = take();
     if (!shared) failNotRecording();

@@ -97,6 +97,8 @@ public:
     void setPaused(bool paused);
     /// Throws `CaptureError` before `start`.
     RecorderProgress progress() const;
+    /// The working folder, from `start` on. Throws `CaptureError` before.
+    std::filesystem::path workingFolder() const;
     /// Size of the movie: the source's, each side rounded down to even.
     Size2 captureSize() const;
 

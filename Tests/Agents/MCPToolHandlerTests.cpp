@@ -409,3 +409,34 @@ TEST_F(MCPToolHandlerTest, aTakeIsSavedWhateverComesOfTheScanThatTheUserWantsOfE
     EXPECT_EQ(isLookedAt, !*result->find<bool>("isError")) << answer;
     unsetenv("XDG_STATE_HOME");
 }
+
+TEST_F(MCPToolHandlerTest, whatIsHiddenInANewTakeIsToldWithItAndLookedForAgainWhereSomebodyTookItAway) {
+    setenv("XDG_STATE_HOME", (folder / "state").c_str(), 1);
+    application.preferences().set(newTakesScanned, true);
+    application.newTakes().scanBy([](ScanRequest const&, auto const& told, std::stop_token const&) {
+        told({.seconds = 1, .total = 1, .found = 1});
+        return ScanOutcome{.findings = {{.kind = SensitiveKind::email,
+                                         .masked = "a•••",
+                                         .textHash = "hash",
+                                         .end = 0.5,
+                                         .keyframes = {{0, {0.1, 0.1, 0.2, 0.1}}}}},
+                           .ranges = {{0, 60}}};
+    });
+    EXPECT_THAT(
+        called("record_for", R"({"target":{"display":"display-1"},"seconds":1,"countdown":0})"),
+        AllOf(StartsWith("The film hides 1 email, from 0:00.00 on. Saved as"), EndsWith(" s). Auto Polish has run.")));
+    id = *structured().find<std::string>("project_id");
+    EXPECT_EQ(project().document().redactions->size(), 1u);
+    EXPECT_FALSE(DueScan::isNoted(project().package().url()));
+
+    called("edit_project", withID(R"(,"patch":{"redactions":[]})"));
+    EXPECT_EQ(
+        called("run_action", withID(R"(,"action":"hide_secrets","options":{"dry":true})")),
+        "invalid_arguments: hide_secrets takes no options: what it looks for is the project's redactionSettings.");
+    progress = 0;
+    auto const answer = called("run_action", withID(R"(,"action":"hide_secrets")"));
+    if (!*result->find<bool>("isError")) {
+        EXPECT_GT(progress, 0) << "it was looked at once more";
+    }
+    unsetenv("XDG_STATE_HOME");
+}

@@ -98,6 +98,7 @@ TEST_F(ScanCommand, whatWasLookedAtBeforeIsNotLookedAtAgainAndReviewedByPictures
     auto const report = JSONValue::parse(scan({"--json"}).out);
     EXPECT_EQ(report.find<JSONValue::Array>("findings")->size(), 2U);
     EXPECT_FALSE(*report.find<bool>("isStopped"));
+    EXPECT_TRUE(*report.find<bool>("isNothingNew"));
     EXPECT_TRUE(report.find<JSONValue::Array>("unscanned")->empty());
 }
 
@@ -110,6 +111,10 @@ TEST_F(ScanCommand, whatCannotBeScannedIsSaidAndTheProjectStays) {
     EXPECT_EQ(scan({"--project", path("tour")}).exitCode, 2) << "that goes with --check";
     EXPECT_EQ(scan({"--check", "--again"}).exitCode, 2);
     EXPECT_EQ(tavaro({"scan", path("none.mp4"), "--check"}).exitCode, 1);
+    EXPECT_THAT(scan({"--pattern", "("}).error, StartsWith("“(” is no regular expression"));
+    EXPECT_EQ(scan({"--word", ""}).exitCode, 2);
+    EXPECT_THAT(scan({"--again", "--review", path("clip.mp4")}).error, StartsWith("Could not write “"))
+        << "before the scan";
     EXPECT_EQ(read("tour.recproj/project.json"), before);
 }
 

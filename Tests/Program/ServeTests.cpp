@@ -5,6 +5,7 @@
 #include <Tavaro/Agents/MCPConsent.h>
 #include <Tavaro/Control/ControlCaller.h>
 #include <Tavaro/Control/ControlServer.h>
+#include <Tavaro/Model/Privacy/PrivacyPreferences.h>
 #include <Tavaro/Model/Recording/RecordingPreferences.h>
 
 #include <TavaroCore/Package/ProjectPackage.h>
@@ -179,6 +180,59 @@ TEST_F(Serve, theSameCommandBeginsATakeInItAndSavesItAndASecondEndsTheCountdown)
     EXPECT_THAT(tavaro({"record", "--toggle", "--json"}).error,
                 HasSubstr("Recording didn't start. There is no display"));
     unsetenv("DISPLAY");
+}
+
+TEST_F(Serve, takesThatAreBegunByAnOrderAndWhatAKilledProgramLeftAreLookedAtForPrivateText) {
+    if (!TestDisplay::isInstalled()) GTEST_SKIP() << "no virtual display";
+    TestDisplay const display(320, 200);
+    setenv("DISPLAY", display.name().c_str(), 1);
+    auto const isLookedAt = [](fs::path const& package) {
+        return !fs::exists(package / "scan.due") && ProjectPackage(package).load().redactionScan;
+    };
+    Preferences preferences;
+    preferences.set(newTakesScanned, true);
+    preferences.set(countdownChosen, 0);
+    fs::path taken;
+    {
+        auto const program = serveAndWait();
+        ASSERT_EQ(tavaro({"record", "--toggle"}).exitCode, 0);
+        auto const ended = tavaro({"record", "--toggle"});
+        ASSERT_EQ(ended.exitCode, 0) << ended.error;
+        taken = ended.out.substr(0, ended.out.find('\n'));
+        if (!becomesTrue([&] { return isLookedAt(taken) || hasLogged("was not looked at for private text"); }) ||
+            !isLookedAt(taken))
+            GTEST_SKIP() << "Nothing reads text here: " << read(log);
+    } // killed
+    auto project = ProjectPackage(taken).load();
+    project.redactionScan.reset();
+    ProjectPackage(taken).save(project);
+    write((fs::path(taken) / "scan.due").lexically_relative(folder), "");
+    auto const next = serveAndWait();
+    EXPECT_TRUE(becomesTrue([&] { return isLookedAt(taken); })) << read(log);
+    unsetenv("DISPLAY");
+}
+
+TEST_F(Serve, anAgentHidesWhatARecordingShows) {
+    allow("tester");
+    ffmpeg({"-f", "lavfi", "-i", "color=white:size=1280x720:rate=5:duration=2", "-vf",
+            "drawtext=text='ada.lovelace@example.com':fontsize=36:x=300:y=320", "-pix_fmt", "yuv420p",
+            path("screen.mp4")});
+    auto const package = path("Movies/Tavaro/Mail.recproj");
+    ASSERT_EQ(tavaro({"import", path("screen.mp4"), "-o", package}).exitCode, 0);
+    auto const program = serveAndWait();
+    auto const hide = [id = ProjectPackage(package).load().id.text()] {
+        return called("run_action", {{"project_id", id}, {"action", "hide_secrets"}});
+    };
+    auto const answer = hide();
+    if (answer.find("cannot be read") != answer.npos) GTEST_SKIP() << "Nothing reads text here: " << answer;
+    EXPECT_EQ(answer, "The film hides 1 email, from 0:00.00 on.");
+    auto const hidden = ProjectPackage(package).load();
+    ASSERT_EQ(hidden.redactions->size(), 1u);
+    EXPECT_TRUE(hidden.redactions->front().areaAt(1).contains({0.4, 0.47})) << "it covers the address";
+    EXPECT_FALSE(hidden.redactions->front().areaAt(1).contains({0.1, 0.47})) << "and not what is beside it";
+    ASSERT_EQ(tavaro({"redact", package, "--reject", "all"}).exitCode, 0);
+    EXPECT_THAT(hide(), HasSubstr("No secrets were found")) << "a text that was rejected is not hidden again";
+    EXPECT_FALSE(ProjectPackage(package).load().redactions->front().isEnabled);
 }
 
 TEST_F(Serve, aWindowTakesItsPlaceBetweenTwoCallsAndAfterATake) {

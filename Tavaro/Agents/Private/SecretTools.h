@@ -26,19 +26,21 @@ public:
         , application_(application)
         , locked_(queue) {}
 
-    /// What was found is kept, also where nobody waits for the rest.
+    /// Looks at what was not looked at, or once more at everything. What was found is kept, also where nobody waits for
+    /// the rest.
     void hide(RunningCall& call, OpenProjects::Opened const& project);
 
-    /// The same for a take that was just saved, where the user wants that for each one. `over` gets a sentence about
-    /// it, also where it failed: the take is saved in any case. The sentence is empty where it is not wanted.
+    /// For a take that was just saved, and that the application looks at where the user wants that of each one. When it
+    /// has, `over` gets a sentence about it, also where it failed: the take is saved in any case. The sentence is empty
+    /// where it is not wanted.
     using Told = std::function<void(RunningCall&, std::string const& sentence)>;
-    void hideInTake(RunningCall& call, UUID const& project, Told const& over);
+    void tellOfTake(RunningCall& call, UUID const& project, Told const& over);
 
 private:
     using ScanJob = Job<MadePrivacyScan, ScanProgress>;
 
     std::shared_ptr<ScanJob> begin(RunningCall& call, OpenProjects::Opened const& project);
-    void scanTake(RunningCall& call, OpenProjects::Opened const& project, Told const& over);
+    void awaitScan(RunningCall& call, OpenProjects::Opened const& project, Told const& over);
     void keep(RunningCall& call, OpenProjects::Opened const& project, MadePrivacyScan const& made);
 
     MainQueue& queue_;

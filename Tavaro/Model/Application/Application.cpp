@@ -1,5 +1,6 @@
 #include <Tavaro/Model/Application/Application.h>
 
+#include <Tavaro/Model/Privacy/PrivacyPreferences.h>
 #include <Tavaro/Model/Recording/TakeNames.h>
 
 #include <TavaroCapture/Devices/ListSources.h>
@@ -30,6 +31,10 @@ Application::Application(MainQueue& queue, ApplicationPlaces places)
     , exporter_(queue)
     , frames_(queue)
     , thumbnails_(queue)
+    , newTakes_(queue, projects_, catalogue_)
+    , recording_(recorder_.observe([this](RecorderState const& state) {
+        newTakes_.hold(state.phase != RecorderPhase::idle); // or frames are lost
+    }))
     , side_(queue, "com.tavaro.sources") {
     projects_.onOpened([this](OpenProjects::Opened const& project) { thumbnails_.watch(project); });
 }
@@ -52,10 +57,22 @@ fs::path Application::newProject(std::string_view name) const {
 
 void Application::record(RecordingRequest request, RecordingHandlers handlers) {
     if (request.project.package.empty()) request.project.package = newProject(recordingName(std::time(nullptr)));
+    request.project.isScanDue = preferences_.get(newTakesScanned);
+    handlers.over = [this, over = std::move(handlers.over)](RecordingOutcome const& outcome) {
+        if (outcome.made) newTakes_.add(outcome.made->made.path);
+        if (over) over(outcome);
+    };
     recorder_.start(std::move(request), std::move(handlers));
 }
 
+TakeProject Application::recovered(std::string_view name) {
+    return {.package = newProject(name),
+            .nameTaken = NameTaken::isNumbered,
+            .isScanDue = preferences_.get(newTakesScanned)};
+}
+
 void Application::end() {
+    newTakes_.end();
     exporter_.cancel();
     thumbnails_.hurry();
     if (recorder_.isTaking()) recorder_.stop();

@@ -2,6 +2,7 @@
 
 #include <Tavaro/Model/Exporting/ExportController.h>
 #include <Tavaro/Model/Exporting/FrameDrawer.h>
+#include <Tavaro/Model/Privacy/NewTakeScans.h>
 #include <Tavaro/Model/Project/OpenProjects.h>
 #include <Tavaro/Model/Project/ProjectCatalogue.h>
 #include <Tavaro/Model/Recording/RecordingController.h>
@@ -41,6 +42,7 @@ public:
     RecordingController& recorder() { return recorder_; }
     ExportController& exporter() { return exporter_; }
     FrameDrawer& frames() { return frames_; }
+    NewTakeScans& newTakes() { return newTakes_; }
 
     /// A free place in the library for a project of that name.
     std::filesystem::path newProject(std::string_view name) const;
@@ -54,11 +56,16 @@ public:
     /// Starts a recording that is saved into the library, named for the time, unless the request says where. Throws
     /// `RecordingError` and `FileError`.
     void record(RecordingRequest request, RecordingHandlers handlers = {});
+    /// Of an unfinished recording, into the library under that name. It is looked at for private text where the user
+    /// wants that of new takes, once somebody opens it or `newTakes` hears of it.
+    TakeProject recovered(std::string_view name);
 
     /// Whether something is under way that an ending application waits for.
-    bool isBusy() const { return !recorder_.isIdle() || exporter_.isExporting() || thumbnails_.isDrawing(); }
-    /// Begins to end: a take is saved, a countdown and an export are cancelled, thumbnails are drawn. It is done when
-    /// nothing is busy.
+    bool isBusy() const {
+        return !recorder_.isIdle() || exporter_.isExporting() || thumbnails_.isDrawing() || newTakes_.isStopping();
+    }
+    /// Begins to end: a take is saved, a countdown, an export and scans are cancelled, thumbnails are drawn. It is done
+    /// when nothing is busy.
     void end();
 
 private:
@@ -70,6 +77,8 @@ private:
     ExportController exporter_;
     FrameDrawer frames_;
     ThumbnailKeeper thumbnails_;
+    NewTakeScans newTakes_;
+    RecordingController::Observation recording_;
     SideQueue side_;
 };
 

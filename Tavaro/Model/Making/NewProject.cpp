@@ -1,6 +1,8 @@
 #include <Tavaro/Model/Making/NewProject.h>
 
 #include <Tavaro/Model/Making/Private/CutShort.h>
+#include <Tavaro/Model/Privacy/DueScan.h>
+
 #include <TavaroCore/Package/PendingPackage.h>
 #include <TavaroCore/Recording/EventLists.h>
 #include <TavaroCore/Recording/SettledPointer.h>
@@ -125,6 +127,7 @@ void write(ProjectPackage const& wanted, DemoProject const& project, NewProject 
     PendingPackage pending(wanted);
     try {
         pending.package().save(project);
+        if (made.isScanDue) DueScan::note(pending.package().url());
         for (auto const& file : files)
             pending.package().importAsset(file, moves ? ImportMode::link : made.importMode, made.proceed);
         pending.complete();

@@ -40,6 +40,7 @@ struct NewProject {
     DemoMode mode = DemoMode::website;
     std::optional<SideRecording> camera = {};
     std::vector<SideSound> sounds = {};
+    bool isScanDue = false; // for private text
     /// Told, in a sentence, what could not be brought in: a camera or sound that cannot be read, the end of a file cut
     /// short.
     std::function<void(std::string const&)> remark = {};

@@ -2,6 +2,7 @@
 
 #include <Tavaro/Model/Making/AddStreams.h>
 #include <Tavaro/Model/Making/Polish.h>
+#include <Tavaro/Model/Privacy/DueScan.h>
 #include <Tavaro/Model/Project/OpenProject.h>
 #include <Tavaro/Model/Thumbnails/Thumbnail.h>
 
@@ -19,9 +20,14 @@ namespace {
 
 using Remark = std::function<void(std::string const&)>;
 
-DemoProject projectOf(TakeMovie const& take, ProjectPackage const& package, DemoMode mode, Remark const& remark) {
-    NewProject made{
-        .movie = take.movie, .importMode = ImportMode::move, .metadata = take.metadata, .mode = mode, .remark = remark};
+DemoProject projectOf(TakeMovie const& take, ProjectPackage const& package, TakeProject const& wanted,
+                      Remark const& remark) {
+    NewProject made{.movie = take.movie,
+                    .importMode = ImportMode::move,
+                    .metadata = take.metadata,
+                    .mode = wanted.mode,
+                    .isScanDue = wanted.isScanDue || DueScan::isNoted(take.movie.parent_path()),
+                    .remark = remark};
     addStreams(made, take.streams);
     try {
         return createProject(package, made);
@@ -46,7 +52,7 @@ MadeTake makeTakeProject(TakeMovie const& take, TakeProject const& wanted,
                          std::function<void(std::string const&)> const& remark) {
     for (auto const& sentence : take.warnings) remark(sentence);
     ProjectPackage const target(wanted.package);
-    auto project = projectOf(take, target, wanted.mode, remark);
+    auto project = projectOf(take, target, wanted, remark);
     leaveWorkingFolder(take, remark);
     auto const& log = take.metadata;
     MadeProject made{.path = wanted.package.string(),

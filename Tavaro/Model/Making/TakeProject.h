@@ -34,6 +34,7 @@ struct TakeProject {
     DemoMode mode = DemoMode::website;
     FirstEdit firstEdit = FirstEdit::polished;
     NameTaken nameTaken = NameTaken::fails; // isNumbered: "NAME 2.recproj", or the first that is free
+    bool isScanDue = false;                 // for private text; also where the take's working folder notes it
 };
 
 struct MadeTake {

@@ -1,5 +1,6 @@
 #include <Tavaro/Model/Recording/RecordingJob.h>
 
+#include <Tavaro/Model/Privacy/DueScan.h>
 #include <Tavaro/Model/Project/PackagePath.h>
 #include <Tavaro/Model/Recording/Private/PictureWatch.h>
 #include <Tavaro/Model/Recording/Private/RoomWatch.h>
@@ -108,6 +109,15 @@ template<class Orders> TakeEnd runTake(ScreenRecorder& recorder, double seconds,
     }
 }
 
+/// For who recovers the take, if need be.
+void noteScan(fs::path const& workingFolder, Reporter& reporter) {
+    try {
+        DueScan::note(workingFolder);
+    } catch (Error const& failure) {
+        reporter.remark(failure.what());
+    }
+}
+
 template<class Orders> MadeTake record(RecordingRequest const& request, Orders& orders, Reporter& reporter) {
     if (request.unfinished == UnfinishedOffer::told)
         if (auto const offer = unfinishedOffer()) reporter.remark(*offer);
@@ -124,6 +134,7 @@ template<class Orders> MadeTake record(RecordingRequest const& request, Orders& 
     countDown(request, orders, reporter);
     letClear(request, orders, reporter);
     recorder.start();
+    if (project.isScanDue) noteScan(recorder.workingFolder(), reporter);
     if (runTake(recorder, request.seconds, orders, reporter) == TakeEnd::discard) {
         recorder.cancel();
         throw JobCancelled(discarded);

@@ -318,9 +318,8 @@ void Library::keep(QString const& id) {
     auto const take = takes_.claim(id);
     if (!take) return;
     auto const name = recoveredName(static_cast<std::time_t>(take->marker.startedAt.milliseconds / 1000));
-    TakeProject const project{.package = application_.newProject(name), .nameTaken = NameTaken::isNumbered};
     auto const isKept = std::make_shared<bool>(false);
-    run<MadeTake, NoProgress>(recoveryJob(queue_, *take, project),
+    run<MadeTake, NoProgress>(recoveryJob(queue_, *take, application_.recovered(name)),
                               {.title = QStringLiteral("Bringing back an unfinished recording"),
                                .done =
                                    [this, isKept](MadeTake const& made) {

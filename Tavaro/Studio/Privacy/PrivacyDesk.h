@@ -1,10 +1,13 @@
 #pragma once
 
+#include <Tavaro/Model/Privacy/DueScan.h>
 #include <Tavaro/Studio/Privacy/FindingList.h>
 #include <Tavaro/Studio/Privacy/FindingStills.h>
 #include <Tavaro/Studio/Privacy/ScanRun.h>
 
 #include <QObject>
+
+#include <optional>
 
 namespace tavaro {
 
@@ -20,11 +23,19 @@ public:
     /// A scan that is given stands in for the real one.
     PrivacyDesk(MainQueue& queue, EditorSession& session, MovieScan scan = {});
 
+    /// Searches a new take of which that is due, unless somebody else does. What is stopped by hand is due no more;
+    /// what ends otherwise before its time is taken up again.
+    bool takeUp();
+
     ScanRun* run() { return &run_; }
     FindingList* findings() { return &findings_; }
     FindingStills* stills() { return &stills_; }
 
 private:
+    void settle();
+
+    EditorSession& session_;
+    std::optional<DueScan> due_;
     ScanRun run_;
     FindingList findings_;
     FindingStills stills_;

@@ -1,6 +1,6 @@
 #include <Tavaro/Studio/Program/OpenedProjects.h>
 
-#include <Tavaro/Model/Privacy/PrivacyPreferences.h>
+#include <Tavaro/Model/Privacy/DueScan.h>
 #include <Tavaro/Studio/Library/LibraryText.h>
 #include <Tavaro/Studio/Privacy/PrivacyDesk.h>
 
@@ -13,15 +13,24 @@
 
 namespace tavaro {
 
+namespace {
+
+/// What a take was to be looked at for and was not, also by a program that ended in the middle.
+bool takeUpScan(EditorDesk& desk) {
+    auto& session = *desk.session();
+    bool const isDue = DueScan::isDue(session.project().package(), session.document());
+    return isDue && qobject_cast<PrivacyDesk*>(desk.privacy())->takeUp();
+}
+
+}
+
 void OpenedProjects::open(QString const& package) {
-    openAnd(package, [](EditorDesk&) {});
+    openAnd(package, [](EditorDesk& desk) { takeUpScan(desk); });
 }
 
 void OpenedProjects::openTake(QString const& package) {
-    openAnd(package, [this](EditorDesk& desk) {
-        if (!preferences_.get(newTakesScanned)) return;
-        desk.session()->setInspector(QStringLiteral("privacy")); // which shows how far it is
-        qobject_cast<PrivacyDesk*>(desk.privacy())->run()->start();
+    openAnd(package, [](EditorDesk& desk) {
+        if (takeUpScan(desk)) desk.session()->setInspector(QStringLiteral("privacy")); // which shows how far it is
     });
 }
 

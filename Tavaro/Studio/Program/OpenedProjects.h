@@ -27,9 +27,10 @@ public:
         , projects_(projects)
         , preferences_(preferences) {}
 
-    /// `opened` follows, or `failed`; of one that is open already, at once.
+    /// `opened` follows, or `failed`; of one that is open already, at once. A take that is yet to be looked at for
+    /// private text is, where nobody does so already.
     Q_INVOKABLE void open(QString const& package);
-    /// The same for a take that has just been made: it is looked at for private text, where the user wants that.
+    /// The same for a take that has just been made, with the page that shows the search, where there is one.
     void openTake(QString const& package);
     /// Refused once, with `failed`, where that loses what was edited last.
     Q_INVOKABLE void close(int row);

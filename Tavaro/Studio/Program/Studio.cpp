@@ -17,6 +17,7 @@ namespace {
 
 constexpr int atRest = 500, soon = 50; // milliseconds between looks
 constexpr int longestSave = 3000;      // milliseconds, for somebody else to be done with a project
+constexpr int shown = 3000;            // milliseconds, after which the window is there
 constexpr int begun = 20'000;          // milliseconds, after which nobody waits for the window any more
 
 UpdateCheck::Settings ownUpdates() { return {.program = QCoreApplication::applicationFilePath()}; }
@@ -71,6 +72,7 @@ void Studio::takePlace() {
     agentSettings_.setProblem({});
     openToAgents();
     recorder_.openToCommands();
+    QTimer::singleShot(shown, this, [this] { application_.newTakes().takeUp(); });
 }
 
 void Studio::askForPlace() {

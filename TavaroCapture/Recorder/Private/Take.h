@@ -40,6 +40,7 @@ public:
     void setPaused(bool paused);
     RecorderProgress progress() const;
     Size2 captureSize() const { return size_; }
+    std::filesystem::path const& directory() const { return directory_; }
     bool waitForEnd(std::chrono::milliseconds atMost);
     FinishedTake finish();
     void cancel();

@@ -4,6 +4,7 @@
 #include "../Answered.h"
 
 #include <Tavaro/Model/Application/Application.h>
+#include <Tavaro/Model/Privacy/PrivacyPreferences.h>
 #include <Tavaro/Model/Recording/UnfinishedRecording.h>
 
 #include <TavaroCapture/Sources/CaptureError.h>
@@ -78,6 +79,46 @@ TEST_F(ApplicationTest, aTakeIsInTheLibraryByItsIdAndCanBeEditedDrawnAndExported
     queue.runUntil([&] { return film.has_value(); });
     EXPECT_TRUE(fs::exists(film->value().path));
     EXPECT_THROW(project(UUID{}), NoSuchProject);
+}
+
+TEST_F(ApplicationTest, newTakesAreLookedAtForPrivateTextAlsoOneThatWasRecordedByAProgramThatDied) {
+    setenv("XDG_STATE_HOME", folder.path().c_str(), 1);
+    ApplicationPlaces const places{.library = {folder / "Movies/Tavaro"},
+                                   .index = folder / "cache/library.json",
+                                   .preferences = folder / "config/preferences.json"};
+    auto const lookedAt = [&](std::string const& path) {
+        return ProjectPackage(path).load().redactionScan.has_value();
+    };
+    auto const look = [](ScanRequest const&, auto const&, std::stop_token const&) {
+        return ScanOutcome{.ranges = {{0, 60}}};
+    };
+    application.newTakes().scanBy(look);
+    application.preferences().set(newTakesScanned, true);
+    std::optional<RecordingOutcome> over;
+    auto wanted = request();
+    wanted.seconds = 0.3;
+    application.record(wanted, {.over = [&](RecordingOutcome const& outcome) { over = outcome; }});
+    queue.runUntil([&] { return over && !application.newTakes().isBusy(); });
+    ASSERT_TRUE(over->made) << over->sentence();
+    EXPECT_TRUE(lookedAt(over->made->made.path));
+    {
+        Application dying(queue, places);
+        dying.record(request());
+        queue.runUntil([&] { return dying.recorder().state().take.seconds > 1.5; });
+    }
+    application.preferences().set(newTakesScanned, false);
+    auto recovery = recoveryJob(queue, unfinishedRecording("last"), application.recovered("Back"));
+    recovery.start();
+    auto const back = recovery.wait().made.path;
+    EXPECT_FALSE(lookedAt(back));
+    Application next(queue, places);
+    next.newTakes().scanBy(look);
+    next.newTakes().takeUp();
+    EXPECT_TRUE(eventually([&] {
+        queue.runPending();
+        return lookedAt(back);
+    }));
+    unsetenv("XDG_STATE_HOME");
 }
 
 TEST_F(ApplicationTest, tellsWhatCanBeRecordedAndWhyNothingCan) {
