@@ -29,6 +29,12 @@ bool isInsideClip(Session const& session) {
 
 template<class Operation> void perform(Session& session) { session.perform(Operation{}); }
 
+bool canMove(Session const& session) { return session.hasSelectedOf(Session::movedKinds); }
+bool canTrim(Session const& session) { return session.hasSelectedOf(Session::trimmedKinds); }
+void moveByFrames(Session& session, int frames) {
+    session.moveSelected(frames / session.document().exportSettings.editingRate());
+}
+
 void trimTo(Session& session, ClipEdge edge) {
     auto const at = session.playhead();
     session.edit("Trim Clip", [&](DemoProject& project) {
@@ -103,6 +109,14 @@ constexpr std::array commands{
     ListedCommand{"selectAll", "Select All", "Edit", "Ctrl+A", always, [](Session& s) { s.selectAll(); }},
     ListedCommand{"clearSelection", "Select Nothing", "Edit", "Ctrl+Shift+A", hasSelection,
                   [](Session& s) { s.clearSelection(); }},
+    ListedCommand{"moveEarlier", "Move One Frame Earlier", "Edit", "Alt+Left", canMove,
+                  [](Session& s) { moveByFrames(s, -1); }},
+    ListedCommand{"moveLater", "Move One Frame Later", "Edit", "Alt+Right", canMove,
+                  [](Session& s) { moveByFrames(s, 1); }},
+    ListedCommand{"startHere", "Start It at the Playhead", "Edit", "Alt+Q", canTrim,
+                  [](Session& s) { s.trimSelected(ClipEdge::leading, s.playhead()); }},
+    ListedCommand{"endHere", "End It at the Playhead", "Edit", "Alt+W", canTrim,
+                  [](Session& s) { s.trimSelected(ClipEdge::trailing, s.playhead()); }},
     ListedCommand{"addKeyframe", "Add Keyframe", "Edit", "P",
                   [](Session const& s) { return keyframePlace(s) == KeyframePlace::free; },
                   [](Session& s) { editKeyframe(s, "Add Keyframe", addKeyframe); }},

@@ -26,6 +26,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <iterator>
 
 namespace tavaro {
 
@@ -207,6 +208,23 @@ bool EditorSession::duplicateSelected() {
                                 [&](DemoProject& project) { added = pasteItems(project, chosen, end); });
     if (isChanged) select(added);
     return isChanged;
+}
+
+std::vector<UUID> EditorSession::selectedOfAny(std::span<ItemKind const> kinds) const {
+    std::vector<UUID> items;
+    for (auto const kind : kinds) std::ranges::copy(selectedOf(kind), std::back_inserter(items));
+    return items;
+}
+
+bool EditorSession::moveSelected(double seconds) {
+    return edit(fmt::format("Move {}", selectionNoun()),
+                [&](DemoProject& project) { moveItems(project, selectedOfAny(movedKinds), seconds, playhead()); });
+}
+
+bool EditorSession::trimSelected(ClipEdge edge, double to) {
+    return edit(fmt::format("Trim {}", selectionNoun()), [&](DemoProject& project) {
+        for (auto const& item : selectedOfAny(trimmedKinds)) moveItemEdge(project, item, edge, to, to);
+    });
 }
 
 /// The selected ones, or that at the playhead.

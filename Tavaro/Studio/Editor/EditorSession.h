@@ -17,9 +17,11 @@
 #include <QTimer>
 #include <QVariantList>
 
+#include <array>
 #include <map>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <unordered_set>
 #include <vector>
@@ -82,6 +84,13 @@ public:
     Q_INVOKABLE bool split(double at);
     Q_INVOKABLE bool removeSelected();
     Q_INVOKABLE bool duplicateSelected();
+    /// What keys move and trim: neither clips, which lie between others, nor what was recorded with them.
+    static constexpr std::array movedKinds{ItemKind::zoom,     ItemKind::overlay,    ItemKind::caption,
+                                           ItemKind::scene,    ItemKind::cameraMove, ItemKind::voiceover,
+                                           ItemKind::redaction};
+    static constexpr std::array trimmedKinds{ItemKind::zoom, ItemKind::overlay, ItemKind::caption, ItemKind::redaction};
+    bool moveSelected(double seconds);
+    bool trimSelected(ClipEdge edge, double to);
     /// Of the range, times as fast as it is; else of the selected clips, or the clip at the playhead.
     Q_INVOKABLE bool setSpeed(double rate);
     /// The speed of what `setSpeed` changes: of a range 1, of clips that of the first; 0 where there is none.
@@ -169,6 +178,7 @@ private:
     void updateCommands();
     void lookAtClipboard();
     std::vector<UUID> clipsInHand() const;
+    std::vector<UUID> selectedOfAny(std::span<ItemKind const> kinds) const;
     std::string selectionNoun() const;
     void finishSave(std::shared_ptr<PendingSave> const& save);
     void inspect();

@@ -7,8 +7,10 @@
 #include <QObject>
 #include <QStringList>
 
+#include <algorithm>
 #include <array>
 #include <memory>
+#include <span>
 #include <vector>
 
 namespace tavaro {
@@ -61,6 +63,9 @@ public:
     Q_INVOKABLE void marquee(double start, double duration, QStringList const& kinds, Select how = Select::only);
     /// Whether one of that kind is selected.
     bool hasSelected(ItemKind kind) const { return selectedKinds_[static_cast<std::size_t>(kind)] > 0; }
+    bool hasSelectedOf(std::span<ItemKind const> kinds) const {
+        return std::ranges::any_of(kinds, [this](ItemKind kind) { return hasSelected(kind); });
+    }
 
     /// A span of the film that commands work on; none when its duration is 0.
     TimeRange const& range() const { return range_; }

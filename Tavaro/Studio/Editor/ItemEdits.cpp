@@ -1,5 +1,7 @@
 #include <Tavaro/Studio/Editor/ItemEdits.h>
 
+#include <Tavaro/Model/Privacy/KeptScan.h>
+#include <Tavaro/Studio/Editor/RedactionEdits.h>
 #include <Tavaro/Studio/Lists/DocumentItems.h>
 
 #include <TavaroCore/Editing/AudioSplits.h>
@@ -22,7 +24,7 @@ using Identities = std::set<UUID>;
 
 Identities setOf(std::span<UUID const> items) { return {items.begin(), items.end()}; }
 
-/// What `moveItems` and copies move: clips, tracks and what is placed in recorded time stay.
+/// What is placed in the film's time and moves in it: not clips, tracks, and what is placed in recorded time.
 template<class Item> constexpr bool isPlaced =
     !std::same_as<Item, VideoClip> && !std::same_as<Item, AudioTrack> && !std::same_as<Item, RedactionTrack>;
 
@@ -245,19 +247,25 @@ void removeItems(DemoProject& project, std::span<UUID const> items) {
     cutClips(project, gone, true);
 }
 
-double moveItems(DemoProject& project, std::span<UUID const> items, double by) {
+double moveItems(DemoProject& project, std::span<UUID const> items, double by, double at) {
     auto const moving = setOf(items);
     auto const end = project.duration();
     double least = -std::numeric_limits<double>::infinity(), most = std::numeric_limits<double>::infinity();
-    forEachItem(std::as_const(project), [&](auto const& item) {
-        if constexpr (isPlaced<std::remove_cvref_t<decltype(item)>>) {
-            if (!moving.contains(item.id)) return;
-            auto const place = *placeOf(item);
-            least = std::max(least, std::min(-place.start, 0.0));
-            most = std::min(most, std::max(end - place.end(), 0.0));
+    std::vector<UUID> hidden;
+    forEachItem(std::as_const(project), [&]<class Item>(Item const& item) {
+        if (!moving.contains(item.id)) return;
+        std::optional<TimeRange> place;
+        if constexpr (isPlaced<Item>) place = placeOf(item);
+        if constexpr (std::same_as<Item, RedactionTrack>) {
+            place = shownSpan(project, item, at);
+            hidden.push_back(item.id);
         }
+        if (!place) return;
+        least = std::max(least, std::min(-place->start, 0.0));
+        most = std::min(most, std::max(end - place->end(), 0.0));
     });
     auto const moved = std::clamp(by, least, std::max(least, most));
+    for (auto const& id : hidden) moveRedaction(project, id, moved, at);
     forEachItem(project, [&](auto& item) {
         if constexpr (isPlaced<std::remove_cvref_t<decltype(item)>>) {
             if (moving.contains(item.id)) shift(item, moved);
@@ -266,7 +274,7 @@ double moveItems(DemoProject& project, std::span<UUID const> items, double by) {
     return moved;
 }
 
-void moveItemEdge(DemoProject& project, UUID const& id, ClipEdge edge, double to) {
+void moveItemEdge(DemoProject& project, UUID const& id, ClipEdge edge, double to, double at) {
     visitItem(project, id, [&](auto& item) {
         using Item = std::remove_cvref_t<decltype(item)>;
         auto const time = std::clamp(to, 0.0, std::max(project.duration(), 0.0));
@@ -274,6 +282,8 @@ void moveItemEdge(DemoProject& project, UUID const& id, ClipEdge edge, double to
             trimClip(project, id, edge, to);
         else if constexpr (std::same_as<Item, AudioClip>)
             growAudio(project, id, edge, edge == ClipEdge::leading ? item.start - to : to - item.range().end());
+        else if constexpr (std::same_as<Item, RedactionTrack>)
+            trimRedaction(project, id, edge, time, at);
         else if constexpr (requires { item.time; })
             item.time = time;
         else if constexpr (std::same_as<Item, VoiceoverSegment>)
@@ -409,7 +419,7 @@ KeyframePlace keyframePlace(DemoProject const& project, UUID const& redaction, d
     auto const& tracks = *project.redactions;
     auto const track = std::ranges::find(tracks, redaction, &RedactionTrack::id);
     auto const* clip = project.timeline.clip(at);
-    if (track == tracks.end() || track->keyframes.empty() || !clip) return KeyframePlace::none;
+    if (track == tracks.end() || track->keyframes.empty() || isFinding(*track) || !clip) return KeyframePlace::none;
     double const source = *project.timeline.sourceTime(at);
     bool const isThere = source >= track->start && source <= track->end;
     if (!isThere || (track->asset && *track->asset != clip->asset)) return KeyframePlace::none;

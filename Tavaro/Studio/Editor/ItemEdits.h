@@ -19,12 +19,12 @@ namespace tavaro {
 void removeItems(DemoProject& project, std::span<UUID const> items);
 
 /// Moves items by so many seconds, as far as all of them stay inside the film. Clips keep their places: `moveClip`.
-/// The seconds that they moved.
-double moveItems(DemoProject& project, std::span<UUID const> items, double by);
+/// `at`: of what the film shows several times, the place nearest to that time is meant. The seconds that they moved.
+double moveItems(DemoProject& project, std::span<UUID const> items, double by, double at = 0);
 
 /// Moves one edge of an item to a time, or as near as its length, its media and the film allow. Clips are trimmed, with
 /// everything behind them moving along; a point in time is moved itself.
-void moveItemEdge(DemoProject& project, UUID const& item, ClipEdge edge, double to);
+void moveItemEdge(DemoProject& project, UUID const& item, ClipEdge edge, double to, double at = 0);
 
 /// Shows a clip somewhere else: before the clip that begins nearest to that time, or at the end. Items that lie over it
 /// go with it, and keep their identities.
@@ -49,7 +49,8 @@ UUID addCameraMove(DemoProject& project, double at);
 /// None where no recording is shown.
 std::optional<UUID> addRedaction(DemoProject& project, double at);
 
-/// Whether a hidden area is there at a time of the film, so that it can get a keyframe, or has one.
+/// Whether an area that somebody hid is there at a time of the film, so that it can get a keyframe, or has one. Those
+/// of a finding are the scan's.
 enum class KeyframePlace { none, free, taken };
 KeyframePlace keyframePlace(DemoProject const& project, UUID const& redaction, double at);
 /// From there on it is moved from its place at that time, and no longer as a whole.

@@ -181,6 +181,7 @@ QVariantList FilmHandles::things() const {
             {QStringLiteral("isSelected"), isSelected(thing)},
             {QStringLiteral("isRound"), thing.kind == ThingKind::loupe},
             {QStringLiteral("isLine"), thing.kind == ThingKind::arrow},
+            {QStringLiteral("isRejected"), thing.isRejected},
         });
     }
     return list;

@@ -27,7 +27,7 @@ class FilmHandles : public QQuickItem {
     Q_PROPERTY(QString tool READ tool WRITE setTool NOTIFY toolChanged)
     Q_PROPERTY(bool comparing READ isComparing WRITE setComparing NOTIFY comparingChanged)
     Q_PROPERTY(bool cropped READ isCropped NOTIFY thingsChanged)
-    // What there is: {name, place, isSelected, isRound, isLine}, the topmost last.
+    // What there is: {name, place, isSelected, isRound, isLine, isRejected}, the topmost last.
     Q_PROPERTY(QVariantList things READ things NOTIFY thingsChanged)
     Q_PROPERTY(QVariantList grips READ grips NOTIFY thingsChanged)   // points
     Q_PROPERTY(QVariantList guides READ guides NOTIFY thingsChanged) // rectangles one point wide

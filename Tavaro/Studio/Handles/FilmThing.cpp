@@ -51,6 +51,7 @@ public:
         for (auto const& zoom : places_.zooms) addZoom(zoom);
         for (auto const& each : places_.redactions)
             add({.kind = ThingKind::redaction, .id = each.id, .rect = each.rect});
+        addRejected();
         addOverlays(ThingKind::area);
         addLoupes();
         addCamera();
@@ -76,6 +77,22 @@ private:
         NormalizedRect const recorded{crop.x + zoom.rect.x * crop.width, crop.y + zoom.rect.y * crop.height,
                                       zoom.rect.width * crop.width, zoom.rect.height * crop.height};
         add({.kind = ThingKind::zoom, .id = zoom.id, .rect = places_.onCanvas(recorded)});
+    }
+
+    /// Where the picture would be hidden.
+    void addRejected() {
+        auto const* clip = project_.timeline.clip(places_.editTime);
+        if (!clip || !places_.showsRecording) return;
+        double const source = *project_.timeline.sourceTime(places_.editTime);
+        for (auto const& track : *project_.redactions) {
+            if (track.isEnabled || track.keyframes.empty() || !isSelected(track.id)) continue;
+            bool const isThere = source >= track.start && source <= track.end;
+            if (!isThere || (track.asset && *track.asset != clip->asset)) continue;
+            add({.kind = ThingKind::redaction,
+                 .id = track.id,
+                 .rect = places_.onCanvas(track.areaAt(source)),
+                 .isRejected = true});
+        }
     }
 
     void addLoupes() {

@@ -28,6 +28,7 @@ struct FilmThing {
     UUID id;             // of its item; of the camera, the move that put it there, if one did; of crop, divider none
     NormalizedRect rect; // of an arrow, around its ends
     UnitPoint2 from, to; // of an arrow; of a divider, its ends
+    bool isRejected = false; // of a redaction: it hides nothing
 
     /// Of a divider: whether it goes across, between what stands side by side.
     bool isUpright() const { return from.x == to.x; }
@@ -41,7 +42,7 @@ FilmThing movedBy(FilmThing thing, UnitPoint2 by);
 
 /// Which things there are besides those that the frame shows.
 struct ThingsWanted {
-    std::span<UUID const> selection; // the zoom among it is a thing
+    std::span<UUID const> selection; // the zoom among it is a thing, and a redaction that is rejected
     bool withCrop = false;           // the crop is the only thing
 };
 

@@ -1,6 +1,8 @@
 #include <Tavaro/Studio/Handles/ThingEdits.h>
 
+#include <Tavaro/Model/Privacy/KeptScan.h>
 #include <Tavaro/Studio/Editor/ItemEdits.h>
+#include <Tavaro/Studio/Editor/RedactionEdits.h>
 #include <Tavaro/Studio/Inspectors/FieldTable.h>
 
 #include <TavaroCore/Project/DemoProject.h>
@@ -153,13 +155,25 @@ void changeArea(Overlay& overlay, ThingChange const& change, FramePlaces const& 
         overlay.kind.content);
 }
 
+/// A finding is followed through the recording by keyframes that are close to each other.
+void changeFinding(RedactionTrack& track, ThingChange const& change, FramePlaces const& places) {
+    auto const was = places.onRecording(change.was.rect), now = places.onRecording(change.becomes.rect);
+    AreaChange by{now.x - was.x, now.y - was.y, now.maxX() - was.maxX(), now.maxY() - was.maxY()};
+    if (change.grip == FilmGrip::body) {
+        by.right = by.left;
+        by.bottom = by.top;
+    }
+    changeArea(track, by, leastArea);
+}
+
 /// One that stays where it is does so elsewhere; one that moves does so from the picture that is looked at, where it
-/// gets a keyframe.
+/// gets a keyframe. A finding changes as a whole.
 void changeRedaction(DemoProject& project, ThingChange const& change, FramePlaces const& places) {
     auto* track = find(project.redactions.edit(), change.was.id);
     auto const now = onRecording(change, places, wholeFrame, leastArea);
     auto const source = project.timeline.sourceTime(places.editTime);
     if (!track || track->keyframes.empty()) return;
+    if (isFinding(*track)) return changeFinding(*track, change, places);
     bool const moves = track->keyframes.size() > 1 && source;
     (moves ? track->ensureKeyframe(*source) : track->keyframes.front()).rect = now;
     track->isAutomatic = false; // the next scan leaves it as it is

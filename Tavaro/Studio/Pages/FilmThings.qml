@@ -35,6 +35,21 @@ FilmHandles {
         }
     }
 
+    // A thin line with gaps, around what would be hidden.
+    component Dashes: Canvas {
+        onPaint: {
+            const context = getContext("2d");
+            context.clearRect(0, 0, width, height);
+            context.lineWidth = 1.5;
+            context.strokeStyle = Theme.colors.filmShade;
+            context.setLineDash([]);
+            context.strokeRect(1, 1, width - 2, height - 2);
+            context.strokeStyle = Theme.colors.onFilm;
+            context.setLineDash([4, 3]);
+            context.strokeRect(1, 1, width - 2, height - 2);
+        }
+    }
+
     // What the crop leaves out is dark.
     Repeater {
         readonly property rect kept: handles.tool === "crop" ? handles.things[0]?.place ?? handles.film : handles.film
@@ -87,9 +102,15 @@ FilmHandles {
             Outline {
                 x: thing.place.x - thing.x - 2; y: thing.place.y - thing.y - 2
                 width: thing.place.width + 4; height: thing.place.height + 4
-                visible: (thing.facts?.isSelected ?? false) && !thing.facts.isLine || thing.activeFocus
+                visible: (thing.facts?.isSelected ?? false) && !thing.facts.isLine && !thing.facts.isRejected || thing.activeFocus
                 radius: thing.facts?.isRound ? width / 2 : 0
                 ink: thing.activeFocus && !thing.facts?.isSelected ? Theme.colors.focus : Theme.colors.accent
+            }
+            Loader {
+                x: thing.place.x - thing.x - 1; y: thing.place.y - thing.y - 1
+                width: thing.place.width + 2; height: thing.place.height + 2
+                active: thing.facts?.isRejected ?? false
+                sourceComponent: Dashes {}
             }
         }
     }

@@ -1,5 +1,6 @@
 #include <Tavaro/Studio/Timeline/IntentEdits.h>
 
+#include <Tavaro/Studio/Editor/RedactionEdits.h>
 #include <Tavaro/Studio/Timeline/LaneItem.h>
 
 #include <TavaroCore/Editing/AudioSplits.h>
@@ -67,6 +68,7 @@ void perform(MoveItems const& intent, DemoProject& project) {
     });
     std::ranges::stable_sort(project.layoutCues, {}, &LayoutCue::time);
     std::ranges::stable_sort(project.cameraMoves, {}, &CameraMove::time);
+    for (auto const& id : intent.ids) moveRedaction(project, id, by, intent.at);
 }
 
 /// Moves an edge of what has a start and a duration; it keeps `shortestClip`.
@@ -129,6 +131,8 @@ void perform(TrimItem const& intent, DemoProject& project) {
         trim(*silence, intent.edge, intent.to);
     } else if (auto* scene = find(project.layoutCues, id)) {
         trimScene(project, *scene, intent);
+    } else if (std::ranges::find(*project.redactions, id, &RedactionTrack::id) != project.redactions->end()) {
+        trimRedaction(project, id, intent.edge, intent.to, intent.at);
     } else {
         for (auto& track : project.audioTracks) {
             if (auto const* clip = find(track.clips, id)) return trimSound(project, AudioClip(*clip), intent);

@@ -97,7 +97,7 @@ std::vector<LaneItem> redactionItems(DemoProject const& project) {
         auto const& shown = recordings.try_emplace(asset, project.timeline, asset).first->second;
         for (auto const& stretch : shown.stretches({track.start, track.duration()})) {
             items.push_back({track.id, stretch.range.start, stretch.range.end(), index, LaneItemKind::redaction,
-                             LaneItemHold::fixed});
+                             LaneItemHold::free});
         }
         ++index;
     }

@@ -48,7 +48,6 @@ enum class LaneItemHold {
     free,      // moved and trimmed
     placed,    // moved, without a length of its own
     trimmable, // its edges move, it does not
-    fixed,
 };
 
 /// One box on a lane. A thing that the film shows several times has a box for each.

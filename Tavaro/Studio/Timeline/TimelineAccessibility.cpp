@@ -79,9 +79,9 @@ private:
     std::optional<LanePlace> place() const { return timeline_->layout().find(id_); }
 
     void nudge(double seconds) {
-        auto const noun = nounOf(place()->item.kind);
-        timeline_->ask(timelineIntents::EditBegan{"Move " + std::string(noun)});
-        timeline_->ask(timelineIntents::MoveItems{{id_}, seconds});
+        auto const item = place()->item;
+        timeline_->ask(timelineIntents::EditBegan{"Move " + std::string(nounOf(item.kind))});
+        timeline_->ask(timelineIntents::MoveItems{{id_}, seconds, item.start});
         timeline_->ask(timelineIntents::EditEnded{});
     }
 

@@ -36,18 +36,21 @@ std::set<UUID> between(Lane const& lane, LaneItem const& a, LaneItem const& b) {
     return ids;
 }
 
+double middleOf(LaneItem const& item) { return (item.start + item.end) / 2; }
+
 bool isMovable(LaneItem const& item) {
     bool const canMove = item.hold == LaneItemHold::free || item.hold == LaneItemHold::placed;
     return canMove && item.kind != LaneItemKind::clip; // clips are placed between others
 }
 
-/// What of the selection moves, and the span of it.
-std::pair<std::set<UUID>, TimeRange> movable(GestureScene const& at) {
+/// What of the selection moves, and the span of it. Of the one that is held, which the film may show elsewhere too, the
+/// box under the hand counts.
+std::pair<std::set<UUID>, TimeRange> movable(GestureScene const& at, LaneItem const& held) {
     std::set<UUID> ids;
     std::optional<TimeRange> extent;
     for (auto const& lane : at.scene.layout.lanes()) {
         for (auto const& item : lane.index.items()) {
-            if (!isMovable(item) || !at.selection.contains(item.id)) continue;
+            if (!isMovable(item) || !at.selection.contains(item.id) || (item.id == held.id && item != held)) continue;
             TimeRange const range{item.start, item.duration()};
             ids.insert(item.id);
             extent = extent ? extent->unionWith(range) : range;
@@ -144,7 +147,7 @@ TimelineGestures::Intents TimelineGestures::beginDrag(GestureScene const& at, Pr
         dragging.drag = pressed.at.isAltHeld ? Drag::slip : Drag::place;
         name = (pressed.at.isAltHeld ? "Slip " : "Move ") + std::string(nounOf(item.kind));
     } else if (isMovable(item)) {
-        std::tie(dragging.ids, dragging.extent) = movable(at);
+        std::tie(dragging.ids, dragging.extent) = movable(at, item);
         name = "Move " + nounFor(dragging.ids, item);
     } else {
         return {};
@@ -193,7 +196,7 @@ TimelineGestures::Intents TimelineGestures::dragMove(GestureScene const& at, Dra
         by = caught;
         caught_ = *magnet;
     }
-    return {MoveItems{dragging.ids, by}};
+    return {MoveItems{dragging.ids, by, middleOf(item)}};
 }
 
 TimelineGestures::Intents TimelineGestures::dragTrim(GestureScene const& at, Dragging const& dragging, double time) {
@@ -210,7 +213,7 @@ TimelineGestures::Intents TimelineGestures::dragTrim(GestureScene const& at, Dra
         to = *magnet;
         caught_ = to;
     }
-    return {TrimItem{item.id, edge, to}};
+    return {TrimItem{item.id, edge, to, middleOf(item)}};
 }
 
 void TimelineGestures::dragPlace(GestureScene const& at, Dragging& dragging, double time) {

@@ -33,11 +33,13 @@ struct EditCancelled {};
 struct MoveItems {
     std::set<UUID> ids;
     double by = 0;
+    double at = 0; // of what the film shows several times, the place nearest to that is held
 };
 struct TrimItem {
     UUID id;
     ClipEdge edge = ClipEdge::leading;
     double to = 0;
+    double at = 0; // likewise
 };
 /// A zoom's way in or out.
 struct SetRamp {

@@ -299,6 +299,59 @@ TEST_F(FilmHandsTest, aHiddenAreaThatMovesIsMovedAtThatMomentAloneAndOneThatStay
     EXPECT_EQ(track().keyframes.size(), 1u);
 }
 
+TEST_F(FilmHandsTest, aFindingThatWasFollowedIsMovedAndReshapedAsAWhole) {
+    auto const track = [&]() -> RedactionTrack const& { return editor.document().redactions->front(); };
+    editor->edit("Found", [&](DemoProject& project) {
+        auto& found = project.redactions.edit().front();
+        found.textHash = "1";
+        found.isAutomatic = true;
+        found.keyframes.clear();
+        for (int i = 0; i <= 40; ++i) found.keyframes.push_back({i / 4.0, {0.1 + i * 0.02, 0.4, 0.1, 0.1}});
+    });
+    see();
+    hands.select({.kind = ThingKind::redaction, .id = track().id});
+    auto const before = track();
+    auto const was = find(ThingKind::redaction)->rect;
+    drag(pointOn(*find(ThingKind::redaction)), {0, 0.1});
+    EXPECT_NEAR(find(ThingKind::redaction)->rect.y, was.y + 0.1, 1e-9);
+    ASSERT_EQ(track().keyframes.size(), before.keyframes.size());
+    double const by = track().keyframes[0].rect.y - before.keyframes[0].rect.y;
+    EXPECT_GT(by, 0.05);
+    for (std::size_t i = 0; i < before.keyframes.size(); ++i) {
+        auto const &now = track().keyframes[i].rect, &then = before.keyframes[i].rect;
+        EXPECT_NEAR(now.y - then.y, by, 1e-9) << i;
+        EXPECT_NEAR(now.height, then.height, 1e-9) << i;
+        EXPECT_LE(now.maxX(), 1 + 1e-9) << i;
+    }
+    EXPECT_FALSE(track().isAutomatic);
+    EXPECT_FALSE(editor.isEnabled("addKeyframe")) << "its keyframes are the scan's";
+    see();
+    auto const moved = track();
+    auto const grip = gripsOf(*find(ThingKind::redaction)).back();
+    drag(grip.at, {0.03, 0.05});
+    EXPECT_NE(track().keyframes.front().rect, moved.keyframes.front().rect);
+    EXPECT_NE(track().keyframes.back().rect, moved.keyframes.back().rect);
+    EXPECT_TRUE(editor->undoName().startsWith("Resize"));
+}
+
+TEST_F(FilmHandsTest, whatWasRejectedIsSeenWhileItIsSelected) {
+    auto const id = editor.document().redactions->front().id;
+    auto const shown = find(ThingKind::redaction)->rect;
+    editor->edit("Reject", [&](DemoProject& project) { project.redactions.edit().front().isEnabled = false; });
+    see();
+    EXPECT_FALSE(find(ThingKind::redaction)) << "nothing is hidden there";
+    editor->select(std::vector{id});
+    see();
+    auto const thing = find(ThingKind::redaction, id);
+    ASSERT_TRUE(thing);
+    EXPECT_TRUE(thing->isRejected);
+    EXPECT_NEAR(thing->rect.x, shown.x, 1e-6);
+    EXPECT_NEAR(thing->rect.maxY(), shown.maxY(), 1e-6);
+    editor->clearSelection();
+    see();
+    EXPECT_FALSE(find(ThingKind::redaction));
+}
+
 TEST_F(FilmHandsTest, theDividerOfASplitScreenIsDraggedAlongItsWay) {
     for (std::size_t i = 0; i < namesOf(SplitArrangement{}).size(); ++i) {
         auto const arrangement = static_cast<SplitArrangement>(i);

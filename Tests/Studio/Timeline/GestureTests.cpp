@@ -273,6 +273,33 @@ TEST(Gestures, dragsCatchOnEdgesThePlayheadAndNeverOnThemselves) {
     EXPECT_DOUBLE_EQ(desk.project.zoomEvents[1].end(), 40);
 }
 
+TEST(Gestures, whatIsHiddenIsDraggedInTheRecordingsTimeWhereItIsHeld) {
+    auto film = document(); // clips of 20–60 and 100–140
+    film.redactions = std::vector<RedactionTrack>{
+        {.asset = "a.mp4", .start = 30, .end = 40, .keyframes = {{30, {}}, {38, {}}}, .isAutomatic = true}};
+    Desk desk(film);
+    auto const id = film.redactions->front().id;
+    auto const& track = [&]() -> RedactionTrack const& { return desk.project.redactions->front(); };
+    desk.drag(id, 15, 18); // its box is at 10–20
+    EXPECT_DOUBLE_EQ(track().start, 33);
+    EXPECT_DOUBLE_EQ(track().keyframes.back().t, 41);
+    EXPECT_FALSE(track().isAutomatic);
+    desk.drag(id, 22.9, 20.9);
+    EXPECT_NEAR(track().end, 41, 1e-9);
+    desk.snaps = true;
+    desk.playhead = 11;
+    desk.drag(id, 13.1, 11.4);
+    EXPECT_NEAR(track().start, 31, 1e-9) << "caught by the playhead";
+    desk.press(15, id);
+    desk.move(50);
+    EXPECT_GT(track().start, 100) << "in the other clip";
+    desk.move(16.2);
+    EXPECT_NEAR(track().start, 32.2, 0.3) << "and back";
+    desk.cancel();
+    EXPECT_NEAR(track().start, 31, 1e-9);
+    EXPECT_THAT(desk.steps, testing::ElementsAre("Move Redaction", "Trim Redaction", "Trim Redaction"));
+}
+
 TEST(Gestures, theRulerScrubsAndEmptyLanesSweep) {
     Desk desk(document());
     desk.pressAt(12, 10);
