@@ -4,6 +4,8 @@
 #include <Tavaro/Studio/Lists/FieldVariant.h>
 #include <Tavaro/Studio/Lists/ItemTitle.h>
 
+#include <TavaroCore/Privacy/SensitiveTextClassifier.h>
+
 #include <QVariant>
 
 #include <array>
@@ -55,8 +57,6 @@ struct FieldRow {
     int depth = 0;           // sections around it
 };
 
-/// "apiKey" as "API Key".
-std::string choiceLabel(std::string_view name);
 /// "Corner Radius" as "Corner radius", as the labels of controls are written; steps of the history keep theirs.
 QString inSentence(std::string_view label);
 
@@ -93,7 +93,7 @@ template<NamedEnum E> std::vector<FieldChoice> choicesOf() {
         if constexpr (requires { displayName(each); })
             choices.push_back({nameOf(each), std::string(displayName(each))});
         else
-            choices.push_back({nameOf(each), choiceLabel(nameOf(each))});
+            choices.push_back({nameOf(each), inWords(nameOf(each))});
     }
     return choices;
 }
@@ -152,7 +152,7 @@ private:
     template<class C> void addCase(C const& value, FieldFacts const& facts, std::string const& path) {
         auto const name = C::caseNames[value.content.index()];
         auto& row = add(facts, path, FieldEditor::choice, toQString(name));
-        for (auto const each : C::caseNames) row.choices.push_back({each, choiceLabel(each)});
+        for (auto const each : C::caseNames) row.choices.push_back({each, inWords(each)});
         auto const inside = path.empty() ? std::string(name) : path + "." + std::string(name);
         std::visit([&](auto const& content) { addInside(content, inside); }, value.content);
     }

@@ -1,6 +1,7 @@
 #include <Tavaro/Studio/Lists/ItemTitle.h>
 
 #include <TavaroCore/Errors/Excerpt.h>
+#include <TavaroCore/Privacy/SensitiveTextClassifier.h>
 #include <TavaroCore/Records/Fields.h>
 
 #include <fmt/format.h>
@@ -60,7 +61,7 @@ std::string titleOf(CameraMove const& move) {
 }
 std::string titleOf(AudioTrack const& track) { return fmt::format("{} Track", inWords(nameOf(track.role))); }
 std::string titleOf(RedactionTrack const& redaction) {
-    return quoted("Redaction", redaction.label.empty() ? inWords(nameOf(redaction.kind)) : redaction.label);
+    return quoted("Redaction", redaction.label.empty() ? std::string(displayName(redaction.kind)) : redaction.label);
 }
 
 }

@@ -1,5 +1,6 @@
 #include <Tavaro/Studio/Timeline/ItemText.h>
 
+#include <TavaroCore/Privacy/SensitiveTextClassifier.h>
 #include <TavaroCore/Project/DemoProject.h>
 #include <TavaroCore/Values/Timecode.h>
 
@@ -97,7 +98,7 @@ std::string itemLabel(DemoProject const& project, Lane const& lane, LaneItem con
     case LaneItemKind::silence: return {};
     case LaneItemKind::redaction: {
         auto const& track = (*project.redactions)[item.index];
-        return track.label.empty() ? words(nameOf(track.kind)) : line(track.label);
+        return track.label.empty() ? std::string(displayName(track.kind)) : line(track.label);
     }
     }
     return {};
