@@ -106,7 +106,8 @@ ExportOrder ExportForm::order() const {
             .choices = choices,
             .title = wishes_.title(),
             .writesCaptions = !writesCaptionsOnly() && wishes_.captionsBeside && hasCaptions(),
-            .typedName = typedStem()};
+            .typedName = typedStem(),
+            .checksFilm = canCheck() && wishes_.checksFilm};
 }
 
 void ExportForm::update() {
@@ -269,6 +270,11 @@ void ExportForm::setFit(QString const& name) {
 }
 
 bool ExportForm::hasCaptions() const { return session_ && !session_->document().captions.cues.empty(); }
+
+bool ExportForm::canCheck() const {
+    return session_ && !writesCaptionsOnly() &&
+           std::ranges::any_of(*session_->document().redactions, &RedactionTrack::isEnabled);
+}
 
 QString ExportForm::range() const {
     if (!session_ || session_->range().duration <= 0) return {};

@@ -42,6 +42,8 @@ class ExportForm final : public QObject {
     Q_PROPERTY(bool watermark READ watermark WRITE setWatermark NOTIFY changed)
     Q_PROPERTY(bool hasCaptions READ hasCaptions NOTIFY changed)
     Q_PROPERTY(bool captionsBeside READ captionsBeside WRITE setCaptionsBeside NOTIFY changed)
+    Q_PROPERTY(bool canCheck READ canCheck NOTIFY changed) // the film hides something
+    Q_PROPERTY(bool checksFilm READ checksFilm WRITE setChecksFilm NOTIFY changed)
     Q_PROPERTY(QString range READ range NOTIFY changed) // "0:04.00–0:10.50", of the edit; empty: none is marked
     Q_PROPERTY(bool rangeOnly MEMBER rangeOnly_ NOTIFY changed)
     // Without its ending: as it was typed, and what counts where nothing was.
@@ -93,6 +95,9 @@ public:
     bool hasCaptions() const;
     bool captionsBeside() const { return wishes_.captionsBeside; }
     void setCaptionsBeside(bool isOn) { change(wishes_.captionsBeside, isOn); }
+    bool canCheck() const;
+    bool checksFilm() const { return wishes_.checksFilm; }
+    void setChecksFilm(bool isOn) { change(wishes_.checksFilm, isOn); }
     QString range() const;
     QString name() const { return typedName_ ? text(*typedName_) : suggestion(); }
     QString suggestion() const;

@@ -89,7 +89,8 @@ void ExportQueue::add(ExportOrder order) {
                                                      .choices = std::move(order.choices),
                                                      .hasCaptions = order.writesCaptions,
                                                      .typedName = std::move(order.typedName),
-                                                     .path = std::move(path)},
+                                                     .path = std::move(path),
+                                                     .checksFilm = order.checksFilm},
                                           .document = std::move(order.document)});
     insert(activeCount(), std::move(made));
     keep();
@@ -154,7 +155,7 @@ void ExportQueue::start(Row& row) {
 void ExportQueue::follow(std::optional<RunningExport> const& running) {
     auto* const row = this->running();
     if (!row && !running) return startNextSoon(); // an agent's is over
-    if (!row || !running) return;
+    if (!row || !running || reading_) return;
     row->pace->note(running->progress, mediaClockNow());
     row->share = running->share;
 }
@@ -167,8 +168,6 @@ void ExportQueue::tick() {
 }
 
 void ExportQueue::finish(UUID const& id, ExportOutcome const& outcome) {
-    running_.reset();
-    tick_.stop();
     auto const at = rowOf(id);
     auto& row = *rows_[static_cast<std::size_t>(at)];
     auto state = ExportState::failed;
@@ -181,8 +180,38 @@ void ExportQueue::finish(UUID const& id, ExportOutcome const& outcome) {
         if (isCancelled) state = isEnding_ ? ExportState::interrupted : ExportState::cancelled;
         row.record.sentence = isCancelled ? "" : error.what();
     }
-    settle(at, state);
+    if (state == ExportState::done && row.record.checksFilm && !isEnding_)
+        read(row);
+    else
+        endRunning(at, state);
+}
+
+void ExportQueue::endRunning(int row, ExportState state) {
+    running_.reset();
+    tick_.stop();
+    settle(row, state);
     startNextSoon();
+}
+
+void ExportQueue::read(Row const& row) {
+    auto const id = row.record.id;
+    keep(); // the film is there, whatever comes now
+    try {
+        reading_ = std::make_unique<FilmReading>(queue_, row.record.path, *row.document, settings_.scan,
+                                                 [this, id](FilmVerdict const& verdict) { note(id, verdict); });
+        changed(rowOf(id));
+    } catch (Error const& error) {
+        note(id, {.said = std::string("The film could not be read again: ") + error.what()});
+    }
+}
+
+void ExportQueue::note(UUID const& id, FilmVerdict const& verdict) {
+    auto const reading = std::move(reading_); // its handler is running
+    auto const at = rowOf(id);
+    auto& record = rows_[static_cast<std::size_t>(at)]->record;
+    record.checked = verdict.said;
+    record.isLegible = verdict.isLegible;
+    endRunning(at, ExportState::done);
 }
 
 void ExportQueue::take(Row& row, ExportedFilm const& film) {
@@ -260,7 +289,7 @@ void ExportQueue::prune() {
 
 void ExportQueue::cancel(int row) {
     if (!isRow(row) || hasEnded(record(row).state)) return;
-    if (running_ == record(row).id) return application_.exporter().cancel();
+    if (running_ == record(row).id) return reading_ ? reading_->cancel() : application_.exporter().cancel();
     settle(row, ExportState::cancelled);
 }
 
@@ -281,7 +310,8 @@ void ExportQueue::repeat(ExportRecord const& before, Outcome<OpenProjects::Opene
                           .choices = before.choices,
                           .title = before.title,
                           .writesCaptions = before.hasCaptions,
-                          .typedName = before.typedName};
+                          .typedName = before.typedName,
+                          .checksFilm = before.checksFilm};
         if (fs::path(before.choices.output.value_or("")).extension() == captionsEnding)
             addCaptions(order, *before.choices.output);
         else
@@ -326,13 +356,22 @@ int ExportQueue::activeCount() const {
 
 double ExportQueue::share() const {
     auto const* const row = running();
-    return row ? row->share : 0;
+    return row ? share(*row) : 0;
+}
+
+/// To read a film takes about as long as to draw it.
+double ExportQueue::share(Row const& row) const {
+    constexpr double drawing = 0.6;
+    if (!row.record.checksFilm || hasEnded(row.record.state)) return row.share;
+    bool const isRead = reading_ && running_ == row.record.id;
+    return isRead ? drawing + (1 - drawing) * reading_->share() : drawing * row.share;
 }
 
 QString ExportQueue::summary() const {
     auto const active = activeCount();
     if (active == 0) return {};
-    auto const first = QStringLiteral("Exporting %1").arg(inQuotes(rows_.front()->record.name));
+    auto const doing = reading_ ? QStringLiteral("Reading %1 again") : QStringLiteral("Exporting %1");
+    auto const first = doing.arg(inQuotes(rows_.front()->record.name));
     return active == 1 ? first : QStringLiteral("%1, %2 more to come").arg(first).arg(active - 1);
 }
 
@@ -372,7 +411,9 @@ QString ExportQueue::status(Row const& row) const {
     auto const& record = row.record;
     switch (record.state) {
     case ExportState::waiting: return QStringLiteral("Waiting");
-    case ExportState::running: return text(displayName(row.pace->progress().stage)) + pace(row);
+    case ExportState::running:
+        if (reading_) return QStringLiteral("Reading it again · ") + reading_->state();
+        return text(displayName(row.pace->progress().stage)) + pace(row);
     case ExportState::done: {
         auto const age = libraryText::age(record.endedAt, QDateTime::currentDateTime());
         return record.bytes ? QString::fromStdString(fileSizeText(*record.bytes)) + QStringLiteral(" · ") + age : age;
@@ -386,7 +427,7 @@ QString ExportQueue::status(Row const& row) const {
 
 /// Where it stands still, which moment of the film it is at says what may be the matter with it.
 QString ExportQueue::warning(Row const& row) const {
-    if (!row.pace) return text(row.record.sentence);
+    if (!row.pace || reading_) return text(row.record.sentence);
     auto const still = row.pace->still(mediaClockNow());
     if (still < settings_.patience) return text(row.record.sentence);
     auto const& progress = row.pace->progress();
@@ -417,19 +458,21 @@ QVariant ExportQueue::data(QModelIndex const& index, int role) const {
     case titleRole: return text(row.record.title);
     case detailRole: return text(row.record.detail);
     case stateRole: return text(nameOf(row.record.state));
-    case shareRole: return row.share;
+    case shareRole: return share(row);
     case statusRole: return status(row);
     case warningRole: return warning(row);
     case fileRole: return libraryText::text(fs::path(row.record.path).filename());
     case stillRole: return still(row);
+    case checkedRole: return text(row.record.checked);
+    case legibleRole: return row.record.isLegible;
     default: return {};
     }
 }
 
 QHash<int, QByteArray> ExportQueue::roleNames() const {
-    return {{nameRole, "name"},       {titleRole, "title"}, {detailRole, "detail"},
-            {stateRole, "phase"},     {shareRole, "share"}, {statusRole, "status"},
-            {warningRole, "warning"}, {fileRole, "file"},   {stillRole, "still"}};
+    return {{nameRole, "name"},   {titleRole, "title"},     {detailRole, "detail"},    {stateRole, "phase"},
+            {shareRole, "share"}, {statusRole, "status"},   {warningRole, "warning"},  {fileRole, "file"},
+            {stillRole, "still"}, {checkedRole, "checked"}, {legibleRole, "isLegible"}};
 }
 
 }

@@ -7,6 +7,7 @@
 #endif
 #include <Tavaro/Studio/Exports/ExportPace.h>
 #include <Tavaro/Studio/Exports/ExportRecord.h>
+#include <Tavaro/Studio/Exports/FilmReading.h>
 #include <Tavaro/Studio/Lists/RowsModel.h>
 
 #include <QString>
@@ -31,12 +32,13 @@ struct ExportOrder {
     std::string title;     // where the film goes
     bool writesCaptions = false;
     std::optional<std::string> typedName; // of the file, where the user gave one
+    bool checksFilm = false;              // reads it again, whether anything private is legible
 };
 
 /// The exports of the program: one after the other in the order in which they were asked for, each of the document as
 /// it was then, while the user goes on. Those under way come first, then what ended, the newest first; what ended is
-/// remembered in a file. Exports that agents ask for go between them. Belongs to the main thread; files are read and
-/// written beside it.
+/// remembered in a file. A film that is to be read again is under way until that is done. Exports that agents ask for
+/// go between them. Belongs to the main thread; files are read and written beside it.
 class ExportQueue final : public RowsModel {
     Q_OBJECT
     Q_PROPERTY(int activeCount READ activeCount NOTIFY progressed)
@@ -54,6 +56,8 @@ public:
         warningRole, // what is not as it should be; empty where nothing is
         fileRole,    // the name of what was, or is to be, written
         stillRole,
+        checkedRole, // what reading it again came to; empty where it was not
+        legibleRole, // whether something private is legible
     };
 
     struct Settings {
@@ -62,6 +66,7 @@ public:
         double patience = 10;        // seconds without progress before it is said
         std::size_t remembered = 50; // exports that have ended
         EncoderChoice encoder = EncoderChoice::automatic;
+        MovieScan scan = {}; // stands in for the real one, where films are read again
     };
 
     ExportQueue(MainQueue& queue, Application& application) : ExportQueue(queue, application, Settings()) {}
@@ -129,6 +134,9 @@ private:
     void repeat(ExportRecord const& before, Outcome<OpenProjects::Opened> const& opened);
     void follow(std::optional<RunningExport> const& running);
     void finish(UUID const& id, ExportOutcome const& outcome);
+    void read(Row const& row);
+    void note(UUID const& id, FilmVerdict const& verdict);
+    void endRunning(int row, ExportState state);
     void take(Row& row, ExportedFilm const& film);
     void settle(int row, ExportState state);
     void writeCaptions(Row const& row, std::filesystem::path const& file);
@@ -139,6 +147,7 @@ private:
     int rowOf(UUID const& id) const;
     Row* running() const;
     bool isRow(int row) const { return row >= 0 && row < count(); }
+    double share(Row const& row) const;
     QString status(Row const& row) const;
     QString pace(Row const& row) const;
     QString warning(Row const& row) const;
@@ -155,6 +164,7 @@ private:
     QTimer tick_;
     ExportController::Observation observation_;
     SideQueue side_;
+    std::unique_ptr<FilmReading> reading_; // of the one under way
 };
 
 }

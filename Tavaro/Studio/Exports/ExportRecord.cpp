@@ -12,6 +12,16 @@ namespace tavaro {
 
 namespace fs = std::filesystem;
 
+namespace {
+
+/// A film that was only to be read again is there.
+void interrupt(ExportRecord& record) {
+    record.state = record.bytes ? ExportState::done : ExportState::interrupted;
+    if (record.bytes) record.checked = "Tavaro ended before the film was read again.";
+}
+
+}
+
 fs::path ExportMemory::usualFile() { return folders::state() / "exports.json"; }
 
 ExportMemory ExportMemory::read(fs::path const& file) {
@@ -20,7 +30,7 @@ ExportMemory ExportMemory::read(fs::path const& file) {
         auto const text = readWholeFile(file, largest);
         auto memory = text ? decodeJSON<ExportMemory>(*text) : ExportMemory{};
         for (auto& each : memory.exports)
-            if (!hasEnded(each.state)) each.state = ExportState::interrupted;
+            if (!hasEnded(each.state)) interrupt(each);
         return memory;
     } catch (Error const& error) {
         spdlog::warn("The list of exports begins anew: {}", error.what());

@@ -37,7 +37,10 @@ struct ExportRecord {
     std::string path; // of what was written; before, what is to be
     std::optional<std::int64_t> bytes;
     Date endedAt;
-    std::string sentence; // why it failed, or what is to be known beside the film
+    std::string sentence;    // why it failed, or what is to be known beside the film
+    bool checksFilm = false; // reads it again, whether anything private is legible
+    std::string checked;     // what that came to; empty until then
+    bool isLegible = false;  // something private is
 
     static constexpr auto fields = std::tuple{
         field("id", &ExportRecord::id),
@@ -53,6 +56,9 @@ struct ExportRecord {
         field("bytes", &ExportRecord::bytes),
         field("endedAt", &ExportRecord::endedAt),
         field("sentence", &ExportRecord::sentence),
+        field("checksFilm", &ExportRecord::checksFilm),
+        field("checked", &ExportRecord::checked),
+        field("isLegible", &ExportRecord::isLegible),
     };
     bool operator==(ExportRecord const&) const = default;
 };

@@ -38,14 +38,21 @@ struct ExportWishes {
     bool sound = true;
     bool watermark = false;
     bool captionsBeside = false;
-    std::string folder; // empty: Movies/Tavaro/Exports
+    bool checksFilm = true; // where it hides anything
+    std::string folder;     // empty: Movies/Tavaro/Exports
 
     static constexpr auto fields = std::tuple{
-        field("place", &ExportWishes::place),         field("preset", &ExportWishes::preset),
-        field("size", &ExportWishes::size),           field("fps", &ExportWishes::fps),
-        field("format", &ExportWishes::format),       field("fit", &ExportWishes::fit),
-        field("bitrate", &ExportWishes::bitrate),     field("sound", &ExportWishes::sound),
-        field("watermark", &ExportWishes::watermark), field("captionsBeside", &ExportWishes::captionsBeside),
+        field("place", &ExportWishes::place),
+        field("preset", &ExportWishes::preset),
+        field("size", &ExportWishes::size),
+        field("fps", &ExportWishes::fps),
+        field("format", &ExportWishes::format),
+        field("fit", &ExportWishes::fit),
+        field("bitrate", &ExportWishes::bitrate),
+        field("sound", &ExportWishes::sound),
+        field("watermark", &ExportWishes::watermark),
+        field("captionsBeside", &ExportWishes::captionsBeside),
+        field("checksFilm", &ExportWishes::checksFilm),
         field("folder", &ExportWishes::folder),
     };
     bool operator==(ExportWishes const&) const = default;

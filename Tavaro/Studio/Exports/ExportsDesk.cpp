@@ -28,10 +28,11 @@ void ExportsDesk::tell(int row) {
     auto const file = isDone ? QString::fromStdString(record.path) : QString();
     auto const title =
         (isDone ? QStringLiteral("“%1” is exported") : QStringLiteral("“%1” could not be exported")).arg(name);
-    if (isWatched_) return say(title, file);
+    auto const checked = QString::fromStdString(record.checked).section(QLatin1Char('\n'), 0, 0);
+    if (isWatched_) return say(checked.isEmpty() ? title : QStringLiteral("%1. %2").arg(title, checked), file);
     auto const text =
         isDone ? libraryText::text(libraryText::path(file).filename()) : QString::fromStdString(record.sentence);
-    notice_.tell(title, text, file);
+    notice_.tell(title, checked.isEmpty() ? text : text + QLatin1Char('\n') + checked, file);
 }
 
 void ExportsDesk::say(QString const& text, QString const& file) {

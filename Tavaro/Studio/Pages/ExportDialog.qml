@@ -103,6 +103,15 @@ Dialog {
                     onToggled: dialog.form.captionsBeside = checked
                 }
                 Switch {
+                    visible: dialog.form.canCheck
+                    text: qsTr("Check the finished film")
+                    checked: dialog.form.checksFilm
+                    onToggled: dialog.form.checksFilm = checked
+                    Accessible.description: ToolTip.text
+                    ToolTip.visible: hovered || visualFocus
+                    ToolTip.text: qsTr("Reads it again, and says whether anything private is legible")
+                }
+                Switch {
                     visible: dialog.form.place !== "captions"
                     text: qsTr("“Made with Tavaro” on it")
                     checked: dialog.form.watermark

@@ -19,12 +19,14 @@ Card {
     required property string warning
     required property string file
     required property string still
+    required property string checked
+    required property bool isLegible
     required property ExportQueue queue
     readonly property bool isActive: phase === "waiting" || phase === "running"
 
     implicitHeight: Math.max(picture.height + 24, words.implicitHeight + 24)
     Accessible.role: Accessible.Grouping
-    Accessible.name: [name, title, status, warning].filter(Boolean).join(", ")
+    Accessible.name: [name, title, status, warning, checked].filter(Boolean).join(", ")
 
     Rectangle {
         id: picture
@@ -80,6 +82,27 @@ Card {
             color: row.phase === "failed" ? Theme.colors.dangerText : Theme.colors.warning
             font.pixelSize: Theme.captionSize
             wrapMode: Text.Wrap
+        }
+        RowLayout {
+            visible: row.checked !== ""
+            spacing: 6
+            Icon {
+                Layout.alignment: Qt.AlignTop
+                Layout.topMargin: 2
+                icon: row.isLegible ? "exclamation-triangle" : "shield-lock"
+                size: 12
+                color: said.color
+            }
+            Label {
+                id: said
+
+                Layout.fillWidth: true
+                text: row.checked
+                textFormat: Text.PlainText
+                color: row.isLegible ? Theme.colors.dangerText : Theme.colors.secondaryText
+                font.pixelSize: Theme.captionSize
+                wrapMode: Text.Wrap
+            }
         }
         ProgressBar {
             Layout.fillWidth: true
