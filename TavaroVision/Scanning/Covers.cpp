@@ -1,8 +1,11 @@
 #include <TavaroVision/Scanning/Private/Covers.h>
 
 #include <TavaroCore/Privacy/TextFindings.h>
+#include <TavaroVision/Scanning/Private/FindingJoins.h>
+#include <TavaroVision/Scanning/Private/FoundTexts.h>
 #include <TavaroVision/Scanning/Private/ScreenClassifier.h>
 #include <TavaroVision/Scanning/Private/ScreenLines.h>
+#include <TavaroVision/Tracking/Private/ScreenHistory.h>
 
 #include <algorithm>
 #include <cmath>
@@ -13,7 +16,6 @@ namespace tavaro {
 namespace {
 
 constexpr double shortestTyping = 0.2; // seconds
-constexpr double meeting = 0.15;       // seconds between findings that are one
 
 /// Whether `outer` has all of `inner`, but for a little.
 bool holds(PixelBox const& outer, PixelBox const& inner, int slack) {
@@ -21,15 +23,44 @@ bool holds(PixelBox const& outer, PixelBox const& inner, int slack) {
     return inner.x >= outer.x - slack && inner.right() <= outer.right() + slack && 5 * shared >= 3 * inner.height;
 }
 
-/// The times of the cells of a part of a line, ascending from left to right where it was typed.
-std::vector<double> timesOf(TrackedText const& line, int left, int right) {
-    std::vector<double> times;
-    auto const& patch = *line.patch;
+/// Whether most of the letters between two columns of the text are on the present picture.
+bool showsMost(TrackedText const& text, int left, int right) {
+    int inked = 0, shown = 0;
+    auto const& patch = *text.patch;
     for (int cell = 0; cell < patch.cells(); ++cell) {
         int const middle = cell * patch.cellWidth() + patch.cellWidth() / 2;
-        if (patch.isInked(cell) && middle >= left && middle < right) {
-            times.push_back(line.since[static_cast<std::size_t>(cell)]);
-        }
+        if (!patch.isInked(cell) || middle < left || middle >= right) continue;
+        ++inked;
+        shown += text.presence.shown[static_cast<std::size_t>(cell)] ? 1 : 0;
+    }
+    return inked > 0 && 2 * shown >= inked;
+}
+
+/// What is known of a part of a line since the line was read: where both were at the same place, the part is as old as
+/// the line is there.
+void addPast(TrackedText& part, TrackedText const& line, int left) {
+    constexpr int slack = 2; // pixels
+    if (line.path.empty() || part.path.empty()) return;
+    auto const first = part.path.front();
+    auto const there = placeAt(line.path, first.time);
+    if (std::abs(there.x + left - first.x) > slack || std::abs(there.y - first.y) > slack) return;
+    std::vector<PathPoint> before;
+    for (auto const& point : line.path) {
+        if (point.time < first.time) before.push_back({point.time, point.x + left, point.y});
+    }
+    part.path.insert(part.path.begin(), before.begin(), before.end());
+    for (std::size_t cell = 0; cell < part.since.size(); ++cell) {
+        int const width = part.patch->cellWidth();
+        auto const lineCell = static_cast<std::size_t>((left + static_cast<int>(cell) * width + width / 2) / width);
+        if (lineCell < line.since.size()) part.since[cell] = std::min(part.since[cell], line.since[lineCell]);
+    }
+}
+
+/// The times of the letters, ascending from left to right where they were typed.
+std::vector<double> timesOf(TrackedText const& text) {
+    std::vector<double> times;
+    for (int cell = 0; cell < text.patch->cells(); ++cell) {
+        if (text.patch->isInked(cell)) times.push_back(text.since[static_cast<std::size_t>(cell)]);
     }
     return times;
 }
@@ -75,11 +106,10 @@ NormalizedRect areaOf(PixelBox const& box, int width, int height) {
     return {left / width, top / height, (right - left) / width, (bottom - top) / height};
 }
 
-bool goOn(ScreenFinding const& a, ScreenFinding const& b) {
-    bool const isSame = a.kind == b.kind && a.textHash == b.textHash;
-    if (!isSame || b.start > a.end + meeting) return false;
-    auto const &last = a.keyframes.back().rect, &first = b.keyframes.front().rect;
-    return last.touches(first, 0.01);
+/// Some letters alone may be those of another text.
+bool isSurely(TextPresence const& presence) {
+    constexpr int enough = 8;
+    return presence.isLegible() && (presence.isMost() || presence.longestRun >= enough);
 }
 
 }
@@ -97,48 +127,41 @@ void Covers::finish(Cover& cover, double end) {
     for (auto const& point : pathFrom(cover.place.path, finding.start)) {
         finding.keyframes.push_back({point.time, areaOf(padded(cover.place, point), width_, height_)});
     }
-    if (!finding.keyframes.empty()) done_.push_back(std::move(finding));
+    if (!finding.keyframes.empty()) done_.push_back({std::move(finding), cover.isPart});
+}
+
+std::size_t Covers::count() const {
+    auto const isWhole = [](auto const& one) { return !one.isPart; };
+    return static_cast<std::size_t>(std::ranges::count_if(done_, isWhole) + std::ranges::count_if(alive_, isWhole));
 }
 
 void Covers::endLost(double now) {
     auto const isLost = [](Cover const& cover) { return !cover.place.presence.isLegible(); };
     for (auto& cover : alive_) {
-        if (isLost(cover)) finish(cover, now);
+        if (!isLost(cover)) continue;
+        auto const& finding = cover.finding;
+        found_.keep({cover.place.patch, finding.kind, finding.label, finding.masked, finding.textHash}, cover.place.x);
+        finish(cover, now);
     }
     std::erase_if(alive_, isLost);
 }
 
 bool Covers::isCovered(PixelBox const& box, int letterHeight) const {
     return std::ranges::any_of(alive_, [&](Cover const& cover) {
-        return cover.place.presence.isMost() && holds(cover.place.box(), box, letterHeight / 2);
+        auto const& place = cover.place;
+        return holds(place.box(), box, letterHeight / 2) && showsMost(place, box.x - place.x, box.right() - place.x);
     });
 }
 
-/// What was found of it before it was all typed is a part of it.
-void Covers::absorb(Cover& cover) {
-    auto const isPart = [&](Cover const& old) {
-        return old.place.presence.isMost() &&
-               holds(cover.place.box(), old.place.box(), cover.place.patch->letterHeight() / 2);
-    };
-    for (auto const& old : alive_) {
-        if (!isPart(old) || old.finding.start >= cover.finding.start) continue;
-        int const dx = cover.place.x - old.place.x, dy = cover.place.y - old.place.y;
-        auto const first = cover.place.path.front().time;
-        std::vector<PathPoint> before;
-        for (auto const& point : old.place.path) {
-            if (point.time < first) before.push_back({point.time, point.x + dx, point.y + dy});
-        }
-        cover.place.path.insert(cover.place.path.begin(), before.begin(), before.end());
-        cover.finding.start = old.finding.start;
-        if (old.finding.typed) {
-            auto const& typed = *old.finding.typed;
-            cover.finding.typed = cover.finding.typed ? cover.finding.typed->unionWith(typed) : typed;
-        }
+/// What was found of it before it was all typed. It is covered by itself all the same, since a line may be of two
+/// windows that part again.
+void Covers::markParts(Cover const& cover) {
+    for (auto& old : alive_) {
+        if (holds(cover.place.box(), old.place.box(), cover.place.patch->letterHeight() / 2)) old.isPart = true;
     }
-    std::erase_if(alive_, isPart);
 }
 
-void Covers::add(PrivateText const& found, ScreenLine const& line, GrayView const& picture) {
+void Covers::add(PrivateText const& found, ScreenLine const& line, BackTracker& tracker) {
     auto const& whole = line.place;
     int const left = std::clamp(found.left, 0, whole.patch->width() - 1);
     int const right = std::clamp(found.right, left + 1, whole.patch->width());
@@ -146,48 +169,52 @@ void Covers::add(PrivateText const& found, ScreenLine const& line, GrayView cons
     PixelBox const box{whole.x + left, whole.y, part.width, part.height};
     if (isCovered(box, whole.patch->letterHeight())) return;
     auto patch = std::make_shared<TextPatch const>(whole.patch->view(), part, whole.patch->letterHeight());
-    auto presence = patch->presence(picture, box.x, box.y);
-    if (!presence.isLegible()) return;
+    Cover cover{tracker.trackedFrom(std::move(patch), box.x, box.y), {}};
+    if (!cover.place.presence.isLegible()) return;
 
-    auto const times = timesOf(whole, left, right);
-    Cover cover{{.patch = std::move(patch), .x = box.x, .y = box.y, .presence = std::move(presence)}, {}};
-    for (auto const& point : whole.path) cover.place.path.push_back({point.time, point.x + left, point.y});
-    cover.finding.kind = found.kind;
-    cover.finding.label = found.label;
-    cover.finding.masked = maskedValue(found.value);
-    cover.finding.textHash = findingHash(found.value, key_);
-    cover.finding.start = beginningOf(times, whole.path.empty() ? 0 : whole.path.back().time);
-    cover.finding.typed = typedIn(times);
-    absorb(cover);
+    addPast(cover.place, whole, left);
+    FoundText const text{cover.place.patch, found.kind, found.label, maskedValue(found.value),
+                         findingHash(found.value, key_)};
+    found_.keep(text, box.x);
+    begin(std::move(cover), text);
+}
+
+void Covers::begin(Cover&& cover, FoundText const& text) {
+    auto const times = timesOf(cover.place);
+    auto& finding = cover.finding;
+    finding.kind = text.kind;
+    finding.label = text.label;
+    finding.masked = text.masked;
+    finding.textHash = text.textHash;
+    finding.start = beginningOf(times, cover.place.path.front().time);
+    finding.typed = typedIn(times);
+    markParts(cover);
     alive_.push_back(std::move(cover));
+}
+
+bool Covers::isBelowAny(PixelBox const& box, int letterHeight) const {
+    return std::ranges::any_of(alive_,
+                               [&](Cover const& cover) { return holds(cover.place.box(), box, letterHeight / 2); });
+}
+
+void Covers::addKnown(ScreenHistory const& history, ChangedTiles const& tiles) {
+    auto const picture = history.last().picture->view();
+    std::optional<BackTracker> tracker;
+    found_.find(picture, tiles, [&](FoundText const& text, int x, int y) {
+        auto const& patch = *text.patch;
+        if (isBelowAny({x, y, patch.width(), patch.height()}, patch.letterHeight())) return;
+        if (!isSurely(patch.presence(picture, x, y))) return;
+        if (!tracker) tracker.emplace(history);
+        begin({tracker->trackedFrom(text.patch, x, y), {}}, text);
+    });
 }
 
 std::vector<ScreenFinding> Covers::take(double end) {
     for (auto& cover : alive_) finish(cover, end);
     alive_.clear();
-    return joinedFindings(std::exchange(done_, {}));
-}
-
-std::vector<ScreenFinding> joinedFindings(std::vector<ScreenFinding> findings) {
-    std::ranges::sort(findings, {}, &ScreenFinding::start);
-    std::vector<ScreenFinding> joined;
-    for (auto& finding : findings) {
-        auto const before =
-            std::ranges::find_if(joined, [&](ScreenFinding const& other) { return goOn(other, finding); });
-        if (before == joined.end()) {
-            joined.push_back(std::move(finding));
-            continue;
-        }
-        auto const last = before->keyframes.back();
-        auto const first = finding.keyframes.front().t;
-        if (last.t < before->end && before->end < first) before->keyframes.push_back({before->end, last.rect});
-        for (auto const& keyframe : finding.keyframes) {
-            if (keyframe.t > before->keyframes.back().t) before->keyframes.push_back(keyframe);
-        }
-        before->end = std::max(before->end, finding.end);
-        if (!before->typed) before->typed = finding.typed;
-    }
-    return joined;
+    std::vector<ScreenFinding> findings;
+    for (auto& one : std::exchange(done_, {})) findings.push_back(std::move(one.finding));
+    return joinedFindings(withoutParts(std::move(findings)));
 }
 
 }

@@ -5,6 +5,8 @@
 #include <TavaroVision/Errors/VisionError.h>
 #include <TavaroVision/Reading/Private/LineImage.h>
 #include <TavaroVision/Reading/Private/TextReader.h>
+#include <TavaroVision/Scanning/Private/FindingJoins.h>
+#include <TavaroVision/Scanning/Private/FoundTexts.h>
 #include <TavaroVision/Scanning/Private/ScreenClassifier.h>
 #include <TavaroVision/Scanning/Private/ScreenScanner.h>
 
@@ -85,7 +87,8 @@ public:
 
 private:
     void scan(TimeRange const& range) {
-        ScreenScanner scanner({classifier_, reader_, memory_, request_.key}, movie_.info().width, movie_.info().height);
+        ScreenScanner scanner({classifier_, reader_, memory_, found_, request_.key}, movie_.info().width,
+                              movie_.info().height);
         double reached = range.start;
         std::vector<ScreenFinding> findings;
         try {
@@ -144,6 +147,7 @@ private:
     Progress progress_;
     ScreenClassifier classifier_;
     ReadMemory memory_;
+    FoundTexts found_;
     LineReading reader_ = [this](GrayView const& picture, std::span<TextLine const> lines) {
         return read(picture, lines);
     };

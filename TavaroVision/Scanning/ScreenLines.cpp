@@ -12,6 +12,7 @@ namespace {
 
 constexpr int margin = 2; // pixels of a line's picture around its ink
 constexpr std::size_t mostMemories = 600;
+constexpr double shortestStay = 0.2; // seconds after it was read; what goes before was part of a film
 
 PixelBox shared(PixelBox const& a, PixelBox const& b) {
     int const x = std::max(a.x, b.x), y = std::max(a.y, b.y);
@@ -77,9 +78,14 @@ std::vector<TrackedText*> ScreenLines::places() {
     return places;
 }
 
-void ScreenLines::dropLost() {
+std::vector<PixelBox> ScreenLines::dropLost(double now) {
     auto const isLost = [](ScreenLine const& line) { return !line.place.presence.isLegible(); };
+    std::vector<PixelBox> fleeting;
+    for (auto const& line : lines_) {
+        if (isLost(line) && now - line.readAt < shortestStay) fleeting.push_back(line.place.box());
+    }
     isNew_ |= std::erase_if(lines_, isLost) > 0;
+    return fleeting;
 }
 
 std::vector<PixelBox> ScreenLines::wholeBoxes() const {
@@ -186,7 +192,8 @@ std::vector<PixelBox> ScreenLines::read(ScreenHistory const& history, std::vecto
     std::vector<ScreenLine> born;
     for (auto& one : fresh) {
         if (!one.words->empty()) withWords.push_back(one.box);
-        ScreenLine line{tracker.trackedFrom(one.patch, one.box.x, one.box.y), std::move(*one.words)};
+        ScreenLine line{tracker.trackedFrom(one.patch, one.box.x, one.box.y), std::move(*one.words),
+                        history.last().time};
         replace(line);
         born.push_back(std::move(line));
     }

@@ -89,6 +89,16 @@ void searchFor(std::vector<Lost>& lost, std::vector<Shift>& shifts, GrayView con
 
 }
 
+PathPoint placeAt(std::vector<PathPoint> const& path, double time) {
+    auto const after = std::ranges::upper_bound(path, time, {}, &PathPoint::time);
+    if (after == path.begin()) return {time, path.front().x, path.front().y};
+    auto const& from = after[-1];
+    if (after == path.end()) return {time, from.x, from.y};
+    auto const part = (time - from.time) / (after->time - from.time);
+    auto const between = [&](int a, int b) { return a + static_cast<int>(std::lround(part * (b - a))); };
+    return {time, between(from.x, after->x), between(from.y, after->y)};
+}
+
 void TrackedText::moveTo(int newX, int newY, double before, double now) {
     if (!path.empty() && path.back().time < before) append(path, {before, x, y});
     velocity = {newX - x, newY - y};

@@ -19,6 +19,7 @@ class ScreenHistory;
 struct ScreenLine {
     TrackedText place;
     std::vector<ReadWord> words;
+    double readAt = 0;
 };
 
 /// What lines that were on the screen said, so that those that come back are not read again.
@@ -44,8 +45,8 @@ public:
 
     /// For following them; good until the next call.
     std::vector<TrackedText*> places();
-    /// Those that are not on the picture any more go.
-    void dropLost();
+    /// Those that are not on the picture of that time any more go. Returns where some were hardly read.
+    std::vector<PixelBox> dropLost(double now);
     std::vector<PixelBox> wholeBoxes() const;
 
     /// Reads what is new in bands of the history's last picture. Only what `isDue` is looked at. Returns the boxes of

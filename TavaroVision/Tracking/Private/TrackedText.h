@@ -21,6 +21,9 @@ struct PathPoint {
     bool operator==(PathPoint const&) const = default;
 };
 
+/// On the way between two points of a path that has one at least; held before the first and after the last.
+PathPoint placeAt(std::vector<PathPoint> const& path, double time);
+
 /// A piece of text on the screen, followed from the first frame that shows it.
 struct TrackedText {
     std::shared_ptr<TextPatch const> patch;

@@ -1,3 +1,4 @@
+#include <TavaroVision/Scanning/Private/FoundTexts.h>
 #include <TavaroVision/Scanning/Private/ScreenClassifier.h>
 #include <TavaroVision/Scanning/Private/ScreenScanner.h>
 #include <Tests/Vision/Drawing/DrawnScreen.h>
@@ -78,8 +79,9 @@ private:
     int linesRead_ = 0;
     ScreenClassifier classifier_{RedactionSettings{}};
     ReadMemory memory_;
+    FoundTexts found_;
     LineReading reader_ = [this](GrayView const&, std::span<TextLine const> lines) { return read(lines); };
-    ScreenScanner scanner_{{classifier_, reader_, memory_, {{1, 2}}}, width, height};
+    ScreenScanner scanner_{{classifier_, reader_, memory_, found_, {{1, 2}}}, width, height};
 };
 
 NormalizedRect areaAt(ScreenFinding const& finding, double seconds) {
