@@ -1,13 +1,13 @@
 #include <TavaroCore/Privacy/SensitiveTextClassifier.h>
 
-#include <TavaroCore/Privacy/Private/CardNumbers.h>
+#include <TavaroCore/Privacy/CardNumbers.h>
 #include <TavaroCore/Privacy/Private/Characters.h>
 #include <TavaroCore/Privacy/Private/Claims.h>
 #include <TavaroCore/Privacy/Private/CommandSecrets.h>
 #include <TavaroCore/Privacy/Private/CustomTerms.h>
 #include <TavaroCore/Privacy/Private/Expression.h>
 #include <TavaroCore/Privacy/Private/KeyFiles.h>
-#include <TavaroCore/Privacy/Private/KeyFormats.h>
+#include <TavaroCore/Privacy/KeyFormats.h>
 #include <TavaroCore/Privacy/Private/LabelledValues.h>
 #include <TavaroCore/Privacy/Private/LineWindow.h>
 #include <TavaroCore/Privacy/Private/PhoneNumbers.h>

@@ -2,7 +2,7 @@
 #include "MarkedText.h"
 
 #include <TavaroCore/Privacy/FindingHash.h>
-#include <TavaroCore/Privacy/Private/KeyFormats.h>
+#include <TavaroCore/Privacy/KeyFormats.h>
 #include <TavaroCore/Privacy/Private/SensitiveText.h>
 #include <TavaroCore/Privacy/SensitiveTextClassifier.h>
 #include <TavaroCore/Privacy/TextFindings.h>

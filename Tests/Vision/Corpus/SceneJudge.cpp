@@ -135,6 +135,7 @@ private:
         ++result.secrets;
         result.found += life.isFound;
         if (!life.isFound) {
+            result.missedSecrets.push_back(secret);
             result.doubtful.push_back(life.firstWhole + 0.2);
             result.missed.push_back(described(secret) + ", whole from " + std::to_string(life.firstWhole) + " s");
             return;
