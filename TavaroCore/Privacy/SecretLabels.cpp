@@ -59,11 +59,11 @@ sid, sleutel, wep key, wpa key, ключ
 )";
 
 constexpr std::string_view codes = R"(
-2fa code, access code, backup code, backup codes, bestätigungscode, bevestigingscode, code de confirmation,
-code de vérification, code pin, codice di verifica, confirmation code, cvc, cvv, código de verificación,
-código de verificação, einmalcode, einmalpasswort, kod weryfikacyjny, login code, mfa code, one time code,
-one time password, otp, passcode, pin, pin code, security code, sicherheitscode, sms code, tan, verification code,
-verifizierungscode, код подтверждения
+2fa code, access code, auth code, authentication code, backup code, backup codes, bestätigungscode, bevestigingscode, code de confirmation,
+code de vérification, code pin, codice di verifica, confirmation code, cvc, cvc2, cvv, cvv2, código de verificación,
+código de verificação, door code, einmalcode, enter code, gate code, einmalpasswort, kod weryfikacyjny, login code, mfa code, one time code,
+one time password, otp, pairing code, passcode, pin, pin code, security code, sicherheitscode, sms code, tan, unlock code, use code,
+verification code, verifizierungscode, your code, код подтверждения
 )";
 
 /// What East Asian labels contain; particles may follow.

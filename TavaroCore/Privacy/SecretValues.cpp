@@ -144,6 +144,23 @@ bool isCode(std::string_view text) {
            std::all_of(text.begin(), text.end(), [](char c) { return isDigit(c) || isAnyOf(c, " -"); });
 }
 
+/// "PIN 4821", "CVV 731", "pin: 4821": a name that nothing else has, also with few digits behind it.
+bool isNamedCode(LabelledValue const& value, std::string_view line, std::string_view text) {
+    constexpr std::size_t shortest = 3, shortestOfPIN = 4, longest = 8, longestName = 4;
+    if (text.size() < shortest || text.size() > longest || !std::all_of(text.begin(), text.end(), isDigit))
+        return false;
+    auto const before = line.substr(0, value.start);
+    auto const end = before.find_last_not_of(" :=");
+    if (end == before.npos) return false;
+    auto start = end + 1;
+    while (start > 0 && isAlphanumeric(before[start - 1])) --start;
+    auto const name = before.substr(start, end + 1 - start);
+    bool const isCheck =
+        name.size() <= longestName && name.size() > 2 && lower(name[0]) == 'c' && lower(name[1]) == 'v';
+    bool const isPIN = name == "PIN" || name == "TAN" || name == "OTP";
+    return (isCheck && text.size() <= shortestOfPIN) || (isPIN && text.size() >= shortestOfPIN);
+}
+
 /// "specified", "missing": what sentences say of a password.
 bool isOfSentence(std::string_view word) {
     constexpr std::string_view endings[] = {"able",  "ably", "ary", "ed",  "ible", "ing",
@@ -267,6 +284,7 @@ bool isSecret(LabelledValue const& value, std::string_view line) {
         (value.label == LabelKind::weak || makeup.joints + makeup.blanks > 0 || !SensitiveText::looksRandom(text))) {
         return false;
     }
+    if (value.label == LabelKind::code && isNamedCode(value, line, text)) return true;
     if (value.label == LabelKind::code && isCode(text)) return value.form != ValueForm::adjacent || text.size() > 5;
     if (makeup.blanks > 0) return isSecretWords(value, text, makeup);
     switch (value.label) {

@@ -17,7 +17,9 @@ constexpr std::size_t longestLabel = 60;
 
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
 bool isUpper(char c) { return c >= 'A' && c <= 'Z'; }
-bool isAlphanumeric(char c) { return isDigit(c) || ((c | 32) >= 'a' && (c | 32) <= 'z'); }
+bool isLower(char c) { return c >= 'a' && c <= 'z'; }
+bool isLetter(char c) { return isUpper(c) || isLower(c); }
+bool isAlphanumeric(char c) { return isDigit(c) || isLetter(c); }
 
 /// Strokes of a field's edge are none.
 bool isValue(std::string_view text) {
@@ -48,25 +50,26 @@ bool reachesEnd(std::span<PlacedLine const> lines, std::vector<std::size_t> cons
     return 10 * (furthest - lines[line].box.right()) <= 12 * lines[line].letterHeight;
 }
 
-/// Whether a word may be the rest of one that began in the line above: no word of a language.
-bool isRest(PlacedLine const& line) {
+bool isMixed(std::string_view text) {
+    bool const hasSmall = std::ranges::any_of(text, isLower);
+    return std::ranges::any_of(text, isDigit) || (hasSmall && std::any_of(text.begin() + 1, text.end(), isUpper));
+}
+
+/// Whether a line may begin with the rest of a word that began in the line above: no word of a language.
+bool mayBeginWithRest(PlacedLine const& line) {
     auto const& word = line.words.front().text;
-    constexpr std::size_t shortest = 4; // letters of a word alone in its line that may be one of a language
     auto const isOfToken = [](char c) {
         return isAlphanumeric(c) || std::string_view("+/_-.@").find(c) != std::string_view::npos;
     };
     auto const end = word.find_last_not_of("=>)\"',;") + 1;
     if (end == 0 || !std::ranges::all_of(word.substr(0, end), isOfToken)) return false;
-    bool const hasCapitalInside = std::any_of(word.begin() + 1, word.end(), isUpper);
-    bool const hasJoint = word.find_first_of("@.") < word.size() - 1;
-    bool const isShort = line.words.size() == 1 && word.size() < shortest;
-    return isShort || hasCapitalInside || hasJoint || std::ranges::any_of(word, isDigit);
+    return word.find_first_of("@.") < word.size() - 1 || isMixed(word);
 }
 
 bool wraps(PlacedLine const& above, PlacedLine const& below) {
     auto const &a = above.box, &b = below.box;
     auto const height = std::max(above.letterHeight, below.letterHeight);
-    return b.x <= a.x + height && b.y - a.bottom() <= 2 * height && isRest(below);
+    return b.x <= a.x + height && b.y - a.bottom() <= 2 * height && mayBeginWithRest(below);
 }
 
 /// The findings of a screen while they are gathered.
@@ -169,12 +172,23 @@ private:
     void keep(ScreenText const& text, SensitiveKind kind, std::string const& label, std::size_t start, std::size_t end,
               Part part) {
         auto const places = text.placesOf(start, end);
-        // What is below may be whole by itself, and what is above it another thing.
-        auto const isKnown = [&](ScreenText::Place const& place) { return isCovered(place); };
-        bool const isAnother = !places.empty() && std::all_of(places.begin() + 1, places.end(), isKnown);
-        if (part == Part::overWraps && (places.size() < 2 || isAnother)) return;
+        if (part == Part::overWraps && !isDivided(kind, places)) return;
         if (part == Part::numbersOfLast && places.size() != 1) return;
         for (auto const& place : places) add({place.line, kind, label, place.text, place.left, place.right});
+    }
+
+    /// Whether it really is one thing in several lines. What is below may be whole by itself, and what is above it
+    /// another thing; behind a password there may be anything.
+    bool isDivided(SensitiveKind kind, std::vector<ScreenText::Place> const& places) const {
+        constexpr std::size_t longPart = 16; // letters, as what machines make
+        if (places.size() < 2) return false;
+        auto const rest = std::span(places).subspan(1);
+        if (std::ranges::all_of(rest, [&](auto const& place) { return isCovered(place); })) return false;
+        if (isNumberOrAddress(kind)) return true;
+        if (kind == SensitiveKind::secret && places[0].text.size() < longPart && rest[0].text.size() < longPart)
+            return false;
+        return std::ranges::all_of(
+            rest, [](auto const& place) { return isMixed(place.text) && std::ranges::any_of(place.text, isLetter); });
     }
 
     bool isCovered(ScreenText::Place const& place) const {

@@ -140,6 +140,20 @@ TEST(SensitiveTextClassifier, phoneNumbersAreWrittenAsInTheirCountryOrLabelled) 
     }
 }
 
+TEST(SensitiveTextClassifier, codesAndSeedsAreFoundAsMessagesAndPagesHaveThem) {
+    EXPECT_THAT(found("Use code 731 204 to sign in"), ElementsAre("secret 731 204"));
+    EXPECT_THAT(found("G-482913 is your verification code"), ElementsAre("secret 482913"));
+    EXPECT_THAT(found("Your code is 4821"), ElementsAre("secret 4821"));
+    EXPECT_THAT(found("PIN 4821, CVV 731"), ElementsAre("secret 4821", "secret 731"));
+    std::string const seed = "ripple canyon orbit velvet mango tunnel crisp anchor beyond lunar fabric oxygen";
+    EXPECT_THAT(found("seed: " + seed), ElementsAre("secret " + seed));
+    for (auto const harmless :
+         {"exit code 4821", "use code 404", "pin 12 of the board", "1204 is your number of orders", "seed: 1234567",
+          "seed: the words that grow in spring", "PIN 12", "CV 731"}) {
+        EXPECT_THAT(found(harmless), IsEmpty()) << harmless;
+    }
+}
+
 TEST(SensitiveTextClassifier, addressesEndInADomainThatExists) {
     for (std::string const address : {"a@b.example", "press@example.museum", "k.ito@kaisha.co.jp", "x@y.photography"}) {
         EXPECT_THAT(found("to " + address), ElementsAre("email " + address));
