@@ -83,6 +83,8 @@ bool isOfOtherKind(std::string_view text) {
     auto const option = text.substr(text.starts_with("--") ? 2 : 1);
     bool const isFlag = text[0] == '-' && !option.empty() && isLetter(option[0]);
     if (isFlag || (text[0] == ':' && text.size() > 1 && isAnyOf(text[1], "*:abcdefghijklmnopqrstuvwxyz"))) return true;
+    bool const isRule = SensitiveText::isCommonWord(text.substr(0, text.find('|'))); // "required|string|min:8"
+    if (isRule && text.find('|') != text.npos) return true;
     if (text.starts_with("$!") || text.starts_with("qr/") || text.ends_with('@') || text.find("\\n") != text.npos)
         return true;
     if (text.find("://") != text.npos || text.starts_with("//")) return true;

@@ -63,11 +63,61 @@ void findSeeds(std::string_view text, std::function<void(std::size_t, std::size_
     }
 }
 
+/// "8FKQ2-LM7ZP", "4f8a-91bc": short groups of letters and digits, and hyphens.
+bool isGrouped(std::string_view word) {
+    constexpr std::size_t shortest = 4, longest = 8;
+    std::size_t groups = 0, digits = 0;
+    for (std::size_t at = 0; at <= word.size(); ++groups) {
+        auto const end = std::min(word.find('-', at), word.size());
+        auto const group = word.substr(at, end - at);
+        if (group.size() < shortest || group.size() > longest ||
+            !std::all_of(group.begin(), group.end(), isAlphanumeric))
+            return false;
+        digits += static_cast<std::size_t>(std::count_if(group.begin(), group.end(), isDigit));
+        at = end + 1;
+    }
+    return groups > 1 && digits > 1;
+}
+
+/// "Recovery code 8FKQ2-LM7ZP", "Backup codes: 4f8a-91bc 77de-20ac": all that follow.
+void findRecoveryCodes(std::string_view text, std::function<void(std::size_t, std::size_t)> const& found) {
+    auto const line = lowered(text);
+    for (std::string_view const label : {"recovery code", "backup code", "wiederherstellungscode", "code de secours"}) {
+        auto const at = line.find(label);
+        if (at == none) continue;
+        for (auto start = at + label.size(); start < text.size();) {
+            auto const end = std::min(text.find_first_of(" ,;", start), text.size());
+            if (isGrouped(text.substr(start, end - start))) found(start, end);
+            start = end + 1;
+        }
+    }
+}
+
+/// "Set-Cookie: session=s%3A9fQ2…; HttpOnly": what keeps somebody logged in.
+void findCookies(std::string_view text, std::function<void(std::size_t, std::size_t)> const& found) {
+    constexpr std::size_t shortest = 16;
+    auto const line = lowered(text);
+    auto const header = line.find("cookie: ");
+    if (header == none) return;
+    for (auto start = header + 8; start < text.size();) {
+        auto const end = std::min(text.find(';', start), text.size());
+        auto const sign = text.find('=', start);
+        auto const name = std::string_view(line).substr(start, std::min(sign, end) - start);
+        bool const isSession = name.find("sess") != none || name.find("sid") != none || name.find("auth") != none ||
+                               name.find("token") != none || name.find("jwt") != none;
+        if (sign < end && isSession && end - sign > shortest && text.substr(sign, end - sign).find(' ') == none)
+            found(sign + 1, end);
+        start = pastBlanks(text, end + 1);
+    }
+}
+
 }
 
 void forEachSpokenSecret(std::string_view text, std::function<void(std::size_t, std::size_t)> const& found) {
     findCodes(text, found);
     findSeeds(text, found);
+    findRecoveryCodes(text, found);
+    findCookies(text, found);
 }
 
 }

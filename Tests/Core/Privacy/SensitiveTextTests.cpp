@@ -144,12 +144,20 @@ TEST(SensitiveTextClassifier, codesAndSeedsAreFoundAsMessagesAndPagesHaveThem) {
     EXPECT_THAT(found("Use code 731 204 to sign in"), ElementsAre("secret 731 204"));
     EXPECT_THAT(found("G-482913 is your verification code"), ElementsAre("secret 482913"));
     EXPECT_THAT(found("Your code is 4821"), ElementsAre("secret 4821"));
+    EXPECT_THAT(found("Backup codes: 4f8a-91bc 77de-20ac"), ElementsAre("secret 4f8a-91bc", "secret 77de-20ac"));
+    EXPECT_THAT(found("AWS Secret Access Key [None]: wJalrXUtnFEMI/K7MDENG/bPxR"),
+                ElementsAre("secret wJalrXUtnFEMI/K7MDENG/bPxR"));
+    EXPECT_THAT(found("Set-Cookie: theme=dark; session=s%3A9fQ2kLx81mZpT7vRb3.Kq2Lm; HttpOnly"),
+                ElementsAre("secret s%3A9fQ2kLx81mZpT7vRb3.Kq2Lm"));
+    EXPECT_THAT(found("echo \"blauerHimmel7\" | docker login --password-stdin"), ElementsAre("secret blauerHimmel7"));
+    EXPECT_THAT(found("call 0049 30 90182045"), ElementsAre("phone 0049 30 90182045"));
     EXPECT_THAT(found("PIN 4821, CVV 731"), ElementsAre("secret 4821", "secret 731"));
     std::string const seed = "ripple canyon orbit velvet mango tunnel crisp anchor beyond lunar fabric oxygen";
     EXPECT_THAT(found("seed: " + seed), ElementsAre("secret " + seed));
     for (auto const harmless :
          {"exit code 4821", "use code 404", "pin 12 of the board", "1204 is your number of orders", "seed: 1234567",
-          "seed: the words that grow in spring", "PIN 12", "CV 731"}) {
+          "seed: the words that grow in spring", "Backup codes: not generated", "password: required|string|min:8",
+          "secret key [optional]: none", "0012 1204 8841 2211", "PIN 12", "CV 731"}) {
         EXPECT_THAT(found(harmless), IsEmpty()) << harmless;
     }
 }
