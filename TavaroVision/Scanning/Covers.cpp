@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <utility>
 
 namespace tavaro {
@@ -86,11 +87,8 @@ std::optional<TimeRange> typedIn(std::vector<double> const& times) {
 
 /// From that time on, and where it was then.
 std::vector<PathPoint> pathFrom(std::vector<PathPoint> const& path, double start) {
-    std::vector<PathPoint> rest;
-    for (auto const& point : path) {
-        if (point.time <= start) rest.clear();
-        rest.push_back({std::max(point.time, start), point.x, point.y});
-    }
+    std::vector<PathPoint> rest{placeAt(path, start)};
+    std::ranges::copy_if(path, std::back_inserter(rest), [&](PathPoint const& point) { return point.time > start; });
     return rest;
 }
 
@@ -106,10 +104,55 @@ NormalizedRect areaOf(PixelBox const& box, int width, int height) {
     return {left / width, top / height, (right - left) / width, (bottom - top) / height};
 }
 
+/// With points where a box of that size at it begins to leave the picture, or is all inside again: only between such
+/// points what is seen of it changes evenly.
+std::vector<PathPoint> withEdges(std::vector<PathPoint> const& path, PixelBox const& around, int width, int height) {
+    std::vector<PathPoint> all;
+    for (auto const& point : path) {
+        if (!all.empty()) {
+            auto const from = all.back();
+            std::vector<double> parts;
+            auto const cross = [&](int a, int b, int edge) {
+                if ((a < edge && edge < b) || (b < edge && edge < a)) parts.push_back(double(edge - a) / (b - a));
+            };
+            cross(from.x + around.x, point.x + around.x, 0);
+            cross(from.y + around.y, point.y + around.y, 0);
+            cross(from.x + around.right(), point.x + around.right(), width);
+            cross(from.y + around.bottom(), point.y + around.bottom(), height);
+            std::ranges::sort(parts);
+            for (auto const part : parts) {
+                auto const between = [&](int a, int b) { return a + static_cast<int>(std::lround(part * (b - a))); };
+                all.push_back(
+                    {from.time + part * (point.time - from.time), between(from.x, point.x), between(from.y, point.y)});
+            }
+        }
+        all.push_back(point);
+    }
+    return all;
+}
+
 /// Some letters alone may be those of another text.
 bool isSurely(TextPresence const& presence) {
     constexpr int enough = 8;
     return presence.isLegible() && (presence.isMost() || presence.longestRun >= enough);
+}
+
+/// The part of a patch that is shown, where that is less than most of it: a line may be of two windows that part.
+PixelBox shownPart(TextPatch const& patch, TextPresence const& presence) {
+    PixelBox const all{0, 0, patch.width(), patch.height()};
+    if (presence.isMost()) return all;
+    int begin = 0, end = 0, from = 0, run = 0, longest = 0;
+    for (int cell = 0; cell < patch.cells(); ++cell) {
+        if (!patch.isInked(cell)) continue;
+        run = presence.shown[static_cast<std::size_t>(cell)] ? run + 1 : 0;
+        if (run == 1) from = cell;
+        if (run <= longest) continue;
+        longest = run;
+        begin = from;
+        end = cell + 1;
+    }
+    int const left = begin * patch.cellWidth(), right = std::min(patch.width(), end * patch.cellWidth());
+    return {left, 0, right - left, patch.height()};
 }
 
 }
@@ -124,7 +167,10 @@ void Covers::finish(Cover& cover, double end) {
     auto& finding = cover.finding;
     finding.end = std::max(end, finding.start);
     finding.keyframes.clear();
-    for (auto const& point : pathFrom(cover.place.path, finding.start)) {
+    auto path = pathFrom(cover.place.path, finding.start);
+    extendBack(path);
+    if (!path.empty()) finding.start = path.front().time;
+    for (auto const& point : withEdges(path, padded(cover.place, {}), width_, height_)) {
         finding.keyframes.push_back({point.time, areaOf(padded(cover.place, point), width_, height_)});
     }
     if (!finding.keyframes.empty()) done_.push_back({std::move(finding), cover.isPart});
@@ -188,13 +234,13 @@ void Covers::begin(Cover&& cover, FoundText const& text) {
     finding.textHash = text.textHash;
     finding.start = beginningOf(times, cover.place.path.front().time);
     finding.typed = typedIn(times);
+    cover.place.isPrivate = true;
     markParts(cover);
     alive_.push_back(std::move(cover));
 }
 
-bool Covers::isBelowAny(PixelBox const& box, int letterHeight) const {
-    return std::ranges::any_of(alive_,
-                               [&](Cover const& cover) { return holds(cover.place.box(), box, letterHeight / 2); });
+bool Covers::isBelowAny(PixelBox const& box, int slack) const {
+    return std::ranges::any_of(alive_, [&](Cover const& cover) { return holds(cover.place.box(), box, slack); });
 }
 
 void Covers::addKnown(ScreenHistory const& history, ChangedTiles const& tiles) {
@@ -202,10 +248,16 @@ void Covers::addKnown(ScreenHistory const& history, ChangedTiles const& tiles) {
     std::optional<BackTracker> tracker;
     found_.find(picture, tiles, [&](FoundText const& text, int x, int y) {
         auto const& patch = *text.patch;
-        if (isBelowAny({x, y, patch.width(), patch.height()}, patch.letterHeight())) return;
-        if (!isSurely(patch.presence(picture, x, y))) return;
+        int const height = patch.letterHeight();
+        if (isBelowAny({x, y, patch.width(), patch.height()}, height / 2)) return;
+        auto const presence = patch.presence(picture, x, y);
+        if (!isSurely(presence)) return;
+        auto const part = shownPart(patch, presence);
+        if (isBelowAny({x + part.x, y, part.width, part.height}, height)) return;
+        auto const shown =
+            part.width == patch.width() ? text.patch : std::make_shared<TextPatch const>(patch.view(), part, height);
         if (!tracker) tracker.emplace(history);
-        begin({tracker->trackedFrom(text.patch, x, y), {}}, text);
+        begin({tracker->trackedFrom(shown, x + part.x, y), {}}, text);
     });
 }
 

@@ -9,9 +9,12 @@ namespace tavaro {
 
 namespace {
 
-constexpr double meeting = 0.15;  // seconds between findings that are one
+constexpr double bridged = 0.5;   // seconds between findings that are one: it went on, or grew, meanwhile
+constexpr double far = 0.08;      // of the picture: how far it goes then
+constexpr double overlap = 0.1;   // seconds at most, of the same
 constexpr double together = 0.02; // seconds between ends that are one
-constexpr double slack = 0.006;   // of the picture
+constexpr double shortestFrame = 1.0 / 240;
+constexpr double slack = 0.006; // of the picture
 
 NormalizedRect areaAt(ScreenFinding const& finding, double seconds) {
     auto const after = std::ranges::upper_bound(finding.keyframes, seconds, {}, &RedactionKeyframe::t);
@@ -29,11 +32,23 @@ bool holds(NormalizedRect const& outer, NormalizedRect const& inner) {
            inner.maxY() <= outer.maxY() + slack;
 }
 
+/// The same text at two places at once is two.
 bool goOn(ScreenFinding const& a, ScreenFinding const& b) {
     bool const isSame = a.kind == b.kind && a.textHash == b.textHash;
-    if (!isSame || b.start > a.end + meeting) return false;
-    auto const &last = a.keyframes.back().rect, &first = b.keyframes.front().rect;
-    return last.touches(first, 0.01);
+    if (!isSame || b.start > a.end + bridged || b.start < a.end - overlap) return false;
+    return a.keyframes.back().rect.touches(areaAt(b, std::max(a.end, b.start)), far);
+}
+
+/// It stays where it was seen last until it is seen elsewhere, or goes there while it is not seen.
+void append(ScreenFinding& before, ScreenFinding const& after) {
+    auto const start = std::max(before.end, after.start);
+    auto const last = before.keyframes.back();
+    auto const rests = std::min(before.end, start - shortestFrame);
+    if (last.t < rests) before.keyframes.push_back({rests, last.rect});
+    if (start > before.keyframes.back().t) before.keyframes.push_back({start, areaAt(after, start)});
+    for (auto const& keyframe : after.keyframes) {
+        if (keyframe.t > before.keyframes.back().t) before.keyframes.push_back(keyframe);
+    }
 }
 
 /// Whether it is below the other from when that begins until it ends.
@@ -79,12 +94,7 @@ std::vector<ScreenFinding> joinedFindings(std::vector<ScreenFinding> findings) {
             joined.push_back(std::move(finding));
             continue;
         }
-        auto const last = before->keyframes.back();
-        auto const first = finding.keyframes.front().t;
-        if (last.t < before->end && before->end < first) before->keyframes.push_back({before->end, last.rect});
-        for (auto const& keyframe : finding.keyframes) {
-            if (keyframe.t > before->keyframes.back().t) before->keyframes.push_back(keyframe);
-        }
+        append(*before, finding);
         before->end = std::max(before->end, finding.end);
         if (!before->typed) before->typed = finding.typed;
     }

@@ -163,6 +163,8 @@ void ScreenLines::replace(ScreenLine& line) {
         if (!takesPlace(old)) continue;
         int const dx = place.x - old.place.x, dy = place.y - old.place.y;
         auto const before = place.patch->presence(old.place.patch->view(), dx, dy);
+        // Of a log's next line only the date is the same.
+        if (5 * before.count < 4 * old.place.patch->inkedCells() - 5) continue;
         bool isOlder = false;
         for (std::size_t cell = 0; cell < place.since.size(); ++cell) {
             if (!before.shown[cell]) continue;

@@ -22,9 +22,14 @@ public:
         , x_(x)
         , y_(y)
         , picture_(picture) {
+        forget();
+    }
+
+    void forget() {
         int edges = 0;
         for (auto const& sample : samples_) edges += sample.edge;
         best_ = edges / 6; // much less than a picture of other letters differs by
+        found_.reset();
     }
 
     bool isWorthwhile() const { return samples_.size() >= 12; }
@@ -62,7 +67,11 @@ std::optional<Shift> shiftOf(TextPatch const& patch, int x, int y, GrayView cons
         search.trial({0, dy});
         search.trial({0, -dy});
     }
-    if (search.found()) return search.found();
+    if (auto const found = search.found()) {
+        // Somewhere above or below there may be something alike that is another text.
+        if (patch.presence(picture, x + found->dx, y + found->dy).isMost()) return found;
+        search.forget();
+    }
     for (int dy = -highestDrag; dy <= highestDrag; ++dy) {
         for (int dx = -widestDrag; dx <= widestDrag; ++dx) search.trial({dx, dy});
     }

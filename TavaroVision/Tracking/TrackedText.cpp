@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <utility>
 
 namespace tavaro {
@@ -12,6 +13,10 @@ namespace tavaro {
 namespace {
 
 constexpr int mostSearches = 4, mostFailures = 2; // in a picture
+constexpr int mostPrivateFailures = 6;            // of what must not be lost
+constexpr double longestGlide = 0.05;             // seconds between pictures
+constexpr double shortestFrame = 1.0 / 240;       // seconds
+constexpr double twoPictures = 1.0 / 15;          // seconds, of a recording at 30 a second
 
 void addShift(std::vector<Shift>& shifts, Shift const& shift) {
     if (!shift.isNone() && std::ranges::find(shifts, shift) == shifts.end()) shifts.push_back(shift);
@@ -69,15 +74,18 @@ std::vector<Lost> lostOf(std::span<TrackedText* const> texts, NextPicture const&
 void searchFor(std::vector<Lost>& lost, std::vector<Shift>& shifts, GrayView const& picture) {
     std::vector<Lost*> order;
     for (auto& one : lost) order.push_back(&one);
-    std::ranges::sort(order, std::greater{}, [](Lost const* one) { return one->text->patch->inkedCells(); });
-    int searches = 0, failures = 0;
+    std::ranges::sort(order, std::greater{},
+                      [](Lost const* one) { return std::pair(one->text->isPrivate, one->text->patch->inkedCells()); });
+    int searches = 0, failures = 0, privateFailures = 0;
     for (auto* one : order) {
-        if (one->isFound() || one->text->isSearched) continue;
-        if (++searches > mostSearches || failures >= mostFailures) return;
+        bool const isPrivate = one->text->isPrivate;
+        if (one->isFound() || (one->text->isSearched && !isPrivate)) continue;
+        if (isPrivate ? privateFailures >= mostPrivateFailures : failures >= mostFailures) continue;
+        if (!isPrivate && ++searches > mostSearches) return;
         auto const shift = shiftOf(*one->text->patch, one->text->x, one->text->y, picture);
         if (!shift || !one->trial(*shift, picture) || !one->isFound()) {
             one->text->isSearched = true;
-            ++failures;
+            ++(isPrivate ? privateFailures : failures);
             continue;
         }
         addShift(shifts, *shift);
@@ -99,12 +107,32 @@ PathPoint placeAt(std::vector<PathPoint> const& path, double time) {
     return {time, between(from.x, after->x), between(from.y, after->y)};
 }
 
+void addStep(std::vector<PathPoint>& path, PathPoint const& point, double before) {
+    if (!path.empty()) {
+        auto const& last = path.back();
+        auto const rests = point.time - before > longestGlide ? point.time - shortestFrame : before;
+        if (rests > last.time && (last.x != point.x || last.y != point.y)) append(path, {rests, last.x, last.y});
+    }
+    append(path, point);
+}
+
+void extendBack(std::vector<PathPoint>& path) {
+    if (path.size() < 2) return;
+    auto const a = path[0], b = path[1];
+    if (b.time <= a.time || (a.x == b.x && a.y == b.y)) return;
+    auto const times = twoPictures / (b.time - a.time);
+    auto const earlier = [&](int first, int second) {
+        return first - static_cast<int>(std::lround(times * (second - first)));
+    };
+    path.insert(path.begin(), {std::max(0.0, a.time - twoPictures), earlier(a.x, b.x), earlier(a.y, b.y)});
+}
+
 void TrackedText::moveTo(int newX, int newY, double before, double now) {
-    if (!path.empty() && path.back().time < before) append(path, {before, x, y});
+    if (path.empty()) path.push_back({before, x, y});
     velocity = {newX - x, newY - y};
     x = newX;
     y = newY;
-    append(path, {now, x, y});
+    addStep(path, {now, x, y}, before);
 }
 
 std::vector<Shift> follow(std::span<TrackedText* const> texts, NextPicture const& next,
@@ -148,7 +176,9 @@ TrackedText BackTracker::trackedFrom(std::shared_ptr<TextPatch const> patch, int
             if (text.presence.shown[cell]) text.since[cell] = history_[frame].time;
         }
     }
-    for (auto point = back.rbegin(); point != back.rend(); ++point) append(text.path, *point);
+    for (auto point = back.rbegin(); point != back.rend(); ++point) {
+        addStep(text.path, *point, text.path.empty() ? point->time : std::prev(point)->time);
+    }
     text.x = x;
     text.y = y;
     text.velocity = {};

@@ -52,7 +52,7 @@ private:
         bool isPart = false;
     };
 
-    bool isBelowAny(PixelBox const& box, int letterHeight) const;
+    bool isBelowAny(PixelBox const& box, int slack) const;
     void begin(Cover&& cover, FoundText const& text);
     bool isCovered(PixelBox const& box, int letterHeight) const;
     void markParts(Cover const& cover);

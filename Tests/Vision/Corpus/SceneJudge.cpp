@@ -209,7 +209,10 @@ RedactionTrack trackOf(ScreenFinding const& finding) {
 PixelBox coveredAt(ScreenFinding const& finding, double seconds, int width, int height) {
     if (seconds < finding.start - frameAge || seconds > finding.end + frameAge) return {};
     auto const track = trackOf(finding);
-    auto const area = track.areaAt(seconds).unionWith(track.areaAt(seconds - frameAge));
+    auto area = track.areaAt(seconds).unionWith(track.areaAt(seconds - frameAge));
+    for (auto const& keyframe : track.keyframes) {
+        if (keyframe.t > seconds - frameAge && keyframe.t < seconds) area = area.unionWith(keyframe.rect);
+    }
     int const left = static_cast<int>(std::lround(area.x * width)),
               top = static_cast<int>(std::lround(area.y * height));
     return {left, top, static_cast<int>(std::lround(area.maxX() * width)) - left,
