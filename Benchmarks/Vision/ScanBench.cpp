@@ -1,6 +1,7 @@
 // The search for private text on screens. "stills": how well single pictures are read; "corpus": how much of what
 // scenes show is found and covered; "films": whether it can be read in their exports; "session": what it costs on ten
-// minutes of work, of which a number says fewer. "pictures FOLDER" draws the scenes for the eye.
+// minutes of work, of which a number says fewer. "pictures FOLDER" draws the scenes for the eye; "movie FILE SECOND" is
+// for any movie.
 #include "CodingSession.h"
 #include "StillReading.h"
 
@@ -119,6 +120,20 @@ void measureFilms(fs::path const& folder, std::string_view only, std::string_vie
     printLines("read", covered.legible);
 }
 
+/// Any movie: what is found in it, and what is read at a second of it.
+void lookAtMovie(fs::path const& movie, std::string const& second) {
+    auto const began = std::chrono::steady_clock::now();
+    auto const outcome = scanMovie(requestFor(movie), [](ScanProgress const&) {}, {});
+    std::printf("scan.movie.time %.2f s\n", secondsSince(began));
+    for (auto const& finding : outcome.findings) {
+        auto const& area = finding.keyframes.front().rect;
+        std::printf("scan.movie.finding 1 %s %s from %.3f to %.3f s at %.3f,%.3f\n",
+                    std::string(nameOf(finding.kind)).c_str(), finding.masked.c_str(), finding.start, finding.end,
+                    area.x, area.y);
+    }
+    if (!second.empty()) printPage(movie, std::stod(second));
+}
+
 void drawScenes(fs::path const& folder) {
     fs::create_directories(folder);
     for (auto const& scene : allScenes()) {
@@ -148,6 +163,7 @@ void measure(std::span<char* const> arguments) {
                       look = arguments.size() > 2 ? arguments[2] : "";
     if (!arguments.empty() && std::string_view(arguments[0]) == "pictures")
         return drawScenes(second.empty() ? "." : second);
+    if (!arguments.empty() && std::string_view(arguments[0]) == "movie") return lookAtMovie(second, look);
     if (has("stills")) measureStills(second, look);
     if (has("corpus")) measureCorpus(folder.path, second, look);
     if (has("films")) measureFilms(folder.path, second, look);

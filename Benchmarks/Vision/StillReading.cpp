@@ -128,6 +128,22 @@ void look(DesktopPicture const& desktop, ScreenScene const& scene, TextReader& r
 
 }
 
+void printPage(std::filesystem::path const& movie, double seconds) {
+    TextReader reader;
+    Figures figures;
+    MovieReader frames(movie);
+    auto const frame = frames.frame(seconds);
+    BrightnessReader brightness;
+    auto const view = brightness.view(frame);
+    Still const still({view.pixels, view.width, view.height, view.stride}, reader, figures);
+    for (auto const& line : still.lines) {
+        bool const isPrivate = std::ranges::any_of(
+            still.covers, [&](PixelBox const& box) { return areaOf(overlapOf(box, line.box)) > 0; });
+        std::printf("scan.movie.line 1 %s %d,%d [%s]\n", isPrivate ? "private" : "open", line.box.x, line.box.y,
+                    textOf(line).c_str());
+    }
+}
+
 void printReadings(ScreenScene const& scene, std::filesystem::path const& movie, double seconds,
                    std::vector<std::size_t> const& secrets) {
     TextReader reader;

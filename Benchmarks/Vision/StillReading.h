@@ -13,6 +13,9 @@ struct ScreenScene;
 /// many secrets it gives away, what is misread, and what it costs: the reader and the classifier without the scan.
 void measureStills(std::string_view only, std::string_view look);
 
+/// Prints the lines that are read at that second of a movie, and whether each has something private.
+void printPage(std::filesystem::path const& movie, double seconds);
+
 /// Prints what is read at that second of a scene's movie where it shows those secrets.
 void printReadings(ScreenScene const& scene, std::filesystem::path const& movie, double seconds,
                    std::vector<std::size_t> const& secrets);

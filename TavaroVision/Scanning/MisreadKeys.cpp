@@ -179,6 +179,23 @@ std::vector<Piece> piecesOf(std::string_view text) {
     return pieces;
 }
 
+/// Where keys begin inside of a piece, since the blank before them was not read: "tokghp_a8Kq2…".
+void addGluedKeys(std::string_view text, std::vector<Piece>& pieces) {
+    constexpr std::size_t fewest = 3; // letters of a prefix
+    auto const count = pieces.size();
+    for (std::size_t i = 0; i < count; ++i) {
+        auto const [start, end] = pieces[i];
+        auto const part = text.substr(start, end - start);
+        for (auto const& shape : shapes()) {
+            if (!shape.hasJoint || shape.exact.size() < fewest || part.size() < shape.fewest) continue;
+            auto const at = part.find(shape.exact, 1);
+            bool const isPrefix = at != part.npos && at + shape.exact.size() < part.size() &&
+                                  (part[at + shape.exact.size()] == '_' || part[at + shape.exact.size()] == '-');
+            if (isPrefix) pieces.push_back({start + at, end});
+        }
+    }
+}
+
 /// Whether what follows a prefix is as long as keys are and of their letters, but for a few.
 bool isRestOf(Shape const& shape, std::string_view rest) {
     if (rest.size() < shape.fewest || rest.size() > shape.most || !looksMade(rest)) return false;
@@ -236,7 +253,9 @@ void forEachMisreadKey(std::string_view text,
                        std::function<void(SensitiveKind kind, std::size_t start, std::size_t end)> const& found) {
     constexpr std::size_t shortest = 17;
     std::size_t reached = 0;
-    for (auto const& piece : piecesOf(text)) {
+    auto pieces = piecesOf(text);
+    addGluedKeys(text, pieces);
+    for (auto const& piece : pieces) {
         if (piece.start < reached || piece.end < piece.start + shortest) continue;
         auto const part = text.substr(piece.start, piece.end - piece.start);
         bool const isToken = isWebToken(part);
@@ -244,6 +263,19 @@ void forEachMisreadKey(std::string_view text,
         reached = isToken ? endOfWebToken(text, piece.end) : piece.end;
         found(isToken ? SensitiveKind::token : SensitiveKind::apiKey, piece.start, reached);
     }
+}
+
+bool endsInsideKey(std::string_view text) {
+    constexpr std::size_t fewest = 3; // letters of a prefix
+    auto const pieces = piecesOf(text);
+    return std::ranges::any_of(pieces, [&](Piece const& piece) {
+        auto const part = text.substr(piece.start, piece.end - piece.start);
+        return piece.end == text.size() && std::ranges::any_of(shapes(), [&](Shape const& shape) {
+                   auto const prefix = shape.letters.size() >= fewest ? prefixWithoutJoints(part, shape) : 0;
+                   bool const hasJoint = prefix < part.size() && isJoint(part[prefix]) && shape.hasJoint;
+                   return prefix > 0 && hasJoint && part.size() - prefix <= shape.fewest;
+               });
+    });
 }
 
 }

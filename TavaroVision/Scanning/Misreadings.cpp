@@ -149,6 +149,37 @@ void mendColons(MendedText& text) {
     }
 }
 
+/// "Password:W inter#77": a letter on the wrong side of the blank behind a label.
+void mendMovedBlanks(MendedText& text) {
+    constexpr std::size_t shortestLabel = 3, mostLetters = 2;
+    for (auto const word : wordsFromEnd(text.text())) {
+        auto const line = std::string_view(text.text());
+        auto const sign = line.substr(0, word.end).find_last_of(":=");
+        bool const isLabel = sign != none && sign >= word.start + shortestLabel && isLetter(line[sign - 1]);
+        if (!isLabel || word.end - sign - 1 > mostLetters || sign + 1 == word.end || word.end == line.size()) continue;
+        if (!std::ranges::all_of(line.substr(sign + 1, word.end - sign - 1), isAlphanumeric)) continue;
+        text.replace(word.end, 1, "");
+        text.replace(sign + 1, 0, " ");
+    }
+}
+
+/// "Bearer 9{Q2kLx81m…": signs that a letter is taken for, in a token that only its label tells of.
+void mendTokenSigns(MendedText& text) {
+    constexpr std::string_view label = "bearer ", signs = "{}()[]|!", letters = "fJCJlJll";
+    constexpr std::size_t shortest = 16;
+    auto const line = text.text();
+    for (auto const word : wordsFromEnd(line)) {
+        bool const isToken = word.start >= label.size() && word.size() >= shortest &&
+                             std::ranges::equal(std::string_view(line).substr(word.start - label.size(), label.size()),
+                                                label, {}, folded, folded);
+        if (!isToken) continue;
+        for (auto at = word.start; at + 1 < word.end; ++at) {
+            auto const sign = signs.find(line[at]);
+            if (sign != none) text.replace(at, 1, letters.substr(sign, 1));
+        }
+    }
+}
+
 // ---- addresses
 
 /// "postgres:/shop:…@db", "postgres:l/shop:…@db"
@@ -392,6 +423,8 @@ void mendMisreadings(MendedText& text) {
     mendLabelLetters(text);
     mendLabelJoints(text);
     mendLabelBlanks(text);
+    mendMovedBlanks(text);
+    mendTokenSigns(text);
     mendColons(text);
     mendSchemes(text);
     mendMailSigns(text);

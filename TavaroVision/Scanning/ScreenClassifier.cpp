@@ -43,16 +43,43 @@ bool goesOn(PlacedLine const& above, PlacedLine const& below) {
     return isAlike && isBelow && std::min(a.right(), b.right()) > std::max(a.x, b.x) && !isOnRow(a, b);
 }
 
-/// Whether a line ends where those of its column end at most, as one does that goes on in the next.
-bool reachesEnd(std::span<PlacedLine const> lines, std::vector<std::size_t> const& column, std::size_t line) {
-    int furthest = 0;
-    for (auto const other : column) furthest = std::max(furthest, lines[other].box.right());
-    return 10 * (furthest - lines[line].box.right()) <= 12 * lines[line].letterHeight;
-}
-
 bool isMixed(std::string_view text) {
     bool const hasSmall = std::ranges::any_of(text, isLower);
     return std::ranges::any_of(text, isDigit) || (hasSmall && std::any_of(text.begin() + 1, text.end(), isUpper));
+}
+
+/// A line of base64 but for a few letters.
+bool isNearlyBase64(std::string_view text) {
+    constexpr std::size_t shortest = 16;
+    auto const isOther = [](char c) { return !isAlphanumeric(c) && c != '+' && c != '/' && c != '='; };
+    auto const others = static_cast<std::size_t>(std::ranges::count_if(text, isOther));
+    return text.size() >= shortest && others * 12 <= text.size() && isMixed(text);
+}
+
+/// Where lines of a column end at most, and whether that is where its window does: then several of them do.
+struct RightEdge {
+    int furthest = 0;
+    bool isWindows = false;
+
+    RightEdge(std::span<PlacedLine const> lines, std::vector<std::size_t> const& column) {
+        for (auto const line : column) furthest = std::max(furthest, lines[line].box.right());
+        isWindows = std::ranges::count_if(column, [&](auto line) { return isReachedBy(lines[line]); }) > 1;
+    }
+
+    bool isReachedBy(PlacedLine const& line) const {
+        auto const slack = isWindows ? 8 : 12; // tenths of a letter's height
+        return 10 * (furthest - line.box.right()) <= slack * line.letterHeight;
+    }
+};
+
+/// "…: lena.berg@e", "…=ghp_a8Kq2": no address and no key ends so.
+bool endsOpen(PlacedLine const& line) {
+    auto const& word = line.words.back().text;
+    if (endsInsideKey(word)) return true;
+    auto const sign = word.find('@');
+    if (sign == word.npos || sign < 2) return false;
+    auto const dot = word.find('.', sign);
+    return dot == word.npos || word.size() - dot <= 2;
 }
 
 /// Whether a line may begin with the rest of a word that began in the line above: no word of a language.
@@ -61,15 +88,16 @@ bool mayBeginWithRest(PlacedLine const& line) {
     auto const isOfToken = [](char c) {
         return isAlphanumeric(c) || std::string_view("+/_-.@").find(c) != std::string_view::npos;
     };
-    auto const end = word.find_last_not_of("=>)\"',;") + 1;
+    auto const end = word.find_last_not_of("=>)\"',;:") + 1;
     if (end == 0 || !std::ranges::all_of(word.substr(0, end), isOfToken)) return false;
     return word.find_first_of("@.") < word.size() - 1 || isMixed(word);
 }
 
-bool wraps(PlacedLine const& above, PlacedLine const& below) {
+bool wraps(PlacedLine const& above, PlacedLine const& below, RightEdge const& edge) {
     auto const &a = above.box, &b = below.box;
     auto const height = std::max(above.letterHeight, below.letterHeight);
-    return b.x <= a.x + height && b.y - a.bottom() <= 2 * height && mayBeginWithRest(below);
+    bool const isNear = b.x <= a.x + height && b.y - a.bottom() <= 2 * height;
+    return isNear && mayBeginWithRest(below) && (edge.isReachedBy(above) || endsOpen(above));
 }
 
 /// The findings of a screen while they are gathered.
@@ -86,11 +114,15 @@ public:
             LinesAbove above;
             for (auto const line : column) {
                 ScreenText const text(lines_, std::span(&line, 1), style);
+                auto const before = above;
                 keep(text, classifier_.matches(text.text(), above), Part::any);
-                if (style.mending == Mending::everything) keepKeys(text, Part::any);
+                if (style.mending != Mending::everything) continue;
+                keepKeys(text, Part::any);
+                keepKeyFile(text, before, above);
             }
         }
-        for (std::size_t i = 0; i + 1 < column.size(); ++i) i = readWrapped(column, i);
+        RightEdge const edge(lines_, column);
+        for (std::size_t i = 0; i + 1 < column.size(); ++i) i = readWrapped(column, i, edge);
     }
 
     void readBeside(std::size_t label, std::size_t value) {
@@ -117,7 +149,7 @@ private:
     using Spaces = TextStyle::Spaces;
     using Mending = TextStyle::Mending;
     using Wraps = TextStyle::Wraps;
-    enum class Part { any, overWraps, numbersOfLast };
+    enum class Part { any, overWraps, overEdge, numbersOfLast };
 
     static constexpr std::array<TextStyle, 4> styles{{{Spaces::all, Mending::prefixes},
                                                       {Spaces::all, Mending::everything},
@@ -125,20 +157,21 @@ private:
                                                       {Spaces::notAtJoints, Mending::everything}}};
 
     /// From a line that may go on below it to the last that it may go on to, which is returned.
-    std::size_t readWrapped(std::vector<std::size_t> const& column, std::size_t first) {
+    std::size_t readWrapped(std::vector<std::size_t> const& column, std::size_t first, RightEdge const& edge) {
         constexpr std::size_t mostLines = 6;
         auto last = first;
-        while (last + 1 < column.size() && last - first + 1 < mostLines && reachesEnd(lines_, column, column[last]) &&
-               wraps(lines_[column[last]], lines_[column[last + 1]]))
+        while (last + 1 < column.size() && last - first + 1 < mostLines &&
+               wraps(lines_[column[last]], lines_[column[last + 1]], edge))
             ++last;
         if (last == first) return first;
         auto const wrapped = std::span(column).subspan(first, last - first + 1);
+        auto const part = edge.isWindows ? Part::overEdge : Part::overWraps;
         constexpr std::array<TextStyle, 2> read{{{Spaces::whereThereIsRoom, Mending::everything, Wraps::insideWords},
                                                  {Spaces::all, Mending::everything, Wraps::atSpaces}}};
         for (auto const& style : read) {
             ScreenText const text(lines_, wrapped, style);
-            keep(text, classifier_.matches(text.text()), Part::overWraps);
-            if (style.wraps == Wraps::insideWords) keepKeys(text, Part::overWraps);
+            keep(text, classifier_.matches(text.text()), part);
+            if (style.wraps == Wraps::insideWords) keepKeys(text, part);
         }
         return last - 1;
     }
@@ -163,6 +196,16 @@ private:
         }
     }
 
+    /// A line inside of a key file of which a letter was misread, or a blank read in it; the file goes on.
+    void keepKeyFile(ScreenText const& text, LinesAbove const& before, LinesAbove& above) {
+        auto const inside = LinesAbove::Expected::bodyOfKeyFile;
+        if (before.expected != inside || above.expected == inside || !isNearlyBase64(text.text())) return;
+        above = before;
+        if (kinds_.contains(SensitiveKind::privateKey))
+            keep(text, SensitiveKind::privateKey, std::string(displayName(SensitiveKind::privateKey)), 0,
+                 text.text().size(), Part::any);
+    }
+
     void keepKeys(ScreenText const& text, Part part) {
         forEachMisreadKey(text.text(), [&](SensitiveKind kind, std::size_t start, std::size_t end) {
             if (kinds_.contains(kind)) keep(text, kind, std::string(displayName(kind)), start, end, part);
@@ -172,21 +215,26 @@ private:
     void keep(ScreenText const& text, SensitiveKind kind, std::string const& label, std::size_t start, std::size_t end,
               Part part) {
         auto const places = text.placesOf(start, end);
-        if (part == Part::overWraps && !isDivided(kind, places)) return;
+        bool const isWrapped = part == Part::overWraps || part == Part::overEdge;
+        if (isWrapped && (isKnownBelow(places) || !isDivided(kind, places, part))) return;
         if (part == Part::numbersOfLast && places.size() != 1) return;
         for (auto const& place : places) add({place.line, kind, label, place.text, place.left, place.right});
     }
 
-    /// Whether it really is one thing in several lines. What is below may be whole by itself, and what is above it
-    /// another thing; behind a password there may be anything.
-    bool isDivided(SensitiveKind kind, std::vector<ScreenText::Place> const& places) const {
+    /// Whether it is in one line only, or what is below is whole by itself and what is above it another thing.
+    bool isKnownBelow(std::vector<ScreenText::Place> const& places) const {
+        return places.size() < 2 ||
+               std::all_of(places.begin() + 1, places.end(), [&](auto const& place) { return isCovered(place); });
+    }
+
+    /// Whether it really is one thing in several lines. Behind a password there may be anything, where nothing says
+    /// that the window ends there.
+    static bool isDivided(SensitiveKind kind, std::vector<ScreenText::Place> const& places, Part part) {
         constexpr std::size_t longPart = 16; // letters, as what machines make
-        if (places.size() < 2) return false;
         auto const rest = std::span(places).subspan(1);
-        if (std::ranges::all_of(rest, [&](auto const& place) { return isCovered(place); })) return false;
         if (isNumberOrAddress(kind)) return true;
-        if (kind == SensitiveKind::secret && places[0].text.size() < longPart && rest[0].text.size() < longPart)
-            return false;
+        bool const isShort = places[0].text.size() < longPart && rest[0].text.size() < longPart;
+        if (kind == SensitiveKind::secret && isShort && part != Part::overEdge) return false;
         return std::ranges::all_of(
             rest, [](auto const& place) { return isMixed(place.text) && std::ranges::any_of(place.text, isLetter); });
     }

@@ -13,4 +13,7 @@ namespace tavaro {
 void forEachMisreadKey(std::string_view text,
                        std::function<void(SensitiveKind kind, std::size_t start, std::size_t end)> const& found);
 
+/// Whether a text ends in the beginning of a key, of which there must be more.
+bool endsInsideKey(std::string_view text);
+
 }
