@@ -17,6 +17,7 @@ namespace tavaro {
 namespace {
 
 constexpr double shortestTyping = 0.2; // seconds
+constexpr double soon = 0.07;          // seconds after it moved
 
 /// Whether `outer` has all of `inner`, but for a little.
 bool holds(PixelBox const& outer, PixelBox const& inner, int slack) {
@@ -169,16 +170,12 @@ void Covers::finish(Cover& cover, double end) {
     finding.keyframes.clear();
     auto path = pathFrom(cover.place.path, finding.start);
     extendBack(path);
-    if (!path.empty()) finding.start = path.front().time;
+    finding.start = path.front().time;
+    if (finding.end - path.back().time < soon) extendOn(path);
     for (auto const& point : withEdges(path, padded(cover.place, {}), width_, height_)) {
         finding.keyframes.push_back({point.time, areaOf(padded(cover.place, point), width_, height_)});
     }
-    if (!finding.keyframes.empty()) done_.push_back({std::move(finding), cover.isPart});
-}
-
-std::size_t Covers::count() const {
-    auto const isWhole = [](auto const& one) { return !one.isPart; };
-    return static_cast<std::size_t>(std::ranges::count_if(done_, isWhole) + std::ranges::count_if(alive_, isWhole));
+    done_.push_back(std::move(finding));
 }
 
 void Covers::endLost(double now) {
@@ -199,12 +196,14 @@ bool Covers::isCovered(PixelBox const& box, int letterHeight) const {
     });
 }
 
-/// What was found of it before it was all typed. It is covered by itself all the same, since a line may be of two
-/// windows that part again.
-void Covers::markParts(Cover const& cover) {
-    for (auto& old : alive_) {
-        if (holds(cover.place.box(), old.place.box(), cover.place.patch->letterHeight() / 2)) old.isPart = true;
+/// What was found of it before it was all typed is covered by itself all the same, since a line may be of two windows
+/// that part again.
+void Covers::count(Cover const& cover) {
+    for (auto const& old : alive_) {
+        bool const isPart = holds(cover.place.box(), old.place.box(), cover.place.patch->letterHeight() / 2);
+        if (isPart) counted_.erase(old.finding.textHash);
     }
+    counted_.insert(cover.finding.textHash);
 }
 
 void Covers::add(PrivateText const& found, ScreenLine const& line, BackTracker& tracker) {
@@ -235,7 +234,7 @@ void Covers::begin(Cover&& cover, FoundText const& text) {
     finding.start = beginningOf(times, cover.place.path.front().time);
     finding.typed = typedIn(times);
     cover.place.isPrivate = true;
-    markParts(cover);
+    count(cover);
     alive_.push_back(std::move(cover));
 }
 
@@ -264,9 +263,7 @@ void Covers::addKnown(ScreenHistory const& history, ChangedTiles const& tiles) {
 std::vector<ScreenFinding> Covers::take(double end) {
     for (auto& cover : alive_) finish(cover, end);
     alive_.clear();
-    std::vector<ScreenFinding> findings;
-    for (auto& one : std::exchange(done_, {})) findings.push_back(std::move(one.finding));
-    return joinedFindings(withoutParts(std::move(findings)));
+    return joinedFindings(withoutParts(std::exchange(done_, {})));
 }
 
 }

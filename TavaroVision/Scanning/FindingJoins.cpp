@@ -36,16 +36,16 @@ bool holds(NormalizedRect const& outer, NormalizedRect const& inner) {
 bool goOn(ScreenFinding const& a, ScreenFinding const& b) {
     bool const isSame = a.kind == b.kind && a.textHash == b.textHash;
     if (!isSame || b.start > a.end + bridged || b.start < a.end - overlap) return false;
-    return a.keyframes.back().rect.touches(areaAt(b, std::max(a.end, b.start)), far);
+    return areaAt(a, a.end).touches(areaAt(b, std::max(a.end, b.start)), far);
 }
 
 /// It stays where it was seen last until it is seen elsewhere, or goes there while it is not seen.
 void append(ScreenFinding& before, ScreenFinding const& after) {
-    auto const start = std::max(before.end, after.start);
-    auto const last = before.keyframes.back();
-    auto const rests = std::min(before.end, start - shortestFrame);
-    if (last.t < rests) before.keyframes.push_back({rests, last.rect});
-    if (start > before.keyframes.back().t) before.keyframes.push_back({start, areaAt(after, start)});
+    auto const start = std::max(before.end, after.start), rests = std::min(before.end, start - shortestFrame);
+    auto const last = areaAt(before, rests);
+    std::erase_if(before.keyframes, [&](RedactionKeyframe const& keyframe) { return keyframe.t >= rests; });
+    before.keyframes.push_back({rests, last});
+    before.keyframes.push_back({start, areaAt(after, start)});
     for (auto const& keyframe : after.keyframes) {
         if (keyframe.t > before.keyframes.back().t) before.keyframes.push_back(keyframe);
     }

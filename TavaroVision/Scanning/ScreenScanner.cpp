@@ -31,7 +31,7 @@ void ScreenScanner::show(GrayView const& picture, double time) {
     auto shifts = follow(texts, {picture, tiles_, before, time}, lastShifts);
     dirty_.addFleeting(lines_.dropLost(time));
     covers_.endLost(time);
-    dirty_.add(lines_.wholeBoxes(), time);
+    dirty_.add(lines_.wholeBoxes(time), time);
     history_.add({time, std::make_shared<GrayPicture const>(picture), std::move(shifts)});
     covers_.addKnown(history_, tiles_);
 }

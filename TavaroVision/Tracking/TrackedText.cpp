@@ -36,6 +36,16 @@ void append(std::vector<PathPoint>& path, PathPoint const& point) {
     path.push_back(point);
 }
 
+bool isSamePlace(PathPoint const& a, PathPoint const& b) { return a.x == b.x && a.y == b.y; }
+
+/// Two pictures further on the way from one point to the next.
+PathPoint beyond(PathPoint const& from, PathPoint const& to) {
+    auto const forward = to.time > from.time ? twoPictures : -twoPictures;
+    auto const part = forward / (to.time - from.time);
+    auto const further = [&](int a, int b) { return b + static_cast<int>(std::lround(part * (b - a))); };
+    return {std::max(0.0, to.time + forward), further(from.x, to.x), further(from.y, to.y)};
+}
+
 /// A text that is not where it was, and the best place for it so far.
 struct Lost {
     TrackedText* text;
@@ -117,14 +127,15 @@ void addStep(std::vector<PathPoint>& path, PathPoint const& point, double before
 }
 
 void extendBack(std::vector<PathPoint>& path) {
+    if (path.size() < 2 || path[0].time <= 0) return;
+    auto const& a = path[0];
+    if (path[1].time > a.time && !isSamePlace(a, path[1])) path.insert(path.begin(), beyond(path[1], a));
+}
+
+void extendOn(std::vector<PathPoint>& path) {
     if (path.size() < 2) return;
-    auto const a = path[0], b = path[1];
-    if (b.time <= a.time || (a.x == b.x && a.y == b.y)) return;
-    auto const times = twoPictures / (b.time - a.time);
-    auto const earlier = [&](int first, int second) {
-        return first - static_cast<int>(std::lround(times * (second - first)));
-    };
-    path.insert(path.begin(), {std::max(0.0, a.time - twoPictures), earlier(a.x, b.x), earlier(a.y, b.y)});
+    auto const& a = path[path.size() - 2];
+    if (path.back().time > a.time && !isSamePlace(a, path.back())) path.push_back(beyond(a, path.back()));
 }
 
 void TrackedText::moveTo(int newX, int newY, double before, double now) {

@@ -6,6 +6,8 @@
 
 #include <cstddef>
 #include <deque>
+#include <set>
+#include <string>
 #include <vector>
 
 namespace tavaro {
@@ -36,7 +38,8 @@ public:
     /// What was found before and is seen again on the history's last picture, where that changed.
     void addKnown(ScreenHistory const& history, ChangedTiles const& tiles);
 
-    std::size_t count() const;
+    /// Of different texts; what was found of one before it was all typed does not count.
+    std::size_t count() const { return counted_.size(); }
     /// All of them, by their start; those that go on end then.
     std::vector<ScreenFinding> take(double end);
 
@@ -44,18 +47,12 @@ private:
     struct Cover {
         TrackedText place;
         ScreenFinding finding;
-        bool isPart = false; // of one that was found later
-    };
-    /// What is over.
-    struct Done {
-        ScreenFinding finding;
-        bool isPart = false;
     };
 
     bool isBelowAny(PixelBox const& box, int slack) const;
     void begin(Cover&& cover, FoundText const& text);
     bool isCovered(PixelBox const& box, int letterHeight) const;
-    void markParts(Cover const& cover);
+    void count(Cover const& cover);
     void finish(Cover& cover, double end);
 
     FindingKey key_;
@@ -63,7 +60,8 @@ private:
     int width_;
     int height_;
     std::deque<Cover> alive_;
-    std::vector<Done> done_;
+    std::vector<ScreenFinding> done_;
+    std::set<std::string> counted_; // hashes
 };
 
 }

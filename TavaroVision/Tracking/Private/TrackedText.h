@@ -28,8 +28,10 @@ PathPoint placeAt(std::vector<PathPoint> const& path, double time);
 /// `before` on it glides there: the last time at which it was seen.
 void addStep(std::vector<PathPoint>& path, PathPoint const& point, double before);
 
-/// What moves when it is first seen came from where nobody knew it yet: such a path begins two pictures earlier.
+/// What moves when it is first seen came from where nobody knew it yet, and what moves when it is seen last goes on:
+/// such a path begins two pictures earlier, and goes on for two.
 void extendBack(std::vector<PathPoint>& path);
+void extendOn(std::vector<PathPoint>& path);
 
 /// A piece of text on the screen, followed from the first frame that shows it.
 struct TrackedText {

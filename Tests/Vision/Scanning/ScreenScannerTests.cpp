@@ -1,6 +1,6 @@
 #include <TavaroVision/Scanning/Private/FoundTexts.h>
 #include <TavaroVision/Scanning/Private/ScreenClassifier.h>
-#include <TavaroVision/Scanning/Private/ScreenScanner.h>
+#include <TavaroVision/Scanning/Private/StretchScanner.h>
 #include <Tests/Vision/Drawing/DrawnScreen.h>
 
 #include <gtest/gtest.h>
@@ -218,6 +218,44 @@ TEST(ScreenScanner, whatScrollsBackTooFastToBeReadIsKnown) {
         EXPECT_TRUE(isCovered(findings, (frame + 0.1) / fps, 200, topAt(double(frame) / fps))) << frame;
     }
     EXPECT_FALSE(isCovered(findings, 1.2, 200, 200));
+}
+
+TEST(ScreenScanner, leavesThePictureWithItsText) {
+    ScannedScreen screen;
+    auto const topAt = [](double at) { return 300 - 40 * std::max(0, static_cast<int>(std::lround(at * fps)) - 30); };
+    auto const findings = screen.scan(2, [&](double at) {
+        return std::vector<ScannedScreen::Line>{{"export TOKEN=" + secret, 40, topAt(at)},
+                                                {"a title", 40, topAt(at) + 90}};
+    });
+    for (int frame = 1; frame < 38; ++frame) {
+        EXPECT_TRUE(isCovered(findings, (frame + 0.9) / fps, 200, topAt(double(frame) / fps))) << frame;
+    }
+}
+
+TEST(ScreenScanner, framesOfAnotherSizeAreLookedAtToo) {
+    ScreenClassifier classifier{RedactionSettings{}};
+    ReadMemory memory;
+    FoundTexts known;
+    LineReading const reader = [](GrayView const&, std::span<TextLine const> lines) {
+        std::vector<ReadLine> read;
+        for (auto const& line : lines) read.push_back({line.box, {{secret, line.box, 0.9F}}});
+        return read;
+    };
+    StretchScanner scanner({classifier, reader, memory, known, {{1, 2}}});
+    for (int frame = 0; frame < 60; ++frame) {
+        int const side = frame < 30 ? 400 : 200;
+        DrawnScreen screen(2 * side, side);
+        screen.fill({0, 0, 2 * side, side}, {24, 26, 32});
+        screen.write(secret, 20, 100, {.size = side < 300 ? 10.0 : 16.0}, {220, 220, 220});
+        auto const gray = screen.gray();
+        scanner.show({gray.data(), 2 * side, side, 2 * side}, double(frame) / fps);
+    }
+    auto const findings = scanner.finish(2);
+    ASSERT_EQ(findings.size(), 2U);
+    EXPECT_NEAR(findings[0].end, 1, 1e-6);
+    EXPECT_NEAR(findings[1].start, 1, 1e-6);
+    EXPECT_NEAR(areaAt(findings[0], 0.5).center().y, 0.27, 0.03);
+    EXPECT_NEAR(areaAt(findings[1], 1.5).center().y, 0.53, 0.03);
 }
 
 TEST(ScreenScanner, anEmptyScreenCostsNoReading) {
