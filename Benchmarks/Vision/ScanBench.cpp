@@ -1,6 +1,7 @@
 // The search for private text on screens. "stills": how well single pictures are read; "corpus": how much of what
 // scenes show is found and covered; "films": whether it can be read in their exports; "session": what it costs on ten
-// minutes of work, of which a number says fewer. "pictures FOLDER" draws the scenes for the eye.
+// minutes of work, of which a number says fewer. "pictures FOLDER" draws the scenes for the eye; "movie FILE SECOND" is
+// for any movie.
 #include "CodingSession.h"
 #include "StillReading.h"
 
@@ -80,6 +81,7 @@ void measureCorpus(fs::path const& folder, std::string_view only, std::string_vi
                     judged.frames, judged.falseCovers, scene.happens.c_str(), scene.look.c_str());
         std::fflush(stdout);
         leavePictures(scene, judged, outcome.findings);
+        for (auto const time : judged.doubtful) printReadings(scene, movie, time, judged.missedSecrets);
         byKind[scene.happens] += judged;
         total += judged;
     }
@@ -92,23 +94,44 @@ void measureCorpus(fs::path const& folder, std::string_view only, std::string_vi
 }
 
 /// Scenes as they are exported, with covers and without: how many of the places of what was found can be read.
-void measureFilms(fs::path const& folder, std::string_view only) {
+void measureFilms(fs::path const& folder, std::string_view only, std::string_view look) {
     TextReader reader;
     ReadAgain covered, uncovered;
     for (auto const& scene : scenesOf(only)) {
+        if (scene.look.find(look) == std::string::npos) continue;
+        auto const began = std::chrono::steady_clock::now();
         auto const movie = folder / "scene.mp4";
         writeMovie(scene, movie);
         auto const findings = scanMovie(requestFor(movie), [](ScanProgress const&) {}, {}).findings;
         auto const found = judge(scene, findings).foundSecrets;
         auto const film = exportCovered(scene, movie, findings, folder);
-        covered += readAgain(scene, film, found, reader);
-        uncovered += readAgain(scene, movie, found, reader);
+        auto const inFilm = readAgain(scene, film, found, reader), inTake = readAgain(scene, movie, found, reader);
         fs::remove(film);
+        std::printf("scan.film %.1f s, %zu of %d places legible, uncovered %zu: %s, %s\n", secondsSince(began),
+                    inFilm.legible.size(), inFilm.looks, inTake.legible.size(), scene.happens.c_str(),
+                    scene.look.c_str());
+        std::fflush(stdout);
+        covered += inFilm;
+        uncovered += inTake;
     }
     std::printf(
         "scan.films.places %d places\nscan.films.legible %zu of them\nscan.films.legible_uncovered %zu of them\n",
         covered.looks, covered.legible.size(), uncovered.legible.size());
     printLines("read", covered.legible);
+}
+
+/// Any movie: what is found in it, and what is read at a second of it.
+void lookAtMovie(fs::path const& movie, std::string const& second) {
+    auto const began = std::chrono::steady_clock::now();
+    auto const outcome = scanMovie(requestFor(movie), [](ScanProgress const&) {}, {});
+    std::printf("scan.movie.time %.2f s\n", secondsSince(began));
+    for (auto const& finding : outcome.findings) {
+        auto const& area = finding.keyframes.front().rect;
+        std::printf("scan.movie.finding 1 %s %s from %.3f to %.3f s at %.3f,%.3f\n",
+                    std::string(nameOf(finding.kind)).c_str(), finding.masked.c_str(), finding.start, finding.end,
+                    area.x, area.y);
+    }
+    if (!second.empty()) printPage(movie, std::stod(second));
 }
 
 void drawScenes(fs::path const& folder) {
@@ -136,12 +159,14 @@ void measure(std::span<char* const> arguments) {
         return filmSession(arguments[1], std::stod(arguments[2]));
     WorkFolder const folder;
     auto const has = [&](std::string_view name) { return arguments.empty() || name == arguments[0]; };
-    std::string const second = arguments.size() > 1 ? arguments[1] : "";
+    std::string const second = arguments.size() > 1 ? arguments[1] : "",
+                      look = arguments.size() > 2 ? arguments[2] : "";
     if (!arguments.empty() && std::string_view(arguments[0]) == "pictures")
         return drawScenes(second.empty() ? "." : second);
-    if (has("stills")) measureStills(second);
-    if (has("corpus")) measureCorpus(folder.path, second, arguments.size() > 2 ? arguments[2] : "");
-    if (has("films")) measureFilms(folder.path, second);
+    if (!arguments.empty() && std::string_view(arguments[0]) == "movie") return lookAtMovie(second, look);
+    if (has("stills")) measureStills(second, look);
+    if (has("corpus")) measureCorpus(folder.path, second, look);
+    if (has("films")) measureFilms(folder.path, second, look);
     if (has("session")) measureSession(folder.path, second.empty() ? 10 : std::stod(second));
 }
 

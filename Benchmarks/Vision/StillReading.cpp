@@ -2,9 +2,11 @@
 
 #include <Tests/Vision/Corpus/ScreenScenes.h>
 
-#include <TavaroCore/Privacy/SensitiveTextClassifier.h>
+#include <TavaroMedia/Frames/BrightnessReader.h>
+#include <TavaroMedia/Movie/MovieReader.h>
 #include <TavaroVision/Reading/Private/TextLines.h>
 #include <TavaroVision/Reading/Private/TextReader.h>
+#include <TavaroVision/Scanning/Private/ScreenClassifier.h>
 
 #include <algorithm>
 #include <chrono>
@@ -14,12 +16,6 @@
 namespace tavaro {
 
 namespace {
-
-struct Read {
-    PixelBox box;
-    std::string text;
-    std::vector<PixelBox> covers; // of words with a finding
-};
 
 struct Figures {
     int secrets = 0;
@@ -34,84 +30,143 @@ double secondsSince(std::chrono::steady_clock::time_point began) {
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - began).count();
 }
 
-std::vector<Read> classified(std::vector<ReadLine> const& lines) {
-    SensitiveTextClassifier classifier(sceneSettings());
-    LinesAbove above;
-    std::vector<Read> result;
-    for (auto const& line : lines) {
-        Read read{line.box, {}, {}};
-        std::vector<std::pair<std::size_t, std::size_t>> places;
-        for (auto const& word : line.words) {
-            if (!read.text.empty()) read.text += ' ';
-            places.emplace_back(read.text.size(), read.text.size() + word.text.size());
-            read.text += word.text;
+std::string textOf(ReadLine const& line) {
+    std::string text;
+    for (auto const& word : line.words) text += (text.empty() ? "" : " ") + word.text;
+    return text;
+}
+
+/// What a single picture says, and what of it is private.
+struct Still {
+    std::vector<ReadLine> lines;
+    std::vector<PixelBox> covers;
+
+    Still(GrayView const& view, TextReader& reader, Figures& figures) {
+        auto began = std::chrono::steady_clock::now();
+        auto const found = textLines(view, {0, 0, view.width, view.height});
+        figures.finding += secondsSince(began);
+        std::vector<LineImage> images;
+        for (auto const& line : found) images.push_back(lineImage(view, line));
+        began = std::chrono::steady_clock::now();
+        lines = reader.read(images, {});
+        figures.reading += secondsSince(began);
+        figures.lines += found.size();
+        ++figures.pictures;
+        classify(found);
+    }
+
+    bool isCovered(ShownLetter const& letter) const {
+        return std::ranges::any_of(covers, [&](PixelBox const& box) {
+            return areaOf(overlapOf(box, letter.box)) > 0.25 * areaOf(letter.box);
+        });
+    }
+
+    /// All that is read in the rows of those letters.
+    void printRows(std::vector<ShownLetter> const& letters) const {
+        for (auto const& line : lines) {
+            auto const isInRow = [&](ShownLetter const& letter) {
+                int const middle = letter.box.y + letter.box.height / 2;
+                return line.box.y <= middle && middle < line.box.bottom();
+            };
+            if (std::ranges::any_of(letters, isInRow)) std::printf(" [%s]", textOf(line).c_str());
         }
-        for (auto const& match : classifier.matches(read.text, above)) {
-            for (std::size_t i = 0; i < places.size(); ++i) {
-                if (places[i].first < match.end() && match.start < places[i].second)
-                    read.covers.push_back(line.words[i].box);
+        std::printf("\n");
+    }
+
+private:
+    void classify(std::vector<TextLine> const& found) {
+        std::vector<std::vector<ReadWord>> words;
+        for (auto const& line : lines) {
+            words.push_back(line.words);
+            for (auto& word : words.back()) {
+                word.box.x -= line.box.x;
+                word.box.y -= line.box.y;
             }
         }
-        result.push_back(std::move(read));
+        std::vector<PlacedLine> placed;
+        for (std::size_t i = 0; i < lines.size(); ++i)
+            placed.push_back({lines[i].box, found[i].letterHeight, words[i]});
+        for (auto const& text : ScreenClassifier(sceneSettings()).privateTexts(placed)) {
+            auto const& box = lines[text.line].box;
+            covers.push_back({box.x + text.left, box.y, text.right - text.left, box.height});
+        }
     }
-    return result;
+};
+
+using LettersOfSecrets = std::map<std::size_t, std::vector<ShownLetter>>;
+
+LettersOfSecrets lettersBySecret(DesktopPicture const& desktop) {
+    DrawnScreen screen(1, 1);
+    LettersOfSecrets bySecret;
+    for (auto const& letter : shownLetters(desktop, screen)) bySecret[letter.secret].push_back(letter);
+    return bySecret;
 }
 
 void look(DesktopPicture const& desktop, ScreenScene const& scene, TextReader& reader, Figures& figures) {
     DrawnScreen screen(desktop.width, desktop.height);
     draw(desktop, screen);
     auto const gray = screen.gray();
-    GrayView const view{gray.data(), desktop.width, desktop.height, desktop.width};
-    auto began = std::chrono::steady_clock::now();
-    auto const lines = textLines(view, {0, 0, desktop.width, desktop.height});
-    figures.finding += secondsSince(began);
-    std::vector<LineImage> images;
-    for (auto const& line : lines) images.push_back(lineImage(view, line));
-    began = std::chrono::steady_clock::now();
-    auto const reads = classified(reader.read(images, {}));
-    figures.reading += secondsSince(began);
-    figures.lines += lines.size();
-    ++figures.pictures;
-    std::map<std::size_t, std::vector<ShownLetter>> bySecret;
-    for (auto const& letter : shownLetters(desktop, screen)) bySecret[letter.secret].push_back(letter);
-    for (auto const& entry : bySecret) {
-        auto const secret = entry.first;
-        auto const& letters = entry.second;
-        auto const whole = std::ranges::count_if(letters, [](auto const& letter) { return letter.seen > 0.9; });
-        if (static_cast<std::size_t>(whole) != scene.secrets[secret].value.size()) continue;
+    Still const still({gray.data(), desktop.width, desktop.height, desktop.width}, reader, figures);
+    for (auto const& [secret, letters] : lettersBySecret(desktop)) {
         auto const& value = scene.secrets[secret].value;
-        auto const covered = std::ranges::count_if(letters, [&](ShownLetter const& letter) {
-            if (value[static_cast<std::size_t>(&letter - letters.data())] == ' ') return true; // between words
-            return std::ranges::any_of(reads, [&](Read const& read) {
-                return std::ranges::any_of(read.covers, [&](PixelBox const& box) {
-                    return areaOf(overlapOf(box, letter.box)) > 0.25 * areaOf(letter.box);
-                });
-            });
+        auto const whole = std::ranges::count_if(letters, [](auto const& letter) { return letter.seen > 0.9; });
+        if (static_cast<std::size_t>(whole) != value.size()) continue;
+        auto const covered = std::ranges::count_if(letters, [&, &letters = letters](ShownLetter const& letter) {
+            bool const isSpace = value[static_cast<std::size_t>(&letter - letters.data())] == ' '; // between words
+            return isSpace || still.isCovered(letter);
         });
         ++figures.secrets;
         bool const isFound = double(covered) >= 0.9 * double(whole);
         figures.found += isFound;
         if (isFound) continue;
-        auto const& place = letters.front().box;
         std::printf("scan.still.missed %s, %s: %s [%s] %ld of %ld letters at %d,%d read as:", scene.happens.c_str(),
-                    scene.look.c_str(), scene.secrets[secret].format.c_str(), scene.secrets[secret].value.c_str(),
-                    covered, whole, place.x, place.y);
-        for (auto const& read : reads) {
-            auto const isThere = [&](ShownLetter const& letter) {
-                return areaOf(overlapOf(read.box, letter.box)) > 0.25 * areaOf(letter.box);
-            };
-            if (std::ranges::any_of(letters, isThere)) std::printf(" [%s]", read.text.c_str());
-        }
-        std::printf("\n");
+                    scene.look.c_str(), scene.secrets[secret].format.c_str(), value.c_str(), covered, whole,
+                    letters.front().box.x, letters.front().box.y);
+        still.printRows(letters);
     }
 }
 
 }
 
-void measureStills(std::string_view only) {
+void printPage(std::filesystem::path const& movie, double seconds) {
+    TextReader reader;
+    Figures figures;
+    MovieReader frames(movie);
+    auto const frame = frames.frame(seconds);
+    BrightnessReader brightness;
+    auto const view = brightness.view(frame);
+    Still const still({view.pixels, view.width, view.height, view.stride}, reader, figures);
+    for (auto const& line : still.lines) {
+        bool const isPrivate = std::ranges::any_of(
+            still.covers, [&](PixelBox const& box) { return areaOf(overlapOf(box, line.box)) > 0; });
+        std::printf("scan.movie.line 1 %s %d,%d [%s]\n", isPrivate ? "private" : "open", line.box.x, line.box.y,
+                    textOf(line).c_str());
+    }
+}
+
+void printReadings(ScreenScene const& scene, std::filesystem::path const& movie, double seconds,
+                   std::vector<std::size_t> const& secrets) {
+    TextReader reader;
+    Figures figures;
+    MovieReader frames(movie);
+    auto const frame = frames.frame(seconds);
+    BrightnessReader brightness;
+    auto const view = brightness.view(frame);
+    Still const still({view.pixels, view.width, view.height, view.stride}, reader, figures);
+    auto const shown = lettersBySecret(scene.at(seconds));
+    for (auto const secret : secrets) {
+        auto const letters = shown.find(secret);
+        if (letters == shown.end()) continue;
+        std::printf("scan.read 1 [%s] at %.2f s as:", scene.secrets[secret].value.c_str(), seconds);
+        still.printRows(letters->second);
+    }
+}
+
+void measureStills(std::string_view only, std::string_view wanted) {
     TextReader reader;
     Figures figures;
     for (auto const& scene : scenesOf(only)) {
+        if (scene.look.find(wanted) == std::string::npos) continue;
         for (double const share : {0.45, 0.95}) look(scene.at(share * scene.seconds), scene, reader, figures);
     }
     std::printf("scan.stills.secrets %d secrets\nscan.stills.found %.4f of them\n", figures.secrets,

@@ -1,4 +1,4 @@
-#include <TavaroCore/Privacy/Private/CardNumbers.h>
+#include <TavaroCore/Privacy/CardNumbers.h>
 
 #include <TavaroCore/Privacy/Private/Characters.h>
 #include <TavaroCore/Privacy/Private/SensitiveText.h>

@@ -108,7 +108,7 @@ public:
     void read() {
         if (hasAny({" -", "--", "/p:", "_authToken"})) readFlags();
         if (has("pass:")) readAfter("pass:");
-        if (has("sudo -S") || has("chpasswd")) readEcho();
+        if (has("sudo -S") || has("chpasswd") || has("-stdin")) readEcho();
         readWords();
         if (has("WIFI:")) readWiFi();
         if (has("auth") || has("hash(") || has("login(") || has("sign(") || has("PASS")) readCalls();
@@ -196,7 +196,7 @@ private:
         if (isFlag) report(at + mark.size(), std::min(text_.find(' ', at), text_.size()));
     }
 
-    /// echo 'x' | sudo -S …, echo "user:x" | chpasswd
+    /// echo 'x' | sudo -S …, echo "user:x" | chpasswd, echo x | docker login --password-stdin
     void readEcho() {
         auto const arguments = argumentsOf(text_);
         for (std::size_t i = 0; i + 2 < arguments.size(); ++i) {
@@ -242,6 +242,8 @@ private:
             {"SECRET ", true},
             {"KEY_ID ", true},
             {"SET PASSWORD = ", true},
+            {"ConvertTo-SecureString ", true},
+            {"ConvertTo-SecureString -String ", true},
         };
         for (auto const& phrase : phrases) {
             if (!has(phrase.words)) continue;

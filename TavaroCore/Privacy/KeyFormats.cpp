@@ -1,4 +1,4 @@
-#include <TavaroCore/Privacy/Private/KeyFormats.h>
+#include <TavaroCore/Privacy/KeyFormats.h>
 
 #include <TavaroCore/Privacy/Private/Characters.h>
 

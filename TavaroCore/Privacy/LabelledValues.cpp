@@ -114,6 +114,7 @@ private:
         auto const place = at_ + blanks;
         auto const rest = text_.substr(place);
         if (rest.empty()) return false;
+        if (auto const end = endOfPrompt(rest); end > 0 && blanks == 1) return take(place + end, ValueForm::colon);
         if (rest.starts_with("value=\"") || rest.starts_with("value='")) return take(place + 6, ValueForm::quoted);
         if (rest.starts_with("::") || rest.starts_with("==") || rest.starts_with("=~")) return false;
         if (rest.starts_with(":=")) return take(place + 2, ValueForm::assigned);
@@ -127,6 +128,14 @@ private:
         if (rest[0] == '|' || blanks > 1 || at(at_) == '\t') return take(place + (rest[0] == '|'), ValueForm::cell);
         if (blanks != 1 || isQuotedLabel_) return false;
         return takeWord(place);
+    }
+
+    /// "Secret Access Key [None]: x", "Password (again): x": past what a program asks, and its colon; 0 if nothing.
+    static std::size_t endOfPrompt(std::string_view rest) {
+        constexpr std::size_t longest = 32;
+        if (rest[0] != '[' && rest[0] != '(') return 0;
+        auto const close = rest.substr(0, longest).find(rest[0] == '[' ? "]:" : "):");
+        return close == rest.npos ? 0 : close + 2;
     }
 
     /// `<password>`, `<entry key="password">`

@@ -163,6 +163,15 @@ bool isDomestic(Number const& number) {
            number.separators.find('.') == number.separators.rfind('.');
 }
 
+/// "0049 30 90182045": the two zeros that calls abroad begin with in most countries, and a country's code behind them.
+bool isCallAbroad(Number const& number) {
+    constexpr std::size_t fewest = 11, longestCode = 5; // with both zeros
+    auto const& digits = number.digits;
+    bool const begins = digits.starts_with("00") && digits.size() >= fewest && digits[2] != '0';
+    return begins && number.groups.size() > 2 && number.groups.size() <= 6 && number.groups[0] >= 3 &&
+           number.groups[0] <= longestCode && number.isEven() && hasCountryCode(std::string_view(digits).substr(2));
+}
+
 bool isPhoneNumber(Number const& number, std::string_view before, std::string_view after) {
     auto const count = number.digits.size();
     if (count < shortest || count > longest) return false;
@@ -181,7 +190,7 @@ bool isPhoneNumber(Number const& number, std::string_view before, std::string_vi
         auto const closed = number.groups[0] <= 4 && isTen && count >= 9;
         return closed && number.groups.size() <= 5 && number.separators.find('/') == std::string::npos;
     }
-    return isNorthAmerican(number) || isDomestic(number);
+    return isNorthAmerican(number) || isDomestic(number) || isCallAbroad(number);
 }
 
 }

@@ -59,11 +59,11 @@ sid, sleutel, wep key, wpa key, ключ
 )";
 
 constexpr std::string_view codes = R"(
-2fa code, access code, backup code, backup codes, bestätigungscode, bevestigingscode, code de confirmation,
-code de vérification, code pin, codice di verifica, confirmation code, cvc, cvv, código de verificación,
-código de verificação, einmalcode, einmalpasswort, kod weryfikacyjny, login code, mfa code, one time code,
-one time password, otp, passcode, pin, pin code, security code, sicherheitscode, sms code, tan, verification code,
-verifizierungscode, код подтверждения
+2fa code, access code, auth code, authentication code, backup code, backup codes, bestätigungscode, bevestigingscode, code de confirmation,
+code de vérification, code pin, codice di verifica, confirmation code, cvc, cvc2, cvv, cvv2, código de verificación,
+código de verificação, door code, einmalcode, enter code, gate code, einmalpasswort, kod weryfikacyjny, login code, mfa code, one time code,
+one time password, otp, pairing code, passcode, pin, pin code, security code, sicherheitscode, sms code, tan, unlock code, use code,
+verification code, verifizierungscode, your code, код подтверждения
 )";
 
 /// What East Asian labels contain; particles may follow.
@@ -190,32 +190,52 @@ bool endsWithStem(std::string_view word) {
                        [&](auto stem) { return word.size() > stem.size() && word.ends_with(stem); });
 }
 
+constexpr std::size_t mostWords = 4;
+
+std::string_view textOf(std::string_view text, Word const& word) {
+    return text.substr(word.start, word.end - word.start);
 }
 
-std::optional<SecretLabel> labelAt(std::string_view text, std::span<Word const> words, std::size_t first) {
-    constexpr std::size_t mostWords = 4, shortestCompound = 9;
+/// The longest label of `begun`, folded, and of what the words from `end` on add to it.
+std::optional<SecretLabel> labelFrom(std::string_view text, std::span<Word const> words, std::size_t first,
+                                     std::size_t end, std::string_view begun) {
     auto const& known = dictionary();
-    auto const wordText = [&](std::size_t i) { return text.substr(words[i].start, words[i].end - words[i].start); };
-    auto const word = wordText(first);
-    if (word.size() < 2 || word.size() > longestWord) return std::nullopt;
-    if (auto const kind = eastAsianLabel(word)) return SecretLabel{*kind, first, first + 1};
-    FoldedWord const folded(word);
-    bool const mayBegin = known.beginnings[beginningOf(folded.text())];
-    if (!mayBegin || !known.firstWords.contains(folded.text())) {
-        if (word.size() < shortestCompound || !endsWithStem(folded.text())) return std::nullopt;
-        return SecretLabel{LabelKind::password, first, first + 1};
-    }
-    std::string joined(folded.text());
+    if (!known.beginnings[beginningOf(begun)] || !known.firstWords.contains(begun)) return std::nullopt;
+    std::string joined(begun);
     std::optional<SecretLabel> longest;
-    for (auto end = first + 1;; ++end) {
+    for (;; ++end) {
         if (auto const label = known.labels.find(joined); label != known.labels.end()) {
             longest = {label->second, first, end};
         }
         if (end == words.size() || end - first == mostWords || !mayJoin(text, words[end - 1], words[end])) break;
         joined += ' ';
-        joined += FoldedWord(wordText(end)).text();
+        joined += FoldedWord(textOf(text, words[end])).text();
     }
     return longest;
+}
+
+/// "APIkey", "DBpassword", "APl key": of capitals before small letters the last seems to begin a word.
+std::optional<SecretLabel> gluedLabel(std::string_view text, std::span<Word const> words, std::size_t first) {
+    if (first + 1 >= words.size()) return std::nullopt;
+    auto const &word = words[first], &next = words[first + 1];
+    auto const glued = text.substr(word.start, next.end - word.start);
+    bool const isGlued = word.end == next.start && isUpper(text[word.start]) && isUpper(text[word.end - 1]);
+    if (!isGlued || glued.size() > longestWord) return std::nullopt;
+    return labelFrom(text, words, first, first + 2, FoldedWord(glued).text());
+}
+
+}
+
+std::optional<SecretLabel> labelAt(std::string_view text, std::span<Word const> words, std::size_t first) {
+    constexpr std::size_t shortestCompound = 9;
+    if (auto const label = gluedLabel(text, words, first)) return label;
+    auto const word = textOf(text, words[first]);
+    if (word.size() < 2 || word.size() > longestWord) return std::nullopt;
+    if (auto const kind = eastAsianLabel(word)) return SecretLabel{*kind, first, first + 1};
+    FoldedWord const folded(word);
+    if (dictionary().firstWords.contains(folded.text())) return labelFrom(text, words, first, first + 1, folded.text());
+    if (word.size() < shortestCompound || !endsWithStem(folded.text())) return std::nullopt;
+    return SecretLabel{LabelKind::password, first, first + 1};
 }
 
 bool namesProperty(std::string_view word) { return dictionary().properties.contains(FoldedWord(word).text()); }

@@ -83,6 +83,8 @@ bool isOfOtherKind(std::string_view text) {
     auto const option = text.substr(text.starts_with("--") ? 2 : 1);
     bool const isFlag = text[0] == '-' && !option.empty() && isLetter(option[0]);
     if (isFlag || (text[0] == ':' && text.size() > 1 && isAnyOf(text[1], "*:abcdefghijklmnopqrstuvwxyz"))) return true;
+    bool const isRule = SensitiveText::isCommonWord(text.substr(0, text.find('|'))); // "required|string|min:8"
+    if (isRule && text.find('|') != text.npos) return true;
     if (text.starts_with("$!") || text.starts_with("qr/") || text.ends_with('@') || text.find("\\n") != text.npos)
         return true;
     if (text.find("://") != text.npos || text.starts_with("//")) return true;
@@ -142,6 +144,23 @@ bool isCode(std::string_view text) {
     auto const others = static_cast<std::ptrdiff_t>(text.size()) - digits;
     return digits >= 4 && digits <= 8 && others <= 1 &&
            std::all_of(text.begin(), text.end(), [](char c) { return isDigit(c) || isAnyOf(c, " -"); });
+}
+
+/// "PIN 4821", "CVV 731", "pin: 4821": a name that nothing else has, also with few digits behind it.
+bool isNamedCode(LabelledValue const& value, std::string_view line, std::string_view text) {
+    constexpr std::size_t shortest = 3, shortestOfPIN = 4, longest = 8, longestName = 4;
+    if (text.size() < shortest || text.size() > longest || !std::all_of(text.begin(), text.end(), isDigit))
+        return false;
+    auto const before = line.substr(0, value.start);
+    auto const end = before.find_last_not_of(" :=");
+    if (end == before.npos) return false;
+    auto start = end + 1;
+    while (start > 0 && isAlphanumeric(before[start - 1])) --start;
+    auto const name = before.substr(start, end + 1 - start);
+    bool const isCheck =
+        name.size() <= longestName && name.size() > 2 && lower(name[0]) == 'c' && lower(name[1]) == 'v';
+    bool const isPIN = name == "PIN" || name == "TAN" || name == "OTP";
+    return (isCheck && text.size() <= shortestOfPIN) || (isPIN && text.size() >= shortestOfPIN);
 }
 
 /// "specified", "missing": what sentences say of a password.
@@ -267,6 +286,7 @@ bool isSecret(LabelledValue const& value, std::string_view line) {
         (value.label == LabelKind::weak || makeup.joints + makeup.blanks > 0 || !SensitiveText::looksRandom(text))) {
         return false;
     }
+    if (value.label == LabelKind::code && isNamedCode(value, line, text)) return true;
     if (value.label == LabelKind::code && isCode(text)) return value.form != ValueForm::adjacent || text.size() > 5;
     if (makeup.blanks > 0) return isSecretWords(value, text, makeup);
     switch (value.label) {

@@ -1,6 +1,6 @@
 #include <TavaroCore/Privacy/Private/SensitiveRules.h>
 
-#include <TavaroCore/Privacy/Private/CardNumbers.h>
+#include <TavaroCore/Privacy/CardNumbers.h>
 #include <TavaroCore/Privacy/Private/Characters.h>
 #include <TavaroCore/Privacy/Private/MailAddresses.h>
 #include <TavaroCore/Privacy/Private/PhoneNumbers.h>

@@ -1,19 +1,20 @@
 #include <TavaroCore/Privacy/SensitiveTextClassifier.h>
 
-#include <TavaroCore/Privacy/Private/CardNumbers.h>
+#include <TavaroCore/Privacy/CardNumbers.h>
+#include <TavaroCore/Privacy/KeyFormats.h>
 #include <TavaroCore/Privacy/Private/Characters.h>
 #include <TavaroCore/Privacy/Private/Claims.h>
 #include <TavaroCore/Privacy/Private/CommandSecrets.h>
 #include <TavaroCore/Privacy/Private/CustomTerms.h>
 #include <TavaroCore/Privacy/Private/Expression.h>
 #include <TavaroCore/Privacy/Private/KeyFiles.h>
-#include <TavaroCore/Privacy/Private/KeyFormats.h>
 #include <TavaroCore/Privacy/Private/LabelledValues.h>
 #include <TavaroCore/Privacy/Private/LineWindow.h>
 #include <TavaroCore/Privacy/Private/PhoneNumbers.h>
 #include <TavaroCore/Privacy/Private/PlainLine.h>
 #include <TavaroCore/Privacy/Private/SensitiveRules.h>
 #include <TavaroCore/Privacy/Private/SensitiveText.h>
+#include <TavaroCore/Privacy/Private/SpokenSecrets.h>
 #include <TavaroCore/Privacy/Private/WrappedValues.h>
 
 #include <array>
@@ -189,9 +190,11 @@ void SensitiveTextClassifier::State::searchSecrets(Piece const& piece) {
     forEachLabelledSecret(text, words, [&](LabelledValue const& value) {
         claimPlain(SensitiveKind::secret, piece, value.start, value.end);
     });
-    forEachCommandSecret(piece.plainFacts, [&](std::size_t start, std::size_t end) {
+    auto const found = [&](std::size_t start, std::size_t end) {
         claimPlain(SensitiveKind::secret, piece, start, end);
-    });
+    };
+    forEachCommandSecret(piece.plainFacts, found);
+    forEachSpokenSecret(text, found);
 }
 
 /// Reads the numbers before the expressions for them are tried.

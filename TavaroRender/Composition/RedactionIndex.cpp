@@ -21,6 +21,18 @@ std::vector<TimeRange> rangesOf(std::vector<RedactionTrack> const& tracks) {
     return ranges;
 }
 
+/// All of where it is in the time of the frame on show, whichever that is.
+NormalizedRect areaAround(RedactionTrack const& track, double seconds) {
+    auto area = track.areaAt(seconds);
+    auto const before = track.areaAt(seconds - frameAge);
+    if (before != area) area = area.unionWith(before);
+    auto const from = std::ranges::upper_bound(track.keyframes, seconds - frameAge, {}, &RedactionKeyframe::t);
+    for (auto keyframe = from; keyframe != track.keyframes.end() && keyframe->t < seconds; ++keyframe) {
+        area = area.unionWith(keyframe->rect);
+    }
+    return area;
+}
+
 }
 
 RedactionIndex::RedactionIndex(std::vector<RedactionTrack> const& tracks) : tracks_(tracks), index_(rangesOf(tracks)) {}
@@ -30,9 +42,7 @@ std::vector<ActiveRedaction> RedactionIndex::active(std::string_view asset, doub
     for (auto const item : index_.holding(seconds)) {
         auto const& track = tracks_[item];
         if (track.asset && *track.asset != asset) continue;
-        auto const now = track.areaAt(seconds);
-        auto const before = track.areaAt(seconds - frameAge);
-        active.push_back({now == before ? now : now.unionWith(before), track.style, &track});
+        active.push_back({areaAround(track, seconds), track.style, &track});
     }
     return active;
 }

@@ -24,7 +24,9 @@ constexpr double wordShape = 1.3;    // width over height of what is a word for 
 constexpr int smallLetters = 20;     // pixels; what is so low is no icon that lines stand beside
 constexpr double fewestEdges = 0.04; // of a line's box
 constexpr double mostEdges = 0.75;
-constexpr double flattest = 0.15; // how much of a line's box has the colour that the letters are on
+constexpr double mostEdgesOfShort = 0.92; // of two or three letters with upright strokes: "PIN"
+constexpr double shortLine = 4;           // heights
+constexpr double flattest = 0.15;         // how much of a line's box has the colour that the letters are on
 constexpr int flatness = 8;
 
 bool isWord(PixelBox const& box) { return box.width >= wordShape * box.height || box.height <= smallLetters; }
@@ -199,7 +201,8 @@ std::optional<TextLine> lineOf(GrayView const& picture, PixelBox const& within, 
     if (box.height < lowest || box.width < narrowest || box.width < wordShape * box.height) return std::nullopt;
     auto const band = bandOf(edges, box);
     double const share = double(band.edges) / (double(box.width) * box.height);
-    if (share < fewestEdges || share > mostEdges) return std::nullopt;
+    bool const isShort = box.width < shortLine * box.height;
+    if (share < fewestEdges || share > (isShort ? mostEdgesOfShort : mostEdges)) return std::nullopt;
     box.x += within.x;
     box.y += within.y;
     auto const ground = groundOf(picture, box);

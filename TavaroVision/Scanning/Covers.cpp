@@ -1,11 +1,15 @@
 #include <TavaroVision/Scanning/Private/Covers.h>
 
 #include <TavaroCore/Privacy/TextFindings.h>
+#include <TavaroVision/Scanning/Private/FindingJoins.h>
+#include <TavaroVision/Scanning/Private/FoundTexts.h>
 #include <TavaroVision/Scanning/Private/ScreenClassifier.h>
 #include <TavaroVision/Scanning/Private/ScreenLines.h>
+#include <TavaroVision/Tracking/Private/ScreenHistory.h>
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <utility>
 
 namespace tavaro {
@@ -13,7 +17,7 @@ namespace tavaro {
 namespace {
 
 constexpr double shortestTyping = 0.2; // seconds
-constexpr double meeting = 0.15;       // seconds between findings that are one
+constexpr double soon = 0.07;          // seconds after it moved
 
 /// Whether `outer` has all of `inner`, but for a little.
 bool holds(PixelBox const& outer, PixelBox const& inner, int slack) {
@@ -21,15 +25,44 @@ bool holds(PixelBox const& outer, PixelBox const& inner, int slack) {
     return inner.x >= outer.x - slack && inner.right() <= outer.right() + slack && 5 * shared >= 3 * inner.height;
 }
 
-/// The times of the cells of a part of a line, ascending from left to right where it was typed.
-std::vector<double> timesOf(TrackedText const& line, int left, int right) {
-    std::vector<double> times;
-    auto const& patch = *line.patch;
+/// Whether most of the letters between two columns of the text are on the present picture.
+bool showsMost(TrackedText const& text, int left, int right) {
+    int inked = 0, shown = 0;
+    auto const& patch = *text.patch;
     for (int cell = 0; cell < patch.cells(); ++cell) {
         int const middle = cell * patch.cellWidth() + patch.cellWidth() / 2;
-        if (patch.isInked(cell) && middle >= left && middle < right) {
-            times.push_back(line.since[static_cast<std::size_t>(cell)]);
-        }
+        if (!patch.isInked(cell) || middle < left || middle >= right) continue;
+        ++inked;
+        shown += text.presence.shown[static_cast<std::size_t>(cell)] ? 1 : 0;
+    }
+    return inked > 0 && 2 * shown >= inked;
+}
+
+/// What is known of a part of a line since the line was read: where both were at the same place, the part is as old as
+/// the line is there.
+void addPast(TrackedText& part, TrackedText const& line, int left) {
+    constexpr int slack = 2; // pixels
+    if (line.path.empty() || part.path.empty()) return;
+    auto const first = part.path.front();
+    auto const there = placeAt(line.path, first.time);
+    if (std::abs(there.x + left - first.x) > slack || std::abs(there.y - first.y) > slack) return;
+    std::vector<PathPoint> before;
+    for (auto const& point : line.path) {
+        if (point.time < first.time) before.push_back({point.time, point.x + left, point.y});
+    }
+    part.path.insert(part.path.begin(), before.begin(), before.end());
+    for (std::size_t cell = 0; cell < part.since.size(); ++cell) {
+        int const width = part.patch->cellWidth();
+        auto const lineCell = static_cast<std::size_t>((left + static_cast<int>(cell) * width + width / 2) / width);
+        if (lineCell < line.since.size()) part.since[cell] = std::min(part.since[cell], line.since[lineCell]);
+    }
+}
+
+/// The times of the letters, ascending from left to right where they were typed.
+std::vector<double> timesOf(TrackedText const& text) {
+    std::vector<double> times;
+    for (int cell = 0; cell < text.patch->cells(); ++cell) {
+        if (text.patch->isInked(cell)) times.push_back(text.since[static_cast<std::size_t>(cell)]);
     }
     return times;
 }
@@ -55,11 +88,8 @@ std::optional<TimeRange> typedIn(std::vector<double> const& times) {
 
 /// From that time on, and where it was then.
 std::vector<PathPoint> pathFrom(std::vector<PathPoint> const& path, double start) {
-    std::vector<PathPoint> rest;
-    for (auto const& point : path) {
-        if (point.time <= start) rest.clear();
-        rest.push_back({std::max(point.time, start), point.x, point.y});
-    }
+    std::vector<PathPoint> rest{placeAt(path, start)};
+    std::ranges::copy_if(path, std::back_inserter(rest), [&](PathPoint const& point) { return point.time > start; });
     return rest;
 }
 
@@ -75,11 +105,55 @@ NormalizedRect areaOf(PixelBox const& box, int width, int height) {
     return {left / width, top / height, (right - left) / width, (bottom - top) / height};
 }
 
-bool goOn(ScreenFinding const& a, ScreenFinding const& b) {
-    bool const isSame = a.kind == b.kind && a.textHash == b.textHash;
-    if (!isSame || b.start > a.end + meeting) return false;
-    auto const &last = a.keyframes.back().rect, &first = b.keyframes.front().rect;
-    return last.touches(first, 0.01);
+/// With points where a box of that size at it begins to leave the picture, or is all inside again: only between such
+/// points what is seen of it changes evenly.
+std::vector<PathPoint> withEdges(std::vector<PathPoint> const& path, PixelBox const& around, int width, int height) {
+    std::vector<PathPoint> all;
+    for (auto const& point : path) {
+        if (!all.empty()) {
+            auto const from = all.back();
+            std::vector<double> parts;
+            auto const cross = [&](int a, int b, int edge) {
+                if ((a < edge && edge < b) || (b < edge && edge < a)) parts.push_back(double(edge - a) / (b - a));
+            };
+            cross(from.x + around.x, point.x + around.x, 0);
+            cross(from.y + around.y, point.y + around.y, 0);
+            cross(from.x + around.right(), point.x + around.right(), width);
+            cross(from.y + around.bottom(), point.y + around.bottom(), height);
+            std::ranges::sort(parts);
+            for (auto const part : parts) {
+                auto const between = [&](int a, int b) { return a + static_cast<int>(std::lround(part * (b - a))); };
+                all.push_back(
+                    {from.time + part * (point.time - from.time), between(from.x, point.x), between(from.y, point.y)});
+            }
+        }
+        all.push_back(point);
+    }
+    return all;
+}
+
+/// Some letters alone may be those of another text.
+bool isSurely(TextPresence const& presence) {
+    constexpr int enough = 8;
+    return presence.isLegible() && (presence.isMost() || presence.longestRun >= enough);
+}
+
+/// The part of a patch that is shown, where that is less than most of it: a line may be of two windows that part.
+PixelBox shownPart(TextPatch const& patch, TextPresence const& presence) {
+    PixelBox const all{0, 0, patch.width(), patch.height()};
+    if (presence.isMost()) return all;
+    int begin = 0, end = 0, from = 0, run = 0, longest = 0;
+    for (int cell = 0; cell < patch.cells(); ++cell) {
+        if (!patch.isInked(cell)) continue;
+        run = presence.shown[static_cast<std::size_t>(cell)] ? run + 1 : 0;
+        if (run == 1) from = cell;
+        if (run <= longest) continue;
+        longest = run;
+        begin = from;
+        end = cell + 1;
+    }
+    int const left = begin * patch.cellWidth(), right = std::min(patch.width(), end * patch.cellWidth());
+    return {left, 0, right - left, patch.height()};
 }
 
 }
@@ -94,51 +168,45 @@ void Covers::finish(Cover& cover, double end) {
     auto& finding = cover.finding;
     finding.end = std::max(end, finding.start);
     finding.keyframes.clear();
-    for (auto const& point : pathFrom(cover.place.path, finding.start)) {
+    auto path = pathFrom(cover.place.path, finding.start);
+    extendBack(path);
+    finding.start = path.front().time;
+    if (finding.end - path.back().time < soon) extendOn(path);
+    for (auto const& point : withEdges(path, padded(cover.place, {}), width_, height_)) {
         finding.keyframes.push_back({point.time, areaOf(padded(cover.place, point), width_, height_)});
     }
-    if (!finding.keyframes.empty()) done_.push_back(std::move(finding));
+    done_.push_back(std::move(finding));
 }
 
 void Covers::endLost(double now) {
     auto const isLost = [](Cover const& cover) { return !cover.place.presence.isLegible(); };
     for (auto& cover : alive_) {
-        if (isLost(cover)) finish(cover, now);
+        if (!isLost(cover)) continue;
+        auto const& finding = cover.finding;
+        found_.keep({cover.place.patch, finding.kind, finding.label, finding.masked, finding.textHash}, cover.place.x);
+        finish(cover, now);
     }
     std::erase_if(alive_, isLost);
 }
 
 bool Covers::isCovered(PixelBox const& box, int letterHeight) const {
     return std::ranges::any_of(alive_, [&](Cover const& cover) {
-        return cover.place.presence.isMost() && holds(cover.place.box(), box, letterHeight / 2);
+        auto const& place = cover.place;
+        return holds(place.box(), box, letterHeight / 2) && showsMost(place, box.x - place.x, box.right() - place.x);
     });
 }
 
-/// What was found of it before it was all typed is a part of it.
-void Covers::absorb(Cover& cover) {
-    auto const isPart = [&](Cover const& old) {
-        return old.place.presence.isMost() &&
-               holds(cover.place.box(), old.place.box(), cover.place.patch->letterHeight() / 2);
-    };
+/// What was found of it before it was all typed is covered by itself all the same, since a line may be of two windows
+/// that part again.
+void Covers::count(Cover const& cover) {
     for (auto const& old : alive_) {
-        if (!isPart(old) || old.finding.start >= cover.finding.start) continue;
-        int const dx = cover.place.x - old.place.x, dy = cover.place.y - old.place.y;
-        auto const first = cover.place.path.front().time;
-        std::vector<PathPoint> before;
-        for (auto const& point : old.place.path) {
-            if (point.time < first) before.push_back({point.time, point.x + dx, point.y + dy});
-        }
-        cover.place.path.insert(cover.place.path.begin(), before.begin(), before.end());
-        cover.finding.start = old.finding.start;
-        if (old.finding.typed) {
-            auto const& typed = *old.finding.typed;
-            cover.finding.typed = cover.finding.typed ? cover.finding.typed->unionWith(typed) : typed;
-        }
+        bool const isPart = holds(cover.place.box(), old.place.box(), cover.place.patch->letterHeight() / 2);
+        if (isPart) counted_.erase(old.finding.textHash);
     }
-    std::erase_if(alive_, isPart);
+    counted_.insert(cover.finding.textHash);
 }
 
-void Covers::add(PrivateText const& found, ScreenLine const& line, GrayView const& picture) {
+void Covers::add(PrivateText const& found, ScreenLine const& line, BackTracker& tracker) {
     auto const& whole = line.place;
     int const left = std::clamp(found.left, 0, whole.patch->width() - 1);
     int const right = std::clamp(found.right, left + 1, whole.patch->width());
@@ -146,48 +214,56 @@ void Covers::add(PrivateText const& found, ScreenLine const& line, GrayView cons
     PixelBox const box{whole.x + left, whole.y, part.width, part.height};
     if (isCovered(box, whole.patch->letterHeight())) return;
     auto patch = std::make_shared<TextPatch const>(whole.patch->view(), part, whole.patch->letterHeight());
-    auto presence = patch->presence(picture, box.x, box.y);
-    if (!presence.isLegible()) return;
+    Cover cover{tracker.trackedFrom(std::move(patch), box.x, box.y), {}};
+    if (!cover.place.presence.isLegible()) return;
 
-    auto const times = timesOf(whole, left, right);
-    Cover cover{{.patch = std::move(patch), .x = box.x, .y = box.y, .presence = std::move(presence)}, {}};
-    for (auto const& point : whole.path) cover.place.path.push_back({point.time, point.x + left, point.y});
-    cover.finding.kind = found.kind;
-    cover.finding.label = found.label;
-    cover.finding.masked = maskedValue(found.value);
-    cover.finding.textHash = findingHash(found.value, key_);
-    cover.finding.start = beginningOf(times, whole.path.empty() ? 0 : whole.path.back().time);
-    cover.finding.typed = typedIn(times);
-    absorb(cover);
+    addPast(cover.place, whole, left);
+    FoundText const text{cover.place.patch, found.kind, found.label, maskedValue(found.value),
+                         findingHash(found.value, key_)};
+    found_.keep(text, box.x);
+    begin(std::move(cover), text);
+}
+
+void Covers::begin(Cover&& cover, FoundText const& text) {
+    auto const times = timesOf(cover.place);
+    auto& finding = cover.finding;
+    finding.kind = text.kind;
+    finding.label = text.label;
+    finding.masked = text.masked;
+    finding.textHash = text.textHash;
+    finding.start = beginningOf(times, cover.place.path.front().time);
+    finding.typed = typedIn(times);
+    cover.place.isPrivate = true;
+    count(cover);
     alive_.push_back(std::move(cover));
+}
+
+bool Covers::isBelowAny(PixelBox const& box, int slack) const {
+    return std::ranges::any_of(alive_, [&](Cover const& cover) { return holds(cover.place.box(), box, slack); });
+}
+
+void Covers::addKnown(ScreenHistory const& history, ChangedTiles const& tiles) {
+    auto const picture = history.last().picture->view();
+    std::optional<BackTracker> tracker;
+    found_.find(picture, tiles, [&](FoundText const& text, int x, int y) {
+        auto const& patch = *text.patch;
+        int const height = patch.letterHeight();
+        if (isBelowAny({x, y, patch.width(), patch.height()}, height / 2)) return;
+        auto const presence = patch.presence(picture, x, y);
+        if (!isSurely(presence)) return;
+        auto const part = shownPart(patch, presence);
+        if (isBelowAny({x + part.x, y, part.width, part.height}, height)) return;
+        auto const shown =
+            part.width == patch.width() ? text.patch : std::make_shared<TextPatch const>(patch.view(), part, height);
+        if (!tracker) tracker.emplace(history);
+        begin({tracker->trackedFrom(shown, x + part.x, y), {}}, text);
+    });
 }
 
 std::vector<ScreenFinding> Covers::take(double end) {
     for (auto& cover : alive_) finish(cover, end);
     alive_.clear();
-    return joinedFindings(std::exchange(done_, {}));
-}
-
-std::vector<ScreenFinding> joinedFindings(std::vector<ScreenFinding> findings) {
-    std::ranges::sort(findings, {}, &ScreenFinding::start);
-    std::vector<ScreenFinding> joined;
-    for (auto& finding : findings) {
-        auto const before =
-            std::ranges::find_if(joined, [&](ScreenFinding const& other) { return goOn(other, finding); });
-        if (before == joined.end()) {
-            joined.push_back(std::move(finding));
-            continue;
-        }
-        auto const last = before->keyframes.back();
-        auto const first = finding.keyframes.front().t;
-        if (last.t < before->end && before->end < first) before->keyframes.push_back({before->end, last.rect});
-        for (auto const& keyframe : finding.keyframes) {
-            if (keyframe.t > before->keyframes.back().t) before->keyframes.push_back(keyframe);
-        }
-        before->end = std::max(before->end, finding.end);
-        if (!before->typed) before->typed = finding.typed;
-    }
-    return joined;
+    return joinedFindings(withoutParts(std::exchange(done_, {})));
 }
 
 }

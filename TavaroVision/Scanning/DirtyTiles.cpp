@@ -8,8 +8,9 @@ namespace tavaro {
 
 namespace {
 
-constexpr double quiet = 0.045, still = 0.03; // seconds without a change
+constexpr double quiet = 0.045; // seconds without a change: two frames of a slow recording
 constexpr double interval = 0.25, longestInterval = 1;
+constexpr std::uint8_t mostFruitless = 4;
 constexpr int bandMargin = 48; // pixels: a line is seen whole
 
 }
@@ -38,6 +39,10 @@ template<class Look> void DirtyTiles::eachIn(PixelBox const& box, Look const& lo
             look(static_cast<std::size_t>(row * changes_.columns() + column), width * height);
         }
     }
+}
+
+void DirtyTiles::addFruitless(Tile& tile) {
+    if (tile.fruitless < mostFruitless) ++tile.fruitless;
 }
 
 void DirtyTiles::add(std::vector<PixelBox> const& wholeTexts, double now) {
@@ -69,21 +74,32 @@ bool DirtyTiles::isFlash(double next) const {
     for (int row = 0; row < changes_.rows(); ++row) {
         for (int column = 0; column < changes_.columns(); ++column) {
             auto const& one = tile(column, row);
-            going += one.isDirty && changes_.isChanged(column, row) && next - one.changedAt >= still ? 1 : 0;
+            going += one.isDirty && changes_.isChanged(column, row) && next - one.changedAt >= quiet ? 1 : 0;
         }
     }
     return 25 * going >= tiles_.size();
 }
 
+/// Whether so much changes with the next picture as when something plays, scrolls or is dragged.
+bool DirtyTiles::isBusy() const {
+    std::size_t changed = 0;
+    for (int row = 0; row < changes_.rows(); ++row) {
+        for (int column = 0; column < changes_.columns(); ++column) changed += changes_.isChanged(column, row) ? 1 : 0;
+    }
+    return 200 * changed >= tiles_.size();
+}
+
 bool DirtyTiles::markDue(double next) {
-    bool const takesAll = isFlash(next);
+    bool const takesAll = isFlash(next), isBusy = this->isBusy();
+    if (!takesAll && next - readAt_ < interval && isBusy) return false;
     bool isAny = false;
     for (auto& one : tiles_) {
         if (!one.isDirty) continue;
-        auto const patience = std::min(longestInterval, interval * (1 << std::min<int>(one.fruitless, 4)));
+        auto const patience = std::min(longestInterval, interval * (1 << one.fruitless));
         bool const isQuiet = next - one.changedAt >= quiet && next - one.readAt >= interval;
-        bool const isOld = next - one.dirtySince >= patience && next - one.readAt >= patience;
-        one.isDue = isQuiet || isOld || (takesAll && next - one.changedAt >= still);
+        // What scrolls is in no place for long.
+        bool const isOld = (isBusy || next - one.dirtySince >= patience) && next - one.readAt >= patience;
+        one.isDue = isQuiet || isOld || (takesAll && next - one.changedAt >= quiet);
         one.isRestless = one.isDue && !isQuiet;
         isAny |= one.isDue;
     }
@@ -127,10 +143,17 @@ void DirtyTiles::clearDue(std::vector<PixelBox> const& withWords, double now) {
     for (std::size_t i = 0; i < tiles_.size(); ++i) {
         auto& one = tiles_[i];
         if (!one.isDue) continue;
-        bool const isFruitless = one.isRestless && covered_[i] == 0;
-        one.fruitless = isFruitless ? static_cast<std::uint8_t>(std::min(one.fruitless + 1, 4)) : std::uint8_t{0};
+        if (!one.isRestless) one.fruitless = 0;
+        if (one.isRestless && covered_[i] == 0) addFruitless(one);
         one.isDue = one.isDirty = false;
         one.readAt = now;
+    }
+    readAt_ = now;
+}
+
+void DirtyTiles::addFleeting(std::vector<PixelBox> const& boxes) {
+    for (auto const& box : boxes) {
+        eachIn(box, [&](std::size_t index, int) { addFruitless(tiles_[index]); });
     }
 }
 

@@ -5,8 +5,10 @@
 #include <TavaroVision/Errors/VisionError.h>
 #include <TavaroVision/Reading/Private/LineImage.h>
 #include <TavaroVision/Reading/Private/TextReader.h>
+#include <TavaroVision/Scanning/Private/FindingJoins.h>
+#include <TavaroVision/Scanning/Private/FoundTexts.h>
 #include <TavaroVision/Scanning/Private/ScreenClassifier.h>
-#include <TavaroVision/Scanning/Private/ScreenScanner.h>
+#include <TavaroVision/Scanning/Private/StretchScanner.h>
 
 #include <algorithm>
 #include <chrono>
@@ -60,6 +62,11 @@ double lengthOf(std::vector<TimeRange> const& ranges) {
     return length;
 }
 
+std::string leftOutSentence(std::size_t lines) {
+    return lines == 1 ? "A line of text could not be read, and may be private."
+                      : std::to_string(lines) + " lines of text could not be read, and may be private.";
+}
+
 class MovieScan {
 public:
     MovieScan(ScanRequest const& request, std::function<void(ScanProgress const&)> const& told,
@@ -79,13 +86,14 @@ public:
         outcome_.isStopped = stop_.stop_requested() || outcome_.failure;
         outcome_.findings = joinedFindings(std::move(outcome_.findings));
         outcome_.warnings = classifier_.warnings();
+        if (auto const lines = text_.leftOut(); lines > 0) outcome_.warnings.push_back(leftOutSentence(lines));
         progress_.tellEnd(seconds_, outcome_.findings.size());
         return std::move(outcome_);
     }
 
 private:
     void scan(TimeRange const& range) {
-        ScreenScanner scanner({classifier_, reader_, memory_, request_.key}, movie_.info().width, movie_.info().height);
+        StretchScanner scanner({classifier_, reader_, memory_, found_, request_.key});
         double reached = range.start;
         std::vector<ScreenFinding> findings;
         try {
@@ -109,7 +117,7 @@ private:
     }
 
     /// False where it is stopped; `reached` is what was read to its end.
-    bool showAll(ScreenScanner& scanner, TimeRange const& range, double& reached) {
+    bool showAll(StretchScanner& scanner, TimeRange const& range, double& reached) {
         std::uint64_t last = 0;
         bool isFirst = true;
         for (std::int64_t tick = 0;; ++tick) {
@@ -127,11 +135,9 @@ private:
         }
     }
 
-    void show(ScreenScanner& scanner, VideoFrame const& frame, double time) {
+    void show(StretchScanner& scanner, VideoFrame const& frame, double time) {
         auto const view = brightness_.view(frame);
-        GrayView const gray{view.pixels, view.width, view.height, view.stride};
-        bool const hasSize = view.width == movie_.info().width && view.height == movie_.info().height;
-        if (hasSize) scanner.show(gray, time);
+        scanner.show({view.pixels, view.width, view.height, view.stride}, time);
     }
 
     std::vector<ReadLine> read(GrayView const& picture, std::span<TextLine const> lines) {
@@ -150,6 +156,7 @@ private:
     Progress progress_;
     ScreenClassifier classifier_;
     ReadMemory memory_;
+    FoundTexts found_;
     LineReading reader_ = [this](GrayView const& picture, std::span<TextLine const> lines) {
         return read(picture, lines);
     };

@@ -45,7 +45,7 @@ struct ScanProgress {
 struct ScanOutcome {
     std::vector<ScreenFinding> findings;
     std::vector<TimeRange> ranges;     // what was looked at; less than was asked for where it was stopped
-    std::vector<std::string> warnings; // of patterns that cannot be used
+    std::vector<std::string> warnings; // of patterns that cannot be used, and lines that cannot be read
     bool isStopped = false;
     std::optional<std::string> failure = {}; // why it stopped by itself in the middle, as a sentence
 };

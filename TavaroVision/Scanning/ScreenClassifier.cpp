@@ -1,169 +1,34 @@
 #include <TavaroVision/Scanning/Private/ScreenClassifier.h>
 
+#include <TavaroVision/Scanning/Private/MisreadKeys.h>
+
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <numeric>
 #include <optional>
+#include <set>
 #include <string_view>
 
 namespace tavaro {
 
 namespace {
 
-constexpr double tightGap = 0.55; // of a letter's height: no room for a space
 constexpr std::size_t longestLabel = 60;
-constexpr std::string_view joints = "-._:/@="; // inside of values, often read with a space beside them
 
-/// What keys of services begin with. One letter read in the other case, or as one that looks like it, would hide them.
-constexpr std::array<std::string_view, 24> prefixes{
-    "sk_live_",    "sk_test_", "rk_live_", "rk_test_", "pk_live_", "pk_test_", "sk-proj-",    "sk-ant-",
-    "sk-svcacct-", "ghp_",     "gho_",     "ghs_",     "ghu_",     "ghr_",     "github_pat_", "glpat-",
-    "xoxb-",       "xoxp-",    "npm_",     "pypi-",    "whsec_",   "shpat_",   "dop_v1_",     "AKIA"};
-
-bool isTokenCharacter(char c) {
-    return (c >= '0' && c <= '9') || ((c | 32) >= 'a' && (c | 32) <= 'z') ||
-           std::string_view("+/=_-.@~:").find(c) != std::string_view::npos;
-}
-
-char folded(char c) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c | 32);
-    if (c == '1' || c == 'i' || c == '|') return 'l';
-    return c == '0' ? 'o' : c;
-}
-
-bool isAlphanumeric(char c) { return (c >= '0' && c <= '9') || ((c | 32) >= 'a' && (c | 32) <= 'z'); }
-
-/// Prefixes as services write them, where what was read differs by case and look-alikes only.
-void mendPrefixes(std::string& text) {
-    for (auto const prefix : prefixes) {
-        auto const isPrefix = [](char a, char b) { return folded(a) == folded(b); };
-        for (auto at = text.begin(); at != text.end();) {
-            at = std::search(at, text.end(), prefix.begin(), prefix.end(), isPrefix);
-            if (at == text.end()) break;
-            if (at == text.begin() || !isAlphanumeric(at[-1])) std::ranges::copy(prefix, at);
-            ++at;
-        }
-    }
-}
+bool isDigit(char c) { return c >= '0' && c <= '9'; }
+bool isUpper(char c) { return c >= 'A' && c <= 'Z'; }
+bool isLower(char c) { return c >= 'a' && c <= 'z'; }
+bool isLetter(char c) { return isUpper(c) || isLower(c); }
+bool isAlphanumeric(char c) { return isDigit(c) || isLetter(c); }
 
 /// Strokes of a field's edge are none.
 bool isValue(std::string_view text) {
     return std::ranges::count_if(text, isAlphanumeric) >= 2 || text.starts_with("--");
 }
 
-bool isContinuation(char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; }
-
-/// About how wide a letter is beside others of a proportional font.
-double breadthOf(char c) {
-    if (std::string_view("iljI.,:;'|!()[]").find(c) != std::string_view::npos) return 0.5;
-    if (std::string_view("ftr1-\"/").find(c) != std::string_view::npos) return 0.7;
-    if (std::string_view("mwMW@%").find(c) != std::string_view::npos) return 1.5;
-    return c >= 'A' && c <= 'Z' ? 1.2 : 1;
+bool isNumberOrAddress(SensitiveKind kind) {
+    return kind == SensitiveKind::email || kind == SensitiveKind::phone || kind == SensitiveKind::card;
 }
-
-/// The words of a line as one text, and where its bytes are.
-class LineText {
-public:
-    enum class Spaces { all, whereThereIsRoom, notAtJoints };
-
-    LineText(PlacedLine const& line, Spaces spaces) : line_(line) {
-        for (std::size_t i = 0; i < line.words.size(); ++i) {
-            if (hasSpace(i, spaces)) text_ += ' ';
-            starts_.push_back(text_.size());
-            text_ += line.words[i].text;
-        }
-        if (spaces != Spaces::all) blankBorders();
-        mendPrefixes(text_);
-    }
-
-    std::string const& text() const { return text_; }
-
-    /// A value whose end was misread goes on to the end of its word.
-    std::size_t wordEnd(std::size_t end) const {
-        if (end >= text_.size() || end == 0 || text_[end] == ' ') return end;
-        constexpr std::string_view closing = "\"'`,;&<>()[]{}@/\\";
-        if (closing.find(text_[end]) != closing.npos) return end;
-        return std::min(text_.find(' ', end), text_.size());
-    }
-
-    int leftOf(std::size_t start) const {
-        auto const word = wordAt(start);
-        return edge(word, start - starts_[word], Side::left);
-    }
-    int rightOf(std::size_t end) const {
-        auto const word = wordAt(end - 1);
-        return edge(word, end - starts_[word], Side::right);
-    }
-
-private:
-    enum class Side { left, right };
-
-    bool hasSpace(std::size_t word, Spaces spaces) const {
-        if (word == 0) return false;
-        if (spaces == Spaces::all) return true;
-        if (isTight(word)) return false;
-        auto const &before = line_.words[word - 1].text, &after = line_.words[word].text;
-        bool const isJoint = joints.find(before.back()) != joints.npos || joints.find(after.front()) != joints.npos;
-        return spaces == Spaces::whereThereIsRoom || !isJoint;
-    }
-
-    /// The edges of fields are read as strokes, before all words or as words of their own: then a value follows.
-    void blankBorders() {
-        for (std::size_t i = 0; i < starts_.size(); ++i) {
-            auto const& word = line_.words[i].text;
-            if (isBorder(word)) {
-                text_.replace(starts_[i], word.size(), word.size(), ' ');
-                if (i > 0) text_[starts_[i]] = ':';
-            } else if (i == 0) {
-                for (std::string_view const border : {"|", "(", "[", "‘", "'"}) {
-                    if (word.starts_with(border)) text_.replace(0, border.size(), border.size(), ' ');
-                }
-            }
-        }
-    }
-
-    static bool isBorder(std::string_view word) {
-        constexpr std::string_view strokes = "|([{'\"=_-~.";
-        return std::ranges::all_of(word, [&](char c) { return c < 0 || strokes.find(c) != strokes.npos; });
-    }
-
-    bool isTight(std::size_t word) const {
-        auto const &before = line_.words[word - 1], &after = line_.words[word];
-        return after.box.x - before.box.right() < tightGap * line_.letterHeight &&
-               isTokenCharacter(before.text.back()) && isTokenCharacter(after.text.front());
-    }
-
-    std::size_t wordAt(std::size_t byte) const {
-        auto const after = std::ranges::upper_bound(starts_, byte);
-        return static_cast<std::size_t>(after - starts_.begin()) - 1;
-    }
-
-    /// Where a letter begins or ends: as if all were of one width, or as they are in other fonts, whichever is further
-    /// out.
-    int edge(std::size_t index, std::size_t bytes, Side side) const {
-        auto const& word = line_.words[index];
-        bytes = std::min(bytes, word.text.size());
-        if (bytes == 0) return word.box.x;
-        if (bytes == word.text.size()) return word.box.right();
-        double even = 0, evenAll = 0, uneven = 0, unevenAll = 0;
-        for (std::size_t i = 0; i < word.text.size(); ++i) {
-            if (isContinuation(word.text[i])) continue;
-            auto const breadth = breadthOf(word.text[i]);
-            even += i < bytes ? 1 : 0;
-            uneven += i < bytes ? breadth : 0;
-            evenAll += 1;
-            unevenAll += breadth;
-        }
-        auto const a = even / evenAll, b = uneven / unevenAll;
-        auto const part = side == Side::left ? std::min(a, b) : std::max(a, b);
-        return word.box.x + static_cast<int>(std::lround(part * word.box.width));
-    }
-
-    PlacedLine const& line_;
-    std::string text_;
-    std::vector<std::size_t> starts_;
-};
 
 bool isOnRow(PixelBox const& a, PixelBox const& b) {
     int const shared = std::min(a.bottom(), b.bottom()) - std::max(a.y, b.y);
@@ -178,34 +43,101 @@ bool goesOn(PlacedLine const& above, PlacedLine const& below) {
     return isAlike && isBelow && std::min(a.right(), b.right()) > std::max(a.x, b.x) && !isOnRow(a, b);
 }
 
+bool isMixed(std::string_view text) {
+    bool const hasSmall = std::ranges::any_of(text, isLower);
+    return std::ranges::any_of(text, isDigit) || (hasSmall && std::any_of(text.begin() + 1, text.end(), isUpper));
+}
+
+/// A line of base64 but for a few letters.
+bool isNearlyBase64(std::string_view text) {
+    constexpr std::size_t shortest = 16;
+    auto const isOther = [](char c) { return !isAlphanumeric(c) && c != '+' && c != '/' && c != '='; };
+    auto const others = static_cast<std::size_t>(std::ranges::count_if(text, isOther));
+    return text.size() >= shortest && others * 12 <= text.size() && isMixed(text);
+}
+
+/// Where lines of a column end at most, and whether that is where its window does: then several of them do.
+struct RightEdge {
+    int furthest = 0;
+    bool isWindows = false;
+
+    RightEdge(std::span<PlacedLine const> lines, std::vector<std::size_t> const& column) {
+        for (auto const line : column) furthest = std::max(furthest, lines[line].box.right());
+        isWindows = std::ranges::count_if(column, [&](auto line) { return isReachedBy(lines[line]); }) > 1;
+    }
+
+    bool isReachedBy(PlacedLine const& line) const {
+        auto const slack = isWindows ? 8 : 12; // tenths of a letter's height
+        return 10 * (furthest - line.box.right()) <= slack * line.letterHeight;
+    }
+};
+
+/// "…: lena.berg@e", "…=ghp_a8Kq2": no address and no key ends so.
+bool endsOpen(PlacedLine const& line) {
+    auto const& word = line.words.back().text;
+    if (endsInsideKey(word)) return true;
+    auto const sign = word.find('@');
+    if (sign == word.npos || sign < 2) return false;
+    auto const dot = word.find('.', sign);
+    return dot == word.npos || word.size() - dot <= 2;
+}
+
+/// Whether a line may begin with the rest of a word that began in the line above: no word of a language.
+bool mayBeginWithRest(PlacedLine const& line) {
+    auto const& word = line.words.front().text;
+    auto const isOfToken = [](char c) {
+        return isAlphanumeric(c) || std::string_view("+/_-.@").find(c) != std::string_view::npos;
+    };
+    auto const end = word.find_last_not_of("=>)\"',;:") + 1;
+    if (end == 0 || !std::ranges::all_of(word.substr(0, end), isOfToken)) return false;
+    return word.find_first_of("@.") < word.size() - 1 || isMixed(word);
+}
+
+bool wraps(PlacedLine const& above, PlacedLine const& below, RightEdge const& edge) {
+    auto const &a = above.box, &b = below.box;
+    auto const height = std::max(above.letterHeight, below.letterHeight);
+    bool const isNear = b.x <= a.x + height && b.y - a.bottom() <= 2 * height;
+    return isNear && mayBeginWithRest(below) && (edge.isReachedBy(above) || endsOpen(above));
+}
+
 /// The findings of a screen while they are gathered.
 class Gathering {
 public:
-    Gathering(SensitiveTextClassifier& classifier, std::span<PlacedLine const> lines)
+    Gathering(SensitiveTextClassifier& classifier, std::set<SensitiveKind> const& kinds,
+              std::span<PlacedLine const> lines)
         : classifier_(classifier)
+        , kinds_(kinds)
         , lines_(lines) {}
 
     void readColumn(std::vector<std::size_t> const& column) {
-        using enum LineText::Spaces;
-        for (auto const spaces : {all, whereThereIsRoom, notAtJoints}) {
+        for (auto const& style : styles) {
             LinesAbove above;
             for (auto const line : column) {
-                LineText const text(lines_[line], spaces);
-                keep(line, text, classifier_.matches(text.text(), above));
+                ScreenText const text(lines_, std::span(&line, 1), style);
+                auto const before = above;
+                keep(text, classifier_.matches(text.text(), above), Part::any);
+                if (style.mending != Mending::everything) continue;
+                keepKeys(text, Part::any);
+                keepKeyFile(text, before, above);
             }
         }
+        RightEdge const edge(lines_, column);
+        for (std::size_t i = 0; i + 1 < column.size(); ++i) i = readWrapped(column, i, edge);
     }
 
     void readBeside(std::size_t label, std::size_t value) {
-        LineText const left(lines_[label], LineText::Spaces::whereThereIsRoom);
-        LineText const right(lines_[value], LineText::Spaces::whereThereIsRoom);
-        if (left.text().size() > longestLabel) return;
-        LinesAbove above;
-        classifier_.matches(left.text(), above);
-        using enum LinesAbove::Expected;
-        auto const expected = above.expected;
-        if (expected != password && expected != phrase && expected != secret && expected != code) return;
-        keep(value, right, classifier_.matches(right.text(), above));
+        for (auto const spaces : {Spaces::all, Spaces::whereThereIsRoom}) {
+            TextStyle const style{.spaces = spaces};
+            ScreenText const left(lines_, std::span(&label, 1), style), right(lines_, std::span(&value, 1), style);
+            if (left.text().size() > longestLabel) return;
+            LinesAbove above;
+            classifier_.matches(left.text(), above);
+            using enum LinesAbove::Expected;
+            auto const expected = above.expected;
+            if (expected == password || expected == phrase || expected == secret || expected == code)
+                keep(right, classifier_.matches(right.text(), above), Part::any);
+            readNumberBeside(label, value, style);
+        }
     }
 
     std::vector<PrivateText> take() {
@@ -214,16 +146,103 @@ public:
     }
 
 private:
-    void keep(std::size_t line, LineText const& text, std::vector<SensitiveMatch> const& matches) {
+    using Spaces = TextStyle::Spaces;
+    using Mending = TextStyle::Mending;
+    using Wraps = TextStyle::Wraps;
+    enum class Part { any, overWraps, overEdge, numbersOfLast };
+
+    static constexpr std::array<TextStyle, 4> styles{{{Spaces::all, Mending::prefixes},
+                                                      {Spaces::all, Mending::everything},
+                                                      {Spaces::whereThereIsRoom, Mending::everything},
+                                                      {Spaces::notAtJoints, Mending::everything}}};
+
+    /// From a line that may go on below it to the last that it may go on to, which is returned.
+    std::size_t readWrapped(std::vector<std::size_t> const& column, std::size_t first, RightEdge const& edge) {
+        constexpr std::size_t mostLines = 6;
+        auto last = first;
+        while (last + 1 < column.size() && last - first + 1 < mostLines &&
+               wraps(lines_[column[last]], lines_[column[last + 1]], edge))
+            ++last;
+        if (last == first) return first;
+        auto const wrapped = std::span(column).subspan(first, last - first + 1);
+        auto const part = edge.isWindows ? Part::overEdge : Part::overWraps;
+        constexpr std::array<TextStyle, 2> read{{{Spaces::whereThereIsRoom, Mending::everything, Wraps::insideWords},
+                                                 {Spaces::all, Mending::everything, Wraps::atSpaces}}};
+        for (auto const& style : read) {
+            ScreenText const text(lines_, wrapped, style);
+            keep(text, classifier_.matches(text.text()), part);
+            if (style.wraps == Wraps::insideWords) keepKeys(text, part);
+        }
+        return last - 1;
+    }
+
+    /// "Phone  555 0199", "Card number  41111111…": what only its label says.
+    void readNumberBeside(std::size_t label, std::size_t value, TextStyle const& style) {
+        constexpr int fewestDigits = 7;
+        std::array const both{label, value};
+        ScreenText const text(lines_, both, style);
+        if (std::ranges::count_if(text.text(), isDigit) < fewestDigits) return;
+        keep(text, classifier_.matches(text.text()), Part::numbersOfLast);
+    }
+
+    void keep(ScreenText const& text, std::vector<SensitiveMatch> const& matches, Part part) {
         for (auto const& match : matches) {
             if (!isValue(std::string_view(text.text()).substr(match.start, match.length))) continue;
-            auto const end = match.kind == SensitiveKind::email || match.kind == SensitiveKind::phone ||
-                                     match.kind == SensitiveKind::card
-                                 ? match.end()
-                                 : text.wordEnd(match.end());
-            add({line, match.kind, match.label, text.text().substr(match.start, end - match.start),
-                 text.leftOf(match.start), text.rightOf(end)});
+            bool const isWhole = isNumberOrAddress(match.kind);
+            if (part == Part::numbersOfLast && !isWhole) continue;
+            bool const isKey = match.kind == SensitiveKind::apiKey || match.kind == SensitiveKind::token;
+            keep(text, match.kind, match.label, isKey ? text.wordStart(match.start) : match.start,
+                 isWhole ? match.end() : text.wordEnd(match.end()), part);
         }
+    }
+
+    /// A line inside of a key file of which a letter was misread, or a blank read in it; the file goes on.
+    void keepKeyFile(ScreenText const& text, LinesAbove const& before, LinesAbove& above) {
+        auto const inside = LinesAbove::Expected::bodyOfKeyFile;
+        if (before.expected != inside || above.expected == inside || !isNearlyBase64(text.text())) return;
+        above = before;
+        if (kinds_.contains(SensitiveKind::privateKey))
+            keep(text, SensitiveKind::privateKey, std::string(displayName(SensitiveKind::privateKey)), 0,
+                 text.text().size(), Part::any);
+    }
+
+    void keepKeys(ScreenText const& text, Part part) {
+        forEachMisreadKey(text.text(), [&](SensitiveKind kind, std::size_t start, std::size_t end) {
+            if (kinds_.contains(kind)) keep(text, kind, std::string(displayName(kind)), start, end, part);
+        });
+    }
+
+    void keep(ScreenText const& text, SensitiveKind kind, std::string const& label, std::size_t start, std::size_t end,
+              Part part) {
+        auto const places = text.placesOf(start, end);
+        bool const isWrapped = part == Part::overWraps || part == Part::overEdge;
+        if (isWrapped && (isKnownBelow(places) || !isDivided(kind, places, part))) return;
+        if (part == Part::numbersOfLast && places.size() != 1) return;
+        for (auto const& place : places) add({place.line, kind, label, place.text, place.left, place.right});
+    }
+
+    /// Whether it is in one line only, or what is below is whole by itself and what is above it another thing.
+    bool isKnownBelow(std::vector<ScreenText::Place> const& places) const {
+        return places.size() < 2 ||
+               std::all_of(places.begin() + 1, places.end(), [&](auto const& place) { return isCovered(place); });
+    }
+
+    /// Whether it really is one thing in several lines. Behind a password there may be anything, where nothing says
+    /// that the window ends there.
+    static bool isDivided(SensitiveKind kind, std::vector<ScreenText::Place> const& places, Part part) {
+        constexpr std::size_t longPart = 16; // letters, as what machines make
+        auto const rest = std::span(places).subspan(1);
+        if (isNumberOrAddress(kind)) return true;
+        bool const isShort = places[0].text.size() < longPart && rest[0].text.size() < longPart;
+        if (kind == SensitiveKind::secret && isShort && part != Part::overEdge) return false;
+        return std::ranges::all_of(
+            rest, [](auto const& place) { return isMixed(place.text) && std::ranges::any_of(place.text, isLetter); });
+    }
+
+    bool isCovered(ScreenText::Place const& place) const {
+        return std::ranges::any_of(found_, [&](PrivateText const& found) {
+            return found.line == place.line && found.left <= place.left && place.right <= found.right;
+        });
     }
 
     /// Of two that overlap the longer one counts, and covers both.
@@ -241,6 +260,7 @@ private:
     }
 
     SensitiveTextClassifier& classifier_;
+    std::set<SensitiveKind> const& kinds_;
     std::span<PlacedLine const> lines_;
     std::vector<PrivateText> found_;
 };
@@ -283,7 +303,7 @@ std::vector<std::vector<std::size_t>> readingOrder(std::span<PlacedLine const> l
 }
 
 std::vector<PrivateText> ScreenClassifier::privateTexts(std::span<PlacedLine const> lines) {
-    Gathering gathering(classifier_, lines);
+    Gathering gathering(classifier_, kinds_, lines);
     for (auto const& column : readingOrder(lines)) gathering.readColumn(column);
     for (std::size_t line = 0; line < lines.size(); ++line) {
         if (lines[line].words.empty()) continue;

@@ -11,7 +11,9 @@ namespace tavaro {
 namespace {
 
 constexpr int margin = 2; // pixels of a line's picture around its ink
-constexpr std::size_t mostMemories = 600;
+constexpr std::size_t mostMemories = 600, mostMemoryBytes = std::size_t{30} << 20;
+constexpr double movingInterval = 0.6; // seconds
+constexpr double shortestStay = 0.2;   // seconds after it was read; what goes before was part of a film
 
 PixelBox shared(PixelBox const& a, PixelBox const& b) {
     int const x = std::max(a.x, b.x), y = std::max(a.y, b.y);
@@ -25,7 +27,18 @@ PixelBox grown(PixelBox const& box, int by, GrayView const& within) {
                   {0, 0, within.width, within.height});
 }
 
+std::size_t bytesOf(TextPatch const& patch) {
+    return static_cast<std::size_t>(patch.width()) * static_cast<std::size_t>(patch.height());
+}
+
 bool isNear(int a, int b, double distance) { return std::abs(a - b) <= distance; }
+
+/// Whether it need not be read. Of what is moving codecs leave less: it is read again now and then, better perhaps.
+bool isKnownStill(ScreenLine const& line, double now) {
+    auto const& place = line.place;
+    if (place.presence.isWhole) return true;
+    return !place.velocity.isNone() && place.presence.isMost() && now - line.readAt < movingInterval;
+}
 
 std::vector<ReadWord> wordsBeside(ReadLine&& line, PixelBox const& corner) {
     std::vector<ReadWord> words;
@@ -53,7 +66,11 @@ struct ScreenLines::Fresh {
 
 void ReadMemory::keep(std::shared_ptr<TextPatch const> const& patch, std::vector<ReadWord> words) {
     memories_.push_front({patch, std::move(words)});
-    if (memories_.size() > mostMemories) memories_.pop_back();
+    bytes_ += bytesOf(*patch);
+    while (memories_.size() > mostMemories || bytes_ > mostMemoryBytes) {
+        bytes_ -= bytesOf(*memories_.back().patch);
+        memories_.pop_back();
+    }
 }
 
 std::optional<std::vector<ReadWord>> ReadMemory::recall(TextPatch const& patch) {
@@ -77,15 +94,20 @@ std::vector<TrackedText*> ScreenLines::places() {
     return places;
 }
 
-void ScreenLines::dropLost() {
+std::vector<PixelBox> ScreenLines::dropLost(double now) {
     auto const isLost = [](ScreenLine const& line) { return !line.place.presence.isLegible(); };
+    std::vector<PixelBox> fleeting;
+    for (auto const& line : lines_) {
+        if (isLost(line) && now - line.readAt < shortestStay) fleeting.push_back(line.place.box());
+    }
     isNew_ |= std::erase_if(lines_, isLost) > 0;
+    return fleeting;
 }
 
-std::vector<PixelBox> ScreenLines::wholeBoxes() const {
+std::vector<PixelBox> ScreenLines::wholeBoxes(double now) const {
     std::vector<PixelBox> boxes;
     for (auto const& line : lines_) {
-        if (!line.place.presence.isWhole) continue;
+        if (!isKnownStill(line, now)) continue;
         auto box = line.place.box();
         int const spacing = line.place.patch->letterHeight() / 3;
         boxes.push_back({box.x, box.y - spacing, box.width, box.height + 2 * spacing});
@@ -96,21 +118,22 @@ std::vector<PixelBox> ScreenLines::wholeBoxes() const {
 bool ScreenLines::takeIsNew() { return std::exchange(isNew_, false); }
 
 /// The same line, as it was when it was read.
-ScreenLine const* ScreenLines::known(TextLine const& line, PixelBox const& box) const {
+ScreenLine const* ScreenLines::known(TextLine const& line, PixelBox const& box, double now) const {
     for (auto const& old : lines_) {
         auto const place = old.place.box();
         bool const isThere = isNear(place.x, box.x, 0.6 * line.letterHeight) &&
                              isNear(place.right(), box.right(), 0.6 * line.letterHeight) &&
                              isNear(place.y, box.y, 0.4 * line.letterHeight) &&
                              isNear(place.bottom(), box.bottom(), 0.4 * line.letterHeight);
-        if (isThere && old.place.presence.isWhole) return &old;
+        if (isThere && isKnownStill(old, now)) return &old;
     }
     return nullptr;
 }
 
-std::vector<ScreenLines::Fresh> ScreenLines::freshLines(GrayView const& picture, std::vector<PixelBox> const& bands,
+std::vector<ScreenLines::Fresh> ScreenLines::freshLines(PastFrame const& frame, std::vector<PixelBox> const& bands,
                                                         std::function<bool(PixelBox const&)> const& isDue,
                                                         std::vector<PixelBox>& withWords) {
+    auto const picture = frame.picture->view();
     std::vector<Fresh> fresh;
     for (auto const& band : bands) {
         for (auto const& line : textLines(picture, band)) {
@@ -118,7 +141,7 @@ std::vector<ScreenLines::Fresh> ScreenLines::freshLines(GrayView const& picture,
                                (line.box.bottom() >= band.bottom() && band.bottom() < picture.height);
             auto const box = grown(line.box, margin, picture);
             if (isCut || box.isEmpty() || !isDue(box)) continue;
-            if (auto const* old = known(line, box)) {
+            if (auto const* old = known(line, box, frame.time)) {
                 if (!old->words.empty()) withWords.push_back(box);
                 continue;
             }
@@ -157,6 +180,8 @@ void ScreenLines::replace(ScreenLine& line) {
         if (!takesPlace(old)) continue;
         int const dx = place.x - old.place.x, dy = place.y - old.place.y;
         auto const before = place.patch->presence(old.place.patch->view(), dx, dy);
+        // Of a log's next line only the date is the same.
+        if (5 * before.count < 4 * old.place.patch->inkedCells() - 5) continue;
         bool isOlder = false;
         for (std::size_t cell = 0; cell < place.since.size(); ++cell) {
             if (!before.shown[cell]) continue;
@@ -180,13 +205,14 @@ std::vector<PixelBox> ScreenLines::read(ScreenHistory const& history, std::vecto
                                         std::function<bool(PixelBox const&)> const& isDue) {
     std::vector<PixelBox> withWords;
     auto const picture = history.last().picture->view();
-    auto fresh = freshLines(picture, bands, isDue, withWords);
+    auto fresh = freshLines(history.last(), bands, isDue, withWords);
     readFresh(picture, fresh);
     BackTracker tracker(history);
     std::vector<ScreenLine> born;
     for (auto& one : fresh) {
         if (!one.words->empty()) withWords.push_back(one.box);
-        ScreenLine line{tracker.trackedFrom(one.patch, one.box.x, one.box.y), std::move(*one.words)};
+        ScreenLine line{tracker.trackedFrom(one.patch, one.box.x, one.box.y), std::move(*one.words),
+                        history.last().time};
         replace(line);
         born.push_back(std::move(line));
     }

@@ -14,7 +14,7 @@ ScreenScanner::ScreenScanner(ScanTools const& tools, int width, int height)
     , tiles_(width, height)
     , dirty_(tiles_)
     , lines_(tools.reader, tools.memory)
-    , covers_(tools.key, width, height) {}
+    , covers_(tools.key, tools.found, width, height) {}
 
 void ScreenScanner::show(GrayView const& picture, double time) {
     auto const changes = tiles_.compare(picture);
@@ -29,10 +29,11 @@ void ScreenScanner::show(GrayView const& picture, double time) {
     auto texts = lines_.places();
     for (auto* place : covers_.places()) texts.push_back(place);
     auto shifts = follow(texts, {picture, tiles_, before, time}, lastShifts);
-    lines_.dropLost();
+    dirty_.addFleeting(lines_.dropLost(time));
     covers_.endLost(time);
-    dirty_.add(lines_.wholeBoxes(), time);
+    dirty_.add(lines_.wholeBoxes(time), time);
     history_.add({time, std::make_shared<GrayPicture const>(picture), std::move(shifts)});
+    covers_.addKnown(history_, tiles_);
 }
 
 void ScreenScanner::readDue() {
@@ -47,9 +48,9 @@ void ScreenScanner::classify() {
     for (auto const& line : lines_.lines()) {
         placed.push_back({line.place.box(), line.place.patch->letterHeight(), line.words});
     }
-    auto const picture = history_.last().picture->view();
+    BackTracker tracker(history_);
     for (auto const& found : tools_.classifier.privateTexts(placed)) {
-        covers_.add(found, lines_.lines()[found.line], picture);
+        covers_.add(found, lines_.lines()[found.line], tracker);
     }
 }
 

@@ -1,52 +1,17 @@
 #include <TavaroVision/Tracking/Private/ShiftSearch.h>
 
+#include <TavaroVision/Tracking/Private/PatchSamples.h>
 #include <TavaroVision/Tracking/Private/TextPatch.h>
 
 #include <algorithm>
 #include <cstdlib>
-#include <limits>
+#include <vector>
 
 namespace tavaro {
 
 namespace {
 
-constexpr int groups = 24, samplesInGroup = 4;    // across the patch
 constexpr int widestDrag = 160, highestDrag = 96; // pixels from one picture to the next
-
-struct Sample {
-    int x = 0;
-    int y = 0;
-    int value = 0;
-    int edge = 0; // how steep it is there
-};
-
-int edgeAt(GrayView const& view, int x, int y) {
-    auto const* p = view.pixels + y * view.stride + x;
-    return std::abs(p[1] - p[-1]) + std::abs(p[view.stride] - p[-view.stride]);
-}
-
-/// The steepest ones of each stretch of the patch; one of each stretch after the other, so that the first few tell
-/// most.
-std::vector<Sample> samplesOf(TextPatch const& patch) {
-    auto const view = patch.view();
-    std::vector<std::vector<Sample>> found(groups);
-    for (int y = 1; y + 1 < view.height; ++y) {
-        for (int x = 1; x + 1 < view.width; ++x) {
-            auto& group = found[static_cast<std::size_t>(x * groups / view.width)];
-            Sample const sample{x, y, view.pixels[y * view.stride + x], edgeAt(view, x, y)};
-            if (group.size() == samplesInGroup && sample.edge <= group.back().edge) continue;
-            if (group.size() == samplesInGroup) group.pop_back();
-            group.insert(std::ranges::upper_bound(group, sample.edge, std::greater{}, &Sample::edge), sample);
-        }
-    }
-    std::vector<Sample> samples;
-    for (std::size_t rank = 0; rank < samplesInGroup; ++rank) {
-        for (auto const& group : found) {
-            if (rank < group.size() && group[rank].edge > 24) samples.push_back(group[rank]);
-        }
-    }
-    return samples;
-}
 
 class Search {
 public:
@@ -57,9 +22,14 @@ public:
         , x_(x)
         , y_(y)
         , picture_(picture) {
+        forget();
+    }
+
+    void forget() {
         int edges = 0;
         for (auto const& sample : samples_) edges += sample.edge;
         best_ = edges / 6; // much less than a picture of other letters differs by
+        found_.reset();
     }
 
     bool isWorthwhile() const { return samples_.size() >= 12; }
@@ -81,7 +51,7 @@ public:
     std::optional<Shift> found() const { return found_; }
 
 private:
-    std::vector<Sample> samples_;
+    std::vector<PatchSample> samples_;
     int width_, height_, x_, y_;
     GrayView picture_;
     int best_ = 0;
@@ -97,7 +67,11 @@ std::optional<Shift> shiftOf(TextPatch const& patch, int x, int y, GrayView cons
         search.trial({0, dy});
         search.trial({0, -dy});
     }
-    if (search.found()) return search.found();
+    if (auto const found = search.found()) {
+        // Somewhere above or below there may be something alike that is another text.
+        if (patch.presence(picture, x + found->dx, y + found->dy).isMost()) return found;
+        search.forget();
+    }
     for (int dy = -highestDrag; dy <= highestDrag; ++dy) {
         for (int dx = -widestDrag; dx <= widestDrag; ++dx) search.trial({dx, dy});
     }

@@ -100,7 +100,7 @@ TextPresence TextPatch::presence(GrayView const& picture, int x, int y) const {
     presence.inked = inkedCells_;
     int const top = std::max(0, -y), bottom = std::min(height_, picture.height - y);
     int const left = std::max(0, -x), right = std::min(width_, picture.width - x);
-    if (2 * (bottom - top) < height_ || right <= left) return presence;
+    if (5 * (bottom - top) < 2 * height_ || right <= left) return presence; // the tops of letters can be read
     int const middle = (top + bottom) / 2;
     ColumnSums upper(width_), lower(width_);
     for (int row = top; row < bottom; ++row) {

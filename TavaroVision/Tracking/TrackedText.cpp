@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <utility>
 
 namespace tavaro {
@@ -12,6 +13,10 @@ namespace tavaro {
 namespace {
 
 constexpr int mostSearches = 4, mostFailures = 2; // in a picture
+constexpr int mostPrivateFailures = 6;            // of what must not be lost
+constexpr double longestGlide = 0.05;             // seconds between pictures
+constexpr double shortestFrame = 1.0 / 240;       // seconds
+constexpr double twoPictures = 1.0 / 15;          // seconds, of a recording at 30 a second
 
 void addShift(std::vector<Shift>& shifts, Shift const& shift) {
     if (!shift.isNone() && std::ranges::find(shifts, shift) == shifts.end()) shifts.push_back(shift);
@@ -29,6 +34,16 @@ void append(std::vector<PathPoint>& path, PathPoint const& point) {
     if (!path.empty() && path.back().time >= point.time) return;
     if (path.size() >= 2 && isBetween(path[path.size() - 2], path.back(), point)) path.pop_back();
     path.push_back(point);
+}
+
+bool isSamePlace(PathPoint const& a, PathPoint const& b) { return a.x == b.x && a.y == b.y; }
+
+/// Two pictures further on the way from one point to the next.
+PathPoint beyond(PathPoint const& from, PathPoint const& to) {
+    auto const forward = to.time > from.time ? twoPictures : -twoPictures;
+    auto const part = forward / (to.time - from.time);
+    auto const further = [&](int a, int b) { return b + static_cast<int>(std::lround(part * (b - a))); };
+    return {std::max(0.0, to.time + forward), further(from.x, to.x), further(from.y, to.y)};
 }
 
 /// A text that is not where it was, and the best place for it so far.
@@ -69,15 +84,18 @@ std::vector<Lost> lostOf(std::span<TrackedText* const> texts, NextPicture const&
 void searchFor(std::vector<Lost>& lost, std::vector<Shift>& shifts, GrayView const& picture) {
     std::vector<Lost*> order;
     for (auto& one : lost) order.push_back(&one);
-    std::ranges::sort(order, std::greater{}, [](Lost const* one) { return one->text->patch->inkedCells(); });
-    int searches = 0, failures = 0;
+    std::ranges::sort(order, std::greater{},
+                      [](Lost const* one) { return std::pair(one->text->isPrivate, one->text->patch->inkedCells()); });
+    int searches = 0, failures = 0, privateFailures = 0;
     for (auto* one : order) {
-        if (one->isFound() || one->text->isSearched) continue;
-        if (++searches > mostSearches || failures >= mostFailures) return;
+        bool const isPrivate = one->text->isPrivate;
+        if (one->isFound() || (one->text->isSearched && !isPrivate)) continue;
+        if (isPrivate ? privateFailures >= mostPrivateFailures : failures >= mostFailures) continue;
+        if (!isPrivate && ++searches > mostSearches) return;
         auto const shift = shiftOf(*one->text->patch, one->text->x, one->text->y, picture);
         if (!shift || !one->trial(*shift, picture) || !one->isFound()) {
             one->text->isSearched = true;
-            ++failures;
+            ++(isPrivate ? privateFailures : failures);
             continue;
         }
         addShift(shifts, *shift);
@@ -89,12 +107,43 @@ void searchFor(std::vector<Lost>& lost, std::vector<Shift>& shifts, GrayView con
 
 }
 
+PathPoint placeAt(std::vector<PathPoint> const& path, double time) {
+    auto const after = std::ranges::upper_bound(path, time, {}, &PathPoint::time);
+    if (after == path.begin()) return {time, path.front().x, path.front().y};
+    auto const& from = after[-1];
+    if (after == path.end()) return {time, from.x, from.y};
+    auto const part = (time - from.time) / (after->time - from.time);
+    auto const between = [&](int a, int b) { return a + static_cast<int>(std::lround(part * (b - a))); };
+    return {time, between(from.x, after->x), between(from.y, after->y)};
+}
+
+void addStep(std::vector<PathPoint>& path, PathPoint const& point, double before) {
+    if (!path.empty()) {
+        auto const& last = path.back();
+        auto const rests = point.time - before > longestGlide ? point.time - shortestFrame : before;
+        if (rests > last.time && (last.x != point.x || last.y != point.y)) append(path, {rests, last.x, last.y});
+    }
+    append(path, point);
+}
+
+void extendBack(std::vector<PathPoint>& path) {
+    if (path.size() < 2 || path[0].time <= 0) return;
+    auto const& a = path[0];
+    if (path[1].time > a.time && !isSamePlace(a, path[1])) path.insert(path.begin(), beyond(path[1], a));
+}
+
+void extendOn(std::vector<PathPoint>& path) {
+    if (path.size() < 2) return;
+    auto const& a = path[path.size() - 2];
+    if (path.back().time > a.time && !isSamePlace(a, path.back())) path.push_back(beyond(a, path.back()));
+}
+
 void TrackedText::moveTo(int newX, int newY, double before, double now) {
-    if (!path.empty() && path.back().time < before) append(path, {before, x, y});
+    if (path.empty()) path.push_back({before, x, y});
     velocity = {newX - x, newY - y};
     x = newX;
     y = newY;
-    append(path, {now, x, y});
+    addStep(path, {now, x, y}, before);
 }
 
 std::vector<Shift> follow(std::span<TrackedText* const> texts, NextPicture const& next,
@@ -138,7 +187,9 @@ TrackedText BackTracker::trackedFrom(std::shared_ptr<TextPatch const> patch, int
             if (text.presence.shown[cell]) text.since[cell] = history_[frame].time;
         }
     }
-    for (auto point = back.rbegin(); point != back.rend(); ++point) append(text.path, *point);
+    for (auto point = back.rbegin(); point != back.rend(); ++point) {
+        addStep(text.path, *point, text.path.empty() ? point->time : std::prev(point)->time);
+    }
     text.x = x;
     text.y = y;
     text.velocity = {};

@@ -6,10 +6,15 @@
 
 #include <cstddef>
 #include <deque>
+#include <set>
+#include <string>
 #include <vector>
 
 namespace tavaro {
 
+class ChangedTiles;
+class FoundTexts;
+struct FoundText;
 struct PrivateText;
 struct ScreenLine;
 
@@ -17,16 +22,24 @@ struct ScreenLine;
 /// are gone, whatever becomes of the line that it is in.
 class Covers {
 public:
-    Covers(FindingKey const& key, int width, int height) : key_(key), width_(width), height_(height) {}
+    Covers(FindingKey const& key, FoundTexts& found, int width, int height)
+        : key_(key)
+        , found_(found)
+        , width_(width)
+        , height_(height) {}
 
     /// For following them; good until the next call.
     std::vector<TrackedText*> places();
     /// Those that are not on the picture of that time any more are done.
     void endLost(double now);
-    /// Found in that line, on that picture. What is covered already is left as it is.
-    void add(PrivateText const& found, ScreenLine const& line, GrayView const& picture);
+    /// Found in that line of the tracker's last picture. What is covered already is left as it is.
+    void add(PrivateText const& found, ScreenLine const& line, BackTracker& tracker);
 
-    std::size_t count() const { return done_.size() + alive_.size(); }
+    /// What was found before and is seen again on the history's last picture, where that changed.
+    void addKnown(ScreenHistory const& history, ChangedTiles const& tiles);
+
+    /// Of different texts; what was found of one before it was all typed does not count.
+    std::size_t count() const { return counted_.size(); }
     /// All of them, by their start; those that go on end then.
     std::vector<ScreenFinding> take(double end);
 
@@ -36,18 +49,19 @@ private:
         ScreenFinding finding;
     };
 
+    bool isBelowAny(PixelBox const& box, int slack) const;
+    void begin(Cover&& cover, FoundText const& text);
     bool isCovered(PixelBox const& box, int letterHeight) const;
-    void absorb(Cover& cover);
+    void count(Cover const& cover);
     void finish(Cover& cover, double end);
 
     FindingKey key_;
+    FoundTexts& found_;
     int width_;
     int height_;
     std::deque<Cover> alive_;
     std::vector<ScreenFinding> done_;
+    std::set<std::string> counted_; // hashes
 };
-
-/// Findings of one text that meet in time and place are one.
-std::vector<ScreenFinding> joinedFindings(std::vector<ScreenFinding> findings);
 
 }

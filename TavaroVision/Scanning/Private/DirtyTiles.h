@@ -10,7 +10,9 @@ namespace tavaro {
 class ChangedTiles;
 
 /// What of the screen changed since it was read, and when it is to be read again: as soon as it is quiet, and four
-/// times a second while it is not; where that gave no words, as of a film in a window, once a second.
+/// times a second while it is not; where that gave no words, or none that stayed, as of a film in a window, once a
+/// second. While much of the screen changes all is read at once: a line that comes into view bit by bit is not read
+/// with every bit.
 class DirtyTiles {
 public:
     explicit DirtyTiles(ChangedTiles const& tiles);
@@ -28,13 +30,15 @@ public:
 
     /// What was due is read, at that time. Words were found in the boxes given.
     void clearDue(std::vector<PixelBox> const& withWords, double now);
+    /// What was read in the boxes did not stay.
+    void addFleeting(std::vector<PixelBox> const& boxes);
 
 private:
     struct Tile {
         double changedAt = -1e9;
         double dirtySince = 0;
         double readAt = -1e9;
-        std::uint8_t fruitless = 0; // readings in a row without a word
+        std::uint8_t fruitless = 0; // readings in a row without a word that stayed
         bool isDirty = false;
         bool isDue = false;
         bool isRestless = false; // due though it still changes
@@ -43,11 +47,14 @@ private:
     Tile& tile(int column, int row);
     Tile const& tile(int column, int row) const;
     bool isFlash(double next) const;
+    bool isBusy() const;
+    static void addFruitless(Tile& tile);
     template<class Look> void eachIn(PixelBox const& box, Look const& look) const;
 
     ChangedTiles const& changes_;
     std::vector<Tile> tiles_;
     std::vector<int> covered_; // pixels of each tile that texts explain
+    double readAt_ = -1e9;     // any of it
 };
 
 }

@@ -2,21 +2,15 @@
 
 #include <TavaroCore/Privacy/Redaction.h>
 #include <TavaroCore/Privacy/SensitiveTextClassifier.h>
-#include <TavaroVision/Reading/ReadText.h>
+#include <TavaroVision/Scanning/Private/ScreenText.h>
 
 #include <cstddef>
+#include <set>
 #include <span>
 #include <string>
 #include <vector>
 
 namespace tavaro {
-
-/// A line as it is on the screen; the words' boxes are beside its corner.
-struct PlacedLine {
-    PixelBox box;
-    int letterHeight = 0;
-    std::span<ReadWord const> words;
-};
 
 /// Something private in one of the lines.
 struct PrivateText {
@@ -31,12 +25,12 @@ struct PrivateText {
 /// Lines that are read one after the other: each column of a screen, from the top.
 std::vector<std::vector<std::size_t>> readingOrder(std::span<PlacedLine const> lines);
 
-/// Finds what is private on a screen. Lines of a column are read together, so that a value below its label and the rest
-/// of one that wraps are found, and so is a value beside its label in another column. Spaces that were read where there
-/// is no room for one hide nothing.
+/// Finds what is private on a screen. Lines of a column are read together, so that a value below its label and all of
+/// one that wraps are found, and so is a value beside its label in another column. Spaces that were read where there is
+/// no room for one hide nothing, nor do letters that a reader confuses.
 class ScreenClassifier {
 public:
-    explicit ScreenClassifier(RedactionSettings const& settings) : classifier_(settings) {}
+    explicit ScreenClassifier(RedactionSettings const& settings) : classifier_(settings), kinds_(settings.kinds) {}
 
     /// By their lines and from left to right; none lies over another.
     std::vector<PrivateText> privateTexts(std::span<PlacedLine const> lines);
@@ -44,6 +38,7 @@ public:
 
 private:
     SensitiveTextClassifier classifier_;
+    std::set<SensitiveKind> kinds_;
 };
 
 }

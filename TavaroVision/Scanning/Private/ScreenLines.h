@@ -14,11 +14,13 @@
 namespace tavaro {
 
 class ScreenHistory;
+struct PastFrame;
 
 /// A line of text on the screen, read once. The words' boxes are beside its corner.
 struct ScreenLine {
     TrackedText place;
     std::vector<ReadWord> words;
+    double readAt = 0;
 };
 
 /// What lines that were on the screen said, so that those that come back are not read again.
@@ -34,6 +36,7 @@ private:
         std::vector<ReadWord> words;
     };
     std::deque<Memory> memories_; // the newest is the first
+    std::size_t bytes_ = 0;       // of their pictures
 };
 
 /// The lines of a screen: born when they are read, moved with what scrolls, gone with their pixels. One that took the
@@ -44,9 +47,10 @@ public:
 
     /// For following them; good until the next call.
     std::vector<TrackedText*> places();
-    /// Those that are not on the picture any more go.
-    void dropLost();
-    std::vector<PixelBox> wholeBoxes() const;
+    /// Those that are not on the picture of that time any more go. Returns where some were hardly read.
+    std::vector<PixelBox> dropLost(double now);
+    /// Of those that need not be read at that time.
+    std::vector<PixelBox> wholeBoxes(double now) const;
 
     /// Reads what is new in bands of the history's last picture. Only what `isDue` is looked at. Returns the boxes of
     /// lines with words there, known ones too.
@@ -60,8 +64,8 @@ public:
 private:
     struct Fresh;
 
-    ScreenLine const* known(TextLine const& line, PixelBox const& box) const;
-    std::vector<Fresh> freshLines(GrayView const& picture, std::vector<PixelBox> const& bands,
+    ScreenLine const* known(TextLine const& line, PixelBox const& box, double now) const;
+    std::vector<Fresh> freshLines(PastFrame const& frame, std::vector<PixelBox> const& bands,
                                   std::function<bool(PixelBox const&)> const& isDue, std::vector<PixelBox>& withWords);
     void readFresh(GrayView const& picture, std::vector<Fresh>& fresh);
     void replace(ScreenLine& line);

@@ -13,6 +13,7 @@
 
 namespace tavaro {
 
+class FoundTexts;
 class ScreenClassifier;
 
 /// What all stretches of a scan share; owned by whoever scans.
@@ -20,6 +21,7 @@ struct ScanTools {
     ScreenClassifier& classifier;
     LineReading const& reader;
     ReadMemory& memory;
+    FoundTexts& found;
     FindingKey key;
 };
 

@@ -21,6 +21,18 @@ struct PathPoint {
     bool operator==(PathPoint const&) const = default;
 };
 
+/// On the way between two points of a path that has one at least; held before the first and after the last.
+PathPoint placeAt(std::vector<PathPoint> const& path, double time);
+
+/// Adds where it is from that time on. Until just before it rests where it was, if pictures are rare, and else from
+/// `before` on it glides there: the last time at which it was seen.
+void addStep(std::vector<PathPoint>& path, PathPoint const& point, double before);
+
+/// What moves when it is first seen came from where nobody knew it yet, and what moves when it is seen last goes on:
+/// such a path begins two pictures earlier, and goes on for two.
+void extendBack(std::vector<PathPoint>& path);
+void extendOn(std::vector<PathPoint>& path);
+
 /// A piece of text on the screen, followed from the first frame that shows it.
 struct TrackedText {
     std::shared_ptr<TextPatch const> patch;
@@ -28,6 +40,7 @@ struct TrackedText {
     int y = 0;
     Shift velocity;              // of the last picture
     TextPresence presence;       // on the present picture
+    bool isPrivate = false;      // is looked for before all others
     bool isSearched = false;     // all over the picture, in vain, since most of it was seen last
     std::vector<double> since;   // of each cell: seconds of the first frame that shows it
     std::vector<PathPoint> path; // ascending; between two points it moves steadily

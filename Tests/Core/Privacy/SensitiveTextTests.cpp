@@ -2,7 +2,7 @@
 #include "MarkedText.h"
 
 #include <TavaroCore/Privacy/FindingHash.h>
-#include <TavaroCore/Privacy/Private/KeyFormats.h>
+#include <TavaroCore/Privacy/KeyFormats.h>
 #include <TavaroCore/Privacy/Private/SensitiveText.h>
 #include <TavaroCore/Privacy/SensitiveTextClassifier.h>
 #include <TavaroCore/Privacy/TextFindings.h>
@@ -136,6 +136,28 @@ TEST(SensitiveTextClassifier, phoneNumbersAreWrittenAsInTheirCountryOrLabelled) 
     EXPECT_THAT(found("手机号: 13800138000"), ElementsAre("phone 13800138000"));
     for (auto const harmless : {"Boston, MA 02110-1301", "0399 0308 0301", "120 240 360", "2024-05-02", "13800138000",
                                 "000-000-0000", "+0100", "4.17 (2024-02-11)", "+10 000 000", "v1.415.555.0132"}) {
+        EXPECT_THAT(found(harmless), IsEmpty()) << harmless;
+    }
+}
+
+TEST(SensitiveTextClassifier, codesAndSeedsAreFoundAsMessagesAndPagesHaveThem) {
+    EXPECT_THAT(found("Use code 731 204 to sign in"), ElementsAre("secret 731 204"));
+    EXPECT_THAT(found("G-482913 is your verification code"), ElementsAre("secret 482913"));
+    EXPECT_THAT(found("Your code is 4821"), ElementsAre("secret 4821"));
+    EXPECT_THAT(found("Backup codes: 4f8a-91bc 77de-20ac"), ElementsAre("secret 4f8a-91bc", "secret 77de-20ac"));
+    EXPECT_THAT(found("AWS Secret Access Key [None]: wJalrXUtnFEMI/K7MDENG/bPxR"),
+                ElementsAre("secret wJalrXUtnFEMI/K7MDENG/bPxR"));
+    EXPECT_THAT(found("Set-Cookie: theme=dark; session=s%3A9fQ2kLx81mZpT7vRb3.Kq2Lm; HttpOnly"),
+                ElementsAre("secret s%3A9fQ2kLx81mZpT7vRb3.Kq2Lm"));
+    EXPECT_THAT(found("echo \"blauerHimmel7\" | docker login --password-stdin"), ElementsAre("secret blauerHimmel7"));
+    EXPECT_THAT(found("call 0049 30 90182045"), ElementsAre("phone 0049 30 90182045"));
+    EXPECT_THAT(found("PIN 4821, CVV 731"), ElementsAre("secret 4821", "secret 731"));
+    std::string const seed = "ripple canyon orbit velvet mango tunnel crisp anchor beyond lunar fabric oxygen";
+    EXPECT_THAT(found("seed: " + seed), ElementsAre("secret " + seed));
+    for (auto const harmless :
+         {"exit code 4821", "use code 404", "pin 12 of the board", "1204 is your number of orders", "seed: 1234567",
+          "seed: the words that grow in spring", "Backup codes: not generated", "password: required|string|min:8",
+          "secret key [optional]: none", "0012 1204 8841 2211", "PIN 12", "CV 731"}) {
         EXPECT_THAT(found(harmless), IsEmpty()) << harmless;
     }
 }

@@ -38,6 +38,20 @@ TEST(Redactions, hideTheirRegionAtTheRecordingsOwnTimesWithItsMovement) {
     EXPECT_TRUE(composer.state(7).redactions.empty()) << "another recording, at the same time of its own";
 }
 
+TEST(Redactions, whereItWasForAMomentIsHiddenWhileThatFrameMayBeShown) {
+    auto const project = take({{.start = 6,
+                                .end = 8,
+                                .keyframes = {{6, {0.1, 0.5, 0.1, 0.1}},
+                                              {7, {0.1, 0.5, 0.1, 0.1}},
+                                              {7.02, {0.1, 0.1, 0.1, 0.1}},
+                                              {7.04, {0.1, 0.5, 0.1, 0.1}}}}});
+    FrameComposer const composer(project, {1920, 1080});
+    auto const after = composer.state(1.03).redactions; // at 7.06 s of the recording
+    ASSERT_EQ(after.size(), 1u);
+    EXPECT_NEAR(after[0].rect.y, 0.1, 1e-9);
+    EXPECT_NEAR(composer.state(1.1).redactions[0].rect.y, 0.5, 1e-9);
+}
+
 TEST(Redactions, aRegionWithoutAnAssetHidesInAll) {
     auto const project = take({{.start = 0, .end = 20, .keyframes = {{0, {0.4, 0.4, 0.1, 0.1}}}}});
     FrameComposer const composer(project, {1920, 1080});

@@ -135,6 +135,7 @@ private:
         ++result.secrets;
         result.found += life.isFound;
         if (!life.isFound) {
+            result.missedSecrets.push_back(secret);
             result.doubtful.push_back(life.firstWhole + 0.2);
             result.missed.push_back(described(secret) + ", whole from " + std::to_string(life.firstWhole) + " s");
             return;
@@ -208,7 +209,10 @@ RedactionTrack trackOf(ScreenFinding const& finding) {
 PixelBox coveredAt(ScreenFinding const& finding, double seconds, int width, int height) {
     if (seconds < finding.start - frameAge || seconds > finding.end + frameAge) return {};
     auto const track = trackOf(finding);
-    auto const area = track.areaAt(seconds).unionWith(track.areaAt(seconds - frameAge));
+    auto area = track.areaAt(seconds).unionWith(track.areaAt(seconds - frameAge));
+    for (auto const& keyframe : track.keyframes) {
+        if (keyframe.t > seconds - frameAge && keyframe.t < seconds) area = area.unionWith(keyframe.rect);
+    }
     int const left = static_cast<int>(std::lround(area.x * width)),
               top = static_cast<int>(std::lround(area.y * height));
     return {left, top, static_cast<int>(std::lround(area.maxX() * width)) - left,

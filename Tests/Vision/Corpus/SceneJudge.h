@@ -19,6 +19,7 @@ struct SceneJudgement {
 
     std::vector<std::string> missed, legible, wrong; // what, where and when
     std::vector<std::size_t> foundSecrets;           // of one scene, by their places in its list
+    std::vector<std::size_t> missedSecrets;          // likewise
     std::vector<double> doubtful;                    // times of one scene to look at
 
     double share() const { return secrets ? double(found) / secrets : 1; }

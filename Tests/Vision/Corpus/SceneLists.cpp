@@ -44,8 +44,8 @@ std::vector<ScreenScene> allScenes() {
         ScreenScene (*make)(SceneLook const&);
         double seconds;
     };
-    static constexpr Kind kinds[]{{restingScene, 8}, {printingScene, 12},  {scrollingScene, 12}, {typingScene, 24},
-                                  {movingScene, 10}, {switchingScene, 10}, {playingScene, 5}};
+    static constexpr Kind kinds[]{{restingScene, 30}, {printingScene, 30},  {scrollingScene, 30}, {typingScene, 30},
+                                  {movingScene, 30},  {switchingScene, 30}, {playingScene, 5},    {harmlessScene, 10}};
     std::vector<ScreenScene> scenes;
     for (auto const& kind : kinds) {
         for (auto look : looks) {

@@ -22,10 +22,11 @@ struct Making {
     PageStyle style(int width) const { return {look.colors, look.textSize * look.scale, width}; }
     int barHeight() const { return static_cast<int>(28 * look.scale); }
     Page page(std::string const& kind, std::size_t block, int width) {
-        auto const make = kind == "terminal"  ? terminalPage
-                          : kind == "editor"  ? editorPage
-                          : kind == "browser" ? browserPage
-                                              : formPage;
+        auto const make = kind == "terminal"   ? terminalPage
+                          : kind == "harmless" ? terminalPage
+                          : kind == "editor"   ? editorPage
+                          : kind == "browser"  ? browserPage
+                                               : formPage;
         return make(blockOf(kind, block), style(width), planting);
     }
     ScreenWindow window(PixelBox const& frame, std::string const& kind, std::size_t block) {
@@ -71,14 +72,20 @@ Page longPage(Making& making, std::string const& kind, int width, int blocks) {
 }
 
 ScreenScene restingScene(SceneLook const& look) {
+    constexpr double restSeconds = 5;
     Making making(look);
-    auto first = making.desktop(), second = first;
-    first.windows = {making.window(inside(look, 0.02, 0.04, 0.55, 0.9), "terminal", look.seed),
-                     making.window(inside(look, 0.59, 0.04, 0.39, 0.9), "forms", look.seed)};
-    second.windows = {making.window(inside(look, 0.02, 0.04, 0.55, 0.9), "editor", look.seed),
-                      making.window(inside(look, 0.59, 0.04, 0.39, 0.9), "browser", look.seed)};
+    std::vector<DesktopPicture> desktops;
+    auto const count = std::max<std::size_t>(2, static_cast<std::size_t>(look.seconds / restSeconds));
+    for (std::size_t n = 0; n < count; ++n) {
+        bool const isFirst = n % 2 == 0;
+        auto desktop = making.desktop();
+        desktop.windows = {
+            making.window(inside(look, 0.02, 0.04, 0.55, 0.9), isFirst ? "terminal" : "editor", look.seed + n / 2),
+            making.window(inside(look, 0.59, 0.04, 0.39, 0.9), isFirst ? "forms" : "browser", look.seed + n / 2)};
+        desktops.push_back(std::move(desktop));
+    }
     return making.scene("resting", [=](double t) {
-        auto desktop = t < look.seconds * 0.55 ? first : second;
+        auto desktop = desktops[std::min(count - 1, static_cast<std::size_t>(t * double(count) / look.seconds))];
         desktop.pointer = pointerAt(look, t);
         return desktop;
     });
@@ -109,10 +116,12 @@ ScreenScene printingScene(SceneLook const& look) {
 }
 
 ScreenScene scrollingScene(SceneLook const& look) {
+    constexpr double secondsOfBlock = 3;
     Making making(look);
     bool const isEditor = look.seed % 2 == 0;
     auto const frame = inside(look, 0.06, 0.06, 0.88, 0.9);
-    auto const page = longPage(making, isEditor ? "editor" : "browser", frame.width, 4);
+    auto const blocks = std::max(4, static_cast<int>(look.seconds / secondsOfBlock));
+    auto const page = longPage(making, isEditor ? "editor" : "browser", frame.width, blocks);
     ScreenWindow const window{.frame = frame, .title = "page", .barHeight = making.barHeight(), .page = page};
     auto const desktop = making.desktop();
     auto const furthest = std::max(0, page->height - window.view().height);
@@ -143,7 +152,12 @@ ScreenScene typingScene(SceneLook const& look) {
                              "PORT=8080",
                              "AWS_ACCESS_KEY_ID={aws}",
                              "phone: {usphone}",
-                             "region: eu-west-1"};
+                             "region: eu-west-1",
+                             "card: {card}",
+                             "NPM_TOKEN={npm}",
+                             "# {name} knows about {word}",
+                             "SESSION_SECRET={hex}",
+                             "limit: 20"};
     auto const below = editorPage(typed, making.style(window.frame.width), making.planting);
     std::vector<PageLine> lines;
     for (auto line : below->lines) {
@@ -179,35 +193,66 @@ ScreenScene typingScene(SceneLook const& look) {
 }
 
 ScreenScene movingScene(SceneLook const& look) {
+    constexpr double cycleSeconds = 10;
     Making making(look);
-    auto const lower = making.window(inside(look, 0.04, 0.06, 0.6, 0.88), "browser", look.seed);
-    auto const upper = making.window(inside(look, 0.5, 0.2, 0.46, 0.6), "terminal", look.seed + 2);
+    auto const count = std::max<std::size_t>(1, static_cast<std::size_t>(look.seconds / cycleSeconds));
+    std::vector<ScreenWindow> lower, upper;
+    for (std::size_t n = 0; n < count; ++n) {
+        lower.push_back(
+            making.window(inside(look, 0.04, 0.06, 0.6, 0.88), n % 2 ? "editor" : "browser", look.seed + n));
+        upper.push_back(
+            making.window(inside(look, 0.5, 0.2, 0.46, 0.6), n % 2 ? "forms" : "terminal", look.seed + 2 + n));
+    }
     auto const desktop = making.desktop();
     return making.scene("moving", [=](double t) {
         auto picture = desktop;
-        auto moved = upper;
-        auto const s = look.seconds;
-        auto const share = eased(t, 0.2 * s, 0.4 * s) - eased(t, 0.6 * s, 0.85 * s);
+        auto const s = look.seconds / double(count);
+        auto const cycle = std::min(count - 1, static_cast<std::size_t>(t / s));
+        auto const at = t - double(cycle) * s;
+        auto moved = upper[cycle];
+        auto const share = eased(at, 0.2 * s, 0.4 * s) - eased(at, 0.6 * s, 0.85 * s);
         moved.frame.x -= static_cast<int>(share * 0.42 * look.width);
         moved.frame.y += static_cast<int>(share * 0.13 * look.height);
-        picture.windows = {lower, moved};
+        picture.windows = {lower[cycle], moved};
         picture.pointer = std::pair{moved.frame.x + 200, moved.frame.y + 12};
         return picture;
     });
 }
 
 ScreenScene switchingScene(SceneLook const& look) {
+    constexpr double cycleSeconds = 10;
+    static constexpr std::array order{0U, 1U, 0U, 2U, 1U, 2U};
     Making making(look);
     auto const whole = inside(look, 0, 0, 1, 1);
-    std::vector<ScreenWindow> const windows{making.window(whole, "editor", look.seed),
-                                            making.window(whole, "terminal", look.seed),
-                                            making.window(inside(look, 0.2, 0.1, 0.6, 0.8), "forms", look.seed)};
+    auto const count = std::max<std::size_t>(1, static_cast<std::size_t>(look.seconds / cycleSeconds));
+    std::vector<ScreenWindow> windows; // three of each cycle
+    for (std::size_t n = 0; n < count; ++n) {
+        windows.push_back(making.window(whole, "editor", look.seed + n));
+        windows.push_back(making.window(whole, "terminal", look.seed + n));
+        windows.push_back(making.window(inside(look, 0.2, 0.1, 0.6, 0.8), "forms", look.seed + n));
+    }
     auto const desktop = making.desktop();
     return making.scene("switching", [=](double t) {
-        static constexpr std::array order{0U, 1U, 0U, 2U, 1U, 2U};
         auto picture = desktop;
-        picture.windows = {windows[order[static_cast<std::size_t>(t / 1.3) % order.size()]]};
+        auto const turn = static_cast<std::size_t>(t / 1.3);
+        auto const cycle = (turn / order.size()) % count;
+        picture.windows = {windows[3 * cycle + order[turn % order.size()]]};
         picture.pointer = pointerAt(look, t * 0.5);
+        return picture;
+    });
+}
+
+ScreenScene harmlessScene(SceneLook const& look) {
+    Making making(look);
+    auto const frame = inside(look, 0.06, 0.06, 0.88, 0.9);
+    ScreenWindow window{.frame = frame, .title = "notes", .barHeight = making.barHeight()};
+    window.page = longPage(making, "harmless", frame.width, 4);
+    auto const furthest = std::max(0, window.page->height - window.view().height);
+    auto const desktop = making.desktop();
+    return making.scene("harmless", [=](double t) {
+        auto picture = desktop;
+        picture.windows = {window};
+        picture.windows[0].scrolled = static_cast<int>(eased(t, 0.3 * look.seconds, 0.7 * look.seconds) * furthest);
         return picture;
     });
 }

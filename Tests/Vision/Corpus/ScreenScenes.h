@@ -41,8 +41,10 @@ ScreenScene typingScene(SceneLook const& look);    // letter by letter, and past
 ScreenScene movingScene(SceneLook const& look);    // a window is dragged over another, and away
 ScreenScene switchingScene(SceneLook const& look); // from window to window and back
 ScreenScene playingScene(SceneLook const& look);   // a movie plays in a window beside a terminal
+ScreenScene harmlessScene(SceneLook const& look);  // a page with nothing private that looks as if
 
-/// A few scenes of four to six seconds with several dangers each, and some of twenty-odd for measuring.
+/// A few scenes of four to six seconds with several dangers each, and some forty for measuring, of half a minute where
+/// that shows more.
 std::vector<ScreenScene> quickScenes();
 std::vector<ScreenScene> allScenes();
 /// Of all scenes those that happen so; "" are all, "quick" the few.

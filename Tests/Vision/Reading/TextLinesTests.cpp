@@ -83,6 +83,16 @@ TEST(TextLines, wordsBelongTogetherAndColumnsDoNot) {
     EXPECT_NEAR(lines[2].box.y, 64, 4);
 }
 
+TEST(TextLines, fewLettersOfUprightStrokesAreALineToo) {
+    for (auto const* const text : {"PIN", "8U", "HTML"}) {
+        for (double const size : {13.0, 16.0, 20.0}) {
+            auto screen = blank(300, 100, black);
+            screen.write(text, 100, 40, {"Inter", size}, gray);
+            EXPECT_EQ(Page(screen).lines().size(), 1U) << text << " " << size;
+        }
+    }
+}
+
 TEST(TextLines, bordersRulesAndIconsAreNoText) {
     TextFace const face{"Inter", 14};
     auto screen = blank(800, 400);

@@ -1,5 +1,6 @@
+#include <TavaroVision/Scanning/Private/FoundTexts.h>
 #include <TavaroVision/Scanning/Private/ScreenClassifier.h>
-#include <TavaroVision/Scanning/Private/ScreenScanner.h>
+#include <TavaroVision/Scanning/Private/StretchScanner.h>
 #include <Tests/Vision/Drawing/DrawnScreen.h>
 
 #include <gtest/gtest.h>
@@ -28,13 +29,19 @@ public:
     using Drawing = std::function<std::vector<Line>(double seconds)>;
 
     std::vector<ScreenFinding> scan(double seconds, Drawing const& drawing) {
-        for (int frame = 0; frame < seconds * fps; ++frame) {
-            draw(drawing(double(frame) / fps));
+        std::vector<double> times;
+        for (int frame = 0; frame < seconds * fps; ++frame) times.push_back(double(frame) / fps);
+        return scan(times, seconds, drawing);
+    }
+
+    std::vector<ScreenFinding> scan(std::vector<double> const& times, double end, Drawing const& drawing) {
+        for (auto const time : times) {
+            draw(drawing(time));
             auto const gray = screen_.gray();
-            scanner_.show({gray.data(), width, height, width}, double(frame) / fps);
+            scanner_.show({gray.data(), width, height, width}, time);
         }
         isBehind_ = false;
-        return scanner_.finish(seconds);
+        return scanner_.finish(end);
     }
 
     int linesRead() const { return linesRead_; }
@@ -78,8 +85,9 @@ private:
     int linesRead_ = 0;
     ScreenClassifier classifier_{RedactionSettings{}};
     ReadMemory memory_;
+    FoundTexts found_;
     LineReading reader_ = [this](GrayView const&, std::span<TextLine const> lines) { return read(lines); };
-    ScreenScanner scanner_{{classifier_, reader_, memory_, {{1, 2}}}, width, height};
+    ScreenScanner scanner_{{classifier_, reader_, memory_, found_, {{1, 2}}}, width, height};
 };
 
 NormalizedRect areaAt(ScreenFinding const& finding, double seconds) {
@@ -87,6 +95,18 @@ NormalizedRect areaAt(ScreenFinding const& finding, double seconds) {
     track.keyframes = finding.keyframes;
     return track.areaAt(seconds);
 }
+
+/// Whether the middle of a row of text that begins there is covered while the frame of that time is shown.
+bool isCovered(std::vector<ScreenFinding> const& findings, double seconds, int left, int top) {
+    double const x = std::min(left + 40, width - 4) / double(width), y = (top + 11) / double(height);
+    return std::ranges::any_of(findings, [&](ScreenFinding const& finding) {
+        if (seconds < finding.start - 0.07 || seconds > finding.end) return false;
+        auto const area = areaAt(finding, seconds).unionWith(areaAt(finding, seconds - 0.07));
+        return area.x < x && area.maxX() > x && area.y < y - 0.012 && area.maxY() > y + 0.012;
+    });
+}
+
+double eased(double t) { return t <= 0 ? 0 : t >= 1 ? 1 : t * t * (3 - 2 * t); }
 
 }
 
@@ -136,6 +156,106 @@ TEST(ScreenScanner, whatIsTypedIsCoveredFromItsFirstLetters) {
     EXPECT_NEAR(findings[0].end, 5, 0.001);
     ASSERT_TRUE(findings[0].typed);
     EXPECT_NEAR(findings[0].typed->end(), 0.5 + double(secret.size()) / 12, 0.3);
+}
+
+TEST(ScreenScanner, betweenRarePicturesACoverStaysWhereTheTextIs) {
+    ScannedScreen screen;
+    auto const topAt = [](double at) { return at < 2 ? 300 : at < 3 ? 200 : 190; };
+    auto const findings = screen.scan({0, 2, 3}, 4, [&](double at) {
+        return std::vector<ScannedScreen::Line>{{"export TOKEN=" + secret, 40, topAt(at)},
+                                                {"a title", 40, topAt(at) - 60}};
+    });
+    for (double const at : {0.1, 1.0, 1.9, 1.98, 2.1, 2.9, 3.1, 3.9}) {
+        EXPECT_TRUE(isCovered(findings, at, 200, topAt(at))) << at;
+    }
+}
+
+TEST(ScreenScanner, aWindowThatIsDraggedTakesItsCoversAlong) {
+    ScannedScreen screen;
+    auto const placeAt = [](double at) {
+        auto const way = eased((at - 0.5) / 1.2);
+        return std::pair(30 + static_cast<int>(230 * way), 40 + static_cast<int>(250 * way));
+    };
+    auto const findings = screen.scan(2.5, [&](double at) {
+        std::vector<ScannedScreen::Line> lines;
+        for (int i = 0; i < 12; ++i) lines.push_back({"page " + std::to_string(i * 7919), 20, 5 + 40 * i});
+        auto const [x, y] = placeAt(at);
+        lines.push_back({"key " + secret, x, y});
+        return lines;
+    });
+    for (int frame = 1; frame < 75; ++frame) {
+        auto const [x, y] = placeAt(double(frame) / fps);
+        EXPECT_TRUE(isCovered(findings, (frame + 0.1) / fps, x + 120, y)) << frame;
+    }
+    EXPECT_LT(screen.linesRead(), 80) << "lines that others cover bit by bit are not read with every bit";
+}
+
+TEST(ScreenScanner, whatSlidesInIsCoveredFromItsFirstLetters) {
+    ScannedScreen screen;
+    auto const leftAt = [](double at) { return 300 + static_cast<int>(std::max(0.0, 0.9 - at) * 1500); };
+    auto const findings = screen.scan(2, [&](double at) {
+        return std::vector<ScannedScreen::Line>{{"news of today", 40, 40}, {secret, leftAt(at), 100}};
+    });
+    for (int frame = 17; frame < 60; ++frame) { // with five letters of it
+        EXPECT_TRUE(isCovered(findings, (frame + 0.1) / fps, leftAt(double(frame) / fps), 100)) << frame;
+    }
+}
+
+TEST(ScreenScanner, whatScrollsBackTooFastToBeReadIsKnown) {
+    ScannedScreen screen;
+    auto const topAt = [](double at) {
+        int const frame = static_cast<int>(std::lround(at * fps));
+        return frame < 20 ? 200 : frame < 50 ? -400 : frame < 56 ? -400 + 120 * (frame - 50) : 600;
+    };
+    auto const findings = screen.scan(2.5, [&](double at) {
+        std::vector<ScannedScreen::Line> lines;
+        for (int i = -14; i < 24; ++i)
+            lines.push_back({"row " + std::to_string((i + 20) * 7919), 40, topAt(at) + 26 * i});
+        lines[14].text = "export TOKEN=" + secret;
+        return lines;
+    });
+    for (int frame : {1, 10, 19, 54, 55}) { // at 80 and 200 on its way
+        EXPECT_TRUE(isCovered(findings, (frame + 0.1) / fps, 200, topAt(double(frame) / fps))) << frame;
+    }
+    EXPECT_FALSE(isCovered(findings, 1.2, 200, 200));
+}
+
+TEST(ScreenScanner, leavesThePictureWithItsText) {
+    ScannedScreen screen;
+    auto const topAt = [](double at) { return 300 - 40 * std::max(0, static_cast<int>(std::lround(at * fps)) - 30); };
+    auto const findings = screen.scan(2, [&](double at) {
+        return std::vector<ScannedScreen::Line>{{"export TOKEN=" + secret, 40, topAt(at)},
+                                                {"a title", 40, topAt(at) + 90}};
+    });
+    for (int frame = 1; frame < 38; ++frame) {
+        EXPECT_TRUE(isCovered(findings, (frame + 0.9) / fps, 200, topAt(double(frame) / fps))) << frame;
+    }
+}
+
+TEST(ScreenScanner, framesOfAnotherSizeAreLookedAtToo) {
+    ScreenClassifier classifier{RedactionSettings{}};
+    ReadMemory memory;
+    FoundTexts known;
+    LineReading const reader = [](GrayView const&, std::span<TextLine const> lines) {
+        std::vector<ReadLine> read;
+        for (auto const& line : lines) read.push_back({line.box, {{secret, line.box, 0.9F}}});
+        return read;
+    };
+    StretchScanner scanner({classifier, reader, memory, known, {{1, 2}}});
+    for (int frame = 0; frame < 60; ++frame) {
+        int const side = frame < 30 ? 400 : 200;
+        DrawnScreen screen(2 * side, side);
+        screen.fill({0, 0, 2 * side, side}, {24, 26, 32});
+        screen.write(secret, 20, 100, {.size = side < 300 ? 10.0 : 16.0}, {220, 220, 220});
+        auto const gray = screen.gray();
+        scanner.show({gray.data(), 2 * side, side, 2 * side}, double(frame) / fps);
+    }
+    auto const findings = scanner.finish(2);
+    ASSERT_EQ(findings.size(), 2U);
+    EXPECT_NEAR(findings[0].end, 1, 1e-6);
+    EXPECT_NEAR(findings[1].start, 1, 1e-6);
+    EXPECT_NEAR(areaAt(findings[0], 0.5).center().y, 0.27, 0.03);
+    EXPECT_NEAR(areaAt(findings[1], 1.5).center().y, 0.53, 0.03);
 }
 
 TEST(ScreenScanner, anEmptyScreenCostsNoReading) {
