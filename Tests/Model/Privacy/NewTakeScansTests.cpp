@@ -218,3 +218,23 @@ TEST_F(NewTakeScansTest, aProjectThatAnotherProgramHasIsWaitedForAndOneThatCanno
     EXPECT_TRUE(isFailed);
     EXPECT_TRUE(DueScan::isNoted(bad.url()));
 }
+
+TEST_F(NewTakeScansTest, whatWasFoundUntilNothingCouldBeReadAnyMoreIsKeptAndTheRestIsDue) {
+    auto const package = take("Broken");
+    Program program(folder);
+    program.scans.scanBy([whole = scan()](auto const& request, auto const& told, auto const& stop) {
+        auto outcome = whole(request, told, stop);
+        outcome.ranges = {{0, 30}};
+        outcome.isStopped = true;
+        outcome.failure = "The reader broke down.";
+        return outcome;
+    });
+    std::exception_ptr why;
+    program.scans.add(package.url());
+    program.scans.whenOver(package.url(), [&](auto const& failure) { why = failure; });
+    program.finish();
+    EXPECT_EQ(covers(package), 6u);
+    EXPECT_TRUE(why);
+    EXPECT_TRUE(DueScan::isDue(package, package.load()));
+    EXPECT_THAT(unscannedRanges(package.load(), {}), ElementsAre(TimeRange{30, 30}));
+}
