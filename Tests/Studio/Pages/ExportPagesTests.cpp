@@ -71,6 +71,40 @@ TEST_F(ExportPages, aRowWhoseButtonTabLeadsToIsInSight) {
     view.reset(); // before its queue
 }
 
+TEST_F(ExportPages, whatCanBeReadInAFilmIsInItsRowAndForWhoCannotSeeIt) {
+    ExportMemory const memory{.exports = {{.id = UUID::random(),
+                                           .package = take.package.url().string(),
+                                           .name = "Tour",
+                                           .state = ExportState::done,
+                                           .path = "/films/tour.mp4",
+                                           .checksFilm = true,
+                                           .checked = "1 private text can be read in it.\n0:01–0:02: Email a•••",
+                                           .isLegible = true}}};
+    memory.write(settings().memory);
+    ExportQueue exports(queue, application, settings());
+    waitFor([&] { return exports.count() == 1; });
+    show("ExportsPage.qml", {{QStringLiteral("queue"), QVariant::fromValue(&exports)}});
+    auto const isSome = [&](auto const& isIt) {
+        std::vector<QQuickItem*> items{view->rootObject()};
+        for (std::size_t i = 0; i < items.size(); ++i) {
+            if (isIt(*items[i])) return true;
+            for (auto* const child : items[i]->childItems()) items.push_back(child);
+        }
+        return false;
+    };
+    waitFor([&] {
+        return isSome([](QQuickItem& item) {
+            return nameOf(&item).endsWith(QStringLiteral("can be read in it.\n0:01–0:02: Email a•••"));
+        });
+    });
+    waitFor([&] {
+        return isSome([](QQuickItem& item) {
+            return item.property("text").toString().contains(QStringLiteral("Email a•••")) && item.height() > 20;
+        });
+    });
+    view.reset(); // before its queue
+}
+
 TEST_F(ExportPages, aRateThatIsNotAmongTheUsualIsShown) {
     std::shared_ptr<OpenProject> open;
     application.projects().open(take.package.url(), [&](auto const& outcome) { open = outcome.value(); });
