@@ -5,6 +5,7 @@
 #include <Tavaro/Commands/Names.h>
 #include <Tavaro/Commands/PrivacyScanRun.h>
 #include <Tavaro/Commands/Terminal.h>
+#include <Tavaro/Model/Project/PackagePath.h>
 #include <Tavaro/Model/Project/StoredProject.h>
 
 #include <TavaroCore/Errors/Error.h>
@@ -140,6 +141,12 @@ void scanProject(Options const& options) {
                     " What was found until then is hidden; the next scan goes on with the rest.");
 }
 
+void expectFilm(Options const& options) {
+    if (std::filesystem::is_directory(packagePath(options.file)))
+        throw Error(fmt::format("“{}” is a project. --check reads a finished film, as `tavaro export` makes it.",
+                                options.file));
+}
+
 std::optional<DemoProject> projectOfFilm(Options const& options) {
     return options.project.empty() ? std::nullopt : std::optional(openProject(options.project).project);
 }
@@ -147,6 +154,7 @@ std::optional<DemoProject> projectOfFilm(Options const& options) {
 /// What was rejected is meant to be read.
 void checkFilm(Options const& options) {
     auto const project = projectOfFilm(options);
+    expectFilm(options);
     expectPatterns(options);
     auto settings = project ? project->redactionSettings : RedactionSettings{};
     change(settings, options);

@@ -111,6 +111,7 @@ TEST_F(ScanCommand, whatCannotBeScannedIsSaidAndTheProjectStays) {
     EXPECT_EQ(scan({"--project", path("tour")}).exitCode, 2) << "that goes with --check";
     EXPECT_EQ(scan({"--check", "--again"}).exitCode, 2);
     EXPECT_EQ(tavaro({"scan", path("none.mp4"), "--check"}).exitCode, 1);
+    EXPECT_THAT(scan({"--check"}).error, HasSubstr("is a project. --check reads a finished film"));
     EXPECT_THAT(scan({"--pattern", "("}).error, StartsWith("“(” is no regular expression"));
     EXPECT_EQ(scan({"--word", ""}).exitCode, 2);
     EXPECT_THAT(scan({"--again", "--review", path("clip.mp4")}).error, StartsWith("Could not write “"))
