@@ -65,6 +65,7 @@ GripSides sidesOf(FilmGrip grip) {
 }
 
 std::vector<PlacedGrip> gripsOf(FilmThing const& thing) {
+    if (thing.isRejected) return {};
     if (thing.kind == ThingKind::arrow) return {{FilmGrip::from, thing.from}, {FilmGrip::to, thing.to}};
     if (thing.kind == ThingKind::divider) return {{FilmGrip::body, thing.rect.center()}};
     std::vector<PlacedGrip> grips;

@@ -345,6 +345,7 @@ TEST_F(FilmHandsTest, whatWasRejectedIsSeenWhileItIsSelected) {
     auto const thing = find(ThingKind::redaction, id);
     ASSERT_TRUE(thing);
     EXPECT_TRUE(thing->isRejected);
+    EXPECT_TRUE(gripsOf(*thing).empty()) << "which would be over the text";
     EXPECT_NEAR(thing->rect.x, shown.x, 1e-6);
     EXPECT_NEAR(thing->rect.maxY(), shown.maxY(), 1e-6);
     editor->clearSelection();
