@@ -9,6 +9,8 @@
 #include <QVariant>
 
 #include <array>
+#include <concepts>
+#include <set>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -132,6 +134,8 @@ private:
             row.isOptional = detail::IsOptional<Field>::value;
             if constexpr (NamedEnum<typename detail::ElementOf<T>::Type>)
                 row.choices = detail::choicesOf<typename detail::ElementOf<T>::Type>();
+            if constexpr (std::same_as<T, std::set<SensitiveKind>>) // one's own words are looked for by being there
+                std::erase_if(row.choices, [](auto const& each) { return each.name == nameOf(SensitiveKind::custom); });
         } else if constexpr (CaseType<T>) {
             addCase(field, facts, path);
         } else if constexpr (detail::IsOptional<Field>::value) {

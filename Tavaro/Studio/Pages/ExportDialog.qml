@@ -57,7 +57,7 @@ Dialog {
                         required property int index
                         readonly property var place: dialog.places[index]
 
-                        width: (cards.width - 3 * cards.columnSpacing) / 4
+                        width: Math.floor((cards.width - 3 * cards.columnSpacing) / 4) // or the last one's edge is cut
                         title: place?.title ?? ""
                         detail: place?.detail ?? ""
                         picture: place?.picture ?? ""

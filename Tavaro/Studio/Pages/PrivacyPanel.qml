@@ -80,8 +80,8 @@ Item {
         Item { Layout.fillHeight: true; visible: !list.visible }
     }
     Connections {
-        target: panel.findings
-        function onCurrentChanged() {
+        target: panel.desk.session
+        function onSelectionChanged() {
             if (panel.findings.current < 0 || panel.findings.current === list.currentIndex) return;
             list.currentIndex = panel.findings.current;
             list.positionViewAtIndex(list.currentIndex, ListView.Contain);

@@ -88,6 +88,20 @@ TEST_F(PrivacyPages, aHandSwitchesOneOrAKindAndGoesToIt) {
     EXPECT_THAT(page.warnings, IsEmpty());
 }
 
+TEST_F(PrivacyPages, theListStaysWhereAHandIsAndGoesToWhatIsSelectedElsewhere) {
+    fake.go();
+    auto page = shown("PrivacyPanel.qml");
+    press(page, QStringLiteral("Find private text"));
+    page.waitForItem(QStringLiteral("API key, s•••, 0:07.00 – 0:08.00, hidden"));
+    auto const current = [&] { return page.find(QStringLiteral("Findings"))->property("currentIndex").toInt(); };
+    page.session().select(std::vector{page.document().redactions->back().id}); // the key
+    EXPECT_EQ(current(), 4);
+    press(page, QStringLiteral("Hide b•••, 0:03.00 – 0:04.00"));
+    EXPECT_EQ(hidden(page), "a•••-s•••");
+    EXPECT_EQ(current(), 2) << "not back to the key";
+    EXPECT_THAT(page.warnings, IsEmpty());
+}
+
 TEST_F(PrivacyPages, aReaderThatIsMissingIsASentence) {
     fake.failure = "Text on the screen cannot be read: the reader is missing.";
     auto page = shown("PrivacyPanel.qml");
