@@ -12,6 +12,16 @@ import time
 
 HALF_WRITTEN = (".tmp", ".part")
 
+SUPPRESSIONS = os.path.join(os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__)))), "cmake")
+
+# How programs that were built with a sanitizer run.
+SANITIZERS = {
+    "ASAN_OPTIONS": "",
+    "LSAN_OPTIONS": f"suppressions={SUPPRESSIONS}/lsan.supp:print_suppressions=0",
+    "TSAN_OPTIONS": f"suppressions={SUPPRESSIONS}/tsan.supp:print_suppressions=0",
+    "UBSAN_OPTIONS": "",
+}
+
 
 class Fault(Exception):
     """What the program did that it must not do; the text says what, and how to see it again."""
@@ -29,8 +39,9 @@ class Stage:
         self.environment = {**os.environ, "HOME": self.home, "XDG_DATA_HOME": f"{self.home}/data",
                             "XDG_CACHE_HOME": f"{self.home}/cache", "XDG_CONFIG_HOME": f"{self.home}/config",
                             "XDG_STATE_HOME": f"{self.home}/state", "XDG_RUNTIME_DIR": self.home}
-        for name in ("ASAN_OPTIONS", "TSAN_OPTIONS", "UBSAN_OPTIONS"):
-            self.environment[name] = ":".join(filter(None, [os.environ.get(name), "log_path=" + self.path("sanitizer")]))
+        for name, usual in SANITIZERS.items():
+            options = [usual, os.environ.get(name), "log_path=" + self.path("sanitizer")]
+            self.environment[name] = ":".join(filter(None, options))
 
     def __enter__(self):
         return self

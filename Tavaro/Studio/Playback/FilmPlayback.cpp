@@ -35,10 +35,8 @@ FilmPlayback::FilmPlayback(ProjectPackage const& package) : FilmPlayback(package
 
 FilmPlayback::FilmPlayback(ProjectPackage const& package, Means given)
     : clock_(given.time ? given.time : mediaClockNow)
-    , player_(package, clock_, completed(std::move(given)).output, [this] {
-        QMetaObject::invokeMethod(
-            this, [this] { takeReport(); }, Qt::QueuedConnection);
-    }) {
+    , player_(package, clock_, completed(std::move(given)).output,
+              [this] { QMetaObject::invokeMethod(this, &FilmPlayback::takeReport, Qt::QueuedConnection); }) {
     ticks_.setInterval(tickMilliseconds);
     connect(&ticks_, &QTimer::timeout, this, &FilmPlayback::positionChanged);
 }

@@ -30,10 +30,8 @@ FilmPreview::FilmPreview(OpenProject& project) : FilmPreview(project, FilmPlayba
 FilmPreview::FilmPreview(OpenProject& project, FilmPlayback::Means means)
     : project_(project)
     , playback_(project.package(), std::move(means))
-    , player_(project.package(), playback_.clock(), [this] {
-        QMetaObject::invokeMethod(
-            this, [this] { takePicture(); }, Qt::QueuedConnection);
-    }) {
+    , player_(project.package(), playback_.clock(),
+              [this] { QMetaObject::invokeMethod(this, &FilmPreview::takePicture, Qt::QueuedConnection); }) {
     observation_ = project_.observe([this](ProjectChange const& change) {
         if (!change.fields.any()) return;
         if (!change.items.empty() && shown_ == FilmView{})

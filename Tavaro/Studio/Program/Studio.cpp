@@ -20,7 +20,7 @@ constexpr int longestSave = 3000;      // milliseconds, for somebody else to be 
 constexpr int shown = 3000;            // milliseconds, after which the window is there
 constexpr int begun = 20'000;          // milliseconds, after which nobody waits for the window any more
 
-UpdateCheck::Settings ownUpdates() { return {.program = QCoreApplication::applicationFilePath()}; }
+UpdateCheck::Settings ownUpdates() { return {.program = QCoreApplication::applicationFilePath().toStdString()}; }
 
 }
 
@@ -33,7 +33,7 @@ Studio::Studio(MainQueue& queue, std::optional<ApplicationInstance> place)
     , exports_(queue, application_)
     , projects_(queue, application_.projects(), application_.preferences())
     , agentSettings_(application_.preferences())
-    , updates_(application_.preferences(), ownUpdates())
+    , updates_(queue, application_.preferences(), ownUpdates())
     , speech_(queue, application_.preferences())
     , asking_(queue, "com.tavaro.studio.place") {
     connect(&library_, &Library::openRequested, &projects_, &OpenedProjects::open);

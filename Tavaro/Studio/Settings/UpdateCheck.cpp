@@ -3,14 +3,16 @@
 #include <Tavaro/Studio/Settings/PackagePolicy.h>
 
 #include <TavaroCore/Errors/Error.h>
+#include <TavaroPlatform/Processes/DetachedProcess.h>
+#include <TavaroPlatform/Processes/ProgramRun.h>
 
 #include <QDateTime>
 #include <QFileInfo>
 #include <QLocale>
-#include <QProcessEnvironment>
 
 #include <chrono>
 #include <utility>
+#include <vector>
 
 namespace tavaro {
 
@@ -21,35 +23,28 @@ using namespace std::chrono_literals;
 constexpr auto betweenLooks = 6h; // at the clock; a program may run for weeks
 constexpr auto week = std::chrono::duration_cast<std::chrono::seconds>(24h * 7);
 
-/// Nothing else is started for it, and what it prints is for us.
-QProcessEnvironment plainEnvironment() {
-    auto environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(QStringLiteral("LC_ALL"), QStringLiteral("C"));
-    return environment;
+/// Empty where the program is not there or fails. It says it in English.
+std::string saidBy(std::string const& program, std::vector<std::string> const& arguments, std::stop_token const& stop) {
+    auto const file = findProgram(program);
+    if (!file) return {};
+    ProgramRun run{.command = {file->string()}, .more = {"LC_ALL=C"}};
+    run.command.insert(run.command.end(), arguments.begin(), arguments.end());
+    auto answer = runProgram(run, stop);
+    return answer.isGood() ? std::move(answer.out) : std::string();
 }
 
 }
 
-UpdateCheck::UpdateCheck(Preferences& preferences, Settings settings)
+UpdateCheck::UpdateCheck(MainQueue& queue, Preferences& preferences, Settings settings)
     : preferences_(preferences)
     , settings_(std::move(settings))
-    , observation_(preferences.observe([this] { Q_EMIT changed(); })) {
-    process_.setProcessEnvironment(plainEnvironment());
-    process_.setStandardInputFile(QProcess::nullDevice());
-    process_.setStandardErrorFile(QProcess::nullDevice());
-    connect(&process_, &QProcess::finished, this, [this](int code) {
-        auto const said = std::exchange(said_, {});
-        if (said) said(code == 0 ? QString::fromUtf8(process_.readAllStandardOutput()) : QString());
-    });
-    connect(&process_, &QProcess::errorOccurred, this, [this](QProcess::ProcessError error) {
-        if (error != QProcess::FailedToStart) return; // the others are told of at its end
-        if (auto const said = std::exchange(said_, {})) said(QString());
-    });
+    , observation_(preferences.observe([this] { Q_EMIT changed(); }))
+    , side_(queue, "com.tavaro.updates") {
     connect(&timer_, &QTimer::timeout, this, &UpdateCheck::lookWeekly);
     timer_.start(betweenLooks);
 }
 
-UpdateCheck::~UpdateCheck() { process_.disconnect(this); }
+UpdateCheck::~UpdateCheck() { ending_.request_stop(); }
 
 bool UpdateCheck::isWeekly() const { return preferences_.get(updatesLookedFor); }
 
@@ -74,21 +69,28 @@ void UpdateCheck::lookWeekly() {
 }
 
 void UpdateCheck::look() {
-    if (isLooking()) return;
-    ask(settings_.ownerQuery, {QStringLiteral("-S"), settings_.program}, [this](QString const& said) {
-        auto const package = QString::fromStdString(packageOf(said.toStdString()));
-        if (package.isEmpty()) {
-            return finish(false, tr("This Tavaro was not installed as a package."),
-                          tr("Whoever built it knows whether there is a newer one."));
-        }
-        ask(settings_.policyQuery, {QStringLiteral("policy"), package},
-            [this, package](QString const& policy) { tellPolicy(package, policy); });
-    });
+    if (std::exchange(isLooking_, true)) return;
+    side_.ask([settings = settings_, stop = ending_.get_token()] { return asked(settings, stop); },
+              [this](Outcome<Answers> const& answers) {
+                  isLooking_ = false;
+                  tell(answers.failure() ? Answers{} : answers.value());
+              });
     Q_EMIT changed();
 }
 
-void UpdateCheck::tellPolicy(QString const& package, QString const& said) {
-    auto const policy = packagePolicy(said.toStdString());
+UpdateCheck::Answers UpdateCheck::asked(Settings const& settings, std::stop_token const& stop) {
+    auto const package = packageOf(saidBy(settings.ownerQuery, {"-S", settings.program}, stop));
+    if (package.empty()) return {};
+    return {package, saidBy(settings.policyQuery, {"policy", package}, stop)};
+}
+
+void UpdateCheck::tell(Answers const& answers) {
+    if (answers.package.empty()) {
+        return finish(false, tr("This Tavaro was not installed as a package."),
+                      tr("Whoever built it knows whether there is a newer one."));
+    }
+    auto const package = QString::fromStdString(answers.package);
+    auto const policy = packagePolicy(answers.policy);
     if (policy.installed.empty())
         return finish(false, tr("The package manager does not answer."), tr("Try “apt-cache policy %1”.").arg(package));
     if (policy.hasNewer()) {
@@ -108,11 +110,6 @@ QString UpdateCheck::age() const {
     QFileInfo const lists(QString::fromStdString(settings_.lists.string()));
     if (!lists.exists()) return {};
     return tr("It last fetched what there is on %1.").arg(QLocale().toString(lists.lastModified().date()));
-}
-
-void UpdateCheck::ask(QString const& program, QStringList const& arguments, Said said) {
-    said_ = std::move(said);
-    process_.start(program, arguments, QIODevice::ReadOnly);
 }
 
 void UpdateCheck::finish(bool isAvailable, QString const& text, QString const& hint) {

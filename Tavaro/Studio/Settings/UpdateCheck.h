@@ -1,17 +1,18 @@
 #pragma once
 
 #ifndef Q_MOC_RUN // whose parser of Qt 6.4 gives up in there
+#include <Tavaro/Model/Jobs/SideQueue.h>
+
 #include <TavaroPlatform/Preferences/Preferences.h>
 #endif
 
 #include <QObject>
-#include <QProcess>
 #include <QString>
-#include <QStringList>
 #include <QTimer>
 
 #include <filesystem>
-#include <functional>
+#include <stop_token>
+#include <string>
 
 namespace tavaro {
 
@@ -31,16 +32,16 @@ class UpdateCheck : public QObject {
 
 public:
     struct Settings {
-        QString program; // this one's file
-        QString ownerQuery = QStringLiteral("dpkg-query");
-        QString policyQuery = QStringLiteral("apt-cache");
+        std::string program; // this one's file
+        std::string ownerQuery = "dpkg-query";
+        std::string policyQuery = "apt-cache";
         std::filesystem::path lists = "/var/lib/apt/lists"; // changes whenever the manager fetches what there is
     };
 
-    UpdateCheck(Preferences& preferences, Settings settings);
+    UpdateCheck(MainQueue& queue, Preferences& preferences, Settings settings);
     ~UpdateCheck() override;
 
-    bool isLooking() const { return process_.state() != QProcess::NotRunning; }
+    bool isLooking() const { return isLooking_; }
     bool isAvailable() const { return isAvailable_; }
     QString const& text() const { return text_; }
     QString const& hint() const { return hint_; }
@@ -57,21 +58,26 @@ Q_SIGNALS:
     void failed(QString const& sentence);
 
 private:
-    using Said = std::function<void(QString const&)>;
+    /// What the package manager says, on the side: of whose package this program's file is, and what there is of it.
+    struct Answers {
+        std::string package; // empty: of none
+        std::string policy;
+    };
+    static Answers asked(Settings const& settings, std::stop_token const& stop);
 
-    void ask(QString const& program, QStringList const& arguments, Said said);
+    void tell(Answers const& answers);
     void finish(bool isAvailable, QString const& text, QString const& hint);
-    void tellPolicy(QString const& package, QString const& said);
     QString age() const;
 
     Preferences& preferences_;
     Settings const settings_;
-    QProcess process_;
     QTimer timer_;
-    Said said_;
+    bool isLooking_ = false;
     bool isAvailable_ = false;
     QString text_, hint_;
     Preferences::Observation observation_;
+    std::stop_source ending_;
+    SideQueue side_; // goes first
 };
 
 }

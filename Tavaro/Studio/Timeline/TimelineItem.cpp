@@ -90,10 +90,7 @@ void TimelineItem::shown() {
 
 std::function<void()> TimelineItem::repaint() {
     // Called on the tiles' threads, which end before the item does.
-    return [this] {
-        QMetaObject::invokeMethod(
-            this, [this] { dirty(); }, Qt::QueuedConnection);
-    };
+    return [this] { QMetaObject::invokeMethod(this, &TimelineItem::dirty, Qt::QueuedConnection); };
 }
 
 void TimelineItem::setMedia(FilmStills::Place place, PeakFolder folder) {

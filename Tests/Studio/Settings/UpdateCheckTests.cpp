@@ -38,10 +38,10 @@ protected:
                 .policyQuery = file("apt-cache"),
                 .lists = folder.path()};
     }
-    QString file(char const* name) const { return QString::fromStdString((folder / name).string()); }
+    std::string file(char const* name) const { return (folder / name).string(); }
     /// What is said, and whether there is a newer one.
     std::pair<std::string, bool> looked() {
-        UpdateCheck check(preferences, settings());
+        UpdateCheck check(queue, preferences, settings());
         check.look();
         EXPECT_TRUE(becomes([&] { return !check.text().isEmpty(); }));
         EXPECT_FALSE(check.isLooking());
@@ -50,6 +50,8 @@ protected:
     }
 
     TemporaryFolder const folder;
+    MainQueue queue;
+    QueueInLoop const loop{queue};
     Preferences preferences{folder / "preferences.json"};
     std::string const web = "        500 http://deb.example.org/debian bookworm/main amd64 Packages\n";
 };
@@ -75,7 +77,7 @@ TEST_F(Updates, thePackageManagerIsAskedAndWhatItSaysIsSaid) {
 TEST_F(Updates, itIsLookedForOnceAWeekUnlessThatIsOff) {
     knows("0.1.0", "0.2.0", web);
     auto const looks = [&] {
-        UpdateCheck check(preferences, settings());
+        UpdateCheck check(queue, preferences, settings());
         check.lookWeekly();
         return check.isLooking() && becomes([&] { return check.isAvailable(); });
     };
@@ -87,7 +89,7 @@ TEST_F(Updates, itIsLookedForOnceAWeekUnlessThatIsOff) {
     preferences.set(updatesLastLook, now + 8 * day); // the clock was wrong
     EXPECT_TRUE(looks());
     preferences.set(updatesLastLook, now - 8 * day);
-    UpdateCheck(preferences, settings()).setWeekly(false);
+    UpdateCheck(queue, preferences, settings()).setWeekly(false);
     EXPECT_FALSE(looks());
 }
 
