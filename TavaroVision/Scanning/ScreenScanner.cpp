@@ -12,7 +12,7 @@ namespace tavaro {
 ScreenScanner::ScreenScanner(ScanTools const& tools, int width, int height)
     : tools_(tools)
     , tiles_(width, height)
-    , dirty_(tiles_)
+    , dirty_(tiles_, tools.interval)
     , lines_(tools.reader, tools.memory)
     , covers_(tools.key, tools.found, width, height) {}
 
