@@ -209,7 +209,9 @@ private:
 
     void keep(ScreenText const& text, std::vector<SensitiveMatch> const& matches, Part part) {
         for (auto const& match : matches) {
-            if (!isValue(std::string_view(text.text()).substr(match.start, match.length))) continue;
+            auto const value = std::string_view(text.text()).substr(match.start, match.length);
+            bool const isSecret = match.kind == SensitiveKind::secret;
+            if (!isValue(value) || (isSecret && text.isSentence(match.start, match.end()))) continue;
             bool const isWhole = isNumberOrAddress(match.kind);
             if (part == Part::numbersOfLast && !isWhole) continue;
             bool const isKey = match.kind == SensitiveKind::apiKey || match.kind == SensitiveKind::token;

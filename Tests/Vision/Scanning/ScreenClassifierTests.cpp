@@ -261,7 +261,7 @@ TEST(ScreenClassifier, harmlessTextStaysLegible) {
           "v2.14.0 10.0.1.14:5432 12 345 678 views",
           "box-shadow: 0 0 10px rgba(0, 0, 0, 0.5); margin: 4px 1440px 8px 1080px", "total 14.50 1204 3301 2211 0088",
           "src=data:image/png;base64,iVBORw0KGgoAAAANSUhEUgAAAAUAAAAFCAYAAACNbyblAAAAHElEQVQI12P4", "f(415) 5 of 4845"})
-        EXPECT_EQ(covered(line), line + "\n");
+        EXPECT_EQ(covered(line).find('#'), std::string::npos) << covered(line);
 }
 
 TEST(ScreenClassifier, columnsAreReadFromTheTopEachByItself) {
