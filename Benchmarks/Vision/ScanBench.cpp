@@ -81,7 +81,8 @@ void measureCorpus(fs::path const& folder, std::string_view only, std::string_vi
                     judged.frames, judged.falseCovers, scene.happens.c_str(), scene.look.c_str());
         std::fflush(stdout);
         leavePictures(scene, judged, outcome.findings);
-        for (auto const time : judged.doubtful) printReadings(scene, movie, time, judged.missedSecrets);
+        for (std::size_t i = 0; i < judged.doubtful.size(); ++i)
+            printReading(scene, movie, judged.doubtful[i], judged.doubtfulSecrets[i]);
         byKind[scene.happens] += judged;
         total += judged;
     }

@@ -144,8 +144,7 @@ void printPage(std::filesystem::path const& movie, double seconds) {
     }
 }
 
-void printReadings(ScreenScene const& scene, std::filesystem::path const& movie, double seconds,
-                   std::vector<std::size_t> const& secrets) {
+void printReading(ScreenScene const& scene, std::filesystem::path const& movie, double seconds, std::size_t secret) {
     TextReader reader;
     Figures figures;
     MovieReader frames(movie);
@@ -153,13 +152,8 @@ void printReadings(ScreenScene const& scene, std::filesystem::path const& movie,
     BrightnessReader brightness;
     auto const view = brightness.view(frame);
     Still const still({view.pixels, view.width, view.height, view.stride}, reader, figures);
-    auto const shown = lettersBySecret(scene.at(seconds));
-    for (auto const secret : secrets) {
-        auto const letters = shown.find(secret);
-        if (letters == shown.end()) continue;
-        std::printf("scan.read 1 [%s] at %.2f s as:", scene.secrets[secret].value.c_str(), seconds);
-        still.printRows(letters->second);
-    }
+    std::printf("scan.read 1 [%s] at %.2f s as:", scene.secrets[secret].value.c_str(), seconds);
+    still.printRows(lettersBySecret(scene.at(seconds))[secret]);
 }
 
 void measureStills(std::string_view only, std::string_view wanted) {

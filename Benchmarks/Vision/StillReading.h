@@ -3,7 +3,6 @@
 #include <cstddef>
 #include <filesystem>
 #include <string_view>
-#include <vector>
 
 namespace tavaro {
 
@@ -16,8 +15,7 @@ void measureStills(std::string_view only, std::string_view look);
 /// Prints the lines that are read at that second of a movie, and whether each has something private.
 void printPage(std::filesystem::path const& movie, double seconds);
 
-/// Prints what is read at that second of a scene's movie where it shows those secrets.
-void printReadings(ScreenScene const& scene, std::filesystem::path const& movie, double seconds,
-                   std::vector<std::size_t> const& secrets);
+/// Prints what is read at that second of a scene's movie in the rows where it shows the secret.
+void printReading(ScreenScene const& scene, std::filesystem::path const& movie, double seconds, std::size_t secret);
 
 }

@@ -45,7 +45,7 @@ bool isMailAddress(std::string_view text, std::string_view before, std::string_v
     if (!isDomainOfTop(ending) || isScale(label) || label.empty() || domain.find("..") != domain.npos) return false;
     auto const user = text.substr(0, text.find('@'));
     bool const isCode = user == "this" || user == "super" || after.starts_with('(');
-    if (isCode || (isFileType(ending) && isUpper(label[0]))) return false;
+    if (isCode || (isFileType(ending) && (isUpper(label[0]) || user.size() < 2))) return false; // "x@y.py"
     bool const isPlace = after.starts_with(":/") || after.starts_with(":~") || after.starts_with(":.");
     if (isPlace || (user == "git" && after.starts_with(':'))) return false;
     bool const isHandle = before.ends_with('@') || before.ends_with("/@"); // "@maria@social.example"

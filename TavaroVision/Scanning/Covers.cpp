@@ -255,7 +255,7 @@ void Covers::addKnown(ScreenHistory const& history, ChangedTiles const& tiles) {
         if (isBelowAny({x + part.x, y, part.width, part.height}, height)) return;
         auto const shown =
             part.width == patch.width() ? text.patch : std::make_shared<TextPatch const>(patch.view(), part, height);
-        if (!tracker) tracker.emplace(history);
+        if (!tracker) tracker.emplace(history, tiles);
         begin({tracker->trackedFrom(shown, x + part.x, y), {}}, text);
     });
 }

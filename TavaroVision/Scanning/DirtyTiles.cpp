@@ -8,14 +8,14 @@ namespace tavaro {
 
 namespace {
 
-constexpr double quiet = 0.045; // seconds without a change: two frames of a slow recording
-constexpr double interval = 0.25, longestInterval = 1;
+constexpr double quiet = 0.045;   // seconds without a change: two frames of a slow recording
+constexpr double longestWait = 4; // intervals
 constexpr std::uint8_t mostFruitless = 4;
 constexpr int bandMargin = 48; // pixels: a line is seen whole
 
 }
 
-DirtyTiles::DirtyTiles(ChangedTiles const& tiles) : changes_(tiles) {
+DirtyTiles::DirtyTiles(ChangedTiles const& tiles, double interval) : changes_(tiles), interval_(interval) {
     auto const count = static_cast<std::size_t>(tiles.columns()) * static_cast<std::size_t>(tiles.rows());
     tiles_.resize(count);
     covered_.resize(count);
@@ -91,12 +91,12 @@ bool DirtyTiles::isBusy() const {
 
 bool DirtyTiles::markDue(double next) {
     bool const takesAll = isFlash(next), isBusy = this->isBusy();
-    if (!takesAll && next - readAt_ < interval && isBusy) return false;
+    if (!takesAll && next - readAt_ < interval_ && isBusy) return false;
     bool isAny = false;
     for (auto& one : tiles_) {
         if (!one.isDirty) continue;
-        auto const patience = std::min(longestInterval, interval * (1 << one.fruitless));
-        bool const isQuiet = next - one.changedAt >= quiet && next - one.readAt >= interval;
+        auto const patience = interval_ * std::min<double>(longestWait, 1 << one.fruitless);
+        bool const isQuiet = next - one.changedAt >= quiet && next - one.readAt >= interval_;
         // What scrolls is in no place for long.
         bool const isOld = (isBusy || next - one.dirtySince >= patience) && next - one.readAt >= patience;
         one.isDue = isQuiet || isOld || (takesAll && next - one.changedAt >= quiet);

@@ -3,6 +3,7 @@
 #include <TavaroVision/Scanning/PrivacyScan.h>
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 namespace tavaro {
@@ -82,6 +83,27 @@ void absorb(ScreenFinding& whole, ScreenFinding const& part) {
     whole.start = part.start;
 }
 
+/// Whether the second seems to be the first, read a little differently.
+bool isNextReading(ScreenFinding const& a, ScreenFinding const& b) {
+    bool const isNext = a.kind == b.kind && b.start > a.end && b.start <= a.end + bridged;
+    if (!isNext) return false;
+    auto const last = areaAt(a, a.end), first = areaAt(b, b.start);
+    auto const middle = first.center();
+    return std::abs(middle.x - last.center().x) < far && std::abs(middle.y - last.center().y) < far &&
+           std::min(last.width, first.width) > 0.5 * std::max(last.width, first.width);
+}
+
+/// What is read differently from one time to the next, as of a page that is zoomed, is covered in between.
+void coverGaps(std::vector<ScreenFinding>& findings) {
+    for (auto& finding : findings) {
+        auto const next =
+            std::ranges::find_if(findings, [&](ScreenFinding const& other) { return isNextReading(finding, other); });
+        if (next == findings.end()) continue;
+        append(finding, {.start = next->start, .end = next->start, .keyframes = {next->keyframes.front()}});
+        finding.end = next->start;
+    }
+}
+
 }
 
 std::vector<ScreenFinding> joinedFindings(std::vector<ScreenFinding> findings) {
@@ -98,6 +120,7 @@ std::vector<ScreenFinding> joinedFindings(std::vector<ScreenFinding> findings) {
         before->end = std::max(before->end, finding.end);
         if (!before->typed) before->typed = finding.typed;
     }
+    coverGaps(joined);
     return joined;
 }
 

@@ -93,7 +93,7 @@ public:
 
 private:
     void scan(TimeRange const& range) {
-        StretchScanner scanner({classifier_, reader_, memory_, found_, request_.key});
+        StretchScanner scanner({classifier_, reader_, memory_, found_, request_.key, request_.interval});
         double reached = range.start;
         std::vector<ScreenFinding> findings;
         try {

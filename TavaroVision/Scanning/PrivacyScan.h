@@ -34,6 +34,7 @@ struct ScanRequest {
     RedactionSettings settings;
     std::vector<TimeRange> ranges; // what of the recording is looked at; ascending, apart; empty: all of it
     FindingKey key;
+    double interval = 0.25; // seconds after which what keeps changing is read again
 };
 
 struct ScanProgress {

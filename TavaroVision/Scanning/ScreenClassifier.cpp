@@ -56,6 +56,19 @@ bool isNearlyBase64(std::string_view text) {
     return text.size() >= shortest && others * 12 <= text.size() && isMixed(text);
 }
 
+/// Long words of base64 in a line that has other text too.
+std::vector<std::string_view> base64Words(std::string_view text) {
+    constexpr std::size_t shortest = 24;
+    std::vector<std::string_view> words;
+    for (std::size_t start = 0; start < text.size();) {
+        auto const end = std::min(text.find(' ', start), text.size());
+        auto const word = text.substr(start, end - start);
+        if (word.size() >= shortest && isNearlyBase64(word)) words.push_back(word);
+        start = end + 1;
+    }
+    return words;
+}
+
 /// Where lines of a column end at most, and whether that is where its window does: then several of them do.
 struct RightEdge {
     int furthest = 0;
@@ -110,18 +123,8 @@ public:
         , lines_(lines) {}
 
     void readColumn(std::vector<std::size_t> const& column) {
-        for (auto const& style : styles) {
-            LinesAbove above;
-            for (auto const line : column) {
-                ScreenText const text(lines_, std::span(&line, 1), style);
-                auto const before = above;
-                keep(text, classifier_.matches(text.text(), above), Part::any);
-                if (style.mending != Mending::everything) continue;
-                keepKeys(text, Part::any);
-                keepKeyFile(text, before, above);
-            }
-        }
         RightEdge const edge(lines_, column);
+        for (auto const& style : styles) readColumn(column, edge, style);
         for (std::size_t i = 0; i + 1 < column.size(); ++i) i = readWrapped(column, i, edge);
     }
 
@@ -151,10 +154,29 @@ private:
     using Wraps = TextStyle::Wraps;
     enum class Part { any, overWraps, overEdge, numbersOfLast };
 
+    static constexpr std::size_t mostOfWrapped = 12; // letters of a line of a key file that wraps
+
     static constexpr std::array<TextStyle, 4> styles{{{Spaces::all, Mending::prefixes},
                                                       {Spaces::all, Mending::everything},
                                                       {Spaces::whereThereIsRoom, Mending::everything},
                                                       {Spaces::notAtJoints, Mending::everything}}};
+
+    void readColumn(std::vector<std::size_t> const& column, RightEdge const& edge, TextStyle const& style) {
+        LinesAbove above;
+        for (std::size_t i = 0; i < column.size(); ++i) {
+            ScreenText const text(lines_, std::span(column).subspan(i, 1), style);
+            bool const mayGoOn = i == 0 || edge.isReachedBy(lines_[column[i - 1]]);
+            if (above.expected == LinesAbove::Expected::restOfSecret && !mayGoOn) above = {};
+            auto const before = above;
+            keep(text, classifier_.matches(text.text(), above), Part::any);
+            if (style.mending != Mending::everything) continue;
+            keepKeys(text, Part::any);
+            auto const next = std::span(column).subspan(i + 1, i + 1 < column.size() ? 1 : 0);
+            if (before.expected == LinesAbove::Expected::bodyOfKeyFile && above.expected != before.expected &&
+                keepKeyFile(text, ScreenText(lines_, next, style).text()))
+                above = before;
+        }
+    }
 
     /// From a line that may go on below it to the last that it may go on to, which is returned.
     std::size_t readWrapped(std::vector<std::size_t> const& column, std::size_t first, RightEdge const& edge) {
@@ -187,7 +209,9 @@ private:
 
     void keep(ScreenText const& text, std::vector<SensitiveMatch> const& matches, Part part) {
         for (auto const& match : matches) {
-            if (!isValue(std::string_view(text.text()).substr(match.start, match.length))) continue;
+            auto const value = std::string_view(text.text()).substr(match.start, match.length);
+            bool const isSecret = match.kind == SensitiveKind::secret;
+            if (!isValue(value) || (isSecret && text.isSentence(match.start, match.end()))) continue;
             bool const isWhole = isNumberOrAddress(match.kind);
             if (part == Part::numbersOfLast && !isWhole) continue;
             bool const isKey = match.kind == SensitiveKind::apiKey || match.kind == SensitiveKind::token;
@@ -196,14 +220,21 @@ private:
         }
     }
 
-    /// A line inside of a key file of which a letter was misread, or a blank read in it; the file goes on.
-    void keepKeyFile(ScreenText const& text, LinesAbove const& before, LinesAbove& above) {
-        auto const inside = LinesAbove::Expected::bodyOfKeyFile;
-        if (before.expected != inside || above.expected == inside || !isNearlyBase64(text.text())) return;
-        above = before;
-        if (kinds_.contains(SensitiveKind::privateKey))
-            keep(text, SensitiveKind::privateKey, std::string(displayName(SensitiveKind::privateKey)), 0,
-                 text.text().size(), Part::any);
+    /// A line inside of a key file of which a letter was misread, or beside another window; the end of one that wraps.
+    /// Whether the file goes on.
+    bool keepKeyFile(ScreenText const& text, std::string_view below) {
+        auto const& line = text.text();
+        bool const goesOn = below.starts_with("--") || isNearlyBase64(below) || !base64Words(below).empty();
+        bool const isEnd = line.size() <= mostOfWrapped && std::ranges::all_of(line, isAlphanumeric) && goesOn;
+        auto parts = base64Words(line);
+        if (isEnd || isNearlyBase64(line)) parts = {line};
+        for (auto const part : parts) {
+            auto const start = static_cast<std::size_t>(part.data() - line.data());
+            if (kinds_.contains(SensitiveKind::privateKey))
+                keep(text, SensitiveKind::privateKey, std::string(displayName(SensitiveKind::privateKey)), start,
+                     start + part.size(), Part::any);
+        }
+        return !parts.empty();
     }
 
     void keepKeys(ScreenText const& text, Part part) {

@@ -201,13 +201,14 @@ void ScreenLines::replace(ScreenLine& line) {
     std::erase_if(lines_, takesPlace);
 }
 
-std::vector<PixelBox> ScreenLines::read(ScreenHistory const& history, std::vector<PixelBox> const& bands,
+std::vector<PixelBox> ScreenLines::read(ScreenHistory const& history, ChangedTiles const& tiles,
+                                        std::vector<PixelBox> const& bands,
                                         std::function<bool(PixelBox const&)> const& isDue) {
     std::vector<PixelBox> withWords;
     auto const picture = history.last().picture->view();
     auto fresh = freshLines(history.last(), bands, isDue, withWords);
     readFresh(picture, fresh);
-    BackTracker tracker(history);
+    BackTracker tracker(history, tiles);
     std::vector<ScreenLine> born;
     for (auto& one : fresh) {
         if (!one.words->empty()) withWords.push_back(one.box);

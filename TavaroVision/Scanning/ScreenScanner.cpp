@@ -12,12 +12,12 @@ namespace tavaro {
 ScreenScanner::ScreenScanner(ScanTools const& tools, int width, int height)
     : tools_(tools)
     , tiles_(width, height)
-    , dirty_(tiles_)
+    , dirty_(tiles_, tools.interval)
     , lines_(tools.reader, tools.memory)
     , covers_(tools.key, tools.found, width, height) {}
 
 void ScreenScanner::show(GrayView const& picture, double time) {
-    auto const changes = tiles_.compare(picture);
+    auto const changes = tiles_.compare(picture, time);
     if (!history_.isEmpty() && dirty_.markDue(time)) readDue();
     if (changes == 0) {
         auto same = history_.last();
@@ -38,7 +38,7 @@ void ScreenScanner::show(GrayView const& picture, double time) {
 
 void ScreenScanner::readDue() {
     auto const withWords =
-        lines_.read(history_, dirty_.dueBands(), [&](PixelBox const& box) { return dirty_.isDue(box); });
+        lines_.read(history_, tiles_, dirty_.dueBands(), [&](PixelBox const& box) { return dirty_.isDue(box); });
     dirty_.clearDue(withWords, history_.last().time);
     if (lines_.takeIsNew()) classify();
 }
@@ -48,7 +48,7 @@ void ScreenScanner::classify() {
     for (auto const& line : lines_.lines()) {
         placed.push_back({line.place.box(), line.place.patch->letterHeight(), line.words});
     }
-    BackTracker tracker(history_);
+    BackTracker tracker(history_, tiles_);
     for (auto const& found : tools_.classifier.privateTexts(placed)) {
         covers_.add(found, lines_.lines()[found.line], tracker);
     }

@@ -13,6 +13,9 @@ namespace {
 constexpr double tightGap = 0.55;              // of a letter's height: no room for a space
 constexpr std::string_view joints = "-._:/@="; // inside of values, often read with a space beside them
 
+bool isDigit(char c) { return c >= '0' && c <= '9'; }
+bool isLower(char c) { return c >= 'a' && c <= 'z'; }
+
 bool isTokenCharacter(char c) {
     return (c >= '0' && c <= '9') || ((c | 32) >= 'a' && (c | 32) <= 'z') ||
            std::string_view("+/=_-.@~:").find(c) != std::string_view::npos;
@@ -94,6 +97,22 @@ std::size_t ScreenText::wordStart(std::size_t start) const {
     constexpr std::string_view opening = " \"'`,;:=<>()[]{}@/\\|";
     while (start > 0 && opening.find(text[start - 1]) == opening.npos) --start;
     return start;
+}
+
+bool ScreenText::isSentence(std::size_t start, std::size_t end) const {
+    constexpr int fewestWithNumbers = 3; // words
+    auto const first = mended_.origin(start), last = mended_.origin(end);
+    int words = 0, numbers = 0;
+    for (auto const& word : words_) {
+        auto const& text = word.read->text;
+        if (word.start + text.size() <= first || word.start >= last) continue;
+        bool const isNumber = std::ranges::all_of(text, isDigit);
+        if (!isNumber && !std::all_of(text.begin() + 1, text.end(), isLower)) return false;
+        if (words > 0 && read_[word.start - 1] == ' ') return false;
+        ++words;
+        numbers += isNumber;
+    }
+    return words > 1 && (numbers == 0 || words >= fewestWithNumbers);
 }
 
 std::vector<ScreenText::Place> ScreenText::placesOf(std::size_t start, std::size_t end) const {

@@ -11,6 +11,7 @@ namespace {
 constexpr int quarter = 8;              // pixels to the side
 constexpr int leastDifference = 5 * 64; // of the levels of a quarter's pixels, in sum
 constexpr int plainLevels = 10;
+constexpr double aWhile = 0.3; // seconds
 
 int differenceOf(std::uint8_t const* a, std::uint8_t const* b, int width) {
     int sum = 0;
@@ -26,7 +27,9 @@ ChangedTiles::ChangedTiles(int width, int height)
     , columns_((width + tileSide - 1) / tileSide)
     , rows_((height + tileSide - 1) / tileSide)
     , reference_(static_cast<std::size_t>(width) * static_cast<std::size_t>(height))
-    , changed_(static_cast<std::size_t>(columns_) * static_cast<std::size_t>(rows_)) {}
+    , changed_(static_cast<std::size_t>(columns_) * static_cast<std::size_t>(rows_))
+    , changedAt_(changed_.size())
+    , still_(changed_.size()) {}
 
 PixelBox ChangedTiles::box(int column, int row) const {
     int const x = column * tileSide, y = row * tileSide;
@@ -56,7 +59,7 @@ void ChangedTiles::take(GrayView const& picture, PixelBox const& box) {
     }
 }
 
-int ChangedTiles::compare(GrayView const& picture) {
+int ChangedTiles::compare(GrayView const& picture, double now) {
     int count = 0;
     for (int row = 0; row < rows_; ++row) {
         for (int column = 0; column < columns_; ++column) {
@@ -65,11 +68,30 @@ int ChangedTiles::compare(GrayView const& picture) {
             changed_[index(column, row)] = isChanged ? 1 : 0;
             if (!isChanged) continue;
             take(picture, tile);
+            auto& changedAt = changedAt_[index(column, row)];
+            if (now - changedAt >= aWhile) still_[index(column, row)] = {changedAt, now};
+            changedAt = now;
             ++count;
         }
     }
     isFirst_ = false;
     return count;
+}
+
+double ChangedTiles::stillSince(PixelBox const& box, double at) const {
+    double since = -1;
+    int const left = std::max(0, box.x) / tileSide, right = std::min(width_, box.right());
+    int const top = std::max(0, box.y) / tileSide, bottom = std::min(height_, box.bottom());
+    for (int row = top; row * tileSide < bottom; ++row) {
+        for (int column = left; column * tileSide < right; ++column) {
+            auto const& still = still_[index(column, row)];
+            auto const changedAt = changedAt_[index(column, row)];
+            bool const wasStill = still.from <= at && at < still.to;
+            if (changedAt > at && !wasStill) return at;
+            since = std::max(since, changedAt <= at ? changedAt : still.from);
+        }
+    }
+    return since < 0 ? at : since;
 }
 
 bool ChangedTiles::isChanged(PixelBox const& box) const {

@@ -169,7 +169,7 @@ std::vector<Shift> follow(std::span<TrackedText* const> texts, NextPicture const
     return used;
 }
 
-BackTracker::BackTracker(ScreenHistory const& history) : history_(history) {
+BackTracker::BackTracker(ScreenHistory const& history, ChangedTiles const& tiles) : history_(history), tiles_(tiles) {
     for (std::size_t i = 0; i < history.size(); ++i) shifts_.push_back(history[i].shifts);
 }
 
@@ -190,11 +190,21 @@ TrackedText BackTracker::trackedFrom(std::shared_ptr<TextPatch const> patch, int
     for (auto point = back.rbegin(); point != back.rend(); ++point) {
         addStep(text.path, *point, text.path.empty() ? point->time : std::prev(point)->time);
     }
+    if (back.back().time == history_[0].time) extendStill(text);
     text.x = x;
     text.y = y;
     text.velocity = {};
     text.presence = text.patch->presence(last.picture->view(), x, y);
     return text;
+}
+
+/// From where the text is on the history's first frame.
+void BackTracker::extendStill(TrackedText& text) const {
+    auto const first = history_[0].time;
+    auto const since = tiles_.stillSince(text.box(), first);
+    if (since >= first) return;
+    text.path.insert(text.path.begin(), {since, text.x, text.y});
+    for (auto& one : text.since) one = one == first ? since : one;
 }
 
 /// To the frame from the one after it.

@@ -9,13 +9,14 @@ namespace tavaro {
 
 class ChangedTiles;
 
-/// What of the screen changed since it was read, and when it is to be read again: as soon as it is quiet, and four
-/// times a second while it is not; where that gave no words, or none that stayed, as of a film in a window, once a
-/// second. While much of the screen changes all is read at once: a line that comes into view bit by bit is not read
+/// What of the screen changed since it was read, and when it is to be read again: as soon as it is quiet, and once
+/// an interval while it is not; where that gave no words, or none that stayed, as of a film in a window, every fourth
+/// interval. While much of the screen changes all is read at once: a line that comes into view bit by bit is not read
 /// with every bit.
 class DirtyTiles {
 public:
-    explicit DirtyTiles(ChangedTiles const& tiles);
+    /// The interval is in seconds.
+    DirtyTiles(ChangedTiles const& tiles, double interval);
 
     /// What of the picture of that time changed and is not explained by the whole texts given.
     void add(std::vector<PixelBox> const& wholeTexts, double now);
@@ -52,6 +53,7 @@ private:
     template<class Look> void eachIn(PixelBox const& box, Look const& look) const;
 
     ChangedTiles const& changes_;
+    double interval_;
     std::vector<Tile> tiles_;
     std::vector<int> covered_; // pixels of each tile that texts explain
     double readAt_ = -1e9;     // any of it

@@ -13,6 +13,7 @@
 
 namespace tavaro {
 
+class ChangedTiles;
 class ScreenHistory;
 struct PastFrame;
 
@@ -54,8 +55,8 @@ public:
 
     /// Reads what is new in bands of the history's last picture. Only what `isDue` is looked at. Returns the boxes of
     /// lines with words there, known ones too.
-    std::vector<PixelBox> read(ScreenHistory const& history, std::vector<PixelBox> const& bands,
-                               std::function<bool(PixelBox const&)> const& isDue);
+    std::vector<PixelBox> read(ScreenHistory const& history, ChangedTiles const& tiles,
+                               std::vector<PixelBox> const& bands, std::function<bool(PixelBox const&)> const& isDue);
 
     std::deque<ScreenLine> const& lines() const { return lines_; }
     /// Whether there are others since this was asked last.

@@ -23,6 +23,7 @@ struct ScanTools {
     ReadMemory& memory;
     FoundTexts& found;
     FindingKey key;
+    double interval = 0.25; // seconds, as of a `ScanRequest`
 };
 
 /// Looks at the frames of a stretch of a recording, one after the other, and follows what is private on them. Its

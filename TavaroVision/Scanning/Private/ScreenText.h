@@ -42,6 +42,9 @@ public:
     /// Likewise one whose beginning was.
     std::size_t wordStart(std::size_t start) const;
 
+    /// Whether a piece of the text was read as words of a sentence, between which there is no blank now.
+    bool isSentence(std::size_t start, std::size_t end) const;
+
     /// A piece of the text on the screen: in each line its bytes, and pixels beside the line's corner.
     struct Place {
         std::size_t line = 0;

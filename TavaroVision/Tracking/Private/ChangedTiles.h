@@ -20,8 +20,11 @@ public:
     int rows() const { return rows_; }
     PixelBox box(int column, int row) const;
 
-    /// Takes a picture of that size for the present one. All of the first one is a change. Returns how many changed.
-    int compare(GrayView const& picture);
+    /// Takes a picture of that size for the present one, at that time. All of the first one is a change. Returns how
+    /// many changed.
+    int compare(GrayView const& picture, double now);
+    /// Since when the box has looked as it did at that time, in the last second; `at` where that is not known.
+    double stillSince(PixelBox const& box, double at) const;
     bool isChanged(int column, int row) const { return changed_[index(column, row)] != 0; }
     /// Whether anything of the box changed; what of it is outside of the picture does not count.
     bool isChanged(PixelBox const& box) const;
@@ -29,6 +32,12 @@ public:
     bool isPlain(int column, int row) const;
 
 private:
+    /// When a tile looked the same for a while.
+    struct Still {
+        double from = 0;
+        double to = 0; // it changed then
+    };
+
     std::size_t index(int column, int row) const { return static_cast<std::size_t>(row * columns_ + column); }
     bool differs(GrayView const& picture, PixelBox const& box) const;
     void take(GrayView const& picture, PixelBox const& box);
@@ -40,6 +49,8 @@ private:
     bool isFirst_ = true;
     std::vector<std::uint8_t> reference_;
     std::vector<std::uint8_t> changed_;
+    std::vector<double> changedAt_;
+    std::vector<Still> still_; // the last time
 };
 
 }

@@ -67,16 +67,19 @@ std::vector<Shift> follow(std::span<TrackedText* const> texts, NextPicture const
 /// what is learned about the motion of one helps the next.
 class BackTracker {
 public:
-    explicit BackTracker(ScreenHistory const& history);
+    /// The tiles know what stood still before the history begins.
+    BackTracker(ScreenHistory const& history, ChangedTiles const& tiles);
 
     /// The text with its path and the cells' times.
     TrackedText trackedFrom(std::shared_ptr<TextPatch const> patch, int x, int y);
 
 private:
     bool stepBack(TrackedText& text, std::size_t frame);
+    void extendStill(TrackedText& text) const;
     bool searchBack(TrackedText& text, std::size_t frame);
 
     ScreenHistory const& history_;
+    ChangedTiles const& tiles_;
     std::vector<std::vector<Shift>> shifts_; // of each frame of the history, since the one before
     int failures_ = 0;                       // searches that found nothing
 };

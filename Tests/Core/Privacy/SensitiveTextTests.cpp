@@ -167,7 +167,7 @@ TEST(SensitiveTextClassifier, addressesEndInADomainThatExists) {
         EXPECT_THAT(found("to " + address), ElementsAre("email " + address));
     }
     for (auto const harmless : {"getty@tty1.service", "this@Class.method()", "hero@2x.png", "icon@2x.zip",
-                                "git@host.example:a/b", "lodash@4.17.21", "maria@host.example:~/x"}) {
+                                "git@host.example:a/b", "lodash@4.17.21", "maria@host.example:~/x", "x@y.py"}) {
         EXPECT_THAT(found(harmless), IsEmpty()) << harmless;
     }
 }

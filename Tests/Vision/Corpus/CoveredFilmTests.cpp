@@ -47,13 +47,10 @@ TEST(CoveredFilm, whatScenesShowIsFoundAndCannotBeReadInTheirFilms) {
         uncovered = readAgain(scene, movie, judged.foundSecrets, reader); // else the check proves nothing
     }
     EXPECT_GE(total.secrets, 20);
-    // FIXME: all of them are wanted, and no frame. A key that a terminal wraps after nine letters is missed, and a word
-    // that a window covers later is open in the first picture.
-    EXPECT_GE(total.share(), 0.96) << testing::PrintToString(total.missed);
-    EXPECT_LE(total.legibleFrames, 1) << testing::PrintToString(total.legible);
+    EXPECT_EQ(total.found, total.secrets) << testing::PrintToString(total.missed);
+    EXPECT_EQ(total.legibleFrames, 0) << testing::PrintToString(total.legible);
     EXPECT_EQ(total.falseCovers, 0) << testing::PrintToString(total.wrong);
-    // A window that is dragged leaves wide covers.
-    EXPECT_LT(total.coveredArea, 4.5 * total.secretArea);
+    EXPECT_LT(total.coveredArea, 3 * total.secretArea);
     EXPECT_THAT(covered.legible, IsEmpty());
     EXPECT_GT(covered.looks, 40);
     EXPECT_GT(double(uncovered.legible.size()), 0.9 * uncovered.looks);

@@ -135,7 +135,7 @@ private:
         ++result.secrets;
         result.found += life.isFound;
         if (!life.isFound) {
-            result.missedSecrets.push_back(secret);
+            result.doubtfulSecrets.push_back(secret);
             result.doubtful.push_back(life.firstWhole + 0.2);
             result.missed.push_back(described(secret) + ", whole from " + std::to_string(life.firstWhole) + " s");
             return;
@@ -145,6 +145,7 @@ private:
         result.legibleFrames += life.framesLegible;
         if (life.framesLegible == 0) return;
         result.doubtful.push_back((life.firstLegible + life.lastLegible) / 2);
+        result.doubtfulSecrets.push_back(secret);
         result.legible.push_back(described(secret) + ", in " + std::to_string(life.framesLegible) + " frames of " +
                                  std::to_string(life.framesSeen) + ", from " + std::to_string(life.firstLegible) +
                                  " to " + std::to_string(life.lastLegible) + " s");

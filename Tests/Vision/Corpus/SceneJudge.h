@@ -19,8 +19,8 @@ struct SceneJudgement {
 
     std::vector<std::string> missed, legible, wrong; // what, where and when
     std::vector<std::size_t> foundSecrets;           // of one scene, by their places in its list
-    std::vector<std::size_t> missedSecrets;          // likewise
     std::vector<double> doubtful;                    // times of one scene to look at
+    std::vector<std::size_t> doubtfulSecrets;        // what is to be seen then
 
     double share() const { return secrets ? double(found) / secrets : 1; }
     double falseCoversAMinute() const { return seconds > 0 ? falseCovers * 60 / seconds : 0; }

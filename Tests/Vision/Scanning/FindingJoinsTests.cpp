@@ -38,6 +38,18 @@ TEST(FindingJoins, whatIsNotSeenForAMomentIsCoveredOnItsWay) {
     EXPECT_EQ(joinedFindings({finding(0, 1, {{0, 0.5}}), finding(3, 4, {{3, 0.5}})}).size(), 2U) << "long after";
 }
 
+TEST(FindingJoins, whatIsReadDifferentlyIsCoveredInBetween) {
+    auto other = finding(1.3, 2, {{1.3, 0.56}});
+    other.textHash = "misread";
+    auto const bridged = joinedFindings({finding(0, 1, {{0, 0.5}}), other});
+    ASSERT_EQ(bridged.size(), 2U) << "it may be another text";
+    EXPECT_DOUBLE_EQ(bridged[0].end, 1.3);
+    EXPECT_NEAR(topAt(bridged[0], 1.15), 0.53, 0.002);
+    EXPECT_DOUBLE_EQ(topAt(bridged[0], 0.9), 0.5);
+    other.keyframes[0].rect.y = 0.9;
+    EXPECT_DOUBLE_EQ(joinedFindings({finding(0, 1, {{0, 0.5}}), other})[0].end, 1) << "it is elsewhere";
+}
+
 TEST(FindingJoins, theSameTextAtTwoPlacesIsTwo) {
     auto const joined = joinedFindings({finding(0, 2, {{0, 0.5}}), finding(1, 3, {{1, 0.6}})});
     ASSERT_EQ(joined.size(), 2U);

@@ -1,0 +1,73 @@
+#include <TavaroVision/Tracking/Private/ChangedTiles.h>
+#include <TavaroVision/Tracking/Private/ScreenHistory.h>
+#include <TavaroVision/Tracking/Private/TrackedText.h>
+#include <Tests/Vision/Drawing/DrawnScreen.h>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <functional>
+#include <utility>
+
+namespace tavaro {
+
+namespace {
+
+constexpr int width = 640, height = 400, fps = 20;
+constexpr char key[] = "ghp_hT7sQx9Lm2Vb4Zk8";
+
+struct Place {
+    int x = 40;
+    int y = 0;
+    bool isShown = true;
+};
+
+/// The key where `place` says at each time, as it is followed back from the last frame.
+TrackedText trackedBack(double seconds, std::function<Place(double)> const& place) {
+    ChangedTiles tiles(width, height);
+    ScreenHistory history;
+    Place last;
+    for (int frame = 0; frame <= seconds * fps; ++frame) {
+        auto const time = double(frame) / fps;
+        DrawnScreen screen(width, height);
+        screen.fill({0, 0, width, height}, {30, 32, 40});
+        screen.write("nothing that anybody hides", 40, 20, {}, {220, 220, 220});
+        last = place(time);
+        if (last.isShown) screen.write(key, last.x, last.y, {}, {220, 220, 220});
+        auto const gray = screen.gray();
+        GrayView const picture{gray.data(), width, height, width};
+        tiles.compare(picture, time);
+        history.add({time, std::make_shared<GrayPicture const>(picture), {}});
+    }
+    PixelBox const box{last.x, last.y, 250, 22};
+    auto patch = std::make_shared<TextPatch const>(history.last().picture->view(), box, 10);
+    return BackTracker(history, tiles).trackedFrom(std::move(patch), box.x, box.y);
+}
+
+}
+
+TEST(BackTracker, whatStoodStillIsFollowedBackBeyondTheHistory) {
+    auto const text = trackedBack(4, [](double at) -> Place {
+        if (at < 1) return {.isShown = false};
+        int const steps = std::max(0, static_cast<int>(std::lround((at - 3.5) * fps)));
+        return {40 + 7 * steps, 200 - 9 * steps};
+    });
+    EXPECT_DOUBLE_EQ(text.path.front().time, 1);
+    EXPECT_EQ(placeAt(text.path, 2).y, 200);
+    EXPECT_EQ(placeAt(text.path, 4).y, 110);
+    EXPECT_DOUBLE_EQ(text.since.front(), 1);
+}
+
+TEST(BackTracker, whatCameFromElsewhereIsNotThereBefore) {
+    auto const text = trackedBack(3, [](double at) -> Place { return {.y = at < 2.5 ? 300 : 100}; });
+    EXPECT_EQ(placeAt(text.path, 2.45).y, 300) << "until the frame before it jumps";
+    EXPECT_EQ(placeAt(text.path, 2.5).y, 100);
+    EXPECT_DOUBLE_EQ(text.path.front().time, 0);
+}
+
+TEST(BackTracker, whatMovedBeforeTheHistoryIsFollowedIntoItsBeginningOnly) {
+    auto const text = trackedBack(3, [](double at) -> Place { return {.y = 300 - static_cast<int>(at * 60)}; });
+    EXPECT_NEAR(text.path.front().time, 1.8, 0.051) << "a history is of 1.2 seconds";
+}
+
+}
