@@ -11,6 +11,8 @@ namespace tavaro {
 
 namespace {
 
+constexpr double betweenReadings = 0.08; // seconds: what a film shows for five of its frames is seen
+
 bool isInProject(ScreenFinding const& finding, DemoProject const* project, bool isHidden) {
     return project && std::ranges::any_of(*project->redactions, [&](RedactionTrack const& track) {
                return track.isEnabled == isHidden && track.kind == finding.kind && track.textHash == finding.textHash;
@@ -23,7 +25,8 @@ PrivacyScanRequest filmCheckRequest(std::filesystem::path const& film, Redaction
     return {.recordings = {{film.filename().string(), film, 0, {}}},
             .settings = settings,
             .extent = ScanExtent::everything,
-            .key = ensureFindingKey()};
+            .key = ensureFindingKey(),
+            .interval = betweenReadings};
 }
 
 std::vector<LegibleText> legibleTexts(MadePrivacyScan const& made, DemoProject const* project) {

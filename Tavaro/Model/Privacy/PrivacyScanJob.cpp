@@ -82,8 +82,11 @@ MadePrivacyScan scanAll(PrivacyScanRequest const& request, JobReporter<ScanProgr
     for (auto const& each : request.recordings) {
         made.isStopped = made.isStopped || reporter.isCancelled();
         if (made.isStopped) break;
-        ScanRequest const one{
-            .movie = each.movie, .settings = request.settings, .ranges = each.ranges, .key = request.key};
+        ScanRequest const one{.movie = each.movie,
+                              .settings = request.settings,
+                              .ranges = each.ranges,
+                              .key = request.key,
+                              .interval = request.interval};
         auto outcome = request.scan(
             one, [&](ScanProgress const& progress) { whole.tell(progress); }, stop.get_token());
         whole.finish(each, outcome.findings.size());

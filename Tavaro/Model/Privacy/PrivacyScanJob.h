@@ -41,6 +41,7 @@ struct PrivacyScanRequest {
     RedactionSettings settings;
     ScanExtent extent = ScanExtent::missing;
     FindingKey key;
+    double interval = ScanRequest{}.interval; // seconds after which what keeps changing is read again
     MovieScan scan = scanMovie;
 };
 
