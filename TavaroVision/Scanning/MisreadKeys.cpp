@@ -140,10 +140,16 @@ std::size_t prefixAt(std::string_view text, Shape const& shape) {
     return end > 0 && isJointAt(end) ? end + 1 : 0;
 }
 
+constexpr std::size_t fewestDifferent = 8; // letters and digits of a key
+
+std::size_t differentIn(std::string_view text) {
+    std::bitset<256> seen;
+    for (char const c : text) seen.set(static_cast<unsigned char>(c));
+    return seen.count();
+}
+
 /// Letters and digits in a disorder that no words have.
 bool looksMade(std::string_view text) {
-    constexpr std::size_t fewestDifferent = 8;
-    std::bitset<256> seen;
     std::size_t digits = 0, changes = 0;
     int last = 0;
     for (char const c : text) {
@@ -151,9 +157,8 @@ bool looksMade(std::string_view text) {
         changes += kind != last && last != 0 && kind != 0;
         last = kind;
         digits += kind == 1;
-        seen.set(static_cast<unsigned char>(c));
     }
-    return digits > 0 && seen.count() >= fewestDifferent && changes * 6 >= text.size();
+    return digits > 0 && differentIn(text) >= fewestDifferent && changes * 6 >= text.size();
 }
 
 /// A run without blanks and quotes: where keys are.
@@ -196,9 +201,12 @@ void addGluedKeys(std::string_view text, std::vector<Piece>& pieces) {
     }
 }
 
-/// Whether what follows a prefix is as long as keys are and of their letters, but for a few.
-bool isRestOf(Shape const& shape, std::string_view rest) {
-    if (rest.size() < shape.fewest || rest.size() > shape.most || !looksMade(rest)) return false;
+/// Whether what follows a prefix is as long as keys are and of their letters, but for a few. All digits of a few
+/// capitals may be read as such.
+bool isRestOf(Shape const& shape, std::string_view rest, bool hasExactPrefix) {
+    if (rest.size() < shape.fewest || rest.size() > shape.most) return false;
+    bool const mayBeCapitals = shape.isUpperCase && hasExactPrefix && differentIn(rest) >= fewestDifferent;
+    if (!mayBeCapitals && !looksMade(rest)) return false;
     auto const isOther = [&](char c) {
         if (isAlphanumeric(c)) return shape.isUpperCase && isLower(c);
         return shape.joints.find(c) == shape.joints.npos;
@@ -210,7 +218,7 @@ bool isRestOf(Shape const& shape, std::string_view rest) {
 bool isKey(std::string_view text) {
     return std::ranges::any_of(shapes(), [&](Shape const& shape) {
         auto const prefix = prefixAt(text, shape);
-        return prefix > 0 && isRestOf(shape, text.substr(prefix));
+        return prefix > 0 && isRestOf(shape, text.substr(prefix), text.starts_with(shape.exact));
     });
 }
 

@@ -101,14 +101,15 @@ std::size_t ScreenText::wordStart(std::size_t start) const {
 
 bool ScreenText::isSentence(std::size_t start, std::size_t end) const {
     constexpr int fewestWithNumbers = 3; // words
+    if (std::string_view(mended_.text()).substr(start, end - start).find(' ') != std::string_view::npos) return false;
     auto const first = mended_.origin(start), last = mended_.origin(end);
     int words = 0, numbers = 0;
     for (auto const& word : words_) {
-        auto const& text = word.read->text;
-        if (word.start + text.size() <= first || word.start >= last) continue;
+        auto const from = std::max(first, word.start), to = std::min(last, word.start + word.read->text.size());
+        if (from >= to) continue;
+        auto const text = std::string_view(read_).substr(from, to - from);
         bool const isNumber = std::ranges::all_of(text, isDigit);
         if (!isNumber && !std::all_of(text.begin() + 1, text.end(), isLower)) return false;
-        if (words > 0 && read_[word.start - 1] == ' ') return false;
         ++words;
         numbers += isNumber;
     }

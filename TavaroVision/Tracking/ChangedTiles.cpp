@@ -69,7 +69,11 @@ int ChangedTiles::compare(GrayView const& picture, double now) {
             if (!isChanged) continue;
             take(picture, tile);
             auto& changedAt = changedAt_[index(column, row)];
-            if (now - changedAt >= aWhile) still_[index(column, row)] = {changedAt, now};
+            if (now - changedAt >= aWhile) {
+                auto& still = still_[index(column, row)];
+                std::shift_right(still.begin(), still.end(), 1);
+                still.front() = {changedAt, now};
+            }
             changedAt = now;
             ++count;
         }
@@ -85,10 +89,11 @@ double ChangedTiles::stillSince(PixelBox const& box, double at) const {
     for (int row = top; row * tileSide < bottom; ++row) {
         for (int column = left; column * tileSide < right; ++column) {
             auto const& still = still_[index(column, row)];
+            auto const holds = [&](Still const& one) { return one.from <= at && at < one.to; };
+            auto const then = std::ranges::find_if(still, holds);
             auto const changedAt = changedAt_[index(column, row)];
-            bool const wasStill = still.from <= at && at < still.to;
-            if (changedAt > at && !wasStill) return at;
-            since = std::max(since, changedAt <= at ? changedAt : still.from);
+            if (changedAt > at && then == still.end()) return at;
+            since = std::max(since, changedAt <= at ? changedAt : then->from);
         }
     }
     return since < 0 ? at : since;

@@ -9,9 +9,9 @@ namespace tavaro {
 
 namespace {
 
-constexpr double leastInk = 5;                                // levels that a cell with ink deviates from its mean
-constexpr double leastShown = 2.5;                            // the same of what may be that ink, faded
-constexpr double alike = 0.85, alikeHalf = 0.92, same = 0.93; // correlations
+constexpr double leastInk = 5;     // levels that a cell with ink deviates from its mean
+constexpr double leastShown = 2.5; // the same of what may be that ink, faded
+constexpr double alike = 0.85, alikeHalf = 0.92, alikePart = 0.93, same = 0.93; // correlations
 
 /// Sums over the pixels of two pictures: a is the patch, b what is compared with it.
 struct Sums {
@@ -60,6 +60,12 @@ public:
         return {static_cast<double>(rows_) * (end - begin), of(0), of(1), of(2), of(3), of(4)};
     }
 
+    /// Whether what is compared has no letters there, but one colour from left to right, as beyond a window's edge.
+    bool isFlat(int begin, int end) const {
+        auto const [least, most] = std::minmax_element(sums_[1].begin() + begin, sums_[1].begin() + end);
+        return rows_ > 0 && *most - *least <= leastInk * rows_;
+    }
+
 private:
     std::array<std::vector<std::int32_t>, 5> sums_;
     int rows_ = 0;
@@ -101,11 +107,12 @@ TextPresence TextPatch::presence(GrayView const& picture, int x, int y) const {
     int const top = std::max(0, -y), bottom = std::min(height_, picture.height - y);
     int const left = std::max(0, -x), right = std::min(width_, picture.width - x);
     if (5 * (bottom - top) < 2 * height_ || right <= left) return presence; // the tops of letters can be read
-    int const middle = (top + bottom) / 2;
-    ColumnSums upper(width_), lower(width_);
+    int const part = 2 * (bottom - top) / 5, middle = (top + bottom) / 2;
+    std::array<ColumnSums, 4> bands{ColumnSums(width_), ColumnSums(width_), ColumnSums(width_), ColumnSums(width_)};
     for (int row = top; row < bottom; ++row) {
         auto const* shown = picture.pixels + (y + row) * picture.stride + x;
-        (row < middle ? upper : lower).add(pixels_.data() + std::ptrdiff_t{row} * width_, shown, left, right);
+        std::size_t const band = row < middle ? (row < top + part ? 0 : 1) : (row < bottom - part ? 2 : 3);
+        bands[band].add(pixels_.data() + std::ptrdiff_t{row} * width_, shown, left, right);
     }
     presence.isWhole = top == 0 && bottom == height_ && left == 0 && right == width_;
     presence.inked = 0;
@@ -116,12 +123,19 @@ TextPresence TextPatch::presence(GrayView const& picture, int x, int y) const {
             if (isInked(cell)) tellRun(presence, false, run);
             continue;
         }
-        auto const above = upper.over(begin, end), below = lower.over(begin, end), all = above + below;
+        auto const upperPart = bands[0].over(begin, end), lowerPart = bands[3].over(begin, end);
+        auto const above = upperPart + bands[1].over(begin, end), below = bands[2].over(begin, end) + lowerPart;
+        auto const all = above + below;
         if (!isInked(cell)) {
             if (all.spreadB() >= 2 * leastInk) presence.isWhole = false;
             continue;
         }
-        bool const isShown = all.isAlike(alike) || above.isAlike(alikeHalf) || below.isAlike(alikeHalf);
+        auto const isCut = [&](std::size_t one, std::size_t other) {
+            return bands[one].isFlat(begin, end) && bands[other].isFlat(begin, end);
+        };
+        bool const isShown = all.isAlike(alike) || above.isAlike(alikeHalf) || below.isAlike(alikeHalf) ||
+                             (upperPart.isAlike(alikePart) && isCut(2, 3)) ||
+                             (lowerPart.isAlike(alikePart) && isCut(0, 1));
         presence.shown[static_cast<std::size_t>(cell)] = isShown ? 1 : 0;
         tellRun(presence, isShown, run);
         auto const contrast = all.spreadB() / std::max(all.spreadA(), 1.0);

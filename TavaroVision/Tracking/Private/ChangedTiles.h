@@ -2,6 +2,7 @@
 
 #include <TavaroVision/Reading/ReadText.h>
 
+#include <array>
 #include <cstdint>
 #include <vector>
 
@@ -50,7 +51,7 @@ private:
     std::vector<std::uint8_t> reference_;
     std::vector<std::uint8_t> changed_;
     std::vector<double> changedAt_;
-    std::vector<Still> still_; // the last time
+    std::vector<std::array<Still, 4>> still_; // the latest first
 };
 
 }

@@ -22,7 +22,7 @@ struct TextPresence {
 
 /// The picture of a piece of text, in cells about a letter wide, to be known again on other pictures: by how alike they
 /// are, whatever their contrast, so that text that fades or is selected is still the same. Of a cell that is half
-/// covered the other half will do.
+/// covered the other half will do, and a little less where an edge cuts it.
 class TextPatch {
 public:
     /// The box is within the picture, and not empty.

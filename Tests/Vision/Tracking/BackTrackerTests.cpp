@@ -58,6 +58,15 @@ TEST(BackTracker, whatStoodStillIsFollowedBackBeyondTheHistory) {
     EXPECT_DOUBLE_EQ(text.since.front(), 1);
 }
 
+TEST(BackTracker, whatAnotherTextReplacedForAWhileWasStillBefore) {
+    // Where it was it shows for half a second later on, again: the tiles there change more than once.
+    auto const text = trackedBack(4, [](double at) -> Place {
+        bool const isBack = at >= 3.3 && at < 3.65;
+        return {.x = at < 2.95 || isBack ? 40 : 80, .y = 200, .isShown = at >= 0.5};
+    });
+    EXPECT_DOUBLE_EQ(text.path.front().time, 0.5);
+}
+
 TEST(BackTracker, whatCameFromElsewhereIsNotThereBefore) {
     auto const text = trackedBack(3, [](double at) -> Place { return {.y = at < 2.5 ? 300 : 100}; });
     EXPECT_EQ(placeAt(text.path, 2.45).y, 300) << "until the frame before it jumps";

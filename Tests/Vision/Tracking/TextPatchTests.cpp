@@ -73,6 +73,27 @@ TEST(TextPatch, partlyOutsideOfThePictureIsLookedAtWithoutItsOutside) {
     EXPECT_TRUE(patch.presence(left.view(), place.x - 100, place.y).isLegible());
 }
 
+TEST(TextPatch, isKnownByItsUpperPartAtAnEdgeThatCutsIt) {
+    auto const patch = patchOf(NoisyPicture(key));
+    auto const cutAt = [](int row) {
+        NoisyPicture picture(key, place.x, place.y, 2);
+        for (int y = place.y + row; y < height; ++y)
+            for (int x = 0; x < width; ++x)
+                picture.pixels[std::size_t(y * width + x)] = y < place.y + row + 3 ? 200 : 60;
+        return picture;
+    };
+    EXPECT_TRUE(patch.presence(cutAt(10).view(), place.x, place.y).isMost());
+    EXPECT_FALSE(patch.presence(cutAt(3).view(), place.x, place.y).isLegible()) << "only dots can be seen";
+}
+
+TEST(ShiftSearch, aPlaceAboveThatIsAlikeByChanceDoesNotEndIt) {
+    auto const patch = patchOf(NoisyPicture(key));
+    NoisyPicture now(key, place.x + 20, place.y + 9, 2);
+    for (int y = 0; y < 60; ++y) // as bright as the slopes of letters are
+        for (int x = 0; x < width; ++x) now.pixels[std::size_t(y * width + x)] = 128;
+    EXPECT_EQ(shiftOf(patch, place.x, place.y, now.view()), (Shift{20, 9}));
+}
+
 TEST(ShiftSearch, findsScrolledAndDraggedTextToThePixel) {
     auto const patch = patchOf(NoisyPicture(key));
     unsigned seed = 10;
