@@ -132,10 +132,10 @@ std::vector<PathPoint> withEdges(std::vector<PathPoint> const& path, PixelBox co
     return all;
 }
 
-/// Some letters alone may be those of another text.
+/// Some letters alone, or parts of them, may be those of another text.
 bool isSurely(TextPresence const& presence) {
     constexpr int enough = 8;
-    return presence.isLegible() && (presence.isMost() || presence.longestRun >= enough);
+    return presence.isLegible() && (2 * presence.whole >= presence.inked || presence.whole >= enough);
 }
 
 /// The part of a patch that is shown, where that is less than most of it: a line may be of two windows that part.

@@ -66,8 +66,6 @@ bool isNearly(std::string_view text, std::string_view word) {
     return wrong == 1;
 }
 
-// ---- labels
-
 /// "Pasaword: x", "Bearor x": long words that hardly anything else is like.
 void mendLabelLetters(MendedText& text) {
     constexpr std::array<std::string_view, 5> labels{"password", "passphrase", "passwort", "secret", "bearer"};
@@ -180,8 +178,6 @@ void mendTokenSigns(MendedText& text) {
     }
 }
 
-// ---- addresses
-
 /// "postgres:/shop:…@db", "postgres:l/shop:…@db"
 void mendSchemes(MendedText& text) {
     constexpr std::array<std::string_view, 12> schemes{"postgres", "postgresql", "mysql", "mariadb", "mongodb", "redis",
@@ -243,8 +239,6 @@ void mendMailDots(MendedText& text) {
     }
 }
 
-// ---- key files
-
 /// "-----BEGlN PR1VATE KEV-----", "_____BEGIN RSA PRIVATEKEY": each word with one letter off, whatever the dashes are.
 void mendKeyFiles(MendedText& text) {
     auto const line = text.text();
@@ -273,8 +267,6 @@ void mendKeyFiles(MendedText& text) {
     auto const start = rest.find_last_of(' ', begin) == none ? 0 : rest.find_last_of(' ', begin) + 1;
     text.replace(start, begin - start, "-----");
 }
-
-// ---- numbers
 
 bool isOfNumber(char c) { return isDigit(digitOf(c)) || isIn(c, "()+-. /"); }
 

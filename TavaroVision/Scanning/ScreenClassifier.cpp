@@ -130,7 +130,7 @@ public:
 
     void readBeside(std::size_t label, std::size_t value) {
         for (auto const spaces : {Spaces::all, Spaces::whereThereIsRoom}) {
-            TextStyle const style{.spaces = spaces};
+            ReadingStyle const style{.spaces = spaces};
             ScreenText const left(lines_, std::span(&label, 1), style), right(lines_, std::span(&value, 1), style);
             if (left.text().size() > longestLabel) return;
             LinesAbove above;
@@ -149,19 +149,19 @@ public:
     }
 
 private:
-    using Spaces = TextStyle::Spaces;
-    using Mending = TextStyle::Mending;
-    using Wraps = TextStyle::Wraps;
+    using Spaces = ReadingStyle::Spaces;
+    using Mending = ReadingStyle::Mending;
+    using Wraps = ReadingStyle::Wraps;
     enum class Part { any, overWraps, overEdge, numbersOfLast };
 
     static constexpr std::size_t mostOfWrapped = 12; // letters of a line of a key file that wraps
 
-    static constexpr std::array<TextStyle, 4> styles{{{Spaces::all, Mending::prefixes},
-                                                      {Spaces::all, Mending::everything},
-                                                      {Spaces::whereThereIsRoom, Mending::everything},
-                                                      {Spaces::notAtJoints, Mending::everything}}};
+    static constexpr std::array<ReadingStyle, 4> styles{{{Spaces::all, Mending::prefixes},
+                                                         {Spaces::all, Mending::everything},
+                                                         {Spaces::whereThereIsRoom, Mending::everything},
+                                                         {Spaces::notAtJoints, Mending::everything}}};
 
-    void readColumn(std::vector<std::size_t> const& column, RightEdge const& edge, TextStyle const& style) {
+    void readColumn(std::vector<std::size_t> const& column, RightEdge const& edge, ReadingStyle const& style) {
         LinesAbove above;
         for (std::size_t i = 0; i < column.size(); ++i) {
             ScreenText const text(lines_, std::span(column).subspan(i, 1), style);
@@ -188,8 +188,8 @@ private:
         if (last == first) return first;
         auto const wrapped = std::span(column).subspan(first, last - first + 1);
         auto const part = edge.isWindows ? Part::overEdge : Part::overWraps;
-        constexpr std::array<TextStyle, 2> read{{{Spaces::whereThereIsRoom, Mending::everything, Wraps::insideWords},
-                                                 {Spaces::all, Mending::everything, Wraps::atSpaces}}};
+        constexpr std::array<ReadingStyle, 2> read{{{Spaces::whereThereIsRoom, Mending::everything, Wraps::insideWords},
+                                                    {Spaces::all, Mending::everything, Wraps::atSpaces}}};
         for (auto const& style : read) {
             ScreenText const text(lines_, wrapped, style);
             keep(text, classifier_.matches(text.text()), part);
@@ -199,7 +199,7 @@ private:
     }
 
     /// "Phone  555 0199", "Card number  41111111…": what only its label says.
-    void readNumberBeside(std::size_t label, std::size_t value, TextStyle const& style) {
+    void readNumberBeside(std::size_t label, std::size_t value, ReadingStyle const& style) {
         constexpr int fewestDigits = 7;
         std::array const both{label, value};
         ScreenText const text(lines_, both, style);

@@ -36,32 +36,32 @@ bool isBorder(std::string_view word) {
     return std::ranges::all_of(word, [&](char c) { return c < 0 || strokes.find(c) != strokes.npos; });
 }
 
-bool hasSpace(ReadWord const& before, ReadWord const& after, int letterHeight, TextStyle::Spaces spaces) {
-    if (spaces == TextStyle::Spaces::all) return true;
+bool hasSpace(ReadWord const& before, ReadWord const& after, int letterHeight, ReadingStyle::Spaces spaces) {
+    if (spaces == ReadingStyle::Spaces::all) return true;
     bool const isTight = after.box.x - before.box.right() < tightGap * letterHeight &&
                          isTokenCharacter(before.text.back()) && isTokenCharacter(after.text.front());
     if (isTight) return false;
     bool const isJoint =
         joints.find(before.text.back()) != joints.npos || joints.find(after.text.front()) != joints.npos;
-    return spaces == TextStyle::Spaces::whereThereIsRoom || !isJoint;
+    return spaces == ReadingStyle::Spaces::whereThereIsRoom || !isJoint;
 }
 
 }
 
 ScreenText::ScreenText(std::span<PlacedLine const> lines, std::span<std::size_t const> indices,
-                       TextStyle const& style) {
+                       ReadingStyle const& style) {
     for (auto const line : indices) add(line, lines[line], style);
-    if (style.spaces != TextStyle::Spaces::all) blankBorders(read_);
+    if (style.spaces != ReadingStyle::Spaces::all) blankBorders(read_);
     mended_ = MendedText(read_);
     mendPrefixes(mended_);
-    if (style.mending == TextStyle::Mending::everything) mendMisreadings(mended_);
+    if (style.mending == ReadingStyle::Mending::everything) mendMisreadings(mended_);
 }
 
-void ScreenText::add(std::size_t line, PlacedLine const& placed, TextStyle const& style) {
+void ScreenText::add(std::size_t line, PlacedLine const& placed, ReadingStyle const& style) {
     ReadWord const* before = nullptr;
     for (auto const& word : placed.words) {
         if (before ? hasSpace(*before, word, placed.letterHeight, style.spaces)
-                   : !read_.empty() && style.wraps == TextStyle::Wraps::atSpaces)
+                   : !read_.empty() && style.wraps == ReadingStyle::Wraps::atSpaces)
             read_ += ' ';
         words_.push_back({line, &word, read_.size()});
         read_ += word.text;

@@ -25,7 +25,7 @@ ColumnSearch::ColumnSearch(TextPatch const& patch) : height_(patch.height()) {
                              [&](PatchSample const& sample) { return sample.x >= part.left && sample.x < part.right; });
         if (part.samples.size() < fewestSamples) continue;
         for (auto const& sample : part.samples) part.mostDifference += sample.edge;
-        part.mostDifference /= 6; // much less than a picture of other letters differs by
+        part.mostDifference /= 9; // less than a picture of other letters, or of none, differs by
         parts_.push_back(std::move(part));
     }
 }

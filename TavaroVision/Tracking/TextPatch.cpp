@@ -133,7 +133,9 @@ TextPresence TextPatch::presence(GrayView const& picture, int x, int y) const {
         auto const isCut = [&](std::size_t one, std::size_t other) {
             return bands[one].isFlat(begin, end) && bands[other].isFlat(begin, end);
         };
-        bool const isShown = all.isAlike(alike) || above.isAlike(alikeHalf) || below.isAlike(alikeHalf) ||
+        bool const isAllShown = all.isAlike(alike);
+        presence.whole += isAllShown ? 1 : 0;
+        bool const isShown = isAllShown || above.isAlike(alikeHalf) || below.isAlike(alikeHalf) ||
                              (upperPart.isAlike(alikePart) && isCut(2, 3)) ||
                              (lowerPart.isAlike(alikePart) && isCut(0, 1));
         presence.shown[static_cast<std::size_t>(cell)] = isShown ? 1 : 0;

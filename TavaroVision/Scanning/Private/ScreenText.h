@@ -18,7 +18,7 @@ struct PlacedLine {
 };
 
 /// How the words of a line are put together.
-struct TextStyle {
+struct ReadingStyle {
     enum class Spaces { all, whereThereIsRoom, notAtJoints };
     enum class Mending { prefixes, everything };
     enum class Wraps { atSpaces, insideWords };
@@ -32,7 +32,7 @@ struct TextStyle {
 class ScreenText {
 public:
     /// Of some of the lines, which outlive it, one after the other.
-    ScreenText(std::span<PlacedLine const> lines, std::span<std::size_t const> indices, TextStyle const& style);
+    ScreenText(std::span<PlacedLine const> lines, std::span<std::size_t const> indices, ReadingStyle const& style);
 
     std::string const& text() const { return mended_.text(); }
     bool isMended() const { return mended_.isMended(); }
@@ -62,7 +62,7 @@ private:
         std::size_t start = 0; // in the text as it was read
     };
 
-    void add(std::size_t line, PlacedLine const& placed, TextStyle const& style);
+    void add(std::size_t line, PlacedLine const& placed, ReadingStyle const& style);
     void blankBorders(std::string& text) const;
     int edge(Word const& word, std::size_t bytes, Side side) const;
 

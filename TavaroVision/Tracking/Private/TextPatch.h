@@ -12,6 +12,7 @@ struct TextPresence {
     std::vector<std::uint8_t> shown; // of each cell: whether it has ink, and the picture shows it
     int inked = 0;                   // cells with ink
     int count = 0;                   // of those, the ones that are shown
+    int whole = 0;                   // of those, the ones that are shown from top to bottom
     int longestRun = 0;              // of shown ones in a row, blanks between them left out
     bool isWhole = false;            // all of it is as it was, the blanks too
 
