@@ -1,6 +1,7 @@
 #include <TavaroVision/Scanning/Private/Covers.h>
 
 #include <TavaroCore/Privacy/TextFindings.h>
+#include <TavaroVision/Scanning/Private/CoverEdges.h>
 #include <TavaroVision/Scanning/Private/FindingJoins.h>
 #include <TavaroVision/Scanning/Private/FoundTexts.h>
 #include <TavaroVision/Scanning/Private/ScreenClassifier.h>
@@ -93,12 +94,6 @@ std::vector<PathPoint> pathFrom(std::vector<PathPoint> const& path, double start
     return rest;
 }
 
-PixelBox padded(TrackedText const& text, PathPoint const& at) {
-    int const height = text.patch->letterHeight();
-    int const x = 2 + height / 3, y = 2 + height / 5;
-    return {at.x - x, at.y - y, text.patch->width() + 2 * x, text.patch->height() + 2 * y};
-}
-
 NormalizedRect areaOf(PixelBox const& box, int width, int height) {
     double const left = std::clamp(box.x, 0, width), right = std::clamp(box.right(), 0, width);
     double const top = std::clamp(box.y, 0, height), bottom = std::clamp(box.bottom(), 0, height);
@@ -172,8 +167,12 @@ void Covers::finish(Cover& cover, double end) {
     extendBack(path);
     finding.start = path.front().time;
     if (finding.end - path.back().time < soon) extendOn(path);
-    for (auto const& point : withEdges(path, padded(cover.place, {}), width_, height_)) {
-        finding.keyframes.push_back({point.time, areaOf(padded(cover.place, point), width_, height_)});
+    auto const& patch = *cover.place.patch;
+    auto const around = [&](PathPoint const& at) {
+        return cover.edges.around({at.x, at.y, patch.width(), patch.height()});
+    };
+    for (auto const& point : withEdges(path, around({}), width_, height_)) {
+        finding.keyframes.push_back({point.time, areaOf(around(point), width_, height_)});
     }
     done_.push_back(std::move(finding));
 }
@@ -206,7 +205,7 @@ void Covers::count(Cover const& cover) {
     counted_.insert(cover.finding.textHash);
 }
 
-void Covers::add(PrivateText const& found, ScreenLine const& line, BackTracker& tracker) {
+void Covers::add(PrivateText const& found, ScreenLine const& line, GrayView const& picture, BackTracker& tracker) {
     auto const& whole = line.place;
     int const left = std::clamp(found.left, 0, whole.patch->width() - 1);
     int const right = std::clamp(found.right, left + 1, whole.patch->width());
@@ -214,7 +213,8 @@ void Covers::add(PrivateText const& found, ScreenLine const& line, BackTracker& 
     PixelBox const box{whole.x + left, whole.y, part.width, part.height};
     if (isCovered(box, whole.patch->letterHeight())) return;
     auto patch = std::make_shared<TextPatch const>(whole.patch->view(), part, whole.patch->letterHeight());
-    Cover cover{tracker.trackedFrom(std::move(patch), box.x, box.y), {}};
+    auto const edges = coverEdges(picture, box, whole.patch->letterHeight());
+    Cover cover{tracker.trackedFrom(std::move(patch), box.x, box.y), edges, {}};
     if (!cover.place.presence.isLegible()) return;
 
     addPast(cover.place, whole, left);
@@ -256,7 +256,8 @@ void Covers::addKnown(ScreenHistory const& history, ChangedTiles const& tiles) {
         auto const shown =
             part.width == patch.width() ? text.patch : std::make_shared<TextPatch const>(patch.view(), part, height);
         if (!tracker) tracker.emplace(history, tiles);
-        begin({tracker->trackedFrom(shown, x + part.x, y), {}}, text);
+        auto const edges = coverEdges(picture, {x + part.x, y, part.width, part.height}, height);
+        begin({tracker->trackedFrom(shown, x + part.x, y), edges, {}}, text);
     });
 }
 

@@ -49,8 +49,9 @@ void ScreenScanner::classify() {
         placed.push_back({line.place.box(), line.place.patch->letterHeight(), line.words});
     }
     BackTracker tracker(history_, tiles_);
+    auto const picture = history_.last().picture->view();
     for (auto const& found : tools_.classifier.privateTexts(placed)) {
-        covers_.add(found, lines_.lines()[found.line], tracker);
+        covers_.add(found, lines_.lines()[found.line], picture, tracker);
     }
 }
 

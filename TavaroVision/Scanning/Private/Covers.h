@@ -2,6 +2,7 @@
 
 #include <TavaroCore/Privacy/FindingHash.h>
 #include <TavaroVision/Scanning/PrivacyScan.h>
+#include <TavaroVision/Scanning/Private/CoverEdges.h>
 #include <TavaroVision/Tracking/Private/TrackedText.h>
 
 #include <cstddef>
@@ -33,7 +34,7 @@ public:
     /// Those that are not on the picture of that time any more are done.
     void endLost(double now);
     /// Found in that line of the tracker's last picture. What is covered already is left as it is.
-    void add(PrivateText const& found, ScreenLine const& line, BackTracker& tracker);
+    void add(PrivateText const& found, ScreenLine const& line, GrayView const& picture, BackTracker& tracker);
 
     /// What was found before and is seen again on the history's last picture, where that changed.
     void addKnown(ScreenHistory const& history, ChangedTiles const& tiles);
@@ -46,6 +47,7 @@ public:
 private:
     struct Cover {
         TrackedText place;
+        CoverEdges edges;
         ScreenFinding finding;
     };
 
