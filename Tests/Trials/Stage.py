@@ -14,9 +14,9 @@ HALF_WRITTEN = (".tmp", ".part")
 
 SUPPRESSIONS = os.path.join(os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__)))), "cmake")
 
-# How programs that were built with a sanitizer run.
+# How programs that were built with a sanitizer run. Leaks are told apart by functions of libraries without frame pointers.
 SANITIZERS = {
-    "ASAN_OPTIONS": "",
+    "ASAN_OPTIONS": "fast_unwind_on_malloc=0",
     "LSAN_OPTIONS": f"suppressions={SUPPRESSIONS}/lsan.supp:print_suppressions=0",
     "TSAN_OPTIONS": f"suppressions={SUPPRESSIONS}/tsan.supp:print_suppressions=0",
     "UBSAN_OPTIONS": "",
