@@ -20,6 +20,7 @@ using Tracks = std::vector<RedactionTrack>;
 
 constexpr double nearness = 0.02; // of the picture's sides
 constexpr double joint = 0.1;     // seconds between tracks of which one goes on with the other
+constexpr double shortestFrame = 1.0 / 240;
 
 TimeRange spanOf(RedactionTrack const& track) { return {track.start, track.duration()}; }
 
@@ -54,9 +55,10 @@ RedactionTrack part(RedactionTrack const& track, TimeRange const& range) {
     return piece;
 }
 
-/// The second goes on with the first, and keeps its name.
+/// The second goes on with the first, and keeps its name. What is covered stays where it is until then.
 RedactionTrack joined(RedactionTrack const& first, RedactionTrack second) {
-    auto before = first.end > second.start ? part(first, {first.start, second.start - first.start}) : first;
+    auto const rests = std::max(first.start, second.keyframes.front().t - shortestFrame);
+    auto before = part(first, {first.start, rests - first.start});
     before.keyframes.insert(before.keyframes.end(), second.keyframes.begin(), second.keyframes.end());
     second.keyframes = std::move(before.keyframes);
     second.start = first.start;

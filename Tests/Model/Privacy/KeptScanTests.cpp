@@ -157,6 +157,18 @@ TEST(KeptScan, aScanThatGoesOnJoinsWhatItFindsToWhatWasFoundBefore) {
     EXPECT_THAT(unscannedRanges(project, other), ElementsAre(TimeRange{42, 18}));
 }
 
+TEST(KeptScan, whatStandsStillBeforeAScanGoesOnIsCoveredWhereItIs) {
+    auto project = film();
+    constexpr NormalizedRect lower{0.1, 0.13, 0.3, 0.05};
+    keepPrivacyScan(project, scan({finding("key", 0, 10)}, {{0, 10}}));
+    keepPrivacyScan(project, scan({finding("key", 9.05, 20, lower)}, {{9, 51}}));
+    ASSERT_EQ(project.redactions->size(), 1U);
+    auto const& track = project.redactions->front();
+    for (double const at : {0.0, 5.0, 9.04}) EXPECT_EQ(track.areaAt(at), above) << at;
+    EXPECT_EQ(track.areaAt(9.05), lower);
+    EXPECT_EQ(track.areaAt(15), lower);
+}
+
 TEST(KeptScan, whatWasTypedIntoHiddenTextLeavesTheLogAndNeverComesBackToTheDisk) {
     TemporaryFolder const folder;
     ProjectPackage const package(folder / "take.recproj");
