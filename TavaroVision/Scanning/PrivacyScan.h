@@ -53,8 +53,8 @@ struct ScanOutcome {
 
 /// Reads the frames of a recording as they change, and tells what of their text is private. Runs until it is done, on
 /// the caller's thread and a reader's process a core; `told` is called there, about ten times a second. What was found
-/// until it is stopped, or until nothing can be read any more, is part of the outcome. Throws `VisionError` where nothing
-/// can be read at all, and `MediaError`.
+/// until it is stopped, or until nothing can be read any more, is part of the outcome. Throws `VisionError` where
+/// nothing can be read at all, and `MediaError`.
 ScanOutcome scanMovie(ScanRequest const& request, std::function<void(ScanProgress const&)> const& told,
                       std::stop_token const& stop);
 

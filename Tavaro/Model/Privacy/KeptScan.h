@@ -34,10 +34,10 @@ struct KeptScan {
 };
 
 /// Takes what was found into the document. In what was looked at, tracks of earlier scans give way to those of this
-/// one, unless they are of something that it did not look for; what the user decided of a text stays: tracks that were accepted or changed are as they are, and a text that
-/// was rejected stays so wherever it is found again. Tracks that somebody made are left alone. Letters that were typed
-/// into what is hidden are taken out of the log: the strokes and their times stay. A saved document does not get them
-/// back, whatever is undone.
+/// one, unless they are of something that it did not look for; what the user decided of a text stays: tracks that were
+/// accepted or changed are as they are, and a text that was rejected stays so wherever it is found again. Tracks that
+/// somebody made are left alone. Letters that were typed into what is hidden are taken out of the log: the strokes and
+/// their times stay. A saved document does not get them back, whatever is undone.
 KeptScan keepPrivacyScan(DemoProject& project, MadePrivacyScan const& made);
 
 }
