@@ -111,16 +111,18 @@ std::optional<DemoProject> documentWithMasks(fs::path const& file, DemoProject c
 
 SavedDocument saveWhole(ProjectPackage const& package, DemoProject const& project) {
     DocumentText document(project);
+    // Stamps are of the very file that was read or written: another program may have put its own there meanwhile.
+    auto stamp = stampOf(package.projectFileURL());
     if (auto const present = FileBytes::read(package.projectFileURL())) {
-        if (document.is(present->bytes()))
-            return document.saved(stampOf(package.projectFileURL()).value_or(FileStamp{}));
+        if (document.is(present->bytes())) return document.saved(stamp.value_or(FileStamp{}));
         if (holdsFormerTypedText(present->bytes())) removeFormerTypedText(package.projectFileURL());
     }
     replaceFileKeepingBackup(package.projectFileURL(), package.backupFileURL(), [&](PendingFile& file) {
         document.appendTo(file);
+        stamp = stampOf(file.descriptor());
         return true;
     });
-    return document.saved(stampOf(package.projectFileURL()).value_or(FileStamp{}));
+    return document.saved(stamp.value_or(FileStamp{}));
 }
 
 }
@@ -181,10 +183,13 @@ std::optional<SavedDocument> ProjectPackage::saveWithLogOf(SavedDocument const& 
     auto const present = PlainFile::open(projectFileURL(), PlainFile::anySize);
     if (!present || stampOf(present->descriptor) != before.stamp) return std::nullopt;
     if (document.isIn(present->descriptor, before)) return before;
+    std::optional<FileStamp> stamp;
     bool const isDone = replaceFileKeepingBackup(projectFileURL(), backupFileURL(), [&](PendingFile& file) {
-        return document.appendTo(file, present->descriptor, before);
+        bool const isWhole = document.appendTo(file, present->descriptor, before);
+        stamp = stampOf(file.descriptor());
+        return isWhole;
     });
-    return isDone ? std::optional(document.saved(stampOf(projectFileURL()).value_or(FileStamp{}))) : std::nullopt;
+    return isDone ? std::optional(document.saved(stamp.value_or(FileStamp{}))) : std::nullopt;
 }
 
 /// The second name takes no room, so that a full disk stops this before anything changed.

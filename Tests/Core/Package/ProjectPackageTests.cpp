@@ -1,4 +1,5 @@
 #include "../Records/RandomRecord.h"
+#include "TemporaryFolder.h"
 
 #include <TavaroCore/Package/ProjectPackage.h>
 
@@ -10,6 +11,7 @@
 
 #include <csignal>
 #include <fstream>
+#include <future>
 #include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -185,6 +187,26 @@ TEST_F(ProjectPackageTest, aSaveThatCannotFinishLeavesBothDocumentsAsTheyWere) {
     EXPECT_EQ(package.load(), second);
     EXPECT_EQ(decodeProject(read(package.backupFileURL())), first);
     EXPECT_EQ(filesInPackage(), 3u);
+}
+
+TEST_F(ProjectPackageTest, ofTwoThatSaveAtOnceWithoutALockEachFileIsWhole) {
+    TemporaryFolder const fast{TemporaryFolder::fastest()};
+    ProjectPackage const shared(fast / "take.recproj");
+    shared.createDirectories();
+    auto mine = named("mine"), other = named("another program's, whose name is of another length");
+    mine.metadata.edit().clicks.resize(40);
+    constexpr int times = 1000;
+    auto const saving = std::async(std::launch::async, [&] {
+        for (int i = 0; i < times; ++i) shared.save(other);
+    });
+    std::optional<SavedDocument> saved;
+    for (int i = 0; i < times; ++i) {
+        mine.name = "mine " + std::string(static_cast<std::size_t>(i % 50), 'x');
+        saved = shared.save(mine, saved);
+        auto const name = shared.load().name; // throws where two texts are mixed
+        EXPECT_TRUE(name == mine.name || name == other.name) << name;
+    }
+    saving.wait();
 }
 
 TEST_F(ProjectPackageTest, anAssetThatTheDiskHasNoRoomForIsRefusedAsThat) {
