@@ -11,8 +11,10 @@ namespace tavaro {
 void becomeEngineProcess(std::uint64_t mostMemory) {
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
     if (::getppid() == 1) std::_Exit(EXIT_FAILURE);
-    rlimit const limit{mostMemory, mostMemory};
+    [[maybe_unused]] rlimit const limit{mostMemory, mostMemory};
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) // which map terabytes
     ::setrlimit(RLIMIT_AS, &limit);
+#endif
     rlimit const noCore{0, 0};
     ::setrlimit(RLIMIT_CORE, &noCore);
 }

@@ -126,7 +126,7 @@ JSONValue::Object patchOf(std::string_view path, JSONValue value) {
 }
 
 /// Adds one object's members to another's, at any depth.
-void addTo(JSONValue::Object& all, JSONValue::Object more) {
+void addTo(JSONValue::Object& all, JSONValue::Object&& more) {
     for (auto& [key, value] : more) {
         auto const [member, isNew] = all.try_emplace(key);
         auto* const both = std::get_if<JSONValue::Object>(&member->second.content);

@@ -239,7 +239,7 @@ private:
 // What nobody can do is not tested by this.
 TEST(EditorDesk, chanceLeadsToStepsOfManyKinds) {
     std::set<QString> names;
-    for (unsigned seed = 1; seed <= 4; ++seed) {
+    for (unsigned seed = 1; seed <= 10; ++seed) {
         Chance chance(seed);
         for (int i = 0; i < actions; ++i) chance.act();
         for (int row = 0; row < chance.steps().rowCount(); ++row) names.insert(chance.stepName(row));

@@ -301,6 +301,7 @@ TEST_F(FilmHandsTest, aHiddenAreaThatMovesIsMovedAtThatMomentAloneAndOneThatStay
 
 TEST_F(FilmHandsTest, aFindingThatWasFollowedIsMovedAndReshapedAsAWhole) {
     auto const track = [&]() -> RedactionTrack const& { return editor.document().redactions->front(); };
+    auto const keyframes = [&] { return track().keyframes; };
     editor->edit("Found", [&](DemoProject& project) {
         auto& found = project.redactions.edit().front();
         found.textHash = "1";
@@ -310,15 +311,15 @@ TEST_F(FilmHandsTest, aFindingThatWasFollowedIsMovedAndReshapedAsAWhole) {
     });
     see();
     hands.select({.kind = ThingKind::redaction, .id = track().id});
-    auto const before = track();
+    auto const before = keyframes();
     auto const was = find(ThingKind::redaction)->rect;
     drag(pointOn(*find(ThingKind::redaction)), {0, 0.1});
     EXPECT_NEAR(find(ThingKind::redaction)->rect.y, was.y + 0.1, 1e-9);
-    ASSERT_EQ(track().keyframes.size(), before.keyframes.size());
-    double const by = track().keyframes[0].rect.y - before.keyframes[0].rect.y;
+    ASSERT_EQ(track().keyframes.size(), before.size());
+    double const by = track().keyframes[0].rect.y - before[0].rect.y;
     EXPECT_GT(by, 0.05);
-    for (std::size_t i = 0; i < before.keyframes.size(); ++i) {
-        auto const &now = track().keyframes[i].rect, &then = before.keyframes[i].rect;
+    for (std::size_t i = 0; i < before.size(); ++i) {
+        auto const &now = track().keyframes[i].rect, &then = before[i].rect;
         EXPECT_NEAR(now.y - then.y, by, 1e-9) << i;
         EXPECT_NEAR(now.height, then.height, 1e-9) << i;
         EXPECT_LE(now.maxX(), 1 + 1e-9) << i;
@@ -326,11 +327,11 @@ TEST_F(FilmHandsTest, aFindingThatWasFollowedIsMovedAndReshapedAsAWhole) {
     EXPECT_FALSE(track().isAutomatic);
     EXPECT_FALSE(editor.isEnabled("addKeyframe")) << "its keyframes are the scan's";
     see();
-    auto const moved = track();
+    auto const moved = keyframes();
     auto const grip = gripsOf(*find(ThingKind::redaction)).back();
     drag(grip.at, {0.03, 0.05});
-    EXPECT_NE(track().keyframes.front().rect, moved.keyframes.front().rect);
-    EXPECT_NE(track().keyframes.back().rect, moved.keyframes.back().rect);
+    EXPECT_NE(track().keyframes.front().rect, moved.front().rect);
+    EXPECT_NE(track().keyframes.back().rect, moved.back().rect);
     EXPECT_TRUE(editor->undoName().startsWith("Resize"));
 }
 

@@ -11,7 +11,6 @@
 #include <fstream>
 
 using namespace tavaro;
-using ::testing::HasSubstr;
 
 namespace {
 
