@@ -24,12 +24,26 @@ Rectangle {
     Flickable {
         id: room
 
+        readonly property Item focused: Window.activeFocusItem
+
+        // What has the keyboard is to be seen: the least way there, and its start where it is larger than the room.
+        function reveal(item: Item) {
+            const place = item.mapToItem(contentItem, 0, 0);
+            contentX = start(contentX, place.x, item.width, width, contentWidth);
+            contentY = start(contentY, place.y, item.height, height, contentHeight);
+        }
+        function start(now: real, first: real, length: real, seen: real, all: real): real {
+            const nearest = Math.min(Math.max(now, first + length + 16 - seen), first - 16);
+            return Math.max(0, Math.min(all - seen, nearest));
+        }
+
         anchors { fill: parent; margins: 16; leftMargin: tools.width + 16 }
         clip: tools.isActual
         boundsBehavior: Flickable.StopAtBounds
         contentWidth: tools.isActual ? Math.max(width, picture.actualSize.width) : width
         contentHeight: tools.isActual ? Math.max(height, picture.actualSize.height) : height
         interactive: tools.isActual
+        onFocusedChanged: if (focused?.parent === handles) reveal(focused)
         ScrollBar.horizontal: ScrollBar { visible: tools.isActual && size < 1 }
         ScrollBar.vertical: ScrollBar { visible: tools.isActual && size < 1 }
 

@@ -89,6 +89,13 @@ def key(name):
     xdotool("key", "--clearmodifiers", name)
 
 
+def window_of(program, *which):
+    """Its main window; with "--onlyvisible", where it is not minimized."""
+    found = subprocess.run(["xdotool", "search", "--all", *which, "--pid", str(program.process.pid), "--name", "Tavaro$"],
+                           check=False, capture_output=True, text=True).stdout.split()
+    return found[0] if found else None
+
+
 class Home:
     """Folders of one user of the program, below the session's."""
 

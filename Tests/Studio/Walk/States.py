@@ -9,7 +9,7 @@ import subprocess
 import time
 
 from Killing import lengths_of, seconds_of, titles_of
-from Session import Fault, await_it, key, xdotool
+from Session import Fault, await_it, key, window_of, xdotool
 
 LATENESS = 0.4  # of the time that the recorder's bar shows, in seconds
 
@@ -22,12 +22,6 @@ def closed(program):
     """As from the desktop's list of windows, also where it is minimized."""
     xdotool("windowactivate", "--sync", await_it("its window", lambda: window_of(program)))
     key("alt+F4")
-
-
-def window_of(program):
-    found = subprocess.run(["xdotool", "search", "--all", "--pid", str(program.process.pid), "--name", "Tavaro$"], check=False,
-                           capture_output=True, text=True).stdout.split()
-    return found[0] if found else None
 
 
 class State:

@@ -15,9 +15,9 @@ SMALLEST = 16  # pixels of what can be used
 class Seen:
     """A node as it was when it was looked at."""
 
-    def __init__(self, tree, node, window, within):
+    def __init__(self, tree, node, window, outer=None):
         atspi = tree.atspi
-        self.node, self.window, self.within = node, window, within  # roles of what it is in
+        self.node, self.window, self.outer = node, window, outer  # outer: what it is in
         self.role, self.name, self.path = node.get_role_name(), node.get_name() or "", node.path
         if self.role == "password text":
             self.name = self.name or node.get_description()  # Qt 6.4 tells no name of these, the placeholder it does
@@ -36,6 +36,14 @@ class Seen:
             place = self.node.get_extents(0)  # of the screen
             self.place = place.x, place.y, place.width, place.height
         return self.place
+
+    def is_scrolled_away(self):
+        """Qt has it as showing also where the pane that it is in shows nothing of it."""
+        if self.outer is None or self.outer.role != "panel":
+            return False
+        x, y, width, height = self.where()
+        left, top, room, rows = self.outer.where()
+        return room > 0 and rows > 0 and (x >= left + room or x + width <= left or y >= top + rows or y + height <= top)
 
     def __str__(self):
         return f"a {self.role} “{self.name}”"
@@ -82,16 +90,15 @@ class Tree:
         showing, found, waiting = self.atspi.StateType.SHOWING, [], []
         for i in reversed(range(self.application.get_child_count())):
             if window := self.child(self.application, i):
-                waiting.append((window, window, ()))
+                waiting.append((window, window, None))
         while waiting:
-            node, window, within = waiting.pop()
+            node, window, outer = waiting.pop()
             try:
                 if not node.get_state_set().contains(showing):
                     continue
-                seen = Seen(self, node, window, within)
+                seen = Seen(self, node, window, outer)
                 found.append(seen)
-                inner = within + (seen.role,)
-                waiting.extend((child, window, inner) for i in reversed(range(node.get_child_count()))
+                waiting.extend((child, window, seen) for i in reversed(range(node.get_child_count()))
                                if (child := self.child(node, i)))
             except self.failure:
                 continue  # it has gone meanwhile
@@ -177,6 +184,8 @@ class Tree:
         return found
 
     def faults_of(self, seen):
+        if seen.is_scrolled_away():
+            return
         x, y, width, height = seen.where()
         bounds = seen.window.get_extents(0)
         if not seen.name:
