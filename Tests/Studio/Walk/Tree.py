@@ -38,12 +38,16 @@ class Seen:
         return self.place
 
     def is_scrolled_away(self):
-        """Qt has it as showing also where the pane that it is in shows nothing of it."""
-        if self.outer is None or self.outer.role != "panel":
-            return False
+        """Qt has it as showing also where a pane that it is in shows nothing of it."""
         x, y, width, height = self.where()
-        left, top, room, rows = self.outer.where()
-        return room > 0 and rows > 0 and (x >= left + room or x + width <= left or y >= top + rows or y + height <= top)
+        pane = self.outer
+        while pane:
+            left, top, room, rows = pane.where()
+            if pane.role == "panel" and room > 0 and rows > 0 and (
+                    x >= left + room or x + width <= left or y >= top + rows or y + height <= top):
+                return True
+            pane = pane.outer
+        return False
 
     def __str__(self):
         return f"a {self.role} “{self.name}”"
