@@ -128,9 +128,10 @@ std::vector<PathPoint> withEdges(std::vector<PathPoint> const& path, PixelBox co
 }
 
 /// Some letters alone, or parts of them, may be those of another text.
-bool isSurely(TextPresence const& presence) {
+bool isSurely(TextPatch const& patch, TextPresence const& presence) {
     constexpr int enough = 8;
-    return presence.isLegible() && (2 * presence.whole >= presence.inked || presence.whole >= enough);
+    bool const isMost = presence.whole > 0 && 2 * presence.whole >= patch.letterCells();
+    return presence.isLegible() && (isMost || presence.whole >= enough);
 }
 
 /// The part of a patch that is shown, where that is less than most of it: a line may be of two windows that part.
@@ -250,7 +251,7 @@ void Covers::addKnown(ScreenHistory const& history, ChangedTiles const& tiles) {
         int const height = patch.letterHeight();
         if (isBelowAny({x, y, patch.width(), patch.height()}, height / 2)) return;
         auto const presence = patch.presence(picture, x, y);
-        if (!isSurely(presence)) return;
+        if (!isSurely(patch, presence)) return;
         auto const part = shownPart(patch, presence);
         if (isBelowAny({x + part.x, y, part.width, part.height}, height)) return;
         auto const shown =

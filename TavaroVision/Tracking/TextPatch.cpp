@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstdlib>
 #include <span>
 
 namespace tavaro {
@@ -97,7 +98,27 @@ TextPatch::TextPatch(GrayView const& picture, PixelBox const& box, int letterHei
         auto const spread = sums.over(cell * cellWidth_, std::min((cell + 1) * cellWidth_, width_)).spreadA();
         isInked_[static_cast<std::size_t>(cell)] = spread >= leastInk ? 1 : 0;
         inkedCells_ += spread >= leastInk ? 1 : 0;
+        hasLetter_.push_back(isInked(cell) && hasLetter(cell) ? 1 : 0);
+        letterCells_ += hasLetter_.back();
     }
+}
+
+/// Whether its ink is more than a third as high as a capital.
+bool TextPatch::hasLetter(int cell) const {
+    int const begin = cell * cellWidth_, end = std::min(begin + cellWidth_, width_);
+    auto const at = [&](int x, int y) { return int{view().pixels[y * width_ + x]}; };
+    int sum = 0, most = 0, rows = 0;
+    for (int y = 0; y < height_; ++y)
+        for (int x = begin; x < end; ++x) sum += at(x, y);
+    int const mean = sum / (height_ * (end - begin));
+    for (int y = 0; y < height_; ++y)
+        for (int x = begin; x < end; ++x) most = std::max(most, std::abs(at(x, y) - mean));
+    for (int y = 0; y < height_; ++y) {
+        bool hasInk = false;
+        for (int x = begin; x < end; ++x) hasInk |= 2 * std::abs(at(x, y) - mean) >= most;
+        rows += hasInk ? 1 : 0;
+    }
+    return 3 * rows > letterHeight_;
 }
 
 TextPresence TextPatch::presence(GrayView const& picture, int x, int y) const {
@@ -134,7 +155,7 @@ TextPresence TextPatch::presence(GrayView const& picture, int x, int y) const {
             return bands[one].isFlat(begin, end) && bands[other].isFlat(begin, end);
         };
         bool const isAllShown = all.isAlike(alike);
-        presence.whole += isAllShown ? 1 : 0;
+        presence.whole += isAllShown && hasLetter_[static_cast<std::size_t>(cell)] ? 1 : 0;
         bool const isShown = isAllShown || above.isAlike(alikeHalf) || below.isAlike(alikeHalf) ||
                              (upperPart.isAlike(alikePart) && isCut(2, 3)) ||
                              (lowerPart.isAlike(alikePart) && isCut(0, 1));

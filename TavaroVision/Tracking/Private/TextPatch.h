@@ -12,7 +12,7 @@ struct TextPresence {
     std::vector<std::uint8_t> shown; // of each cell: whether it has ink, and the picture shows it
     int inked = 0;                   // cells with ink
     int count = 0;                   // of those, the ones that are shown
-    int whole = 0;                   // of those, the ones that are shown from top to bottom
+    int whole = 0;                   // of those, letters that are shown from top to bottom
     int longestRun = 0;              // of shown ones in a row, blanks between them left out
     bool isWhole = false;            // all of it is as it was, the blanks too
 
@@ -35,6 +35,8 @@ public:
     int cellWidth() const { return cellWidth_; }
     bool isInked(int cell) const { return isInked_[static_cast<std::size_t>(cell)] != 0; }
     int inkedCells() const { return inkedCells_; }
+    /// With letters in them: rows of dashes and dots look everywhere the same.
+    int letterCells() const { return letterCells_; }
     int letterHeight() const { return letterHeight_; }
     GrayView view() const { return {pixels_.data(), width_, height_, width_}; }
 
@@ -42,13 +44,17 @@ public:
     TextPresence presence(GrayView const& picture, int x, int y) const;
 
 private:
+    bool hasLetter(int cell) const;
+
     int width_;
     int height_;
     int letterHeight_;
     int cellWidth_;
     int inkedCells_ = 0;
+    int letterCells_ = 0;
     std::vector<std::uint8_t> pixels_;
     std::vector<std::uint8_t> isInked_;
+    std::vector<std::uint8_t> hasLetter_;
 };
 
 }
