@@ -1,5 +1,6 @@
 #include <TavaroVision/Scanning/Private/ScreenText.h>
 
+#include <TavaroCore/Privacy/Characters.h>
 #include <TavaroVision/Scanning/Private/Misreadings.h>
 
 #include <algorithm>
@@ -13,13 +14,7 @@ namespace {
 constexpr double tightGap = 0.55;              // of a letter's height: no room for a space
 constexpr std::string_view joints = "-._:/@="; // inside of values, often read with a space beside them
 
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
-bool isLower(char c) { return c >= 'a' && c <= 'z'; }
-
-bool isTokenCharacter(char c) {
-    return (c >= '0' && c <= '9') || ((c | 32) >= 'a' && (c | 32) <= 'z') ||
-           std::string_view("+/=_-.@~:").find(c) != std::string_view::npos;
-}
+bool isTokenCharacter(char c) { return isAlphanumeric(c) || isAnyOf(c, "+/=_-.@~:"); }
 
 bool isContinuation(char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; }
 

@@ -1,3 +1,4 @@
+#include <TavaroVision/Scanning/Private/ReadingOrder.h>
 #include <TavaroVision/Scanning/Private/ScreenClassifier.h>
 
 #include <gtest/gtest.h>
@@ -191,6 +192,28 @@ TEST(ScreenClassifier, aKeyFileIsKnownByAnyDashes) {
     EXPECT_EQ(wrapped.find("ajFU"), std::string::npos) << wrapped;
     EXPECT_NE(wrapped.find("Weekly report of the "), std::string::npos) << wrapped;
     EXPECT_EQ(covered("--BEGIN the private key--"), "--BEGIN the private key--\n");
+}
+
+TEST(ScreenClassifier, aKeyFileIsKnownWithoutItsHeaderAlsoByLinesWithALetterOff) {
+    // Some are missing, one is no letter of any key, and one blank was read that is not there.
+    std::vector<std::string> const body{"kQ7vYw2sXz9RmT4bLp6NcD8fGh1JqA3eUi5oKxWnV0yBtS7rZgMlP2dHaCuEjF",
+                                        "Zx8CvB1nMq2WeR3tY4uI5oP6aS7dF8g{9hJ0kLzXcVbNmQwErTyUiOpAsDfGhJ1K",
+                                        "mN4bV7cX1zL9kJ2h~G5fD8sA3pO6iU0yT7rE4wQ1nB8vC5xZ2lK9jH6gF3dS0aPp",
+                                        "bT9nH5uJ1mK7oL2pQ8aW4sE0dR6fT3gY9hU5jI1kO7lP2zX="};
+    auto const page = [&](std::string const& above) {
+        Page page;
+        page.line(0, 0, above);
+        for (int i = 0; i < 4; ++i) page.line(0, 24 + 24 * i, body[static_cast<std::size_t>(i)]);
+        return page.line(0, 120, "-----END of it-----").covered();
+    };
+    EXPECT_EQ(std::ranges::count(page("scrolled by half a page"), '#'), 62 + 64 + 63 + 48)
+        << page("scrolled by half a page");
+    EXPECT_EQ(std::ranges::count(page("-----BEGIN CERTIFICATE-----"), '#'), 0) << page("-----BEGIN CERTIFICATE-----");
+    Page addresses;
+    for (int i = 0; i < 4; ++i)
+        addresses.line(0, 24 * i,
+                       "https://docs.example.com/guides/Release2/notes/of-the-week/page" + std::to_string(i));
+    EXPECT_EQ(std::ranges::count(addresses.covered(), '#'), 0) << addresses.covered();
 }
 
 TEST(ScreenClassifier, whatTheEndOfAWindowDividesIsCoveredInBothLines) {
