@@ -151,6 +151,14 @@ void DirtyTiles::clearDue(std::vector<PixelBox> const& withWords, double now) {
     readAt_ = now;
 }
 
+std::optional<double> DirtyTiles::unreadSince() const {
+    std::optional<double> since;
+    for (auto const& one : tiles_) {
+        if (one.isDirty) since = std::min(one.dirtySince, since.value_or(one.dirtySince));
+    }
+    return since;
+}
+
 void DirtyTiles::addFleeting(std::vector<PixelBox> const& boxes) {
     for (auto const& box : boxes) {
         eachIn(box, [&](std::size_t index, int) { addFruitless(tiles_[index]); });

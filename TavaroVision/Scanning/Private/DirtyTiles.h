@@ -3,6 +3,7 @@
 #include <TavaroVision/Reading/ReadText.h>
 
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 namespace tavaro {
@@ -31,6 +32,8 @@ public:
 
     /// What was due is read, at that time. Words were found in the boxes given.
     void clearDue(std::vector<PixelBox> const& withWords, double now);
+    /// When the oldest of what is unread came; none where all is read.
+    std::optional<double> unreadSince() const;
     /// What was read in the boxes did not stay.
     void addFleeting(std::vector<PixelBox> const& boxes);
 
