@@ -64,12 +64,15 @@ void ScreenText::add(std::size_t line, PlacedLine const& placed, ReadingStyle co
     }
 }
 
-/// The edges of fields are read as strokes, before all words or as words of their own: then a value follows.
+/// The edges of fields are read as strokes, before all words or as words of their own, apart from others: then a value
+/// follows.
 void ScreenText::blankBorders(std::string& text) const {
     for (auto const& word : words_) {
         bool const isFirst = &word == words_.data();
-        if (isBorder(word.read->text)) {
-            text.replace(word.start, word.read->text.size(), word.read->text.size(), ' ');
+        auto const size = word.read->text.size(), end = word.start + size;
+        bool const isApart = (isFirst || text[word.start - 1] == ' ') && (end == text.size() || text[end] == ' ');
+        if (isApart && isBorder(word.read->text)) {
+            text.replace(word.start, size, size, ' ');
             if (!isFirst) text[word.start] = ':';
         } else if (isFirst) {
             for (std::string_view const border : {"|", "(", "[", "‘", "'"}) {
