@@ -137,7 +137,7 @@ TextPresence TextPatch::presence(GrayView const& picture, int x, int y) const {
     }
     presence.isWhole = top == 0 && bottom == height_ && left == 0 && right == width_;
     presence.inked = 0;
-    int run = 0;
+    int run = 0, upperRun = 0, lowerRun = 0;
     for (int cell = 0; cell < cells(); ++cell) {
         int const begin = std::max(cell * cellWidth_, left), end = std::min((cell + 1) * cellWidth_, right);
         if (begin >= end) {
@@ -155,10 +155,15 @@ TextPresence TextPatch::presence(GrayView const& picture, int x, int y) const {
             return bands[one].isFlat(begin, end) && bands[other].isFlat(begin, end);
         };
         bool const isAllShown = all.isAlike(alike);
-        presence.whole += isAllShown && hasLetter_[static_cast<std::size_t>(cell)] ? 1 : 0;
-        bool const isShown = isAllShown || above.isAlike(alikeHalf) || below.isAlike(alikeHalf) ||
-                             (upperPart.isAlike(alikePart) && isCut(2, 3)) ||
-                             (lowerPart.isAlike(alikePart) && isCut(0, 1));
+        bool const isUpper = isAllShown || above.isAlike(alikeHalf) || (upperPart.isAlike(alikePart) && isCut(2, 3));
+        bool const isLower = isAllShown || below.isAlike(alikeHalf) || (lowerPart.isAlike(alikePart) && isCut(0, 1));
+        bool const isShown = isUpper || isLower;
+        if (hasLetter_[static_cast<std::size_t>(cell)]) {
+            presence.whole += isAllShown ? 1 : 0;
+            upperRun = isUpper ? upperRun + 1 : 0;
+            lowerRun = isLower ? lowerRun + 1 : 0;
+            presence.longestEdge = std::max({presence.longestEdge, upperRun, lowerRun});
+        }
         presence.shown[static_cast<std::size_t>(cell)] = isShown ? 1 : 0;
         tellRun(presence, isShown, run);
         auto const contrast = all.spreadB() / std::max(all.spreadA(), 1.0);

@@ -14,6 +14,7 @@ struct TextPresence {
     int count = 0;                   // of those, the ones that are shown
     int whole = 0;                   // of those, letters that are shown from top to bottom
     int longestRun = 0;              // of shown ones in a row, blanks between them left out
+    int longestEdge = 0;             // of letters in a row whose upper parts are shown, or whose lower parts
     bool isWhole = false;            // all of it is as it was, the blanks too
 
     /// Less than three letters in a row can be read by nobody.

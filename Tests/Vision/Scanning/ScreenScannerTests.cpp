@@ -28,6 +28,7 @@ public:
         std::string text;
         int x = 0;
         int y = 0;
+        PixelBox window = {}; // in front of the lines before it, instead of a text
     };
     using Drawing = std::function<std::vector<Line>(double seconds)>;
 
@@ -52,7 +53,10 @@ public:
 private:
     void draw(std::vector<Line> const& lines) {
         screen_.fill({0, 0, width, height}, {24, 26, 32});
-        for (auto const& line : lines) screen_.write(line.text, line.x, line.y, face, {220, 220, 220});
+        for (auto const& line : lines) {
+            screen_.fill(line.window, {60, 64, 80});
+            screen_.write(line.text, line.x, line.y, face, {220, 220, 220});
+        }
         past_.push_back(lines);
     }
 
@@ -70,6 +74,7 @@ private:
         for (auto const& line : shown) {
             int const middle = box.y + box.height / 2;
             if (middle < line.y || middle >= line.y + screen_.lineHeight(face)) continue;
+            if (box.height < face.size / 2) continue; // half of a line
             int const advance = screen_.letters(line.text, face).front().box.width;
             for (std::size_t at = 0; at < line.text.size();) {
                 auto const end = std::min(line.text.find(' ', at), line.text.size());
@@ -221,6 +226,23 @@ TEST(ScreenScanner, whatScrollsBackTooFastToBeReadIsKnown) {
         EXPECT_TRUE(isCovered(findings, (frame + 0.1) / fps, 200, topAt(double(frame) / fps))) << frame;
     }
     EXPECT_FALSE(isCovered(findings, 1.2, 200, 200));
+}
+
+TEST(ScreenScanner, whatAWindowLeavesOfALineIsKnown) {
+    constexpr int top = 200;
+    for (bool const isUpper : {true, false}) {
+        ScannedScreen screen;
+        auto const findings = screen.scan(3, [&](double at) {
+            auto const edge = top + (isUpper ? 12 : 10);
+            auto const window = at < 1   ? PixelBox{}
+                                : at < 2 ? PixelBox{20, top - 50, 700, 100}
+                                         : PixelBox{20, isUpper ? edge : edge - 100, 700, 100};
+            return std::vector<ScannedScreen::Line>{{secret, 40, top}, {.window = window}};
+        });
+        EXPECT_FALSE(isCovered(findings, 1.5, 40, top)) << "below a window";
+        for (double at = 2.01; at < 3; at += 0.1)
+            EXPECT_TRUE(isCovered(findings, at, 40, top)) << at << (isUpper ? " the upper half" : " the lower half");
+    }
 }
 
 TEST(ScreenScanner, dashesAloneAreNotTakenForTheHeaderOfAKeyFile) {
