@@ -31,19 +31,32 @@ void mendLabelLetters(MendedText& text) {
     }
 }
 
-/// "Bearer9fQ2…", "card4539 1488 …": blanks that were not read between a label and its value.
+/// "+4930 1208 5007today": the beginning of a text is a number, whatever follows it.
+bool beginsWithNumber(std::string_view text) {
+    constexpr std::size_t fewestBeforeLetters = 9; // digits
+    auto const end = std::min(text.find_first_not_of("+()-./0123456789"), text.size());
+    auto const digits = static_cast<std::size_t>(std::ranges::count_if(text.substr(0, end), isDigit));
+    bool const isAlone = std::ranges::none_of(text, isLetter);
+    return !text.empty() && isAnyOf(text[0], "+(0123456789") && (isAlone || digits >= fewestBeforeLetters);
+}
+
+/// "Bearer9fQ2…", "Authorization:Bearer9fQ2…", "card4539 1488 …": blanks that were not read between a label and its
+/// value.
 void mendLabelBlanks(MendedText& text) {
-    constexpr std::array<std::string_view, 10> labels{"bearer", "card", "karte", "phone",  "call",
-                                                      "tel",    "fax",  "visa",  "mobile", "number"};
+    constexpr std::string_view bearer = "bearer";
+    constexpr std::array<std::string_view, 10> labels{bearer, "card", "karte", "phone",  "call",
+                                                      "tel",  "fax",  "visa",  "mobile", "number"};
     for (auto const word : wordsFromEnd(text.text())) {
         auto const line = std::string_view(text.text()).substr(word.start, word.size());
+        auto const sign = line.find(':');
+        auto const begin = sign == none || line.substr(sign).size() <= bearer.size() ? 0 : sign + 1;
         for (auto const label : labels) {
-            bool const begins = line.size() > label.size() + 3 && isAlike(line.substr(0, label.size()), label);
-            auto const rest = begins ? line.substr(label.size()) : std::string_view();
-            bool const isToken = label == "bearer" && rest.size() >= 16 && std::ranges::any_of(rest, isDigit);
-            bool const isNumber =
-                !rest.empty() && isAnyOf(rest[0], "+(0123456789") && std::ranges::none_of(rest, isLetter);
-            if (isToken || isNumber) text.replace(word.start + label.size(), 0, " ");
+            auto const from = label == bearer ? begin : 0;
+            bool const begins =
+                line.size() > from + label.size() + 3 && isAlike(line.substr(from, label.size()), label);
+            auto const rest = begins ? line.substr(from + label.size()) : std::string_view();
+            bool const isToken = label == bearer && rest.size() >= 16 && std::ranges::any_of(rest, isDigit);
+            if (isToken || beginsWithNumber(rest)) text.replace(word.start + from + label.size(), 0, " ");
         }
     }
 }
@@ -108,9 +121,9 @@ void mendMovedBlanks(MendedText& text) {
     }
 }
 
-/// "Bearer 9{Q2kLx81m…": signs that a letter is taken for, in a token that only its label tells of.
+/// "Bearer 9{Q2kLx@1m…": signs that a letter is taken for, in a token that only its label tells of.
 void mendTokenSigns(MendedText& text) {
-    constexpr std::string_view label = "bearer ", signs = "{}()[]|!", letters = "fJCJlJll";
+    constexpr std::string_view label = "bearer ", signs = "{}()[]|!@", letters = "fJCJlJll0";
     constexpr std::size_t shortest = 16;
     auto const line = text.text();
     for (auto const word : wordsFromEnd(line)) {

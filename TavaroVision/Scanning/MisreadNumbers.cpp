@@ -26,6 +26,13 @@ char digitOf(char c) {
 
 bool isOfNumber(char c) { return isDigit(digitOf(c)) || isAnyOf(c, "()+-. /"); }
 
+/// "+49 30 1208 5007today": where a number with its country ends that goes on in a word; 0 where it may be less.
+std::size_t endOfWholeNumber(std::string_view text) {
+    constexpr std::ptrdiff_t fewestDigits = 10;
+    bool const isWhole = text[0] == '+' && std::ranges::count_if(text, isDigit) >= fewestDigits;
+    return isWhole ? text.find_last_of("0123456789") + 1 : 0;
+}
+
 /// Runs of digits, of what is taken for them, and of what is between groups; from the last to the first.
 std::vector<ReadPiece> numbersFromEnd(std::string_view text) {
     constexpr std::size_t fewestDigits = 7;
@@ -37,7 +44,9 @@ std::vector<ReadPiece> numbersFromEnd(std::string_view text) {
         auto end = at;
         while (end < text.size() && (isOfNumber(text[end]) || (isAnyOf(text[end], "\\~") && end > at))) ++end;
         if (end < text.size() && isAlphanumeric(text[end])) { // the last group is of a word
+            auto const lastDigit = endOfWholeNumber(text.substr(at, end - at));
             while (end > at && text[end - 1] != ' ') --end;
+            if (lastDigit > 0) end = at + lastDigit;
         }
         while (end > at && !isDigit(digitOf(text[end - 1]))) --end;
         auto const part = text.substr(at, end - at);
@@ -145,6 +154,7 @@ void mendNumber(MendedText& text, ReadPiece const& place) {
 
 void mendNumbers(MendedText& text) {
     for (auto const place : numbersFromEnd(text.text())) {
+        if (place.end < text.text().size() && isLetter(text.text()[place.end])) text.replace(place.end, 0, " ");
         mendNumber(text, place);
         bool const isGlued =
             place.start > 0 && text.text()[place.start] == '(' && isLetter(text.text()[place.start - 1]);
