@@ -75,12 +75,30 @@ void mendMailDots(MendedText& text) {
     }
 }
 
+/// "lena.berg@example.orgtome": the next words, whose blanks were not read. Where the whole is a domain, that is found
+/// by what was read.
+void mendMailEnds(MendedText& text) {
+    for (auto const word : wordsFromEnd(text.text())) {
+        auto const line = std::string_view(text.text()).substr(word.start, word.size());
+        auto const at = line.find('@'), dot = line.rfind('.');
+        bool const isMail = at != none && at >= 2 && isAlphanumeric(line[at - 1]) && dot != none && dot > at + 1;
+        auto const ending = isMail ? line.substr(dot + 1) : std::string_view();
+        if (!std::ranges::all_of(ending, isLetter)) continue;
+        auto const isGlued = [&](std::string_view domain) {
+            return ending.size() > domain.size() + 1 && ending.starts_with(domain);
+        };
+        auto const known = std::ranges::find_if(domains, isGlued);
+        if (known != domains.end()) text.replace(word.start + dot + 1 + known->size(), 0, " ");
+    }
+}
+
 }
 
 void mendAddresses(MendedText& text) {
     mendSchemes(text);
     mendMailSigns(text);
     mendMailDots(text);
+    mendMailEnds(text);
 }
 
 }

@@ -162,6 +162,8 @@ TEST(ScreenClassifier, addressesAndNumbersSurviveTheirMisreadSigns) {
           "my {(2l2) 555-O199} now", "is{(415) 555-4845}, call", "maria: {(6) 555-3163} now",
           "call {+49 3O 1234 5678} now", "call {+44\\20 1208 5007} now", "call {+49 30 3806 8068}today"})
         expectCovered(line);
+    EXPECT_EQ(covered("From:lena.berg@example.orgtome").find("lena.berg@example.org"), std::string::npos);
+    expectCovered("to {lena@berg.network} again");
     for (auto const* glued :
          {"card4539 1488 0343 6467", "call+493045391488today", "Authorization:Bearer4539kLx81mZpT7vRb3Wd"})
         EXPECT_EQ(covered(glued).find("45"), std::string::npos) << glued;
