@@ -75,9 +75,15 @@ void mendMailDots(MendedText& text) {
     }
 }
 
-/// "lena.berg@example.orgtome": the next words, whose blanks were not read. Where the whole is a domain, that is found
-/// by what was read.
-void mendMailEnds(MendedText& text) {
+}
+
+void mendAddresses(MendedText& text) {
+    mendSchemes(text);
+    mendMailSigns(text);
+    mendMailDots(text);
+}
+
+void partGluedWords(MendedText& text) {
     for (auto const word : wordsFromEnd(text.text())) {
         auto const line = std::string_view(text.text()).substr(word.start, word.size());
         auto const at = line.find('@'), dot = line.rfind('.');
@@ -90,15 +96,6 @@ void mendMailEnds(MendedText& text) {
         auto const known = std::ranges::find_if(domains, isGlued);
         if (known != domains.end()) text.replace(word.start + dot + 1 + known->size(), 0, " ");
     }
-}
-
-}
-
-void mendAddresses(MendedText& text) {
-    mendSchemes(text);
-    mendMailSigns(text);
-    mendMailDots(text);
-    mendMailEnds(text);
 }
 
 }

@@ -1,6 +1,7 @@
 #include <TavaroVision/Scanning/Private/ScreenText.h>
 
 #include <TavaroCore/Privacy/Characters.h>
+#include <TavaroVision/Scanning/Private/MisreadAddresses.h>
 #include <TavaroVision/Scanning/Private/Misreadings.h>
 
 #include <algorithm>
@@ -50,6 +51,8 @@ ScreenText::ScreenText(std::span<PlacedLine const> lines, std::span<std::size_t 
     mended_ = MendedText(read_);
     mendPrefixes(mended_);
     if (style.mending == ReadingStyle::Mending::everything) mendMisreadings(mended_);
+    if (style.mending == ReadingStyle::Mending::everything && style.spaces == ReadingStyle::Spaces::all)
+        partGluedWords(mended_);
 }
 
 void ScreenText::add(std::size_t line, PlacedLine const& placed, ReadingStyle const& style) {
