@@ -107,6 +107,26 @@ void mendColons(MendedText& text) {
     }
 }
 
+/// "Password: Harbor vitp303": an underscore that was read as a blank.
+void mendPasswordJoints(MendedText& text) {
+    constexpr std::array<std::string_view, 4> labels{"password", "passwort", "passphrase", "kennwort"};
+    constexpr std::size_t shortest = 3, shortestNumbered = 4;
+    auto const words = wordsFromEnd(text.text());
+    if (words.size() < 3) return;
+    auto const piece = [&](std::size_t fromEnd) {
+        return std::string_view(text.text()).substr(words[fromEnd].start, words[fromEnd].size());
+    };
+    auto const label = piece(2), first = piece(1), second = piece(0);
+    bool const isLabel = isAnyOf(label.back(), ":=") && std::ranges::any_of(labels, [&](std::string_view each) {
+                             return label.size() > each.size() &&
+                                    isAlike(label.substr(label.size() - each.size() - 1, each.size()), each);
+                         });
+    bool const isName = first.size() >= shortest && std::ranges::all_of(first, isLetter);
+    bool const isNumbered = second.size() >= shortestNumbered && std::ranges::all_of(second, isAlphanumeric) &&
+                            isLetter(second.front()) && isDigit(second.back());
+    if (isLabel && isName && isNumbered) text.replace(words[0].start - 1, 1, "_");
+}
+
 /// "Password:W inter#77": a letter on the wrong side of the blank behind a label.
 void mendMovedBlanks(MendedText& text) {
     constexpr std::size_t shortestLabel = 3, mostLetters = 2;
@@ -146,6 +166,7 @@ void mendLabels(MendedText& text) {
     mendMovedBlanks(text);
     mendTokenSigns(text);
     mendColons(text);
+    mendPasswordJoints(text);
 }
 
 }

@@ -26,11 +26,20 @@ char digitOf(char c) {
 
 bool isOfNumber(char c) { return isDigit(digitOf(c)) || isAnyOf(c, "()+-. /"); }
 
+constexpr std::ptrdiff_t wholeNumber = 10; // digits, with those of its country
+
 /// "+49 30 1208 5007today": where a number with its country ends that goes on in a word; 0 where it may be less.
 std::size_t endOfWholeNumber(std::string_view text) {
-    constexpr std::ptrdiff_t fewestDigits = 10;
-    bool const isWhole = text[0] == '+' && std::ranges::count_if(text, isDigit) >= fewestDigits;
+    bool const isWhole = text[0] == '+' && std::ranges::count_if(text, isDigit) >= wholeNumber;
     return isWhole ? text.find_last_of("0123456789") + 1 : 0;
+}
+
+/// "#49 30 1208 5007": a plus that was misread.
+bool isCountryAt(std::string_view text, std::size_t at) {
+    constexpr std::size_t mostDigits = 3;
+    auto const end = std::min(text.find_first_not_of("0123456789", at + 1), text.size());
+    bool const isCode = text[at] == '#' && end > at + 1 && end <= at + 1 + mostDigits && end < text.size();
+    return isCode && text[end] == ' ' && isDigit(text[std::min(end + 1, text.size() - 1)]);
 }
 
 /// Runs of digits, of what is taken for them, and of what is between groups; from the last to the first.
@@ -38,10 +47,10 @@ std::vector<ReadPiece> numbersFromEnd(std::string_view text) {
     constexpr std::size_t fewestDigits = 7;
     std::vector<ReadPiece> numbers;
     for (std::size_t at = 0; at < text.size(); ++at) {
-        bool const begins = (isDigit(digitOf(text[at])) || isAnyOf(text[at], "(+")) &&
+        bool const begins = (isDigit(digitOf(text[at])) || isAnyOf(text[at], "(+") || isCountryAt(text, at)) &&
                             (at == 0 || !isAlphanumeric(text[at - 1]) || text[at] == '(');
         if (!begins) continue;
-        auto end = at;
+        auto end = text[at] == '#' ? at + 1 : at;
         while (end < text.size() && (isOfNumber(text[end]) || (isAnyOf(text[end], "\\~") && end > at))) ++end;
         if (end < text.size() && isAlphanumeric(text[end])) { // the last group is of a word
             auto const lastDigit = endOfWholeNumber(text.substr(at, end - at));
@@ -146,6 +155,7 @@ void mendCard(std::string& number, std::string_view before) {
 void mendNumber(MendedText& text, ReadPiece const& place) {
     auto number = text.text().substr(place.start, place.size());
     for (auto& c : number) c = isAnyOf(c, "\\~") ? ' ' : digitOf(c);
+    if (number[0] == '#' && std::ranges::count_if(number, isDigit) >= wholeNumber) number[0] = '+';
     mendCard(number, std::string_view(text.text()).substr(0, place.start));
     text.replace(place.start, place.size(), withWholeArea(std::move(number)));
 }

@@ -145,8 +145,9 @@ private:
             if (!isValue(value) || (isSecret && text.isSentence(match.start, match.end()))) continue;
             bool const isWhole = isNumberOrAddress(match.kind);
             if (part == Part::numbersOfLast && !isWhole) continue;
-            bool const isKey = match.kind == SensitiveKind::apiKey || match.kind == SensitiveKind::token;
-            keep(text, match.kind, match.label, isKey ? text.wordStart(match.start) : match.start,
+            bool const isWord = match.kind == SensitiveKind::apiKey || match.kind == SensitiveKind::token ||
+                                match.kind == SensitiveKind::email;
+            keep(text, match.kind, match.label, isWord ? text.wordStart(match.start) : match.start,
                  isWhole ? match.end() : text.wordEnd(match.end()), part);
         }
     }

@@ -131,8 +131,8 @@ TEST(ScreenClassifier, labelsThatWereReadWithoutTheirBlanksStillAreLabels) {
     for (auto const* line :
          {"AWSSECRETACCESSKEY={wJalrXUtnFEMI7K7MDENGbPxRfiCYEXAMPLEKEY}",
           "TWILIOAUTHTOKEN={9fa3c1b2d4e5f60718293a4b5c6d7e8f}", "Authorization: Bearer {9fQ2kLx81mZpT7vRb3Wd}",
-          "Authorization: Bearer {9fQ2kL@81mZpT7vRb3Wd}", "Password; {Winter_kqpx895}", "Passwort. {Hj8!kkLp}",
-          "Pasaword: {hunter2x}"})
+          "Authorization: Bearer {9fQ2kL@81mZpT7vRb3Wd}", "Password; {Winter_kqpx895}", "Password: {Harbor vitp303}",
+          "Passwort. {Hj8!kkLp}", "Pasaword: {hunter2x}"})
         expectCovered(line);
     EXPECT_EQ(covered("Password:W inter#77kalt").find("inter"), std::string::npos);
     EXPECT_EQ(covered("tokghp_a8Kq2LmZpT7vRb3WadYc8Naq)4hGFK2xWs1tEe"), "tok" + std::string(42, '#') + "\n");
@@ -160,7 +160,8 @@ TEST(ScreenClassifier, addressesAndNumbersSurviveTheirMisreadSigns) {
          {"{maria(a)kaisha.com} wrote", "to {maria.abc@mail,com} again", "to {tom_abc@mailhostcom} again",
           "at {4539 1488 O343 6467} now", "at {4539 1488 0343 6461} now", "card {45391488 03436467}",
           "my {(2l2) 555-O199} now", "is{(415) 555-4845}, call", "maria: {(6) 555-3163} now",
-          "call {+49 3O 1234 5678} now", "call {+44\\20 1208 5007} now", "call {+49 30 3806 8068}today"})
+          "call {+49 3O 1234 5678} now", "call {+44\\20 1208 5007} now", "call {+49 30 3806 8068}today",
+          "call {#49 30 3806 8068} now", "to {fduf$9@mail.com} again", "to {größe9@mail.com} again"})
         expectCovered(line);
     EXPECT_EQ(covered("From:lena.berg@example.orgtome").find("lena.berg@example.org"), std::string::npos);
     expectCovered("to {lena@berg.network} again");
