@@ -76,6 +76,7 @@ void tellRun(TextPresence& presence, bool isShown, int& run) {
     ++presence.inked;
     presence.count += isShown ? 1 : 0;
     run = isShown ? run + 1 : 0;
+    if (run == presence.inked) presence.outerRun = run;
     presence.longestRun = std::max(presence.longestRun, run);
 }
 
@@ -169,6 +170,7 @@ TextPresence TextPatch::presence(GrayView const& picture, int x, int y) const {
         auto const contrast = all.spreadB() / std::max(all.spreadA(), 1.0);
         if (all.correlation() < same || contrast < 0.6 || contrast > 1.6) presence.isWhole = false;
     }
+    presence.outerRun = std::max(presence.outerRun, run);
     return presence;
 }
 

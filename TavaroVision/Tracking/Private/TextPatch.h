@@ -14,11 +14,16 @@ struct TextPresence {
     int count = 0;                   // of those, the ones that are shown
     int whole = 0;                   // of those, letters that are shown from top to bottom
     int longestRun = 0;              // of shown ones in a row, blanks between them left out
+    int outerRun = 0;                // the longer one of those at its beginning and its end
     int longestEdge = 0;             // of letters in a row whose upper parts are shown, or whose lower parts
     bool isWhole = false;            // all of it is as it was, the blanks too
 
     /// Less than three letters in a row can be read by nobody.
     bool isLegible() const { return inked > 0 && longestRun >= (inked < 3 ? inked : 3); }
+    /// Three letters in the middle are soon those of another text. What comes, is typed or is covered bit by bit shows
+    /// its beginning or its end.
+    bool isSurelyPart() const { return isLegible() && (isMost() || longestRun >= sureRun || 2 * outerRun > sureRun); }
+    static constexpr int sureRun = 5;
     bool isMost() const { return inked > 0 && 2 * count >= inked; }
 };
 
