@@ -3,6 +3,7 @@
 #include <TavaroVision/Tracking/Private/ChangedTiles.h>
 
 #include <algorithm>
+#include <utility>
 
 namespace tavaro {
 
@@ -65,6 +66,14 @@ void DirtyTiles::add(std::vector<PixelBox> const& wholeTexts, double now) {
                 changed.dirtySince = now;
             }
         }
+    }
+}
+
+void DirtyTiles::ask(std::vector<PixelBox> const& boxes, double now) {
+    for (auto const& box : boxes) {
+        eachIn(box, [&](std::size_t index, int) {
+            if (!std::exchange(tiles_[index].isDirty, true)) tiles_[index].dirtySince = now;
+        });
     }
 }
 

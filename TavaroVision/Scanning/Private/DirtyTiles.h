@@ -22,6 +22,9 @@ public:
     /// What of the picture of that time changed and is not explained by the whole texts given.
     void add(std::vector<PixelBox> const& wholeTexts, double now);
 
+    /// What is there is to be read again.
+    void ask(std::vector<PixelBox> const& boxes, double now);
+
     /// Marks what is due before the next picture comes, which `tiles` knows already. False where nothing is.
     bool markDue(double next);
     /// The same at the end of all.

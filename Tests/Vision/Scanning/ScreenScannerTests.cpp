@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cmath>
 #include <functional>
+#include <set>
 
 namespace tavaro {
 
@@ -49,6 +50,8 @@ public:
     }
 
     int linesRead() const { return linesRead_; }
+    /// A sign in lines that are read for the first time, which is taken for another.
+    char misread = 0;
 
 private:
     void draw(std::vector<Line> const& lines) {
@@ -64,7 +67,12 @@ private:
     std::vector<ReadLine> read(std::span<TextLine const> lines) {
         auto const& shown = past_.size() > 1 && isBehind_ ? past_[past_.size() - 2] : past_.back();
         std::vector<ReadLine> result;
-        for (auto const& line : lines) result.push_back(readAt(line.box, shown));
+        for (auto const& line : lines) {
+            result.push_back(readAt(line.box, shown));
+            bool const isFirst = misread != 0 && seen_.insert(line.box.y).second;
+            for (auto& word : result.back().words)
+                if (isFirst) std::ranges::replace(word.text, misread, '?');
+        }
         linesRead_ += static_cast<int>(lines.size());
         return result;
     }
@@ -91,6 +99,7 @@ private:
     std::vector<std::vector<Line>> past_;
     bool isBehind_ = true;
     int linesRead_ = 0;
+    std::set<int> seen_;
     ScreenClassifier classifier_{RedactionSettings{}};
     ReadMemory memory_;
     FoundTexts found_;
@@ -295,6 +304,17 @@ TEST(ScreenScanner, framesOfAnotherSizeAreLookedAtToo) {
     EXPECT_NEAR(findings[1].start, 1, 1e-6);
     EXPECT_NEAR(areaAt(findings[0], 0.5).center().y, 0.27, 0.03);
     EXPECT_NEAR(areaAt(findings[1], 1.5).center().y, 0.53, 0.03);
+}
+
+TEST(ScreenScanner, whatSeemsToAnnounceAValueIsReadOnceMoreWhenItStands) {
+    ScannedScreen screen;
+    screen.misread = '.';
+    auto const findings = screen.scan(3, [](double) {
+        return std::vector<ScannedScreen::Line>{
+            {"write to lena@berg.org now", 40, 100}, {"nothing. at all", 40, 200}, {"call nobody.", 40, 300}};
+    });
+    EXPECT_TRUE(isCovered(findings, 0.05, 140, 100));
+    EXPECT_EQ(screen.linesRead(), 5) << "two of three once more";
 }
 
 TEST(ScreenScanner, anEmptyScreenCostsNoReading) {
