@@ -6,6 +6,7 @@
 #include <TavaroVision/Scanning/Private/FoundTexts.h>
 #include <TavaroVision/Scanning/Private/ScreenClassifier.h>
 #include <TavaroVision/Scanning/Private/ScreenLines.h>
+#include <TavaroVision/Scanning/Private/ZoomedFindings.h>
 #include <TavaroVision/Tracking/Private/ScreenHistory.h>
 
 #include <algorithm>
@@ -127,10 +128,14 @@ std::vector<PathPoint> withEdges(std::vector<PathPoint> const& path, PixelBox co
     return all;
 }
 
-/// Some letters alone, or parts of them, may be those of another text.
-bool isSurely(TextPresence const& presence) {
-    constexpr int enough = 8;
-    return presence.isLegible() && (2 * presence.whole >= presence.inked || presence.whole >= enough);
+/// Some letters alone, or parts of them here and there, may be those of another text. What a window leaves of a line
+/// are parts of one height.
+bool isSurely(TextPatch const& patch, TextPresence const& presence) {
+    constexpr int enough = 8, fewestParts = 4, enoughParts = 12;
+    bool const isMost = presence.whole > 0 && 2 * presence.whole >= patch.letterCells();
+    bool const isMostParts = presence.longestEdge >= fewestParts && 5 * presence.longestEdge >= 4 * patch.letterCells();
+    return presence.isLegible() &&
+           (isMost || presence.whole >= enough || isMostParts || presence.longestEdge >= enoughParts);
 }
 
 /// The part of a patch that is shown, where that is less than most of it: a line may be of two windows that part.
@@ -250,7 +255,7 @@ void Covers::addKnown(ScreenHistory const& history, ChangedTiles const& tiles) {
         int const height = patch.letterHeight();
         if (isBelowAny({x, y, patch.width(), patch.height()}, height / 2)) return;
         auto const presence = patch.presence(picture, x, y);
-        if (!isSurely(presence)) return;
+        if (!isSurely(patch, presence)) return;
         auto const part = shownPart(patch, presence);
         if (isBelowAny({x + part.x, y, part.width, part.height}, height)) return;
         auto const shown =
@@ -264,7 +269,7 @@ void Covers::addKnown(ScreenHistory const& history, ChangedTiles const& tiles) {
 std::vector<ScreenFinding> Covers::take(double end) {
     for (auto& cover : alive_) finish(cover, end);
     alive_.clear();
-    return joinedFindings(withoutParts(std::exchange(done_, {})));
+    return joinedFindings(withZooms(withoutParts(std::exchange(done_, {})), end));
 }
 
 }

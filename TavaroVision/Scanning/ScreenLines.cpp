@@ -1,9 +1,13 @@
 #include <TavaroVision/Scanning/Private/ScreenLines.h>
 
+#include <TavaroCore/Privacy/Characters.h>
 #include <TavaroVision/Tracking/Private/ScreenHistory.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
+#include <string>
+#include <string_view>
 #include <utility>
 
 namespace tavaro {
@@ -13,6 +17,7 @@ namespace {
 constexpr int margin = 2; // pixels of a line's picture around its ink
 constexpr std::size_t mostMemories = 600, mostMemoryBytes = std::size_t{30} << 20;
 constexpr double movingInterval = 0.6; // seconds
+constexpr double longEnough = 0.5;     // seconds after it was read, to be read again
 constexpr double shortestStay = 0.2;   // seconds after it was read; what goes before was part of a film
 
 PixelBox shared(PixelBox const& a, PixelBox const& b) {
@@ -40,6 +45,17 @@ bool isKnownStill(ScreenLine const& line, double now) {
     return !place.velocity.isNone() && place.presence.isMost() && now - line.readAt < movingInterval;
 }
 
+/// Whether a line says that it has something private.
+bool seemsToAnnounce(ScreenLine const& line) {
+    constexpr std::array<std::string_view, 9> signs{"@",    "pass", "secret", "token", "bearer",
+                                                    "card", "call", "phone",  "tel"};
+    return std::ranges::any_of(line.words, [&](ReadWord const& word) {
+        std::string text = word.text;
+        std::ranges::transform(text, text.begin(), lower);
+        return std::ranges::any_of(signs, [&](auto sign) { return text.find(sign) != text.npos; });
+    });
+}
+
 std::vector<ReadWord> wordsBeside(ReadLine&& line, PixelBox const& corner) {
     std::vector<ReadWord> words;
     for (auto& word : line.words) {
@@ -62,6 +78,7 @@ struct ScreenLines::Fresh {
     PixelBox box; // with its margin
     std::shared_ptr<TextPatch const> patch;
     std::optional<std::vector<ReadWord>> words;
+    bool isAgain = false;
 };
 
 void ReadMemory::keep(std::shared_ptr<TextPatch const> const& patch, std::vector<ReadWord> words) {
@@ -115,6 +132,19 @@ std::vector<PixelBox> ScreenLines::wholeBoxes(double now) const {
     return boxes;
 }
 
+std::vector<PixelBox> ScreenLines::takeDoubtful(double now) {
+    std::vector<PixelBox> boxes;
+    for (auto& line : lines_) {
+        auto const& place = line.place;
+        bool const stands = place.velocity.isNone() && place.presence.isWhole && now - line.readAt >= longEnough;
+        if (!stands || line.isSettled) continue;
+        line.isSettled = true;
+        line.isDoubtful = !line.isPrivate && seemsToAnnounce(line);
+        if (line.isDoubtful) boxes.push_back(place.box());
+    }
+    return boxes;
+}
+
 bool ScreenLines::takeIsNew() { return std::exchange(isNew_, false); }
 
 /// The same line, as it was when it was read.
@@ -141,13 +171,15 @@ std::vector<ScreenLines::Fresh> ScreenLines::freshLines(PastFrame const& frame, 
                                (line.box.bottom() >= band.bottom() && band.bottom() < picture.height);
             auto const box = grown(line.box, margin, picture);
             if (isCut || box.isEmpty() || !isDue(box)) continue;
-            if (auto const* old = known(line, box, frame.time)) {
+            auto const* old = known(line, box, frame.time);
+            bool const isAgain = old && old->isDoubtful;
+            if (old && !isAgain) {
                 if (!old->words.empty()) withWords.push_back(box);
                 continue;
             }
             auto patch = std::make_shared<TextPatch const>(picture, box, line.letterHeight);
-            auto words = memory_.recall(*patch);
-            fresh.push_back({line, box, std::move(patch), std::move(words)});
+            auto words = isAgain ? std::nullopt : memory_.recall(*patch);
+            fresh.push_back({line, box, std::move(patch), std::move(words), isAgain});
         }
     }
     return fresh;
@@ -214,6 +246,7 @@ std::vector<PixelBox> ScreenLines::read(ScreenHistory const& history, ChangedTil
         if (!one.words->empty()) withWords.push_back(one.box);
         ScreenLine line{tracker.trackedFrom(one.patch, one.box.x, one.box.y), std::move(*one.words),
                         history.last().time};
+        line.isSettled = one.isAgain;
         replace(line);
         born.push_back(std::move(line));
     }

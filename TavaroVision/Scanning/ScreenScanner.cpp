@@ -19,6 +19,10 @@ ScreenScanner::ScreenScanner(ScanTools const& tools, int width, int height)
 void ScreenScanner::show(GrayView const& picture, double time) {
     auto const changes = tiles_.compare(picture, time);
     if (!history_.isEmpty() && dirty_.markDue(time)) readDue();
+    auto const doubtful = lines_.takeDoubtful(time);
+    dirty_.ask(doubtful, time);
+    if (changes == 0 && !doubtful.empty())
+        return history_.add({time, std::make_shared<GrayPicture const>(picture), {}});
     if (changes == 0) {
         auto same = history_.last();
         history_.add({time, std::move(same.picture), {}});
@@ -52,6 +56,7 @@ void ScreenScanner::classify() {
     auto const picture = history_.last().picture->view();
     for (auto const& found : tools_.classifier.privateTexts(placed)) {
         covers_.add(found, lines_.lines()[found.line], picture, tracker);
+        lines_.notePrivate(found.line);
     }
 }
 

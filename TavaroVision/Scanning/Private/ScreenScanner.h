@@ -9,6 +9,7 @@
 #include <TavaroVision/Tracking/Private/ScreenHistory.h>
 
 #include <cstddef>
+#include <optional>
 #include <vector>
 
 namespace tavaro {
@@ -35,6 +36,9 @@ public:
     /// The next frame, of that size, and when it begins. Throws `VisionError`.
     void show(GrayView const& picture, double time);
     std::size_t found() const { return covers_.count(); }
+
+    /// When the oldest of what was shown and not read came; none where all is read.
+    std::optional<double> unreadSince() const { return dirty_.unreadSince(); }
 
     /// What is unread is read. The last frame ends then.
     std::vector<ScreenFinding> finish(double end);

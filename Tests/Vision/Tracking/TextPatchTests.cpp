@@ -103,6 +103,15 @@ TEST(ShiftSearch, findsScrolledAndDraggedTextToThePixel) {
     }
 }
 
+TEST(ShiftSearch, findsWhatSlidesFarAndIsCutByTheEdge) {
+    auto const patch = patchOf(NoisyPicture(key));
+    int const out = width - place.x - patch.width() / 2;
+    for (int const dx : {180, out, -place.x - patch.width() / 3}) {
+        NoisyPicture const now(key, place.x + dx, place.y, 3);
+        EXPECT_EQ(shiftOf(patch, place.x, place.y, now.view()), (Shift{dx, 0}));
+    }
+}
+
 TEST(ShiftSearch, findsNothingWhereTheTextIsGone) {
     auto const patch = patchOf(NoisyPicture(key));
     EXPECT_FALSE(shiftOf(patch, place.x, place.y, NoisyPicture("").view()));
