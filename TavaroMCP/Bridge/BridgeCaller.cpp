@@ -72,7 +72,7 @@ JSONText resultOver(UnixSocket const& socket, BridgeRequest const& request, Brid
 
 std::vector<std::string> applicationCommand() {
     auto const studio = findProgram("tavaro-studio");
-    if (studio && (hasDisplay() || !desktopSessionVariables().empty())) return {studio->string()};
+    if (studio && (hasDisplay() || !desktopSessionVariables().empty())) return {studio->string(), "--minimized"};
     if (auto const application = findProgram("tavaro")) return {application->string(), "serve", "--until-idle"};
     return {};
 }

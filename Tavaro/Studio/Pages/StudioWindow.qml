@@ -25,7 +25,7 @@ ApplicationWindow {
     height: 800
     minimumWidth: 820
     minimumHeight: 520
-    visible: true
+    visibility: Studio.beginsMinimized ? Window.Minimized : Window.Windowed
     onClosing: Studio.windowClosed()
     onActiveChanged: if (active) Library.refresh()
 
@@ -38,9 +38,14 @@ ApplicationWindow {
     Shortcut { sequences: ["Ctrl+Q"]; onActivated: window.close() }
 
     Connections {
+        id: raising
+
+        property bool wasMinimized: false // before it was raised last
+
         target: Studio
         function onRaised() {
-            window.show();
+            wasMinimized = window.visibility === Window.Minimized;
+            if (wasMinimized) window.showNormal(); else window.show();
             window.raise();
             window.requestActivate();
         }
@@ -131,7 +136,8 @@ ApplicationWindow {
         onTriggered: speaker.accept()
         onEnded: if (speaker === Library) Library.lapse()
     }
-    ConsentDialog {}
+    // An agent's question brings the window up; whoever wanted it out of the way has it so again.
+    ConsentDialog { onClosed: if (raising.wasMinimized && !isAsking) window.showMinimized() }
     RecorderBarWindow { recorder: window.recorder; model: Studio.recorder.bar }
     ExportsWindow {
         queue: Studio.exports.queue
