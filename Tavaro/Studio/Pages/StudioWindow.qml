@@ -25,7 +25,8 @@ ApplicationWindow {
     height: 800
     minimumWidth: 820
     minimumHeight: 520
-    visibility: Studio.beginsMinimized ? Window.Minimized : Window.Windowed
+    visible: true
+    visibility: Studio.beginsMinimized ? Window.Minimized : Window.AutomaticVisibility
     onClosing: Studio.windowClosed()
     onActiveChanged: if (active) Library.refresh()
 
