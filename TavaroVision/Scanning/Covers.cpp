@@ -1,6 +1,7 @@
 #include <TavaroVision/Scanning/Private/Covers.h>
 
 #include <TavaroCore/Privacy/TextFindings.h>
+#include <TavaroVision/Scanning/Private/AnimatedFindings.h>
 #include <TavaroVision/Scanning/Private/CoverEdges.h>
 #include <TavaroVision/Scanning/Private/FindingJoins.h>
 #include <TavaroVision/Scanning/Private/FoundTexts.h>
@@ -266,10 +267,11 @@ void Covers::addKnown(ScreenHistory const& history, ChangedTiles const& tiles) {
     });
 }
 
-std::vector<ScreenFinding> Covers::take(double end) {
+std::vector<ScreenFinding> Covers::take(double end, BusyRegions const& regions) {
     for (auto& cover : alive_) finish(cover, end);
     alive_.clear();
-    return joinedFindings(withZooms(withoutParts(std::exchange(done_, {})), end));
+    auto findings = withAnimations(withoutParts(std::exchange(done_, {})), regions, width_, height_, end);
+    return joinedFindings(withZooms(std::move(findings), end));
 }
 
 }

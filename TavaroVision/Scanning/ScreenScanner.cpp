@@ -28,6 +28,7 @@ void ScreenScanner::show(GrayView const& picture, double time) {
         history_.add({time, std::move(same.picture), {}});
         return;
     }
+    regions_.add(tiles_, time);
     auto const before = history_.isEmpty() ? time : history_.last().time;
     auto const lastShifts = history_.isEmpty() ? std::vector<Shift>{} : history_.last().shifts;
     auto texts = lines_.places();
@@ -62,7 +63,7 @@ void ScreenScanner::classify() {
 
 std::vector<ScreenFinding> ScreenScanner::finish(double end) {
     if (!history_.isEmpty() && dirty_.markAll()) readDue();
-    return covers_.take(end);
+    return covers_.take(end, regions_);
 }
 
 }

@@ -13,6 +13,7 @@
 
 namespace tavaro {
 
+class BusyRegions;
 class ChangedTiles;
 class FoundTexts;
 struct FoundText;
@@ -42,7 +43,7 @@ public:
     /// Of different texts; what was found of one before it was all typed does not count.
     std::size_t count() const { return counted_.size(); }
     /// All of them, by their start; those that go on end then.
-    std::vector<ScreenFinding> take(double end);
+    std::vector<ScreenFinding> take(double end, BusyRegions const& regions);
 
 private:
     struct Cover {

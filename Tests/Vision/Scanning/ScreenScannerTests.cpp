@@ -30,6 +30,7 @@ public:
         int x = 0;
         int y = 0;
         PixelBox window = {}; // in front of the lines before it, instead of a text
+        double size = face.size;
     };
     using Drawing = std::function<std::vector<Line>(double seconds)>;
 
@@ -58,7 +59,7 @@ private:
         screen_.fill({0, 0, width, height}, {24, 26, 32});
         for (auto const& line : lines) {
             screen_.fill(line.window, {60, 64, 80});
-            screen_.write(line.text, line.x, line.y, face, {220, 220, 220});
+            screen_.write(line.text, line.x, line.y, {.size = line.size}, {220, 220, 220});
         }
         past_.push_back(lines);
     }
@@ -82,7 +83,7 @@ private:
         for (auto const& line : shown) {
             int const middle = box.y + box.height / 2;
             if (middle < line.y || middle >= line.y + screen_.lineHeight(face)) continue;
-            if (box.height < face.size / 2) continue; // half of a line
+            if (box.height < face.size / 2 || line.size != face.size) continue; // half of a line, or a small one
             int const advance = screen_.letters(line.text, face).front().box.width;
             for (std::size_t at = 0; at < line.text.size();) {
                 auto const end = std::min(line.text.find(' ', at), line.text.size());
@@ -251,6 +252,36 @@ TEST(ScreenScanner, whatAWindowLeavesOfALineIsKnown) {
         EXPECT_FALSE(isCovered(findings, 1.5, 40, top)) << "below a window";
         for (double at = 2.01; at < 3; at += 0.1)
             EXPECT_TRUE(isCovered(findings, at, 40, top)) << at << (isUpper ? " the upper half" : " the lower half");
+    }
+}
+
+TEST(ScreenScanner, aWindowThatShrinksAwayOrGrowsIsCovered) {
+    auto const scaleAt = [](double at) { return 1 - std::max(0.0, std::round((at - 1) * fps)) * 0.08; };
+    auto const textAt = [](double scale) {
+        return std::pair(100 + static_cast<int>(50 * scale), 80 + static_cast<int>(90 * scale));
+    };
+    for (bool const isGrowing : {false, true}) {
+        ScannedScreen screen;
+        auto const findings = screen.scan(2, [&](double at) {
+            auto const scale = scaleAt(isGrowing ? 2 - at : at);
+            std::vector<ScannedScreen::Line> lines{{"what is behind it", 500, 420}};
+            if (scale < 0.1) return lines;
+            auto const sized = [&](int length) { return static_cast<int>(length * scale); };
+            auto const [x, y] = textAt(scale);
+            lines.push_back({.window = {100, 80, sized(620), sized(320)}});
+            lines.push_back({.text = secret, .x = x, .y = y, .size = face.size * scale});
+            return lines;
+        });
+        for (int frame = 1; frame < 60; ++frame) {
+            auto const at = double(frame) / fps, scale = scaleAt(isGrowing ? 2 - at : at);
+            auto const [x, y] = textAt(scale);
+            auto const where = isGrowing ? " growing" : " shrinking";
+            if (scale > 0.6) {
+                EXPECT_TRUE(isCovered(findings, at + 0.1 / fps, x, y)) << at << where;
+            } else if (scale < 0) {
+                EXPECT_FALSE(isCovered(findings, at + (isGrowing ? -0.05 : 0.05), x, y)) << at << where;
+            }
+        }
     }
 }
 
