@@ -41,6 +41,11 @@ bool showsMost(TrackedText const& text, int left, int right) {
     return inked > 0 && 2 * shown >= inked;
 }
 
+/// Whether a text, though it is as large as what is at its place, does not look the same there.
+bool isOtherOfShape(TrackedText const& text, PixelBox const& box) {
+    return holds(box, text.box(), text.patch->letterHeight() / 2) && !text.presence.isWhole;
+}
+
 /// What is known of a part of a line since the line was read: where both were at the same place, the part is as old as
 /// the line is there.
 void addPast(TrackedText& part, TrackedText const& line, int left) {
@@ -194,11 +199,22 @@ void Covers::endLost(double now) {
     std::erase_if(alive_, isLost);
 }
 
-bool Covers::isCovered(PixelBox const& box, int letterHeight) const {
-    return std::ranges::any_of(alive_, [&](Cover const& cover) {
+Covers::Cover* Covers::coverOf(PixelBox const& box, int letterHeight) {
+    auto const found = std::ranges::find_if(alive_, [&](Cover const& cover) {
         auto const& place = cover.place;
         return holds(place.box(), box, letterHeight / 2) && showsMost(place, box.x - place.x, box.right() - place.x);
     });
+    return found == alive_.end() ? nullptr : &*found;
+}
+
+/// From that time on another text is there, which only looked like it.
+void Covers::giveWay(Cover& old, double from) {
+    if (old.finding.start < from) {
+        auto& path = old.place.path;
+        path.erase(std::ranges::lower_bound(path, from, {}, &PathPoint::time), path.end());
+        if (!path.empty()) finish(old, from);
+    }
+    alive_.erase(std::ranges::find_if(alive_, [&](Cover const& cover) { return &cover == &old; }));
 }
 
 /// What was found of it before it was all typed is covered by itself all the same, since a line may be of two windows
@@ -217,17 +233,19 @@ void Covers::add(PrivateText const& found, ScreenLine const& line, GrayView cons
     int const right = std::clamp(found.right, left + 1, whole.patch->width());
     PixelBox const part{left, 0, right - left, whole.patch->height()};
     PixelBox const box{whole.x + left, whole.y, part.width, part.height};
-    if (isCovered(box, whole.patch->letterHeight())) return;
+    auto const hash = findingHash(found.value, key_);
+    auto* const there = coverOf(box, whole.patch->letterHeight());
+    if (there && (there->finding.textHash == hash || !isOtherOfShape(there->place, box))) return;
     auto patch = std::make_shared<TextPatch const>(whole.patch->view(), part, whole.patch->letterHeight());
     auto const edges = coverEdges(picture, box, whole.patch->letterHeight());
     Cover cover{tracker.trackedFrom(std::move(patch), box.x, box.y), edges, {}};
     if (!cover.place.presence.isLegible()) return;
 
     addPast(cover.place, whole, left);
-    FoundText const text{cover.place.patch, found.kind, found.label, maskedValue(found.value),
-                         findingHash(found.value, key_)};
+    FoundText const text{cover.place.patch, found.kind, found.label, maskedValue(found.value), hash};
     found_.keep(text, box.x);
     begin(std::move(cover), text);
+    if (there) giveWay(*there, alive_.back().finding.start);
 }
 
 void Covers::begin(Cover&& cover, FoundText const& text) {

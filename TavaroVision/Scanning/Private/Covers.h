@@ -34,7 +34,8 @@ public:
     std::vector<TrackedText*> places();
     /// Those that are not on the picture of that time any more are done.
     void endLost(double now);
-    /// Found in that line of the tracker's last picture. What is covered already is left as it is.
+    /// Found in that line of the tracker's last picture. What is covered already is left as it is, unless that was for
+    /// another text of the same shape.
     void add(PrivateText const& found, ScreenLine const& line, GrayView const& picture, BackTracker& tracker);
 
     /// What was found before and is seen again on the history's last picture, where that changed.
@@ -54,7 +55,8 @@ private:
 
     bool isBelowAny(PixelBox const& box, int slack) const;
     void begin(Cover&& cover, FoundText const& text);
-    bool isCovered(PixelBox const& box, int letterHeight) const;
+    Cover* coverOf(PixelBox const& box, int letterHeight);
+    void giveWay(Cover& old, double from);
     void count(Cover const& cover);
     void finish(Cover& cover, double end);
 

@@ -348,6 +348,25 @@ TEST(ScreenScanner, whatSeemsToAnnounceAValueIsReadOnceMoreWhenItStands) {
     EXPECT_EQ(screen.linesRead(), 5) << "two of three once more";
 }
 
+TEST(ScreenScanner, anotherTextOfTheSameShapeIsAFindingOfItsOwn) {
+    ScannedScreen screen;
+    auto const findings = screen.scan(3, [](double at) {
+        std::vector<ScannedScreen::Line> lines{{"nothing private", 40, 40}};
+        if (at < 1) lines.push_back({"write to lena.berg@example.org", 40, 300});
+        if (at >= 1.1) lines.push_back({"write to lena.borg@example.org", 40, 100});
+        return lines;
+    });
+    auto const hashAt = [&](double seconds) {
+        auto const found = std::ranges::find_if(
+            findings, [&](ScreenFinding const& one) { return one.start <= seconds && seconds < one.end; });
+        return found == findings.end() ? "" : found->textHash;
+    };
+    EXPECT_EQ(findings.size(), 2U);
+    EXPECT_EQ(hashAt(0.5), findingHash("lena.berg@example.org", {{1, 2}}));
+    EXPECT_EQ(hashAt(2), findingHash("lena.borg@example.org", {{1, 2}}));
+    EXPECT_TRUE(isCovered(findings, 1.12, 200, 100));
+}
+
 TEST(ScreenScanner, anEmptyScreenCostsNoReading) {
     ScannedScreen screen;
     EXPECT_TRUE(screen.scan(1, [](double) { return std::vector<ScannedScreen::Line>{}; }).empty());
