@@ -211,8 +211,10 @@ Covers::Cover* Covers::coverOf(PixelBox const& box, int letterHeight) {
 void Covers::giveWay(Cover& old, double from) {
     if (old.finding.start < from) {
         auto& path = old.place.path;
+        auto const last = placeAt(path, from); // of a straight way there are only both ends
         path.erase(std::ranges::lower_bound(path, from, {}, &PathPoint::time), path.end());
-        if (!path.empty()) finish(old, from);
+        path.push_back(last);
+        finish(old, from);
     }
     alive_.erase(std::ranges::find_if(alive_, [&](Cover const& cover) { return &cover == &old; }));
 }
