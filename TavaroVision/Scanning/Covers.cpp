@@ -42,8 +42,9 @@ bool showsMost(TrackedText const& text, int left, int right) {
 }
 
 /// Whether a text, though it is as large as what is at its place, does not look the same there.
-bool isOtherOfShape(TrackedText const& text, PixelBox const& box) {
-    return holds(box, text.box(), text.patch->letterHeight() / 2) && !text.presence.isWhole;
+bool isOtherOfShape(TrackedText const& text, PixelBox const& box, GrayView const& picture) {
+    auto const place = text.box();
+    return holds(box, place, text.patch->letterHeight() / 2) && !text.patch->isSame(picture, place.x, place.y);
 }
 
 /// What is known of a part of a line since the line was read: where both were at the same place, the part is as old as
@@ -188,15 +189,41 @@ void Covers::finish(Cover& cover, double end) {
     done_.push_back(std::move(finding));
 }
 
-void Covers::endLost(double now) {
-    auto const isLost = [](Cover const& cover) { return !cover.place.presence.isLegible(); };
+/// Of two texts at one place only that can be there that is more alike.
+bool Covers::isElsewhere(Cover const& cover, GrayView const& picture) const {
+    auto const box = cover.place.box();
+    auto const slack = cover.place.patch->letterHeight() / 2;
+    auto const differenceOf = [&](Cover const& one) {
+        return one.place.patch->difference(picture, one.place.x, one.place.y);
+    };
+    return std::ranges::any_of(alive_, [&](Cover const& other) {
+        return other.finding.textHash != cover.finding.textHash && holds(other.place.box(), box, slack) &&
+               holds(box, other.place.box(), slack) && other.place.presence.isLegible() &&
+               differenceOf(other) < differenceOf(cover);
+    });
+}
+
+void Covers::endLost(double now, GrayView const& picture) {
+    std::set<Cover const*> lost;
+    for (auto& cover : alive_) {
+        if (!cover.place.presence.isLegible()) lost.insert(&cover);
+        if (lost.contains(&cover) || !isElsewhere(cover, picture)) continue;
+        lost.insert(&cover);
+        auto& path = cover.place.path;
+        while (path.size() > 1 && path.back().time >= now) path.pop_back();
+    }
+    auto const isLost = [&](Cover const& cover) { return lost.contains(&cover); };
     for (auto& cover : alive_) {
         if (!isLost(cover)) continue;
         auto const& finding = cover.finding;
         found_.keep({cover.place.patch, finding.kind, finding.label, finding.masked, finding.textHash}, cover.place.x);
         finish(cover, now);
     }
-    std::erase_if(alive_, isLost);
+    std::deque<Cover> rest;
+    for (auto& cover : alive_) {
+        if (!isLost(cover)) rest.push_back(std::move(cover));
+    }
+    alive_ = std::move(rest);
 }
 
 Covers::Cover* Covers::coverOf(PixelBox const& box, int letterHeight) {
@@ -237,7 +264,7 @@ void Covers::add(PrivateText const& found, ScreenLine const& line, GrayView cons
     PixelBox const box{whole.x + left, whole.y, part.width, part.height};
     auto const hash = findingHash(found.value, key_);
     auto* const there = coverOf(box, whole.patch->letterHeight());
-    if (there && (there->finding.textHash == hash || !isOtherOfShape(there->place, box))) return;
+    if (there && (there->finding.textHash == hash || !isOtherOfShape(there->place, box, picture))) return;
     auto patch = std::make_shared<TextPatch const>(whole.patch->view(), part, whole.patch->letterHeight());
     auto const edges = coverEdges(picture, box, whole.patch->letterHeight());
     Cover cover{tracker.trackedFrom(std::move(patch), box.x, box.y), edges, {}};

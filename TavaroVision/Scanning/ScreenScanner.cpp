@@ -34,8 +34,8 @@ void ScreenScanner::show(GrayView const& picture, double time) {
     auto texts = lines_.places();
     for (auto* place : covers_.places()) texts.push_back(place);
     auto shifts = follow(texts, {picture, tiles_, before, time}, lastShifts);
-    dirty_.addFleeting(lines_.dropLost(time));
-    covers_.endLost(time);
+    dirty_.addFleeting(lines_.dropLost(time, picture));
+    covers_.endLost(time, picture);
     dirty_.add(lines_.wholeBoxes(time), time);
     history_.add({time, std::make_shared<GrayPicture const>(picture), std::move(shifts)});
     covers_.addKnown(history_, tiles_);

@@ -33,7 +33,7 @@ public:
     /// For following them; good until the next call.
     std::vector<TrackedText*> places();
     /// Those that are not on the picture of that time any more are done.
-    void endLost(double now);
+    void endLost(double now, GrayView const& picture);
     /// Found in that line of the tracker's last picture. What is covered already is left as it is, unless that was for
     /// another text of the same shape.
     void add(PrivateText const& found, ScreenLine const& line, GrayView const& picture, BackTracker& tracker);
@@ -56,6 +56,7 @@ private:
     bool isBelowAny(PixelBox const& box, int slack) const;
     void begin(Cover&& cover, FoundText const& text);
     Cover* coverOf(PixelBox const& box, int letterHeight);
+    bool isElsewhere(Cover const& cover, GrayView const& picture) const;
     void giveWay(Cover& old, double from);
     void count(Cover const& cover);
     void finish(Cover& cover, double end);
