@@ -317,8 +317,9 @@ void Covers::addKnown(ScreenHistory const& history, ChangedTiles const& tiles) {
 std::vector<ScreenFinding> Covers::take(double end, BusyRegions const& regions) {
     for (auto& cover : alive_) finish(cover, end);
     alive_.clear();
-    auto findings = withAnimations(withoutParts(std::exchange(done_, {})), regions, width_, height_, end);
-    return joinedFindings(withZooms(std::move(findings), end));
+    auto const readings = withoutParts(std::exchange(done_, {}));
+    auto findings = withAnimations(readings, regions, width_, height_, end);
+    return joinedFindings(withZooms(std::move(findings), readings, end));
 }
 
 }
