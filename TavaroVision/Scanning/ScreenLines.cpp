@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
+#include <set>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -98,7 +99,7 @@ std::optional<std::vector<ReadWord>> ReadMemory::recall(TextPatch const& patch) 
         auto const& larger = &smaller == &old ? patch : old;
         for (int dy = 0; dy <= larger.height() - smaller.height(); ++dy) {
             for (int dx = 0; dx <= larger.width() - smaller.width(); ++dx) {
-                if (smaller.presence(larger.view(), dx, dy).isWhole) return memory.words;
+                if (smaller.isSame(larger.view(), dx, dy)) return memory.words;
             }
         }
     }
@@ -111,13 +112,37 @@ std::vector<TrackedText*> ScreenLines::places() {
     return places;
 }
 
-std::vector<PixelBox> ScreenLines::dropLost(double now) {
-    auto const isLost = [](ScreenLine const& line) { return !line.place.presence.isLegible(); };
+/// Of two lines at one place only that can be there that is more alike.
+bool ScreenLines::isElsewhere(ScreenLine const& line, GrayView const& picture) const {
+    auto const box = line.place.box();
+    auto const slack = 0.4 * line.place.patch->letterHeight();
+    auto const differenceOf = [&](ScreenLine const& one) {
+        return one.place.patch->difference(picture, one.place.x, one.place.y);
+    };
+    return std::ranges::any_of(lines_, [&](ScreenLine const& other) {
+        auto const there = other.place.box();
+        bool const isThere = &other != &line && isNear(there.x, box.x, slack) && isNear(there.y, box.y, slack) &&
+                             isNear(there.right(), box.right(), slack) && isNear(there.bottom(), box.bottom(), slack);
+        return isThere && differenceOf(other) < differenceOf(line);
+    });
+}
+
+std::vector<PixelBox> ScreenLines::dropLost(double now, GrayView const& picture) {
+    std::set<ScreenLine const*> lost;
+    for (auto const& line : lines_) {
+        if (!line.place.presence.isLegible() || isElsewhere(line, picture)) lost.insert(&line);
+    }
+    auto const isLost = [&](ScreenLine const& line) { return lost.contains(&line); };
     std::vector<PixelBox> fleeting;
     for (auto const& line : lines_) {
         if (isLost(line) && now - line.readAt < shortestStay) fleeting.push_back(line.place.box());
     }
-    isNew_ |= std::erase_if(lines_, isLost) > 0;
+    std::deque<ScreenLine> rest;
+    for (auto& line : lines_) {
+        if (!isLost(line)) rest.push_back(std::move(line));
+    }
+    isNew_ |= !lost.empty();
+    lines_ = std::move(rest);
     return fleeting;
 }
 

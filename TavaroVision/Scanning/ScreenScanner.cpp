@@ -28,13 +28,14 @@ void ScreenScanner::show(GrayView const& picture, double time) {
         history_.add({time, std::move(same.picture), {}});
         return;
     }
+    regions_.add(tiles_, time);
     auto const before = history_.isEmpty() ? time : history_.last().time;
     auto const lastShifts = history_.isEmpty() ? std::vector<Shift>{} : history_.last().shifts;
     auto texts = lines_.places();
     for (auto* place : covers_.places()) texts.push_back(place);
     auto shifts = follow(texts, {picture, tiles_, before, time}, lastShifts);
-    dirty_.addFleeting(lines_.dropLost(time));
-    covers_.endLost(time);
+    dirty_.addFleeting(lines_.dropLost(time, picture));
+    covers_.endLost(time, picture);
     dirty_.add(lines_.wholeBoxes(time), time);
     history_.add({time, std::make_shared<GrayPicture const>(picture), std::move(shifts)});
     covers_.addKnown(history_, tiles_);
@@ -62,7 +63,7 @@ void ScreenScanner::classify() {
 
 std::vector<ScreenFinding> ScreenScanner::finish(double end) {
     if (!history_.isEmpty() && dirty_.markAll()) readDue();
-    return covers_.take(end);
+    return covers_.take(end, regions_);
 }
 
 }

@@ -121,24 +121,26 @@ void coverBack(ScreenFinding& finding, Way const& way, RedactionKeyframe const& 
 
 }
 
-std::vector<ScreenFinding> withZooms(std::vector<ScreenFinding> findings, double end) {
-    auto const pieces = findings;
-    for (std::size_t i = 0; i < pieces.size(); ++i) {
-        auto const& piece = pieces[i];
-        auto const isOther = [&](ScreenFinding const& one) { return &one != &piece; };
-        auto const before = std::ranges::find_if(pieces, [&](ScreenFinding const& one) {
-            return isOther(one) && goOn(one, piece) && one.start < piece.start;
-        });
-        auto const after = std::ranges::find_if(
-            pieces, [&](ScreenFinding const& one) { return isOther(one) && goOn(piece, one) && one.end > piece.end; });
-        if ((before == pieces.end()) == (after == pieces.end())) continue;
-        auto const side = after == pieces.end() ? Side::after : Side::before;
+std::vector<ScreenFinding> withZooms(std::vector<ScreenFinding> findings, std::vector<ScreenFinding> const& readings,
+                                     double end) {
+    for (std::size_t i = 0; i < readings.size(); ++i) {
+        auto const& piece = readings[i];
+        std::vector<ScreenFinding const*> before, after;
+        for (auto const& one : readings) {
+            if (&one == &piece) continue;
+            if (one.start < piece.start && goOn(one, piece)) before.push_back(&one);
+            if (one.end > piece.end && goOn(piece, one)) after.push_back(&one);
+        }
+        if (before.empty() == after.empty()) continue;
+        auto const side = after.empty() ? Side::after : Side::before;
         auto const known = readingOf(piece, side);
-        if (!known) continue;
-        auto const way = wayOf(piece, *known, side == Side::after ? *before : *after, side);
+        std::optional<Way> way; // of readings of the same size none tells
+        for (auto const* other : side == Side::after ? before : after) {
+            if (known && !way) way = wayOf(piece, *known, *other, side);
+        }
         if (!way) continue;
-        if (side == Side::after) coverOn(findings[i], *way, known->last, end);
-        if (side == Side::before) coverBack(findings[i], *way, known->first);
+        if (side == Side::after && findings[i].end == piece.end) coverOn(findings[i], *way, known->last, end);
+        if (side == Side::before && findings[i].start == piece.start) coverBack(findings[i], *way, known->first);
     }
     return findings;
 }

@@ -122,6 +122,26 @@ bool TextPatch::hasLetter(int cell) const {
     return 3 * rows > letterHeight_;
 }
 
+int TextPatch::difference(GrayView const& picture, int x, int y) const {
+    constexpr int side = 4; // pixels of a block
+    auto const [least, most] = std::ranges::minmax(pixels_);
+    int const contrast = std::max(most - least, 1), lastRow = std::min(height_, picture.height - y),
+              lastColumn = std::min(width_, picture.width - x);
+    int greatest = 0;
+    for (int top = std::max(0, -y); top < lastRow; top += side) {
+        for (int left = std::max(0, -x); left < lastColumn; left += side) {
+            int const bottom = std::min(top + side, lastRow), right = std::min(left + side, lastColumn);
+            int sum = 0;
+            for (int row = top; row < bottom; ++row) {
+                auto const *a = view().pixels + row * width_, *b = picture.pixels + (y + row) * picture.stride + x;
+                for (int column = left; column < right; ++column) sum += std::abs(a[column] - b[column]);
+            }
+            greatest = std::max(greatest, 100 * sum / (contrast * (bottom - top) * (right - left)));
+        }
+    }
+    return greatest;
+}
+
 TextPresence TextPatch::presence(GrayView const& picture, int x, int y) const {
     TextPresence presence;
     presence.shown.assign(isInked_.size(), 0);

@@ -52,7 +52,7 @@ public:
     /// For following them; good until the next call.
     std::vector<TrackedText*> places();
     /// Those that are not on the picture of that time any more go. Returns where some were hardly read.
-    std::vector<PixelBox> dropLost(double now);
+    std::vector<PixelBox> dropLost(double now, GrayView const& picture);
     /// Of those that need not be read at that time.
     std::vector<PixelBox> wholeBoxes(double now) const;
 
@@ -73,6 +73,7 @@ public:
 private:
     struct Fresh;
 
+    bool isElsewhere(ScreenLine const& line, GrayView const& picture) const;
     ScreenLine const* known(TextLine const& line, PixelBox const& box, double now) const;
     std::vector<Fresh> freshLines(PastFrame const& frame, std::vector<PixelBox> const& bands,
                                   std::function<bool(PixelBox const&)> const& isDue, std::vector<PixelBox>& withWords);

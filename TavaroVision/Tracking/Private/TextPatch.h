@@ -49,7 +49,16 @@ public:
     /// With the patch's corner at that pixel, which may be outside of the picture.
     TextPresence presence(GrayView const& picture, int x, int y) const;
 
+    /// By how much what a picture has there differs from it where it does so most, in hundredths of the difference
+    /// between ink and ground. What is outside of the picture does not count.
+    int difference(GrayView const& picture, int x, int y) const;
+    /// Whether it has the same letters there, each stroke of them: an o is no e. What a codec leaves out does not
+    /// matter, other contrasts do.
+    bool isSame(GrayView const& picture, int x, int y) const { return difference(picture, x, y) <= mostDifference; }
+
 private:
+    static constexpr int mostDifference = 17;
+
     bool hasLetter(int cell) const;
 
     int width_;

@@ -30,6 +30,7 @@ public:
         int x = 0;
         int y = 0;
         PixelBox window = {}; // in front of the lines before it, instead of a text
+        double size = face.size;
     };
     using Drawing = std::function<std::vector<Line>(double seconds)>;
 
@@ -58,7 +59,7 @@ private:
         screen_.fill({0, 0, width, height}, {24, 26, 32});
         for (auto const& line : lines) {
             screen_.fill(line.window, {60, 64, 80});
-            screen_.write(line.text, line.x, line.y, face, {220, 220, 220});
+            screen_.write(line.text, line.x, line.y, {.size = line.size}, {220, 220, 220});
         }
         past_.push_back(lines);
     }
@@ -82,7 +83,7 @@ private:
         for (auto const& line : shown) {
             int const middle = box.y + box.height / 2;
             if (middle < line.y || middle >= line.y + screen_.lineHeight(face)) continue;
-            if (box.height < face.size / 2) continue; // half of a line
+            if (box.height < face.size / 2 || line.size != face.size) continue; // half of a line, or a small one
             int const advance = screen_.letters(line.text, face).front().box.width;
             for (std::size_t at = 0; at < line.text.size();) {
                 auto const end = std::min(line.text.find(' ', at), line.text.size());
@@ -254,6 +255,36 @@ TEST(ScreenScanner, whatAWindowLeavesOfALineIsKnown) {
     }
 }
 
+TEST(ScreenScanner, aWindowThatShrinksAwayOrGrowsIsCovered) {
+    auto const scaleAt = [](double at) { return 1 - std::max(0.0, std::round((at - 1) * fps)) * 0.08; };
+    auto const textAt = [](double scale) {
+        return std::pair(100 + static_cast<int>(50 * scale), 80 + static_cast<int>(90 * scale));
+    };
+    for (bool const isGrowing : {false, true}) {
+        ScannedScreen screen;
+        auto const findings = screen.scan(2, [&](double at) {
+            auto const scale = scaleAt(isGrowing ? 2 - at : at);
+            std::vector<ScannedScreen::Line> lines{{"what is behind it", 500, 420}};
+            if (scale < 0.1) return lines;
+            auto const sized = [&](int length) { return static_cast<int>(length * scale); };
+            auto const [x, y] = textAt(scale);
+            lines.push_back({.window = {100, 80, sized(620), sized(320)}});
+            lines.push_back({.text = secret, .x = x, .y = y, .size = face.size * scale});
+            return lines;
+        });
+        for (int frame = 1; frame < 60; ++frame) {
+            auto const at = double(frame) / fps, scale = scaleAt(isGrowing ? 2 - at : at);
+            auto const [x, y] = textAt(scale);
+            auto const where = isGrowing ? " growing" : " shrinking";
+            if (scale > 0.6) {
+                EXPECT_TRUE(isCovered(findings, at + 0.1 / fps, x, y)) << at << where;
+            } else if (scale < 0) {
+                EXPECT_FALSE(isCovered(findings, at + (isGrowing ? -0.05 : 0.05), x, y)) << at << where;
+            }
+        }
+    }
+}
+
 TEST(ScreenScanner, dashesAloneAreNotTakenForTheHeaderOfAKeyFile) {
     ScannedScreen screen;
     auto const findings = screen.scan(3, [](double at) {
@@ -315,6 +346,25 @@ TEST(ScreenScanner, whatSeemsToAnnounceAValueIsReadOnceMoreWhenItStands) {
     });
     EXPECT_TRUE(isCovered(findings, 0.05, 140, 100));
     EXPECT_EQ(screen.linesRead(), 5) << "two of three once more";
+}
+
+TEST(ScreenScanner, anotherTextOfTheSameShapeIsAFindingOfItsOwn) {
+    ScannedScreen screen;
+    auto const findings = screen.scan(3, [](double at) {
+        std::vector<ScannedScreen::Line> lines{{"nothing private", 40, 40}};
+        if (at < 1) lines.push_back({"write to lena.berg@example.org", 40, 300});
+        if (at >= 1.1) lines.push_back({"write to lena.borg@example.org", 40, 100});
+        return lines;
+    });
+    auto const hashAt = [&](double seconds) {
+        auto const found = std::ranges::find_if(
+            findings, [&](ScreenFinding const& one) { return one.start <= seconds && seconds < one.end; });
+        return found == findings.end() ? "" : found->textHash;
+    };
+    EXPECT_EQ(findings.size(), 2U);
+    EXPECT_EQ(hashAt(0.5), findingHash("lena.berg@example.org", {{1, 2}}));
+    EXPECT_EQ(hashAt(2), findingHash("lena.borg@example.org", {{1, 2}}));
+    EXPECT_TRUE(isCovered(findings, 1.12, 200, 100));
 }
 
 TEST(ScreenScanner, anEmptyScreenCostsNoReading) {

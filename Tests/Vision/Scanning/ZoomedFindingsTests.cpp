@@ -31,6 +31,10 @@ ScreenFinding readAt(double seconds, Page const& page) {
     return reading;
 }
 
+std::vector<ScreenFinding> zoomsOf(std::vector<ScreenFinding> const& readings, double end) {
+    return withZooms(readings, readings, end);
+}
+
 bool isCovered(std::vector<ScreenFinding> const& findings, double seconds, NormalizedRect const& text) {
     constexpr double slack = 0.003;
     return std::ranges::any_of(findings, [&](ScreenFinding const& finding) {
@@ -44,26 +48,26 @@ bool isCovered(std::vector<ScreenFinding> const& findings, double seconds, Norma
 }
 
 TEST(ZoomedFindings, aZoomedTextIsCoveredUntilItHasLeftThePicture) {
-    auto const findings = withZooms({readAt(1, zoomed), readAt(1.3, zoomed), readAt(1.6, zoomed)}, 9);
+    auto const findings = zoomsOf({readAt(1, zoomed), readAt(1.3, zoomed), readAt(1.6, zoomed)}, 9);
     for (double at = 1.75; zoomed(at).y < 1; at += 0.05) EXPECT_TRUE(isCovered(findings, at, zoomed(at))) << at;
     EXPECT_FALSE(isCovered(findings, 2.3, {0.1, 0.98, 0.1, 0.02})) << "it is gone for good";
 }
 
 TEST(ZoomedFindings, whatGetsSmallerIsCoveredBeforeItIsReadFirst) {
     Page const page = [](double seconds) { return zoomed(3 - seconds); };
-    auto const findings = withZooms({readAt(1.4, page), readAt(1.7, page), readAt(2, page)}, 9);
+    auto const findings = zoomsOf({readAt(1.4, page), readAt(1.7, page), readAt(2, page)}, 9);
     for (double at = 0.95; at < 1.3; at += 0.05) EXPECT_TRUE(isCovered(findings, at, page(at))) << at;
 }
 
 TEST(ZoomedFindings, nothingElseGetsLonger) {
-    auto const ofStretch = withZooms({readAt(1, zoomed), readAt(1.3, zoomed)}, 1.45);
+    auto const ofStretch = zoomsOf({readAt(1, zoomed), readAt(1.3, zoomed)}, 1.45);
     EXPECT_LE(ofStretch[1].end, 1.45) << "the recording ends";
     Page const scrolled = [](double seconds) { return NormalizedRect{0.1, 0.1 + 0.3 * seconds, 0.2, 0.03}; };
     std::vector const followed{readAt(1, scrolled), readAt(1.3, scrolled)};
-    EXPECT_EQ(withZooms(followed, 9), followed);
+    EXPECT_EQ(zoomsOf(followed, 9), followed);
     Page const resting = [](double seconds) { return NormalizedRect{0.1, 0.1, seconds < 1.2 ? 0.2 : 0.25, 0.03}; };
     std::vector const switched{readAt(1, resting), readAt(1.5, resting)};
-    EXPECT_EQ(withZooms(switched, 9), switched);
+    EXPECT_EQ(zoomsOf(switched, 9), switched);
 }
 
 }

@@ -53,6 +53,14 @@ TEST(TextPatch, isKnownAgainInNoiseAndPaleButNotAsOtherText) {
     EXPECT_FALSE(patch.presence(NoisyPicture("").view(), place.x, place.y).isLegible());
 }
 
+TEST(TextPatch, oneStrokeOfOneLetterMakesAnother) {
+    auto const patch = patchOf(NoisyPicture("lena.berg 4539 1488"));
+    EXPECT_TRUE(patch.isSame(NoisyPicture("lena.berg 4539 1488", place.x, place.y, 2).view(), place.x, place.y));
+    for (auto const* other :
+         {"lena.borg 4539 1488", "lena.barg 4539 1488", "lena.berg 4589 1488", "lena.berg 4539 7488"})
+        EXPECT_FALSE(patch.isSame(NoisyPicture(other, place.x, place.y, 2).view(), place.x, place.y)) << other;
+}
+
 TEST(TextPatch, isLegibleInPart) {
     NoisyPicture const then(key);
     auto const patch = patchOf(then);
