@@ -8,6 +8,7 @@
 #include <Tavaro/Model/Privacy/PrivacyPreferences.h>
 #include <Tavaro/Model/Project/OpenProject.h>
 #include <Tavaro/Model/Project/StoredProject.h>
+#include <Tavaro/Model/Thumbnails/Thumbnail.h>
 
 #include <TavaroCore/Files/FileError.h>
 #include <TavaroCore/Package/ProjectPackage.h>
@@ -73,6 +74,7 @@ HiddenText hidePrivateText(std::filesystem::path const& package, ScanExtent exte
     OpenProject open(package, LockHolding::whileOpen);
     open.commit(privacyScanStep, [&](DemoProject& project) { hidden.kept = keepPrivacyScan(project, hidden.made); });
     if (!hidden.made.isStopped) DueScan::forget(open.package());
+    if (!hidden.isNothingNew) writeThumbnail(open.package(), open.document());
     return hidden;
 }
 

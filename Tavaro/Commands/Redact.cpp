@@ -5,6 +5,7 @@
 #include <Tavaro/Commands/FindingTable.h>
 #include <Tavaro/Commands/Terminal.h>
 #include <Tavaro/Model/Project/StoredProject.h>
+#include <Tavaro/Model/Thumbnails/Thumbnail.h>
 
 #include <TavaroCore/Records/JSON.h>
 
@@ -45,10 +46,17 @@ operations::HideArea areaOf(Options const& options) {
             .isBlurred = options.isBlurred};
 }
 
+/// The library's picture hides it, too.
+void decide(Options const& options, Operation const& decision) {
+    runEdit(options.edit, decision);
+    auto const [package, project] = openProject(options.edit.package);
+    writeThumbnail(package, project);
+}
+
 void redact(Options const& options) {
-    if (!options.accepted.empty()) return runEdit(options.edit, operations::AcceptFindings{options.accepted});
-    if (!options.rejected.empty()) return runEdit(options.edit, operations::RejectFindings{options.rejected});
-    if (!options.added.empty()) return runEdit(options.edit, areaOf(options));
+    if (!options.accepted.empty()) return decide(options, operations::AcceptFindings{options.accepted});
+    if (!options.rejected.empty()) return decide(options, operations::RejectFindings{options.rejected});
+    if (!options.added.empty()) return decide(options, areaOf(options));
     list(options);
 }
 

@@ -1,6 +1,6 @@
 #include <TavaroCore/Privacy/Private/LineFacts.h>
 
-#include <TavaroCore/Privacy/Private/Characters.h>
+#include <TavaroCore/Privacy/Characters.h>
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 #include <TavaroCore/Privacy/Private/SecretLabels.h>
 
-#include <TavaroCore/Privacy/Private/Characters.h>
+#include <TavaroCore/Privacy/Characters.h>
 #include <TavaroCore/Privacy/Private/SensitiveText.h>
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include <TavaroCore/Privacy/Private/SecretValues.h>
 
-#include <TavaroCore/Privacy/Private/Characters.h>
+#include <TavaroCore/Privacy/Characters.h>
 #include <TavaroCore/Privacy/Private/SensitiveText.h>
 #include <TavaroCore/Privacy/Private/Words.h>
 

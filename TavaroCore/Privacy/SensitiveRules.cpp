@@ -1,7 +1,7 @@
 #include <TavaroCore/Privacy/Private/SensitiveRules.h>
 
 #include <TavaroCore/Privacy/CardNumbers.h>
-#include <TavaroCore/Privacy/Private/Characters.h>
+#include <TavaroCore/Privacy/Characters.h>
 #include <TavaroCore/Privacy/Private/MailAddresses.h>
 #include <TavaroCore/Privacy/Private/PhoneNumbers.h>
 #include <TavaroCore/Privacy/Private/SecretLabels.h>

@@ -1,8 +1,8 @@
 #include <TavaroCore/Privacy/SensitiveTextClassifier.h>
 
 #include <TavaroCore/Privacy/CardNumbers.h>
+#include <TavaroCore/Privacy/Characters.h>
 #include <TavaroCore/Privacy/KeyFormats.h>
-#include <TavaroCore/Privacy/Private/Characters.h>
 #include <TavaroCore/Privacy/Private/Claims.h>
 #include <TavaroCore/Privacy/Private/CommandSecrets.h>
 #include <TavaroCore/Privacy/Private/CustomTerms.h>

@@ -1,6 +1,6 @@
 #include <TavaroCore/Privacy/Private/Words.h>
 
-#include <TavaroCore/Privacy/Private/Characters.h>
+#include <TavaroCore/Privacy/Characters.h>
 
 namespace tavaro {
 

@@ -26,12 +26,12 @@ std::optional<DetachedProcess> startApplication(std::vector<std::string> const& 
 
 /// Tries until the application listens. None where it does not in time. One that fails may have found another that is
 /// about to listen.
-std::optional<UnixSocket> connectToStarted(BridgeCaller::Settings const& settings) {
+std::optional<UnixSocket> connectToStarted(BridgeCaller::Settings const& settings, std::stop_token const& cancelled) {
     auto application = startApplication(settings.command);
     if (!application) return std::nullopt;
     auto deadline = std::chrono::steady_clock::now() + settings.timeToStart;
     bool hasFailed = false;
-    while (std::chrono::steady_clock::now() < deadline) {
+    while (std::chrono::steady_clock::now() < deadline && !cancelled.stop_requested()) {
         std::this_thread::sleep_for(settings.betweenTries);
         if (auto socket = UnixSocket::connect(settings.socket)) return socket;
         if (hasFailed || !application->hasFailed()) continue;
@@ -41,9 +41,9 @@ std::optional<UnixSocket> connectToStarted(BridgeCaller::Settings const& setting
     return std::nullopt;
 }
 
-UnixSocket connectTo(BridgeCaller::Settings const& settings) {
+UnixSocket connectTo(BridgeCaller::Settings const& settings, std::stop_token const& cancelled) {
     auto socket = UnixSocket::connect(settings.socket);
-    if (!socket) socket = connectToStarted(settings);
+    if (!socket) socket = connectToStarted(settings, cancelled);
     if (socket) return *std::move(socket);
     throw MCPToolError(MCPErrorCode::appUnreachable,
                        "Couldn't reach Tavaro. Make sure it is installed in /Applications and opens normally.");
@@ -55,7 +55,9 @@ BridgeReply nextReply(LineReader& lines) {
     return replyOf(*line);
 }
 
-JSONText resultOver(UnixSocket const& socket, BridgeRequest const& request, BridgeCaller::Progress const& progress) {
+JSONText resultOver(UnixSocket const& socket, BridgeRequest const& request, BridgeCaller::Progress const& progress,
+                    std::stop_token const& cancelled) {
+    std::stop_callback const leave(cancelled, [&] { socket.shutDown(); });
     if (!socket.sendAll(bridgeLine(request), UnixSocket::forever)) throw MCPToolError::interrupted();
     LineReader lines(socket, longestBridgeLine);
     while (true) {
@@ -70,7 +72,7 @@ JSONText resultOver(UnixSocket const& socket, BridgeRequest const& request, Brid
 
 std::vector<std::string> applicationCommand() {
     auto const studio = findProgram("tavaro-studio");
-    if (studio && (hasDisplay() || !desktopSessionVariables().empty())) return {studio->string()};
+    if (studio && (hasDisplay() || !desktopSessionVariables().empty())) return {studio->string(), "--minimized"};
     if (auto const application = findProgram("tavaro")) return {application->string(), "serve", "--until-idle"};
     return {};
 }
@@ -78,7 +80,7 @@ std::vector<std::string> applicationCommand() {
 JSONText BridgeCaller::call(Call call, Progress const& progress) const {
     BridgeRequest const request{1, std::move(call.client), std::move(call.tool), std::move(call.arguments)};
     try {
-        return resultOver(connectTo(settings_), request, progress);
+        return resultOver(connectTo(settings_, call.cancelled), request, progress, call.cancelled);
     } catch (MCPToolError const& error) {
         return toolResult::failure(error.code, error.what());
     } catch (SocketError const& error) {

@@ -5,6 +5,7 @@
 #include <chrono>
 #include <filesystem>
 #include <functional>
+#include <stop_token>
 #include <string>
 #include <vector>
 
@@ -30,6 +31,7 @@ public:
         std::string tool;
         JSONText arguments = JSONValue::Object{};
         std::string client;
+        std::stop_token cancelled = {}; // the application sees that nobody waits any more
     };
 
     explicit BridgeCaller(Settings settings) : settings_(std::move(settings)) {}

@@ -52,7 +52,8 @@ void Server::start(MCPSession::ToolCall call, MCPSession::Progress progress, MCP
         auto const report = [&](double fraction, std::string const& message) {
             main_.async([progress, fraction, message] { progress(fraction, message); });
         };
-        auto result = bridge_.call({std::move(call.tool), std::move(call.arguments), std::move(call.client)}, report);
+        auto result = bridge_.call(
+            {std::move(call.tool), std::move(call.arguments), std::move(call.client), call.cancelled}, report);
         main_.async([finish = std::move(finish), result = std::move(result)]() mutable { finish(std::move(result)); });
     });
 }

@@ -91,6 +91,15 @@ CallParameters CallParameters::of(IncomingMessage const& message) {
     return call;
 }
 
+std::optional<JSONValue> cancelledRequest(IncomingMessage const& message) {
+    std::optional<JSONValue> id;
+    if (message.params.empty()) return id;
+    visitMembers(message.params, [&](JSONReader& reader, std::string_view key) {
+        if (key == "requestId") id = valueAt(reader);
+    });
+    return id;
+}
+
 std::string nameOfClient(IncomingMessage const& message) {
     std::string name;
     if (message.params.empty()) return name;

@@ -12,6 +12,7 @@
 #include <exception>
 #include <map>
 #include <optional>
+#include <stop_token>
 #include <utility>
 
 namespace tavaro {
@@ -42,6 +43,9 @@ struct PendingCall {
     bool isHeard = false;                      // something was sent
     bool hasNews = false;                      // that were not
     double reported = 0;                       // the newest fraction
+    std::stop_source cancelling = {};
+
+    bool isCancelled() const { return cancelling.stop_requested(); }
 };
 
 double fractionOf(double given) { return given > 0 ? std::min(given, mostUnderWay) : 0; } // also of what is no number
@@ -68,6 +72,7 @@ struct MCPSession::State : std::enable_shared_from_this<State> {
     void meet(IncomingMessage const& message);
     void startCall(IncomingMessage const& message);
     void run(std::uint64_t number, ToolCall call);
+    void cancel(IncomingMessage const& message);
     void report(std::uint64_t number, double fraction, std::string const& message);
     void send(PendingCall& call);
     void finish(std::uint64_t number, JSONText result);
@@ -105,14 +110,16 @@ void MCPSession::State::startCall(IncomingMessage const& message) {
     if (given.progressToken)
         pending.progress = {.token = *std::move(given.progressToken), .message = "Waiting for the call before it."};
     auto const number = ++callCount;
+    auto const cancelled = pending.cancelling.get_token();
     calls.emplace(number, std::move(pending));
     // A task is copied with the function that holds it, and arguments may be large.
     auto const call =
-        std::make_shared<ToolCall>(ToolCall{std::move(given.name), std::move(given.arguments), clientName});
+        std::make_shared<ToolCall>(ToolCall{std::move(given.name), std::move(given.arguments), clientName, cancelled});
     turnstile.enter([this, number, call] { run(number, std::move(*call)); });
 }
 
 void MCPSession::State::run(std::uint64_t number, ToolCall call) {
+    if (calls.at(number).isCancelled()) return finish(number, JSONValue::Object{});
     if (!toolCatalog::named(call.tool)) return finish(number, toolResult::unknownTool(call.tool));
     if (auto& progress = calls.at(number).progress) progress->message = call.tool + " is at work.";
     // What was started may outlive the session.
@@ -128,6 +135,16 @@ void MCPSession::State::run(std::uint64_t number, ToolCall call) {
     } catch (std::exception const& error) {
         finish(number, toolResult::failure(MCPErrorCode::failed, error.what()));
     }
+}
+
+/// Nothing is answered then. One that waits for its turn is over when that comes.
+void MCPSession::State::cancel(IncomingMessage const& message) {
+    auto const id = cancelledRequest(message);
+    auto const found = std::ranges::find_if(calls, [&](auto const& each) { return id && each.second.id == *id; });
+    if (found == calls.end()) return;
+    found->second.progress.reset();
+    auto cancelling = found->second.cancelling; // the call may end meanwhile
+    cancelling.request_stop();
 }
 
 void MCPSession::State::report(std::uint64_t number, double fraction, std::string const& message) {
@@ -151,8 +168,10 @@ void MCPSession::State::send(PendingCall& call) {
 void MCPSession::State::finish(std::uint64_t number, JSONText result) {
     auto const found = calls.find(number);
     if (found == calls.end()) return;
+    bool const isCancelled = found->second.isCancelled();
     auto const id = std::move(found->second.id);
     calls.erase(found);
+    if (isCancelled) return turnstile.leave();
     auto line = jsonRPC::result(std::move(result), id);
     if (line.size() >= longestResult) {
         line = jsonRPC::result(toolResult::failure(MCPErrorCode::failed,
@@ -172,10 +191,11 @@ void MCPSession::receive(std::string_view line) {
     auto const message = IncomingMessage::of(line);
     if (!message) return state_->around.write(jsonRPC::error(jsonRPC::ErrorCode::parseError, "Parse error", {}));
     bool const isNotification = message->method.starts_with("notifications/") || !message->id;
-    if (isNotification) return;
     try {
-        state_->dispatch(*message);
+        if (!isNotification) return state_->dispatch(*message);
+        if (!message->id && message->method == "notifications/cancelled") state_->cancel(*message);
     } catch (JSONError const& error) {
+        if (isNotification) return;
         auto const sentence = std::string("The parameters cannot be read: ") + error.what();
         state_->around.write(jsonRPC::error(jsonRPC::ErrorCode::invalidParams, sentence, *message->id));
     }

@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <memory>
+#include <stop_token>
 #include <string>
 #include <string_view>
 
@@ -17,14 +18,15 @@ public:
         std::string tool;
         JSONText arguments = JSONValue::Object{}; // an object, as the client spelled it
         std::string client;                       // by the name that it gave itself
+        std::stop_token cancelled = {};           // by the client, which wants no result any more
     };
     using Progress = std::function<void(double fraction, std::string const& message)>;
     using Finish = std::function<void(JSONText result)>;
 
     struct Surroundings {
         std::string version; // of the server
-        /// Starts a call and returns at once; `finish` is called once. Both it and `progress` do nothing after that.
-        /// What it throws becomes a failure.
+        /// Starts a call and returns at once; `finish` is called once, also for one that is cancelled. Both it and
+        /// `progress` do nothing after that. What it throws becomes a failure.
         std::function<void(ToolCall call, Progress progress, Finish finish)> callTool;
         /// A message, without the newline that ends it.
         std::function<void(std::string_view line)> write;

@@ -1,11 +1,13 @@
 #include <TavaroVision/Scanning/Private/Covers.h>
 
 #include <TavaroCore/Privacy/TextFindings.h>
+#include <TavaroVision/Scanning/Private/AnimatedFindings.h>
 #include <TavaroVision/Scanning/Private/CoverEdges.h>
 #include <TavaroVision/Scanning/Private/FindingJoins.h>
 #include <TavaroVision/Scanning/Private/FoundTexts.h>
 #include <TavaroVision/Scanning/Private/ScreenClassifier.h>
 #include <TavaroVision/Scanning/Private/ScreenLines.h>
+#include <TavaroVision/Scanning/Private/ZoomedFindings.h>
 #include <TavaroVision/Tracking/Private/ScreenHistory.h>
 
 #include <algorithm>
@@ -37,6 +39,12 @@ bool showsMost(TrackedText const& text, int left, int right) {
         shown += text.presence.shown[static_cast<std::size_t>(cell)] ? 1 : 0;
     }
     return inked > 0 && 2 * shown >= inked;
+}
+
+/// Whether a text, though it is as large as what is at its place, does not look the same there.
+bool isOtherOfShape(TrackedText const& text, PixelBox const& box, GrayView const& picture) {
+    auto const place = text.box();
+    return holds(box, place, text.patch->letterHeight() / 2) && !text.patch->isSame(picture, place.x, place.y);
 }
 
 /// What is known of a part of a line since the line was read: where both were at the same place, the part is as old as
@@ -127,10 +135,14 @@ std::vector<PathPoint> withEdges(std::vector<PathPoint> const& path, PixelBox co
     return all;
 }
 
-/// Some letters alone, or parts of them, may be those of another text.
-bool isSurely(TextPresence const& presence) {
-    constexpr int enough = 8;
-    return presence.isLegible() && (2 * presence.whole >= presence.inked || presence.whole >= enough);
+/// Some letters alone, or parts of them here and there, may be those of another text. What a window leaves of a line
+/// are parts of one height.
+bool isSurely(TextPatch const& patch, TextPresence const& presence) {
+    constexpr int enough = 8, fewestParts = 4, enoughParts = 12;
+    bool const isMost = presence.whole > 0 && 2 * presence.whole >= patch.letterCells();
+    bool const isMostParts = presence.longestEdge >= fewestParts && 5 * presence.longestEdge >= 4 * patch.letterCells();
+    return presence.isLegible() &&
+           (isMost || presence.whole >= enough || isMostParts || presence.longestEdge >= enoughParts);
 }
 
 /// The part of a patch that is shown, where that is less than most of it: a line may be of two windows that part.
@@ -177,22 +189,61 @@ void Covers::finish(Cover& cover, double end) {
     done_.push_back(std::move(finding));
 }
 
-void Covers::endLost(double now) {
-    auto const isLost = [](Cover const& cover) { return !cover.place.presence.isLegible(); };
+/// Of two texts at one place only that can be there that is more alike.
+bool Covers::isElsewhere(Cover const& cover, GrayView const& picture) const {
+    auto const box = cover.place.box();
+    auto const slack = cover.place.patch->letterHeight() / 2;
+    auto const differenceOf = [&](Cover const& one) {
+        return one.place.patch->difference(picture, one.place.x, one.place.y);
+    };
+    return std::ranges::any_of(alive_, [&](Cover const& other) {
+        return other.finding.textHash != cover.finding.textHash && holds(other.place.box(), box, slack) &&
+               holds(box, other.place.box(), slack) && other.place.presence.isLegible() &&
+               differenceOf(other) < differenceOf(cover);
+    });
+}
+
+void Covers::endLost(double now, GrayView const& picture) {
+    std::set<Cover const*> lost;
+    for (auto& cover : alive_) {
+        if (!cover.place.presence.isLegible()) lost.insert(&cover);
+        if (lost.contains(&cover) || !isElsewhere(cover, picture)) continue;
+        lost.insert(&cover);
+        auto& path = cover.place.path;
+        while (path.size() > 1 && path.back().time >= now) path.pop_back();
+    }
+    auto const isLost = [&](Cover const& cover) { return lost.contains(&cover); };
     for (auto& cover : alive_) {
         if (!isLost(cover)) continue;
         auto const& finding = cover.finding;
         found_.keep({cover.place.patch, finding.kind, finding.label, finding.masked, finding.textHash}, cover.place.x);
         finish(cover, now);
     }
-    std::erase_if(alive_, isLost);
+    std::deque<Cover> rest;
+    for (auto& cover : alive_) {
+        if (!isLost(cover)) rest.push_back(std::move(cover));
+    }
+    alive_ = std::move(rest);
 }
 
-bool Covers::isCovered(PixelBox const& box, int letterHeight) const {
-    return std::ranges::any_of(alive_, [&](Cover const& cover) {
+Covers::Cover* Covers::coverOf(PixelBox const& box, int letterHeight) {
+    auto const found = std::ranges::find_if(alive_, [&](Cover const& cover) {
         auto const& place = cover.place;
         return holds(place.box(), box, letterHeight / 2) && showsMost(place, box.x - place.x, box.right() - place.x);
     });
+    return found == alive_.end() ? nullptr : &*found;
+}
+
+/// From that time on another text is there, which only looked like it.
+void Covers::giveWay(Cover& old, double from) {
+    if (old.finding.start < from) {
+        auto& path = old.place.path;
+        auto const last = placeAt(path, from); // of a straight way there are only both ends
+        path.erase(std::ranges::lower_bound(path, from, {}, &PathPoint::time), path.end());
+        path.push_back(last);
+        finish(old, from);
+    }
+    alive_.erase(std::ranges::find_if(alive_, [&](Cover const& cover) { return &cover == &old; }));
 }
 
 /// What was found of it before it was all typed is covered by itself all the same, since a line may be of two windows
@@ -211,17 +262,19 @@ void Covers::add(PrivateText const& found, ScreenLine const& line, GrayView cons
     int const right = std::clamp(found.right, left + 1, whole.patch->width());
     PixelBox const part{left, 0, right - left, whole.patch->height()};
     PixelBox const box{whole.x + left, whole.y, part.width, part.height};
-    if (isCovered(box, whole.patch->letterHeight())) return;
+    auto const hash = findingHash(found.value, key_);
+    auto* const there = coverOf(box, whole.patch->letterHeight());
+    if (there && (there->finding.textHash == hash || !isOtherOfShape(there->place, box, picture))) return;
     auto patch = std::make_shared<TextPatch const>(whole.patch->view(), part, whole.patch->letterHeight());
     auto const edges = coverEdges(picture, box, whole.patch->letterHeight());
     Cover cover{tracker.trackedFrom(std::move(patch), box.x, box.y), edges, {}};
     if (!cover.place.presence.isLegible()) return;
 
     addPast(cover.place, whole, left);
-    FoundText const text{cover.place.patch, found.kind, found.label, maskedValue(found.value),
-                         findingHash(found.value, key_)};
+    FoundText const text{cover.place.patch, found.kind, found.label, maskedValue(found.value), hash};
     found_.keep(text, box.x);
     begin(std::move(cover), text);
+    if (there) giveWay(*there, alive_.back().finding.start);
 }
 
 void Covers::begin(Cover&& cover, FoundText const& text) {
@@ -250,7 +303,7 @@ void Covers::addKnown(ScreenHistory const& history, ChangedTiles const& tiles) {
         int const height = patch.letterHeight();
         if (isBelowAny({x, y, patch.width(), patch.height()}, height / 2)) return;
         auto const presence = patch.presence(picture, x, y);
-        if (!isSurely(presence)) return;
+        if (!isSurely(patch, presence)) return;
         auto const part = shownPart(patch, presence);
         if (isBelowAny({x + part.x, y, part.width, part.height}, height)) return;
         auto const shown =
@@ -261,10 +314,12 @@ void Covers::addKnown(ScreenHistory const& history, ChangedTiles const& tiles) {
     });
 }
 
-std::vector<ScreenFinding> Covers::take(double end) {
+std::vector<ScreenFinding> Covers::take(double end, BusyRegions const& regions) {
     for (auto& cover : alive_) finish(cover, end);
     alive_.clear();
-    return joinedFindings(withoutParts(std::exchange(done_, {})));
+    auto const readings = withoutParts(std::exchange(done_, {}));
+    auto findings = withAnimations(readings, regions, width_, height_, end);
+    return joinedFindings(withZooms(std::move(findings), readings, end));
 }
 
 }

@@ -3,6 +3,7 @@
 #include <TavaroVision/Tracking/Private/ChangedTiles.h>
 
 #include <algorithm>
+#include <utility>
 
 namespace tavaro {
 
@@ -65,6 +66,14 @@ void DirtyTiles::add(std::vector<PixelBox> const& wholeTexts, double now) {
                 changed.dirtySince = now;
             }
         }
+    }
+}
+
+void DirtyTiles::ask(std::vector<PixelBox> const& boxes, double now) {
+    for (auto const& box : boxes) {
+        eachIn(box, [&](std::size_t index, int) {
+            if (!std::exchange(tiles_[index].isDirty, true)) tiles_[index].dirtySince = now;
+        });
     }
 }
 
@@ -149,6 +158,14 @@ void DirtyTiles::clearDue(std::vector<PixelBox> const& withWords, double now) {
         one.readAt = now;
     }
     readAt_ = now;
+}
+
+std::optional<double> DirtyTiles::unreadSince() const {
+    std::optional<double> since;
+    for (auto const& one : tiles_) {
+        if (one.isDirty) since = std::min(one.dirtySince, since.value_or(one.dirtySince));
+    }
+    return since;
 }
 
 void DirtyTiles::addFleeting(std::vector<PixelBox> const& boxes) {

@@ -17,27 +17,9 @@ constexpr double together = 0.02; // seconds between ends that are one
 constexpr double shortestFrame = 1.0 / 240;
 constexpr double slack = 0.006; // of the picture
 
-NormalizedRect areaAt(ScreenFinding const& finding, double seconds) {
-    auto const after = std::ranges::upper_bound(finding.keyframes, seconds, {}, &RedactionKeyframe::t);
-    if (after == finding.keyframes.begin()) return after->rect;
-    auto const& from = after[-1];
-    if (after == finding.keyframes.end() || after->t <= from.t) return from.rect;
-    auto const part = (seconds - from.t) / (after->t - from.t);
-    auto const between = [&](double a, double b) { return a + part * (b - a); };
-    auto const &a = from.rect, &b = after->rect;
-    return {between(a.x, b.x), between(a.y, b.y), between(a.width, b.width), between(a.height, b.height)};
-}
-
 bool holds(NormalizedRect const& outer, NormalizedRect const& inner) {
     return inner.x >= outer.x - slack && inner.y >= outer.y - slack && inner.maxX() <= outer.maxX() + slack &&
            inner.maxY() <= outer.maxY() + slack;
-}
-
-/// The same text at two places at once is two.
-bool goOn(ScreenFinding const& a, ScreenFinding const& b) {
-    bool const isSame = a.kind == b.kind && a.textHash == b.textHash;
-    if (!isSame || b.start > a.end + bridged || b.start < a.end - overlap) return false;
-    return areaAt(a, a.end).touches(areaAt(b, std::max(a.end, b.start)), far);
 }
 
 /// It stays where it was seen last until it is seen elsewhere, or goes there while it is not seen.
@@ -104,6 +86,23 @@ void coverGaps(std::vector<ScreenFinding>& findings) {
     }
 }
 
+}
+
+NormalizedRect areaAt(ScreenFinding const& finding, double seconds) {
+    auto const after = std::ranges::upper_bound(finding.keyframes, seconds, {}, &RedactionKeyframe::t);
+    if (after == finding.keyframes.begin()) return after->rect;
+    auto const& from = after[-1];
+    if (after == finding.keyframes.end() || after->t <= from.t) return from.rect;
+    auto const part = (seconds - from.t) / (after->t - from.t);
+    auto const between = [&](double a, double b) { return a + part * (b - a); };
+    auto const &a = from.rect, &b = after->rect;
+    return {between(a.x, b.x), between(a.y, b.y), between(a.width, b.width), between(a.height, b.height)};
+}
+
+bool goOn(ScreenFinding const& a, ScreenFinding const& b) {
+    bool const isSame = a.kind == b.kind && a.textHash == b.textHash;
+    if (!isSame || b.start > a.end + bridged || b.start < a.end - overlap) return false;
+    return areaAt(a, a.end).touches(areaAt(b, std::max(a.end, b.start)), far);
 }
 
 std::vector<ScreenFinding> joinedFindings(std::vector<ScreenFinding> findings) {

@@ -1,9 +1,9 @@
 #include <TavaroVision/Scanning/Private/MisreadKeys.h>
 
 #include <TavaroCore/Privacy/KeyFormats.h>
+#include <TavaroVision/Scanning/Private/ReadPieces.h>
 
 #include <algorithm>
-#include <bitset>
 #include <optional>
 #include <string>
 #include <vector>
@@ -12,18 +12,10 @@ namespace tavaro {
 
 namespace {
 
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
-bool isUpper(char c) { return c >= 'A' && c <= 'Z'; }
-bool isLower(char c) { return c >= 'a' && c <= 'z'; }
-bool isAlphanumeric(char c) { return isDigit(c) || isUpper(c) || isLower(c); }
-bool isJoint(char c) { return std::string_view("-_.~").find(c) != std::string_view::npos; }
+bool isJoint(char c) { return isAnyOf(c, "-_.~"); }
 
-/// Letters that look alike as one, whatever their case.
-char folded(char c) {
-    if (isUpper(c)) c = static_cast<char>(c | 32);
-    if (c == '1' || c == 'i' || c == '|' || c == '!') return 'l';
-    return c == '0' ? 'o' : c;
-}
+/// In a key there are no sentences that a mark would end.
+char foldedInKey(char c) { return c == '!' ? 'l' : folded(c); }
 
 /// What keys of a service begin with, and what follows.
 struct Shape {
@@ -42,7 +34,7 @@ std::optional<Shape> shapeOf(std::string_view format) {
     auto const prefix = format.substr(0, format.find('%'));
     shape.hasJoint = !prefix.empty() && isJoint(prefix.back());
     shape.exact = prefix.substr(0, prefix.size() - (shape.hasJoint ? 1 : 0));
-    for (char const c : shape.exact) shape.letters += folded(c);
+    for (char const c : shape.exact) shape.letters += foldedInKey(c);
     bool mayBeLonger = false;
     std::size_t letters = 0;
     shape.isUpperCase = true;
@@ -96,12 +88,12 @@ std::vector<Shape> const& shapes() {
 std::size_t lettersWithOneWrong(std::string_view text, std::string_view letters) {
     auto const agree = [&](std::size_t at, std::size_t from) {
         for (auto i = from; i < letters.size(); ++i, ++at) {
-            if (at >= text.size() || folded(text[at]) != letters[i]) return false;
+            if (at >= text.size() || foldedInKey(text[at]) != letters[i]) return false;
         }
         return true;
     };
     std::size_t same = 0;
-    while (same < letters.size() && same < text.size() && folded(text[same]) == letters[same]) ++same;
+    while (same < letters.size() && same < text.size() && foldedInKey(text[same]) == letters[same]) ++same;
     if (same == letters.size()) return same;
     if (agree(same + 1, same + 1)) return letters.size();
     if (agree(same, same + 1)) return letters.size() - 1;
@@ -118,7 +110,7 @@ std::size_t prefixWithoutJoints(std::string_view text, Shape const& shape) {
             at += at < text.size() && isJoint(text[at]);
             continue;
         }
-        if (at == text.size() || (countsCase ? text[at] != c : folded(text[at]) != folded(c))) return 0;
+        if (at == text.size() || (countsCase ? text[at] != c : foldedInKey(text[at]) != foldedInKey(c))) return 0;
         ++at;
     }
     return at;
@@ -140,36 +132,10 @@ std::size_t prefixAt(std::string_view text, Shape const& shape) {
     return end > 0 && isJointAt(end) ? end + 1 : 0;
 }
 
-constexpr std::size_t fewestDifferent = 8; // letters and digits of a key
-
-std::size_t differentIn(std::string_view text) {
-    std::bitset<256> seen;
-    for (char const c : text) seen.set(static_cast<unsigned char>(c));
-    return seen.count();
-}
-
-/// Letters and digits in a disorder that no words have.
-bool looksMade(std::string_view text) {
-    std::size_t digits = 0, changes = 0;
-    int last = 0;
-    for (char const c : text) {
-        int const kind = isDigit(c) ? 1 : isUpper(c) ? 2 : isLower(c) ? 3 : 0;
-        changes += kind != last && last != 0 && kind != 0;
-        last = kind;
-        digits += kind == 1;
-    }
-    return digits > 0 && differentIn(text) >= fewestDifferent && changes * 6 >= text.size();
-}
-
-/// A run without blanks and quotes: where keys are.
-struct Piece {
-    std::size_t start = 0;
-    std::size_t end = 0;
-};
-
-std::vector<Piece> piecesOf(std::string_view text) {
+/// Runs without blanks and quotes: where keys are.
+std::vector<ReadPiece> piecesOf(std::string_view text) {
     constexpr std::string_view around = " \t\"'`,;", before = "=:|/([{<>";
-    std::vector<Piece> pieces;
+    std::vector<ReadPiece> pieces;
     for (std::size_t at = 0; at < text.size();) {
         auto const start = text.find_first_not_of(around, at);
         if (start == text.npos) break;
@@ -185,7 +151,7 @@ std::vector<Piece> piecesOf(std::string_view text) {
 }
 
 /// Where keys begin inside of a piece, since the blank before them was not read: "tokghp_a8Kq2…".
-void addGluedKeys(std::string_view text, std::vector<Piece>& pieces) {
+void addGluedKeys(std::string_view text, std::vector<ReadPiece>& pieces) {
     constexpr std::size_t fewest = 3; // letters of a prefix
     auto const count = pieces.size();
     for (std::size_t i = 0; i < count; ++i) {
@@ -276,7 +242,7 @@ void forEachMisreadKey(std::string_view text,
 bool endsInsideKey(std::string_view text) {
     constexpr std::size_t fewest = 3; // letters of a prefix
     auto const pieces = piecesOf(text);
-    return std::ranges::any_of(pieces, [&](Piece const& piece) {
+    return std::ranges::any_of(pieces, [&](ReadPiece const& piece) {
         auto const part = text.substr(piece.start, piece.end - piece.start);
         return piece.end == text.size() && std::ranges::any_of(shapes(), [&](Shape const& shape) {
                    auto const prefix = shape.letters.size() >= fewest ? prefixWithoutJoints(part, shape) : 0;

@@ -19,7 +19,7 @@ namespace tavaro {
 namespace {
 
 constexpr double step = 1.0 / 240; // seconds: no frame is shorter
-constexpr double unread = 1;       // seconds before a stop of which some may have been shown and not read
+constexpr double unsure = 1;       // seconds before a stop that are read better from what comes after them
 
 using Clock = std::chrono::steady_clock;
 
@@ -62,6 +62,13 @@ double lengthOf(std::vector<TimeRange> const& ranges) {
     return length;
 }
 
+/// Until when a range that is stopped counts as looked at. Of a short look it is half, so that one who stops often gets
+/// on all the same.
+double keptUntil(TimeRange const& range, double reached, std::optional<double> unreadSince) {
+    auto const kept = reached - std::min(unsure, (reached - range.start) / 2);
+    return std::max(range.start, std::min(kept, unreadSince.value_or(kept)));
+}
+
 std::string leftOutSentence(std::size_t lines) {
     return lines == 1 ? "A line of text could not be read, and may be private."
                       : std::to_string(lines) + " lines of text could not be read, and may be private.";
@@ -95,24 +102,26 @@ private:
     void scan(TimeRange const& range) {
         StretchScanner scanner({classifier_, reader_, memory_, found_, request_.key, request_.interval});
         double reached = range.start;
+        bool isWhole = false;
         std::vector<ScreenFinding> findings;
         try {
-            bool const isWhole = showAll(scanner, range, reached);
+            isWhole = showAll(scanner, range, reached);
             findings = isWhole ? scanner.finish(range.end()) : scanner.stop(reached);
-            if (isWhole) reached = range.end();
         } catch (VisionError const& error) {
-            if (error.kind != VisionError::Kind::cancelled) giveUp(error, reached - range.start);
+            isWhole = false;
+            bool const isAny = seconds_ > 0 || keptUntil(range, reached, scanner.unreadSince()) > range.start;
+            if (error.kind != VisionError::Kind::cancelled) giveUp(error, isAny);
             findings = scanner.stop(reached);
         }
-        if (reached < range.end()) reached = std::max(range.start, reached - unread);
-        seconds_ += reached - range.start;
-        if (reached > range.start) outcome_.ranges.push_back({range.start, reached - range.start});
+        auto const end = isWhole ? range.end() : keptUntil(range, reached, scanner.unreadSince());
+        seconds_ += end - range.start;
+        if (end > range.start) outcome_.ranges.push_back({range.start, end - range.start});
         std::ranges::move(findings, std::back_inserter(outcome_.findings));
     }
 
     /// Of somebody who catches it, unless there is nothing to be kept.
-    void giveUp(VisionError const& error, double read) {
-        if (seconds_ <= 0 && read <= unread) throw;
+    void giveUp(VisionError const& error, bool isAnyKept) {
+        if (!isAnyKept) throw;
         outcome_.failure = error.what();
     }
 

@@ -1,10 +1,14 @@
 #include <TavaroVision/Scanning/Private/ScreenClassifier.h>
 
+#include <TavaroCore/Privacy/Characters.h>
+#include <TavaroVision/Scanning/Private/KeyFileLines.h>
 #include <TavaroVision/Scanning/Private/MisreadKeys.h>
+#include <TavaroVision/Scanning/Private/ReadPieces.h>
+#include <TavaroVision/Scanning/Private/ReadingOrder.h>
+#include <TavaroVision/Scanning/Private/WrappedLines.h>
 
 #include <algorithm>
 #include <array>
-#include <numeric>
 #include <optional>
 #include <set>
 #include <string_view>
@@ -15,12 +19,6 @@ namespace {
 
 constexpr std::size_t longestLabel = 60;
 
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
-bool isUpper(char c) { return c >= 'A' && c <= 'Z'; }
-bool isLower(char c) { return c >= 'a' && c <= 'z'; }
-bool isLetter(char c) { return isUpper(c) || isLower(c); }
-bool isAlphanumeric(char c) { return isDigit(c) || isLetter(c); }
-
 /// Strokes of a field's edge are none.
 bool isValue(std::string_view text) {
     return std::ranges::count_if(text, isAlphanumeric) >= 2 || text.starts_with("--");
@@ -30,88 +28,18 @@ bool isNumberOrAddress(SensitiveKind kind) {
     return kind == SensitiveKind::email || kind == SensitiveKind::phone || kind == SensitiveKind::card;
 }
 
-bool isOnRow(PixelBox const& a, PixelBox const& b) {
-    int const shared = std::min(a.bottom(), b.bottom()) - std::max(a.y, b.y);
-    return 5 * shared >= 3 * std::min(a.height, b.height);
-}
+/// A line that seems to be of a key file, and where its part is of it.
+struct KeyLine {
+    ScreenText text;
+    std::size_t line = 0;
+    ReadPiece body = {};
 
-bool goesOn(PlacedLine const& above, PlacedLine const& below) {
-    auto const &a = above.box, &b = below.box;
-    auto const height = std::max(above.letterHeight, below.letterHeight);
-    bool const isAlike = 2 * std::min(above.letterHeight, below.letterHeight) >= height;
-    bool const isBelow = b.y >= a.y + a.height / 2 && b.y - a.bottom() <= 3 * height;
-    return isAlike && isBelow && std::min(a.right(), b.right()) > std::max(a.x, b.x) && !isOnRow(a, b);
-}
-
-bool isMixed(std::string_view text) {
-    bool const hasSmall = std::ranges::any_of(text, isLower);
-    return std::ranges::any_of(text, isDigit) || (hasSmall && std::any_of(text.begin() + 1, text.end(), isUpper));
-}
-
-/// A line of base64 but for a few letters.
-bool isNearlyBase64(std::string_view text) {
-    constexpr std::size_t shortest = 16;
-    auto const isOther = [](char c) { return !isAlphanumeric(c) && c != '+' && c != '/' && c != '='; };
-    auto const others = static_cast<std::size_t>(std::ranges::count_if(text, isOther));
-    return text.size() >= shortest && others * 12 <= text.size() && isMixed(text);
-}
-
-/// Long words of base64 in a line that has other text too.
-std::vector<std::string_view> base64Words(std::string_view text) {
-    constexpr std::size_t shortest = 24;
-    std::vector<std::string_view> words;
-    for (std::size_t start = 0; start < text.size();) {
-        auto const end = std::min(text.find(' ', start), text.size());
-        auto const word = text.substr(start, end - start);
-        if (word.size() >= shortest && isNearlyBase64(word)) words.push_back(word);
-        start = end + 1;
-    }
-    return words;
-}
-
-/// Where lines of a column end at most, and whether that is where its window does: then several of them do.
-struct RightEdge {
-    int furthest = 0;
-    bool isWindows = false;
-
-    RightEdge(std::span<PlacedLine const> lines, std::vector<std::size_t> const& column) {
-        for (auto const line : column) furthest = std::max(furthest, lines[line].box.right());
-        isWindows = std::ranges::count_if(column, [&](auto line) { return isReachedBy(lines[line]); }) > 1;
-    }
-
-    bool isReachedBy(PlacedLine const& line) const {
-        auto const slack = isWindows ? 8 : 12; // tenths of a letter's height
-        return 10 * (furthest - line.box.right()) <= slack * line.letterHeight;
+    /// As the last one may be.
+    bool isShort() const {
+        constexpr std::size_t shortest = 60;
+        return body.size() < shortest;
     }
 };
-
-/// "…: lena.berg@e", "…=ghp_a8Kq2": no address and no key ends so.
-bool endsOpen(PlacedLine const& line) {
-    auto const& word = line.words.back().text;
-    if (endsInsideKey(word)) return true;
-    auto const sign = word.find('@');
-    if (sign == word.npos || sign < 2) return false;
-    auto const dot = word.find('.', sign);
-    return dot == word.npos || word.size() - dot <= 2;
-}
-
-/// Whether a line may begin with the rest of a word that began in the line above: no word of a language.
-bool mayBeginWithRest(PlacedLine const& line) {
-    auto const& word = line.words.front().text;
-    auto const isOfToken = [](char c) {
-        return isAlphanumeric(c) || std::string_view("+/_-.@").find(c) != std::string_view::npos;
-    };
-    auto const end = word.find_last_not_of("=>)\"',;:") + 1;
-    if (end == 0 || !std::ranges::all_of(word.substr(0, end), isOfToken)) return false;
-    return word.find_first_of("@.") < word.size() - 1 || isMixed(word);
-}
-
-bool wraps(PlacedLine const& above, PlacedLine const& below, RightEdge const& edge) {
-    auto const &a = above.box, &b = below.box;
-    auto const height = std::max(above.letterHeight, below.letterHeight);
-    bool const isNear = b.x <= a.x + height && b.y - a.bottom() <= 2 * height;
-    return isNear && mayBeginWithRest(below) && (edge.isReachedBy(above) || endsOpen(above));
-}
 
 /// The findings of a screen while they are gathered.
 class Gathering {
@@ -125,6 +53,7 @@ public:
     void readColumn(std::vector<std::size_t> const& column) {
         RightEdge const edge(lines_, column);
         for (auto const& style : styles) readColumn(column, edge, style);
+        readKeyBlocks(column);
         for (std::size_t i = 0; i + 1 < column.size(); ++i) i = readWrapped(column, i, edge);
     }
 
@@ -169,6 +98,8 @@ private:
             if (above.expected == LinesAbove::Expected::restOfSecret && !mayGoOn) above = {};
             auto const before = above;
             keep(text, classifier_.matches(text.text(), above), Part::any);
+            bool const wasPublic = before.expected == LinesAbove::Expected::bodyOfPublicFile;
+            if (wasPublic && above.expected != before.expected && isNearlyBase64(text.text())) above = before;
             if (style.mending != Mending::everything) continue;
             keepKeys(text, Part::any);
             auto const next = std::span(column).subspan(i + 1, i + 1 < column.size() ? 1 : 0);
@@ -214,10 +145,44 @@ private:
             if (!isValue(value) || (isSecret && text.isSentence(match.start, match.end()))) continue;
             bool const isWhole = isNumberOrAddress(match.kind);
             if (part == Part::numbersOfLast && !isWhole) continue;
-            bool const isKey = match.kind == SensitiveKind::apiKey || match.kind == SensitiveKind::token;
-            keep(text, match.kind, match.label, isKey ? text.wordStart(match.start) : match.start,
+            bool const isWord = match.kind == SensitiveKind::apiKey || match.kind == SensitiveKind::token ||
+                                match.kind == SensitiveKind::email;
+            keep(text, match.kind, match.label, isWord ? text.wordStart(match.start) : match.start,
                  isWhole ? match.end() : text.wordEnd(match.end()), part);
         }
+    }
+
+    /// Key files whose headers are not seen, by lines of which letters were misread.
+    void readKeyBlocks(std::vector<std::size_t> const& column) {
+        std::vector<KeyLine> block;
+        bool isPublic = false;
+        std::string above;
+        for (auto const line : column) {
+            KeyLine next{ScreenText(lines_, std::span(&line, 1), {.spaces = Spaces::whereThereIsRoom}), line};
+            next.body = keyLineIn(next.text.text());
+            bool const goesOn = !block.empty() && !block.back().isShort() && next.body.size() > 0 &&
+                                isNextInFile(lines_[block.back().line], lines_[line]);
+            if (!goesOn) {
+                if (!isPublic) keepKeyBlock(block);
+                block.clear();
+                isPublic = announcesPublicFile(above);
+            }
+            above = next.text.text();
+            if (goesOn || (next.body.size() > 0 && !next.isShort())) block.push_back(std::move(next));
+        }
+        if (!isPublic) keepKeyBlock(block);
+    }
+
+    /// Where one of the lines is known by itself, or there are several.
+    void keepKeyBlock(std::vector<KeyLine> const& block) {
+        constexpr std::size_t several = 3;
+        constexpr auto kind = SensitiveKind::privateKey;
+        bool const isKnown = std::ranges::any_of(found_, [&](PrivateText const& found) {
+            return found.kind == kind && std::ranges::find(block, found.line, &KeyLine::line) != block.end();
+        });
+        if (!kinds_.contains(kind) || (!isKnown && block.size() < several)) return;
+        for (auto const& [text, line, body] : block)
+            keep(text, kind, std::string(displayName(kind)), body.start, body.end, Part::any);
     }
 
     /// A line inside of a key file of which a letter was misread, or beside another window; the end of one that wraps.
@@ -296,41 +261,6 @@ private:
     std::vector<PrivateText> found_;
 };
 
-std::optional<std::size_t> lineBefore(std::span<PlacedLine const> lines, std::size_t line) {
-    std::optional<std::size_t> nearest;
-    for (std::size_t i = 0; i < lines.size(); ++i) {
-        if (i == line || lines[i].words.empty() || !isOnRow(lines[i].box, lines[line].box)) continue;
-        if (lines[i].box.right() > lines[line].box.x + lines[line].letterHeight) continue;
-        if (!nearest || lines[i].box.right() > lines[*nearest].box.right()) nearest = i;
-    }
-    return nearest;
-}
-
-}
-
-std::vector<std::vector<std::size_t>> readingOrder(std::span<PlacedLine const> lines) {
-    std::vector<std::size_t> order(lines.size());
-    std::iota(order.begin(), order.end(), std::size_t{0});
-    std::ranges::sort(order, {}, [&](std::size_t i) { return std::pair(lines[i].box.y, lines[i].box.x); });
-    std::vector<std::vector<std::size_t>> columns;
-    for (auto const line : order) {
-        if (lines[line].words.empty()) continue;
-        std::vector<std::size_t>* nearest = nullptr;
-        auto const distance = [&](std::vector<std::size_t> const& column) {
-            auto const &above = lines[column.back()].box, &below = lines[line].box;
-            return std::pair(below.y - above.bottom(), std::abs(above.x - below.x));
-        };
-        for (auto& column : columns) {
-            if (!goesOn(lines[column.back()], lines[line])) continue;
-            if (!nearest || distance(column) < distance(*nearest)) nearest = &column;
-        }
-        if (nearest) {
-            nearest->push_back(line);
-        } else {
-            columns.push_back({line});
-        }
-    }
-    return columns;
 }
 
 std::vector<PrivateText> ScreenClassifier::privateTexts(std::span<PlacedLine const> lines) {

@@ -1,9 +1,14 @@
 #include <TavaroVision/Scanning/Private/ScreenLines.h>
 
+#include <TavaroCore/Privacy/Characters.h>
 #include <TavaroVision/Tracking/Private/ScreenHistory.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
+#include <set>
+#include <string>
+#include <string_view>
 #include <utility>
 
 namespace tavaro {
@@ -13,6 +18,7 @@ namespace {
 constexpr int margin = 2; // pixels of a line's picture around its ink
 constexpr std::size_t mostMemories = 600, mostMemoryBytes = std::size_t{30} << 20;
 constexpr double movingInterval = 0.6; // seconds
+constexpr double longEnough = 0.5;     // seconds after it was read, to be read again
 constexpr double shortestStay = 0.2;   // seconds after it was read; what goes before was part of a film
 
 PixelBox shared(PixelBox const& a, PixelBox const& b) {
@@ -40,6 +46,17 @@ bool isKnownStill(ScreenLine const& line, double now) {
     return !place.velocity.isNone() && place.presence.isMost() && now - line.readAt < movingInterval;
 }
 
+/// Whether a line says that it has something private.
+bool seemsToAnnounce(ScreenLine const& line) {
+    constexpr std::array<std::string_view, 9> signs{"@",    "pass", "secret", "token", "bearer",
+                                                    "card", "call", "phone",  "tel"};
+    return std::ranges::any_of(line.words, [&](ReadWord const& word) {
+        std::string text = word.text;
+        std::ranges::transform(text, text.begin(), lower);
+        return std::ranges::any_of(signs, [&](auto sign) { return text.find(sign) != text.npos; });
+    });
+}
+
 std::vector<ReadWord> wordsBeside(ReadLine&& line, PixelBox const& corner) {
     std::vector<ReadWord> words;
     for (auto& word : line.words) {
@@ -62,6 +79,7 @@ struct ScreenLines::Fresh {
     PixelBox box; // with its margin
     std::shared_ptr<TextPatch const> patch;
     std::optional<std::vector<ReadWord>> words;
+    bool isAgain = false;
 };
 
 void ReadMemory::keep(std::shared_ptr<TextPatch const> const& patch, std::vector<ReadWord> words) {
@@ -81,7 +99,7 @@ std::optional<std::vector<ReadWord>> ReadMemory::recall(TextPatch const& patch) 
         auto const& larger = &smaller == &old ? patch : old;
         for (int dy = 0; dy <= larger.height() - smaller.height(); ++dy) {
             for (int dx = 0; dx <= larger.width() - smaller.width(); ++dx) {
-                if (smaller.presence(larger.view(), dx, dy).isWhole) return memory.words;
+                if (smaller.isSame(larger.view(), dx, dy)) return memory.words;
             }
         }
     }
@@ -94,13 +112,37 @@ std::vector<TrackedText*> ScreenLines::places() {
     return places;
 }
 
-std::vector<PixelBox> ScreenLines::dropLost(double now) {
-    auto const isLost = [](ScreenLine const& line) { return !line.place.presence.isLegible(); };
+/// Of two lines at one place only that can be there that is more alike.
+bool ScreenLines::isElsewhere(ScreenLine const& line, GrayView const& picture) const {
+    auto const box = line.place.box();
+    auto const slack = 0.4 * line.place.patch->letterHeight();
+    auto const differenceOf = [&](ScreenLine const& one) {
+        return one.place.patch->difference(picture, one.place.x, one.place.y);
+    };
+    return std::ranges::any_of(lines_, [&](ScreenLine const& other) {
+        auto const there = other.place.box();
+        bool const isThere = &other != &line && isNear(there.x, box.x, slack) && isNear(there.y, box.y, slack) &&
+                             isNear(there.right(), box.right(), slack) && isNear(there.bottom(), box.bottom(), slack);
+        return isThere && differenceOf(other) < differenceOf(line);
+    });
+}
+
+std::vector<PixelBox> ScreenLines::dropLost(double now, GrayView const& picture) {
+    std::set<ScreenLine const*> lost;
+    for (auto const& line : lines_) {
+        if (!line.place.presence.isLegible() || isElsewhere(line, picture)) lost.insert(&line);
+    }
+    auto const isLost = [&](ScreenLine const& line) { return lost.contains(&line); };
     std::vector<PixelBox> fleeting;
     for (auto const& line : lines_) {
         if (isLost(line) && now - line.readAt < shortestStay) fleeting.push_back(line.place.box());
     }
-    isNew_ |= std::erase_if(lines_, isLost) > 0;
+    std::deque<ScreenLine> rest;
+    for (auto& line : lines_) {
+        if (!isLost(line)) rest.push_back(std::move(line));
+    }
+    isNew_ |= !lost.empty();
+    lines_ = std::move(rest);
     return fleeting;
 }
 
@@ -111,6 +153,19 @@ std::vector<PixelBox> ScreenLines::wholeBoxes(double now) const {
         auto box = line.place.box();
         int const spacing = line.place.patch->letterHeight() / 3;
         boxes.push_back({box.x, box.y - spacing, box.width, box.height + 2 * spacing});
+    }
+    return boxes;
+}
+
+std::vector<PixelBox> ScreenLines::takeDoubtful(double now) {
+    std::vector<PixelBox> boxes;
+    for (auto& line : lines_) {
+        auto const& place = line.place;
+        bool const stands = place.velocity.isNone() && place.presence.isWhole && now - line.readAt >= longEnough;
+        if (!stands || line.isSettled) continue;
+        line.isSettled = true;
+        line.isDoubtful = !line.isPrivate && seemsToAnnounce(line);
+        if (line.isDoubtful) boxes.push_back(place.box());
     }
     return boxes;
 }
@@ -141,13 +196,15 @@ std::vector<ScreenLines::Fresh> ScreenLines::freshLines(PastFrame const& frame, 
                                (line.box.bottom() >= band.bottom() && band.bottom() < picture.height);
             auto const box = grown(line.box, margin, picture);
             if (isCut || box.isEmpty() || !isDue(box)) continue;
-            if (auto const* old = known(line, box, frame.time)) {
+            auto const* old = known(line, box, frame.time);
+            bool const isAgain = old && old->isDoubtful;
+            if (old && !isAgain) {
                 if (!old->words.empty()) withWords.push_back(box);
                 continue;
             }
             auto patch = std::make_shared<TextPatch const>(picture, box, line.letterHeight);
-            auto words = memory_.recall(*patch);
-            fresh.push_back({line, box, std::move(patch), std::move(words)});
+            auto words = isAgain ? std::nullopt : memory_.recall(*patch);
+            fresh.push_back({line, box, std::move(patch), std::move(words), isAgain});
         }
     }
     return fresh;
@@ -214,6 +271,7 @@ std::vector<PixelBox> ScreenLines::read(ScreenHistory const& history, ChangedTil
         if (!one.words->empty()) withWords.push_back(one.box);
         ScreenLine line{tracker.trackedFrom(one.patch, one.box.x, one.box.y), std::move(*one.words),
                         history.last().time};
+        line.isSettled = one.isAgain;
         replace(line);
         born.push_back(std::move(line));
     }

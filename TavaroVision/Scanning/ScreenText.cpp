@@ -1,5 +1,7 @@
 #include <TavaroVision/Scanning/Private/ScreenText.h>
 
+#include <TavaroCore/Privacy/Characters.h>
+#include <TavaroVision/Scanning/Private/MisreadAddresses.h>
 #include <TavaroVision/Scanning/Private/Misreadings.h>
 
 #include <algorithm>
@@ -13,13 +15,7 @@ namespace {
 constexpr double tightGap = 0.55;              // of a letter's height: no room for a space
 constexpr std::string_view joints = "-._:/@="; // inside of values, often read with a space beside them
 
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
-bool isLower(char c) { return c >= 'a' && c <= 'z'; }
-
-bool isTokenCharacter(char c) {
-    return (c >= '0' && c <= '9') || ((c | 32) >= 'a' && (c | 32) <= 'z') ||
-           std::string_view("+/=_-.@~:").find(c) != std::string_view::npos;
-}
+bool isTokenCharacter(char c) { return isAlphanumeric(c) || isAnyOf(c, "+/=_-.@~:"); }
 
 bool isContinuation(char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; }
 
@@ -55,6 +51,8 @@ ScreenText::ScreenText(std::span<PlacedLine const> lines, std::span<std::size_t 
     mended_ = MendedText(read_);
     mendPrefixes(mended_);
     if (style.mending == ReadingStyle::Mending::everything) mendMisreadings(mended_);
+    if (style.mending == ReadingStyle::Mending::everything && style.spaces == ReadingStyle::Spaces::all)
+        partGluedWords(mended_);
 }
 
 void ScreenText::add(std::size_t line, PlacedLine const& placed, ReadingStyle const& style) {
@@ -69,12 +67,15 @@ void ScreenText::add(std::size_t line, PlacedLine const& placed, ReadingStyle co
     }
 }
 
-/// The edges of fields are read as strokes, before all words or as words of their own: then a value follows.
+/// The edges of fields are read as strokes, before all words or as words of their own, apart from others: then a value
+/// follows.
 void ScreenText::blankBorders(std::string& text) const {
     for (auto const& word : words_) {
         bool const isFirst = &word == words_.data();
-        if (isBorder(word.read->text)) {
-            text.replace(word.start, word.read->text.size(), word.read->text.size(), ' ');
+        auto const size = word.read->text.size(), end = word.start + size;
+        bool const isApart = (isFirst || text[word.start - 1] == ' ') && (end == text.size() || text[end] == ' ');
+        if (isApart && isBorder(word.read->text)) {
+            text.replace(word.start, size, size, ' ');
             if (!isFirst) text[word.start] = ':';
         } else if (isFirst) {
             for (std::string_view const border : {"|", "(", "[", "‘", "'"}) {

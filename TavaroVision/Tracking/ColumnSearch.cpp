@@ -19,15 +19,23 @@ constexpr int firstLook = 4; // samples that differ much already say that it is 
 ColumnSearch::ColumnSearch(TextPatch const& patch) : height_(patch.height()) {
     int const count = std::clamp(patch.cells() / lettersInPart, 1, mostParts);
     auto const samples = samplesOf(patch);
-    for (int n = 0; n < count; ++n) {
-        Part part{.left = n * patch.width() / count, .right = (n + 1) * patch.width() / count};
-        std::ranges::copy_if(samples, std::back_inserter(part.samples),
-                             [&](PatchSample const& sample) { return sample.x >= part.left && sample.x < part.right; });
-        if (part.samples.size() < fewestSamples) continue;
+    auto const add = [&](PixelBox const& box) {
+        Part part{.left = box.x, .right = box.right()};
+        std::ranges::copy_if(samples, std::back_inserter(part.samples), [&](PatchSample const& sample) {
+            return sample.x >= box.x && sample.x < box.right() && sample.y >= box.y && sample.y < box.bottom();
+        });
+        if (part.samples.size() < fewestSamples) return;
         for (auto const& sample : part.samples) part.mostDifference += sample.edge;
         part.mostDifference /= 9; // less than a picture of other letters, or of none, differs by
         parts_.push_back(std::move(part));
+    };
+    for (int n = 0; n < count; ++n) {
+        int const left = n * patch.width() / count, right = (n + 1) * patch.width() / count;
+        add({left, 0, right - left, height_});
     }
+    int const half = height_ / 2;
+    add({0, 0, patch.width(), half});
+    add({0, height_ - half, patch.width(), half});
 }
 
 bool ColumnSearch::Part::isAt(std::uint8_t const* corner, std::ptrdiff_t stride) const {

@@ -9,7 +9,7 @@ namespace {
 
 constexpr double longest = 1.2;                           // seconds
 constexpr std::size_t mostBytes = std::size_t{120} << 20; // of pictures
-constexpr std::size_t fewest = 4;                         // frames that are kept however large they are
+constexpr std::size_t fewest = 3;                         // frames that are kept however large they are: of 8K
 
 std::size_t bytesOf(PastFrame const& frame) {
     auto const view = frame.picture->view();

@@ -4,6 +4,7 @@
 #include <TavaroVision/Tracking/Private/TextPatch.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 #include <vector>
 
@@ -26,13 +27,13 @@ public:
     }
 
     void forget() {
-        int edges = 0;
-        for (auto const& sample : samples_) edges += sample.edge;
-        best_ = edges / 6; // much less than a picture of other letters differs by
+        edges_ = 0;
+        for (auto const& sample : samples_) edges_ += sample.edge;
+        best_ = edges_ / 6; // much less than a picture of other letters differs by
         found_.reset();
     }
 
-    bool isWorthwhile() const { return samples_.size() >= 12; }
+    bool isWorthwhile() const { return samples_.size() >= fewestSamples; }
 
     /// Keeps it if it is better than all before. Only places wholly on the picture.
     void trial(Shift const& shift) {
@@ -48,12 +49,36 @@ public:
         found_ = shift;
     }
 
+    /// The same at the side of it, where a third of it on the picture will do: what slides in or out is cut.
+    void trialAcross(int dx) {
+        int const x = x_ + dx, left = std::max(0, -x), right = std::min(width_, picture_.width - x);
+        if (3 * (right - left) < width_ || y_ < 0 || y_ + height_ > picture_.height) return;
+        std::size_t looked = 0;
+        int difference = 0, edges = 0;
+        for (auto const& sample : samples_) {
+            if (sample.x < left || sample.x >= right) continue;
+            auto const* row = picture_.pixels + (y_ + sample.y) * picture_.stride;
+            difference += std::abs(row[x + sample.x] - sample.value);
+            if (difference >= best_) return;
+            edges += sample.edge;
+            ++looked;
+        }
+        if (looked < fewestSamples) return;
+        auto const ofAll = static_cast<int>(std::int64_t{difference} * edges_ / edges);
+        if (ofAll >= best_) return;
+        best_ = ofAll;
+        found_ = {dx, 0};
+    }
+
     std::optional<Shift> found() const { return found_; }
 
 private:
+    static constexpr std::size_t fewestSamples = 12;
+
     std::vector<PatchSample> samples_;
     int width_, height_, x_, y_;
     GrayView picture_;
+    int edges_ = 0; // of all samples
     int best_ = 0;
     std::optional<Shift> found_;
 };
@@ -67,11 +92,19 @@ std::optional<Shift> shiftOf(TextPatch const& patch, int x, int y, GrayView cons
         search.trial({0, dy});
         search.trial({0, -dy});
     }
-    if (auto const found = search.found()) {
-        // Somewhere above or below there may be something alike that is another text.
-        if (patch.presence(picture, x + found->dx, y + found->dy).isMost()) return found;
-        search.forget();
+    // Somewhere above or below there may be something alike that is another text.
+    auto const isFound = [&] {
+        auto const found = search.found();
+        return found && patch.presence(picture, x + found->dx, y + found->dy).isMost();
+    };
+    if (isFound()) return search.found();
+    search.forget();
+    for (int dx = 1; dx < picture.width; ++dx) {
+        search.trialAcross(dx);
+        search.trialAcross(-dx);
     }
+    if (isFound()) return search.found();
+    search.forget();
     for (int dy = -highestDrag; dy <= highestDrag; ++dy) {
         for (int dx = -widestDrag; dx <= widestDrag; ++dx) search.trial({dx, dy});
     }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstdlib>
 #include <span>
 
 namespace tavaro {
@@ -75,6 +76,7 @@ void tellRun(TextPresence& presence, bool isShown, int& run) {
     ++presence.inked;
     presence.count += isShown ? 1 : 0;
     run = isShown ? run + 1 : 0;
+    if (run == presence.inked) presence.outerRun = run;
     presence.longestRun = std::max(presence.longestRun, run);
 }
 
@@ -97,7 +99,47 @@ TextPatch::TextPatch(GrayView const& picture, PixelBox const& box, int letterHei
         auto const spread = sums.over(cell * cellWidth_, std::min((cell + 1) * cellWidth_, width_)).spreadA();
         isInked_[static_cast<std::size_t>(cell)] = spread >= leastInk ? 1 : 0;
         inkedCells_ += spread >= leastInk ? 1 : 0;
+        hasLetter_.push_back(isInked(cell) && hasLetter(cell) ? 1 : 0);
+        letterCells_ += hasLetter_.back();
     }
+}
+
+/// Whether its ink is more than a third as high as a capital.
+bool TextPatch::hasLetter(int cell) const {
+    int const begin = cell * cellWidth_, end = std::min(begin + cellWidth_, width_);
+    auto const at = [&](int x, int y) { return int{view().pixels[y * width_ + x]}; };
+    int sum = 0, most = 0, rows = 0;
+    for (int y = 0; y < height_; ++y)
+        for (int x = begin; x < end; ++x) sum += at(x, y);
+    int const mean = sum / (height_ * (end - begin));
+    for (int y = 0; y < height_; ++y)
+        for (int x = begin; x < end; ++x) most = std::max(most, std::abs(at(x, y) - mean));
+    for (int y = 0; y < height_; ++y) {
+        bool hasInk = false;
+        for (int x = begin; x < end; ++x) hasInk |= 2 * std::abs(at(x, y) - mean) >= most;
+        rows += hasInk ? 1 : 0;
+    }
+    return 3 * rows > letterHeight_;
+}
+
+int TextPatch::difference(GrayView const& picture, int x, int y) const {
+    constexpr int side = 4; // pixels of a block
+    auto const [least, most] = std::ranges::minmax(pixels_);
+    int const contrast = std::max(most - least, 1), lastRow = std::min(height_, picture.height - y),
+              lastColumn = std::min(width_, picture.width - x);
+    int greatest = 0;
+    for (int top = std::max(0, -y); top < lastRow; top += side) {
+        for (int left = std::max(0, -x); left < lastColumn; left += side) {
+            int const bottom = std::min(top + side, lastRow), right = std::min(left + side, lastColumn);
+            int sum = 0;
+            for (int row = top; row < bottom; ++row) {
+                auto const *a = view().pixels + row * width_, *b = picture.pixels + (y + row) * picture.stride + x;
+                for (int column = left; column < right; ++column) sum += std::abs(a[column] - b[column]);
+            }
+            greatest = std::max(greatest, 100 * sum / (contrast * (bottom - top) * (right - left)));
+        }
+    }
+    return greatest;
 }
 
 TextPresence TextPatch::presence(GrayView const& picture, int x, int y) const {
@@ -116,7 +158,7 @@ TextPresence TextPatch::presence(GrayView const& picture, int x, int y) const {
     }
     presence.isWhole = top == 0 && bottom == height_ && left == 0 && right == width_;
     presence.inked = 0;
-    int run = 0;
+    int run = 0, upperRun = 0, lowerRun = 0;
     for (int cell = 0; cell < cells(); ++cell) {
         int const begin = std::max(cell * cellWidth_, left), end = std::min((cell + 1) * cellWidth_, right);
         if (begin >= end) {
@@ -134,15 +176,21 @@ TextPresence TextPatch::presence(GrayView const& picture, int x, int y) const {
             return bands[one].isFlat(begin, end) && bands[other].isFlat(begin, end);
         };
         bool const isAllShown = all.isAlike(alike);
-        presence.whole += isAllShown ? 1 : 0;
-        bool const isShown = isAllShown || above.isAlike(alikeHalf) || below.isAlike(alikeHalf) ||
-                             (upperPart.isAlike(alikePart) && isCut(2, 3)) ||
-                             (lowerPart.isAlike(alikePart) && isCut(0, 1));
+        bool const isUpper = isAllShown || above.isAlike(alikeHalf) || (upperPart.isAlike(alikePart) && isCut(2, 3));
+        bool const isLower = isAllShown || below.isAlike(alikeHalf) || (lowerPart.isAlike(alikePart) && isCut(0, 1));
+        bool const isShown = isUpper || isLower;
+        if (hasLetter_[static_cast<std::size_t>(cell)]) {
+            presence.whole += isAllShown ? 1 : 0;
+            upperRun = isUpper ? upperRun + 1 : 0;
+            lowerRun = isLower ? lowerRun + 1 : 0;
+            presence.longestEdge = std::max({presence.longestEdge, upperRun, lowerRun});
+        }
         presence.shown[static_cast<std::size_t>(cell)] = isShown ? 1 : 0;
         tellRun(presence, isShown, run);
         auto const contrast = all.spreadB() / std::max(all.spreadA(), 1.0);
         if (all.correlation() < same || contrast < 0.6 || contrast > 1.6) presence.isWhole = false;
     }
+    presence.outerRun = std::max(presence.outerRun, run);
     return presence;
 }
 

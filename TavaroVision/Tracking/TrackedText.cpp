@@ -62,6 +62,26 @@ struct Lost {
     }
 };
 
+/// Makes the cells that are surely of the text, and not alike by chance, as old as that.
+void age(TrackedText& text, double time) {
+    auto const& patch = *text.patch;
+    auto const& presence = text.presence;
+    std::vector<std::size_t> run;
+    int inked = 0;
+    auto const end = [&](bool isOuter) {
+        bool const isSure = isOuter || presence.isMost() || run.size() >= TextPresence::sureRun;
+        for (auto const cell : run) text.since[cell] = isSure ? time : text.since[cell];
+        run.clear();
+    };
+    for (std::size_t cell = 0; cell < text.since.size(); ++cell) {
+        if (!patch.isInked(static_cast<int>(cell))) continue;
+        if (presence.shown[cell]) run.push_back(cell);
+        if (!presence.shown[cell]) end(static_cast<int>(run.size()) == inked);
+        ++inked;
+    }
+    end(true);
+}
+
 std::vector<Lost> lostOf(std::span<TrackedText* const> texts, NextPicture const& next) {
     std::vector<Lost> lost;
     for (auto* text : texts) {
@@ -183,9 +203,7 @@ TrackedText BackTracker::trackedFrom(std::shared_ptr<TextPatch const> patch, int
         bool const isSame = history_[frame].picture == history_[frame + 1].picture;
         if (!isSame && !stepBack(text, frame)) break;
         back.push_back({history_[frame].time, text.x, text.y});
-        for (std::size_t cell = 0; cell < text.since.size(); ++cell) {
-            if (text.presence.shown[cell]) text.since[cell] = history_[frame].time;
-        }
+        age(text, history_[frame].time);
     }
     for (auto point = back.rbegin(); point != back.rend(); ++point) {
         addStep(text.path, *point, text.path.empty() ? point->time : std::prev(point)->time);
@@ -215,7 +233,7 @@ bool BackTracker::stepBack(TrackedText& text, std::size_t frame) {
         for (auto const& shift : shifts_[frame + 1]) lost.trial({-shift.dx, -shift.dy}, picture);
         if (!lost.presence.isMost() && searchBack(text, frame)) return true;
     }
-    if (!lost.presence.isLegible()) return false;
+    if (!lost.presence.isSurelyPart()) return false;
     text.x += lost.best.dx;
     text.y += lost.best.dy;
     text.presence = std::move(lost.presence);

@@ -71,9 +71,11 @@ TEST_F(ScanCommand, whatWasFoundIsListedAndDecidedByTheIdsOfTheList) {
     EXPECT_EQ(redact({"--accept", "email", "AAAA"}).out, "Accepted 2 findings\n");
     EXPECT_TRUE(!isShown(0) && !isShown(1) && !package.load().redactions->at(0).isAutomatic);
 
+    fs::remove(package.thumbnailURL());
     EXPECT_EQ(redact({"--add", "1,2.5,64,36,128,72", "--blur"}).exitCode, 0);
     auto const added = package.load().redactions->back();
     EXPECT_EQ(added.style, RedactionStyle::blur);
+    EXPECT_TRUE(fs::exists(package.thumbnailURL())) << "the library's picture is drawn anew";
     EXPECT_EQ(added.areaAt(1), (NormalizedRect{0.1, 0.1, 0.2, 0.2}));
     EXPECT_THAT(redact({"--list"}).out, HasSubstr("0:01.00–0:02.50        by hand\n"));
 
@@ -135,12 +137,14 @@ TEST_F(ScanCommand, aMailOnTheScreenIsFoundHiddenAndNotLegibleInTheFilm) {
     };
     ASSERT_EQ(film("tour", "screen.mp4").exitCode, 0);
     ASSERT_EQ(tavaro({"import", path("screen.mp4"), "-o", path("take")}).exitCode, 0);
+    fs::remove(ProjectPackage(path("take.recproj")).thumbnailURL());
     auto const scanned = tavaro({"scan", path("take"), "--json"});
     if (scanned.exitCode == 1) GTEST_SKIP() << "Nothing reads text here: " << scanned.error;
     auto const report = JSONValue::parse(scanned.out);
     ASSERT_FALSE(report.find<JSONValue::Array>("findings")->empty());
     EXPECT_EQ(*report.find<JSONValue::Array>("findings")->front().find<std::string>("kind"), "email");
     EXPECT_THAT(read("take.recproj/project.json"), Not(HasSubstr("lovelace")));
+    EXPECT_TRUE(fs::exists(ProjectPackage(path("take.recproj")).thumbnailURL())) << "it is drawn anew";
 
     auto const open = tavaro({"scan", path("screen.mp4"), "--check", "--project", path("take")});
     EXPECT_EQ(open.exitCode, 1);

@@ -32,16 +32,26 @@ bool meets(RedactionTrack const& a, RedactionTrack const& b) {
     return a.areaAt(at).touches(b.areaAt(at), nearness);
 }
 
+/// Its keyframes reach from its beginning to its end, also when somebody trims it.
 RedactionTrack trackOf(ScreenFinding const& finding, FindingsOfMovie const& found) {
-    return {.kind = finding.kind,
-            .label = finding.masked.empty() ? finding.label : finding.masked,
-            .textHash = finding.textHash,
-            .asset = found.asset,
-            .start = finding.start,
-            .end = finding.end,
-            .keyframes = finding.keyframes,
-            .style = found.style,
-            .isAutomatic = true};
+    RedactionTrack track{.kind = finding.kind,
+                         .label = finding.masked.empty() ? finding.label : finding.masked,
+                         .textHash = finding.textHash,
+                         .asset = found.asset,
+                         .start = finding.start,
+                         .end = finding.end,
+                         .keyframes = finding.keyframes,
+                         .style = found.style,
+                         .isAutomatic = true};
+    if (track.keyframes.back().t < track.end) track.keyframes.push_back({track.end, track.areaAt(track.end)});
+    return track;
+}
+
+/// As it was before somebody trimmed it.
+RedactionTrack untrimmed(RedactionTrack track) {
+    track.start = std::min(track.start, track.keyframes.front().t);
+    track.end = std::max(track.end, track.keyframes.back().t);
+    return track;
 }
 
 RedactionTrack part(RedactionTrack const& track, TimeRange const& range) {
@@ -101,13 +111,15 @@ public:
     }
 
 private:
-    /// What somebody accepted is covered as they have it.
+    /// What somebody accepted is covered as they have it, and only there where they trimmed it.
     void add(RedactionTrack track) {
         track.isEnabled = !isRejected(track);
         std::vector<TimeRange> accepted;
-        for (auto const& each : before_)
-            if (stateOf(each) == FindingState::accepted && hidesTheSame(each, track) && meets(each, track))
-                accepted.push_back(spanOf(each));
+        for (auto const& each : before_) {
+            if (stateOf(each) != FindingState::accepted || !hidesTheSame(each, track)) continue;
+            auto const whole = untrimmed(each);
+            if (meets(whole, track)) accepted.push_back(spanOf(whole));
+        }
         if (accepted.empty()) {
             made_.push_back(std::move(track));
             return;

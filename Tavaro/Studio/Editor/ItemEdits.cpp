@@ -408,7 +408,7 @@ std::optional<UUID> addRedaction(DemoProject& project, double at) {
     RedactionTrack track{.label = "Area",
                          .asset = clip->asset,
                          .start = source,
-                         .end = source + usualLength,
+                         .end = clip->sourceStart + clip->sourceSpan(),
                          .keyframes = {{source, area}}};
     auto const id = track.id;
     project.redactions.edit().push_back(std::move(track));

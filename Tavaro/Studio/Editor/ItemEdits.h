@@ -46,7 +46,7 @@ UUID addOverlay(DemoProject& project, double at, std::string_view kind);
 UUID addCaption(DemoProject& project, double at);
 UUID addScene(DemoProject& project, double at);
 UUID addCameraMove(DemoProject& project, double at);
-/// None where no recording is shown.
+/// Until the end of the clip that is shown there. None where no recording is shown.
 std::optional<UUID> addRedaction(DemoProject& project, double at);
 
 /// Whether an area that somebody hid is there at a time of the film, so that it can get a keyframe, or has one. Those

@@ -1,5 +1,7 @@
 #include <Tavaro/Studio/Editor/RedactionEdits.h>
 
+#include <Tavaro/Model/Privacy/KeptScan.h>
+
 #include <TavaroCore/Project/DemoProject.h>
 #include <TavaroCore/Project/RecordingOfProject.h>
 
@@ -176,11 +178,15 @@ void trimRedaction(DemoProject& project, UUID const& redaction, ClipEdge edge, d
     auto const moment = edge == ClipEdge::leading ? newStart(before, held, wanted) : newEnd(before, held, wanted);
     if (!moment) return;
     track->isAutomatic = false;
+    // By where a finding was beyond its new edge the next scan knows that somebody uncovered it there.
+    bool const remembers = isFinding(before);
     if (edge == ClipEdge::leading) {
-        limit(*track, *moment, before.end);
+        limit(*track, remembers ? std::min(*moment, held.first) : *moment, before.end);
+        track->start = *moment;
         keepRest(project, before, before.start, held.first);
     } else {
-        limit(*track, before.start, *moment);
+        limit(*track, before.start, remembers ? std::max(*moment, held.last) : *moment);
+        track->end = *moment;
         keepRest(project, before, held.last, before.end);
     }
 }

@@ -1,5 +1,6 @@
 #include <Tavaro/Studio/Exports/ExportForm.h>
 
+#include <Tavaro/Model/Privacy/DueScan.h>
 #include <Tavaro/Studio/Exports/ExportPlace.h>
 #include <Tavaro/Studio/Exports/ExportText.h>
 #include <Tavaro/Studio/Exports/FilmCaptions.h>
@@ -74,6 +75,7 @@ void ExportForm::begin(EditorSession* session) {
     wishes_ = ExportWishes::last(preferences_).of(session->document());
     typedName_ = exports_.lastName(session->project().package().url());
     rangeOnly_ = session->range().duration > 0;
+    awaitsScan_ = true;
     remark_.clear();
     update();
 }
@@ -107,7 +109,8 @@ ExportOrder ExportForm::order() const {
             .title = wishes_.title(),
             .writesCaptions = !writesCaptionsOnly() && wishes_.captionsBeside && hasCaptions(),
             .typedName = typedStem(),
-            .checksFilm = canCheck() && wishes_.checksFilm};
+            .checksFilm = canCheck() && wishes_.checksFilm,
+            .awaitsScan = awaitsScan_};
 }
 
 void ExportForm::update() {
@@ -271,9 +274,13 @@ void ExportForm::setFit(QString const& name) {
 
 bool ExportForm::hasCaptions() const { return session_ && !session_->document().captions.cues.empty(); }
 
+bool ExportForm::isScanDue() const {
+    return session_ && !writesCaptionsOnly() && DueScan::isDue(session_->project().package(), session_->document());
+}
+
 bool ExportForm::canCheck() const {
-    return session_ && !writesCaptionsOnly() &&
-           std::ranges::any_of(*session_->document().redactions, &RedactionTrack::isEnabled);
+    if (!session_ || writesCaptionsOnly()) return false;
+    return std::ranges::any_of(*session_->document().redactions, &RedactionTrack::isEnabled) || isScanDue();
 }
 
 QString ExportForm::range() const {

@@ -42,7 +42,9 @@ class ExportForm final : public QObject {
     Q_PROPERTY(bool watermark READ watermark WRITE setWatermark NOTIFY changed)
     Q_PROPERTY(bool hasCaptions READ hasCaptions NOTIFY changed)
     Q_PROPERTY(bool captionsBeside READ captionsBeside WRITE setCaptionsBeside NOTIFY changed)
-    Q_PROPERTY(bool canCheck READ canCheck NOTIFY changed) // the film hides something
+    Q_PROPERTY(bool isScanDue READ isScanDue NOTIFY changed) // for private text
+    Q_PROPERTY(bool awaitsScan MEMBER awaitsScan_ NOTIFY changed)
+    Q_PROPERTY(bool canCheck READ canCheck NOTIFY changed) // the film hides something, or will
     Q_PROPERTY(bool checksFilm READ checksFilm WRITE setChecksFilm NOTIFY changed)
     Q_PROPERTY(QString range READ range NOTIFY changed) // "0:04.00–0:10.50", of the edit; empty: none is marked
     Q_PROPERTY(bool rangeOnly MEMBER rangeOnly_ NOTIFY changed)
@@ -95,6 +97,7 @@ public:
     bool hasCaptions() const;
     bool captionsBeside() const { return wishes_.captionsBeside; }
     void setCaptionsBeside(bool isOn) { change(wishes_.captionsBeside, isOn); }
+    bool isScanDue() const;
     bool canCheck() const;
     bool checksFilm() const { return wishes_.checksFilm; }
     void setChecksFilm(bool isOn) { change(wishes_.checksFilm, isOn); }
@@ -144,6 +147,7 @@ private:
     ExportWishes wishes_;
     bool keepsShape_ = true;
     bool rangeOnly_ = false;
+    bool awaitsScan_ = true;
     std::optional<std::string> typedName_;
     std::string shownPlace_;
     QString remark_, problem_;

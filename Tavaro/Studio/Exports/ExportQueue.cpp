@@ -1,6 +1,7 @@
 #include <Tavaro/Studio/Exports/ExportQueue.h>
 
 #include <Tavaro/Model/Application/Application.h>
+#include <Tavaro/Model/Privacy/DueScan.h>
 #include <Tavaro/Studio/Exports/ExportText.h>
 #include <Tavaro/Studio/Exports/FilmCaptions.h>
 #include <Tavaro/Studio/Library/LibraryText.h>
@@ -41,7 +42,9 @@ ExportQueue::ExportQueue(MainQueue& queue, Application& application, Settings se
     , application_(application)
     , settings_(std::move(settings))
     , observation_(application.exporter().observe([this](auto const& running) { follow(running); }))
-    , side_(queue, "com.tavaro.exports.files") {
+    , side_(queue, "com.tavaro.exports.files")
+    , awaited_(application, std::chrono::milliseconds(settings_.scanTick),
+               [this](auto const& id, auto const& opened) { goOn(id, opened); }) {
     connect(&tick_, &QTimer::timeout, this, &ExportQueue::tick);
     connect(this, &QAbstractItemModel::rowsInserted, this, &ExportQueue::countChanged);
     connect(this, &QAbstractItemModel::rowsRemoved, this, &ExportQueue::countChanged);
@@ -81,6 +84,7 @@ void ExportQueue::insert(int row, std::unique_ptr<Row> made) {
 void ExportQueue::add(ExportOrder order) {
     auto const settings = settingsFor(order.choices, order.document);
     auto path = order.choices.output.value_or("");
+    bool const isAwaited = order.awaitsScan && DueScan::isDue(order.package, order.document);
     auto made = std::make_unique<Row>(Row{.record = {.id = UUID::random(),
                                                      .package = order.package.url().string(),
                                                      .name = order.document.name,
@@ -92,6 +96,7 @@ void ExportQueue::add(ExportOrder order) {
                                                      .path = std::move(path),
                                                      .checksFilm = order.checksFilm},
                                           .document = std::move(order.document)});
+    if (isAwaited) awaited_.add(made->record.id, made->record.package);
     insert(activeCount(), std::move(made));
     keep();
     Q_EMIT progressed();
@@ -121,9 +126,25 @@ void ExportQueue::startNextSoon() { QTimer::singleShot(0, this, &ExportQueue::st
 
 void ExportQueue::startNext() {
     if (isEnding_ || running_ || application_.exporter().isExporting()) return;
-    auto const next = std::ranges::find(rows_, ExportState::waiting, [](auto const& row) { return row->record.state; });
+    auto const next = std::ranges::find_if(rows_, [this](auto const& row) {
+        return row->record.state == ExportState::waiting && !awaited_.contains(row->record.id);
+    });
     if (next == rows_.end()) return;
     start(**next);
+}
+
+/// Its scan is over: it is of what the project hides now.
+void ExportQueue::goOn(UUID const& id, Outcome<OpenProjects::Opened> const& opened) {
+    auto const at = rowOf(id);
+    auto& row = *rows_[static_cast<std::size_t>(at)];
+    try {
+        row.document = opened.value()->document();
+        changed(at);
+        startNextSoon();
+    } catch (Error const& error) {
+        row.record.sentence = error.what();
+        settle(at, ExportState::failed);
+    }
 }
 
 void ExportQueue::start(Row& row) {
@@ -290,6 +311,7 @@ void ExportQueue::prune() {
 void ExportQueue::cancel(int row) {
     if (!isRow(row) || hasEnded(record(row).state)) return;
     if (running_ == record(row).id) return reading_ ? reading_->cancel() : application_.exporter().cancel();
+    awaited_.remove(record(row).id);
     settle(row, ExportState::cancelled);
 }
 
@@ -311,7 +333,8 @@ void ExportQueue::repeat(ExportRecord const& before, Outcome<OpenProjects::Opene
                           .title = before.title,
                           .writesCaptions = before.hasCaptions,
                           .typedName = before.typedName,
-                          .checksFilm = before.checksFilm};
+                          .checksFilm = before.checksFilm,
+                          .awaitsScan = true};
         if (fs::path(before.choices.output.value_or("")).extension() == captionsEnding)
             addCaptions(order, *before.choices.output);
         else
@@ -371,7 +394,8 @@ QString ExportQueue::summary() const {
     auto const active = activeCount();
     if (active == 0) return {};
     auto const doing = reading_ ? QStringLiteral("Reading %1 again") : QStringLiteral("Exporting %1");
-    auto const first = doing.arg(inQuotes(rows_.front()->record.name));
+    auto const* const row = running();
+    auto const first = doing.arg(inQuotes((row ? *row : *rows_.front()).record.name));
     return active == 1 ? first : QStringLiteral("%1, %2 more to come").arg(first).arg(active - 1);
 }
 
@@ -410,7 +434,9 @@ QString ExportQueue::pace(Row const& row) const {
 QString ExportQueue::status(Row const& row) const {
     auto const& record = row.record;
     switch (record.state) {
-    case ExportState::waiting: return QStringLiteral("Waiting");
+    case ExportState::waiting:
+        return awaited_.contains(record.id) ? QStringLiteral("Waiting until private text is hidden")
+                                            : QStringLiteral("Waiting");
     case ExportState::running:
         if (reading_) return QStringLiteral("Reading it again · ") + reading_->state();
         return text(displayName(row.pace->progress().stage)) + pace(row);

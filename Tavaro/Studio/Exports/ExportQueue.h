@@ -4,6 +4,7 @@
 #include <Tavaro/Model/Exporting/ExportController.h>
 #include <Tavaro/Model/Jobs/SideQueue.h>
 #include <Tavaro/Model/Project/OpenProjects.h>
+#include <Tavaro/Studio/Exports/AwaitedScans.h>
 #endif
 #include <Tavaro/Studio/Exports/ExportPace.h>
 #include <Tavaro/Studio/Exports/ExportRecord.h>
@@ -33,6 +34,7 @@ struct ExportOrder {
     bool writesCaptions = false;
     std::optional<std::string> typedName; // of the file, where the user gave one
     bool checksFilm = false;              // reads it again, whether anything private is legible
+    bool awaitsScan = false; // for private text, where one is due; the film is of the project as it is after that
 };
 
 /// The exports of the program: one after the other in the order in which they were asked for, each of the document as
@@ -63,6 +65,7 @@ public:
     struct Settings {
         std::filesystem::path memory = ExportMemory::usualFile();
         int tick = 250;              // milliseconds between two looks at the one under way
+        int scanTick = 1000;         // and at the scans that are awaited
         double patience = 10;        // seconds without progress before it is said
         std::size_t remembered = 50; // exports that have ended
         EncoderChoice encoder = EncoderChoice::automatic;
@@ -131,6 +134,7 @@ private:
     void startNext();
     void startNextSoon();
     void start(Row& row);
+    void goOn(UUID const& id, Outcome<OpenProjects::Opened> const& opened);
     void repeat(ExportRecord const& before, Outcome<OpenProjects::Opened> const& opened);
     void follow(std::optional<RunningExport> const& running);
     void finish(UUID const& id, ExportOutcome const& outcome);
@@ -165,6 +169,7 @@ private:
     ExportController::Observation observation_;
     SideQueue side_;
     std::unique_ptr<FilmReading> reading_; // of the one under way
+    AwaitedScans awaited_;
 };
 
 }

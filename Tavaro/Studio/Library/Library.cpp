@@ -190,6 +190,7 @@ void Library::duplicate(QString const& package) {
                                 {.title = QStringLiteral("Duplicating %1").arg(inQuotes(nameOf(path))),
                                  .part = partOfCopy,
                                  .done = [this](fs::path const& made) {
+                                     application_.newTakes().add(made);
                                      say(QStringLiteral("%1 is in the library").arg(named(made)),
                                          {.action = QStringLiteral("Open"),
                                           .accept = [this, made] { Q_EMIT openRequested(libraryText::text(made)); }});

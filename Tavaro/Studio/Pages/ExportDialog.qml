@@ -103,6 +103,15 @@ Dialog {
                     onToggled: dialog.form.captionsBeside = checked
                 }
                 Switch {
+                    visible: dialog.form.isScanDue
+                    text: qsTr("Wait until private text is hidden")
+                    checked: dialog.form.awaitsScan
+                    onToggled: dialog.form.awaitsScan = checked
+                    Accessible.description: ToolTip.text
+                    ToolTip.visible: hovered || visualFocus
+                    ToolTip.text: qsTr("The take is still being looked at: what was not found yet is legible")
+                }
+                Switch {
                     visible: dialog.form.canCheck
                     text: qsTr("Check the finished film")
                     checked: dialog.form.checksFilm

@@ -92,7 +92,10 @@ Item {
             Label {
                 Layout.fillWidth: true
                 Layout.leftMargin: 8
-                text: page.session?.polish.isRunning ? qsTr("Polishing…") : page.project?.length ?? ""
+                text: page.session?.polish.isRunning ? qsTr("Polishing…") :
+                      page.desk?.privacy.run.isRunning ? qsTr("Looking for private text, %1").arg(page.desk.privacy.run.state) :
+                      page.project?.length ?? ""
+                elide: Text.ElideRight
                 color: Theme.colors.secondaryText
             }
             ToolButton {

@@ -26,6 +26,7 @@ ApplicationWindow {
     minimumWidth: 820
     minimumHeight: 520
     visible: true
+    visibility: Studio.beginsMinimized ? Window.Minimized : Window.AutomaticVisibility
     onClosing: Studio.windowClosed()
     onActiveChanged: if (active) Library.refresh()
 
@@ -38,9 +39,14 @@ ApplicationWindow {
     Shortcut { sequences: ["Ctrl+Q"]; onActivated: window.close() }
 
     Connections {
+        id: raising
+
+        property bool wasMinimized: false // before it was raised last
+
         target: Studio
         function onRaised() {
-            window.show();
+            wasMinimized = window.visibility === Window.Minimized;
+            if (wasMinimized) window.showNormal(); else window.show();
             window.raise();
             window.requestActivate();
         }
@@ -131,7 +137,8 @@ ApplicationWindow {
         onTriggered: speaker.accept()
         onEnded: if (speaker === Library) Library.lapse()
     }
-    ConsentDialog {}
+    // An agent's question brings the window up; whoever wanted it out of the way has it so again.
+    ConsentDialog { onClosed: if (raising.wasMinimized && !isAsking) window.showMinimized() }
     RecorderBarWindow { recorder: window.recorder; model: Studio.recorder.bar }
     ExportsWindow {
         queue: Studio.exports.queue

@@ -102,12 +102,6 @@ bool ScanRun::canStart() const { return !isRunning() && !session_.document().tim
 
 bool ScanRun::wasScanned() const { return session_.document().redactionScan.has_value(); }
 
-double ScanRun::progress() const { return total_ > 0 ? std::clamp(seconds_ / total_, 0.0, 1.0) : -1; }
-
-QString ScanRun::state() const {
-    return total_ > 0 ? tr("%1 of %2").arg(clock(seconds_), clock(total_)) : clock(seconds_);
-}
-
 QString ScanRun::lastScan() const {
     auto const& project = session_.document();
     if (!wasScanned()) return {};
@@ -139,7 +133,7 @@ QString ScanRun::looksFor() const {
 void ScanRun::start() {
     if (!canStart()) return;
     failure_.clear(), result_.clear();
-    seconds_ = total_ = 0, found_ = 0;
+    progress_ = {}, found_ = 0;
     auto const& project = session_.document();
     try {
         auto request = privacyScanRequest(project, session_.project().package(), project.redactionSettings,
@@ -147,7 +141,7 @@ void ScanRun::start() {
         if (scan_) request.scan = scan_;
         job_ = std::make_unique<ScanTask>(privacyScanJob(queue_, std::move(request)));
         job_->onProgress([this](ScanProgress const& progress) {
-            seconds_ = progress.seconds, total_ = progress.total, found_ = static_cast<int>(progress.found);
+            progress_ = {progress.seconds, progress.total}, found_ = static_cast<int>(progress.found);
             Q_EMIT changed();
         });
         job_->onFinished([this] { finish(); });

@@ -4,6 +4,7 @@
 #include <Tavaro/Model/Privacy/PrivacyScanJob.h>
 #include <Tavaro/Model/Project/OpenProject.h>
 #endif
+#include <Tavaro/Studio/Editor/RecordedProgress.h>
 
 #include <QDateTime>
 #include <QObject>
@@ -49,8 +50,8 @@ public:
     Q_INVOKABLE void stop();
     bool isRunning() const { return job_ != nullptr; }
     bool isStopping() const { return isStopping_; }
-    double progress() const;
-    QString state() const;
+    double progress() const { return progress_.share(); }
+    QString state() const { return progress_.words(); }
     int found() const { return found_; }
     QString failure() const { return failure_; }
     QString result() const { return result_; }
@@ -76,7 +77,7 @@ private:
     EditorSession& session_;
     MovieScan scan_;
     std::unique_ptr<ScanTask> job_;
-    double seconds_ = 0, total_ = 0; // of the recording
+    RecordedProgress progress_;
     int found_ = 0;
     QString failure_, result_;
     std::optional<RedactionSettings> checked_; // whose patterns the remarks are about

@@ -19,8 +19,10 @@ namespace tavaro {
 struct Start {
     std::vector<std::string> files; // absolute
     std::string place;              // "record" or "library"; empty: where the window is
+    bool isMinimized = false;       // nobody wants to see the window now
 
-    static constexpr auto fields = std::tuple{field("files", &Start::files), field("place", &Start::place)};
+    static constexpr auto fields = std::tuple{field("files", &Start::files), field("place", &Start::place),
+                                              field("isMinimized", &Start::isMinimized)};
 };
 static_assert(listsEveryField<Start>);
 

@@ -24,7 +24,7 @@ UpdateCheck::Settings ownUpdates() { return {.program = QCoreApplication::applic
 
 }
 
-Studio::Studio(MainQueue& queue, std::optional<ApplicationInstance> place)
+Studio::Studio(MainQueue& queue, std::optional<ApplicationInstance> place, bool beginsMinimized)
     : queue_(queue)
     , place_(std::move(place))
     , application_(queue)
@@ -35,7 +35,8 @@ Studio::Studio(MainQueue& queue, std::optional<ApplicationInstance> place)
     , agentSettings_(application_.preferences())
     , updates_(queue, application_.preferences(), ownUpdates())
     , speech_(queue, application_.preferences())
-    , asking_(queue, "com.tavaro.studio.place") {
+    , asking_(queue, "com.tavaro.studio.place")
+    , beginsMinimized_(beginsMinimized) {
     connect(&library_, &Library::openRequested, &projects_, &OpenedProjects::open);
     connect(&library_, &Library::left, &projects_, &OpenedProjects::forget);
     connect(&library_, &Library::failed, this, &Studio::failed);
@@ -101,7 +102,7 @@ void Studio::openToStarts() {
         starts_.emplace(queue_, [this](Start const& start) {
             open(start);
             library_.refresh();
-            bringBack();
+            if (!start.isMinimized) bringBack();
         });
     } catch (SocketError const& error) {
         spdlog::warn("A second start cannot be handed over: {}", error.what());

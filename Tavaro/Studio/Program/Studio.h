@@ -32,11 +32,12 @@ class Studio : public QObject {
     Q_PROPERTY(tavaro::RecorderDesk* recorder READ recorder CONSTANT)
     Q_PROPERTY(tavaro::ExportsDesk* exports READ exports CONSTANT)
     Q_PROPERTY(bool isClosed READ isClosed NOTIFY closedChanged) // the window; the program may go on
+    Q_PROPERTY(bool beginsMinimized READ beginsMinimized CONSTANT)
     Q_PROPERTY(QString version READ version CONSTANT)
 
 public:
     /// `place` is none where a program without windows has the application's, which it lets go of when it can.
-    Studio(MainQueue& queue, std::optional<ApplicationInstance> place);
+    Studio(MainQueue& queue, std::optional<ApplicationInstance> place, bool beginsMinimized);
 
     Application& application() { return application_; }
     Library& library() { return library_; }
@@ -50,6 +51,7 @@ public:
     static QString version();
 
     bool isClosed() const { return isClosed_; }
+    bool beginsMinimized() const { return beginsMinimized_; }
     /// Of what the program is started with: projects, movies, archives, and the page to show.
     void open(Start const& start);
     /// The window is gone: exports go on, a take is saved, and then the program ends, unless the window comes back.
@@ -97,6 +99,7 @@ private:
     std::optional<SecondStart> starts_;
     SideQueue asking_; // for the place
     bool isAsking_ = false;
+    bool const beginsMinimized_;
     QTimer look_; // now and then, at what other programs wrote, and whether it can end
     bool isClosed_ = false;
     bool isEnding_ = false;

@@ -54,6 +54,7 @@ std::optional<int> parse(int argc, char** argv, Start& start) {
     app.add_flag_callback(
            "--library", [&] { start.place = "library"; }, "show the library")
         ->excludes(record);
+    app.add_flag("--minimized", start.isMinimized, "begin with the window minimized, as for agents");
     try {
         app.parse(argc, argv);
     } catch (CLI::ParseError const& error) {
@@ -103,7 +104,7 @@ int run(Start const& start, Place place) {
                                                     QIcon(QStringLiteral(":/qt/qml/Tavaro/Studio/Tavaro.svg"))));
     MainQueue queue;
     QueueInLoop const loop(queue);
-    Studio studio(queue, std::move(place));
+    Studio studio(queue, std::move(place), start.isMinimized);
     DesktopLook desktop;
     Theme theme(studio.application().preferences(), desktop);
     QQmlApplicationEngine engine;

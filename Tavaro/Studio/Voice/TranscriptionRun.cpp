@@ -3,7 +3,6 @@
 #include <Tavaro/Studio/Editor/EditorSession.h>
 #include <Tavaro/Studio/Lists/FieldVariant.h>
 
-#include <TavaroCore/Values/Timecode.h>
 #include <TavaroVoice/Transcription/SpokenLocale.h>
 
 #include <algorithm>
@@ -127,7 +126,7 @@ void TranscriptionRun::setTrack(QString const& role) {
 void TranscriptionRun::start() {
     if (!canStart()) return;
     heard_.clear(), failure_.clear(), remarks_.clear();
-    words_ = 0, seconds_ = 0, total_ = 0;
+    words_ = 0, progress_ = {};
     session_.attempt([&] {
         TranscriptionRequest request{
             .sounds = spokenSounds(session_.document(), session_.project().package(), role()),
@@ -153,8 +152,7 @@ void TranscriptionRun::cancel() {
 }
 
 void TranscriptionRun::hear(TranscriptionProgress const& progress) {
-    seconds_ = progress.seconds;
-    total_ = progress.total;
+    progress_ = {progress.seconds, progress.total};
     for (auto const& word : progress.words) {
         if (!heard_.isEmpty()) heard_ += QLatin1Char(' ');
         heard_ += toQString(word.text);
@@ -176,13 +174,6 @@ void TranscriptionRun::finish() {
     }
     heard_.clear();
     Q_EMIT changed();
-}
-
-double TranscriptionRun::progress() const { return total_ > 0 ? std::clamp(seconds_ / total_, 0.0, 1.0) : -1; }
-
-QString TranscriptionRun::state() const {
-    auto const heard = toQString(Timecode::format(seconds_));
-    return total_ > 0 ? tr("%1 of %2").arg(heard, toQString(Timecode::format(total_))) : heard;
 }
 
 }

@@ -4,6 +4,7 @@
 #include <Tavaro/Model/Jobs/SideQueue.h>
 #include <Tavaro/Model/Voice/TranscriptionJob.h>
 #endif
+#include <Tavaro/Studio/Editor/RecordedProgress.h>
 #include <Tavaro/Studio/Voice/VoiceMeans.h>
 
 #include <QObject>
@@ -62,8 +63,8 @@ public:
     Q_INVOKABLE void cancel();
     bool isRunning() const { return job_ != nullptr; }
     bool isStopping() const { return isStopping_; }
-    double progress() const;
-    QString state() const;
+    double progress() const { return progress_.share(); }
+    QString state() const { return progress_.words(); }
     QString heard() const { return heard_; }
     int words() const { return words_; }
     QString failure() const { return failure_; }
@@ -86,7 +87,7 @@ private:
     std::vector<TranscriptionEngine> engines_;
     QString engine_, locale_, track_; // as chosen; empty: as is best
     std::unique_ptr<TranscriptionTask> job_;
-    double seconds_ = 0, total_ = 0; // of sound
+    RecordedProgress progress_; // of sound
     QString heard_, failure_;
     QStringList remarks_;
     int words_ = 0;

@@ -31,6 +31,9 @@ struct CallParameters {
     static CallParameters of(IncomingMessage const& message);
 };
 
+/// The call that a client cancels; none where it names none. Throws `JSONError`.
+std::optional<JSONValue> cancelledRequest(IncomingMessage const& message);
+
 /// The name that a client gives itself; empty where it gives none. Throws `JSONError`.
 std::string nameOfClient(IncomingMessage const& message);
 

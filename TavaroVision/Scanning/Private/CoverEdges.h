@@ -16,9 +16,9 @@ struct CoverEdges {
     }
 };
 
-/// As far as antialiasing and a reader's inexact boxes ask for. They end where there is ground, not a
-/// stroke of the next letter, in the middle of the sides: that is where a mask takes its colors from, and it would draw
-/// the stroke into the cover.
+/// As far as antialiasing and a reader's inexact boxes ask for. A mask takes its colors from just outside of its
+/// corners and of the middles of its sides, and would draw a stroke there into all of the cover: the edges are such
+/// that there is ground, as far as that is near.
 CoverEdges coverEdges(GrayView const& picture, PixelBox const& text, int letterHeight);
 
 }

@@ -13,6 +13,7 @@
 
 namespace tavaro {
 
+class BusyRegions;
 class ChangedTiles;
 class FoundTexts;
 struct FoundText;
@@ -32,8 +33,9 @@ public:
     /// For following them; good until the next call.
     std::vector<TrackedText*> places();
     /// Those that are not on the picture of that time any more are done.
-    void endLost(double now);
-    /// Found in that line of the tracker's last picture. What is covered already is left as it is.
+    void endLost(double now, GrayView const& picture);
+    /// Found in that line of the tracker's last picture. What is covered already is left as it is, unless that was for
+    /// another text of the same shape.
     void add(PrivateText const& found, ScreenLine const& line, GrayView const& picture, BackTracker& tracker);
 
     /// What was found before and is seen again on the history's last picture, where that changed.
@@ -42,7 +44,7 @@ public:
     /// Of different texts; what was found of one before it was all typed does not count.
     std::size_t count() const { return counted_.size(); }
     /// All of them, by their start; those that go on end then.
-    std::vector<ScreenFinding> take(double end);
+    std::vector<ScreenFinding> take(double end, BusyRegions const& regions);
 
 private:
     struct Cover {
@@ -53,7 +55,9 @@ private:
 
     bool isBelowAny(PixelBox const& box, int slack) const;
     void begin(Cover&& cover, FoundText const& text);
-    bool isCovered(PixelBox const& box, int letterHeight) const;
+    Cover* coverOf(PixelBox const& box, int letterHeight);
+    bool isElsewhere(Cover const& cover, GrayView const& picture) const;
+    void giveWay(Cover& old, double from);
     void count(Cover const& cover);
     void finish(Cover& cover, double end);
 

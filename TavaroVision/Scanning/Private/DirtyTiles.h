@@ -3,6 +3,7 @@
 #include <TavaroVision/Reading/ReadText.h>
 
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 namespace tavaro {
@@ -21,6 +22,9 @@ public:
     /// What of the picture of that time changed and is not explained by the whole texts given.
     void add(std::vector<PixelBox> const& wholeTexts, double now);
 
+    /// What is there is to be read again.
+    void ask(std::vector<PixelBox> const& boxes, double now);
+
     /// Marks what is due before the next picture comes, which `tiles` knows already. False where nothing is.
     bool markDue(double next);
     /// The same at the end of all.
@@ -31,6 +35,8 @@ public:
 
     /// What was due is read, at that time. Words were found in the boxes given.
     void clearDue(std::vector<PixelBox> const& withWords, double now);
+    /// When the oldest of what is unread came; none where all is read.
+    std::optional<double> unreadSince() const;
     /// What was read in the boxes did not stay.
     void addFleeting(std::vector<PixelBox> const& boxes);
 

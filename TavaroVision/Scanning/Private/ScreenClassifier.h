@@ -22,9 +22,6 @@ struct PrivateText {
     int right = 0;
 };
 
-/// Lines that are read one after the other: each column of a screen, from the top.
-std::vector<std::vector<std::size_t>> readingOrder(std::span<PlacedLine const> lines);
-
 /// Finds what is private on a screen. Lines of a column are read together, so that a value below its label and all of
 /// one that wraps are found, and so is a value beside its label in another column. Spaces that were read where there is
 /// no room for one hide nothing, nor do letters that a reader confuses.

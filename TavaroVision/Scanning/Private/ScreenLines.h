@@ -17,11 +17,14 @@ class ChangedTiles;
 class ScreenHistory;
 struct PastFrame;
 
-/// A line of text on the screen, read once. The words' boxes are beside its corner.
+/// A line of text on the screen. The words' boxes are beside its corner.
 struct ScreenLine {
     TrackedText place;
     std::vector<ReadWord> words;
     double readAt = 0;
+    bool isPrivate = false;  // something private was found in it
+    bool isSettled = false;  // it was looked at whether it is to be read again
+    bool isDoubtful = false; // it is
 };
 
 /// What lines that were on the screen said, so that those that come back are not read again.
@@ -49,7 +52,7 @@ public:
     /// For following them; good until the next call.
     std::vector<TrackedText*> places();
     /// Those that are not on the picture of that time any more go. Returns where some were hardly read.
-    std::vector<PixelBox> dropLost(double now);
+    std::vector<PixelBox> dropLost(double now, GrayView const& picture);
     /// Of those that need not be read at that time.
     std::vector<PixelBox> wholeBoxes(double now) const;
 
@@ -58,13 +61,19 @@ public:
     std::vector<PixelBox> read(ScreenHistory const& history, ChangedTiles const& tiles,
                                std::vector<PixelBox> const& bands, std::function<bool(PixelBox const&)> const& isDue);
 
+    /// Which ones are to be read once more from the picture of that time: those that stand for some time, and seem to
+    /// announce what was not found in them. A reader takes noise that nobody sees for another letter.
+    std::vector<PixelBox> takeDoubtful(double now);
+
     std::deque<ScreenLine> const& lines() const { return lines_; }
+    void notePrivate(std::size_t line) { lines_[line].isPrivate = true; }
     /// Whether there are others since this was asked last.
     bool takeIsNew();
 
 private:
     struct Fresh;
 
+    bool isElsewhere(ScreenLine const& line, GrayView const& picture) const;
     ScreenLine const* known(TextLine const& line, PixelBox const& box, double now) const;
     std::vector<Fresh> freshLines(PastFrame const& frame, std::vector<PixelBox> const& bands,
                                   std::function<bool(PixelBox const&)> const& isDue, std::vector<PixelBox>& withWords);

@@ -17,6 +17,7 @@ public:
 
     void show(GrayView const& picture, double time);
     std::size_t found() const;
+    std::optional<double> unreadSince() const { return scanner_ ? scanner_->unreadSince() : std::nullopt; }
     std::vector<ScreenFinding> finish(double end);
     std::vector<ScreenFinding> stop(double end);
 

@@ -12,7 +12,8 @@ namespace tavaro {
 class TextPatch;
 
 /// Knows a text again that is in the same columns of a picture as before, however high: what scrolls back, and what
-/// comes out from below something else. A part of it that is as wide as a few letters will do.
+/// comes out from below something else. A part of it that is as wide as a few letters will do, and so will
+/// the upper or lower half of all.
 class ColumnSearch {
 public:
     explicit ColumnSearch(TextPatch const& patch);

@@ -20,8 +20,8 @@ struct Shift {
 };
 
 /// Where a patch went, found by a hundred of its pixels at the edges of letters: up and down as far as the picture
-/// goes, as pages scroll, and to all sides as far as windows are dragged from one picture to the next. Exact to the
-/// pixel. None where it is nowhere there.
+/// goes, as pages scroll, to the left and right likewise, as workspaces slide, and to all sides as far as windows are
+/// dragged from one picture to the next. Exact to the pixel. None where it is nowhere there.
 std::optional<Shift> shiftOf(TextPatch const& patch, int x, int y, GrayView const& picture);
 
 }

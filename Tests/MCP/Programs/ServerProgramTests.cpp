@@ -30,6 +30,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
+using ::testing::AllOf;
 using ::testing::HasSubstr;
 using Clock = std::chrono::steady_clock;
 
@@ -186,6 +187,16 @@ TEST_F(ServerProgram, endsWithinASecondOfItsInputOrATerminationAlsoInACall) {
         EXPECT_EQ(server.endsWithin(std::chrono::seconds(1)), isSignalled ? 128 + SIGTERM : 0);
         EXPECT_TRUE(becomesTrue([&] { return application.abandoned == 1; }));
     }
+}
+
+TEST_F(ServerProgram, theApplicationSeesThatACallIsCancelledAndTheNextOneIsAnswered) {
+    ServerProcess server;
+    beginCall(server);
+    server.say(R"({"method":"notifications/cancelled","params":{"requestId":1}})");
+    EXPECT_TRUE(becomesTrue([&] { return application.abandoned == 1; }));
+    application.mayAnswer = true;
+    server.say(R"({"id":2,"method":"tools/call","params":{"name":"status"}})");
+    EXPECT_THAT(server.hear(), AllOf(HasSubstr(R"("id":2)"), HasSubstr("status")));
 }
 
 TEST_F(ServerProgram, aQuickCallIsStillAnsweredWhenTheInputEndsBehindIt) {

@@ -207,6 +207,34 @@ TEST(MCPSession, oneCallRunsAtATimeAndOtherRequestsDoNotWait) {
     EXPECT_FALSE(client.session->isBusy());
 }
 
+TEST(MCPSession, whatTheClientCancelsIsStoppedAndNotAnswered) {
+    auto const cancelled = [](std::string const& id, std::string const& more = "") {
+        return R"({"method":"notifications/cancelled")" + more + R"(,"params":{"reason":"late","requestId":)" + id +
+               "}}";
+    };
+    Conversation client;
+    for (int id = 1; id <= 3; ++id) client.say(call(id, withToken));
+    auto const isStopped = [&](std::size_t at) { return client.started.at(at).call.cancelled.stop_requested(); };
+    for (auto const& line : {cancelled("4"), cancelled("\"1\""), cancelled("1", R"(,"id":9)"),
+                             std::string(R"({"method":"notifications/cancelled"})")})
+        EXPECT_THAT(client.say(line), IsEmpty()) << line;
+    EXPECT_FALSE(isStopped(0));
+    EXPECT_THAT(client.say(cancelled("2")), IsEmpty()) << "it waits for its turn";
+    EXPECT_THAT(client.say(cancelled("1")), IsEmpty());
+    EXPECT_TRUE(isStopped(0));
+    client.heard();
+    client.started[0].progress(0.5, "half");
+    EXPECT_THAT(client.beat(10), ElementsAre(HasSubstr("notifications/progress"))) << "of the third only";
+    EXPECT_EQ(client.started.size(), 1u) << "one call at a time, also where it is yet to stop";
+    client.started[0].finish(toolResult::ok("kept"));
+    EXPECT_THAT(client.heard(), IsEmpty());
+    ASSERT_EQ(client.started.size(), 2u) << "the second was never begun";
+    EXPECT_FALSE(isStopped(1));
+    client.started[1].finish(toolResult::ok("third"));
+    EXPECT_THAT(client.heard(), ElementsAre(HasSubstr(R"("id":3)")));
+    EXPECT_FALSE(client.session->isBusy());
+}
+
 TEST(MCPSession, theNextCallStartsOnlyBehindTheReplyBeforeIt) {
     std::vector<std::string> events;
     std::vector<MCPSession::Finish> finishes;

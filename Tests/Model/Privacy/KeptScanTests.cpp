@@ -107,6 +107,20 @@ TEST(KeptScan, whatTheUserDecidedOfATextStaysWhateverIsFoundAgain) {
         << "what shows before is covered, what was rejected is remembered";
 }
 
+TEST(KeptScan, whatSomebodyUncoveredByTrimmingStaysUncovered) {
+    auto project = film();
+    keepPrivacyScan(project, scan({finding("key", 2, 10), finding("key", 20, 30, below)}));
+    for (auto& track : project.redactions.edit()) {
+        (track.start == 2 ? track.start : track.end) += track.start == 2 ? 2 : -5;
+        track.isAutomatic = false;
+    }
+    keepPrivacyScan(project, scan({finding("key", 2, 3.5), finding("key", 3.6, 10), finding("key", 19, 33, below),
+                                   finding("key", 40, 41)}));
+    EXPECT_THAT(drawn(project), ElementsAre("4–10 accepted above", "19–20 hidden below", "20–25 accepted below",
+                                            "30–33 hidden below", "40–41 hidden above"))
+        << "what was not covered before is none of that";
+}
+
 TEST(KeptScan, whatAScanDidNotLookForStaysHidden) {
     auto project = film();
     auto mail = finding("mail", 2, 10), word = finding("fox", 20, 30, below);

@@ -1,7 +1,9 @@
 #include "../Privacy/FakeScan.h"
 #include "TestExports.h"
 
+#include <Tavaro/Model/Privacy/DueScan.h>
 #include <Tavaro/Model/Privacy/FilmCheck.h>
+#include <Tavaro/Model/Privacy/NewTakeScans.h>
 #include <Tavaro/Studio/Exports/ExportForm.h>
 
 #include <gmock/gmock.h>
@@ -150,4 +152,38 @@ TEST_F(FilmReadingTest, theDialogOffersItWhereSomethingIsHiddenAndRemembersTheAn
     });
     EXPECT_FALSE(form.canCheck()) << "nothing is hidden any more";
     waitFor([&] { return exports.isIdle(); });
+}
+
+TEST_F(FilmReadingTest, aTakeThatIsYetToBeLookedAtWaitsUnlessSomebodyWillNotAndOthersGoFirst) {
+    take.project.redactions = std::vector<RedactionTrack>();
+    take.package.save(take.project);
+    DueScan::note(take.package.url());
+    application.newTakes().scanBy(fake.scan());
+    fake.findings = {finding(SensitiveKind::card, "4•••", 0, 1)};
+    auto waiting = settings();
+    waiting.scanTick = 20;
+    ExportQueue exports(queue, application, waiting);
+    auto due = order("due.mp4"), bare = order("bare.mp4");
+    due.awaitsScan = true;
+    exports.add(due);
+    exports.add(bare);
+    waitFor([&] { return exports.activeCount() == 1; });
+    EXPECT_EQ(listed(exports), "due.mp4 waiting, bare.mp4 done");
+    EXPECT_EQ(shown(exports, ExportQueue::statusRole), "Waiting until private text is hidden");
+    EXPECT_EQ(bytesIn(take.output("bare.mp4")), exported(bare));
+
+    fake.go();
+    waitFor([&] { return exports.isIdle(); });
+    EXPECT_EQ(listed(exports), "due.mp4 done, bare.mp4 done");
+    due.document = take.package.load();
+    EXPECT_EQ(due.document.redactions->size(), 1u);
+    EXPECT_EQ(bytesIn(take.output("due.mp4")), exported(due));
+    EXPECT_NE(bytesIn(take.output("due.mp4")), bytesIn(take.output("bare.mp4")));
+
+    DueScan::note(take.package.url());
+    auto never = order("never.mp4");
+    never.awaitsScan = true;
+    exports.add(never);
+    waitFor([&] { return exports.isIdle(); });
+    EXPECT_EQ(exports.record(0).state, ExportState::done) << "all of it was looked at";
 }

@@ -247,6 +247,9 @@ TEST_F(FilmHandsTest, anAreaIsDrawnToBeHiddenAndTheCropIsDragged) {
     EXPECT_EQ(editor->selection(), std::vector{made.id});
     EXPECT_NEAR(made.rect.x, 0.3, 1e-6);
     EXPECT_NEAR(made.rect.maxY(), 0.4, 1e-6);
+    auto const& clip = editor.document().timeline.clips.front();
+    EXPECT_EQ(editor.document().redactions->back().end, clip.sourceStart + clip.sourceSpan())
+        << "what is hidden stays so until somebody says otherwise";
 
     hands.take(FilmTool::crop);
     see();

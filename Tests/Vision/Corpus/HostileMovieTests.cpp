@@ -169,4 +169,33 @@ TEST_F(HostileMovie, whatWasFoundUntilAScanIsStoppedIsKept) {
     for (auto const& finding : outcome.findings) EXPECT_LE(finding.start, outcome.ranges[0].end() + lookedAtAgain);
 }
 
+TEST_F(HostileMovie, aScanThatIsStoppedAllTheTimeGetsToTheEnd) {
+    auto const scene = printingScene(
+        {.name = "test", .colors = lightColors, .textSize = 15, .width = 800, .height = 450, .seconds = 3, .seed = 0});
+    auto const movie = filmed(scene);
+    std::vector<ScreenFinding> findings;
+    double reached = 0;
+    int rounds = 0;
+    for (bool isDone = false; !isDone && rounds < 20; ++rounds) {
+        std::stop_source stop;
+        ScanRequest request{.movie = movie, .settings = sceneSettings(), .key = {{1, 2}}};
+        request.ranges = {{reached, scene.seconds - reached}};
+        auto const outcome = scanMovie(
+            request,
+            [&](ScanProgress const& progress) {
+                if (progress.seconds > 0.5) stop.request_stop();
+            },
+            stop.get_token());
+        ASSERT_FALSE(outcome.ranges.empty()) << "nothing came of it from " << reached << " s on";
+        reached = outcome.ranges.back().end();
+        isDone = !outcome.isStopped;
+        findings.insert(findings.end(), outcome.findings.begin(), outcome.findings.end());
+    }
+    EXPECT_GT(rounds, 3);
+    EXPECT_DOUBLE_EQ(reached, scene.seconds);
+    auto const judged = judge(scene, findings), atOnce = judge(scene, scanned(movie).findings);
+    EXPECT_EQ(judged.found, atOnce.found) << testing::PrintToString(judged.missed);
+    EXPECT_EQ(judged.legibleFrames, 0) << testing::PrintToString(judged.legible);
+}
+
 }

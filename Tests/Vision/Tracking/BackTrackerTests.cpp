@@ -7,6 +7,7 @@
 
 #include <cmath>
 #include <functional>
+#include <string>
 #include <utility>
 
 namespace tavaro {
@@ -20,6 +21,7 @@ struct Place {
     int x = 40;
     int y = 0;
     bool isShown = true;
+    std::string text = key;
 };
 
 /// The key where `place` says at each time, as it is followed back from the last frame.
@@ -33,7 +35,7 @@ TrackedText trackedBack(double seconds, std::function<Place(double)> const& plac
         screen.fill({0, 0, width, height}, {30, 32, 40});
         screen.write("nothing that anybody hides", 40, 20, {}, {220, 220, 220});
         last = place(time);
-        if (last.isShown) screen.write(key, last.x, last.y, {}, {220, 220, 220});
+        if (last.isShown) screen.write(last.text, last.x, last.y, {}, {220, 220, 220});
         auto const gray = screen.gray();
         GrayView const picture{gray.data(), width, height, width};
         tiles.compare(picture, time);
@@ -65,6 +67,24 @@ TEST(BackTracker, whatAnotherTextReplacedForAWhileWasStillBefore) {
         return {.x = at < 2.95 || isBack ? 40 : 80, .y = 200, .isShown = at >= 0.5};
     });
     EXPECT_DOUBLE_EQ(text.path.front().time, 0.5);
+}
+
+TEST(BackTracker, someLettersOfAnotherTextAreNotItsPast) {
+    auto const since = [](std::string const& before) {
+        return trackedBack(1, [&](double at) -> Place { return {.y = 200, .text = at < 0.5 ? before : key}; })
+            .path.front()
+            .time;
+    };
+    EXPECT_DOUBLE_EQ(since("it was it 9Lm or not"), 0.5);
+    EXPECT_DOUBLE_EQ(since("ghp_"), 0) << "so far it was typed";
+    EXPECT_DOUBLE_EQ(since("from another 2Vb4Zk8"), 0) << "something covered its beginning";
+}
+
+TEST(BackTracker, aLineIsNotAsOldAsWhatItBeginsWith) {
+    auto const text =
+        trackedBack(1, [](double at) -> Place { return {.y = 200, .text = at < 0.5 ? "ghp_ and 9Lm other" : key}; });
+    EXPECT_DOUBLE_EQ(text.since[1], 0);
+    for (std::size_t cell = 7; cell < 19; ++cell) EXPECT_DOUBLE_EQ(text.since[cell], 0.5) << cell;
 }
 
 TEST(BackTracker, whatCameFromElsewhereIsNotThereBefore) {

@@ -53,6 +53,14 @@ TEST(TextPatch, isKnownAgainInNoiseAndPaleButNotAsOtherText) {
     EXPECT_FALSE(patch.presence(NoisyPicture("").view(), place.x, place.y).isLegible());
 }
 
+TEST(TextPatch, oneStrokeOfOneLetterMakesAnother) {
+    auto const patch = patchOf(NoisyPicture("lena.berg 4539 1488"));
+    EXPECT_TRUE(patch.isSame(NoisyPicture("lena.berg 4539 1488", place.x, place.y, 2).view(), place.x, place.y));
+    for (auto const* other :
+         {"lena.borg 4539 1488", "lena.barg 4539 1488", "lena.berg 4589 1488", "lena.berg 4539 7488"})
+        EXPECT_FALSE(patch.isSame(NoisyPicture(other, place.x, place.y, 2).view(), place.x, place.y)) << other;
+}
+
 TEST(TextPatch, isLegibleInPart) {
     NoisyPicture const then(key);
     auto const patch = patchOf(then);
@@ -100,6 +108,15 @@ TEST(ShiftSearch, findsScrolledAndDraggedTextToThePixel) {
     for (Shift const shift : {Shift{0, 37}, {0, -63}, {0, 251}, {25, 14}, {-31, 0}, {120, -60}}) {
         NoisyPicture const now(key, place.x + shift.dx, place.y + shift.dy, seed++);
         EXPECT_EQ(shiftOf(patch, place.x, place.y, now.view()), shift) << shift.dx << "," << shift.dy;
+    }
+}
+
+TEST(ShiftSearch, findsWhatSlidesFarAndIsCutByTheEdge) {
+    auto const patch = patchOf(NoisyPicture(key));
+    int const out = width - place.x - patch.width() / 2;
+    for (int const dx : {180, out, -place.x - patch.width() / 3}) {
+        NoisyPicture const now(key, place.x + dx, place.y, 3);
+        EXPECT_EQ(shiftOf(patch, place.x, place.y, now.view()), (Shift{dx, 0}));
     }
 }
 

@@ -12,6 +12,10 @@ Item {
     readonly property alias count: repeater.count
     default property alias delegate: repeater.delegate
 
+    // A layout of Qt 6.4 that is being made forgets what its rows ask for meanwhile.
+    function fit() { if (height !== implicitHeight) Layout.preferredHeight = implicitHeight }
+
+    onImplicitHeightChanged: Qt.callLater(fit)
     Layout.fillWidth: true
     implicitHeight: column.implicitHeight
     visible: count > 0
