@@ -37,7 +37,7 @@ class Studio : public QObject {
 
 public:
     /// `place` is none where a program without windows has the application's, which it lets go of when it can.
-    Studio(MainQueue& queue, std::optional<ApplicationInstance> place, bool beginsMinimized);
+    Studio(MainQueue& queue, std::optional<ApplicationInstance> place, bool beginsMinimized = false);
 
     Application& application() { return application_; }
     Library& library() { return library_; }
