@@ -248,9 +248,10 @@ bool BackTracker::stepBack(TrackedText& text, std::size_t frame) {
     Lost lost{&text, {}, text.patch->presence(picture, text.x, text.y)};
     if (!lost.presence.isMost()) {
         for (auto const& shift : shifts_[frame + 1]) lost.trial({-shift.dx, -shift.dy}, picture);
-        if (!lost.presence.isMost() && searchBack(text, frame)) return true;
+        if (!lost.presence.isMost() && !isLeaving(text, picture) && searchBack(text, frame)) return true;
     }
     if (!lost.presence.isSurelyPart()) return false;
+    text.velocity = lost.best;
     text.x += lost.best.dx;
     text.y += lost.best.dy;
     text.presence = std::move(lost.presence);
@@ -267,6 +268,7 @@ bool BackTracker::searchBack(TrackedText& text, std::size_t frame) {
         return false;
     }
     addShift(shifts_[frame + 1], {-shift->dx, -shift->dy});
+    text.velocity = *shift;
     text.x += shift->dx;
     text.y += shift->dy;
     text.presence = std::move(lost.presence);
