@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <cmath>
 #include <iterator>
+#include <optional>
 #include <utility>
 
 namespace tavaro {
@@ -102,6 +103,30 @@ std::vector<PathPoint> pathFrom(std::vector<PathPoint> const& path, double start
     return rest;
 }
 
+/// How long something needs to leave the picture, on one axis, where it is close to the edge that it moves to.
+double timeOut(double at, double length, double room, double speed, double close) {
+    if (speed > 0 && at + length >= room - close) return std::max(0.0, room - at) / speed;
+    if (speed < 0 && at <= close) return std::max(0.0, at + length) / -speed;
+    return 0;
+}
+
+/// How a text that was close to an edge of the picture at `there` comes from beyond it or goes there, the way that it
+/// has on the picture between `inner` and that: letters can be read that are cut too much to be known.
+std::optional<PathPoint> beyondEdge(PathPoint const& inner, PathPoint const& there, TextPatch const& patch, int width,
+                                    int height) {
+    constexpr double longest = 0.7; // seconds
+    double const seconds = std::abs(there.time - inner.time);
+    if (seconds == 0) return std::nullopt;
+    double const dx = (there.x - inner.x) / seconds, dy = (there.y - inner.y) / seconds;
+    double const out = std::max(timeOut(there.x, patch.width(), width, dx, patch.height()),
+                                timeOut(there.y, patch.height(), height, dy, patch.height()));
+    double const further = std::min(out, longest);
+    if (further == 0) return std::nullopt;
+    auto const after = [&](int at, double speed) { return at + static_cast<int>(std::lround(speed * further)); };
+    double const time = there.time > inner.time ? there.time + further : there.time - further;
+    return PathPoint{std::max(0.0, time), after(there.x, dx), after(there.y, dy)};
+}
+
 NormalizedRect areaOf(PixelBox const& box, int width, int height) {
     double const left = std::clamp(box.x, 0, width), right = std::clamp(box.right(), 0, width);
     double const top = std::clamp(box.y, 0, height), bottom = std::clamp(box.bottom(), 0, height);
@@ -176,10 +201,14 @@ void Covers::finish(Cover& cover, double end) {
     finding.end = std::max(end, finding.start);
     finding.keyframes.clear();
     auto path = pathFrom(cover.place.path, finding.start);
+    auto const& patch = *cover.place.patch;
     extendBack(path);
+    if (path.size() > 1) {
+        if (auto const before = beyondEdge(path[1], path[0], patch, width_, height_); before && path[0].time > 0)
+            path.insert(path.begin(), *before);
+    }
     finding.start = path.front().time;
     if (finding.end - path.back().time < soon) extendOn(path);
-    auto const& patch = *cover.place.patch;
     auto const around = [&](PathPoint const& at) {
         return cover.edges.around({at.x, at.y, patch.width(), patch.height()});
     };
@@ -203,10 +232,20 @@ bool Covers::isElsewhere(Cover const& cover, GrayView const& picture) const {
     });
 }
 
+/// Two that were at different places may have met.
+bool Covers::isTwice(Cover const& cover) const {
+    auto const box = cover.place.box();
+    auto const slack = cover.place.patch->letterHeight() / 4;
+    return std::ranges::any_of(alive_, [&](Cover const& other) {
+        return other.finding.textHash == cover.finding.textHash && holds(other.place.box(), box, slack) &&
+               other.finding.start < cover.finding.start && other.place.presence.isLegible();
+    });
+}
+
 void Covers::endLost(double now, GrayView const& picture) {
     std::set<Cover const*> lost;
     for (auto& cover : alive_) {
-        if (!cover.place.presence.isLegible()) lost.insert(&cover);
+        if (!cover.place.presence.isLegible() || isTwice(cover)) lost.insert(&cover);
         if (lost.contains(&cover) || !isElsewhere(cover, picture)) continue;
         lost.insert(&cover);
         auto& path = cover.place.path;

@@ -46,6 +46,14 @@ PathPoint beyond(PathPoint const& from, PathPoint const& to) {
     return {std::max(0.0, to.time + forward), further(from.x, to.x), further(from.y, to.y)};
 }
 
+/// Whether it is about to leave the picture. What is alike elsewhere is another then.
+bool isLeaving(TrackedText const& text, GrayView const& picture) {
+    auto const box = text.box();
+    int const close = box.height, dx = text.velocity.dx, dy = text.velocity.dy;
+    return (dy < 0 && box.y <= close) || (dy > 0 && box.bottom() >= picture.height - close) ||
+           (dx < 0 && box.x <= close) || (dx > 0 && box.right() >= picture.width - close);
+}
+
 /// A text that is not where it was, and the best place for it so far.
 struct Lost {
     TrackedText* text;
@@ -53,9 +61,17 @@ struct Lost {
     TextPresence presence;
 
     bool isFound() const { return !best.isNone() && presence.isMost(); }
+    bool isNearly(Shift const& a, Shift const& b) const {
+        return std::abs(a.dx - b.dx) + std::abs(a.dy - b.dy) <=
+               text->patch->letterHeight() + std::abs(b.dx) + std::abs(b.dy);
+    }
+    /// The next shift, which is no shorter than those before. A text that is found stays so, unless it is much better
+    /// there: far away there may be another that is alike.
     bool trial(Shift const& shift, GrayView const& picture) {
+        if (isLeaving(*text, picture) && !isNearly(shift, text->velocity)) return false;
         auto there = text->patch->presence(picture, text->x + shift.dx, text->y + shift.dy);
-        if (there.count <= presence.count || !there.isLegible()) return false;
+        auto const least = isFound() ? presence.count + text->patch->letterCells() / 4 : presence.count;
+        if (there.count <= least || !there.isLegible()) return false;
         presence = std::move(there);
         best = shift;
         return true;
@@ -109,7 +125,7 @@ void searchFor(std::vector<Lost>& lost, std::vector<Shift>& shifts, GrayView con
     int searches = 0, failures = 0, privateFailures = 0;
     for (auto* one : order) {
         bool const isPrivate = one->text->isPrivate;
-        if (one->isFound() || (one->text->isSearched && !isPrivate)) continue;
+        if (one->isFound() || (one->text->isSearched && !isPrivate) || isLeaving(*one->text, picture)) continue;
         if (isPrivate ? privateFailures >= mostPrivateFailures : failures >= mostFailures) continue;
         if (!isPrivate && ++searches > mostSearches) return;
         auto const shift = shiftOf(*one->text->patch, one->text->x, one->text->y, picture);
@@ -172,6 +188,7 @@ std::vector<Shift> follow(std::span<TrackedText* const> texts, NextPicture const
     std::vector<Shift> shifts;
     for (auto const& shift : lastShifts) addShift(shifts, shift);
     for (auto const& one : lost) addShift(shifts, one.text->velocity);
+    std::ranges::sort(shifts, {}, [](Shift const& shift) { return std::abs(shift.dx) + std::abs(shift.dy); });
     for (auto& one : lost) {
         for (auto const& shift : shifts) one.trial(shift, next.picture);
     }
@@ -231,9 +248,10 @@ bool BackTracker::stepBack(TrackedText& text, std::size_t frame) {
     Lost lost{&text, {}, text.patch->presence(picture, text.x, text.y)};
     if (!lost.presence.isMost()) {
         for (auto const& shift : shifts_[frame + 1]) lost.trial({-shift.dx, -shift.dy}, picture);
-        if (!lost.presence.isMost() && searchBack(text, frame)) return true;
+        if (!lost.presence.isMost() && !isLeaving(text, picture) && searchBack(text, frame)) return true;
     }
     if (!lost.presence.isSurelyPart()) return false;
+    text.velocity = lost.best;
     text.x += lost.best.dx;
     text.y += lost.best.dy;
     text.presence = std::move(lost.presence);
@@ -250,6 +268,7 @@ bool BackTracker::searchBack(TrackedText& text, std::size_t frame) {
         return false;
     }
     addShift(shifts_[frame + 1], {-shift->dx, -shift->dy});
+    text.velocity = *shift;
     text.x += shift->dx;
     text.y += shift->dy;
     text.presence = std::move(lost.presence);

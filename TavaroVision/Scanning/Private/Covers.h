@@ -57,6 +57,7 @@ private:
     void begin(Cover&& cover, FoundText const& text);
     Cover* coverOf(PixelBox const& box, int letterHeight);
     bool isElsewhere(Cover const& cover, GrayView const& picture) const;
+    bool isTwice(Cover const& cover) const;
     void giveWay(Cover& old, double from);
     void count(Cover const& cover);
     void finish(Cover& cover, double end);

@@ -22,6 +22,7 @@ struct Place {
     int y = 0;
     bool isShown = true;
     std::string text = key;
+    std::string above = {}; // another text
 };
 
 /// The key where `place` says at each time, as it is followed back from the last frame.
@@ -35,6 +36,7 @@ TrackedText trackedBack(double seconds, std::function<Place(double)> const& plac
         screen.fill({0, 0, width, height}, {30, 32, 40});
         screen.write("nothing that anybody hides", 40, 20, {}, {220, 220, 220});
         last = place(time);
+        screen.write(last.above, 40, 100, {}, {220, 220, 220});
         if (last.isShown) screen.write(last.text, last.x, last.y, {}, {220, 220, 220});
         auto const gray = screen.gray();
         GrayView const picture{gray.data(), width, height, width};
@@ -58,6 +60,15 @@ TEST(BackTracker, whatStoodStillIsFollowedBackBeyondTheHistory) {
     EXPECT_EQ(placeAt(text.path, 2).y, 200);
     EXPECT_EQ(placeAt(text.path, 4).y, 110);
     EXPECT_DOUBLE_EQ(text.since.front(), 1);
+}
+
+TEST(BackTracker, whatCameInOverAnEdgeWasNotWhereAnotherThatIsAlikeWasBefore) {
+    auto const text = trackedBack(2, [](double at) -> Place {
+        int const steps = static_cast<int>(std::lround((at - 1.5) * fps));
+        return {.y = height - 16 * steps, .above = at < 1.6 ? "ghp_hT7sQx9Lm2Vb4Zk9" : ""};
+    });
+    EXPECT_GE(text.path.front().time, 1.5);
+    EXPECT_GT(text.path.front().y, height - 40);
 }
 
 TEST(BackTracker, whatAnotherTextReplacedForAWhileWasStillBefore) {
