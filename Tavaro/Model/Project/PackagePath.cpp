@@ -38,11 +38,9 @@ std::optional<std::string> refusal(fs::path const& folder, fs::path const& packa
     auto name = relative.begin()->native();
     name.front() = '.';
     auto const tried = folder / name;
-    if (mkdir(tried.c_str(), S_IRWXU) == 0) {
-        rmdir(tried.c_str());
-        return std::nullopt;
-    }
-    return errno == EEXIST ? std::nullopt : std::optional(systemReason(errno));
+    if (mkdir(tried.c_str(), S_IRWXU) != 0 && errno != EEXIST) return systemReason(errno);
+    rmdir(tried.c_str()); // also one that a program left which was killed here
+    return std::nullopt;
 }
 
 }
