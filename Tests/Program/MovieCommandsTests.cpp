@@ -238,6 +238,7 @@ TEST_F(MovieCommands, anImportKilledAtAnyInstantLeavesAWholeProjectOrNone) {
         EXPECT_EQ(fs::file_size(package.assetURL("clip.mp4")), fs::file_size(path("clip.mp4"))) << "kill " << kill;
     }
     fs::remove_all(package.url());
+    fs::create_directory(path("made/.our.recproj")); // by which a name is tried
     ASSERT_EQ(importing().wait().exitCode, 0);
     EXPECT_THAT(names(path("made")), ElementsAre("tour.recproj")) << "the next import removes what was left";
 }
