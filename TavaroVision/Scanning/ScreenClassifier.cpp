@@ -81,7 +81,7 @@ private:
     using Spaces = ReadingStyle::Spaces;
     using Mending = ReadingStyle::Mending;
     using Wraps = ReadingStyle::Wraps;
-    enum class Part { any, overWraps, overEdge, numbersOfLast };
+    enum class Part { any, overWraps, overEdge, betweenSigns, numbersOfLast };
 
     static constexpr std::size_t mostOfWrapped = 12; // letters of a line of a key file that wraps
 
@@ -147,8 +147,9 @@ private:
             if (part == Part::numbersOfLast && !isWhole) continue;
             bool const isWord = match.kind == SensitiveKind::apiKey || match.kind == SensitiveKind::token ||
                                 match.kind == SensitiveKind::email;
+            bool const isBetween = part != Part::any && isPasswordOfAddress(text.text(), match.start, match.end());
             keep(text, match.kind, match.label, isWord ? text.wordStart(match.start) : match.start,
-                 isWhole ? match.end() : text.wordEnd(match.end()), part);
+                 isWhole ? match.end() : text.wordEnd(match.end()), isBetween ? Part::betweenSigns : part);
         }
     }
 
@@ -221,6 +222,13 @@ private:
     bool isKnownBelow(std::vector<ScreenText::Place> const& places) const {
         return places.size() < 2 ||
                std::all_of(places.begin() + 1, places.end(), [&](auto const& place) { return isCovered(place); });
+    }
+
+    /// "postgres://shop:…@db": both signs say where it begins and ends, whatever is in between.
+    static bool isPasswordOfAddress(std::string_view text, std::size_t start, std::size_t end) {
+        if (start == 0 || text[start - 1] != ':' || end >= text.size() || text[end] != '@') return false;
+        auto const scheme = text.substr(0, start).rfind("://");
+        return scheme != text.npos && text.find(' ', scheme) > start;
     }
 
     /// Whether it really is one thing in several lines. Behind a password there may be anything, where nothing says

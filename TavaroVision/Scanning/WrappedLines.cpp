@@ -25,8 +25,10 @@ bool endsOpen(PlacedLine const& line) {
 /// Whether a line may begin with the rest of a word that began in the line above: no word of a language.
 bool mayBeginWithRest(PlacedLine const& line) {
     auto const& word = line.words.front().text;
-    auto const isOfToken = [](char c) {
-        return isAlphanumeric(c) || std::string_view("+/_-.@").find(c) != std::string_view::npos;
+    bool const hasHost = word.find('@') != word.npos; // "ain@db.acme.io:5432/shop"
+    auto const isOfToken = [&](char c) {
+        return isAlphanumeric(c) || std::string_view("+/_-.@").find(c) != std::string_view::npos ||
+               (hasHost && c == ':');
     };
     auto const end = word.find_last_not_of("=>)\"',;:") + 1;
     if (end == 0 || !std::ranges::all_of(word.substr(0, end), isOfToken)) return false;
